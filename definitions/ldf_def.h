@@ -1,0 +1,170 @@
+#ifndef QZLOG_DEFINITIONS_LDF_DEF_H
+#define QZLOG_DEFINITIONS_LDF_DEF_H
+
+#include <atomic>
+#include <utility>
+
+#include "foundation/no_copies.h"
+#include "foundation/owned_text.h"
+#include "qzlog/logattrib.h"
+
+/// One attribute that entries may carry.
+class _qz_LOG_attribute_entry : public qz_UTIL_no_inadvertant_copies {
+ public:
+  /// Copies the texts; a null redirection name means none.
+  _qz_LOG_attribute_entry(const char* name, const char* redirection_name, unsigned char type);
+
+  void set_name(const char* name);
+  void set_redirection_name(const char* redirection_name);
+
+  const char* get_name() const { return name_.get(); }
+  /// Null when none was given.
+  const char* get_redirection_name() const { return redirection_name_.get(); }
+  unsigned char get_type() const { return type_; }
+  /// my_hashcode of the name.
+  unsigned get_name_hash() const { return name_hash_; }
+
+ private:
+  qz_OwnedText name_;
+  qz_OwnedText redirection_name_;
+  unsigned char type_;
+  unsigned name_hash_;
+};
+
+/// A message that the value of the selector attribute, or an explicit index, picks instead of the default message.
+class _qz_LOG_selector_message : public qz_UTIL_no_inadvertant_copies {
+ public:
+  _qz_LOG_selector_message(unsigned int index, unsigned int value, const char* message_id, const char* message_text);
+
+  unsigned int get_index() const { return index_; }
+  unsigned int get_value() const { return value_; }
+  const char* get_message_id() const { return message_id_.get(); }
+  const char* get_message_text() const { return message_text_.get(); }
+
+ private:
+  unsigned int index_;
+  unsigned int value_;
+  qz_OwnedText message_id_;
+  qz_OwnedText message_text_;
+};
+
+/// The definition of one entry ID, and the global attributes of all of them.
+///
+/// Filled by the definition table, then read by many threads at once; there is no lock here. Counts are 8-bit and wrap:
+/// the 256th element of a list empties it. Running out of memory throws QZX_memory_alloc.
+///
+/// A definition is reference-counted: the table's cache holds one reference and each entry that uses it another.
+class _qz_LOG_log_definition : public qz_UTIL_no_inadvertant_copies {
+ public:
+  _qz_LOG_log_definition() = default;
+  ~_qz_LOG_log_definition();
+
+  unsigned int get_entry_id() const { return entry_id_; }
+  unsigned int get_entry_word() const { return entry_word_; }
+  unsigned int get_property_mask() const { return property_mask_; }
+  /// The tag of the file that the definition was read from, at most 8 characters.
+  const char* get_version_tag() const { return version_tag_; }
+  /// Null while none was set.
+  const char* get_default_msg_id() const { return default_msg_id_.get(); }
+  const char* get_default_msg_text() const { return default_msg_text_.get(); }
+  unsigned char get_attr_count() const { return attribute_count_; }
+  unsigned char get_selector_msg_count() const { return selector_message_count_; }
+  /// One of the own attributes, or null.
+  const _qz_LOG_attribute_entry* get_selector_attribute() const { return selector_attribute_; }
+
+  void set_default_msg_id(const char* message_id);
+  void set_default_msg_text(const char* message_text);
+
+  /// Adds an own attribute at the last position. One of the same name is removed first, and stays removed when there is
+  /// no memory for the new one.
+  void add_attr_info(const char* name, unsigned char type, bool is_selector, const char* redirection_name);
+  void add_selector_message(unsigned int index, unsigned int value, const char* message_id, const char* message_text);
+  /// Makes an own attribute the selector attribute; does nothing when there is none of that name.
+  void set_selector_attribute(const char* name);
+
+  /// The own attribute of that name, else the global one, else null.
+  _qz_LOG_attribute_entry* get_attr_info_by_name(const char* name) const;
+  bool get_attr_info_by_name(const char* name, unsigned char& type, const char*& redirection_name) const;
+  /// The i-th own attribute in insertion order. Throws QZX_logging_internal_error when there is none.
+  void get_attr_info_by_index(unsigned char i, const char*& name, unsigned char& type,
+                              const char*& redirection_name) const;
+  /// The first message whose stored index (not its position), or whose value, equals the argument, else null.
+  _qz_LOG_selector_message* get_selector_msg_by_index(unsigned int index) const;
+  _qz_LOG_selector_message* get_selector_msg_by_value(unsigned int value) const;
+  /// The i-th message in insertion order; `i` must be below the count.
+  const _qz_LOG_selector_message& get_selector_msg_at(unsigned char i) const { return *selector_messages_[i]; }
+
+  /// Removes an own, else a global attribute; false when it is neither.
+  bool remove_attr_by_ptr(_qz_LOG_attribute_entry* entry);
+  /// Destroys all own attributes and selector messages. The selector attribute must be set again afterwards.
+  void clear_attr_info();
+
+  // Global attributes: written while files are loaded or cleared, under the process-wide lock; read without a lock.
+  static void add_global_attr_info(const char* name, unsigned char type);
+  static bool get_global_attr_info_by_name(const char* name, unsigned char& type);
+  /// Throws QZX_logging_index_out_of_bound when there is no i-th global attribute: another class than for own
+  /// attributes, callers tell them apart by it.
+  static void get_global_attr_info_by_index(unsigned char i, const char*& name, unsigned char& type);
+  static void clear_global_attr_info();
+  static unsigned char get_global_attr_count() { return n_global_attr_entries; }
+
+  void add_reference() { references_.fetch_add(1, std::memory_order_relaxed); }
+  /// Gives up a reference; the last one destroys the definition.
+  void release();
+
+ private:
+  friend class _qz_LOG_log_definition_tbl;
+
+  _qz_LOG_attribute_entry* _find_attr_entry_by_name(const char* name) const;
+  static _qz_LOG_attribute_entry* _find_global_attr_entry_by_name(const char* name);
+  bool _remove_attr_by_ptr(const _qz_LOG_attribute_entry* entry);
+  static bool _remove_global_attr_by_ptr(const _qz_LOG_attribute_entry* entry);
+
+  unsigned int entry_id_ = 0;
+  unsigned int entry_word_ = 0;
+  unsigned int property_mask_ = 0;
+  char version_tag_[16] = {};
+  qz_OwnedText default_msg_id_;
+  qz_OwnedText default_msg_text_;
+  unsigned char attribute_count_ = 0;
+  _qz_LOG_attribute_entry** attributes_ = nullptr;
+  _qz_LOG_attribute_entry* selector_attribute_ = nullptr;
+  _qz_LOG_selector_message** selector_messages_ = nullptr;
+  unsigned char selector_message_count_ = 0;
+  std::atomic<unsigned> references_{1};
+
+ public:
+  static _qz_LOG_attribute_entry** p_global_attr_entries;
+  static unsigned char n_global_attr_entries;
+};
+
+/// A counted reference to a definition, or null.
+class _qz_LOG_definition_ref {
+ public:
+  _qz_LOG_definition_ref() = default;
+  /// Takes over a reference that the caller holds.
+  explicit _qz_LOG_definition_ref(_qz_LOG_log_definition* held) : definition_(held) {}
+  /// A further reference.
+  static _qz_LOG_definition_ref share(_qz_LOG_log_definition* definition) {
+    definition->add_reference();
+    return _qz_LOG_definition_ref(definition);
+  }
+  _qz_LOG_definition_ref(_qz_LOG_definition_ref&& other) noexcept
+      : definition_(std::exchange(other.definition_, nullptr)) {}
+  _qz_LOG_definition_ref& operator=(_qz_LOG_definition_ref&& other) noexcept {
+    std::swap(definition_, other.definition_);
+    return *this;
+  }
+  ~_qz_LOG_definition_ref() {
+    if (definition_ != nullptr) definition_->release();
+  }
+
+  _qz_LOG_log_definition* get() const { return definition_; }
+  _qz_LOG_log_definition* operator->() const { return definition_; }
+  explicit operator bool() const { return definition_ != nullptr; }
+
+ private:
+  _qz_LOG_log_definition* definition_ = nullptr;
+};
+
+#endif  // QZLOG_DEFINITIONS_LDF_DEF_H

@@ -1,0 +1,305 @@
+#include "definitions/ldf_load.h"
+
+#include <algorithm>
+#include <cstring>
+#include <memory>
+
+#include "definitions/def_read.h"
+#include "foundation/allocate.h"
+#include "qzlog/file_io.h"
+#include "util/debug_record.h"
+
+namespace {
+
+constexpr const char* kSource = "ldf_load";
+constexpr unsigned kIndexSize = 23;
+
+[[noreturn]] void _throw_file_io_error() {
+  QZ_DEBUG_RECORD(1, kSource, "%s:%d _throw_file_io_error()\n");
+  throw QZX_logging_invalid_definition(
+      "<QZX_logging_invalid_definition> Unable to access definition file successfully.", 0);
+}
+
+void require(bool transferred) {
+  if (!transferred) _throw_file_io_error();
+}
+
+void seek_to(std::FILE* file, long long offset) { require(QZ_fseek(file, offset, SEEK_SET) == 0); }
+
+qz_FileHandle open_definition_file(const char* path) {
+  qz_FileHandle file(QZ_fopen(path, "rb"));
+  if (file != nullptr) return file;
+  qz_String text("<QZX_logging_invalid_definition> Unable to access definition file \"");
+  text += path;
+  text += "\".";
+  throw QZX_logging_invalid_definition(text.c_str(), 0);
+}
+
+_qz_LOG_ldf_header_struct read_header(std::FILE* file) {
+  _qz_LOG_ldf_header_struct header = {};
+  seek_to(file, 0);
+  require(_qz_LOG_read_file_header(file, header));
+  return header;
+}
+
+void load_global_attributes(std::FILE* file, const _qz_LOG_ldf_header_struct& header) {
+  seek_to(file, header.global_attr_offset);
+  for (unsigned i = 0; i < header.global_attr_count; ++i) {
+    qz_String name;
+    qz_String redirection_name;
+    qz_AttributeType type = TypeUnknown;
+    require(_qz_LOG_read_attribute(file, name, type, redirection_name));
+    _qz_LOG_log_definition::add_global_attr_info(name.c_str(), static_cast<unsigned char>(type));
+  }
+}
+
+bool equal(const qz_String& text, const char* other) { return text.compare_string(other) == 0; }
+
+/// The fixed part of an entry record and its attribute count.
+struct EntryInfo {
+  unsigned int entry_id = 0;
+  unsigned int entry_word = 0;
+  unsigned int property_mask = 0;
+  qz_String default_msg_id;
+  qz_String default_msg_text;
+  qz_String selector_attribute_name;
+  unsigned int attribute_count = 0;
+
+  /// An empty selector name means no selector, also for an attribute whose name is empty.
+  bool is_selector(const qz_String& name) const {
+    return !name.empty() && equal(name, selector_attribute_name.c_str());
+  }
+};
+
+EntryInfo read_entry_info(std::FILE* file, unsigned int entry_id) {
+  EntryInfo info;
+  require(_qz_LOG_read_entry_info(file, info.entry_id, info.entry_word, info.property_mask, info.default_msg_id,
+                                  info.default_msg_text, info.selector_attribute_name));
+  require(qz_be_read_int4(file, &info.attribute_count));
+  if (info.entry_id != entry_id) {
+    throw QZX_logging_invalid_definition("<QZX_logging_invalid_definition> The definition file is corrupted.", 0);
+  }
+  return info;
+}
+
+void check_selector_attribute(const EntryInfo& info, const _qz_LOG_log_definition& def) {
+  const _qz_LOG_attribute_entry* const selector = def.get_selector_attribute();
+  if (selector == nullptr || info.selector_attribute_name.empty()) return;
+  if (!equal(info.selector_attribute_name, selector->get_name())) {
+    throw QZX_logging_invalid_definition("<QZX_logging_invalid_definition> selector_attribute name conflict.", 0);
+  }
+}
+
+bool has_own_attribute(const _qz_LOG_log_definition& def, const char* name) {
+  for (unsigned i = 0; i < def.get_attr_count(); ++i) {
+    const char* own_name = nullptr;
+    const char* redirection_name = nullptr;
+    unsigned char type = 0;
+    def.get_attr_info_by_index(static_cast<unsigned char>(i), own_name, type, redirection_name);
+    if (QZ_strcmp(own_name, name) == 0) return true;
+  }
+  return false;
+}
+
+void read_attributes(std::FILE* file, const EntryInfo& info, _qz_LOG_log_definition& def) {
+  qz_String name;
+  qz_String redirection_name;
+  qz_AttributeType type = TypeUnknown;
+  for (unsigned i = 0; i < info.attribute_count; ++i) {
+    require(_qz_LOG_read_attribute(file, name, type, redirection_name));
+    const bool is_selector = info.is_selector(name);
+    // Only the selector attribute may be repeated; it then replaces the one that the definition has.
+    if (!is_selector && has_own_attribute(def, name.c_str())) {
+      qz_String text("<QZX_logging_invalid_definition> attribute ");
+      text += name.c_str();
+      text += " already exist.";
+      throw QZX_logging_invalid_definition(text.c_str(), 0);
+    }
+    def.add_attr_info(name.c_str(), static_cast<unsigned char>(type), is_selector, redirection_name.c_str());
+  }
+}
+
+/// Whether one of the first `count` messages, those of the standard file, has this index or value.
+bool conflicts_with_selector(const _qz_LOG_log_definition& def, unsigned count, unsigned index, unsigned value) {
+  for (unsigned i = 0; i < std::min<unsigned>(count, def.get_selector_msg_count()); ++i) {
+    const _qz_LOG_selector_message& message = def.get_selector_msg_at(static_cast<unsigned char>(i));
+    if (message.get_index() == index || message.get_value() == value) return true;
+  }
+  return false;
+}
+
+void read_selector_messages(std::FILE* file, bool is_aux, _qz_LOG_log_definition& def) {
+  unsigned count = 0;
+  require(qz_be_read_int4(file, &count));
+  const unsigned former_count = def.get_selector_msg_count();
+  qz_String message_id;
+  qz_String message_text;
+  for (unsigned i = 0; i < count; ++i) {
+    unsigned index = 0;
+    unsigned value = 0;
+    require(_qz_LOG_read_selector_msg(file, index, value, message_id, message_text));
+    if (is_aux && conflicts_with_selector(def, former_count, index, value)) {
+      throw QZX_logging_invalid_definition(
+          "<QZX_logging_invalid_definition> selector message index in AUX definition file conflict with STD definition",
+          0);
+    }
+    def.add_selector_message(index, value, message_id.c_str(), message_text.c_str());
+  }
+}
+
+}  // namespace
+
+_qz_LOG_log_definition_tbl::_qz_LOG_log_definition_tbl() : index_(kIndexSize), lock_(nullptr) {}
+
+_qz_LOG_log_definition_tbl::~_qz_LOG_log_definition_tbl() { clear(); }
+
+void _qz_LOG_log_definition_tbl::set_precompiled_definition_file_path(const char* path) {
+  std_file_ = _set_definition_file_path(path, false);
+}
+
+void _qz_LOG_log_definition_tbl::set_precompiled_aux_definition_file_path(const char* path) {
+  _set_definition_file_path(path, true);
+}
+
+_qz_LOG_log_definition* _qz_LOG_log_definition_tbl::find_entry(unsigned int entry_id) const {
+  return acquire_entry(entry_id).get();
+}
+
+_qz_LOG_definition_ref _qz_LOG_log_definition_tbl::acquire_entry(unsigned int entry_id) const {
+  // A lookup may read the file and fill the cache: the table is const to its users only.
+  return const_cast<_qz_LOG_log_definition_tbl*>(this)->_find_entry_non_const(entry_id);
+}
+
+void _qz_LOG_log_definition_tbl::clear() {
+  std_file_.reset();
+  aux_file_.reset();
+  for (unsigned i = 0; i < n_entry_definitions_cached; ++i) cache_[i]->release();
+  std::fill(std::begin(cache_), std::end(cache_), nullptr);
+  next_evict_ = 0;
+  n_entry_definitions_cached = 0;
+  index_.clear();
+  std_loaded_ = false;
+  QZ_DEBUG_RECORD(3, kSource, "%s:%d _qz_LOG_log_definition_tbl::clear() \n");
+}
+
+qz_FileHandle _qz_LOG_log_definition_tbl::_set_definition_file_path(const char* path, bool is_aux) {
+  QZ_DEBUG_RECORD(3, kSource, "%s:%d _qz_LOG_log_definition_tbl::_set_definition_file_path\n");
+  if (!is_aux) {
+    clear();
+    std_loaded_ = true;
+  } else if (!std_loaded_) {
+    throw QZX_logging_invalid_definition(
+        "<QZX_logging_invalid_definition> user should set STD definition file before set AUX definition file.", 0);
+  }
+  qz_FileHandle file = open_definition_file(path);
+  const _qz_LOG_ldf_header_struct header = read_header(file.get());
+  char(&tag)[16] = is_aux ? aux_tag_ : std_tag_;
+  QZ_bzero(tag, sizeof(tag));
+  QZ_memcpy(tag, header.version_tag, sizeof(header.version_tag));
+  load_global_attributes(file.get(), header);
+  if (!is_aux) {
+    load_entry_map(file.get(), header, false);
+    return file;
+  }
+  aux_file_ = std::move(file);
+  load_entry_map(aux_file_.get(), header, true);
+  return nullptr;
+}
+
+void _qz_LOG_log_definition_tbl::load_entry_map(std::FILE* file, const _qz_LOG_ldf_header_struct& header, bool is_aux) {
+  long long position = header.entry_map_offset;
+  for (unsigned i = 0; i < header.entry_count; ++i) {
+    // Indexing may have read records since the previous pair.
+    seek_to(file, position);
+    unsigned entry_id = 0;
+    unsigned offset = 0;
+    if (!_qz_LOG_read_entry_id_offset_mapping(file, entry_id, offset)) {
+      if (is_aux) aux_file_.reset();
+      _throw_file_io_error();
+    }
+    position = QZ_ftell(file);
+    index_entry(entry_id, offset, file, is_aux);
+  }
+}
+
+void _qz_LOG_log_definition_tbl::index_entry(unsigned int entry_id, unsigned int offset, std::FILE* file, bool is_aux) {
+  const _qz_LOG_definition_ref known = _find_entry_non_const(entry_id);
+  index_.slots[index_._get_slot_index(entry_id)].add_entry(entry_id, {is_aux, offset});
+  if (is_aux && known) _retrieve_entry_definition(entry_id, *known.get(), file);
+}
+
+_qz_LOG_definition_ref _qz_LOG_log_definition_tbl::_find_entry_non_const(unsigned int entry_id) {
+  {
+    const qz_LOG_CReaderSentry reader(lock_);
+    QZ_DEBUG_RECORD(3, kSource,
+                    "%s:%d _qz_LOG_log_definition_tbl::_find_entry_non_const n_entry_definitions_cached:%d\n",
+                    n_entry_definitions_cached);
+    if (_qz_LOG_log_definition* const cached = find_cached(entry_id)) return _qz_LOG_definition_ref::share(cached);
+  }
+  const qz_LOG_CWriterSentry writer(lock_);
+  // Another thread may have read it since.
+  if (_qz_LOG_log_definition* const cached = find_cached(entry_id)) return _qz_LOG_definition_ref::share(cached);
+
+  _qz_LOG_definition_ref fresh(qz_new<_qz_LOG_log_definition>());
+  if (!_retrieve_entry_definition(entry_id, *fresh.get(), nullptr)) {
+    QZ_DEBUG_RECORD(3, kSource, "%s:%d _qz_LOG_log_definition_tbl::_find_entry_non_const return 0 %d\n",
+                    n_entry_definitions_cached);
+    return {};
+  }
+  store_in_cache(fresh.get());
+  QZ_DEBUG_RECORD(3, kSource, "%s:%d _qz_LOG_log_definition_tbl::_find_entry_non_const return p_entry_definition %d\n",
+                  n_entry_definitions_cached);
+  return fresh;
+}
+
+bool _qz_LOG_log_definition_tbl::_retrieve_entry_definition(unsigned int entry_id, _qz_LOG_log_definition& def,
+                                                            std::FILE* merge_file) {
+  if (merge_file == nullptr) def.clear_attr_info();
+  const auto* const indexed = index_.slots[index_._get_slot_index(entry_id)].find_entry(entry_id);
+  if (indexed == nullptr) {
+    QZ_DEBUG_RECORD(3, kSource, "%s:%d _qz_LOG_log_definition_tbl::_retrieve_entry_definition return false\n");
+    return false;
+  }
+  const bool is_aux = merge_file != nullptr || indexed->value.is_aux;
+  std::FILE* const file = is_aux ? aux_file_.get() : std_file_.get();
+  if (file == nullptr) {
+    QZ_DEBUG_RECORD(3, kSource, "%s:%d _qz_LOG_log_definition_tbl::_retrieve_entry_definition return false pfile=0\n");
+    return false;
+  }
+  seek_to(file, indexed->value.offset);
+  const EntryInfo info = read_entry_info(file, entry_id);
+  if (is_aux) check_selector_attribute(info, def);
+  read_attributes(file, info, def);
+  read_selector_messages(file, is_aux, def);
+
+  def.entry_id_ = info.entry_id;
+  def.entry_word_ = info.entry_word;
+  // An AUX merge keeps the standard mask.
+  if (def.property_mask_ == 0) def.property_mask_ = info.property_mask;
+  if (!is_aux || (!info.default_msg_id.empty() && !info.default_msg_text.empty())) {
+    def.set_default_msg_id(info.default_msg_id.c_str());
+    def.set_default_msg_text(info.default_msg_text.c_str());
+  }
+  QZ_memcpy(def.version_tag_, is_aux ? aux_tag_ : std_tag_, sizeof(def.version_tag_));
+  QZ_DEBUG_RECORD(3, kSource, "%s:%d _qz_LOG_log_definition_tbl::_retrieve_entry_definition return true\n");
+  return true;
+}
+
+_qz_LOG_log_definition* _qz_LOG_log_definition_tbl::find_cached(unsigned int entry_id) const {
+  for (unsigned i = 0; i < n_entry_definitions_cached; ++i) {
+    if (cache_[i]->get_entry_id() == entry_id) return cache_[i];
+  }
+  return nullptr;
+}
+
+/// Takes a reference of its own.
+void _qz_LOG_log_definition_tbl::store_in_cache(_qz_LOG_log_definition* definition) {
+  definition->add_reference();
+  if (n_entry_definitions_cached < kCacheSize) {
+    cache_[n_entry_definitions_cached++] = definition;
+    return;
+  }
+  cache_[next_evict_]->release();
+  cache_[next_evict_] = definition;
+  next_evict_ = (next_evict_ + 1) % kCacheSize;
+}

@@ -1,0 +1,72 @@
+#ifndef QZLOG_DEFINITIONS_LDF_LOAD_H
+#define QZLOG_DEFINITIONS_LDF_LOAD_H
+
+#include <cstdio>
+
+#include "definitions/ldf_def.h"
+#include "foundation/file_handle.h"
+#include "foundation/hash_tbl.h"
+#include "foundation/locks.h"
+
+struct _qz_LOG_ldf_header_struct;
+
+/// Where the record of an entry ID stands.
+struct _qz_LOG_log_definition_file_info_holder {
+  bool is_aux;
+  unsigned offset;
+};
+
+/// The process's one store of definitions: an index from entry ID to file and offset, and a ring of the last 128
+/// definitions read, replaced first-in first-out.
+///
+/// Failures throw QZX_logging_invalid_definition, or QZX_memory_alloc. Lookups may run in many threads at once; loading
+/// and clear() are serialised by the process-wide lock of their callers and must not run while other threads look up.
+class _qz_LOG_log_definition_tbl : public qz_UTIL_no_inadvertant_copies {
+ public:
+  static constexpr unsigned kCacheSize = 128;
+
+  _qz_LOG_log_definition_tbl();
+  ~_qz_LOG_log_definition_tbl();
+
+  /// Clears the table and loads the standard file: header, global attributes and entry map. Records are read on demand.
+  void set_precompiled_definition_file_path(const char* path);
+  /// Loads an auxiliary file over the standard one, which must have been set; records of IDs already known are merged
+  /// into their definitions.
+  void set_precompiled_aux_definition_file_path(const char* path);
+
+  /// The definition of an ID, or null when neither file has it. The pointer is valid until the definition is evicted or
+  /// the table is cleared; use acquire_entry to keep it.
+  _qz_LOG_log_definition* find_entry(unsigned int entry_id) const;
+  /// The same with a reference of the caller's own, taken in the same step.
+  _qz_LOG_definition_ref acquire_entry(unsigned int entry_id) const;
+
+  /// Forgets both files, every definition and the index, but not the global attributes.
+  void clear();
+
+ private:
+  /// Returns the standard file's stream for the caller to keep; an auxiliary stream is kept before the map is read,
+  /// because reading it may need auxiliary records.
+  qz_FileHandle _set_definition_file_path(const char* path, bool is_aux);
+  _qz_LOG_definition_ref _find_entry_non_const(unsigned int entry_id);
+  /// Reads the record of an ID into `def`, or merges it when `merge_file` (which only selects the mode) is not null.
+  /// False when the ID is not in the index or its file is not open.
+  bool _retrieve_entry_definition(unsigned int entry_id, _qz_LOG_log_definition& def, std::FILE* merge_file);
+
+  void load_entry_map(std::FILE* file, const _qz_LOG_ldf_header_struct& header, bool is_aux);
+  void index_entry(unsigned int entry_id, unsigned int offset, std::FILE* file, bool is_aux);
+  _qz_LOG_log_definition* find_cached(unsigned int entry_id) const;
+  void store_in_cache(_qz_LOG_log_definition* definition);
+
+  bool std_loaded_ = false;
+  qz_MISC_hash_tbl<unsigned int, _qz_LOG_log_definition_file_info_holder> index_;
+  _qz_LOG_log_definition* cache_[kCacheSize] = {};
+  unsigned next_evict_ = 0;
+  unsigned n_entry_definitions_cached = 0;
+  qz_FileHandle std_file_;
+  qz_FileHandle aux_file_;
+  mutable qz_LOG_CRWLock lock_;
+  char std_tag_[16] = {};
+  char aux_tag_[16] = {};
+};
+
+#endif  // QZLOG_DEFINITIONS_LDF_LOAD_H

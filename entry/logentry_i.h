@@ -1,0 +1,217 @@
+#ifndef QZLOG_ENTRY_LOGENTRY_I_H
+#define QZLOG_ENTRY_LOGENTRY_I_H
+
+#include <cstdarg>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "definitions/ldf_def.h"
+#include "definitions/ldf_load.h"
+#include "entry/logattrib.h"
+#include "entry/ustring.h"
+#include "foundation/hash_tbl.h"
+#include "foundation/no_copies.h"
+#include "qzlog/qz_string.h"
+#include "qzlog/qz_time.h"
+
+class qz_LOG_AttributeVisitor;
+
+/// The highest valid log level.
+constexpr unsigned int LOG_LEVEL_HIGH = 9;
+
+/// Attribute values by name, owned.
+class _qz_LOG_attribute_tbl : public qz_MISC_hash_tbl<qz_String, _qz_LOG_type_base*> {
+ public:
+  using qz_MISC_hash_tbl::qz_MISC_hash_tbl;
+  ~_qz_LOG_attribute_tbl() { delete_values(); }
+
+  /// The stored value or null.
+  _qz_LOG_type_base* find_value(const qz_String& name) const;
+  /// Deletes every value and empties every bucket.
+  void delete_values();
+};
+
+/// The implementation behind an entry; qz_LOG_LogEntry documents what its callers see. Used by one thread at a time.
+///
+/// A name is an attribute's name; null and empty ones throw QZX_logging_illegal_argument "invalid argument", except
+/// from check_attribute.
+class _qz_LOG_log_entry_imp : public qz_UTIL_no_inadvertant_copies {
+ public:
+  _qz_LOG_log_entry_imp();
+  _qz_LOG_log_entry_imp(unsigned int entry_id, unsigned int log_level);
+  _qz_LOG_log_entry_imp(const _qz_LOG_log_entry_imp& source);
+  /// Clears the entry, then copies: assigning an entry to itself leaves it empty.
+  _qz_LOG_log_entry_imp& operator=(const _qz_LOG_log_entry_imp& source);
+  ~_qz_LOG_log_entry_imp();
+
+  // Entry ID, level, version, time.
+  unsigned int get_entry_id() const { return entry_id_; }
+  unsigned int get_log_level() const { return log_level_; }
+  unsigned int get_property_mask() const { return property_mask_; }
+  const qz_String& get_version_text() const { return version_text_; }
+  /// Null while the entry has no ID.
+  const _qz_LOG_log_definition* get_definition() const { return definition_.get(); }
+  void set_entry_id(unsigned int entry_id);
+  void set_log_level(unsigned int log_level);
+  static void set_log_major_version(unsigned int major);
+  static void set_log_minor_version(unsigned int minor);
+  static void set_log_version(unsigned int major, unsigned int minor);
+  static unsigned int get_log_major_version();
+  static unsigned int get_log_minor_version();
+  static void get_log_version(unsigned int& major, unsigned int& minor);
+  qz_Time get_timestamp(bool gmt) const;
+  void set_timestamp(const qz_Time& time, bool gmt);
+
+  // Standard information attributes.
+  void set_computer_info(const char* computer_info);
+  void set_product_code(unsigned int code);
+  void set_product_platform_code(unsigned int code);
+  void set_product_language_code(unsigned int code);
+  void set_product_version(const char* version);
+  void set_component_code(unsigned int code);
+  void set_severity_code(unsigned int code);
+  void set_reason_code(int code);
+  void set_reason_code_source(unsigned int code);
+  const char* get_computer_info() const;
+  unsigned short get_product_code() const;
+  unsigned short get_product_platform_code() const;
+  unsigned int get_product_language_code() const;
+  const char* get_product_version() const;
+  unsigned int get_component_code() const;
+  unsigned char get_severity_code() const;
+  int get_reason_code() const;
+  unsigned int get_reason_code_source() const;
+
+  /// With entry ID 0 a global attribute. False when the name exists already. Changes the shared definition.
+  static bool add_product_specific_attribute_definition(unsigned int entry_id, const char* name, qz_AttributeType type);
+
+  // Adding attributes.
+  void add_attrib_bool(const char* name, bool value);
+  void add_attrib_1u(const char* name, unsigned char value);
+  void add_attrib_1(const char* name, char value);
+  void add_attrib_2u(const char* name, unsigned short value);
+  void add_attrib_2(const char* name, short value);
+  void add_attrib_4u(const char* name, unsigned int value);
+  void add_attrib_4(const char* name, int value);
+  void add_attrib_float8(const char* name, double value);
+  void add_attrib_time(const char* name, const qz_Time& value);
+  /// `escape` turns line breaks into backslash and letter, false turns these back.
+  void add_attrib_str(const char* name, const char* value, bool escape);
+  void add_attrib_mbstr(const char* name, const char* value, bool escape);
+  /// Pairs of name and value up to a null or empty name.
+  void add_attributes(std::va_list arguments);
+
+  /// The steps that all adds share: the definition of an attribute of exactly that type, and storing a value.
+  const _qz_LOG_attribute_entry* _check_attribute(const char* name, qz_AttributeType type) const;
+  /// Takes ownership of `value`, also when it throws.
+  void _add_attribute(const char* name, _qz_LOG_type_base* value);
+
+  /// Refuse a text that is too long, or cut it to `limit` bytes (characters) into `buffer`, as the setting says.
+  void truncate_string(const char* name, const char* value, int limit, char* buffer, int capacity) const;
+  void truncate_mbstring(const char* name, const char* value, int limit, char* buffer, int capacity) const;
+  /// Copies `source` into `target` of `size` bytes, always terminated, escaping or unescaping line breaks. Escaping
+  /// reads at most size - 1 characters and writes at most as many.
+  static void filter_string(const char* source, char* target, int size, bool escape);
+
+  // Reading attributes: the value, or a default (in operation mode 1 an exception) when it is not set.
+  bool get_attrib_bool(const char* name) const;
+  unsigned char get_attrib_1u(const char* name) const;
+  char get_attrib_1(const char* name) const;
+  unsigned short get_attrib_2u(const char* name) const;
+  short get_attrib_2(const char* name) const;
+  unsigned int get_attrib_4u(const char* name) const;
+  int get_attrib_4(const char* name) const;
+  double get_attrib_float8(const char* name) const;
+  qz_Time get_attrib_time(const char* name) const;
+  const char* get_attrib_str(const char* name) const;
+  const char* get_attrib_mbstr(const char* name) const;
+  // False, with `value` untouched, when it is not set.
+  bool get_attrib_bool(const char* name, bool& value) const;
+  bool get_attrib_1u(const char* name, unsigned char& value) const;
+  bool get_attrib_1(const char* name, char& value) const;
+  bool get_attrib_2u(const char* name, unsigned short& value) const;
+  bool get_attrib_2(const char* name, short& value) const;
+  bool get_attrib_4u(const char* name, unsigned int& value) const;
+  bool get_attrib_4(const char* name, int& value) const;
+  bool get_attrib_float8(const char* name, double& value) const;
+  bool get_attrib_time(const char* name, qz_Time& value) const;
+  bool get_attrib_str(const char* name, const char*& value) const;
+  bool get_attrib_mbstr(const char* name, const char*& value) const;
+  /// Any integer attribute widened to 32 bits; a Boolean reads as 0 whatever its value, which messages rely on.
+  int get_attrib_as_4(const char* name) const;
+
+  /// The stored value or null, with its type code, or that of the definition when it is not set.
+  const _qz_LOG_type_base* _get_attribute_internal(const char* name, unsigned char& type) const;
+  /// The same for exactly one type.
+  const _qz_LOG_type_base* _get_attribute(const char* name, qz_AttributeType type) const;
+
+  bool has_value(const char* name) const;
+  bool remove_attrib(const char* name);
+  void clear_attribs(bool full);
+  int check_attribute(const char* name, qz_AttributeType& type) const;
+  void visit_attributes(qz_LOG_AttributeVisitor& visitor) const;
+
+  // The readable message.
+  const char* get_readable_message(char* buffer, long size, bool use_default, unsigned int selector_index) const;
+  const char* get_readable_message(bool use_default, unsigned int selector_index) const;
+  std::string format_message(bool use_default, unsigned int selector_index) const;
+
+  // Process-wide, read and written atomically.
+  static unsigned int log_major_version;
+  static unsigned int log_minor_version;
+  /// 1 makes reads of missing attributes throw.
+  static unsigned int global_operation_mode;
+
+ private:
+  void _copy(const _qz_LOG_log_entry_imp& source);
+  void _clear(bool full);
+  void _clear_attribute_list();
+  void bind_definition(_qz_LOG_definition_ref definition);
+
+  /// The checks that the attribute operations share, each with its own exception and text.
+  const _qz_LOG_log_definition& require_definition() const;
+  const char* format_id_text() const;
+  [[noreturn]] void throw_invalid_name(const char* name) const;
+  template <typename Exception>
+  [[noreturn]] void throw_with_id(const char* text_before_id) const;
+  [[noreturn]] void refuse_too_long(const char* name) const;
+
+  template <unsigned char code, typename T>
+  void add_scalar(const char* name, T value);
+  template <unsigned char code>
+  void add_stored(const char* name, const typename _qz_LOG_value_of<code>::type& value);
+  void add_argument(const char* name, qz_AttributeType type, std::va_list& arguments);
+  void add_filtered_text(const char* name, unsigned char type, const char* value, bool escape);
+
+  [[noreturn]] void throw_wrong_get_method() const;
+  template <unsigned char code>
+  bool read_scalar(const char* name, typename _qz_LOG_value_of<code>::type& value) const;
+  template <typename T>
+  using OutParameterRead = bool (_qz_LOG_log_entry_imp::*)(const char* name, T& value) const;
+  template <typename T>
+  T value_or_default(const char* name, OutParameterRead<T> read, T value) const;
+
+  using AttributeNode = _qz_MISC_hash_node<qz_String, _qz_LOG_type_base*>;
+  std::vector<const AttributeNode*> values_in_definition_order() const;
+
+  unsigned int entry_id_ = 0;
+  unsigned int log_level_ = 0;
+  unsigned int property_mask_ = 0;
+  qz_String version_text_;
+  _qz_LOG_ustring extra_texts_[4];
+  int last_daylight_flag_ = -1;
+  int last_zone_difference_ = -1;
+  qz_String further_texts_[2];
+  qz_Time timestamp_;
+  _qz_LOG_attribute_tbl attributes_;
+  const _qz_LOG_log_definition_tbl* definition_table_;
+  _qz_LOG_definition_ref definition_;
+  mutable _qz_LOG_ustring message_cache_;
+  mutable bool message_stale_ = true;
+  mutable bool last_use_default_ = true;
+  mutable unsigned int last_selector_index_ = 0;
+  mutable char id_text_[12];
+};
+
+#endif  // QZLOG_ENTRY_LOGENTRY_I_H

@@ -1,0 +1,159 @@
+#include "entry/logentry_i_failures.h"
+#include "qzlog/logentry.h"
+
+const _qz_LOG_attribute_entry* _qz_LOG_log_entry_imp::_check_attribute(const char* name, qz_AttributeType type) const {
+  const _qz_LOG_attribute_entry* const attribute = require_definition().get_attr_info_by_name(name);
+  if (attribute == nullptr) {
+    QZ_DEBUG_RECORD(1, kEntrySource,
+                    "%s:%d _qz_LOG_log_entry_imp::_check_attribute, %s is an invalid attribute under Entry ID\n", name);
+    throw_invalid_name(name);
+  }
+  if (attribute->get_type() != type) {
+    QZ_DEBUG_RECORD(1, kEntrySource,
+                    "%s:%d _qz_LOG_log_entry_imp::_check_attribute, attribute type is not sample as provide\n");
+    throw_with_id<QZX_logging_attribute_type_mismatch>("Used the wrong add method under Entry ID ");
+  }
+  return attribute;
+}
+
+void _qz_LOG_log_entry_imp::_add_attribute(const char* name, _qz_LOG_type_base* value) {
+  std::unique_ptr<_qz_LOG_type_base> added(value);
+  if (name == nullptr || name[0] == '\0') {
+    QZ_DEBUG_RECORD(1, kEntrySource, "%s:%d _qz_LOG_log_entry_imp::_add_attribute, name=NULL\n");
+    throw QZX_logging_illegal_argument("invalid argument", 0);
+  }
+  message_stale_ = true;
+  const qz_String key(name);
+  auto& slot = attributes_.slots[attributes_._get_slot_index(key)];
+  auto* const node = slot.find_entry(key);
+  if (node == nullptr) {
+    slot.add_entry(key, added.get());
+    added.release();
+  } else if (node->value->get_type() == added->get_type()) {
+    node->value->get_and_set(added.get());
+  } else {
+    // The entry's ID was changed since, and the name stands for another type now.
+    std::unique_ptr<_qz_LOG_type_base> replaced(std::exchange(node->value, added.release()));
+  }
+}
+
+template <unsigned char code>
+void _qz_LOG_log_entry_imp::add_stored(const char* name, const typename _qz_LOG_value_of<code>::type& value) {
+  _add_attribute(name, qz_new<_qz_LOG_stored<code>>(value));
+}
+
+template <unsigned char code, typename T>
+void _qz_LOG_log_entry_imp::add_scalar(const char* name, T value) {
+  reject_null_or_empty(name);
+  _check_attribute(name, static_cast<qz_AttributeType>(code));
+  add_stored<code>(name, value);
+}
+
+void _qz_LOG_log_entry_imp::add_attrib_bool(const char* name, bool value) { add_scalar<TypeBool>(name, value); }
+void _qz_LOG_log_entry_imp::add_attrib_1u(const char* name, unsigned char value) { add_scalar<TypeUInt1>(name, value); }
+void _qz_LOG_log_entry_imp::add_attrib_1(const char* name, char value) { add_scalar<TypeSInt1>(name, value); }
+void _qz_LOG_log_entry_imp::add_attrib_2u(const char* name, unsigned short value) {
+  add_scalar<TypeUInt2>(name, value);
+}
+void _qz_LOG_log_entry_imp::add_attrib_2(const char* name, short value) { add_scalar<TypeSInt2>(name, value); }
+void _qz_LOG_log_entry_imp::add_attrib_4u(const char* name, unsigned int value) { add_scalar<TypeUInt4>(name, value); }
+void _qz_LOG_log_entry_imp::add_attrib_4(const char* name, int value) { add_scalar<TypeSInt4>(name, value); }
+void _qz_LOG_log_entry_imp::add_attrib_float8(const char* name, double value) { add_scalar<TypeFloat>(name, value); }
+
+void _qz_LOG_log_entry_imp::add_attrib_time(const char* name, const qz_Time& value) {
+  reject_null_or_empty(name);
+  const _qz_LOG_attribute_entry* const attribute = require_definition().get_attr_info_by_name(name);
+  if (attribute == nullptr) throw_invalid_name(name);
+  switch (attribute->get_type()) {
+    case TypeDate:
+      return add_stored<TypeDate>(name, value);
+    case TypeTime:
+      return add_stored<TypeTime>(name, value);
+    case TypeTimestamp:
+      return add_stored<TypeTimestamp>(name, value);
+    default:
+      throw_with_id<QZX_logging_attribute_type_mismatch>("Use the wrong add method under Entry ID ");
+  }
+}
+
+void _qz_LOG_log_entry_imp::add_attributes(std::va_list arguments) {
+  // A copy of this function's own: a va_list parameter may be an array, which could not be handed on by reference.
+  std::va_list rest;
+  va_copy(rest, arguments);
+  try {
+    for (;;) {
+      const char* const name = va_arg(rest, const char*);
+      if (name == nullptr || name[0] == '\0') break;
+      const _qz_LOG_attribute_entry* const attribute = require_definition().get_attr_info_by_name(name);
+      if (attribute == nullptr) {
+        QZ_DEBUG_RECORD(1, kEntrySource, "%s:%d _qz_LOG_log_entry_imp::add_attributes, attribute_name is invalid\n");
+        throw_invalid_name(name);
+      }
+      add_argument(name, static_cast<qz_AttributeType>(attribute->get_type()), rest);
+    }
+  } catch (...) {
+    va_end(rest);
+    throw;
+  }
+  va_end(rest);
+}
+
+/// Takes one value of the attribute's type and adds it. A type without values takes none, so the next argument is read
+/// as a name.
+void _qz_LOG_log_entry_imp::add_argument(const char* name, qz_AttributeType type, std::va_list& arguments) {
+  if (is_string_attribute(type)) return add_attrib_str(name, va_arg(arguments, const char*), true);
+  if (is_unicode_string_attribute(type)) return add_attrib_mbstr(name, va_arg(arguments, const char*), true);
+  if (is_time_attribute(type)) {
+    qz_Time time;
+    time.set_to_string_value(va_arg(arguments, const char*));
+    return add_attrib_time(name, time);
+  }
+  switch (type) {
+    case TypeUInt1:
+      return add_attrib_1u(name, static_cast<unsigned char>(va_arg(arguments, unsigned int)));
+    case TypeUInt2:
+      return add_attrib_2u(name, static_cast<unsigned short>(va_arg(arguments, unsigned int)));
+    case TypeUInt4:
+      return add_attrib_4u(name, va_arg(arguments, unsigned int));
+    case TypeBool:
+      return add_attrib_bool(name, va_arg(arguments, int) != 0);
+    case TypeSInt1:
+      return add_attrib_1(name, static_cast<char>(va_arg(arguments, int)));
+    case TypeSInt2:
+      return add_attrib_2(name, static_cast<short>(va_arg(arguments, int)));
+    case TypeSInt4:
+      return add_attrib_4(name, va_arg(arguments, int));
+    case TypeFloat:
+      return add_attrib_float8(name, va_arg(arguments, double));
+    default:
+      return;
+  }
+}
+
+bool _qz_LOG_log_entry_imp::remove_attrib(const char* name) {
+  if (name == nullptr || name[0] == '\0') {
+    QZ_DEBUG_RECORD(1, kEntrySource, "%s:%d _qz_LOG_log_entry_imp::remove_attrib, name==NULL");
+    throw QZX_logging_illegal_argument("invalid argument", 0);
+  }
+  const qz_String key(name);
+  const std::unique_ptr<_qz_LOG_type_base> removed(attributes_.find_value(key));
+  if (removed == nullptr) return false;
+  message_stale_ = true;
+  return attributes_.slots[attributes_._get_slot_index(key)].remove_entry(key);
+}
+
+int _qz_LOG_log_entry_imp::check_attribute(const char* name, qz_AttributeType& type) const {
+  if (name == nullptr || name[0] == '\0') return -1;
+  if (const _qz_LOG_type_base* const value = attributes_.find_value(name)) {
+    type = static_cast<qz_AttributeType>(value->get_type());
+    return 0;
+  }
+  unsigned char defined_type = TypeUnknown;
+  const char* redirection_name = nullptr;
+  const bool defined = definition_ ? definition_->get_attr_info_by_name(name, defined_type, redirection_name)
+                                   : _qz_LOG_log_definition::get_global_attr_info_by_name(name, defined_type);
+  type = static_cast<qz_AttributeType>(defined_type);
+  return defined ? 1 : -1;
+}
+
+bool _qz_LOG_log_entry_imp::has_value(const char* name) const { return attributes_.find_value(name) != nullptr; }

@@ -1,0 +1,40 @@
+#include "entry/ustring.h"
+
+#include <utility>
+
+#include "foundation/allocate.h"
+#include "foundation/qz_libc.h"
+
+namespace {
+
+char* duplicate(const char* text, unsigned length) {
+  if (text == nullptr) return nullptr;
+  char* copy = qz_new_array<char>(std::size_t{length} + 1);
+  QZ_memcpy(copy, text, std::size_t{length} + 1);
+  return copy;
+}
+
+}  // namespace
+
+_qz_LOG_ustring::_qz_LOG_ustring(const char* text)
+    : length(text == nullptr ? 0 : static_cast<unsigned>(QZ_strlen(text))), data(duplicate(text, length)) {}
+
+_qz_LOG_ustring::_qz_LOG_ustring(const _qz_LOG_ustring& other)
+    : length(other.length), data(duplicate(other.data, other.length)) {}
+
+// The copy is made first, so that a value keeps its text when there is no memory for the new one.
+_qz_LOG_ustring& _qz_LOG_ustring::operator=(const _qz_LOG_ustring& other) {
+  if (this == &other) return *this;
+  _qz_LOG_ustring copy(other);
+  std::swap(length, copy.length);
+  std::swap(data, copy.data);
+  return *this;
+}
+
+_qz_LOG_ustring::~_qz_LOG_ustring() { delete[] data; }
+
+void _qz_LOG_ustring::set_zero() noexcept {
+  length = 0;
+  delete[] data;
+  data = nullptr;
+}

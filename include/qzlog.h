@@ -1,0 +1,17 @@
+#ifndef QZLOG_H
+#define QZLOG_H
+
+/// Everything a caller of the library needs.
+#include "qzlog/debug_log.h"
+#include "qzlog/export.h"
+#include "qzlog/file_io.h"
+#include "qzlog/logattrib.h"
+#include "qzlog/logcfg.h"
+#include "qzlog/logentry.h"
+#include "qzlog/qz_exception.h"
+#include "qzlog/qz_locale.h"
+#include "qzlog/qz_string.h"
+#include "qzlog/qz_time.h"
+#include "qzlog/version.h"
+
+#endif  // QZLOG_H

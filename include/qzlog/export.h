@@ -1,0 +1,7 @@
+#ifndef QZLOG_EXPORT_H
+#define QZLOG_EXPORT_H
+
+/// Marks what the shared library exports. Everything else is built with hidden visibility.
+#define QZLOG_EXPORT __attribute__((visibility("default")))
+
+#endif  // QZLOG_EXPORT_H

@@ -1,0 +1,111 @@
+#ifndef QZLOG_LOGCFG_H
+#define QZLOG_LOGCFG_H
+
+#include "qzlog/export.h"
+#include "qzlog/qz_locale.h"
+
+class _qz_LOG_configuration;
+class _qz_LOG_log_definition_tbl;
+
+/// Kept for callers; the library stores the level and never acts on it.
+enum qz_SynchronizationLevelType : unsigned {
+  QZ_SYNCHRONIZATION_NONE = 0,
+  QZ_SYNCHRONIZATION_PROCESS = 1,
+  QZ_SYNCHRONIZATION_FLUSH = 2,  ///< the initial level
+  QZ_SYNCHRONIZATION_DATA = 3,
+  QZ_SYNCHRONIZATION_FULL = 4
+};
+
+/// Whether a configuration file has to exist when it is named.
+enum qz_ConfigurationSourceType : unsigned {
+  QZ_CONFIGURATION_FILE = 0,                ///< must exist
+  QZ_CONFIGURATION_FILE_MAY_BE_MISSING = 1  ///< may appear later
+};
+
+/// What happens to a text longer than its attribute's type allows.
+enum qz_ActionAttrLenExceed : int {
+  QZ_ACTION_REFUSE = 0,   ///< the add throws (the initial action)
+  QZ_ACTION_TRUNCATE = 1  ///< the text is cut to the limit
+};
+
+/// The words below are read and written atomically by the library; callers use qz_LOG_LogConfig.
+extern QZLOG_EXPORT bool b_is_icu_enabled;
+extern QZLOG_EXPORT int action_on_exceed;
+
+/// The process-wide settings, set once at start-up. There is nothing to initialise and nothing to shut down.
+///
+/// Threads: the setters of paths, code page, locale and configuration source and ClearDefinitions() exclude each other,
+/// but must not run while other threads use entries. The flags (ICU, action, synchronization, count) may be read and
+/// written from any thread. A text returned by a getter lives until the setting is set again.
+///
+/// Null where a text is wanted throws QZX_logging_illegal_argument "invalid argument" unless stated otherwise; running
+/// out of memory throws QZX_memory_alloc, and the setting concerned is then unset.
+class QZLOG_EXPORT qz_LOG_LogConfig {
+ public:
+  qz_LOG_LogConfig() = delete;
+
+  /// Stores `level` when it is below 5; others are ignored.
+  static void SetSynchronizationLevel(qz_SynchronizationLevelType level);
+  static qz_SynchronizationLevelType GetSynchronizationLevel();
+
+  static void EnableCountConfig(bool enable);
+  static bool IsEnableCountConfig();
+
+  /// Whether messages are rendered through ICU (initially true) or narrowly, byte by byte. Decides too whether the
+  /// limits of MBChar attributes count UTF-16 code units or bytes.
+  static void SetICUEnabled(bool enable);
+  static bool IsICUEnabled();
+
+  /// See qz_ActionAttrLenExceed. Any other value throws QZX_logging_illegal_argument
+  /// "The action when attribute exceeds limitation is invalid!\n".
+  static void SetActionAttrLenExceed(int action);
+  static int GetActionAttrLenExceed();
+
+  /// The process's one table of definitions. Never null, lives as long as the library.
+  static _qz_LOG_log_definition_tbl* GetDefinitionTable();
+
+  /// Forgets both definition files, every definition and all global attributes. Entries keep the definitions they use.
+  static void ClearDefinitions();
+
+  /// Loads the standard definition file, discarding every definition and the auxiliary file, but not the global
+  /// attributes of earlier files. Throws QZX_logging_invalid_definition when it cannot be opened or read; the stored
+  /// path is then the new one all the same and no definition is found any more.
+  static void SetDefinitionPath(const char* path);
+  /// The path as given, "" when unset.
+  static const char* GetDefinitionPath();
+
+  /// Loads an auxiliary definition file on top of the standard one. Throws QZX_logging_invalid_definition when no
+  /// standard file was set, when the file cannot be opened or read, or when it contradicts the standard file.
+  /// For an ID that both files define, a definition that is read again after it left the cache of 128 holds only what
+  /// the auxiliary file says.
+  static void SetAuxDefinitionPath(const char* path);
+  static const char* GetAuxDefinitionPath();
+
+  /// Opens a message catalog, an ICU resource bundle with the table "STRING_TABLE", for the current locale; null closes
+  /// it. While ICU is switched off this does nothing. Throws QZX_logging_missing_resource; the catalog then counts as
+  /// open, so that every later message on the ICU path reports the failure.
+  static void SetMessageCatalogPath(const char* path);
+  /// "" when unset or while ICU is switched off.
+  static const char* GetMessageCatalogPath();
+
+  /// The locale in which messages, numbers and dates are rendered from now on; an open catalog is opened again for it,
+  /// with the exceptions of SetMessageCatalogPath. The process's own locale settings are not touched.
+  static void SetLocale(qz_Locale locale);
+  static qz_Locale GetLocale();
+
+  /// The ICU converter name of the code page in which MBChar texts are given and messages returned; "" (initially)
+  /// means ICU's default. Not checked here. GetReadableMessage keeps the code page of the process's first rendering.
+  static void SetCodePage(const char* name);
+  static const char* GetCodePage();
+
+  /// Names the configuration file, read on the first lookup; null removes it. Throws QZX_logging_illegal_argument
+  /// "invalid argument" when the file does not exist, unless `type` is QZ_CONFIGURATION_FILE_MAY_BE_MISSING.
+  static void SetConfigurationSource(const char* path, qz_ConfigurationSourceType type);
+  /// The unsigned value of `key` in `section`, else in the section "global". False, with `value` untouched, when there
+  /// is none or no source is set. Any thread.
+  static bool GetConfigurationIntegerValue(const char* section, const char* key, unsigned& value);
+  /// The current source or null; valid until SetConfigurationSource is called again.
+  static _qz_LOG_configuration* _get_configuration_ptr();
+};
+
+#endif  // QZLOG_LOGCFG_H

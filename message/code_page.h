@@ -1,0 +1,44 @@
+#ifndef QZLOG_MESSAGE_CODE_PAGE_H
+#define QZLOG_MESSAGE_CODE_PAGE_H
+
+#include <atomic>
+#include <mutex>
+
+#include <unicode/ucnv.h>
+#include <unicode/unistr.h>
+
+#include "foundation/no_copies.h"
+
+/// Texts in code pages. A code page is named as ICU's converters are; "" means ICU's default converter. Safe from any
+/// thread: no open converter is used by two threads. Running out of memory throws QZX_memory_alloc.
+
+/// `text` decoded; a bogus (empty) string when there is no such code page. Bytes that stand for nothing become U+FFFD.
+icu::UnicodeString decode_text(const char* text, const char* code_page);
+
+/// Whether `text` has more than `limit` UTF-16 code units when decoded.
+bool decoded_length_exceeds(const char* text, const char* code_page, int limit);
+
+/// Encodes into `buffer` of `capacity` bytes; no terminator is written when the text fills it. `length` becomes the
+/// number of bytes that the whole text needs. False when the code page is unknown or the text does not fit; the buffer
+/// may then hold a part of it.
+bool encode_text(const icu::UnicodeString& text, const char* code_page, char* buffer, int capacity, int& length);
+
+/// A converter that is made once for the whole process, on first use, and used by all threads, each through a clone of
+/// its own. Objects are static and never released, like the converter.
+class SharedConverter : public qz_UTIL_no_inadvertant_copies {
+ public:
+  constexpr SharedConverter() = default;
+
+  /// Opens the converter of a code page unless an earlier call did. False when this call tried and failed: the failure
+  /// is kept if `keep_failure` says so (encode then fails), else the next call tries again.
+  bool make_once(const char* code_page, bool keep_failure);
+  /// As encode_text; false too when the converter was not made.
+  bool encode(const icu::UnicodeString& text, char* buffer, int capacity, int& length) const;
+
+ private:
+  std::mutex making_;
+  std::atomic<bool> made_{false};
+  UConverter* prototype_ = nullptr;
+};
+
+#endif  // QZLOG_MESSAGE_CODE_PAGE_H
