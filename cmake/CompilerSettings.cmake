@@ -17,6 +17,11 @@ if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
   set(CMAKE_BUILD_TYPE RelWithDebInfo CACHE STRING "" FORCE)
 endif()
 
+# Files beyond 2 GiB and times beyond 2038, on 32-bit hosts too.
+if(CMAKE_SIZEOF_VOID_P EQUAL 4)
+  add_compile_definitions(_FILE_OFFSET_BITS=64 _TIME_BITS=64)
+endif()
+
 set(QZLOG_SANITIZE "" CACHE STRING "Sanitizers to build with, e.g. address,undefined or thread")
 if(QZLOG_SANITIZE)
   add_compile_options(-fsanitize=${QZLOG_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)

@@ -54,16 +54,17 @@ std::tm local_time_at(long long unix_seconds) {
   return local;
 }
 
-long long moment_of_local_calendar(const Calendar& calendar) {
-  std::tm local = {};
-  local.tm_year = calendar.year - 1900;
-  local.tm_mon = calendar.month - 1;
-  local.tm_mday = calendar.day;
-  local.tm_hour = calendar.hour;
-  local.tm_min = calendar.minute;
-  local.tm_sec = calendar.second;
-  local.tm_isdst = -1;
-  return std::mktime(&local);
+int local_offset_at(long long unix_seconds) { return static_cast<int>(local_time_at(unix_seconds).tm_gmtoff); }
+
+/// The moment at which the local clock shows `clock_seconds`. Of a time shown twice it is the first, and one that is
+/// skipped counts on with the offset before the gap: unlike mktime's, the answer depends on nothing but the zone.
+long long moment_of_local_clock(long long clock_seconds) {
+  const long long by_offset_before = clock_seconds - local_offset_at(clock_seconds - kSecondsPerDay);
+  const long long by_offset_after = clock_seconds - local_offset_at(clock_seconds + kSecondsPerDay);
+  for (const long long moment : {by_offset_before, by_offset_after}) {
+    if (moment + local_offset_at(moment) == clock_seconds) return moment;
+  }
+  return by_offset_before;
 }
 
 /// Reads the text forms of a time from left to right; each step returns false, and reading is over, when the text
@@ -155,7 +156,7 @@ void qz_Time::set_GMT_time_mode(bool gmt) noexcept {
 
 void qz_Time::GMT_to_local() noexcept {
   if (!gmt_mode_) return;
-  local_offset_ = static_cast<int>(local_time_at(clock_seconds_).tm_gmtoff);
+  local_offset_ = local_offset_at(clock_seconds_);
   clock_seconds_ += local_offset_;
   gmt_mode_ = false;
 }
@@ -170,7 +171,7 @@ void qz_Time::local_to_GMT() noexcept {
 long long qz_Time::unix_seconds() const noexcept {
   if (gmt_mode_) return clock_seconds_;
   if (local_offset_ != kOffsetUnknown) return clock_seconds_ - local_offset_;
-  return moment_of_local_calendar(calendar_of(clock_seconds_));
+  return moment_of_local_clock(clock_seconds_);
 }
 
 int qz_Time::compare_time(const qz_Time& other) const noexcept {
@@ -217,7 +218,9 @@ bool qz_Time::set_to_string_value(const char* text) noexcept {
   int seconds_east = 0;
   if (!own_form && !read_zone(reader, seconds_east)) return false;
 
-  clock_seconds_ = clock_seconds - seconds_east;
+  clock_seconds -= seconds_east;
+  if (clock_seconds < kEarliestSecond || clock_seconds > kLatestSecond) return false;
+  clock_seconds_ = clock_seconds;
   gmt_mode_ = !own_form || own_form_gmt;
   local_offset_ = kOffsetUnknown;
   return true;

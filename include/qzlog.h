@@ -3,11 +3,14 @@
 
 /// Everything a caller of the library needs.
 #include "qzlog/debug_log.h"
+#include "qzlog/entry_filt.h"
 #include "qzlog/export.h"
 #include "qzlog/file_io.h"
 #include "qzlog/logattrib.h"
 #include "qzlog/logcfg.h"
+#include "qzlog/log_util.h"
 #include "qzlog/logentry.h"
+#include "qzlog/logentrycounter.h"
 #include "qzlog/qz_exception.h"
 #include "qzlog/qz_locale.h"
 #include "qzlog/qz_string.h"

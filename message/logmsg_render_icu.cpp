@@ -1,6 +1,5 @@
 #include <cstdio>
 #include <cstdlib>
-#include <ctime>
 #include <memory>
 #include <string_view>
 #include <vector>
@@ -122,17 +121,10 @@ const icu::MessageFormat& CompiledTemplate::message_format() {
 }
 
 /// A moment for ICU: the calendar fields are read as local time whatever the value's mode.
-UDate to_icu_date(const qz_Time& time) {
-  std::tm local = {};
-  local.tm_year = time.get_year() - 1900;
-  local.tm_mon = time.get_month() - 1;
-  local.tm_mday = time.get_day();
-  local.tm_hour = time.get_hour();
-  local.tm_min = time.get_minute();
-  local.tm_sec = time.get_second();
-  local.tm_isdst = -1;
+UDate to_icu_date(qz_Time time) {
   constexpr double kMillisecondsPerSecond = 1000.0;
-  return static_cast<double>(std::mktime(&local)) * kMillisecondsPerSecond;
+  time.set_GMT_time_mode(false);
+  return static_cast<double>(time.unix_seconds()) * kMillisecondsPerSecond;
 }
 
 /// Fills the arguments of a pattern from an entry, in the order of the template.

@@ -40,7 +40,7 @@ class QZLOG_EXPORT qz_String {
   char operator[](unsigned index) const;
 
  private:
-  void reserve(unsigned capacity);
+  QZLOG_NO_EXPORT void reserve(unsigned capacity);
   bool is_inline() const noexcept { return text_ == inline_text_; }
 
   enum { kInlineCapacity = 19 };

@@ -33,14 +33,17 @@ class QZLOG_EXPORT qz_Time {
   void GMT_to_local() noexcept;
   void local_to_GMT() noexcept;
 
-  /// The moment as seconds since 1970-01-01 00:00:00 GMT, whatever the mode. A local time that the zone skips or
-  /// repeats is read as mktime does; one that came from GMT_to_local() keeps its exact moment.
+  /// The moment as seconds since 1970-01-01 00:00:00 GMT, whatever the mode. A local time that the zone repeats is its
+  /// first occurrence, unless it came from GMT_to_local(), which keeps the exact moment; one that the zone skips counts
+  /// on with the offset before the gap.
   long long unix_seconds() const noexcept;
 
   /// Negative, 0 or positive as this moment is earlier than, the same as or later than `other`, whatever the modes.
   int compare_time(const qz_Time& other) const noexcept;
 
-  /// Minutes that the local zone's standard time lies WEST of GMT at this moment (Berlin: -60, New York: 300).
+  /// Minutes that the local zone's standard time lies WEST of GMT at this moment (Berlin: -60, New York: 300). Daylight
+  /// saving is taken as 60 minutes, so that with it the difference to GMT comes out even where a zone shifts by another
+  /// amount.
   int get_timezone_offset() const noexcept;
   /// Whether the local zone observes daylight saving at this moment, whatever the mode.
   bool is_daylight_saving() const noexcept;

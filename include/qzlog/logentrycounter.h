@@ -1,0 +1,86 @@
+#ifndef QZLOG_LOGENTRYCOUNTER_H
+#define QZLOG_LOGENTRYCOUNTER_H
+
+#include <cstdio>
+#include <vector>
+
+#include "qzlog/export.h"
+#include "qzlog/qz_string.h"
+#include "qzlog/qz_time.h"
+
+/// One record of a counter file in host byte order. In the file it takes 32 bytes, every integer big-endian. A record
+/// whose year, month and day are all 0 is free.
+struct _qz_LOG_EntryCounterElement {
+  int record_size;  ///< 32
+  int year;
+  int month;
+  int day;
+  int entry_key;  ///< chosen by the caller and only compared
+  int count;
+  int reserved[2];
+};
+
+/// Counts per day and key in the file "DIRECTORY/NAME.cnt", a sequence of records that are rewritten in place and
+/// reused when they are free.
+///
+/// The operations return 0 for success, and also when nothing was done because the file is not open or open for reading
+/// only; -1 for a failure (a read or write failed, or the file was closed after it had been writable), the file then
+/// being as it was. A record is written with one write, so a crash leaves it old or new; a piece of a record at the end
+/// of the file is overwritten by the next record that is added there. Positions are kept in 32 bits: a record that
+/// would lie at 2 GiB or behind is not added or incremented, the result is -1.
+///
+/// Not locked: one thread uses one counter, and one counter one file, at a time.
+class QZLOG_EXPORT _qz_LOG_EntryCounter {
+ public:
+  _qz_LOG_EntryCounter();
+  ~_qz_LOG_EntryCounter();
+  _qz_LOG_EntryCounter(const _qz_LOG_EntryCounter&) = delete;
+  _qz_LOG_EntryCounter& operator=(const _qz_LOG_EntryCounter&) = delete;
+
+  /// Opens the file, or creates it; always returns 0. A file that can only be read is opened for reading. When it
+  /// cannot be created (or an argument is null) the counter is not opened. Slashes at the end of the directory are
+  /// dropped, so "" and "/" are the root directory. A stream of an earlier open stays open until the counter is
+  /// destroyed. Throws QZX_logging_file_operation_failed "Cannot open file with read mode!\n" for a file that exists
+  /// and cannot be read, and QZX_memory_alloc.
+  int OpenEntryCounterFile(const char* directory, const char* name);
+
+  /// Adds 1 to the count of a day and key (modulo 2^32), creating it with 1. A call with the key of the call before
+  /// increments that call's record even when the date differs: callers rely on it.
+  int IncreaseCount(int year, int month, int day, int entry_key);
+  /// Sets the count of a day and key, creating it if need be.
+  int UpdateEntryCount(int year, int month, int day, int entry_key, int count);
+  /// Frees the record of a day and key, if there is one.
+  int DeleteEntryElement(int year, int month, int day, int entry_key);
+  /// Frees every record from the stream's current position on whose year, month and day each lie in the range of the
+  /// two times' years, months and days: a box, not an interval of dates. The position is the start of the file right
+  /// after it was opened, else wherever the last operation ended. -1 when `from` is later than `to`.
+  int DeleteEntryElement(const qz_Time& from, const qz_Time& to);
+  /// Writes a record into the first free one or at the end. -1 for null.
+  int addElement(_qz_LOG_EntryCounterElement* element);
+
+  /// Closes the stream; always returns 0. Later operations return -1 when the file had been writable.
+  int CloseEntryCounterFile();
+  /// The open stream, unbuffered, or null. Owned by the counter.
+  std::FILE* GetFilePointer() { return file_; }
+
+ private:
+  bool is_writable() const { return opened_ && writable_; }
+  QZLOG_NO_EXPORT bool read_record(long long position, _qz_LOG_EntryCounterElement& record) const;
+  QZLOG_NO_EXPORT bool write_record(long long position, const _qz_LOG_EntryCounterElement& record);
+  QZLOG_NO_EXPORT bool increase_last_record(int entry_key, int& result);
+  QZLOG_NO_EXPORT int increase_record(long long position, _qz_LOG_EntryCounterElement& record);
+  QZLOG_NO_EXPORT void replace_file(std::FILE* file);
+
+  std::FILE* file_;
+  qz_String directory_;
+  qz_String counter_name_;
+  int last_key_;
+  int last_pos_;
+  _qz_LOG_EntryCounterElement last_record_;
+  bool writable_;
+  bool opened_;
+  bool has_last_record_;  // the record above was set: another operation may have set the position alone
+  std::vector<std::FILE*> replaced_files_;
+};
+
+#endif  // QZLOG_LOGENTRYCOUNTER_H

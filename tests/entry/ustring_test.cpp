@@ -1,0 +1,131 @@
+#include "entry/ustring.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "tests/support/support.h"
+
+namespace {
+
+using qz_test::FailEveryAllocation;
+
+void expect_no_text(const _qz_LOG_ustring& value) {
+  EXPECT_EQ(value.length, 0U);
+  EXPECT_EQ(value.data, nullptr);
+  EXPECT_STREQ(value.text(), "");
+}
+
+void expect_text(const _qz_LOG_ustring& value, const std::string& text) {
+  EXPECT_EQ(value.length, text.size());
+  ASSERT_NE(value.data, nullptr);
+  EXPECT_EQ(std::string(value.data, value.length + 1), text + '\0');
+  EXPECT_EQ(value.text(), value.data);
+}
+
+TEST(Ustring, Default_NoText) { expect_no_text(_qz_LOG_ustring()); }
+
+TEST(Ustring, FromNull_NoText) { expect_no_text(_qz_LOG_ustring(nullptr)); }
+
+TEST(Ustring, CopyOfOneFromNull_NoTextEither) {
+  const _qz_LOG_ustring original(nullptr);
+  const _qz_LOG_ustring copy(original);
+  expect_no_text(copy);
+}
+
+TEST(Ustring, FromText_CopiesItWithItsTerminator) {
+  for (const std::string& text : {std::string("a"), std::string("\xE3\x83\xAD\xE3\x82\xB0"), std::string(8192, 'x')}) {
+    std::string source = text;
+    const _qz_LOG_ustring value(source.c_str());
+    source.assign(source.size(), '#');
+    expect_text(value, text);
+  }
+}
+
+TEST(Ustring, FromEmptyText_IsATextOfLengthZero) { expect_text(_qz_LOG_ustring(""), ""); }
+
+TEST(Ustring, Copy_IsIndependent) {
+  _qz_LOG_ustring original("text");
+  const _qz_LOG_ustring copy(original);
+  EXPECT_NE(copy.data, original.data);
+  original.set_zero();
+  expect_text(copy, "text");
+  expect_no_text(original);
+}
+
+TEST(Ustring, CopyOfZeroBytesInside_KeepsTheLength) {
+  _qz_LOG_ustring original("abc");
+  original.data[1] = '\0';
+  const _qz_LOG_ustring copy(original);
+  expect_text(copy, std::string("a\0c", 3));
+  _qz_LOG_ustring assigned;
+  assigned = original;
+  expect_text(assigned, std::string("a\0c", 3));
+}
+
+TEST(Ustring, Assignment_EveryPairOfContents) {
+  const char* contents[] = {nullptr, "", "short", "a rather longer text than the others"};
+  for (const char* from : contents) {
+    for (const char* to : contents) {
+      const _qz_LOG_ustring source(from);
+      _qz_LOG_ustring target(to);
+      EXPECT_EQ(&(target = source), &target);
+      if (from == nullptr) {
+        expect_no_text(target);
+      } else {
+        expect_text(target, from);
+        expect_text(source, from);
+      }
+    }
+  }
+}
+
+TEST(Ustring, SelfAssignment_DoesNothing) {
+  _qz_LOG_ustring value("text");
+  const char* data = value.data;
+  const _qz_LOG_ustring& same = value;
+  value = same;
+  expect_text(value, "text");
+  EXPECT_EQ(value.data, data);
+  _qz_LOG_ustring empty;
+  const _qz_LOG_ustring& same_empty = empty;
+  empty = same_empty;
+  expect_no_text(empty);
+}
+
+TEST(Ustring, SetZero_NoTextAndUsableAgain) {
+  _qz_LOG_ustring value("text");
+  value.set_zero();
+  expect_no_text(value);
+  value.set_zero();
+  expect_no_text(value);
+  value = _qz_LOG_ustring("again");
+  expect_text(value, "again");
+}
+
+TEST(UstringMemory, ConstructionWithoutMemory_Throws) {
+  EXPECT_EQ(FailEveryAllocation([] { const _qz_LOG_ustring value("text"); }), 1U);
+  EXPECT_EQ(FailEveryAllocation([] { const _qz_LOG_ustring value(""); }), 1U);
+  const _qz_LOG_ustring source("text");
+  EXPECT_EQ(FailEveryAllocation([&] { const _qz_LOG_ustring copy(source); }), 1U);
+}
+
+TEST(UstringMemory, NoText_NeedsNone) {
+  EXPECT_EQ(FailEveryAllocation([] {
+              const _qz_LOG_ustring null(nullptr);
+              _qz_LOG_ustring copy(null);
+              copy = null;
+              copy.set_zero();
+            }),
+            0U);
+}
+
+TEST(UstringMemory, AssignmentWithoutMemory_ThrowsAndKeepsTheText) {
+  const _qz_LOG_ustring source("a new text");
+  _qz_LOG_ustring target("old");
+  EXPECT_EQ(FailEveryAllocation([&] { target = source; }, [&] { expect_text(target, "old"); }), 1U);
+  expect_text(target, "a new text");
+  expect_text(source, "a new text");
+}
+
+}  // namespace

@@ -1,0 +1,29 @@
+#ifndef QZLOG_TESTS_SUPPORT_SUPPORT_H
+#define QZLOG_TESTS_SUPPORT_SUPPORT_H
+
+/// What the tests of every folder share, all in namespace qz_test; link qzlog_test_support.
+///
+///   TempDir folder;                                  an empty folder of the test's own, removed at the end
+///   folder.write("a.ldf", bytes); folder.read("a.ldf"); folder.path("a.ldf");
+///
+///   DebugLogFile log(3);                             level 3 in a working directory of the test's own
+///   EXPECT_EQ(log.records(), Texts({"logcfg:12 text\n"}));         date, process and thread checked and cut off
+///   EXPECT_EQ(log.unnumbered_records(), Texts({"logcfg:# text\n"}));
+///
+///   EXPECT_TRUE(ThrowsExactly<QZX_logging_misc>([&] { entry.use(); }, "text"));      nullptr: a null message
+///   EXPECT_TRUE(ThrowsMemoryAlloc([&] { ... }));
+///
+///   { AllocationFailure failure(3); use(); }         this thread's third allocation (new or strdup) fails
+///   EXPECT_GT(FailEveryAllocation([&] { use(); }, [&] { check_that_nothing_changed(); }), 0U);
+///
+///   SetEnv variable("NAME", "value"); UnsetEnv("NAME"); TimeZone zone("Asia/Kathmandu"); CLocale locale("C.UTF-8");
+///
+///   SeededRandom random; SCOPED_TRACE(random.trace());             QZLOG_TEST_SEED=n repeats a failed run
+#include "tests/support/allocation_failure.h"
+#include "tests/support/debug_log_file.h"
+#include "tests/support/scoped_environment.h"
+#include "tests/support/seeded_random.h"
+#include "tests/support/temp_dir.h"
+#include "tests/support/throws_exactly.h"
+
+#endif  // QZLOG_TESTS_SUPPORT_SUPPORT_H

@@ -1,0 +1,171 @@
+#include "tests/support/support.h"
+
+#include <gtest/gtest.h>
+#include <stdlib.h>
+#include <string.h>
+#include <time.h>
+
+#include <filesystem>
+#include <new>
+#include <stdexcept>
+#include <string>
+
+#include "qzlog/debug_log.h"
+
+namespace qz_test {
+namespace {
+
+TEST(ThrowsExactly, TheClassAndTextItself_Succeeds) {
+  EXPECT_TRUE(ThrowsExactly<QZX_logging_misc>([] { throw QZX_logging_misc("text"); }, "text"));
+  EXPECT_TRUE(ThrowsExactly<QZX_runtime>([] { throw QZX_runtime(); }, nullptr));
+}
+
+TEST(ThrowsExactly, DerivedBaseForeignOrNoException_Fails) {
+  EXPECT_FALSE(ThrowsExactly<QZX_runtime>([] { throw QZX_index_out_of_bounds(); }, nullptr));
+  EXPECT_FALSE(ThrowsExactly<QZX_index_out_of_bounds>([] { throw QZX_runtime(); }, nullptr));
+  EXPECT_FALSE(ThrowsExactly<QZX_runtime>([] { throw std::runtime_error("text"); }, "text"));
+  EXPECT_FALSE(ThrowsExactly<QZX_runtime>([] {}, nullptr));
+}
+
+TEST(ThrowsExactly, OtherTextOrCode_Fails) {
+  EXPECT_FALSE(ThrowsExactly<QZX_runtime>([] { throw QZX_runtime("text\n"); }, "text"));
+  EXPECT_FALSE(ThrowsExactly<QZX_runtime>([] { throw QZX_runtime(""); }, nullptr));
+  EXPECT_FALSE(ThrowsExactly<QZX_runtime>([] { throw QZX_runtime("text", 1); }, "text"));
+}
+
+// Calls of the function itself: a new expression whose memory is not used may be optimised away.
+bool can_allocate() {
+  void* memory = ::operator new(64, std::nothrow);
+  ::operator delete(memory);
+  return memory != nullptr;
+}
+
+std::string results_of_three_allocations(AllocationFailure::Reach reach) {
+  bool results[3];
+  {
+    const AllocationFailure failure(2, reach);
+    for (bool& result : results) result = can_allocate();
+  }
+  std::string marks;
+  for (const bool result : results) marks += result ? '+' : '-';
+  return marks;
+}
+
+TEST(AllocationFailure, NthAllocation_FailsOnceOrFromThenOn) {
+  EXPECT_EQ(results_of_three_allocations(AllocationFailure::kOnce), "+-+");
+  EXPECT_EQ(results_of_three_allocations(AllocationFailure::kFromThenOn), "+--");
+}
+
+TEST(AllocationFailure, StrdupAndThrowingNew_FailTheirWay) {
+  char* copy = nullptr;
+  bool bad_alloc = false;
+  {
+    const AllocationFailure failure(1, AllocationFailure::kFromThenOn);
+    copy = strdup("text");
+    try {
+      ::operator delete(::operator new(64));
+    } catch (const std::bad_alloc&) {
+      bad_alloc = true;
+    }
+  }
+  EXPECT_EQ(copy, nullptr);
+  EXPECT_TRUE(bad_alloc);
+  copy = strdup("text");
+  EXPECT_STREQ(copy, "text");
+  free(copy);
+}
+
+TEST(FailEveryAllocation, ThreeAllocations_ThreeFailingRuns) {
+  int checks = 0;
+  const auto use = [] {
+    for (int i = 0; i < 3; ++i) {
+      if (!can_allocate()) throw QZX_memory_alloc();
+    }
+  };
+  EXPECT_EQ(FailEveryAllocation(use, [&] { ++checks; }), 3U);
+  EXPECT_EQ(checks, 3);
+}
+
+TEST(TempDir, Lifetime_FolderExistsUntilTheEnd) {
+  std::string path;
+  {
+    const TempDir folder;
+    path = folder.path();
+    folder.write("name", std::string("a\0b", 3));
+    EXPECT_EQ(folder.read("name"), std::string("a\0b", 3));
+    EXPECT_TRUE(folder.has("name"));
+    EXPECT_FALSE(folder.has("other"));
+  }
+  EXPECT_FALSE(std::filesystem::exists(path));
+}
+
+TEST(DebugLogFile, Records_PrefixCutOffAndLineBreaksKept) {
+  const DebugLogFile log(3);
+  EXPECT_FALSE(log.exists());
+  LogDebugMessage(1, "%s:%d first\nsecond line\n", "unit", 12);
+  LogDebugMessage(1, "%s:%d without end", "unit", 345);
+  LogDebugMessage(1, "last");
+  EXPECT_EQ(log.records(), Texts({"unit:12 first\nsecond line\n", "unit:345 without end", "last"}));
+  EXPECT_EQ(log.unnumbered_records(), Texts({"unit:# first\nsecond line\n", "unit:# without end", "last"}));
+  log.clear();
+  EXPECT_EQ(log.records(), Texts());
+}
+
+TEST(DebugLogFile, End_RestoresLevelAndWorkingDirectory) {
+  const auto directory = std::filesystem::current_path();
+  const unsigned level = GetDebugLogLevel();
+  {
+    const DebugLogFile log(7);
+    EXPECT_EQ(GetDebugLogLevel(), 7U);
+    EXPECT_NE(std::filesystem::current_path(), directory);
+  }
+  EXPECT_EQ(GetDebugLogLevel(), level);
+  EXPECT_EQ(std::filesystem::current_path(), directory);
+}
+
+TEST(ParseRecordPrefix, DamagedPrefixes_NotRecognised) {
+  const std::string whole = "2026/11/21 08:15:30(pid=12)(tid=-34):";
+  const auto prefix = parse_record_prefix("x" + whole + "y", 1);
+  ASSERT_TRUE(prefix);
+  EXPECT_EQ(prefix->time, "2026/11/21 08:15:30");
+  EXPECT_EQ(prefix->pid, 12);
+  EXPECT_EQ(prefix->tid, -34);
+  EXPECT_EQ(prefix->end, whole.size() + 1);
+  for (std::size_t length = 0; length < whole.size(); ++length) {
+    EXPECT_FALSE(parse_record_prefix(whole.substr(0, length), 0)) << length;
+  }
+}
+
+TEST(SetEnv, End_RestoresThePreviousState) {
+  const UnsetEnv unset("QZLOG_TEST_VARIABLE");
+  {
+    const SetEnv outer("QZLOG_TEST_VARIABLE", "1");
+    const SetEnv inner("QZLOG_TEST_VARIABLE", "2");
+    EXPECT_STREQ(getenv("QZLOG_TEST_VARIABLE"), "2");
+  }
+  EXPECT_EQ(getenv("QZLOG_TEST_VARIABLE"), nullptr);
+}
+
+TEST(TimeZone, Lifetime_LocalTimeFollows) {
+  const time_t epoch = 0;
+  tm local = {};
+  const TimeZone outer("UTC");
+  {
+    const TimeZone inner("Asia/Kathmandu");
+    ASSERT_NE(localtime_r(&epoch, &local), nullptr);
+    EXPECT_EQ(local.tm_gmtoff, 19800);
+  }
+  ASSERT_NE(localtime_r(&epoch, &local), nullptr);
+  EXPECT_EQ(local.tm_gmtoff, 0);
+}
+
+TEST(SeededRandom, SeedGiven_RepeatsTheNumbers) {
+  const SetEnv seed("QZLOG_TEST_SEED", "42");
+  SeededRandom first;
+  SeededRandom second;
+  EXPECT_EQ(first.trace(), "repeat with QZLOG_TEST_SEED=42");
+  for (int i = 0; i < 100; ++i) EXPECT_EQ(first.between(-9, 9), second.between(-9, 9));
+}
+
+}  // namespace
+}  // namespace qz_test
