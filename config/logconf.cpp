@@ -167,6 +167,8 @@ bool _qz_LOG_file_configuration::_find_value(const char* section, const char* ke
 bool _qz_LOG_file_configuration::_save_all_from_file() const {
   const qz_FileHandle file(QZ_fopen(path_.c_str(), "rb"));
   if (file == nullptr) return false;
+  // A directory can be opened, but not read.
+  if (std::getc(file.get()) == EOF && std::ferror(file.get()) != 0) return false;
   SettingsParser(file.get(), settings_).parse();
   return true;
 }

@@ -16,19 +16,21 @@ using Element = _qz_LOG_EntryCounterElement;
 
 constexpr const char* kSource = "logentrycounter";
 constexpr int kRecordSize = 32;
-constexpr int kFieldCount = 8;
+constexpr int kFieldCount = 6;  // before the reserved bytes
 static_assert(sizeof(Element) == kRecordSize);
 
 using RecordBytes = unsigned char[kRecordSize];
 
 void encode(const Element& record, RecordBytes& bytes) {
-  const int fields[kFieldCount] = {record.record_size, record.year,  record.month,       record.day,
-                                   record.entry_key,   record.count, record.reserved[0], record.reserved[1]};
+  const int fields[kFieldCount] = {record.record_size, record.year,      record.month,
+                                   record.day,         record.entry_key, record.count};
   unsigned char* byte = bytes;
   for (const int field : fields) {
     const auto value = static_cast<unsigned>(field);
     for (int shift = 24; shift >= 0; shift -= 8) *byte++ = static_cast<unsigned char>(value >> shift & 0xFF);
   }
+  // What is reserved has no meaning, so no byte order either.
+  QZ_memcpy(byte, record.reserved, sizeof(record.reserved));
 }
 
 Element decode(const unsigned char* bytes) {
@@ -38,7 +40,9 @@ Element decode(const unsigned char* bytes) {
     for (int i = 0; i < 4; ++i) value = value << 8 | *bytes++;
     field = static_cast<int>(value);
   }
-  return {fields[0], fields[1], fields[2], fields[3], fields[4], fields[5], {fields[6], fields[7]}};
+  Element record = {fields[0], fields[1], fields[2], fields[3], fields[4], fields[5], {0, 0}};
+  QZ_memcpy(record.reserved, bytes, sizeof(record.reserved));
+  return record;
 }
 
 bool is_free(const Element& record) { return record.year == 0 && record.month == 0 && record.day == 0; }

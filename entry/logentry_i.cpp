@@ -117,7 +117,7 @@ void _qz_LOG_log_entry_imp::_copy(const _qz_LOG_log_entry_imp& source) {
   last_use_default_ = source.last_use_default_;
   if (!source.message_stale_) message_cache_ = source.message_cache_;
 
-  attributes_.set_size(source.attributes_.size);
+  // Every entry has the same number of buckets, so the table keeps its own.
   qz_MISC_hash_tbl_walker<qz_String, _qz_LOG_type_base*> walker(source.attributes_);
   while (const auto* const node = walker._next_key()) {
     std::unique_ptr<_qz_LOG_type_base> value(_qz_LOG_copy_value(*node->value));
@@ -137,10 +137,7 @@ void _qz_LOG_log_entry_imp::_clear(bool full) {
   _clear_attribute_list();
 }
 
-void _qz_LOG_log_entry_imp::clear_attribs(bool full) {
-  _clear(full);
-  attributes_.set_size(attributes_.size);
-}
+void _qz_LOG_log_entry_imp::clear_attribs(bool full) { _clear(full); }
 
 void _qz_LOG_log_entry_imp::_clear_attribute_list() {
   message_stale_ = true;

@@ -175,7 +175,7 @@ class _qz_LOG_log_entry_imp : public qz_UTIL_no_inadvertant_copies {
   [[noreturn]] void throw_invalid_name(const char* name) const;
   template <typename Exception>
   [[noreturn]] void throw_with_id(const char* text_before_id) const;
-  [[noreturn]] void refuse_too_long(const char* name) const;
+  bool wants_truncation(const char* name, const char* value, const char* buffer) const;
 
   template <unsigned char code, typename T>
   void add_scalar(const char* name, T value);

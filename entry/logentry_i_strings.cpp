@@ -40,12 +40,6 @@ bool exceeds_character_limit(const char* value, int limit) {
   return QZ_strlen(value) > static_cast<std::size_t>(limit);
 }
 
-void require_truncation_arguments(const char* name, const char* value, const char* buffer) {
-  if (name == nullptr || value == nullptr || buffer == nullptr) {
-    throw QZX_logging_illegal_argument("arguement is null when trucate string!", 0);
-  }
-}
-
 [[noreturn]] void throw_small_buffer() {
   throw QZX_logging_illegal_argument("The buf length is smaller than cut length!", 0);
 }
@@ -109,6 +103,7 @@ void _qz_LOG_log_entry_imp::add_attrib_str(const char* name, const char* value, 
   }
   const auto limit = text_limit(type);
   char truncated[kTruncationCapacity + 1];
+  truncated[0] = '\0';
   if (QZ_strlen(value) > static_cast<std::size_t>(limit)) {
     truncate_string(name, value, limit, truncated, kTruncationCapacity);
     value = truncated;
@@ -133,6 +128,7 @@ void _qz_LOG_log_entry_imp::add_attrib_mbstr(const char* name, const char* value
   const int limit = text_limit(type);
   if (!exceeds_character_limit(value, limit)) return add_filtered_text(name, type, value, escape);
   TextBuffer truncated(static_cast<std::size_t>(limit) * kMaxBytesPerUnit + 1);
+  truncated.data()[0] = '\0';
   truncate_mbstring(name, value, limit, truncated.data(), truncated.size());
   add_filtered_text(name, type, truncated.data(), escape);
 }
@@ -145,23 +141,28 @@ void _qz_LOG_log_entry_imp::add_filtered_text(const char* name, unsigned char ty
   _add_attribute(name, _qz_LOG_new_text(type, filtered.data()));
 }
 
-void _qz_LOG_log_entry_imp::refuse_too_long(const char* name) const {
-  qz_String text(name);
-  text += " Attribute value is overflow under Entry ID ";
-  throw_with_id<QZX_logging_invalid_attribute_value>(text.c_str());
+/// What both cuts begin with. False when the setting, a word that anyone can write, says neither to refuse nor to cut.
+bool _qz_LOG_log_entry_imp::wants_truncation(const char* name, const char* value, const char* buffer) const {
+  if (name == nullptr || value == nullptr || buffer == nullptr) {
+    throw QZX_logging_illegal_argument("arguement is null when trucate string!", 0);
+  }
+  const int action = qz_LOG_LogConfig::GetActionAttrLenExceed();
+  if (action == QZ_ACTION_REFUSE) {
+    qz_String text(name);
+    text += " Attribute value is overflow under Entry ID ";
+    throw_with_id<QZX_logging_invalid_attribute_value>(text.c_str());
+  }
+  return action == QZ_ACTION_TRUNCATE;
 }
 
 void _qz_LOG_log_entry_imp::truncate_string(const char* name, const char* value, int limit, char* buffer,
                                             int capacity) const {
-  require_truncation_arguments(name, value, buffer);
-  if (qz_LOG_LogConfig::GetActionAttrLenExceed() == QZ_ACTION_REFUSE) refuse_too_long(name);
-  cut_to_bytes(value, limit, buffer, capacity);
+  if (wants_truncation(name, value, buffer)) cut_to_bytes(value, limit, buffer, capacity);
 }
 
 void _qz_LOG_log_entry_imp::truncate_mbstring(const char* name, const char* value, int limit, char* buffer,
                                               int capacity) const {
-  require_truncation_arguments(name, value, buffer);
-  if (qz_LOG_LogConfig::GetActionAttrLenExceed() == QZ_ACTION_REFUSE) refuse_too_long(name);
+  if (!wants_truncation(name, value, buffer)) return;
   if (qz_LOG_LogConfig::IsICUEnabled()) {
     cut_to_units(value, limit, buffer, capacity);
   } else {

@@ -114,7 +114,8 @@ class qz_MISC_hash_tbl_walker {
  public:
   using Node = _qz_MISC_hash_node<K, V>;
 
-  explicit qz_MISC_hash_tbl_walker(const qz_MISC_hash_tbl<K, V>& table) : table_(&table), count_(table.size) {}
+  explicit qz_MISC_hash_tbl_walker(const qz_MISC_hash_tbl<K, V>& table)
+      : table_(&table), count_(table.slots != nullptr ? table.size : 0) {}
 
   /// Assigns the next pair and returns true, or returns false, with both arguments untouched, once the walk is over.
   bool next(K& key, V& value) {

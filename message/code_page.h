@@ -12,7 +12,8 @@
 /// Texts in code pages. A code page is named as ICU's converters are; "" means ICU's default converter. Safe from any
 /// thread: no open converter is used by two threads. Running out of memory throws QZX_memory_alloc.
 
-/// `text` decoded; a bogus (empty) string when there is no such code page. Bytes that stand for nothing become U+FFFD.
+/// `text` decoded; a bogus (empty) string when there is no such code page. Bytes that stand for nothing become what ICU
+/// puts in their place.
 icu::UnicodeString decode_text(const char* text, const char* code_page);
 
 /// Whether `text` has more than `limit` UTF-16 code units when decoded.

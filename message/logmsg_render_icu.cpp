@@ -85,7 +85,10 @@ class CompiledTemplate {
 void CompiledTemplate::build_pattern() {
   for (const _qz_LOG_msg_token* token = tokens_.get_head(); token != nullptr; token = token->get_next()) {
     if (token->get_type() == _QZ_STRING_TOKEN) {
-      pattern_ += static_cast<const _qz_LOG_string_token*>(token)->get_text();
+      const icu::UnicodeString& text = static_cast<const _qz_LOG_string_token*>(token)->get_text();
+      pattern_ += text;
+      // A brace in the text may ask ICU for a time as well as a reference.
+      shows_time_ = shows_time_ || text.indexOf(u'{') >= 0;
     } else if (token->get_type() == _QZ_FMT_SPECIFIER_TOKEN && argument_of(*token) != nullptr) {
       append_argument(message_format_kind(static_cast<const _qz_LOG_fmt_spec_token*>(token)->get_format()));
     }
