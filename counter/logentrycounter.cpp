@@ -1,7 +1,9 @@
 #include "qzlog/logentrycounter.h"
 
+#include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <new>
@@ -67,10 +69,17 @@ ssize_t uninterrupted(Transfer transfer) {
   return moved;
 }
 
+/// The size of a file; 0 for what has none, such as a device that would be read without end.
+long long file_size(int descriptor) {
+  struct stat status = {};
+  return fstat(descriptor, &status) == 0 ? static_cast<long long>(status.st_size) : 0;
+}
+
 /// Reads the records of a file from a position to its end, many at a time. A piece of a record at the end is not one.
 class RecordScanner {
  public:
-  RecordScanner(std::FILE* file, long long position) : descriptor_(fileno(file)), block_position_(position) {}
+  RecordScanner(std::FILE* file, long long position)
+      : descriptor_(fileno(file)), end_(file_size(descriptor_)), block_position_(position) {}
 
   /// False at the end of the file.
   bool next() {
@@ -80,6 +89,10 @@ class RecordScanner {
     return true;
   }
   const Element& record() const { return record_; }
+  /// Whether the scan ended because the file could not be read: what follows is then not the end.
+  bool failed() const { return failed_; }
+  /// The size of the file when the scan began.
+  long long end() const { return end_; }
   /// Where the current record stands; after the last one, where the next would.
   long long position() const { return block_position_ + index_; }
 
@@ -87,18 +100,24 @@ class RecordScanner {
   bool read_block() {
     block_position_ += index_ > 0 ? index_ : 0;
     index_ = 0;
+    const auto wanted = static_cast<std::size_t>(std::clamp(end_ - block_position_, 0LL, kBlockSize));
     const ssize_t moved =
-        uninterrupted([&] { return pread(descriptor_, block_, sizeof(block_), static_cast<off_t>(block_position_)); });
-    size_ = moved > 0 ? static_cast<int>(moved) : 0;
+        uninterrupted([&] { return pread(descriptor_, block_, wanted, static_cast<off_t>(block_position_)); });
+    failed_ = moved < 0;
+    size_ = failed_ ? 0 : static_cast<int>(moved);
     return size_ >= kRecordSize;
   }
 
+  static constexpr long long kBlockSize = 128LL * kRecordSize;
+
   int descriptor_;
+  long long end_;
   long long block_position_;
   int index_ = -kRecordSize;
   int size_ = 0;
+  bool failed_ = false;
   Element record_ = {};
-  unsigned char block_[128 * kRecordSize];
+  unsigned char block_[kBlockSize];
 };
 
 /// Moves to the first record for which `wanted` is true; false, at the end of the records, when there is none.
@@ -203,6 +222,7 @@ int _qz_LOG_EntryCounter::IncreaseCount(int year, int month, int day, int entry_
     record = scanner.record();
     return increase_record(scanner.position(), record);
   }
+  if (scanner.failed()) return report_seek_error();
   if (addElement(&record) != 0) return -1;
   last_key_ = entry_key;
   last_record_ = record;
@@ -237,7 +257,9 @@ int _qz_LOG_EntryCounter::UpdateEntryCount(int year, int month, int day, int ent
   if (file_ == nullptr) return -1;
   Element record = {kRecordSize, year, month, day, entry_key, count, {0, 0}};
   RecordScanner scanner(file_, 0);
-  if (!scan_for(scanner, [&](const Element& other) { return is_same(other, record); })) return addElement(&record);
+  const bool found = scan_for(scanner, [&](const Element& other) { return is_same(other, record); });
+  if (scanner.failed()) return report_seek_error();
+  if (!found) return addElement(&record);
   record = scanner.record();
   record.count = count;
   return write_record(scanner.position(), record) ? 0 : report_seek_error();
@@ -248,7 +270,9 @@ int _qz_LOG_EntryCounter::DeleteEntryElement(int year, int month, int day, int e
   if (file_ == nullptr) return -1;
   const Element wanted = {kRecordSize, year, month, day, entry_key, 0, {0, 0}};
   RecordScanner scanner(file_, 0);
-  if (!scan_for(scanner, [&](const Element& other) { return is_same(other, wanted); })) {
+  const bool found = scan_for(scanner, [&](const Element& other) { return is_same(other, wanted); });
+  if (scanner.failed()) return report_seek_error();
+  if (!found) {
     QZ_fseek(file_, 0, SEEK_END);
     return 0;
   }
@@ -266,7 +290,9 @@ int _qz_LOG_EntryCounter::DeleteEntryElement(const qz_Time& from, const qz_Time&
     if (is_free(scanner.record()) || !lies_in_box(scanner.record(), from, to)) continue;
     if (!write_record(scanner.position(), freed(scanner.record()))) return report_seek_error();
   }
-  QZ_fseek(file_, 0, SEEK_END);
+  if (scanner.failed()) return report_seek_error();
+  // A position behind the end, in a file that was cut since, stays where it is.
+  if (start < scanner.end()) QZ_fseek(file_, 0, SEEK_END);
   return 0;
 }
 
@@ -276,6 +302,7 @@ int _qz_LOG_EntryCounter::addElement(Element* element) {
   RecordScanner scanner(file_, 0);
   // Without a free record the position is that of the end, or of the piece of a record there.
   scan_for(scanner, is_free);
+  if (scanner.failed()) return report_seek_error();
   const long long position = scanner.position();
   if (position > INT_MAX) return -1;
   if (!write_record(position, *element)) return report_seek_error();

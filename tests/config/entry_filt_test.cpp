@@ -1,0 +1,305 @@
+#include "qzlog/entry_filt.h"
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+#include <string>
+
+#include "entry/logentry_i.h"
+#include "tests/config/entry_filt_fixture.h"
+
+namespace {
+
+using namespace qz_test;
+using Implementation = _qz_LOG_log_entry_imp;
+
+constexpr const char* kIllegalLevel = "_qz_LOG_entry_filter::set_filter_log_level():  illegal log level specified.";
+
+TEST(SetFilterLogLevel, BothAtMostNine_Stored) {
+  _qz_LOG_entry_filter filter = make_filter();
+  for (unsigned low = 0; low <= 9; ++low) {
+    for (unsigned high = 0; high <= 9; ++high) {
+      filter.set_filter_log_level(low, high);
+      EXPECT_EQ(filter.log_level_low, low);
+      EXPECT_EQ(filter.log_level_high, high);
+    }
+  }
+}
+
+TEST(SetFilterLogLevel, OneAboveNine_ThrowsAndKeepsTheBounds) {
+  struct Bounds {
+    unsigned low;
+    unsigned high;
+  };
+  _qz_LOG_entry_filter filter = make_filter();
+  filter.set_filter_log_level(2, 7);
+  for (const Bounds& bad : {Bounds{0, 10}, {10, 0}, {10, 10}, {0, 0xFFFFFFFFU}, {0xFFFFFFFFU, 9}, {0x80000000U, 1}}) {
+    EXPECT_TRUE(ThrowsExactly<QZX_logging_invalid_log_level>([&] { filter.set_filter_log_level(bad.low, bad.high); },
+                                                             kIllegalLevel));
+    EXPECT_EQ(filter.log_level_low, 2U);
+    EXPECT_EQ(filter.log_level_high, 7U);
+  }
+}
+
+TEST_F(EntryFilterTest, NoSourceAndEverythingOpen_PassesAnyMaskButZero) {
+  const _qz_LOG_entry_filter filter = make_filter();
+  for (unsigned level = 0; level <= 9; ++level) {
+    EXPECT_TRUE(filter.check_entry({kOrdinaryId, level}));
+    EXPECT_TRUE(filter.check_entry({kDebugId, level}));
+    EXPECT_TRUE(filter.check_entry({kOnlyDebugId, level}));
+    EXPECT_FALSE(filter.check_entry({kNoMaskId, level}));
+  }
+}
+
+TEST_F(EntryFilterTest, Bounds_AreInclusive) {
+  _qz_LOG_entry_filter filter = make_filter();
+  filter.set_filter_log_level(3, 6);
+  for (unsigned level = 0; level <= 9; ++level) {
+    EXPECT_EQ(filter.check_entry({kOrdinaryId, level}), level >= 3 && level <= 6) << level;
+  }
+}
+
+TEST_F(EntryFilterTest, LowAboveHigh_NothingPasses) {
+  _qz_LOG_entry_filter filter = make_filter();
+  filter.set_filter_log_level(6, 3);
+  for (unsigned level = 0; level <= 9; ++level) EXPECT_FALSE(filter.check_entry({kOrdinaryId, level})) << level;
+}
+
+TEST_F(EntryFilterTest, BoundsSetDirectlyAboveNine_ComparedUnsigned) {
+  _qz_LOG_entry_filter filter = make_filter();
+  filter.log_level_high = 0xFFFFFFFFU;
+  EXPECT_TRUE(filter.check_entry({kOrdinaryId, 9}));
+  filter.log_level_low = 0x80000000U;
+  EXPECT_FALSE(filter.check_entry({kOrdinaryId, 9}));
+}
+
+TEST_F(EntryFilterTest, OwnMask_PassesWhenABitIsShared) {
+  _qz_LOG_entry_filter filter = make_filter();
+  struct Case {
+    unsigned mask;
+    bool passes;
+  };
+  for (const Case& test_case : {Case{0x20, true},
+                                {0x01, true},
+                                {0x21, true},
+                                {0x1E, false},
+                                {0, false},
+                                {kDebugBit, false},
+                                {0xFFFFFFDEU, false},
+                                {0xFFFFFFDFU, true}}) {
+    filter.property_mask = test_case.mask;
+    EXPECT_EQ(filter.check_entry({kOrdinaryId, 0}), test_case.passes) << std::hex << test_case.mask;
+  }
+}
+
+TEST_F(EntryFilterTest, Callback_GetsTheEntrysValuesAndDecides) {
+  CallbackCalls calls;
+  _qz_LOG_entry_filter filter = make_filter();
+  filter.callback = record_call;
+  filter.user_data = &calls;
+  const qz_LOG_LogEntry entry(kDebugId, 7);
+  EXPECT_TRUE(filter.check_entry(entry));
+  EXPECT_EQ(calls.count, 1);
+  EXPECT_EQ(calls.entry_id, kDebugId);
+  EXPECT_EQ(calls.property_mask, kDebugMask);
+  EXPECT_EQ(calls.log_level, 7U);
+  EXPECT_EQ(calls.entry, &entry);
+  calls.answer = false;
+  EXPECT_FALSE(filter.check_entry(entry));
+  EXPECT_EQ(calls.count, 2);
+}
+
+TEST_F(EntryFilterTest, CallbackComesFirst_CalledEvenForALevelAndMaskThatFail) {
+  CallbackCalls calls;
+  _qz_LOG_entry_filter filter = make_filter();
+  filter.callback = record_call;
+  filter.user_data = &calls;
+  filter.property_mask = 0;
+  filter.set_filter_log_level(5, 5);
+  EXPECT_FALSE(filter.check_entry({kOrdinaryId, 1}));
+  EXPECT_EQ(calls.count, 1);
+}
+
+TEST_F(EntryFilterTest, CallbackThrows_ReachesTheCaller) {
+  _qz_LOG_entry_filter filter = make_filter();
+  filter.callback = [](unsigned, unsigned, unsigned, const qz_LOG_LogEntry&, void*) -> bool {
+    throw std::out_of_range("mine");
+  };
+  try {
+    filter.check_entry({kDebugId, 1});
+    FAIL() << "threw nothing";
+  } catch (const std::out_of_range& thrown) {
+    EXPECT_STREQ(thrown.what(), "mine");
+  }
+  EXPECT_TRUE(filter.debug_entry);
+  EXPECT_FALSE(filter.debug_enabled);
+}
+
+TEST_F(EntryFilterTest, Flags_SetAnewByEveryCheck) {
+  configure("[app]\nDebugEnabled = 2");
+  const _qz_LOG_entry_filter filter = {nullptr, nullptr, 0, 0, 9, "app", false, true};
+  filter.check_entry({kOrdinaryId, 0});
+  EXPECT_TRUE(filter.debug_enabled);
+  EXPECT_FALSE(filter.debug_entry);
+  filter.check_entry({kDebugId, 0});
+  EXPECT_TRUE(filter.debug_entry);
+  qz_LOG_LogConfig::SetConfigurationSource(nullptr, QZ_CONFIGURATION_FILE);
+  filter.check_entry({kDebugId, 0});
+  EXPECT_FALSE(filter.debug_enabled);
+  EXPECT_TRUE(filter.debug_entry);
+}
+
+TEST_F(EntryFilterTest, DebugEnabled_DebugEntryBypassesCallbackAndMask) {
+  configure("[app]\nDebugEnabled=1\nPropertyMask=0x8");
+  CallbackCalls calls{.answer = false};
+  _qz_LOG_entry_filter filter = make_filter();
+  filter.callback = record_call;
+  filter.user_data = &calls;
+  filter.property_mask = 0;
+  EXPECT_TRUE(filter.check_entry({kDebugId, 4}));
+  EXPECT_EQ(calls.count, 0);
+  EXPECT_FALSE(filter.check_entry({kOrdinaryId, 4}));
+  EXPECT_EQ(calls.count, 1);
+}
+
+TEST_F(EntryFilterTest, DebugEnabled_DebugEntryOutsideTheBoundsFails) {
+  configure("[app]\nDebugEnabled=1\nLogLevelLow=2\nLogLevelHigh=3");
+  const _qz_LOG_entry_filter filter = make_filter();
+  for (unsigned level = 0; level <= 9; ++level) {
+    EXPECT_EQ(filter.check_entry({kDebugId, level}), level == 2 || level == 3) << level;
+  }
+}
+
+TEST_F(EntryFilterTest, DebugEnabledZero_NoBypass) {
+  configure("[app]\nDebugEnabled=0\nPropertyMask=0x8");
+  EXPECT_FALSE(make_filter().check_entry({kDebugId, 4}));
+}
+
+TEST_F(EntryFilterTest, DebugEnabledZeroInTheSection_HidesTheGlobalOne) {
+  configure("[global]\nDebugEnabled=1\nPropertyMask=0x8\n[app]\nDebugEnabled=0");
+  EXPECT_FALSE(make_filter().check_entry({kDebugId, 4}));
+  EXPECT_TRUE(make_filter("other").check_entry({kDebugId, 4}));
+}
+
+TEST_F(EntryFilterTest, DebugLevels_OverrideForDebugEntriesWhateverDebugEnabledSays) {
+  for (const char* enabled : {"", "DebugEnabled=0\n", "DebugEnabled=1\n"}) {
+    configure(std::string("[app]\n") + enabled +
+              "LogLevelLow=0\nLogLevelHigh=1\nDebugLogLevelLow=5\nDebugLogLevelHigh=6");
+    const _qz_LOG_entry_filter filter = make_filter();
+    for (unsigned level = 0; level <= 9; ++level) {
+      EXPECT_EQ(filter.check_entry({kOrdinaryId, level}), level <= 1) << enabled << level;
+      EXPECT_EQ(filter.check_entry({kDebugId, level}), level == 5 || level == 6) << enabled << level;
+    }
+  }
+}
+
+TEST_F(EntryFilterTest, OneDebugLevelOnly_TheOtherBoundStays) {
+  configure("[app]\nLogLevelLow=2\nLogLevelHigh=6\nDebugLogLevelLow=4");
+  const _qz_LOG_entry_filter filter = make_filter();
+  for (unsigned level = 0; level <= 9; ++level) {
+    EXPECT_EQ(filter.check_entry({kDebugId, level}), level >= 4 && level <= 6) << level;
+    EXPECT_EQ(filter.check_entry({kOrdinaryId, level}), level >= 2 && level <= 6) << level;
+  }
+}
+
+TEST_F(EntryFilterTest, ConfiguredBoundsAboveNine_NotChecked) {
+  configure("[app]\nLogLevelLow=0\nLogLevelHigh=0xFFFFFFFF\n[high]\nLogLevelLow=10\nLogLevelHigh=20");
+  EXPECT_TRUE(make_filter().check_entry({kOrdinaryId, 9}));
+  EXPECT_FALSE(make_filter("high").check_entry({kOrdinaryId, 9}));
+}
+
+TEST_F(EntryFilterTest, ConfiguredMask_ReplacesTheOwnOne) {
+  configure("[app]\nPropertyMask=0x20\n[none]\nPropertyMask=0");
+  _qz_LOG_entry_filter filter = make_filter();
+  filter.property_mask = 0;
+  EXPECT_TRUE(filter.check_entry({kOrdinaryId, 0}));
+  EXPECT_FALSE(filter.check_entry({kNoMaskId, 0}));
+  EXPECT_FALSE(make_filter("none").check_entry({kOrdinaryId, 0}));
+}
+
+TEST_F(EntryFilterTest, KeysOnlyInGlobal_ApplyToEverySection) {
+  configure("[global]\nLogLevelLow=4\nLogLevelHigh=4\nPropertyMask=0x20");
+  for (const char* section : {"app", "other", "global", ""}) {
+    _qz_LOG_entry_filter filter = make_filter(section);
+    filter.property_mask = 0;
+    EXPECT_TRUE(filter.check_entry({kOrdinaryId, 4})) << section;
+    EXPECT_FALSE(filter.check_entry({kOrdinaryId, 3})) << section;
+    EXPECT_FALSE(filter.check_entry({kOrdinaryId, 5})) << section;
+  }
+}
+
+TEST_F(EntryFilterTest, NullSection_IsTheEmptyOneThenGlobal) {
+  configure("[global]\nLogLevelLow=4\nLogLevelHigh=4\n[]\nLogLevelHigh=6");
+  const _qz_LOG_entry_filter filter = make_filter(nullptr);
+  for (unsigned level = 0; level <= 9; ++level) {
+    EXPECT_EQ(filter.check_entry({kOrdinaryId, level}), level >= 4 && level <= 6) << level;
+  }
+}
+
+TEST_F(EntryFilterTest, SourceWithoutFileOrKeys_OwnValuesCount) {
+  qz_LOG_LogConfig::SetConfigurationSource(folder_.path("missing").c_str(), QZ_CONFIGURATION_FILE_MAY_BE_MISSING);
+  _qz_LOG_entry_filter filter = make_filter();
+  filter.property_mask = 0x1;
+  filter.set_filter_log_level(3, 3);
+  EXPECT_TRUE(filter.check_entry({kOrdinaryId, 3}));
+  EXPECT_FALSE(filter.check_entry({kOrdinaryId, 4}));
+  configure("[app]\nUnrelated=1");
+  EXPECT_TRUE(filter.check_entry({kOrdinaryId, 3}));
+  filter.property_mask = 0x2;
+  EXPECT_FALSE(filter.check_entry({kOrdinaryId, 3}));
+}
+
+TEST_F(EntryFilterTest, CallbackStageAlone_ReliesOnTheFlags) {
+  CallbackCalls calls{.answer = false};
+  _qz_LOG_entry_filter filter = make_filter();
+  const qz_LOG_LogEntry entry(kOrdinaryId, 1);
+  EXPECT_TRUE(filter._check_entry_by_callback(entry));
+  filter.callback = record_call;
+  filter.user_data = &calls;
+  for (const bool enabled : {false, true}) {
+    for (const bool debug : {false, true}) {
+      filter.debug_enabled = enabled;
+      filter.debug_entry = debug;
+      EXPECT_EQ(filter._check_entry_by_callback(entry), enabled && debug);
+    }
+  }
+  EXPECT_EQ(calls.count, 3);
+}
+
+TEST_F(EntryFilterTest, LevelStageAlone_LooksAtTheEntrysOwnMask) {
+  configure("[app]\nLogLevelLow=1\nLogLevelHigh=2\nDebugLogLevelLow=7\nDebugLogLevelHigh=8");
+  _qz_LOG_entry_filter filter = make_filter();
+  for (const bool flag : {false, true}) {
+    filter.debug_entry = flag;
+    filter.debug_enabled = flag;
+    EXPECT_TRUE(filter._check_entry_by_log_level(Implementation(kOrdinaryId, 2)));
+    EXPECT_FALSE(filter._check_entry_by_log_level(Implementation(kOrdinaryId, 7)));
+    EXPECT_TRUE(filter._check_entry_by_log_level(Implementation(kDebugId, 7)));
+    EXPECT_FALSE(filter._check_entry_by_log_level(Implementation(kDebugId, 2)));
+    EXPECT_EQ(filter.debug_entry, flag);
+  }
+}
+
+TEST_F(EntryFilterTest, MaskStageAlone_ReliesOnTheFlags) {
+  configure("[app]\nPropertyMask=0x8");
+  _qz_LOG_entry_filter filter = make_filter();
+  for (const bool enabled : {false, true}) {
+    for (const bool debug : {false, true}) {
+      filter.debug_enabled = enabled;
+      filter.debug_entry = debug;
+      EXPECT_EQ(filter._check_entry_by_property_mask(Implementation(kOrdinaryId, 0)), enabled && debug);
+    }
+  }
+}
+
+TEST_F(EntryFilterTest, MaskStageAloneWithoutSource_IgnoresTheFlags) {
+  _qz_LOG_entry_filter filter = make_filter();
+  filter.debug_enabled = true;
+  filter.debug_entry = true;
+  filter.property_mask = 0x8;
+  EXPECT_FALSE(filter._check_entry_by_property_mask(Implementation(kDebugId, 0)));
+  filter.property_mask = 0x1;
+  EXPECT_TRUE(filter._check_entry_by_property_mask(Implementation(kDebugId, 0)));
+}
+
+}  // namespace
