@@ -16,7 +16,6 @@
 namespace {
 
 using qz_test::DebugLogFile;
-using qz_test::TempDir;
 using qz_test::Texts;
 using qz_test::TimeZone;
 

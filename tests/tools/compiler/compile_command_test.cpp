@@ -1,0 +1,121 @@
+#include "tools/compile_command.h"
+
+#include <gtest/gtest.h>
+
+#include <CLI/CLI.hpp>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+#include "tests/tools/temporary_folder.h"
+
+namespace qzlog_tool {
+namespace {
+
+class CompileCommand : public ::testing::Test {
+ protected:
+  std::string path(const char* name) const { return (folder_.path() / name).string(); }
+
+  std::string write(const char* name, const std::string& content) const {
+    std::ofstream(path(name), std::ios::binary) << content;
+    return path(name);
+  }
+
+  static std::string content(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+  }
+
+  /// The exit status; what goes to standard error is in `error_`.
+  int run(std::vector<std::string> arguments) {
+    int status = -1;
+    CLI::App app("qzlog");
+    add_compile_command(app, status);
+    arguments.insert(arguments.begin(), "compile");
+    ::testing::internal::CaptureStderr();
+    app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
+    error_ = ::testing::internal::GetCapturedStderr();
+    return status;
+  }
+
+  std::string error_;
+
+ private:
+  qzlog_test::TemporaryFolder folder_;
+};
+
+constexpr const char* kGood = "version: 1.0\nentries: [{id: 1, name: A, message: text}]\n";
+constexpr const char* kBad = "version: 1.0\nentries: [{id: 1, name: a, message: text}]\n";
+
+TEST_F(CompileCommand, GoodSource_WritesAFileAndSaysNothing) {
+  EXPECT_EQ(run({write("a.yaml", kGood), "-o", path("a.ldf")}), 0);
+  EXPECT_EQ(error_, "");
+  EXPECT_EQ(content(path("a.ldf")).substr(0, 4), ".LDF");
+}
+
+TEST_F(CompileCommand, SourceWithErrors_LeavesTheOldFile) {
+  write("a.ldf", "old");
+  const std::string source = write("a.yaml", kBad);
+  EXPECT_EQ(run({source, "-o", path("a.ldf")}), 1);
+  EXPECT_EQ(error_, source +
+                        ":2:25: error: bad entry name 'a'; a name begins with A-Z and goes on with A-Z, 0-9 and _ "
+                        "[bad-entry-name]\n");
+  EXPECT_EQ(content(path("a.ldf")), "old");
+}
+
+TEST_F(CompileCommand, MissingSource_IsStatusTwo) {
+  EXPECT_EQ(run({path("none.yaml"), "-o", path("a.ldf")}), 2);
+  EXPECT_EQ(error_, "qzlog: cannot open '" + path("none.yaml") + "': No such file or directory\n");
+}
+
+TEST_F(CompileCommand, OutputThatCannotBeWritten_IsStatusTwo) {
+  EXPECT_EQ(run({write("a.yaml", kGood), "-o", path("none/a.ldf")}), 2);
+  EXPECT_EQ(error_, "qzlog: cannot write '" + path("none/a.ldf") + "': No such file or directory\n");
+}
+
+TEST_F(CompileCommand, OutputThatIsAnInput_IsRefused) {
+  const std::string source = write("a.yaml", kGood);
+  const std::string standard = write("std.yaml", kGood);
+  const std::string other_spelling = path("./a.yaml");
+  EXPECT_EQ(run({source, "-o", other_spelling}), 2);
+  EXPECT_EQ(error_, "qzlog: the output '" + other_spelling + "' is one of the input files\n");
+  EXPECT_EQ(run({source, "-o", standard, "--aux-of", standard}), 2);
+  EXPECT_EQ(content(source), kGood);
+  EXPECT_EQ(content(standard), kGood);
+}
+
+TEST_F(CompileCommand, CompiledStandard_GivesTheSameFileAsItsSource) {
+  const std::string standard = write("std.yaml",
+                                     "version: 1.0\nentries: [{id: 1, name: A, message: m, word: 4,"
+                                     " attributes: [{name: X, type: UInt4}]}]\n");
+  const std::string aux = write("aux.yaml", "version: 1.0\nentries: [{id: 1, name: A, message: 'now {X}'}]\n");
+  EXPECT_EQ(run({standard, "-o", path("std.ldf")}), 0);
+  EXPECT_EQ(run({aux, "-o", path("one.ldf"), "--aux-of", standard}), 0);
+  EXPECT_EQ(run({aux, "-o", path("two.ldf"), "--aux-of", path("std.ldf")}), 0);
+  EXPECT_EQ(content(path("one.ldf")), content(path("two.ldf")));
+  EXPECT_EQ(run({aux, "-o", path("three.ldf")}), 1);
+}
+
+TEST_F(CompileCommand, WrongUsage_IsRefusedBeforeItRuns) {
+  int status = -1;
+  for (const std::vector<std::string>& reversed :
+       {std::vector<std::string>{"compile"}, std::vector<std::string>{"a.yaml", "compile"},
+        std::vector<std::string>{"neither", "--path", "a.ldf", "-o", "a.yaml", "compile"}}) {
+    CLI::App app("qzlog");
+    add_compile_command(app, status);
+    EXPECT_THROW(app.parse(std::vector<std::string>(reversed)), CLI::ParseError);
+  }
+  EXPECT_EQ(status, -1);
+}
+
+TEST_F(CompileCommand, Help_ShowsExamples) {
+  int status = 0;
+  CLI::App app("qzlog");
+  add_compile_command(app, status);
+  const std::string help = app.get_subcommand("compile")->help();
+  EXPECT_NE(help.find("Examples:\n  qzlog compile storage.yaml -o storage.ldf\n"), std::string::npos) << help;
+}
+
+}  // namespace
+}  // namespace qzlog_tool

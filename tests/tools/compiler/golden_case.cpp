@@ -1,0 +1,216 @@
+#include "tests/tools/compiler/golden_case.h"
+
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <set>
+#include <sstream>
+#include <stdexcept>
+
+#include "tools/compile_command.h"
+#include "tools/compiler/ldf_reader.h"
+#include "tools/compiler/utf8_text.h"
+
+namespace golden {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::string_view kMark = "===== ";
+
+std::string read_all(const fs::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+void write_all(const fs::path& path, const std::string& content) { std::ofstream(path, std::ios::binary) << content; }
+
+std::vector<std::string> words(const std::string& line) {
+  std::istringstream in(line);
+  return {std::istream_iterator<std::string>(in), {}};
+}
+
+/// \n, \r, \t, \\ and \xHH.
+std::string unescaped(const std::string& text) {
+  std::string out;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (text[i] != '\\') {
+      out += text[i];
+      continue;
+    }
+    const char kind = text.at(++i);
+    if (kind == 'x') {
+      out += static_cast<char>(std::stoi(text.substr(i + 1, 2), nullptr, 16));
+      i += 2;
+    } else {
+      out += kind == 'n' ? '\n' : kind == 'r' ? '\r' : kind == 't' ? '\t' : kind;
+    }
+  }
+  return out;
+}
+
+std::string numbered(const std::string& item, int number) {
+  std::string out;
+  for (const char character : item) out += character == '#' ? std::to_string(number) : std::string(1, character);
+  return out;
+}
+
+std::string expanded_line(const std::string& line) {
+  if (line.rfind("@repeat ", 0) != 0) return unescaped(line);
+  const std::size_t blank = line.find(' ', 8);
+  const int count = std::stoi(line.substr(8, blank - 8));
+  std::string out;
+  for (int i = 1; i <= count; ++i) out += (i == 1 ? "" : "\n") + numbered(line.substr(blank + 1), i);
+  return out;
+}
+
+/// Lines end where the case file ends them, the last one included, unless it ends in a backslash and "c".
+std::string expanded(const std::string& content) {
+  std::istringstream in(content);
+  std::string out;
+  for (std::string line; std::getline(in, line);) {
+    const bool joined = line.size() >= 2 && line.compare(line.size() - 2, 2, "\\c") == 0;
+    out += expanded_line(joined ? line.substr(0, line.size() - 2) : line) + (joined ? "" : "\n");
+  }
+  return out;
+}
+
+void take_section(Case& result, const std::string& title, const std::string& content) {
+  const std::vector<std::string> parts = words(title);
+  if (title == "command") {
+    result.arguments = words(content);
+  } else if (title == "stdin") {
+    result.standard_input = content;
+  } else if (parts.size() >= 2 && parts[0] == "file") {
+    const bool escaped = parts.size() == 3 && parts[2] == "(escaped)";
+    result.files.push_back({parts[1], escaped ? expanded(content) : content});
+  } else if (title == "result") {
+    result.result = content;
+  } else {
+    throw std::runtime_error("unknown section '" + title + "'");
+  }
+}
+
+/// Runs in a child of its own: the working folder and the standard streams are the command's.
+[[noreturn]] void run_in_child(const Case& golden_case, const fs::path& folder) {
+  fs::current_path(folder);
+  const int in = ::open("../stdin", O_RDONLY);
+  const int out = ::open("../stdout", O_WRONLY | O_CREAT | O_TRUNC, 0600);
+  const int err = ::open("../stderr", O_WRONLY | O_CREAT | O_TRUNC, 0600);
+  if (::dup2(in, 0) < 0 || ::dup2(out, 1) < 0 || ::dup2(err, 2) < 0) ::_exit(99);
+  int status = 0;
+  try {
+    CLI::App app("qzlog");
+    qzlog_tool::add_compile_command(app, status);
+    app.parse(std::vector<std::string>(golden_case.arguments.rbegin(), golden_case.arguments.rend()));
+  } catch (const CLI::ParseError& error) {
+    std::cerr << error.what() << '\n';
+    status = error.get_exit_code() == 0 ? 0 : 2;
+  }
+  std::cout.flush();
+  std::cerr.flush();
+  ::_exit(status);
+}
+
+int run_command(const Case& golden_case, const fs::path& folder) {
+  std::cout.flush();
+  std::cerr.flush();
+  const pid_t child = ::fork();
+  if (child < 0) throw std::runtime_error("fork failed");
+  if (child == 0) run_in_child(golden_case, folder);
+  int status = 0;
+  if (::waitpid(child, &status, 0) != child || !WIFEXITED(status)) throw std::runtime_error("the command crashed");
+  return WEXITSTATUS(status);
+}
+
+std::string hexadecimal(std::uint32_t value) {
+  std::ostringstream out;
+  out << "0x" << std::hex << std::uppercase << value;
+  return out.str();
+}
+
+void describe_attribute(std::ostream& out, const char* what, const qzlog_compiler::AttributeDefinition& attribute) {
+  out << what << ' ' << attribute.name << ' ' << _qz_LOG_get_attribute_type_string(attribute.type);
+  if (!attribute.redirect.empty()) out << " -> " << attribute.redirect;
+  out << '\n';
+}
+
+void describe_entry(std::ostream& out, const qzlog_compiler::EntryDefinition& entry) {
+  out << "entry " << entry.id << " mask " << hexadecimal(entry.mask) << " word " << entry.word << '\n';
+  out << "  message <" << entry.message_id << "> <" << entry.message.stored << ">\n";
+  for (const auto& attribute : entry.attributes) describe_attribute(out, "  attribute", attribute);
+  if (!entry.selector.attribute.empty()) out << "  selector " << entry.selector.attribute << '\n';
+  for (const auto& message : entry.selector.messages) {
+    out << "  selector message " << message.index << " for " << message.value << " <" << message.id << "> <"
+        << message.message.stored << ">\n";
+  }
+}
+
+std::string describe(const std::string& bytes) {
+  std::ostringstream out;
+  if (!qzlog_compiler::looks_like_ldf(bytes)) return bytes;
+  const qzlog_compiler::LdfFile file = qzlog_compiler::read_ldf(bytes);
+  out << "version " << file.model.version << '\n';
+  for (const auto& global : file.model.globals) describe_attribute(out, "global", global);
+  for (const auto& entry : file.model.entries) describe_entry(out, entry);
+  if (file.damage) out << "damaged: " << file.damage->reason << '\n';
+  return out.str();
+}
+
+std::set<std::string> names_in(const fs::path& folder) {
+  std::set<std::string> names;
+  for (const fs::directory_entry& entry : fs::directory_iterator(folder)) names.insert(entry.path().filename());
+  return names;
+}
+
+}  // namespace
+
+Case read_case(const fs::path& path) {
+  Case result;
+  std::istringstream in(read_all(path));
+  std::string title;
+  std::string content;
+  for (std::string line; std::getline(in, line);) {
+    const bool begins_section = line.rfind(kMark, 0) == 0;
+    if (begins_section) {
+      if (!title.empty()) take_section(result, title, content);
+      title = line.substr(kMark.size());
+      content.clear();
+    } else {
+      content += line + '\n';
+    }
+    if (title != "result") result.input += line + '\n';
+  }
+  if (!title.empty()) take_section(result, title, content);
+  if (result.arguments.empty()) throw std::runtime_error("no command in " + path.string());
+  return result;
+}
+
+std::string run_case(const Case& golden_case, const fs::path& folder) {
+  const fs::path inside = folder / "run";
+  fs::create_directories(inside);
+  write_all(folder / "stdin", golden_case.standard_input);
+  for (const InputFile& file : golden_case.files) write_all(inside / file.name, file.content);
+  const std::set<std::string> before = names_in(inside);
+  std::ostringstream out;
+  out << "exit status " << run_command(golden_case, inside) << '\n';
+  out << "--- standard error\n" << read_all(folder / "stderr");
+  const std::string standard_output = read_all(folder / "stdout");
+  if (!standard_output.empty()) out << "--- standard output\n" << describe(standard_output);
+  for (const std::string& name : names_in(inside)) {
+    if (before.count(name) == 0) out << "--- file " << name << '\n' << describe(read_all(inside / name));
+  }
+  return out.str();
+}
+
+void rewrite_case(const fs::path& path, const Case& golden_case, const std::string& result) {
+  write_all(path, golden_case.input + std::string(kMark) + "result\n" + result);
+}
+
+}  // namespace golden

@@ -1,0 +1,217 @@
+#include <gtest/gtest.h>
+
+#include <ostream>
+#include <string>
+
+#include "tests/tools/command_fixture.h"
+
+namespace {
+
+using qzlog_test::CommandResult;
+using qzlog_test::RenderFixture;
+
+struct BadEntry {
+  const char* name;
+  const char* line;
+  const char* error;
+};
+
+void PrintTo(const BadEntry& entry, std::ostream* out) { *out << entry.name; }
+
+const BadEntry kBadEntries[] = {
+    {"Truncated", "{", "not valid JSON: "},
+    {"Text", "hello", "not valid JSON: "},
+    {"Array", "[]", "an entry is an object in braces, not an array [not-an-object]"},
+    {"NoId", "{}", "the entry has no 'id' [missing-id]"},
+    {"BadId", R"({"id":-5})", "'id' has to be an integer from 0 to 4294967295 or an entry's name [bad-id]"},
+    {"UnknownId", R"({"id":99})", "entry ID 99: Entry id argument is invalid [unknown-id]"},
+    {"UnknownName", R"({"id":"NO_SUCH"})", "the definitions have no entry 'NO_SUCH' [unknown-name]"},
+    {"UnknownKey", R"({"id":1001,"msg":1})",
+     "unknown key 'msg'; an entry has 'id', 'level', 'time', 'attributes', 'default' and 'selector' [unknown-key]"},
+    {"DuplicateKey", R"({"id":1001,"id":1001})", "the key 'id' is given twice [duplicate-key]"},
+    {"Level", R"({"id":1001,"level":10})", "'level' has to be an integer from 0 to 9 [bad-level]"},
+    {"Time", R"({"id":1001,"time":"now"})",
+     "'time': 'now' is not a date and time with its zone, such as 2026-11-21T08:15:30Z or 2026-11-21T09:15:30.5+01:00 "
+     "[bad-time]"},
+    {"Choice", R"({"id":1001,"default":0})", "'default' has to be true or false, not an integer [bad-choice]"},
+    {"Attributes", R"({"id":1001,"attributes":null})", "'attributes' has to be an object, not null [bad-attributes]"},
+    {"UnknownAttribute", R"({"id":1001,"attributes":{"Nom":"x"}})",
+     "attribute 'Nom' is not defined for entry ID 1001 [unknown-attribute]"},
+    {"DuplicateAttribute", R"({"id":1001,"attributes":{"Name":"x","Name":"y"}})",
+     "attribute 'Name' is given twice [duplicate-attribute]"},
+    {"Guid", R"({"id":1007,"attributes":{"Key":"x"}})",
+     "attribute 'Key': nothing can be put into an attribute of type GUID [unsupported-type]"},
+    {"Kind", R"({"id":1001,"attributes":{"Free":"5"}})",
+     "attribute 'Free': UInt4 takes an integer, not a text [wrong-kind]"},
+    {"Range", R"({"id":1001,"attributes":{"Free":-5}})",
+     "attribute 'Free': -5 does not fit UInt4 (0 to 4294967295) [out-of-range]"},
+    {"Nul", R"({"id":1001,"attributes":{"Name":"a\u0000"}})",
+     "the text 'a\\u0000' holds U+0000, which no text can [nul-character]"},
+    {"TooLong", R"({"id":1001,"attributes":{"Name":"123456789012345678901234567890123"}})",
+     "Name Attribute value is overflow under Entry ID 1001 ! [refused-value]"},
+    {"NoSelector", R"({"id":1001,"selector":9})",
+     "<QZX_logging_invalid_message_string> Invalid selector message index specified. [no-message]"},
+    {"ControlCharacter", R"({"id":"A\u001b[31m"})", "the definitions have no entry 'A\\u001B[31m' [unknown-name]"},
+};
+
+class RenderBadEntry : public RenderFixture, public ::testing::WithParamInterface<BadEntry> {};
+
+TEST_P(RenderBadEntry, BetweenGoodOnes_IsReportedAndTheOthersAreRendered) {
+  const std::string good = R"({"id":1001,"attributes":{"Name":"a","Free":1,"Total":2}})"
+                           "\n";
+  const std::string message = "Disk a is full: 1 of 2 blocks free\n";
+  for (const char* const options : {"", "--no-icu"}) {
+    const CommandResult result = render(good + GetParam().line + "\n" + good, options);
+    EXPECT_EQ(result.out, message + message);
+    const std::string error = std::string("entries.jsonl:2: error: ") + GetParam().error;
+    if (error.ends_with(": ")) {
+      EXPECT_EQ(result.err.substr(0, error.size()), error);
+      EXPECT_TRUE(result.err.ends_with(" [bad-json]\n")) << result.err;
+    } else {
+      EXPECT_EQ(result.err, error + "\n");
+    }
+    EXPECT_EQ(result.status, 1);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, RenderBadEntry, ::testing::ValuesIn(kBadEntries),
+                         [](const auto& parameter) { return parameter.param.name; });
+
+using RenderErrors = RenderFixture;
+
+TEST_F(RenderErrors, EveryLineBad_EveryLineIsReported) {
+  const CommandResult result = render("1\n\n2\n3");
+  EXPECT_EQ(result.out, "");
+  EXPECT_EQ(result.err,
+            "entries.jsonl:1: error: an entry is an object in braces, not an integer [not-an-object]\n"
+            "entries.jsonl:3: error: an entry is an object in braces, not an integer [not-an-object]\n"
+            "entries.jsonl:4: error: an entry is an object in braces, not an integer [not-an-object]\n");
+  EXPECT_EQ(result.status, 1);
+}
+
+TEST_F(RenderErrors, StandardInput_HasAName) {
+  const CommandResult result = run("echo 1 | $QZLOG render --definitions storage.yaml");
+  EXPECT_EQ(result.err, "<stdin>:1: error: an entry is an object in braces, not an integer [not-an-object]\n");
+}
+
+TEST_F(RenderErrors, MessagesAndErrorsInOnePlace_StandInTheOrderOfTheLines) {
+  const std::string good = R"({"id":1006})"
+                           "\n";
+  write("entries.jsonl", good + "1\n" + good);
+  EXPECT_EQ(run("$QZLOG render --definitions storage.yaml entries.jsonl 2>&1").out,
+            "first\\nsecond\\rthird\n"
+            "entries.jsonl:2: error: an entry is an object in braces, not an integer [not-an-object]\n"
+            "first\\nsecond\\rthird\n");
+}
+
+TEST_F(RenderErrors, HugeLine_IsReportedAndTheOthersAreRendered) {
+  const std::string good = R"({"id":1006})"
+                           "\n";
+  const CommandResult result = render(good + std::string((std::size_t{16} << 20) + 1, ' ') + "\n" + good);
+  EXPECT_EQ(result.out, "first\\nsecond\\rthird\nfirst\\nsecond\\rthird\n");
+  EXPECT_EQ(result.err, "entries.jsonl:2: error: the line is longer than 16 MiB [long-line]\n");
+  EXPECT_EQ(result.status, 1);
+}
+
+TEST_F(RenderErrors, LineOf16MiB_IsRendered) {
+  const std::string entry = R"({"id":1006})";
+  const CommandResult result = render(entry + std::string((std::size_t{16} << 20) - entry.size(), ' ') + "\n");
+  EXPECT_EQ(result.out, "first\\nsecond\\rthird\n");
+  EXPECT_EQ(result.status, 0);
+}
+
+TEST_F(RenderErrors, SymbolicNameWithACompiledFile_IsExplained) {
+  write("entries.jsonl", R"({"id":"DISK_FULL"})");
+  const CommandResult result =
+      run("$QZLOG compile storage.yaml -o storage.ldf; $QZLOG render --definitions storage.ldf entries.jsonl");
+  EXPECT_EQ(result.err,
+            "entries.jsonl:1: error: the name 'DISK_FULL' needs a definition source: compiled files hold only IDs "
+            "[unknown-name]\n");
+  EXPECT_EQ(result.status, 1);
+}
+
+TEST_F(RenderErrors, RecordCutOff_IsReportedAndTheOthersAreRendered) {
+  write("entries.jsonl", "{\"id\":1006}\n{\"id\":1007}\n{\"id\":1006}\n");
+  const CommandResult result =
+      run("$QZLOG compile storage.yaml -o - | head -c -4 >storage.ldf; "
+          "$QZLOG render --definitions storage.ldf entries.jsonl");
+  EXPECT_EQ(result.out, "first\\nsecond\\rthird\nfirst\\nsecond\\rthird\n");
+  EXPECT_EQ(result.err,
+            "entries.jsonl:2: error: entry ID 1007: <QZX_logging_invalid_definition> Unable to access definition file "
+            "successfully. [bad-definition-file]\n");
+  EXPECT_EQ(result.status, 1);
+}
+
+// What keeps the command from starting: nothing is rendered then.
+struct Refusal {
+  const char* name;
+  const char* arguments;
+  int status;
+  const char* error;
+};
+
+void PrintTo(const Refusal& refusal, std::ostream* out) { *out << refusal.name; }
+
+const Refusal kRefusals[] = {
+    {"MissingDefinitions", "--definitions none.ldf entries.jsonl", 2,
+     "qzlog: error: cannot open 'none.ldf': No such file or directory\n"},
+    {"MissingAuxiliary", "--definitions storage.yaml --aux none.yaml entries.jsonl", 2,
+     "qzlog: error: cannot open 'none.yaml': No such file or directory\n"},
+    {"MissingEntries", "--definitions storage.yaml none.jsonl", 2,
+     "qzlog: error: cannot open 'none.jsonl': No such file or directory\n"},
+    {"FolderAsEntries", "--definitions storage.yaml .", 2, "qzlog: error: cannot read '.': Is a directory\n"},
+    {"FolderAsDefinitions", "--definitions . entries.jsonl", 2, "qzlog: error: cannot read '.': Is a directory\n"},
+    {"StandardInputTwice", "--definitions -", 2,
+     "qzlog: error: standard input cannot give both the definitions and the entries\n"},
+    {"DamagedDefinitions", "--definitions damaged.ldf entries.jsonl", 1,
+     "damaged.ldf: error: <QZX_logging_invalid_definition> Unable to access definition file successfully. "
+     "[bad-definition-file]\n"},
+    {"WrongSource", "--definitions wrong.yaml entries.jsonl", 1, nullptr},
+    {"CodePage", "--definitions storage.yaml --code-page nonsense entries.jsonl", 2,
+     "qzlog: error: no converter for the code page 'nonsense'\n"},
+    {"WideCodePage", "--definitions storage.yaml --code-page UTF-16 entries.jsonl", 2,
+     "qzlog: error: the code page 'UTF-16' cannot be used for lines of text: its line ends, letters and digits are not "
+     "those of ASCII\n"},
+    {"Locale", "--definitions storage.yaml --locale xx_XX entries.jsonl", 2, nullptr},
+    {"CatalogFolderMissing", "--definitions storage.yaml --catalog none entries.jsonl", 2, nullptr},
+    {"CatalogWithoutIcu", "--definitions storage.yaml --catalog . --no-icu entries.jsonl", 2, nullptr},
+    {"CatalogWithoutBundle", "--definitions storage.yaml --catalog . entries.jsonl", 2, nullptr},
+};
+
+class RenderRefusal : public RenderFixture, public ::testing::WithParamInterface<Refusal> {};
+
+TEST_P(RenderRefusal, Start_IsRefusedWithStatusAndReason) {
+  write("entries.jsonl", "{\"id\":1006}\n");
+  write("damaged.ldf", ".LDF");
+  write("wrong.yaml", "version: \"1.0\"\nentries: [{id: 1, name: a}]\n");
+  const CommandResult result = run(std::string("$QZLOG render ") + GetParam().arguments);
+  EXPECT_EQ(result.out, "");
+  EXPECT_EQ(result.status, GetParam().status);
+  if (GetParam().error != nullptr) {
+    EXPECT_EQ(result.err, GetParam().error);
+  } else {
+    EXPECT_NE(result.err, "");
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, RenderRefusal, ::testing::ValuesIn(kRefusals),
+                         [](const auto& parameter) { return parameter.param.name; });
+
+TEST_F(RenderErrors, UnknownLocale_ListsTheKnownOnes) {
+  const CommandResult result = render("", "--locale xx_XX");
+  EXPECT_EQ(
+      result.err,
+      "qzlog: error: --locale: unknown locale 'xx_XX'; known are en_US, en_GB, de_DE, fr_FR, es_ES, it_IT, pt_PT, "
+      "pt_BR, nl_NL, sv_SE, pl_PL, tr_TR, ru_RU, ar_SA, ja_JP, ko_KR, zh_CN, zh_TW\n"
+      "Run 'qzlog --help' or 'qzlog COMMAND --help' for the usage.\n");
+}
+
+TEST_F(RenderErrors, WrongSource_ShowsTheCompilersDiagnostics) {
+  write("storage.yaml", "version: \"1.0\"\nentries: [{id: 1, name: a, message: x}]\n");
+  const CommandResult result = render("{\"id\":1}");
+  EXPECT_TRUE(result.err.starts_with("storage.yaml:2:25: error: ")) << result.err;
+  EXPECT_TRUE(result.err.ends_with(" [bad-entry-name]\n")) << result.err;
+  EXPECT_EQ(result.status, 1);
+}
+
+}  // namespace

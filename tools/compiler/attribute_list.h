@@ -1,0 +1,46 @@
+#ifndef QZLOG_TOOLS_COMPILER_ATTRIBUTE_LIST_H
+#define QZLOG_TOOLS_COMPILER_ATTRIBUTE_LIST_H
+
+#include <cstdint>
+#include <optional>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "tools/compiler/definition_model.h"
+#include "tools/compiler/diagnostics.h"
+#include "tools/compiler/yaml_tree.h"
+
+namespace qzlog_compiler {
+
+/// The types of one list's attributes by name. Names are views into the YAML tree.
+class AttributeNames {
+ public:
+  /// None when the list has no such name. An attribute with a mistake in its type has `TypeUnknown`, and so has every
+  /// further name when the name of an attribute could not be read.
+  std::optional<qz_AttributeType> find(std::string_view name) const;
+
+  /// The line of the attribute that has the name already, 0 when the name was new.
+  std::uint32_t add(std::string_view name, qz_AttributeType type, std::uint32_t line);
+
+  void set_incomplete() { complete_ = false; }
+
+ private:
+  struct Row {
+    qz_AttributeType type;
+    std::uint32_t line;
+  };
+
+  std::unordered_map<std::string_view, Row> rows_;
+  bool complete_ = true;
+};
+
+enum class AttributeListKind { kOwn, kGlobal };
+
+/// Reads a list of attributes; mistakes are reported, and attributes without a readable name are left out.
+std::vector<AttributeDefinition> load_attribute_list(const YamlNode& list, AttributeListKind kind,
+                                                     AttributeNames& names, Diagnostics& diagnostics);
+
+}  // namespace qzlog_compiler
+
+#endif  // QZLOG_TOOLS_COMPILER_ATTRIBUTE_LIST_H

@@ -1,0 +1,38 @@
+#ifndef QZLOG_TOOLS_COMPILER_COMPILER_H
+#define QZLOG_TOOLS_COMPILER_COMPILER_H
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tools/compiler/definition_model.h"
+#include "tools/compiler/diagnostics.h"
+#include "tools/compiler/message_lowering.h"
+
+namespace qzlog_compiler {
+
+struct CompileOptions {
+  MessagePath path = MessagePath::kBoth;
+  const DefinitionModel* standard = nullptr;  ///< the definitions that an auxiliary source extends
+};
+
+struct CompileResult {
+  DefinitionModel model;
+  std::string bytes;  ///< the compiled file; empty after an error
+  std::vector<Diagnostic> diagnostics;
+
+  bool ok() const { return !has_errors(diagnostics); }
+};
+
+/// Compiles a definition source. `file_name` is what diagnostics call it. Every mistake is in the diagnostics, sorted
+/// by position; warnings alone leave a result. Throws `std::length_error` when the compiled file would exceed 4 GiB.
+CompileResult compile_source(std::string_view text, std::string file_name, const CompileOptions& options);
+
+/// Reads the definitions that an auxiliary source extends, from a compiled file or a definition source, told apart by
+/// their first bytes. The result has no bytes, and only errors among its diagnostics.
+CompileResult load_standard(std::string_view content, std::string file_name);
+
+}  // namespace qzlog_compiler
+
+#endif  // QZLOG_TOOLS_COMPILER_COMPILER_H

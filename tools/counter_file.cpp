@@ -1,0 +1,127 @@
+#include "tools/counter_file.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <cstring>
+#include <string_view>
+
+#include "qzlog/qz_time.h"
+#include "tools/command_error.h"
+
+namespace qzlog_tool {
+
+namespace {
+
+constexpr std::string_view kSuffix = ".cnt";
+
+// The counter itself would say nothing about a file that it cannot make or write, and do nothing; and making it, it
+// would empty a file that another process made meanwhile.
+FileDescriptor open_for_writing(const std::string& file, MissingCounter missing) {
+  const int create = missing == MissingCounter::kCreate ? O_CREAT : 0;
+  const int descriptor = ::open(file.c_str(), O_RDWR | O_CLOEXEC | create, 0666);
+  if (descriptor < 0) {
+    throw CommandError(kExitCannotRun, "cannot open '" + file + "' for writing: " + std::strerror(errno));
+  }
+  FileDescriptor opened(descriptor);
+  // A device may have no end, and a counter reads up to the end.
+  struct stat status = {};
+  if (::fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode)) {
+    throw CommandError(kExitCannotRun, "cannot open '" + file + "' for writing: not a regular file");
+  }
+  return opened;
+}
+
+/// Holds the lock of a file. Where the file system has no locks there is none.
+class FileLock {
+ public:
+  explicit FileLock(int descriptor) : descriptor_(descriptor) {
+    while (::flock(descriptor_, LOCK_EX) != 0 && errno == EINTR) {
+    }
+  }
+  FileLock(const FileLock&) = delete;
+  FileLock& operator=(const FileLock&) = delete;
+  ~FileLock() { ::flock(descriptor_, LOCK_UN); }
+
+ private:
+  int descriptor_;
+};
+
+int year_of(CalendarDay day) { return static_cast<int>(day.year()); }
+int month_of(CalendarDay day) { return static_cast<int>(static_cast<unsigned>(day.month())); }
+int day_of(CalendarDay day) { return static_cast<int>(static_cast<unsigned>(day.day())); }
+
+qz_Time midnight(CalendarDay day) {
+  qz_Time time;
+  time.set_to_string_value((day_text(day) + " 00:00:00 GMT").c_str());
+  return time;
+}
+
+}  // namespace
+
+CounterPath parse_counter_path(const std::string& argument) {
+  std::string stem = argument;
+  if (stem.ends_with(kSuffix)) stem.resize(stem.size() - kSuffix.size());
+  const std::size_t slash = stem.rfind('/');
+  const std::size_t name_begin = slash == std::string::npos ? 0 : slash + 1;
+  if (name_begin == stem.size()) {
+    throw CommandError(kExitCannotRun, "'" + argument + "' names no counter; it is given as DIR/NAME");
+  }
+  const std::string directory = slash == std::string::npos ? "." : stem.substr(0, slash);
+  return {directory, stem.substr(name_begin), stem + std::string(kSuffix)};
+}
+
+CounterFile::CounterFile(CounterPath path, MissingCounter missing)
+    : path_(std::move(path)), lock_file_(open_for_writing(path_.file, missing)) {
+  open_counter();
+}
+
+void CounterFile::open_counter() {
+  counter_.emplace();
+  counter_->OpenEntryCounterFile(path_.directory.c_str(), path_.name.c_str());
+  std::FILE* const stream = counter_->GetFilePointer();
+  // It does nothing, quietly, with a file that it could open for reading only.
+  if (stream == nullptr || (::fcntl(::fileno(stream), F_GETFL) & O_ACCMODE) == O_RDONLY) {
+    throw CommandError(kExitCannotRun, "cannot open '" + path_.file + "' for writing");
+  }
+}
+
+void CounterFile::check(int result) const {
+  if (result == 0) return;
+  const std::string reason = errno != 0 ? std::string(": ") + std::strerror(errno) : "";
+  throw CommandError(kExitCannotRun, "cannot write to '" + path_.file + "'" + reason);
+}
+
+void CounterFile::increase(CalendarDay day, std::int32_t key, std::uint64_t times) {
+  if (times == 0) return;
+  const FileLock lock(lock_file_.get());
+  // A counter takes a call with the key of the call before for that call's day; a fresh one has no call before.
+  if (last_increased_ && last_increased_->second == key && last_increased_->first != day) open_counter();
+  last_increased_ = {day, key};
+  errno = 0;
+  for (; times > 0; --times) check(counter_->IncreaseCount(year_of(day), month_of(day), day_of(day), key));
+}
+
+void CounterFile::set(CalendarDay day, std::int32_t key, std::uint32_t count) {
+  const FileLock lock(lock_file_.get());
+  errno = 0;
+  check(counter_->UpdateEntryCount(year_of(day), month_of(day), day_of(day), key, static_cast<std::int32_t>(count)));
+}
+
+void CounterFile::remove(CalendarDay day, std::int32_t key) {
+  const FileLock lock(lock_file_.get());
+  errno = 0;
+  check(counter_->DeleteEntryElement(year_of(day), month_of(day), day_of(day), key));
+}
+
+// A range is deleted from the counter's current position on, which is the file's beginning after opening it.
+void CounterFile::remove_box(CalendarDay from, CalendarDay to) {
+  const FileLock lock(lock_file_.get());
+  open_counter();
+  errno = 0;
+  check(counter_->DeleteEntryElement(midnight(from), midnight(to)));
+}
+
+}  // namespace qzlog_tool

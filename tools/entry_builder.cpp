@@ -1,0 +1,226 @@
+#include "tools/entry_builder.h"
+
+#include <cstddef>
+#include <limits>
+#include <type_traits>
+#include <utility>
+
+#include "qzlog/qz_time.h"
+#include "tools/compiler/attribute_type.h"
+#include "tools/compiler/utf8_text.h"
+#include "tools/entry_error.h"
+#include "tools/library_call.h"
+
+namespace qzlog_tool {
+
+namespace {
+
+using qzlog_compiler::quoted;
+using simdjson::dom::element;
+
+// What SetTimestamp sets along with the time. An entry that was written elsewhere brings its own values: they win.
+constexpr std::string_view kTimeFields[] = {"TIMEZONE_DIFFERENCE", "DAYLIGHT_SAVING_ACTIVE"};
+
+struct IntegerType {
+  std::int64_t minimum;
+  std::int64_t maximum;
+  void (*add)(qz_LOG_LogEntry& entry, const char* name, std::int64_t value);
+};
+
+template <class Value, void (qz_LOG_LogEntry::*kAdd)(const char*, Value)>
+constexpr IntegerType integer_type() {
+  // `char` is 8 bits with a sign to the library, on every host.
+  using Limits = std::numeric_limits<std::conditional_t<std::is_same_v<Value, char>, signed char, Value>>;
+  return {Limits::min(), Limits::max(), [](qz_LOG_LogEntry& entry, const char* name, std::int64_t value) {
+            (entry.*kAdd)(name, static_cast<Value>(value));
+          }};
+}
+
+constexpr IntegerType kIntegerTypes[] = {
+    integer_type<unsigned char, &qz_LOG_LogEntry::AddAttrib1u>(),  integer_type<char, &qz_LOG_LogEntry::AddAttrib1>(),
+    integer_type<unsigned short, &qz_LOG_LogEntry::AddAttrib2u>(), integer_type<short, &qz_LOG_LogEntry::AddAttrib2>(),
+    integer_type<unsigned int, &qz_LOG_LogEntry::AddAttrib4u>(),   integer_type<int, &qz_LOG_LogEntry::AddAttrib4>(),
+};
+constexpr qz_AttributeType kFirstIntegerType = TypeUInt1;
+
+std::string type_name(qz_AttributeType type) { return std::string(qzlog_compiler::short_type_name(type)); }
+
+std::string about(const char* name) { return "attribute " + quoted(name) + ": "; }
+
+EntryError wrong_kind(const char* name, qz_AttributeType type, std::string_view wanted, element value) {
+  return {EntryRule::kWrongKind,
+          about(name) + type_name(type) + " takes " + std::string(wanted) + ", not " + std::string(kind_of(value))};
+}
+
+void add_bool(element value, qz_AttributeType type, const char* name, qz_LOG_LogEntry& entry) {
+  bool truth = false;
+  if (value.get_bool().get(truth) != simdjson::SUCCESS) throw wrong_kind(name, type, "true or false", value);
+  entry.AddAttribBool(name, truth);
+}
+
+void add_integer(element value, qz_AttributeType type, const char* name, qz_LOG_LogEntry& entry) {
+  const IntegerType& range = kIntegerTypes[type - kFirstIntegerType];
+  std::int64_t number = 0;
+  std::uint64_t large = 0;
+  const bool is_large = value.get_uint64().get(large) == simdjson::SUCCESS && large > INT64_MAX;
+  if (!is_large && value.get_int64().get(number) != simdjson::SUCCESS) {
+    throw wrong_kind(name, type, "an integer", value);
+  }
+  if (is_large || number < range.minimum || number > range.maximum) {
+    throw EntryError{EntryRule::kOutOfRange, about(name) + (is_large ? std::to_string(large) : std::to_string(number)) +
+                                                 " does not fit " + type_name(type) + " (" +
+                                                 std::to_string(range.minimum) + " to " +
+                                                 std::to_string(range.maximum) + ")"};
+  }
+  range.add(entry, name, number);
+}
+
+void add_float(element value, qz_AttributeType type, const char* name, qz_LOG_LogEntry& entry) {
+  double number = 0;
+  if (value.get_double().get(number) != simdjson::SUCCESS) throw wrong_kind(name, type, "a number", value);
+  entry.AddAttribFloat8(name, number);
+}
+
+// A text without a zone names no moment, so only what qz_Time reads as GMT is taken. `name` is null for the entry's
+// time.
+qz_Time parse_time(const char* text, const char* name) {
+  qz_Time time;
+  time.set_GMT_time_mode(false);
+  if (!time.set_to_string_value(text) || !time.is_GMT_time_mode()) {
+    throw EntryError{EntryRule::kBadTime, (name != nullptr ? about(name) : "'time': ") + quoted(text) +
+                                              " is not a date and time with its zone, such as 2026-11-21T08:15:30Z or "
+                                              "2026-11-21T09:15:30.5+01:00"};
+  }
+  return time;
+}
+
+std::string_view text_of(element value, qz_AttributeType type, const char* name, std::string_view wanted) {
+  std::string_view text;
+  if (value.get_string().get(text) != simdjson::SUCCESS) throw wrong_kind(name, type, wanted, value);
+  c_text(text);
+  return text;
+}
+
+void add_time(element value, qz_AttributeType type, const char* name, qz_LOG_LogEntry& entry) {
+  const std::string_view text = text_of(value, type, name, "a text with a date and time");
+  entry.AddAttribTime(name, parse_time(text.data(), name));
+}
+
+void set_time(const char* text, qz_LOG_LogEntry& entry) {
+  const qz_Time time = parse_time(text, nullptr);
+  try {
+    entry.SetTimestamp(time, true);
+  } catch (const QZX_logging_all& failure) {
+    throw EntryError{EntryRule::kTimeGlobals, library_text(failure) +
+                                                  "; a 'time' needs the definitions TIMEZONE_DIFFERENCE (SInt2) and "
+                                                  "DAYLIGHT_SAVING_ACTIVE (Bool), best as globals"};
+  }
+}
+
+void set_id(std::uint32_t id, qz_LOG_LogEntry& entry) {
+  const auto failed = [id](EntryRule rule, const qz_EXCEPTION_base& failure) {
+    return EntryError{rule, "entry ID " + std::to_string(id) + ": " + library_text(failure)};
+  };
+  try {
+    entry.SetEntryID(id);
+  } catch (const QZX_logging_entry_type_not_found& failure) {
+    throw failed(EntryRule::kUnknownId, failure);
+  } catch (const QZX_logging_invalid_definition& failure) {
+    throw failed(EntryRule::kBadDefinitionFile, failure);
+  }
+}
+
+// Which of the fields that came with the time may still be given once by name.
+class TimeFields {
+ public:
+  explicit TimeFields(bool time_was_set) : open_{time_was_set, time_was_set} {}
+
+  bool take(std::string_view name) {
+    for (std::size_t index = 0; index < std::size(kTimeFields); ++index) {
+      if (kTimeFields[index] == name && open_[index]) return std::exchange(open_[index], false);
+    }
+    return false;
+  }
+
+ private:
+  bool open_[std::size(kTimeFields)];
+};
+
+}  // namespace
+
+std::uint32_t EntryBuilder::find_id(const JsonEntry& source) {
+  if (source.name.empty()) return source.id;
+  if (names_ == nullptr) {
+    throw EntryError{EntryRule::kUnknownName,
+                     "the name " + quoted(source.name) + " needs a definition source: compiled files hold only IDs"};
+  }
+  name_ = source.name;
+  const auto found = names_->find(name_);
+  if (found == names_->end()) {
+    throw EntryError{EntryRule::kUnknownName, "the definitions have no entry " + quoted(source.name)};
+  }
+  return found->second;
+}
+
+void EntryBuilder::build(const JsonEntry& source, qz_LOG_LogEntry& entry) {
+  const std::uint32_t id = find_id(source);
+  entry.ClearAttribs();
+  set_id(id, entry);
+  entry.SetLogLevel(source.level);
+  if (source.time != nullptr) set_time(source.time, entry);
+  if (source.has_attributes) {
+    call_for_entry(EntryRule::kRefusedValue, [&] { add_attributes(source, entry); });
+  }
+}
+
+void EntryBuilder::add_attributes(const JsonEntry& source, qz_LOG_LogEntry& entry) {
+  TimeFields time_fields(source.time != nullptr);
+  for (const simdjson::dom::key_value_pair field : source.attributes) {
+    const char* const name = c_text(field.key);
+    qz_AttributeType type = TypeUnknown;
+    const int state = entry.CheckAttribute(name, type);
+    if (state < 0) {
+      throw EntryError{
+          EntryRule::kUnknownAttribute,
+          "attribute " + quoted(field.key) + " is not defined for entry ID " + std::to_string(entry.GetEntryID())};
+    }
+    if (state == 0 && !time_fields.take(field.key)) {
+      throw EntryError{EntryRule::kDuplicateAttribute, "attribute " + quoted(field.key) + " is given twice"};
+    }
+    add_value(field.value, type, name, entry);
+  }
+}
+
+void EntryBuilder::add_value(element value, qz_AttributeType type, const char* name, qz_LOG_LogEntry& entry) {
+  if (type == TypeBool) {
+    add_bool(value, type, name, entry);
+  } else if (type >= TypeUInt1 && type <= TypeSInt4) {
+    add_integer(value, type, name, entry);
+  } else if (type == TypeFloat) {
+    add_float(value, type, name, entry);
+  } else if (type >= TypeChar32 && type <= TypeMBChar2K) {
+    add_text(text_of(value, type, name, "a text"), type, name, entry);
+  } else if (type >= TypeDate && type <= TypeTimestamp) {
+    add_time(value, type, name, entry);
+  } else {
+    throw EntryError{EntryRule::kUnsupportedType,
+                     about(name) + "nothing can be put into an attribute of type " + type_name(type)};
+  }
+}
+
+void EntryBuilder::add_text(std::string_view text, qz_AttributeType type, const char* name, qz_LOG_LogEntry& entry) {
+  const char* stored = text.data();
+  if (text_code_page_ != nullptr) {
+    if (!text_code_page_->from_utf8(text.data(), text.size(), converted_)) {
+      throw EntryError{EntryRule::kRefusedValue, about(name) + "cannot be converted to " + text_code_page_->name()};
+    }
+    stored = converted_.c_str();
+  }
+  if (type <= TypeChar2K) {
+    entry.AddAttribStr(name, stored);
+  } else {
+    entry.AddAttribMBStr(name, stored);
+  }
+}
+
+}  // namespace qzlog_tool

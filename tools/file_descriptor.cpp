@@ -1,0 +1,81 @@
+#include "tools/file_descriptor.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <utility>
+
+#include "tools/command_error.h"
+
+namespace qzlog_tool {
+
+namespace {
+
+constexpr int kInvalid = -1;
+constexpr std::size_t kReadBytes = std::size_t{64} << 10;
+
+}  // namespace
+
+FileDescriptor::FileDescriptor(FileDescriptor&& other) noexcept
+    : descriptor_(std::exchange(other.descriptor_, kInvalid)) {}
+
+FileDescriptor& FileDescriptor::operator=(FileDescriptor&& other) noexcept {
+  if (this != &other) {
+    close();
+    descriptor_ = std::exchange(other.descriptor_, kInvalid);
+  }
+  return *this;
+}
+
+FileDescriptor::~FileDescriptor() { close(); }
+
+void FileDescriptor::close() noexcept {
+  if (descriptor_ > STDERR_FILENO) ::close(descriptor_);
+  descriptor_ = kInvalid;
+}
+
+FileDescriptor open_input(const std::string& path) {
+  if (path == "-") return FileDescriptor(STDIN_FILENO);
+  const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  if (descriptor < 0) throw CommandError(kExitCannotRun, "cannot open '" + path + "': " + std::strerror(errno));
+  return FileDescriptor(descriptor);
+}
+
+std::size_t read_some(int descriptor, char* buffer, std::size_t size_bytes, const std::string& file_name) {
+  for (;;) {
+    const ssize_t count = ::read(descriptor, buffer, size_bytes);
+    if (count >= 0) return static_cast<std::size_t>(count);
+    if (errno != EINTR) {
+      throw CommandError(kExitCannotRun, "cannot read '" + file_name + "': " + std::strerror(errno));
+    }
+  }
+}
+
+std::string read_file(const std::string& path) {
+  const FileDescriptor file = open_input(path);
+  std::string bytes;
+  for (;;) {
+    const std::size_t held = bytes.size();
+    bytes.resize(held + kReadBytes);
+    const std::size_t count = read_some(file.get(), bytes.data() + held, kReadBytes, path);
+    bytes.resize(held + count);
+    if (count == 0) return bytes;
+  }
+}
+
+int write_all(int descriptor, const char* bytes, std::size_t size_bytes) noexcept {
+  while (size_bytes > 0) {
+    const ssize_t count = ::write(descriptor, bytes, size_bytes);
+    if (count < 0) {
+      if (errno == EINTR) continue;
+      return errno;
+    }
+    bytes += count;
+    size_bytes -= static_cast<std::size_t>(count);
+  }
+  return 0;
+}
+
+}  // namespace qzlog_tool

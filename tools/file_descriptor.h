@@ -1,0 +1,39 @@
+#ifndef QZLOG_TOOLS_FILE_DESCRIPTOR_H
+#define QZLOG_TOOLS_FILE_DESCRIPTOR_H
+
+#include <string>
+
+namespace qzlog_tool {
+
+/// Owns a file descriptor; the three standard ones are used but never closed.
+class FileDescriptor {
+ public:
+  explicit FileDescriptor(int descriptor) noexcept : descriptor_(descriptor) {}
+  FileDescriptor(FileDescriptor&& other) noexcept;
+  FileDescriptor& operator=(FileDescriptor&& other) noexcept;
+  ~FileDescriptor();
+
+  int get() const noexcept { return descriptor_; }
+
+ private:
+  void close() noexcept;
+
+  int descriptor_;
+};
+
+/// Opens a file for reading; "-" is standard input. Throws CommandError (cannot run) naming the file and the reason.
+FileDescriptor open_input(const std::string& path);
+
+/// Reads up to `size_bytes`, again when a signal interrupted it; 0 at the end. Throws CommandError (cannot run) with
+/// `file_name` and the reason.
+std::size_t read_some(int descriptor, char* buffer, std::size_t size_bytes, const std::string& file_name);
+
+/// Everything that a file holds. Throws as open_input and read_some do.
+std::string read_file(const std::string& path);
+
+/// Writes all bytes, again after interruptions and partial writes. Returns 0 or the errno of the failure.
+int write_all(int descriptor, const char* bytes, std::size_t size_bytes) noexcept;
+
+}  // namespace qzlog_tool
+
+#endif  // QZLOG_TOOLS_FILE_DESCRIPTOR_H

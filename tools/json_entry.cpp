@@ -1,0 +1,157 @@
+#include "tools/json_entry.h"
+
+#include <cstddef>
+#include <cstring>
+#include <limits>
+#include <string>
+
+#include "tools/compiler/utf8_text.h"
+#include "tools/entry_error.h"
+#include "tools/line_reader.h"
+
+namespace qzlog_tool {
+
+namespace {
+
+using simdjson::dom::element;
+using simdjson::dom::element_type;
+
+static_assert(LineReader::kPaddingBytes >= simdjson::SIMDJSON_PADDING);
+
+constexpr std::uint64_t kMaximumUnsigned = std::numeric_limits<std::uint32_t>::max();
+constexpr std::uint64_t kMaximumLevel = 9;
+
+void read_id(element value, JsonEntry& entry) {
+  if (value.get_string().get(entry.name) == simdjson::SUCCESS) {
+    if (entry.name.empty()) throw EntryError{EntryRule::kBadId, "'id' is an empty text"};
+    return;
+  }
+  if (!unsigned_value(value, kMaximumUnsigned, entry.id)) {
+    throw EntryError{EntryRule::kBadId, "'id' has to be an integer from 0 to 4294967295 or an entry's name"};
+  }
+}
+
+void read_level(element value, JsonEntry& entry) {
+  if (!unsigned_value(value, kMaximumLevel, entry.level)) {
+    throw EntryError{EntryRule::kBadLevel, "'level' has to be an integer from 0 to 9"};
+  }
+}
+
+void read_time(element value, JsonEntry& entry) {
+  std::string_view text;
+  if (value.get_string().get(text) != simdjson::SUCCESS) {
+    throw EntryError{EntryRule::kBadTime,
+                     "'time' has to be a text such as \"2026-11-21T08:15:30Z\", not " + std::string(kind_of(value))};
+  }
+  entry.time = c_text(text);
+}
+
+void read_attributes(element value, JsonEntry& entry) {
+  if (value.get_object().get(entry.attributes) != simdjson::SUCCESS) {
+    throw EntryError{EntryRule::kBadAttributes, "'attributes' has to be an object, not " + std::string(kind_of(value))};
+  }
+  entry.has_attributes = true;
+}
+
+void read_default(element value, JsonEntry& entry) {
+  if (value.get_bool().get(entry.use_default) != simdjson::SUCCESS) {
+    throw EntryError{EntryRule::kBadChoice, "'default' has to be true or false, not " + std::string(kind_of(value))};
+  }
+}
+
+void read_selector(element value, JsonEntry& entry) {
+  if (!unsigned_value(value, kMaximumUnsigned, entry.selector)) {
+    throw EntryError{EntryRule::kBadChoice, "'selector' has to be an integer from 0 to 4294967295"};
+  }
+}
+
+struct Key {
+  std::string_view name;
+  void (*read)(element value, JsonEntry& entry);
+};
+
+constexpr Key kKeys[] = {
+    {"id", read_id},           {"level", read_level},       {"time", read_time}, {"attributes", read_attributes},
+    {"default", read_default}, {"selector", read_selector},
+};
+constexpr std::size_t kKeyCount = std::size(kKeys);
+
+std::size_t find_key(std::string_view name) {
+  for (std::size_t index = 0; index < kKeyCount; ++index) {
+    if (kKeys[index].name == name) return index;
+  }
+  throw EntryError{EntryRule::kUnknownKey, "unknown key " + qzlog_compiler::quoted(name) +
+                                               "; an entry has 'id', 'level', 'time', 'attributes', 'default' and "
+                                               "'selector'"};
+}
+
+// The parser's own words, which are sentences with a point or an exclamation mark.
+std::string parser_reason(simdjson::error_code error) {
+  std::string text = simdjson::error_message(error);
+  while (!text.empty() && (text.back() == '.' || text.back() == '!')) text.pop_back();
+  return text;
+}
+
+}  // namespace
+
+JsonEntry JsonEntryParser::parse(std::string_view line) {
+  element document;
+  const simdjson::error_code error = parser_.parse(line.data(), line.size(), false).get(document);
+  if (error == simdjson::MEMALLOC) throw EntryError{EntryRule::kOutOfMemory, "no memory for this line"};
+  if (error != simdjson::SUCCESS) throw EntryError{EntryRule::kBadJson, "not valid JSON: " + parser_reason(error)};
+  simdjson::dom::object fields;
+  if (document.get_object().get(fields) != simdjson::SUCCESS) {
+    throw EntryError{EntryRule::kNotAnObject, "an entry is an object in braces, not " + std::string(kind_of(document))};
+  }
+
+  JsonEntry entry;
+  bool seen[kKeyCount] = {};
+  for (const simdjson::dom::key_value_pair field : fields) {
+    const std::size_t key = find_key(field.key);
+    if (seen[key]) {
+      throw EntryError{EntryRule::kDuplicateKey, "the key '" + std::string(kKeys[key].name) + "' is given twice"};
+    }
+    seen[key] = true;
+    kKeys[key].read(field.value, entry);
+  }
+  if (!seen[0]) throw EntryError{EntryRule::kMissingId, "the entry has no 'id'"};
+  return entry;
+}
+
+std::string_view kind_of(element value) {
+  switch (value.type()) {
+    case element_type::ARRAY:
+      return "an array";
+    case element_type::OBJECT:
+      return "an object";
+    case element_type::INT64:
+    case element_type::UINT64:
+      return "an integer";
+    case element_type::DOUBLE:
+      return "a floating point number";
+    case element_type::STRING:
+      return "a text";
+    case element_type::BOOL:
+      return "true or false";
+    case element_type::NULL_VALUE:
+      return "null";
+  }
+  return "something else";
+}
+
+bool unsigned_value(element value, std::uint64_t maximum, std::uint32_t& number) {
+  std::uint64_t wide = 0;
+  if (value.get_uint64().get(wide) != simdjson::SUCCESS || wide > maximum) return false;
+  number = static_cast<std::uint32_t>(wide);
+  return true;
+}
+
+const char* c_text(std::string_view text) {
+  if (!text.empty() && std::memchr(text.data(), '\0', text.size()) != nullptr) {
+    throw EntryError{EntryRule::kNulCharacter,
+                     "the text " + qzlog_compiler::quoted(text) + " holds U+0000, which no text can"};
+  }
+  return text.data();  // the parser puts a zero byte behind every text
+}
+
+}  // namespace qzlog_tool

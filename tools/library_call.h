@@ -1,0 +1,30 @@
+#ifndef QZLOG_TOOLS_LIBRARY_CALL_H
+#define QZLOG_TOOLS_LIBRARY_CALL_H
+
+#include <string>
+
+#include "qzlog/qz_exception.h"
+#include "tools/entry_error.h"
+
+namespace qzlog_tool {
+
+/// The library's own text for a failure.
+inline std::string library_text(const qz_EXCEPTION_base& failure) {
+  return failure.get_message() != nullptr ? failure.get_message() : "out of memory";  // which alone has no text
+}
+
+/// Calls `function`; a failure of the library becomes an error of the entry at hand, in the library's own words.
+template <class Function>
+void call_for_entry(EntryRule rule, Function&& function) {
+  try {
+    function();
+  } catch (const QZX_memory_alloc& failure) {
+    throw EntryError{EntryRule::kOutOfMemory, library_text(failure)};
+  } catch (const qz_EXCEPTION_base& failure) {
+    throw EntryError{rule, library_text(failure)};
+  }
+}
+
+}  // namespace qzlog_tool
+
+#endif  // QZLOG_TOOLS_LIBRARY_CALL_H
