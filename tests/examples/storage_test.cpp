@@ -1,0 +1,124 @@
+// The example product as its readers meet it: what its program, its demo and `qzlog render` print.
+#include <gtest/gtest.h>
+#include <stdlib.h>
+#include <sys/wait.h>
+
+#include <fstream>
+#include <iterator>
+#include <ostream>
+#include <string>
+
+#include "tests/support/temp_dir.h"
+
+namespace {
+
+struct Output {
+  int status;
+  std::string out;
+  std::string err;
+};
+
+/// Runs a line of shell in a folder of the test's own. The time zone and the language of the host may not show in what
+/// is printed: they are unusual ones here.
+Output run(const std::string& line) {
+  const qz_test::TempDir folder;
+  setenv("QZLOG", QZLOG_COMMAND, 1);
+  setenv("SOURCES", QZLOG_STORAGE_SOURCES, 1);
+  setenv("BUILT", QZLOG_STORAGE_BUILD, 1);
+  setenv("LC_ALL", "de_DE.UTF-8", 1);
+  setenv("TZ", "America/St_Johns", 1);
+  const std::string in_folder = "cd '" + folder.path() + "' && { " + line + "\n} >out 2>err </dev/null";
+  const int status = std::system(in_folder.c_str());
+  return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, folder.read("out"), folder.read("err")};
+}
+
+std::string read_file(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+struct GoldenCase {
+  const char* name;  ///< of the golden file, without its extension
+  const char* line;
+};
+
+void PrintTo(const GoldenCase& golden, std::ostream* out) { *out << golden.line; }
+
+// The dates and times of the entries are Berlin's; the program sets its zone itself.
+#define RENDER "TZ=Europe/Berlin $QZLOG render --definitions $BUILT/storage.ldf --aux $BUILT/storage_aux.ldf "
+const GoldenCase kCases[] = {
+    {"program", "$BUILT/storage_events $BUILT"},
+    {"render-english", RENDER "--catalog $BUILT/messages --locale en_US $SOURCES/storage.jsonl"},
+    {"render-german", RENDER "--catalog $BUILT/messages --locale de_DE $SOURCES/storage.jsonl"},
+    {"render-japanese", RENDER "--catalog $BUILT/messages --locale ja_JP $SOURCES/storage.jsonl"},
+    {"render-stored-texts", RENDER "--locale en_US $SOURCES/storage.jsonl"},
+    {"render-narrow", RENDER "--no-icu $SOURCES/storage.jsonl"},
+};
+#undef RENDER
+
+class StorageExample : public ::testing::TestWithParam<GoldenCase> {};
+
+/// QZLOG_REWRITE_GOLDEN=1 writes what is printed now into the golden file; look at the difference before keeping it.
+TEST_P(StorageExample, Run_PrintsTheGoldenFile) {
+  const std::string golden = QZLOG_GOLDEN "/" + std::string(GetParam().name) + ".txt";
+  const Output output = run(GetParam().line);
+  EXPECT_EQ(output.err, "");
+  EXPECT_EQ(output.status, 0);
+  if (std::getenv("QZLOG_REWRITE_GOLDEN") != nullptr) std::ofstream(golden, std::ios::binary) << output.out;
+  EXPECT_FALSE(output.out.empty());
+  EXPECT_EQ(output.out, read_file(golden));
+}
+
+INSTANTIATE_TEST_SUITE_P(Storage, StorageExample, ::testing::ValuesIn(kCases), [](const auto& parameter) {
+  std::string name = parameter.param.name;
+  for (char& letter : name) letter = letter == '-' ? '_' : letter;
+  return name;
+});
+
+TEST(StorageSources, CompiledForBothPaths_BringNoWarning) {
+  const Output output =
+      run("$QZLOG compile $SOURCES/storage.yaml -o std.ldf --path both && "
+          "$QZLOG compile $SOURCES/storage_aux.yaml --aux-of std.ldf -o aux.ldf --path both");
+  EXPECT_EQ(output.out + output.err, "");
+  EXPECT_EQ(output.status, 0);
+}
+
+// The messages of the catalogs, key by key: a message that one language lacks would fail for its readers only.
+TEST(StorageCatalogs, Keys_AreTheSameInEveryLanguage) {
+  const Output output =
+      run("keys() { sed -n 's/^    \\([^ ]*\\) { \".*/\\1/p' $SOURCES/messages/$1.txt; }\n"
+          "for language in root de ja; do keys $language >$language.keys; done\n"
+          "test -s root.keys && diff root.keys de.keys && diff root.keys ja.keys");
+  EXPECT_EQ(output.out + output.err, "");
+  EXPECT_EQ(output.status, 0);
+}
+
+TEST(StorageProgram, UnknownSection_ShowsItsUsage) {
+  const Output output = run("$BUILT/storage_events $BUILT nonsense");
+  EXPECT_EQ(output.status, 2);
+  EXPECT_EQ(output.out, "");
+  EXPECT_EQ(output.err,
+            "Usage: storage_events FOLDER [SECTION...]\n"
+            "Sections: entries attributes messages choices refusals auxiliary\n");
+}
+
+TEST(StorageProgram, FolderWithoutDefinitions_SaysWhatIsMissing) {
+  const Output output = run("$BUILT/storage_events nowhere");
+  EXPECT_EQ(output.status, 1);
+  EXPECT_EQ(output.out, "");
+  EXPECT_EQ(output.err,
+            "storage_events: <QZX_logging_invalid_definition> Unable to access definition file "
+            "\"nowhere/storage.ldf\".\n");
+}
+
+TEST(StorageDemo, BuiltTree_ShowsEveryStepWithItsTime) {
+  const Output output = run("$SOURCES/demo.sh " QZLOG_BUILD_DIR);
+  EXPECT_EQ(output.status, 0);
+  for (const char* const shown : {"$ qzlog compile storage.yaml -o storage.ldf\n-- ", "$ storage_events . messages\n",
+                                  "--locale en_US\nThe self-test of filer-1", "--locale de_DE\nSelbsttest von filer-1",
+                                  "--locale ja_JP\nfiler-1 のセルフテスト", "--no-icu\nSelf-test of filer-1"}) {
+    EXPECT_NE(output.out.find(shown), std::string::npos) << shown << "\nis not in\n" << output.out;
+  }
+}
+
+}  // namespace
