@@ -1,0 +1,61 @@
+#!/usr/bin/env python3
+"""Checks that every header compiles on its own, and that no public header pulls in ICU.
+
+Usage: check_headers.py [ROOT]     Prints each finding with the compiler's words; exit status 1 if there is one.
+"""
+import concurrent.futures
+import os
+import pathlib
+import subprocess
+import sys
+
+COMPILERS = ["g++", "clang++"]
+WARNINGS = ["-Wall", "-Wextra", "-Wpedantic", "-Wconversion", "-Wshadow", "-Werror"]
+PUBLIC_STANDARDS = ["c++11", "c++14", "c++17", "c++20"]
+INTERNAL_STANDARDS = ["c++20"]
+INTERNAL_FOLDERS = ["foundation", "util", "entry", "definitions", "config", "message", "counter", "tools"]
+ICU_MARK = "/unicode/"
+
+
+def jobs(root):
+    """One tuple (header as included, public, compiler, standard) per compilation."""
+    public = sorted(str(file.relative_to(root / "include")) for file in (root / "include").rglob("*.h"))
+    internal = sorted(
+        str(file.relative_to(root)) for folder in INTERNAL_FOLDERS for file in (root / folder).rglob("*.h"))
+    for compiler in COMPILERS:
+        for header in public:
+            for standard in PUBLIC_STANDARDS:
+                yield header, True, compiler, standard
+        for header in internal:
+            for standard in INTERNAL_STANDARDS:
+                yield header, False, compiler, standard
+
+
+def check(root, header, public, compiler, standard):
+    """None, or what is wrong."""
+    paths = ["-I", str(root / "include")] + ([] if public else ["-I", str(root)])
+    command = [compiler, f"-std={standard}", *WARNINGS, *paths, "-fsyntax-only", "-H", "-x", "c++", "-"]
+    result = subprocess.run(command, input=f'#include "{header}"\n', capture_output=True, text=True, check=False)
+    if result.returncode != 0:
+        words = [line for line in result.stderr.splitlines() if not line.startswith(".")]
+        return f"{header}: does not compile on its own with {compiler} -std={standard}\n" + "\n".join(words)
+    if public and ICU_MARK in result.stderr:
+        return f"{header}: pulls in an ICU header"
+    return None
+
+
+def check_tree(root):
+    root = pathlib.Path(root)
+    with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
+        results = list(pool.map(lambda job: check(root, *job), jobs(root)))
+    return len(results), [finding for finding in results if finding]
+
+
+def main():
+    count, findings = check_tree(sys.argv[1] if len(sys.argv) > 1 else ".")
+    print("\n".join(findings) if findings else f"headers: no finding in {count} compilations")
+    return 1 if findings else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,0 +1,114 @@
+#!/usr/bin/env python3
+"""Checks that the library's source units form a chain: a file includes only what stands before it.
+
+Usage: folder_order.py [ROOT]      Prints FILE:LINE for every include that breaks the order; exit status 1 if there is one.
+"""
+import fnmatch
+import pathlib
+import re
+import sys
+
+# The chain. A file belongs to the layer with the longest pattern that matches its path, and may include files of its own
+# layer and of those above it in this table. A public header stands in the layer of its unit.
+CHAIN = [
+    ("foundation", ["foundation/*", "include/qzlog/export.h", "include/qzlog/file_io.h", "include/qzlog/qz_*.h"]),
+    ("debug log", ["util/debug_log.*", "util/debug_record.h", "util/assertion.*",
+                   "include/qzlog/debug_log.h", "include/qzlog/version.h"]),
+    ("attribute types", ["entry/logattrib.*", "entry/ustring.*", "include/qzlog/logattrib.h"]),
+    ("definition records", ["definitions/def_read.*"]),
+    ("entry definition", ["definitions/ldf_def.*"]),
+    ("definition table", ["definitions/ldf_load.*"]),
+    ("configuration file and catalog", ["config/logconf.*", "message/logmsg.h", "message/logmsg_catalog.*",
+                                        "message/code_page.*"]),
+    ("settings", ["config/logcfg.*", "include/qzlog/logcfg.h"]),
+    ("entry implementation", ["entry/*"]),
+    ("rendering", ["message/*"]),
+    ("readable message", ["entry/logentry_i_message.*"]),
+    ("entry facade", ["entry/logentry.*", "include/qzlog/logentry.h"]),
+    ("entry filter", ["config/entry_filt.*", "include/qzlog/entry_filt.h"]),
+    ("log file names", ["util/log_util.*", "include/qzlog/log_util.h"]),
+    ("entry counter", ["counter/*", "include/qzlog/logentrycounter.h"]),
+]
+
+# Layers that use less than everything above them.
+ONLY = {
+    "log file names": {"foundation", "debug log"},
+    "entry counter": {"foundation", "debug log"},
+}
+
+# Includes that the order would forbid, each with its reason.
+ALLOWED = {
+    ("entry implementation", "include/qzlog/logentry.h"): "declares qz_LOG_AttributeVisitor, which the implementation calls",
+}
+
+# Folders whose files may include public headers and the folders named here, nothing else of ours.
+OUTSIDE = {
+    "include": ["include"],
+    "examples": ["include", "examples"],
+    "tools": ["include", "tools"],
+}
+
+LAYERS = [name for name, _ in CHAIN]
+OUR_FOLDERS = ["foundation", "util", "entry", "definitions", "config", "message", "counter", "tools", "examples"]
+INCLUDE = re.compile(r'^\s*#\s*include\s*[<"]([^>"]+)[>"]')
+
+
+def layer_of(path):
+    """The layer of a path relative to the root, or None."""
+    matches = [(len(pattern), name) for name, patterns in CHAIN for pattern in patterns if fnmatch.fnmatch(path, pattern)]
+    return max(matches)[1] if matches else None
+
+
+def may_include(layer, other):
+    if layer in ONLY:
+        return other == layer or other in ONLY[layer]
+    return other not in ONLY and LAYERS.index(other) <= LAYERS.index(layer)
+
+
+def our_includes(root, path):
+    """Pairs of line number and included path, for the includes that name files of ours."""
+    for number, line in enumerate((root / path).read_text(encoding="utf-8").splitlines(), 1):
+        match = INCLUDE.match(line)
+        if not match:
+            continue
+        name = match.group(1)
+        if name.split("/")[0] in OUR_FOLDERS:
+            yield number, name
+        elif (root / "include" / name).is_file():
+            yield number, f"include/{name}"
+
+
+def check_file(root, path):
+    """The findings in one file, as texts."""
+    folder = path.split("/")[0]
+    layer = layer_of(path)
+    if layer is None and folder not in OUTSIDE:
+        return [f"{path}:1: belongs to no layer; add it to the table in folder_order.py"]
+    findings = []
+    for number, other in our_includes(root, path):
+        other_layer = layer_of(other)
+        if folder in OUTSIDE and other.split("/")[0] not in OUTSIDE[folder]:
+            findings.append(f"{path}:{number}: {folder}/ must not include {other}")
+        elif layer and other_layer and not may_include(layer, other_layer) and (layer, other) not in ALLOWED:
+            findings.append(f"{path}:{number}: the {layer} must not include {other} ({other_layer})")
+    return findings
+
+
+def check_tree(root):
+    root = pathlib.Path(root)
+    files = sorted(
+        str(file.relative_to(root))
+        for folder in OUR_FOLDERS + ["include"]
+        for file in (root / folder).rglob("*")
+        if file.suffix in (".h", ".cpp"))
+    return [finding for file in files for finding in check_file(root, file)]
+
+
+def main():
+    findings = check_tree(sys.argv[1] if len(sys.argv) > 1 else ".")
+    print("\n".join(findings) if findings else "folder order: no finding")
+    return 1 if findings else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
