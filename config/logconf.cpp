@@ -150,7 +150,6 @@ bool _qz_LOG_file_configuration::load(long long modification_time) const {
   if (modification_time_.load(std::memory_order_relaxed) == modification_time) return true;
   modification_time_.store(modification_time, std::memory_order_release);
   settings_.clear();
-  settings_.set_size(kTableSize);
   if (!_save_all_from_file()) return false;
   set_loaded(1);
   return true;

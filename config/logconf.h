@@ -32,7 +32,6 @@ class _qz_LOG_log_setting_tbl : public qz_UTIL_no_inadvertant_copies {
   const unsigned* find_entry(const char* section, const char* key) const;
   /// Removes all settings.
   void clear() { settings_.clear(); }
-  void set_size(unsigned size) { settings_.set_size(size); }
 
  private:
   static void _construct_hash_key_string(const char* section, const char* key, qz_String& out);

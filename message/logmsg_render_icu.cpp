@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
@@ -21,6 +22,9 @@ namespace {
 
 // Templates were written for an ICU that knew the arguments 0 to 9 only; the limit is part of their contract.
 constexpr unsigned kMaxArguments = 10;
+
+// ICU parses nested arguments by calling itself; a pattern that is deeper than any message would exhaust the stack.
+constexpr int kMaxNesting = 100;
 
 [[noreturn]] void throw_pattern_failure() {
   throw QZX_logging_internal_error(
@@ -53,6 +57,27 @@ const char* argument_style(MessageFormatKind kind) {
 }
 
 bool shows_time(MessageFormatKind kind) { return kind == MessageFormatKind::kDate || kind == MessageFormatKind::kTime; }
+
+/// How deeply the braces of a pattern nest, those between apostrophes left out as ICU leaves them out.
+int nesting_of(const icu::UnicodeString& pattern) {
+  int depth = 0;
+  int deepest = 0;
+  bool quoted = false;
+  for (int i = 0; i < pattern.length(); ++i) {
+    const UChar unit = pattern.charAt(i);
+    const UChar next = pattern.charAt(i + 1);
+    if (unit == u'\'' && next == u'\'') {
+      ++i;
+    } else if (unit == u'\'') {
+      quoted = !quoted && (next == u'{' || next == u'}');
+    } else if (!quoted && unit == u'{') {
+      deepest = std::max(deepest, ++depth);
+    } else if (!quoted && unit == u'}') {
+      depth = std::max(depth - 1, 0);
+    }
+  }
+  return deepest;
+}
 
 /// A template cut into tokens, with the ICU pattern that follows from them. Used by one thread.
 class CompiledTemplate {
@@ -112,7 +137,7 @@ const icu::MessageFormat& CompiledTemplate::message_format() {
   if (format_ != nullptr && format_locale_ == locale && same_zone) return *format_;
 
   format_.reset();
-  if (argument_count_ > kMaxArguments) throw_pattern_failure();
+  if (argument_count_ > kMaxArguments || nesting_of(pattern_) > kMaxNesting) throw_pattern_failure();
   UErrorCode status = U_ZERO_ERROR;
   auto format = std::make_unique<icu::MessageFormat>(pattern_, locale, status);
   if (format == nullptr) throw QZX_memory_alloc();

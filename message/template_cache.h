@@ -10,7 +10,8 @@
 #include <vector>
 
 /// The templates that a thread rendered last, in a form ready to render again. Bounded in number and in size: the
-/// oldest goes first, and very long templates are not kept. What a template renders to depends on its text alone.
+/// oldest goes first, and very long templates are not kept. What is compiled depends on the text alone; a
+/// compiled form that holds more than that checks it at each use.
 template <typename Character, typename Compiled>
 class TemplateCache {
  public:

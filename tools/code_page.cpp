@@ -14,6 +14,8 @@ namespace {
 constexpr std::string_view kCommonCharacters = "\n\r 0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
 // Two to four bytes, and the last plane but one: only UTF-8 itself leaves these as they are.
 constexpr std::string_view kUtf8Sample = "\xC3\xA4\xE2\x82\xAC\xEF\xBF\xBD\xF0\x9F\x98\x80\xF3\xB0\x80\x80";
+// Characters whose UTF-16 bytes are line feed, carriage return and zero: U+4E0A U+4E0D U+4E00.
+constexpr std::string_view kCjkSample = "\xE4\xB8\x8A\xE4\xB8\x8D\xE4\xB8\x80";
 // What one byte of UTF-8 can become: an escape sequence, two bytes, and the sequence back.
 constexpr std::size_t kMaximumGrowth = 8;
 constexpr std::size_t kMaximumAround = 64;
@@ -29,6 +31,13 @@ CodePage::CodePage(std::string name) : name_(std::move(name)) {
     throw CommandError(kExitCannotRun, "the code page '" + name_ +
                                            "' cannot be used for lines of text: its line ends, letters and digits are "
                                            "not those of ASCII");
+  }
+  // Nor can one in which the bytes of other characters look like line ends, as in compressed text.
+  if (!from_utf8(kCjkSample.data(), kCjkSample.size(), converted) ||
+      converted.find_first_of(std::string_view("\n\r\0", 3)) != std::string::npos) {
+    throw CommandError(kExitCannotRun, "the code page '" + name_ +
+                                           "' cannot be used for lines of text: other characters hold the bytes of its "
+                                           "line ends");
   }
   is_utf8_ = from_utf8(kUtf8Sample.data(), kUtf8Sample.size(), converted) && converted == kUtf8Sample;
 }

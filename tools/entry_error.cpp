@@ -34,6 +34,8 @@ constexpr EntryRuleInfo kRules[] = {
     {EntryRule::kNulCharacter, "nul-character", "A text holds U+0000, at which it would end."},
     {EntryRule::kRefusedValue, "refused-value", "The library refused a value, for instance a text that is too long."},
     {EntryRule::kNoMessage, "no-message", "The library could not render the message of an entry."},
+    {EntryRule::kBrokenPattern, "broken-pattern",
+     "ICU takes the pattern of an entry's message but cannot apply it: the command ends at this line."},
     {EntryRule::kUncountableDate, "uncountable-date",
      "The local date of an entry's time is outside the years 1 to 9999: its message is written, but not counted."},
     {EntryRule::kOutOfMemory, "out-of-memory", "There was no memory for an entry."},

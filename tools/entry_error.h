@@ -32,6 +32,7 @@ enum class EntryRule {
   kNulCharacter,
   kRefusedValue,
   kNoMessage,
+  kBrokenPattern,
   kUncountableDate,
   kOutOfMemory,
 };

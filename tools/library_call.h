@@ -2,15 +2,20 @@
 #define QZLOG_TOOLS_LIBRARY_CALL_H
 
 #include <string>
+#include <string_view>
 
 #include "qzlog/qz_exception.h"
+#include "tools/compiler/utf8_text.h"
 #include "tools/entry_error.h"
 
 namespace qzlog_tool {
 
-/// The library's own text for a failure.
+/// The library's own text for a failure, in one line. It can hold names from a file that nobody has looked at.
 inline std::string library_text(const qz_EXCEPTION_base& failure) {
-  return failure.get_message() != nullptr ? failure.get_message() : "out of memory";  // which alone has no text
+  if (failure.get_message() == nullptr) return "out of memory";  // which alone has no text
+  std::string_view text = failure.get_message();
+  while (text.ends_with('\n')) text.remove_suffix(1);
+  return qzlog_compiler::printable(text);
 }
 
 /// Calls `function`; a failure of the library becomes an error of the entry at hand, in the library's own words.

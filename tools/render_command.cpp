@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <csignal>
 #include <cstdint>
 #include <filesystem>
 #include <memory>
@@ -14,6 +15,7 @@
 #include "tools/buffered_output.h"
 #include "tools/code_page.h"
 #include "tools/command_error.h"
+#include "tools/compiler/utf8_text.h"
 #include "tools/definition_files.h"
 #include "tools/entry_counting.h"
 #include "tools/entry_error.h"
@@ -111,21 +113,14 @@ class LineErrors {
     output_.flush();  // where both go to one place, the error comes after the messages before it
     progress_.clear();
     const std::string text = file_name_ + ":" + std::to_string(line_number) + ": " + coloured_error("error:") + " " +
-                             one_line(error.text) + " [" + std::string(entry_rule_name(error.rule)) + "]\n";
+                             qzlog_compiler::printable(error.text) + " [" + std::string(entry_rule_name(error.rule)) +
+                             "]\n";
     write_all(STDERR_FILENO, text.data(), text.size());
   }
 
   std::uint64_t count() const noexcept { return count_; }
 
  private:
-  static std::string one_line(std::string text) {
-    while (!text.empty() && text.back() == '\n') text.pop_back();
-    for (char& character : text) {
-      if (static_cast<unsigned char>(character) < ' ' || character == '\x7F') character = '?';
-    }
-    return text;
-  }
-
   std::string file_name_;
   BufferedOutput& output_;
   ProgressLine& progress_;
@@ -140,13 +135,22 @@ class FileRenderer {
       : shown_path_(path == "-" ? "<stdin>" : path), file_(open_input(path)), renderer_(renderer), counting_(counting) {
     // A message that is out is counted, whenever the command is killed.
     if (counting_ != nullptr) output_.before_flush([this] { counting_->flush(); });
+    current_ = this;
+    std::signal(SIGABRT, report_abort);
   }
+  ~FileRenderer() {
+    std::signal(SIGABRT, SIG_DFL);
+    current_ = nullptr;
+  }
+  FileRenderer(const FileRenderer&) = delete;
+  FileRenderer& operator=(const FileRenderer&) = delete;
 
   void render() {
     LineReader reader(file_.get(), shown_path_);
     LineReader::Line line;
     for (;;) {
       while (reader.next(line)) {
+        line_number_ = line.number;
         render_line(line);
         progress_.update(line.number);
       }
@@ -160,15 +164,25 @@ class FileRenderer {
 
   void print_summary() {
     progress_.clear();
-    const std::uint64_t wrong = read_ - passed_ - refused_;
     std::string text = "entries: " + std::to_string(read_) + " read, " + std::to_string(passed_) + " passed, " +
                        std::to_string(refused_) + " refused";
-    if (wrong != 0) text += ", " + std::to_string(wrong) + " wrong";
+    if (errors_.count() != 0) text += ", " + std::to_string(errors_.count()) + " wrong";
     text += '\n';
     write_all(STDERR_FILENO, text.data(), text.size());
   }
 
  private:
+  // The library ends the process where ICU takes a pattern and then cannot apply it. It does so from within a call of
+  // this thread, so what is rendered can still be written, and the line be named.
+  static void report_abort(int /*signal*/) {
+    std::signal(SIGABRT, SIG_DFL);
+    current_->errors_.report(
+        current_->line_number_,
+        {EntryRule::kBrokenPattern,
+         "ICU takes the message's pattern but cannot apply it; nothing behind this line is rendered"});
+    _exit(kExitFindings);
+  }
+
   void render_line(const LineReader::Line& line) {
     try {
       if (!line.too_long && is_blank(line.text)) return;
@@ -202,9 +216,12 @@ class FileRenderer {
   BufferedOutput output_{STDOUT_FILENO, "standard output"};
   ProgressLine progress_{"lines"};
   LineErrors errors_{shown_path_, output_, progress_};
+  std::uint64_t line_number_ = 0;
   std::uint64_t read_ = 0;
   std::uint64_t passed_ = 0;
   std::uint64_t refused_ = 0;
+
+  static inline FileRenderer* current_ = nullptr;
 };
 
 // Standard input can be read once.

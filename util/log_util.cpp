@@ -43,9 +43,13 @@ void store(unsigned short* target, std::string_view digits) {
   if (target != nullptr) *target = number_of(digits);
 }
 
-std::string working_directory() {
+/// Puts the working directory before a relative path. False when it is not known: removed, or too long.
+bool make_absolute(std::string& path) {
+  if (path.starts_with('/')) return true;
   char directory[kMaxPathLength + 1];
-  return getcwd(directory, sizeof(directory)) != nullptr ? directory : "";
+  if (getcwd(directory, sizeof(directory)) == nullptr) return false;
+  path.insert(0, std::string(directory) + '/');
+  return true;
 }
 
 bool starts_at(const std::string& text, std::size_t position, std::string_view part) {
@@ -97,12 +101,6 @@ std::string without_parents(const std::string& path) {
     result.resize(slashes.size() >= 2 ? slashes[slashes.size() - 2] + 1 : 1);
   }
   return result;
-}
-
-std::string normalised(const char* path) {
-  std::string text = path[0] == '/' ? "" : working_directory() + "/";
-  text += path;
-  return without_parents(without_doubled_slashes(without_dots(text)));
 }
 
 /// A null text is reported and taken for the empty one.
@@ -157,7 +155,9 @@ void remove_pathname_dir_separators(char* pathname) {
 
 int _get_fullpath(char* full, const char* path) try {
   if (std::strlen(path) > kMaxPathLength) return -1;
-  const std::string result = normalised(path);
+  std::string absolute(path);
+  if (!make_absolute(absolute)) return -1;
+  const std::string result = without_parents(without_doubled_slashes(without_dots(absolute)));
   if (result.size() > kMaxPathLength) return -1;
   std::memcpy(full, result.c_str(), result.size() + 1);
   return 1;
@@ -177,7 +177,8 @@ int get_fullpath(const char* path, char* full) {
 }
 
 int get_plockname(const char* first, const char* second, char* lock_name) {
-  const qz_String name = qz_String(first) + qz_String("_") + qz_String(second);
+  const qz_String name =
+      qz_String(required(first, "first", __LINE__)) + qz_String("_") + qz_String(required(second, "second", __LINE__));
   std::strncpy(lock_name, name.c_str(), kMaxLockNameLength);
   lock_name[kMaxLockNameLength] = '\0';
   return 1;

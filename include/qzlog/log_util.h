@@ -20,10 +20,10 @@ QZLOG_EXPORT int is_a_valid_text_log(const char* filename, const char* log_prefi
 /// Replaces in place every character that is not an ASCII letter or digit, "_" or "-" by "_".
 QZLOG_EXPORT void remove_pathname_dir_separators(char* pathname);
 
-/// Always 1. `full`, with room for 4097 bytes, receives the absolute path without ".", ".." and doubled or trailing
-/// slashes:
-/// "" for the root directory. A path that is too long to be resolved is given as it is, cut to 4096 characters, less
-/// trailing slashes. Links are not followed.
+/// Always 1. `full`, with room for 4097 bytes, receives the absolute path without ".", "..", doubled slashes and
+/// slashes at the end; the root directory gives the empty text. A path that is too long to be resolved, or relative to
+/// a working directory that is not known, is given as it is, cut to 4096 characters, less slashes at the end. Links are
+/// not followed.
 QZLOG_EXPORT int get_fullpath(const char* path, char* full);
 
 /// Always 1. `lock_name`, with room for 256 bytes, receives `first`, "_" and `second`, cut to 255 characters.

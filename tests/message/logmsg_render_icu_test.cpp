@@ -182,6 +182,25 @@ TEST_F(RenderIcu, PatternThatIcuRejects_FailsEveryTimeAndOthersStillRender) {
   }
 }
 
+std::string nested(int depth) {
+  std::string text = "%s%TypeChar32%";
+  for (int i = 0; i < depth; ++i) text += "{0,select,other{";
+  text += 'x';
+  for (int i = 0; i < depth; ++i) text += "}}";
+  return text + " %_%TIMESTAMP%";
+}
+
+TEST_F(RenderIcu, PatternNestedBeyondAnyMessage_TextInsteadOfAnExhaustedStack) {
+  EXPECT_EQ(rendering_.icu(nested(40)), "x ");
+  expect_pattern_failure(nested(51));
+  expect_pattern_failure(nested(100'000));
+}
+
+TEST_F(RenderIcu, ManyQuotedBraces_AreNoNesting) {
+  const std::string braces(1000, '{');
+  EXPECT_EQ(rendering_.icu("'" + braces + "' it''s '" + braces + "'%s%TypeChar32%"), braces + " it's " + braces);
+}
+
 TEST_F(RenderIcu, ValueThatThePatternCannotFormat_EndsTheProcess) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   entry_.add_attrib_str("TypeChar32", "x", true);

@@ -78,4 +78,10 @@ TEST(CodePage, OtherBytesThanAscii_AreRefused) {
   }
 }
 
+TEST(CodePage, OtherCharactersWithTheBytesOfLineEnds_AreRefused) {
+  EXPECT_EQ(
+      refusal("SCSU"),
+      "2 the code page 'SCSU' cannot be used for lines of text: other characters hold the bytes of its line ends");
+}
+
 }  // namespace

@@ -130,6 +130,37 @@ TEST_F(RenderErrors, SymbolicNameWithACompiledFile_IsExplained) {
   EXPECT_EQ(result.status, 1);
 }
 
+constexpr const char* kBrokenSource = R"(version: "1.0"
+entries:
+  - {id: 1, name: GOOD, message: "good"}
+  - id: 2
+    name: BROKEN
+    raw: "%s%N% {0,date} %_%TIMESTAMP%"
+    attributes:
+      - {name: N, type: Char32}
+)";
+
+TEST_F(RenderErrors, PatternThatIcuCannotApply_IsReportedBehindTheMessagesBeforeIt) {
+  write("broken.yaml", kBrokenSource);
+  write("entries.jsonl", "{\"id\":1}\n{\"id\":2,\"attributes\":{\"N\":\"x\"}}\n{\"id\":1}\n");
+  const CommandResult result = run("$QZLOG render --definitions broken.yaml --count counts entries.jsonl");
+  EXPECT_EQ(result.out, "good\n");
+  EXPECT_EQ(result.err,
+            "entries.jsonl:2: error: ICU takes the message's pattern but cannot apply it; nothing behind this line is "
+            "rendered [broken-pattern]\n");
+  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(read("counts.cnt").size(), 32U);
+}
+
+TEST_F(RenderErrors, NameWithControlCharacters_IsShownWithEscapes) {
+  write("std.yaml", "version: \"1.0\"\nentries:\n  - {id: 1, name: A, raw: \"%s%x\\x1b[31m\\u009b%\"}\n");
+  write("entries.jsonl", "{\"id\":1}\n");
+  const CommandResult result = run("$QZLOG render --definitions std.yaml entries.jsonl");
+  EXPECT_EQ(result.err,
+            "entries.jsonl:1: error: <QZX_logging_invalid_message_string> _qz_LOG_log_message::get_message:  unable to "
+            "find attribute value for \"x\\u001B[31m\\u009B\"! [no-message]\n");
+}
+
 TEST_F(RenderErrors, RecordCutOff_IsReportedAndTheOthersAreRendered) {
   write("entries.jsonl", "{\"id\":1006}\n{\"id\":1007}\n{\"id\":1006}\n");
   const CommandResult result =

@@ -241,6 +241,14 @@ TEST(GetPlockname, EveryLength_CutTo255) {
   }
 }
 
+TEST(GetPlockname, Null_ReportedAndTakenAsEmpty) {
+  char room[256];
+  EXPECT_TRUE(is_report_of(written_to_stderr([&] { get_plockname(nullptr, "b", room); }), "first"));
+  EXPECT_STREQ(room, "_b");
+  EXPECT_TRUE(is_report_of(written_to_stderr([&] { get_plockname("a", nullptr, room); }), "second"));
+  EXPECT_STREQ(room, "a_");
+}
+
 TEST(GetPlockname, OutOfMemory_Throws) {
   const std::string text(300, 'x');
   char room[256];

@@ -144,9 +144,9 @@ std::optional<MessageText> EntryLoader::load_message(const MappingFields& fields
   }
   LoweredMessage lowered = lower_message(
       message.written, [this](std::string_view name) { return find_type(name); }, context_.path);
+  ScalarPositions positions(context_.source, node);
   for (MessageFinding& finding : lowered.findings) {
-    diagnostics().add(position_in_scalar(context_.source, node, finding.offset), finding.severity, finding.rule,
-                      std::move(finding.text));
+    diagnostics().add(positions.find(finding.offset), finding.severity, finding.rule, std::move(finding.text));
   }
   message.stored = std::move(lowered.stored);
   return message;

@@ -63,22 +63,32 @@ WrittenCharacter read_character(std::string_view source, std::size_t at, ScalarS
 
 }  // namespace
 
-SourcePosition position_in_scalar(std::string_view source, const YamlNode& scalar, std::size_t offset) {
-  const SourcePosition start = scalar.position();
-  if (scalar.style() == ScalarStyle::kBlock) return start;
-  const bool has_quote = scalar.style() != ScalarStyle::kPlain;
-  std::size_t at = scalar.source_offset() + (has_quote ? 1 : 0);
-  SourcePosition position{start.line, start.column + (has_quote ? 1 : 0)};
-  for (std::size_t passed = 0; passed < offset;) {
-    const WrittenCharacter character = read_character(source, at, scalar.style());
+ScalarPositions::ScalarPositions(std::string_view source, const YamlNode& scalar) : source_(source), scalar_(scalar) {
+  restart();
+}
+
+void ScalarPositions::restart() {
+  const std::size_t quote = scalar_.style() == ScalarStyle::kPlain ? 0 : 1;
+  at_ = scalar_.source_offset() + quote;
+  passed_ = 0;
+  position_ = scalar_.position();
+  position_.column += static_cast<std::uint32_t>(quote);
+}
+
+SourcePosition ScalarPositions::find(std::size_t offset) {
+  const SourcePosition start = scalar_.position();
+  if (scalar_.style() == ScalarStyle::kBlock) return start;
+  if (offset < passed_) restart();
+  while (passed_ < offset) {
+    const WrittenCharacter character = read_character(source_, at_, scalar_.style());
     if (character.written == 0) return start;
-    at += character.written;
-    position.column += static_cast<std::uint32_t>(character.columns);
-    passed += character.size;
+    at_ += character.written;
+    position_.column += static_cast<std::uint32_t>(character.columns);
+    passed_ += character.size;
   }
   // A text that leaves the line right before this byte goes on somewhere else.
-  const bool leaves_line = offset < scalar.text().size() && read_character(source, at, scalar.style()).written == 0;
-  return leaves_line ? start : position;
+  const bool leaves_line = offset < scalar_.text().size() && read_character(source_, at_, scalar_.style()).written == 0;
+  return leaves_line ? start : position_;
 }
 
 }  // namespace qzlog_compiler

@@ -7,9 +7,26 @@
 
 namespace qzlog_compiler {
 
-/// The place in the source of the byte `offset` of a scalar's text, seen through quotes and escapes.
-/// The beginning of the scalar where the text runs over more than one line or stands in a block.
-SourcePosition position_in_scalar(std::string_view source, const YamlNode& scalar, std::size_t offset);
+/// Finds places in the source of a scalar's text, seen through quotes and escapes. Asked in ascending order it reads
+/// the scalar once, however many places are asked for.
+class ScalarPositions {
+ public:
+  /// Both have to outlive this object.
+  ScalarPositions(std::string_view source, const YamlNode& scalar);
+
+  /// The place of the byte `offset` of the text; the beginning of the scalar where the text runs over more than one
+  /// line or stands in a block.
+  SourcePosition find(std::size_t offset);
+
+ private:
+  void restart();
+
+  std::string_view source_;
+  const YamlNode& scalar_;
+  std::size_t at_ = 0;      // in the source
+  std::size_t passed_ = 0;  // in the text
+  SourcePosition position_;
+};
 
 }  // namespace qzlog_compiler
 

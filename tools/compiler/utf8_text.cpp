@@ -32,6 +32,21 @@ void append_escape(std::string& out, char32_t code) {
   }
 }
 
+/// Appends the character at `offset` as a diagnostic shows it and returns the bytes that it takes in the text.
+std::size_t append_printable(std::string& out, std::string_view text, std::size_t offset) {
+  const Utf8Character character = decode_utf8(text, offset);
+  if (character.size == 0) {
+    out += "\uFFFD";
+    return 1;
+  }
+  if (is_control(character.code)) {
+    append_escape(out, character.code);
+  } else {
+    out += text.substr(offset, character.size);
+  }
+  return character.size;
+}
+
 }  // namespace
 
 Utf8Character decode_utf8(std::string_view text, std::size_t offset) {
@@ -65,22 +80,17 @@ std::size_t utf16_length(std::string_view text) {
   return units;
 }
 
+std::string printable(std::string_view text) {
+  std::string out;
+  for (std::size_t offset = 0; offset < text.size();) offset += append_printable(out, text, offset);
+  return out;
+}
+
 std::string quoted(std::string_view text) {
   std::string out = "'";
   std::size_t offset = 0;
   for (std::size_t count = 0; offset < text.size() && count < kQuotedLimit; ++count) {
-    const Utf8Character character = decode_utf8(text, offset);
-    if (character.size == 0) {
-      out += "\uFFFD";
-      ++offset;
-      continue;
-    }
-    if (is_control(character.code)) {
-      append_escape(out, character.code);
-    } else {
-      out += text.substr(offset, character.size);
-    }
-    offset += character.size;
+    offset += append_printable(out, text, offset);
   }
   if (offset < text.size()) out += "...";
   return out + "'";

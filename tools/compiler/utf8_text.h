@@ -23,6 +23,9 @@ std::size_t utf8_size(char32_t code);
 /// The UTF-16 units of well-formed UTF-8.
 std::size_t utf16_length(std::string_view text);
 
+/// A text that is safe to show on a terminal: control characters as escapes, other bytes as they are.
+std::string printable(std::string_view text);
+
 /// A text for a diagnostic: in single quotes, control characters as escapes, a long text cut with "..." at its end.
 std::string quoted(std::string_view text);
 /// Keep a `std::string` from finding `std::quoted` instead.

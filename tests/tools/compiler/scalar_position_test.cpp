@@ -30,7 +30,7 @@ TEST(PositionInScalar, PlacesInEveryStyle_AreSeenThroughQuotesAndEscapes) {
     ASSERT_TRUE(source.parsed()) << entry.scalar;
     source.root().for_each_pair([&](const YamlNode& key, const YamlNode& value) {
       if (key.text() != "y") return;
-      const SourcePosition place = position_in_scalar(source.text(), value, value.text().find(entry.found));
+      const SourcePosition place = ScalarPositions(source.text(), value).find(value.text().find(entry.found));
       EXPECT_EQ(place, (SourcePosition{1, entry.column})) << entry.scalar;
     });
   }
@@ -42,7 +42,7 @@ TEST(PositionInScalar, TextOverSeveralLines_FallsBackToItsBeginning) {
     const ParsedSource source(text);
     ASSERT_TRUE(source.parsed()) << text;
     source.root().for_each_item([&](const YamlNode& item) {
-      EXPECT_EQ(position_in_scalar(source.text(), item, item.text().find('b')), (SourcePosition{1, 3})) << text;
+      EXPECT_EQ(ScalarPositions(source.text(), item).find(item.text().find('b')), (SourcePosition{1, 3})) << text;
     });
   }
 }
@@ -50,7 +50,19 @@ TEST(PositionInScalar, TextOverSeveralLines_FallsBackToItsBeginning) {
 TEST(PositionInScalar, EndOfText_IsBehindTheLastCharacter) {
   const ParsedSource source("'ab'");
   ASSERT_TRUE(source.parsed());
-  EXPECT_EQ(position_in_scalar(source.text(), source.root(), 2), (SourcePosition{1, 4}));
+  EXPECT_EQ(ScalarPositions(source.text(), source.root()).find(2), (SourcePosition{1, 4}));
+}
+
+TEST(PositionInScalar, PlacesInAnyOrder_AreTheSameAsOneByOne) {
+  const ParsedSource source("\"a\\n\\u6f22b\\tc\"");
+  ASSERT_TRUE(source.parsed());
+  ScalarPositions positions(source.text(), source.root());
+  const std::size_t size = source.root().text().size();
+  for (std::size_t round = 0; round < 2; ++round) {
+    for (std::size_t offset : {std::size_t{0}, std::size_t{1}, std::size_t{2}, size - 1, size}) {
+      EXPECT_EQ(positions.find(offset), ScalarPositions(source.text(), source.root()).find(offset)) << offset;
+    }
+  }
 }
 
 }  // namespace
