@@ -11,7 +11,7 @@ namespace qzlog_compiler {
 /// the scalar once, however many places are asked for.
 class ScalarPositions {
  public:
-  /// Both have to outlive this object.
+  /// The source and the tree of the scalar have to outlive this object.
   ScalarPositions(std::string_view source, const YamlNode& scalar);
 
   /// The place of the byte `offset` of the text; the beginning of the scalar where the text runs over more than one
@@ -22,7 +22,7 @@ class ScalarPositions {
   void restart();
 
   std::string_view source_;
-  const YamlNode& scalar_;
+  YamlNode scalar_;
   std::size_t at_ = 0;      // in the source
   std::size_t passed_ = 0;  // in the text
   SourcePosition position_;
