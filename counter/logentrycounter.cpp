@@ -54,7 +54,7 @@ bool is_same(const Element& left, const Element& right) {
          left.entry_key == right.entry_key;
 }
 
-/// The free form of a record: its size and what is reserved stay.
+/// The free form of a record: only what is reserved stays; the size is written as it should be.
 Element freed(const Element& record) { return {kRecordSize, 0, 0, 0, 0, 0, {record.reserved[0], record.reserved[1]}}; }
 
 int incremented(int count) { return static_cast<int>(static_cast<unsigned>(count) + 1U); }
