@@ -1,6 +1,8 @@
 #include "definitions/ldf_def.h"
 
 #include <algorithm>
+#include <cstdlib>
+#include <cstring>
 #include <limits>
 #include <memory>
 
@@ -13,6 +15,9 @@ unsigned char _qz_LOG_log_definition::n_global_attr_entries = 0;
 namespace {
 
 constexpr unsigned char kMaxCount = std::numeric_limits<unsigned char>::max();
+
+// Before the guard below, which still needs it.
+qz_HashIndex global_attribute_index;
 
 /// Releases the global attributes when the library is unloaded.
 struct GlobalAttributesGuard {
@@ -56,12 +61,34 @@ std::unique_ptr<Element> take_from_list(Element** list, unsigned char& count, co
   return taken;
 }
 
-_qz_LOG_attribute_entry* find_by_name(_qz_LOG_attribute_entry* const* list, unsigned char count, const char* name) {
-  const unsigned hash = my_hashcode(name);
+_qz_LOG_attribute_entry* find_by_name(_qz_LOG_attribute_entry* const* list, unsigned char count,
+                                      const qz_HashIndex& index, const _qz_LOG_attribute_name& name) {
+  if (!index.empty() && !_qz_LOG_attribute_entry::any_renamed()) {
+    const unsigned position =
+        index.find(name.hash, [&](unsigned candidate) { return list[candidate]->has_name(name); });
+    return position != qz_HashIndex::kNone ? list[position] : nullptr;
+  }
   for (unsigned i = 0; i < count; ++i) {
-    if (list[i]->get_name_hash() == hash && QZ_strcmp(list[i]->get_name(), name) == 0) return list[i];
+    if (list[i]->has_name(name)) return list[i];
   }
   return nullptr;
+}
+
+/// Room in the index for one attribute more, which a list that is short enough does not need.
+void reserve_in_index(_qz_LOG_attribute_entry* const* list, unsigned char count, qz_HashIndex& index) {
+  if (count < qz_HashIndex::kWorthwhile) return;
+  index.reserve(count + 1U, count, [list](unsigned position) { return list[position]->get_name_hash(); });
+}
+
+/// After an attribute was added at the end, or the list was emptied.
+void index_last(_qz_LOG_attribute_entry* const* list, unsigned char count, qz_HashIndex& index) {
+  if (count == 0) return index.clear();
+  if (!index.empty()) index.insert(list[count - 1]->get_name_hash(), count - 1U);
+}
+
+void reindex(_qz_LOG_attribute_entry* const* list, unsigned char count, qz_HashIndex& index) {
+  if (index.empty()) return;
+  index.reindex(count, [list](unsigned position) { return list[position]->get_name_hash(); });
 }
 
 const char* text_or_empty(const char* text) { return text == nullptr ? "" : text; }
@@ -76,6 +103,7 @@ _qz_LOG_attribute_entry::_qz_LOG_attribute_entry(const char* name, const char* r
 
 void _qz_LOG_attribute_entry::set_name(const char* name) {
   name_ = qz_duplicate_text(name);
+  any_renamed_.store(true, std::memory_order_relaxed);
   name_hash_ = my_hashcode(name_.get());
 }
 
@@ -85,10 +113,7 @@ void _qz_LOG_attribute_entry::set_redirection_name(const char* redirection_name)
 
 _qz_LOG_selector_message::_qz_LOG_selector_message(unsigned int index, unsigned int value, const char* message_id,
                                                    const char* message_text)
-    : index_(index),
-      value_(value),
-      message_id_(qz_duplicate_text(message_id)),
-      message_text_(qz_duplicate_text(message_text)) {}
+    : index_(index), value_(value), message_id_(qz_duplicate_text(message_id)), message_text_(message_text) {}
 
 _qz_LOG_log_definition::~_qz_LOG_log_definition() { clear_attr_info(); }
 
@@ -96,16 +121,14 @@ void _qz_LOG_log_definition::set_default_msg_id(const char* message_id) {
   default_msg_id_ = qz_duplicate_text(message_id);
 }
 
-void _qz_LOG_log_definition::set_default_msg_text(const char* message_text) {
-  default_msg_text_ = qz_duplicate_text(message_text);
-}
+void _qz_LOG_log_definition::set_default_msg_text(const char* message_text) { default_msg_text_.set(message_text); }
 
 void _qz_LOG_log_definition::add_attr_info(const char* name, unsigned char type, bool is_selector,
                                            const char* redirection_name) {
-  _qz_LOG_attribute_entry* const former = _find_attr_entry_by_name(name);
-  if (former != nullptr && former == selector_attribute_) selector_attribute_ = nullptr;
+  _qz_LOG_attribute_entry* const former = find_own_attribute(_qz_LOG_attribute_name(name));
   // Held to the end: the caller's name may be the former entry's own.
-  const auto replaced = take_from_list(attributes_, attribute_count_, former);
+  const auto replaced = take_own_attribute(former);
+  reserve_in_index(attributes_, attribute_count_, attribute_index_);
 
   auto entry = std::unique_ptr<_qz_LOG_attribute_entry>(qz_new<_qz_LOG_attribute_entry>(name, redirection_name, type));
   _qz_LOG_attribute_entry* const added = entry.get();
@@ -114,6 +137,17 @@ void _qz_LOG_log_definition::add_attr_info(const char* name, unsigned char type,
   } else if (is_selector) {
     selector_attribute_ = added;
   }
+  index_last(attributes_, attribute_count_, attribute_index_);
+}
+
+/// Null when it is not an own attribute.
+std::unique_ptr<_qz_LOG_attribute_entry> _qz_LOG_log_definition::take_own_attribute(
+    const _qz_LOG_attribute_entry* entry) {
+  auto taken = take_from_list(attributes_, attribute_count_, entry);
+  if (taken == nullptr) return taken;
+  if (taken.get() == selector_attribute_) selector_attribute_ = nullptr;
+  reindex(attributes_, attribute_count_, attribute_index_);
+  return taken;
 }
 
 void _qz_LOG_log_definition::add_selector_message(unsigned int index, unsigned int value, const char* message_id,
@@ -131,9 +165,9 @@ void _qz_LOG_log_definition::set_selector_attribute(const char* name) {
   }
 }
 
-_qz_LOG_attribute_entry* _qz_LOG_log_definition::get_attr_info_by_name(const char* name) const {
-  _qz_LOG_attribute_entry* const own = _find_attr_entry_by_name(name);
-  return own != nullptr ? own : _find_global_attr_entry_by_name(name);
+_qz_LOG_attribute_entry* _qz_LOG_log_definition::find_attribute(const _qz_LOG_attribute_name& name) const {
+  _qz_LOG_attribute_entry* const own = find_own_attribute(name);
+  return own != nullptr ? own : find_global_attribute(name);
 }
 
 bool _qz_LOG_log_definition::get_attr_info_by_name(const char* name, unsigned char& type,
@@ -173,20 +207,30 @@ bool _qz_LOG_log_definition::remove_attr_by_ptr(_qz_LOG_attribute_entry* entry) 
   return _remove_attr_by_ptr(entry) || _remove_global_attr_by_ptr(entry);
 }
 
+void _qz_LOG_log_definition::set_version_tag(const char (&tag)[16]) {
+  QZ_memcpy(version_tag_, tag, sizeof(version_tag_));
+  const char* const point = std::strchr(version_tag_, '.');
+  version_numbers_.major = static_cast<unsigned>(std::strtol(version_tag_, nullptr, 10));
+  version_numbers_.minor = point == nullptr ? 0 : static_cast<unsigned>(std::strtol(point + 1, nullptr, 10));
+  version_numbers_.has_minor = point != nullptr;
+}
+
 void _qz_LOG_log_definition::clear_attr_info() {
   destroy_list(attributes_, attribute_count_);
+  attribute_index_.clear();
   destroy_list(selector_messages_, selector_message_count_);
 }
 
 void _qz_LOG_log_definition::add_global_attr_info(const char* name, unsigned char type) {
-  const auto replaced =
-      take_from_list(p_global_attr_entries, n_global_attr_entries, _find_global_attr_entry_by_name(name));
+  const auto replaced = take_global_attribute(find_global_attribute(_qz_LOG_attribute_name(name)));
+  reserve_in_index(p_global_attr_entries, n_global_attr_entries, global_attribute_index);
   append_to_list(p_global_attr_entries, n_global_attr_entries,
                  std::unique_ptr<_qz_LOG_attribute_entry>(qz_new<_qz_LOG_attribute_entry>(name, nullptr, type)));
+  index_last(p_global_attr_entries, n_global_attr_entries, global_attribute_index);
 }
 
 bool _qz_LOG_log_definition::get_global_attr_info_by_name(const char* name, unsigned char& type) {
-  const _qz_LOG_attribute_entry* const entry = _find_global_attr_entry_by_name(name);
+  const _qz_LOG_attribute_entry* const entry = find_global_attribute(_qz_LOG_attribute_name(name));
   if (entry == nullptr) return false;
   type = entry->get_type();
   return true;
@@ -200,27 +244,36 @@ void _qz_LOG_log_definition::get_global_attr_info_by_index(unsigned char i, cons
   type = p_global_attr_entries[i]->get_type();
 }
 
-void _qz_LOG_log_definition::clear_global_attr_info() { destroy_list(p_global_attr_entries, n_global_attr_entries); }
+void _qz_LOG_log_definition::clear_global_attr_info() {
+  destroy_list(p_global_attr_entries, n_global_attr_entries);
+  global_attribute_index.clear();
+}
 
 // The release pairs with the acquire of the last holder, so that it destroys what all others have finished reading.
 void _qz_LOG_log_definition::release() {
   if (references_.fetch_sub(1, std::memory_order_acq_rel) == 1) delete this;
 }
 
-_qz_LOG_attribute_entry* _qz_LOG_log_definition::_find_attr_entry_by_name(const char* name) const {
-  return find_by_name(attributes_, attribute_count_, name);
+_qz_LOG_attribute_entry* _qz_LOG_log_definition::find_own_attribute(const _qz_LOG_attribute_name& name) const {
+  return find_by_name(attributes_, attribute_count_, attribute_index_, name);
 }
 
-_qz_LOG_attribute_entry* _qz_LOG_log_definition::_find_global_attr_entry_by_name(const char* name) {
-  return find_by_name(p_global_attr_entries, n_global_attr_entries, name);
+_qz_LOG_attribute_entry* _qz_LOG_log_definition::find_global_attribute(const _qz_LOG_attribute_name& name) {
+  return find_by_name(p_global_attr_entries, n_global_attr_entries, global_attribute_index, name);
+}
+
+/// Null when it is not a global attribute.
+std::unique_ptr<_qz_LOG_attribute_entry> _qz_LOG_log_definition::take_global_attribute(
+    const _qz_LOG_attribute_entry* entry) {
+  auto taken = take_from_list(p_global_attr_entries, n_global_attr_entries, entry);
+  if (taken != nullptr) reindex(p_global_attr_entries, n_global_attr_entries, global_attribute_index);
+  return taken;
 }
 
 bool _qz_LOG_log_definition::_remove_attr_by_ptr(const _qz_LOG_attribute_entry* entry) {
-  const auto removed = take_from_list(attributes_, attribute_count_, entry);
-  if (removed != nullptr && removed.get() == selector_attribute_) selector_attribute_ = nullptr;
-  return removed != nullptr;
+  return take_own_attribute(entry) != nullptr;
 }
 
 bool _qz_LOG_log_definition::_remove_global_attr_by_ptr(const _qz_LOG_attribute_entry* entry) {
-  return take_from_list(p_global_attr_entries, n_global_attr_entries, entry) != nullptr;
+  return take_global_attribute(entry) != nullptr;
 }

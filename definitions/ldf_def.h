@@ -2,8 +2,11 @@
 #define QZLOG_DEFINITIONS_LDF_DEF_H
 
 #include <atomic>
-#include <utility>
 
+#include "definitions/attribute_name.h"
+#include "definitions/message_text.h"
+#include "foundation/counted_ref.h"
+#include "foundation/hash_index.h"
 #include "foundation/no_copies.h"
 #include "foundation/owned_text.h"
 #include "qzlog/logattrib.h"
@@ -23,8 +26,15 @@ class _qz_LOG_attribute_entry : public qz_UTIL_no_inadvertant_copies {
   unsigned char get_type() const { return type_; }
   /// my_hashcode of the name.
   unsigned get_name_hash() const { return name_hash_; }
+  bool has_name(const _qz_LOG_attribute_name& name) const {
+    return name_hash_ == name.hash && QZ_strcmp(name_.get(), name.text) == 0;
+  }
+  /// Whether any attribute was ever renamed: lists that hold it then know it under its former name.
+  static bool any_renamed() { return any_renamed_.load(std::memory_order_relaxed); }
 
  private:
+  static inline std::atomic<bool> any_renamed_{false};
+
   qz_OwnedText name_;
   qz_OwnedText redirection_name_;
   unsigned char type_;
@@ -40,13 +50,23 @@ class _qz_LOG_selector_message : public qz_UTIL_no_inadvertant_copies {
   unsigned int get_value() const { return value_; }
   const char* get_message_id() const { return message_id_.get(); }
   const char* get_message_text() const { return message_text_.get(); }
+  const _qz_LOG_message_text& get_message() const { return message_text_; }
 
  private:
   unsigned int index_;
   unsigned int value_;
   qz_OwnedText message_id_;
-  qz_OwnedText message_text_;
+  _qz_LOG_message_text message_text_;
 };
+
+/// The numbers of a version tag "MAJOR.MINOR", read as entries with an ID read them.
+struct _qz_LOG_version_numbers {
+  unsigned int major = 0;
+  unsigned int minor = 0;
+  bool has_minor = false;  ///< the tag has a point
+};
+
+class _qz_LOG_log_definition_tbl;
 
 /// The definition of one entry ID, and the global attributes of all of them.
 ///
@@ -64,9 +84,11 @@ class _qz_LOG_log_definition : public qz_UTIL_no_inadvertant_copies {
   unsigned int get_property_mask() const { return property_mask_; }
   /// The tag of the file that the definition was read from, at most 8 characters.
   const char* get_version_tag() const { return version_tag_; }
+  const _qz_LOG_version_numbers& get_version_numbers() const { return version_numbers_; }
   /// Null while none was set.
   const char* get_default_msg_id() const { return default_msg_id_.get(); }
   const char* get_default_msg_text() const { return default_msg_text_.get(); }
+  const _qz_LOG_message_text& get_default_message() const { return default_msg_text_; }
   unsigned char get_attr_count() const { return attribute_count_; }
   unsigned char get_selector_msg_count() const { return selector_message_count_; }
   /// One of the own attributes, or null.
@@ -83,7 +105,12 @@ class _qz_LOG_log_definition : public qz_UTIL_no_inadvertant_copies {
   void set_selector_attribute(const char* name);
 
   /// The own attribute of that name, else the global one, else null.
-  _qz_LOG_attribute_entry* get_attr_info_by_name(const char* name) const;
+  _qz_LOG_attribute_entry* get_attr_info_by_name(const char* name) const {
+    return find_attribute(_qz_LOG_attribute_name(name));
+  }
+  _qz_LOG_attribute_entry* find_attribute(const _qz_LOG_attribute_name& name) const;
+  /// Own attributes only.
+  _qz_LOG_attribute_entry* find_own_attribute(const _qz_LOG_attribute_name& name) const;
   bool get_attr_info_by_name(const char* name, unsigned char& type, const char*& redirection_name) const;
   /// The i-th own attribute in insertion order. Throws QZX_logging_internal_error when there is none.
   void get_attr_info_by_index(unsigned char i, const char*& name, unsigned char& type,
@@ -102,11 +129,17 @@ class _qz_LOG_log_definition : public qz_UTIL_no_inadvertant_copies {
   // Global attributes: written while files are loaded or cleared, under the process-wide lock; read without a lock.
   static void add_global_attr_info(const char* name, unsigned char type);
   static bool get_global_attr_info_by_name(const char* name, unsigned char& type);
+  static _qz_LOG_attribute_entry* find_global_attribute(const _qz_LOG_attribute_name& name);
   /// Throws QZX_logging_index_out_of_bound when there is no i-th global attribute: another class than for own
   /// attributes, callers tell them apart by it.
   static void get_global_attr_info_by_index(unsigned char i, const char*& name, unsigned char& type);
   static void clear_global_attr_info();
   static unsigned char get_global_attr_count() { return n_global_attr_entries; }
+
+  /// Whether `table` would answer a lookup with this definition now.
+  bool is_cached_in(const _qz_LOG_log_definition_tbl* table) const {
+    return caching_table_.load(std::memory_order_acquire) == table;
+  }
 
   void add_reference() { references_.fetch_add(1, std::memory_order_relaxed); }
   /// Gives up a reference; the last one destroys the definition.
@@ -115,22 +148,31 @@ class _qz_LOG_log_definition : public qz_UTIL_no_inadvertant_copies {
  private:
   friend class _qz_LOG_log_definition_tbl;
 
-  _qz_LOG_attribute_entry* _find_attr_entry_by_name(const char* name) const;
-  static _qz_LOG_attribute_entry* _find_global_attr_entry_by_name(const char* name);
+  void set_version_tag(const char (&tag)[16]);
+  void set_caching_table(const _qz_LOG_log_definition_tbl* table) {
+    caching_table_.store(table, std::memory_order_release);
+  }
+  std::unique_ptr<_qz_LOG_attribute_entry> take_own_attribute(const _qz_LOG_attribute_entry* entry);
+  static std::unique_ptr<_qz_LOG_attribute_entry> take_global_attribute(const _qz_LOG_attribute_entry* entry);
   bool _remove_attr_by_ptr(const _qz_LOG_attribute_entry* entry);
   static bool _remove_global_attr_by_ptr(const _qz_LOG_attribute_entry* entry);
 
+  // What every entry reads comes first. The reference count stands apart from it: it is written by every thread that
+  // begins to use the definition.
+  std::atomic<const _qz_LOG_log_definition_tbl*> caching_table_{nullptr};
   unsigned int entry_id_ = 0;
   unsigned int entry_word_ = 0;
   unsigned int property_mask_ = 0;
-  char version_tag_[16] = {};
-  qz_OwnedText default_msg_id_;
-  qz_OwnedText default_msg_text_;
+  _qz_LOG_version_numbers version_numbers_;
   unsigned char attribute_count_ = 0;
-  _qz_LOG_attribute_entry** attributes_ = nullptr;
-  _qz_LOG_attribute_entry* selector_attribute_ = nullptr;
-  _qz_LOG_selector_message** selector_messages_ = nullptr;
   unsigned char selector_message_count_ = 0;
+  char version_tag_[16] = {};
+  _qz_LOG_attribute_entry** attributes_ = nullptr;
+  qz_HashIndex attribute_index_;
+  _qz_LOG_attribute_entry* selector_attribute_ = nullptr;
+  _qz_LOG_message_text default_msg_text_;
+  qz_OwnedText default_msg_id_;
+  _qz_LOG_selector_message** selector_messages_ = nullptr;
   std::atomic<unsigned> references_{1};
 
  public:
@@ -138,33 +180,6 @@ class _qz_LOG_log_definition : public qz_UTIL_no_inadvertant_copies {
   static unsigned char n_global_attr_entries;
 };
 
-/// A counted reference to a definition, or null.
-class _qz_LOG_definition_ref {
- public:
-  _qz_LOG_definition_ref() = default;
-  /// Takes over a reference that the caller holds.
-  explicit _qz_LOG_definition_ref(_qz_LOG_log_definition* held) : definition_(held) {}
-  /// A further reference.
-  static _qz_LOG_definition_ref share(_qz_LOG_log_definition* definition) {
-    definition->add_reference();
-    return _qz_LOG_definition_ref(definition);
-  }
-  _qz_LOG_definition_ref(_qz_LOG_definition_ref&& other) noexcept
-      : definition_(std::exchange(other.definition_, nullptr)) {}
-  _qz_LOG_definition_ref& operator=(_qz_LOG_definition_ref&& other) noexcept {
-    std::swap(definition_, other.definition_);
-    return *this;
-  }
-  ~_qz_LOG_definition_ref() {
-    if (definition_ != nullptr) definition_->release();
-  }
-
-  _qz_LOG_log_definition* get() const { return definition_; }
-  _qz_LOG_log_definition* operator->() const { return definition_; }
-  explicit operator bool() const { return definition_ != nullptr; }
-
- private:
-  _qz_LOG_log_definition* definition_ = nullptr;
-};
+using _qz_LOG_definition_ref = qz_CountedRef<_qz_LOG_log_definition>;
 
 #endif  // QZLOG_DEFINITIONS_LDF_DEF_H

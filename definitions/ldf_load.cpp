@@ -1,11 +1,13 @@
 #include "definitions/ldf_load.h"
 
 #include <algorithm>
-#include <cstring>
+#include <climits>
 #include <memory>
+#include <utility>
 
 #include "definitions/def_read.h"
 #include "foundation/allocate.h"
+#include "foundation/thread_instance.h"
 #include "qzlog/file_io.h"
 #include "util/debug_record.h"
 
@@ -13,6 +15,9 @@ namespace {
 
 constexpr const char* kSource = "ldf_load";
 constexpr unsigned kIndexSize = 23;
+constexpr unsigned long long kMostBuckets = 1U << 28;
+constexpr unsigned kMapPairSize = 8;
+constexpr unsigned kLookupLevel = 3;
 
 [[noreturn]] void _throw_file_io_error() {
   QZ_DEBUG_RECORD(1, kSource, "%s:%d _throw_file_io_error()\n");
@@ -53,6 +58,14 @@ void load_global_attributes(std::FILE* file, const _qz_LOG_ldf_header_struct& he
   }
 }
 
+/// How many pairs of an entry map fit between its beginning and the end of the file; an upper bound for what a damaged
+/// header may ask for.
+unsigned pairs_between(unsigned map_offset, std::FILE* file) {
+  if (QZ_fseek(file, 0, SEEK_END) != 0) return 0;
+  const long long pairs = (QZ_ftell(file) - map_offset) / kMapPairSize;
+  return static_cast<unsigned>(std::clamp(pairs, 0LL, static_cast<long long>(UINT_MAX)));
+}
+
 bool equal(const qz_String& text, const char* other) { return text.compare_string(other) == 0; }
 
 /// The fixed part of an entry record and its attribute count.
@@ -90,17 +103,6 @@ void check_selector_attribute(const EntryInfo& info, const _qz_LOG_log_definitio
   }
 }
 
-bool has_own_attribute(const _qz_LOG_log_definition& def, const char* name) {
-  for (unsigned i = 0; i < def.get_attr_count(); ++i) {
-    const char* own_name = nullptr;
-    const char* redirection_name = nullptr;
-    unsigned char type = 0;
-    def.get_attr_info_by_index(static_cast<unsigned char>(i), own_name, type, redirection_name);
-    if (QZ_strcmp(own_name, name) == 0) return true;
-  }
-  return false;
-}
-
 void read_attributes(std::FILE* file, const EntryInfo& info, _qz_LOG_log_definition& def) {
   qz_String name;
   qz_String redirection_name;
@@ -109,7 +111,7 @@ void read_attributes(std::FILE* file, const EntryInfo& info, _qz_LOG_log_definit
     require(_qz_LOG_read_attribute(file, name, type, redirection_name));
     const bool is_selector = info.is_selector(name);
     // Only the selector attribute may be repeated; it then replaces the one that the definition has.
-    if (!is_selector && has_own_attribute(def, name.c_str())) {
+    if (!is_selector && def.find_own_attribute(_qz_LOG_attribute_name(name.c_str())) != nullptr) {
       qz_String text("<QZX_logging_invalid_definition> attribute ");
       text += name.c_str();
       text += " already exist.";
@@ -149,6 +151,35 @@ void read_selector_messages(std::FILE* file, bool is_aux, _qz_LOG_log_definition
 
 }  // namespace
 
+unsigned _qz_LOG_entry_index::_get_slot_index(const unsigned int& entry_id) const {
+  return QZ_hash((entry_id ^ entry_id >> 16) * 0x9E3779B1U, size);
+}
+
+const _qz_LOG_log_definition_file_info_holder* _qz_LOG_entry_index::find(unsigned int entry_id) const {
+  const auto* const node = slots[_qz_LOG_entry_index::_get_slot_index(entry_id)].find_entry(entry_id);
+  return node != nullptr ? &node->value : nullptr;
+}
+
+void _qz_LOG_entry_index::put(unsigned int entry_id, const _qz_LOG_log_definition_file_info_holder& place) {
+  slots[_qz_LOG_entry_index::_get_slot_index(entry_id)].add_entry(entry_id, place);
+  ++count_;
+}
+
+void _qz_LOG_entry_index::reserve(unsigned additional) {
+  const unsigned long long wanted = std::min(static_cast<unsigned long long>(count_) + additional, kMostBuckets);
+  if (wanted <= size) return;
+  _qz_LOG_entry_index larger(static_cast<unsigned>(wanted));
+  qz_MISC_hash_tbl_walker<unsigned int, _qz_LOG_log_definition_file_info_holder> walker(*this);
+  while (const auto* const node = walker._next_key()) larger.put(node->key, node->value);
+  std::swap(slots, larger.slots);
+  std::swap(size, larger.size);
+}
+
+void _qz_LOG_entry_index::clear() {
+  qz_MISC_hash_tbl::clear();
+  count_ = 0;
+}
+
 _qz_LOG_log_definition_tbl::_qz_LOG_log_definition_tbl() : index_(kIndexSize), lock_(nullptr) {}
 
 _qz_LOG_log_definition_tbl::~_qz_LOG_log_definition_tbl() { clear(); }
@@ -170,10 +201,22 @@ _qz_LOG_definition_ref _qz_LOG_log_definition_tbl::acquire_entry(unsigned int en
   return const_cast<_qz_LOG_log_definition_tbl*>(this)->_find_entry_non_const(entry_id);
 }
 
+_qz_LOG_definition_hold_ref _qz_LOG_log_definition_tbl::hold_entry(unsigned int entry_id) const {
+  return with_thread_instance<_qz_LOG_thread_holds>([&](_qz_LOG_thread_holds& holds) {
+    _qz_LOG_definition_hold* const hold = holds.find(entry_id);
+    // A lookup that is traced takes the way that writes the records.
+    if (hold != nullptr && hold->definition().is_cached_in(this) && !debug_log_wants(kLookupLevel)) {
+      return _qz_LOG_definition_hold_ref::share(hold);
+    }
+    _qz_LOG_definition_ref definition = acquire_entry(entry_id);
+    return definition ? holds.keep(entry_id, std::move(definition)) : _qz_LOG_definition_hold_ref();
+  });
+}
+
 void _qz_LOG_log_definition_tbl::clear() {
   std_file_.reset();
   aux_file_.reset();
-  for (unsigned i = 0; i < n_entry_definitions_cached; ++i) cache_[i]->release();
+  for (unsigned i = 0; i < n_entry_definitions_cached; ++i) drop_from_cache(cache_[i]);
   std::fill(std::begin(cache_), std::end(cache_), nullptr);
   next_evict_ = 0;
   n_entry_definitions_cached = 0;
@@ -207,25 +250,34 @@ qz_FileHandle _qz_LOG_log_definition_tbl::_set_definition_file_path(const char* 
 }
 
 void _qz_LOG_log_definition_tbl::load_entry_map(std::FILE* file, const _qz_LOG_ldf_header_struct& header, bool is_aux) {
+  index_.reserve(std::min(header.entry_count, pairs_between(header.entry_map_offset, file)));
   long long position = header.entry_map_offset;
+  bool has_moved = true;
   for (unsigned i = 0; i < header.entry_count; ++i) {
-    // Indexing may have read records since the previous pair.
-    seek_to(file, position);
+    if (has_moved) seek_to(file, position);
     unsigned entry_id = 0;
     unsigned offset = 0;
     if (!_qz_LOG_read_entry_id_offset_mapping(file, entry_id, offset)) {
       if (is_aux) aux_file_.reset();
       _throw_file_io_error();
     }
-    position = QZ_ftell(file);
-    index_entry(entry_id, offset, file, is_aux);
+    position += kMapPairSize;
+    has_moved = index_entry(entry_id, offset, file, is_aux);
   }
 }
 
-void _qz_LOG_log_definition_tbl::index_entry(unsigned int entry_id, unsigned int offset, std::FILE* file, bool is_aux) {
-  const _qz_LOG_definition_ref known = _find_entry_non_const(entry_id);
-  index_.slots[index_._get_slot_index(entry_id)].add_entry(entry_id, {is_aux, offset});
+/// Whether records may have been read, so that the stream stands elsewhere.
+bool _qz_LOG_log_definition_tbl::index_entry(unsigned int entry_id, unsigned int offset, std::FILE* file, bool is_aux) {
+  const bool looked_up = may_be_known(entry_id, is_aux);
+  const _qz_LOG_definition_ref known = looked_up ? _find_entry_non_const(entry_id) : _qz_LOG_definition_ref();
+  index_.put(entry_id, {is_aux, offset});
   if (is_aux && known) _retrieve_entry_definition(entry_id, *known.get(), file);
+  return looked_up;
+}
+
+/// A lookup while a file is loaded finds nothing while only a standard file is on its way; but traced it is to be seen.
+bool _qz_LOG_log_definition_tbl::may_be_known(unsigned int entry_id, bool is_aux) const {
+  return (is_aux && index_.find(entry_id) != nullptr) || debug_log_wants(kLookupLevel);
 }
 
 _qz_LOG_definition_ref _qz_LOG_log_definition_tbl::_find_entry_non_const(unsigned int entry_id) {
@@ -255,18 +307,18 @@ _qz_LOG_definition_ref _qz_LOG_log_definition_tbl::_find_entry_non_const(unsigne
 bool _qz_LOG_log_definition_tbl::_retrieve_entry_definition(unsigned int entry_id, _qz_LOG_log_definition& def,
                                                             std::FILE* merge_file) {
   if (merge_file == nullptr) def.clear_attr_info();
-  const auto* const indexed = index_.slots[index_._get_slot_index(entry_id)].find_entry(entry_id);
+  const _qz_LOG_log_definition_file_info_holder* const indexed = index_.find(entry_id);
   if (indexed == nullptr) {
     QZ_DEBUG_RECORD(3, kSource, "%s:%d _qz_LOG_log_definition_tbl::_retrieve_entry_definition return false\n");
     return false;
   }
-  const bool is_aux = merge_file != nullptr || indexed->value.is_aux;
+  const bool is_aux = merge_file != nullptr || indexed->is_aux;
   std::FILE* const file = is_aux ? aux_file_.get() : std_file_.get();
   if (file == nullptr) {
     QZ_DEBUG_RECORD(3, kSource, "%s:%d _qz_LOG_log_definition_tbl::_retrieve_entry_definition return false pfile=0\n");
     return false;
   }
-  seek_to(file, indexed->value.offset);
+  seek_to(file, indexed->offset);
   const EntryInfo info = read_entry_info(file, entry_id);
   if (is_aux) check_selector_attribute(info, def);
   read_attributes(file, info, def);
@@ -280,26 +332,35 @@ bool _qz_LOG_log_definition_tbl::_retrieve_entry_definition(unsigned int entry_i
     def.set_default_msg_id(info.default_msg_id.c_str());
     def.set_default_msg_text(info.default_msg_text.c_str());
   }
-  QZ_memcpy(def.version_tag_, is_aux ? aux_tag_ : std_tag_, sizeof(def.version_tag_));
+  def.set_version_tag(is_aux ? aux_tag_ : std_tag_);
   QZ_DEBUG_RECORD(3, kSource, "%s:%d _qz_LOG_log_definition_tbl::_retrieve_entry_definition return true\n");
   return true;
 }
 
 _qz_LOG_log_definition* _qz_LOG_log_definition_tbl::find_cached(unsigned int entry_id) const {
-  for (unsigned i = 0; i < n_entry_definitions_cached; ++i) {
-    if (cache_[i]->get_entry_id() == entry_id) return cache_[i];
-  }
-  return nullptr;
+  const unsigned* const end = cached_ids_ + n_entry_definitions_cached;
+  const unsigned* const found = std::find(cached_ids_, end, entry_id);
+  return found != end ? cache_[found - cached_ids_] : nullptr;
 }
 
 /// Takes a reference of its own.
 void _qz_LOG_log_definition_tbl::store_in_cache(_qz_LOG_log_definition* definition) {
-  definition->add_reference();
-  if (n_entry_definitions_cached < kCacheSize) {
-    cache_[n_entry_definitions_cached++] = definition;
-    return;
+  unsigned place = n_entry_definitions_cached;
+  if (place < kCacheSize) {
+    ++n_entry_definitions_cached;
+  } else {
+    place = next_evict_;
+    next_evict_ = (next_evict_ + 1) % kCacheSize;
+    drop_from_cache(cache_[place]);
   }
-  cache_[next_evict_]->release();
-  cache_[next_evict_] = definition;
-  next_evict_ = (next_evict_ + 1) % kCacheSize;
+  definition->add_reference();
+  definition->set_caching_table(this);
+  cache_[place] = definition;
+  cached_ids_[place] = definition->get_entry_id();
+}
+
+/// Holds of other threads on it end with their next lookup.
+void _qz_LOG_log_definition_tbl::drop_from_cache(_qz_LOG_log_definition* definition) {
+  definition->set_caching_table(nullptr);
+  definition->release();
 }

@@ -3,6 +3,7 @@
 
 #include <cstdio>
 
+#include "definitions/definition_hold.h"
 #include "definitions/ldf_def.h"
 #include "foundation/file_handle.h"
 #include "foundation/hash_tbl.h"
@@ -14,6 +15,24 @@ struct _qz_LOG_ldf_header_struct;
 struct _qz_LOG_log_definition_file_info_holder {
   bool is_aux;
   unsigned offset;
+};
+
+/// Where every entry ID of the files stands. Its buckets follow the number of IDs, and the IDs are mixed first: files
+/// number their entries in steps.
+class _qz_LOG_entry_index : public qz_MISC_hash_tbl<unsigned int, _qz_LOG_log_definition_file_info_holder> {
+ public:
+  using qz_MISC_hash_tbl::qz_MISC_hash_tbl;
+  unsigned _get_slot_index(const unsigned int& entry_id) const override;
+
+  /// Null when the ID is unknown.
+  const _qz_LOG_log_definition_file_info_holder* find(unsigned int entry_id) const;
+  void put(unsigned int entry_id, const _qz_LOG_log_definition_file_info_holder& place);
+  /// Makes room for so many IDs beyond those that it has. QZX_memory_alloc, with nothing changed, without memory.
+  void reserve(unsigned additional);
+  void clear();
+
+ private:
+  unsigned count_ = 0;
 };
 
 /// The process's one store of definitions: an index from entry ID to file and offset, and a ring of the last 128
@@ -39,6 +58,9 @@ class _qz_LOG_log_definition_tbl : public qz_UTIL_no_inadvertant_copies {
   _qz_LOG_log_definition* find_entry(unsigned int entry_id) const;
   /// The same with a reference of the caller's own, taken in the same step.
   _qz_LOG_definition_ref acquire_entry(unsigned int entry_id) const;
+  /// The same for an entry of the calling thread: a hold that the thread's entries share. A thread that looks up an ID
+  /// again reads nothing that other threads write, unless the definition was evicted or replaced meanwhile.
+  _qz_LOG_definition_hold_ref hold_entry(unsigned int entry_id) const;
 
   /// Forgets both files, every definition and the index, but not the global attributes.
   void clear();
@@ -53,12 +75,16 @@ class _qz_LOG_log_definition_tbl : public qz_UTIL_no_inadvertant_copies {
   bool _retrieve_entry_definition(unsigned int entry_id, _qz_LOG_log_definition& def, std::FILE* merge_file);
 
   void load_entry_map(std::FILE* file, const _qz_LOG_ldf_header_struct& header, bool is_aux);
-  void index_entry(unsigned int entry_id, unsigned int offset, std::FILE* file, bool is_aux);
+  bool index_entry(unsigned int entry_id, unsigned int offset, std::FILE* file, bool is_aux);
+  bool may_be_known(unsigned int entry_id, bool is_aux) const;
   _qz_LOG_log_definition* find_cached(unsigned int entry_id) const;
   void store_in_cache(_qz_LOG_log_definition* definition);
+  static void drop_from_cache(_qz_LOG_log_definition* definition);
 
   bool std_loaded_ = false;
-  qz_MISC_hash_tbl<unsigned int, _qz_LOG_log_definition_file_info_holder> index_;
+  _qz_LOG_entry_index index_;
+  // The IDs of the cached definitions aside, so that a search reads few cache lines.
+  unsigned cached_ids_[kCacheSize] = {};
   _qz_LOG_log_definition* cache_[kCacheSize] = {};
   unsigned next_evict_ = 0;
   unsigned n_entry_definitions_cached = 0;

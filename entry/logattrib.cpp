@@ -160,37 +160,38 @@ ssize_t printf_attribute_value(std::FILE* /*stream*/, const icu::UnicodeString& 
 
 namespace {
 
-using NewText = _qz_LOG_type_base* (*)(const char* text);
-using CopyValue = _qz_LOG_type_base* (*)(const _qz_LOG_type_base& value);
-
 template <unsigned char code>
-_qz_LOG_type_base* new_text(const char* text) {
-  return qz_new<_qz_LOG_stored<code>>(typename _qz_LOG_value_of<code>::type(text));
+void copy_value(const _qz_LOG_type_base& value, void* storage) {
+  new (storage) _qz_LOG_stored<code>(static_cast<const _qz_LOG_stored<code>&>(value).value);
 }
 
 template <unsigned char code>
-_qz_LOG_type_base* copy_value(const _qz_LOG_type_base& value) {
-  return qz_new<_qz_LOG_stored<code>>(static_cast<const _qz_LOG_stored<code>&>(value).value);
+void move_value(_qz_LOG_type_base& value, void* storage) {
+  new (storage) _qz_LOG_stored<code>(std::move(static_cast<_qz_LOG_stored<code>&>(value).value));
 }
 
-template <std::size_t... index>
-constexpr std::array<NewText, sizeof...(index)> text_makers(std::index_sequence<index...> /*codes*/) {
-  return {new_text<static_cast<unsigned char>(TypeChar32 + index)>...};
-}
+using CopyValue = void (*)(const _qz_LOG_type_base& value, void* storage);
+using MoveValue = void (*)(_qz_LOG_type_base& value, void* storage);
 
 template <std::size_t... index>
 constexpr std::array<CopyValue, sizeof...(index)> value_copiers(std::index_sequence<index...> /*codes*/) {
+  static_assert(((sizeof(_qz_LOG_stored<TypeBool + index>) <= _qz_LOG_kStoredSize) && ...));
   return {copy_value<static_cast<unsigned char>(TypeBool + index)>...};
+}
+
+template <std::size_t... index>
+constexpr std::array<MoveValue, sizeof...(index)> value_movers(std::index_sequence<index...> /*codes*/) {
+  return {move_value<static_cast<unsigned char>(TypeBool + index)>...};
 }
 
 }  // namespace
 
-_qz_LOG_type_base* _qz_LOG_new_text(unsigned char type, const char* text) {
-  static constexpr auto kMakers = text_makers(std::make_index_sequence<TypeMBChar2K - TypeChar32 + 1>());
-  return kMakers[type - unsigned{TypeChar32}](text);
+void _qz_LOG_copy_value(const _qz_LOG_type_base& value, void* storage) {
+  static constexpr auto kCopiers = value_copiers(std::make_index_sequence<TypeGUID>());
+  kCopiers[value.get_type() - unsigned{TypeBool}](value, storage);
 }
 
-_qz_LOG_type_base* _qz_LOG_copy_value(const _qz_LOG_type_base& value) {
-  static constexpr auto kCopiers = value_copiers(std::make_index_sequence<TypeGUID>());
-  return kCopiers[value.get_type() - unsigned{TypeBool}](value);
+void _qz_LOG_move_value(_qz_LOG_type_base& value, void* storage) noexcept {
+  static constexpr auto kMovers = value_movers(std::make_index_sequence<TypeGUID>());
+  kMovers[value.get_type() - unsigned{TypeBool}](value, storage);
 }

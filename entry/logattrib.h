@@ -134,10 +134,12 @@ const T& _qz_LOG_value_as(const _qz_LOG_type_base& stored) {
   return static_cast<const _qz_LOG_typed_value<T>&>(stored).value;
 }
 
-/// A new value of a Char or MBChar type with a copy of `text`, owned by the caller.
-_qz_LOG_type_base* _qz_LOG_new_text(unsigned char type, const char* text);
+/// Room for the stored form of any type code, aligned as that of any.
+constexpr std::size_t _qz_LOG_kStoredSize = sizeof(_qz_LOG_stored<TypeChar32>);
 
-/// A new value of the same type code with a copy of the value, owned by the caller.
-_qz_LOG_type_base* _qz_LOG_copy_value(const _qz_LOG_type_base& value);
+/// Build in `storage` a value of the same type code with a copy of the value, or with the value itself, which is left
+/// empty. Without memory for a copy QZX_memory_alloc is thrown and nothing is built; moving never throws.
+void _qz_LOG_copy_value(const _qz_LOG_type_base& value, void* storage);
+void _qz_LOG_move_value(_qz_LOG_type_base& value, void* storage) noexcept;
 
 #endif  // QZLOG_ENTRY_LOGATTRIB_H

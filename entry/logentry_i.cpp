@@ -14,7 +14,6 @@ unsigned int _qz_LOG_log_entry_imp::global_operation_mode = 2;
 
 namespace {
 
-constexpr unsigned kAttributeSlots = 7;
 // The IDs that are asked for the log version when no entry's ID is at hand.
 constexpr unsigned kLastVersionEntryId = 9;
 constexpr int kNotRecorded = -1;
@@ -38,42 +37,33 @@ void store_version_pair(const char* version_text) {
   if (numbers >= 2) store_word(_qz_LOG_log_entry_imp::log_minor_version, static_cast<unsigned>(minor));
 }
 
-/// Reads a version as entries with an ID do, deliberately unlike store_version_pair: a text without a number has the
+/// Nearly always the value is there already: what is only read, threads can share.
+void store_if_changed(unsigned int& word, unsigned int value) {
+  if (load_word(word) != value) store_word(word, value);
+}
+
+/// Stores a version as entries with an ID do, deliberately unlike store_version_pair: a tag without a number has the
 /// major version 0, and one without a point leaves the minor version as it was.
-void store_version_of_entry(const char* version_text) {
-  store_word(_qz_LOG_log_entry_imp::log_major_version, static_cast<unsigned>(std::strtol(version_text, nullptr, 10)));
-  const char* const point = std::strchr(version_text, '.');
-  if (point == nullptr) return;
-  store_word(_qz_LOG_log_entry_imp::log_minor_version, static_cast<unsigned>(std::strtol(point + 1, nullptr, 10)));
+void store_version_of_entry(const _qz_LOG_version_numbers& version) {
+  store_if_changed(_qz_LOG_log_entry_imp::log_major_version, version.major);
+  if (version.has_minor) store_if_changed(_qz_LOG_log_entry_imp::log_minor_version, version.minor);
 }
 
 [[noreturn]] void throw_entry_not_found() { throw QZX_logging_entry_type_not_found("Entry id argument is invalid", 0); }
 
 }  // namespace
 
-_qz_LOG_type_base* _qz_LOG_attribute_tbl::find_value(const qz_String& name) const {
-  const auto* const node = slots[_get_slot_index(name)].find_entry(name);
-  return node != nullptr ? node->value : nullptr;
-}
-
-void _qz_LOG_attribute_tbl::delete_values() {
-  qz_MISC_hash_tbl_walker<qz_String, _qz_LOG_type_base*> walker(*this);
-  while (auto* const node = walker._next_key()) delete node->value;
-  clear();
-}
-
-_qz_LOG_log_entry_imp::_qz_LOG_log_entry_imp()
-    : attributes_(kAttributeSlots), definition_table_(qz_LOG_LogConfig::GetDefinitionTable()) {
+_qz_LOG_log_entry_imp::_qz_LOG_log_entry_imp() : definition_table_(qz_LOG_LogConfig::GetDefinitionTable()) {
   const _qz_LOG_definition_ref definition = find_version_definition(*definition_table_);
   if (!definition) return;
-  version_text_ = definition->get_version_tag();
-  store_version_pair(version_text_.c_str());
+  QZ_memcpy(version_text_, definition->get_version_tag(), sizeof(version_text_));
+  store_version_pair(version_text_);
 }
 
 _qz_LOG_log_entry_imp::_qz_LOG_log_entry_imp(unsigned int entry_id, unsigned int log_level)
-    : attributes_(kAttributeSlots), definition_table_(qz_LOG_LogConfig::GetDefinitionTable()) {
-  definition_ = definition_table_->acquire_entry(entry_id);
-  if (!definition_) {
+    : definition_table_(qz_LOG_LogConfig::GetDefinitionTable()) {
+  hold_ = definition_table_->hold_entry(entry_id);
+  if (!hold_) {
     QZ_DEBUG_RECORD(1, kEntrySource, "%s:%d _qz_LOG_log_entry_imp::_qz_LOG_log_entry_imp, invalid entry id:%d\n",
                     entry_id);
     throw_entry_not_found();
@@ -85,15 +75,18 @@ _qz_LOG_log_entry_imp::_qz_LOG_log_entry_imp(unsigned int entry_id, unsigned int
     throw_with_id<QZX_logging_invalid_log_level>("log level argument is invalid under Entry ID ");
   }
   log_level_ = log_level;
-  property_mask_ = definition_->get_property_mask();
-  version_text_ = definition_->get_version_tag();
-  store_version_of_entry(version_text_.c_str());
+  take_from_definition();
+  store_version_of_entry(hold_->definition().get_version_numbers());
+}
+
+void _qz_LOG_log_entry_imp::take_from_definition() {
+  const _qz_LOG_log_definition& definition = hold_->definition();
+  property_mask_ = definition.get_property_mask();
+  QZ_memcpy(version_text_, definition.get_version_tag(), sizeof(version_text_));
 }
 
 _qz_LOG_log_entry_imp::_qz_LOG_log_entry_imp(const _qz_LOG_log_entry_imp& source)
-    : qz_UTIL_no_inadvertant_copies(),
-      attributes_(kAttributeSlots),
-      definition_table_(qz_LOG_LogConfig::GetDefinitionTable()) {
+    : qz_UTIL_no_inadvertant_copies(), definition_table_(qz_LOG_LogConfig::GetDefinitionTable()) {
   _copy(source);
 }
 
@@ -108,32 +101,25 @@ _qz_LOG_log_entry_imp::~_qz_LOG_log_entry_imp() = default;
 void _qz_LOG_log_entry_imp::_copy(const _qz_LOG_log_entry_imp& source) {
   last_daylight_flag_ = source.last_daylight_flag_;
   last_zone_difference_ = source.last_zone_difference_;
-  for (unsigned i = 0; i < std::size(extra_texts_); ++i) extra_texts_[i] = source.extra_texts_[i];
   set_entry_id(source.entry_id_);
   set_log_level(source.log_level_);
   timestamp_ = source.timestamp_;
-  version_text_ = source.version_text_;
+  QZ_memcpy(version_text_, source.version_text_, sizeof(version_text_));
   message_stale_ = source.message_stale_;
   last_use_default_ = source.last_use_default_;
   if (!source.message_stale_) message_cache_ = source.message_cache_;
 
-  // Every entry has the same number of buckets, so the table keeps its own.
-  qz_MISC_hash_tbl_walker<qz_String, _qz_LOG_type_base*> walker(source.attributes_);
-  while (const auto* const node = walker._next_key()) {
-    std::unique_ptr<_qz_LOG_type_base> value(_qz_LOG_copy_value(*node->value));
-    attributes_.slots[attributes_._get_slot_index(node->key)].add_entry(node->key, value.get());
-    value.release();
-  }
+  source.attributes_.for_each([this](const char* name, const _qz_LOG_type_base& value) {
+    attributes_.put_copy(_qz_LOG_attribute_name(name), value);
+  });
 }
 
-void _qz_LOG_log_entry_imp::_clear(bool full) {
+/// An entry has nothing that only a full clear empties.
+void _qz_LOG_log_entry_imp::_clear(bool /*full*/) {
   last_daylight_flag_ = kNotRecorded;
   last_zone_difference_ = kNotRecorded;
   log_level_ = 0;
   timestamp_.set_zero();
-  if (full) {
-    for (_qz_LOG_ustring& text : extra_texts_) text.set_zero();
-  }
   _clear_attribute_list();
 }
 
@@ -141,21 +127,20 @@ void _qz_LOG_log_entry_imp::clear_attribs(bool full) { _clear(full); }
 
 void _qz_LOG_log_entry_imp::_clear_attribute_list() {
   message_stale_ = true;
-  attributes_.delete_values();
+  attributes_.clear();
 }
 
 void _qz_LOG_log_entry_imp::set_entry_id(unsigned int entry_id) {
   QZ_DEBUG_RECORD(3, kEntrySource, "%s:%d _qz_LOG_log_entry_imp::set_entry_id :%d\n", entry_id);
-  definition_ = definition_table_->acquire_entry(entry_id);
-  if (!definition_) {
+  hold_ = definition_table_->hold_entry(entry_id);
+  if (!hold_) {
     QZ_DEBUG_RECORD(1, kEntrySource, "%s:%d _qz_LOG_log_entry_imp::set_entry_id, invalid entry id:%d\n", entry_id);
     throw_entry_not_found();
   }
   entry_id_ = entry_id;
   message_stale_ = true;
   log_level_ = 0;
-  property_mask_ = definition_->get_property_mask();
-  version_text_ = definition_->get_version_tag();
+  take_from_definition();
 }
 
 void _qz_LOG_log_entry_imp::set_log_level(unsigned int log_level) {
@@ -330,16 +315,10 @@ bool _qz_LOG_log_entry_imp::add_product_specific_attribute_definition(unsigned i
 }
 
 const _qz_LOG_log_definition& _qz_LOG_log_entry_imp::require_definition() const {
-  if (!definition_) {
+  if (!hold_) {
     throw QZX_logging_misc("_qz_LOG_log_entry_imp::_get_attribute_internal(): entry not initialized", 0);
   }
-  return *definition_.get();
-}
-
-const char* _qz_LOG_log_entry_imp::format_id_text() const {
-  // IDs from 2147483648 show as negative numbers in every text about them.
-  std::snprintf(id_text_, sizeof(id_text_), "%d", static_cast<int>(entry_id_));
-  return id_text_;
+  return hold_->definition();
 }
 
 void _qz_LOG_log_entry_imp::throw_invalid_name(const char* name) const {

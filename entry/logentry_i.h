@@ -8,9 +8,9 @@
 
 #include "definitions/ldf_def.h"
 #include "definitions/ldf_load.h"
+#include "entry/attribute_store.h"
 #include "entry/logattrib.h"
 #include "entry/ustring.h"
-#include "foundation/hash_tbl.h"
 #include "foundation/no_copies.h"
 #include "qzlog/qz_string.h"
 #include "qzlog/qz_time.h"
@@ -19,18 +19,6 @@ class qz_LOG_AttributeVisitor;
 
 /// The highest valid log level.
 constexpr unsigned int LOG_LEVEL_HIGH = 9;
-
-/// Attribute values by name, owned.
-class _qz_LOG_attribute_tbl : public qz_MISC_hash_tbl<qz_String, _qz_LOG_type_base*> {
- public:
-  using qz_MISC_hash_tbl::qz_MISC_hash_tbl;
-  ~_qz_LOG_attribute_tbl() { delete_values(); }
-
-  /// The stored value or null.
-  _qz_LOG_type_base* find_value(const qz_String& name) const;
-  /// Deletes every value and empties every bucket.
-  void delete_values();
-};
 
 /// The implementation behind an entry; qz_LOG_LogEntry documents what its callers see. Used by one thread at a time.
 ///
@@ -49,9 +37,9 @@ class _qz_LOG_log_entry_imp : public qz_UTIL_no_inadvertant_copies {
   unsigned int get_entry_id() const { return entry_id_; }
   unsigned int get_log_level() const { return log_level_; }
   unsigned int get_property_mask() const { return property_mask_; }
-  const qz_String& get_version_text() const { return version_text_; }
+  const char* get_version_text() const { return version_text_; }
   /// Null while the entry has no ID.
-  const _qz_LOG_log_definition* get_definition() const { return definition_.get(); }
+  const _qz_LOG_log_definition* get_definition() const { return hold_ ? &hold_->definition() : nullptr; }
   void set_entry_id(unsigned int entry_id);
   void set_log_level(unsigned int log_level);
   static void set_log_major_version(unsigned int major);
@@ -146,7 +134,9 @@ class _qz_LOG_log_entry_imp : public qz_UTIL_no_inadvertant_copies {
   /// The same for exactly one type.
   const _qz_LOG_type_base* _get_attribute(const char* name, qz_AttributeType type) const;
 
-  bool has_value(const char* name) const;
+  bool has_value(const char* name) const { return find_value(_qz_LOG_attribute_name(name)) != nullptr; }
+  /// The stored value or null, whatever the definition says.
+  const _qz_LOG_type_base* find_value(const _qz_LOG_attribute_name& name) const { return attributes_.find(name); }
   bool remove_attrib(const char* name);
   void clear_attribs(bool full);
   int check_attribute(const char* name, qz_AttributeType& type) const;
@@ -167,11 +157,11 @@ class _qz_LOG_log_entry_imp : public qz_UTIL_no_inadvertant_copies {
   void _copy(const _qz_LOG_log_entry_imp& source);
   void _clear(bool full);
   void _clear_attribute_list();
-  void bind_definition(_qz_LOG_definition_ref definition);
+  void take_from_definition();
 
   /// The checks that the attribute operations share, each with its own exception and text.
   const _qz_LOG_log_definition& require_definition() const;
-  const char* format_id_text() const;
+  const _qz_LOG_attribute_entry* require_type(const _qz_LOG_attribute_name& name, qz_AttributeType type) const;
   [[noreturn]] void throw_invalid_name(const char* name) const;
   template <typename Exception>
   [[noreturn]] void throw_with_id(const char* text_before_id) const;
@@ -180,9 +170,15 @@ class _qz_LOG_log_entry_imp : public qz_UTIL_no_inadvertant_copies {
   template <unsigned char code, typename T>
   void add_scalar(const char* name, T value);
   template <unsigned char code>
-  void add_stored(const char* name, const typename _qz_LOG_value_of<code>::type& value);
+  void add_stored(const _qz_LOG_attribute_name& name, typename _qz_LOG_value_of<code>::type value);
   void add_argument(const char* name, qz_AttributeType type, std::va_list& arguments);
-  void add_filtered_text(const char* name, unsigned char type, const char* value, bool escape);
+  void add_filtered_text(const _qz_LOG_attribute_name& name, unsigned char type, const char* value, std::size_t length,
+                         bool escape);
+  void add_truncated_text(const _qz_LOG_attribute_name& name, unsigned char type, const char* value, bool escape);
+  void add_truncated_mbtext(const _qz_LOG_attribute_name& name, unsigned char type, const char* value, bool escape);
+  void store_text(const _qz_LOG_attribute_name& name, unsigned char type, const char* text, std::size_t length);
+  template <unsigned char code>
+  void store_text_of(const _qz_LOG_attribute_name& name, const char* text, unsigned length);
 
   [[noreturn]] void throw_wrong_get_method() const;
   template <unsigned char code>
@@ -192,26 +188,27 @@ class _qz_LOG_log_entry_imp : public qz_UTIL_no_inadvertant_copies {
   template <typename T>
   T value_or_default(const char* name, OutParameterRead<T> read, T value) const;
 
-  using AttributeNode = _qz_MISC_hash_node<qz_String, _qz_LOG_type_base*>;
-  std::vector<const AttributeNode*> values_in_definition_order() const;
+  struct NamedValue {
+    const char* name;
+    const _qz_LOG_type_base* value;
+  };
+  std::vector<NamedValue> values_in_definition_order() const;
 
+  // The room for values lies last: what every operation touches stands together.
   unsigned int entry_id_ = 0;
   unsigned int log_level_ = 0;
   unsigned int property_mask_ = 0;
-  qz_String version_text_;
-  _qz_LOG_ustring extra_texts_[4];
   int last_daylight_flag_ = -1;
   int last_zone_difference_ = -1;
-  qz_String further_texts_[2];
-  qz_Time timestamp_;
-  _qz_LOG_attribute_tbl attributes_;
-  const _qz_LOG_log_definition_tbl* definition_table_;
-  _qz_LOG_definition_ref definition_;
-  mutable _qz_LOG_ustring message_cache_;
+  mutable unsigned int last_selector_index_ = 0;
   mutable bool message_stale_ = true;
   mutable bool last_use_default_ = true;
-  mutable unsigned int last_selector_index_ = 0;
-  mutable char id_text_[12];
+  const _qz_LOG_log_definition_tbl* definition_table_;
+  _qz_LOG_definition_hold_ref hold_;
+  char version_text_[16] = {};
+  qz_Time timestamp_;
+  mutable _qz_LOG_ustring message_cache_;
+  _qz_LOG_attribute_store attributes_;
 };
 
 #endif  // QZLOG_ENTRY_LOGENTRY_I_H

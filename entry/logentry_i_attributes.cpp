@@ -2,11 +2,17 @@
 #include "qzlog/logentry.h"
 
 const _qz_LOG_attribute_entry* _qz_LOG_log_entry_imp::_check_attribute(const char* name, qz_AttributeType type) const {
-  const _qz_LOG_attribute_entry* const attribute = require_definition().get_attr_info_by_name(name);
+  return require_type(_qz_LOG_attribute_name(name), type);
+}
+
+const _qz_LOG_attribute_entry* _qz_LOG_log_entry_imp::require_type(const _qz_LOG_attribute_name& name,
+                                                                   qz_AttributeType type) const {
+  const _qz_LOG_attribute_entry* const attribute = require_definition().find_attribute(name);
   if (attribute == nullptr) {
     QZ_DEBUG_RECORD(1, kEntrySource,
-                    "%s:%d _qz_LOG_log_entry_imp::_check_attribute, %s is an invalid attribute under Entry ID\n", name);
-    throw_invalid_name(name);
+                    "%s:%d _qz_LOG_log_entry_imp::_check_attribute, %s is an invalid attribute under Entry ID\n",
+                    name.text);
+    throw_invalid_name(name.text);
   }
   if (attribute->get_type() != type) {
     QZ_DEBUG_RECORD(1, kEntrySource,
@@ -17,36 +23,28 @@ const _qz_LOG_attribute_entry* _qz_LOG_log_entry_imp::_check_attribute(const cha
 }
 
 void _qz_LOG_log_entry_imp::_add_attribute(const char* name, _qz_LOG_type_base* value) {
-  std::unique_ptr<_qz_LOG_type_base> added(value);
+  const std::unique_ptr<_qz_LOG_type_base> added(value);
   if (name == nullptr || name[0] == '\0') {
     QZ_DEBUG_RECORD(1, kEntrySource, "%s:%d _qz_LOG_log_entry_imp::_add_attribute, name=NULL\n");
     throw QZX_logging_illegal_argument("invalid argument", 0);
   }
   message_stale_ = true;
-  const qz_String key(name);
-  auto& slot = attributes_.slots[attributes_._get_slot_index(key)];
-  auto* const node = slot.find_entry(key);
-  if (node == nullptr) {
-    slot.add_entry(key, added.get());
-    added.release();
-  } else if (node->value->get_type() == added->get_type()) {
-    node->value->get_and_set(added.get());
-  } else {
-    // The entry's ID was changed since, and the name stands for another type now.
-    std::unique_ptr<_qz_LOG_type_base> replaced(std::exchange(node->value, added.release()));
-  }
+  attributes_.put_copy(_qz_LOG_attribute_name(name), *added);
 }
 
 template <unsigned char code>
-void _qz_LOG_log_entry_imp::add_stored(const char* name, const typename _qz_LOG_value_of<code>::type& value) {
-  _add_attribute(name, qz_new<_qz_LOG_stored<code>>(value));
+void _qz_LOG_log_entry_imp::add_stored(const _qz_LOG_attribute_name& name,
+                                       typename _qz_LOG_value_of<code>::type value) {
+  message_stale_ = true;
+  attributes_.put<code>(name, std::move(value));
 }
 
 template <unsigned char code, typename T>
 void _qz_LOG_log_entry_imp::add_scalar(const char* name, T value) {
   reject_null_or_empty(name);
-  _check_attribute(name, static_cast<qz_AttributeType>(code));
-  add_stored<code>(name, value);
+  const _qz_LOG_attribute_name wanted(name);
+  require_type(wanted, static_cast<qz_AttributeType>(code));
+  add_stored<code>(wanted, value);
 }
 
 void _qz_LOG_log_entry_imp::add_attrib_bool(const char* name, bool value) { add_scalar<TypeBool>(name, value); }
@@ -62,15 +60,16 @@ void _qz_LOG_log_entry_imp::add_attrib_float8(const char* name, double value) { 
 
 void _qz_LOG_log_entry_imp::add_attrib_time(const char* name, const qz_Time& value) {
   reject_null_or_empty(name);
-  const _qz_LOG_attribute_entry* const attribute = require_definition().get_attr_info_by_name(name);
+  const _qz_LOG_attribute_name wanted(name);
+  const _qz_LOG_attribute_entry* const attribute = require_definition().find_attribute(wanted);
   if (attribute == nullptr) throw_invalid_name(name);
   switch (attribute->get_type()) {
     case TypeDate:
-      return add_stored<TypeDate>(name, value);
+      return add_stored<TypeDate>(wanted, value);
     case TypeTime:
-      return add_stored<TypeTime>(name, value);
+      return add_stored<TypeTime>(wanted, value);
     case TypeTimestamp:
-      return add_stored<TypeTimestamp>(name, value);
+      return add_stored<TypeTimestamp>(wanted, value);
     default:
       throw_with_id<QZX_logging_attribute_type_mismatch>("Use the wrong add method under Entry ID ");
   }
@@ -135,25 +134,20 @@ bool _qz_LOG_log_entry_imp::remove_attrib(const char* name) {
     QZ_DEBUG_RECORD(1, kEntrySource, "%s:%d _qz_LOG_log_entry_imp::remove_attrib, name==NULL");
     throw QZX_logging_illegal_argument("invalid argument", 0);
   }
-  const qz_String key(name);
-  const std::unique_ptr<_qz_LOG_type_base> removed(attributes_.find_value(key));
-  if (removed == nullptr) return false;
+  if (!attributes_.remove(_qz_LOG_attribute_name(name))) return false;
   message_stale_ = true;
-  return attributes_.slots[attributes_._get_slot_index(key)].remove_entry(key);
+  return true;
 }
 
 int _qz_LOG_log_entry_imp::check_attribute(const char* name, qz_AttributeType& type) const {
   if (name == nullptr || name[0] == '\0') return -1;
-  if (const _qz_LOG_type_base* const value = attributes_.find_value(name)) {
+  const _qz_LOG_attribute_name wanted(name);
+  if (const _qz_LOG_type_base* const value = attributes_.find(wanted)) {
     type = static_cast<qz_AttributeType>(value->get_type());
     return 0;
   }
-  unsigned char defined_type = TypeUnknown;
-  const char* redirection_name = nullptr;
-  const bool defined = definition_ ? definition_->get_attr_info_by_name(name, defined_type, redirection_name)
-                                   : _qz_LOG_log_definition::get_global_attr_info_by_name(name, defined_type);
-  type = static_cast<qz_AttributeType>(defined_type);
-  return defined ? 1 : -1;
+  const _qz_LOG_attribute_entry* const defined =
+      hold_ ? hold_->definition().find_attribute(wanted) : _qz_LOG_log_definition::find_global_attribute(wanted);
+  type = defined != nullptr ? static_cast<qz_AttributeType>(defined->get_type()) : TypeUnknown;
+  return defined != nullptr ? 1 : -1;
 }
-
-bool _qz_LOG_log_entry_imp::has_value(const char* name) const { return attributes_.find_value(name) != nullptr; }

@@ -2,6 +2,7 @@
 #define QZLOG_ENTRY_LOGENTRY_I_FAILURES_H
 
 #include "entry/logentry_i.h"
+#include "foundation/itoa.h"
 #include "util/debug_record.h"
 
 /// What the sources of the entry implementation share beyond its class.
@@ -12,8 +13,11 @@ constexpr const char* kEntrySource = "logentry_i";
 /// Throws `Exception` with the text, the entry's ID and " !".
 template <typename Exception>
 void _qz_LOG_log_entry_imp::throw_with_id(const char* text_before_id) const {
+  // IDs from 2147483648 show as negative numbers in every text about them.
+  char id_text[12];
+  my_itoa(id_text, static_cast<int>(entry_id_));
   qz_String text(text_before_id);
-  text += format_id_text();
+  text += id_text;
   text += " !";
   throw Exception(text.c_str(), 0);
 }

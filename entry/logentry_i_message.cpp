@@ -3,7 +3,9 @@
 #include <new>
 
 #include "entry/logentry_i_failures.h"
+#include "foundation/text_buffer.h"
 #include "message/code_page.h"
+#include "message/icu_message.h"
 #include "message/logmsg.h"
 #include "qzlog/logcfg.h"
 
@@ -48,6 +50,25 @@ void make_message_converter() {
   throw QZX_logging_internal_error("_qz_LOG_log_message::get_readable_message:  MessageFormat::format() failed!", 0);
 }
 
+/// As strncpy does: cut to size - 1 bytes, the rest of the buffer zeroed.
+void copy_padded(const qz_TextBuffer& message, char* buffer, std::size_t size) {
+  const std::size_t length = std::min(message.size(), size - 1);
+  std::memcpy(buffer, message.data(), length);
+  std::memset(buffer + length, 0, size - length);
+}
+
+/// With the converter of the first message. A message that is in UTF-8 already is only copied.
+bool encode_for_buffer(IcuMessage& message, char* buffer, int capacity, int& length) {
+  if (!message.is_utf8() || !pConverter.is_utf8()) {
+    return pConverter.encode(message.to_unicode(), buffer, capacity, length);
+  }
+  const qz_TextBuffer& text = message.utf8();
+  if (text.size() > static_cast<std::size_t>(capacity)) return false;
+  std::memcpy(buffer, text.data(), text.size());
+  length = static_cast<int>(text.size());
+  return true;
+}
+
 /// The message in a code page, whatever its length.
 std::string encode_message(const icu::UnicodeString& message, const char* code_page) {
   // Room for most texts in most code pages; for the others the length that they need is known after the first try.
@@ -72,18 +93,17 @@ const char* _qz_LOG_log_entry_imp::get_readable_message(char* buffer, long size,
   }
   if (size <= 0) return buffer;
   if (!qz_LOG_LogConfig::IsICUEnabled()) {
-    const qz_String message =
-        _qz_LOG_log_message::get_qzString_message(*this, definition_.get(), use_default, selector_index);
-    QZ_strncpy(buffer, message.c_str(), static_cast<std::size_t>(size - 1));
-    buffer[size - 1] = '\0';
+    qz_TextBuffer message;
+    _qz_LOG_log_message::append_narrow_message(*this, get_definition(), use_default, selector_index, message);
+    copy_padded(message, buffer, static_cast<std::size_t>(size));
     return buffer;
   }
-  const icu::UnicodeString message =
-      _qz_LOG_log_message::get_message(*this, definition_.get(), use_default, selector_index);
+  IcuMessage message;
+  _qz_LOG_log_message::format_message(*this, get_definition(), use_default, selector_index, message);
   make_message_converter();
-  int length = 0;
   const int capacity = static_cast<int>(std::min<long>(size, INT32_MAX));
-  if (!pConverter.encode(message, buffer, capacity, length)) throw_conversion_failure();
+  int length = 0;
+  if (!encode_for_buffer(message, buffer, capacity, length)) throw_conversion_failure();
   // The terminator comes on top of `size`.
   buffer[length] = '\0';
   return buffer;
@@ -104,12 +124,15 @@ const char* _qz_LOG_log_entry_imp::get_readable_message(bool use_default, unsign
 std::string _qz_LOG_log_entry_imp::format_message(bool use_default, unsigned int selector_index) const try {
   if (is_disabled()) return kNotSupportedText;
   if (!qz_LOG_LogConfig::IsICUEnabled()) {
-    const qz_String message =
-        _qz_LOG_log_message::get_qzString_message(*this, definition_.get(), use_default, selector_index);
-    return std::string(message.c_str(), message.length());
+    qz_TextBuffer message;
+    _qz_LOG_log_message::append_narrow_message(*this, get_definition(), use_default, selector_index, message);
+    return std::string(message.data(), message.size());
   }
-  return encode_message(_qz_LOG_log_message::get_message(*this, definition_.get(), use_default, selector_index),
-                        qz_LOG_LogConfig::GetCodePage());
+  IcuMessage message;
+  _qz_LOG_log_message::format_message(*this, get_definition(), use_default, selector_index, message);
+  const char* const code_page = qz_LOG_LogConfig::GetCodePage();
+  if (message.is_utf8() && is_utf8(code_page)) return std::string(message.utf8().data(), message.utf8().size());
+  return encode_message(message.to_unicode(), code_page);
 } catch (const std::bad_alloc&) {
   throw QZX_memory_alloc();
 }

@@ -66,11 +66,12 @@ unsigned position_of(const _qz_LOG_log_definition* definition, const char* name)
 
 const _qz_LOG_type_base* _qz_LOG_log_entry_imp::_get_attribute_internal(const char* name, unsigned char& type) const {
   reject_null_or_empty(name);
-  if (const _qz_LOG_type_base* const stored = attributes_.find_value(name)) {
+  const _qz_LOG_attribute_name wanted(name);
+  if (const _qz_LOG_type_base* const stored = attributes_.find(wanted)) {
     type = stored->get_type();
     return stored;
   }
-  const _qz_LOG_attribute_entry* const attribute = require_definition().get_attr_info_by_name(name);
+  const _qz_LOG_attribute_entry* const attribute = require_definition().find_attribute(wanted);
   if (attribute == nullptr) throw_invalid_name(name);
   type = attribute->get_type();
   return nullptr;
@@ -222,24 +223,21 @@ int _qz_LOG_log_entry_imp::get_attrib_as_4(const char* name) const {
 }
 
 void _qz_LOG_log_entry_imp::visit_attributes(qz_LOG_AttributeVisitor& visitor) const {
-  for (const AttributeNode* const node : values_in_definition_order()) {
-    visit_value(visitor, node->key.c_str(), *node->value);
-  }
+  for (const NamedValue& named : values_in_definition_order()) visit_value(visitor, named.name, *named.value);
 }
 
-std::vector<const _qz_LOG_log_entry_imp::AttributeNode*> _qz_LOG_log_entry_imp::values_in_definition_order() const try {
-  std::vector<std::pair<unsigned, const AttributeNode*>> placed;
-  qz_MISC_hash_tbl_walker<qz_String, _qz_LOG_type_base*> walker(attributes_);
-  while (const AttributeNode* const node = walker._next_key()) {
-    placed.emplace_back(position_of(definition_.get(), node->key.c_str()), node);
-  }
+std::vector<_qz_LOG_log_entry_imp::NamedValue> _qz_LOG_log_entry_imp::values_in_definition_order() const try {
+  std::vector<std::pair<unsigned, NamedValue>> placed;
+  attributes_.for_each([&](const char* name, const _qz_LOG_type_base& value) {
+    placed.emplace_back(position_of(get_definition(), name), NamedValue{name, &value});
+  });
   std::sort(placed.begin(), placed.end(), [](const auto& left, const auto& right) {
     if (left.first != right.first) return left.first < right.first;
-    return left.second->key.compare_string(right.second->key.c_str()) < 0;
+    return QZ_strcmp(left.second.name, right.second.name) < 0;
   });
-  std::vector<const AttributeNode*> nodes(placed.size());
-  std::transform(placed.begin(), placed.end(), nodes.begin(), [](const auto& place) { return place.second; });
-  return nodes;
+  std::vector<NamedValue> values(placed.size());
+  std::transform(placed.begin(), placed.end(), values.begin(), [](const auto& place) { return place.second; });
+  return values;
 } catch (const std::bad_alloc&) {
   throw QZX_memory_alloc();
 }

@@ -33,11 +33,19 @@ class TextBuffer {
   char stack_[kFilterCapacity];
 };
 
-bool exceeds_character_limit(const char* value, int limit) {
+bool exceeds_character_limit(const char* value, std::size_t length, int limit) {
   if (qz_LOG_LogConfig::IsICUEnabled()) {
-    return decoded_length_exceeds(value, qz_LOG_LogConfig::GetCodePage(), limit);
+    return decoded_length_exceeds(value, length, qz_LOG_LogConfig::GetCodePage(), limit);
   }
-  return QZ_strlen(value) > static_cast<std::size_t>(limit);
+  return length > static_cast<std::size_t>(limit);
+}
+
+bool contains(const char* text, std::size_t length, char character) {
+  return std::memchr(text, character, length) != nullptr;
+}
+
+bool changes_when_filtered(const char* text, std::size_t length, bool escape) {
+  return escape ? contains(text, length, '\n') || contains(text, length, '\r') : contains(text, length, '\\');
 }
 
 [[noreturn]] void throw_small_buffer() {
@@ -92,7 +100,8 @@ void _qz_LOG_log_entry_imp::add_attrib_str(const char* name, const char* value, 
     QZ_DEBUG_RECORD(1, kEntrySource, "%s:%d _qz_LOG_log_entry_imp::add_attrib_str, name or value equal NULL\n");
     throw QZX_logging_illegal_argument("invalid argument", 0);
   }
-  const _qz_LOG_attribute_entry* const attribute = require_definition().get_attr_info_by_name(name);
+  const _qz_LOG_attribute_name wanted(name);
+  const _qz_LOG_attribute_entry* const attribute = require_definition().find_attribute(wanted);
   if (attribute == nullptr) {
     QZ_DEBUG_RECORD(1, kEntrySource, "%s:%d _qz_LOG_log_entry_imp::add_attrib_str, can not find attribute :%s\n", name);
     throw_invalid_name(name);
@@ -101,21 +110,25 @@ void _qz_LOG_log_entry_imp::add_attrib_str(const char* name, const char* value, 
   if (type < TypeChar32 || type > TypeChar2K) {
     throw QZX_logging_attribute_type_mismatch("Used the wrong add method.", 0);
   }
-  const auto limit = text_limit(type);
+  const std::size_t length = QZ_strlen(value);
+  if (length > static_cast<std::size_t>(text_limit(type))) return add_truncated_text(wanted, type, value, escape);
+  add_filtered_text(wanted, type, value, length, escape);
+}
+
+void _qz_LOG_log_entry_imp::add_truncated_text(const _qz_LOG_attribute_name& name, unsigned char type,
+                                               const char* value, bool escape) {
   char truncated[kTruncationCapacity + 1];
   truncated[0] = '\0';
-  if (QZ_strlen(value) > static_cast<std::size_t>(limit)) {
-    truncate_string(name, value, limit, truncated, kTruncationCapacity);
-    value = truncated;
-  }
-  add_filtered_text(name, type, value, escape);
+  truncate_string(name.text, value, text_limit(type), truncated, kTruncationCapacity);
+  add_filtered_text(name, type, truncated, QZ_strlen(truncated), escape);
 }
 
 void _qz_LOG_log_entry_imp::add_attrib_mbstr(const char* name, const char* value, bool escape) {
   if (name == nullptr || name[0] == '\0' || value == nullptr) {
     throw QZX_logging_illegal_argument("invalid argument", 0);
   }
-  const _qz_LOG_attribute_entry* const attribute = require_definition().get_attr_info_by_name(name);
+  const _qz_LOG_attribute_name wanted(name);
+  const _qz_LOG_attribute_entry* const attribute = require_definition().find_attribute(wanted);
   if (attribute == nullptr) {
     QZ_DEBUG_RECORD(1, kEntrySource, "%s:%d _qz_LOG_log_entry_imp::add_attrib_mbstr, can not find attribute :%s\n",
                     name);
@@ -125,20 +138,56 @@ void _qz_LOG_log_entry_imp::add_attrib_mbstr(const char* name, const char* value
   if (!is_unicode_string_attribute(static_cast<qz_AttributeType>(type))) {
     throw_with_id<QZX_logging_attribute_type_mismatch>("Used the wrong add method under Entry ID ");
   }
-  const int limit = text_limit(type);
-  if (!exceeds_character_limit(value, limit)) return add_filtered_text(name, type, value, escape);
-  TextBuffer truncated(static_cast<std::size_t>(limit) * kMaxBytesPerUnit + 1);
-  truncated.data()[0] = '\0';
-  truncate_mbstring(name, value, limit, truncated.data(), truncated.size());
-  add_filtered_text(name, type, truncated.data(), escape);
+  const std::size_t length = QZ_strlen(value);
+  if (exceeds_character_limit(value, length, text_limit(type))) {
+    return add_truncated_mbtext(wanted, type, value, escape);
+  }
+  add_filtered_text(wanted, type, value, length, escape);
 }
 
-/// Stores a text of a Char or MBChar type after filtering it.
-void _qz_LOG_log_entry_imp::add_filtered_text(const char* name, unsigned char type, const char* value, bool escape) {
+void _qz_LOG_log_entry_imp::add_truncated_mbtext(const _qz_LOG_attribute_name& name, unsigned char type,
+                                                 const char* value, bool escape) {
+  const int limit = text_limit(type);
+  TextBuffer truncated(static_cast<std::size_t>(limit) * kMaxBytesPerUnit + 1);
+  truncated.data()[0] = '\0';
+  truncate_mbstring(name.text, value, limit, truncated.data(), truncated.size());
+  add_filtered_text(name, type, truncated.data(), QZ_strlen(truncated.data()), escape);
+}
+
+/// Stores a text of a Char or MBChar type after filtering it, if there is anything to filter.
+void _qz_LOG_log_entry_imp::add_filtered_text(const _qz_LOG_attribute_name& name, unsigned char type, const char* value,
+                                              std::size_t length, bool escape) {
+  if (!changes_when_filtered(value, length, escape)) return store_text(name, type, value, length);
   // Room for every line break to take two characters.
-  TextBuffer filtered(QZ_strlen(value) * 2 + 1);
+  TextBuffer filtered(length * 2 + 1);
   filter_string(value, filtered.data(), filtered.size(), escape);
-  _add_attribute(name, _qz_LOG_new_text(type, filtered.data()));
+  store_text(name, type, filtered.data(), QZ_strlen(filtered.data()));
+}
+
+template <unsigned char code>
+void _qz_LOG_log_entry_imp::store_text_of(const _qz_LOG_attribute_name& name, const char* text, unsigned length) {
+  message_stale_ = true;
+  if constexpr (code >= TypeMBChar32) {
+    attributes_.put<code>(name, _qz_LOG_ustring(text, length));
+  } else {
+    qz_String stored;
+    stored._assign(text, length);
+    attributes_.put<code>(name, std::move(stored));
+  }
+}
+
+void _qz_LOG_log_entry_imp::store_text(const _qz_LOG_attribute_name& name, unsigned char type, const char* text,
+                                       std::size_t length) {
+  using Store = void (_qz_LOG_log_entry_imp::*)(const _qz_LOG_attribute_name&, const char*, unsigned);
+  // In the order of the type codes.
+  static constexpr Store kStores[] = {
+      &_qz_LOG_log_entry_imp::store_text_of<TypeChar32>,    &_qz_LOG_log_entry_imp::store_text_of<TypeChar64>,
+      &_qz_LOG_log_entry_imp::store_text_of<TypeChar128>,   &_qz_LOG_log_entry_imp::store_text_of<TypeChar256>,
+      &_qz_LOG_log_entry_imp::store_text_of<TypeChar1K>,    &_qz_LOG_log_entry_imp::store_text_of<TypeChar2K>,
+      &_qz_LOG_log_entry_imp::store_text_of<TypeMBChar32>,  &_qz_LOG_log_entry_imp::store_text_of<TypeMBChar64>,
+      &_qz_LOG_log_entry_imp::store_text_of<TypeMBChar128>, &_qz_LOG_log_entry_imp::store_text_of<TypeMBChar256>,
+      &_qz_LOG_log_entry_imp::store_text_of<TypeMBChar1K>,  &_qz_LOG_log_entry_imp::store_text_of<TypeMBChar2K>};
+  (this->*kStores[type - TypeChar32])(name, text, static_cast<unsigned>(length));
 }
 
 /// What both cuts begin with. False when the setting, a word that anyone can write, says neither to refuse nor to cut.

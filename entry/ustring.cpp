@@ -10,7 +10,8 @@ namespace {
 char* duplicate(const char* text, unsigned length) {
   if (text == nullptr) return nullptr;
   char* copy = qz_new_array<char>(std::size_t{length} + 1);
-  QZ_memcpy(copy, text, std::size_t{length} + 1);
+  QZ_memcpy(copy, text, length);
+  copy[length] = '\0';
   return copy;
 }
 
@@ -18,6 +19,8 @@ char* duplicate(const char* text, unsigned length) {
 
 _qz_LOG_ustring::_qz_LOG_ustring(const char* text)
     : length(text == nullptr ? 0 : static_cast<unsigned>(QZ_strlen(text))), data(duplicate(text, length)) {}
+
+_qz_LOG_ustring::_qz_LOG_ustring(const char* text, unsigned size) : length(size), data(duplicate(text, size)) {}
 
 _qz_LOG_ustring::_qz_LOG_ustring(const _qz_LOG_ustring& other)
     : length(other.length), data(duplicate(other.data, other.length)) {}

@@ -10,10 +10,17 @@ class _qz_LOG_ustring {
   _qz_LOG_ustring() noexcept = default;
   /// A copy of `text`; null gives no text.
   explicit _qz_LOG_ustring(const char* text);
+  /// A copy of the first `size` bytes of `text`.
+  _qz_LOG_ustring(const char* text, unsigned size);
   _qz_LOG_ustring(const _qz_LOG_ustring& other);
   _qz_LOG_ustring(_qz_LOG_ustring&& other) noexcept
       : length(std::exchange(other.length, 0)), data(std::exchange(other.data, nullptr)) {}
   _qz_LOG_ustring& operator=(const _qz_LOG_ustring& other);
+  _qz_LOG_ustring& operator=(_qz_LOG_ustring&& other) noexcept {
+    std::swap(length, other.length);
+    std::swap(data, other.data);
+    return *this;
+  }
   ~_qz_LOG_ustring();
 
   /// Back to no text.

@@ -37,14 +37,15 @@ unsigned QZ_hash(const qz_String& key, unsigned size) {
 
 unsigned QZ_hash(unsigned key, unsigned size) { return key % size; }
 
-unsigned my_hashcode(const char* text) {
-  const std::size_t length = std::strlen(text);
+unsigned my_hashcode(const char* text) { return my_hashcode(text, static_cast<unsigned>(std::strlen(text))); }
+
+unsigned my_hashcode(const char* text, unsigned length) {
   unsigned hash = 0;
   if (length <= 15) {
-    for (std::size_t i = 0; i < length; ++i) hash = hash * 37 + sign_extended(text[i]);
+    for (unsigned i = 0; i < length; ++i) hash = hash * 37 + sign_extended(text[i]);
     return hash;
   }
-  const std::size_t step = length / 8;
-  for (std::size_t i = 0; i < length; i += step) hash = hash * 39 + sign_extended(text[i]);
+  const unsigned step = length / 8;
+  for (unsigned long long i = 0; i < length; i += step) hash = hash * 39 + sign_extended(text[i]);
   return hash;
 }

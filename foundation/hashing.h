@@ -15,5 +15,6 @@ unsigned QZ_hash(unsigned key, unsigned size);
 /// characters count whole, longer ones at about eight positions. The same on every host, whatever the signedness of
 /// char.
 unsigned my_hashcode(const char* text);
+unsigned my_hashcode(const char* text, unsigned length);
 
 #endif  // QZLOG_FOUNDATION_HASHING_H

@@ -1,5 +1,6 @@
 #include "message/code_page.h"
 
+#include <cstdint>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -9,8 +10,6 @@
 #include "foundation/thread_instance.h"
 
 namespace {
-
-bool is_utf8(const char* code_page) { return ucnv_compareNames(code_page, "UTF-8") == 0; }
 
 /// The converter that a thread used last, nearly always the one it needs next.
 class ThreadConverter : public qz_UTIL_no_inadvertant_copies {
@@ -60,6 +59,39 @@ class ThreadClones : public qz_UTIL_no_inadvertant_copies {
   std::vector<Clone> clones_;
 };
 
+bool are_next_eight_ascii(const unsigned char* bytes, std::size_t i, std::size_t length) {
+  constexpr std::uint64_t kHighBits = 0x8080808080808080U;
+  std::uint64_t word = 0;
+  if (length - i < sizeof(word)) return false;
+  std::memcpy(&word, bytes + i, sizeof(word));
+  return (word & kHighBits) == 0;
+}
+
+bool is_between(unsigned char byte, unsigned low, unsigned high) { return byte >= low && byte <= high; }
+
+/// The bytes of the character outside ASCII that begins here; 0 when it is cut off, overlong, half a surrogate pair or
+/// beyond the last code point.
+std::size_t length_of_sequence(const unsigned char* bytes, std::size_t left) {
+  const unsigned char lead = bytes[0];
+  const std::size_t length = is_between(lead, 0xC2, 0xDF) ? 2 : is_between(lead, 0xE0, 0xEF) ? 3 : 4;
+  if (!is_between(lead, 0xC2, 0xF4) || length > left) return 0;
+  const unsigned low = lead == 0xE0 ? 0xA0 : lead == 0xF0 ? 0x90 : 0x80;
+  const unsigned high = lead == 0xED ? 0x9F : lead == 0xF4 ? 0x8F : 0xBF;
+  if (!is_between(bytes[1], low, high)) return 0;
+  for (std::size_t i = 2; i < length; ++i) {
+    if (!is_between(bytes[i], 0x80, 0xBF)) return 0;
+  }
+  return length;
+}
+
+bool is_utf8_the_default() {
+#if U_CHARSET_IS_UTF8
+  return true;
+#else
+  return ucnv_compareNames(ucnv_getDefaultName(), "UTF-8") == 0;
+#endif
+}
+
 bool encode_with(UConverter* converter, const icu::UnicodeString& text, char* buffer, int capacity, int& length) {
   UErrorCode status = U_ZERO_ERROR;
   length = ucnv_fromUChars(converter, buffer, capacity, text.getBuffer(), text.length(), &status);
@@ -67,6 +99,13 @@ bool encode_with(UConverter* converter, const icu::UnicodeString& text, char* bu
 }
 
 }  // namespace
+
+bool is_utf8(const char* code_page) {
+  // The names in use first: comparing as ICU does costs more than most of what depends on it.
+  if (std::strcmp(code_page, "UTF-8") == 0 || std::strcmp(code_page, "UTF8") == 0) return true;
+  if (code_page[0] == '\0') return is_utf8_the_default();
+  return ucnv_compareNames(code_page, "UTF-8") == 0;
+}
 
 icu::UnicodeString decode_text(const char* text, const char* code_page) {
   // ICU opens a converter for every text in a named code page; its default converter and UTF-8 have ways of their own.
@@ -86,10 +125,36 @@ icu::UnicodeString decode_text(const char* text, const char* code_page) {
   });
 }
 
-bool decoded_length_exceeds(const char* text, const char* code_page, int limit) {
+bool decoded_length_exceeds(const char* text, std::size_t length, const char* code_page, int limit) {
   // No UTF-8 text has more units than bytes; in some other code pages a byte can stand for two units.
-  if (is_utf8(code_page) && std::strlen(text) <= static_cast<std::size_t>(limit)) return false;
+  if (length <= static_cast<std::size_t>(limit) && is_utf8(code_page)) return false;
   return decode_text(text, code_page).length() > limit;
+}
+
+bool is_valid_utf8(const char* text, std::size_t length) {
+  const auto* const bytes = reinterpret_cast<const unsigned char*>(text);
+  std::size_t i = 0;
+  while (i < length) {
+    if (are_next_eight_ascii(bytes, i, length)) {
+      i += 8;
+      continue;
+    }
+    const std::size_t sequence = bytes[i] < 0x80 ? 1 : length_of_sequence(bytes + i, length - i);
+    if (sequence == 0) return false;
+    i += sequence;
+  }
+  return true;
+}
+
+bool append_utf8(const icu::UnicodeString& text, qz_TextBuffer& target) {
+  const int capacity = text.length() * 3;
+  char* const begin = target.reserve(static_cast<std::size_t>(capacity));
+  int length = 0;
+  UErrorCode status = U_ZERO_ERROR;
+  u_strToUTF8(begin, capacity, &length, text.getBuffer(), text.length(), &status);
+  if (U_FAILURE(status)) return false;
+  target.count_in(static_cast<std::size_t>(length));
+  return true;
 }
 
 bool encode_text(const icu::UnicodeString& text, const char* code_page, char* buffer, int capacity, int& length) {
@@ -105,6 +170,7 @@ bool SharedConverter::make_once(const char* code_page, bool keep_failure) {
   if (made_.load(std::memory_order_relaxed)) return true;
   UErrorCode status = U_ZERO_ERROR;
   prototype_ = ucnv_open(code_page[0] != '\0' ? code_page : nullptr, &status);
+  is_utf8_ = prototype_ != nullptr && ucnv_getType(prototype_) == UCNV_UTF8;
   made_.store(prototype_ != nullptr || keep_failure, std::memory_order_release);
   return prototype_ != nullptr;
 }

@@ -1,6 +1,8 @@
 #ifndef QZLOG_MESSAGE_LOGMSG_H
 #define QZLOG_MESSAGE_LOGMSG_H
 
+#include <memory>
+
 #include <unicode/locid.h>
 #include <unicode/unistr.h>
 
@@ -8,7 +10,11 @@
 
 class _qz_LOG_log_definition;
 class _qz_LOG_log_entry_imp;
+class _qz_LOG_message_text;
+class _qz_LOG_prepared_message;
+class IcuMessage;
 class _qz_LOG_msg_token_list;
+class qz_TextBuffer;
 
 /// Readable messages: templates, their tokens and rendering, and the message catalog. Static functions only.
 ///
@@ -24,9 +30,16 @@ class _qz_LOG_log_message {
   /// QZX_logging_internal_error (ICU) and what the entry's getters throw.
   static icu::UnicodeString get_message(const _qz_LOG_log_entry_imp& entry, const _qz_LOG_log_definition* definition,
                                         bool use_default, unsigned int selector_index);
+  /// The same, without the detour over Unicode where there is none to make.
+  static void format_message(const _qz_LOG_log_entry_imp& entry, const _qz_LOG_log_definition* definition,
+                             bool use_default, unsigned int selector_index, IcuMessage& message);
   /// The message of an entry byte by byte, without ICU and without the catalog.
   static qz_String get_qzString_message(const _qz_LOG_log_entry_imp& entry, const _qz_LOG_log_definition* definition,
                                         bool use_default, unsigned int selector_index);
+
+  /// The same, appended to a buffer.
+  static void append_narrow_message(const _qz_LOG_log_entry_imp& entry, const _qz_LOG_log_definition* definition,
+                                    bool use_default, unsigned int selector_index, qz_TextBuffer& message);
 
   /// The template of each path.
   static icu::UnicodeString _get_message_string(const _qz_LOG_log_entry_imp& entry,
@@ -34,6 +47,13 @@ class _qz_LOG_log_message {
                                                 unsigned int selector_index);
   static qz_String _get_message_qzString(const _qz_LOG_log_entry_imp& entry, const _qz_LOG_log_definition* definition,
                                          bool use_default, unsigned int selector_index);
+
+  /// Where the two come from: the text that a definition has for an entry, or the ID that the catalog is asked for.
+  static const _qz_LOG_message_text& choose_message_text(const _qz_LOG_log_entry_imp& entry,
+                                                         const _qz_LOG_log_definition* definition, bool use_default,
+                                                         unsigned int selector_index);
+  static const char* choose_message_id(const _qz_LOG_log_entry_imp& entry, const _qz_LOG_log_definition* definition,
+                                       bool use_default, unsigned int selector_index);
 
   /// Cut a template into tokens, appended to `list`, which must be empty: one that is not is destroyed and must not be
   /// used any more. The two differ in what they do with "%%", with text behind the last reference and with references
@@ -55,6 +75,12 @@ class _qz_LOG_log_message {
   /// it, or its table of strings, is missing.
   static icu::UnicodeString _get_string(const char* message_id);
 
+  /// What `prepare` made of the catalog's template for a message ID; made once while the catalog stays open.
+  static const _qz_LOG_prepared_message& prepare_catalog_message(
+      const char* message_id, std::unique_ptr<const _qz_LOG_prepared_message> (*prepare)(const icu::UnicodeString&));
+
+  /// The name of the locale below. Valid as long as the locale is in force.
+  static const char* get_locale_name();
   /// The locale of messages, numbers and dates: the one that was set, else ICU's default of the process.
   static icu::Locale get_locale();
 };

@@ -1,5 +1,15 @@
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <shared_mutex>
+#include <string>
+#include <string_view>
+#include <utility>
+
 #include <unicode/resbund.h>
 
+#include "definitions/message_text.h"
 #include "message/logmsg.h"
 #include "qzlog/qz_exception.h"
 #include "qzlog/qz_locale.h"
@@ -14,7 +24,35 @@ constexpr const char* kStringTable = "STRING_TABLE";
 qz_String resource_path;
 icu::ResourceBundle* p_rsrc_bundle = nullptr;
 
+/// The prepared forms of the open catalog's templates. Rendering threads add to it, so it has a lock of its own.
+class CatalogTemplates {
+ public:
+  /// Null when it is not there.
+  const _qz_LOG_prepared_message* find(std::string_view message_id) const {
+    const std::shared_lock<std::shared_mutex> reader(mutex_);
+    const auto found = templates_.find(message_id);
+    return found != templates_.end() ? found->second.get() : nullptr;
+  }
+  /// Returns the one that is kept: another thread's, if that was faster.
+  const _qz_LOG_prepared_message& keep(std::string_view message_id,
+                                       std::unique_ptr<const _qz_LOG_prepared_message> fresh) {
+    const std::unique_lock<std::shared_mutex> writer(mutex_);
+    return *templates_.emplace(message_id, std::move(fresh)).first->second;
+  }
+  void clear() {
+    const std::unique_lock<std::shared_mutex> writer(mutex_);
+    templates_.clear();
+  }
+
+ private:
+  mutable std::shared_mutex mutex_;
+  std::map<std::string, std::unique_ptr<const _qz_LOG_prepared_message>, std::less<>> templates_;
+};
+
+CatalogTemplates catalog_templates;
+
 void close_bundle() {
+  catalog_templates.clear();
   delete p_rsrc_bundle;
   p_rsrc_bundle = nullptr;
 }
@@ -79,6 +117,17 @@ icu::UnicodeString _qz_LOG_log_message::_get_string(const char* message_id) {
         "<QZX_logging_missing_resource> Unable to retrieve the string from the string table.", 0);
   }
   return text;
+}
+
+const _qz_LOG_prepared_message& _qz_LOG_log_message::prepare_catalog_message(
+    const char* message_id, std::unique_ptr<const _qz_LOG_prepared_message> (*prepare)(const icu::UnicodeString&)) {
+  const _qz_LOG_prepared_message* const known = catalog_templates.find(message_id);
+  return known != nullptr ? *known : catalog_templates.keep(message_id, prepare(_get_string(message_id)));
+}
+
+const char* _qz_LOG_log_message::get_locale_name() {
+  const char* const name = qz_I18N_get_locale_name(qz_I18N_get_locale());
+  return name[0] != '\0' ? name : icu::Locale::getDefault().getName();
 }
 
 icu::Locale _qz_LOG_log_message::get_locale() {

@@ -1,6 +1,7 @@
 #include "message/logmsg_render.h"
 
 #include "entry/logentry_i.h"
+#include "message/template_pieces.h"
 #include "util/assertion.h"
 
 namespace {
@@ -32,15 +33,14 @@ bool accepts(MessageFormatKind kind, qz_AttributeType type) {
   throw QZX_logging_invalid_message_string(text.c_str(), 0);
 }
 
-qz_AttributeType type_of(const char* name, const _qz_LOG_log_definition& definition) {
-  qz_AttributeType type = TypeUnknown;
-  if (is_default_info_fields(name, type)) return type;
-  const _qz_LOG_attribute_entry* const attribute = definition.get_attr_info_by_name(name);
+qz_AttributeType type_of(const TemplatePiece& piece, const _qz_LOG_log_definition& definition) {
+  if (piece.standard_type != TypeUnknown) return static_cast<qz_AttributeType>(piece.standard_type);
+  const _qz_LOG_attribute_entry* const attribute = definition.find_attribute(piece.name());
   if (attribute == nullptr) {
     throw_bad_reference(
         "<QZX_logging_invalid_message_string> _qz_LOG_log_message::get_message:  "
         "unable to find attribute value for \"",
-        name);
+        piece.text);
   }
   return static_cast<qz_AttributeType>(attribute->get_type());
 }
@@ -80,16 +80,13 @@ void report_missing_argument() {
   QZ_assertion_violation("p_token->get_type() == _QZ_ARG_SPECIFIER_TOKEN", "logmsg", kReportedLine);
 }
 
-MessageReference resolve_reference(const _qz_LOG_msg_token& format_token, const _qz_LOG_arg_spec_token& argument,
-                                   const _qz_LOG_log_definition& definition) {
-  const char format = static_cast<const _qz_LOG_fmt_spec_token&>(format_token).get_format();
-  const char* const name = argument.get_name().c_str();
-  const MessageReference reference{name, type_of(name, definition), message_format_kind(format)};
+MessageReference resolve_reference(const TemplatePiece& piece, const _qz_LOG_log_definition& definition) {
+  const MessageReference reference{piece.name(), type_of(piece, definition), piece.kind};
   if (!accepts(reference.kind, reference.type)) {
     throw_bad_reference(
         "<QZX_logging_invalid_message_string> _qz_LOG_log_message::get_message:  "
         "invalid format specifier for attribute \"",
-        name);
+        piece.text);
   }
   return reference;
 }

@@ -1,229 +1,147 @@
-#include <algorithm>
-#include <cstdio>
 #include <cstdlib>
 #include <memory>
-#include <string_view>
 #include <vector>
 
 #include <unicode/fieldpos.h>
 #include <unicode/fmtable.h>
 #include <unicode/msgfmt.h>
-#include <unicode/timezone.h>
 
 #include "entry/logentry_i.h"
 #include "foundation/thread_instance.h"
 #include "message/code_page.h"
+#include "message/icu_arguments.h"
+#include "message/icu_formats.h"
+#include "message/icu_message.h"
+#include "message/icu_template.h"
 #include "message/logmsg.h"
-#include "message/logmsg_render.h"
-#include "message/template_cache.h"
 #include "qzlog/logcfg.h"
 
 namespace {
 
-// Templates were written for an ICU that knew the arguments 0 to 9 only; the limit is part of their contract.
-constexpr unsigned kMaxArguments = 10;
-
-// ICU parses nested arguments by calling itself; a pattern that is deeper than any message would exhaust the stack.
-constexpr int kMaxNesting = 100;
-
-[[noreturn]] void throw_pattern_failure() {
-  throw QZX_logging_internal_error(
-      "<QZX_logging_internal_error> _qz_LOG_log_message::get_message:  MessageFormat constructor failed! most caused "
-      "by "
-      "number of attribute in message txt more than 9. (now ICU only support 0-9 tags)",
-      0);
+/// There is no message for this failure: a formatter that accepts a pattern and cannot apply it is broken.
+void end_process_on_failure(UErrorCode status) {
+  if (U_FAILURE(status)) std::abort();
 }
 
-/// The style of an argument in the pattern, between its number and the closing brace.
-const char* argument_style(MessageFormatKind kind) {
-  switch (kind) {
-    case MessageFormatKind::kCurrency:
-      return ",number,currency";
-    case MessageFormatKind::kPercent:
-      return ",number,percent";
-    case MessageFormatKind::kDate:
-      return ",date";
-    case MessageFormatKind::kTime:
-      return ",time";
-    case MessageFormatKind::kFloat:
-      return ",number";
-    case MessageFormatKind::kInteger:
-      return ",number,##########";
-    case MessageFormatKind::kText:
-    case MessageFormatKind::kUnknown:
-      break;
-  }
-  return "";
-}
-
-bool shows_time(MessageFormatKind kind) { return kind == MessageFormatKind::kDate || kind == MessageFormatKind::kTime; }
-
-/// How deeply the braces of a pattern nest, those between apostrophes left out as ICU leaves them out.
-int nesting_of(const icu::UnicodeString& pattern) {
-  int depth = 0;
-  int deepest = 0;
-  bool quoted = false;
-  for (int i = 0; i < pattern.length(); ++i) {
-    const UChar unit = pattern.charAt(i);
-    const UChar next = pattern.charAt(i + 1);
-    if (unit == u'\'' && next == u'\'') {
-      ++i;
-    } else if (unit == u'\'') {
-      quoted = !quoted && (next == u'{' || next == u'}');
-    } else if (!quoted && unit == u'{') {
-      deepest = std::max(deepest, ++depth);
-    } else if (!quoted && unit == u'}') {
-      depth = std::max(depth - 1, 0);
-    }
-  }
-  return deepest;
-}
-
-/// A template cut into tokens, with the ICU pattern that follows from them. Used by one thread.
-class CompiledTemplate {
+/// Puts the parts of a message together in UTF-8.
+class MessageAssembly {
  public:
-  explicit CompiledTemplate(const icu::UnicodeString& text) {
-    _qz_LOG_log_message::_tokenize_string(text, tokens_);
-    arguments_.resize(_qz_LOG_log_message::_get_number_of_attributes(tokens_));
-    build_pattern();
-  }
+  MessageAssembly(const IcuTemplate& message_template, const IcuArguments& arguments, IcuFormats& formats)
+      : template_(message_template),
+        arguments_(arguments),
+        locale_name_(_qz_LOG_log_message::get_locale_name()),
+        style_(message_template.has_integer_parts() ? &formats.integer_style(locale_name_) : nullptr),
+        kept_(message_template.has_formatted_parts() ? &formats.format_of(message_template, locale_name_) : nullptr) {}
 
-  icu::UnicodeString render(const _qz_LOG_log_entry_imp& entry, const _qz_LOG_log_definition& definition);
-
- private:
-  void build_pattern();
-  void append_argument(MessageFormatKind kind);
-  const icu::MessageFormat& message_format();
-
-  _qz_LOG_msg_token_list tokens_;
-  icu::UnicodeString pattern_;
-  unsigned argument_count_ = 0;
-  bool shows_time_ = false;
-  // As many as there are format tokens; those of references that are left out keep their default value.
-  std::vector<icu::Formattable> arguments_;
-  // Made for a locale and, where times are shown, a time zone: both may change between two messages.
-  std::unique_ptr<icu::MessageFormat> format_;
-  icu::Locale format_locale_;
-  std::unique_ptr<icu::TimeZone> format_zone_;
-};
-
-void CompiledTemplate::build_pattern() {
-  for (const _qz_LOG_msg_token* token = tokens_.get_head(); token != nullptr; token = token->get_next()) {
-    if (token->get_type() == _QZ_STRING_TOKEN) {
-      const icu::UnicodeString& text = static_cast<const _qz_LOG_string_token*>(token)->get_text();
-      pattern_ += text;
-      // A brace in the text may ask ICU for a time as well as a reference.
-      shows_time_ = shows_time_ || text.indexOf(u'{') >= 0;
-    } else if (token->get_type() == _QZ_FMT_SPECIFIER_TOKEN && argument_of(*token) != nullptr) {
-      append_argument(message_format_kind(static_cast<const _qz_LOG_fmt_spec_token*>(token)->get_format()));
+  /// False when MessageFormat has to write the message after all; the text is then of no use.
+  bool append_to(qz_TextBuffer& message) const {
+    if (style_ != nullptr && !style_->is_usable()) return false;
+    for (const IcuTemplate::Part& part : template_.parts()) {
+      if (!append(part, message)) return false;
     }
-  }
-}
-
-void CompiledTemplate::append_argument(MessageFormatKind kind) {
-  if (kind == MessageFormatKind::kUnknown) return;
-  char number[16];
-  std::snprintf(number, sizeof(number), "{%u", argument_count_++);
-  pattern_ += icu::UnicodeString(number, -1, US_INV);
-  pattern_ += icu::UnicodeString(argument_style(kind), -1, US_INV);
-  pattern_ += u'}';
-  shows_time_ = shows_time_ || shows_time(kind);
-}
-
-const icu::MessageFormat& CompiledTemplate::message_format() {
-  const icu::Locale locale = _qz_LOG_log_message::get_locale();
-  std::unique_ptr<icu::TimeZone> zone(shows_time_ ? icu::TimeZone::createDefault() : nullptr);
-  const bool same_zone = !shows_time_ || (format_zone_ != nullptr && zone != nullptr && *format_zone_ == *zone);
-  if (format_ != nullptr && format_locale_ == locale && same_zone) return *format_;
-
-  format_.reset();
-  if (argument_count_ > kMaxArguments || nesting_of(pattern_) > kMaxNesting) throw_pattern_failure();
-  UErrorCode status = U_ZERO_ERROR;
-  auto format = std::make_unique<icu::MessageFormat>(pattern_, locale, status);
-  if (format == nullptr) throw QZX_memory_alloc();
-  if (U_FAILURE(status)) throw_pattern_failure();
-  format_locale_ = locale;
-  format_zone_ = std::move(zone);
-  format_ = std::move(format);
-  return *format_;
-}
-
-/// A moment for ICU: the calendar fields are read as local time whatever the value's mode.
-UDate to_icu_date(qz_Time time) {
-  constexpr double kMillisecondsPerSecond = 1000.0;
-  time.set_GMT_time_mode(false);
-  return static_cast<double>(time.unix_seconds()) * kMillisecondsPerSecond;
-}
-
-/// Fills the arguments of a pattern from an entry, in the order of the template.
-class ArgumentFiller {
- public:
-  ArgumentFiller(const _qz_LOG_log_entry_imp& entry, std::vector<icu::Formattable>& arguments)
-      : entry_(entry), arguments_(arguments) {}
-
-  void text(const _qz_LOG_msg_token& /*token*/) {}  // part of the pattern already
-
-  void reference(const MessageReference& reference) {
-    icu::Formattable& argument = arguments_[filled_];
-    switch (reference.kind) {
-      case MessageFormatKind::kText:
-        argument.setString(text_of(reference));
-        break;
-      case MessageFormatKind::kDate:
-      case MessageFormatKind::kTime:
-        argument.setDate(to_icu_date(referenced_time(entry_, reference.name)));
-        break;
-      default:
-        set_number(argument, reference);
-        break;
-    }
-    ++filled_;
+    return true;
   }
 
  private:
-  icu::UnicodeString text_of(const MessageReference& reference) const {
-    const char* const text = is_unicode_string_attribute(reference.type) ? entry_.get_attrib_mbstr(reference.name)
-                                                                         : entry_.get_attrib_str(reference.name);
-    return decode_text(text, qz_LOG_LogConfig::GetCodePage());
-  }
-
-  void set_number(icu::Formattable& argument, const MessageReference& reference) const {
-    if (is_integer_attribute(reference.type)) {
-      argument.setLong(entry_.get_attrib_as_4(reference.name));
-    } else {
-      argument.setDouble(entry_.get_attrib_float8(reference.name));
+  bool append(const IcuTemplate::Part& part, qz_TextBuffer& message) const {
+    switch (part.kind) {
+      case IcuTemplate::Part::Kind::kLiteral:
+        message.append(template_.literals().data() + part.begin, part.length);
+        return true;
+      case IcuTemplate::Part::Kind::kText:
+        return append_text(arguments_[part.argument], message);
+      case IcuTemplate::Part::Kind::kInteger:
+        style_->append(message, arguments_[part.argument].integer);
+        return true;
+      case IcuTemplate::Part::Kind::kFormatted:
+        return append_formatted(part, message);
     }
+    return false;
   }
 
-  const _qz_LOG_log_entry_imp& entry_;
-  std::vector<icu::Formattable>& arguments_;
-  unsigned filled_ = 0;
+  static bool append_text(const IcuArgument& argument, qz_TextBuffer& message) {
+    const char* const code_page = qz_LOG_LogConfig::GetCodePage();
+    if (is_utf8(code_page) && is_valid_utf8(argument.text, argument.length)) {
+      message.append(argument.text, argument.length);
+      return true;
+    }
+    return append_utf8(decode_text(argument.text, code_page), message);
+  }
+
+  bool append_formatted(const IcuTemplate::Part& part, qz_TextBuffer& message) const {
+    const icu::Format* const formatter = kept_->formatter(part.format_index);
+    if (formatter == nullptr) return false;
+    icu::Formattable argument;
+    arguments_.fill(part.argument, argument);
+    icu::UnicodeString text;
+    UErrorCode status = U_ZERO_ERROR;
+    formatter->format(argument, text, status);
+    end_process_on_failure(status);
+    return append_utf8(text, message);
+  }
+
+  const IcuTemplate& template_;
+  const IcuArguments& arguments_;
+  const char* locale_name_;
+  const IntegerStyle* style_;
+  const KeptFormat* kept_;
 };
 
-icu::UnicodeString CompiledTemplate::render(const _qz_LOG_log_entry_imp& entry,
-                                            const _qz_LOG_log_definition& definition) {
-  ArgumentFiller filler(entry, arguments_);
-  render_tokens(tokens_, definition, filler);
-  const icu::MessageFormat& format = message_format();
+icu::UnicodeString format_whole(const IcuTemplate& message_template, const IcuArguments& arguments,
+                                IcuFormats& formats) {
+  const KeptFormat& kept = formats.format_of(message_template, _qz_LOG_log_message::get_locale_name());
+  // The values of references that are left out stay unset.
+  std::vector<icu::Formattable> values(message_template.formattable_count());
+  for (unsigned i = 0; i < arguments.count(); ++i) arguments.fill(i, values[i]);
   icu::UnicodeString message;
   icu::FieldPosition position;
   UErrorCode status = U_ZERO_ERROR;
-  format.format(arguments_.data(), static_cast<int>(arguments_.size()), message, position, status);
-  // There is no message for this failure: a formatter that accepts a pattern and cannot apply it is broken.
-  if (U_FAILURE(status)) std::abort();
+  kept.format().format(values.data(), static_cast<int>(values.size()), message, position, status);
+  end_process_on_failure(status);
   return message;
 }
 
-using CompiledTemplates = TemplateCache<char16_t, CompiledTemplate>;
+void render(const IcuTemplate& message_template, const _qz_LOG_log_entry_imp& entry,
+            const _qz_LOG_log_definition& definition, IcuMessage& message) {
+  IcuArguments arguments(entry);
+  render_pieces(message_template.pieces(), definition, arguments);
+  with_thread_instance<IcuFormats>([&](IcuFormats& formats) {
+    const bool assembled = message_template.can_be_assembled() &&
+                           MessageAssembly(message_template, arguments, formats).append_to(message.utf8());
+    if (!assembled) message.set_formatted(format_whole(message_template, arguments, formats));
+  });
+}
+
+std::unique_ptr<const _qz_LOG_prepared_message> make_template(const icu::UnicodeString& text) {
+  return std::make_unique<IcuTemplate>(text);
+}
+
+/// The template is decoded with ICU's default converter, which is taken to be the same as long as the text lives.
+const _qz_LOG_prepared_message& prepare(const _qz_LOG_message_text& text) {
+  const _qz_LOG_prepared_message* const prepared = text.find_prepared(MessagePath::kIcu);
+  if (prepared != nullptr) return *prepared;
+  const char* const bytes = text.get();
+  return text.keep_prepared(MessagePath::kIcu,
+                            make_template(bytes != nullptr ? decode_text(bytes, "") : icu::UnicodeString()));
+}
 
 }  // namespace
+
+void _qz_LOG_log_message::format_message(const _qz_LOG_log_entry_imp& entry, const _qz_LOG_log_definition* definition,
+                                         bool use_default, unsigned int selector_index, IcuMessage& message) try {
+  const _qz_LOG_prepared_message& prepared =
+      is_catalog_open()
+          ? prepare_catalog_message(choose_message_id(entry, definition, use_default, selector_index), make_template)
+          : prepare(choose_message_text(entry, definition, use_default, selector_index));
+  render(static_cast<const IcuTemplate&>(prepared), entry, *definition, message);
+} catch (const std::bad_alloc&) {
+  throw QZX_memory_alloc();
+}
 
 icu::UnicodeString _qz_LOG_log_message::get_message(const _qz_LOG_log_entry_imp& entry,
                                                     const _qz_LOG_log_definition* definition, bool use_default,
                                                     unsigned int selector_index) {
-  const icu::UnicodeString text = _get_message_string(entry, definition, use_default, selector_index);
-  const std::u16string_view key(text.getBuffer(), static_cast<std::size_t>(text.length()));
-  return with_thread_instance<CompiledTemplates>([&](CompiledTemplates& templates) {
-    return templates.get(key, [&] { return std::make_unique<CompiledTemplate>(text); }).render(entry, *definition);
-  });
+  IcuMessage message;
+  format_message(entry, definition, use_default, selector_index, message);
+  return message.to_unicode();
 }

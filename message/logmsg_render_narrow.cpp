@@ -1,13 +1,13 @@
 #include <cstdlib>
 #include <memory>
-#include <string_view>
+#include <new>
 
 #include "entry/logentry_i.h"
-#include "foundation/itoa.h"
-#include "foundation/thread_instance.h"
+#include "foundation/number_text.h"
+#include "foundation/text_buffer.h"
 #include "message/logmsg.h"
 #include "message/logmsg_render.h"
-#include "message/template_cache.h"
+#include "message/template_pieces.h"
 
 namespace {
 
@@ -18,14 +18,9 @@ constexpr unsigned kTimeTextSize = 32;
 /// Appends the parts of a message to a text.
 class NarrowMessage {
  public:
-  explicit NarrowMessage(const _qz_LOG_log_entry_imp& entry) : entry_(entry) {}
+  NarrowMessage(const _qz_LOG_log_entry_imp& entry, qz_TextBuffer& message) : entry_(entry), message_(message) {}
 
-  qz_String&& take() { return std::move(message_); }
-
-  /// Up to a zero byte, so the zero bytes that stand for an escape show nothing.
-  void text(const _qz_LOG_msg_token& token) {
-    message_ += static_cast<const _qz_LOG_qzString_token&>(token).get_text().c_str();
-  }
+  void text(const TemplatePiece& piece) { message_.append(piece.text, piece.length); }
 
   void reference(const MessageReference& reference) {
     switch (reference.kind) {
@@ -40,7 +35,7 @@ class NarrowMessage {
       case MessageFormatKind::kTime:
         return append_time(reference, &qz_Time::print_time_out);
       case MessageFormatKind::kFloat:
-        return append_formatted("%f", entry_.get_attrib_float8(reference.name));
+        return append_float(reference);
       case MessageFormatKind::kInteger:
         return append_integer(reference);
       case MessageFormatKind::kUnknown:
@@ -49,92 +44,128 @@ class NarrowMessage {
   }
 
  private:
+  /// The value when it is set and still of the type that the definition gives it; null for what the getters decide.
+  template <typename T>
+  const T* find_value(const MessageReference& reference) const {
+    const _qz_LOG_type_base* const stored = entry_.find_value(reference.name);
+    const bool fits = stored != nullptr && stored->get_type() == reference.type;
+    return fits ? &_qz_LOG_value_as<T>(*stored) : nullptr;
+  }
+
   void append_text(const MessageReference& reference) {
-    message_ += is_unicode_string_attribute(reference.type) ? entry_.get_attrib_mbstr(reference.name)
-                                                            : entry_.get_attrib_str(reference.name);
+    if (is_unicode_string_attribute(reference.type)) {
+      const auto* const text = find_value<_qz_LOG_ustring>(reference);
+      if (text != nullptr) return message_.append(text->text(), text->length);
+      return message_.append(entry_.get_attrib_mbstr(reference.name.text));
+    }
+    const auto* const text = reference.type != TypeGUID ? find_value<qz_String>(reference) : nullptr;
+    if (text != nullptr) return message_.append(text->c_str(), text->length());
+    message_.append(entry_.get_attrib_str(reference.name.text));
   }
 
   /// A dollar sign and the magnitude: the sign is not shown.
   void append_currency(const MessageReference& reference) {
     if (is_integer_attribute(reference.type)) {
-      const long long amount = entry_.get_attrib_as_4(reference.name);
+      const long long amount = entry_.get_attrib_as_4(reference.name.text);
       append_formatted("$%lld", std::llabs(amount));
     } else {
-      const double amount = entry_.get_attrib_float8(reference.name);
-      append_formatted("$%f", amount < 0.0 ? -amount : amount);
+      const double amount = entry_.get_attrib_float8(reference.name.text);
+      message_.append('$');
+      qz_append_fixed(message_, amount < 0.0 ? -amount : amount);
     }
   }
 
   void append_percent(const MessageReference& reference) {
     if (is_integer_attribute(reference.type)) {
-      append_formatted("%lld%%", 100LL * entry_.get_attrib_as_4(reference.name));
+      append_formatted("%lld%%", 100LL * entry_.get_attrib_as_4(reference.name.text));
     } else {
-      append_formatted("%f%%", 100.0 * entry_.get_attrib_float8(reference.name));
+      qz_append_fixed(message_, 100.0 * entry_.get_attrib_float8(reference.name.text));
+      message_.append('%');
     }
   }
 
   void append_time(const MessageReference& reference, void (qz_Time::*print)(char*, unsigned) const) {
     char text[kTimeTextSize];
-    (referenced_time(entry_, reference.name).*print)(text, sizeof(text));
-    message_ += text;
+    (referenced_time(entry_, reference.name.text).*print)(text, sizeof(text));
+    message_.append(text);
+  }
+
+  void append_float(const MessageReference& reference) {
+    const double* const value = find_value<double>(reference);
+    qz_append_fixed(message_, value != nullptr ? *value : entry_.get_attrib_float8(reference.name.text));
   }
 
   /// A Boolean shows nothing.
   void append_integer(const MessageReference& reference) {
     switch (reference.type) {
       case TypeUInt1:
-        return append_number(unsigned{entry_.get_attrib_1u(reference.name)});
+        return qz_append_integer(message_, unsigned{entry_.get_attrib_1u(reference.name.text)});
       case TypeSInt1:
-        return append_number(int{static_cast<signed char>(entry_.get_attrib_1(reference.name))});
+        return qz_append_integer(message_, int{static_cast<signed char>(entry_.get_attrib_1(reference.name.text))});
       case TypeUInt2:
-        return append_number(unsigned{entry_.get_attrib_2u(reference.name)});
+        return qz_append_integer(message_, unsigned{entry_.get_attrib_2u(reference.name.text)});
       case TypeSInt2:
-        return append_number(int{entry_.get_attrib_2(reference.name)});
-      case TypeUInt4:
-        return append_number(entry_.get_attrib_4u(reference.name));
-      case TypeSInt4:
-        return append_number(entry_.get_attrib_4(reference.name));
+        return qz_append_integer(message_, int{entry_.get_attrib_2(reference.name.text)});
+      case TypeUInt4: {
+        const auto* const value = find_value<unsigned int>(reference);
+        return qz_append_integer(message_, value != nullptr ? *value : entry_.get_attrib_4u(reference.name.text));
+      }
+      case TypeSInt4: {
+        const auto* const value = find_value<int>(reference);
+        return qz_append_integer(message_, value != nullptr ? *value : entry_.get_attrib_4(reference.name.text));
+      }
       default:
         return;
     }
   }
 
-  template <typename Number>
-  void append_number(Number number) {
-    char text[kNumberTextSize];
-    my_itoa(text, number);
-    message_ += text;
-  }
-
-  template <typename Number>
-  void append_formatted(const char* format, Number number) {
+  void append_formatted(const char* format, long long number) {
     char text[kNumberTextSize];
     QZ_sprintf(text, format, number);
-    message_ += text;
+    message_.append(text);
   }
 
   const _qz_LOG_log_entry_imp& entry_;
-  qz_String message_;
+  qz_TextBuffer& message_;
 };
 
-using CompiledTemplates = TemplateCache<char, _qz_LOG_msg_token_list>;
+class NarrowTemplate : public _qz_LOG_prepared_message {
+ public:
+  explicit NarrowTemplate(const _qz_LOG_msg_token_list& tokens) : pieces_(tokens, TemplatePieces::Texts::kNarrow) {}
+  const TemplatePieces& pieces() const { return pieces_; }
 
-std::unique_ptr<_qz_LOG_msg_token_list> compile(const qz_String& text) {
-  auto tokens = std::make_unique<_qz_LOG_msg_token_list>();
-  _qz_LOG_log_message::_tokenize_qzString(text, *tokens);
-  return tokens;
+ private:
+  TemplatePieces pieces_;
+};
+
+const NarrowTemplate& prepare(const _qz_LOG_message_text& text) try {
+  const _qz_LOG_prepared_message* prepared = text.find_prepared(MessagePath::kNarrow);
+  if (prepared == nullptr) {
+    _qz_LOG_msg_token_list tokens;
+    _qz_LOG_log_message::_tokenize_qzString(qz_String(text.get()), tokens);
+    prepared = &text.keep_prepared(MessagePath::kNarrow, std::make_unique<NarrowTemplate>(tokens));
+  }
+  return static_cast<const NarrowTemplate&>(*prepared);
+} catch (const std::bad_alloc&) {
+  throw QZX_memory_alloc();
 }
 
 }  // namespace
 
+void _qz_LOG_log_message::append_narrow_message(const _qz_LOG_log_entry_imp& entry,
+                                                const _qz_LOG_log_definition* definition, bool use_default,
+                                                unsigned int selector_index, qz_TextBuffer& message) {
+  const _qz_LOG_message_text& text = choose_message_text(entry, definition, use_default, selector_index);
+  NarrowMessage sink(entry, message);
+  render_pieces(prepare(text).pieces(), *definition, sink);
+}
+
 qz_String _qz_LOG_log_message::get_qzString_message(const _qz_LOG_log_entry_imp& entry,
                                                     const _qz_LOG_log_definition* definition, bool use_default,
                                                     unsigned int selector_index) {
-  const qz_String text = _get_message_qzString(entry, definition, use_default, selector_index);
-  NarrowMessage message(entry);
-  with_thread_instance<CompiledTemplates>([&](CompiledTemplates& templates) {
-    const std::string_view key(text.c_str(), text.length());
-    render_tokens(templates.get(key, [&] { return compile(text); }), *definition, message);
-  });
-  return message.take();
+  qz_TextBuffer message;
+  append_narrow_message(entry, definition, use_default, selector_index, message);
+  qz_String copy;
+  copy._assign(message.data(), static_cast<unsigned>(message.size()));
+  return copy;
 }

@@ -4,17 +4,6 @@
 
 namespace {
 
-/// What of a message is collected: its ID for the catalog, or its own text.
-enum class Field { kId, kText };
-
-const char* field_of(const _qz_LOG_selector_message& message, Field field) {
-  return field == Field::kId ? message.get_message_id() : message.get_message_text();
-}
-
-const char* default_field(const _qz_LOG_log_definition& definition, Field field) {
-  return field == Field::kId ? definition.get_default_msg_id() : definition.get_default_msg_text();
-}
-
 unsigned int selector_value(const _qz_LOG_log_entry_imp& entry, const _qz_LOG_attribute_entry& selector) {
   switch (selector.get_type()) {
     case TypeUInt1:
@@ -41,38 +30,46 @@ const _qz_LOG_selector_message* pick_selector_message(const _qz_LOG_log_entry_im
   return definition.get_selector_msg_by_value(selector_value(entry, *selector));
 }
 
-/// Null when the definition has no default message either.
-const char* choose_field(const _qz_LOG_log_entry_imp& entry, const _qz_LOG_log_definition* definition, bool use_default,
-                         unsigned int selector_index, Field field) {
+/// The selector message to render, or null for the default message.
+const _qz_LOG_selector_message* choose_selector_message(const _qz_LOG_log_entry_imp& entry,
+                                                        const _qz_LOG_log_definition* definition, bool use_default,
+                                                        unsigned int selector_index) {
   if (definition == nullptr) {
     throw QZX_logging_misc("_qz_LOG_log_entry_imp::_get_attribute_internal(): entry not initialized", 0);
   }
-  const char* chosen = nullptr;
-  if (!use_default) {
-    const _qz_LOG_selector_message* const message = pick_selector_message(entry, *definition, selector_index);
-    if (message != nullptr) chosen = field_of(*message, field);
-  }
-  return chosen != nullptr ? chosen : default_field(*definition, field);
+  return use_default ? nullptr : pick_selector_message(entry, *definition, selector_index);
 }
 
 }  // namespace
 
+const _qz_LOG_message_text& _qz_LOG_log_message::choose_message_text(const _qz_LOG_log_entry_imp& entry,
+                                                                     const _qz_LOG_log_definition* definition,
+                                                                     bool use_default, unsigned int selector_index) {
+  const auto* const chosen = choose_selector_message(entry, definition, use_default, selector_index);
+  return chosen != nullptr && chosen->get_message_text() != nullptr ? chosen->get_message()
+                                                                    : definition->get_default_message();
+}
+
+const char* _qz_LOG_log_message::choose_message_id(const _qz_LOG_log_entry_imp& entry,
+                                                   const _qz_LOG_log_definition* definition, bool use_default,
+                                                   unsigned int selector_index) {
+  const auto* const chosen = choose_selector_message(entry, definition, use_default, selector_index);
+  const char* const id = chosen != nullptr && chosen->get_message_id() != nullptr ? chosen->get_message_id()
+                                                                                  : definition->get_default_msg_id();
+  if (id != nullptr) return id;
+  throw QZX_logging_invalid_definition("<QZX_logging_invalid_definition>  no default message", 0);
+}
+
 icu::UnicodeString _qz_LOG_log_message::_get_message_string(const _qz_LOG_log_entry_imp& entry,
                                                             const _qz_LOG_log_definition* definition, bool use_default,
                                                             unsigned int selector_index) {
-  if (is_catalog_open()) {
-    const char* const id = choose_field(entry, definition, use_default, selector_index, Field::kId);
-    if (id == nullptr) {
-      throw QZX_logging_invalid_definition("<QZX_logging_invalid_definition>  no default message", 0);
-    }
-    return _get_string(id);
-  }
-  const char* const text = choose_field(entry, definition, use_default, selector_index, Field::kText);
+  if (is_catalog_open()) return _get_string(choose_message_id(entry, definition, use_default, selector_index));
+  const char* const text = choose_message_text(entry, definition, use_default, selector_index).get();
   return text != nullptr ? decode_text(text, "") : icu::UnicodeString();
 }
 
 qz_String _qz_LOG_log_message::_get_message_qzString(const _qz_LOG_log_entry_imp& entry,
                                                      const _qz_LOG_log_definition* definition, bool use_default,
                                                      unsigned int selector_index) {
-  return qz_String(choose_field(entry, definition, use_default, selector_index, Field::kText));
+  return qz_String(choose_message_text(entry, definition, use_default, selector_index).get());
 }

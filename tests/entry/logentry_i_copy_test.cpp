@@ -44,7 +44,7 @@ class EntryCopy : public EntryTest {
     EXPECT_EQ(entry.get_entry_id(), kId);
     EXPECT_EQ(entry.get_log_level(), 4U);
     EXPECT_EQ(entry.get_property_mask(), 0x80000005U);
-    EXPECT_STREQ(entry.get_version_text().c_str(), "2.5");
+    EXPECT_STREQ(entry.get_version_text(), "2.5");
     EXPECT_EQ(entry.get_timestamp(true).unix_seconds(), 1000000);
     EXPECT_TRUE(entry.get_attrib_bool("TypeBool"));
     EXPECT_EQ(entry.get_attrib_1u("TypeUInt1"), 200);
@@ -189,7 +189,7 @@ TEST_F(EntryCopy, VersionText_IsTheSources) {
   const Entry source(kId, 0);
   load({.tag = "3.1", .entries = {{.id = kId, .mask = 9}}});
   const Entry copy(source);
-  EXPECT_STREQ(copy.get_version_text().c_str(), "2.5");
+  EXPECT_STREQ(copy.get_version_text(), "2.5");
   EXPECT_EQ(copy.get_property_mask(), 9U);
 }
 

@@ -25,6 +25,15 @@ class EntryMemory : public EntryTest {
     entry.add_attrib_mbstr("TypeMBChar64", kOld, true);
     entry.add_attrib_time("TypeDate", qz_Time::from_unix_seconds(5));
   }
+  /// As many values more as an entry holds inside.
+  static void fill_up(Entry& entry) {
+    entry.add_attrib_bool("TypeBool", true);
+    entry.add_attrib_1u("TypeUInt1", 1);
+    entry.add_attrib_1("TypeSInt1", 1);
+    entry.add_attrib_2u("TypeUInt2", 1);
+    entry.add_attrib_2("TypeSInt2", 1);
+    entry.add_attrib_4("TypeSInt4", 1);
+  }
   static void expect_filled(const Entry& entry) {
     EXPECT_EQ(entry.get_entry_id(), kId);
     EXPECT_EQ(entry.get_log_level(), 4U);
@@ -41,9 +50,35 @@ class EntryMemory : public EntryTest {
   }
 };
 
-TEST_F(EntryMemory, EachAllocationOfConstructionFails_ThrowsMemoryAlloc) {
+TEST_F(EntryMemory, ConstructionAgain_TakesNoMemory) {
   warm_up();
-  EXPECT_GT(FailEveryAllocation([] { Entry entry(kId, 3); }, [] { EXPECT_EQ(Entry(kId, 3).get_log_level(), 3U); }), 0U);
+  EXPECT_EQ(FailEveryAllocation([] { Entry entry(kId, 3); }), 0U);
+}
+
+TEST_F(EntryMemory, ShortValuesOfAnEmptyEntry_TakeNoMemory) {
+  Entry entry(kId, 0);
+  EXPECT_EQ(FailEveryAllocation([&] {
+              entry.add_attrib_bool("TypeBool", true);
+              entry.add_attrib_4u("TypeUInt4", 1);
+              entry.add_attrib_float8("TypeFloat", 1);
+              entry.add_attrib_str("TypeChar64", "a short text", true);
+              entry.add_attrib_time("TypeTime", qz_Time());
+            }),
+            0U);
+}
+
+TEST_F(EntryMemory, EachAllocationOfAValueMoreThanTheEntryHolds_ThrowsAndNothingIsAdded) {
+  Entry entry(kId, 0);
+  fill(entry);
+  fill_up(entry);
+  EXPECT_GT(FailEveryAllocation([&] { entry.add_attrib_4u("GlobalTypeUInt4", 1); },
+                                [&] {
+                                  EXPECT_FALSE(entry.has_value("GlobalTypeUInt4"));
+                                  expect_filled(entry);
+                                }),
+            0U);
+  EXPECT_EQ(entry.get_attrib_4u("GlobalTypeUInt4"), 1U);
+  expect_filled(entry);
 }
 
 TEST_F(EntryMemory, EachAllocationOfTheFirstConstructionWithAnIdFails_ThrowsMemoryAlloc) {
@@ -62,6 +97,7 @@ struct Operation {
   const char* what;
   void (*run)(Entry& entry);
   const char* name;  // of the attribute that it adds and fill() does not set, or null
+  bool takes_memory = false;
 };
 
 TEST_F(EntryMemory, EachAllocationOfANewAddFails_NothingIsAddedAndTheRestStays) {
@@ -74,20 +110,20 @@ TEST_F(EntryMemory, EachAllocationOfANewAddFails_NothingIsAddedAndTheRestStays) 
       {"4u", [](Entry& e) { e.add_attrib_4u("GlobalTypeUInt4", 1); }, "GlobalTypeUInt4"},
       {"4", [](Entry& e) { e.add_attrib_4("TypeSInt4", 1); }, "TypeSInt4"},
       {"float8", [](Entry& e) { e.add_attrib_float8("TypeFloat", 1); }, "TypeFloat"},
-      {"str", [](Entry& e) { e.add_attrib_str("TypeChar2K", kNew, true); }, "TypeChar2K"},
-      {"mbstr", [](Entry& e) { e.add_attrib_mbstr("TypeMBChar2K", kNew, true); }, "TypeMBChar2K"},
+      {"str", [](Entry& e) { e.add_attrib_str("TypeChar2K", kNew, true); }, "TypeChar2K", true},
+      {"mbstr", [](Entry& e) { e.add_attrib_mbstr("TypeMBChar2K", kNew, true); }, "TypeMBChar2K", true},
       {"time", [](Entry& e) { e.add_attrib_time("TypeTime", qz_Time()); }, "TypeTime"},
   };
   for (const Operation& operation : operations) {
     SCOPED_TRACE(operation.what);
     Entry entry(kId, 0);
     fill(entry);
-    EXPECT_GT(FailEveryAllocation([&] { operation.run(entry); },
-                                  [&] {
-                                    EXPECT_FALSE(entry.has_value(operation.name));
-                                    expect_filled(entry);
-                                  }),
-              0U);
+    const unsigned allocations = FailEveryAllocation([&] { operation.run(entry); },
+                                                     [&] {
+                                                       EXPECT_FALSE(entry.has_value(operation.name));
+                                                       expect_filled(entry);
+                                                     });
+    EXPECT_EQ(allocations != 0, operation.takes_memory);
     EXPECT_TRUE(entry.has_value(operation.name));
     expect_filled(entry);
   }
@@ -96,15 +132,16 @@ TEST_F(EntryMemory, EachAllocationOfANewAddFails_NothingIsAddedAndTheRestStays) 
 TEST_F(EntryMemory, EachAllocationOfAReplacingAddFails_TheOldValueStays) {
   const Operation operations[] = {
       {"4u", [](Entry& e) { e.add_attrib_4u("TypeUInt4", 8); }, nullptr},
-      {"str", [](Entry& e) { e.add_attrib_str("TypeChar64", kNew, true); }, nullptr},
-      {"mbstr", [](Entry& e) { e.add_attrib_mbstr("TypeMBChar64", kNew, true); }, nullptr},
+      {"str", [](Entry& e) { e.add_attrib_str("TypeChar64", kNew, true); }, nullptr, true},
+      {"mbstr", [](Entry& e) { e.add_attrib_mbstr("TypeMBChar64", kNew, true); }, nullptr, true},
       {"time", [](Entry& e) { e.add_attrib_time("TypeDate", qz_Time()); }, nullptr},
   };
   for (const Operation& operation : operations) {
     SCOPED_TRACE(operation.what);
     Entry entry(kId, 0);
     fill(entry);
-    EXPECT_GT(FailEveryAllocation([&] { operation.run(entry); }, [&] { expect_filled(entry); }), 0U);
+    const unsigned allocations = FailEveryAllocation([&] { operation.run(entry); }, [&] { expect_filled(entry); });
+    EXPECT_EQ(allocations != 0, operation.takes_memory);
   }
 }
 
@@ -170,6 +207,7 @@ TEST_F(EntryMemory, EachAllocationOfSetEntryIdFails_TheAttributesStay) {
 TEST_F(EntryMemory, EachAllocationOfSetTimestampFails_TheAttributesStay) {
   Entry entry(kId, 0);
   fill(entry);
+  fill_up(entry);
   EXPECT_GT(FailEveryAllocation([&] { entry.set_timestamp(qz_Time::from_unix_seconds(9), true); },
                                 [&] { expect_filled(entry); }),
             0U);

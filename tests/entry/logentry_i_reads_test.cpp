@@ -172,6 +172,14 @@ TEST_F(EntryReads, FillFormOfUnset_FalseAndUntouchedInEveryMode) {
   }
 }
 
+void add_text(Entry& entry, const std::string& name, int code) {
+  if (code < TypeMBChar32) {
+    entry.add_attrib_str(name.c_str(), "text", true);
+  } else {
+    entry.add_attrib_mbstr(name.c_str(), "text", true);
+  }
+}
+
 /// Gives every attribute that can hold one a value other than the default and other than 1.
 void fill_all(Entry& entry) {
   for (const std::string& prefix : {std::string(), std::string("Global")}) {
@@ -184,8 +192,7 @@ void fill_all(Entry& entry) {
     entry._add_attribute((prefix + "TypeSInt4").c_str(), new _qz_LOG_stored<TypeSInt4>(7));
     entry._add_attribute((prefix + "TypeFloat").c_str(), new _qz_LOG_stored<TypeFloat>(8.5));
     for (int code = TypeChar32; code <= TypeMBChar2K; ++code) {
-      entry._add_attribute((prefix + type_name(code)).c_str(),
-                           _qz_LOG_new_text(static_cast<unsigned char>(code), "text"));
+      add_text(entry, prefix + type_name(code), code);
     }
     const qz_Time time = qz_Time::from_unix_seconds(77);
     entry._add_attribute((prefix + "TypeDate").c_str(), new _qz_LOG_stored<TypeDate>(time));

@@ -29,7 +29,7 @@ TEST_F(EntryCore, DefaultConstructed_IsEmpty) {
   EXPECT_EQ(entry.get_entry_id(), 0U);
   EXPECT_EQ(entry.get_log_level(), 0U);
   EXPECT_EQ(entry.get_property_mask(), 0U);
-  EXPECT_STREQ(entry.get_version_text().c_str(), "");
+  EXPECT_STREQ(entry.get_version_text(), "");
   EXPECT_EQ(entry.get_definition(), nullptr);
   EXPECT_TRUE(entry.get_timestamp(true).is_GMT_time_mode());
   EXPECT_EQ(entry.get_timestamp(true).unix_seconds(), 0);
@@ -49,7 +49,7 @@ TEST_F(EntryCore, ConstructedWithId_TakesMaskVersionAndDefinition) {
     EXPECT_EQ(entry.get_entry_id(), id.id);
     EXPECT_EQ(entry.get_log_level(), 3U);
     EXPECT_EQ(entry.get_property_mask(), 0x80000005U);
-    EXPECT_STREQ(entry.get_version_text().c_str(), "2.5");
+    EXPECT_STREQ(entry.get_version_text(), "2.5");
     EXPECT_EQ(entry.get_definition(), qz_LOG_LogConfig::GetDefinitionTable()->find_entry(id.id));
     EXPECT_EQ(entry.get_timestamp(true).unix_seconds(), 0);
   }
@@ -102,7 +102,7 @@ TEST_F(EntryCore, SetEntryId_ResetsLevelAndTakesMaskAndVersion) {
   EXPECT_EQ(entry.get_entry_id(), kPlainId);
   EXPECT_EQ(entry.get_log_level(), 0U);
   EXPECT_EQ(entry.get_property_mask(), 0x44U);
-  EXPECT_STREQ(entry.get_version_text().c_str(), "2.5");
+  EXPECT_STREQ(entry.get_version_text(), "2.5");
   EXPECT_NE(entry.get_definition(), nullptr);
 }
 
@@ -135,7 +135,7 @@ TEST_F(EntryCore, SetEntryId_Unknown_ThrowsAndLeavesTheRest) {
   EXPECT_EQ(entry.get_entry_id(), kId);
   EXPECT_EQ(entry.get_log_level(), 4U);
   EXPECT_EQ(entry.get_property_mask(), 0x80000005U);
-  EXPECT_STREQ(entry.get_version_text().c_str(), "2.5");
+  EXPECT_STREQ(entry.get_version_text(), "2.5");
   EXPECT_EQ(entry.get_attrib_4u("TypeUInt4"), 7U);
 }
 
@@ -219,7 +219,7 @@ TEST_F(EntryCore, ClearAttribs_KeepsIdMaskVersionAndDefinition) {
   entry.clear_attribs(true);
   EXPECT_EQ(entry.get_entry_id(), kId);
   EXPECT_EQ(entry.get_property_mask(), 0x80000005U);
-  EXPECT_STREQ(entry.get_version_text().c_str(), "2.5");
+  EXPECT_STREQ(entry.get_version_text(), "2.5");
   EXPECT_EQ(entry.get_definition(), definition);
 }
 
@@ -278,10 +278,10 @@ TEST_F(EntryCore, DefinitionsReloaded_EntryGoesOnUsingTheOldUntilItsIdIsSet) {
   Entry entry(kId, 0);
   load({.tag = "3.1", .entries = {{.id = kId, .mask = 9, .attributes = {{"New", TypeUInt4}}}}});
   entry.add_attrib_4u("TypeUInt4", 7);
-  EXPECT_STREQ(entry.get_version_text().c_str(), "2.5");
+  EXPECT_STREQ(entry.get_version_text(), "2.5");
   EXPECT_EQ(entry.get_property_mask(), 0x80000005U);
   entry.set_entry_id(kId);
-  EXPECT_STREQ(entry.get_version_text().c_str(), "3.1");
+  EXPECT_STREQ(entry.get_version_text(), "3.1");
   EXPECT_EQ(entry.get_property_mask(), 9U);
   entry.add_attrib_4u("New", 8);
   EXPECT_EQ(entry.get_attrib_4u("TypeUInt4"), 7U);

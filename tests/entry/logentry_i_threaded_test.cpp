@@ -95,7 +95,7 @@ TEST_F(EntryThreads, DefaultConstructionAndClassWideWords_MayBeUsedAtOnce) {
       entry.set_entry_id(5 + (i + number) % 400);
       qz_LOG_LogEntry::SetOperationMode(2);
       success = Entry::get_log_major_version() == 2 && Entry::get_log_minor_version() == 5 && success;
-      success = std::string(empty.get_version_text().c_str()) == "2.5" && success;
+      success = std::string(empty.get_version_text()) == "2.5" && success;
       success = entry.get_attrib_4("GlobalTypeSInt4") == 0 && success;
     }
     return success;

@@ -55,7 +55,7 @@ TEST_F(EntryVersion, DefaultConstructed_ReadsTheTagUpToWhatDoesNotFit) {
     set(70, 80);
     const Entry entry;
     EXPECT_EQ(stored(), test_case.version);
-    EXPECT_STREQ(entry.get_version_text().c_str(), test_case.tag);
+    EXPECT_STREQ(entry.get_version_text(), test_case.tag);
   }
 }
 
@@ -84,7 +84,7 @@ TEST_F(EntryVersion, ConstructedWithId_ReadsMajorAlwaysAndMinorAfterAPoint) {
     set(70, 80);
     const Entry entry(kId, 0);
     EXPECT_EQ(stored(), test_case.version);
-    EXPECT_STREQ(entry.get_version_text().c_str(), test_case.tag);
+    EXPECT_STREQ(entry.get_version_text(), test_case.tag);
   }
 }
 
@@ -93,7 +93,7 @@ TEST_F(EntryVersion, DefaultConstructed_NoneOfTheFirstTenIds_ReadsNothing) {
   set(70, 80);
   const Entry entry;
   EXPECT_EQ(stored(), Version(70, 80));
-  EXPECT_STREQ(entry.get_version_text().c_str(), "");
+  EXPECT_STREQ(entry.get_version_text(), "");
 }
 
 TEST_F(EntryVersion, DefaultConstructed_NothingLoaded_ReadsNothing) {
@@ -112,7 +112,7 @@ TEST_F(EntryVersion, DefaultConstructed_TakesTheLowestOfTheFirstTenIds) {
     load_auxiliary({.tag = "2.2", .entries = {{.id = lowest}}});
     const Entry entry;
     EXPECT_EQ(stored(), Version(2, 2));
-    EXPECT_STREQ(entry.get_version_text().c_str(), "2.2");
+    EXPECT_STREQ(entry.get_version_text(), "2.2");
     EXPECT_EQ(entry.get_definition(), nullptr);
     EXPECT_EQ(entry.get_entry_id(), 0U);
     EXPECT_EQ(entry.get_property_mask(), 0U);
@@ -124,7 +124,7 @@ TEST_F(EntryVersion, SetEntryId_TakesTheTextButNotTheVersion) {
   Entry entry;
   set(70, 80);
   entry.set_entry_id(kId);
-  EXPECT_STREQ(entry.get_version_text().c_str(), "2.5");
+  EXPECT_STREQ(entry.get_version_text(), "2.5");
   EXPECT_EQ(stored(), Version(70, 80));
 }
 

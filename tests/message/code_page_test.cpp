@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <unicode/ucnv.h>
 
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -105,7 +106,8 @@ TEST_F(CodePage, LengthExceeds_AsTheDecodedLength) {
     const char* const page = pages[random.between(0, 6)];
     const std::string bytes = random.text(static_cast<std::size_t>(random.between(0, 40)));
     const int limit = static_cast<int>(random.between(0, 40));
-    EXPECT_EQ(decoded_length_exceeds(bytes.c_str(), page, limit), decode_text(bytes.c_str(), page).length() > limit)
+    EXPECT_EQ(decoded_length_exceeds(bytes.c_str(), std::strlen(bytes.c_str()), page, limit),
+              decode_text(bytes.c_str(), page).length() > limit)
         << page << " " << limit << " " << testing::PrintToString(bytes);
   }
 }

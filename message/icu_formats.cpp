@@ -1,0 +1,52 @@
+#include "message/icu_formats.h"
+
+#include "message/logmsg.h"
+#include "qzlog/qz_exception.h"
+
+namespace {
+
+[[noreturn]] void throw_pattern_failure() {
+  throw QZX_logging_internal_error(
+      "<QZX_logging_internal_error> _qz_LOG_log_message::get_message:  MessageFormat constructor failed! most caused "
+      "by "
+      "number of attribute in message txt more than 9. (now ICU only support 0-9 tags)",
+      0);
+}
+
+}  // namespace
+
+KeptFormat::KeptFormat(const IcuTemplate& message_template, const char* locale_name) : locale_name_(locale_name) {
+  if (!message_template.is_within_limits()) throw_pattern_failure();
+  UErrorCode status = U_ZERO_ERROR;
+  if (message_template.shows_time()) zone_.reset(icu::TimeZone::createDefault());
+  format_ = std::make_unique<icu::MessageFormat>(message_template.pattern(), _qz_LOG_log_message::get_locale(), status);
+  if (format_ == nullptr) throw QZX_memory_alloc();
+  if (U_FAILURE(status)) throw_pattern_failure();
+  if (!message_template.can_be_assembled()) return;
+  int count = 0;
+  const icu::Format** const formatters = format_->getFormats(count);
+  if (formatters == nullptr) throw QZX_memory_alloc();
+  formatters_.assign(formatters, formatters + count);
+}
+
+bool KeptFormat::is_current(const char* locale_name) const {
+  if (locale_name_ != locale_name) return false;
+  if (zone_ == nullptr) return true;
+  const std::unique_ptr<icu::TimeZone> zone(icu::TimeZone::createDefault());
+  return zone != nullptr && *zone_ == *zone;
+}
+
+const IntegerStyle& IcuFormats::integer_style(const char* locale_name) {
+  if (last_style_ != nullptr && last_locale_name_ == locale_name) return *last_style_;
+  last_style_ = nullptr;
+  last_locale_name_ = locale_name;
+  last_style_ =
+      &styles_.get(last_locale_name_, [] { return std::make_unique<IntegerStyle>(_qz_LOG_log_message::get_locale()); });
+  return *last_style_;
+}
+
+const KeptFormat& IcuFormats::format_of(const IcuTemplate& message_template, const char* locale_name) {
+  const auto make = [&] { return std::make_unique<KeptFormat>(message_template, locale_name); };
+  return formats_.get(
+      message_template.serial(), [locale_name](const KeptFormat& kept) { return kept.is_current(locale_name); }, make);
+}

@@ -1,0 +1,165 @@
+#include "message/icu_template.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cstdio>
+#include <memory>
+
+#include "foundation/text_buffer.h"
+#include "message/code_page.h"
+#include "message/icu_arguments.h"
+#include "message/logmsg.h"
+
+namespace {
+
+// ICU parses nested arguments by calling itself; a pattern that is deeper than any message would exhaust the stack.
+constexpr int kMaxNesting = 100;
+
+constexpr UChar kIntegerType[] = u"number";
+constexpr UChar kIntegerStyle[] = u"##########";
+
+/// The style of an argument in the pattern, between its number and the closing brace.
+const char* argument_style(MessageFormatKind kind) {
+  switch (kind) {
+    case MessageFormatKind::kCurrency:
+      return ",number,currency";
+    case MessageFormatKind::kPercent:
+      return ",number,percent";
+    case MessageFormatKind::kDate:
+      return ",date";
+    case MessageFormatKind::kTime:
+      return ",time";
+    case MessageFormatKind::kFloat:
+      return ",number";
+    case MessageFormatKind::kInteger:
+      return ",number,##########";
+    case MessageFormatKind::kText:
+    case MessageFormatKind::kUnknown:
+      break;
+  }
+  return "";
+}
+
+bool shows_time(MessageFormatKind kind) { return kind == MessageFormatKind::kDate || kind == MessageFormatKind::kTime; }
+
+/// How deeply the braces of a pattern nest, those between apostrophes left out as ICU leaves them out.
+int nesting_of(const icu::UnicodeString& pattern) {
+  int depth = 0;
+  int deepest = 0;
+  bool quoted = false;
+  for (int i = 0; i < pattern.length(); ++i) {
+    const UChar unit = pattern.charAt(i);
+    const UChar next = pattern.charAt(i + 1);
+    if (unit == u'\'' && next == u'\'') {
+      ++i;
+    } else if (unit == u'\'') {
+      quoted = !quoted && (next == u'{' || next == u'}');
+    } else if (!quoted && unit == u'{') {
+      deepest = std::max(deepest, ++depth);
+    } else if (!quoted && unit == u'}') {
+      depth = std::max(depth - 1, 0);
+    }
+  }
+  return deepest;
+}
+
+std::uint64_t next_serial() {
+  static std::atomic<std::uint64_t> last{0};
+  return last.fetch_add(1, std::memory_order_relaxed) + 1;
+}
+
+std::unique_ptr<_qz_LOG_msg_token_list> tokenize(const icu::UnicodeString& text) {
+  auto tokens = std::make_unique<_qz_LOG_msg_token_list>();
+  _qz_LOG_log_message::_tokenize_string(text, *tokens);
+  return tokens;
+}
+
+}  // namespace
+
+IcuTemplate::IcuTemplate(const icu::UnicodeString& text) : IcuTemplate(tokenize(text)) {}
+
+IcuTemplate::IcuTemplate(std::unique_ptr<const _qz_LOG_msg_token_list> tokens)
+    : serial_(next_serial()),
+      pieces_(*tokens, TemplatePieces::Texts::kNone),
+      formattable_count_(_qz_LOG_log_message::_get_number_of_attributes(*tokens)) {
+  build_pattern(*tokens);
+  is_within_limits_ = argument_count() <= IcuArguments::kMost && nesting_of(pattern_) <= kMaxNesting;
+  can_be_assembled_ = is_within_limits_ && split_pattern();
+}
+
+void IcuTemplate::build_pattern(const _qz_LOG_msg_token_list& tokens) {
+  for (const _qz_LOG_msg_token* token = tokens.get_head(); token != nullptr; token = token->get_next()) {
+    if (token->get_type() == _QZ_STRING_TOKEN) {
+      const icu::UnicodeString& text = static_cast<const _qz_LOG_string_token*>(token)->get_text();
+      pattern_ += text;
+      // A brace in the text may ask ICU for a time as well as a reference.
+      shows_time_ = shows_time_ || text.indexOf(u'{') >= 0;
+    } else if (token->get_type() == _QZ_FMT_SPECIFIER_TOKEN && argument_of(*token) != nullptr) {
+      append_argument(message_format_kind(static_cast<const _qz_LOG_fmt_spec_token*>(token)->get_format()));
+    }
+  }
+}
+
+void IcuTemplate::append_argument(MessageFormatKind kind) {
+  if (kind == MessageFormatKind::kUnknown) return;
+  char number[16];
+  std::snprintf(number, sizeof(number), "{%u", argument_count());
+  kinds_.push_back(kind);
+  pattern_ += icu::UnicodeString(number, -1, US_INV);
+  pattern_ += icu::UnicodeString(argument_style(kind), -1, US_INV);
+  pattern_ += u'}';
+  shows_time_ = shows_time_ || ::shows_time(kind);
+}
+
+/// Walks the pattern as MessageFormat does when it formats. False when there is a part that only it can write.
+bool IcuTemplate::split_pattern() {
+  UErrorCode status = U_ZERO_ERROR;
+  const icu::MessagePattern parsed(pattern_, nullptr, status);
+  if (U_FAILURE(status)) return false;
+  unsigned format_index = 0;
+  int literal_begin = parsed.getPart(0).getLimit();
+  for (int i = 1; i < parsed.countParts(); ++i) {
+    const icu::MessagePattern::Part& part = parsed.getPart(i);
+    if (!append_literal(literal_begin, part.getIndex())) return false;
+    literal_begin = part.getLimit();
+    if (part.getType() == UMSGPAT_PART_TYPE_MSG_LIMIT) return true;
+    if (part.getType() != UMSGPAT_PART_TYPE_ARG_START) continue;
+    if (!append_argument_part(parsed, i, format_index++)) return false;
+    i = parsed.getLimitPartIndex(i);
+    literal_begin = parsed.getPart(i).getLimit();
+  }
+  return false;
+}
+
+/// False when the text has half a surrogate pair, which what follows might complete.
+bool IcuTemplate::append_literal(int begin, int end) {
+  if (begin == end) return true;
+  qz_TextBuffer bytes;
+  if (!append_utf8(pattern_.tempSubStringBetween(begin, end), bytes)) return false;
+  parts_.push_back(
+      {Part::Kind::kLiteral, 0, 0, static_cast<unsigned>(literals_.size()), static_cast<unsigned>(bytes.size())});
+  literals_.append(bytes.data(), bytes.size());
+  return true;
+}
+
+bool IcuTemplate::append_argument_part(const icu::MessagePattern& parsed, int start, unsigned format_index) {
+  const UMessagePatternArgType type = parsed.getPart(start).getArgType();
+  const icu::MessagePattern::Part& name = parsed.getPart(start + 1);
+  if (name.getType() != UMSGPAT_PART_TYPE_ARG_NUMBER) return false;
+  const auto number = static_cast<unsigned>(name.getValue());
+  if (number >= argument_count()) return false;
+  const MessageFormatKind kind = kinds_[number];
+  if (type == UMSGPAT_ARG_TYPE_NONE) {
+    parts_.push_back({Part::Kind::kText, number, 0, 0, 0});
+    return kind == MessageFormatKind::kText;
+  }
+  if (type != UMSGPAT_ARG_TYPE_SIMPLE) return false;
+  const bool is_plain_integer = kind == MessageFormatKind::kInteger &&
+                                parsed.partSubstringMatches(parsed.getPart(start + 2), kIntegerType) &&
+                                parsed.getPart(start + 3).getType() == UMSGPAT_PART_TYPE_ARG_STYLE &&
+                                parsed.partSubstringMatches(parsed.getPart(start + 3), kIntegerStyle);
+  parts_.push_back({is_plain_integer ? Part::Kind::kInteger : Part::Kind::kFormatted, number, format_index, 0, 0});
+  has_integer_parts_ = has_integer_parts_ || is_plain_integer;
+  has_formatted_parts_ = has_formatted_parts_ || !is_plain_integer;
+  return true;
+}
