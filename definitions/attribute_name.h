@@ -8,12 +8,34 @@
 struct _qz_LOG_attribute_name {
   explicit _qz_LOG_attribute_name(const char* name)
       : text(name), length(static_cast<unsigned>(QZ_strlen(name))), hash(my_hashcode(name, length)) {}
-  _qz_LOG_attribute_name(const char* name, unsigned name_length, unsigned name_hash)
-      : text(name), length(name_length), hash(name_hash) {}
 
   const char* text;
   unsigned length;
   unsigned hash;  ///< my_hashcode
+};
+
+/// A known attribute name: one object for each text, so that two of them are equal when they are the same. Definitions
+/// repeat few names many times; the objects live as long as the process.
+class _qz_LOG_known_name {
+ public:
+  /// The object of a text, made when it is the first to ask. Any thread. Throws QZX_memory_alloc.
+  static const _qz_LOG_known_name* of(const char* text);
+
+  const char* text() const { return text_; }
+  unsigned length() const { return length_; }
+  /// my_hashcode
+  unsigned hash() const { return hash_; }
+  bool equals(const _qz_LOG_attribute_name& name) const {
+    return hash_ == name.hash && QZ_strcmp(text_, name.text) == 0;
+  }
+
+ private:
+  friend class KnownNames;
+  _qz_LOG_known_name(const char* text, unsigned length, unsigned hash) : length_(length), hash_(hash), text_(text) {}
+
+  unsigned length_;
+  unsigned hash_;
+  const char* text_;
 };
 
 #endif  // QZLOG_DEFINITIONS_ATTRIBUTE_NAME_H

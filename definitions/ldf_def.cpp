@@ -61,17 +61,16 @@ std::unique_ptr<Element> take_from_list(Element** list, unsigned char& count, co
   return taken;
 }
 
-_qz_LOG_attribute_entry* find_by_name(_qz_LOG_attribute_entry* const* list, unsigned char count,
-                                      const qz_HashIndex& index, const _qz_LOG_attribute_name& name) {
-  if (!index.empty() && !_qz_LOG_attribute_entry::any_renamed()) {
-    const unsigned position =
-        index.find(name.hash, [&](unsigned candidate) { return list[candidate]->has_name(name); });
-    return position != qz_HashIndex::kNone ? list[position] : nullptr;
+constexpr unsigned kNone = qz_HashIndex::kNone;
+
+unsigned find_position(_qz_LOG_attribute_entry* const* list, unsigned char count, const qz_HashIndex& index,
+                       const _qz_LOG_attribute_name& name) {
+  const auto matches = [&](unsigned position) { return list[position]->get_known_name()->equals(name); };
+  if (!index.empty() && !_qz_LOG_attribute_entry::any_renamed()) return index.find(name.hash, matches);
+  for (unsigned position = 0; position < count; ++position) {
+    if (matches(position)) return position;
   }
-  for (unsigned i = 0; i < count; ++i) {
-    if (list[i]->has_name(name)) return list[i];
-  }
-  return nullptr;
+  return kNone;
 }
 
 /// Room in the index for one attribute more, which a list that is short enough does not need.
@@ -96,15 +95,11 @@ const char* text_or_empty(const char* text) { return text == nullptr ? "" : text
 }  // namespace
 
 _qz_LOG_attribute_entry::_qz_LOG_attribute_entry(const char* name, const char* redirection_name, unsigned char type)
-    : name_(qz_duplicate_text(name)),
-      redirection_name_(qz_duplicate_text(redirection_name)),
-      type_(type),
-      name_hash_(my_hashcode(name)) {}
+    : name_(_qz_LOG_known_name::of(name)), redirection_name_(qz_duplicate_text(redirection_name)), type_(type) {}
 
 void _qz_LOG_attribute_entry::set_name(const char* name) {
-  name_ = qz_duplicate_text(name);
+  name_ = _qz_LOG_known_name::of(name);
   any_renamed_.store(true, std::memory_order_relaxed);
-  name_hash_ = my_hashcode(name_.get());
 }
 
 void _qz_LOG_attribute_entry::set_redirection_name(const char* redirection_name) {
@@ -255,11 +250,21 @@ void _qz_LOG_log_definition::release() {
 }
 
 _qz_LOG_attribute_entry* _qz_LOG_log_definition::find_own_attribute(const _qz_LOG_attribute_name& name) const {
-  return find_by_name(attributes_, attribute_count_, attribute_index_, name);
+  const unsigned position = find_own_position(name);
+  return position != kNone ? attributes_[position] : nullptr;
+}
+
+unsigned _qz_LOG_log_definition::find_own_position(const _qz_LOG_attribute_name& name) const {
+  return find_position(attributes_, attribute_count_, attribute_index_, name);
 }
 
 _qz_LOG_attribute_entry* _qz_LOG_log_definition::find_global_attribute(const _qz_LOG_attribute_name& name) {
-  return find_by_name(p_global_attr_entries, n_global_attr_entries, global_attribute_index, name);
+  const unsigned position = find_global_position(name);
+  return position != kNone ? p_global_attr_entries[position] : nullptr;
+}
+
+unsigned _qz_LOG_log_definition::find_global_position(const _qz_LOG_attribute_name& name) {
+  return find_position(p_global_attr_entries, n_global_attr_entries, global_attribute_index, name);
 }
 
 /// Null when it is not a global attribute.

@@ -20,25 +20,22 @@ class _qz_LOG_attribute_entry : public qz_UTIL_no_inadvertant_copies {
   void set_name(const char* name);
   void set_redirection_name(const char* redirection_name);
 
-  const char* get_name() const { return name_.get(); }
+  const char* get_name() const { return name_->text(); }
+  const _qz_LOG_known_name* get_known_name() const { return name_; }
   /// Null when none was given.
   const char* get_redirection_name() const { return redirection_name_.get(); }
   unsigned char get_type() const { return type_; }
   /// my_hashcode of the name.
-  unsigned get_name_hash() const { return name_hash_; }
-  bool has_name(const _qz_LOG_attribute_name& name) const {
-    return name_hash_ == name.hash && QZ_strcmp(name_.get(), name.text) == 0;
-  }
+  unsigned get_name_hash() const { return name_->hash(); }
   /// Whether any attribute was ever renamed: lists that hold it then know it under its former name.
   static bool any_renamed() { return any_renamed_.load(std::memory_order_relaxed); }
 
  private:
   static inline std::atomic<bool> any_renamed_{false};
 
-  qz_OwnedText name_;
+  const _qz_LOG_known_name* name_;
   qz_OwnedText redirection_name_;
   unsigned char type_;
-  unsigned name_hash_;
 };
 
 /// A message that the value of the selector attribute, or an explicit index, picks instead of the default message.
@@ -111,6 +108,12 @@ class _qz_LOG_log_definition : public qz_UTIL_no_inadvertant_copies {
   _qz_LOG_attribute_entry* find_attribute(const _qz_LOG_attribute_name& name) const;
   /// Own attributes only.
   _qz_LOG_attribute_entry* find_own_attribute(const _qz_LOG_attribute_name& name) const;
+  /// The position of an own attribute, or of none: then it is not below get_attr_count().
+  unsigned find_own_position(const _qz_LOG_attribute_name& name) const;
+  /// The own attribute at a position, or null.
+  const _qz_LOG_attribute_entry* get_own_attribute(unsigned position) const {
+    return position < attribute_count_ ? attributes_[position] : nullptr;
+  }
   bool get_attr_info_by_name(const char* name, unsigned char& type, const char*& redirection_name) const;
   /// The i-th own attribute in insertion order. Throws QZX_logging_internal_error when there is none.
   void get_attr_info_by_index(unsigned char i, const char*& name, unsigned char& type,
@@ -130,6 +133,8 @@ class _qz_LOG_log_definition : public qz_UTIL_no_inadvertant_copies {
   static void add_global_attr_info(const char* name, unsigned char type);
   static bool get_global_attr_info_by_name(const char* name, unsigned char& type);
   static _qz_LOG_attribute_entry* find_global_attribute(const _qz_LOG_attribute_name& name);
+  /// As find_own_position.
+  static unsigned find_global_position(const _qz_LOG_attribute_name& name);
   /// Throws QZX_logging_index_out_of_bound when there is no i-th global attribute: another class than for own
   /// attributes, callers tell them apart by it.
   static void get_global_attr_info_by_index(unsigned char i, const char*& name, unsigned char& type);

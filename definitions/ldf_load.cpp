@@ -7,9 +7,7 @@
 
 #include "definitions/def_read.h"
 #include "foundation/allocate.h"
-#include "foundation/thread_instance.h"
 #include "qzlog/file_io.h"
-#include "util/debug_record.h"
 
 namespace {
 
@@ -17,7 +15,6 @@ constexpr const char* kSource = "ldf_load";
 constexpr unsigned kIndexSize = 23;
 constexpr unsigned long long kMostBuckets = 1U << 28;
 constexpr unsigned kMapPairSize = 8;
-constexpr unsigned kLookupLevel = 3;
 
 [[noreturn]] void _throw_file_io_error() {
   QZ_DEBUG_RECORD(1, kSource, "%s:%d _throw_file_io_error()\n");
@@ -201,16 +198,11 @@ _qz_LOG_definition_ref _qz_LOG_log_definition_tbl::acquire_entry(unsigned int en
   return const_cast<_qz_LOG_log_definition_tbl*>(this)->_find_entry_non_const(entry_id);
 }
 
-_qz_LOG_definition_hold_ref _qz_LOG_log_definition_tbl::hold_entry(unsigned int entry_id) const {
-  return with_thread_instance<_qz_LOG_thread_holds>([&](_qz_LOG_thread_holds& holds) {
-    _qz_LOG_definition_hold* const hold = holds.find(entry_id);
-    // A lookup that is traced takes the way that writes the records.
-    if (hold != nullptr && hold->definition().is_cached_in(this) && !debug_log_wants(kLookupLevel)) {
-      return _qz_LOG_definition_hold_ref::share(hold);
-    }
-    _qz_LOG_definition_ref definition = acquire_entry(entry_id);
-    return definition ? holds.keep(entry_id, std::move(definition)) : _qz_LOG_definition_hold_ref();
-  });
+_qz_LOG_definition_hold_ref _qz_LOG_log_definition_tbl::hold_afresh(unsigned int entry_id) const {
+  _qz_LOG_definition_ref definition = acquire_entry(entry_id);
+  if (!definition) return {};
+  return with_thread_instance<_qz_LOG_thread_holds>(
+      [&](_qz_LOG_thread_holds& holds) { return holds.keep(entry_id, std::move(definition)); });
 }
 
 void _qz_LOG_log_definition_tbl::clear() {
@@ -277,7 +269,7 @@ bool _qz_LOG_log_definition_tbl::index_entry(unsigned int entry_id, unsigned int
 
 /// A lookup while a file is loaded finds nothing while only a standard file is on its way; but traced it is to be seen.
 bool _qz_LOG_log_definition_tbl::may_be_known(unsigned int entry_id, bool is_aux) const {
-  return (is_aux && index_.find(entry_id) != nullptr) || debug_log_wants(kLookupLevel);
+  return (is_aux && index_.find(entry_id) != nullptr) || debug_log_wants(kTraceLevel);
 }
 
 _qz_LOG_definition_ref _qz_LOG_log_definition_tbl::_find_entry_non_const(unsigned int entry_id) {

@@ -8,6 +8,8 @@
 #include "foundation/file_handle.h"
 #include "foundation/hash_tbl.h"
 #include "foundation/locks.h"
+#include "foundation/thread_instance.h"
+#include "util/debug_record.h"
 
 struct _qz_LOG_ldf_header_struct;
 
@@ -43,6 +45,8 @@ class _qz_LOG_entry_index : public qz_MISC_hash_tbl<unsigned int, _qz_LOG_log_de
 class _qz_LOG_log_definition_tbl : public qz_UTIL_no_inadvertant_copies {
  public:
   static constexpr unsigned kCacheSize = 128;
+  /// The debug level of the records about lookups.
+  static constexpr unsigned kTraceLevel = 3;
 
   _qz_LOG_log_definition_tbl();
   ~_qz_LOG_log_definition_tbl();
@@ -60,7 +64,15 @@ class _qz_LOG_log_definition_tbl : public qz_UTIL_no_inadvertant_copies {
   _qz_LOG_definition_ref acquire_entry(unsigned int entry_id) const;
   /// The same for an entry of the calling thread: a hold that the thread's entries share. A thread that looks up an ID
   /// again reads nothing that other threads write, unless the definition was evicted or replaced meanwhile.
-  _qz_LOG_definition_hold_ref hold_entry(unsigned int entry_id) const;
+  _qz_LOG_definition_hold_ref hold_entry(unsigned int entry_id) const {
+    const _qz_LOG_thread_holds* const holds = qz_ThreadInstance<_qz_LOG_thread_holds>::find();
+    _qz_LOG_definition_hold* const hold = holds != nullptr ? holds->find(entry_id) : nullptr;
+    // A lookup that is traced takes the way that writes the records.
+    if (hold == nullptr || !hold->definition().is_cached_in(this) || debug_log_wants(kTraceLevel)) {
+      return hold_afresh(entry_id);
+    }
+    return _qz_LOG_definition_hold_ref::share(hold);
+  }
 
   /// Forgets both files, every definition and the index, but not the global attributes.
   void clear();
@@ -79,6 +91,7 @@ class _qz_LOG_log_definition_tbl : public qz_UTIL_no_inadvertant_copies {
   bool may_be_known(unsigned int entry_id, bool is_aux) const;
   _qz_LOG_log_definition* find_cached(unsigned int entry_id) const;
   void store_in_cache(_qz_LOG_log_definition* definition);
+  _qz_LOG_definition_hold_ref hold_afresh(unsigned int entry_id) const;
   static void drop_from_cache(_qz_LOG_log_definition* definition);
 
   bool std_loaded_ = false;

@@ -12,30 +12,41 @@
 #include "foundation/hash_index.h"
 #include "foundation/no_copies.h"
 
-/// The attribute values of one entry by name, each name at most once. As many values as most entries have, and their
-/// names, stand inside the store, so that adding them takes no memory; further ones are on the heap. A value stays
-/// where it is until it is removed. Running out of memory throws QZX_memory_alloc and leaves the store as it was.
+/// The attribute values of one entry by name, each name at most once. As many values as most entries have stand inside
+/// the store, so that adding them takes no memory; further ones are on the heap. A value stays where it is until it is
+/// removed. Running out of memory throws QZX_memory_alloc and leaves the store as it was.
 class _qz_LOG_attribute_store : public qz_UTIL_no_inadvertant_copies {
  public:
   static constexpr unsigned kInlineValues = 10;
-  static constexpr std::size_t kInlineNameBytes = 128;
 
   // User-provided: the room for values is left uninitialised even where a store is value-initialised.
   _qz_LOG_attribute_store() {}  // NOLINT(modernize-use-equals-default)
   ~_qz_LOG_attribute_store() { clear(); }
 
   /// The stored value or null.
-  _qz_LOG_type_base* find(const _qz_LOG_attribute_name& name) const;
+  _qz_LOG_type_base* find(const _qz_LOG_attribute_name& name) const {
+    const unsigned position = find_position(name);
+    return position != kNone ? value_at(position) : nullptr;
+  }
+  /// The same for a known name. Values are often asked for in the order in which they were added: the search begins at
+  /// the place `expected`.
+  _qz_LOG_type_base* find(const _qz_LOG_known_name* name, unsigned expected = 0) const {
+    if (expected < count_ && expected < kInlineValues && names_[expected] == name) return value_at(expected);
+    const unsigned position = find_position(name);
+    return position != kNone ? value_at(position) : nullptr;
+  }
 
   /// Adds the value or replaces the one under the name, whatever its type.
   template <unsigned char code>
-  void put(const _qz_LOG_attribute_name& name, typename _qz_LOG_value_of<code>::type&& value) {
+  void put(const _qz_LOG_known_name* name, typename _qz_LOG_value_of<code>::type&& value) {
     using Stored = _qz_LOG_stored<code>;
-    _qz_LOG_type_base* const former = find(name);
-    if (former == nullptr) {
-      Cell& cell = claim_cell(name);
-      new (cell.value) Stored(std::move(value));
-    } else if (former->get_type() == code) {
+    const unsigned position = find_position(name);
+    if (position == kNone) {
+      new (claim_place(name)) Stored(std::move(value));
+      return;
+    }
+    _qz_LOG_type_base* const former = value_at(position);
+    if (former->get_type() == code) {
       static_cast<Stored*>(former)->value = std::move(value);
     } else {
       // The entry's ID was changed since, and the name stands for another type now.
@@ -44,58 +55,80 @@ class _qz_LOG_attribute_store : public qz_UTIL_no_inadvertant_copies {
     }
   }
   /// The same with a copy of a value whose type is known at run time only.
-  void put_copy(const _qz_LOG_attribute_name& name, const _qz_LOG_type_base& value);
+  void put_copy(const _qz_LOG_known_name* name, const _qz_LOG_type_base& value);
 
   /// False when there is none.
   bool remove(const _qz_LOG_attribute_name& name);
   /// Removes every value.
-  void clear();
+  void clear() {
+    for (unsigned i = 0; i < count_; ++i) {
+      if (name_at(i) != nullptr) value_at(i)->~_qz_LOG_type_base();
+    }
+    count_ = 0;
+    removed_ = 0;
+    if (further_ != nullptr) further_.reset();
+  }
 
-  /// Calls visit(const char* name, const _qz_LOG_type_base& value) for each value, in no order that means anything.
+  /// Calls visit(const _qz_LOG_known_name* name, const _qz_LOG_type_base& value) for each value, in no order that means
+  /// anything.
   template <typename Visit>
   void for_each(Visit visit) const {
     for (unsigned i = 0; i < count_; ++i) {
-      const Cell& cell = cell_at(i);
-      if (cell.name != nullptr) visit(cell.name, *value_in(cell));
+      if (name_at(i) != nullptr) visit(name_at(i), *value_at(i));
     }
   }
 
  private:
-  struct Cell {
-    alignas(_qz_LOG_stored<TypeChar32>) alignas(_qz_LOG_stored<TypeFloat>) unsigned char value[_qz_LOG_kStoredSize];
-    const char* name;  // null: the value was removed
+  struct alignas(_qz_LOG_stored<TypeChar32>) alignas(_qz_LOG_stored<TypeFloat>) Place {
+    unsigned char bytes[_qz_LOG_kStoredSize];
   };
-  struct HeapCell {
-    Cell cell;
-    unsigned hash;
+  struct FurtherPlace {
+    const _qz_LOG_known_name* name = nullptr;
+    Place place;
   };
-
-  static _qz_LOG_type_base* value_in(const Cell& cell) {
-    return std::launder(reinterpret_cast<_qz_LOG_type_base*>(const_cast<unsigned char*>(cell.value)));
-  }
-  Cell& cell_at(unsigned i) { return i < kInlineValues ? cells_[i] : further_[i - kInlineValues]->cell; }
-  const Cell& cell_at(unsigned i) const { return i < kInlineValues ? cells_[i] : further_[i - kInlineValues]->cell; }
-  unsigned& hash_at(unsigned i) { return i < kInlineValues ? hashes_[i] : further_[i - kInlineValues]->hash; }
-  unsigned hash_at(unsigned i) const { return i < kInlineValues ? hashes_[i] : further_[i - kInlineValues]->hash; }
-  bool holds(unsigned i, const _qz_LOG_attribute_name& name) const;
-  unsigned find_position(const _qz_LOG_attribute_name& name) const;
-
-  Cell& claim_cell(const _qz_LOG_attribute_name& name);
-  unsigned first_removed() const;
-  void make_room_behind(unsigned position);
-  const char* store_name(const _qz_LOG_attribute_name& name);
-  void release_name(const char* name);
-
+  /// What stands on the heap: the places behind those inside, and an index of all of them.
+  struct Further {
+    std::vector<std::unique_ptr<FurtherPlace>> places;
+    qz_HashIndex index;
+  };
   static constexpr unsigned kNone = qz_HashIndex::kNone;
 
-  unsigned count_ = 0;  // cells in use, those of removed values included
+  _qz_LOG_type_base* value_at(unsigned i) const {
+    const Place& place = i < kInlineValues ? places_[i] : further_->places[i - kInlineValues]->place;
+    return std::launder(reinterpret_cast<_qz_LOG_type_base*>(const_cast<unsigned char*>(place.bytes)));
+  }
+  /// Null for the place of a removed value.
+  const _qz_LOG_known_name* name_at(unsigned i) const {
+    return i < kInlineValues ? names_[i] : further_->places[i - kInlineValues]->name;
+  }
+  void set_name_at(unsigned i, const _qz_LOG_known_name* name) {
+    (i < kInlineValues ? names_[i] : further_->places[i - kInlineValues]->name) = name;
+  }
+  unsigned find_position(const _qz_LOG_attribute_name& name) const;
+  unsigned find_position(const _qz_LOG_known_name* name) const {
+    if (further_ != nullptr) return find_indexed(name);
+    for (unsigned i = 0; i < count_; ++i) {
+      if (names_[i] == name) return i;
+    }
+    return kNone;
+  }
+  unsigned find_indexed(const _qz_LOG_known_name* name) const;
+
+  /// A place under this name for the caller to build a value in, which must not throw.
+  void* claim_place(const _qz_LOG_known_name* name) {
+    if (count_ >= kInlineValues || removed_ != 0) return claim_further_place(name);
+    names_[count_] = name;
+    return places_[count_++].bytes;
+  }
+  void* claim_further_place(const _qz_LOG_known_name* name);
+  unsigned hash_at(unsigned i) const { return name_at(i) != nullptr ? name_at(i)->hash() : 0; }
+  void make_room_behind(unsigned position);
+
+  unsigned count_ = 0;  // places in use, those of removed values included
   unsigned removed_ = 0;
-  unsigned name_bytes_ = 0;
-  unsigned hashes_[kInlineValues];
-  Cell cells_[kInlineValues];
-  char names_[kInlineNameBytes];
-  std::vector<std::unique_ptr<HeapCell>> further_;
-  qz_HashIndex index_;  // made when there are heap cells
+  const _qz_LOG_known_name* names_[kInlineValues];
+  Place places_[kInlineValues];
+  std::unique_ptr<Further> further_;  // null until there is more than fits inside
 };
 
 #endif  // QZLOG_ENTRY_ATTRIBUTE_STORE_H

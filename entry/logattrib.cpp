@@ -39,26 +39,6 @@ const char* _qz_LOG_get_attribute_type_string(qz_AttributeType code) {
   return row->name != nullptr ? row->name : "TypeUnknown";
 }
 
-bool is_string_attribute(qz_AttributeType type) {
-  return (type >= TypeChar32 && type <= TypeChar2K) || type == TypeGUID;
-}
-
-bool is_unicode_string_attribute(qz_AttributeType type) { return type >= TypeMBChar32 && type <= TypeMBChar2K; }
-
-bool is_unsigned_integer_attribute(qz_AttributeType type) {
-  return type == TypeUInt1 || type == TypeUInt2 || type == TypeUInt4;
-}
-
-bool is_signed_integer_attribute(qz_AttributeType type) {
-  return type == TypeBool || type == TypeSInt1 || type == TypeSInt2 || type == TypeSInt4;
-}
-
-bool is_integer_attribute(qz_AttributeType type) { return type >= TypeBool && type <= TypeSInt4; }
-
-bool is_float_attribute(qz_AttributeType type) { return type == TypeFloat; }
-
-bool is_time_attribute(qz_AttributeType type) { return type >= TypeDate && type <= TypeTimestamp; }
-
 bool is_default_info_fields(const char* name, qz_AttributeType& type) {
   for (const char* field : {"PRODUCT_ID", "COMPONENT_ID", "VERSION_ID", "COMPONENT_VERSION_ID"}) {
     if (QZ_strcmp(name, field) != 0) continue;

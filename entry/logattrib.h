@@ -19,13 +19,21 @@ class UnicodeString;
 U_NAMESPACE_END
 
 // Type predicates. TypeBool counts as a signed integer and as an integer: rendering relies on it.
-bool is_string_attribute(qz_AttributeType type);
-bool is_unicode_string_attribute(qz_AttributeType type);
-bool is_unsigned_integer_attribute(qz_AttributeType type);
-bool is_signed_integer_attribute(qz_AttributeType type);
-bool is_integer_attribute(qz_AttributeType type);
-bool is_float_attribute(qz_AttributeType type);
-bool is_time_attribute(qz_AttributeType type);
+constexpr bool is_string_attribute(qz_AttributeType type) {
+  return (type >= TypeChar32 && type <= TypeChar2K) || type == TypeGUID;
+}
+constexpr bool is_unicode_string_attribute(qz_AttributeType type) {
+  return type >= TypeMBChar32 && type <= TypeMBChar2K;
+}
+constexpr bool is_unsigned_integer_attribute(qz_AttributeType type) {
+  return type == TypeUInt1 || type == TypeUInt2 || type == TypeUInt4;
+}
+constexpr bool is_signed_integer_attribute(qz_AttributeType type) {
+  return type == TypeBool || type == TypeSInt1 || type == TypeSInt2 || type == TypeSInt4;
+}
+constexpr bool is_integer_attribute(qz_AttributeType type) { return type >= TypeBool && type <= TypeSInt4; }
+constexpr bool is_float_attribute(qz_AttributeType type) { return type == TypeFloat; }
+constexpr bool is_time_attribute(qz_AttributeType type) { return type >= TypeDate && type <= TypeTimestamp; }
 
 /// Recognises the standard names that messages may use without a definition ("PRODUCT_ID", "COMPONENT_ID",
 /// "VERSION_ID", "COMPONENT_VERSION_ID", "TIMESTAMP") and gives their type; otherwise false with `type` untouched.

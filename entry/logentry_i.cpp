@@ -61,8 +61,7 @@ _qz_LOG_log_entry_imp::_qz_LOG_log_entry_imp() : definition_table_(qz_LOG_LogCon
 }
 
 _qz_LOG_log_entry_imp::_qz_LOG_log_entry_imp(unsigned int entry_id, unsigned int log_level)
-    : definition_table_(qz_LOG_LogConfig::GetDefinitionTable()) {
-  hold_ = definition_table_->hold_entry(entry_id);
+    : definition_table_(qz_LOG_LogConfig::GetDefinitionTable()), hold_(definition_table_->hold_entry(entry_id)) {
   if (!hold_) {
     QZ_DEBUG_RECORD(1, kEntrySource, "%s:%d _qz_LOG_log_entry_imp::_qz_LOG_log_entry_imp, invalid entry id:%d\n",
                     entry_id);
@@ -81,6 +80,7 @@ _qz_LOG_log_entry_imp::_qz_LOG_log_entry_imp(unsigned int entry_id, unsigned int
 
 void _qz_LOG_log_entry_imp::take_from_definition() {
   const _qz_LOG_log_definition& definition = hold_->definition();
+  next_attribute_ = 0;
   property_mask_ = definition.get_property_mask();
   QZ_memcpy(version_text_, definition.get_version_tag(), sizeof(version_text_));
 }
@@ -109,9 +109,8 @@ void _qz_LOG_log_entry_imp::_copy(const _qz_LOG_log_entry_imp& source) {
   last_use_default_ = source.last_use_default_;
   if (!source.message_stale_) message_cache_ = source.message_cache_;
 
-  source.attributes_.for_each([this](const char* name, const _qz_LOG_type_base& value) {
-    attributes_.put_copy(_qz_LOG_attribute_name(name), value);
-  });
+  source.attributes_.for_each(
+      [this](const _qz_LOG_known_name* name, const _qz_LOG_type_base& value) { attributes_.put_copy(name, value); });
 }
 
 /// An entry has nothing that only a full clear empties.
@@ -128,6 +127,7 @@ void _qz_LOG_log_entry_imp::clear_attribs(bool full) { _clear(full); }
 void _qz_LOG_log_entry_imp::_clear_attribute_list() {
   message_stale_ = true;
   attributes_.clear();
+  next_attribute_ = 0;
 }
 
 void _qz_LOG_log_entry_imp::set_entry_id(unsigned int entry_id) {
@@ -314,11 +314,8 @@ bool _qz_LOG_log_entry_imp::add_product_specific_attribute_definition(unsigned i
   return true;
 }
 
-const _qz_LOG_log_definition& _qz_LOG_log_entry_imp::require_definition() const {
-  if (!hold_) {
-    throw QZX_logging_misc("_qz_LOG_log_entry_imp::_get_attribute_internal(): entry not initialized", 0);
-  }
-  return hold_->definition();
+void _qz_LOG_log_entry_imp::throw_not_initialized() {
+  throw QZX_logging_misc("_qz_LOG_log_entry_imp::_get_attribute_internal(): entry not initialized", 0);
 }
 
 void _qz_LOG_log_entry_imp::throw_invalid_name(const char* name) const {

@@ -12,6 +12,7 @@
 #include "entry/logattrib.h"
 #include "entry/ustring.h"
 #include "foundation/no_copies.h"
+#include "foundation/thread_blocks.h"
 #include "qzlog/qz_string.h"
 #include "qzlog/qz_time.h"
 
@@ -32,6 +33,19 @@ class _qz_LOG_log_entry_imp : public qz_UTIL_no_inadvertant_copies {
   /// Clears the entry, then copies: assigning an entry to itself leaves it empty.
   _qz_LOG_log_entry_imp& operator=(const _qz_LOG_log_entry_imp& source);
   ~_qz_LOG_log_entry_imp();
+
+  // Entries come and go with every event.
+  static void* operator new(std::size_t /*size*/) {
+    if (void* const block = qz_ThreadBlocks<_qz_LOG_log_entry_imp>::take()) return block;
+    throw std::bad_alloc();
+  }
+  static void* operator new(std::size_t /*size*/, const std::nothrow_t& /*tag*/) noexcept {
+    return qz_ThreadBlocks<_qz_LOG_log_entry_imp>::take();
+  }
+  static void operator delete(void* block) noexcept { qz_ThreadBlocks<_qz_LOG_log_entry_imp>::give(block); }
+  static void operator delete(void* block, const std::nothrow_t& /*tag*/) noexcept {
+    qz_ThreadBlocks<_qz_LOG_log_entry_imp>::give(block);
+  }
 
   // Entry ID, level, version, time.
   unsigned int get_entry_id() const { return entry_id_; }
@@ -91,7 +105,11 @@ class _qz_LOG_log_entry_imp : public qz_UTIL_no_inadvertant_copies {
   void add_attributes(std::va_list arguments);
 
   /// The steps that all adds share: the definition of an attribute of exactly that type, and storing a value.
-  const _qz_LOG_attribute_entry* _check_attribute(const char* name, qz_AttributeType type) const;
+  const _qz_LOG_attribute_entry* _check_attribute(const char* name, qz_AttributeType type) const {
+    const _qz_LOG_attribute_entry* const attribute = find_defined(name);
+    if (attribute == nullptr || attribute->get_type() != type) refuse_attribute(name, attribute);
+    return attribute;
+  }
   /// Takes ownership of `value`, also when it throws.
   void _add_attribute(const char* name, _qz_LOG_type_base* value);
 
@@ -134,9 +152,12 @@ class _qz_LOG_log_entry_imp : public qz_UTIL_no_inadvertant_copies {
   /// The same for exactly one type.
   const _qz_LOG_type_base* _get_attribute(const char* name, qz_AttributeType type) const;
 
-  bool has_value(const char* name) const { return find_value(_qz_LOG_attribute_name(name)) != nullptr; }
-  /// The stored value or null, whatever the definition says.
-  const _qz_LOG_type_base* find_value(const _qz_LOG_attribute_name& name) const { return attributes_.find(name); }
+  bool has_value(const char* name) const { return attributes_.find(_qz_LOG_attribute_name(name)) != nullptr; }
+  /// The stored value or null, whatever the definition says. It is looked for first where it stands if attributes were
+  /// added in the order in which they are asked for.
+  const _qz_LOG_type_base* find_value(const _qz_LOG_known_name* name, unsigned expected) const {
+    return attributes_.find(name, expected);
+  }
   bool remove_attrib(const char* name);
   void clear_attribs(bool full);
   int check_attribute(const char* name, qz_AttributeType& type) const;
@@ -160,8 +181,20 @@ class _qz_LOG_log_entry_imp : public qz_UTIL_no_inadvertant_copies {
   void take_from_definition();
 
   /// The checks that the attribute operations share, each with its own exception and text.
-  const _qz_LOG_log_definition& require_definition() const;
-  const _qz_LOG_attribute_entry* require_type(const _qz_LOG_attribute_name& name, qz_AttributeType type) const;
+  const _qz_LOG_log_definition& require_definition() const {
+    if (!hold_) throw_not_initialized();
+    return hold_->definition();
+  }
+  [[noreturn]] static void throw_not_initialized();
+  /// The attribute of that name that the entry's ID or the globals define, or null.
+  const _qz_LOG_attribute_entry* find_defined(const char* name) const {
+    const _qz_LOG_attribute_entry* const expected = require_definition().get_own_attribute(next_attribute_);
+    if (expected == nullptr || QZ_strcmp(expected->get_name(), name) != 0) return find_defined_anywhere(name);
+    ++next_attribute_;
+    return expected;
+  }
+  const _qz_LOG_attribute_entry* find_defined_anywhere(const char* name) const;
+  [[noreturn]] void refuse_attribute(const char* name, const _qz_LOG_attribute_entry* attribute) const;
   [[noreturn]] void throw_invalid_name(const char* name) const;
   template <typename Exception>
   [[noreturn]] void throw_with_id(const char* text_before_id) const;
@@ -170,15 +203,14 @@ class _qz_LOG_log_entry_imp : public qz_UTIL_no_inadvertant_copies {
   template <unsigned char code, typename T>
   void add_scalar(const char* name, T value);
   template <unsigned char code>
-  void add_stored(const _qz_LOG_attribute_name& name, typename _qz_LOG_value_of<code>::type value);
+  void add_stored(const _qz_LOG_attribute_entry& attribute, typename _qz_LOG_value_of<code>::type value);
   void add_argument(const char* name, qz_AttributeType type, std::va_list& arguments);
-  void add_filtered_text(const _qz_LOG_attribute_name& name, unsigned char type, const char* value, std::size_t length,
-                         bool escape);
-  void add_truncated_text(const _qz_LOG_attribute_name& name, unsigned char type, const char* value, bool escape);
-  void add_truncated_mbtext(const _qz_LOG_attribute_name& name, unsigned char type, const char* value, bool escape);
-  void store_text(const _qz_LOG_attribute_name& name, unsigned char type, const char* text, std::size_t length);
+  void add_filtered_text(const _qz_LOG_attribute_entry& attribute, const char* value, std::size_t length, bool escape);
+  void add_truncated_text(const _qz_LOG_attribute_entry& attribute, const char* value, bool escape);
+  void add_truncated_mbtext(const _qz_LOG_attribute_entry& attribute, const char* value, bool escape);
+  void store_text(const _qz_LOG_attribute_entry& attribute, const char* text, std::size_t length);
   template <unsigned char code>
-  void store_text_of(const _qz_LOG_attribute_name& name, const char* text, unsigned length);
+  void store_text_of(const _qz_LOG_known_name* name, const char* text, unsigned length);
 
   [[noreturn]] void throw_wrong_get_method() const;
   template <unsigned char code>
@@ -201,6 +233,8 @@ class _qz_LOG_log_entry_imp : public qz_UTIL_no_inadvertant_copies {
   int last_daylight_flag_ = -1;
   int last_zone_difference_ = -1;
   mutable unsigned int last_selector_index_ = 0;
+  // Attributes are nearly always added in the order of the definition: where the next one is looked for first.
+  mutable unsigned next_attribute_ = 0;
   mutable bool message_stale_ = true;
   mutable bool last_use_default_ = true;
   const _qz_LOG_log_definition_tbl* definition_table_;

@@ -1,25 +1,26 @@
 #include "entry/logentry_i_failures.h"
 #include "qzlog/logentry.h"
 
-const _qz_LOG_attribute_entry* _qz_LOG_log_entry_imp::_check_attribute(const char* name, qz_AttributeType type) const {
-  return require_type(_qz_LOG_attribute_name(name), type);
+const _qz_LOG_attribute_entry* _qz_LOG_log_entry_imp::find_defined_anywhere(const char* name) const {
+  const _qz_LOG_attribute_name wanted(name);
+  const _qz_LOG_log_definition& definition = require_definition();
+  const unsigned position = definition.find_own_position(wanted);
+  const _qz_LOG_attribute_entry* const own = definition.get_own_attribute(position);
+  if (own == nullptr) return _qz_LOG_log_definition::find_global_attribute(wanted);
+  next_attribute_ = position + 1;
+  return own;
 }
 
-const _qz_LOG_attribute_entry* _qz_LOG_log_entry_imp::require_type(const _qz_LOG_attribute_name& name,
-                                                                   qz_AttributeType type) const {
-  const _qz_LOG_attribute_entry* const attribute = require_definition().find_attribute(name);
+/// For a scalar that is not defined (null), or defined with another type.
+void _qz_LOG_log_entry_imp::refuse_attribute(const char* name, const _qz_LOG_attribute_entry* attribute) const {
   if (attribute == nullptr) {
     QZ_DEBUG_RECORD(1, kEntrySource,
-                    "%s:%d _qz_LOG_log_entry_imp::_check_attribute, %s is an invalid attribute under Entry ID\n",
-                    name.text);
-    throw_invalid_name(name.text);
+                    "%s:%d _qz_LOG_log_entry_imp::_check_attribute, %s is an invalid attribute under Entry ID\n", name);
+    throw_invalid_name(name);
   }
-  if (attribute->get_type() != type) {
-    QZ_DEBUG_RECORD(1, kEntrySource,
-                    "%s:%d _qz_LOG_log_entry_imp::_check_attribute, attribute type is not sample as provide\n");
-    throw_with_id<QZX_logging_attribute_type_mismatch>("Used the wrong add method under Entry ID ");
-  }
-  return attribute;
+  QZ_DEBUG_RECORD(1, kEntrySource,
+                  "%s:%d _qz_LOG_log_entry_imp::_check_attribute, attribute type is not sample as provide\n");
+  throw_with_id<QZX_logging_attribute_type_mismatch>("Used the wrong add method under Entry ID ");
 }
 
 void _qz_LOG_log_entry_imp::_add_attribute(const char* name, _qz_LOG_type_base* value) {
@@ -29,22 +30,20 @@ void _qz_LOG_log_entry_imp::_add_attribute(const char* name, _qz_LOG_type_base* 
     throw QZX_logging_illegal_argument("invalid argument", 0);
   }
   message_stale_ = true;
-  attributes_.put_copy(_qz_LOG_attribute_name(name), *added);
+  attributes_.put_copy(_qz_LOG_known_name::of(name), *added);
 }
 
 template <unsigned char code>
-void _qz_LOG_log_entry_imp::add_stored(const _qz_LOG_attribute_name& name,
+void _qz_LOG_log_entry_imp::add_stored(const _qz_LOG_attribute_entry& attribute,
                                        typename _qz_LOG_value_of<code>::type value) {
   message_stale_ = true;
-  attributes_.put<code>(name, std::move(value));
+  attributes_.put<code>(attribute.get_known_name(), std::move(value));
 }
 
 template <unsigned char code, typename T>
 void _qz_LOG_log_entry_imp::add_scalar(const char* name, T value) {
   reject_null_or_empty(name);
-  const _qz_LOG_attribute_name wanted(name);
-  require_type(wanted, static_cast<qz_AttributeType>(code));
-  add_stored<code>(wanted, value);
+  add_stored<code>(*_check_attribute(name, static_cast<qz_AttributeType>(code)), value);
 }
 
 void _qz_LOG_log_entry_imp::add_attrib_bool(const char* name, bool value) { add_scalar<TypeBool>(name, value); }
@@ -60,16 +59,15 @@ void _qz_LOG_log_entry_imp::add_attrib_float8(const char* name, double value) { 
 
 void _qz_LOG_log_entry_imp::add_attrib_time(const char* name, const qz_Time& value) {
   reject_null_or_empty(name);
-  const _qz_LOG_attribute_name wanted(name);
-  const _qz_LOG_attribute_entry* const attribute = require_definition().find_attribute(wanted);
+  const _qz_LOG_attribute_entry* const attribute = find_defined(name);
   if (attribute == nullptr) throw_invalid_name(name);
   switch (attribute->get_type()) {
     case TypeDate:
-      return add_stored<TypeDate>(wanted, value);
+      return add_stored<TypeDate>(*attribute, value);
     case TypeTime:
-      return add_stored<TypeTime>(wanted, value);
+      return add_stored<TypeTime>(*attribute, value);
     case TypeTimestamp:
-      return add_stored<TypeTimestamp>(wanted, value);
+      return add_stored<TypeTimestamp>(*attribute, value);
     default:
       throw_with_id<QZX_logging_attribute_type_mismatch>("Use the wrong add method under Entry ID ");
   }

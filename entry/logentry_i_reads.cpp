@@ -46,20 +46,12 @@ void visit_value(qz_LOG_AttributeVisitor& visitor, const char* name, const _qz_L
 constexpr unsigned kMaxAttributes = 256;
 
 /// Where a name stands in the order of a definition: own attributes, global ones, then names that it does not know.
-unsigned position_of(const _qz_LOG_log_definition* definition, const char* name) {
-  const char* known_name = nullptr;
-  const char* redirection_name = nullptr;
-  unsigned char type = TypeUnknown;
-  const unsigned own_count = definition != nullptr ? definition->get_attr_count() : 0;
-  for (unsigned i = 0; i < own_count; ++i) {
-    definition->get_attr_info_by_index(static_cast<unsigned char>(i), known_name, type, redirection_name);
-    if (QZ_strcmp(known_name, name) == 0) return i;
-  }
-  for (unsigned i = 0; i < _qz_LOG_log_definition::get_global_attr_count(); ++i) {
-    _qz_LOG_log_definition::get_global_attr_info_by_index(static_cast<unsigned char>(i), known_name, type);
-    if (QZ_strcmp(known_name, name) == 0) return kMaxAttributes + i;
-  }
-  return 2 * kMaxAttributes;
+unsigned position_of(const _qz_LOG_log_definition* definition, const _qz_LOG_known_name* name) {
+  const _qz_LOG_attribute_name wanted(name->text());
+  const unsigned own = definition != nullptr ? definition->find_own_position(wanted) : kMaxAttributes;
+  if (own < kMaxAttributes) return own;
+  const unsigned global = _qz_LOG_log_definition::find_global_position(wanted);
+  return kMaxAttributes + (global < kMaxAttributes ? global : kMaxAttributes);
 }
 
 }  // namespace
@@ -228,8 +220,8 @@ void _qz_LOG_log_entry_imp::visit_attributes(qz_LOG_AttributeVisitor& visitor) c
 
 std::vector<_qz_LOG_log_entry_imp::NamedValue> _qz_LOG_log_entry_imp::values_in_definition_order() const try {
   std::vector<std::pair<unsigned, NamedValue>> placed;
-  attributes_.for_each([&](const char* name, const _qz_LOG_type_base& value) {
-    placed.emplace_back(position_of(get_definition(), name), NamedValue{name, &value});
+  attributes_.for_each([&](const _qz_LOG_known_name* name, const _qz_LOG_type_base& value) {
+    placed.emplace_back(position_of(get_definition(), name), NamedValue{name->text(), &value});
   });
   std::sort(placed.begin(), placed.end(), [](const auto& left, const auto& right) {
     if (left.first != right.first) return left.first < right.first;

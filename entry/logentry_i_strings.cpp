@@ -100,8 +100,7 @@ void _qz_LOG_log_entry_imp::add_attrib_str(const char* name, const char* value, 
     QZ_DEBUG_RECORD(1, kEntrySource, "%s:%d _qz_LOG_log_entry_imp::add_attrib_str, name or value equal NULL\n");
     throw QZX_logging_illegal_argument("invalid argument", 0);
   }
-  const _qz_LOG_attribute_name wanted(name);
-  const _qz_LOG_attribute_entry* const attribute = require_definition().find_attribute(wanted);
+  const _qz_LOG_attribute_entry* const attribute = find_defined(name);
   if (attribute == nullptr) {
     QZ_DEBUG_RECORD(1, kEntrySource, "%s:%d _qz_LOG_log_entry_imp::add_attrib_str, can not find attribute :%s\n", name);
     throw_invalid_name(name);
@@ -111,24 +110,23 @@ void _qz_LOG_log_entry_imp::add_attrib_str(const char* name, const char* value, 
     throw QZX_logging_attribute_type_mismatch("Used the wrong add method.", 0);
   }
   const std::size_t length = QZ_strlen(value);
-  if (length > static_cast<std::size_t>(text_limit(type))) return add_truncated_text(wanted, type, value, escape);
-  add_filtered_text(wanted, type, value, length, escape);
+  if (length > static_cast<std::size_t>(text_limit(type))) return add_truncated_text(*attribute, value, escape);
+  add_filtered_text(*attribute, value, length, escape);
 }
 
-void _qz_LOG_log_entry_imp::add_truncated_text(const _qz_LOG_attribute_name& name, unsigned char type,
-                                               const char* value, bool escape) {
+void _qz_LOG_log_entry_imp::add_truncated_text(const _qz_LOG_attribute_entry& attribute, const char* value,
+                                               bool escape) {
   char truncated[kTruncationCapacity + 1];
   truncated[0] = '\0';
-  truncate_string(name.text, value, text_limit(type), truncated, kTruncationCapacity);
-  add_filtered_text(name, type, truncated, QZ_strlen(truncated), escape);
+  truncate_string(attribute.get_name(), value, text_limit(attribute.get_type()), truncated, kTruncationCapacity);
+  add_filtered_text(attribute, truncated, QZ_strlen(truncated), escape);
 }
 
 void _qz_LOG_log_entry_imp::add_attrib_mbstr(const char* name, const char* value, bool escape) {
   if (name == nullptr || name[0] == '\0' || value == nullptr) {
     throw QZX_logging_illegal_argument("invalid argument", 0);
   }
-  const _qz_LOG_attribute_name wanted(name);
-  const _qz_LOG_attribute_entry* const attribute = require_definition().find_attribute(wanted);
+  const _qz_LOG_attribute_entry* const attribute = find_defined(name);
   if (attribute == nullptr) {
     QZ_DEBUG_RECORD(1, kEntrySource, "%s:%d _qz_LOG_log_entry_imp::add_attrib_mbstr, can not find attribute :%s\n",
                     name);
@@ -140,32 +138,32 @@ void _qz_LOG_log_entry_imp::add_attrib_mbstr(const char* name, const char* value
   }
   const std::size_t length = QZ_strlen(value);
   if (exceeds_character_limit(value, length, text_limit(type))) {
-    return add_truncated_mbtext(wanted, type, value, escape);
+    return add_truncated_mbtext(*attribute, value, escape);
   }
-  add_filtered_text(wanted, type, value, length, escape);
+  add_filtered_text(*attribute, value, length, escape);
 }
 
-void _qz_LOG_log_entry_imp::add_truncated_mbtext(const _qz_LOG_attribute_name& name, unsigned char type,
-                                                 const char* value, bool escape) {
-  const int limit = text_limit(type);
+void _qz_LOG_log_entry_imp::add_truncated_mbtext(const _qz_LOG_attribute_entry& attribute, const char* value,
+                                                 bool escape) {
+  const int limit = text_limit(attribute.get_type());
   TextBuffer truncated(static_cast<std::size_t>(limit) * kMaxBytesPerUnit + 1);
   truncated.data()[0] = '\0';
-  truncate_mbstring(name.text, value, limit, truncated.data(), truncated.size());
-  add_filtered_text(name, type, truncated.data(), QZ_strlen(truncated.data()), escape);
+  truncate_mbstring(attribute.get_name(), value, limit, truncated.data(), truncated.size());
+  add_filtered_text(attribute, truncated.data(), QZ_strlen(truncated.data()), escape);
 }
 
 /// Stores a text of a Char or MBChar type after filtering it, if there is anything to filter.
-void _qz_LOG_log_entry_imp::add_filtered_text(const _qz_LOG_attribute_name& name, unsigned char type, const char* value,
+void _qz_LOG_log_entry_imp::add_filtered_text(const _qz_LOG_attribute_entry& attribute, const char* value,
                                               std::size_t length, bool escape) {
-  if (!changes_when_filtered(value, length, escape)) return store_text(name, type, value, length);
+  if (!changes_when_filtered(value, length, escape)) return store_text(attribute, value, length);
   // Room for every line break to take two characters.
   TextBuffer filtered(length * 2 + 1);
   filter_string(value, filtered.data(), filtered.size(), escape);
-  store_text(name, type, filtered.data(), QZ_strlen(filtered.data()));
+  store_text(attribute, filtered.data(), QZ_strlen(filtered.data()));
 }
 
 template <unsigned char code>
-void _qz_LOG_log_entry_imp::store_text_of(const _qz_LOG_attribute_name& name, const char* text, unsigned length) {
+void _qz_LOG_log_entry_imp::store_text_of(const _qz_LOG_known_name* name, const char* text, unsigned length) {
   message_stale_ = true;
   if constexpr (code >= TypeMBChar32) {
     attributes_.put<code>(name, _qz_LOG_ustring(text, length));
@@ -176,9 +174,8 @@ void _qz_LOG_log_entry_imp::store_text_of(const _qz_LOG_attribute_name& name, co
   }
 }
 
-void _qz_LOG_log_entry_imp::store_text(const _qz_LOG_attribute_name& name, unsigned char type, const char* text,
-                                       std::size_t length) {
-  using Store = void (_qz_LOG_log_entry_imp::*)(const _qz_LOG_attribute_name&, const char*, unsigned);
+void _qz_LOG_log_entry_imp::store_text(const _qz_LOG_attribute_entry& attribute, const char* text, std::size_t length) {
+  using Store = void (_qz_LOG_log_entry_imp::*)(const _qz_LOG_known_name*, const char*, unsigned);
   // In the order of the type codes.
   static constexpr Store kStores[] = {
       &_qz_LOG_log_entry_imp::store_text_of<TypeChar32>,    &_qz_LOG_log_entry_imp::store_text_of<TypeChar64>,
@@ -187,7 +184,7 @@ void _qz_LOG_log_entry_imp::store_text(const _qz_LOG_attribute_name& name, unsig
       &_qz_LOG_log_entry_imp::store_text_of<TypeMBChar32>,  &_qz_LOG_log_entry_imp::store_text_of<TypeMBChar64>,
       &_qz_LOG_log_entry_imp::store_text_of<TypeMBChar128>, &_qz_LOG_log_entry_imp::store_text_of<TypeMBChar256>,
       &_qz_LOG_log_entry_imp::store_text_of<TypeMBChar1K>,  &_qz_LOG_log_entry_imp::store_text_of<TypeMBChar2K>};
-  (this->*kStores[type - TypeChar32])(name, text, static_cast<unsigned>(length));
+  (this->*kStores[attribute.get_type() - TypeChar32])(attribute.get_known_name(), text, static_cast<unsigned>(length));
 }
 
 /// What both cuts begin with. False when the setting, a word that anyone can write, says neither to refuse nor to cut.

@@ -34,8 +34,6 @@ _qz_LOG_ustring& _qz_LOG_ustring::operator=(const _qz_LOG_ustring& other) {
   return *this;
 }
 
-_qz_LOG_ustring::~_qz_LOG_ustring() { delete[] data; }
-
 void _qz_LOG_ustring::set_zero() noexcept {
   length = 0;
   delete[] data;

@@ -21,7 +21,9 @@ class _qz_LOG_ustring {
     std::swap(data, other.data);
     return *this;
   }
-  ~_qz_LOG_ustring();
+  ~_qz_LOG_ustring() {
+    if (data != nullptr) delete[] data;
+  }
 
   /// Back to no text.
   void set_zero() noexcept;

@@ -7,17 +7,20 @@
 #include <cmath>
 #include <cstdio>
 
+#include "foundation/itoa.h"
+
 namespace {
 
-constexpr std::size_t kMaxIntegerText = 11;
 constexpr int kDecimals = 6;
 // 309 digits, sign, point, decimals and the terminator, and a decimal point of several bytes.
 constexpr std::size_t kMaxFixedText = 384;
 
 template <typename Integer>
 void append_digits(qz_TextBuffer& text, Integer value) {
-  char* const begin = text.reserve(kMaxIntegerText);
-  text.count_in(static_cast<std::size_t>(std::to_chars(begin, begin + kMaxIntegerText, value).ptr - begin));
+  char digits[qz_TextBuffer::kPadding + kMaxIntegerText];
+  char* const end = digits + kMaxIntegerText;
+  const char* const begin = qz_write_integer(end, value);
+  text.append_padded(begin, static_cast<std::size_t>(end - begin));
 }
 
 /// Whether the C locale writes "." and the rounding mode is to nearest, which to_chars takes for granted.

@@ -22,17 +22,11 @@ bool has_hexadecimal_prefix(const char* text) { return text[0] == '0' && (text[1
 
 }  // namespace
 
-std::size_t QZ_strlen(const char* text) { return std::strlen(text); }
-
-int QZ_strcmp(const char* left, const char* right) { return std::strcmp(left, right); }
-
 int QZ_strncmp(const char* left, const char* right, std::size_t count) { return std::strncmp(left, right, count); }
 
 char* QZ_strcpy(char* target, const char* source) { return std::strcpy(target, source); }
 
 char* QZ_strncpy(char* target, const char* source, std::size_t count) { return std::strncpy(target, source, count); }
-
-void* QZ_memcpy(void* target, const void* source, std::size_t count) { return std::memcpy(target, source, count); }
 
 int QZ_sprintf(char* target, const char* format, ...) {
   std::va_list arguments;

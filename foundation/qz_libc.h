@@ -3,15 +3,18 @@
 
 #include <cstddef>
 #include <cstdio>
+#include <cstring>
 
 /// The system library as this library calls it: same arguments and results as the functions of the same name, unless
 /// said otherwise.
-std::size_t QZ_strlen(const char* text);
-int QZ_strcmp(const char* left, const char* right);
+inline std::size_t QZ_strlen(const char* text) { return std::strlen(text); }
+inline int QZ_strcmp(const char* left, const char* right) { return std::strcmp(left, right); }
 int QZ_strncmp(const char* left, const char* right, std::size_t count);
 char* QZ_strcpy(char* target, const char* source);
 char* QZ_strncpy(char* target, const char* source, std::size_t count);
-void* QZ_memcpy(void* target, const void* source, std::size_t count);
+inline void* QZ_memcpy(void* target, const void* source, std::size_t count) {
+  return std::memcpy(target, source, count);
+}
 int QZ_sprintf(char* target, const char* format, ...) __attribute__((format(printf, 2, 3)));
 char* QZ_getenv(const char* name);
 /// Keeps its position between calls like strtok, but for each thread by itself.

@@ -14,6 +14,8 @@
 /// memory throws QZX_memory_alloc.
 class qz_TextBuffer : public qz_UTIL_no_inadvertant_copies {
  public:
+  static constexpr std::size_t kPadding = 16;
+
   // User-provided: the room is left uninitialised.
   qz_TextBuffer() {}  // NOLINT(modernize-use-equals-default)
 
@@ -26,6 +28,13 @@ class qz_TextBuffer : public qz_UTIL_no_inadvertant_copies {
   }
   void append(const char* text, std::size_t length) {
     std::memcpy(reserve(length), text, length);
+    size_ += length;
+  }
+  /// The same for a text behind which kPadding bytes may be read: short ones are copied with what follows them, which
+  /// is not counted.
+  void append_padded(const char* text, std::size_t length) {
+    if (length > kPadding) return append(text, length);
+    std::memcpy(reserve(kPadding), text, kPadding);
     size_ += length;
   }
   void append(const char* text) { append(text, std::strlen(text)); }

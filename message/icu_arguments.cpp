@@ -23,38 +23,38 @@ IcuArgument time_argument(qz_Time time) {
 IcuArgument IcuArguments::read(const MessageReference& reference) const {
   if (reference.kind == MessageFormatKind::kText) return read_text(reference);
   if (reference.kind == MessageFormatKind::kDate || reference.kind == MessageFormatKind::kTime) {
-    return time_argument(referenced_time(entry_, reference.name.text));
+    return time_argument(referenced_time(entry_, reference.name->text()));
   }
   if (is_integer_attribute(reference.type)) return read_integer(reference);
-  return {IcuArgument::Type::kFloat, nullptr, 0, 0, entry_.get_attrib_float8(reference.name.text)};
+  return {IcuArgument::Type::kFloat, nullptr, 0, 0, entry_.get_attrib_float8(reference.name->text())};
 }
 
 IcuArgument IcuArguments::read_text(const MessageReference& reference) const {
-  const _qz_LOG_type_base* const stored = entry_.find_value(reference.name);
+  const _qz_LOG_type_base* const stored = entry_.find_value(reference.name, reference.order);
   const bool fits = stored != nullptr && stored->get_type() == reference.type;
   if (is_unicode_string_attribute(reference.type)) {
     if (fits) {
       const auto& text = _qz_LOG_value_as<_qz_LOG_ustring>(*stored);
       return text_argument(text.text(), text.length);
     }
-    const char* const text = entry_.get_attrib_mbstr(reference.name.text);
+    const char* const text = entry_.get_attrib_mbstr(reference.name->text());
     return text_argument(text, QZ_strlen(text));
   }
   if (fits && reference.type != TypeGUID) {
     const auto& text = _qz_LOG_value_as<qz_String>(*stored);
     return text_argument(text.c_str(), text.length());
   }
-  const char* const text = entry_.get_attrib_str(reference.name.text);
+  const char* const text = entry_.get_attrib_str(reference.name->text());
   return text_argument(text, QZ_strlen(text));
 }
 
 IcuArgument IcuArguments::read_integer(const MessageReference& reference) const {
-  const _qz_LOG_type_base* const stored = entry_.find_value(reference.name);
+  const _qz_LOG_type_base* const stored = entry_.find_value(reference.name, reference.order);
   if (stored != nullptr && stored->get_type() == reference.type) {
     if (reference.type == TypeUInt4) return integer_argument(static_cast<int>(_qz_LOG_value_as<unsigned>(*stored)));
     if (reference.type == TypeSInt4) return integer_argument(_qz_LOG_value_as<int>(*stored));
   }
-  return integer_argument(entry_.get_attrib_as_4(reference.name.text));
+  return integer_argument(entry_.get_attrib_as_4(reference.name->text()));
 }
 
 void IcuArguments::fill(unsigned i, icu::Formattable& target) const {

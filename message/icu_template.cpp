@@ -76,11 +76,12 @@ std::unique_ptr<_qz_LOG_msg_token_list> tokenize(const icu::UnicodeString& text)
 
 }  // namespace
 
-IcuTemplate::IcuTemplate(const icu::UnicodeString& text) : IcuTemplate(tokenize(text)) {}
+IcuTemplate::IcuTemplate(const icu::UnicodeString& text, const _qz_LOG_log_definition& definition)
+    : IcuTemplate(tokenize(text), definition) {}
 
-IcuTemplate::IcuTemplate(std::unique_ptr<const _qz_LOG_msg_token_list> tokens)
+IcuTemplate::IcuTemplate(std::unique_ptr<const _qz_LOG_msg_token_list> tokens, const _qz_LOG_log_definition& definition)
     : serial_(next_serial()),
-      pieces_(*tokens, TemplatePieces::Texts::kNone),
+      pieces_(*tokens, TemplatePieces::Texts::kNone, definition),
       formattable_count_(_qz_LOG_log_message::_get_number_of_attributes(*tokens)) {
   build_pattern(*tokens);
   is_within_limits_ = argument_count() <= IcuArguments::kMost && nesting_of(pattern_) <= kMaxNesting;

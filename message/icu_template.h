@@ -28,7 +28,7 @@ class IcuTemplate : public _qz_LOG_prepared_message {
     unsigned length;
   };
 
-  explicit IcuTemplate(const icu::UnicodeString& text);
+  IcuTemplate(const icu::UnicodeString& text, const _qz_LOG_log_definition& definition);
 
   /// Never the same for two templates of a process.
   std::uint64_t serial() const { return serial_; }
@@ -51,7 +51,7 @@ class IcuTemplate : public _qz_LOG_prepared_message {
   const std::string& literals() const { return literals_; }
 
  private:
-  explicit IcuTemplate(std::unique_ptr<const _qz_LOG_msg_token_list> tokens);
+  IcuTemplate(std::unique_ptr<const _qz_LOG_msg_token_list> tokens, const _qz_LOG_log_definition& definition);
   void build_pattern(const _qz_LOG_msg_token_list& tokens);
   void append_argument(MessageFormatKind kind);
   bool split_pattern();

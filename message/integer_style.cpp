@@ -1,6 +1,5 @@
 #include "message/integer_style.h"
 
-#include <charconv>
 #include <climits>
 #include <cstdlib>
 
@@ -8,9 +7,9 @@
 #include <unicode/fmtable.h>
 #include <unicode/msgfmt.h>
 
-namespace {
+#include "foundation/itoa.h"
 
-constexpr std::size_t kMaxIntegerText = 11;
+namespace {
 
 /// ICU's text of an integer; empty when it has none.
 std::string text_of(const icu::MessageFormat& format, int value) {
@@ -53,13 +52,14 @@ void IntegerStyle::learn(const icu::Locale& locale) {
 
 void IntegerStyle::append(qz_TextBuffer& text, int value) const {
   char digits[kMaxIntegerText];
-  const unsigned magnitude = value < 0 ? 0U - static_cast<unsigned>(value) : static_cast<unsigned>(value);
-  const char* const end = std::to_chars(digits, digits + kMaxIntegerText, magnitude).ptr;
+  const char* const end = digits + kMaxIntegerText;
+  const char* const begin = qz_write_integer(
+      digits + kMaxIntegerText, value < 0 ? 0U - static_cast<unsigned>(value) : static_cast<unsigned>(value));
   if (value < 0) text.append(minus_before_.data(), minus_before_.size());
   if (ascii_digits_) {
-    text.append(digits, static_cast<std::size_t>(end - digits));
+    text.append(begin, static_cast<std::size_t>(end - begin));
   } else {
-    for (const char* digit = digits; digit != end; ++digit) {
+    for (const char* digit = begin; digit != end; ++digit) {
       const std::string& localized = digits_[*digit - '0'];
       text.append(localized.data(), localized.size());
     }

@@ -76,8 +76,11 @@ class _qz_LOG_log_message {
   static icu::UnicodeString _get_string(const char* message_id);
 
   /// What `prepare` made of the catalog's template for a message ID; made once while the catalog stays open.
-  static const _qz_LOG_prepared_message& prepare_catalog_message(
-      const char* message_id, std::unique_ptr<const _qz_LOG_prepared_message> (*prepare)(const icu::UnicodeString&));
+  using PrepareMessage = std::unique_ptr<const _qz_LOG_prepared_message> (*)(const icu::UnicodeString& text,
+                                                                             const _qz_LOG_log_definition& definition);
+  static const _qz_LOG_prepared_message& prepare_catalog_message(const char* message_id,
+                                                                 const _qz_LOG_log_definition& definition,
+                                                                 PrepareMessage prepare);
 
   /// The name of the locale below. Valid as long as the locale is in force.
   static const char* get_locale_name();

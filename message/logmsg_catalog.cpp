@@ -119,10 +119,11 @@ icu::UnicodeString _qz_LOG_log_message::_get_string(const char* message_id) {
   return text;
 }
 
-const _qz_LOG_prepared_message& _qz_LOG_log_message::prepare_catalog_message(
-    const char* message_id, std::unique_ptr<const _qz_LOG_prepared_message> (*prepare)(const icu::UnicodeString&)) {
+const _qz_LOG_prepared_message& _qz_LOG_log_message::prepare_catalog_message(const char* message_id,
+                                                                             const _qz_LOG_log_definition& definition,
+                                                                             PrepareMessage prepare) {
   const _qz_LOG_prepared_message* const known = catalog_templates.find(message_id);
-  return known != nullptr ? *known : catalog_templates.keep(message_id, prepare(_get_string(message_id)));
+  return known != nullptr ? *known : catalog_templates.keep(message_id, prepare(_get_string(message_id), definition));
 }
 
 const char* _qz_LOG_log_message::get_locale_name() {

@@ -24,13 +24,12 @@ enum class MessageFormatKind : unsigned char {
 };
 MessageFormatKind message_format_kind(char format);
 
-struct TemplatePiece;
-
 /// One attribute reference of a template, with the type that it has for a definition.
 struct MessageReference {
-  _qz_LOG_attribute_name name;
+  const _qz_LOG_known_name* name;
   qz_AttributeType type;
   MessageFormatKind kind;
+  unsigned order;  // among the references of the template, from 0
 };
 
 /// The argument token of a format token, or null when another token, or none, follows.
@@ -38,10 +37,6 @@ const _qz_LOG_arg_spec_token* argument_of(const _qz_LOG_msg_token& format_token)
 
 /// Reports a format token without an argument, which is left out.
 void report_missing_argument();
-
-/// QZX_logging_invalid_message_string when the definition does not know the attribute, or when its type does not go
-/// with the format.
-MessageReference resolve_reference(const TemplatePiece& piece, const _qz_LOG_log_definition& definition);
 
 /// The time of a reference: the entry's own, on the local clock, for "TIMESTAMP".
 qz_Time referenced_time(const _qz_LOG_log_entry_imp& entry, const char* name);

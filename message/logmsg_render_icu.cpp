@@ -112,17 +112,18 @@ void render(const IcuTemplate& message_template, const _qz_LOG_log_entry_imp& en
   });
 }
 
-std::unique_ptr<const _qz_LOG_prepared_message> make_template(const icu::UnicodeString& text) {
-  return std::make_unique<IcuTemplate>(text);
+std::unique_ptr<const _qz_LOG_prepared_message> make_template(const icu::UnicodeString& text,
+                                                              const _qz_LOG_log_definition& definition) {
+  return std::make_unique<IcuTemplate>(text, definition);
 }
 
 /// The template is decoded with ICU's default converter, which is taken to be the same as long as the text lives.
-const _qz_LOG_prepared_message& prepare(const _qz_LOG_message_text& text) {
+const _qz_LOG_prepared_message& prepare(const _qz_LOG_message_text& text, const _qz_LOG_log_definition& definition) {
   const _qz_LOG_prepared_message* const prepared = text.find_prepared(MessagePath::kIcu);
   if (prepared != nullptr) return *prepared;
   const char* const bytes = text.get();
-  return text.keep_prepared(MessagePath::kIcu,
-                            make_template(bytes != nullptr ? decode_text(bytes, "") : icu::UnicodeString()));
+  return text.keep_prepared(
+      MessagePath::kIcu, make_template(bytes != nullptr ? decode_text(bytes, "") : icu::UnicodeString(), definition));
 }
 
 }  // namespace
@@ -130,9 +131,9 @@ const _qz_LOG_prepared_message& prepare(const _qz_LOG_message_text& text) {
 void _qz_LOG_log_message::format_message(const _qz_LOG_log_entry_imp& entry, const _qz_LOG_log_definition* definition,
                                          bool use_default, unsigned int selector_index, IcuMessage& message) try {
   const _qz_LOG_prepared_message& prepared =
-      is_catalog_open()
-          ? prepare_catalog_message(choose_message_id(entry, definition, use_default, selector_index), make_template)
-          : prepare(choose_message_text(entry, definition, use_default, selector_index));
+      is_catalog_open() ? prepare_catalog_message(choose_message_id(entry, definition, use_default, selector_index),
+                                                  *definition, make_template)
+                        : prepare(choose_message_text(entry, definition, use_default, selector_index), *definition);
   render(static_cast<const IcuTemplate&>(prepared), entry, *definition, message);
 } catch (const std::bad_alloc&) {
   throw QZX_memory_alloc();

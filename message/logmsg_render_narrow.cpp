@@ -20,7 +20,7 @@ class NarrowMessage {
  public:
   NarrowMessage(const _qz_LOG_log_entry_imp& entry, qz_TextBuffer& message) : entry_(entry), message_(message) {}
 
-  void text(const TemplatePiece& piece) { message_.append(piece.text, piece.length); }
+  void text(const TemplatePiece& piece) { message_.append_padded(piece.text, piece.length); }
 
   void reference(const MessageReference& reference) {
     switch (reference.kind) {
@@ -47,7 +47,7 @@ class NarrowMessage {
   /// The value when it is set and still of the type that the definition gives it; null for what the getters decide.
   template <typename T>
   const T* find_value(const MessageReference& reference) const {
-    const _qz_LOG_type_base* const stored = entry_.find_value(reference.name);
+    const _qz_LOG_type_base* const stored = entry_.find_value(reference.name, reference.order);
     const bool fits = stored != nullptr && stored->get_type() == reference.type;
     return fits ? &_qz_LOG_value_as<T>(*stored) : nullptr;
   }
@@ -56,20 +56,20 @@ class NarrowMessage {
     if (is_unicode_string_attribute(reference.type)) {
       const auto* const text = find_value<_qz_LOG_ustring>(reference);
       if (text != nullptr) return message_.append(text->text(), text->length);
-      return message_.append(entry_.get_attrib_mbstr(reference.name.text));
+      return message_.append(entry_.get_attrib_mbstr(reference.name->text()));
     }
     const auto* const text = reference.type != TypeGUID ? find_value<qz_String>(reference) : nullptr;
     if (text != nullptr) return message_.append(text->c_str(), text->length());
-    message_.append(entry_.get_attrib_str(reference.name.text));
+    message_.append(entry_.get_attrib_str(reference.name->text()));
   }
 
   /// A dollar sign and the magnitude: the sign is not shown.
   void append_currency(const MessageReference& reference) {
     if (is_integer_attribute(reference.type)) {
-      const long long amount = entry_.get_attrib_as_4(reference.name.text);
+      const long long amount = entry_.get_attrib_as_4(reference.name->text());
       append_formatted("$%lld", std::llabs(amount));
     } else {
-      const double amount = entry_.get_attrib_float8(reference.name.text);
+      const double amount = entry_.get_attrib_float8(reference.name->text());
       message_.append('$');
       qz_append_fixed(message_, amount < 0.0 ? -amount : amount);
     }
@@ -77,42 +77,42 @@ class NarrowMessage {
 
   void append_percent(const MessageReference& reference) {
     if (is_integer_attribute(reference.type)) {
-      append_formatted("%lld%%", 100LL * entry_.get_attrib_as_4(reference.name.text));
+      append_formatted("%lld%%", 100LL * entry_.get_attrib_as_4(reference.name->text()));
     } else {
-      qz_append_fixed(message_, 100.0 * entry_.get_attrib_float8(reference.name.text));
+      qz_append_fixed(message_, 100.0 * entry_.get_attrib_float8(reference.name->text()));
       message_.append('%');
     }
   }
 
   void append_time(const MessageReference& reference, void (qz_Time::*print)(char*, unsigned) const) {
     char text[kTimeTextSize];
-    (referenced_time(entry_, reference.name.text).*print)(text, sizeof(text));
+    (referenced_time(entry_, reference.name->text()).*print)(text, sizeof(text));
     message_.append(text);
   }
 
   void append_float(const MessageReference& reference) {
     const double* const value = find_value<double>(reference);
-    qz_append_fixed(message_, value != nullptr ? *value : entry_.get_attrib_float8(reference.name.text));
+    qz_append_fixed(message_, value != nullptr ? *value : entry_.get_attrib_float8(reference.name->text()));
   }
 
   /// A Boolean shows nothing.
   void append_integer(const MessageReference& reference) {
     switch (reference.type) {
       case TypeUInt1:
-        return qz_append_integer(message_, unsigned{entry_.get_attrib_1u(reference.name.text)});
+        return qz_append_integer(message_, unsigned{entry_.get_attrib_1u(reference.name->text())});
       case TypeSInt1:
-        return qz_append_integer(message_, int{static_cast<signed char>(entry_.get_attrib_1(reference.name.text))});
+        return qz_append_integer(message_, int{static_cast<signed char>(entry_.get_attrib_1(reference.name->text()))});
       case TypeUInt2:
-        return qz_append_integer(message_, unsigned{entry_.get_attrib_2u(reference.name.text)});
+        return qz_append_integer(message_, unsigned{entry_.get_attrib_2u(reference.name->text())});
       case TypeSInt2:
-        return qz_append_integer(message_, int{entry_.get_attrib_2(reference.name.text)});
+        return qz_append_integer(message_, int{entry_.get_attrib_2(reference.name->text())});
       case TypeUInt4: {
         const auto* const value = find_value<unsigned int>(reference);
-        return qz_append_integer(message_, value != nullptr ? *value : entry_.get_attrib_4u(reference.name.text));
+        return qz_append_integer(message_, value != nullptr ? *value : entry_.get_attrib_4u(reference.name->text()));
       }
       case TypeSInt4: {
         const auto* const value = find_value<int>(reference);
-        return qz_append_integer(message_, value != nullptr ? *value : entry_.get_attrib_4(reference.name.text));
+        return qz_append_integer(message_, value != nullptr ? *value : entry_.get_attrib_4(reference.name->text()));
       }
       default:
         return;
@@ -131,19 +131,29 @@ class NarrowMessage {
 
 class NarrowTemplate : public _qz_LOG_prepared_message {
  public:
-  explicit NarrowTemplate(const _qz_LOG_msg_token_list& tokens) : pieces_(tokens, TemplatePieces::Texts::kNarrow) {}
+  NarrowTemplate(const _qz_LOG_msg_token_list& tokens, const _qz_LOG_log_definition& definition)
+      : pieces_(tokens, TemplatePieces::Texts::kNarrow, definition) {}
   const TemplatePieces& pieces() const { return pieces_; }
 
  private:
   TemplatePieces pieces_;
 };
 
-const NarrowTemplate& prepare(const _qz_LOG_message_text& text) try {
+/// As choose_message_text, which most entries need not ask.
+const _qz_LOG_message_text& choose_text(const _qz_LOG_log_entry_imp& entry, const _qz_LOG_log_definition* definition,
+                                        bool use_default, unsigned int selector_index) {
+  const bool has_one_message =
+      definition != nullptr && selector_index == 0 && definition->get_selector_attribute() == nullptr;
+  return has_one_message ? definition->get_default_message()
+                         : _qz_LOG_log_message::choose_message_text(entry, definition, use_default, selector_index);
+}
+
+const NarrowTemplate& prepare(const _qz_LOG_message_text& text, const _qz_LOG_log_definition& definition) try {
   const _qz_LOG_prepared_message* prepared = text.find_prepared(MessagePath::kNarrow);
   if (prepared == nullptr) {
     _qz_LOG_msg_token_list tokens;
     _qz_LOG_log_message::_tokenize_qzString(qz_String(text.get()), tokens);
-    prepared = &text.keep_prepared(MessagePath::kNarrow, std::make_unique<NarrowTemplate>(tokens));
+    prepared = &text.keep_prepared(MessagePath::kNarrow, std::make_unique<NarrowTemplate>(tokens, definition));
   }
   return static_cast<const NarrowTemplate&>(*prepared);
 } catch (const std::bad_alloc&) {
@@ -155,9 +165,9 @@ const NarrowTemplate& prepare(const _qz_LOG_message_text& text) try {
 void _qz_LOG_log_message::append_narrow_message(const _qz_LOG_log_entry_imp& entry,
                                                 const _qz_LOG_log_definition* definition, bool use_default,
                                                 unsigned int selector_index, qz_TextBuffer& message) {
-  const _qz_LOG_message_text& text = choose_message_text(entry, definition, use_default, selector_index);
+  const _qz_LOG_message_text& text = choose_text(entry, definition, use_default, selector_index);
   NarrowMessage sink(entry, message);
-  render_pieces(prepare(text).pieces(), *definition, sink);
+  render_pieces(prepare(text, *definition).pieces(), *definition, sink);
 }
 
 qz_String _qz_LOG_log_message::get_qzString_message(const _qz_LOG_log_entry_imp& entry,

@@ -2,51 +2,64 @@
 
 #include "entry/logattrib.h"
 #include "foundation/qz_libc.h"
+#include "foundation/text_buffer.h"
 
-/// Calls visit(step, token) for every text token, every reference (with its argument token) and every format token
-/// without an argument.
-template <typename Visit>
-void TemplatePieces::for_each_step(const _qz_LOG_msg_token_list& tokens, Texts texts, Visit visit) {
-  using Step = TemplatePiece::Step;
+namespace {
+
+const qz_String& text_of(const _qz_LOG_msg_token& token) {
+  return static_cast<const _qz_LOG_qzString_token&>(token).get_text();
+}
+
+struct Sizes {
+  std::size_t pieces = 0;
+  std::size_t text_bytes = 0;
+};
+
+Sizes sizes_of(const _qz_LOG_msg_token_list& tokens, TemplatePieces::Texts texts) {
+  Sizes sizes;
   for (const _qz_LOG_msg_token* token = tokens.get_head(); token != nullptr; token = token->get_next()) {
-    if (token->get_type() == _QZ_STRING_TOKEN && texts == Texts::kNarrow) {
-      visit(Step::kText, MessageFormatKind::kUnknown, static_cast<const _qz_LOG_qzString_token*>(token)->get_text());
-    }
+    const bool is_kept_text = token->get_type() == _QZ_STRING_TOKEN && texts == TemplatePieces::Texts::kNarrow;
+    if (is_kept_text) sizes.text_bytes += text_of(*token).length() + 1U;
+    if (is_kept_text || token->get_type() == _QZ_FMT_SPECIFIER_TOKEN) ++sizes.pieces;
+  }
+  return sizes;
+}
+
+}  // namespace
+
+TemplatePieces::TemplatePieces(const _qz_LOG_msg_token_list& tokens, Texts texts,
+                               const _qz_LOG_log_definition& definition) {
+  const Sizes sizes = sizes_of(tokens, texts);
+  pieces_.reserve(sizes.pieces);
+  if (texts == Texts::kNarrow) texts_ = std::make_unique<char[]>(sizes.text_bytes + qz_TextBuffer::kPadding);
+  for (const _qz_LOG_msg_token* token = tokens.get_head(); token != nullptr; token = token->get_next()) {
+    if (token->get_type() == _QZ_STRING_TOKEN && texts == Texts::kNarrow) add_text(text_of(*token));
     if (token->get_type() != _QZ_FMT_SPECIFIER_TOKEN) continue;
     const MessageFormatKind kind = message_format_kind(static_cast<const _qz_LOG_fmt_spec_token*>(token)->get_format());
     const _qz_LOG_arg_spec_token* const argument = argument_of(*token);
     if (argument == nullptr) {
-      visit(Step::kMissingArgument, kind, qz_String());
+      pieces_.push_back({TemplatePiece::Step::kMissingArgument, kind, TypeUnknown, 0, 0, nullptr, nullptr});
     } else {
-      visit(Step::kReference, kind, argument->get_name());
+      add_reference(kind, argument->get_name().c_str(), definition);
       token = argument;
     }
   }
 }
 
-TemplatePieces::TemplatePieces(const _qz_LOG_msg_token_list& tokens, Texts texts) {
-  Counts counts;
-  for_each_step(tokens, texts, [&counts](TemplatePiece::Step, MessageFormatKind, const qz_String& text) {
-    ++counts.pieces;
-    counts.bytes += QZ_strlen(text.c_str()) + 1;
-  });
-  pieces_.reserve(counts.pieces);
-  texts_ = std::make_unique<char[]>(counts.bytes);
-  free_text_ = texts_.get();
-  for_each_step(tokens, texts, [this](TemplatePiece::Step step, MessageFormatKind kind, const qz_String& text) {
-    // Up to a zero byte, so the zero bytes that stand for an escape show nothing.
-    const auto length = static_cast<unsigned>(QZ_strlen(text.c_str()));
-    const char* const stored = store(text, length);
-    qz_AttributeType standard_type = TypeUnknown;
-    is_default_info_fields(stored, standard_type);
-    pieces_.push_back(
-        {step, kind, static_cast<unsigned char>(standard_type), my_hashcode(stored, length), stored, length});
-  });
+/// Up to a zero byte, so the zero bytes that stand for an escape show nothing.
+void TemplatePieces::add_text(const qz_String& text) {
+  char* const stored = texts_.get() + text_bytes_;
+  const auto length = static_cast<unsigned>(QZ_strlen(text.c_str()));
+  QZ_memcpy(stored, text.c_str(), length + 1U);
+  text_bytes_ += length + 1U;
+  pieces_.push_back({TemplatePiece::Step::kText, MessageFormatKind::kUnknown, TypeUnknown, 0, length, stored, nullptr});
 }
 
-const char* TemplatePieces::store(const qz_String& text, unsigned length) {
-  char* const stored = free_text_;
-  QZ_memcpy(stored, text.c_str(), length + 1U);
-  free_text_ += length + 1U;
-  return stored;
+void TemplatePieces::add_reference(MessageFormatKind kind, const char* name, const _qz_LOG_log_definition& definition) {
+  qz_AttributeType standard_type = TypeUnknown;
+  is_default_info_fields(name, standard_type);
+  const _qz_LOG_known_name* const known = _qz_LOG_known_name::of(name);
+  const unsigned position = definition.find_own_position(_qz_LOG_attribute_name(name));
+  pieces_.push_back({TemplatePiece::Step::kReference, kind, static_cast<unsigned char>(standard_type),
+                     static_cast<unsigned char>(position), reference_count_++, known->text(), known});
 }

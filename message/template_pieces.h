@@ -5,6 +5,8 @@
 #include <vector>
 
 #include "definitions/attribute_name.h"
+#include "definitions/ldf_def.h"
+#include "message/format_types.h"
 #include "message/logmsg_render.h"
 #include "message/logmsg_tokens.h"
 
@@ -13,37 +15,51 @@ struct TemplatePiece {
   enum class Step : unsigned char { kText, kReference, kMissingArgument };
 
   Step step;
-  MessageFormatKind kind;       // of a reference
-  unsigned char standard_type;  // of a reference to a standard name, else TypeUnknown
-  unsigned name_hash;           // of a reference
-  const char* text;             // the text itself, or the attribute's name; terminated
-  unsigned length;
-
-  _qz_LOG_attribute_name name() const { return {text, length, name_hash}; }
+  MessageFormatKind kind;          // of a reference
+  unsigned char standard_type;     // of a reference to a standard name, else TypeUnknown
+  unsigned char own_position;      // where the definition had the attribute when the template was made ready
+  unsigned length;                 // of a text; of a reference its order among the references
+  const char* text;                // a text, terminated and padded (qz_TextBuffer)
+  const _qz_LOG_known_name* name;  // of a reference
 };
+
+/// The slow ways of the function below: an attribute that is not where it was, or unknown, and a type that does not
+/// fit.
+const _qz_LOG_attribute_entry& find_referenced(const char* name, const _qz_LOG_log_definition& definition);
+[[noreturn]] void throw_invalid_format(const char* name);
+
+/// The reference of a piece. QZX_logging_invalid_message_string when the definition does not know the attribute, or
+/// when its type does not go with the format.
+inline MessageReference resolve_reference(const TemplatePiece& piece, const _qz_LOG_log_definition& definition) {
+  unsigned char type = piece.standard_type;
+  if (type == TypeUnknown) {
+    const _qz_LOG_attribute_entry* const expected = definition.get_own_attribute(piece.own_position);
+    const bool is_there = expected != nullptr && expected->get_known_name() == piece.name;
+    type = is_there ? expected->get_type() : find_referenced(piece.text, definition).get_type();
+  }
+  const MessageReference reference{piece.name, static_cast<qz_AttributeType>(type), piece.kind, piece.length};
+  if (!accepts_type(reference.kind, reference.type)) throw_invalid_format(piece.text);
+  return reference;
+}
 
 /// What rendering needs of a token list, laid out for reading: everything that the template alone determines.
 class TemplatePieces {
  public:
   /// Whose text tokens to keep: the ICU path has its texts in the pattern.
   enum class Texts { kNarrow, kNone };
-  TemplatePieces(const _qz_LOG_msg_token_list& tokens, Texts texts);
+  TemplatePieces(const _qz_LOG_msg_token_list& tokens, Texts texts, const _qz_LOG_log_definition& definition);
 
   std::vector<TemplatePiece>::const_iterator begin() const { return pieces_.begin(); }
   std::vector<TemplatePiece>::const_iterator end() const { return pieces_.end(); }
 
  private:
-  struct Counts {
-    std::size_t pieces = 0;
-    std::size_t bytes = 0;
-  };
-  template <typename Visit>
-  static void for_each_step(const _qz_LOG_msg_token_list& tokens, Texts texts, Visit visit);
-  const char* store(const qz_String& text, unsigned length);
+  void add_text(const qz_String& text);
+  void add_reference(MessageFormatKind kind, const char* name, const _qz_LOG_log_definition& definition);
 
   std::vector<TemplatePiece> pieces_;
-  std::unique_ptr<char[]> texts_;
-  char* free_text_ = nullptr;
+  std::unique_ptr<char[]> texts_;  // of all text pieces
+  std::size_t text_bytes_ = 0;
+  unsigned reference_count_ = 0;
 };
 
 /// Hands every text and every reference that is rendered to `sink`, in the order of the template: sink.text(const

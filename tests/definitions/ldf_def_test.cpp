@@ -478,11 +478,36 @@ TEST(LdfDefReference, DefinitionLivesUntilTheLastOneIsGone) {
 constexpr const char* kLong = "a text that is kept on the heap whatever the string class does";
 
 TEST_F(LdfDef, AttributeEntryWithoutMemory_Throws) {
-  EXPECT_EQ(FailEveryAllocation([] { const _qz_LOG_attribute_entry entry(kLong, kLong, 1); }), 2U);
-  EXPECT_EQ(FailEveryAllocation([] { const _qz_LOG_attribute_entry entry(kLong, nullptr, 1); }), 1U);
+  EXPECT_GT(FailEveryAllocation([] { const _qz_LOG_attribute_entry entry("a name seen first here", kLong, 1); }), 2U);
   _qz_LOG_attribute_entry entry("a", nullptr, 1);
-  EXPECT_EQ(FailEveryAllocation([&] { entry.set_name(kLong); }), 1U);
+  EXPECT_GT(FailEveryAllocation([&] { entry.set_name("another name seen first here"); },
+                                [&] { EXPECT_STREQ(entry.get_name(), "a"); }),
+            1U);
+  EXPECT_STREQ(entry.get_name(), "another name seen first here");
   EXPECT_EQ(FailEveryAllocation([&] { entry.set_redirection_name(kLong); }), 1U);
+}
+
+TEST_F(LdfDef, AttributeEntryWithAKnownName_TakesNoMemory) {
+  const _qz_LOG_attribute_entry first("known", nullptr, 1);
+  EXPECT_EQ(FailEveryAllocation([] { const _qz_LOG_attribute_entry second("known", nullptr, 2); }), 0U);
+  EXPECT_EQ(FailEveryAllocation([] { const _qz_LOG_attribute_entry second("known", kLong, 2); }), 1U);
+}
+
+TEST_F(LdfDef, KnownNames_AreTheSameForTheSameTextOnly) {
+  const std::string copy = std::string("kno") + "wn";
+  EXPECT_EQ(_qz_LOG_known_name::of("known"), _qz_LOG_known_name::of(copy.c_str()));
+  EXPECT_NE(_qz_LOG_known_name::of("known"), _qz_LOG_known_name::of("knowN"));
+  EXPECT_STREQ(_qz_LOG_known_name::of("")->text(), "");
+  EXPECT_EQ(_qz_LOG_known_name::of("known")->length(), 5U);
+  EXPECT_EQ(_qz_LOG_known_name::of("known")->hash(), my_hashcode("known"));
+}
+
+TEST_F(LdfDef, RenamedAttributeOfALongList_IsFoundUnderItsNewName) {
+  for (int i = 0; i < 40; ++i) definition_.add_attr_info(("name" + std::to_string(i)).c_str(), 1, false, nullptr);
+  definition_.get_attr_info_by_name("name30")->set_name("renamed");
+  EXPECT_EQ(definition_.get_attr_info_by_name("name30"), nullptr);
+  ASSERT_NE(definition_.get_attr_info_by_name("renamed"), nullptr);
+  EXPECT_STREQ(definition_.get_attr_info_by_name("renamed")->get_name(), "renamed");
 }
 
 TEST_F(LdfDef, SelectorMessageWithoutMemory_Throws) {
@@ -522,7 +547,7 @@ TEST_F(LdfDef, ReplaceGlobalAttributeWithoutMemory_FormerOneStaysRemoved) {
                                   EXPECT_EQ(global(), Texts());
                                   Definition::add_global_attr_info("g", 1);
                                 }),
-            2U);
+            1U);
   EXPECT_EQ(global(), Texts({"g:2"}));
 }
 

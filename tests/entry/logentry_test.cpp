@@ -217,11 +217,17 @@ TEST_F(LogEntry, EachAllocationOfSetEntryFails_TheOldValuesStay) {
   EXPECT_STREQ(entry.GetAttribStr("TypeChar64"), "another text that is kept on the heap");
 }
 
+struct TenEntries {
+  qz_LOG_LogEntry entries[10] = {{kId, 3}, {kId, 3}, {kId, 3}, {kId, 3}, {kId, 3},
+                                 {kId, 3}, {kId, 3}, {kId, 3}, {kId, 3}, {kId, 3}};
+};
+
 TEST_F(LogEntry, EachAllocationOfConstructionAndCopyFails_ThrowsMemoryAlloc) {
   qz_LOG_LogEntry source(kId, 3);
   add_all(source);
-  EXPECT_GT(FailEveryAllocation([] { qz_LOG_LogEntry entry; }), 0U);
-  EXPECT_GT(FailEveryAllocation([] { qz_LOG_LogEntry entry(kId, 3); }), 0U);
+  // More of them than a thread keeps memory for.
+  EXPECT_GT(FailEveryAllocation([] { const qz_LOG_LogEntry entries[10]; }), 0U);
+  EXPECT_GT(FailEveryAllocation([] { const TenEntries entries; }), 0U);
   EXPECT_GT(FailEveryAllocation([&] { qz_LOG_LogEntry copy(source); },
                                 [&] { EXPECT_EQ(source.GetAttrib4("TypeSInt4"), -2000000000); }),
             0U);

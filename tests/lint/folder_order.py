@@ -16,7 +16,7 @@ CHAIN = [
                    "include/qzlog/debug_log.h", "include/qzlog/version.h"]),
     ("attribute types", ["entry/logattrib.*", "entry/ustring.*", "include/qzlog/logattrib.h"]),
     ("definition records", ["definitions/def_read.*"]),
-    ("entry definition", ["definitions/ldf_def.*", "definitions/attribute_name.h", "definitions/message_text.h"]),
+    ("entry definition", ["definitions/ldf_def.*", "definitions/attribute_name.*", "definitions/message_text.h"]),
     ("definition table", ["definitions/ldf_load.*", "definitions/definition_hold.*"]),
     ("configuration file and catalog", ["config/logconf.*", "message/logmsg.h", "message/logmsg_catalog.*",
                                         "message/code_page.*"]),

@@ -1,0 +1,60 @@
+#ifndef QZLOG_MESSAGE_FORMAT_TYPES_H
+#define QZLOG_MESSAGE_FORMAT_TYPES_H
+
+#include "entry/logattrib.h"
+#include "message/logmsg_render.h"
+
+/// Which types of attributes each format accepts.
+
+using AttributeTypeSet = unsigned;
+
+template <typename Predicate>
+constexpr AttributeTypeSet types_that(Predicate predicate) {
+  AttributeTypeSet types = 0;
+  for (unsigned code = TypeUnknown; code < 32; ++code) {
+    if (predicate(static_cast<qz_AttributeType>(code))) types |= 1U << code;
+  }
+  return types;
+}
+
+constexpr bool is_text_attribute(qz_AttributeType type) {
+  return is_unicode_string_attribute(type) || is_string_attribute(type);
+}
+constexpr bool is_number_attribute(qz_AttributeType type) {
+  return is_integer_attribute(type) || is_float_attribute(type);
+}
+
+constexpr AttributeTypeSet accepted_types(MessageFormatKind kind) {
+  switch (kind) {
+    case MessageFormatKind::kText:
+      return types_that(is_text_attribute);
+    case MessageFormatKind::kCurrency:
+    case MessageFormatKind::kPercent:
+      return types_that(is_number_attribute);
+    case MessageFormatKind::kDate:
+    case MessageFormatKind::kTime:
+      return types_that(is_time_attribute);
+    case MessageFormatKind::kFloat:
+      return types_that(is_float_attribute);
+    case MessageFormatKind::kInteger:
+      return types_that(is_integer_attribute);
+    case MessageFormatKind::kUnknown:
+      break;
+  }
+  return ~AttributeTypeSet{0};
+}
+
+// In the order of the enumeration.
+inline constexpr AttributeTypeSet kAcceptedTypes[] = {
+    accepted_types(MessageFormatKind::kUnknown),  accepted_types(MessageFormatKind::kText),
+    accepted_types(MessageFormatKind::kCurrency), accepted_types(MessageFormatKind::kPercent),
+    accepted_types(MessageFormatKind::kDate),     accepted_types(MessageFormatKind::kTime),
+    accepted_types(MessageFormatKind::kFloat),    accepted_types(MessageFormatKind::kInteger)};
+
+/// Definitions may give any 8-bit type; beyond the known ones only what accepts every type does.
+inline bool accepts_type(MessageFormatKind kind, qz_AttributeType type) {
+  const AttributeTypeSet accepted = kAcceptedTypes[static_cast<unsigned>(kind)];
+  return type < 32 ? (accepted >> type & 1U) != 0 : accepted == ~AttributeTypeSet{0};
+}
+
+#endif  // QZLOG_MESSAGE_FORMAT_TYPES_H
