@@ -8,24 +8,48 @@
 #include "definitions/ldf_def.h"
 #include "foundation/counted_ref.h"
 #include "foundation/no_copies.h"
+#include "foundation/thread_instance.h"
 
-/// One thread's reference to a definition, counted for itself: threads whose entries use the same definition then do
-/// not write to the same memory. An entry may be destroyed by another thread, so the count is atomic.
+class _qz_LOG_thread_holds;
+
+/// One thread's reference to a definition, which its entries share: threads whose entries use the same definition then
+/// do not write to the same memory.
+///
+/// The thread that made it counts without synchronisation as long as it keeps the hold for further entries. Other
+/// threads, which may destroy the entries, count what they release in an atomic balance; when the thread gives the hold
+/// up, its own count joins the balance, and whoever brings that to zero deletes the hold.
 class _qz_LOG_definition_hold : public qz_UTIL_no_inadvertant_copies {
  public:
-  explicit _qz_LOG_definition_hold(_qz_LOG_definition_ref definition) : definition_(std::move(definition)) {}
+  _qz_LOG_definition_hold(const _qz_LOG_thread_holds* owner, _qz_LOG_definition_ref definition)
+      : definition_(std::move(definition)), owner_(owner) {}
 
   _qz_LOG_log_definition& definition() const { return *definition_.get(); }
 
-  void add_reference() { references_.fetch_add(1, std::memory_order_relaxed); }
-  /// The last one releases the definition.
+  /// By the owner only, which does not give the hold up meanwhile.
+  void add_reference() { ++owner_count_; }
   void release() {
-    if (references_.fetch_sub(1, std::memory_order_acq_rel) == 1) delete this;
+    if (is_owned_by_this_thread()) {
+      --owner_count_;
+    } else {
+      subtract_from_balance();
+    }
+  }
+  /// By the owner, which does not use the hold afterwards.
+  void give_up() {
+    owner_.store(nullptr, std::memory_order_relaxed);
+    if (balance_.fetch_add(owner_count_, std::memory_order_acq_rel) + owner_count_ == 0) delete this;
   }
 
  private:
+  bool is_owned_by_this_thread() const;
+  void subtract_from_balance() {
+    if (balance_.fetch_sub(1, std::memory_order_acq_rel) == 1) delete this;
+  }
+
   _qz_LOG_definition_ref definition_;
-  std::atomic<unsigned> references_{1};
+  std::atomic<const _qz_LOG_thread_holds*> owner_;
+  int owner_count_ = 0;
+  std::atomic<int> balance_{0};
 };
 
 using _qz_LOG_definition_hold_ref = qz_CountedRef<_qz_LOG_definition_hold>;
@@ -37,11 +61,12 @@ class _qz_LOG_thread_holds : public qz_UTIL_no_inadvertant_copies {
   static constexpr unsigned kMostHolds = 256;
 
   _qz_LOG_thread_holds() : cells_(std::make_unique<Cell[]>(kCells)) {}
+  ~_qz_LOG_thread_holds();
 
   /// Null when there is none.
   _qz_LOG_definition_hold* find(unsigned int entry_id) const {
     const Cell& cell = cells_[cell_of(entry_id)];
-    return cell.entry_id == entry_id ? cell.hold.get() : nullptr;
+    return cell.entry_id == entry_id ? cell.hold : nullptr;
   }
   /// A reference to the hold on this definition, made when there is none. Replaces a hold on another definition of the
   /// ID. QZX_memory_alloc, with nothing changed, without memory.
@@ -50,14 +75,14 @@ class _qz_LOG_thread_holds : public qz_UTIL_no_inadvertant_copies {
  private:
   struct Cell {
     unsigned int entry_id = 0;
-    _qz_LOG_definition_hold_ref hold;  // null in a free cell
+    _qz_LOG_definition_hold* hold = nullptr;  // null in a free cell
   };
   static constexpr unsigned kCells = kMostHolds * 2;
 
   /// The cell of an ID, else the free one where it belongs.
   unsigned cell_of(unsigned int entry_id) const {
     unsigned cell = (entry_id ^ entry_id >> 9 ^ entry_id >> 18) % kCells;
-    while (cells_[cell].hold && cells_[cell].entry_id != entry_id) cell = (cell + 1) % kCells;
+    while (cells_[cell].hold != nullptr && cells_[cell].entry_id != entry_id) cell = (cell + 1) % kCells;
     return cell;
   }
   void make_room();
@@ -65,5 +90,10 @@ class _qz_LOG_thread_holds : public qz_UTIL_no_inadvertant_copies {
   std::unique_ptr<Cell[]> cells_;
   unsigned count_ = 0;
 };
+
+inline bool _qz_LOG_definition_hold::is_owned_by_this_thread() const {
+  const _qz_LOG_thread_holds* const owner = owner_.load(std::memory_order_relaxed);
+  return owner != nullptr && owner == qz_ThreadInstance<_qz_LOG_thread_holds>::find();
+}
 
 #endif  // QZLOG_DEFINITIONS_DEFINITION_HOLD_H

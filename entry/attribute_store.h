@@ -54,6 +54,21 @@ class _qz_LOG_attribute_store : public qz_UTIL_no_inadvertant_copies {
       new (former) Stored(std::move(value));
     }
   }
+  /// The same for a text type, with a text that the value can take without memory.
+  template <unsigned char code>
+  void put_short_text(const _qz_LOG_known_name* name, const char* text, unsigned length) {
+    using Stored = _qz_LOG_stored<code>;
+    const unsigned position = find_position(name);
+    if (position == kNone) {
+      (new (claim_place(name)) Stored)->value._assign(text, length);
+    } else if (value_at(position)->get_type() == code) {
+      static_cast<Stored*>(value_at(position))->value._assign(text, length);
+    } else {
+      Stored stored;
+      stored.value._assign(text, length);
+      put<code>(name, std::move(stored.value));
+    }
+  }
   /// The same with a copy of a value whose type is known at run time only.
   void put_copy(const _qz_LOG_known_name* name, const _qz_LOG_type_base& value);
 
@@ -62,7 +77,7 @@ class _qz_LOG_attribute_store : public qz_UTIL_no_inadvertant_copies {
   /// Removes every value.
   void clear() {
     for (unsigned i = 0; i < count_; ++i) {
-      if (name_at(i) != nullptr) value_at(i)->~_qz_LOG_type_base();
+      if (name_at(i) != nullptr) destroy(*value_at(i));
     }
     count_ = 0;
     removed_ = 0;
@@ -93,6 +108,10 @@ class _qz_LOG_attribute_store : public qz_UTIL_no_inadvertant_copies {
   };
   static constexpr unsigned kNone = qz_HashIndex::kNone;
 
+  /// The values of the types before the texts have nothing to destroy.
+  static void destroy(_qz_LOG_type_base& value) {
+    if (value.get_type() >= TypeChar32) value.~_qz_LOG_type_base();
+  }
   _qz_LOG_type_base* value_at(unsigned i) const {
     const Place& place = i < kInlineValues ? places_[i] : further_->places[i - kInlineValues]->place;
     return std::launder(reinterpret_cast<_qz_LOG_type_base*>(const_cast<unsigned char*>(place.bytes)));

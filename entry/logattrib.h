@@ -101,6 +101,7 @@ class _qz_LOG_typed_value : public _qz_LOG_type_base {
   T value;
 
  protected:
+  explicit _qz_LOG_typed_value(unsigned char type) : _qz_LOG_type_base(type), value() {}
   _qz_LOG_typed_value(unsigned char type, T initial) : _qz_LOG_type_base(type), value(std::move(initial)) {}
 };
 
@@ -108,6 +109,7 @@ class _qz_LOG_typed_value : public _qz_LOG_type_base {
 template <typename T, unsigned char code>
 class _qz_LOG_datatype : public _qz_LOG_typed_value<T> {
  public:
+  _qz_LOG_datatype() : _qz_LOG_typed_value<T>(code) {}
   explicit _qz_LOG_datatype(T initial) : _qz_LOG_typed_value<T>(code, std::move(initial)) {}
 };
 

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 
 #include "entry/logentry_i_failures.h"
@@ -40,12 +41,32 @@ bool exceeds_character_limit(const char* value, std::size_t length, int limit) {
   return length > static_cast<std::size_t>(limit);
 }
 
-bool contains(const char* text, std::size_t length, char character) {
-  return std::memchr(text, character, length) != nullptr;
+/// Whether one of eight bytes is `character`.
+bool has_byte(std::uint64_t bytes, char character) {
+  constexpr std::uint64_t kOnes = 0x0101010101010101U;
+  const std::uint64_t differing = bytes ^ kOnes * static_cast<unsigned char>(character);
+  return ((differing - kOnes) & ~differing & kOnes << 7) != 0;
+}
+
+std::uint64_t eight_bytes_at(const char* text) {
+  std::uint64_t bytes = 0;
+  std::memcpy(&bytes, text, sizeof(bytes));
+  return bytes;
+}
+
+/// Whether one of two characters stands in a text, of which most are too short for a search routine to pay.
+bool contains_either(const char* text, std::size_t length, char first, char second) {
+  constexpr std::size_t kWord = sizeof(std::uint64_t);
+  if (length < kWord) return std::any_of(text, text + length, [=](char c) { return c == first || c == second; });
+  const auto is_in_word = [=](std::uint64_t bytes) { return has_byte(bytes, first) || has_byte(bytes, second); };
+  for (std::size_t i = 0; i + kWord < length; i += kWord) {
+    if (is_in_word(eight_bytes_at(text + i))) return true;
+  }
+  return is_in_word(eight_bytes_at(text + length - kWord));
 }
 
 bool changes_when_filtered(const char* text, std::size_t length, bool escape) {
-  return escape ? contains(text, length, '\n') || contains(text, length, '\r') : contains(text, length, '\\');
+  return escape ? contains_either(text, length, '\n', '\r') : contains_either(text, length, '\\', '\\');
 }
 
 [[noreturn]] void throw_small_buffer() {
@@ -168,6 +189,7 @@ void _qz_LOG_log_entry_imp::store_text_of(const _qz_LOG_known_name* name, const 
   if constexpr (code >= TypeMBChar32) {
     attributes_.put<code>(name, _qz_LOG_ustring(text, length));
   } else {
+    if (length <= qz_String::kInlineCapacity) return attributes_.put_short_text<code>(name, text, length);
     qz_String stored;
     stored._assign(text, length);
     attributes_.put<code>(name, std::move(stored));

@@ -4,12 +4,28 @@
 
 #include "foundation/allocate.h"
 #include "foundation/qz_libc.h"
+#include "foundation/thread_blocks.h"
 
 namespace {
 
+/// Memory for a text that is not long, as most are.
+struct ShortText {
+  char bytes[64];
+};
+using ShortTexts = qz_ThreadBlocks<ShortText>;
+
+bool is_short(unsigned length) { return length < sizeof(ShortText); }
+
+char* allocate(unsigned length) {
+  if (!is_short(length)) return qz_new_array<char>(std::size_t{length} + 1);
+  void* const block = ShortTexts::take();
+  if (block == nullptr) throw QZX_memory_alloc();
+  return static_cast<char*>(block);
+}
+
 char* duplicate(const char* text, unsigned length) {
   if (text == nullptr) return nullptr;
-  char* copy = qz_new_array<char>(std::size_t{length} + 1);
+  char* const copy = allocate(length);
   QZ_memcpy(copy, text, length);
   copy[length] = '\0';
   return copy;
@@ -35,7 +51,15 @@ _qz_LOG_ustring& _qz_LOG_ustring::operator=(const _qz_LOG_ustring& other) {
 }
 
 void _qz_LOG_ustring::set_zero() noexcept {
+  if (data != nullptr) release();
   length = 0;
-  delete[] data;
   data = nullptr;
+}
+
+void _qz_LOG_ustring::release() noexcept {
+  if (is_short(length)) {
+    ShortTexts::give(data);
+  } else {
+    delete[] data;
+  }
 }

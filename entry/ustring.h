@@ -22,7 +22,7 @@ class _qz_LOG_ustring {
     return *this;
   }
   ~_qz_LOG_ustring() {
-    if (data != nullptr) delete[] data;
+    if (data != nullptr) release();
   }
 
   /// Back to no text.
@@ -31,7 +31,10 @@ class _qz_LOG_ustring {
   const char* text() const noexcept { return data == nullptr ? "" : data; }
 
   unsigned length = 0;   ///< bytes without the terminator
-  char* data = nullptr;  ///< length + 1 bytes, or null
+  char* data = nullptr;  ///< length + 1 bytes, or null; it goes with the length
+
+ private:
+  void release() noexcept;
 };
 
 #endif  // QZLOG_ENTRY_USTRING_H

@@ -1,13 +1,22 @@
 #ifndef QZLOG_FOUNDATION_NUMBER_TEXT_H
 #define QZLOG_FOUNDATION_NUMBER_TEXT_H
 
+#include "foundation/itoa.h"
 #include "foundation/text_buffer.h"
 
 /// The texts that printf writes, where they can be made without it.
 
 /// "%d" and "%u".
-void qz_append_integer(qz_TextBuffer& text, int value);
-void qz_append_integer(qz_TextBuffer& text, unsigned int value);
+inline void qz_append_integer(qz_TextBuffer& text, unsigned int value) {
+  const unsigned digits = qz_count_digits(value);
+  qz_write_integer(text.reserve(kMaxIntegerText) + digits, value);
+  text.count_in(digits);
+}
+inline void qz_append_integer(qz_TextBuffer& text, int value) {
+  if (value >= 0) return qz_append_integer(text, static_cast<unsigned>(value));
+  text.append('-');
+  qz_append_integer(text, 0U - static_cast<unsigned>(value));
+}
 
 /// "%f": six decimals, rounded in the thread's rounding mode, with the decimal point of its C locale.
 void qz_append_fixed(qz_TextBuffer& text, double value);

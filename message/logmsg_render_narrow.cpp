@@ -1,6 +1,7 @@
 #include <cstdlib>
 #include <memory>
 #include <new>
+#include <type_traits>
 
 #include "entry/logentry_i.h"
 #include "foundation/number_text.h"
@@ -99,24 +100,29 @@ class NarrowMessage {
   void append_integer(const MessageReference& reference) {
     switch (reference.type) {
       case TypeUInt1:
-        return qz_append_integer(message_, unsigned{entry_.get_attrib_1u(reference.name->text())});
+        return append_integer_of<unsigned char, unsigned>(reference, &_qz_LOG_log_entry_imp::get_attrib_1u);
       case TypeSInt1:
-        return qz_append_integer(message_, int{static_cast<signed char>(entry_.get_attrib_1(reference.name->text()))});
+        return append_integer_of<char, int>(reference, &_qz_LOG_log_entry_imp::get_attrib_1);
       case TypeUInt2:
-        return qz_append_integer(message_, unsigned{entry_.get_attrib_2u(reference.name->text())});
+        return append_integer_of<unsigned short, unsigned>(reference, &_qz_LOG_log_entry_imp::get_attrib_2u);
       case TypeSInt2:
-        return qz_append_integer(message_, int{entry_.get_attrib_2(reference.name->text())});
-      case TypeUInt4: {
-        const auto* const value = find_value<unsigned int>(reference);
-        return qz_append_integer(message_, value != nullptr ? *value : entry_.get_attrib_4u(reference.name->text()));
-      }
-      case TypeSInt4: {
-        const auto* const value = find_value<int>(reference);
-        return qz_append_integer(message_, value != nullptr ? *value : entry_.get_attrib_4(reference.name->text()));
-      }
+        return append_integer_of<short, int>(reference, &_qz_LOG_log_entry_imp::get_attrib_2);
+      case TypeUInt4:
+        return append_integer_of<unsigned int, unsigned>(reference, &_qz_LOG_log_entry_imp::get_attrib_4u);
+      case TypeSInt4:
+        return append_integer_of<int, int>(reference, &_qz_LOG_log_entry_imp::get_attrib_4);
       default:
         return;
     }
+  }
+
+  template <typename T, typename Shown>
+  void append_integer_of(const MessageReference& reference, T (_qz_LOG_log_entry_imp::*get)(const char*) const) {
+    const T* const stored = find_value<T>(reference);
+    const T value = stored != nullptr ? *stored : (entry_.*get)(reference.name->text());
+    // A plain char may be unsigned; the attribute's is not.
+    using Signed = std::conditional_t<std::is_same_v<T, char>, signed char, T>;
+    qz_append_integer(message_, Shown{static_cast<Signed>(value)});
   }
 
   void append_formatted(const char* format, long long number) {

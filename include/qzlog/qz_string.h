@@ -39,11 +39,13 @@ class QZLOG_EXPORT qz_String {
   /// The character at `index`; QZX_index_out_of_bounds (null message) when `index` is not below the length.
   char operator[](unsigned index) const;
 
+  /// Texts up to this length take no memory.
+  enum : unsigned { kInlineCapacity = 19 };
+
  private:
   QZLOG_NO_EXPORT void reserve(unsigned capacity);
   bool is_inline() const noexcept { return text_ == inline_text_; }
 
-  enum { kInlineCapacity = 19 };
   unsigned length_;
   unsigned capacity_;
   char* text_;

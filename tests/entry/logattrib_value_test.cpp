@@ -18,7 +18,8 @@ using qz_test::TimeZone;
 
 using Value = std::unique_ptr<_qz_LOG_type_base>;
 
-constexpr const char* kText = "a text that is too long to be kept inside a string object";
+constexpr const char* kText =
+    "a text that is too long to be kept inside a string object, or in the memory that threads keep for texts";
 
 qz_Time sample_time(bool gmt) {
   qz_Time time = qz_Time::from_unix_seconds(1795248930);

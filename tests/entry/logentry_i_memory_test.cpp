@@ -12,8 +12,8 @@ using Entry = _qz_LOG_log_entry_imp;
 
 class EntryMemory : public EntryTest {
  protected:
-  static constexpr const char* kOld = "an old text that is kept on the heap";
-  static constexpr const char* kNew = "a new text, longer than the old one, on the heap as well";
+  static constexpr const char* kOld = "an old text that is kept on the heap, for it is as long as it is";
+  static constexpr const char* kNew = "a new text of as many characters, that is on the heap just as it";
 
   static constexpr const char* kShort = "a new text, on the heap too";
 

@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "foundation/thread_blocks.h"
 #include "tests/support/support.h"
 
 namespace {
@@ -103,11 +104,29 @@ TEST(Ustring, SetZero_NoTextAndUsableAgain) {
   expect_text(value, "again");
 }
 
+/// Longer than what threads keep memory for.
+std::string long_text(char character) { return std::string(64, character); }
+
 TEST(UstringMemory, ConstructionWithoutMemory_Throws) {
-  EXPECT_EQ(FailEveryAllocation([] { const _qz_LOG_ustring value("text"); }), 1U);
-  EXPECT_EQ(FailEveryAllocation([] { const _qz_LOG_ustring value(""); }), 1U);
-  const _qz_LOG_ustring source("text");
+  const std::string text = long_text('x');
+  EXPECT_EQ(FailEveryAllocation([&] { const _qz_LOG_ustring value(text.c_str()); }), 1U);
+  const _qz_LOG_ustring source(text.c_str());
   EXPECT_EQ(FailEveryAllocation([&] { const _qz_LOG_ustring copy(source); }), 1U);
+}
+
+TEST(UstringMemory, MoreShortTextsThanAThreadKeepsMemoryFor_Throw) {
+  const _qz_LOG_ustring source("text");
+  EXPECT_GT(FailEveryAllocation([&] {
+              const _qz_LOG_ustring copies[10] = {source, source, source, source, source,
+                                                  source, source, source, source, source};
+            }),
+            1U);
+}
+
+TEST(UstringMemory, ShortTextAgain_TakesTheMemoryOfTheOneBefore) {
+  if (qz_ThreadBlocks<int>::kMost == 0) GTEST_SKIP() << "every object has memory of its own here";
+  { const _qz_LOG_ustring first("text"); }
+  EXPECT_EQ(FailEveryAllocation([] { const _qz_LOG_ustring value("another"); }), 0U);
 }
 
 TEST(UstringMemory, NoText_NeedsNone) {
@@ -121,11 +140,11 @@ TEST(UstringMemory, NoText_NeedsNone) {
 }
 
 TEST(UstringMemory, AssignmentWithoutMemory_ThrowsAndKeepsTheText) {
-  const _qz_LOG_ustring source("a new text");
+  const _qz_LOG_ustring source(long_text('n').c_str());
   _qz_LOG_ustring target("old");
   EXPECT_EQ(FailEveryAllocation([&] { target = source; }, [&] { expect_text(target, "old"); }), 1U);
-  expect_text(target, "a new text");
-  expect_text(source, "a new text");
+  expect_text(target, long_text('n'));
+  expect_text(source, long_text('n'));
 }
 
 }  // namespace
