@@ -38,7 +38,7 @@ TemplatePieces::TemplatePieces(const _qz_LOG_msg_token_list& tokens, Texts texts
     const MessageFormatKind kind = message_format_kind(static_cast<const _qz_LOG_fmt_spec_token*>(token)->get_format());
     const _qz_LOG_arg_spec_token* const argument = argument_of(*token);
     if (argument == nullptr) {
-      pieces_.push_back({TemplatePiece::Step::kMissingArgument, kind, TypeUnknown, 0, 0, nullptr, nullptr});
+      pieces_.push_back({TemplatePiece::Step::kMissingArgument, kind, TypeUnknown, 0, 0, {nullptr}});
     } else {
       add_reference(kind, argument->get_name().c_str(), definition);
       token = argument;
@@ -52,14 +52,19 @@ void TemplatePieces::add_text(const qz_String& text) {
   const auto length = static_cast<unsigned>(QZ_strlen(text.c_str()));
   QZ_memcpy(stored, text.c_str(), length + 1U);
   text_bytes_ += length + 1U;
-  pieces_.push_back({TemplatePiece::Step::kText, MessageFormatKind::kUnknown, TypeUnknown, 0, length, stored, nullptr});
+  pieces_.push_back({TemplatePiece::Step::kText, MessageFormatKind::kUnknown, TypeUnknown, 0, length, {stored}});
 }
 
 void TemplatePieces::add_reference(MessageFormatKind kind, const char* name, const _qz_LOG_log_definition& definition) {
   qz_AttributeType standard_type = TypeUnknown;
   is_default_info_fields(name, standard_type);
-  const _qz_LOG_known_name* const known = _qz_LOG_known_name::of(name);
   const unsigned position = definition.find_own_position(_qz_LOG_attribute_name(name));
-  pieces_.push_back({TemplatePiece::Step::kReference, kind, static_cast<unsigned char>(standard_type),
-                     static_cast<unsigned char>(position), reference_count_++, known->text(), known});
+  TemplatePiece piece{TemplatePiece::Step::kReference,
+                      kind,
+                      static_cast<unsigned char>(standard_type),
+                      static_cast<unsigned char>(position),
+                      reference_count_++,
+                      {nullptr}};
+  piece.name = _qz_LOG_known_name::of(name);
+  pieces_.push_back(piece);
 }

@@ -15,12 +15,14 @@ struct TemplatePiece {
   enum class Step : unsigned char { kText, kReference, kMissingArgument };
 
   Step step;
-  MessageFormatKind kind;          // of a reference
-  unsigned char standard_type;     // of a reference to a standard name, else TypeUnknown
-  unsigned char own_position;      // where the definition had the attribute when the template was made ready
-  unsigned length;                 // of a text; of a reference its order among the references
-  const char* text;                // a text, terminated and padded (qz_TextBuffer)
-  const _qz_LOG_known_name* name;  // of a reference
+  MessageFormatKind kind;       // of a reference
+  unsigned char standard_type;  // of a reference to a standard name, else TypeUnknown
+  unsigned char own_position;   // where the definition had the attribute when the template was made ready
+  unsigned length;              // of a text; of a reference its order among the references
+  union {
+    const char* text;                // terminated, and padded for qz_TextBuffer
+    const _qz_LOG_known_name* name;  // of a reference
+  };
 };
 
 /// The slow ways of the function below: an attribute that is not where it was, or unknown, and a type that does not
@@ -35,10 +37,10 @@ inline MessageReference resolve_reference(const TemplatePiece& piece, const _qz_
   if (type == TypeUnknown) {
     const _qz_LOG_attribute_entry* const expected = definition.get_own_attribute(piece.own_position);
     const bool is_there = expected != nullptr && expected->get_known_name() == piece.name;
-    type = is_there ? expected->get_type() : find_referenced(piece.text, definition).get_type();
+    type = is_there ? expected->get_type() : find_referenced(piece.name->text(), definition).get_type();
   }
   const MessageReference reference{piece.name, static_cast<qz_AttributeType>(type), piece.kind, piece.length};
-  if (!accepts_type(reference.kind, reference.type)) throw_invalid_format(piece.text);
+  if (!accepts_type(reference.kind, reference.type)) throw_invalid_format(piece.name->text());
   return reference;
 }
 
