@@ -2,6 +2,11 @@
 
 #include "foundation/allocate.h"
 
+namespace {
+// What a table caches, and so the most that one table can answer with.
+constexpr unsigned kMostKept = 128;
+}  // namespace
+
 _qz_LOG_thread_holds::~_qz_LOG_thread_holds() {
   for (unsigned i = 0; i < kCells; ++i) {
     if (cells_[i].hold != nullptr) cells_[i].hold->give_up();
@@ -35,7 +40,7 @@ void _qz_LOG_thread_holds::make_room() {
   for (unsigned i = 0; i < kCells; ++i) {
     _qz_LOG_definition_hold* const hold = former[i].hold;
     if (hold == nullptr) continue;
-    if (count_ == kMostHolds / 2 || hold->definition().is_cached_in(nullptr)) {
+    if (count_ == kMostKept || hold->definition().is_cached_in(nullptr)) {
       hold->give_up();
     } else {
       cells_[cell_of(former[i].entry_id)] = former[i];

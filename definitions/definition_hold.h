@@ -58,7 +58,7 @@ using _qz_LOG_definition_hold_ref = qz_CountedRef<_qz_LOG_definition_hold>;
 /// needed or the thread ends: until then a thread may keep up to kMostHolds definitions alive that nothing else uses.
 class _qz_LOG_thread_holds : public qz_UTIL_no_inadvertant_copies {
  public:
-  static constexpr unsigned kMostHolds = 256;
+  static constexpr unsigned kMostHolds = 192;
 
   _qz_LOG_thread_holds() : cells_(std::make_unique<Cell[]>(kCells)) {}
   ~_qz_LOG_thread_holds();
@@ -77,11 +77,15 @@ class _qz_LOG_thread_holds : public qz_UTIL_no_inadvertant_copies {
     unsigned int entry_id = 0;
     _qz_LOG_definition_hold* hold = nullptr;  // null in a free cell
   };
-  static constexpr unsigned kCells = kMostHolds * 2;
+  // Few enough are in use that a search ends after a step or two.
+  static constexpr unsigned kCellBits = 9;
+  static constexpr unsigned kCells = 1U << kCellBits;
+  static_assert(kMostHolds * 2 < kCells);
 
   /// The cell of an ID, else the free one where it belongs.
   unsigned cell_of(unsigned int entry_id) const {
-    unsigned cell = (entry_id ^ entry_id >> 9 ^ entry_id >> 18) % kCells;
+    // Multiplied, so that IDs in a row do not fill a run of cells.
+    unsigned cell = entry_id * 0x9E3779B1U >> (32 - kCellBits);
     while (cells_[cell].hold != nullptr && cells_[cell].entry_id != entry_id) cell = (cell + 1) % kCells;
     return cell;
   }

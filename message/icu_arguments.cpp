@@ -57,8 +57,7 @@ IcuArgument IcuArguments::read_integer(const MessageReference& reference) const 
   return integer_argument(entry_.get_attrib_as_4(reference.name->text()));
 }
 
-void IcuArguments::fill(unsigned i, icu::Formattable& target) const {
-  const IcuArgument& argument = arguments_[i];
+void fill_argument(const IcuArgument& argument, icu::Formattable& target) {
   switch (argument.type) {
     case IcuArgument::Type::kText:
       return target.setString(decode_text(argument.text, qz_LOG_LogConfig::GetCodePage()));

@@ -22,6 +22,9 @@ struct IcuArgument {
   double number;  // kFloat; kTime: milliseconds
 };
 
+/// Makes of an argument what ICU's formatters take.
+void fill_argument(const IcuArgument& argument, icu::Formattable& target);
+
 /// Reads the arguments of a template from an entry, in the order of the template.
 class IcuArguments {
  public:
@@ -38,8 +41,6 @@ class IcuArguments {
 
   unsigned count() const { return count_; }
   const IcuArgument& operator[](unsigned i) const { return arguments_[i]; }
-  /// The i-th as ICU's formatters take it.
-  void fill(unsigned i, icu::Formattable& target) const;
 
  private:
   IcuArgument read(const MessageReference& reference) const;

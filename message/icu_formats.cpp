@@ -1,5 +1,8 @@
 #include "message/icu_formats.h"
 
+#include <cstdlib>
+
+#include "message/code_page.h"
 #include "message/logmsg.h"
 #include "qzlog/qz_exception.h"
 
@@ -15,6 +18,10 @@ namespace {
 
 }  // namespace
 
+void end_process_on_failure(UErrorCode status) {
+  if (U_FAILURE(status)) std::abort();
+}
+
 KeptFormat::KeptFormat(const IcuTemplate& message_template, const char* locale_name) : locale_name_(locale_name) {
   if (!message_template.is_within_limits()) throw_pattern_failure();
   UErrorCode status = U_ZERO_ERROR;
@@ -26,7 +33,7 @@ KeptFormat::KeptFormat(const IcuTemplate& message_template, const char* locale_n
   int count = 0;
   const icu::Format** const formatters = format_->getFormats(count);
   if (formatters == nullptr) throw QZX_memory_alloc();
-  formatters_.assign(formatters, formatters + count);
+  for (int i = 0; i < count; ++i) formatters_.push_back({formatters[i]});
 }
 
 bool KeptFormat::is_current(const char* locale_name) const {
@@ -34,6 +41,31 @@ bool KeptFormat::is_current(const char* locale_name) const {
   if (zone_ == nullptr) return true;
   const std::unique_ptr<icu::TimeZone> zone(icu::TimeZone::createDefault());
   return zone != nullptr && *zone_ == *zone;
+}
+
+bool KeptFormat::append(unsigned index, const IcuArgument& value, qz_TextBuffer& text) {
+  Formatter& formatter = formatters_[index];
+  if (formatter.format == nullptr) return false;
+  const bool is_time = value.type == IcuArgument::Type::kTime;
+  if (is_time && formatter.has_last && formatter.last_time == value.number) {
+    text.append(formatter.last_text.data(), formatter.last_text.size());
+    return true;
+  }
+  icu::Formattable argument;
+  fill_argument(value, argument);
+  icu::UnicodeString formatted;
+  UErrorCode status = U_ZERO_ERROR;
+  formatter.format->format(argument, formatted, status);
+  end_process_on_failure(status);
+  const std::size_t begin = text.size();
+  if (!append_utf8(formatted, text)) return false;
+  if (is_time) {
+    formatter.has_last = false;
+    formatter.last_text.assign(text.data() + begin, text.size() - begin);
+    formatter.last_time = value.number;
+    formatter.has_last = true;
+  }
+  return true;
 }
 
 const IntegerStyle& IcuFormats::integer_style(const char* locale_name) {
@@ -45,7 +77,7 @@ const IntegerStyle& IcuFormats::integer_style(const char* locale_name) {
   return *last_style_;
 }
 
-const KeptFormat& IcuFormats::format_of(const IcuTemplate& message_template, const char* locale_name) {
+KeptFormat& IcuFormats::format_of(const IcuTemplate& message_template, const char* locale_name) {
   const auto make = [&] { return std::make_unique<KeptFormat>(message_template, locale_name); };
   return formats_.get(
       message_template.serial(), [locale_name](const KeptFormat& kept) { return kept.is_current(locale_name); }, make);

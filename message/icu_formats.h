@@ -10,9 +10,14 @@
 #include <unicode/timezone.h>
 
 #include "foundation/no_copies.h"
+#include "foundation/text_buffer.h"
+#include "message/icu_arguments.h"
 #include "message/icu_template.h"
 #include "message/integer_style.h"
 #include "message/recent_cache.h"
+
+/// There is no message for this failure: a formatter that accepts a pattern and cannot apply it is broken.
+void end_process_on_failure(UErrorCode status);
 
 /// The MessageFormat of a template for one locale and, where it shows times, one time zone.
 class KeptFormat : public qz_UTIL_no_inadvertant_copies {
@@ -23,14 +28,23 @@ class KeptFormat : public qz_UTIL_no_inadvertant_copies {
   /// Whether it still is what would be made now.
   bool is_current(const char* locale_name) const;
   const icu::MessageFormat& format() const { return *format_; }
-  /// The formatter of a top-level argument; null when it has none of its own.
-  const icu::Format* formatter(unsigned index) const { return formatters_[index]; }
+  /// Appends what the formatter of a top-level argument writes for a value. False when it has no formatter of its own,
+  /// or writes what UTF-8 cannot say.
+  bool append(unsigned index, const IcuArgument& value, qz_TextBuffer& text);
 
  private:
   std::string locale_name_;
   std::unique_ptr<icu::TimeZone> zone_;  // null when no time is shown
   std::unique_ptr<icu::MessageFormat> format_;
-  std::vector<const icu::Format*> formatters_;  // the format owns them
+  /// The formatter of an argument, which the format owns, and what it wrote last: messages that follow each other
+  /// mostly show the same second, and ICU takes its time to write it.
+  struct Formatter {
+    const icu::Format* format;
+    bool has_last = false;
+    double last_time = 0.0;
+    std::string last_text = {};
+  };
+  std::vector<Formatter> formatters_;
 };
 
 /// What a thread keeps of ICU's formatters: making one costs many times what using it does. Used through
@@ -38,7 +52,7 @@ class KeptFormat : public qz_UTIL_no_inadvertant_copies {
 class IcuFormats : public qz_UTIL_no_inadvertant_copies {
  public:
   const IntegerStyle& integer_style(const char* locale_name);
-  const KeptFormat& format_of(const IcuTemplate& message_template, const char* locale_name);
+  KeptFormat& format_of(const IcuTemplate& message_template, const char* locale_name);
 
  private:
   RecentCache<std::uint64_t, KeptFormat> formats_;

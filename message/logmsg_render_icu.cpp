@@ -1,4 +1,3 @@
-#include <cstdlib>
 #include <memory>
 #include <vector>
 
@@ -17,11 +16,6 @@
 #include "qzlog/logcfg.h"
 
 namespace {
-
-/// There is no message for this failure: a formatter that accepts a pattern and cannot apply it is broken.
-void end_process_on_failure(UErrorCode status) {
-  if (U_FAILURE(status)) std::abort();
-}
 
 /// Puts the parts of a message together in UTF-8.
 class MessageAssembly {
@@ -54,7 +48,7 @@ class MessageAssembly {
         style_->append(message, arguments_[part.argument].integer);
         return true;
       case IcuTemplate::Part::Kind::kFormatted:
-        return append_formatted(part, message);
+        return kept_->append(part.format_index, arguments_[part.argument], message);
     }
     return false;
   }
@@ -68,23 +62,11 @@ class MessageAssembly {
     return append_utf8(decode_text(argument.text, code_page), message);
   }
 
-  bool append_formatted(const IcuTemplate::Part& part, qz_TextBuffer& message) const {
-    const icu::Format* const formatter = kept_->formatter(part.format_index);
-    if (formatter == nullptr) return false;
-    icu::Formattable argument;
-    arguments_.fill(part.argument, argument);
-    icu::UnicodeString text;
-    UErrorCode status = U_ZERO_ERROR;
-    formatter->format(argument, text, status);
-    end_process_on_failure(status);
-    return append_utf8(text, message);
-  }
-
   const IcuTemplate& template_;
   const IcuArguments& arguments_;
   const char* locale_name_;
   const IntegerStyle* style_;
-  const KeptFormat* kept_;
+  KeptFormat* kept_;
 };
 
 icu::UnicodeString format_whole(const IcuTemplate& message_template, const IcuArguments& arguments,
@@ -92,7 +74,7 @@ icu::UnicodeString format_whole(const IcuTemplate& message_template, const IcuAr
   const KeptFormat& kept = formats.format_of(message_template, _qz_LOG_log_message::get_locale_name());
   // The values of references that are left out stay unset.
   std::vector<icu::Formattable> values(message_template.formattable_count());
-  for (unsigned i = 0; i < arguments.count(); ++i) arguments.fill(i, values[i]);
+  for (unsigned i = 0; i < arguments.count(); ++i) fill_argument(arguments[i], values[i]);
   icu::UnicodeString message;
   icu::FieldPosition position;
   UErrorCode status = U_ZERO_ERROR;
