@@ -46,10 +46,11 @@ OUTSIDE = {
     "include": ["include"],
     "examples": ["include", "examples"],
     "tools": ["include", "tools"],
+    "bench": ["include", "bench"],
 }
 
 LAYERS = [name for name, _ in CHAIN]
-OUR_FOLDERS = ["foundation", "util", "entry", "definitions", "config", "message", "counter", "tools", "examples"]
+OUR_FOLDERS = ["foundation", "util", "entry", "definitions", "config", "message", "counter", "tools", "examples", "bench"]
 INCLUDE = re.compile(r'^\s*#\s*include\s*[<"]([^>"]+)[>"]')
 
 
