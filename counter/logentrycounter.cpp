@@ -1,13 +1,13 @@
 #include "qzlog/logentrycounter.h"
 
-#include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <cerrno>
 #include <climits>
 #include <new>
 
+#include "counter/logentrycounter_index.h"
+#include "counter/record_format.h"
+#include "counter/record_scanner.h"
 #include "foundation/qz_libc.h"
 #include "qzlog/qz_exception.h"
 #include "util/debug_record.h"
@@ -15,118 +15,56 @@
 namespace {
 
 using Element = _qz_LOG_EntryCounterElement;
+using IndexPointer = std::unique_ptr<_qz_LOG_EntryCounterIndex>;
+using Holds = RecordPlace::Holds;
 
 constexpr const char* kSource = "logentrycounter";
-constexpr int kRecordSize = 32;
-constexpr int kFieldCount = 6;  // before the reserved bytes
-static_assert(sizeof(Element) == kRecordSize);
-
-using RecordBytes = unsigned char[kRecordSize];
-
-void encode(const Element& record, RecordBytes& bytes) {
-  const int fields[kFieldCount] = {record.record_size, record.year,      record.month,
-                                   record.day,         record.entry_key, record.count};
-  unsigned char* byte = bytes;
-  for (const int field : fields) {
-    const auto value = static_cast<unsigned>(field);
-    for (int shift = 24; shift >= 0; shift -= 8) *byte++ = static_cast<unsigned char>(value >> shift & 0xFF);
-  }
-  // What is reserved has no meaning, so no byte order either.
-  QZ_memcpy(byte, record.reserved, sizeof(record.reserved));
-}
-
-Element decode(const unsigned char* bytes) {
-  int fields[kFieldCount];
-  for (int& field : fields) {
-    unsigned value = 0;
-    for (int i = 0; i < 4; ++i) value = value << 8 | *bytes++;
-    field = static_cast<int>(value);
-  }
-  Element record = {fields[0], fields[1], fields[2], fields[3], fields[4], fields[5], {0, 0}};
-  QZ_memcpy(record.reserved, bytes, sizeof(record.reserved));
-  return record;
-}
-
-bool is_free(const Element& record) { return record.year == 0 && record.month == 0 && record.day == 0; }
-
-bool is_same(const Element& left, const Element& right) {
-  return left.year == right.year && left.month == right.month && left.day == right.day &&
-         left.entry_key == right.entry_key;
-}
 
 /// The free form of a record: only what is reserved stays; the size is written as it should be.
 Element freed(const Element& record) { return {kRecordSize, 0, 0, 0, 0, 0, {record.reserved[0], record.reserved[1]}}; }
 
 int incremented(int count) { return static_cast<int>(static_cast<unsigned>(count) + 1U); }
 
-/// Repeats a transfer that a signal interrupted before anything was moved.
-template <typename Transfer>
-ssize_t uninterrupted(Transfer transfer) {
-  ssize_t moved = 0;
-  do {
-    moved = transfer();
-  } while (moved < 0 && errno == EINTR);
-  return moved;
+/// Lets the index know of a scan. There is none before a scan that was long enough.
+void note_scan(int descriptor, IndexPointer& index, const RecordScanner& scanner) {
+  if (index == nullptr && _qz_LOG_EntryCounterIndex::is_worthwhile(scanner.end()))
+    index.reset(new (std::nothrow) _qz_LOG_EntryCounterIndex);
+  if (index != nullptr) index->scanned(descriptor, scanner);
 }
 
-/// The size of a file; 0 for what has none, such as a device that would be read without end.
-long long file_size(int descriptor) {
-  struct stat status = {};
-  return fstat(descriptor, &status) == 0 ? static_cast<long long>(status.st_size) : 0;
+RecordPlace find_record(std::FILE* file, IndexPointer& index, const Element& wanted) {
+  const int descriptor = fileno(file);
+  if (index != nullptr) {
+    if (const auto place = index->find_record(descriptor, wanted)) return *place;
+  }
+  RecordScanner scanner(descriptor, 0);
+  const RecordPlace place = scan_for_record(scanner, wanted);
+  note_scan(descriptor, index, scanner);
+  return place;
 }
 
-/// Reads the records of a file from a position to its end, many at a time. A piece of a record at the end is not one.
-class RecordScanner {
- public:
-  RecordScanner(std::FILE* file, long long position)
-      : descriptor_(fileno(file)), end_(file_size(descriptor_)), block_position_(position) {}
-
-  /// False at the end of the file.
-  bool next() {
-    index_ += kRecordSize;
-    if (index_ + kRecordSize > size_ && !read_block()) return false;
-    record_ = decode(block_ + index_);
-    return true;
+RecordPlace find_free(std::FILE* file, IndexPointer& index) {
+  const int descriptor = fileno(file);
+  if (index != nullptr) {
+    if (const auto place = index->find_free(descriptor)) return *place;
   }
-  const Element& record() const { return record_; }
-  /// Whether the scan ended because the file could not be read: what follows is then not the end.
-  bool failed() const { return failed_; }
-  /// The size of the file when the scan began.
-  long long end() const { return end_; }
-  /// Where the current record stands; after the last one, where the next would.
-  long long position() const { return block_position_ + index_; }
+  RecordScanner scanner(descriptor, 0);
+  const RecordPlace place = scan_for_free(scanner);
+  note_scan(descriptor, index, scanner);
+  return place;
+}
 
- private:
-  bool read_block() {
-    block_position_ += index_ > 0 ? index_ : 0;
-    index_ = 0;
-    const auto wanted = static_cast<std::size_t>(std::clamp(end_ - block_position_, 0LL, kBlockSize));
-    const ssize_t moved =
-        uninterrupted([&] { return pread(descriptor_, block_, wanted, static_cast<off_t>(block_position_)); });
-    failed_ = moved < 0;
-    size_ = failed_ ? 0 : static_cast<int>(moved);
-    return size_ >= kRecordSize;
+ssize_t write_bytes(int descriptor, long long position, const RecordBytes& bytes) {
+  return uninterrupted([&] { return pwrite(descriptor, bytes.data(), bytes.size(), static_cast<off_t>(position)); });
+}
+
+/// Undoes a record that was written in part, on a full disk.
+void take_back(int descriptor, const RecordPlace& place) {
+  if (place.holds != Holds::kEnd) {
+    write_bytes(descriptor, place.position, encode_record(place.record));
+  } else {
+    uninterrupted([&] { return ssize_t{ftruncate(descriptor, static_cast<off_t>(place.position))}; });
   }
-
-  static constexpr long long kBlockSize = 128LL * kRecordSize;
-
-  int descriptor_;
-  long long end_;
-  long long block_position_;
-  int index_ = -kRecordSize;
-  int size_ = 0;
-  bool failed_ = false;
-  Element record_ = {};
-  unsigned char block_[kBlockSize];
-};
-
-/// Moves to the first record for which `wanted` is true; false, at the end of the records, when there is none.
-template <typename Wanted>
-bool scan_for(RecordScanner& scanner, Wanted wanted) {
-  while (scanner.next()) {
-    if (wanted(scanner.record())) return true;
-  }
-  return false;
 }
 
 int report_seek_error() {
@@ -201,6 +139,7 @@ int _qz_LOG_EntryCounter::OpenEntryCounterFile(const char* directory, const char
 void _qz_LOG_EntryCounter::replace_file(std::FILE* file) {
   // Positions are those of the file itself, and what is written is written at once.
   if (file != nullptr) std::setvbuf(file, nullptr, _IONBF, 0);
+  index_.reset();
   try {
     if (file_ != nullptr) replaced_files_.push_back(file_);
   } catch (const std::bad_alloc&) {
@@ -216,14 +155,11 @@ int _qz_LOG_EntryCounter::IncreaseCount(int year, int month, int day, int entry_
   int result = 0;
   if (increase_last_record(entry_key, result)) return result;
 
-  Element record = {kRecordSize, year, month, day, entry_key, 1, {0, 0}};
-  RecordScanner scanner(file_, 0);
-  if (scan_for(scanner, [&](const Element& other) { return is_same(other, record); })) {
-    record = scanner.record();
-    return increase_record(scanner.position(), record);
-  }
-  if (scanner.failed()) return report_seek_error();
-  if (addElement(&record) != 0) return -1;
+  const Element record = {kRecordSize, year, month, day, entry_key, 1, {0, 0}};
+  const RecordPlace place = find_record(file_, index_, record);
+  if (place.holds == Holds::kUnreadable) return report_seek_error();
+  if (place.holds == Holds::kRecord) return increase_record(place);
+  if (add_record(place, record) != 0) return -1;
   last_key_ = entry_key;
   last_record_ = record;
   has_last_record_ = true;
@@ -234,18 +170,22 @@ int _qz_LOG_EntryCounter::IncreaseCount(int year, int month, int day, int entry_
 /// caller's: a call with the key of the call before counts for that call's day.
 bool _qz_LOG_EntryCounter::increase_last_record(int entry_key, int& result) {
   if (!has_last_record_ || entry_key != last_key_ || last_pos_ == -1) return false;
-  Element record;
-  if (!read_record(last_pos_, record) || !is_same(record, last_record_)) return false;
+  RecordBytes bytes;
+  if (read_record_bytes(fileno(file_), last_pos_, bytes) != kRecordSize) return false;
+  const RecordPlace place = {Holds::kRecord, last_pos_, decode_record(bytes.data())};
+  if (!is_same_combination(place.record, last_record_)) return false;
+  Element record = place.record;
   record.count = incremented(record.count);
-  result = write_record(last_pos_, record) ? 0 : report_seek_error();
+  result = rewrite_record(place, record) ? 0 : report_seek_error();
   return true;
 }
 
-int _qz_LOG_EntryCounter::increase_record(long long position, Element& record) {
-  if (position > INT_MAX) return -1;
+int _qz_LOG_EntryCounter::increase_record(const RecordPlace& place) {
+  if (place.position > INT_MAX) return -1;
+  Element record = place.record;
   record.count = incremented(record.count);
-  if (!write_record(position, record)) return report_seek_error();
-  last_pos_ = static_cast<int>(position);
+  if (!write_record(place, record)) return report_seek_error();
+  last_pos_ = static_cast<int>(place.position);
   last_key_ = record.entry_key;
   last_record_ = record;
   has_last_record_ = true;
@@ -256,27 +196,25 @@ int _qz_LOG_EntryCounter::UpdateEntryCount(int year, int month, int day, int ent
   if (!is_writable()) return 0;
   if (file_ == nullptr) return -1;
   Element record = {kRecordSize, year, month, day, entry_key, count, {0, 0}};
-  RecordScanner scanner(file_, 0);
-  const bool found = scan_for(scanner, [&](const Element& other) { return is_same(other, record); });
-  if (scanner.failed()) return report_seek_error();
-  if (!found) return addElement(&record);
-  record = scanner.record();
+  const RecordPlace place = find_record(file_, index_, record);
+  if (place.holds == Holds::kUnreadable) return report_seek_error();
+  if (place.holds != Holds::kRecord) return add_record(place, record);
+  record = place.record;
   record.count = count;
-  return write_record(scanner.position(), record) ? 0 : report_seek_error();
+  return write_record(place, record) ? 0 : report_seek_error();
 }
 
 int _qz_LOG_EntryCounter::DeleteEntryElement(int year, int month, int day, int entry_key) {
   if (!is_writable()) return 0;
   if (file_ == nullptr) return -1;
   const Element wanted = {kRecordSize, year, month, day, entry_key, 0, {0, 0}};
-  RecordScanner scanner(file_, 0);
-  const bool found = scan_for(scanner, [&](const Element& other) { return is_same(other, wanted); });
-  if (scanner.failed()) return report_seek_error();
-  if (!found) {
+  const RecordPlace place = find_record(file_, index_, wanted);
+  if (place.holds == Holds::kUnreadable) return report_seek_error();
+  if (place.holds != Holds::kRecord) {
     QZ_fseek(file_, 0, SEEK_END);
     return 0;
   }
-  return write_record(scanner.position(), freed(scanner.record())) ? 0 : report_seek_error();
+  return write_record(place, freed(place.record)) ? 0 : report_seek_error();
 }
 
 int _qz_LOG_EntryCounter::DeleteEntryElement(const qz_Time& from, const qz_Time& to) {
@@ -285,10 +223,11 @@ int _qz_LOG_EntryCounter::DeleteEntryElement(const qz_Time& from, const qz_Time&
   // From where the last operation left the stream: records before it are not looked at.
   const long long start = QZ_ftell(file_);
   if (start < 0) return report_seek_error();
-  RecordScanner scanner(file_, start);
+  RecordScanner scanner(fileno(file_), start);
   while (scanner.next()) {
-    if (is_free(scanner.record()) || !lies_in_box(scanner.record(), from, to)) continue;
-    if (!write_record(scanner.position(), freed(scanner.record()))) return report_seek_error();
+    const RecordPlace place = {Holds::kRecord, scanner.position(), scanner.record()};
+    if (is_free_record(place.record) || !lies_in_box(place.record, from, to)) continue;
+    if (!rewrite_record(place, freed(place.record))) return report_seek_error();
   }
   if (scanner.failed()) return report_seek_error();
   // A position behind the end, in a file that was cut since, stays where it is.
@@ -299,50 +238,44 @@ int _qz_LOG_EntryCounter::DeleteEntryElement(const qz_Time& from, const qz_Time&
 int _qz_LOG_EntryCounter::addElement(Element* element) {
   if (!is_writable()) return 0;
   if (file_ == nullptr || element == nullptr) return -1;
-  RecordScanner scanner(file_, 0);
-  // Without a free record the position is that of the end, or of the piece of a record there.
-  scan_for(scanner, is_free);
-  if (scanner.failed()) return report_seek_error();
-  const long long position = scanner.position();
-  if (position > INT_MAX) return -1;
-  if (!write_record(position, *element)) return report_seek_error();
-  last_pos_ = static_cast<int>(position);
+  const RecordPlace place = find_free(file_, index_);
+  return place.holds == Holds::kUnreadable ? report_seek_error() : add_record(place, *element);
+}
+
+/// `place` is the first free record or the end.
+int _qz_LOG_EntryCounter::add_record(const RecordPlace& place, const Element& record) {
+  if (place.position > INT_MAX) return -1;
+  if (!write_record(place, record)) return report_seek_error();
+  last_pos_ = static_cast<int>(place.position);
   return 0;
 }
 
 int _qz_LOG_EntryCounter::CloseEntryCounterFile() {
   if (file_ != nullptr) QZ_fclose(file_);
   file_ = nullptr;
+  index_.reset();
   return 0;
 }
 
-bool _qz_LOG_EntryCounter::read_record(long long position, Element& record) const {
-  RecordBytes bytes;
-  const ssize_t moved =
-      uninterrupted([&] { return pread(fileno(file_), bytes, sizeof(bytes), static_cast<off_t>(position)); });
-  if (moved != kRecordSize) return false;
-  record = decode(bytes);
-  return true;
+/// To a place that no search has found just now.
+bool _qz_LOG_EntryCounter::rewrite_record(const RecordPlace& place, const Element& record) {
+  if (index_ != nullptr) index_->expect_write(fileno(file_));
+  return write_record(place, record);
 }
 
-/// Writes a record with one write and leaves the stream behind it. A record that was written in part, on a full disk,
-/// is taken back.
-bool _qz_LOG_EntryCounter::write_record(long long position, const Element& record) {
-  if (QZ_fseek(file_, position, SEEK_SET) != 0) return false;
-  RecordBytes former;
-  RecordBytes bytes;
+/// Writes a record with one write and leaves the stream behind it, or at it when that failed.
+bool _qz_LOG_EntryCounter::write_record(const RecordPlace& place, const Element& record) {
   const int descriptor = fileno(file_);
-  const auto offset = static_cast<off_t>(position);
-  const ssize_t former_size = uninterrupted([&] { return pread(descriptor, former, sizeof(former), offset); });
-  encode(record, bytes);
-  const ssize_t written = uninterrupted([&] { return pwrite(descriptor, bytes, sizeof(bytes), offset); });
-  if (written == kRecordSize) return QZ_fseek(file_, position + kRecordSize, SEEK_SET) == 0;
-  if (written > 0) {
-    if (former_size == kRecordSize) {
-      uninterrupted([&] { return pwrite(descriptor, former, sizeof(former), offset); });
-    } else {
-      uninterrupted([&] { return ssize_t{ftruncate(descriptor, offset)}; });
-    }
+  const RecordBytes bytes = encode_record(record);
+  const ssize_t written = write_bytes(descriptor, place.position, bytes);
+  if (written == kRecordSize) {
+    if (index_ != nullptr) index_->written(descriptor, place.position, bytes);
+    return QZ_fseek(file_, place.position + kRecordSize, SEEK_SET) == 0;
   }
+  if (written > 0) {
+    if (index_ != nullptr) index_->drop();
+    take_back(descriptor, place);
+  }
+  QZ_fseek(file_, place.position, SEEK_SET);
   return false;
 }

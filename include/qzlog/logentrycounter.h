@@ -2,11 +2,15 @@
 #define QZLOG_LOGENTRYCOUNTER_H
 
 #include <cstdio>
+#include <memory>
 #include <vector>
 
 #include "qzlog/export.h"
 #include "qzlog/qz_string.h"
 #include "qzlog/qz_time.h"
+
+class _qz_LOG_EntryCounterIndex;
+struct _qz_LOG_EntryCounterPlace;
 
 /// One record of a counter file in host byte order. In the file it takes 32 bytes, every integer big-endian. A record
 /// whose year, month and day are all 0 is free.
@@ -28,6 +32,14 @@ struct _qz_LOG_EntryCounterElement {
 /// being as it was. A record is written with one write, so a crash leaves it old or new; a piece of a record at the end
 /// of the file is overwritten by the next record that is added there. Positions are kept in 32 bits: a record that
 /// would lie at 2 GiB or behind is not added or incremented, the result is -1.
+///
+/// Counting costs the same however many records the file has: from about a hundred on, an index in memory (up to 24
+/// bytes a record) tells where they stand. The file stays the truth. It is looked at in each operation, and what
+/// another process did to it meanwhile counts, with one exception: a change to a record that the operation does not
+/// read, in a file that keeps its size, made while an operation is under way, or through a shared memory mapping, or
+/// where the file system tells times no better than by clock ticks (Linux before 6.13) in the tick of the change
+/// before. Such a change is taken notice of with the next one, at the latest after as many searches for another key
+/// than the one before as the file has records.
 ///
 /// Not locked: one thread uses one counter, and one counter one file, at a time.
 class QZLOG_EXPORT _qz_LOG_EntryCounter {
@@ -65,10 +77,12 @@ class QZLOG_EXPORT _qz_LOG_EntryCounter {
 
  private:
   bool is_writable() const { return opened_ && writable_; }
-  QZLOG_NO_EXPORT bool read_record(long long position, _qz_LOG_EntryCounterElement& record) const;
-  QZLOG_NO_EXPORT bool write_record(long long position, const _qz_LOG_EntryCounterElement& record);
   QZLOG_NO_EXPORT bool increase_last_record(int entry_key, int& result);
-  QZLOG_NO_EXPORT int increase_record(long long position, _qz_LOG_EntryCounterElement& record);
+  QZLOG_NO_EXPORT int increase_record(const _qz_LOG_EntryCounterPlace& place);
+  QZLOG_NO_EXPORT int add_record(const _qz_LOG_EntryCounterPlace& place, const _qz_LOG_EntryCounterElement& record);
+  QZLOG_NO_EXPORT bool rewrite_record(const _qz_LOG_EntryCounterPlace& place,
+                                      const _qz_LOG_EntryCounterElement& record);
+  QZLOG_NO_EXPORT bool write_record(const _qz_LOG_EntryCounterPlace& place, const _qz_LOG_EntryCounterElement& record);
   QZLOG_NO_EXPORT void replace_file(std::FILE* file);
 
   std::FILE* file_;
@@ -81,6 +95,7 @@ class QZLOG_EXPORT _qz_LOG_EntryCounter {
   bool opened_;
   bool has_last_record_;  // the record above was set: another operation may have set the position alone
   std::vector<std::FILE*> replaced_files_;
+  std::unique_ptr<_qz_LOG_EntryCounterIndex> index_;  // null until searches were long
 };
 
 #endif  // QZLOG_LOGENTRYCOUNTER_H

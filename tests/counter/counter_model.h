@@ -3,6 +3,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "tests/counter/counter_fixture.h"
@@ -129,14 +130,19 @@ class CounterModel {
   /// What is less than a record is used up and is none.
   std::optional<ModelRecord> read() {
     if (at_end()) return std::nullopt;
-    const std::string bytes = image_->substr(position_, kRecordBytes);
+    const std::string_view bytes = std::string_view(*image_).substr(position_, kRecordBytes);
     position_ += bytes.size();
     if (bytes.size() < kRecordBytes) return std::nullopt;
-    return ModelRecord{number(bytes, 0),  number(bytes, 4),  number(bytes, 8), number(bytes, 12),
-                       number(bytes, 16), number(bytes, 20), bytes.substr(24)};
+    return ModelRecord{number(bytes, 0),
+                       number(bytes, 4),
+                       number(bytes, 8),
+                       number(bytes, 12),
+                       number(bytes, 16),
+                       number(bytes, 20),
+                       std::string(bytes.substr(24))};
   }
 
-  static int number(const std::string& bytes, std::size_t offset) {
+  static int number(std::string_view bytes, std::size_t offset) {
     unsigned long long value = 0;
     for (std::size_t i = offset; i < offset + 4; ++i) value = value * 256 + static_cast<unsigned char>(bytes[i]);
     return static_cast<int>(static_cast<unsigned>(value));
