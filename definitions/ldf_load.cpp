@@ -148,17 +148,13 @@ void read_selector_messages(std::FILE* file, bool is_aux, _qz_LOG_log_definition
 
 }  // namespace
 
-unsigned _qz_LOG_entry_index::_get_slot_index(const unsigned int& entry_id) const {
-  return QZ_hash((entry_id ^ entry_id >> 16) * 0x9E3779B1U, size);
-}
-
 const _qz_LOG_log_definition_file_info_holder* _qz_LOG_entry_index::find(unsigned int entry_id) const {
-  const auto* const node = slots[_qz_LOG_entry_index::_get_slot_index(entry_id)].find_entry(entry_id);
+  const auto* const node = slots[QZ_hash(entry_id, size)].find_entry(entry_id);
   return node != nullptr ? &node->value : nullptr;
 }
 
 void _qz_LOG_entry_index::put(unsigned int entry_id, const _qz_LOG_log_definition_file_info_holder& place) {
-  slots[_qz_LOG_entry_index::_get_slot_index(entry_id)].add_entry(entry_id, place);
+  slots[QZ_hash(entry_id, size)].add_entry(entry_id, place);
   ++count_;
 }
 

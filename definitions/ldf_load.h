@@ -19,12 +19,11 @@ struct _qz_LOG_log_definition_file_info_holder {
   unsigned offset;
 };
 
-/// Where every entry ID of the files stands. Its buckets follow the number of IDs, and the IDs are mixed first: files
-/// number their entries in steps.
+/// Where every entry ID of the files stands. Its buckets follow the number of IDs: a prime, so that files which number
+/// their entries in steps fill them evenly, and IDs in a row stand side by side.
 class _qz_LOG_entry_index : public qz_MISC_hash_tbl<unsigned int, _qz_LOG_log_definition_file_info_holder> {
  public:
   using qz_MISC_hash_tbl::qz_MISC_hash_tbl;
-  unsigned _get_slot_index(const unsigned int& entry_id) const override;
 
   /// Null when the ID is unknown.
   const _qz_LOG_log_definition_file_info_holder* find(unsigned int entry_id) const;

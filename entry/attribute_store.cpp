@@ -25,7 +25,7 @@ void _qz_LOG_attribute_store::put_copy(const _qz_LOG_known_name* name, const _qz
   const auto destroy = [](_qz_LOG_type_base* built) { built->~_qz_LOG_type_base(); };
   const std::unique_ptr<_qz_LOG_type_base, decltype(destroy)> guard(
       std::launder(reinterpret_cast<_qz_LOG_type_base*>(copy.bytes)), destroy);
-  const unsigned position = find_position(name);
+  const unsigned position = search_position(name);
   if (position == kNone) return _qz_LOG_move_value(*guard, claim_place(name));
   _qz_LOG_type_base* const former = value_at(position);
   former->~_qz_LOG_type_base();

@@ -28,19 +28,18 @@ class _qz_LOG_attribute_store : public qz_UTIL_no_inadvertant_copies {
     const unsigned position = find_position(name);
     return position != kNone ? value_at(position) : nullptr;
   }
-  /// The same for a known name. Values are often asked for in the order in which they were added: the search begins at
-  /// the place `expected`.
-  _qz_LOG_type_base* find(const _qz_LOG_known_name* name, unsigned expected = 0) const {
-    if (expected < count_ && expected < kInlineValues && names_[expected] == name) return value_at(expected);
-    const unsigned position = find_position(name);
+  /// The same for a known name. Values are mostly asked for in the order in which they were added: the search begins at
+  /// the place `expected`, whatever that is.
+  _qz_LOG_type_base* find(const _qz_LOG_known_name* name, unsigned expected) const {
+    const unsigned position = find_position(name, expected);
     return position != kNone ? value_at(position) : nullptr;
   }
 
   /// Adds the value or replaces the one under the name, whatever its type.
   template <unsigned char code>
-  void put(const _qz_LOG_known_name* name, typename _qz_LOG_value_of<code>::type&& value) {
+  void put(const _qz_LOG_known_name* name, unsigned expected, typename _qz_LOG_value_of<code>::type&& value) {
     using Stored = _qz_LOG_stored<code>;
-    const unsigned position = find_position(name);
+    const unsigned position = find_position(name, expected);
     if (position == kNone) {
       new (claim_place(name)) Stored(std::move(value));
       return;
@@ -56,9 +55,9 @@ class _qz_LOG_attribute_store : public qz_UTIL_no_inadvertant_copies {
   }
   /// The same for a text type, with a text that the value can take without memory.
   template <unsigned char code>
-  void put_short_text(const _qz_LOG_known_name* name, const char* text, unsigned length) {
+  void put_short_text(const _qz_LOG_known_name* name, unsigned expected, const char* text, unsigned length) {
     using Stored = _qz_LOG_stored<code>;
-    const unsigned position = find_position(name);
+    const unsigned position = find_position(name, expected);
     if (position == kNone) {
       (new (claim_place(name)) Stored)->value._assign(text, length);
     } else if (value_at(position)->get_type() == code) {
@@ -66,7 +65,7 @@ class _qz_LOG_attribute_store : public qz_UTIL_no_inadvertant_copies {
     } else {
       Stored stored;
       stored.value._assign(text, length);
-      put<code>(name, std::move(stored.value));
+      put<code>(name, expected, std::move(stored.value));
     }
   }
   /// The same with a copy of a value whose type is known at run time only.
@@ -124,7 +123,10 @@ class _qz_LOG_attribute_store : public qz_UTIL_no_inadvertant_copies {
     (i < kInlineValues ? names_[i] : further_->places[i - kInlineValues]->name) = name;
   }
   unsigned find_position(const _qz_LOG_attribute_name& name) const;
-  unsigned find_position(const _qz_LOG_known_name* name) const {
+  unsigned find_position(const _qz_LOG_known_name* name, unsigned expected) const {
+    return expected < count_ && name_at(expected) == name ? expected : search_position(name);
+  }
+  unsigned search_position(const _qz_LOG_known_name* name) const {
     if (further_ != nullptr) return find_indexed(name);
     for (unsigned i = 0; i < count_; ++i) {
       if (names_[i] == name) return i;

@@ -37,7 +37,7 @@ template <unsigned char code>
 void _qz_LOG_log_entry_imp::add_stored(const _qz_LOG_attribute_entry& attribute,
                                        typename _qz_LOG_value_of<code>::type value) {
   message_stale_ = true;
-  attributes_.put<code>(attribute.get_known_name(), std::move(value));
+  attributes_.put<code>(attribute.get_known_name(), next_attribute_ - 1, std::move(value));
 }
 
 template <unsigned char code, typename T>

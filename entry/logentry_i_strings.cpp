@@ -187,12 +187,13 @@ template <unsigned char code>
 void _qz_LOG_log_entry_imp::store_text_of(const _qz_LOG_known_name* name, const char* text, unsigned length) {
   message_stale_ = true;
   if constexpr (code >= TypeMBChar32) {
-    attributes_.put<code>(name, _qz_LOG_ustring(text, length));
+    attributes_.put<code>(name, next_attribute_ - 1, _qz_LOG_ustring(text, length));
   } else {
-    if (length <= qz_String::kInlineCapacity) return attributes_.put_short_text<code>(name, text, length);
+    if (length <= qz_String::kInlineCapacity)
+      return attributes_.put_short_text<code>(name, next_attribute_ - 1, text, length);
     qz_String stored;
     stored._assign(text, length);
-    attributes_.put<code>(name, std::move(stored));
+    attributes_.put<code>(name, next_attribute_ - 1, std::move(stored));
   }
 }
 
