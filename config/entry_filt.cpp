@@ -1,5 +1,7 @@
 #include "qzlog/entry_filt.h"
 
+#include <cstddef>
+
 #include "config/logconf.h"
 #include "entry/logentry_i.h"
 #include "qzlog/logcfg.h"
@@ -11,10 +13,29 @@ constexpr unsigned kDebugEntryMask = 0x4000000;
 
 bool is_debug_entry(unsigned property_mask) { return (property_mask & kDebugEntryMask) != 0; }
 
-/// Replaces `value` by what is configured for the key, if anything is.
-bool override_value(const _qz_LOG_configuration* source, const char* section, const char* key, unsigned& value) {
-  return source != nullptr && source->get_integer_value(section, key, value);
-}
+/// What the configuration source, where there is one, says for a section. Made anew for each stage: a filter's callback
+/// may change the source.
+class ConfiguredValues {
+ public:
+  explicit ConfiguredValues(const char* section)
+      : source_(qz_LOG_LogConfig::_get_configuration_ptr()),
+        section_(section),
+        values_(source_ != nullptr ? source_->get_filter_values(section) : nullptr) {}
+
+  /// Replaces `value` by what is configured for the key, if anything is.
+  void replace(qz_FilterKey key, unsigned& value) const {
+    if (values_ != nullptr) {
+      values_->get(key, value);
+    } else if (source_ != nullptr) {
+      source_->get_integer_value(section_, kFilterKeyNames[static_cast<std::size_t>(key)], value);
+    }
+  }
+
+ private:
+  const _qz_LOG_configuration* source_;
+  const char* section_;
+  const qz_FilterValues* values_;
+};
 
 }  // namespace
 
@@ -30,7 +51,7 @@ void _qz_LOG_entry_filter::set_filter_log_level(unsigned low, unsigned high) {
 bool _qz_LOG_entry_filter::check_entry(const qz_LOG_LogEntry& entry) const {
   debug_entry = is_debug_entry(entry.GetPropertyMask());
   unsigned enabled = 0;
-  override_value(qz_LOG_LogConfig::_get_configuration_ptr(), section, "DebugEnabled", enabled);
+  ConfiguredValues(section).replace(qz_FilterKey::kDebugEnabled, enabled);
   debug_enabled = enabled != 0;
   return _check_entry_by_callback(entry) && _check_entry_by_log_level(*entry.implementation_) &&
          _check_entry_by_property_mask(*entry.implementation_);
@@ -42,23 +63,22 @@ bool _qz_LOG_entry_filter::_check_entry_by_callback(const qz_LOG_LogEntry& entry
 }
 
 bool _qz_LOG_entry_filter::_check_entry_by_log_level(const _qz_LOG_log_entry_imp& entry) const {
-  const _qz_LOG_configuration* const source = qz_LOG_LogConfig::_get_configuration_ptr();
+  const ConfiguredValues configured(section);
   unsigned low = log_level_low;
   unsigned high = log_level_high;
-  override_value(source, section, "LogLevelLow", low);
-  override_value(source, section, "LogLevelHigh", high);
+  configured.replace(qz_FilterKey::kLogLevelLow, low);
+  configured.replace(qz_FilterKey::kLogLevelHigh, high);
   if (is_debug_entry(entry.get_property_mask())) {
-    override_value(source, section, "DebugLogLevelLow", low);
-    override_value(source, section, "DebugLogLevelHigh", high);
+    configured.replace(qz_FilterKey::kDebugLogLevelLow, low);
+    configured.replace(qz_FilterKey::kDebugLogLevelHigh, high);
   }
   return low <= entry.get_log_level() && entry.get_log_level() <= high;
 }
 
 bool _qz_LOG_entry_filter::_check_entry_by_property_mask(const _qz_LOG_log_entry_imp& entry) const {
-  const _qz_LOG_configuration* const source = qz_LOG_LogConfig::_get_configuration_ptr();
   // Without a source the bypass of debug entries does not count either: it is switched on by the source.
-  if (source != nullptr && debug_entry && debug_enabled) return true;
+  if (debug_entry && debug_enabled && qz_LOG_LogConfig::_get_configuration_ptr() != nullptr) return true;
   unsigned mask = property_mask;
-  override_value(source, section, "PropertyMask", mask);
+  ConfiguredValues(section).replace(qz_FilterKey::kPropertyMask, mask);
   return (entry.get_property_mask() & mask) != 0;
 }

@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <climits>
+#include <string_view>
 
 #include "foundation/file_handle.h"
 #include "foundation/qz_libc.h"
@@ -24,6 +25,8 @@ bool is_loaded() {
 void set_loaded(int loaded) {
   std::atomic_ref<int>(_qz_LOG_file_configuration::bCfgReaded).store(loaded, std::memory_order_release);
 }
+
+const char* text_or_empty(const char* text) { return text != nullptr ? text : ""; }
 
 unsigned number_of(const char* text) {
   const bool hexadecimal = text[1] == 'x' || text[1] == 'X';
@@ -80,20 +83,50 @@ class SettingsParser {
 }  // namespace
 
 void _qz_LOG_log_setting_tbl::create_entry(const char* section, const char* key, unsigned value) {
-  qz_String hash_key;
-  _construct_hash_key_string(section, key, hash_key);
-  settings_.slots[settings_._get_slot_index(hash_key)].add_entry(hash_key, value);
+  qz_String name;
+  _construct_hash_key_string(section, key, name);
+  settings_.at(name) = value;
 }
 
 const unsigned* _qz_LOG_log_setting_tbl::find_entry(const char* section, const char* key) const {
-  qz_String hash_key;
-  _construct_hash_key_string(section, key, hash_key);
-  const auto* const node = settings_.slots[settings_._get_slot_index(hash_key)].find_entry(hash_key);
-  return node != nullptr ? &node->value : nullptr;
+  return settings_.find(text_or_empty(section), key);
+}
+
+void _qz_LOG_log_setting_tbl::clear() {
+  settings_.clear();
+  filter_values_.clear();
+  filter_values_gathered_ = false;
+}
+
+void _qz_LOG_log_setting_tbl::gather_filter_values() {
+  settings_.for_each([this](const qz_String& name, unsigned value) { gather_from(name, value); });
+  const qz_FilterValues* const global = filter_values_.find(kFallbackSection, "");
+  global_filter_values_ = global != nullptr ? *global : qz_FilterValues();
+  filter_values_.for_each(
+      [this](const qz_String&, qz_FilterValues& values) { values.complete_from(global_filter_values_); });
+  filter_values_gathered_ = true;
+}
+
+/// Whatever stands before a filter's key may be a section, and a name may end with two keys: "DebugLogLevelLow".
+void _qz_LOG_log_setting_tbl::gather_from(const qz_String& name, unsigned value) {
+  const std::string_view text(name.c_str(), name.length());
+  for (std::size_t index = 0; index < kFilterKeyCount; ++index) {
+    const std::string_view key = kFilterKeyNames[index];
+    if (!text.ends_with(key)) continue;
+    qz_String section;
+    section._assign(text.data(), static_cast<unsigned>(text.size() - key.size()));
+    filter_values_.at(section).set(static_cast<qz_FilterKey>(index), value);
+  }
+}
+
+const qz_FilterValues* _qz_LOG_log_setting_tbl::find_filter_values(const char* section) const {
+  if (!filter_values_gathered_) return nullptr;
+  const qz_FilterValues* const found = filter_values_.find(text_or_empty(section), "");
+  return found != nullptr ? found : &global_filter_values_;
 }
 
 void _qz_LOG_log_setting_tbl::_construct_hash_key_string(const char* section, const char* key, qz_String& out) {
-  out = section != nullptr ? section : "";
+  out = text_or_empty(section);
   out += key;
 }
 
@@ -143,6 +176,10 @@ bool _qz_LOG_file_configuration::get_integer_value(const char* section, const ch
   return load(status.st_mtime) && _find_value(section, key, value);
 }
 
+const qz_FilterValues* _qz_LOG_file_configuration::get_filter_values(const char* section) const {
+  return is_loaded() ? settings_.find_filter_values(section) : nullptr;
+}
+
 /// Under the writer lock. The time is stored even when the file cannot be read: later lookups that find the same time
 /// answer from the empty table.
 bool _qz_LOG_file_configuration::load(long long modification_time) const {
@@ -151,6 +188,7 @@ bool _qz_LOG_file_configuration::load(long long modification_time) const {
   modification_time_.store(modification_time, std::memory_order_release);
   settings_.clear();
   if (!_save_all_from_file()) return false;
+  settings_.gather_filter_values();
   set_loaded(1);
   return true;
 }

@@ -6,7 +6,8 @@
 #include <atomic>
 #include <cstdio>
 
-#include "foundation/hash_tbl.h"
+#include "config/filter_values.h"
+#include "config/text_tbl.h"
 #include "foundation/locks.h"
 #include "foundation/no_copies.h"
 #include "qzlog/export.h"
@@ -18,25 +19,38 @@ class _qz_LOG_configuration : public qz_UTIL_no_inadvertant_copies {
   /// False, with `value` untouched, when there is none. Any thread.
   virtual bool get_integer_value(const char* section, const char* key, unsigned& value) const = 0;
   virtual ~_qz_LOG_configuration() = default;
+  /// What get_integer_value says for all keys of a filter, at the price of one lookup. Null while lookups may still
+  /// have to load something: each key has to be asked for then. Valid as long as this object. Any thread.
+  virtual const qz_FilterValues* get_filter_values(const char* section) const = 0;
 };
 
 /// The settings of a file, keyed by the section's text followed by the key's, without a separator: sections "ab" with
-/// key "c" and "a" with key "bc" share one setting, callers' files rely on it.
+/// key "c" and "a" with key "bc" share one setting, callers' files rely on it. Lookups take no memory, and no longer
+/// among many settings than among few.
 class _qz_LOG_log_setting_tbl : public qz_UTIL_no_inadvertant_copies {
  public:
-  explicit _qz_LOG_log_setting_tbl(unsigned size) : settings_(size) {}
+  explicit _qz_LOG_log_setting_tbl(unsigned size) : settings_(size), filter_values_(size) {}
 
   /// Inserts or overwrites. QZX_memory_alloc without memory. A null section counts as empty.
   void create_entry(const char* section, const char* key, unsigned value);
   /// The stored value or null.
   const unsigned* find_entry(const char* section, const char* key) const;
   /// Removes all settings.
-  void clear() { settings_.clear(); }
+  void clear();
+
+  /// Gathers the values of the filters' keys by section, for find_filter_values. Once all settings are there.
+  void gather_filter_values();
+  /// The values of a section, completed by those of the section "global"; null when they were not gathered.
+  const qz_FilterValues* find_filter_values(const char* section) const;
 
  private:
   static void _construct_hash_key_string(const char* section, const char* key, qz_String& out);
+  void gather_from(const qz_String& name, unsigned value);
 
-  qz_MISC_hash_tbl<qz_String, unsigned> settings_;
+  qz_TextTable<unsigned> settings_;
+  qz_TextTable<qz_FilterValues> filter_values_;  // by section
+  qz_FilterValues global_filter_values_;
+  bool filter_values_gathered_ = false;
 };
 
 /// Reads the lines of a file one by one. A line ends with a line feed, a carriage return or both.
@@ -62,6 +76,7 @@ class _qz_LOG_file_configuration : public _qz_LOG_configuration {
 
   /// The value in `section`, else in the section "global". A file that cannot be read has no values.
   bool get_integer_value(const char* section, const char* key, unsigned& value) const override;
+  const qz_FilterValues* get_filter_values(const char* section) const override;
 
   /// 1 after the first successful load of any instance, 0 again with every instance made. Accessed atomically.
   QZLOG_EXPORT static int bCfgReaded;

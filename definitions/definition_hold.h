@@ -2,6 +2,7 @@
 #define QZLOG_DEFINITIONS_DEFINITION_HOLD_H
 
 #include <atomic>
+#include <cstdint>
 #include <memory>
 #include <utility>
 
@@ -37,7 +38,9 @@ class _qz_LOG_definition_hold : public qz_UTIL_no_inadvertant_copies {
   /// By the owner, which does not use the hold afterwards.
   void give_up() {
     owner_.store(nullptr, std::memory_order_relaxed);
-    if (balance_.fetch_add(owner_count_, std::memory_order_acq_rel) + owner_count_ == 0) delete this;
+    // Afterwards another thread may delete the hold at any moment.
+    const std::int64_t count = owner_count_;
+    if (balance_.fetch_add(count, std::memory_order_acq_rel) + count == 0) delete this;
   }
 
  private:
@@ -48,8 +51,9 @@ class _qz_LOG_definition_hold : public qz_UTIL_no_inadvertant_copies {
 
   _qz_LOG_definition_ref definition_;
   std::atomic<const _qz_LOG_thread_holds*> owner_;
-  int owner_count_ = 0;
-  std::atomic<int> balance_{0};
+  // Entries that one thread makes and another destroys move both away from zero without end.
+  std::int64_t owner_count_ = 0;
+  std::atomic<std::int64_t> balance_{0};
 };
 
 using _qz_LOG_definition_hold_ref = qz_CountedRef<_qz_LOG_definition_hold>;

@@ -149,28 +149,24 @@ void read_selector_messages(std::FILE* file, bool is_aux, _qz_LOG_log_definition
 }  // namespace
 
 const _qz_LOG_log_definition_file_info_holder* _qz_LOG_entry_index::find(unsigned int entry_id) const {
-  const auto* const node = slots[QZ_hash(entry_id, size)].find_entry(entry_id);
+  const auto* const node = slots[_qz_LOG_entry_index::_get_slot_index(entry_id)].find_entry(entry_id);
   return node != nullptr ? &node->value : nullptr;
 }
 
 void _qz_LOG_entry_index::put(unsigned int entry_id, const _qz_LOG_log_definition_file_info_holder& place) {
-  slots[QZ_hash(entry_id, size)].add_entry(entry_id, place);
-  ++count_;
+  slots[_qz_LOG_entry_index::_get_slot_index(entry_id)].add_entry(entry_id, place);
 }
 
 void _qz_LOG_entry_index::reserve(unsigned additional) {
-  const unsigned long long wanted = std::min(static_cast<unsigned long long>(count_) + additional, kMostBuckets);
+  using Walker = qz_MISC_hash_tbl_walker<unsigned int, _qz_LOG_log_definition_file_info_holder>;
+  unsigned long long wanted = additional;
+  for (Walker walker(*this); walker._next_key() != nullptr;) ++wanted;
   if (wanted <= size) return;
-  _qz_LOG_entry_index larger(static_cast<unsigned>(wanted));
-  qz_MISC_hash_tbl_walker<unsigned int, _qz_LOG_log_definition_file_info_holder> walker(*this);
+  _qz_LOG_entry_index larger(static_cast<unsigned>(std::min(wanted, kMostBuckets)));
+  Walker walker(*this);
   while (const auto* const node = walker._next_key()) larger.put(node->key, node->value);
   std::swap(slots, larger.slots);
   std::swap(size, larger.size);
-}
-
-void _qz_LOG_entry_index::clear() {
-  qz_MISC_hash_tbl::clear();
-  count_ = 0;
 }
 
 _qz_LOG_log_definition_tbl::_qz_LOG_log_definition_tbl() : index_(kIndexSize), lock_(nullptr) {}

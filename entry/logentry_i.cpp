@@ -212,9 +212,11 @@ void _qz_LOG_log_entry_imp::set_timestamp(const qz_Time& time, bool gmt) {
   timestamp_ = time;
   timestamp_.set_GMT_time_mode(gmt);
 
-  const bool daylight_saving = timestamp_.is_daylight_saving();
+  int timezone_offset = 0;
+  bool daylight_saving = false;
+  timestamp_.get_zone(timezone_offset, daylight_saving);
   const int daylight_minutes = daylight_saving && !gmt ? 60 : 0;
-  const auto zone_difference = static_cast<short>(daylight_minutes - timestamp_.get_timezone_offset());
+  const auto zone_difference = static_cast<short>(daylight_minutes - timezone_offset);
   if (zone_difference != last_zone_difference_) {
     add_attrib_2("TIMEZONE_DIFFERENCE", zone_difference);
     last_zone_difference_ = zone_difference;

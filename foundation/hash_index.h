@@ -27,7 +27,7 @@ class qz_HashIndex {
     if (capacity_ >= room * 2) return;
     unsigned capacity = 32;
     while (capacity < room * 2) capacity *= 2;
-    cells_.reset(qz_new_array<std::uint16_t>(capacity));
+    cells_.reset(qz_new_array<std::uint32_t>(capacity));
     capacity_ = capacity;
     reindex(count, hash_of);
   }
@@ -41,7 +41,7 @@ class qz_HashIndex {
   void insert(unsigned hash, unsigned position) {
     unsigned cell = first_cell(hash);
     while (cells_[cell] != 0) cell = next_cell(cell);
-    cells_[cell] = static_cast<std::uint16_t>(position + 1);
+    cells_[cell] = position + 1;
   }
 
   /// The position for which `matches` is true, among those with this hash, else kNone.
@@ -59,7 +59,7 @@ class qz_HashIndex {
   unsigned next_cell(unsigned cell) const { return (cell + 1) & (capacity_ - 1); }
 
   // Position + 1, or 0. A power of two many.
-  std::unique_ptr<std::uint16_t[]> cells_;
+  std::unique_ptr<std::uint32_t[]> cells_;
   unsigned capacity_ = 0;
 };
 

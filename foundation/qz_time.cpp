@@ -182,9 +182,17 @@ int qz_Time::compare_time(const qz_Time& other) const noexcept {
 
 // Taken from the moment's own offset rather than from a process-wide constant, so that zones that changed their
 // standard time, or shift by other than an hour in summer, give the true difference.
-int qz_Time::get_timezone_offset() const noexcept {
+void qz_Time::get_zone(int& timezone_offset, bool& daylight_saving) const noexcept {
   const std::tm local = local_time_at(unix_seconds());
-  return (local.tm_isdst > 0 ? 60 : 0) - static_cast<int>(local.tm_gmtoff / 60);
+  daylight_saving = local.tm_isdst > 0;
+  timezone_offset = (daylight_saving ? 60 : 0) - static_cast<int>(local.tm_gmtoff / 60);
+}
+
+int qz_Time::get_timezone_offset() const noexcept {
+  int offset = 0;
+  bool daylight_saving = false;
+  get_zone(offset, daylight_saving);
+  return offset;
 }
 
 bool qz_Time::is_daylight_saving() const noexcept { return local_time_at(unix_seconds()).tm_isdst > 0; }

@@ -34,12 +34,12 @@ class qz_ThreadBlocks : public qz_UTIL_no_inadvertant_copies {
     return ::operator new(sizeof(T), std::nothrow);
   }
   static void give(void* block) noexcept {
-    qz_ThreadBlocks* const blocks = qz_ThreadInstance<qz_ThreadBlocks>::find();
+    qz_ThreadBlocks* blocks = qz_ThreadInstance<qz_ThreadBlocks>::find();
+    if (blocks == nullptr) blocks = begin_to_keep();
     if (blocks != nullptr && blocks->count_ < kMost) {
       blocks->blocks_[blocks->count_++] = block;
     } else {
       ::operator delete(block);
-      if (blocks == nullptr && kMost != 0) begin_to_keep();
     }
   }
 
@@ -48,12 +48,13 @@ class qz_ThreadBlocks : public qz_UTIL_no_inadvertant_copies {
   friend class qz_ThreadInstance;
   qz_ThreadBlocks() = default;
 
-  static void begin_to_keep() noexcept {
-    if (qz_ThreadInstance<qz_ThreadBlocks>::is_over()) return;
+  /// Null when the thread is over or there is no memory: blocks are then freed at once.
+  static qz_ThreadBlocks* begin_to_keep() noexcept {
+    if (kMost == 0 || qz_ThreadInstance<qz_ThreadBlocks>::is_over()) return nullptr;
     try {
-      qz_ThreadInstance<qz_ThreadBlocks>::make();
+      return &qz_ThreadInstance<qz_ThreadBlocks>::make();
     } catch (const std::bad_alloc&) {
-      return;  // blocks are freed at once until there is memory
+      return nullptr;
     }
   }
 

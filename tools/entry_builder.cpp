@@ -16,7 +16,8 @@ namespace qzlog_tool {
 namespace {
 
 using qzlog_compiler::quoted;
-using simdjson::dom::element;
+// Enough for the IDs that most logs repeat, and little memory.
+constexpr std::size_t kKeptEntries = 64;
 
 // What SetTimestamp sets along with the time. An entry that was written elsewhere brings its own values: they win.
 constexpr std::string_view kTimeFields[] = {"TIMEZONE_DIFFERENCE", "DAYLIGHT_SAVING_ACTIVE"};
@@ -47,38 +48,40 @@ std::string type_name(qz_AttributeType type) { return std::string(qzlog_compiler
 
 std::string about(const char* name) { return "attribute " + quoted(name) + ": "; }
 
-EntryError wrong_kind(const char* name, qz_AttributeType type, std::string_view wanted, element value) {
+EntryError wrong_kind(const char* name, qz_AttributeType type, std::string_view wanted, JsonKind kind) {
   return {EntryRule::kWrongKind,
-          about(name) + type_name(type) + " takes " + std::string(wanted) + ", not " + std::string(kind_of(value))};
+          about(name) + type_name(type) + " takes " + std::string(wanted) + ", not " + std::string(kind_name(kind))};
 }
 
-void add_bool(element value, qz_AttributeType type, const char* name, qz_LOG_LogEntry& entry) {
-  bool truth = false;
-  if (value.get_bool().get(truth) != simdjson::SUCCESS) throw wrong_kind(name, type, "true or false", value);
-  entry.AddAttribBool(name, truth);
+void add_bool(const JsonValue& value, qz_AttributeType type, const char* name, qz_LOG_LogEntry& entry) {
+  if (value.kind != JsonKind::kBool) throw wrong_kind(name, type, "true or false", value.kind);
+  entry.AddAttribBool(name, value.truth);
 }
 
-void add_integer(element value, qz_AttributeType type, const char* name, qz_LOG_LogEntry& entry) {
+void add_integer(const JsonValue& value, qz_AttributeType type, const char* name, qz_LOG_LogEntry& entry) {
   const IntegerType& range = kIntegerTypes[type - kFirstIntegerType];
-  std::int64_t number = 0;
-  std::uint64_t large = 0;
-  const bool is_large = value.get_uint64().get(large) == simdjson::SUCCESS && large > INT64_MAX;
-  if (!is_large && value.get_int64().get(number) != simdjson::SUCCESS) {
-    throw wrong_kind(name, type, "an integer", value);
+  const bool is_large = value.kind == JsonKind::kLargeInteger;
+  if (!is_large && value.kind != JsonKind::kInteger) throw wrong_kind(name, type, "an integer", value.kind);
+  if (is_large || value.integer < range.minimum || value.integer > range.maximum) {
+    throw EntryError{EntryRule::kOutOfRange,
+                     about(name) + (is_large ? std::to_string(value.large_integer) : std::to_string(value.integer)) +
+                         " does not fit " + type_name(type) + " (" + std::to_string(range.minimum) + " to " +
+                         std::to_string(range.maximum) + ")"};
   }
-  if (is_large || number < range.minimum || number > range.maximum) {
-    throw EntryError{EntryRule::kOutOfRange, about(name) + (is_large ? std::to_string(large) : std::to_string(number)) +
-                                                 " does not fit " + type_name(type) + " (" +
-                                                 std::to_string(range.minimum) + " to " +
-                                                 std::to_string(range.maximum) + ")"};
-  }
-  range.add(entry, name, number);
+  range.add(entry, name, value.integer);
 }
 
-void add_float(element value, qz_AttributeType type, const char* name, qz_LOG_LogEntry& entry) {
-  double number = 0;
-  if (value.get_double().get(number) != simdjson::SUCCESS) throw wrong_kind(name, type, "a number", value);
-  entry.AddAttribFloat8(name, number);
+double number_of(const JsonValue& value, qz_AttributeType type, const char* name) {
+  switch (value.kind) {
+    case JsonKind::kFloat:
+      return value.number;
+    case JsonKind::kInteger:
+      return static_cast<double>(value.integer);
+    case JsonKind::kLargeInteger:
+      return static_cast<double>(value.large_integer);
+    default:
+      throw wrong_kind(name, type, "a number", value.kind);
+  }
 }
 
 // A text without a zone names no moment, so only what qz_Time reads as GMT is taken. `name` is null for the entry's
@@ -94,15 +97,16 @@ qz_Time parse_time(const char* text, const char* name) {
   return time;
 }
 
-std::string_view text_of(element value, qz_AttributeType type, const char* name, std::string_view wanted) {
-  std::string_view text;
-  if (value.get_string().get(text) != simdjson::SUCCESS) throw wrong_kind(name, type, wanted, value);
-  c_text(text);
-  return text;
+std::string_view text_of(const JsonAttribute& attribute, qz_AttributeType type, std::string_view wanted) {
+  const JsonValue& value = attribute.value;
+  if (value.kind != JsonKind::kText) throw wrong_kind(attribute.name.data(), type, wanted, value.kind);
+  if (attribute.may_hold_nul) c_text(value.text);
+  return value.text;
 }
 
-void add_time(element value, qz_AttributeType type, const char* name, qz_LOG_LogEntry& entry) {
-  const std::string_view text = text_of(value, type, name, "a text with a date and time");
+void add_time(const JsonAttribute& attribute, qz_AttributeType type, qz_LOG_LogEntry& entry) {
+  const char* const name = attribute.name.data();
+  const std::string_view text = text_of(attribute, type, "a text with a date and time");
   entry.AddAttribTime(name, parse_time(text.data(), name));
 }
 
@@ -148,6 +152,11 @@ class TimeFields {
 
 }  // namespace
 
+EntryBuilder::EntryBuilder(const EntryNames* names, const CodePage* text_code_page)
+    : names_(names), text_code_page_(text_code_page), kept_(kKeptEntries + 1) {
+  kept_.back() = std::make_unique<KeptEntry>();
+}
+
 std::uint32_t EntryBuilder::find_id(const JsonEntry& source) {
   if (source.name.empty()) return source.id;
   if (names_ == nullptr) {
@@ -162,46 +171,79 @@ std::uint32_t EntryBuilder::find_id(const JsonEntry& source) {
   return found->second;
 }
 
-void EntryBuilder::build(const JsonEntry& source, qz_LOG_LogEntry& entry) {
+const qz_LOG_LogEntry& EntryBuilder::build(const JsonEntry& source) {
   const std::uint32_t id = find_id(source);
-  entry.ClearAttribs();
-  set_id(id, entry);
-  entry.SetLogLevel(source.level);
-  if (source.time != nullptr) set_time(source.time, entry);
-  if (source.has_attributes) {
-    call_for_entry(EntryRule::kRefusedValue, [&] { add_attributes(source, entry); });
+  KeptEntry& kept = kept_entry(id, source);
+  if (kept.shape.matches(id, source)) {
+    replace_values(source, kept);
+  } else {
+    build_anew(id, source, kept);
   }
+  return kept.entry;
 }
 
-void EntryBuilder::add_attributes(const JsonEntry& source, qz_LOG_LogEntry& entry) {
+// What the general parser read may be large, and matches no shape: it shares one entry, behind the others.
+KeptEntry& EntryBuilder::kept_entry(std::uint32_t id, const JsonEntry& source) {
+  if (!source.attributes.is_read()) return *kept_.back();
+  std::unique_ptr<KeptEntry>& kept = kept_[id % kKeptEntries];
+  if (kept == nullptr) kept = std::make_unique<KeptEntry>();
+  return *kept;
+}
+
+void EntryBuilder::replace_values(const JsonEntry& source, KeptEntry& kept) {
+  kept.shape.forget();
+  kept.entry.SetLogLevel(source.level);
+  if (source.time != nullptr) set_time(source.time, kept.entry);
+  call_for_entry(EntryRule::kRefusedValue, [&] {
+    std::size_t index = 0;
+    for (const JsonAttribute& attribute : source.attributes.read()) {
+      add_value(attribute, kept.shape.type(index++), kept.entry);
+    }
+  });
+  kept.shape.complete();
+}
+
+void EntryBuilder::build_anew(std::uint32_t id, const JsonEntry& source, KeptEntry& kept) {
+  kept.shape.begin(id, source.time != nullptr);
+  kept.entry.ClearAttribs();
+  set_id(id, kept.entry);
+  kept.entry.SetLogLevel(source.level);
+  if (source.time != nullptr) set_time(source.time, kept.entry);
+  call_for_entry(EntryRule::kRefusedValue, [&] { add_attributes(source, kept); });
+  kept.shape.complete();
+}
+
+void EntryBuilder::add_attributes(const JsonEntry& source, KeptEntry& kept) {
   TimeFields time_fields(source.time != nullptr);
-  for (const simdjson::dom::key_value_pair field : source.attributes) {
-    const char* const name = c_text(field.key);
+  source.attributes.for_each([&](const JsonAttribute& attribute) {
+    const std::string_view name = attribute.name;
+    if (attribute.may_hold_nul) c_text(name);
     qz_AttributeType type = TypeUnknown;
-    const int state = entry.CheckAttribute(name, type);
+    const int state = kept.entry.CheckAttribute(name.data(), type);
     if (state < 0) {
-      throw EntryError{
-          EntryRule::kUnknownAttribute,
-          "attribute " + quoted(field.key) + " is not defined for entry ID " + std::to_string(entry.GetEntryID())};
+      throw EntryError{EntryRule::kUnknownAttribute, "attribute " + quoted(name) + " is not defined for entry ID " +
+                                                         std::to_string(kept.entry.GetEntryID())};
     }
-    if (state == 0 && !time_fields.take(field.key)) {
-      throw EntryError{EntryRule::kDuplicateAttribute, "attribute " + quoted(field.key) + " is given twice"};
+    if (state == 0 && !time_fields.take(name)) {
+      throw EntryError{EntryRule::kDuplicateAttribute, "attribute " + quoted(name) + " is given twice"};
     }
-    add_value(field.value, type, name, entry);
-  }
+    add_value(attribute, type, kept.entry);
+    kept.shape.add(name, type);
+  });
 }
 
-void EntryBuilder::add_value(element value, qz_AttributeType type, const char* name, qz_LOG_LogEntry& entry) {
+void EntryBuilder::add_value(const JsonAttribute& attribute, qz_AttributeType type, qz_LOG_LogEntry& entry) {
+  const char* const name = attribute.name.data();
   if (type == TypeBool) {
-    add_bool(value, type, name, entry);
+    add_bool(attribute.value, type, name, entry);
   } else if (type >= TypeUInt1 && type <= TypeSInt4) {
-    add_integer(value, type, name, entry);
+    add_integer(attribute.value, type, name, entry);
   } else if (type == TypeFloat) {
-    add_float(value, type, name, entry);
+    entry.AddAttribFloat8(name, number_of(attribute.value, type, name));
   } else if (type >= TypeChar32 && type <= TypeMBChar2K) {
-    add_text(text_of(value, type, name, "a text"), type, name, entry);
+    add_text(text_of(attribute, type, "a text"), type, name, entry);
   } else if (type >= TypeDate && type <= TypeTimestamp) {
-    add_time(value, type, name, entry);
+    add_time(attribute, type, entry);
   } else {
     throw EntryError{EntryRule::kUnsupportedType,
                      about(name) + "nothing can be put into an attribute of type " + type_name(type)};

@@ -1,8 +1,6 @@
 #include "tools/json_entry.h"
 
 #include <cstddef>
-#include <cstring>
-#include <limits>
 #include <string>
 
 #include "tools/compiler/utf8_text.h"
@@ -14,19 +12,25 @@ namespace qzlog_tool {
 namespace {
 
 using simdjson::dom::element;
-using simdjson::dom::element_type;
 
 static_assert(LineReader::kPaddingBytes >= simdjson::SIMDJSON_PADDING);
 
-constexpr std::uint64_t kMaximumUnsigned = std::numeric_limits<std::uint32_t>::max();
-constexpr std::uint64_t kMaximumLevel = 9;
+std::string kind_text(element value) { return std::string(kind_name(kind_of(value))); }
+
+/// The integer `value` when it is one from 0 to `maximum`.
+bool unsigned_value(element value, std::uint64_t maximum, std::uint32_t& number) {
+  std::uint64_t wide = 0;
+  if (value.get_uint64().get(wide) != simdjson::SUCCESS || wide > maximum) return false;
+  number = static_cast<std::uint32_t>(wide);
+  return true;
+}
 
 void read_id(element value, JsonEntry& entry) {
   if (value.get_string().get(entry.name) == simdjson::SUCCESS) {
     if (entry.name.empty()) throw EntryError{EntryRule::kBadId, "'id' is an empty text"};
     return;
   }
-  if (!unsigned_value(value, kMaximumUnsigned, entry.id)) {
+  if (!unsigned_value(value, kMaximumId, entry.id)) {
     throw EntryError{EntryRule::kBadId, "'id' has to be an integer from 0 to 4294967295 or an entry's name"};
   }
 }
@@ -41,26 +45,27 @@ void read_time(element value, JsonEntry& entry) {
   std::string_view text;
   if (value.get_string().get(text) != simdjson::SUCCESS) {
     throw EntryError{EntryRule::kBadTime,
-                     "'time' has to be a text such as \"2026-11-21T08:15:30Z\", not " + std::string(kind_of(value))};
+                     "'time' has to be a text such as \"2026-11-21T08:15:30Z\", not " + kind_text(value)};
   }
   entry.time = c_text(text);
 }
 
 void read_attributes(element value, JsonEntry& entry) {
-  if (value.get_object().get(entry.attributes) != simdjson::SUCCESS) {
-    throw EntryError{EntryRule::kBadAttributes, "'attributes' has to be an object, not " + std::string(kind_of(value))};
+  simdjson::dom::object attributes;
+  if (value.get_object().get(attributes) != simdjson::SUCCESS) {
+    throw EntryError{EntryRule::kBadAttributes, "'attributes' has to be an object, not " + kind_text(value)};
   }
-  entry.has_attributes = true;
+  entry.attributes = JsonAttributes(attributes);
 }
 
 void read_default(element value, JsonEntry& entry) {
   if (value.get_bool().get(entry.use_default) != simdjson::SUCCESS) {
-    throw EntryError{EntryRule::kBadChoice, "'default' has to be true or false, not " + std::string(kind_of(value))};
+    throw EntryError{EntryRule::kBadChoice, "'default' has to be true or false, not " + kind_text(value)};
   }
 }
 
 void read_selector(element value, JsonEntry& entry) {
-  if (!unsigned_value(value, kMaximumUnsigned, entry.selector)) {
+  if (!unsigned_value(value, kMaximumSelector, entry.selector)) {
     throw EntryError{EntryRule::kBadChoice, "'selector' has to be an integer from 0 to 4294967295"};
   }
 }
@@ -95,13 +100,19 @@ std::string parser_reason(simdjson::error_code error) {
 }  // namespace
 
 JsonEntry JsonEntryParser::parse(std::string_view line) {
+  JsonEntry entry;
+  if (!plain_.scan(line, entry)) entry = parse_any(line);
+  return entry;
+}
+
+JsonEntry JsonEntryParser::parse_any(std::string_view line) {
   element document;
   const simdjson::error_code error = parser_.parse(line.data(), line.size(), false).get(document);
   if (error == simdjson::MEMALLOC) throw EntryError{EntryRule::kOutOfMemory, "no memory for this line"};
   if (error != simdjson::SUCCESS) throw EntryError{EntryRule::kBadJson, "not valid JSON: " + parser_reason(error)};
   simdjson::dom::object fields;
   if (document.get_object().get(fields) != simdjson::SUCCESS) {
-    throw EntryError{EntryRule::kNotAnObject, "an entry is an object in braces, not " + std::string(kind_of(document))};
+    throw EntryError{EntryRule::kNotAnObject, "an entry is an object in braces, not " + kind_text(document)};
   }
 
   JsonEntry entry;
@@ -116,42 +127,6 @@ JsonEntry JsonEntryParser::parse(std::string_view line) {
   }
   if (!seen[0]) throw EntryError{EntryRule::kMissingId, "the entry has no 'id'"};
   return entry;
-}
-
-std::string_view kind_of(element value) {
-  switch (value.type()) {
-    case element_type::ARRAY:
-      return "an array";
-    case element_type::OBJECT:
-      return "an object";
-    case element_type::INT64:
-    case element_type::UINT64:
-      return "an integer";
-    case element_type::DOUBLE:
-      return "a floating point number";
-    case element_type::STRING:
-      return "a text";
-    case element_type::BOOL:
-      return "true or false";
-    case element_type::NULL_VALUE:
-      return "null";
-  }
-  return "something else";
-}
-
-bool unsigned_value(element value, std::uint64_t maximum, std::uint32_t& number) {
-  std::uint64_t wide = 0;
-  if (value.get_uint64().get(wide) != simdjson::SUCCESS || wide > maximum) return false;
-  number = static_cast<std::uint32_t>(wide);
-  return true;
-}
-
-const char* c_text(std::string_view text) {
-  if (!text.empty() && std::memchr(text.data(), '\0', text.size()) != nullptr) {
-    throw EntryError{EntryRule::kNulCharacter,
-                     "the text " + qzlog_compiler::quoted(text) + " holds U+0000, which no text can"};
-  }
-  return text.data();  // the parser puts a zero byte behind every text
 }
 
 }  // namespace qzlog_tool

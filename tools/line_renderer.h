@@ -30,7 +30,7 @@ class LineRenderer {
   std::optional<std::string_view> render(std::string_view line);
 
   /// The entry of the last message.
-  const qz_LOG_LogEntry& entry() const noexcept { return entry_; }
+  const qz_LOG_LogEntry& entry() const noexcept { return *entry_; }
   /// Whether its line gave a time.
   bool has_time() const noexcept { return has_time_; }
 
@@ -39,14 +39,16 @@ class LineRenderer {
   EntryBuilder builder_;
   const CodePage* message_code_page_;
   const RenderFilter* filter_;
-  qz_LOG_LogEntry entry_;  // one for all lines
+  const qz_LOG_LogEntry* entry_ = nullptr;  // the builder's
   bool has_time_ = false;
   std::string message_;
   std::string converted_;
 };
 
 /// True for a line of nothing but blanks, tabs and a carriage return.
-bool is_blank(std::string_view line);
+inline bool is_blank(std::string_view line) {
+  return line.empty() || (line.front() <= ' ' && line.find_first_not_of(" \t\r") == std::string_view::npos);
+}
 
 }  // namespace qzlog_tool
 

@@ -47,6 +47,8 @@ class QZLOG_EXPORT qz_Time {
   int get_timezone_offset() const noexcept;
   /// Whether the local zone observes daylight saving at this moment, whatever the mode.
   bool is_daylight_saving() const noexcept;
+  /// Both of the above, asked of the system once.
+  QZLOG_NO_EXPORT void get_zone(int& timezone_offset, bool& daylight_saving) const noexcept;
 
   /// Write "YYYY-MM-DD HH:MM:SS" (followed by " GMT" in GMT mode), "YYYY-MM-DD" and "HH:MM:SS" into `buffer`, cut to
   /// `size` bytes with the terminator. A size of 0 writes nothing.

@@ -249,6 +249,68 @@ TEST_F(EntryFilterTest, SourceWithoutFileOrKeys_OwnValuesCount) {
   EXPECT_FALSE(filter.check_entry({kOrdinaryId, 3}));
 }
 
+TEST_F(EntryFilterTest, CallbackSetsAnotherSource_TheLaterStagesAskThat) {
+  configure("[app]\nLogLevelLow=5\nPropertyMask=0x8");
+  struct Change {
+    std::string path;
+    static bool make(unsigned, unsigned, unsigned, const qz_LOG_LogEntry&, void* data) {
+      qz_LOG_LogConfig::SetConfigurationSource(static_cast<Change*>(data)->path.c_str(), QZ_CONFIGURATION_FILE);
+      return true;
+    }
+  } change{folder_.write("other.conf", "[app]\nLogLevelHigh=4\nPropertyMask=0x20\n\n")};
+  _qz_LOG_entry_filter filter = make_filter();
+  EXPECT_FALSE(filter.check_entry({kOrdinaryId, 4}));
+  filter.callback = Change::make;
+  filter.user_data = &change;
+  EXPECT_TRUE(filter.check_entry({kOrdinaryId, 4}));
+  EXPECT_FALSE(filter.check_entry({kOrdinaryId, 5}));
+}
+
+TEST_F(EntryFilterTest, CallbackRemovesTheSource_OwnValuesCount) {
+  configure("[app]\nLogLevelLow=5\nPropertyMask=0x8");
+  _qz_LOG_entry_filter filter = make_filter();
+  filter.callback = [](unsigned, unsigned, unsigned, const qz_LOG_LogEntry&, void*) {
+    qz_LOG_LogConfig::SetConfigurationSource(nullptr, QZ_CONFIGURATION_FILE);
+    return true;
+  };
+  EXPECT_TRUE(filter.check_entry({kOrdinaryId, 4}));
+}
+
+TEST_F(EntryFilterTest, MissingFileWrittenByTheCallback_ReadByTheLevelStage) {
+  const std::string path = folder_.path("later.conf");
+  qz_LOG_LogConfig::SetConfigurationSource(path.c_str(), QZ_CONFIGURATION_FILE_MAY_BE_MISSING);
+  _qz_LOG_entry_filter filter = make_filter();
+  filter.callback = [](unsigned, unsigned, unsigned, const qz_LOG_LogEntry&, void* folder) {
+    static_cast<TempDir*>(folder)->write("later.conf", "[app]\nDebugEnabled=1\nLogLevelLow=5\n\n");
+    return true;
+  };
+  filter.user_data = &folder_;
+  EXPECT_FALSE(filter.check_entry({kDebugId, 4}));
+  EXPECT_FALSE(filter.debug_enabled);
+  EXPECT_TRUE(filter.check_entry({kDebugId, 5}));
+  EXPECT_TRUE(filter.debug_enabled);
+}
+
+TEST_F(EntryFilterTest, CheckOnceLoaded_TakesNoMemory) {
+  const char* const section = "a_section_with_quite_a_long_name";
+  configure("[a_section_with_quite_a_long_name]\nLogLevelLow=2\n[global]\nDebugLogLevelHigh=7\nPropertyMask=1");
+  const _qz_LOG_entry_filter filter = make_filter(section);
+  const qz_LOG_LogEntry ordinary(kOrdinaryId, 3);
+  const qz_LOG_LogEntry debug(kDebugId, 8);
+  EXPECT_TRUE(filter.check_entry(ordinary));
+  bool results[2] = {};
+  bool happened = false;
+  {
+    const AllocationFailure failure(1, AllocationFailure::kFromThenOn);
+    results[0] = filter.check_entry(ordinary);
+    results[1] = filter.check_entry(debug);
+    happened = failure.happened();
+  }
+  EXPECT_FALSE(happened);
+  EXPECT_TRUE(results[0]);
+  EXPECT_FALSE(results[1]);
+}
+
 TEST_F(EntryFilterTest, CallbackStageAlone_ReliesOnTheFlags) {
   CallbackCalls calls{.answer = false};
   _qz_LOG_entry_filter filter = make_filter();

@@ -1,9 +1,11 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <map>
 #include <optional>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "config/logconf.h"
@@ -151,6 +153,126 @@ TEST(LogConfOracle, RandomTexts_AsThePlainReader) {
     }
   }
   EXPECT_GT(found, 1000U);
+}
+
+std::size_t index_below(SeededRandom& random, std::size_t count) {
+  return static_cast<std::size_t>(random.between(0, static_cast<long long>(count) - 1));
+}
+
+/// Pieces that names are cut out of: parts of the filters' keys and of "global", so that names begin and end alike.
+const char* piece(SeededRandom& random) {
+  static const std::vector<const char*> pieces = {"Debug", "LogLevel",     "Low",     "High",       "Log",
+                                                  "Level", "PropertyMask", "Enabled", "glob",       "LogLevelLow",
+                                                  "al",    "global",       "a",       "DebugDebug", "DebugLogLevelHigh",
+                                                  "b",     "Mask",         ""};
+  return pieces[index_below(random, pieces.size())];
+}
+
+std::string random_name(SeededRandom& random) {
+  std::string name;
+  for (long long count = random.between(1, 4); count > 0; --count) name += piece(random);
+  return name;
+}
+
+/// A file of `sections` sections; its settings go into `settings` too.
+std::string random_file(SeededRandom& random, long long sections, std::map<std::string, unsigned>& settings) {
+  std::string text;
+  for (; sections > 0; --sections) {
+    const std::string section = random_name(random);
+    text += "[" + section + "]\n";
+    for (long long count = random.between(0, 8); count > 0; --count) {
+      const std::string key = random_name(random);
+      const auto value = static_cast<unsigned>(random.between(0, 0xFFFFFFFFLL));
+      if (key.empty()) continue;
+      text += key + "=" + std::to_string(value) + "\n";
+      settings[section + key] = value;
+    }
+  }
+  return text + "\n";
+}
+
+/// A name that is set, or may be, cut in two anywhere.
+std::pair<std::string, std::string> random_question(SeededRandom& random, const std::vector<std::string>& names) {
+  const std::string name =
+      names.empty() || random.one_in(4) ? random_name(random) : names[index_below(random, names.size())];
+  const std::size_t cut = index_below(random, name.size() + 1);
+  return {name.substr(0, cut), name.substr(cut)};
+}
+
+class LogConfManySettings : public testing::TestWithParam<int> {};
+
+TEST_P(LogConfManySettings, RandomFiles_EveryLookupAsInAMap) {
+  SeededRandom random;
+  SCOPED_TRACE(random.trace());
+  const TempDir folder;
+  for (int round = 0; round < 20; ++round) {
+    std::map<std::string, unsigned> settings;
+    const std::string path = folder.write(std::to_string(round), random_file(random, GetParam(), settings));
+    const _qz_LOG_file_configuration configuration(path.c_str());
+    std::vector<std::string> names;
+    for (const auto& [name, value] : settings) names.push_back(name);
+    for (int question = 0; question < 2000; ++question) {
+      const auto [section, key] = random_question(random, names);
+      unsigned value = 0;
+      const bool found = configuration.get_integer_value(section.c_str(), key.c_str(), value);
+      ASSERT_EQ(found ? std::optional<unsigned>(value) : std::nullopt, plain_lookup(settings, section, key))
+          << "section " << section << " key " << key;
+    }
+  }
+}
+
+TEST_P(LogConfManySettings, RandomFiles_FilterValuesAsTheLookups) {
+  SeededRandom random;
+  SCOPED_TRACE(random.trace());
+  const TempDir folder;
+  std::size_t found = 0;
+  for (int round = 0; round < 20; ++round) {
+    std::map<std::string, unsigned> settings;
+    const std::string path = folder.write(std::to_string(round), random_file(random, GetParam(), settings));
+    const _qz_LOG_file_configuration configuration(path.c_str());
+    unsigned value = 0;
+    configuration.get_integer_value("", "", value);
+    for (int question = 0; question < 500; ++question) {
+      const std::string section = random.one_in(20) ? "" : random_name(random);
+      const qz_FilterValues* const values = configuration.get_filter_values(section.c_str());
+      ASSERT_NE(values, nullptr);
+      for (std::size_t key = 0; key < kFilterKeyCount; ++key) {
+        const bool has_value = values->get(static_cast<qz_FilterKey>(key), value);
+        ASSERT_EQ(has_value ? std::optional<unsigned>(value) : std::nullopt,
+                  plain_lookup(settings, section, kFilterKeyNames[key]))
+            << "section " << section << " key " << kFilterKeyNames[key];
+        found += has_value ? 1 : 0;
+      }
+    }
+  }
+  EXPECT_GT(found, 0U);
+}
+
+INSTANTIATE_TEST_SUITE_P(Sections, LogConfManySettings, testing::Values(20, 200, 2000));
+
+TEST(LogConfOracle, ThousandsOfDifferentSettings_EachFound) {
+  const TempDir folder;
+  std::map<std::string, unsigned> settings;
+  std::string text;
+  for (unsigned section = 0; section < 200; ++section) {
+    text += "[s" + std::to_string(section) + "]\n";
+    for (unsigned key = 0; key < 60; ++key) {
+      // "s1" with "11k" and "s11" with "1k" are one setting.
+      const std::string name = std::to_string(key) + "k";
+      text += name + " " + std::to_string(section * 60 + key) + "\n";
+      settings["s" + std::to_string(section) + name] = section * 60 + key;
+    }
+  }
+  const _qz_LOG_file_configuration configuration(folder.write("conf", text + "\n").c_str());
+  for (unsigned section = 0; section < 200; ++section) {
+    for (unsigned key = 0; key < 60; ++key) {
+      const std::string section_name = "s" + std::to_string(section);
+      const std::string key_name = std::to_string(key) + "k";
+      unsigned value = 0;
+      ASSERT_TRUE(configuration.get_integer_value(section_name.c_str(), key_name.c_str(), value));
+      ASSERT_EQ(value, settings[section_name + key_name]) << section_name << key_name;
+    }
+  }
 }
 
 }  // namespace

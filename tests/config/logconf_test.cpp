@@ -349,8 +349,8 @@ TEST_F(LogConf, DeletedThroughItsBase_NothingLeaks) {
 }
 
 TEST_F(LogConf, LoadWithoutMemory_Throws) {
-  const std::string path =
-      folder_.write("conf", "[a section with quite a long name]\nand a long key as well=3\nA=1\n\n");
+  const std::string path = folder_.write(
+      "conf", "[a_section_with_quite_a_long_name]\nand_a_long_key_as_well=3\nA=1\nB=2\nC=3\nLogLevelLow=3\n\n");
   unsigned failures = 0;
   for (unsigned nth = 1;; ++nth) {
     const _qz_LOG_file_configuration configuration(path.c_str());
@@ -363,13 +363,34 @@ TEST_F(LogConf, LoadWithoutMemory_Throws) {
         const qz_test::AllocationFailure& failure;
         bool& happened;
       } note{failure, happened};
-      configuration.get_integer_value("a section with quite a long name", "A", value);
+      configuration.get_integer_value("a_section_with_quite_a_long_name", "A", value);
     });
     if (!happened) break;
     EXPECT_TRUE(thrown) << nth;
     ++failures;
   }
-  EXPECT_GT(failures, 3U);
+  EXPECT_GT(failures, 6U);
+}
+
+TEST_F(LogConf, LookupsOnceLoaded_TakeNoMemory) {
+  configure("[a_section_with_quite_a_long_name]\nand_a_long_key_as_well=3\n[global]\nanother_long_key_for_all=4\n\n");
+  constexpr const char* kSection = "a_section_with_quite_a_long_name";
+  ASSERT_EQ(value(kSection, "and_a_long_key_as_well"), 3U);
+  unsigned own = 0;
+  unsigned global = 0;
+  unsigned none = 0;
+  bool happened = false;
+  {
+    const qz_test::AllocationFailure failure(1, qz_test::AllocationFailure::kFromThenOn);
+    configuration_->get_integer_value(kSection, "and_a_long_key_as_well", own);
+    configuration_->get_integer_value(kSection, "another_long_key_for_all", global);
+    configuration_->get_integer_value(kSection, "a_long_key_that_is_nowhere", none);
+    happened = failure.happened();
+  }
+  EXPECT_FALSE(happened);
+  EXPECT_EQ(own, 3U);
+  EXPECT_EQ(global, 4U);
+  EXPECT_EQ(none, 0U);
 }
 
 // ---- the setting table ----

@@ -175,6 +175,7 @@ TEST(AttributeValueGetAndSet, LocalTime_KeepsItsMode) {
 }
 
 TEST(AttributeValueGetAndSet, NoMemory_ThrowsAndTheValueIsKept) {
+  { const _qz_LOG_ustring first("from now on the thread keeps memory"); }
   _qz_LOG_stored<TypeChar256> source{qz_String(kText)};
   _qz_LOG_stored<TypeChar256> target{qz_String("old")};
   EXPECT_GE(FailEveryAllocation([&] { target.get_and_set(&source); }, [&] { EXPECT_EQ(printed(target), "old"); }), 1U);

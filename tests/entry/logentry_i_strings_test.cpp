@@ -372,4 +372,41 @@ TEST_F(EntryStrings, TruncateUnderAnyOtherAction_LeavesTheBuffer) {
   }
 }
 
+// ---- what is filtered ----
+
+/// The text as it is stored, one character after another.
+std::string filtered(const std::string& text, bool escape) {
+  std::string result;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (escape && (text[i] == '\n' || text[i] == '\r')) {
+      result += text[i] == '\n' ? "\\n" : "\\r";
+    } else if (!escape && text[i] == '\\' && i + 1 < text.size() && (text[i + 1] == 'n' || text[i + 1] == 'r')) {
+      result += text[++i] == 'n' ? '\n' : '\r';
+    } else {
+      result += text[i];
+    }
+  }
+  return result;
+}
+
+TEST_F(EntryStrings, EveryCharacterAtEveryPlaceOfEveryLength_Filtered) {
+  qz_LOG_LogConfig::SetICUEnabled(false);  // a character is a byte
+  Entry entry(kId, 0);
+  for (std::size_t length = 1; length <= 20; ++length) {
+    for (std::size_t place = 0; place < length; ++place) {
+      for (int character = 1; character < 256; ++character) {
+        std::string text(length, place % 2 == 0 ? 'n' : 'r');
+        text[place] = static_cast<char>(character);
+        for (const bool escape : {true, false}) {
+          const std::string wanted = filtered(text, escape);
+          entry.add_attrib_str("TypeChar64", text.c_str(), escape);
+          ASSERT_EQ(entry.get_attrib_str("TypeChar64"), wanted) << length << ", " << place << ", " << character;
+          entry.add_attrib_mbstr("TypeMBChar64", text.c_str(), escape);
+          ASSERT_EQ(entry.get_attrib_mbstr("TypeMBChar64"), wanted) << length << ", " << place << ", " << character;
+        }
+      }
+    }
+  }
+}
+
 }  // namespace

@@ -140,6 +140,7 @@ TEST(UstringMemory, NoText_NeedsNone) {
 }
 
 TEST(UstringMemory, AssignmentWithoutMemory_ThrowsAndKeepsTheText) {
+  { const _qz_LOG_ustring first("from now on the thread keeps memory"); }
   const _qz_LOG_ustring source(long_text('n').c_str());
   _qz_LOG_ustring target("old");
   EXPECT_EQ(FailEveryAllocation([&] { target = source; }, [&] { expect_text(target, "old"); }), 1U);

@@ -62,4 +62,41 @@ TEST(MyItoa, PreviousContents_AreReplaced) {
   EXPECT_STREQ(buffer, "42");
 }
 
+// ---- without a terminator ----
+
+/// The characters written in front of the end; a test failure when a byte outside them was touched.
+std::string written(unsigned value) {
+  char memory[kMaxIntegerText + 20];
+  std::memset(memory, '#', sizeof(memory));
+  char* const end = memory + 10 + kMaxIntegerText;
+  char* const begin = qz_write_integer(end, value);
+  for (const char* byte = memory; byte != memory + sizeof(memory); ++byte) {
+    EXPECT_TRUE(*byte == '#' || (byte >= begin && byte < end)) << value;
+  }
+  EXPECT_EQ(static_cast<unsigned>(end - begin), qz_count_digits(value)) << value;
+  return std::string(begin, end);
+}
+
+TEST(WriteInteger, Extremes_InFull) {
+  EXPECT_EQ(written(0), "0");
+  EXPECT_EQ(written(9), "9");
+  EXPECT_EQ(written(10), "10");
+  EXPECT_EQ(written(2147483648U), "2147483648");
+  EXPECT_EQ(written(4294967295U), "4294967295");
+  EXPECT_EQ(digits(INT_MIN).size(), kMaxIntegerText);
+}
+
+TEST(WriteInteger, AroundEveryPowerOfTenAndAtBothEnds_AsTheStandardLibrary) {
+  for (unsigned long long power = 1; power <= 10000000000ULL; power *= 10) {
+    for (unsigned offset = 0; offset < 2000; ++offset) {
+      const auto value = static_cast<unsigned>(power - 1000 + offset);
+      ASSERT_EQ(written(value), std::to_string(value));
+    }
+  }
+  for (unsigned value = 0; value <= 20000; ++value) {
+    ASSERT_EQ(written(value), std::to_string(value));
+    ASSERT_EQ(written(UINT_MAX - value), std::to_string(UINT_MAX - value));
+  }
+}
+
 }  // namespace

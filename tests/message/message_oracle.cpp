@@ -3,11 +3,13 @@
 #include <gtest/gtest.h>
 #include <unicode/fieldpos.h>
 #include <unicode/msgfmt.h>
+#include <unicode/ucnv.h>
 
 #include <ctime>
 #include <map>
 
 #include "qzlog/logattrib.h"
+#include "qzlog/logcfg.h"
 #include "tests/message/message_fixture.h"
 
 namespace qz_test {
@@ -26,11 +28,19 @@ std::string utf8(const std::u16string& text) {
   return to_utf8(icu::UnicodeString(text.data(), static_cast<int>(text.size())));
 }
 
-}  // namespace
+/// A token as it is cut, its text in UTF-16 (a format: one unit).
+struct WideToken {
+  int type;
+  std::u16string text;
+};
+struct WideResult {
+  std::vector<WideToken> tokens;
+  TokensEnd end = TokensEnd::kDone;
+};
 
-PlainResult oracle_wide_tokens(const std::u16string& text) {
-  PlainResult result;
-  PlainTokens& tokens = result.tokens;
+WideResult cut_wide(const std::u16string& text) {
+  WideResult result;
+  std::vector<WideToken>& tokens = result.tokens;
   std::size_t start = 0;
   std::size_t pos = 0;
   int state = 0;
@@ -40,11 +50,11 @@ PlainResult oracle_wide_tokens(const std::u16string& text) {
     if (p == text.size()) break;
     const char16_t next = p + 1 < text.size() ? text[p + 1] : char16_t{0xFFFF};
     if (next == u'%') {
-      tokens.push_back(text_token("%"));
+      tokens.push_back({0, u"%"});
       start = pos = p + 2;
     } else if (state == 0) {
-      if (p != start) tokens.push_back(text_token(utf8(text.substr(start, p - start))));
-      tokens.push_back(format_token(static_cast<char>(next & 0xFF)));
+      if (p != start) tokens.push_back({0, text.substr(start, p - start)});
+      tokens.push_back({1, std::u16string(1, static_cast<char16_t>(next & 0xFF))});
       state = 1;
       pos = p + 1;
     } else if (state == 1) {
@@ -53,17 +63,32 @@ PlainResult oracle_wide_tokens(const std::u16string& text) {
     } else {
       state = 0;
       if (p != start) {
-        const std::string name = utf8(text.substr(start, p - start));
-        if (name.size() > 2 * (p - start + 1)) {
+        const std::u16string name = text.substr(start, p - start);
+        if (utf8(name).size() > 2 * (p - start + 1)) {
           result.end = TokensEnd::kNameTooLong;
           return result;
         }
-        tokens.push_back(name_token(name.c_str()));
+        tokens.push_back({2, name});
       }
       start = pos = p + 1;
     }
   }
-  if (pos != start) tokens.push_back(text_token(utf8(text.substr(start, pos - start))));
+  if (pos != start) tokens.push_back({0, text.substr(start, pos - start)});
+  return result;
+}
+
+PlainToken plain(const WideToken& token) {
+  if (token.type == 1) return format_token(static_cast<char>(token.text[0]));
+  return token.type == 0 ? text_token(utf8(token.text)) : name_token(utf8(token.text).c_str());
+}
+
+}  // namespace
+
+PlainResult oracle_wide_tokens(const std::u16string& text) {
+  const WideResult cut = cut_wide(text);
+  PlainResult result;
+  result.end = cut.end;
+  for (const WideToken& token : cut.tokens) result.tokens.push_back(plain(token));
   return result;
 }
 
@@ -126,14 +151,22 @@ double milliseconds_of(const _qz_LOG_log_entry_imp& entry, const std::string& na
   return static_cast<double>(std::mktime(&fields)) * 1000.0;
 }
 
+/// A text in the code page of the settings.
+icu::UnicodeString decoded(const char* text) {
+  const char* const code_page = qz_LOG_LogConfig::GetCodePage();
+  if (code_page[0] == '\0') return icu::UnicodeString(text);
+  if (ucnv_compareNames(code_page, "UTF-8") == 0) return from_utf8(text);
+  return icu::UnicodeString(text, code_page);
+}
+
 icu::Formattable argument_value(const _qz_LOG_log_entry_imp& entry, const std::string& name) {
   const qz_AttributeType type = oracle_type(name);
   if (type >= TypeDate && type <= TypeTimestamp)
     return icu::Formattable(milliseconds_of(entry, name), icu::Formattable::kIsDate);
   if (type == TypeFloat) return icu::Formattable(entry.get_attrib_float8(name.c_str()));
   if (type >= TypeMBChar32 && type <= TypeMBChar2K)
-    return icu::Formattable(from_utf8(entry.get_attrib_mbstr(name.c_str())));
-  if (type >= TypeChar32 && type <= TypeChar2K) return icu::Formattable(from_utf8(entry.get_attrib_str(name.c_str())));
+    return icu::Formattable(decoded(entry.get_attrib_mbstr(name.c_str())));
+  if (type >= TypeChar32 && type <= TypeChar2K) return icu::Formattable(decoded(entry.get_attrib_str(name.c_str())));
   return icu::Formattable(static_cast<int32_t>(entry.get_attrib_as_4(name.c_str())));
 }
 
@@ -143,31 +176,41 @@ const std::map<char, std::string> kPatternPieces = {
 
 }  // namespace
 
-icu::UnicodeString oracle_message(const std::string& message_template, const _qz_LOG_log_entry_imp& entry,
-                                  const icu::Locale& locale) {
-  const icu::UnicodeString wide = from_utf8(message_template);
-  const PlainTokens tokens =
-      oracle_wide_tokens(std::u16string(wide.getBuffer(), static_cast<std::size_t>(wide.length()))).tokens;
-  std::string pattern;
+OracleMessage oracle_result(const icu::UnicodeString& message_template, const _qz_LOG_log_entry_imp& entry,
+                            const icu::Locale& locale) {
+  const std::vector<WideToken> tokens =
+      cut_wide(std::u16string(message_template.getBuffer(), static_cast<std::size_t>(message_template.length())))
+          .tokens;
+  icu::UnicodeString pattern;
   std::vector<icu::Formattable> arguments;
   std::size_t formats = 0;
   for (std::size_t i = 0; i < tokens.size(); ++i) {
-    if (tokens[i].type == 0) pattern += tokens[i].text;
+    const std::u16string& text = tokens[i].text;
+    if (tokens[i].type == 0) pattern.append(text.data(), static_cast<int>(text.size()));
     if (tokens[i].type != 1) continue;
     ++formats;
-    const auto piece = kPatternPieces.find(tokens[i].text[0]);
+    const auto piece = kPatternPieces.find(static_cast<char>(text[0]));
     if (piece == kPatternPieces.end() || i + 1 == tokens.size() || tokens[i + 1].type != 2) continue;
-    pattern += "{" + std::to_string(arguments.size()) + piece->second + "}";
-    arguments.push_back(argument_value(entry, tokens[i + 1].text));
+    pattern += from_utf8("{" + std::to_string(arguments.size()) + piece->second + "}");
+    arguments.push_back(argument_value(entry, plain(tokens[i + 1]).text));
   }
+  if (arguments.size() > 10) return {OracleEnd::kPatternRefused, {}};
   arguments.resize(formats);
   UErrorCode status = U_ZERO_ERROR;
-  const icu::MessageFormat format(from_utf8(pattern), locale, status);
-  icu::UnicodeString result;
+  const icu::MessageFormat format(pattern, locale, status);
+  if (U_FAILURE(status)) return {OracleEnd::kPatternRefused, {}};
+  OracleMessage result{OracleEnd::kMessage, {}};
   icu::FieldPosition position;
-  format.format(arguments.data(), static_cast<int>(arguments.size()), result, position, status);
-  EXPECT_TRUE(U_SUCCESS(status)) << u_errorName(status) << " for " << pattern;
+  format.format(arguments.data(), static_cast<int>(arguments.size()), result.text, position, status);
+  if (U_FAILURE(status)) result.end = OracleEnd::kCannotFormat;
   return result;
+}
+
+icu::UnicodeString oracle_message(const std::string& message_template, const _qz_LOG_log_entry_imp& entry,
+                                  const icu::Locale& locale) {
+  const OracleMessage result = oracle_result(from_utf8(message_template), entry, locale);
+  EXPECT_EQ(result.end, OracleEnd::kMessage) << message_template;
+  return result.text;
 }
 
 }  // namespace qz_test

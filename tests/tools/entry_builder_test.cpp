@@ -9,6 +9,7 @@
 #include "tests/tools/temporary_folder.h"
 #include "tools/definition_files.h"
 #include "tools/entry_error.h"
+#include "tools/json_entry.h"
 #include "tools/library_call.h"
 
 namespace {
@@ -54,7 +55,7 @@ class EntryBuilderTest : public ::testing::Test {
 
   void build(const std::string& line) {
     padded_ = line + std::string(simdjson::SIMDJSON_PADDING, ' ');
-    builder_.build(parser_.parse(std::string_view(padded_).substr(0, line.size())), entry_);
+    entry_ = builder_.build(parser_.parse(std::string_view(padded_).substr(0, line.size())));
   }
   // Builds an entry with one attribute, `value` in JSON.
   void set(const std::string& name, const std::string& value) {

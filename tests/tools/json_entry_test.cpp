@@ -33,7 +33,7 @@ TEST_F(JsonEntryTest, OnlyId_LeavesTheRestAtItsDefaults) {
   EXPECT_EQ(entry.time, nullptr);
   EXPECT_FALSE(entry.use_default);
   EXPECT_EQ(entry.selector, 0u);
-  EXPECT_FALSE(entry.has_attributes);
+  EXPECT_EQ(entry.attributes.size(), 0u);
 }
 
 TEST_F(JsonEntryTest, EveryKey_IsRead) {
@@ -44,7 +44,6 @@ TEST_F(JsonEntryTest, EveryKey_IsRead) {
   EXPECT_STREQ(entry.time, "2026-11-21T08:15:30Z");
   EXPECT_TRUE(entry.use_default);
   EXPECT_EQ(entry.selector, 7u);
-  ASSERT_TRUE(entry.has_attributes);
   EXPECT_EQ(entry.attributes.size(), 1u);
 }
 
@@ -58,7 +57,7 @@ TEST_F(JsonEntryTest, SecondLine_ForgetsTheFirst) {
   EXPECT_EQ(entry.id, 2u);
   EXPECT_EQ(entry.level, 0u);
   EXPECT_FALSE(entry.use_default);
-  EXPECT_FALSE(entry.has_attributes);
+  EXPECT_EQ(entry.attributes.size(), 0u);
 }
 
 struct BadLine {
