@@ -29,7 +29,6 @@ class MessageAssembly {
 
   /// False when MessageFormat has to write the message after all; the text is then of no use.
   bool append_to(qz_TextBuffer& message) const {
-    if (style_ != nullptr && !style_->is_usable()) return false;
     for (const IcuTemplate::Part& part : template_.parts()) {
       if (!append(part, message)) return false;
     }
@@ -45,10 +44,9 @@ class MessageAssembly {
       case IcuTemplate::Part::Kind::kText:
         return append_text(arguments_[part.argument], message);
       case IcuTemplate::Part::Kind::kInteger:
-        style_->append(message, arguments_[part.argument].integer);
-        return true;
+        return append_integer(arguments_[part.argument].integer, message);
       case IcuTemplate::Part::Kind::kFormatted:
-        return kept_->append(part.format_index, arguments_[part.argument], message);
+        return kept_ != nullptr && kept_->append(part.format_index, arguments_[part.argument], message);
     }
     return false;
   }
@@ -60,6 +58,12 @@ class MessageAssembly {
       return true;
     }
     return append_utf8(decode_text(argument.text, code_page), message);
+  }
+
+  bool append_integer(int value, qz_TextBuffer& message) const {
+    if (style_ == nullptr || !style_->is_usable()) return false;
+    style_->append(message, value);
+    return true;
   }
 
   const IcuTemplate& template_;
