@@ -9,9 +9,7 @@
 
 namespace {
 
-constexpr unsigned kDebugEntryMask = 0x4000000;
-
-bool is_debug_entry(unsigned property_mask) { return (property_mask & kDebugEntryMask) != 0; }
+bool is_debug_entry(unsigned property_mask) { return (property_mask & _qz_LOG_entry_filter::_DEBUG_ENTRY_MASK) != 0; }
 
 /// What the configuration source, where there is one, says for a section. Made anew for each stage: a filter's callback
 /// may change the source.
@@ -48,7 +46,7 @@ void _qz_LOG_entry_filter::set_filter_log_level(unsigned low, unsigned high) {
   log_level_high = high;
 }
 
-bool _qz_LOG_entry_filter::check_entry(const qz_LOG_LogEntry& entry) const {
+bool _qz_LOG_entry_filter::_check_entry_in_stages(const qz_LOG_LogEntry& entry) const {
   debug_entry = is_debug_entry(entry.GetPropertyMask());
   unsigned enabled = 0;
   ConfiguredValues(section).replace(qz_FilterKey::kDebugEnabled, enabled);

@@ -144,6 +144,7 @@ const char* qz_LOG_LogConfig::GetCodePage() { return text_or_empty(code_page); }
 
 void qz_LOG_LogConfig::SetConfigurationSource(const char* path, qz_ConfigurationSourceType type) {
   if (path == nullptr) {
+    has_configuration_source_ = false;
     configuration_source.reset();
     return;
   }
@@ -152,8 +153,10 @@ void qz_LOG_LogConfig::SetConfigurationSource(const char* path, qz_Configuration
     throw_invalid_argument();
   }
   const qz_THREAD_global_lock lock;
+  has_configuration_source_ = false;
   configuration_source.reset();
   configuration_source.reset(qz_new<_qz_LOG_file_configuration>(path));
+  has_configuration_source_ = true;
 }
 
 bool qz_LOG_LogConfig::GetConfigurationIntegerValue(const char* section, const char* key, unsigned& value) {
@@ -161,5 +164,7 @@ bool qz_LOG_LogConfig::GetConfigurationIntegerValue(const char* section, const c
   const _qz_LOG_configuration* const source = _get_configuration_ptr();
   return source != nullptr && source->get_integer_value(section, key, value);
 }
+
+std::atomic<bool> qz_LOG_LogConfig::has_configuration_source_{false};
 
 _qz_LOG_configuration* qz_LOG_LogConfig::_get_configuration_ptr() { return configuration_source.get(); }

@@ -26,7 +26,7 @@ class KnownNames {
     void* const storage = ::operator new(sizeof(_qz_LOG_known_name) + wanted.length + 1);
     char* const text = static_cast<char*>(storage) + sizeof(_qz_LOG_known_name);
     QZ_memcpy(text, wanted.text, wanted.length + 1U);
-    Owned name(new (storage) _qz_LOG_known_name(text, wanted.length, wanted.hash));
+    Owned name(new (storage) _qz_LOG_known_name(text, wanted.hash));
     return names_.emplace(std::string_view(text, wanted.length), std::move(name)).first->second.get();
   }
 

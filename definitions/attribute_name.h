@@ -22,7 +22,6 @@ class _qz_LOG_known_name {
   static const _qz_LOG_known_name* of(const char* text);
 
   const char* text() const { return text_; }
-  unsigned length() const { return length_; }
   /// my_hashcode
   unsigned hash() const { return hash_; }
   bool equals(const _qz_LOG_attribute_name& name) const {
@@ -31,9 +30,8 @@ class _qz_LOG_known_name {
 
  private:
   friend class KnownNames;
-  _qz_LOG_known_name(const char* text, unsigned length, unsigned hash) : length_(length), hash_(hash), text_(text) {}
+  _qz_LOG_known_name(const char* text, unsigned hash) : hash_(hash), text_(text) {}
 
-  unsigned length_;
   unsigned hash_;
   const char* text_;
 };

@@ -276,8 +276,9 @@ _qz_LOG_definition_ref _qz_LOG_log_definition_tbl::_find_entry_non_const(unsigne
   // Another thread may have read it since.
   if (_qz_LOG_log_definition* const cached = find_cached(entry_id)) return _qz_LOG_definition_ref::share(cached);
 
-  _qz_LOG_definition_ref fresh(qz_new<_qz_LOG_log_definition>());
-  if (!_retrieve_entry_definition(entry_id, *fresh.get(), nullptr)) {
+  _qz_LOG_definition_ref fresh;
+  if (find_record(entry_id) != nullptr) fresh = _qz_LOG_definition_ref(qz_new<_qz_LOG_log_definition>());
+  if (!fresh || !_retrieve_entry_definition(entry_id, *fresh.get(), nullptr)) {
     QZ_DEBUG_RECORD(3, kSource, "%s:%d _qz_LOG_log_definition_tbl::_find_entry_non_const return 0 %d\n",
                     n_entry_definitions_cached);
     return {};
@@ -288,14 +289,19 @@ _qz_LOG_definition_ref _qz_LOG_log_definition_tbl::_find_entry_non_const(unsigne
   return fresh;
 }
 
-bool _qz_LOG_log_definition_tbl::_retrieve_entry_definition(unsigned int entry_id, _qz_LOG_log_definition& def,
-                                                            std::FILE* merge_file) {
-  if (merge_file == nullptr) def.clear_attr_info();
+const _qz_LOG_log_definition_file_info_holder* _qz_LOG_log_definition_tbl::find_record(unsigned int entry_id) const {
   const _qz_LOG_log_definition_file_info_holder* const indexed = index_.find(entry_id);
   if (indexed == nullptr) {
     QZ_DEBUG_RECORD(3, kSource, "%s:%d _qz_LOG_log_definition_tbl::_retrieve_entry_definition return false\n");
-    return false;
   }
+  return indexed;
+}
+
+bool _qz_LOG_log_definition_tbl::_retrieve_entry_definition(unsigned int entry_id, _qz_LOG_log_definition& def,
+                                                            std::FILE* merge_file) {
+  if (merge_file == nullptr) def.clear_attr_info();
+  const _qz_LOG_log_definition_file_info_holder* const indexed = find_record(entry_id);
+  if (indexed == nullptr) return false;
   const bool is_aux = merge_file != nullptr || indexed->is_aux;
   std::FILE* const file = is_aux ? aux_file_.get() : std_file_.get();
   if (file == nullptr) {

@@ -85,6 +85,8 @@ class _qz_LOG_log_definition_tbl : public qz_UTIL_no_inadvertant_copies {
   /// False when the ID is not in the index or its file is not open.
   bool _retrieve_entry_definition(unsigned int entry_id, _qz_LOG_log_definition& def, std::FILE* merge_file);
 
+  /// Where an ID's record is; null when no file has it, which is traced.
+  const _qz_LOG_log_definition_file_info_holder* find_record(unsigned int entry_id) const;
   void load_entry_map(std::FILE* file, const _qz_LOG_ldf_header_struct& header, bool is_aux);
   bool index_entry(unsigned int entry_id, unsigned int offset, std::FILE* file, bool is_aux);
   bool may_be_known(unsigned int entry_id, bool is_aux) const;

@@ -53,19 +53,19 @@ class _qz_LOG_attribute_store : public qz_UTIL_no_inadvertant_copies {
       new (former) Stored(std::move(value));
     }
   }
-  /// The same for a text type, with a text that the value can take without memory.
+  /// The same for a Char type with a copy of `text`. A value of the type that is there keeps its memory for it.
   template <unsigned char code>
-  void put_short_text(const _qz_LOG_known_name* name, unsigned expected, const char* text, unsigned length) {
+  void put_text(const _qz_LOG_known_name* name, unsigned expected, const char* text, unsigned length) {
     using Stored = _qz_LOG_stored<code>;
     const unsigned position = find_position(name, expected);
-    if (position == kNone) {
-      (new (claim_place(name)) Stored)->value._assign(text, length);
-    } else if (value_at(position)->get_type() == code) {
+    if (position != kNone && value_at(position)->get_type() == code) {
       static_cast<Stored*>(value_at(position))->value._assign(text, length);
+    } else if (position == kNone && length <= qz_String::kInlineCapacity) {
+      (new (claim_place(name)) Stored)->value._assign(text, length);
     } else {
-      Stored stored;
-      stored.value._assign(text, length);
-      put<code>(name, expected, std::move(stored.value));
+      qz_String value;
+      value._assign(text, length);
+      put<code>(name, expected, std::move(value));
     }
   }
   /// The same with a copy of a value whose type is known at run time only.
@@ -80,7 +80,7 @@ class _qz_LOG_attribute_store : public qz_UTIL_no_inadvertant_copies {
     }
     count_ = 0;
     removed_ = 0;
-    if (further_ != nullptr) further_.reset();
+    further_.reset();
   }
 
   /// Calls visit(const _qz_LOG_known_name* name, const _qz_LOG_type_base& value) for each value, in no order that means

@@ -33,10 +33,13 @@ bool can_convert(const char* source, const char* target, unsigned int size, cons
 
 qz_LOG_AttributeVisitor::~qz_LOG_AttributeVisitor() = default;
 
-qz_LOG_LogEntry::qz_LOG_LogEntry() : implementation_(qz_new<_qz_LOG_log_entry_imp>()) {}
+qz_LOG_LogEntry::qz_LOG_LogEntry(_qz_LOG_log_entry_imp* implementation)
+    : implementation_(implementation), head_(&implementation->get_head()) {}
+
+qz_LOG_LogEntry::qz_LOG_LogEntry() : qz_LOG_LogEntry(qz_new<_qz_LOG_log_entry_imp>()) {}
 
 qz_LOG_LogEntry::qz_LOG_LogEntry(unsigned int entry_id, unsigned int log_level)
-    : implementation_(qz_new<_qz_LOG_log_entry_imp>(entry_id, log_level)) {}
+    : qz_LOG_LogEntry(qz_new<_qz_LOG_log_entry_imp>(entry_id, log_level)) {}
 
 qz_LOG_LogEntry::qz_LOG_LogEntry(const qz_LOG_LogEntry& other) : qz_LOG_LogEntry() {
   *implementation_ = *other.implementation_;
@@ -241,6 +244,10 @@ unsigned int qz_LOG_LogEntry::GetReasonCodeSource() const { return implementatio
 
 std::string qz_LOG_LogEntry::FormatMessage(bool use_default, unsigned int selector_index) const {
   return implementation_->format_message(use_default, selector_index);
+}
+
+void qz_LOG_LogEntry::FormatMessage(std::string& message, bool use_default, unsigned int selector_index) const {
+  implementation_->format_message(message, use_default, selector_index);
 }
 
 const char* qz_LOG_LogEntry::GetReadableMessage(char* buffer, long size, bool use_default,

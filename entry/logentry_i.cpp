@@ -67,13 +67,13 @@ _qz_LOG_log_entry_imp::_qz_LOG_log_entry_imp(unsigned int entry_id, unsigned int
                     entry_id);
     throw_entry_not_found();
   }
-  entry_id_ = entry_id;
+  head_.entry_id = entry_id;
   if (log_level > LOG_LEVEL_HIGH) {
     QZ_DEBUG_RECORD(1, kEntrySource,
                     "%s:%d _qz_LOG_log_entry_imp::_qz_LOG_log_entry_imp, log level=%d > LOG_LEVEL_HIGH\n", log_level);
     throw_with_id<QZX_logging_invalid_log_level>("log level argument is invalid under Entry ID ");
   }
-  log_level_ = log_level;
+  head_.log_level = log_level;
   take_from_definition();
   store_version_of_entry(hold_->definition().get_version_numbers());
 }
@@ -81,7 +81,7 @@ _qz_LOG_log_entry_imp::_qz_LOG_log_entry_imp(unsigned int entry_id, unsigned int
 void _qz_LOG_log_entry_imp::take_from_definition() {
   const _qz_LOG_log_definition& definition = hold_->definition();
   next_attribute_ = 0;
-  property_mask_ = definition.get_property_mask();
+  head_.property_mask = definition.get_property_mask();
   QZ_memcpy(version_text_, definition.get_version_tag(), sizeof(version_text_));
 }
 
@@ -101,8 +101,8 @@ _qz_LOG_log_entry_imp::~_qz_LOG_log_entry_imp() = default;
 void _qz_LOG_log_entry_imp::_copy(const _qz_LOG_log_entry_imp& source) {
   last_daylight_flag_ = source.last_daylight_flag_;
   last_zone_difference_ = source.last_zone_difference_;
-  set_entry_id(source.entry_id_);
-  set_log_level(source.log_level_);
+  set_entry_id(source.head_.entry_id);
+  set_log_level(source.head_.log_level);
   timestamp_ = source.timestamp_;
   QZ_memcpy(version_text_, source.version_text_, sizeof(version_text_));
   message_stale_ = source.message_stale_;
@@ -117,7 +117,7 @@ void _qz_LOG_log_entry_imp::_copy(const _qz_LOG_log_entry_imp& source) {
 void _qz_LOG_log_entry_imp::_clear(bool /*full*/) {
   last_daylight_flag_ = kNotRecorded;
   last_zone_difference_ = kNotRecorded;
-  log_level_ = 0;
+  head_.log_level = 0;
   timestamp_.set_zero();
   _clear_attribute_list();
 }
@@ -137,9 +137,9 @@ void _qz_LOG_log_entry_imp::set_entry_id(unsigned int entry_id) {
     QZ_DEBUG_RECORD(1, kEntrySource, "%s:%d _qz_LOG_log_entry_imp::set_entry_id, invalid entry id:%d\n", entry_id);
     throw_entry_not_found();
   }
-  entry_id_ = entry_id;
+  head_.entry_id = entry_id;
   message_stale_ = true;
-  log_level_ = 0;
+  head_.log_level = 0;
   take_from_definition();
 }
 
@@ -149,7 +149,7 @@ void _qz_LOG_log_entry_imp::set_log_level(unsigned int log_level) {
                     log_level);
     throw_with_id<QZX_logging_invalid_log_level>("log level argument is invalid under Entry ID ");
   }
-  log_level_ = log_level;
+  head_.log_level = log_level;
   message_stale_ = true;
 }
 

@@ -13,10 +13,9 @@
 #include "entry/ustring.h"
 #include "foundation/no_copies.h"
 #include "foundation/thread_blocks.h"
+#include "qzlog/logentry.h"
 #include "qzlog/qz_string.h"
 #include "qzlog/qz_time.h"
-
-class qz_LOG_AttributeVisitor;
 
 /// The highest valid log level.
 constexpr unsigned int LOG_LEVEL_HIGH = 9;
@@ -48,9 +47,10 @@ class _qz_LOG_log_entry_imp : public qz_UTIL_no_inadvertant_copies {
   }
 
   // Entry ID, level, version, time.
-  unsigned int get_entry_id() const { return entry_id_; }
-  unsigned int get_log_level() const { return log_level_; }
-  unsigned int get_property_mask() const { return property_mask_; }
+  const _qz_LOG_entry_head& get_head() const { return head_; }
+  unsigned int get_entry_id() const { return head_.entry_id; }
+  unsigned int get_log_level() const { return head_.log_level; }
+  unsigned int get_property_mask() const { return head_.property_mask; }
   const char* get_version_text() const { return version_text_; }
   /// Null while the entry has no ID.
   const _qz_LOG_log_definition* get_definition() const { return hold_ ? &hold_->definition() : nullptr; }
@@ -167,6 +167,7 @@ class _qz_LOG_log_entry_imp : public qz_UTIL_no_inadvertant_copies {
   const char* get_readable_message(char* buffer, long size, bool use_default, unsigned int selector_index) const;
   const char* get_readable_message(bool use_default, unsigned int selector_index) const;
   std::string format_message(bool use_default, unsigned int selector_index) const;
+  void format_message(std::string& text, bool use_default, unsigned int selector_index) const;
 
   // Process-wide, read and written atomically.
   static unsigned int log_major_version;
@@ -227,9 +228,7 @@ class _qz_LOG_log_entry_imp : public qz_UTIL_no_inadvertant_copies {
   std::vector<NamedValue> values_in_definition_order() const;
 
   // The room for values lies last: what every operation touches stands together.
-  unsigned int entry_id_ = 0;
-  unsigned int log_level_ = 0;
-  unsigned int property_mask_ = 0;
+  _qz_LOG_entry_head head_ = {};
   int last_daylight_flag_ = -1;
   int last_zone_difference_ = -1;
   mutable unsigned int last_selector_index_ = 0;

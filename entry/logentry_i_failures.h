@@ -15,7 +15,7 @@ template <typename Exception>
 void _qz_LOG_log_entry_imp::throw_with_id(const char* text_before_id) const {
   // IDs from 2147483648 show as negative numbers in every text about them.
   char id_text[12];
-  my_itoa(id_text, static_cast<int>(entry_id_));
+  my_itoa(id_text, static_cast<int>(head_.entry_id));
   qz_String text(text_before_id);
   text += id_text;
   text += " !";

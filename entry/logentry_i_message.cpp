@@ -121,18 +121,31 @@ const char* _qz_LOG_log_entry_imp::get_readable_message(bool use_default, unsign
   return message_cache_.text();
 }
 
-std::string _qz_LOG_log_entry_imp::format_message(bool use_default, unsigned int selector_index) const try {
-  if (is_disabled()) return kNotSupportedText;
+void _qz_LOG_log_entry_imp::format_message(std::string& text, bool use_default, unsigned int selector_index) const try {
+  if (is_disabled()) {
+    text = kNotSupportedText;
+    return;
+  }
   if (!qz_LOG_LogConfig::IsICUEnabled()) {
     qz_TextBuffer message;
     _qz_LOG_log_message::append_narrow_message(*this, get_definition(), use_default, selector_index, message);
-    return std::string(message.data(), message.size());
+    text.assign(message.data(), message.size());
+    return;
   }
   IcuMessage message;
   _qz_LOG_log_message::format_message(*this, get_definition(), use_default, selector_index, message);
   const char* const code_page = qz_LOG_LogConfig::GetCodePage();
-  if (message.is_utf8() && is_utf8(code_page)) return std::string(message.utf8().data(), message.utf8().size());
-  return encode_message(message.to_unicode(), code_page);
+  if (message.is_utf8() && is_utf8(code_page)) {
+    text.assign(message.utf8().data(), message.utf8().size());
+  } else {
+    text = encode_message(message.to_unicode(), code_page);
+  }
 } catch (const std::bad_alloc&) {
   throw QZX_memory_alloc();
+}
+
+std::string _qz_LOG_log_entry_imp::format_message(bool use_default, unsigned int selector_index) const {
+  std::string text;
+  format_message(text, use_default, selector_index);
+  return text;
 }

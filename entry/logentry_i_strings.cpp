@@ -41,11 +41,10 @@ bool exceeds_character_limit(const char* value, std::size_t length, int limit) {
   return length > static_cast<std::size_t>(limit);
 }
 
-/// Whether one of eight bytes is `character`.
-bool has_byte(std::uint64_t bytes, char character) {
+/// Not zero when one of eight bytes is below `limit`, which is at most 128.
+constexpr std::uint64_t find_byte_below(std::uint64_t bytes, unsigned char limit) {
   constexpr std::uint64_t kOnes = 0x0101010101010101U;
-  const std::uint64_t differing = bytes ^ kOnes * static_cast<unsigned char>(character);
-  return ((differing - kOnes) & ~differing & kOnes << 7) != 0;
+  return (bytes - kOnes * limit) & ~bytes & kOnes << 7;
 }
 
 std::uint64_t eight_bytes_at(const char* text) {
@@ -54,19 +53,21 @@ std::uint64_t eight_bytes_at(const char* text) {
   return bytes;
 }
 
-/// Whether one of two characters stands in a text, of which most are too short for a search routine to pay.
-bool contains_either(const char* text, std::size_t length, char first, char second) {
+bool is_line_break(char character) { return character == '\n' || character == '\r'; }
+
+/// Most texts have no control character at all, and are too short for a search routine to pay.
+bool contains_line_break(const char* text, std::size_t length) {
   constexpr std::size_t kWord = sizeof(std::uint64_t);
-  if (length < kWord) return std::any_of(text, text + length, [=](char c) { return c == first || c == second; });
-  const auto is_in_word = [=](std::uint64_t bytes) { return has_byte(bytes, first) || has_byte(bytes, second); };
-  for (std::size_t i = 0; i + kWord < length; i += kWord) {
-    if (is_in_word(eight_bytes_at(text + i))) return true;
+  if (length >= kWord) {
+    std::uint64_t found = find_byte_below(eight_bytes_at(text + length - kWord), ' ');
+    for (std::size_t i = 0; i + kWord < length; i += kWord) found |= find_byte_below(eight_bytes_at(text + i), ' ');
+    if (found == 0) return false;
   }
-  return is_in_word(eight_bytes_at(text + length - kWord));
+  return std::any_of(text, text + length, is_line_break);
 }
 
 bool changes_when_filtered(const char* text, std::size_t length, bool escape) {
-  return escape ? contains_either(text, length, '\n', '\r') : contains_either(text, length, '\\', '\\');
+  return escape ? contains_line_break(text, length) : std::memchr(text, '\\', length) != nullptr;
 }
 
 [[noreturn]] void throw_small_buffer() {
@@ -189,11 +190,7 @@ void _qz_LOG_log_entry_imp::store_text_of(const _qz_LOG_known_name* name, const 
   if constexpr (code >= TypeMBChar32) {
     attributes_.put<code>(name, next_attribute_ - 1, _qz_LOG_ustring(text, length));
   } else {
-    if (length <= qz_String::kInlineCapacity)
-      return attributes_.put_short_text<code>(name, next_attribute_ - 1, text, length);
-    qz_String stored;
-    stored._assign(text, length);
-    attributes_.put<code>(name, next_attribute_ - 1, std::move(stored));
+    attributes_.put_text<code>(name, next_attribute_ - 1, text, length);
   }
 }
 

@@ -2,31 +2,15 @@
 
 #include <utility>
 
-#include "foundation/allocate.h"
 #include "foundation/qz_libc.h"
-#include "foundation/thread_blocks.h"
+#include "foundation/short_text.h"
 
 namespace {
 
-/// Memory for a text that is not long, as most are.
-struct ShortText {
-  char bytes[64];
-};
-using ShortTexts = qz_ThreadBlocks<ShortText>;
-
-bool is_short(unsigned length) { return length < sizeof(ShortText); }
-
-char* allocate(unsigned length) {
-  if (!is_short(length)) return qz_new_array<char>(std::size_t{length} + 1);
-  void* const block = ShortTexts::take();
-  if (block == nullptr) throw QZX_memory_alloc();
-  return static_cast<char*>(block);
-}
-
 char* duplicate(const char* text, unsigned length) {
   if (text == nullptr) return nullptr;
-  char* const copy = allocate(length);
-  QZ_memcpy(copy, text, length);
+  char* const copy = qz_allocate_text(length);
+  qz_copy_text(copy, text, length);
   copy[length] = '\0';
   return copy;
 }
@@ -56,10 +40,4 @@ void _qz_LOG_ustring::set_zero() noexcept {
   data = nullptr;
 }
 
-void _qz_LOG_ustring::release() noexcept {
-  if (is_short(length)) {
-    ShortTexts::give(data);
-  } else {
-    delete[] data;
-  }
-}
+void _qz_LOG_ustring::release() noexcept { qz_release_text(data, length); }

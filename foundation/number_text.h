@@ -6,13 +6,15 @@
 
 /// The texts that printf writes, where they can be made without it.
 
-/// "%d" and "%u".
-inline void qz_append_integer(qz_TextBuffer& text, unsigned int value) {
+/// "%d" and "%u", to a qz_TextBuffer or a qz_TextCursor.
+template <typename Text>
+void qz_append_integer(Text& text, unsigned int value) {
   const unsigned digits = qz_count_digits(value);
   qz_write_integer(text.reserve(kMaxIntegerText) + digits, value);
   text.count_in(digits);
 }
-inline void qz_append_integer(qz_TextBuffer& text, int value) {
+template <typename Text>
+void qz_append_integer(Text& text, int value) {
   if (value >= 0) return qz_append_integer(text, static_cast<unsigned>(value));
   text.append('-');
   qz_append_integer(text, 0U - static_cast<unsigned>(value));

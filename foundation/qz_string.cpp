@@ -1,11 +1,12 @@
 #include "qzlog/qz_string.h"
 
+#include <algorithm>
 #include <cstring>
 #include <limits>
 #include <new>
 #include <utility>
 
-#include "foundation/allocate.h"
+#include "foundation/short_text.h"
 
 namespace {
 
@@ -38,7 +39,7 @@ qz_String::qz_String(const qz_String& other) : qz_String() { _assign(other.text_
 qz_String::qz_String(qz_String&& other) noexcept : qz_String() { *this = std::move(other); }
 
 qz_String::~qz_String() {
-  if (!is_inline()) delete[] text_;
+  if (!is_inline()) qz_release_text(text_, capacity_);
 }
 
 qz_String& qz_String::operator=(const qz_String& other) {
@@ -53,7 +54,7 @@ qz_String& qz_String::operator=(qz_String&& other) noexcept {
     std::memcpy(text_, other.text_, other.length_ + 1U);
     length_ = other.length_;
   } else {
-    if (!is_inline()) delete[] text_;
+    if (!is_inline()) qz_release_text(text_, capacity_);
     text_ = std::exchange(other.text_, other.inline_text_);
     length_ = other.length_;
     capacity_ = std::exchange(other.capacity_, static_cast<unsigned>(kInlineCapacity));
@@ -72,7 +73,7 @@ void qz_String::_assign(const char* text, unsigned length) {
     *this = std::move(fresh);
     return;
   }
-  if (length != 0) std::memmove(text_, text, length);
+  qz_copy_text(text_, text, length);
   text_[length] = '\0';
   length_ = length;
 }
@@ -97,7 +98,7 @@ qz_String& qz_String::append(const char* text, unsigned length) {
     *this = std::move(grown);
     return *this;
   }
-  if (length != 0) std::memmove(text_ + length_, text, length);
+  qz_copy_text(text_ + length_, text, length);
   text_[total] = '\0';
   length_ = total;
   return *this;
@@ -111,9 +112,10 @@ char qz_String::operator[](unsigned index) const {
 /// Only called on a string without heap memory.
 void qz_String::reserve(unsigned capacity) {
   if (capacity <= capacity_) return;
-  text_ = qz_new_array<char>(std::size_t{checked_length(capacity)} + 1);
+  const unsigned rounded = std::max(checked_length(capacity), qz_kShortTextLength);
+  text_ = qz_allocate_text(rounded);
   text_[0] = '\0';
-  capacity_ = capacity;
+  capacity_ = rounded;
 }
 
 qz_String operator+(const qz_String& left, const qz_String& right) {

@@ -9,6 +9,7 @@
 
 #include "foundation/allocate.h"
 #include "foundation/no_copies.h"
+#include "foundation/short_text.h"
 
 /// A text that grows while it is put together: most fit inside the object, on the stack of its user. Running out of
 /// memory throws QZX_memory_alloc.
@@ -27,7 +28,7 @@ class qz_TextBuffer : public qz_UTIL_no_inadvertant_copies {
     ++size_;
   }
   void append(const char* text, std::size_t length) {
-    std::memcpy(reserve(length), text, length);
+    qz_copy_text(reserve(length), text, length);
     size_ += length;
   }
   /// The same for a text behind which kPadding bytes may be read: short ones are copied with what follows them, which
@@ -45,6 +46,8 @@ class qz_TextBuffer : public qz_UTIL_no_inadvertant_copies {
     return begin_ + size_;
   }
   void count_in(std::size_t count) { size_ += count; }
+  /// How many bytes may be appended before it has to grow.
+  std::size_t room() const { return capacity_ - size_; }
 
  private:
   static constexpr std::size_t kInlineCapacity = 1024;
@@ -63,6 +66,57 @@ class qz_TextBuffer : public qz_UTIL_no_inadvertant_copies {
   std::size_t capacity_ = kInlineCapacity;
   std::unique_ptr<char[]> heap_;
   char inline_[kInlineCapacity];
+};
+
+/// Appends to a text buffer as that does, but knows the end of the text by itself: in a function that appends many
+/// short texts the compiler can keep it in registers, as long as no other function is handed the object. The buffer
+/// itself is used through with_buffer only while there is a cursor, and is complete when the cursor is gone.
+class qz_TextCursor : public qz_UTIL_no_inadvertant_copies {
+ public:
+  explicit qz_TextCursor(qz_TextBuffer& buffer) : buffer_(buffer) { start(); }
+  ~qz_TextCursor() { stop(); }
+
+  void append(char character) {
+    *reserve(1) = character;
+    ++end_;
+  }
+  void append(const char* text, std::size_t length) {
+    qz_copy_text(reserve(length), text, length);
+    end_ += length;
+  }
+  void append(const char* text) { append(text, std::strlen(text)); }
+  /// See qz_TextBuffer.
+  void append_padded(const char* text, std::size_t length) {
+    if (length > qz_TextBuffer::kPadding) return append(text, length);
+    std::memcpy(reserve(qz_TextBuffer::kPadding), text, qz_TextBuffer::kPadding);
+    end_ += length;
+  }
+  char* reserve(std::size_t count) {
+    if (count > static_cast<std::size_t>(limit_ - end_)) {
+      with_buffer([count](qz_TextBuffer& buffer) { buffer.reserve(count); });
+    }
+    return end_;
+  }
+  void count_in(std::size_t count) { end_ += count; }
+
+  /// Calls append(qz_TextBuffer&).
+  template <typename Append>
+  void with_buffer(Append append) {
+    stop();
+    append(buffer_);
+    start();
+  }
+
+ private:
+  void start() {
+    end_ = buffer_.reserve(0);
+    limit_ = end_ + buffer_.room();
+  }
+  void stop() { buffer_.count_in(static_cast<std::size_t>(end_ - buffer_.reserve(0))); }
+
+  qz_TextBuffer& buffer_;
+  char* end_;
+  char* limit_;
 };
 
 #endif  // QZLOG_FOUNDATION_TEXT_BUFFER_H

@@ -68,7 +68,8 @@ bool KeptFormat::append(unsigned index, const IcuArgument& value, qz_TextBuffer&
   return true;
 }
 
-const IntegerStyle& IcuFormats::integer_style(const char* locale_name) {
+const IntegerStyle& IcuFormats::integer_style() {
+  const char* const locale_name = _qz_LOG_log_message::get_locale_name();
   if (last_style_ != nullptr && last_locale_name_ == locale_name) return *last_style_;
   last_style_ = nullptr;
   last_locale_name_ = locale_name;
@@ -77,7 +78,8 @@ const IntegerStyle& IcuFormats::integer_style(const char* locale_name) {
   return *last_style_;
 }
 
-KeptFormat& IcuFormats::format_of(const IcuTemplate& message_template, const char* locale_name) {
+KeptFormat& IcuFormats::format_of(const IcuTemplate& message_template) {
+  const char* const locale_name = _qz_LOG_log_message::get_locale_name();
   const auto make = [&] { return std::make_unique<KeptFormat>(message_template, locale_name); };
   return formats_.get(
       message_template.serial(), [locale_name](const KeptFormat& kept) { return kept.is_current(locale_name); }, make);

@@ -47,12 +47,12 @@ class KeptFormat : public qz_UTIL_no_inadvertant_copies {
   std::vector<Formatter> formatters_;
 };
 
-/// What a thread keeps of ICU's formatters: making one costs many times what using it does. Used through
-/// with_thread_instance.
+/// What a thread keeps of ICU's formatters, for the locale that is set: making one costs many times what using it does.
+/// Used through with_thread_instance.
 class IcuFormats : public qz_UTIL_no_inadvertant_copies {
  public:
-  const IntegerStyle& integer_style(const char* locale_name);
-  KeptFormat& format_of(const IcuTemplate& message_template, const char* locale_name);
+  const IntegerStyle& integer_style();
+  KeptFormat& format_of(const IcuTemplate& message_template);
 
  private:
   RecentCache<std::uint64_t, KeptFormat> formats_;

@@ -23,9 +23,8 @@ class MessageAssembly {
   MessageAssembly(const IcuTemplate& message_template, const IcuArguments& arguments, IcuFormats& formats)
       : template_(message_template),
         arguments_(arguments),
-        locale_name_(_qz_LOG_log_message::get_locale_name()),
-        style_(message_template.has_integer_parts() ? &formats.integer_style(locale_name_) : nullptr),
-        kept_(message_template.has_formatted_parts() ? &formats.format_of(message_template, locale_name_) : nullptr) {}
+        style_(message_template.has_integer_parts() ? &formats.integer_style() : nullptr),
+        kept_(message_template.has_formatted_parts() ? &formats.format_of(message_template) : nullptr) {}
 
   /// False when MessageFormat has to write the message after all; the text is then of no use.
   bool append_to(qz_TextBuffer& message) const {
@@ -68,14 +67,13 @@ class MessageAssembly {
 
   const IcuTemplate& template_;
   const IcuArguments& arguments_;
-  const char* locale_name_;
   const IntegerStyle* style_;
   KeptFormat* kept_;
 };
 
 icu::UnicodeString format_whole(const IcuTemplate& message_template, const IcuArguments& arguments,
                                 IcuFormats& formats) {
-  const KeptFormat& kept = formats.format_of(message_template, _qz_LOG_log_message::get_locale_name());
+  const KeptFormat& kept = formats.format_of(message_template);
   // The values of references that are left out stay unset.
   std::vector<icu::Formattable> values(message_template.formattable_count());
   for (unsigned i = 0; i < arguments.count(); ++i) fill_argument(arguments[i], values[i]);

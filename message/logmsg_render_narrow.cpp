@@ -72,7 +72,7 @@ class NarrowMessage {
     } else {
       const double amount = entry_.get_attrib_float8(reference.name->text());
       message_.append('$');
-      qz_append_fixed(message_, amount < 0.0 ? -amount : amount);
+      append_number(amount < 0.0 ? -amount : amount);
     }
   }
 
@@ -80,7 +80,7 @@ class NarrowMessage {
     if (is_integer_attribute(reference.type)) {
       append_formatted("%lld%%", 100LL * entry_.get_attrib_as_4(reference.name->text()));
     } else {
-      qz_append_fixed(message_, 100.0 * entry_.get_attrib_float8(reference.name->text()));
+      append_number(100.0 * entry_.get_attrib_float8(reference.name->text()));
       message_.append('%');
     }
   }
@@ -93,7 +93,7 @@ class NarrowMessage {
 
   void append_float(const MessageReference& reference) {
     const double* const value = find_value<double>(reference);
-    qz_append_fixed(message_, value != nullptr ? *value : entry_.get_attrib_float8(reference.name->text()));
+    append_number(value != nullptr ? *value : entry_.get_attrib_float8(reference.name->text()));
   }
 
   /// A Boolean shows nothing.
@@ -125,6 +125,10 @@ class NarrowMessage {
     qz_append_integer(message_, Shown{static_cast<Signed>(value)});
   }
 
+  void append_number(double number) {
+    message_.with_buffer([number](qz_TextBuffer& buffer) { qz_append_fixed(buffer, number); });
+  }
+
   void append_formatted(const char* format, long long number) {
     char text[kNumberTextSize];
     QZ_sprintf(text, format, number);
@@ -132,7 +136,7 @@ class NarrowMessage {
   }
 
   const _qz_LOG_log_entry_imp& entry_;
-  qz_TextBuffer& message_;
+  qz_TextCursor message_;
 };
 
 class NarrowTemplate : public _qz_LOG_prepared_message {

@@ -15,9 +15,13 @@ namespace {
 constexpr std::size_t kFlushBytes = std::size_t{64} << 10;
 constexpr std::string_view kLineBreaks = "\n\r";
 
+// Looks at every character, many at a time: most texts are short and have none.
 bool has_line_break(std::string_view text) {
-  return std::memchr(text.data(), '\n', text.size()) != nullptr ||
-         std::memchr(text.data(), '\r', text.size()) != nullptr;
+  unsigned char found = 0;
+  for (const char character : text) {
+    found |= static_cast<unsigned char>(character == '\n') | static_cast<unsigned char>(character == '\r');
+  }
+  return found != 0;
 }
 
 }  // namespace
@@ -27,7 +31,7 @@ BufferedOutput::BufferedOutput(int descriptor, std::string name) : descriptor_(d
 }
 
 void BufferedOutput::write_line(std::string_view text) {
-  if (!text.empty() && has_line_break(text)) {
+  if (has_line_break(text)) {
     append_escaped(text);
   } else {
     held_.append(text);

@@ -2,6 +2,7 @@
 #define QZLOG_ENTRY_FILT_H
 
 #include "qzlog/export.h"
+#include "qzlog/logcfg.h"
 #include "qzlog/logentry.h"
 
 /// Decides for a filter whether an entry is wanted. What it throws reaches the caller of check_entry.
@@ -31,13 +32,26 @@ class QZLOG_EXPORT _qz_LOG_entry_filter {
   mutable bool debug_enabled;           ///< result: "DebugEnabled" was found and not 0
   mutable bool debug_entry;             ///< result: the entry is a debug entry
 
+  enum : unsigned { _DEBUG_ENTRY_MASK = 0x4000000 };
+
   /// Stores both bounds, of which none may be above 9: otherwise QZX_logging_invalid_log_level is thrown and nothing
   /// changes. A low bound above the high one is accepted; nothing passes then. Configured bounds are not checked.
   void set_filter_log_level(unsigned low, unsigned high);
 
   /// True when the entry passes callback, levels and mask, in this order; the first that fails ends the check. Without
   /// a source or a key the filter's own values count.
-  bool check_entry(const qz_LOG_LogEntry& entry) const;
+  bool check_entry(const qz_LOG_LogEntry& entry) const {
+    if (callback != nullptr || qz_LOG_LogConfig::_has_configuration_source()) return _check_entry_in_stages(entry);
+    // Most entries are refused by their level, so this much is decided without a call.
+    const _qz_LOG_entry_head& head = *entry.head_;
+    debug_entry = (head.property_mask & _DEBUG_ENTRY_MASK) != 0;
+    debug_enabled = false;
+    return log_level_low <= head.log_level && head.log_level <= log_level_high &&
+           (head.property_mask & property_mask) != 0;
+  }
+
+  /// The same, always by way of the three stages.
+  bool _check_entry_in_stages(const qz_LOG_LogEntry& entry) const;
 
   /// The three stages alone. The first and the last rely on the result fields that a check_entry left; the second looks
   /// at the entry's own mask.

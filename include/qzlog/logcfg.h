@@ -1,6 +1,8 @@
 #ifndef QZLOG_LOGCFG_H
 #define QZLOG_LOGCFG_H
 
+#include <atomic>
+
 #include "qzlog/export.h"
 #include "qzlog/qz_locale.h"
 
@@ -108,6 +110,11 @@ class QZLOG_EXPORT qz_LOG_LogConfig {
   static bool GetConfigurationIntegerValue(const char* section, const char* key, unsigned& value);
   /// The current source or null; valid until SetConfigurationSource is called again.
   static _qz_LOG_configuration* _get_configuration_ptr();
+  /// Whether there is one, for inlined code.
+  static bool _has_configuration_source() { return has_configuration_source_.load(std::memory_order_relaxed); }
+
+ private:
+  static std::atomic<bool> has_configuration_source_;
 };
 
 #endif  // QZLOG_LOGCFG_H

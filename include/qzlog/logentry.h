@@ -9,6 +9,13 @@
 
 class _qz_LOG_log_entry_imp;
 
+/// What a filter decides by, where inlined code finds it.
+struct _qz_LOG_entry_head {
+  unsigned int entry_id;
+  unsigned int log_level;
+  unsigned int property_mask;
+};
+
 /// Receives the attributes of an entry from qz_LOG_LogEntry::VisitAttributes. Names, texts and times are valid during
 /// the call only. A visitor must not change the entry; what it throws ends the visit and reaches its caller.
 class QZLOG_EXPORT qz_LOG_AttributeVisitor {
@@ -159,6 +166,9 @@ class QZLOG_EXPORT qz_LOG_LogEntry {
   /// While the environment variable _QZ_DISABLE_READABLE_MSG existed at the process's first rendering, the text is
   /// "qz_LOG_LogEntry::GetMessage:  this method is not yet supported."
   std::string FormatMessage(bool use_default = false, unsigned int selector_index = 0) const;
+  /// The same into `message`, whose memory is used again: for callers that format one message after the other. When it
+  /// throws, `message` is as it was.
+  void FormatMessage(std::string& message, bool use_default = false, unsigned int selector_index = 0) const;
 
   /// The readable message in the caller's `buffer`, which must hold `size` + 1 bytes: on the ICU path the terminator
   /// comes on top of `size`. Returns `buffer`, or a fixed text (see FormatMessage), or the cached text of the short
@@ -194,7 +204,10 @@ class QZLOG_EXPORT qz_LOG_LogEntry {
 
  private:
   friend class _qz_LOG_entry_filter;
+  QZLOG_NO_EXPORT explicit qz_LOG_LogEntry(_qz_LOG_log_entry_imp* implementation);
+
   _qz_LOG_log_entry_imp* implementation_;
+  const _qz_LOG_entry_head* head_;  // of the implementation
 };
 
 #endif  // QZLOG_LOGENTRY_H

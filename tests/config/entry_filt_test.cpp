@@ -364,4 +364,84 @@ TEST_F(EntryFilterTest, MaskStageAloneWithoutSource_IgnoresTheFlags) {
   EXPECT_TRUE(filter._check_entry_by_property_mask(Implementation(kDebugId, 0)));
 }
 
+/// What check_entry answers and leaves in the filter, by itself and by way of the stages.
+void expect_as_in_stages(const _qz_LOG_entry_filter& filter, const qz_LOG_LogEntry& entry) {
+  for (const bool former : {false, true}) {
+    _qz_LOG_entry_filter direct = filter;
+    _qz_LOG_entry_filter staged = filter;
+    direct.debug_enabled = staged.debug_enabled = former;
+    direct.debug_entry = staged.debug_entry = former;
+    EXPECT_EQ(direct.check_entry(entry), staged._check_entry_in_stages(entry))
+        << "ID " << entry.GetEntryID() << ", level " << entry.GetLogLevel() << ", " << filter.log_level_low << " to "
+        << filter.log_level_high << ", mask " << filter.property_mask;
+    EXPECT_EQ(direct.debug_enabled, staged.debug_enabled);
+    EXPECT_EQ(direct.debug_entry, staged.debug_entry);
+  }
+}
+
+void expect_everything_as_in_stages(_qz_LOG_entry_filter filter) {
+  for (const unsigned mask : {0U, 0x1U, 0x20U, 0x40U, kDebugBit, 0xFFFFFFFFU}) {
+    for (unsigned low = 0; low <= 10; ++low) {
+      for (unsigned high = 0; high <= 10; ++high) {
+        filter.property_mask = mask;
+        filter.log_level_low = low;
+        filter.log_level_high = high;
+        for (const unsigned id : {kOrdinaryId, kDebugId, kNoMaskId, kOnlyDebugId}) {
+          for (const unsigned level : {0U, 1U, 5U, 9U}) expect_as_in_stages(filter, {id, level});
+        }
+      }
+    }
+  }
+}
+
+TEST_F(EntryFilterTest, CheckEntryWithoutSource_AsInStages) { expect_everything_as_in_stages(make_filter()); }
+
+TEST_F(EntryFilterTest, CheckEntryWithSource_AsInStages) {
+  configure("[app]\nDebugEnabled = 1\nLogLevelLow = 2");
+  expect_everything_as_in_stages(make_filter());
+}
+
+TEST_F(EntryFilterTest, CheckEntryWithCallback_AsInStages) {
+  for (const bool answer : {false, true}) {
+    CallbackCalls calls{.answer = answer};
+    _qz_LOG_entry_filter filter = make_filter();
+    filter.callback = record_call;
+    filter.user_data = &calls;
+    expect_everything_as_in_stages(filter);
+  }
+}
+
+TEST_F(EntryFilterTest, SourceSetAndRemoved_CountsFromTheNextCheckOn) {
+  const _qz_LOG_entry_filter filter = make_filter();
+  const qz_LOG_LogEntry entry(kOrdinaryId, 1);
+  EXPECT_TRUE(filter.check_entry(entry));
+  configure("[app]\nLogLevelLow = 2");
+  EXPECT_FALSE(filter.check_entry(entry));
+  EXPECT_THROW(qz_LOG_LogConfig::SetConfigurationSource("/nonexistent/qz.conf", QZ_CONFIGURATION_FILE),
+               QZX_logging_illegal_argument);
+  EXPECT_FALSE(filter.check_entry(entry)) << "a refused source replaces nothing";
+  qz_LOG_LogConfig::SetConfigurationSource(nullptr, QZ_CONFIGURATION_FILE);
+  EXPECT_TRUE(filter.check_entry(entry));
+}
+
+TEST_F(EntryFilterTest, EntryChangedAfterConstruction_CountsAsItIs) {
+  _qz_LOG_entry_filter filter = make_filter();
+  filter.set_filter_log_level(3, 6);
+  filter.property_mask = 0x1U;
+  qz_LOG_LogEntry entry(kOrdinaryId, 3);
+  EXPECT_TRUE(filter.check_entry(entry));
+  entry.SetLogLevel(2);
+  EXPECT_FALSE(filter.check_entry(entry));
+  entry.SetLogLevel(6);
+  EXPECT_TRUE(filter.check_entry(entry));
+  const qz_LOG_LogEntry copy(entry);
+  EXPECT_TRUE(filter.check_entry(copy));
+  entry.SetEntryID(kNoMaskId);
+  entry.SetLogLevel(6);
+  EXPECT_FALSE(filter.check_entry(entry));
+  EXPECT_TRUE(filter.check_entry(copy));
+  entry = copy;
+  EXPECT_TRUE(filter.check_entry(entry));
+}
+
 }  // namespace

@@ -504,7 +504,8 @@ TEST_F(LogCfg, ConfigurationPathIsADirectory_AcceptedWithoutValues) {
 }
 
 TEST_F(LogCfg, ConfigurationSourceWithoutMemory_ThrowsAndNoSourceIsLeft) {
-  const std::string path = folder_.write("conf", kConfiguration);
+  const std::string path =
+      folder_.write("a name that is too long for the memory that a thread keeps for texts", kConfiguration);
   set_source(path, 0);
   EXPECT_GT(qz_test::FailEveryAllocation([&] { Config::SetConfigurationSource(path.c_str(), QZ_CONFIGURATION_FILE); },
                                          [&] {

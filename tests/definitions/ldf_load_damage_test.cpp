@@ -301,7 +301,8 @@ unsigned fail_every_allocation(const std::function<void()>& prepare, const std::
   }
 }
 
-constexpr const char* kLongName = "a name that is far too long to be kept inside the string object";
+constexpr const char* kLongName =
+    "a name that is far too long to be kept inside the string object or in the memory that a thread keeps for texts";
 
 LdfFile long_std_file() {
   return {.globals = {{kLongName, 1, kLongName}},

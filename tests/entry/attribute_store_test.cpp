@@ -306,7 +306,7 @@ TEST(AttributeStore, ShortText_StoredInPlaceOfEveryType) {
       const std::string text(length, 's');
       const _qz_LOG_known_name* const name = name_of("user");
       const unsigned failures =
-          FailEveryAllocation([&] { values.store.put_short_text<TypeChar128>(name, 0, text.c_str(), length); });
+          FailEveryAllocation([&] { values.store.put_text<TypeChar128>(name, 0, text.c_str(), length); });
       EXPECT_EQ(failures, 0U) << former;
       values.model["user"] = std::to_string(TypeChar128) + " " + text;
       values.expect_right();
@@ -319,8 +319,8 @@ TEST(AttributeStore, ShortTextNewAmongFewAndMany_Stored) {
   for (unsigned i = 0; i < 40; ++i) {
     const std::string name = numbered(i);
     const _qz_LOG_known_name* const known = name_of(name);
-    const unsigned failures = FailEveryAllocation(
-        [&] { values.store.put_short_text<TypeChar32>(known, i, "short", 5); }, [&] { values.expect_right(); });
+    const unsigned failures = FailEveryAllocation([&] { values.store.put_text<TypeChar32>(known, i, "short", 5); },
+                                                  [&] { values.expect_right(); });
     EXPECT_EQ(failures == 0, i < _qz_LOG_attribute_store::kInlineValues) << i;
     values.model[name] = "9 short";
     values.expect_right();
@@ -333,13 +333,13 @@ TEST(AttributeStore, ShortTextOfTheValueItself_Stored) {
       ModelledStore values;
       values.put("text", former, number);
       const std::string text = shown(former, number).substr(former == 9 ? 2 : 3);
-      values.store.put_short_text<TypeChar32>(name_of("text"), 0, char_text(values.store, "text") + 1, 4);
+      values.store.put_text<TypeChar32>(name_of("text"), 0, char_text(values.store, "text") + 1, 4);
       EXPECT_EQ(values.find("text"), "9 " + text.substr(1, 4));
     }
   }
   ModelledStore values;
   values.put("text", TypeMBChar32, 59);
-  values.store.put_short_text<TypeChar32>(name_of("text"), 0, mbchar_text(values.store, "text") + 1, 4);
+  values.store.put_text<TypeChar32>(name_of("text"), 0, mbchar_text(values.store, "text") + 1, 4);
   EXPECT_EQ(values.find("text"), "9 " + text_of_number(59).substr(1, 4));
 }
 
@@ -498,6 +498,43 @@ TEST(AttributeStore, RandomChangesWithAFailingAllocationNowAndThen_AsAMap) {
       if (stored) values.model[name] = shown(value.get());
       if (i % 16 == 0) values.expect_right();
     }
+  }
+}
+
+TEST(AttributeStore, TextOfAnyLength_ReplacesEveryType) {
+  for (unsigned former = 1; former <= 24; ++former) {
+    for (unsigned length = 0; length <= 70; ++length) {
+      ModelledStore values;
+      values.put("user", former, 59);
+      const std::string text(length, 's');
+      values.store.put_text<TypeChar128>(name_of("user"), 0, text.c_str(), length);
+      values.store.put_text<TypeChar128>(name_of("new"), 1, text.c_str(), length);
+      values.model["user"] = values.model["new"] = std::to_string(TypeChar128) + " " + text;
+      values.expect_right();
+    }
+  }
+}
+
+TEST(AttributeStore, LongTextWithoutMemory_FormerValueStays) {
+  const std::string text(500, 'l');
+  for (const unsigned former : {1U, 9U, 11U, 16U}) {
+    ModelledStore values;
+    values.put("user", former, 5);
+    const auto put = [&] { values.store.put_text<TypeChar128>(name_of("user"), 0, text.c_str(), 500); };
+    EXPECT_GT(FailEveryAllocation(put, [&] { values.expect_right(); }), 0U) << former;
+    values.model["user"] = std::to_string(TypeChar128) + " " + text;
+    values.expect_right();
+  }
+}
+
+TEST(AttributeStore, LongTextReplacedByOneThatFits_KeepsItsMemory) {
+  ModelledStore values;
+  const std::string text(500, 'l');
+  const _qz_LOG_known_name* const name = name_of("user");
+  values.store.put_text<TypeChar128>(name, 0, text.c_str(), 500);
+  for (const unsigned length : {499U, 0U, 20U, 500U}) {
+    EXPECT_EQ(FailEveryAllocation([&] { values.store.put_text<TypeChar128>(name, 0, text.c_str(), length); }), 0U);
+    EXPECT_EQ(values.find("user"), std::to_string(TypeChar128) + " " + std::string(length, 'l'));
   }
 }
 

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 #include "entry/logentry_i.h"
 #include "tests/entry/entry_fixture.h"
@@ -15,7 +16,8 @@ class EntryMemory : public EntryTest {
   static constexpr const char* kOld = "an old text that is kept on the heap, for it is as long as it is";
   static constexpr const char* kNew = "a new text of as many characters, that is on the heap just as it";
 
-  static constexpr const char* kShort = "a new text, on the heap too";
+  static constexpr const char* kLong =
+      "a new text of more characters than the old one, for which its memory does not suffice, nor what threads keep";
 
   /// Values in some attributes, so that a loss shows.
   static void fill(Entry& entry) {
@@ -132,7 +134,8 @@ TEST_F(EntryMemory, EachAllocationOfANewAddFails_NothingIsAddedAndTheRestStays) 
 TEST_F(EntryMemory, EachAllocationOfAReplacingAddFails_TheOldValueStays) {
   const Operation operations[] = {
       {"4u", [](Entry& e) { e.add_attrib_4u("TypeUInt4", 8); }, nullptr},
-      {"str", [](Entry& e) { e.add_attrib_str("TypeChar64", kNew, true); }, nullptr, true},
+      // The old text's memory is used again.
+      {"str", [](Entry& e) { e.add_attrib_str("TypeChar64", kNew, true); }, nullptr},
       {"mbstr", [](Entry& e) { e.add_attrib_mbstr("TypeMBChar64", kNew, true); }, nullptr, true},
       {"time", [](Entry& e) { e.add_attrib_time("TypeDate", qz_Time()); }, nullptr},
   };
@@ -145,14 +148,30 @@ TEST_F(EntryMemory, EachAllocationOfAReplacingAddFails_TheOldValueStays) {
   }
 }
 
+TEST_F(EntryMemory, EachAllocationOfAReplacingAddOfALongerTextFails_TheOldValueStays) {
+  Entry entry(kId, 0);
+  for (const char* const old : {"", "short", kOld}) {
+    entry.add_attrib_str("TypeChar128", old, true);
+    EXPECT_GT(FailEveryAllocation([&] { entry.add_attrib_str("TypeChar128", kLong, true); },
+                                  [&] { EXPECT_STREQ(entry.get_attrib_str("TypeChar128"), old); }),
+              0U);
+    EXPECT_STREQ(entry.get_attrib_str("TypeChar128"), kLong);
+    entry.remove_attrib("TypeChar128");
+  }
+}
+
 TEST_F(EntryMemory, EachAllocationOfAnAddThatChangesTheTypeFails_TheOldValueStays) {
   Entry entry(kId, 0);
   fill(entry);
   entry.set_entry_id(kOtherTypesId);
-  EXPECT_GT(FailEveryAllocation([&] { entry.add_attrib_str("TypeUInt4", kShort, true); },
+  constexpr const char* kText = "a text outside the object";
+  // All of the memory that the thread keeps for texts.
+  const qz_String other(kText);
+  const std::vector<qz_String> others(20, other);
+  EXPECT_GT(FailEveryAllocation([&] { entry.add_attrib_str("TypeUInt4", kText, true); },
                                 [&] { EXPECT_EQ(entry.get_attrib_4u("TypeUInt4"), 7U); }),
             0U);
-  EXPECT_STREQ(entry.get_attrib_str("TypeUInt4"), kShort);
+  EXPECT_STREQ(entry.get_attrib_str("TypeUInt4"), kText);
 }
 
 TEST_F(EntryMemory, EachAllocationOfATruncatingAddFails_NothingIsAdded) {
@@ -246,8 +265,9 @@ TEST_F(EntryMemory, NoMemoryForAnAttributeValue_ReadsStillWork) {
   fill(entry);
   EXPECT_TRUE(ThrowsMemoryAlloc([&] {
     const AllocationFailure failure(1, AllocationFailure::kFromThenOn);
-    entry.add_attrib_str("TypeChar64", kNew, true);
+    entry.add_attrib_str("TypeChar2K", kLong, true);
   }));
+  EXPECT_FALSE(entry.has_value("TypeChar2K"));
   expect_filled(entry);
 }
 

@@ -204,17 +204,17 @@ TEST_F(LogEntry, SetEntryWithGuid_Throws) {
 }
 
 TEST_F(LogEntry, EachAllocationOfSetEntryFails_TheOldValuesStay) {
+  const std::string text(100, 'n');
   qz_LOG_LogEntry entry(kId, 0);
   entry.AddAttrib4("TypeSInt4", -7);
-  entry.AddAttribStr("TypeChar64", "an old text that is kept on the heap");
-  EXPECT_GT(
-      FailEveryAllocation([&] { entry.SetEntry(kId, 3, "TypeChar64", "another text that is kept on the heap", kEnd); },
-                          [&] {
-                            EXPECT_EQ(entry.GetAttrib4("TypeSInt4"), -7);
-                            EXPECT_STREQ(entry.GetAttribStr("TypeChar64"), "an old text that is kept on the heap");
-                          }),
-      0U);
-  EXPECT_STREQ(entry.GetAttribStr("TypeChar64"), "another text that is kept on the heap");
+  entry.AddAttribStr("TypeChar128", "an old text");
+  EXPECT_GT(FailEveryAllocation([&] { entry.SetEntry(kId, 3, "TypeChar128", text.c_str(), kEnd); },
+                                [&] {
+                                  EXPECT_EQ(entry.GetAttrib4("TypeSInt4"), -7);
+                                  EXPECT_STREQ(entry.GetAttribStr("TypeChar128"), "an old text");
+                                }),
+            0U);
+  EXPECT_EQ(entry.GetAttribStr("TypeChar128"), text);
 }
 
 struct TenEntries {
@@ -395,6 +395,38 @@ TEST_F(LogEntry, DefinitionsReplacedOrCleared_EntriesGoOnUsingTheirs) {
   EXPECT_EQ(entry.GetAttrib4u("TypeUInt4"), 8U);
   qz_LOG_LogConfig::SetICUEnabled(false);
   EXPECT_EQ(entry.FormatMessage(), "text");
+}
+
+TEST_F(LogEntry, FormatMessageIntoAString_AsTheOtherForm) {
+  std::string message = "what was there before";
+  for (const bool icu : {true, false}) {
+    qz_LOG_LogConfig::SetICUEnabled(icu);
+    const qz_LOG_LogEntry entry(kId, 0);
+    for (const bool use_default : {false, true}) {
+      message = "what was there before";
+      entry.FormatMessage(message, use_default);
+      EXPECT_EQ(message, icu ? "" : "text");  // text without a reference shows nothing on the ICU path
+      EXPECT_EQ(message, entry.FormatMessage(use_default));
+    }
+  }
+}
+
+TEST_F(LogEntry, FormatMessageIntoAStringFails_TheStringStays) {
+  std::string message = "what was there before";
+  for (const bool icu : {true, false}) {
+    qz_LOG_LogConfig::SetICUEnabled(icu);
+    EXPECT_THROW(qz_LOG_LogEntry(kId, 0).FormatMessage(message, false, 77), QZX_logging_invalid_message_string);
+    EXPECT_EQ(message, "what was there before");
+  }
+}
+
+TEST_F(LogEntry, FormatMessageIntoAStringWithRoom_TakesNoMemory) {
+  qz_LOG_LogConfig::SetICUEnabled(false);
+  const qz_LOG_LogEntry entry(kId, 0);
+  std::string message(100, '.');
+  entry.FormatMessage(message);
+  EXPECT_EQ(FailEveryAllocation([&] { entry.FormatMessage(message); }), 0U);
+  EXPECT_EQ(message, "text");
 }
 
 }  // namespace

@@ -140,4 +140,80 @@ TEST(TextBuffer, NoMemory_MemoryAllocAndTheTextUnchanged) {
             1U);
 }
 
+TEST(TextCursor, EveryFormOfAppending_BytesInOrder) {
+  qz_TextBuffer buffer;
+  buffer.append("before ");
+  {
+    qz_TextCursor cursor(buffer);
+    cursor.append("text");
+    cursor.append('\0');
+    cursor.append("a\0b and not this", 3);
+    cursor.append("", 0);
+    std::memcpy(cursor.reserve(10), "xy", 2);
+    cursor.count_in(2);
+    cursor.with_buffer([](qz_TextBuffer& whole) {
+      EXPECT_EQ(text_of(whole), std::string("before text\0a\0bxy", 17));
+      whole.append("whole");
+    });
+    cursor.append_padded("end             !", 3);
+  }
+  EXPECT_EQ(text_of(buffer), std::string("before text\0a\0bxywholeend", 25));
+}
+
+TEST(TextCursor, NothingAppended_BufferAsItWas) {
+  qz_TextBuffer buffer;
+  { const qz_TextCursor cursor(buffer); }
+  EXPECT_EQ(buffer.size(), 0U);
+  buffer.append("text");
+  { const qz_TextCursor cursor(buffer); }
+  EXPECT_EQ(text_of(buffer), "text");
+}
+
+TEST(TextCursor, AppendedAcrossTheInlineSize_FormerBytesStay) {
+  for (std::size_t before = kInlineCapacity - 40; before <= kInlineCapacity + 20; ++before) {
+    for (const std::size_t more : {0U, 1U, 15U, 16U, 17U, 33U, 2000U, 100000U}) {
+      qz_TextBuffer buffer;
+      {
+        qz_TextCursor cursor(buffer);
+        cursor.append(bytes(before).data(), before);
+        cursor.append(bytes(more).data(), more);
+        cursor.append('|');
+      }
+      ASSERT_EQ(text_of(buffer), bytes(before) + bytes(more) + "|") << before << " + " << more;
+    }
+  }
+}
+
+TEST(TextCursor, NoMemoryToGrow_ThrowsAndKeepsTheText) {
+  qz_TextBuffer buffer;
+  {
+    qz_TextCursor cursor(buffer);
+    cursor.append(bytes(kInlineCapacity).data(), kInlineCapacity);
+    EXPECT_EQ(FailEveryAllocation([&] { cursor.append("more"); }), 1U);
+  }
+  EXPECT_EQ(text_of(buffer), bytes(kInlineCapacity) + "more");
+}
+
+TEST(TextCursor, RandomAppends_AsAString) {
+  SeededRandom random;
+  SCOPED_TRACE(random.trace());
+  for (int round = 0; round < 50; ++round) {
+    qz_TextBuffer buffer;
+    std::string wanted;
+    {
+      qz_TextCursor cursor(buffer);
+      while (wanted.size() < 6000) {
+        const std::string more = random.text(static_cast<std::size_t>(random.between(0, 80)));
+        if (random.one_in(4)) {
+          cursor.with_buffer([&](qz_TextBuffer& whole) { whole.append(more.data(), more.size()); });
+        } else {
+          cursor.append(more.data(), more.size());
+        }
+        wanted += more;
+      }
+    }
+    ASSERT_EQ(text_of(buffer), wanted);
+  }
+}
+
 }  // namespace
