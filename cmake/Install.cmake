@@ -24,6 +24,9 @@ install(FILES ${PROJECT_BINARY_DIR}/qzlog-config.cmake ${PROJECT_BINARY_DIR}/qzl
     ${CMAKE_CURRENT_LIST_DIR}/qzlog-definitions.cmake
   DESTINATION ${qzlog_package_dir})
 
+# The schema of definition sources, for editors.
+install(FILES schema/qzlog-definitions.schema.json DESTINATION ${CMAKE_INSTALL_DATADIR}/qzlog)
+
 # The .pc file gives its prefix relative to itself, so `cmake --install --prefix` may choose any.
 file(RELATIVE_PATH qzlog_pc_to_prefix ${qzlog_pkgconfig_dir} ${CMAKE_INSTALL_PREFIX})
 string(REGEX REPLACE "/$" "" qzlog_pc_to_prefix ${qzlog_pc_to_prefix})
