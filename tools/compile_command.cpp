@@ -98,25 +98,34 @@ void refuse_overwriting(const CompileArguments& arguments) {
   }
 }
 
-/// Every input and every output needs a place of its own, standard input and output included.
-void refuse_sharing(const std::vector<std::string>& paths) {
-  for (auto path = paths.begin(); path != paths.end(); ++path) {
-    const auto other = std::find_if(path + 1, paths.end(), [&](const auto& name) { return same_file(*path, name); });
-    if (other == paths.end()) continue;
-    throw CommandError(kExitCannotRun, "'" + *path + "' cannot serve two purposes at a time");
+bool is_device(const std::string& path) {
+  std::error_code missing;
+  return path != "-" && std::filesystem::exists(path, missing) && !std::filesystem::is_regular_file(path, missing);
+}
+
+/// Standard input can be read once, and of two results in one place only the second would be left.
+void refuse_sharing(const CompileArguments& arguments) {
+  const std::vector<std::string> inputs = inputs_of(arguments);
+  if (std::count(inputs.begin(), inputs.end(), "-") > 1) {
+    throw CommandError(kExitCannotRun, "only one of the sources can come from standard input");
+  }
+  const std::vector<std::string> outputs = outputs_of(arguments);
+  for (auto path = outputs.begin(); path != outputs.end(); ++path) {
+    const bool again = std::any_of(path + 1, outputs.end(), [&](const auto& name) { return same_file(*path, name); });
+    if (!again || is_device(*path)) continue;
+    throw CommandError(kExitCannotRun, "two results cannot both go to '" + *path + "'");
   }
 }
 
 void check_usage(const CompileArguments& arguments) {
   refuse_overwriting(arguments);
-  refuse_sharing(inputs_of(arguments));
-  refuse_sharing(outputs_of(arguments));
+  refuse_sharing(arguments);
   if (!arguments.dependencies.empty() && arguments.output == "-") {
     throw CommandError(kExitCannotRun, "--depfile says what a file depends on; name one with -o");
   }
 }
 
-CompileResult compile_standard(const CompileArguments& arguments, CompileOptions options) {
+CompileResult compile_main_source(const CompileArguments& arguments, CompileOptions options) {
   CompileResult standard;
   if (!arguments.standard.empty()) {
     standard = qzlog_compiler::load_standard(read_file(arguments.standard), display_name(arguments.standard));
@@ -128,7 +137,7 @@ CompileResult compile_standard(const CompileArguments& arguments, CompileOptions
 
 CompileResult compile_inputs(const CompileArguments& arguments) {
   const MessagePath path = path_of(arguments.path);
-  CompileResult result = compile_standard(arguments, {path, nullptr});
+  CompileResult result = compile_main_source(arguments, {path, nullptr});
   if (!result.ok() || arguments.auxiliary.empty()) return result;
   return qzlog_compiler::compile_merged(std::move(result), read_file(arguments.auxiliary),
                                         display_name(arguments.auxiliary), path);
