@@ -1,17 +1,25 @@
 #include "tools/compile_command.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <filesystem>
+#include <initializer_list>
 #include <iostream>
+#include <iterator>
 #include <memory>
+#include <nlohmann/json.hpp>
 #include <stdexcept>
 #include <string>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 #include "tools/command_error.h"
 #include "tools/compiler/compiler.h"
+#include "tools/compiler/model_json.h"
+#include "tools/dependency_file.h"
 #include "tools/file_descriptor.h"
+#include "tools/option_checks.h"
 #include "tools/output_file.h"
 
 namespace qzlog_tool {
@@ -35,13 +43,19 @@ constexpr const char* kFooter =
     "  qzlog compile storage.yaml -o storage.ldf\n"
     "  qzlog compile storage.yaml -o storage.ldf --path icu\n"
     "  qzlog compile site.yaml -o site.ldf --aux-of storage.ldf\n"
+    "  qzlog compile storage.yaml --merge site.yaml -o all.ldf\n"
+    "  qzlog compile storage.yaml --emit-json\n"
+    "  qzlog compile storage.yaml -o storage.ldf --depfile storage.d\n"
     "  qzlog compile - -o - < storage.yaml > storage.ldf";
 
 struct CompileArguments {
   std::string source;
   std::string output;
   std::string standard;
+  std::string auxiliary;
   std::string path = "both";
+  std::string json;
+  std::string dependencies;
 };
 
 std::string display_name(const std::string& path) { return path == "-" ? "<stdin>" : path; }
@@ -55,30 +69,97 @@ void print(const std::vector<Diagnostic>& diagnostics) {
   for (const Diagnostic& diagnostic : diagnostics) std::cerr << diagnostic << '\n';
 }
 
-/// A slip of the keyboard must not cost the author the source.
-void refuse_overwriting(const std::string& input, const std::string& output) {
-  std::error_code missing;
-  if (input.empty() || input == "-" || !std::filesystem::equivalent(input, output, missing)) return;
-  throw CommandError(kExitCannotRun, "the output '" + output + "' is one of the input files");
+std::vector<std::string> given(std::initializer_list<std::string> paths) {
+  std::vector<std::string> result;
+  std::copy_if(paths.begin(), paths.end(), std::back_inserter(result), [](const auto& path) { return !path.empty(); });
+  return result;
 }
 
-int compile(const CompileArguments& arguments) {
-  refuse_overwriting(arguments.source, arguments.output);
-  refuse_overwriting(arguments.standard, arguments.output);
-  const std::string source = read_file(arguments.source);
-  CompileOptions options;
-  options.path = path_of(arguments.path);
+std::vector<std::string> inputs_of(const CompileArguments& arguments) {
+  return given({arguments.source, arguments.standard, arguments.auxiliary});
+}
+
+std::vector<std::string> outputs_of(const CompileArguments& arguments) {
+  return given({arguments.output, arguments.json, arguments.dependencies});
+}
+
+bool same_file(const std::string& path, const std::string& other) {
+  std::error_code missing;
+  return path == other || std::filesystem::equivalent(path, other, missing);
+}
+
+/// A slip of the keyboard must not cost the author the source.
+void refuse_overwriting(const CompileArguments& arguments) {
+  for (const std::string& output : outputs_of(arguments)) {
+    for (const std::string& input : inputs_of(arguments)) {
+      if (input == "-" || !same_file(input, output)) continue;
+      throw CommandError(kExitCannotRun, "the output '" + output + "' is one of the input files");
+    }
+  }
+}
+
+bool is_device(const std::string& path) {
+  std::error_code missing;
+  return path != "-" && std::filesystem::exists(path, missing) && !std::filesystem::is_regular_file(path, missing);
+}
+
+/// Standard input can be read once, and of two results in one place only the second would be left.
+void refuse_sharing(const CompileArguments& arguments) {
+  const std::vector<std::string> inputs = inputs_of(arguments);
+  if (std::count(inputs.begin(), inputs.end(), "-") > 1) {
+    throw CommandError(kExitCannotRun, "only one of the sources can come from standard input");
+  }
+  const std::vector<std::string> outputs = outputs_of(arguments);
+  for (auto path = outputs.begin(); path != outputs.end(); ++path) {
+    const bool again = std::any_of(path + 1, outputs.end(), [&](const auto& name) { return same_file(*path, name); });
+    if (!again || is_device(*path)) continue;
+    throw CommandError(kExitCannotRun, "two results cannot both go to '" + *path + "'");
+  }
+}
+
+void check_usage(const CompileArguments& arguments) {
+  refuse_overwriting(arguments);
+  refuse_sharing(arguments);
+  if (!arguments.dependencies.empty() && arguments.output == "-") {
+    throw CommandError(kExitCannotRun, "--depfile says what a file depends on; name one with -o");
+  }
+}
+
+CompileResult compile_main_source(const CompileArguments& arguments, CompileOptions options) {
   CompileResult standard;
   if (!arguments.standard.empty()) {
     standard = qzlog_compiler::load_standard(read_file(arguments.standard), display_name(arguments.standard));
-    print(standard.diagnostics);
-    if (!standard.ok()) return kExitFindings;
+    if (!standard.ok()) return standard;
     options.standard = &standard.model;
   }
-  const CompileResult result = qzlog_compiler::compile_source(source, display_name(arguments.source), options);
+  return qzlog_compiler::compile_source(read_file(arguments.source), display_name(arguments.source), options);
+}
+
+CompileResult compile_inputs(const CompileArguments& arguments) {
+  const MessagePath path = path_of(arguments.path);
+  CompileResult result = compile_main_source(arguments, {path, nullptr});
+  if (!result.ok() || arguments.auxiliary.empty()) return result;
+  return qzlog_compiler::compile_merged(std::move(result), read_file(arguments.auxiliary),
+                                        display_name(arguments.auxiliary), path);
+}
+
+void write_outputs(const CompileArguments& arguments, const CompileResult& result) {
+  if (!arguments.output.empty()) write_file(arguments.output, result.bytes);
+  if (!arguments.json.empty()) {
+    write_file(arguments.json, qzlog_compiler::json_text(qzlog_compiler::to_json(result.model)));
+  }
+  if (arguments.dependencies.empty()) return;
+  std::vector<std::string> inputs = inputs_of(arguments);
+  std::erase(inputs, "-");
+  write_file(arguments.dependencies, dependency_rule(arguments.output, inputs));
+}
+
+int compile(const CompileArguments& arguments) {
+  check_usage(arguments);
+  const CompileResult result = compile_inputs(arguments);
   print(result.diagnostics);
   if (!result.ok()) return kExitFindings;
-  write_file(arguments.output, result.bytes);
+  write_outputs(arguments, result);
   return kExitSuccess;
 }
 
@@ -100,19 +181,41 @@ void add_compile_command(CLI::App& app, int& exit_status) {
   const auto arguments = std::make_shared<CompileArguments>();
   CLI::App* const command = app.add_subcommand("compile", "Compile a definition source into a log definition file");
   command->add_option("SRC", arguments->source, "Definition source (YAML); - is standard input")->required();
-  command->add_option("-o,--output", arguments->output, "Log definition file to write; - is standard output")
-      ->required()
-      ->type_name("OUT.ldf");
+  CLI::Option* const output =
+      command->add_option("-o,--output", arguments->output, "Log definition file to write; - is standard output")
+          ->check(check_not_empty)
+          ->type_name("OUT.ldf");
+  CLI::Option* const standard =
+      command
+          ->add_option("--aux-of", arguments->standard,
+                       "Compile an auxiliary source: check that it extends these definitions, compiled or source")
+          ->check(check_not_empty)
+          ->type_name("STD");
   command
-      ->add_option("--aux-of", arguments->standard,
-                   "Compile an auxiliary source: check that it extends these definitions, compiled or source")
-      ->type_name("STD");
+      ->add_option("--merge", arguments->auxiliary,
+                   "Compile this auxiliary source too, and both into one standard file")
+      ->check(check_not_empty)
+      ->type_name("AUX.yaml")
+      ->excludes(standard);
   command->add_option("--path", arguments->path, "Rendering path that the texts have to come out right on")
       ->check(CLI::IsMember({"icu", "narrow", "both"}).description(""))
       ->type_name("icu|narrow|both")
       ->capture_default_str();
+  command->add_flag("--emit-json{-}", arguments->json,
+                    "Write the definitions with all defaults filled in as JSON: --emit-json to standard output,\n"
+                    "--emit-json=FILE to a file");
+  command
+      ->add_option("--depfile", arguments->dependencies,
+                   "Write the files that OUT.ldf depends on, as make and ninja "
+                   "read them")
+      ->check(check_not_empty)
+      ->type_name("FILE")
+      ->needs(output);
   command->footer(kFooter);
-  command->callback([arguments, &exit_status] { exit_status = run(*arguments); });
+  command->callback([arguments, &exit_status] {
+    if (outputs_of(*arguments).empty()) throw CLI::RequiredError("-o OUT.ldf or --emit-json");
+    exit_status = run(*arguments);
+  });
 }
 
 }  // namespace qzlog_tool

@@ -11,6 +11,18 @@ build_with_find_package() {
     -DCMAKE_CXX_STANDARD="$standard" -DCMAKE_PREFIX_PATH="$prefix"
   cmake --build "$work/build"
   consumer=$work/build/consumer
+  definitions=$work/build/definitions/events.ldf
+  check_definitions
+}
+
+# What qzlog_add_definitions made: beside the program, in the build folder, and installed.
+check_definitions() {
+  "$prefix/bin/qzlog" compile "$source_dir/events.yaml" -o "$work/expected.ldf"
+  cmp "$definitions" "$work/expected.ldf"
+  "$prefix/bin/qzlog" compile "$source_dir/site events.yaml" --aux-of "$source_dir/events.yaml" --path icu -o "$work/expected.ldf"
+  cmp "$work/build/site events.ldf" "$work/expected.ldf"
+  cmake --install "$work/build" --prefix "$work/installed"
+  cmp "$work/installed/share/consumer/events.ldf" "$definitions"
 }
 
 build_with_pkg_config() {
@@ -22,14 +34,15 @@ build_with_pkg_config() {
   "$compiler" -std="c++$standard" -Wall -Wextra -Wpedantic -Werror -DEXPECTED_VERSION="\"$(pkg-config --modversion qzlog)\"" \
     "$source_dir/main.cpp" "${flags[@]}" -Wl,-rpath,"$libdir" -o "$work/consumer"
   consumer=$work/consumer
+  definitions=$work/events.ldf
+  "$prefix/bin/qzlog" compile "$source_dir/events.yaml" -o "$definitions"
 }
 
 rm -rf "$work"
 mkdir -p "$work"
 if [[ $way == find_package ]]; then build_with_find_package; else build_with_pkg_config; fi
 
-"$prefix/bin/qzlog" compile "$source_dir/events.yaml" -o "$work/events.ldf"
-output=$("$consumer" "$work/events.ldf")
+output=$("$consumer" "$definitions")
 expected="Disk vol1 is full: 0 of 4096 blocks free"
 if [[ $output != "$expected" ]]; then
   printf 'expected: %s\n     got: %s\n' "$expected" "$output"

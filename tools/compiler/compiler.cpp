@@ -1,11 +1,13 @@
 #include "tools/compiler/compiler.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "tools/compiler/aux_merge.h"
 #include "tools/compiler/ldf_reader.h"
 #include "tools/compiler/ldf_writer.h"
+#include "tools/compiler/model_merge.h"
 #include "tools/compiler/source_loader.h"
 #include "tools/compiler/yaml_tree.h"
 
@@ -59,6 +61,17 @@ CompileResult compile_source(std::string_view text, std::string file_name, const
   if (!diagnostics.has_errors()) result.bytes = write_ldf(result.model);
   result.diagnostics = diagnostics.take_sorted();
   return result;
+}
+
+CompileResult compile_merged(CompileResult standard, std::string_view text, std::string file_name, MessagePath path) {
+  CompileResult aux = compile_source(text, std::move(file_name), {path, &standard.model});
+  CompileResult merged;
+  merged.diagnostics = std::move(standard.diagnostics);
+  std::move(aux.diagnostics.begin(), aux.diagnostics.end(), std::back_inserter(merged.diagnostics));
+  if (!aux.ok() || !merged.ok()) return merged;
+  merged.model = merge_models(std::move(standard.model), aux.model);
+  merged.bytes = write_ldf(merged.model);
+  return merged;
 }
 
 CompileResult load_standard(std::string_view content, std::string file_name) {

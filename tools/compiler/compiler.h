@@ -29,6 +29,11 @@ struct CompileResult {
 /// by position; warnings alone leave a result. Throws `std::length_error` when the compiled file would exceed 4 GiB.
 CompileResult compile_source(std::string_view text, std::string file_name, const CompileOptions& options);
 
+/// Compiles an auxiliary source over standard definitions that are compiled already without an error, and both into one
+/// standard file: what the library holds after loading the two. The diagnostics are those of `standard`, then those of
+/// the auxiliary source. Throws as `compile_source` does.
+CompileResult compile_merged(CompileResult standard, std::string_view text, std::string file_name, MessagePath path);
+
 /// Reads the definitions that an auxiliary source extends, from a compiled file or a definition source, told apart by
 /// their first bytes. The result has no bytes, and only errors among its diagnostics.
 CompileResult load_standard(std::string_view content, std::string file_name);

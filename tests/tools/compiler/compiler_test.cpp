@@ -79,6 +79,32 @@ TEST(CompileSource, AuxiliarySource_IsCheckedAgainstItsStandard) {
             "[aux-attribute-exists]\n");
 }
 
+TEST(CompileMerged, TwoSources_GiveOneFile) {
+  const CompileResult merged =
+      compile_merged(compile_source("version: 1.0\nentries: [{id: 1, name: A, message: m}]\n", "std", {}),
+                     "version: 1.0\nentries: [{id: 1, name: A, message: n}, {id: 2, name: B, message: o}]\n", "aux",
+                     MessagePath::kBoth);
+  EXPECT_EQ(printed(merged.diagnostics), "");
+  EXPECT_EQ(merged.model.entries.size(), 2U);
+  const LdfFile file = read_ldf(merged.bytes);
+  EXPECT_FALSE(file.damage);
+  ASSERT_EQ(file.model.entries.size(), 2U);
+  EXPECT_EQ(file.model.entries[0].message.stored, "n%_%TIMESTAMP%");
+  EXPECT_EQ(file.model.entries[1].message.stored, "o%_%TIMESTAMP%");
+}
+
+TEST(CompileMerged, ErrorInTheAuxiliarySource_LeavesNoBytesAndAllDiagnostics) {
+  const CompileResult merged =
+      compile_merged(compile_source("version: 1.0\nentries: [{id: 1, name: A, raw: m, message_id: ''}]\n", "std", {}),
+                     "version: 1.0\nentries: [{id: x, name: B, message: n}]\n", "aux", MessagePath::kBoth);
+  EXPECT_FALSE(merged.ok());
+  EXPECT_EQ(merged.bytes, "");
+  EXPECT_EQ(printed(merged.diagnostics),
+            "std:2:48: warning: an empty catalog key: the message fails wherever a catalog is in use "
+            "[empty-message-id]\n"
+            "aux:2:16: error: 'x' is no number; the id is decimal or 0x hexadecimal [bad-number]\n");
+}
+
 TEST(LoadStandard, CompiledFile_IsToldBySight) {
   const CompileResult standard = load_standard(example_bytes(), "std.ldf");
   EXPECT_TRUE(standard.ok());
