@@ -6,10 +6,12 @@
 #include <initializer_list>
 #include <iostream>
 #include <iterator>
+#include <list>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <system_error>
 #include <utility>
 #include <vector>
@@ -18,16 +20,17 @@
 #include "tools/compiler/compiler.h"
 #include "tools/compiler/model_json.h"
 #include "tools/dependency_file.h"
+#include "tools/diagnostic_printer.h"
 #include "tools/file_descriptor.h"
 #include "tools/option_checks.h"
 #include "tools/output_file.h"
+#include "tools/terminal.h"
 
 namespace qzlog_tool {
 namespace {
 
 using qzlog_compiler::CompileOptions;
 using qzlog_compiler::CompileResult;
-using qzlog_compiler::Diagnostic;
 using qzlog_compiler::MessagePath;
 
 constexpr const char* kFooter =
@@ -65,9 +68,20 @@ MessagePath path_of(const std::string& name) {
   return name == "narrow" ? MessagePath::kNarrow : MessagePath::kBoth;
 }
 
-void print(const std::vector<Diagnostic>& diagnostics) {
-  for (const Diagnostic& diagnostic : diagnostics) std::cerr << diagnostic << '\n';
-}
+/// The texts of the sources, which diagnostics show.
+class Sources {
+ public:
+  std::string_view read(const std::string& path) {
+    texts_.push_back(read_file(path));
+    printer_.add_source(display_name(path), texts_.back());
+    return texts_.back();
+  }
+  void print(const CompileResult& result) { printer_.print(result.diagnostics); }
+
+ private:
+  std::list<std::string> texts_;
+  DiagnosticPrinter printer_{std::cerr, stderr_has_colour()};
+};
 
 std::vector<std::string> given(std::initializer_list<std::string> paths) {
   std::vector<std::string> result;
@@ -125,22 +139,23 @@ void check_usage(const CompileArguments& arguments) {
   }
 }
 
-CompileResult compile_main_source(const CompileArguments& arguments, CompileOptions options) {
+CompileResult compile_main_source(const CompileArguments& arguments, CompileOptions options, Sources& sources) {
   CompileResult standard;
   if (!arguments.standard.empty()) {
-    standard = qzlog_compiler::load_standard(read_file(arguments.standard), display_name(arguments.standard));
+    options.standard_file = display_name(arguments.standard);
+    standard = qzlog_compiler::load_standard(sources.read(arguments.standard), options.standard_file);
     if (!standard.ok()) return standard;
     options.standard = &standard.model;
   }
-  return qzlog_compiler::compile_source(read_file(arguments.source), display_name(arguments.source), options);
+  return qzlog_compiler::compile_source(sources.read(arguments.source), display_name(arguments.source), options);
 }
 
-CompileResult compile_inputs(const CompileArguments& arguments) {
+CompileResult compile_inputs(const CompileArguments& arguments, Sources& sources) {
   const MessagePath path = path_of(arguments.path);
-  CompileResult result = compile_main_source(arguments, {path, nullptr});
+  CompileResult result = compile_main_source(arguments, {.path = path}, sources);
   if (!result.ok() || arguments.auxiliary.empty()) return result;
-  return qzlog_compiler::compile_merged(std::move(result), read_file(arguments.auxiliary),
-                                        display_name(arguments.auxiliary), path);
+  return qzlog_compiler::compile_merged(std::move(result), display_name(arguments.source),
+                                        sources.read(arguments.auxiliary), display_name(arguments.auxiliary), path);
 }
 
 void write_outputs(const CompileArguments& arguments, const CompileResult& result) {
@@ -156,8 +171,9 @@ void write_outputs(const CompileArguments& arguments, const CompileResult& resul
 
 int compile(const CompileArguments& arguments) {
   check_usage(arguments);
-  const CompileResult result = compile_inputs(arguments);
-  print(result.diagnostics);
+  Sources sources;
+  const CompileResult result = compile_inputs(arguments, sources);
+  sources.print(result);
   if (!result.ok()) return kExitFindings;
   write_outputs(arguments, result);
   return kExitSuccess;

@@ -15,7 +15,7 @@ OTHER_RULES = ["tools/entry_error.cpp", "tools/config_check.cpp", "tools/counter
 GOLDEN_CASES = "tests/tools/golden/compile"
 PAGE = "docs/diagnostics.md"
 TABLE = re.compile(r"(?<=<!-- compile rules -->\n)(.*?)(?=<!-- end -->)", re.DOTALL)
-RULE = re.compile(r'\{(?:Entry|Config|Counter)?Rule::k\w+,\s*"([a-z0-9-]+)",\s*"([^"]*)"\}')
+RULE = re.compile(r'\{(?:Entry|Config|Counter)?Rule::k\w+,\s*"([a-z0-9-]+)",\s*"([^"]*)"(?:,\s*true)?\}')
 
 
 def rules(root, source):

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -22,6 +23,9 @@ std::string all_type_names();
 /// Every format character that a placeholder can ask for.
 inline constexpr std::string_view kFormatCharacters = "sCPDTfdu";
 
+/// A reference with another format shows nothing.
+constexpr bool is_known_format(char format) { return kFormatCharacters.find(format) != std::string_view::npos; }
+
 /// The formats that both rendering paths accept for a type; empty for GUID and for unknown types.
 std::string_view accepted_formats(qz_AttributeType type);
 
@@ -33,6 +37,9 @@ std::optional<std::uint32_t> selector_value_limit(qz_AttributeType type);
 
 /// The type under which messages know a standard information field, whatever the definitions say.
 std::optional<qz_AttributeType> find_standard_field(std::string_view name);
+
+/// The names of the standard information fields.
+std::span<const std::string_view> standard_field_names();
 
 }  // namespace qzlog_compiler
 

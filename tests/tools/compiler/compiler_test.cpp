@@ -81,7 +81,7 @@ TEST(CompileSource, AuxiliarySource_IsCheckedAgainstItsStandard) {
 
 TEST(CompileMerged, TwoSources_GiveOneFile) {
   const CompileResult merged =
-      compile_merged(compile_source("version: 1.0\nentries: [{id: 1, name: A, message: m}]\n", "std", {}),
+      compile_merged(compile_source("version: 1.0\nentries: [{id: 1, name: A, message: m}]\n", "std", {}), "std",
                      "version: 1.0\nentries: [{id: 1, name: A, message: n}, {id: 2, name: B, message: o}]\n", "aux",
                      MessagePath::kBoth);
   EXPECT_EQ(printed(merged.diagnostics), "");
@@ -96,7 +96,7 @@ TEST(CompileMerged, TwoSources_GiveOneFile) {
 TEST(CompileMerged, ErrorInTheAuxiliarySource_LeavesNoBytesAndAllDiagnostics) {
   const CompileResult merged =
       compile_merged(compile_source("version: 1.0\nentries: [{id: 1, name: A, raw: m, message_id: ''}]\n", "std", {}),
-                     "version: 1.0\nentries: [{id: x, name: B, message: n}]\n", "aux", MessagePath::kBoth);
+                     "std", "version: 1.0\nentries: [{id: x, name: B, message: n}]\n", "aux", MessagePath::kBoth);
   EXPECT_FALSE(merged.ok());
   EXPECT_EQ(merged.bytes, "");
   EXPECT_EQ(printed(merged.diagnostics),
