@@ -64,9 +64,7 @@ void CatalogFindings::sort_by_line() {
   std::unordered_map<std::string, std::size_t> order;
   for (const CatalogFinding& finding : found_) order.try_emplace(finding.file, order.size());
   std::stable_sort(found_.begin(), found_.end(), [&](const CatalogFinding& a, const CatalogFinding& b) {
-    const auto place = [&](const CatalogFinding& finding) {
-      return std::pair(order.at(finding.file), finding.line);
-    };
+    const auto place = [&](const CatalogFinding& finding) { return std::pair(order.at(finding.file), finding.line); };
     return place(a) < place(b);
   });
 }

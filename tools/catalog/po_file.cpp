@@ -191,7 +191,8 @@ void check_messages(po_file_t po, const PoFile& file, const std::string& file_na
   const char* const* const domains = po_file_domains(po);
   const bool several = domains[0] != nullptr && domains[1] != nullptr;
   if (several || (domains[0] != nullptr && std::string_view(domains[0]) != "messages")) {
-    findings.error(file_name, 0, CatalogRule::kPoDomain, "the file names a domain; a catalog has only one, without a name");
+    findings.error(file_name, 0, CatalogRule::kPoDomain,
+                   "the file names a domain; a catalog has only one, without a name");
   }
   const IteratorPointer iterator(po_message_iterator(po, nullptr));
   for (std::size_t i = 0; const po_message_t message = po_next_message(iterator.get()); ++i) {
@@ -261,7 +262,8 @@ std::string write_po(const PoFile& file) {
   try {
     po_file_write(po.get(), out.path().c_str(), errors.handler());
   } catch (const GivenUp&) {
-    throw qzlog_tool::CommandError(qzlog_tool::kExitCannotRun, "cannot write '" + name + "': " + findings.all()[0].text);
+    throw qzlog_tool::CommandError(qzlog_tool::kExitCannotRun,
+                                   "cannot write '" + name + "': " + findings.all()[0].text);
   }
   return qzlog_tool::read_file(out.path());
 }
