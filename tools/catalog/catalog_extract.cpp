@@ -1,12 +1,17 @@
 #include "tools/catalog/catalog_extract.h"
 
 #include <array>
+#include <functional>
+#include <optional>
+#include <set>
 #include <string_view>
 #include <unordered_map>
 #include <utility>
 #include <vector>
 
+#include "tools/catalog/translation_check.h"
 #include "tools/compiler/attribute_type.h"
+#include "tools/compiler/stored_template.h"
 #include "tools/compiler/utf8_text.h"
 
 namespace qzlog_catalog {
@@ -14,6 +19,8 @@ namespace {
 
 using qzlog_compiler::AttributeDefinition;
 using qzlog_compiler::printable;
+using qzlog_compiler::TemplateForm;
+using qzlog_compiler::TemplatePart;
 
 struct HeaderField {
   const char* name;
@@ -52,26 +59,34 @@ std::string entry_line(const MessageUse& use) {
   return line + '\n';
 }
 
-/// Every attribute that can be shown, with its type.
-std::string attribute_line(std::string_view title, const std::vector<const MessageScope::Attributes*>& lists) {
+void append_attribute(std::string& line, std::string_view name, qz_AttributeType type) {
+  line += line.empty() ? "Attributes: " : ", ";
+  line += std::string(name) + ' ' + std::string(qzlog_compiler::short_type_name(type));
+}
+
+/// The entry's attributes that can be shown, then the global ones and standard fields that the text refers to: a list
+/// of all of them would hide the others.
+std::string attribute_line(const CatalogMessage& message, const MessageUse& use) {
   std::string line;
-  for (const MessageScope::Attributes* const list : lists) {
+  std::set<std::string, std::less<>> listed;
+  for (const MessageScope::Attributes* const list : use.scope.own()) {
     for (const AttributeDefinition& attribute : *list) {
-      if (attribute.type == TypeGUID) continue;
-      line += line.empty() ? std::string(title) + ": " : ", ";
-      line += attribute.name + ' ' + std::string(qzlog_compiler::short_type_name(attribute.type));
+      const bool is_new = listed.insert(attribute.name).second;
+      if (is_new && attribute.type != TypeGUID) append_attribute(line, attribute.name, attribute.type);
     }
+  }
+  for (const TemplatePart& part : find_references(message.text->stored, TemplateForm::kIcu)) {
+    if (part.format == kSilentFormat || !listed.insert(part.text).second) continue;
+    const std::optional<qz_AttributeType> defined = use.scope.find(part.text);
+    const std::optional<qz_AttributeType> type = defined ? defined : qzlog_compiler::find_standard_field(part.text);
+    if (type) append_attribute(line, part.text, *type);
   }
   return line.empty() ? "" : line + '\n';
 }
 
 std::string comments_for(const CatalogMessage& message) {
   std::string comments;
-  for (const MessageUse& use : message.uses) {
-    comments += entry_line(use);
-    comments += attribute_line("Attributes", use.scope.own());
-  }
-  comments += attribute_line("Global attributes", message.uses.front().scope.global());
+  for (const MessageUse& use : message.uses) comments += entry_line(use) + attribute_line(message, use);
   if (message.text->raw) {
     comments += "A template as the library stores it: keep each reference %F%Name% as it stands.\n";
   }

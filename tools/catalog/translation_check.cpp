@@ -18,9 +18,6 @@ using qzlog_compiler::quoted;
 using qzlog_compiler::TemplateForm;
 using qzlog_compiler::TemplatePart;
 
-/// The format of references that show nothing, by which texts are closed.
-constexpr char kSilentFormat = '_';
-
 struct Reference {
   std::string name;
   char format;
