@@ -62,6 +62,12 @@ int run(std::vector<std::string> arguments, const std::string& output_path) {
   return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
 
+[[noreturn]] void report_failure(const std::string& program, int status, std::string messages) {
+  while (messages.ends_with('\n')) messages.pop_back();
+  throw CommandError(kExitFindings, "'" + program + "' has failed with status " + std::to_string(status) +
+                                        (messages.empty() ? "" : ":\n" + messages));
+}
+
 }  // namespace
 
 std::vector<NamedBundle> run_genrb(const std::string& program, const std::vector<NamedBundle>& sources) {
@@ -74,10 +80,7 @@ std::vector<NamedBundle> run_genrb(const std::string& program, const std::vector
   }
   const std::string messages = prefix + "messages";
   const int status = run(std::move(arguments), messages);
-  if (status != 0) {
-    throw CommandError(kExitFindings, "'" + program + "' has failed with status " + std::to_string(status) + ":\n" +
-                                          qzlog_tool::read_file(messages));
-  }
+  if (status != 0) report_failure(program, status, qzlog_tool::read_file(messages));
   std::vector<NamedBundle> results;
   for (const NamedBundle& source : sources) {
     results.push_back({source.name, qzlog_tool::read_file(prefix + source.name + ".res")});
