@@ -54,6 +54,13 @@ std::string part_of(const std::string& locale, Part part) {
   return U_FAILURE(status) || status == U_STRING_NOT_TERMINATED_WARNING ? "" : buffer.data();
 }
 
+/// By the name that readers' locales have, not by a number or an alias.
+bool is_region(const std::string& name) {
+  UErrorCode status = U_ZERO_ERROR;
+  const URegion* const region = uregion_getRegionFromCode(name.c_str(), &status);
+  return region != nullptr && uregion_getType(region) != URGN_UNKNOWN && name == uregion_getRegionCode(region);
+}
+
 bool is_known(const std::string& locale) {
   if (*uloc_getISO3Language(locale.c_str()) == '\0') return false;
   const std::string script = part_of(locale, uloc_getScript);
@@ -61,8 +68,7 @@ bool is_known(const std::string& locale) {
     return false;
   }
   const std::string region = part_of(locale, uloc_getCountry);
-  UErrorCode status = U_ZERO_ERROR;
-  if (!region.empty() && uregion_getRegionFromCode(region.c_str(), &status) == nullptr) return false;
+  if (!region.empty() && !is_region(region)) return false;
   return part_of(locale, uloc_getVariant).empty();
 }
 

@@ -19,7 +19,8 @@ void append_escape(std::string& out, char32_t code) {
   for (int shift = code < 0x10000 ? 12 : 28; shift >= 0; shift -= 4) out += kDigits[(code >> shift) & 0xFU];
 }
 
-/// In quotes, everything that could mean something to genrb as the code of its character.
+/// In quotes, what could mean something to genrb as the code of its character. Only the backslash has to be doubled:
+/// genrb takes one that is given by its code for the beginning of an escape.
 void append_quoted(std::string& out, std::string_view text) {
   out += '"';
   for (std::size_t at = 0; at < text.size();) {
@@ -31,6 +32,8 @@ void append_quoted(std::string& out, std::string_view text) {
     }
     if (stands_for_itself(character.code)) {
       out += static_cast<char>(character.code);
+    } else if (character.code == '\\') {
+      out += "\\\\";
     } else {
       append_escape(out, character.code);
     }
