@@ -17,7 +17,7 @@ constexpr std::array kRules = {
     CatalogRuleInfo{CatalogRule::kPoSyntax, "po-syntax", "A file is no well-formed PO file."},
     CatalogRuleInfo{CatalogRule::kPoCharset, "po-charset", "A PO file is not UTF-8, or does not say so in its header."},
     CatalogRuleInfo{CatalogRule::kPoLanguage, "po-language", "The language of a PO file is not known to ICU."},
-    CatalogRuleInfo{CatalogRule::kPoDomain, "po-domain", "A PO file speaks of several domains."},
+    CatalogRuleInfo{CatalogRule::kPoDomain, "po-domain", "A PO file names a domain; a catalog has only one."},
     CatalogRuleInfo{CatalogRule::kPoPlural, "po-plural", "A message with plural forms, which no catalog has."},
     CatalogRuleInfo{CatalogRule::kDuplicateLanguage, "duplicate-language", "Two PO files are for one language."},
     CatalogRuleInfo{CatalogRule::kDuplicateMessage, "duplicate-message", "A PO file has two messages for one ID."},

@@ -65,8 +65,8 @@ class CatalogMaker {
     if (message.translation.empty()) return;
     ++result_.counts.obsolete;
     findings_.warning(file_.name, file_.po.line_of(index), CatalogRule::kUnknownMessage,
-                      "the sources have no message " +
-                          (message.context ? "with the ID " + quoted(*message.context) : "without an ID") +
+                      (message.context ? "the sources have no message with the ID " + quoted(*message.context)
+                                       : "a message without an ID (msgctxt), which nothing looks up") +
                           kUpdateHint);
   }
 
