@@ -50,6 +50,7 @@ class ChildStreams {
 int run(std::vector<std::string> arguments, const std::string& output_path) {
   const ChildStreams streams(output_path);
   std::vector<char*> pointers;
+  pointers.reserve(arguments.size() + 1);
   for (std::string& argument : arguments) pointers.push_back(argument.data());
   pointers.push_back(nullptr);
   pid_t child = 0;
@@ -82,6 +83,7 @@ std::vector<NamedBundle> run_genrb(const std::string& program, const std::vector
   const int status = run(std::move(arguments), messages);
   if (status != 0) report_failure(program, status, qzlog_tool::read_file(messages));
   std::vector<NamedBundle> results;
+  results.reserve(sources.size());
   for (const NamedBundle& source : sources) {
     results.push_back({source.name, qzlog_tool::read_file(prefix + source.name + ".res")});
   }

@@ -142,6 +142,7 @@ std::vector<LanguageCatalog> make_catalogs(const CatalogMessages& messages, std:
     catalogs.emplace(file->language, CatalogMaker(messages, *file, findings).make());
   }
   std::vector<LanguageCatalog> result;
+  result.reserve(catalogs.size());
   for (auto& [language, catalog] : catalogs) result.push_back(std::move(catalog));
   return result;
 }

@@ -257,15 +257,15 @@ std::string write_po(const PoFile& file) {
   for (const PoMessage& message : file.messages) write_message(message, iterator.get());
   const TemporaryFile out("");
   CatalogFindings findings;
-  const std::string name = out.path();
+  const std::string& name = out.path();
   const ErrorTaker errors(name, findings);
   try {
-    po_file_write(po.get(), out.path().c_str(), errors.handler());
+    po_file_write(po.get(), name.c_str(), errors.handler());
   } catch (const GivenUp&) {
     throw qzlog_tool::CommandError(qzlog_tool::kExitCannotRun,
                                    "cannot write '" + name + "': " + findings.all()[0].text);
   }
-  return qzlog_tool::read_file(out.path());
+  return qzlog_tool::read_file(name);
 }
 
 }  // namespace qzlog_catalog

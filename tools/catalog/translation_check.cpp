@@ -1,6 +1,8 @@
 #include "tools/catalog/translation_check.h"
 
 #include <algorithm>
+#include <iterator>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -22,7 +24,9 @@ struct Reference {
   std::string name;
   char format;
 
-  friend auto operator<=>(const Reference&, const Reference&) = default;
+  friend bool operator<(const Reference& a, const Reference& b) {
+    return std::tie(a.name, a.format) < std::tie(b.name, b.format);
+  }
 };
 
 using References = std::vector<Reference>;
