@@ -97,21 +97,6 @@ std::vector<std::string> outputs_of(const CompileArguments& arguments) {
   return given({arguments.output, arguments.json, arguments.dependencies});
 }
 
-bool same_file(const std::string& path, const std::string& other) {
-  std::error_code missing;
-  return path == other || std::filesystem::equivalent(path, other, missing);
-}
-
-/// A slip of the keyboard must not cost the author the source.
-void refuse_overwriting(const CompileArguments& arguments) {
-  for (const std::string& output : outputs_of(arguments)) {
-    for (const std::string& input : inputs_of(arguments)) {
-      if (input == "-" || !same_file(input, output)) continue;
-      throw CommandError(kExitCannotRun, "the output '" + output + "' is one of the input files");
-    }
-  }
-}
-
 bool is_device(const std::string& path) {
   std::error_code missing;
   return path != "-" && std::filesystem::exists(path, missing) && !std::filesystem::is_regular_file(path, missing);
@@ -132,7 +117,9 @@ void refuse_sharing(const CompileArguments& arguments) {
 }
 
 void check_usage(const CompileArguments& arguments) {
-  refuse_overwriting(arguments);
+  for (const std::string& output : outputs_of(arguments)) {
+    for (const std::string& input : inputs_of(arguments)) refuse_overwriting(input, output);
+  }
   refuse_sharing(arguments);
   if (!arguments.dependencies.empty() && arguments.output == "-") {
     throw CommandError(kExitCannotRun, "--depfile says what a file depends on; name one with -o");

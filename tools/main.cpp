@@ -10,6 +10,7 @@
 
 #include "qzlog/qz_exception.h"
 #include "qzlog/version.h"
+#include "tools/catalog_command.h"
 #include "tools/command_error.h"
 #include "tools/compile_command.h"
 #include "tools/count_command.h"
@@ -36,6 +37,7 @@ constexpr void (*kCommands[])(CLI::App& app, int& exit_status) = {
     add_compile_command,
     add_render_command,
     add_count_command,
+    add_catalog_command,
 };
 
 // Templates are stored in UTF-8, and ICU reads them in the character set of the process's locale.

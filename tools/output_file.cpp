@@ -96,4 +96,14 @@ void write_file(const std::string& path, std::string_view content) {
   replacement.finish(content);
 }
 
+bool same_file(const std::string& path, const std::string& other) {
+  std::error_code missing;
+  return path == other || std::filesystem::equivalent(path, other, missing);
+}
+
+void refuse_overwriting(const std::string& input, const std::string& output) {
+  if (input.empty() || input == "-" || !same_file(input, output)) return;
+  throw CommandError(kExitCannotRun, "the output '" + output + "' is one of the input files");
+}
+
 }  // namespace qzlog_tool
