@@ -161,6 +161,18 @@ bool check_bytes(std::string_view content, const std::string& file_name, Catalog
   return true;
 }
 
+/// What editors on Windows put into files means nothing, but libgettextpo refuses the one and keeps the other.
+std::string without_windows_marks(std::string_view content) {
+  constexpr std::string_view kByteOrderMark = "\uFEFF";
+  if (content.starts_with(kByteOrderMark)) content.remove_prefix(kByteOrderMark.size());
+  std::string result;
+  result.reserve(content.size());
+  for (std::size_t at = 0; at < content.size(); ++at) {
+    if (content.substr(at, 2) != "\r\n") result += content[at];
+  }
+  return result;
+}
+
 bool equal_ignoring_case(std::string_view a, std::string_view b) {
   if (a.size() != b.size()) return false;
   for (std::size_t i = 0; i < a.size(); ++i) {
@@ -241,11 +253,12 @@ std::string with_header_field(const std::string& header, const char* field, cons
 std::optional<PoFile> parse_po(std::string_view content, const std::string& file_name, CatalogFindings& findings) {
   if (!check_bytes(content, file_name, findings)) return std::nullopt;
   const std::size_t errors_before = findings.error_count();
-  const TemporaryFile copy(content);  // libgettextpo reads files only
+  const std::string text = without_windows_marks(content);
+  const TemporaryFile copy(text);  // libgettextpo reads files only
   const ErrorTaker errors(file_name, findings);
   const PoFilePointer po = read_po(copy.path(), errors);
   if (po == nullptr || errors.has_errors()) return std::nullopt;
-  PoFile file = read_messages(po.get(), content);
+  PoFile file = read_messages(po.get(), text);
   check_charset(file, file_name, findings);
   check_messages(po.get(), file, file_name, findings);
   return findings.error_count() == errors_before ? std::optional(std::move(file)) : std::nullopt;

@@ -1,5 +1,7 @@
 #include "tools/catalog/resource_bundle.h"
 
+#include <algorithm>
+
 #include "tools/compiler/utf8_text.h"
 
 namespace qzlog_catalog {
@@ -53,7 +55,9 @@ bool is_bundle_key(std::string_view id) {
   return !id.empty();
 }
 
-std::string bundle_source(std::string_view name, const std::vector<CatalogText>& texts) {
+std::string bundle_source(std::string_view name, std::vector<CatalogText> texts) {
+  // genrb looks for each key's place from the first one on, so that only falling keys take a time that grows linearly.
+  std::sort(texts.begin(), texts.end(), [](const CatalogText& a, const CatalogText& b) { return a.id > b.id; });
   std::string out(name);
   out += " {\n  STRING_TABLE {\n";
   for (const CatalogText& text : texts) {

@@ -18,7 +18,8 @@ struct CatalogText {
 bool is_bundle_key(std::string_view id);
 
 /// The source of the resource bundle `name` for genrb, in ASCII, with the texts in the table that the library reads.
-std::string bundle_source(std::string_view name, const std::vector<CatalogText>& texts);
+/// The order of the texts does not matter.
+std::string bundle_source(std::string_view name, std::vector<CatalogText> texts);
 
 /// The source of a bundle without texts. The library finds the texts of the bundle that ICU falls back to.
 std::string empty_bundle_source(std::string_view name);

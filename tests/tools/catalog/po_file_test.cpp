@@ -81,6 +81,14 @@ TEST(ParsePo, WhatWasWritten_IsReadAgain) {
   EXPECT_EQ(write_po(parsed(written)), written);
 }
 
+TEST(ParsePo, FileFromWindows_ReadsLikeAnyOther) {
+  std::string windows = "\uFEFF";
+  for (const char character : kFull) windows += character == '\n' ? "\r\n" : std::string(1, character);
+  const PoFile file = parsed(windows);
+  EXPECT_EQ(file.messages, parsed(kFull).messages);
+  EXPECT_EQ(file.lines, parsed(kFull).lines);
+}
+
 TEST(ParsePo, RandomTexts_SurviveWritingAndReading) {
   qz_test::SeededRandom random;
   SCOPED_TRACE(random.trace());

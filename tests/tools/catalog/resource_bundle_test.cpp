@@ -14,10 +14,18 @@ TEST(BundleSource, Texts_AreQuoted) {
   EXPECT_EQ(bundle_source("de", {{"a.b", "x \"y\" \\z"}, {"c", "ü\n😀"}}),
             "de {\n"
             "  STRING_TABLE {\n"
-            "    \"a.b\" { \"x \\u0022y\\u0022 \\\\z\" }\n"
             "    \"c\" { \"\\u00FC\\u000A\\U0001F600\" }\n"
+            "    \"a.b\" { \"x \\u0022y\\u0022 \\\\z\" }\n"
             "  }\n"
             "}\n");
+}
+
+TEST(BundleSource, ManyTexts_AreCompiledInATimeThatGrowsLinearly) {
+  std::vector<CatalogText> table;
+  for (int i = 0; i < 30'000; ++i) table.push_back({"E" + std::to_string(i), "text " + std::to_string(i)});
+  const CatalogFolder catalog({{"root", bundle_source("root", table)}});  // more than a minute if it were quadratic
+  EXPECT_EQ(catalog.text("E0"), "text 0");
+  EXPECT_EQ(catalog.text("E29999"), "text 29999");
 }
 
 TEST(BundleSource, EveryCharacter_IsReadBack) {
