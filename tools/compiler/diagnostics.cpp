@@ -38,7 +38,7 @@ constexpr std::array kRules = {
     RuleInfo{Rule::kSelectorValueRange, "selector-value-range", "The selector attribute cannot have this value."},
     RuleInfo{Rule::kDuplicateSelectorIndex, "duplicate-selector-index", "Two selector messages have one index."},
     RuleInfo{Rule::kDuplicateSelectorValue, "duplicate-selector-value", "Two selector messages have one value."},
-    RuleInfo{Rule::kEmptyMessageId, "empty-message-id", "A message without a catalog key."},
+    RuleInfo{Rule::kEmptyMessageId, "empty-message-id", "A message without a catalog key.", true},
     RuleInfo{Rule::kUnbalancedBrace, "unbalanced-brace", "A brace that is neither doubled nor part of a placeholder."},
     RuleInfo{Rule::kBadPlaceholder, "bad-placeholder", "A placeholder without a name."},
     RuleInfo{Rule::kUnknownAttribute, "unknown-attribute", "A placeholder for an attribute that does not exist."},
@@ -46,28 +46,44 @@ constexpr std::array kRules = {
     RuleInfo{Rule::kFormatTypeMismatch, "format-type-mismatch", "A format that the attribute's type does not accept."},
     RuleInfo{Rule::kGuidReference, "guid-reference", "A GUID attribute in a message; it can be neither set nor shown."},
     RuleInfo{Rule::kStandardFieldType, "standard-field-type", "A standard field is defined with another type."},
-    RuleInfo{Rule::kUndefinedStandardField, "undefined-standard-field", "A standard field that no definition sets."},
+    RuleInfo{Rule::kUndefinedStandardField, "undefined-standard-field", "A standard field that no definition sets.",
+             true},
     RuleInfo{Rule::kAdjacentPlaceholders, "adjacent-placeholders", "Two placeholders with nothing between them."},
-    RuleInfo{Rule::kLiteralPercent, "literal-percent", "A percent sign that a path cannot show."},
-    RuleInfo{Rule::kTooManyReferences, "too-many-references", "More than ten references; the ICU path takes ten."},
-    RuleInfo{Rule::kLongReferenceName, "long-reference-name", "A name that the ICU path cannot convert."},
-    RuleInfo{Rule::kPathConflict, "path-conflict", "No single stored text is shown as written by both paths."},
+    RuleInfo{Rule::kLiteralPercent, "literal-percent", "A percent sign that a path cannot show.", true},
+    RuleInfo{Rule::kTooManyReferences, "too-many-references", "More than ten references; the ICU path takes ten.",
+             true},
+    RuleInfo{Rule::kLongReferenceName, "long-reference-name", "A name that the ICU path cannot convert.", true},
+    RuleInfo{Rule::kPathConflict, "path-conflict", "No single stored text is shown as written by both paths.", true},
     RuleInfo{Rule::kBadDefinitionFile, "bad-definition-file", "A compiled definition file is damaged."},
     RuleInfo{Rule::kAuxSelectorConflict, "aux-selector-conflict", "Both files give an entry a selector, not the same."},
     RuleInfo{Rule::kAuxAttributeExists, "aux-attribute-exists", "The extended entry has the attribute already."},
     RuleInfo{Rule::kAuxSelectorMessageConflict, "aux-selector-message-conflict",
              "The extended entry has a selector message of this index or value already."},
-    RuleInfo{Rule::kAuxMaskIgnored, "aux-mask-ignored", "The extended entry keeps its own mask."},
-    RuleInfo{Rule::kAuxMessageIgnored, "aux-message-ignored", "The extended entry keeps its own message."},
-    RuleInfo{Rule::kAuxTypeChanged, "aux-type-changed", "An attribute gets another type than the extended file gave."},
-    RuleInfo{Rule::kAuxNameMismatch, "aux-name-mismatch", "Name and ID do not go together in the two sources."},
+    RuleInfo{Rule::kAuxMaskIgnored, "aux-mask-ignored", "The extended entry keeps its own mask.", true},
+    RuleInfo{Rule::kAuxMessageIgnored, "aux-message-ignored", "The extended entry keeps its own message.", true},
+    RuleInfo{Rule::kAuxTypeChanged, "aux-type-changed", "An attribute gets another type than the extended file gave.",
+             true},
+    RuleInfo{Rule::kAuxNameMismatch, "aux-name-mismatch", "Name and ID do not go together in the two sources.", true},
+    RuleInfo{Rule::kNegativeUnsigned, "negative-unsigned", "UInt4 values above 2147483647 show as other numbers.",
+             true},
+    RuleInfo{Rule::kBooleanAsZero, "boolean-as-zero", "A Bool in a message, where its value is never shown.", true},
+    RuleInfo{Rule::kUnusedAttribute, "unused-attribute", "An attribute in no message of its entry, and no selector.",
+             true},
+    RuleInfo{Rule::kLongMessage, "long-message", "A message of more than 65,535 bytes.", true},
+    RuleInfo{Rule::kHiddenGlobal, "hidden-global", "An entry's attribute has the name of a global attribute.", true},
+    RuleInfo{Rule::kQuotedPlaceholder, "quoted-placeholder", "An apostrophe switches a reference off for ICU.", true},
+    RuleInfo{Rule::kAuxSharedEntries, "aux-shared-entries", "More than 128 entries are in both files.", true},
+    RuleInfo{Rule::kUnknownRule, "unknown-rule", "A source accepts a rule that does not exist."},
+    RuleInfo{Rule::kRuleNotAcceptable, "rule-not-acceptable", "A source accepts a rule that is no warning."},
+    RuleInfo{Rule::kEmptyReason, "empty-reason", "A source accepts a warning without saying why."},
+    RuleInfo{Rule::kUnusedAccept, "unused-accept", "A source accepts a warning that does not occur."},
 };
 
 constexpr bool in_enumeration_order() {
   for (std::size_t i = 0; i < kRules.size(); ++i) {
     if (static_cast<std::size_t>(kRules[i].rule) != i) return false;
   }
-  return static_cast<std::size_t>(Rule::kAuxNameMismatch) + 1 == kRules.size();
+  return static_cast<std::size_t>(Rule::kUnusedAccept) + 1 == kRules.size();
 }
 static_assert(in_enumeration_order(), "rule_name() indexes the table by the rule");
 
@@ -77,17 +93,27 @@ std::span<const RuleInfo> all_rules() { return kRules; }
 
 std::string_view rule_name(Rule rule) { return kRules[static_cast<std::size_t>(rule)].name; }
 
-void Diagnostics::error(SourcePosition position, Rule rule, std::string text) {
-  add(position, Severity::kError, rule, std::move(text));
+Diagnostic& Diagnostic::with_note(SourcePosition where, std::string what) {
+  if (where.known()) notes.push_back({file, where, std::move(what)});
+  return *this;
 }
 
-void Diagnostics::warning(SourcePosition position, Rule rule, std::string text) {
-  add(position, Severity::kWarning, rule, std::move(text));
+Diagnostic& Diagnostic::with_hint(std::string advice) {
+  hint = std::move(advice);
+  return *this;
 }
 
-void Diagnostics::add(SourcePosition position, Severity severity, Rule rule, std::string text) {
+Diagnostic& Diagnostics::error(SourcePosition position, Rule rule, std::string text) {
+  return add(position, Severity::kError, rule, std::move(text));
+}
+
+Diagnostic& Diagnostics::warning(SourcePosition position, Rule rule, std::string text) {
+  return add(position, Severity::kWarning, rule, std::move(text));
+}
+
+Diagnostic& Diagnostics::add(SourcePosition position, Severity severity, Rule rule, std::string text) {
   if (severity == Severity::kError) ++error_count_;
-  found_.push_back({file_, position, severity, rule, std::move(text)});
+  return found_.emplace_back(Diagnostic{file_, position, severity, rule, std::move(text)});
 }
 
 std::vector<Diagnostic> Diagnostics::take_sorted() {

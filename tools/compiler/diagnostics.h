@@ -6,6 +6,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace qzlog_compiler {
@@ -74,12 +75,24 @@ enum class Rule {
   kAuxMessageIgnored,
   kAuxTypeChanged,
   kAuxNameMismatch,
+  kNegativeUnsigned,
+  kBooleanAsZero,
+  kUnusedAttribute,
+  kLongMessage,
+  kHiddenGlobal,
+  kQuotedPlaceholder,
+  kAuxSharedEntries,
+  kUnknownRule,
+  kRuleNotAcceptable,
+  kEmptyReason,
+  kUnusedAccept,
 };
 
 struct RuleInfo {
   Rule rule;
   std::string_view name;     ///< as it stands in brackets at the end of a diagnostic
   std::string_view meaning;  ///< one sentence for the documentation
+  bool acceptable = false;   ///< a warning, always or sometimes, that a source may accept
 };
 
 /// All rules, in the order of `Rule`.
@@ -87,12 +100,25 @@ std::span<const RuleInfo> all_rules();
 
 std::string_view rule_name(Rule rule);
 
+/// Another place that a diagnostic is about, such as the first of two things that conflict.
+struct DiagnosticNote {
+  std::string file;
+  SourcePosition position;
+  std::string text;
+};
+
 struct Diagnostic {
   std::string file;
   SourcePosition position;
   Severity severity = Severity::kError;
   Rule rule = Rule::kYamlSyntax;
   std::string text;
+  std::vector<DiagnosticNote> notes = {};
+  std::string hint = {};  ///< what to do about it; may be empty
+
+  /// Adds a place in the same file. Does nothing for an unknown one.
+  Diagnostic& with_note(SourcePosition where, std::string what);
+  Diagnostic& with_hint(std::string advice);
 };
 
 /// The findings about one file.
@@ -100,9 +126,10 @@ class Diagnostics {
  public:
   explicit Diagnostics(std::string file) : file_(std::move(file)) {}
 
-  void error(SourcePosition position, Rule rule, std::string text);
-  void warning(SourcePosition position, Rule rule, std::string text);
-  void add(SourcePosition position, Severity severity, Rule rule, std::string text);
+  /// What these return is valid until the next finding is added.
+  Diagnostic& error(SourcePosition position, Rule rule, std::string text);
+  Diagnostic& warning(SourcePosition position, Rule rule, std::string text);
+  Diagnostic& add(SourcePosition position, Severity severity, Rule rule, std::string text);
 
   bool has_errors() const { return error_count_ != 0; }
 
@@ -115,7 +142,7 @@ class Diagnostics {
   std::size_t error_count_ = 0;
 };
 
-/// One line each: `FILE:LINE:COLUMN: error: TEXT [rule-name]`, without the place where there is none.
+/// One line, without notes and hint: `FILE:LINE:COLUMN: error: TEXT [rule-name]`, no place where there is none.
 std::ostream& operator<<(std::ostream& out, const Diagnostic& diagnostic);
 
 bool has_errors(std::span<const Diagnostic> diagnostics);

@@ -1,0 +1,33 @@
+#ifndef QZLOG_TOOLS_COMPILER_MODEL_WARNINGS_H
+#define QZLOG_TOOLS_COMPILER_MODEL_WARNINGS_H
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "tools/compiler/definition_model.h"
+#include "tools/compiler/diagnostics.h"
+#include "tools/compiler/message_lowering.h"
+
+namespace qzlog_compiler {
+
+/// Something legal in a model that would surprise its readers.
+struct ModelWarning {
+  Rule rule = Rule::kUnusedAttribute;
+  std::uint32_t entry_id = 0;
+  bool about_entry = true;  ///< false: about the file, `entry_id` means nothing
+  SourcePosition position;  ///< unknown for compiled files
+  std::string text;
+  std::string hint;                   ///< may be empty
+  std::vector<DiagnosticNote> notes;  ///< other places that have to do with it; none for compiled files
+};
+
+/// Looks at definitions and stored templates only, so a compiled file gives the warnings that its source gave.
+/// `standard` is null unless `model` is an auxiliary file's. `path`: the rendering path or paths that count.
+/// The result is ordered as the model: warnings about the file first, then entry by entry.
+std::vector<ModelWarning> find_model_warnings(const DefinitionModel& model, const DefinitionModel* standard,
+                                              MessagePath path);
+
+}  // namespace qzlog_compiler
+
+#endif  // QZLOG_TOOLS_COMPILER_MODEL_WARNINGS_H
