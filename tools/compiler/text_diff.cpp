@@ -56,7 +56,7 @@ std::set<std::string> names(const std::set<Reference>& references) {
 }
 
 std::string without_white_space(std::string text) {
-  constexpr std::string_view kWhiteSpace = " \t\r\n\v\f";
+  static constexpr std::string_view kWhiteSpace = " \t\r\n\v\f";
   std::erase_if(text, [](char c) { return kWhiteSpace.find(c) != std::string_view::npos; });
   return text;
 }
