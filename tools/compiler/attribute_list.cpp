@@ -11,11 +11,9 @@
 namespace qzlog_compiler {
 namespace {
 
-constexpr std::array<KnownKey, 3> kOwnFields = {{{"name", true}, {"type", true}, {"redirect"}}};
-constexpr std::array<KnownKey, 2> kGlobalFields = {{{"name", true}, {"type", true}}};
+constexpr std::array<KnownKey, 3> kAttributeFields = {{{"name", true}, {"type", true}, {"redirect"}}};
 
 struct ListKindTraits {
-  std::span<const KnownKey> fields;
   std::string_view what;
   std::string_view plural;
   Rule duplicate;
@@ -24,9 +22,9 @@ struct ListKindTraits {
 
 ListKindTraits traits_of(AttributeListKind kind) {
   if (kind == AttributeListKind::kOwn) {
-    return {kOwnFields, "an attribute", "attributes", Rule::kDuplicateAttribute, Rule::kTooManyAttributes};
+    return {"an attribute", "attributes", Rule::kDuplicateAttribute, Rule::kTooManyAttributes};
   }
-  return {kGlobalFields, "a global attribute", "global attributes", Rule::kDuplicateGlobal, Rule::kTooManyGlobals};
+  return {"a global attribute", "global attributes", Rule::kDuplicateGlobal, Rule::kTooManyGlobals};
 }
 
 class AttributeListLoader {
@@ -51,7 +49,7 @@ class AttributeListLoader {
 
  private:
   void load_item(const YamlNode& item) {
-    const MappingFields fields(item, traits_.fields, traits_.what, diagnostics_);
+    const MappingFields fields(item, kAttributeFields, traits_.what, diagnostics_);
     const YamlNode* const name_node = fields.find("name");
     std::optional<std::string> name;
     if (name_node != nullptr) name = read_attribute_name(*name_node, diagnostics_);

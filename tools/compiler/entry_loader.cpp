@@ -23,7 +23,8 @@ constexpr std::array<KnownKey, 10> kEntryFields = {{{"id", true},
                                                     {"message_id"},
                                                     {"attributes"},
                                                     {"selector"}}};
-constexpr std::array<KnownKey, 2> kSelectorFields = {{{"attribute", true}, {"messages", true}}};
+// Without an attribute the messages are there for callers who ask for them by index.
+constexpr std::array<KnownKey, 2> kSelectorFields = {{{"attribute"}, {"messages", true}}};
 constexpr std::array<KnownKey, 5> kSelectorMessageFields = {
     {{"index", true}, {"value", true}, {"id", true}, {"text"}, {"raw"}}};
 

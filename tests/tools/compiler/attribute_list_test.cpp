@@ -43,12 +43,15 @@ TEST(LoadAttributeList, MistakenName_LeavesEveryOtherNameOpen) {
   EXPECT_EQ(names.find("anything"), TypeUnknown);
 }
 
-TEST(LoadAttributeList, GlobalAttributes_HaveNoRedirect) {
-  ParsedSource source("- {name: A, type: Bool, redirect: x}\n");
+TEST(LoadAttributeList, GlobalAttributes_KeepTheirRedirect) {
+  ParsedSource source("- {name: A, type: Bool, redirect: x}\n- {name: B, type: Bool, format: x}\n");
   AttributeNames names;
-  load_attribute_list(source.root(), AttributeListKind::kGlobal, names, source.diagnostics());
-  EXPECT_EQ(source.printed_diagnostics(),
-            "f:1:25: error: unknown key 'redirect' in a global attribute; allowed are name, type [unknown-key]\n");
+  const auto globals = load_attribute_list(source.root(), AttributeListKind::kGlobal, names, source.diagnostics());
+  ASSERT_EQ(globals.size(), 2U);
+  EXPECT_EQ(globals[0].redirect, "x");
+  EXPECT_EQ(
+      source.printed_diagnostics(),
+      "f:2:25: error: unknown key 'format' in a global attribute; allowed are name, type, redirect [unknown-key]\n");
 }
 
 TEST(LoadAttributeList, TwoOfOneName_KeepsTheFirst) {

@@ -63,6 +63,16 @@ TEST(EntryLoader, EveryKey_ReachesTheModel) {
   EXPECT_EQ(entry.selector.messages[0].message.stored, "%d%R%!%_%TIMESTAMP%");
 }
 
+TEST(EntryLoader, SelectorWithoutAttribute_HasMessagesOfAnyValue) {
+  EntryLoading loading(
+      "{id: 1, name: N, message: m, attributes: [{name: R, type: UInt1}],\n"
+      " selector: {messages: [{index: 3, value: 4294967295, id: i, text: t}, {index: 4, value: 0, id: j, text: u}]}}");
+  EXPECT_EQ(loading.diagnostics(), "");
+  EXPECT_EQ(loading.entry().selector.attribute, "");
+  ASSERT_EQ(loading.entry().selector.messages.size(), 2U);
+  EXPECT_EQ(loading.entry().selector.messages[0].value, 4294967295U);
+}
+
 TEST(EntryLoader, PlaceholderMistake_IsReportedAtItsPlace) {
   EntryLoading loading("{id: 1, name: N, message: \"\\u0041 'b' {Nobody}\"}");
   EXPECT_EQ(
