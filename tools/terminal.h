@@ -12,8 +12,17 @@ namespace qzlog_tool {
 /// Whether stderr shows colour: it is a terminal that can, and NO_COLOR is unset or empty.
 bool stderr_has_colour();
 
+/// What is set off from the text around it.
+enum class TextStyle { kError, kWarning, kNote, kMark };
+
+/// `word` in the style's bold colour.
+std::string coloured(std::string_view word, TextStyle style);
+
 /// `word` in bold red where stderr shows colour, else as it is.
 std::string coloured_error(std::string_view word);
+
+/// Whether standard output shows colour, under the same conditions.
+bool stdout_has_colour();
 
 /// How wide lines on standard output may be: COLUMNS where it is a number from 1 to 10000, else the terminal's width,
 /// else 80.

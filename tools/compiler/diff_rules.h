@@ -75,8 +75,9 @@ enum class Collision { kNo, kMay };
 
 struct DiffRuleInfo {
   DiffRule rule;
-  std::string_view name;  ///< as it stands in brackets at the end of a line
-  unsigned verdicts;      ///< bits of `Verdict`
+  std::string_view name;     ///< as it stands in brackets at the end of a line
+  std::string_view subject;  ///< what changed, in one or two words; empty where the place says it
+  unsigned verdicts;         ///< bits of `Verdict`
   VersionStep step;
   Collision collision;
   std::string_view meaning;  ///< one sentence for the documentation, like the example in the next two

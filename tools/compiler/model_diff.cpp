@@ -41,10 +41,6 @@ std::string names_in_order(const std::vector<AttributePair>& pairs, const std::v
   return names;
 }
 
-std::string selector_text(const SelectorMessage& message) {
-  return "value " + std::to_string(message.value) + ", '" + message.message.written + "'";
-}
-
 std::optional<std::string> text_or_none(const std::string& text) {
   return text.empty() ? std::nullopt : std::optional(text);
 }
@@ -243,9 +239,9 @@ class ModelDiff {
     place.old_message = pair.before;
     place.new_message = pair.after;
     if (pair.before == nullptr) {
-      add(DiffRule::kSelectorMessageAdded, place, std::nullopt, selector_text(*pair.after));
+      add(DiffRule::kSelectorMessageAdded, place, std::nullopt, pair.after->message.written);
     } else if (pair.after == nullptr) {
-      add(DiffRule::kSelectorMessageRemoved, place, selector_text(*pair.before), std::nullopt);
+      add(DiffRule::kSelectorMessageRemoved, place, pair.before->message.written, std::nullopt);
     } else {
       add_if_changed(DiffRule::kSelectorIndexChanged, place, std::to_string(pair.before->index),
                      std::to_string(pair.after->index));
