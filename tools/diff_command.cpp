@@ -3,8 +3,10 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <iostream>
+#include <iterator>
 #include <memory>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -120,7 +122,7 @@ void read_inputs(const DiffArguments& arguments, DiffInputs& inputs) {
   if (!arguments.accept.empty()) inputs.accepted = load_accepted(arguments.accept);
 }
 
-/// The changes of the models and the collisions, those of one entry together.
+/// The changes of the models and the collisions, each of these behind the other changes of its entry.
 std::vector<DiffChange> find_changes(const DiffInputs& inputs) {
   std::vector<DiffChange> changes =
       qzlog_compiler::compare_models(inputs.old_definitions.model, inputs.new_definitions.model);
@@ -129,14 +131,12 @@ std::vector<DiffChange> find_changes(const DiffInputs& inputs) {
     std::vector<DiffChange> collisions = qzlog_compiler::find_aux_collisions(aux, new_model, inputs.options.path);
     std::move(collisions.begin(), collisions.end(), std::back_inserter(changes));
   }
-  // The file's own first, then the global attributes, then entries by ID.
-  const auto group = [](const DiffChange& change) {
+  const auto entry_id = [](const DiffChange& change) {
     const auto* const entry = change.place.entry();
-    const int kind = entry != nullptr ? 2 : change.place.attribute() != nullptr ? 1 : 0;
-    return std::pair(kind, entry != nullptr ? entry->id : 0);
+    return entry != nullptr ? std::optional(entry->id) : std::nullopt;  // what concerns no entry comes first
   };
   std::stable_sort(changes.begin(), changes.end(),
-                   [&group](const DiffChange& a, const DiffChange& b) { return group(a) < group(b); });
+                   [&](const DiffChange& a, const DiffChange& b) { return entry_id(a) < entry_id(b); });
   return changes;
 }
 

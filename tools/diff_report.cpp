@@ -49,12 +49,14 @@ std::string shown(const std::string& value) {
   return is_word ? value : '"' + qzlog_compiler::printable(value) + '"';
 }
 
-std::string group_of(const DiffPlace& place) {
+std::string group_of(const DiffChange& change) {
+  const DiffPlace& place = change.place;
   if (const auto* const entry = place.entry()) {
     const auto* const named = entry->name.empty() && place.old_entry != nullptr ? place.old_entry : entry;
     return "entry " + std::to_string(entry->id) + (named->name.empty() ? "" : ' ' + named->name);
   }
-  return place.attribute() != nullptr ? "globals" : "file";
+  const bool is_global = place.attribute() != nullptr || change.rule == DiffRule::kGlobalOrderChanged;
+  return is_global ? "globals" : "file";
 }
 
 std::string subject_of(const DiffChange& change) {
@@ -173,7 +175,7 @@ void print_diff(std::ostream& out, const DiffReport& report, bool colour) {
   }
   std::string group;
   for (const ReportedChange& reported : report.changes) {
-    const std::string next = group_of(reported.change.place);
+    const std::string next = group_of(reported.change);
     if (next != group) out << next << '\n';
     group = next;
     print_change(out, reported, report.knows_aux, colour);

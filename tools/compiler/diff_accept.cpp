@@ -72,9 +72,12 @@ class AcceptLoader {
   }
 
   void load_reason(const YamlNode& node) {
-    accepted_.reason = take(read_text(node, "the reason", diagnostics_));
-    const bool is_blank = accepted_.reason.find_first_not_of(" \t\r\n") == std::string::npos;
-    if (complete_ && is_blank) fail(node, Rule::kEmptyReason, "say why the break is meant");
+    std::optional<std::string> reason = read_text(node, "the reason", diagnostics_);
+    complete_ = complete_ && reason.has_value();
+    if (!reason) return;
+    reason->erase(reason->find_last_not_of(" \t\r\n") + 1);  // a block of text ends with a line break
+    if (reason->empty()) fail(node, Rule::kEmptyReason, "say why the break is meant");
+    accepted_.reason = std::move(*reason);
   }
 
   Diagnostics& diagnostics_;
