@@ -1,10 +1,11 @@
 #!/usr/bin/env python3
-"""Checks that docs/diagnostics.md lists every rule that a diagnostic can name, with its meaning and an example.
+"""Checks that docs/diagnostics.md lists every rule that a diagnostic can name, with its meaning and an example, and that
+docs/compatibility.md lists every kind of change that `qzlog diff` knows.
 
 The rules stand in the tables of the sources named below; the examples of the compiler's rules come from the golden cases of the
-tests, those of `render` are run by check_docs.py.
+tests, those of `render` are run by check_docs.py, those of changes stand in their table.
 
-Usage: check_rules.py [--update] [ROOT]     --update rewrites the page's table of the compiler's rules.
+Usage: check_rules.py [--update] [ROOT]     --update rewrites the pages' tables of the compiler's rules and of the changes.
 """
 import pathlib
 import re
@@ -16,6 +17,15 @@ GOLDEN_CASES = "tests/tools/golden/compile"
 PAGE = "docs/diagnostics.md"
 TABLE = re.compile(r"(?<=<!-- compile rules -->\n)(.*?)(?=<!-- end -->)", re.DOTALL)
 RULE = re.compile(r'\{(?:Entry|Config|Counter)?Rule::k\w+,\s*"([a-z0-9-]+)",\s*"([^"]*)"\}')
+
+DIFF_RULES = "tools/compiler/diff_rules.cpp"
+DIFF_PAGE = "docs/compatibility.md"
+DIFF_TABLE = re.compile(r"(?<=<!-- changes -->\n)(.*?)(?=<!-- end -->)", re.DOTALL)
+TEXT = r'"((?:[^"\\]|\\.)*)"'
+DIFF_RULE = re.compile(rf"DiffRuleInfo\{{\s*DiffRule::k\w+,\s*{TEXT},\s*{TEXT},\s*([\w |]+),\s*Step::k(\w+),\s*Aux::k(\w+),"
+                       rf"\s*{TEXT},\s*{TEXT},\s*{TEXT}\}}")
+DIFF_COLLISION = "may collide"
+JOINED = re.compile(r'(?<!\\)"\s+"')
 
 
 def rules(root, source):
@@ -36,10 +46,44 @@ def examples(root):
 
 def table(root):
     by_rule = examples(root)
-    cell = lambda text: text.replace("|", "\\|")
     rows = [f"| `{name}` | {cell(meaning)} | `` {cell(by_rule.get(name, '?'))} `` |"
             for name, meaning in rules(root, COMPILE_RULES)]
     return "\n".join(["| rule | meaning | example |", "|---|---|---|", *rows]) + "\n"
+
+
+def cell(text, code=False):
+    """A text of the C++ source as a table cell."""
+    text = text.replace('\\"', '"').replace("|", "\\|")
+    return f"`{text}`" if code and text else text
+
+
+def verdicts(bits, collision):
+    names = ", ".join(word[1:].lower() for word in bits.split(" | "))
+    return f"{names}; {DIFF_COLLISION}" if collision == "May" else names
+
+
+def diff_rows(root):
+    """The changes in the order of the source: name, verdicts, step of the version, meaning, before, after."""
+    source = JOINED.sub("", (root / DIFF_RULES).read_text(encoding="utf-8"))
+    return [(name, verdicts(bits, collision), step.lower(), meaning, before, after)
+            for name, _, bits, step, collision, meaning, before, after in DIFF_RULE.findall(source)]
+
+
+def diff_table(root):
+    rows = [f"| `{name}` | {breaks} | {step} | {cell(meaning)} | {cell(before, True)} | {cell(after, True)} |"
+            for name, breaks, step, meaning, before, after in diff_rows(root)]
+    return "\n".join(["| rule | breaks | version | meaning | before | after |", "|---|---|---|---|---|---|", *rows]) + "\n"
+
+
+def check_diff(root):
+    page = (root / DIFF_PAGE).read_text(encoding="utf-8")
+    source = (root / DIFF_RULES).read_text(encoding="utf-8")
+    findings = []
+    if len(diff_rows(root)) != source.count("DiffRuleInfo{"):
+        findings.append(f"{DIFF_RULES}: not every row of the table can be read")
+    if DIFF_TABLE.search(page).group(1) != diff_table(root):
+        findings.append(f"{DIFF_PAGE}: the table of changes is out of date; run tests/lint/check_rules.py --update")
+    return findings
 
 
 def check(root):
@@ -56,6 +100,8 @@ def check(root):
 def update(root):
     page = root / PAGE
     page.write_text(TABLE.sub(lambda _: table(root), page.read_text(encoding="utf-8")), encoding="utf-8")
+    page = root / DIFF_PAGE
+    page.write_text(DIFF_TABLE.sub(lambda _: diff_table(root), page.read_text(encoding="utf-8")), encoding="utf-8")
 
 
 def main():
@@ -63,7 +109,7 @@ def main():
     root = pathlib.Path(arguments[0] if arguments else ".")
     if "--update" in sys.argv:
         update(root)
-    findings = check(root)
+    findings = check(root) + check_diff(root)
     print("\n".join(findings) if findings else "rules: no finding")
     return 1 if findings else 0
 

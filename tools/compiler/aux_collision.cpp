@@ -1,6 +1,8 @@
 #include "tools/compiler/aux_collision.h"
 
+#include <algorithm>
 #include <cstdint>
+#include <iterator>
 #include <sstream>
 #include <utility>
 
@@ -34,14 +36,12 @@ CompileResult check_compiled(const AuxFile& aux, const DefinitionModel& standard
   return result;
 }
 
-/// The entry in which a place stands: the last one that begins before it.
+/// The entry in which a place stands: the last one that begins before it. Entries stand in the order of their places.
 const EntryDefinition* find_entry_at(const DefinitionModel& model, SourcePosition position) {
-  const EntryDefinition* found = nullptr;
-  for (const EntryDefinition& entry : model.entries) {
-    if (!position.known() || !entry.position.known() || position < entry.position) continue;
-    if (found == nullptr || found->position < entry.position) found = &entry;
-  }
-  return found;
+  const auto next =
+      std::upper_bound(model.entries.begin(), model.entries.end(), position,
+                       [](SourcePosition wanted, const EntryDefinition& entry) { return wanted < entry.position; });
+  return next == model.entries.begin() ? nullptr : &*std::prev(next);
 }
 
 std::string text_of(Diagnostic diagnostic, bool is_compiled) {

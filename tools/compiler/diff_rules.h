@@ -38,6 +38,8 @@ enum class DiffRule {
   kAttributeAdded,
   kAttributeRemoved,
   kAttributeRenamed,
+  kAttributeMadeGlobal,
+  kAttributeMadeOwn,
   kAttributeOrderChanged,
   kRedirectChanged,
   kNumberWidened,

@@ -192,14 +192,29 @@ class ModelDiff {
   void compare_attributes(const DiffPlace& place, const std::vector<AttributeDefinition>& old_list,
                           const std::vector<AttributeDefinition>& new_list, const AttributeRules& rules) {
     const AttributeMatch match = match_attributes(old_list, new_list);
-    for (const AttributePair& pair : match.pairs) compare_attribute(place, pair, rules);
+    for (const AttributePair& pair : match.pairs) {
+      if (place.entry() != nullptr && is_no_renaming(pair)) {
+        compare_attribute(place, {pair.before, nullptr}, rules);
+        compare_attribute(place, {nullptr, pair.after}, rules);
+      } else {
+        compare_attribute(place, pair, rules);
+      }
+    }
     if (!match.reordered) return;
     add(rules.reordered, place, names_in_order(match.pairs, old_list), names_in_order(match.pairs, new_list));
+  }
+
+  /// Whether two names that seem to be one attribute's are not: the entry has the old one still, or had the new one
+  /// before, as a global attribute.
+  bool is_no_renaming(const AttributePair& pair) const {
+    if (pair.before == nullptr || pair.after == nullptr || pair.before->name == pair.after->name) return false;
+    return new_index_.find_global(pair.before->name) != nullptr || old_index_.find_global(pair.after->name) != nullptr;
   }
 
   void compare_attribute(DiffPlace place, const AttributePair& pair, const AttributeRules& rules) {
     place.old_attribute = pair.before;
     place.new_attribute = pair.after;
+    if (place.entry() != nullptr && compare_owners(place)) return;
     if (pair.before == nullptr) {
       add(rules.added, place, std::nullopt, std::string(short_type_name(pair.after->type)));
     } else if (pair.after == nullptr) {
@@ -211,6 +226,19 @@ class ModelDiff {
         add(rules.redirected, place, text_or_none(pair.before->redirect), text_or_none(pair.after->redirect));
       }
     }
+  }
+
+  /// Entries have their own attributes and the global ones, so what moves from one list to the other stays.
+  bool compare_owners(DiffPlace place) {
+    const bool is_added = place.old_attribute == nullptr;
+    if (is_added) place.old_attribute = old_index_.find_global(place.new_attribute->name);
+    const bool is_removed = place.new_attribute == nullptr;
+    if (is_removed) place.new_attribute = new_index_.find_global(place.old_attribute->name);
+    if ((!is_added && !is_removed) || place.old_attribute == nullptr || place.new_attribute == nullptr) return false;
+    add(is_added ? DiffRule::kAttributeMadeOwn : DiffRule::kAttributeMadeGlobal, place, is_added ? "global" : "entry",
+        is_added ? "entry" : "global");
+    compare_types(place, *place.old_attribute, *place.new_attribute);
+    return true;
   }
 
   void compare_types(const DiffPlace& place, const AttributeDefinition& before, const AttributeDefinition& after) {

@@ -68,6 +68,7 @@ EntryDefinition random_entry(std::uint32_t number, const std::vector<AttributeDe
   for (long long i = random.between(0, 6); i > 0; --i) {
     entry.attributes.push_back({"A" + std::to_string(i), pick(kTypes, random), random.one_in(3) ? "to" : "", {}});
   }
+  if (!globals.empty() && random.one_in(3)) entry.attributes.push_back(globals.front());
   std::vector<AttributeDefinition> known = entry.attributes;
   known.insert(known.end(), globals.begin(), globals.end());
   entry.message = random_text(known, random);
@@ -172,7 +173,9 @@ Apply on_free_attribute(std::function<bool(EntryDefinition&, std::size_t)> chang
     if (entry.attributes.empty()) return std::nullopt;
     const auto i = static_cast<std::size_t>(random.between(0, static_cast<long long>(entry.attributes.size()) - 1));
     const std::string name = entry.attributes[i].name;
-    if (refers_to(entry, name) || name == entry.selector.attribute || !change(entry, i)) return std::nullopt;
+    const bool hides_global = find_attribute(model.globals, name) != nullptr;
+    if (hides_global || refers_to(entry, name) || name == entry.selector.attribute) return std::nullopt;
+    if (!change(entry, i)) return std::nullopt;
     return Place{entry.id, name, 0};
   };
 }
@@ -232,6 +235,18 @@ bool set_format(EntryDefinition& entry, MessageText& text, std::string_view form
     }
   }
   return false;
+}
+
+/// Uncovers a global attribute of the same type.
+std::optional<Place> remove_hiding_attribute(const DefinitionModel& model, EntryDefinition& entry) {
+  for (std::size_t i = 0; i < entry.attributes.size(); ++i) {
+    const AttributeDefinition attribute = entry.attributes[i];
+    const AttributeDefinition* const global = find_attribute(model.globals, attribute.name);
+    if (global == nullptr || global->type != attribute.type) continue;
+    entry.attributes.erase(entry.attributes.begin() + static_cast<std::ptrdiff_t>(i));
+    return Place{entry.id, attribute.name, 0};
+  }
+  return std::nullopt;
 }
 
 void add_entry_mutations(std::vector<Mutation>& list) {
@@ -309,6 +324,20 @@ void add_attribute_mutations(std::vector<Mutation>& list) {
                     entry.attributes.erase(entry.attributes.begin() + static_cast<std::ptrdiff_t>(i));
                     return true;
                   })});
+  list.push_back({DiffRule::kAttributeMadeOwn, "", Known::kEverywhere,
+                  [](DefinitionModel& model, SeededRandom& random) -> std::optional<Place> {
+                    if (model.globals.empty()) return std::nullopt;
+                    EntryDefinition& entry = pick(model.entries, random);
+                    const AttributeDefinition& global = pick(model.globals, random);
+                    if (find_attribute(entry.attributes, global.name) != nullptr) return std::nullopt;
+                    entry.attributes.push_back(global);
+                    return Place{entry.id, global.name, 0};
+                  }});
+  list.push_back({DiffRule::kAttributeMadeGlobal, "", Known::kEverywhere,
+                  [](DefinitionModel& model, SeededRandom& random) -> std::optional<Place> {
+                    EntryDefinition& entry = pick(model.entries, random);
+                    return remove_hiding_attribute(model, entry);
+                  }});
   list.push_back({DiffRule::kAttributeRenamed, "source binary extension", Known::kEverywhere,
                   renamed(on_free_attribute([](EntryDefinition& entry, std::size_t i) {
                             entry.attributes[i].name = "New";

@@ -105,6 +105,31 @@ TEST(CompareModels, GlobalAttributes_ComeFirst) {
             "entry-added 2 - <x>\n");
 }
 
+TEST(CompareModels, AttributeBetweenEntryAndGlobals_StaysKnown) {
+  const std::string with = "  - {id: 1, name: A, message: x, attributes: [{name: G, type: UInt2}]}\n";
+  const std::string without = "  - {id: 1, name: A, message: x}\n";
+  const DefinitionModel own = model(with);
+  const DefinitionModel global = model(without, "[{name: G, type: UInt2}]");
+  const DefinitionModel wider = model(without, "[{name: G, type: UInt4}]");
+  EXPECT_EQ(described(compare_models(own, global)),
+            "global-added G - <UInt2>\nattribute-made-global 1 G <entry> <global>\n");
+  EXPECT_EQ(described(compare_models(global, own)),
+            "global-removed G <UInt2> -\nattribute-made-own 1 G <global> <entry>\n");
+  EXPECT_EQ(
+      described(compare_models(own, wider)),
+      "global-added G - <UInt4>\nattribute-made-global 1 G <entry> <global>\nnumber-widened 1 G <UInt2> <UInt4>\n");
+}
+
+TEST(CompareModels, AnotherNameBesideAGlobalOfTheOldOne_IsNoRenaming) {
+  const std::string entry = "  - {id: 1, name: A, message: x, attributes: [{name: ";
+  const DefinitionModel before = model(entry + "G, type: UInt2}]}\n", "[{name: G, type: UInt2}]");
+  const DefinitionModel after = model(entry + "H, type: UInt2}]}\n", "[{name: G, type: UInt2}]");
+  EXPECT_EQ(described(compare_models(before, after)),
+            "attribute-made-global 1 G <entry> <global>\nattribute-added 1 H - <UInt2>\n");
+  EXPECT_EQ(described(compare_models(after, before)),
+            "attribute-removed 1 H <UInt2> -\nattribute-made-own 1 G <global> <entry>\n");
+}
+
 TEST(CompareModels, EmptyModels_AreEqual) { EXPECT_TRUE(compare_models({}, {}).empty()); }
 
 }  // namespace
