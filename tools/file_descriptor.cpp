@@ -53,17 +53,18 @@ std::size_t read_some(int descriptor, char* buffer, std::size_t size_bytes, cons
   }
 }
 
-std::string read_file(const std::string& path) {
-  const FileDescriptor file = open_input(path);
+std::string read_to_end(const FileDescriptor& file, const std::string& file_name) {
   std::string bytes;
   for (;;) {
     const std::size_t held = bytes.size();
     bytes.resize(held + kReadBytes);
-    const std::size_t count = read_some(file.get(), bytes.data() + held, kReadBytes, path);
+    const std::size_t count = read_some(file.get(), bytes.data() + held, kReadBytes, file_name);
     bytes.resize(held + count);
     if (count == 0) return bytes;
   }
 }
+
+std::string read_file(const std::string& path) { return read_to_end(open_input(path), path); }
 
 int write_all(int descriptor, const char* bytes, std::size_t size_bytes) noexcept {
   while (size_bytes > 0) {

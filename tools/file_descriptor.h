@@ -28,6 +28,9 @@ FileDescriptor open_input(const std::string& path);
 /// `file_name` and the reason.
 std::size_t read_some(int descriptor, char* buffer, std::size_t size_bytes, const std::string& file_name);
 
+/// Everything from here to the end. Throws as read_some does.
+std::string read_to_end(const FileDescriptor& file, const std::string& file_name);
+
 /// Everything that a file holds. Throws as open_input and read_some do.
 std::string read_file(const std::string& path);
 

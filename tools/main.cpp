@@ -14,6 +14,7 @@
 #include "tools/command_error.h"
 #include "tools/compile_command.h"
 #include "tools/count_command.h"
+#include "tools/diff_command.h"
 #include "tools/library_call.h"
 #include "tools/render_command.h"
 #include "tools/terminal.h"
@@ -35,6 +36,7 @@ constexpr const char* kFooter =
 /// Each adds one subcommand, which runs while the command line is parsed.
 constexpr void (*kCommands[])(CLI::App& app, int& exit_status) = {
     add_compile_command,
+    add_diff_command,
     add_render_command,
     add_count_command,
     add_catalog_command,

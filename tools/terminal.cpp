@@ -30,6 +30,11 @@ bool terminal_can(int descriptor) {
   return ::isatty(descriptor) == 1 && terminal != nullptr && std::strcmp(terminal, "dumb") != 0;
 }
 
+bool colour_is_wanted() {
+  const char* const no_colour = std::getenv("NO_COLOR");
+  return no_colour == nullptr || *no_colour == '\0';
+}
+
 std::string_view escape_sequence(TextStyle style) {
   switch (style) {
     case TextStyle::kError:
@@ -45,10 +50,9 @@ std::string_view escape_sequence(TextStyle style) {
 
 }  // namespace
 
-bool stderr_has_colour() {
-  const char* const no_colour = std::getenv("NO_COLOR");
-  return (no_colour == nullptr || *no_colour == '\0') && terminal_can(STDERR_FILENO);
-}
+bool stderr_has_colour() { return colour_is_wanted() && terminal_can(STDERR_FILENO); }
+
+bool stdout_has_colour() { return colour_is_wanted() && terminal_can(STDOUT_FILENO); }
 
 std::string coloured(std::string_view word, TextStyle style) {
   return std::string(escape_sequence(style)).append(word).append(kPlain);

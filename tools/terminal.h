@@ -21,6 +21,9 @@ std::string coloured(std::string_view word, TextStyle style);
 /// `word` in bold red where stderr shows colour, else as it is.
 std::string coloured_error(std::string_view word);
 
+/// Whether standard output shows colour, under the same conditions.
+bool stdout_has_colour();
+
 /// How wide lines on standard output may be: COLUMNS where it is a number from 1 to 10000, else the terminal's width,
 /// else 80.
 std::size_t output_columns();

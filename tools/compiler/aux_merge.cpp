@@ -5,17 +5,11 @@
 #include <utility>
 
 #include "tools/compiler/attribute_type.h"
+#include "tools/compiler/number_format.h"
 #include "tools/compiler/utf8_text.h"
 
 namespace qzlog_compiler {
 namespace {
-
-std::string hexadecimal(std::uint32_t value) {
-  constexpr std::string_view kDigits = "0123456789ABCDEF";
-  std::string text = "0x";
-  for (int shift = 28; shift >= 0; shift -= 4) text += kDigits[(value >> shift) & 0xFU];
-  return text;
-}
 
 /// Reports about an auxiliary source, with places in the standard one.
 class MergeReport {

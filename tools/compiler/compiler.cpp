@@ -11,12 +11,11 @@
 #include "tools/compiler/model_merge.h"
 #include "tools/compiler/model_warnings.h"
 #include "tools/compiler/source_loader.h"
+#include "tools/compiler/utf8_text.h"
 #include "tools/compiler/yaml_tree.h"
 
 namespace qzlog_compiler {
 namespace {
-
-constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 /// The first thing in a model that the library would count wrongly, empty when there is none.
 std::string find_wrapping_count(const DefinitionModel& model) {
@@ -45,7 +44,7 @@ CompileResult load_standard_ldf(std::string_view bytes, std::string file_name) {
 /// Parses and checks, without writing.
 DefinitionModel analyse(std::string_view text, const CompileOptions& options, AcceptedWarnings& accepted,
                         Diagnostics& diagnostics) {
-  if (text.starts_with(kByteOrderMark)) text.remove_prefix(kByteOrderMark.size());
+  text = without_byte_order_mark(text);
   const std::optional<YamlTree> tree = parse_yaml(text, diagnostics);
   if (!tree) return {};
   std::optional<ModelIndex> standard;

@@ -17,6 +17,12 @@ struct Utf8Character {
 
 Utf8Character decode_utf8(std::string_view text, std::size_t offset);
 
+/// A file's text without the mark that some editors put before it.
+inline std::string_view without_byte_order_mark(std::string_view text) {
+  constexpr std::string_view kMark = "\xEF\xBB\xBF";
+  return text.starts_with(kMark) ? text.substr(kMark.size()) : text;
+}
+
 /// The bytes that UTF-8 needs for a code point.
 std::size_t utf8_size(char32_t code);
 

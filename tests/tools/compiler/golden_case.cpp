@@ -6,6 +6,7 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <cctype>
 #include <fstream>
 #include <iostream>
 #include <iterator>
@@ -18,6 +19,7 @@
 #include "tools/compile_command.h"
 #include "tools/compiler/ldf_reader.h"
 #include "tools/compiler/utf8_text.h"
+#include "tools/diff_command.h"
 
 namespace golden {
 namespace {
@@ -111,12 +113,13 @@ void take_section(Case& result, const std::string& title, const std::string& con
     CLI::App app("qzlog");
     qzlog_tool::add_compile_command(app, status);
     qzlog_tool::add_catalog_command(app, status);
+    qzlog_tool::add_diff_command(app, status);
     app.parse(std::vector<std::string>(golden_case.arguments.rbegin(), golden_case.arguments.rend()));
   } catch (const CLI::ParseError& error) {
     std::cerr << error.what() << '\n';
     status = error.get_exit_code() == 0 ? 0 : 2;
   } catch (const qzlog_tool::CommandError& error) {
-    std::cerr << "qzlog: error: " << error.what() << '\n';
+    if (*error.what() != '\0') std::cerr << "qzlog: error: " << error.what() << '\n';
     status = error.exit_status();
   }
   std::cout.flush();
@@ -199,6 +202,22 @@ void write_input(const fs::path& path, const std::string& content) {
 }
 
 }  // namespace
+
+std::vector<fs::path> cases_in(const fs::path& folder) {
+  std::vector<fs::path> paths;
+  for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
+    if (entry.path().extension() == ".case") paths.push_back(entry.path());
+  }
+  std::sort(paths.begin(), paths.end());
+  return paths;
+}
+
+std::string test_name(const fs::path& path) {
+  std::string name = path.stem().string();
+  std::replace_if(
+      name.begin(), name.end(), [](unsigned char c) { return std::isalnum(c) == 0; }, '_');
+  return name;
+}
 
 Case read_case(const fs::path& path) {
   Case result;

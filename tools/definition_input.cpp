@@ -1,0 +1,53 @@
+#include "tools/definition_input.h"
+
+#include <string_view>
+#include <vector>
+
+#include "tools/child_process.h"
+#include "tools/command_error.h"
+#include "tools/compiler/ldf_reader.h"
+#include "tools/file_descriptor.h"
+
+namespace qzlog_tool {
+namespace {
+
+using qzlog_compiler::CompileOptions;
+using qzlog_compiler::CompileResult;
+using qzlog_compiler::Diagnostic;
+
+constexpr std::string_view kGitPrefix = "git:";
+
+/// `object` is REV:PATH. An empty REV stands for the index, as git has it.
+std::string read_from_git(const std::string& argument, const std::string& object) {
+  if (object.find(':') == std::string::npos || object.back() == ':') {
+    throw CommandError(kExitCannotRun, "'" + argument + "' lacks a path; write git:REV:PATH");
+  }
+  if (object.front() == '-') {
+    throw CommandError(kExitCannotRun, "'" + argument + "': a revision does not begin with '-'");
+  }
+  ProgramResult result = run_program({"git", "--no-pager", "show", "--no-textconv", object, "--"});
+  if (result.status != 0) {
+    throw CommandError(kExitCannotRun,
+                       "cannot read '" + argument + "': git has failed with status " + std::to_string(result.status));
+  }
+  return std::move(result.output);
+}
+
+}  // namespace
+
+DefinitionInput read_definition_input(const std::string& argument) {
+  if (argument.starts_with(kGitPrefix)) {
+    return {argument, read_from_git(argument, argument.substr(kGitPrefix.size()))};
+  }
+  return {argument == "-" ? "<stdin>" : argument, read_file(argument)};
+}
+
+CompileResult load_definition_input(const DefinitionInput& input, const CompileOptions& options) {
+  if (qzlog_compiler::looks_like_ldf(input.content)) return qzlog_compiler::load_standard(input.content, input.name);
+  CompileResult result = qzlog_compiler::compile_source(input.content, input.name, options);
+  std::erase_if(result.diagnostics,
+                [](const Diagnostic& found) { return found.severity != qzlog_compiler::Severity::kError; });
+  return result;
+}
+
+}  // namespace qzlog_tool
