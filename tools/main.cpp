@@ -13,6 +13,7 @@
 #include "tools/command_error.h"
 #include "tools/compile_command.h"
 #include "tools/count_command.h"
+#include "tools/inspect_command.h"
 #include "tools/library_call.h"
 #include "tools/render_command.h"
 #include "tools/terminal.h"
@@ -34,6 +35,7 @@ constexpr const char* kFooter =
 /// Each adds one subcommand, which runs while the command line is parsed.
 constexpr void (*kCommands[])(CLI::App& app, int& exit_status) = {
     add_compile_command,
+    add_inspect_command,
     add_render_command,
     add_count_command,
 };

@@ -17,6 +17,9 @@ struct Utf8Character {
 
 Utf8Character decode_utf8(std::string_view text, std::size_t offset);
 
+/// Whether all of the text is well-formed.
+bool is_utf8(std::string_view text);
+
 /// The bytes that UTF-8 needs for a code point.
 std::size_t utf8_size(char32_t code);
 
