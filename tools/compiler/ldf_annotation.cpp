@@ -45,6 +45,7 @@ class Annotator {
     for (const LdfRegion& region : survey_.regions()) {
       write_until(region.begin);
       open_.push_back(region);
+      if (region.kind == LdfRegion::kHeader) write_until(region.end);  // whatever claims its bytes as well
     }
     write_until(survey_.bytes().size());
   }

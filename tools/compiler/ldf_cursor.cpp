@@ -40,9 +40,11 @@ std::uint32_t LdfCursor::take_int4(std::string_view name, LdfFieldKind kind) {
 }
 
 LdfText LdfCursor::take_text(std::string_view name) {
-  LdfText text{offset_, {}};
+  LdfText text;
+  text.offset = offset_;
   const std::uint32_t size = take_int4(name, LdfFieldKind::kLength);
   if (size != 0) text.stored = take_bytes(name, LdfFieldKind::kText, size);
+  text.whole = !failed();
   return text;
 }
 

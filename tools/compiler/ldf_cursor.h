@@ -39,6 +39,7 @@ using LdfFieldSink = std::function<void(const LdfField&)>;
 struct LdfText {
   std::size_t offset = 0;   ///< of the length
   std::string_view stored;  ///< the bytes behind the length
+  bool whole = false;       ///< false where the file ends before it does
 
   /// What readers take: everything before the first zero byte.
   std::string_view text() const { return stored.substr(0, stored.find('\0')); }

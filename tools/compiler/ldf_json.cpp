@@ -21,8 +21,9 @@ void add_text(Json& json, const std::string& key, std::string_view text, std::st
   if (!regular || !is_utf8(text)) json[key + "_hex"] = hexadecimal_bytes(stored);
 }
 
+/// Leaves out a text that a damage has cut.
 void add_text(Json& json, const std::string& key, const LdfText& text) {
-  add_text(json, key, text.text(), text.stored, text.is_regular());
+  if (text.whole) add_text(json, key, text.text(), text.stored, text.is_regular());
 }
 
 Json damage_json(const LdfDamage& damage) {
@@ -73,8 +74,10 @@ Json entry_json(const LdfSurvey& survey, const LdfSurveyedPair& pair) {
   Json json = {{"offset", record.offset}, {"size", record.size}, {"id", pair.id}};
   if (pair.wrong_id) json["stored_id"] = record.id;
   if (pair.replaced) json["replaced"] = true;
-  json["word"] = record.word;
-  json["mask"] = record.mask;
+  if (record.has_numbers()) {
+    json["word"] = record.word;
+    json["mask"] = record.mask;
+  }
   add_text(json, "message_id", record.message_id);
   add_text(json, "message", record.message);
   add_text(json, "selector", record.selector);

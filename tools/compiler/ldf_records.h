@@ -69,6 +69,9 @@ struct LdfEntryRecord {
   std::optional<std::uint32_t> selector_message_count;
   std::vector<LdfSelectorRecord> selector_messages;
   std::optional<LdfDamage> cut;  ///< where the record stops making sense, if it does
+
+  /// Whether ID, word and mask are there.
+  bool has_numbers() const { return size >= sizeof id + sizeof word + sizeof mask; }
 };
 
 LdfEntryRecord read_ldf_entry(LdfCursor& cursor);

@@ -50,7 +50,8 @@ class TableWriter {
 
   void write_header() {
     const LdfHeader& header = survey_.header();
-    line(0, "header, " + counted(survey_.bytes().size(), "byte") + " in the file");
+    line(0, "header");
+    field("file size", counted(survey_.bytes().size(), "byte"));
     field("version", shown_text(header.version()));
     field("globals", std::to_string(header.global_count) + " at offset " + offset_text(header.global_offset));
     field("entries", std::to_string(header.entry_count) + ", map at offset " + offset_text(header.entry_map_offset));
@@ -97,7 +98,7 @@ class TableWriter {
   std::string message_id(const LdfSurveyedPair& pair) const {
     if (pair.unread) return "";
     const LdfEntryRecord record = survey_.entry(pair);
-    return is_read(record, record.message_id) ? cell(record.message_id) : "";
+    return record.message_id.whole ? cell(record.message_id) : "";
   }
 
   static std::string note(const LdfSurveyedPair& pair) {
@@ -124,17 +125,13 @@ class TableWriter {
 
   /// Of a record that is cut, only what can be read.
   void write_fixed_part(const LdfEntryRecord& record) {
-    constexpr std::size_t kNumbersSize = 12;
-    if (record.size < kNumbersSize) return;
-    field("mask", bits_text(record.mask));
-    field("word", std::to_string(record.word));
-    if (is_read(record, record.message_id)) field("message ID", cell(record.message_id));
-    if (is_read(record, record.message)) field("message", cell(record.message));
-    if (is_read(record, record.selector)) field("selector attribute", cell(record.selector));
-  }
-
-  static bool is_read(const LdfEntryRecord& record, const LdfText& text) {
-    return text.offset + 4 + text.stored.size() <= record.offset + record.size;
+    if (record.has_numbers()) {
+      field("mask", bits_text(record.mask));
+      field("word", std::to_string(record.word));
+    }
+    if (record.message_id.whole) field("message ID", cell(record.message_id));
+    if (record.message.whole) field("message", cell(record.message));
+    if (record.selector.whole) field("selector attribute", cell(record.selector));
   }
 
   void write_attributes(const LdfEntryRecord& record) {
