@@ -119,7 +119,7 @@ void write_json(const LdfSurvey& survey, std::ostream& out) {
       "entry_map", survey.pairs().size(), [&](std::size_t i) { return pair_json(survey, i); }, ",\n", out);
   const auto entry = [&](std::size_t i) {
     const LdfSurveyedPair& pair = survey.pairs()[i];
-    return pair.unread ? Json() : entry_json(survey, pair);
+    return pair.unread || pair.shared ? Json() : entry_json(survey, pair);
   };
   write_list("entries", survey.pairs().size(), entry, ",\n", out);
   write_list(

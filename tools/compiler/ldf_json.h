@@ -7,8 +7,9 @@
 
 namespace qzlog_compiler {
 
-/// Writes a compiled file as one JSON object, each record in a line of its own. A text that the file stores in another
-/// way than a writer would, or that is not UTF-8, is followed by its stored bytes under the same key with `_hex`.
+/// Writes a compiled file as one JSON object, each record once and in a line of its own. A text that the file stores in
+/// another way than a writer would, or that is not UTF-8, is followed by its stored bytes under the same key with
+/// `_hex`.
 void write_json(const LdfSurvey& survey, std::ostream& out);
 
 }  // namespace qzlog_compiler

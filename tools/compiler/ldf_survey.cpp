@@ -16,6 +16,17 @@ constexpr std::size_t kReadsOfTheFile = 4;
 
 std::string entry_text(std::uint32_t id) { return "entry " + std::to_string(id); }
 
+/// The places of the pairs in the order of a key, and of the map where keys are equal.
+template <class Key>
+std::vector<std::uint32_t> sorted_places(const std::vector<LdfSurveyedPair>& pairs, Key key) {
+  std::vector<std::uint32_t> places(pairs.size());
+  std::iota(places.begin(), places.end(), 0U);
+  std::sort(places.begin(), places.end(), [&](std::uint32_t a, std::uint32_t b) {
+    return std::tuple(key(pairs[a]), a) < std::tuple(key(pairs[b]), b);
+  });
+  return places;
+}
+
 bool has_wrong_id(const LdfSurveyedPair& pair, const LdfEntryRecord& record) {
   return record.size >= sizeof record.id && record.id != pair.id;
 }
@@ -33,6 +44,7 @@ LdfSurvey::LdfSurvey(std::string_view bytes) : bytes_(bytes) {
     survey_map();
     mark_replaced();
     survey_records();
+    mark_shared();
     find_overlaps();
   }
   std::stable_sort(damages_.begin(), damages_.end(),
@@ -70,13 +82,19 @@ void LdfSurvey::survey_map() {
 }
 
 void LdfSurvey::mark_replaced() {
-  std::vector<std::uint32_t> order(pairs_.size());
-  std::iota(order.begin(), order.end(), 0U);
-  std::sort(order.begin(), order.end(),
-            [this](std::uint32_t a, std::uint32_t b) { return std::tie(pairs_[a].id, a) < std::tie(pairs_[b].id, b); });
+  const std::vector<std::uint32_t> order = sorted_places(pairs_, [](const LdfSurveyedPair& pair) { return pair.id; });
   for (std::size_t i = 1; i < order.size(); ++i) {
     LdfSurveyedPair& earlier = pairs_[order[i - 1]];
     earlier.replaced = earlier.id == pairs_[order[i]].id;
+  }
+}
+
+void LdfSurvey::mark_shared() {
+  const std::vector<std::uint32_t> order = sorted_places(
+      pairs_, [](const LdfSurveyedPair& pair) { return std::tuple(pair.record_offset, pair.wrong_id, pair.replaced); });
+  for (std::size_t i = 1; i < order.size(); ++i) {
+    LdfSurveyedPair& later = pairs_[order[i]];
+    later.shared = later.record_offset == pairs_[order[i - 1]].record_offset;
   }
 }
 
@@ -128,18 +146,12 @@ std::vector<LdfRegion> LdfSurvey::regions() const {
   if (header_.entry_count != 0) add({header_.entry_map_offset, map_end_, LdfRegion::kMap, 0, map_cut_});
   for (std::size_t i = 0; i < pairs_.size(); ++i) {
     const LdfSurveyedPair& pair = pairs_[i];
-    if (!pair.unread) add({pair.record_offset, pair.record_offset + pair.record_size, LdfRegion::kRecord, i, pair.cut});
+    if (!pair.unread && !pair.shared)
+      add({pair.record_offset, pair.record_offset + pair.record_size, LdfRegion::kRecord, i, pair.cut});
   }
-  // Of several pairs for one record the one that counts stands for it.
-  const auto order = [this](const LdfRegion& region) {
-    return std::tuple(region.begin, region.kind, region.kind == LdfRegion::kRecord && pairs_[region.pair].replaced);
-  };
-  std::stable_sort(found.begin(), found.end(),
-                   [&](const LdfRegion& a, const LdfRegion& b) { return order(a) < order(b); });
-  const auto same_record = [](const LdfRegion& a, const LdfRegion& b) {
-    return a.begin == b.begin && a.kind == LdfRegion::kRecord && b.kind == LdfRegion::kRecord;
-  };
-  found.erase(std::unique(found.begin(), found.end(), same_record), found.end());
+  std::stable_sort(found.begin(), found.end(), [](const LdfRegion& a, const LdfRegion& b) {
+    return std::tie(a.begin, a.kind) < std::tie(b.begin, b.kind);
+  });
   return found;
 }
 

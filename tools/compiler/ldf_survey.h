@@ -30,6 +30,7 @@ struct LdfSurveyedPair {
   bool replaced = false;        ///< a later pair has the same ID, and counts
   bool cut = false;
   bool wrong_id = false;
+  bool shared = false;  ///< another pair stands for the same record, best one of its ID that counts
   bool unread = false;  ///< the records before it overlap too much; nothing is known of this one
 };
 
@@ -68,6 +69,7 @@ class LdfSurvey {
   void survey_map();
   void mark_replaced();
   void survey_records();
+  void mark_shared();
   void find_overlaps();
 
   std::string_view bytes_;

@@ -61,38 +61,47 @@ class TableWriter {
   }
 
   void write_globals() {
-    TextTable table({">offset", ">hex", "name", "type", "redirect"});
-    for (const LdfAttributeRecord& global : survey_.globals()) table.add_row(attribute_row(global));
-    if (!table.empty()) line(0, "");
-    if (!table.empty()) line(0, "global attributes");
-    if (!table.empty()) table.write(kIndent, columns_, out_);
+    if (!survey_.globals().empty()) line(0, "\nglobal attributes");
+    write_attribute_table(survey_.globals(), kIndent);
     if (survey_.globals().size() < survey_.header().global_count) {
       damage("the other " + std::to_string(survey_.header().global_count - survey_.globals().size()) + " are cut off");
     }
   }
 
-  static std::vector<std::string> attribute_row(const LdfAttributeRecord& attribute) {
+  void write_attribute_table(const std::vector<LdfAttributeRecord>& attributes, std::size_t indent) {
+    const auto row = [&](std::size_t i) { return attribute_row(attributes[i]); };
+    write_text_table({{">offset", ">hex", "name", "type", "redirect"}, attributes.size(), row}, indent, columns_, out_);
+  }
+
+  static TextRow attribute_row(const LdfAttributeRecord& attribute) {
     return {std::to_string(attribute.offset), hexadecimal_offset(attribute.offset), cell(attribute.name),
             type_text(attribute.type_code), cell(attribute.redirect)};
   }
 
   void write_map() {
-    TextTable table({">offset", ">hex", ">ID", ">hex", ">record", ">hex", ">bytes", "message ID", "note"});
-    for (std::size_t i = 0; i < survey_.pairs().size(); ++i) {
-      const LdfSurveyedPair& pair = survey_.pairs()[i];
-      const std::size_t offset = survey_.pair_offset(i);
-      table.add_row({std::to_string(offset), hexadecimal_offset(offset), std::to_string(pair.id),
-                     hexadecimal_id(pair.id), std::to_string(pair.record_offset),
-                     hexadecimal_offset(pair.record_offset), std::to_string(pair.record_size), message_id(pair),
-                     note(pair)});
-    }
-    if (!table.empty()) line(0, "");
-    if (!table.empty()) line(0, "entry map");
-    if (!table.empty()) table.write(kIndent, columns_, out_);
+    if (!survey_.pairs().empty()) line(0, "\nentry map");
+    write_text_table({{">offset", ">hex", ">ID", ">hex", ">record", ">hex", ">bytes", "message ID", "note"},
+                      survey_.pairs().size(),
+                      [this](std::size_t i) { return map_row(i); }},
+                     kIndent, columns_, out_);
     if (survey_.pairs().size() < survey_.header().entry_count) {
       damage("the other " + std::to_string(survey_.header().entry_count - survey_.pairs().size()) +
              " pairs are cut off");
     }
+  }
+
+  TextRow map_row(std::size_t i) const {
+    const LdfSurveyedPair& pair = survey_.pairs()[i];
+    const std::size_t offset = survey_.pair_offset(i);
+    return {std::to_string(offset),
+            hexadecimal_offset(offset),
+            std::to_string(pair.id),
+            hexadecimal_id(pair.id),
+            std::to_string(pair.record_offset),
+            hexadecimal_offset(pair.record_offset),
+            std::to_string(pair.record_size),
+            message_id(pair),
+            note(pair)};
   }
 
   std::string message_id(const LdfSurveyedPair& pair) const {
@@ -109,10 +118,9 @@ class TableWriter {
   }
 
   void write_entry(const LdfSurveyedPair& pair) {
-    if (pair.unread) return;
+    if (pair.unread || pair.shared) return;
     const LdfEntryRecord record = survey_.entry(pair);
-    line(0, "");
-    line(0, "entry " + std::to_string(pair.id) + " (" + hexadecimal_id(pair.id) + "), record at offset " +
+    line(0, "\nentry " + std::to_string(pair.id) + " (" + hexadecimal_id(pair.id) + "), record at offset " +
                 offset_text(record.offset) + ", " + counted(record.size, "byte") +
                 (pair.replaced ? ", replaced by a later pair" : ""));
     write_fixed_part(record);
@@ -137,20 +145,23 @@ class TableWriter {
   void write_attributes(const LdfEntryRecord& record) {
     if (!record.attribute_count) return;
     field("attributes", std::to_string(*record.attribute_count));
-    TextTable table({">offset", ">hex", "name", "type", "redirect"});
-    for (const LdfAttributeRecord& attribute : record.attributes) table.add_row(attribute_row(attribute));
-    if (!table.empty()) table.write(2 * kIndent, columns_, out_);
+    write_attribute_table(record.attributes, 2 * kIndent);
   }
 
   void write_selector_messages(const LdfEntryRecord& record) {
     if (!record.selector_message_count) return;
     field("selector messages", std::to_string(*record.selector_message_count));
-    TextTable table({">offset", ">hex", ">index", ">value", "ID", "text"});
-    for (const LdfSelectorRecord& message : record.selector_messages) {
-      table.add_row({std::to_string(message.offset), hexadecimal_offset(message.offset), std::to_string(message.index),
-                     std::to_string(message.value), cell(message.id), cell(message.text)});
-    }
-    if (!table.empty()) table.write(2 * kIndent, columns_, out_);
+    const auto row = [&](std::size_t i) -> TextRow {
+      const LdfSelectorRecord& message = record.selector_messages[i];
+      return {std::to_string(message.offset),
+              hexadecimal_offset(message.offset),
+              std::to_string(message.index),
+              std::to_string(message.value),
+              cell(message.id),
+              cell(message.text)};
+    };
+    write_text_table({{">offset", ">hex", ">index", ">value", "ID", "text"}, record.selector_messages.size(), row},
+                     2 * kIndent, columns_, out_);
   }
 
   const LdfSurvey& survey_;

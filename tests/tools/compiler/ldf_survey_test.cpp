@@ -105,6 +105,16 @@ TEST(LdfSurvey, IdListedTwice_ReplacesTheEarlierPair) {
   EXPECT_EQ(survey.damage_count(), 0U);
 }
 
+TEST(LdfSurvey, RecordOfSeveralPairs_BelongsToTheOneOfItsIdThatCounts) {
+  const qz_test::LdfFile file{.entries = {{.id = 3}}, .map = {{{9, 0}, {3, 0}, {3, 0}}}};
+  const std::string bytes = file.bytes();
+  const LdfSurvey survey(bytes);
+  EXPECT_TRUE(survey.pairs()[0].shared);
+  EXPECT_TRUE(survey.pairs()[1].shared);
+  EXPECT_FALSE(survey.pairs()[2].shared);
+  EXPECT_EQ(survey.regions().back().pair, 2U);
+}
+
 TEST(LdfSurvey, MapInTheHeader_Overlaps) {
   const std::string bytes = with_int4(example_bytes(), 56, 56);
   const Texts damages = damages_of(bytes);
