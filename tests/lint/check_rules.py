@@ -11,11 +11,11 @@ import re
 import sys
 
 COMPILE_RULES = "tools/compiler/diagnostics.cpp"
-OTHER_RULES = ["tools/entry_error.cpp", "tools/config_check.cpp", "tools/counter_reader.cpp"]
+OTHER_RULES = ["tools/entry_error.cpp", "tools/config_check.cpp", "tools/counter_reader.cpp", "tools/inspect_command.cpp"]
 GOLDEN_CASES = "tests/tools/golden/compile"
 PAGE = "docs/diagnostics.md"
 TABLE = re.compile(r"(?<=<!-- compile rules -->\n)(.*?)(?=<!-- end -->)", re.DOTALL)
-RULE = re.compile(r'\{(?:Entry|Config|Counter)?Rule::k\w+,\s*"([a-z0-9-]+)",\s*"([^"]*)"\}')
+RULE = re.compile(r'\{(?:Entry|Config|Counter|Inspect)?Rule::k\w+,\s*"([a-z0-9-]+)",\s*"([^"]*)"\}')
 
 
 def rules(root, source):

@@ -37,7 +37,7 @@ LdfSurvey::LdfSurvey(std::string_view bytes) : bytes_(bytes) {
   LdfCursor cursor(bytes_, 0);
   header_ = read_ldf_header(cursor);
   header_damaged_ = cursor.failed();
-  if (!looks_like_ldf(bytes_)) add_damage(LdfDamage{0, kWrongMagic});
+  if (bytes_.size() >= 4 && !looks_like_ldf(bytes_)) add_damage(LdfDamage{0, kWrongMagic});
   add_damage(cursor.damage());
   if (!header_damaged_) {
     survey_globals();

@@ -6,6 +6,7 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <cctype>
 #include <fstream>
 #include <iostream>
 #include <iterator>
@@ -13,9 +14,11 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "tools/command_error.h"
 #include "tools/compile_command.h"
 #include "tools/compiler/ldf_reader.h"
 #include "tools/compiler/utf8_text.h"
+#include "tools/inspect_command.h"
 
 namespace golden {
 namespace {
@@ -108,10 +111,14 @@ void take_section(Case& result, const std::string& title, const std::string& con
   try {
     CLI::App app("qzlog");
     qzlog_tool::add_compile_command(app, status);
+    qzlog_tool::add_inspect_command(app, status);
     app.parse(std::vector<std::string>(golden_case.arguments.rbegin(), golden_case.arguments.rend()));
   } catch (const CLI::ParseError& error) {
     std::cerr << error.what() << '\n';
     status = error.get_exit_code() == 0 ? 0 : 2;
+  } catch (const qzlog_tool::CommandError& error) {
+    if (*error.what() != '\0') std::cerr << "qzlog: error: " << error.what() << '\n';
+    status = error.exit_status();
   }
   std::cout.flush();
   std::cerr.flush();
@@ -170,6 +177,22 @@ std::set<std::string> names_in(const fs::path& folder) {
 }
 
 }  // namespace
+
+std::vector<fs::path> cases_in(const fs::path& folder) {
+  std::vector<fs::path> paths;
+  for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
+    if (entry.path().extension() == ".case") paths.push_back(entry.path());
+  }
+  std::sort(paths.begin(), paths.end());
+  return paths;
+}
+
+std::string test_name(const fs::path& path) {
+  std::string name = path.stem().string();
+  std::replace_if(
+      name.begin(), name.end(), [](unsigned char c) { return std::isalnum(c) == 0; }, '_');
+  return name;
+}
 
 Case read_case(const fs::path& path) {
   Case result;

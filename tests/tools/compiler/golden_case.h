@@ -32,6 +32,12 @@ struct Case {
   std::string result;
 };
 
+/// The case files of a folder, sorted.
+std::vector<std::filesystem::path> cases_in(const std::filesystem::path& folder);
+
+/// A case file's name as tests are named.
+std::string test_name(const std::filesystem::path& path);
+
 /// Reads a case. Throws `std::runtime_error` for a malformed one.
 Case read_case(const std::filesystem::path& path);
 

@@ -1,11 +1,8 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cctype>
 #include <cstdlib>
 #include <filesystem>
 #include <string>
-#include <vector>
 
 #include "tests/tools/compiler/golden_case.h"
 #include "tests/tools/temporary_folder.h"
@@ -16,22 +13,6 @@ namespace {
 namespace fs = std::filesystem;
 
 const fs::path kCases = QZLOG_GOLDEN_CASES;
-
-std::vector<fs::path> all_cases() {
-  std::vector<fs::path> paths;
-  for (const fs::directory_entry& entry : fs::directory_iterator(kCases)) {
-    if (entry.path().extension() == ".case") paths.push_back(entry.path());
-  }
-  std::sort(paths.begin(), paths.end());
-  return paths;
-}
-
-std::string test_name(const ::testing::TestParamInfo<fs::path>& info) {
-  std::string name = info.param.stem().string();
-  std::replace_if(
-      name.begin(), name.end(), [](unsigned char c) { return std::isalnum(c) == 0; }, '_');
-  return name;
-}
 
 class Golden : public ::testing::TestWithParam<fs::path> {};
 
@@ -44,11 +25,12 @@ TEST_P(Golden, Command_GivesTheResultOfTheCase) {
   EXPECT_EQ(result, golden::read_case(GetParam()).result);
 }
 
-INSTANTIATE_TEST_SUITE_P(Compile, Golden, ::testing::ValuesIn(all_cases()), test_name);
+INSTANTIATE_TEST_SUITE_P(Compile, Golden, ::testing::ValuesIn(golden::cases_in(kCases)),
+                         [](const auto& row) { return golden::test_name(row.param); });
 
 TEST(GoldenCases, EveryRule_HasOne) {
   std::string results;
-  for (const fs::path& path : all_cases()) results += golden::read_case(path).result;
+  for (const fs::path& path : golden::cases_in(kCases)) results += golden::read_case(path).result;
   for (const qzlog_compiler::RuleInfo& rule : qzlog_compiler::all_rules()) {
     const bool shown = results.find("[" + std::string(rule.name) + "]\n") != std::string::npos;
     EXPECT_TRUE(shown) << "no golden case for " << rule.name;
