@@ -70,14 +70,19 @@ void print_error(const std::string& file, std::size_t offset, const std::string&
             << kRules[static_cast<std::size_t>(rule)].name << "]\n";
 }
 
+/// Says how many errors there are besides those that were printed.
+void print_rest(const std::string& file, std::size_t count, InspectRule rule) {
+  if (count == 0) return;
+  std::cerr << display_name(file) << ": " << count << " further errors [" << kRules[static_cast<std::size_t>(rule)].name
+            << "]\n";
+}
+
 void print_damages(const LdfSurvey& survey, const std::string& file) {
   for (const LdfDamage& damage : survey.damages()) {
     const std::string detail = damage.detail.empty() ? "" : " (" + damage.detail + ")";
     print_error(file, damage.offset, damage.reason + detail, InspectRule::kBadDefinitionFile);
   }
-  const std::size_t others = survey.damage_count() - survey.damages().size();
-  if (others == 0) return;
-  std::cerr << display_name(file) << ": " << others << " further errors [bad-definition-file]\n";
+  print_rest(file, survey.damage_count() - survey.damages().size(), InspectRule::kBadDefinitionFile);
 }
 
 /// False when there is no source, and the reasons are told.
@@ -92,6 +97,7 @@ bool print_yaml(const LdfSurvey& survey, const InspectArguments& arguments) {
   for (const LdfObstacle& obstacle : yaml.obstacles) {
     print_error(arguments.file, obstacle.offset, obstacle.text, InspectRule::kNoYamlForm);
   }
+  print_rest(arguments.file, yaml.obstacle_count - yaml.obstacles.size(), InspectRule::kNoYamlForm);
   std::cout << yaml.source;
   return yaml.obstacles.empty();
 }

@@ -26,21 +26,24 @@ DefinitionModel to_model(const LdfSurvey& survey, const std::vector<LdfSurveyedP
   return model;
 }
 
-std::vector<LdfObstacle> replaced_pairs(const LdfSurvey& survey) {
-  std::vector<LdfObstacle> obstacles;
+void add_obstacle(LdfYaml& yaml, std::size_t offset, std::string text) {
+  if (++yaml.obstacle_count <= LdfSurvey::kKeptDamages) yaml.obstacles.push_back({offset, std::move(text)});
+}
+
+void refuse_replaced_pairs(const LdfSurvey& survey, LdfYaml& yaml) {
   for (std::size_t i = 0; i < survey.pairs().size(); ++i) {
     const LdfSurveyedPair& pair = survey.pairs()[i];
     if (!pair.replaced) continue;
-    obstacles.push_back(
-        {survey.pair_offset(i), entry_text(pair.id) + "a later pair of the entry map has the same ID and replaces it"});
+    add_obstacle(yaml, survey.pair_offset(i),
+                 entry_text(pair.id) + "a later pair of the entry map has the same ID and replaces it");
   }
-  return obstacles;
 }
 
 }  // namespace
 
 LdfYaml write_yaml(const LdfSurvey& survey, const DefinitionModel* standard) {
-  LdfYaml result{"", replaced_pairs(survey)};
+  LdfYaml result;
+  refuse_replaced_pairs(survey, result);
   if (!result.obstacles.empty()) return result;
   const std::vector<LdfSurveyedPair> pairs = whole_pairs(survey);
   ModelYaml yaml = write_yaml(to_model(survey, pairs), standard);
@@ -48,9 +51,9 @@ LdfYaml write_yaml(const LdfSurvey& survey, const DefinitionModel* standard) {
   for (const YamlObstacle& obstacle : yaml.obstacles) {
     if (obstacle.entry) {
       const LdfSurveyedPair& pair = pairs[*obstacle.entry];
-      result.obstacles.push_back({pair.record_offset, entry_text(pair.id) + obstacle.text});
+      add_obstacle(result, pair.record_offset, entry_text(pair.id) + obstacle.text);
     } else {
-      result.obstacles.push_back({0, obstacle.text});
+      add_obstacle(result, 0, obstacle.text);
     }
   }
   return result;

@@ -17,8 +17,9 @@ struct LdfObstacle {
 };
 
 struct LdfYaml {
-  std::string source;  ///< empty when there is an obstacle
-  std::vector<LdfObstacle> obstacles;
+  std::string source;                  ///< empty when there is an obstacle
+  std::vector<LdfObstacle> obstacles;  ///< the first `LdfSurvey::kKeptDamages`
+  std::size_t obstacle_count = 0;
 };
 
 /// A definition source for everything in the file that is whole; see `write_yaml` of a model.

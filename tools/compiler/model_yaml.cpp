@@ -60,9 +60,16 @@ class YamlWriter {
     return name;
   }
 
+  /// A list that the format holds and its readers do not, however many millions the file says there are.
+  bool fits(std::size_t count, const std::string& what) {
+    if (count <= kMaximumCount) return true;
+    obstacles_.push_back({entry_, std::to_string(count) + " " + what + " are too many"});
+    return false;
+  }
+
   void write_attributes(const std::string& indent, const std::string& key, const char* what,
                         const std::vector<AttributeDefinition>& attributes) {
-    if (attributes.empty()) return;
+    if (attributes.empty() || !fits(attributes.size(), what + std::string("s"))) return;
     write_line(indent + key + ":");
     for (const AttributeDefinition& attribute : attributes) {
       std::string line = indent + "  - {name: " + text(attribute.name, what) + ", type: " + type(attribute);
@@ -90,6 +97,7 @@ class YamlWriter {
     if (!selector.attribute.empty()) {
       write_line("      attribute: " + text(selector.attribute, "the selector attribute"));
     }
+    if (!fits(selector.messages.size(), "selector messages")) return;
     write_line(selector.messages.empty() ? "      messages: []" : "      messages:");
     for (const SelectorMessage& message : selector.messages) {
       write_line("        - {index: " + std::to_string(message.index) + ", value: " + std::to_string(message.value) +

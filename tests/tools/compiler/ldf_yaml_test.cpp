@@ -60,6 +60,14 @@ TEST(WriteYamlOfAFile, IdListedTwice_IsAnObstacle) {
   EXPECT_EQ(yaml.obstacles[0].text, "entry 3: a later pair of the entry map has the same ID and replaces it");
 }
 
+TEST(WriteYamlOfAFile, ManyObstacles_AreCountedAndTheFirstAreKept) {
+  qz_test::LdfFile file{.tag = "1.0", .entries = {{.id = 3}}};
+  file.map.emplace(251, qz_test::LdfPair{3, 0});
+  const LdfYaml yaml = yaml_of(file.bytes());
+  EXPECT_EQ(yaml.obstacles.size(), LdfSurvey::kKeptDamages);
+  EXPECT_EQ(yaml.obstacle_count, 250U);
+}
+
 TEST(WriteYamlOfAFile, ObstacleInARecord_HasTheRecordsOffset) {
   const qz_test::LdfFile file{.tag = "1.0", .entries = {{.id = 3}, {.id = 4, .message_text = "\xFF"}}};
   const LdfYaml yaml = yaml_of(file.bytes());

@@ -121,6 +121,16 @@ TEST(WriteYaml, TextsThatAreNotUtf8_AreObstacles) {
                    "0 the redirection name '\uFFFD' is not UTF-8"}));
 }
 
+TEST(WriteYaml, MoreThan255OfAList_IsAnObstacle) {
+  EntryDefinition entry;
+  entry.attributes.resize(256);
+  entry.selector.messages.resize(300);
+  DefinitionModel model = model_with(entry);
+  model.globals.resize(257);
+  EXPECT_EQ(obstacles_of(model), (Texts{"- 257 global attributes are too many", "0 256 attributes are too many",
+                                        "0 300 selector messages are too many"}));
+}
+
 TEST(WriteYaml, TypeWithoutAName_IsAnObstacle) {
   EntryDefinition entry;
   entry.attributes = {{"a", static_cast<qz_AttributeType>(99), "", {}}};
