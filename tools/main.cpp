@@ -15,6 +15,7 @@
 #include "tools/compile_command.h"
 #include "tools/count_command.h"
 #include "tools/diff_command.h"
+#include "tools/inspect_command.h"
 #include "tools/library_call.h"
 #include "tools/render_command.h"
 #include "tools/terminal.h"
@@ -37,6 +38,7 @@ constexpr const char* kFooter =
 constexpr void (*kCommands[])(CLI::App& app, int& exit_status) = {
     add_compile_command,
     add_diff_command,
+    add_inspect_command,
     add_render_command,
     add_count_command,
     add_catalog_command,

@@ -31,7 +31,7 @@ CompileResult check_compiled(const AuxFile& aux, const DefinitionModel& standard
   if (!result.ok()) return result;
   number_entries(result.model);
   Diagnostics diagnostics(aux.name);
-  check_aux_merge(result.model, ModelIndex(standard), diagnostics);
+  check_aux_merge(result.model, ModelIndex(standard), "", diagnostics);
   result.diagnostics = diagnostics.take_sorted();
   return result;
 }

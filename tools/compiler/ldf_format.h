@@ -17,6 +17,7 @@ inline constexpr std::size_t kGlobalOffsetOffset = 44;
 inline constexpr std::size_t kEntryCountOffset = 48;
 inline constexpr std::size_t kEntryMapOffsetOffset = 56;
 inline constexpr std::size_t kMapPairSize = 8;
+inline constexpr std::uint32_t kTypeCodeMask = 0xFF;  ///< readers keep a type code's low 8 bits
 
 }  // namespace qzlog_compiler::ldf
 

@@ -1,20 +1,13 @@
 #ifndef QZLOG_TOOLS_COMPILER_LDF_READER_H
 #define QZLOG_TOOLS_COMPILER_LDF_READER_H
 
-#include <cstddef>
 #include <optional>
-#include <string>
 #include <string_view>
 
 #include "tools/compiler/definition_model.h"
+#include "tools/compiler/ldf_records.h"
 
 namespace qzlog_compiler {
-
-/// Where a compiled file stopped making sense, and why.
-struct LdfDamage {
-  std::size_t offset = 0;
-  std::string reason;
-};
 
 struct LdfFile {
   DefinitionModel model;  ///< everything before the damage, texts as `raw`
@@ -24,10 +17,16 @@ struct LdfFile {
 /// True when the bytes begin like a compiled definition file.
 bool looks_like_ldf(std::string_view bytes);
 
+inline constexpr const char* kWrongMagic = "the file does not begin with \".LDF\"";
+
 /// Reads a whole compiled definition file. Entries stand in the order of the map; of an ID that is listed twice the
 /// later pair counts, as it does for the library. Entry records that overlap are damage: no writer makes them, and they
 /// would let a small file describe more than memory holds.
 LdfFile read_ldf(std::string_view bytes);
+
+/// A record as a part of the model, texts as `raw`.
+AttributeDefinition to_definition(const LdfAttributeRecord& record);
+EntryDefinition to_definition(const LdfEntryRecord& record);
 
 }  // namespace qzlog_compiler
 

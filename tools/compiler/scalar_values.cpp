@@ -26,12 +26,12 @@ bool is_version(std::string_view text) {
   return is_version_number(text.substr(0, point)) && is_version_number(text.substr(point + 1));
 }
 
+}  // namespace
+
 bool is_entry_name(std::string_view text) {
   return !text.empty() && is_capital(text.front()) &&
          std::all_of(text.begin(), text.end(), [](char c) { return is_capital(c) || is_digit(c) || c == '_'; });
 }
-
-}  // namespace
 
 std::optional<std::string> read_text(const YamlNode& node, std::string_view what, Diagnostics& diagnostics) {
   if (kind_name(node) != "a text") {

@@ -23,7 +23,9 @@ std::optional<std::uint32_t> read_number(const YamlNode& node, std::string_view 
 /// MAJOR.MINOR in at most 8 bytes, neither with a leading zero.
 std::optional<std::string> read_version(const YamlNode& node, Diagnostics& diagnostics);
 
-/// [A-Z][A-Z0-9_]*
+/// Whether a text is [A-Z][A-Z0-9_]*.
+bool is_entry_name(std::string_view text);
+
 std::optional<std::string> read_entry_name(const YamlNode& node, Diagnostics& diagnostics);
 
 /// A name that a placeholder and a stored template can hold: not empty, no percent sign, brace or colon.

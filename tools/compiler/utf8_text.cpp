@@ -57,6 +57,15 @@ Utf8Character decode_utf8(std::string_view text, std::size_t offset) {
   return {code, lead.size};
 }
 
+bool is_utf8(std::string_view text) {
+  for (std::size_t offset = 0; offset < text.size();) {
+    const std::size_t size = decode_utf8(text, offset).size;
+    if (size == 0) return false;
+    offset += size;
+  }
+  return true;
+}
+
 std::size_t utf8_size(char32_t code) {
   if (code < 0x80) return 1;
   if (code < 0x800) return 2;

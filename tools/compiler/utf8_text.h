@@ -23,6 +23,9 @@ inline std::string_view without_byte_order_mark(std::string_view text) {
   return text.starts_with(kMark) ? text.substr(kMark.size()) : text;
 }
 
+/// Whether all of the text is well-formed.
+bool is_utf8(std::string_view text);
+
 /// The bytes that UTF-8 needs for a code point.
 std::size_t utf8_size(char32_t code);
 

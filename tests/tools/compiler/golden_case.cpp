@@ -20,6 +20,7 @@
 #include "tools/compiler/ldf_reader.h"
 #include "tools/compiler/utf8_text.h"
 #include "tools/diff_command.h"
+#include "tools/inspect_command.h"
 
 namespace golden {
 namespace {
@@ -114,6 +115,7 @@ void take_section(Case& result, const std::string& title, const std::string& con
     qzlog_tool::add_compile_command(app, status);
     qzlog_tool::add_catalog_command(app, status);
     qzlog_tool::add_diff_command(app, status);
+    qzlog_tool::add_inspect_command(app, status);
     app.parse(std::vector<std::string>(golden_case.arguments.rbegin(), golden_case.arguments.rend()));
   } catch (const CLI::ParseError& error) {
     std::cerr << error.what() << '\n';
