@@ -76,10 +76,9 @@ class EffectiveMessage {
   std::optional<StoredTemplate> narrow_;
 };
 
-/// The entries of one model, each with the standard entry that it extends and the global attributes.
+/// A model, and for an auxiliary file's the standard one that it extends.
 struct ModelContext {
   const DefinitionModel* model;
-  const DefinitionModel* standard;
   ModelIndex index;
   std::optional<ModelIndex> standard_index;
   MessagePath path;
@@ -245,7 +244,7 @@ class EntryWarnings {
 void check_new_globals(const ModelContext& context, std::vector<ModelWarning>& warnings) {
   if (!context.standard_index || context.model->globals.empty()) return;
   std::unordered_map<std::string_view, const EntryDefinition*> hiding;
-  for (const EntryDefinition& entry : context.standard->entries) {
+  for (const EntryDefinition& entry : context.standard_index->model().entries) {
     for (const AttributeDefinition& attribute : entry.attributes) hiding.try_emplace(attribute.name, &entry);
   }
   for (const AttributeDefinition& global : context.model->globals) {
@@ -290,7 +289,7 @@ void check_shared_entries(const ModelContext& context, std::vector<ModelWarning>
 
 std::vector<ModelWarning> find_model_warnings(const DefinitionModel& model, const DefinitionModel* standard,
                                               MessagePath path) {
-  ModelContext context{&model, standard, ModelIndex(model), std::nullopt, path};
+  ModelContext context{&model, ModelIndex(model), std::nullopt, path};
   if (standard != nullptr) context.standard_index.emplace(*standard);
   std::vector<ModelWarning> warnings;
   check_shared_entries(context, warnings);

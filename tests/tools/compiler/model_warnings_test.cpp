@@ -2,6 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <set>
+
+#include "tools/compiler/compiler.h"
+#include "tools/compiler/ldf_reader.h"
+
 namespace qzlog_compiler {
 namespace {
 
@@ -181,6 +186,29 @@ TEST(FindModelWarnings, PositionOfAReference_IsThatOfItsPlaceholder) {
   EXPECT_EQ(find_model_warnings(model, nullptr, MessagePath::kIcu).at(0).position, (SourcePosition{3, 6}));
   message.references.clear();
   EXPECT_EQ(find_model_warnings(model, nullptr, MessagePath::kIcu).at(0).position, (SourcePosition{3, 1}));
+}
+
+std::multiset<Rule> rules_of(const std::vector<ModelWarning>& warnings) {
+  std::multiset<Rule> rules;
+  for (const ModelWarning& warning : warnings) rules.insert(warning.rule);
+  return rules;
+}
+
+TEST(FindModelWarnings, CompiledFile_GivesTheWarningsOfItsSource) {
+  const CompileResult result = compile_source(
+      "version: '1.0'\n"
+      "globals: [{name: SITE, type: MBChar32}]\n"
+      "entries:\n"
+      "- {id: 1, name: A, message: '{N} {{ {B} }}', attributes: [{name: N, type: UInt4}, {name: B, type: Bool}]}\n"
+      "- {id: 2, name: B, raw: \"'%s%SITE%\", attributes: [{name: SITE, type: Char32}, {name: K, type: UInt1}]}\n"
+      "- {id: 3, name: C, raw: '%s%Nobody%'}\n",
+      "f", {});
+  ASSERT_TRUE(result.ok());
+  const std::multiset<Rule> expected = {Rule::kNegativeUnsigned, Rule::kBooleanAsZero,   Rule::kQuotedPlaceholder,
+                                        Rule::kHiddenGlobal,     Rule::kUnusedAttribute, Rule::kBrokenTemplate};
+  const DefinitionModel compiled = read_ldf(result.bytes).model;
+  EXPECT_EQ(rules_of(find_model_warnings(result.model, nullptr, MessagePath::kBoth)), expected);
+  EXPECT_EQ(rules_of(find_model_warnings(compiled, nullptr, MessagePath::kBoth)), expected);
 }
 
 }  // namespace
