@@ -54,7 +54,8 @@ class GitInput : public ::testing::Test {
     git({"init", "--quiet"});
     folder_.write("dir/events.yaml", kOldSource);
     git({"add", "."});
-    git({"-c", "user.name=Test", "-c", "user.email=test@example.com", "commit", "--quiet", "--message=First"});
+    git({"-c", "user.name=Test", "-c", "user.email=test@example.com", "-c", "commit.gpgsign=false", "commit", "--quiet",
+         "--message=First"});
     folder_.write("dir/events.yaml", kNewSource);
   }
 
