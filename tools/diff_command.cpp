@@ -35,9 +35,9 @@ using qzlog_compiler::DiffChange;
 using qzlog_compiler::MessagePath;
 
 constexpr const char* kFooter =
-    R"(OLD, NEW and every FILE below are definition sources, compiled files or git:REV:PATH, as in git:HEAD:storage.yaml;
-- is standard input. Compiled files know neither the names and summaries of entries nor how a text was written, so these
-are compared between two sources only.
+    R"(OLD and NEW, and what --aux and --aux-of name, are definition sources, compiled files or git:REV:PATH, as in
+git:HEAD:storage.yaml; - is standard input. Compiled files know neither the names and summaries of entries nor
+how a text was written, so these are compared between two sources only.
 
 Exit status: 0 no break, or every one accepted; 1 breaks; 2 wrong usage, a file that cannot be read, or one with errors.
 
