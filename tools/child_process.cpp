@@ -5,6 +5,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
@@ -48,9 +49,9 @@ class ChildStreams {
 
 pid_t start(std::vector<std::string>& arguments, int output) {
   const ChildStreams streams(output);
-  std::vector<char*> pointers;
-  for (std::string& argument : arguments) pointers.push_back(argument.data());
-  pointers.push_back(nullptr);
+  std::vector<char*> pointers(arguments.size() + 1, nullptr);
+  std::transform(arguments.begin(), arguments.end(), pointers.begin(),
+                 [](std::string& argument) { return argument.data(); });
   pid_t child = 0;
   const int error = ::posix_spawnp(&child, pointers[0], streams.get(), nullptr, pointers.data(), environ);
   if (error != 0) refuse_to_start(arguments[0], error);

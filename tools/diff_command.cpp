@@ -17,7 +17,7 @@
 #include "tools/compiler/model_diff.h"
 #include "tools/compiler/model_json.h"
 #include "tools/compiler/version_advice.h"
-#include "tools/definition_input.h"
+#include "tools/definition_revision.h"
 #include "tools/diff_report.h"
 #include "tools/terminal.h"
 
@@ -35,9 +35,9 @@ using qzlog_compiler::DiffChange;
 using qzlog_compiler::MessagePath;
 
 constexpr const char* kFooter =
-    R"(OLD, NEW and every FILE below are definition sources, compiled files or git:REV:PATH, as in git:HEAD:storage.yaml;
-- is standard input. Compiled files know neither the names and summaries of entries nor how a text was written, so these
-are compared between two sources only.
+    R"(OLD and NEW, and what --aux and --aux-of name, are definition sources, compiled files or git:REV:PATH, as in
+git:HEAD:storage.yaml; - is standard input. Compiled files know neither the names and summaries of entries nor
+how a text was written, so these are compared between two sources only.
 
 Exit status: 0 no break, or every one accepted; 1 breaks; 2 wrong usage, a file that cannot be read, or one with errors.
 
@@ -78,20 +78,20 @@ void refuse_errors(const std::vector<Diagnostic>& diagnostics) {
 }
 
 CompileResult load(const std::string& argument, const CompileOptions& options) {
-  CompileResult result = load_definition_input(read_definition_input(argument), options);
+  CompileResult result = load_definition_revision(read_definition_revision(argument), options);
   refuse_errors(result.diagnostics);
   return result;
 }
 
 AuxFile load_aux(const std::string& argument, const DefinitionModel& old_model, MessagePath path) {
-  DefinitionInput input = read_definition_input(argument);
+  DefinitionRevision input = read_definition_revision(argument);
   AuxFile aux{std::move(input.content), std::move(input.name)};
   refuse_errors(qzlog_compiler::check_aux_file(aux, old_model, path).diagnostics);
   return aux;
 }
 
 std::vector<AcceptedBreak> load_accepted(const std::string& argument) {
-  const DefinitionInput input = read_definition_input(argument);
+  const DefinitionRevision input = read_definition_revision(argument);
   Diagnostics diagnostics(input.name);
   std::vector<AcceptedBreak> accepted = qzlog_compiler::load_accepted_breaks(input.content, diagnostics);
   refuse_errors(diagnostics.take_sorted());

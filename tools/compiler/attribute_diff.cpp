@@ -71,7 +71,7 @@ AttributeMatch match_attributes(const std::vector<AttributeDefinition>& old_list
   std::size_t last = 0;
   for (std::size_t i = 0; i < old_list.size(); ++i) {
     const bool is_renamed =
-        partners[i] == kNoPartner && i < new_list.size() && !taken[i] && new_list[i].type == old_list[i].type;
+        i < new_list.size() && partners[i] == kNoPartner && !taken[i] && new_list[i].type == old_list[i].type;
     if (is_renamed) {
       partners[i] = i;
       taken[i] = true;

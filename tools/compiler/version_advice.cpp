@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <charconv>
-#include <compare>
 #include <cstdint>
 #include <string_view>
+#include <tuple>
 
 namespace qzlog_compiler {
 namespace {
@@ -13,7 +13,8 @@ struct Version {
   std::uint64_t major = 0;
   std::uint64_t minor = 0;
 
-  friend auto operator<=>(const Version&, const Version&) = default;
+  bool operator==(const Version&) const = default;
+  bool operator<(const Version& other) const { return std::tie(major, minor) < std::tie(other.major, other.minor); }
 };
 
 std::optional<std::uint64_t> parse_digits(std::string_view text) {

@@ -74,6 +74,17 @@ TEST(CompareModels, WholeSelector_IsOneChange) {
   EXPECT_EQ(diff(entry + selector, entry), "selector-removed 1 <N> -\n");
 }
 
+TEST(CompareModels, SelectorThatLosesItsAttributeAlone_KeepsItsMessages) {
+  const std::string entry = "  - id: 1\n    name: A\n    message: x\n    attributes: [{name: N, type: UInt1}]\n";
+  const std::string messages = "messages: [{index: 1, value: 2, id: a, text: b}]}\n";
+  const std::string with = entry + "    selector: {attribute: N, " + messages;
+  const std::string without = entry + "    selector: {" + messages;
+  EXPECT_EQ(diff(with, without), "selector-removed 1 <N> -\n");
+  EXPECT_EQ(diff(without, with), "selector-added 1 - <N>\n");
+  EXPECT_EQ(diff(entry, without), "selector-message-added 1 #1 - <b>\n");
+  EXPECT_EQ(diff(without, entry), "selector-message-removed 1 #1 <b> -\n");
+}
+
 TEST(CompareModels, SelectorMessages_MatchByIndexValueAndKey) {
   const std::string entry =
       "  - id: 1\n    name: A\n    message: x\n    attributes: [{name: N, type: UInt1}]\n    selector: {attribute: N, "

@@ -1,4 +1,4 @@
-#include "tools/definition_input.h"
+#include "tools/definition_revision.h"
 
 #include <string_view>
 #include <vector>
@@ -35,14 +35,14 @@ std::string read_from_git(const std::string& argument, const std::string& object
 
 }  // namespace
 
-DefinitionInput read_definition_input(const std::string& argument) {
+DefinitionRevision read_definition_revision(const std::string& argument) {
   if (argument.starts_with(kGitPrefix)) {
     return {argument, read_from_git(argument, argument.substr(kGitPrefix.size()))};
   }
   return {argument == "-" ? "<stdin>" : argument, read_file(argument)};
 }
 
-CompileResult load_definition_input(const DefinitionInput& input, const CompileOptions& options) {
+CompileResult load_definition_revision(const DefinitionRevision& input, const CompileOptions& options) {
   if (qzlog_compiler::looks_like_ldf(input.content)) return qzlog_compiler::load_standard(input.content, input.name);
   CompileResult result = qzlog_compiler::compile_source(input.content, input.name, options);
   std::erase_if(result.diagnostics,

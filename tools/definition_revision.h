@@ -1,5 +1,5 @@
-#ifndef QZLOG_TOOLS_DEFINITION_INPUT_H
-#define QZLOG_TOOLS_DEFINITION_INPUT_H
+#ifndef QZLOG_TOOLS_DEFINITION_REVISION_H
+#define QZLOG_TOOLS_DEFINITION_REVISION_H
 
 #include <string>
 
@@ -8,20 +8,20 @@
 namespace qzlog_tool {
 
 /// The bytes of definitions, wherever they come from.
-struct DefinitionInput {
+struct DefinitionRevision {
   std::string name;  ///< what diagnostics call it: "<stdin>" for "-"
   std::string content;
 };
 
 /// Reads a file, standard input for "-", or, for `git:REV:PATH`, what the repository of the working folder holds under
 /// PATH at the revision REV; git's own complaints go to stderr. Throws CommandError (cannot run).
-DefinitionInput read_definition_input(const std::string& argument);
+DefinitionRevision read_definition_revision(const std::string& argument);
 
 /// Reads definitions from a source or a compiled file, told apart by their first bytes. The diagnostics hold errors
 /// only.
-qzlog_compiler::CompileResult load_definition_input(const DefinitionInput& input,
-                                                    const qzlog_compiler::CompileOptions& options);
+qzlog_compiler::CompileResult load_definition_revision(const DefinitionRevision& input,
+                                                       const qzlog_compiler::CompileOptions& options);
 
 }  // namespace qzlog_tool
 
-#endif  // QZLOG_TOOLS_DEFINITION_INPUT_H
+#endif  // QZLOG_TOOLS_DEFINITION_REVISION_H

@@ -1,4 +1,4 @@
-#include "tools/definition_input.h"
+#include "tools/definition_revision.h"
 
 #include <gtest/gtest.h>
 
@@ -15,9 +15,9 @@
 namespace {
 
 using qzlog_tool::CommandError;
-using qzlog_tool::DefinitionInput;
-using qzlog_tool::load_definition_input;
-using qzlog_tool::read_definition_input;
+using qzlog_tool::DefinitionRevision;
+using qzlog_tool::load_definition_revision;
+using qzlog_tool::read_definition_revision;
 
 constexpr const char* kOldSource = "version: \"1.0\"\nentries:\n  - {id: 7, name: FULL, message: \"old\"}\n";
 constexpr const char* kNewSource = "version: \"1.1\"\nentries:\n  - {id: 7, name: FULL, message: \"new\"}\n";
@@ -38,7 +38,7 @@ class WorkingFolder {
 
 std::string failure_of(const std::string& argument) {
   try {
-    read_definition_input(argument);
+    read_definition_revision(argument);
   } catch (const CommandError& error) {
     EXPECT_EQ(error.exit_status(), qzlog_tool::kExitCannotRun);
     return error.what();
@@ -54,7 +54,8 @@ class GitInput : public ::testing::Test {
     git({"init", "--quiet"});
     folder_.write("dir/events.yaml", kOldSource);
     git({"add", "."});
-    git({"-c", "user.name=Test", "-c", "user.email=test@example.com", "commit", "--quiet", "--message=First"});
+    git({"-c", "user.name=Test", "-c", "user.email=test@example.com", "-c", "commit.gpgsign=false", "commit", "--quiet",
+         "--message=First"});
     folder_.write("dir/events.yaml", kNewSource);
   }
 
@@ -68,19 +69,19 @@ class GitInput : public ::testing::Test {
 };
 
 TEST_F(GitInput, Revision_GivesWhatWasCommitted) {
-  const DefinitionInput input = read_definition_input("git:HEAD:dir/events.yaml");
+  const DefinitionRevision input = read_definition_revision("git:HEAD:dir/events.yaml");
   EXPECT_EQ(input.content, kOldSource);
   EXPECT_EQ(input.name, "git:HEAD:dir/events.yaml");
 }
 
 TEST_F(GitInput, NoRevision_GivesTheIndex) {
   git({"add", "."});
-  EXPECT_EQ(read_definition_input("git::dir/events.yaml").content, kNewSource);
+  EXPECT_EQ(read_definition_revision("git::dir/events.yaml").content, kNewSource);
 }
 
 TEST_F(GitInput, RelativePath_CountsFromTheWorkingFolder) {
   const WorkingFolder inside(folder_.path() / "dir");
-  EXPECT_EQ(read_definition_input("git:HEAD:./events.yaml").content, kOldSource);
+  EXPECT_EQ(read_definition_revision("git:HEAD:./events.yaml").content, kOldSource);
 }
 
 TEST_F(GitInput, ShellCharacters_AreNotInterpreted) {
@@ -100,29 +101,29 @@ TEST_F(GitInput, RevisionLikeAnOption_IsRefused) {
   EXPECT_FALSE(std::filesystem::exists(folder_.path() / "made"));
 }
 
-TEST(DefinitionInputTest, GitWithoutAPath_IsRefused) {
+TEST(DefinitionRevisionTest, GitWithoutAPath_IsRefused) {
   for (const std::string argument : {"git:", "git:HEAD", "git:HEAD:"}) {
     EXPECT_EQ(failure_of(argument), "'" + argument + "' lacks a path; write git:REV:PATH");
   }
 }
 
-TEST(DefinitionInputTest, MissingFile_IsNamed) {
+TEST(DefinitionRevisionTest, MissingFile_IsNamed) {
   EXPECT_EQ(failure_of("absent.yaml"), "cannot open 'absent.yaml': No such file or directory");
 }
 
-TEST(LoadDefinitionInput, SourceAndItsCompiledFile_GiveTheSameRecords) {
-  const auto source = load_definition_input({"events.yaml", kOldSource}, {});
+TEST(LoadDefinitionRevision, SourceAndItsCompiledFile_GiveTheSameRecords) {
+  const auto source = load_definition_revision({"events.yaml", kOldSource}, {});
   ASSERT_TRUE(source.ok());
-  const auto compiled = load_definition_input({"events.ldf", source.bytes}, {});
+  const auto compiled = load_definition_revision({"events.ldf", source.bytes}, {});
   ASSERT_TRUE(compiled.ok());
   EXPECT_EQ(compiled.model.entries.at(0).message.stored, source.model.entries.at(0).message.stored);
   EXPECT_EQ(compiled.model.entries.at(0).name, "");
 }
 
-TEST(LoadDefinitionInput, SourceWithAWarning_HasNoDiagnostics) {
+TEST(LoadDefinitionRevision, SourceWithAWarning_HasNoDiagnostics) {
   const std::string source = "version: \"1.0\"\nentries:\n  - {id: 7, name: FULL, message: \"a {{ b\"}\n";
   ASSERT_FALSE(qzlog_compiler::compile_source(source, "events.yaml", {}).diagnostics.empty());
-  EXPECT_TRUE(load_definition_input({"events.yaml", source}, {}).diagnostics.empty());
+  EXPECT_TRUE(load_definition_revision({"events.yaml", source}, {}).diagnostics.empty());
 }
 
 }  // namespace
