@@ -116,6 +116,9 @@ bool print_form(const LdfSurvey& survey, const InspectArguments& arguments) {
 }
 
 int inspect(const InspectArguments& arguments) {
+  if (arguments.file == "-" && arguments.standard == "-") {
+    throw CommandError(kExitCannotRun, "standard input cannot give both files");
+  }
   const std::string bytes = read_file(arguments.file);
   const LdfSurvey survey(bytes);
   const bool printed = print_form(survey, arguments);

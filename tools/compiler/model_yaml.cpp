@@ -52,7 +52,7 @@ class YamlWriter {
   }
 
   std::string type(const AttributeDefinition& attribute) {
-    const std::string name(short_type_name(attribute.type));
+    std::string name(short_type_name(attribute.type));
     if (!find_attribute_type(name)) {
       obstacles_.push_back({entry_, "the attribute " + quoted(attribute.name) + " has the type code " +
                                         std::to_string(static_cast<unsigned>(attribute.type)) + ", which has no name"});

@@ -11,6 +11,14 @@ struct DecodeCase {
   std::size_t size;
 };
 
+TEST(IsUtf8, WholeText_HasToBeWellFormed) {
+  EXPECT_TRUE(is_utf8(""));
+  EXPECT_TRUE(is_utf8("Größe \U0001F600"));
+  EXPECT_FALSE(is_utf8("caf\xE9"));
+  EXPECT_FALSE(is_utf8("a\xC3"));
+  EXPECT_FALSE(is_utf8("\xED\xA0\x80"));
+}
+
 TEST(DecodeUtf8, WellFormedAndBrokenBytes_GiveCodeOrSizeZero) {
   const DecodeCase cases[] = {
       {"a", U'a', 1},
