@@ -18,7 +18,8 @@ using qzlog_compiler::Rule;
 constexpr CheckRuleInfo kRules[] = {
     {CheckRule::kRefusedFile, "refused-file", "The library cannot load the file."},
     {CheckRule::kRefusedRecord, "refused-record", "The library cannot read the record of an entry."},
-    {CheckRule::kRefusedEntryId, "refused-entry-id", "The record of an entry carries another ID than the map gives it."},
+    {CheckRule::kRefusedEntryId, "refused-entry-id",
+     "The record of an entry carries another ID than the map gives it."},
     {CheckRule::kRefusedAttribute, "refused-attribute", "An attribute stands twice in an entry, or in both files."},
     {CheckRule::kRefusedSelectorAttribute, "refused-selector-attribute",
      "The two files give an entry different selector attributes."},
@@ -39,20 +40,35 @@ constexpr CheckRuleInfo kRules[] = {
 };
 
 constexpr std::array kSharedRules = {
-    Rule::kInvalidUtf8,           Rule::kBadVersion,
-    Rule::kUnknownType,           Rule::kDuplicateId,
-    Rule::kDuplicateGlobal,       Rule::kTooManyAttributes,
-    Rule::kTooManyGlobals,        Rule::kTooManySelectorMessages,
-    Rule::kUnknownSelectorAttribute, Rule::kSelectorAttributeType,
-    Rule::kSelectorValueRange,    Rule::kDuplicateSelectorIndex,
-    Rule::kDuplicateSelectorValue, Rule::kUnknownAttribute,
-    Rule::kUnknownFormat,         Rule::kFormatTypeMismatch,
-    Rule::kGuidReference,         Rule::kStandardFieldType,
-    Rule::kUndefinedStandardField, Rule::kTooManyReferences,
-    Rule::kLongReferenceName,     Rule::kBadDefinitionFile,
-    Rule::kAuxSelectorConflict,   Rule::kAuxAttributeExists,
-    Rule::kAuxSelectorMessageConflict, Rule::kAuxMaskIgnored,
-    Rule::kAuxMessageIgnored,     Rule::kAuxTypeChanged,
+    Rule::kInvalidUtf8,
+    Rule::kBadVersion,
+    Rule::kEmptyMessageId,
+    Rule::kPathConflict,
+    Rule::kUnknownType,
+    Rule::kDuplicateId,
+    Rule::kDuplicateGlobal,
+    Rule::kTooManyAttributes,
+    Rule::kTooManyGlobals,
+    Rule::kTooManySelectorMessages,
+    Rule::kUnknownSelectorAttribute,
+    Rule::kSelectorAttributeType,
+    Rule::kSelectorValueRange,
+    Rule::kDuplicateSelectorIndex,
+    Rule::kDuplicateSelectorValue,
+    Rule::kUnknownAttribute,
+    Rule::kUnknownFormat,
+    Rule::kFormatTypeMismatch,
+    Rule::kGuidReference,
+    Rule::kStandardFieldType,
+    Rule::kUndefinedStandardField,
+    Rule::kTooManyReferences,
+    Rule::kBadDefinitionFile,
+    Rule::kAuxSelectorConflict,
+    Rule::kAuxAttributeExists,
+    Rule::kAuxSelectorMessageConflict,
+    Rule::kAuxMaskIgnored,
+    Rule::kAuxMessageIgnored,
+    Rule::kAuxTypeChanged,
     Rule::kQuotedPlaceholder,
 };
 
@@ -88,14 +104,26 @@ void CheckReport::about(std::string subject) {
 }
 
 void CheckReport::add(Severity severity, std::string_view rule, std::string text, std::string hint) {
-  findings_.push_back({file_, entry_id_, subject_, severity, rule, std::move(text), std::move(hint)});
+  findings_.push_back({file_, {}, entry_id_, subject_, severity, rule, std::move(text), std::move(hint)});
+}
+
+CheckFinding finding_of(qzlog_compiler::Diagnostic diagnostic) {
+  return {std::move(diagnostic.file),
+          diagnostic.position,
+          std::nullopt,
+          "",
+          diagnostic.severity,
+          qzlog_compiler::rule_name(diagnostic.rule),
+          std::move(diagnostic.text),
+          std::move(diagnostic.hint)};
 }
 
 void print_findings(std::ostream& out, std::span<const CheckFinding> findings) {
   for (const CheckFinding& finding : findings) {
-    out << finding.file << ": " << severity_name(finding.severity) << ": " << printable(place_of(finding))
-        << printable(finding.text) << (finding.hint.empty() ? "" : "; ") << printable(finding.hint) << " ["
-        << finding.rule << "]\n";
+    out << printable(finding.file) << ':';
+    if (finding.position.known()) out << finding.position.line << ':' << finding.position.column << ':';
+    out << ' ' << severity_name(finding.severity) << ": " << printable(place_of(finding)) << printable(finding.text)
+        << (finding.hint.empty() ? "" : "; ") << printable(finding.hint) << " [" << finding.rule << "]\n";
   }
 }
 
@@ -104,6 +132,10 @@ void print_findings_json(std::ostream& out, std::span<const CheckFinding> findin
   for (const CheckFinding& finding : findings) {
     nlohmann::ordered_json item;
     item["file"] = finding.file;
+    if (finding.position.known()) {
+      item["line"] = finding.position.line;
+      item["column"] = finding.position.column;
+    }
     if (finding.entry_id) item["entry"] = *finding.entry_id;
     if (!finding.subject.empty()) item["subject"] = finding.subject;
     item["severity"] = severity_name(finding.severity);

@@ -53,7 +53,8 @@ std::string_view check_rule_name(CheckRule rule);
 using qzlog_compiler::Severity;
 
 struct CheckFinding {
-  std::string file;  ///< as it is shown: a definition file, or a bundle of a catalog
+  std::string file;                         ///< as it is shown: a definition file, or a bundle of a catalog
+  qzlog_compiler::SourcePosition position;  ///< in a definition source, else unknown
   std::optional<std::uint32_t> entry_id;
   std::string subject;  ///< within the entry or the bundle: "selector message 3", "message 'disk.full'"; may be empty
   Severity severity = Severity::kError;
@@ -83,6 +84,9 @@ class CheckReport {
   std::optional<std::uint32_t> entry_id_;
   std::string subject_;
 };
+
+/// A compiler's diagnostic as a finding.
+CheckFinding finding_of(qzlog_compiler::Diagnostic diagnostic);
 
 /// One line each: `FILE: error: entry 1001, selector message 3: TEXT [rule-name]`.
 void print_findings(std::ostream& out, std::span<const CheckFinding> findings);

@@ -10,6 +10,7 @@
 
 #include "qzlog/qz_exception.h"
 #include "qzlog/version.h"
+#include "tools/check_command.h"
 #include "tools/command_error.h"
 #include "tools/compile_command.h"
 #include "tools/count_command.h"
@@ -34,6 +35,7 @@ constexpr const char* kFooter =
 /// Each adds one subcommand, which runs while the command line is parsed.
 constexpr void (*kCommands[])(CLI::App& app, int& exit_status) = {
     add_compile_command,
+    add_check_command,
     add_render_command,
     add_count_command,
 };

@@ -14,6 +14,8 @@ constexpr std::size_t kMaximumVersionSize = 8;
 bool is_digit(char c) { return c >= '0' && c <= '9'; }
 bool is_capital(char c) { return c >= 'A' && c <= 'Z'; }
 
+}  // namespace
+
 bool is_version(std::string_view text) {
   const std::size_t point = text.find('.');
   if (point == std::string_view::npos || text.size() > kMaximumVersionSize) return false;
@@ -22,6 +24,8 @@ bool is_version(std::string_view text) {
   return !major.empty() && !minor.empty() && std::all_of(major.begin(), major.end(), is_digit) &&
          std::all_of(minor.begin(), minor.end(), is_digit);
 }
+
+namespace {
 
 bool is_entry_name(std::string_view text) {
   return !text.empty() && is_capital(text.front()) &&
