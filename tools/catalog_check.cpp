@@ -96,8 +96,7 @@ class BundleCheck {
       return;
     }
     if (!bundle_.has_own_table) {
-      report_.warning(check_rule_name(CheckRule::kBadBundle),
-                      "the bundle has no table STRING_TABLE; its readers get the one that it falls back to");
+      check_fallback();
       return;
     }
     for (const auto& [key, sources] : messages_) check_message(key, sources);
@@ -105,6 +104,13 @@ class BundleCheck {
   }
 
  private:
+  /// An empty bundle says on purpose that readers of the source language get what its parents have.
+  void check_fallback() {
+    if (may_be_unchanged_) return;
+    report_.warning(check_rule_name(CheckRule::kUnchangedText),
+                    "the bundle has no table STRING_TABLE; its readers get the one that it falls back to");
+  }
+
   void check_message(const std::string& key, const std::vector<SourceMessage>& sources) {
     const auto found = bundle_.templates.find(key);
     for (const SourceMessage& source : sources) {

@@ -14,6 +14,7 @@
 #include "tools/command_error.h"
 #include "tools/compile_command.h"
 #include "tools/count_command.h"
+#include "tools/explain_command.h"
 #include "tools/library_call.h"
 #include "tools/render_command.h"
 #include "tools/terminal.h"
@@ -38,6 +39,7 @@ constexpr void (*kCommands[])(CLI::App& app, int& exit_status) = {
     add_check_command,
     add_render_command,
     add_count_command,
+    add_explain_command,
 };
 
 // Templates are stored in UTF-8, and ICU reads them in the character set of the process's locale.
