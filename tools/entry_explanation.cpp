@@ -15,6 +15,7 @@ namespace {
 
 using qzlog_compiler::AttributeLookup;
 using qzlog_compiler::EntryDefinition;
+using qzlog_compiler::MessageText;
 using qzlog_compiler::SelectorMessage;
 using qzlog_compiler::TemplateForm;
 using qzlog_compiler::TemplatePart;
@@ -31,20 +32,23 @@ class Explainer {
     explanation_.in_standard = definitions_.find_standard(entry.id) != nullptr;
     explanation_.in_auxiliary = definitions_.find_auxiliary(entry.id) != nullptr;
     explanation_.version = definitions_.version_of(entry.id);
-    add_message({entry.message_id, std::nullopt, std::nullopt, {}}, entry.message.stored);
+    add_message({entry.message_id, std::nullopt, std::nullopt, {}}, entry.message);
     for (const SelectorMessage& message : entry.selector.messages) {
-      add_message({message.id, message.index, message.value, {}}, message.message.stored);
+      add_message({message.id, message.index, message.value, {}}, message.message);
     }
     return std::move(explanation_);
   }
 
  private:
-  void add_message(ExplainedMessage message, const std::string& stored) {
+  /// Text that an author wrote is lowered for the path that will be asked for; a template is one for both.
+  void add_message(ExplainedMessage message, const MessageText& text) {
     const AttributeLookup lookup = attributes_of(explanation_.entry, definitions_);
-    const ExplainedText icu = text_of("definitions", stored, TemplateForm::kIcu, lookup);
-    const ExplainedText narrow = text_of("definitions, without ICU", stored, TemplateForm::kNarrow, lookup);
+    const ExplainedText icu = text_of("definitions", text.stored, TemplateForm::kIcu, lookup);
     message.texts.push_back(icu);
-    if (narrow.text != icu.text) message.texts.push_back(narrow);
+    if (text.raw) {
+      ExplainedText narrow = text_of("definitions, without ICU", text.stored, TemplateForm::kNarrow, lookup);
+      if (narrow.text != icu.text) message.texts.push_back(std::move(narrow));
+    }
     for (const CatalogBundle& bundle : bundles_) message.texts.push_back(translation(bundle, message.key, lookup));
     explanation_.messages.push_back(std::move(message));
   }

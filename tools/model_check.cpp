@@ -9,6 +9,8 @@
 #include "tools/compiler/attribute_type.h"
 #include "tools/compiler/aux_merge.h"
 #include "tools/compiler/entry_map.h"
+#include "tools/compiler/ldf_format.h"
+#include "tools/compiler/ldf_reader.h"
 #include "tools/compiler/model_warnings.h"
 #include "tools/compiler/scalar_values.h"
 #include "tools/compiler/utf8_text.h"
@@ -79,21 +81,13 @@ class MessageCheck {
     if (path_ != MessagePath::kNarrow && !readable) {
       report_.warning(rule_name(Rule::kInvalidUtf8), "the text is not UTF-8, so ICU shows substitution characters");
     }
-    if (path_ != MessagePath::kNarrow && readable) icu = find(message, TemplateForm::kIcu);
-    if (path_ != MessagePath::kIcu) narrow = find(message, TemplateForm::kNarrow);
-    report(icu, narrow);
+    if (path_ != MessagePath::kNarrow && readable) icu = check_template(message.stored, TemplateForm::kIcu, lookup_);
+    if (path_ != MessagePath::kIcu) narrow = check_template(message.stored, TemplateForm::kNarrow, lookup_);
     if (path_ == MessagePath::kBoth && readable && icu.empty() && narrow.empty()) compare_paths(message);
+    report(icu, narrow);
   }
 
  private:
-  /// That an apostrophe hides a reference is said of the whole model.
-  std::vector<TemplateFinding> find(const MessageText& message, TemplateForm form) const {
-    std::vector<TemplateFinding> findings = check_template(message.stored, form, lookup_);
-    std::erase_if(findings,
-                  [](const TemplateFinding& finding) { return finding.rule == rule_name(Rule::kQuotedPlaceholder); });
-    return findings;
-  }
-
   static bool fails(const std::vector<TemplateFinding>& findings) {
     return std::any_of(findings.begin(), findings.end(), [](const TemplateFinding& finding) { return finding.fails; });
   }
@@ -101,6 +95,8 @@ class MessageCheck {
   void report(const std::vector<TemplateFinding>& icu, const std::vector<TemplateFinding>& narrow) {
     const bool one_path_works = path_ == MessagePath::kBoth && (!fails(icu) || !fails(narrow));
     for (const TemplateFinding& finding : icu) {
+      // Said of the whole model already.
+      if (finding.rule == rule_name(Rule::kQuotedPlaceholder)) continue;
       const bool on_both = std::find(narrow.begin(), narrow.end(), finding) != narrow.end();
       report(finding, on_both ? "" : "on the ICU path: ", one_path_works);
     }
@@ -255,8 +251,9 @@ void check_globals(const DefinitionModel& model, CheckReport& report) {
   }
 }
 
-void check_version(const DefinitionModel& model, CheckReport& report) {
-  if (qzlog_compiler::is_version(model.version)) return;
+void check_version(std::string_view bytes, const DefinitionModel& model, CheckReport& report) {
+  const bool has_header = qzlog_compiler::looks_like_ldf(bytes) && bytes.size() >= qzlog_compiler::ldf::kHeaderSize;
+  if (!has_header || qzlog_compiler::is_version(model.version)) return;
   report.about_file();
   report.warning(rule_name(Rule::kBadVersion), "entries cannot take their version from the tag " +
                                                    quoted(model.version) + "; a version is MAJOR.MINOR in digits");
@@ -307,7 +304,7 @@ void report_warnings(const DefinitionModel& model, const DefinitionModel* standa
 }  // namespace
 
 void check_model(const CheckedFile& file, const DefinitionModel* standard, MessagePath path, CheckReport& report) {
-  check_version(*file.model, report);
+  check_version(file.bytes, *file.model, report);
   check_globals(*file.model, report);
   check_map(file.bytes, report);
   const bool is_auxiliary = standard != nullptr;

@@ -6,16 +6,22 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <cstdlib>
 #include <fstream>
 #include <iostream>
 #include <iterator>
-#include <set>
+#include <map>
 #include <sstream>
 #include <stdexcept>
 
+#include "tools/check_command.h"
+#include "tools/command_error.h"
 #include "tools/compile_command.h"
+#include "tools/compiler/compiler.h"
 #include "tools/compiler/ldf_reader.h"
+#include "tools/compiler/ldf_writer.h"
 #include "tools/compiler/utf8_text.h"
+#include "tools/explain_command.h"
 
 namespace golden {
 namespace {
@@ -90,6 +96,12 @@ void take_section(Case& result, const std::string& title, const std::string& con
   } else if (parts.size() >= 2 && parts[0] == "file") {
     const bool escaped = parts.size() == 3 && parts[2] == "(escaped)";
     result.files.push_back({parts[1], escaped ? expanded(content) : content});
+  } else if (parts.size() == 2 && parts[0] == "definitions") {
+    result.files.push_back({parts[1], expanded(content), InputFile::Kind::kDefinitions});
+  } else if (parts.size() == 2 && parts[0] == "altered") {
+    result.files.push_back({parts[1], content, InputFile::Kind::kAltered});
+  } else if (parts.size() == 2 && parts[0] == "bundle") {
+    result.files.push_back({parts[1], content, InputFile::Kind::kBundle});
   } else if (title == "result") {
     result.result = content;
   } else {
@@ -108,10 +120,15 @@ void take_section(Case& result, const std::string& title, const std::string& con
   try {
     CLI::App app("qzlog");
     qzlog_tool::add_compile_command(app, status);
+    qzlog_tool::add_check_command(app, status);
+    qzlog_tool::add_explain_command(app, status);
     app.parse(std::vector<std::string>(golden_case.arguments.rbegin(), golden_case.arguments.rend()));
   } catch (const CLI::ParseError& error) {
     std::cerr << error.what() << '\n';
     status = error.get_exit_code() == 0 ? 0 : 2;
+  } catch (const qzlog_tool::CommandError& error) {
+    if (*error.what() != '\0') std::cerr << "qzlog: error: " << error.what() << '\n';
+    status = error.exit_status();
   }
   std::cout.flush();
   std::cerr.flush();
@@ -163,10 +180,56 @@ std::string describe(const std::string& bytes) {
   return out.str();
 }
 
-std::set<std::string> names_in(const fs::path& folder) {
-  std::set<std::string> names;
-  for (const fs::directory_entry& entry : fs::directory_iterator(folder)) names.insert(entry.path().filename());
-  return names;
+/// The files below a folder by their paths in it.
+std::map<std::string, std::string> files_in(const fs::path& folder) {
+  std::map<std::string, std::string> files;
+  for (const fs::directory_entry& entry : fs::recursive_directory_iterator(folder)) {
+    if (entry.is_regular_file()) files[entry.path().lexically_relative(folder)] = read_all(entry.path());
+  }
+  return files;
+}
+
+/// What the compiler makes of a source, mistakes included: a file that it would not write.
+std::string compiled_all_the_same(const std::string& source) {
+  return qzlog_compiler::write_ldf(qzlog_compiler::compile_source(source, "", {}).model);
+}
+
+void build_bundle(const fs::path& source) {
+  const std::string folder = "'" + source.parent_path().string() + "'";
+  const std::string line =
+      "genrb --quiet --encoding UTF-8 --destdir " + folder + " '" + source.string() + "' >/dev/null";
+  if (std::system(line.c_str()) != 0) throw std::runtime_error("cannot build " + source.string());
+}
+
+/// Applies the lines of an altered file: "from FILE" first, then "replace A B" (the first A), "replace-last A B",
+/// "append A" and "truncate SIZE"; A and B are escaped.
+std::string altered(const fs::path& folder, const std::string& lines) {
+  std::istringstream in(lines);
+  std::string bytes;
+  for (std::string line; std::getline(in, line);) {
+    const std::vector<std::string> parts = words(line);
+    if (parts.at(0) == "from") bytes = read_all(folder / parts.at(1));
+    if (parts.at(0) == "append") bytes += unescaped(parts.at(1));
+    if (parts.at(0) == "truncate") bytes.resize(std::stoul(parts.at(1)));
+    if (parts.at(0).rfind("replace", 0) != 0) continue;
+    const std::string wanted = unescaped(parts.at(1));
+    const std::size_t at = parts[0] == "replace" ? bytes.find(wanted) : bytes.rfind(wanted);
+    if (at == std::string::npos) throw std::runtime_error("nothing to replace: " + line);
+    bytes.replace(at, wanted.size(), unescaped(parts.at(2)));
+  }
+  return bytes;
+}
+
+std::string content_of(const InputFile& file, const fs::path& folder) {
+  if (file.kind == InputFile::Kind::kDefinitions) return compiled_all_the_same(file.content);
+  return file.kind == InputFile::Kind::kAltered ? altered(folder, file.content) : file.content;
+}
+
+void write_input(const fs::path& folder, const InputFile& file) {
+  const fs::path path = folder / file.name;
+  fs::create_directories(path.parent_path());
+  write_all(path, content_of(file, folder));
+  if (file.kind == InputFile::Kind::kBundle) build_bundle(path);
 }
 
 }  // namespace
@@ -196,15 +259,16 @@ std::string run_case(const Case& golden_case, const fs::path& folder) {
   const fs::path inside = folder / "run";
   fs::create_directories(inside);
   write_all(folder / "stdin", golden_case.standard_input);
-  for (const InputFile& file : golden_case.files) write_all(inside / file.name, file.content);
-  const std::set<std::string> before = names_in(inside);
+  for (const InputFile& file : golden_case.files) write_input(inside, file);
+  const std::map<std::string, std::string> before = files_in(inside);
   std::ostringstream out;
   out << "exit status " << run_command(golden_case, inside) << '\n';
   out << "--- standard error\n" << read_all(folder / "stderr");
   const std::string standard_output = read_all(folder / "stdout");
   if (!standard_output.empty()) out << "--- standard output\n" << describe(standard_output);
-  for (const std::string& name : names_in(inside)) {
-    if (before.count(name) == 0) out << "--- file " << name << '\n' << describe(read_all(inside / name));
+  for (const auto& [name, content] : files_in(inside)) {
+    const auto old = before.find(name);
+    if (old == before.end() || old->second != content) out << "--- file " << name << '\n' << describe(content);
   }
   return out.str();
 }
