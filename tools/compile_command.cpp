@@ -7,19 +7,19 @@
 #include <stdexcept>
 #include <string>
 #include <system_error>
-#include <vector>
 
 #include "tools/command_error.h"
 #include "tools/compiler/compiler.h"
+#include "tools/diagnostic_printer.h"
 #include "tools/file_descriptor.h"
 #include "tools/output_file.h"
+#include "tools/terminal.h"
 
 namespace qzlog_tool {
 namespace {
 
 using qzlog_compiler::CompileOptions;
 using qzlog_compiler::CompileResult;
-using qzlog_compiler::Diagnostic;
 using qzlog_compiler::MessagePath;
 
 constexpr const char* kFooter =
@@ -51,10 +51,6 @@ MessagePath path_of(const std::string& name) {
   return name == "narrow" ? MessagePath::kNarrow : MessagePath::kBoth;
 }
 
-void print(const std::vector<Diagnostic>& diagnostics) {
-  for (const Diagnostic& diagnostic : diagnostics) std::cerr << diagnostic << '\n';
-}
-
 /// A slip of the keyboard must not cost the author the source.
 void refuse_overwriting(const std::string& input, const std::string& output) {
   std::error_code missing;
@@ -66,17 +62,24 @@ int compile(const CompileArguments& arguments) {
   refuse_overwriting(arguments.source, arguments.output);
   refuse_overwriting(arguments.standard, arguments.output);
   const std::string source = read_file(arguments.source);
+  const std::string source_name = display_name(arguments.source);
+  DiagnosticPrinter printer(std::cerr, stderr_has_colour());
+  std::string standard_text;
   CompileOptions options;
   options.path = path_of(arguments.path);
   CompileResult standard;
   if (!arguments.standard.empty()) {
-    standard = qzlog_compiler::load_standard(read_file(arguments.standard), display_name(arguments.standard));
-    print(standard.diagnostics);
+    standard_text = read_file(arguments.standard);
+    options.standard_file = display_name(arguments.standard);
+    printer.add_source(options.standard_file, standard_text);
+    standard = qzlog_compiler::load_standard(standard_text, options.standard_file);
+    printer.print(standard.diagnostics);
     if (!standard.ok()) return kExitFindings;
     options.standard = &standard.model;
   }
-  const CompileResult result = qzlog_compiler::compile_source(source, display_name(arguments.source), options);
-  print(result.diagnostics);
+  printer.add_source(source_name, source);
+  const CompileResult result = qzlog_compiler::compile_source(source, source_name, options);
+  printer.print(result.diagnostics);
   if (!result.ok()) return kExitFindings;
   write_file(arguments.output, result.bytes);
   return kExitSuccess;

@@ -11,9 +11,11 @@
 #include "tools/command_error.h"
 #include "tools/compiler/compiler.h"
 #include "tools/compiler/ldf_reader.h"
+#include "tools/diagnostic_printer.h"
 #include "tools/file_descriptor.h"
 #include "tools/library_call.h"
 #include "tools/temporary_file.h"
+#include "tools/terminal.h"
 
 namespace qzlog_tool {
 
@@ -39,18 +41,29 @@ DefinitionFile read_definition_file(const std::string& path) {
   return file;
 }
 
+/// What an auxiliary source extends; null for a standard one.
+struct StandardDefinitions {
+  const DefinitionModel* model = nullptr;
+  const DefinitionFile* file = nullptr;
+};
+
 [[noreturn]] void refuse(const std::string& shown_path, std::string reason) {
   std::cerr << Diagnostic{shown_path,
                           {},
                           qzlog_compiler::Severity::kError,
                           qzlog_compiler::Rule::kBadDefinitionFile,
-                          std::move(reason)}
+                          std::move(reason),
+                          {},
+                          {}}
             << '\n';
   throw CommandError(kExitFindings, "");
 }
 
-void report(const CompileResult& result) {
-  for (const Diagnostic& diagnostic : result.diagnostics) std::cerr << diagnostic << '\n';
+void report(const CompileResult& result, const DefinitionFile& file, const DefinitionFile* standard = nullptr) {
+  DiagnosticPrinter printer(std::cerr, stderr_has_colour());
+  printer.add_source(file.shown_path, file.content);
+  if (standard != nullptr) printer.add_source(standard->shown_path, standard->content);
+  printer.print(result.diagnostics);
   if (!result.ok()) throw CommandError(kExitFindings, "");
 }
 
@@ -83,10 +96,13 @@ void load_compiled(void (*load)(const char*), const DefinitionFile& file) {
   }
 }
 
-DefinitionModel load_source(void (*load)(const char*), const DefinitionFile& file, const CompileOptions& options,
-                            LoadedDefinitions& loaded) {
+/// Warns about texts only: whoever uses definitions did not write them.
+DefinitionModel load_source(void (*load)(const char*), const DefinitionFile& file, MessagePath path,
+                            const StandardDefinitions& standard, LoadedDefinitions& loaded) {
+  CompileOptions options{path, standard.model, "", false};
+  if (standard.file != nullptr) options.standard_file = standard.file->shown_path;
   CompileResult result = qzlog_compiler::compile_source(file.content, file.shown_path, options);
-  report(result);
+  report(result, file, standard.file);
   load_bytes(load, result.bytes, file.shown_path);
   add_names(result.model, loaded);
   return std::move(result.model);
@@ -94,16 +110,16 @@ DefinitionModel load_source(void (*load)(const char*), const DefinitionFile& fil
 
 DefinitionModel read_model(const DefinitionFile& file) {
   CompileResult result = qzlog_compiler::load_standard(file.content, file.shown_path);
-  report(result);
+  report(result, file);
   return std::move(result.model);
 }
 
-void load_auxiliary(const DefinitionFile& file, const DefinitionModel& standard, MessagePath path,
+void load_auxiliary(const DefinitionFile& file, const StandardDefinitions& standard, MessagePath path,
                     LoadedDefinitions& loaded) {
   if (file.compiled) {
     load_compiled(qz_LOG_LogConfig::SetAuxDefinitionPath, file);
   } else {
-    load_source(qz_LOG_LogConfig::SetAuxDefinitionPath, file, {path, &standard}, loaded);
+    load_source(qz_LOG_LogConfig::SetAuxDefinitionPath, file, path, standard, loaded);
   }
 }
 
@@ -119,9 +135,9 @@ LoadedDefinitions load_definitions(const std::string& standard, const std::strin
     load_compiled(qz_LOG_LogConfig::SetDefinitionPath, file);
     if (auxiliary_file && !auxiliary_file->compiled) model = read_model(file);
   } else {
-    model = load_source(qz_LOG_LogConfig::SetDefinitionPath, file, {path, nullptr}, loaded);
+    model = load_source(qz_LOG_LogConfig::SetDefinitionPath, file, path, {}, loaded);
   }
-  if (auxiliary_file) load_auxiliary(*auxiliary_file, model, path, loaded);
+  if (auxiliary_file) load_auxiliary(*auxiliary_file, {&model, &file}, path, loaded);
   return loaded;
 }
 

@@ -14,6 +14,9 @@ namespace qzlog_tool {
 namespace {
 
 constexpr std::string_view kBoldRed = "\033[1;31m";
+constexpr std::string_view kBoldMagenta = "\033[1;35m";
+constexpr std::string_view kBoldCyan = "\033[1;36m";
+constexpr std::string_view kBoldGreen = "\033[1;32m";
 constexpr std::string_view kPlain = "\033[0m";
 constexpr std::string_view kEraseLine = "\r\033[K";
 constexpr std::uint64_t kItemsPerLook = 1024;
@@ -27,6 +30,19 @@ bool terminal_can(int descriptor) {
   return ::isatty(descriptor) == 1 && terminal != nullptr && std::strcmp(terminal, "dumb") != 0;
 }
 
+std::string_view escape_sequence(TextStyle style) {
+  switch (style) {
+    case TextStyle::kError:
+      return kBoldRed;
+    case TextStyle::kWarning:
+      return kBoldMagenta;
+    case TextStyle::kNote:
+      return kBoldCyan;
+    default:
+      return kBoldGreen;
+  }
+}
+
 }  // namespace
 
 bool stderr_has_colour() {
@@ -34,9 +50,13 @@ bool stderr_has_colour() {
   return (no_colour == nullptr || *no_colour == '\0') && terminal_can(STDERR_FILENO);
 }
 
+std::string coloured(std::string_view word, TextStyle style) {
+  return std::string(escape_sequence(style)).append(word).append(kPlain);
+}
+
 std::string coloured_error(std::string_view word) {
   static const bool colour = stderr_has_colour();
-  return colour ? std::string(kBoldRed).append(word).append(kPlain) : std::string(word);
+  return colour ? coloured(word, TextStyle::kError) : std::string(word);
 }
 
 std::size_t output_columns() {

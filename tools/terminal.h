@@ -12,6 +12,12 @@ namespace qzlog_tool {
 /// Whether stderr shows colour: it is a terminal that can, and NO_COLOR is unset or empty.
 bool stderr_has_colour();
 
+/// What is set off from the text around it.
+enum class TextStyle { kError, kWarning, kNote, kMark };
+
+/// `word` in the style's bold colour.
+std::string coloured(std::string_view word, TextStyle style);
+
 /// `word` in bold red where stderr shows colour, else as it is.
 std::string coloured_error(std::string_view word);
 

@@ -9,6 +9,9 @@ namespace qzlog_test {
 
 const std::string_view kStorageSource = R"yaml(
 version: "1.0"
+accept:
+  - {rule: negative-unsigned, reason: tests show where}
+  - {rule: unused-attribute, reason: tests set them}
 globals:
   - {name: COMPUTER_NAME, type: MBChar64}
   - {name: TIMEZONE_DIFFERENCE, type: SInt2}

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <ostream>
+#include <sstream>
 #include <string>
 
 #include "tests/tools/command_fixture.h"
@@ -67,7 +68,11 @@ class Corpora : public qzlog_test::CommandFixture, public ::testing::WithParamIn
 TEST_P(Corpora, CompiledForThePath_RendersTheOriginalMessages) {
   const std::string path = narrow() ? "narrow" : "icu";
   const CommandResult compiled = run("$QZLOG compile " + quoted(".yaml") + " -o set.ldf --path " + path);
-  EXPECT_EQ(compiled.err, "");
+  // That the numbers of these logs are below 2147483648 is more than the compiler can know.
+  std::istringstream lines(compiled.err);
+  for (std::string line; std::getline(lines, line);) {
+    EXPECT_TRUE(line.starts_with(' ') || line.ends_with("[negative-unsigned]")) << line;
+  }
   ASSERT_EQ(compiled.status, 0);
   expect_messages(run("$QZLOG render --definitions set.ldf " + quoted(".jsonl") + (narrow() ? " --no-icu" : "")));
 }

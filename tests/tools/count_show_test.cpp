@@ -193,8 +193,11 @@ TEST_F(CountShow, WrongDefinitions_ShowTheCompilersDiagnostics) {
   write("wrong.yaml", "version: \"1.0\"\nentries: [{id: 1, name: a, message: x}]\n");
   const CommandResult result = show("events.cnt --definitions wrong.yaml");
   EXPECT_EQ(result.out, "");
-  EXPECT_TRUE(result.err.starts_with("wrong.yaml:2:25: error: ")) << result.err;
-  EXPECT_TRUE(result.err.ends_with(" [bad-entry-name]\n")) << result.err;
+  EXPECT_EQ(result.err,
+            "wrong.yaml:2:25: error: bad entry name 'a' [bad-entry-name]\n"
+            "    2 | entries: [{id: 1, name: a, message: x}]\n"
+            "      |                         ^\n"
+            "  hint: a name begins with A-Z and goes on with A-Z, 0-9 and _\n");
   EXPECT_EQ(result.status, 1);
 }
 

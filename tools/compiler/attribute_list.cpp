@@ -5,6 +5,7 @@
 
 #include "tools/compiler/attribute_type.h"
 #include "tools/compiler/mapping_fields.h"
+#include "tools/compiler/nearest_word.h"
 #include "tools/compiler/scalar_values.h"
 #include "tools/compiler/utf8_text.h"
 
@@ -27,6 +28,14 @@ ListKindTraits traits_of(AttributeListKind kind) {
     return {kOwnFields, "an attribute", "attributes", Rule::kDuplicateAttribute, Rule::kTooManyAttributes};
   }
   return {kGlobalFields, "a global attribute", "global attributes", Rule::kDuplicateGlobal, Rule::kTooManyGlobals};
+}
+
+std::string unknown_type_hint(std::string_view name) {
+  std::vector<std::string_view> names;
+  for (const qz_AttributeTypeName* row = AttributeTypeList; row->name != nullptr; ++row) {
+    names.push_back(short_type_name(row->code));
+  }
+  return did_you_mean(name, names, "types are " + all_type_names());
 }
 
 class AttributeListLoader {
@@ -61,11 +70,12 @@ class AttributeListLoader {
       names_.set_incomplete();
       return;
     }
-    const std::uint32_t first_line = names_.add(name_node->text(), type, name_node->position().line);
-    if (first_line != 0) {
-      diagnostics_.error(name_node->position(), traits_.duplicate,
-                         quoted(*name) + " is the name of another of these " + std::string(traits_.plural) +
-                             ", in line " + std::to_string(first_line));
+    const SourcePosition first = names_.add(name_node->text(), type, name_node->position());
+    if (first.known()) {
+      diagnostics_
+          .error(name_node->position(), traits_.duplicate,
+                 quoted(*name) + " is the name of another of these " + std::string(traits_.plural))
+          .with_note(first, "the first is here");
       return;
     }
     attributes_.push_back({std::move(*name), type, std::move(redirect), name_node->position()});
@@ -78,8 +88,8 @@ class AttributeListLoader {
     const std::optional<qz_AttributeType> type = find_attribute_type(*name);
     if (type) return *type;
     const std::string of = name_node == nullptr ? "" : " for attribute " + quoted(name_node->text());
-    diagnostics_.error(node->position(), Rule::kUnknownType,
-                       "unknown type " + quoted(*name) + of + "; types are " + all_type_names());
+    diagnostics_.error(node->position(), Rule::kUnknownType, "unknown type " + quoted(*name) + of)
+        .with_hint(unknown_type_hint(*name));
     return TypeUnknown;
   }
 
@@ -102,9 +112,13 @@ std::optional<qz_AttributeType> AttributeNames::find(std::string_view name) cons
   return complete_ ? std::nullopt : std::optional(TypeUnknown);
 }
 
-std::uint32_t AttributeNames::add(std::string_view name, qz_AttributeType type, std::uint32_t line) {
-  const auto [place, added] = rows_.try_emplace(name, Row{type, line});
-  return added ? 0 : place->second.line;
+SourcePosition AttributeNames::add(std::string_view name, qz_AttributeType type, SourcePosition position) {
+  const auto [place, added] = rows_.try_emplace(name, Row{type, position});
+  return added ? SourcePosition{} : place->second.position;
+}
+
+void AttributeNames::append_to(std::vector<std::string_view>& candidates) const {
+  for (const auto& [name, row] : rows_) candidates.push_back(name);
 }
 
 std::vector<AttributeDefinition> load_attribute_list(const YamlNode& list, AttributeListKind kind,

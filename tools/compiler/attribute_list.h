@@ -20,15 +20,18 @@ class AttributeNames {
   /// further name when the name of an attribute could not be read.
   std::optional<qz_AttributeType> find(std::string_view name) const;
 
-  /// The line of the attribute that has the name already, 0 when the name was new.
-  std::uint32_t add(std::string_view name, qz_AttributeType type, std::uint32_t line);
+  /// The place of the attribute that has the name already, unknown when the name was new.
+  SourcePosition add(std::string_view name, qz_AttributeType type, SourcePosition position);
+
+  /// Adds the names to the candidates, in no particular order.
+  void append_to(std::vector<std::string_view>& candidates) const;
 
   void set_incomplete() { complete_ = false; }
 
  private:
   struct Row {
     qz_AttributeType type;
-    std::uint32_t line;
+    SourcePosition position;
   };
 
   std::unordered_map<std::string_view, Row> rows_;

@@ -66,6 +66,15 @@ std::optional<std::uint32_t> selector_value_limit(qz_AttributeType type) {
   }
 }
 
+std::span<const std::string_view> standard_field_names() {
+  static constexpr auto kNames = [] {
+    std::array<std::string_view, kStandardFields.size()> names;
+    for (std::size_t i = 0; i < names.size(); ++i) names[i] = kStandardFields[i].first;
+    return names;
+  }();
+  return kNames;
+}
+
 std::optional<qz_AttributeType> find_standard_field(std::string_view name) {
   for (const auto& [field, type] : kStandardFields) {
     if (name == field) return type;

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -33,6 +34,9 @@ std::optional<std::uint32_t> selector_value_limit(qz_AttributeType type);
 
 /// The type under which messages know a standard information field, whatever the definitions say.
 std::optional<qz_AttributeType> find_standard_field(std::string_view name);
+
+/// The names of the standard information fields.
+std::span<const std::string_view> standard_field_names();
 
 }  // namespace qzlog_compiler
 

@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <utility>
 
+#include "tools/compiler/accepted_warnings.h"
 #include "tools/compiler/aux_merge.h"
 #include "tools/compiler/ldf_reader.h"
 #include "tools/compiler/ldf_writer.h"
+#include "tools/compiler/model_warnings.h"
 #include "tools/compiler/source_loader.h"
 #include "tools/compiler/yaml_tree.h"
 
@@ -39,24 +41,43 @@ CompileResult load_standard_ldf(std::string_view bytes, std::string file_name) {
 }
 
 /// Parses and checks, without writing.
-DefinitionModel analyse(std::string_view text, const CompileOptions& options, Diagnostics& diagnostics) {
+DefinitionModel analyse(std::string_view text, const CompileOptions& options, AcceptedWarnings& accepted,
+                        Diagnostics& diagnostics) {
   if (text.starts_with(kByteOrderMark)) text.remove_prefix(kByteOrderMark.size());
   const std::optional<YamlTree> tree = parse_yaml(text, diagnostics);
   if (!tree) return {};
   std::optional<ModelIndex> standard;
   if (options.standard != nullptr) standard.emplace(*options.standard);
-  DefinitionModel model = load_source(text, *tree, options.path, standard ? &*standard : nullptr, diagnostics);
-  if (standard) check_aux_merge(model, *standard, diagnostics);
+  DefinitionModel model =
+      load_source(text, *tree, options.path, standard ? &*standard : nullptr, accepted, diagnostics);
+  if (standard) check_aux_merge(model, *standard, options.standard_file, diagnostics);
   return model;
+}
+
+void add_model_warnings(const DefinitionModel& model, const std::string& file_name, const CompileOptions& options,
+                        Diagnostics& diagnostics) {
+  for (ModelWarning& found : find_model_warnings(model, options.standard, options.path)) {
+    Diagnostic& warning =
+        diagnostics.warning(found.position, found.rule, std::move(found.text)).with_hint(std::move(found.hint));
+    for (ModelWarning::Place& place : found.places) {
+      const std::string& file = place.in_standard ? options.standard_file : file_name;
+      warning.notes.push_back({file, place.position, std::move(place.text)});
+    }
+  }
 }
 
 }  // namespace
 
-CompileResult compile_source(std::string_view text, std::string file_name, const CompileOptions& options) {
-  Diagnostics diagnostics(std::move(file_name));
+CompileResult compile_source(std::string_view text, const std::string& file_name, const CompileOptions& options) {
+  Diagnostics diagnostics(file_name);
+  AcceptedWarnings accepted;
   CompileResult result;
-  result.model = analyse(text, options, diagnostics);
-  if (!diagnostics.has_errors()) result.bytes = write_ldf(result.model);
+  result.model = analyse(text, options, accepted, diagnostics);
+  const bool complete = !diagnostics.has_errors();
+  if (complete) result.bytes = write_ldf(result.model);
+  if (complete && options.surprises) add_model_warnings(result.model, file_name, options, diagnostics);
+  accepted.remove_accepted(diagnostics);
+  if (complete && options.surprises) accepted.report_unused(options.path, diagnostics);
   result.diagnostics = diagnostics.take_sorted();
   return result;
 }
@@ -64,8 +85,9 @@ CompileResult compile_source(std::string_view text, std::string file_name, const
 CompileResult load_standard(std::string_view content, std::string file_name) {
   if (looks_like_ldf(content)) return load_standard_ldf(content, std::move(file_name));
   Diagnostics diagnostics(std::move(file_name));
+  AcceptedWarnings ignored;
   CompileResult result;
-  result.model = analyse(content, {}, diagnostics);
+  result.model = analyse(content, {}, ignored, diagnostics);
   result.diagnostics = diagnostics.take_sorted();
   std::erase_if(result.diagnostics, [](const Diagnostic& found) { return found.severity != Severity::kError; });
   return result;

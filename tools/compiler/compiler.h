@@ -15,6 +15,10 @@ namespace qzlog_compiler {
 struct CompileOptions {
   MessagePath path = MessagePath::kBoth;
   const DefinitionModel* standard = nullptr;  ///< the definitions that an auxiliary source extends
+  std::string standard_file = {};             ///< what diagnostics call the file that `standard` came from
+  /// Also warn about what is legal but would surprise readers, and about accepted warnings that do not occur: for those
+  /// who write definitions, not for those who use them.
+  bool surprises = true;
 };
 
 struct CompileResult {
@@ -27,7 +31,7 @@ struct CompileResult {
 
 /// Compiles a definition source. `file_name` is what diagnostics call it. Every mistake is in the diagnostics, sorted
 /// by position; warnings alone leave a result. Throws `std::length_error` when the compiled file would exceed 4 GiB.
-CompileResult compile_source(std::string_view text, std::string file_name, const CompileOptions& options);
+CompileResult compile_source(std::string_view text, const std::string& file_name, const CompileOptions& options);
 
 /// Reads the definitions that an auxiliary source extends, from a compiled file or a definition source, told apart by
 /// their first bytes. The result has no bytes, and only errors among its diagnostics.

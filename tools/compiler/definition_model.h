@@ -30,6 +30,7 @@ struct MessageText {
   bool raw = false;
   std::string stored;
   SourcePosition position;
+  std::vector<SourcePosition> references = {};  ///< places of its placeholders or references, in their order
 };
 
 struct SelectorMessage {

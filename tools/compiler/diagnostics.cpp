@@ -116,6 +116,12 @@ Diagnostic& Diagnostics::add(SourcePosition position, Severity severity, Rule ru
   return found_.emplace_back(Diagnostic{file_, position, severity, rule, std::move(text)});
 }
 
+void Diagnostics::remove_warnings(const std::function<bool(const Diagnostic&)>& unwanted) {
+  std::erase_if(found_, [&unwanted](const Diagnostic& diagnostic) {
+    return diagnostic.severity == Severity::kWarning && unwanted(diagnostic);
+  });
+}
+
 std::vector<Diagnostic> Diagnostics::take_sorted() {
   std::stable_sort(found_.begin(), found_.end(),
                    [](const Diagnostic& a, const Diagnostic& b) { return a.position < b.position; });

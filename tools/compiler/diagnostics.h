@@ -2,6 +2,7 @@
 #define QZLOG_TOOLS_COMPILER_DIAGNOSTICS_H
 
 #include <cstdint>
+#include <functional>
 #include <iosfwd>
 #include <span>
 #include <string>
@@ -132,6 +133,9 @@ class Diagnostics {
   Diagnostic& add(SourcePosition position, Severity severity, Rule rule, std::string text);
 
   bool has_errors() const { return error_count_ != 0; }
+
+  /// Drops the warnings for which `unwanted` is true.
+  void remove_warnings(const std::function<bool(const Diagnostic&)>& unwanted);
 
   /// Takes the findings out, sorted by position; those of one position stay in the order they were found.
   std::vector<Diagnostic> take_sorted();

@@ -1,11 +1,14 @@
 #include "tools/compiler/entry_loader.h"
 
+#include <algorithm>
 #include <array>
 #include <limits>
 #include <unordered_map>
 #include <utility>
 
 #include "tools/compiler/attribute_type.h"
+#include "tools/compiler/message_references.h"
+#include "tools/compiler/nearest_word.h"
 #include "tools/compiler/scalar_position.h"
 #include "tools/compiler/scalar_values.h"
 #include "tools/compiler/utf8_text.h"
@@ -13,7 +16,7 @@
 namespace qzlog_compiler {
 namespace {
 
-constexpr std::array<KnownKey, 10> kEntryFields = {{{"id", true},
+constexpr std::array<KnownKey, 11> kEntryFields = {{{"id", true},
                                                     {"name", true},
                                                     {"summary"},
                                                     {"mask"},
@@ -22,10 +25,11 @@ constexpr std::array<KnownKey, 10> kEntryFields = {{{"id", true},
                                                     {"raw"},
                                                     {"message_id"},
                                                     {"attributes"},
+                                                    {"accept"},
                                                     {"selector"}}};
 constexpr std::array<KnownKey, 2> kSelectorFields = {{{"attribute", true}, {"messages", true}}};
-constexpr std::array<KnownKey, 5> kSelectorMessageFields = {
-    {{"index", true}, {"value", true}, {"id", true}, {"text"}, {"raw"}}};
+constexpr std::array<KnownKey, 6> kSelectorMessageFields = {
+    {{"index", true}, {"value", true}, {"id", true}, {"text"}, {"raw"}, {"accept"}}};
 
 constexpr std::uint32_t kDefaultMask = 1;
 
@@ -37,19 +41,20 @@ class UniqueNumbers {
 
   void check(std::uint32_t number, SourcePosition position) {
     if (!position.known()) return;
-    const auto [place, added] = lines_.try_emplace(number, position.line);
+    const auto [place, added] = places_.try_emplace(number, position);
     if (added) return;
-    diagnostics_.error(position, rule_,
-                       "the " + std::string(what_) + " " + std::to_string(number) +
-                           " belongs to another selector message of the entry, in line " +
-                           std::to_string(place->second));
+    diagnostics_
+        .error(position, rule_,
+               "the " + std::string(what_) + " " + std::to_string(number) +
+                   " belongs to another selector message of the entry")
+        .with_note(place->second, "the first is here");
   }
 
  private:
   Rule rule_;
   std::string_view what_;
   Diagnostics& diagnostics_;
-  std::unordered_map<std::uint32_t, std::uint32_t> lines_;
+  std::unordered_map<std::uint32_t, SourcePosition> places_;
 };
 
 }  // namespace
@@ -68,7 +73,13 @@ LoadedEntry EntryLoader::load(const YamlNode& node) {
   }
   load_messages(fields, node);
   if (const YamlNode* const selector = fields.find("selector")) load_selector(*selector);
+  load_accept(fields, AcceptScope::kEntry, node);
   return std::move(loaded_);
+}
+
+void EntryLoader::load_accept(const MappingFields& fields, AcceptScope scope, const YamlNode& node) {
+  const YamlNode* const accept = fields.find("accept");
+  if (accept != nullptr) context_.accepted->load(*accept, scope, node, diagnostics());
 }
 
 void EntryLoader::load_names(const MappingFields& fields) {
@@ -120,8 +131,10 @@ void EntryLoader::load_messages(const MappingFields& fields, const YamlNode& nod
 std::string EntryLoader::load_message_id(const YamlNode& node) {
   const std::optional<std::string> id = read_text(node, "the message's catalog key", diagnostics());
   if (id && id->empty()) {
-    diagnostics().warning(node.position(), Rule::kEmptyMessageId,
-                          "an empty catalog key: the message fails wherever a catalog is in use");
+    diagnostics()
+        .warning(node.position(), Rule::kEmptyMessageId,
+                 "an empty catalog key: the message fails wherever a catalog is in use")
+        .with_hint("name a key, such as the entry's name");
   }
   return id.value_or("");
 }
@@ -131,25 +144,54 @@ std::optional<MessageText> EntryLoader::load_message(const MappingFields& fields
   const YamlNode* const raw = fields.find("raw");
   if (text == nullptr && raw == nullptr) return std::nullopt;
   if (text != nullptr && raw != nullptr) {
-    diagnostics().error(raw->position(), Rule::kConflictingKeys,
-                        "'" + std::string(key) + "' and 'raw' exclude each other; the other is in line " +
-                            std::to_string(text->position().line));
+    diagnostics()
+        .error(raw->position(), Rule::kConflictingKeys, "'" + std::string(key) + "' and 'raw' exclude each other")
+        .with_note(text->position(), "the '" + std::string(key) + "' is here");
   }
   const YamlNode& node = text == nullptr ? *raw : *text;
   MessageText message{read_text(node, "a message text", diagnostics()).value_or(""), text == nullptr, "",
                       node.position()};
   if (message.raw) {
     message.stored = message.written;
-    return message;
+  } else {
+    message.stored = lower(message, node);
   }
+  ScalarPositions positions(context_.source, node);
+  for (const WrittenReference& reference : written_references(message)) {
+    message.references.push_back(positions.find(reference.offset));
+  }
+  return message;
+}
+
+std::string EntryLoader::lower(const MessageText& message, const YamlNode& node) {
   LoweredMessage lowered = lower_message(
       message.written, [this](std::string_view name) { return find_type(name); }, context_.path);
   ScalarPositions positions(context_.source, node);
   for (MessageFinding& finding : lowered.findings) {
-    diagnostics().add(positions.find(finding.offset), finding.severity, finding.rule, std::move(finding.text));
+    if (finding.rule == Rule::kUnknownAttribute) {
+      const std::string nearest = did_you_mean(finding.name, known_names());
+      if (!nearest.empty()) finding.hint = nearest;
+    }
+    diagnostics()
+        .add(positions.find(finding.offset), finding.severity, finding.rule, std::move(finding.text))
+        .with_hint(std::move(finding.hint));
   }
-  message.stored = std::move(lowered.stored);
-  return message;
+  return std::move(lowered.stored);
+}
+
+/// Everything that a message can refer to, sorted, since the nearest of them is shown.
+std::vector<std::string_view> EntryLoader::known_names() const {
+  std::vector<std::string_view> names(standard_field_names().begin(), standard_field_names().end());
+  names_.append_to(names);
+  context_.globals->append_to(names);
+  if (standard_entry_ != nullptr) {
+    for (const AttributeDefinition& attribute : standard_entry_->attributes) names.push_back(attribute.name);
+  }
+  if (context_.standard != nullptr) {
+    for (const AttributeDefinition& global : context_.standard->model().globals) names.push_back(global.name);
+  }
+  std::sort(names.begin(), names.end());
+  return names;
 }
 
 /// Own attributes come before those that the standard entry adds, and before the global ones.
@@ -185,24 +227,31 @@ std::optional<std::uint32_t> EntryLoader::check_selector_attribute(const YamlNod
   if (!type && standard_entry_ != nullptr) {
     const AttributeDefinition* const inherited = find_attribute(standard_entry_->attributes, name);
     if (inherited != nullptr && inherited != selector_attribute(*standard_entry_)) {
-      diagnostics().error(node.position(), Rule::kUnknownSelectorAttribute,
-                          quoted(name) +
-                              " is no selector in the standard definitions; list the attribute here again, "
-                              "with its type, to make it one");
+      diagnostics()
+          .error(node.position(), Rule::kUnknownSelectorAttribute,
+                 quoted(name) + " is no selector in the standard definitions")
+          .with_hint("list the attribute here again, with its type, to make it one");
       return std::nullopt;
     }
     if (inherited != nullptr) type = inherited->type;
   }
   if (!type) {
-    diagnostics().error(node.position(), Rule::kUnknownSelectorAttribute,
-                        "the entry has no attribute " + quoted(name) + " to select its messages by");
+    std::vector<std::string_view> own_names;
+    names_.append_to(own_names);
+    std::sort(own_names.begin(), own_names.end());
+    const std::string nearest = did_you_mean(name, own_names);
+    diagnostics()
+        .error(node.position(), Rule::kUnknownSelectorAttribute,
+               "the entry has no attribute " + quoted(name) + " to select its messages by")
+        .with_hint(nearest.empty() ? "a selector attribute is one of the entry's own attributes" : nearest);
     return std::nullopt;
   }
   const std::optional<std::uint32_t> limit = selector_value_limit(*type);
   if (!limit && *type != TypeUnknown) {
-    diagnostics().error(node.position(), Rule::kSelectorAttributeType,
-                        quoted(name) + " is " + std::string(short_type_name(*type)) +
-                            "; a selector attribute is UInt1, UInt2 or UInt4");
+    diagnostics()
+        .error(node.position(), Rule::kSelectorAttributeType,
+               quoted(name) + " is " + std::string(short_type_name(*type)) + ", by which no message can be selected")
+        .with_hint("a selector attribute is UInt1, UInt2 or UInt4");
   }
   return limit;
 }
@@ -242,6 +291,7 @@ SelectorMessage EntryLoader::load_selector_message(const YamlNode& node, std::op
                         "the value " + std::to_string(message.value) +
                             " is never met: the selector attribute holds at most " + std::to_string(*value_limit));
   }
+  load_accept(fields, AcceptScope::kSelectorMessage, node);
   if (const YamlNode* const id = fields.find("id")) message.id = load_message_id(*id);
   const std::optional<MessageText> text = load_message(fields, "text");
   if (text) {

@@ -5,7 +5,9 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
+#include "tools/compiler/accepted_warnings.h"
 #include "tools/compiler/attribute_list.h"
 #include "tools/compiler/definition_model.h"
 #include "tools/compiler/diagnostics.h"
@@ -22,6 +24,7 @@ struct EntryContext {
   const ModelIndex* standard = nullptr;  ///< null: the source is not an auxiliary one
   const AttributeNames* globals = nullptr;
   Diagnostics* diagnostics = nullptr;
+  AcceptedWarnings* accepted = nullptr;
 };
 
 struct LoadedEntry {
@@ -43,8 +46,11 @@ class EntryLoader {
   void load_selector(const YamlNode& node);
   void load_selector_messages(const YamlNode& list, std::optional<std::uint32_t> value_limit);
   std::optional<std::uint32_t> check_selector_attribute(const YamlNode& node);
+  void load_accept(const MappingFields& fields, AcceptScope scope, const YamlNode& node);
   std::optional<MessageText> load_message(const MappingFields& fields, std::string_view key);
   SelectorMessage load_selector_message(const YamlNode& node, std::optional<std::uint32_t> value_limit);
+  std::string lower(const MessageText& message, const YamlNode& node);
+  std::vector<std::string_view> known_names() const;
   std::string load_message_id(const YamlNode& node);
   std::optional<std::uint32_t> load_number(const MappingFields& fields, std::string_view key, SourcePosition& position);
   std::optional<qz_AttributeType> find_type(std::string_view name) const;

@@ -1,7 +1,9 @@
 #include "tools/compiler/mapping_fields.h"
 
 #include <cassert>
+#include <vector>
 
+#include "tools/compiler/nearest_word.h"
 #include "tools/compiler/utf8_text.h"
 
 namespace qzlog_compiler {
@@ -14,6 +16,12 @@ std::string key_list(std::span<const KnownKey> keys) {
     list += known.key;
   }
   return list;
+}
+
+std::string unknown_key_hint(std::string_view key, std::span<const KnownKey> keys) {
+  std::vector<std::string_view> names;
+  for (const KnownKey& known : keys) names.push_back(known.key);
+  return did_you_mean(key, names, "allowed are " + key_list(keys));
 }
 
 }  // namespace
@@ -35,17 +43,15 @@ MappingFields::MappingFields(const YamlNode& node, std::span<const KnownKey> key
 }
 
 const YamlNode* MappingFields::find(std::string_view key) const {
-  for (std::size_t i = 0; i < keys_.size(); ++i) {
-    if (keys_[i].key == key) return values_[i] ? &*values_[i] : nullptr;
-  }
-  return nullptr;
+  const std::optional<std::size_t> index = index_of(key);
+  return index && values_[*index] ? &*values_[*index] : nullptr;
 }
 
-std::optional<YamlNode>* MappingFields::slot(std::string_view key) {
+std::optional<std::size_t> MappingFields::index_of(std::string_view key) const {
   for (std::size_t i = 0; i < keys_.size(); ++i) {
-    if (keys_[i].key == key) return &values_[i];
+    if (keys_[i].key == key) return i;
   }
-  return nullptr;
+  return std::nullopt;
 }
 
 void MappingFields::take(const YamlNode& key, const YamlNode& value, std::string_view what, Diagnostics& diagnostics) {
@@ -53,20 +59,22 @@ void MappingFields::take(const YamlNode& key, const YamlNode& value, std::string
     report_wrong_type(key, "a key", diagnostics);
     return;
   }
-  std::optional<YamlNode>* const place = slot(key.text());
-  if (place == nullptr) {
-    diagnostics.error(
-        key.position(), Rule::kUnknownKey,
-        "unknown key " + quoted(key.text()) + " in " + std::string(what) + "; allowed are " + key_list(keys_));
+  const std::optional<std::size_t> index = index_of(key.text());
+  if (!index) {
+    diagnostics
+        .error(key.position(), Rule::kUnknownKey, "unknown key " + quoted(key.text()) + " in " + std::string(what))
+        .with_hint(unknown_key_hint(key.text(), keys_));
     return;
   }
-  if (place->has_value()) {
-    diagnostics.error(key.position(), Rule::kDuplicateKey,
-                      "the key " + quoted(key.text()) + " stands in " + std::string(what) +
-                          " twice; its first value is in line " + std::to_string((*place)->position().line));
+  if (values_[*index]) {
+    diagnostics
+        .error(key.position(), Rule::kDuplicateKey,
+               "the key " + quoted(key.text()) + " stands in " + std::string(what) + " twice")
+        .with_note(key_positions_[*index], "the first is here");
     return;
   }
-  *place = value;
+  values_[*index] = value;
+  key_positions_[*index] = key.position();
 }
 
 std::string_view kind_name(const YamlNode& node) {

@@ -31,13 +31,14 @@ class MappingFields {
   const YamlNode* find(std::string_view key) const;
 
  private:
-  static constexpr std::size_t kMaximumFields = 10;
+  static constexpr std::size_t kMaximumFields = 11;
 
-  std::optional<YamlNode>* slot(std::string_view key);
+  std::optional<std::size_t> index_of(std::string_view key) const;
   void take(const YamlNode& key, const YamlNode& value, std::string_view what, Diagnostics& diagnostics);
 
   std::span<const KnownKey> keys_;
   std::array<std::optional<YamlNode>, kMaximumFields> values_;
+  std::array<SourcePosition, kMaximumFields> key_positions_;
   bool is_mapping_;
 };
 

@@ -14,7 +14,7 @@ constexpr std::size_t kMaximumIcuReferences = 10;
 /// paths, and this name is always known.
 constexpr std::string_view kClosingReference = "%_%TIMESTAMP%";
 
-constexpr std::string_view kPercentHint = "; the format P shows a number with a percent sign";
+constexpr std::string_view kPercentHint = "the format P shows a number with a percent sign";
 
 enum PathSet : unsigned { kNoPath = 0, kIcuPath = 1, kNarrowPath = 2, kAllPaths = 3 };
 
@@ -121,9 +121,8 @@ class MessageLowering {
     const std::vector<MessagePart>& parts = parsed_.parts;
     for (std::size_t i = 1; i < parts.size(); ++i) {
       if (!parts[i - 1].is_placeholder() || !parts[i].is_placeholder()) continue;
-      result_.findings.push_back(
-          {parts[i].offset, Severity::kError, Rule::kAdjacentPlaceholders,
-           "two placeholders need a character between them; no path can show them side by side"});
+      result_.findings.push_back({parts[i].offset, Severity::kError, Rule::kAdjacentPlaceholders,
+                                  "no path can show two placeholders side by side", "put a character between them"});
     }
   }
 
@@ -137,13 +136,12 @@ class MessageLowering {
 
   void find_obstacles() {
     if (parsed_.leading_percents != 0) {
-      add_obstacle(kNarrowPath, 0, Rule::kLiteralPercent,
-                   "the narrow path cannot show a percent sign" + std::string(kPercentHint));
+      add_obstacle(kNarrowPath, 0, Rule::kLiteralPercent, "the narrow path cannot show a percent sign", kPercentHint);
     }
     for (const std::size_t offset : parsed_.later_percents) {
       add_obstacle(kAllPaths, offset, Rule::kLiteralPercent,
-                   "no path can show a percent sign here, and only the ICU path one at the very start of a message" +
-                       std::string(kPercentHint));
+                   "no path can show a percent sign here, and only the ICU path one at the very start of a message",
+                   kPercentHint);
     }
     find_reference_obstacles();
   }
@@ -156,7 +154,8 @@ class MessageLowering {
       references += resolved.formats.size();
       if (within && references > kMaximumIcuReferences) {
         add_obstacle(kIcuPath, resolved.part->offset, Rule::kTooManyReferences,
-                     "the ICU path shows at most ten references in a message, and a time stamp counts as two");
+                     "the ICU path shows at most ten references in a message",
+                     "a time stamp without a format counts as two");
       }
       check_name(*resolved.part);
     }
@@ -168,11 +167,12 @@ class MessageLowering {
     if (part.text.size() <= room) return;
     add_obstacle(kIcuPath, part.offset, Rule::kLongReferenceName,
                  "the ICU path cannot refer to " + quoted(part.text) + ": the name takes " +
-                     std::to_string(part.text.size()) + " bytes where it has room for " + std::to_string(room));
+                     std::to_string(part.text.size()) + " bytes where it has room for " + std::to_string(room),
+                 "give the attribute a shorter name, or one in ASCII");
   }
 
-  void add_obstacle(PathSet blocked, std::size_t offset, Rule rule, std::string text) {
-    obstacles_.push_back({blocked, {offset, Severity::kError, rule, std::move(text)}});
+  void add_obstacle(PathSet blocked, std::size_t offset, Rule rule, std::string text, std::string_view hint) {
+    obstacles_.push_back({blocked, {offset, Severity::kError, rule, std::move(text), std::string(hint)}});
   }
 
   PathSet asked_paths() const {
@@ -212,8 +212,8 @@ class MessageLowering {
     result_.findings.push_back(
         {first_quoted_offset(), Severity::kWarning, Rule::kPathConflict,
          "no single stored text shows " + quoted(text_) +
-             " on both paths: what is quoted here for the ICU path, the narrow path shows with its "
-             "quotes; --path icu or --path narrow says which path counts"});
+             " on both paths: what is quoted here for the ICU path, the narrow path shows with its quotes",
+         "--path icu or --path narrow says which path counts"});
   }
 
   /// Where the ICU template first differs from the text, as an offset into the text as it was written.

@@ -1,10 +1,24 @@
 #include "tools/compiler/message_text.h"
 
+#include <array>
+#include <utility>
+
 #include "tools/compiler/attribute_type.h"
+#include "tools/compiler/nearest_word.h"
 #include "tools/compiler/utf8_text.h"
 
 namespace qzlog_compiler {
 namespace {
+
+std::string unknown_format_hint(std::string_view format) {
+  std::array<std::string_view, kFormatCharacters.size()> formats;
+  std::string list;
+  for (std::size_t i = 0; i < formats.size(); ++i) {
+    formats[i] = kFormatCharacters.substr(i, 1);
+    list.append(" ").append(formats[i]);
+  }
+  return did_you_mean(format, formats, "formats are" + list);
+}
 
 class MessageParser {
  public:
@@ -25,7 +39,7 @@ class MessageParser {
     } else if (first == '{') {
       take_placeholder();
     } else {
-      refuse(at_, Rule::kUnbalancedBrace, "a closing brace without an opening one; write '}}' for a literal brace");
+      refuse(at_, Rule::kUnbalancedBrace, "a closing brace without an opening one", "write '}}' for a literal brace");
       ++at_;
     }
   }
@@ -50,7 +64,7 @@ class MessageParser {
   void take_placeholder() {
     const std::size_t end = text_.find_first_of("{}", at_ + 1);
     if (end == std::string_view::npos || text_[end] == '{') {
-      refuse(at_, Rule::kUnbalancedBrace, "a placeholder without its closing brace; write '{{' for a literal brace");
+      refuse(at_, Rule::kUnbalancedBrace, "a placeholder without its closing brace", "write '{{' for a literal brace");
       ++at_;
       return;
     }
@@ -64,19 +78,19 @@ class MessageParser {
 
   void add_placeholder(std::string_view name, std::string_view format, bool has_format) {
     if (name.empty()) {
-      refuse(at_, Rule::kBadPlaceholder, "a placeholder without a name; write {Name}, or '{{' for a literal brace");
+      refuse(at_, Rule::kBadPlaceholder, "a placeholder without a name", "write {Name}, or '{{' for a literal brace");
       return;
     }
     if (has_format && (format.size() != 1 || kFormatCharacters.find(format) == std::string_view::npos)) {
-      refuse(at_, Rule::kUnknownFormat, "unknown format " + quoted(format) + "; formats are s C P D T f d u");
+      refuse(at_, Rule::kUnknownFormat, "unknown format " + quoted(format), unknown_format_hint(format));
       format = "";
     }
     result_.parts.push_back(
         {MessagePart::Kind::kPlaceholder, std::string(name), format.empty() ? '\0' : format[0], at_});
   }
 
-  void refuse(std::size_t offset, Rule rule, std::string text) {
-    findings_.push_back({offset, Severity::kError, rule, std::move(text)});
+  void refuse(std::size_t offset, Rule rule, std::string text, std::string hint) {
+    findings_.push_back({offset, Severity::kError, rule, std::move(text), std::move(hint)});
   }
 
   std::string_view text_;

@@ -16,6 +16,8 @@ struct MessageFinding {
   Severity severity = Severity::kError;
   Rule rule = Rule::kUnbalancedBrace;
   std::string text;
+  std::string hint = {};  ///< what to do about it; may be empty
+  std::string name = {};  ///< of the attribute that does not exist, for `kUnknownAttribute`
 };
 
 /// A piece of a message: literal text, doubled braces undone, or a placeholder.

@@ -13,13 +13,20 @@ namespace qzlog_compiler {
 
 /// Something legal in a model that would surprise its readers.
 struct ModelWarning {
+  /// Another place that has to do with it.
+  struct Place {
+    bool in_standard = false;  ///< in the standard model's source
+    SourcePosition position;
+    std::string text;
+  };
+
   Rule rule = Rule::kUnusedAttribute;
   std::uint32_t entry_id = 0;
   bool about_entry = true;  ///< false: about the file, `entry_id` means nothing
   SourcePosition position;  ///< unknown for compiled files
   std::string text;
-  std::string hint;                   ///< may be empty
-  std::vector<DiagnosticNote> notes;  ///< other places that have to do with it; none for compiled files
+  std::string hint;           ///< may be empty
+  std::vector<Place> places;  ///< none in compiled files
 };
 
 /// Looks at definitions and stored templates only, so a compiled file gives the warnings that its source gave.

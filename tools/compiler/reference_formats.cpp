@@ -18,9 +18,9 @@ class FormatResolver {
     const std::optional<qz_AttributeType> defined = lookup(placeholder_.text);
     if (standard) return resolve_standard_field(*standard, defined);
     if (!defined) {
-      add(Severity::kError, Rule::kUnknownAttribute,
-          "unknown attribute " + quoted(placeholder_.text) +
-              "; a placeholder names an attribute of the entry, a global attribute or a standard field");
+      add(Severity::kError, Rule::kUnknownAttribute, "unknown attribute " + quoted(placeholder_.text),
+          "a placeholder names an attribute of the entry, a global attribute or a standard field");
+      findings_.back().name = placeholder_.text;
       return "";
     }
     return formats_of(*defined);
@@ -33,7 +33,8 @@ class FormatResolver {
     if (!defined && !is_time_stamp) {
       add(Severity::kWarning, Rule::kUndefinedStandardField,
           "nothing here defines the standard field " + placeholder_.text +
-              ", so no entry can set it and the message fails; define it as a global attribute of type MBChar32");
+              ", so no entry can set it and the message fails",
+          "define it as a global attribute of type MBChar32");
     }
     const bool fits =
         !defined || *defined == TypeUnknown ||
@@ -42,7 +43,8 @@ class FormatResolver {
       add(Severity::kError, Rule::kStandardFieldType,
           "the standard field " + placeholder_.text + " is read as " +
               (is_time_stamp ? "the entry's own time stamp" : "an MBChar text") + ", but is defined as " +
-              std::string(short_type_name(*defined)));
+              std::string(short_type_name(*defined)),
+          is_time_stamp ? "define it as Timestamp, or not at all" : "define it as MBChar32");
       return "";
     }
     return formats_of(standard);
@@ -52,7 +54,8 @@ class FormatResolver {
     if (type == TypeUnknown) return "s";
     if (type == TypeGUID) {
       add(Severity::kError, Rule::kGuidReference,
-          quoted(placeholder_.text) + " is a GUID attribute, which can be neither set nor shown");
+          quoted(placeholder_.text) + " is a GUID attribute, which can be neither set nor shown",
+          "give it the type Char64");
       return "";
     }
     if (placeholder_.format == '\0') return std::string(default_formats(type));
@@ -60,8 +63,8 @@ class FormatResolver {
     if (accepted.find(placeholder_.format) == std::string_view::npos) {
       add(Severity::kError, Rule::kFormatTypeMismatch,
           "the format '" + std::string(1, placeholder_.format) + "' does not accept " +
-              std::string(short_type_name(type)) + " attributes as " + quoted(placeholder_.text) +
-              "; the type is shown by " + spaced(accepted));
+              std::string(short_type_name(type)) + " attributes as " + quoted(placeholder_.text),
+          "the type is shown by " + spaced(accepted));
       return "";
     }
     return std::string(1, placeholder_.format);
@@ -76,8 +79,8 @@ class FormatResolver {
     return list;
   }
 
-  void add(Severity severity, Rule rule, std::string text) {
-    findings_.push_back({placeholder_.offset, severity, rule, std::move(text)});
+  void add(Severity severity, Rule rule, std::string text, std::string hint) {
+    findings_.push_back({placeholder_.offset, severity, rule, std::move(text), std::move(hint)});
   }
 
   const MessagePart& placeholder_;

@@ -12,11 +12,6 @@ struct WrittenCharacter {
   std::size_t size = 0;  ///< bytes in the text
 };
 
-/// What YAML 1.1 counts as the end of a line.
-bool is_line_break(char32_t code) {
-  return code == '\n' || code == '\r' || code == 0x85 || code == 0x2028 || code == 0x2029;
-}
-
 char32_t read_hexadecimal(std::string_view digits) {
   char32_t code = 0;
   for (const char digit : digits) {

@@ -14,15 +14,18 @@ constexpr std::size_t kMaximumVersionSize = 8;
 bool is_digit(char c) { return c >= '0' && c <= '9'; }
 bool is_capital(char c) { return c >= 'A' && c <= 'Z'; }
 
+/// The library reads 05 as 5, so that two versions which look different would be the same.
+bool is_version_number(std::string_view digits) {
+  const bool leading_zero = digits.size() > 1 && digits.front() == '0';
+  return !digits.empty() && !leading_zero && std::all_of(digits.begin(), digits.end(), is_digit);
+}
+
 }  // namespace
 
 bool is_version(std::string_view text) {
   const std::size_t point = text.find('.');
   if (point == std::string_view::npos || text.size() > kMaximumVersionSize) return false;
-  const std::string_view major = text.substr(0, point);
-  const std::string_view minor = text.substr(point + 1);
-  return !major.empty() && !minor.empty() && std::all_of(major.begin(), major.end(), is_digit) &&
-         std::all_of(minor.begin(), minor.end(), is_digit);
+  return is_version_number(text.substr(0, point)) && is_version_number(text.substr(point + 1));
 }
 
 namespace {
@@ -40,8 +43,8 @@ std::optional<std::string> read_text(const YamlNode& node, std::string_view what
     return std::nullopt;
   }
   if (node.text().find('\0') != std::string_view::npos) {
-    diagnostics.error(node.position(), Rule::kNulCharacter,
-                      std::string(what) + " holds a NUL character, which would end it in the compiled file");
+    diagnostics.error(node.position(), Rule::kNulCharacter, std::string(what) + " holds a NUL character")
+        .with_hint("a NUL would end the text in the compiled file; leave it out");
     return std::nullopt;
   }
   return std::string(node.text());
@@ -59,13 +62,13 @@ std::optional<std::uint32_t> read_number(const YamlNode& node, std::string_view 
   const char* const end = digits.data() + digits.size();
   const auto result = std::from_chars(digits.data(), end, value, hexadecimal ? 16 : 10);
   if (result.ptr != end || result.ec == std::errc::invalid_argument) {
-    diagnostics.error(node.position(), Rule::kBadNumber,
-                      quoted(node.text()) + " is no number; " + std::string(what) + " is decimal or 0x hexadecimal");
+    diagnostics.error(node.position(), Rule::kBadNumber, quoted(node.text()) + " is no number")
+        .with_hint(std::string(what) + " is decimal or 0x hexadecimal, from 0 to 4294967295");
     return std::nullopt;
   }
   if (result.ec == std::errc::result_out_of_range) {
-    diagnostics.error(node.position(), Rule::kNumberOutOfRange,
-                      quoted(node.text()) + " is too large; " + std::string(what) + " is at most 4294967295");
+    diagnostics.error(node.position(), Rule::kNumberOutOfRange, quoted(node.text()) + " is too large")
+        .with_hint(std::string(what) + " is at most 4294967295");
     return std::nullopt;
   }
   return value;
@@ -74,27 +77,24 @@ std::optional<std::uint32_t> read_number(const YamlNode& node, std::string_view 
 std::optional<std::string> read_version(const YamlNode& node, Diagnostics& diagnostics) {
   std::optional<std::string> text = read_text(node, "the version", diagnostics);
   if (!text || is_version(*text)) return text;
-  diagnostics.error(
-      node.position(), Rule::kBadVersion,
-      "bad version " + quoted(*text) + "; a version is MAJOR.MINOR in digits, at most 8 bytes, as in \"2.5\"");
+  diagnostics.error(node.position(), Rule::kBadVersion, "bad version " + quoted(*text))
+      .with_hint("a version is MAJOR.MINOR in digits without leading zeros, at most 8 bytes, as in \"2.5\"");
   return std::nullopt;
 }
 
 std::optional<std::string> read_entry_name(const YamlNode& node, Diagnostics& diagnostics) {
   std::optional<std::string> text = read_text(node, "the entry's name", diagnostics);
   if (!text || is_entry_name(*text)) return text;
-  diagnostics.error(node.position(), Rule::kBadEntryName,
-                    "bad entry name " + quoted(*text) + "; a name begins with A-Z and goes on with A-Z, 0-9 and _");
+  diagnostics.error(node.position(), Rule::kBadEntryName, "bad entry name " + quoted(*text))
+      .with_hint("a name begins with A-Z and goes on with A-Z, 0-9 and _");
   return std::nullopt;
 }
 
 std::optional<std::string> read_attribute_name(const YamlNode& node, Diagnostics& diagnostics) {
   std::optional<std::string> text = read_text(node, "the attribute's name", diagnostics);
   if (!text || (!text->empty() && text->find_first_of("%{}:") == std::string::npos)) return text;
-  diagnostics.error(node.position(), Rule::kBadAttributeName,
-                    "bad attribute name " + quoted(*text) +
-                        "; messages could not refer to a name that is empty or holds "
-                        "one of % { } :");
+  diagnostics.error(node.position(), Rule::kBadAttributeName, "bad attribute name " + quoted(*text))
+      .with_hint("messages could not refer to a name that is empty or holds one of % { } :");
   return std::nullopt;
 }
 

@@ -20,7 +20,7 @@ std::optional<std::string> read_text(const YamlNode& node, std::string_view what
 /// An unsigned 32-bit number, decimal or 0x hexadecimal, not in quotes.
 std::optional<std::uint32_t> read_number(const YamlNode& node, std::string_view what, Diagnostics& diagnostics);
 
-/// MAJOR.MINOR in digits, at most 8 bytes.
+/// MAJOR.MINOR in at most 8 bytes, neither with a leading zero.
 bool is_version(std::string_view text);
 std::optional<std::string> read_version(const YamlNode& node, Diagnostics& diagnostics);
 

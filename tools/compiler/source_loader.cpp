@@ -14,12 +14,15 @@
 namespace qzlog_compiler {
 namespace {
 
-constexpr std::array<KnownKey, 3> kSourceFields = {{{"version", true}, {"globals"}, {"entries", true}}};
+constexpr std::array<KnownKey, 4> kSourceFields = {{{"version", true}, {"globals"}, {"entries", true}, {"accept"}}};
 
 class SourceLoader {
  public:
-  SourceLoader(std::string_view source, MessagePath path, const ModelIndex* standard, Diagnostics& diagnostics)
-      : diagnostics_(diagnostics), entry_loader_({source, path, standard, &globals_, &diagnostics}) {}
+  SourceLoader(std::string_view source, MessagePath path, const ModelIndex* standard, AcceptedWarnings& accepted,
+               Diagnostics& diagnostics)
+      : accepted_(accepted),
+        diagnostics_(diagnostics),
+        entry_loader_({source, path, standard, &globals_, &diagnostics, &accepted}) {}
 
   DefinitionModel load(const YamlNode& root) {
     const MappingFields fields(root, kSourceFields, "a definition source", diagnostics_);
@@ -31,6 +34,9 @@ class SourceLoader {
       model_.globals = load_attribute_list(*globals, AttributeListKind::kGlobal, globals_, diagnostics_);
     }
     if (const YamlNode* const entries = fields.find("entries")) load_entries(*entries);
+    if (const YamlNode* const accept = fields.find("accept")) {
+      accepted_.load(*accept, AcceptScope::kFile, root, diagnostics_);
+    }
     return std::move(model_);
   }
 
@@ -50,35 +56,37 @@ class SourceLoader {
   void check_unique(const LoadedEntry& loaded) {
     const EntryDefinition& entry = loaded.entry;
     if (loaded.has_id) {
-      const auto [place, added] = ids_.try_emplace(entry.id, entry.position.line);
+      const auto [place, added] = ids_.try_emplace(entry.id, entry.position);
       if (!added) {
-        diagnostics_.error(entry.position, Rule::kDuplicateId,
-                           "the ID " + std::to_string(entry.id) + " is the ID of another entry, in line " +
-                               std::to_string(place->second));
+        diagnostics_
+            .error(entry.position, Rule::kDuplicateId,
+                   "the ID " + std::to_string(entry.id) + " is the ID of another entry")
+            .with_note(place->second, "the first is here");
       }
     }
     if (entry.name.empty()) return;
-    const auto [place, added] = names_.try_emplace(entry.name, entry.name_position.line);
+    const auto [place, added] = names_.try_emplace(entry.name, entry.name_position);
     if (!added) {
-      diagnostics_.error(
-          entry.name_position, Rule::kDuplicateEntryName,
-          quoted(entry.name) + " is the name of another entry, in line " + std::to_string(place->second));
+      diagnostics_
+          .error(entry.name_position, Rule::kDuplicateEntryName, quoted(entry.name) + " is the name of another entry")
+          .with_note(place->second, "the first is here");
     }
   }
 
+  AcceptedWarnings& accepted_;
   Diagnostics& diagnostics_;
   DefinitionModel model_;
   AttributeNames globals_;
   EntryLoader entry_loader_;
-  std::unordered_map<std::uint32_t, std::uint32_t> ids_;  // to lines, like the next
-  std::unordered_map<std::string, std::uint32_t> names_;
+  std::unordered_map<std::uint32_t, SourcePosition> ids_;
+  std::unordered_map<std::string, SourcePosition> names_;
 };
 
 }  // namespace
 
 DefinitionModel load_source(std::string_view source, const YamlTree& tree, MessagePath path, const ModelIndex* standard,
-                            Diagnostics& diagnostics) {
-  return SourceLoader(source, path, standard, diagnostics).load(tree.root());
+                            AcceptedWarnings& accepted, Diagnostics& diagnostics) {
+  return SourceLoader(source, path, standard, accepted, diagnostics).load(tree.root());
 }
 
 }  // namespace qzlog_compiler

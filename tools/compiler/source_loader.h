@@ -3,6 +3,7 @@
 
 #include <string_view>
 
+#include "tools/compiler/accepted_warnings.h"
 #include "tools/compiler/definition_model.h"
 #include "tools/compiler/diagnostics.h"
 #include "tools/compiler/message_lowering.h"
@@ -13,9 +14,9 @@ namespace qzlog_compiler {
 /// Reads a definition source: checks everything that can be wrong with the source itself, fills in the defaults and
 /// writes the stored templates. With `standard` the source is an auxiliary one: entries that the standard definitions
 /// have may leave out message and mask, keep its word, and refer to its attributes. After an error the model holds what
-/// could be read. `source` is the text that `tree` was parsed from.
+/// could be read. What the source accepts is added to `accepted`. `source` is the text that `tree` was parsed from.
 DefinitionModel load_source(std::string_view source, const YamlTree& tree, MessagePath path, const ModelIndex* standard,
-                            Diagnostics& diagnostics);
+                            AcceptedWarnings& accepted, Diagnostics& diagnostics);
 
 }  // namespace qzlog_compiler
 

@@ -18,7 +18,15 @@ LeadByte read_lead_byte(unsigned char byte) {
   return {0, 0};
 }
 
-bool is_control(char32_t code) { return code < 0x20 || (code >= 0x7F && code < 0xA0) || (code & ~1U) == 0x2028; }
+/// Marks, embeddings, overrides and isolates, which reorder what a terminal shows around them.
+bool turns_direction(char32_t code) {
+  return code == 0x061C || code == 0x200E || code == 0x200F || (code >= 0x202A && code <= 0x202E) ||
+         (code >= 0x2066 && code <= 0x2069);
+}
+
+bool is_control(char32_t code) {
+  return code < 0x20 || (code >= 0x7F && code < 0xA0) || is_line_break(code) || turns_direction(code);
+}
 
 void append_escape(std::string& out, char32_t code) {
   constexpr std::string_view kDigits = "0123456789ABCDEF";
@@ -30,21 +38,6 @@ void append_escape(std::string& out, char32_t code) {
     out += "\\u";
     for (int shift = 12; shift >= 0; shift -= 4) out += kDigits[(code >> shift) & 0xFU];
   }
-}
-
-/// Appends the character at `offset` as a diagnostic shows it and returns the bytes that it takes in the text.
-std::size_t append_printable(std::string& out, std::string_view text, std::size_t offset) {
-  const Utf8Character character = decode_utf8(text, offset);
-  if (character.size == 0) {
-    out += "\uFFFD";
-    return 1;
-  }
-  if (is_control(character.code)) {
-    append_escape(out, character.code);
-  } else {
-    out += text.substr(offset, character.size);
-  }
-  return character.size;
 }
 
 }  // namespace
@@ -78,6 +71,20 @@ std::size_t utf16_length(std::string_view text) {
     units += value >= 0xF0 ? 2 : 1;
   }
   return units;
+}
+
+std::size_t append_printable(std::string& out, std::string_view text, std::size_t offset) {
+  const Utf8Character character = decode_utf8(text, offset);
+  if (character.size == 0) {
+    out += "\uFFFD";
+    return 1;
+  }
+  if (is_control(character.code)) {
+    append_escape(out, character.code);
+  } else {
+    out += text.substr(offset, character.size);
+  }
+  return character.size;
 }
 
 std::string printable(std::string_view text) {

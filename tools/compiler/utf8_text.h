@@ -23,6 +23,16 @@ std::size_t utf8_size(char32_t code);
 /// The UTF-16 units of well-formed UTF-8.
 std::size_t utf16_length(std::string_view text);
 
+/// What YAML counts as the end of a line; a line feed behind a carriage return belongs to it.
+constexpr bool is_line_break(char32_t code) {
+  return code == '\n' || code == '\r' || code == 0x85 || code == 0x2028 || code == 0x2029;
+}
+
+/// Appends the character at `offset` as it is safe to show on a terminal and returns the bytes that it takes in the
+/// text. Control characters, those that turn the direction of writing included, become escapes, what is not UTF-8 the
+/// replacement character.
+std::size_t append_printable(std::string& out, std::string_view text, std::size_t offset);
+
 /// A text that is safe to show on a terminal: control characters as escapes, other bytes as they are.
 std::string printable(std::string_view text);
 

@@ -86,18 +86,20 @@ bool check_characters(std::string_view source, Diagnostics& diagnostics) {
   for (std::size_t offset = 0; offset < source.size();) {
     const Utf8Character character = decode_utf8(source, offset);
     if (character.size == 0) {
-      diagnostics.error(position, Rule::kInvalidUtf8, "the source is not UTF-8 from here on; save it as UTF-8");
+      diagnostics.error(position, Rule::kInvalidUtf8, "the source is not UTF-8 from here on")
+          .with_hint("save it as UTF-8");
       return false;
     }
     if (!is_yaml_character(character.code)) {
-      diagnostics.error(position, Rule::kControlCharacter,
-                        "the character U+" + hexadecimal(character.code) +
-                            " cannot stand in a source; write it as an escape in a double-quoted text");
+      diagnostics
+          .error(position, Rule::kControlCharacter,
+                 "the character U+" + hexadecimal(character.code) + " cannot stand in a source")
+          .with_hint("write it as an escape in a double-quoted text");
       clean = false;
     }
     offset += character.size;
-    const bool carriage_return_alone = character.code == '\r' && (offset == source.size() || source[offset] != '\n');
-    if (character.code == '\n' || carriage_return_alone) {
+    const bool before_line_feed = character.code == '\r' && offset < source.size() && source[offset] == '\n';
+    if (is_line_break(character.code) && !before_line_feed) {
       ++position.line;
       position.column = 1;
     } else {
@@ -154,6 +156,7 @@ class YamlTreeBuilder {
         return open(event, YamlKind::kMapping);
       case YAML_SEQUENCE_END_EVENT:
       case YAML_MAPPING_END_EVENT:
+        tree_.nodes_[open_nodes_.back().index].end = position_of(event.end_mark);
         open_nodes_.pop_back();
         return true;
       default:
@@ -226,8 +229,8 @@ class YamlTreeBuilder {
   }
 
   void refuse(const yaml_event_t& event, const std::string& what) {
-    diagnostics_.error(position_of(event.start_mark), Rule::kYamlFeature,
-                       what + " has no place in a definition source; write the value out");
+    diagnostics_.error(position_of(event.start_mark), Rule::kYamlFeature, what + " has no place in a definition source")
+        .with_hint("write the value out");
     usable_ = false;
   }
 
@@ -236,10 +239,10 @@ class YamlTreeBuilder {
     if (parser.error == YAML_MEMORY_ERROR) throw std::bad_alloc();
     std::string text = parser.problem == nullptr ? "not well-formed" : parser.problem;
     if (parser.context != nullptr) text = text + " " + parser.context;
-    if (parser.context != nullptr && parser.context_mark.line != parser.problem_mark.line) {
-      text += " that begins in line " + std::to_string(parser.context_mark.line + 1);
-    }
-    diagnostics_.error(position_of(parser.problem_mark), Rule::kYamlSyntax, std::move(text));
+    const SourcePosition place = position_of(parser.problem_mark);
+    const SourcePosition begin = position_of(parser.context_mark);
+    Diagnostic& error = diagnostics_.error(place, Rule::kYamlSyntax, std::move(text));
+    if (parser.context != nullptr && begin != place) error.with_note(begin, "it begins here");
   }
 
   std::string_view source_;

@@ -38,6 +38,7 @@ class YamlTree {
     YamlKind kind = YamlKind::kScalar;
     ScalarStyle style = ScalarStyle::kPlain;
     SourcePosition position;
+    SourcePosition end = {};
     std::uint32_t source_offset = 0;
     std::uint32_t text_offset = 0;
     std::uint32_t text_size = 0;
@@ -55,6 +56,8 @@ class YamlNode {
   YamlKind kind() const { return node().kind; }
   ScalarStyle style() const { return node().style; }
   SourcePosition position() const { return node().position; }
+  /// Of a sequence or a mapping: where it has ended, at the latest where the next node begins.
+  SourcePosition end_position() const { return node().end; }
 
   /// Where the node begins in the source, in bytes.
   std::size_t source_offset() const { return node().source_offset; }

@@ -29,11 +29,7 @@ TEST(LoadAttributeList, MistakenType_KeepsTheNameWithoutAType) {
   const auto attributes = load_attribute_list(source.root(), AttributeListKind::kOwn, names, source.diagnostics());
   EXPECT_EQ(attributes.size(), 1U);
   EXPECT_EQ(names.find("A"), TypeUnknown);
-  EXPECT_EQ(
-      source.printed_diagnostics(),
-      "f:1:19: error: unknown type 'Char33' for attribute 'A'; types are Bool, UInt1, SInt1, UInt2, SInt2, UInt4, "
-      "SInt4, Float, Char32, Char64, Char128, Char256, Char1K, Char2K, MBChar32, MBChar64, MBChar128, MBChar256, "
-      "MBChar1K, MBChar2K, Date, Time, Timestamp, GUID [unknown-type]\n");
+  EXPECT_EQ(source.printed_diagnostics(), "f:1:19: error: unknown type 'Char33' for attribute 'A' [unknown-type]\n");
 }
 
 TEST(LoadAttributeList, MistakenName_LeavesEveryOtherNameOpen) {
@@ -48,7 +44,7 @@ TEST(LoadAttributeList, GlobalAttributes_HaveNoRedirect) {
   AttributeNames names;
   load_attribute_list(source.root(), AttributeListKind::kGlobal, names, source.diagnostics());
   EXPECT_EQ(source.printed_diagnostics(),
-            "f:1:25: error: unknown key 'redirect' in a global attribute; allowed are name, type [unknown-key]\n");
+            "f:1:25: error: unknown key 'redirect' in a global attribute [unknown-key]\n");
 }
 
 TEST(LoadAttributeList, TwoOfOneName_KeepsTheFirst) {
@@ -58,7 +54,7 @@ TEST(LoadAttributeList, TwoOfOneName_KeepsTheFirst) {
   ASSERT_EQ(attributes.size(), 1U);
   EXPECT_EQ(attributes[0].type, TypeBool);
   EXPECT_EQ(source.printed_diagnostics(),
-            "f:2:10: error: 'A' is the name of another of these global attributes, in line 1 [duplicate-global]\n");
+            "f:2:10: error: 'A' is the name of another of these global attributes [duplicate-global]\n");
 }
 
 TEST(LoadAttributeList, TwoHundredFiftyFive_AreAllowedAndOneMoreIsNot) {

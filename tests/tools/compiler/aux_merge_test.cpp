@@ -48,7 +48,7 @@ SelectorMessage selector_message(std::uint32_t index, std::uint32_t value) {
 
 std::string check(const DefinitionModel& aux, const DefinitionModel& standard = standard_model()) {
   Diagnostics diagnostics("f");
-  check_aux_merge(aux, ModelIndex(standard), diagnostics);
+  check_aux_merge(aux, ModelIndex(standard), "std", diagnostics);
   return printed(diagnostics.take_sorted());
 }
 
@@ -133,9 +133,7 @@ TEST(CheckAuxMerge, AnotherMask_IsIgnoredUnlessTheStandardOneIsZero) {
 
 TEST(CheckAuxMerge, MessageWithoutTextOrId_IsIgnored) {
   const std::string ignored =
-      "f:9:9: warning: the entry keeps the message of the standard definitions; only a text and a catalog key "
-      "together, "
-      "neither of them empty, replace it [aux-message-ignored]\n";
+      "f:9:9: warning: the entry keeps the message of the standard definitions [aux-message-ignored]\n";
   EntryDefinition entry = extension();
   entry.message.position = kHere;
   entry.message_id = "ONE";

@@ -59,8 +59,10 @@ TEST_F(CompileCommand, SourceWithErrors_LeavesTheOldFile) {
   const std::string source = write("a.yaml", kBad);
   EXPECT_EQ(run({source, "-o", path("a.ldf")}), 1);
   EXPECT_EQ(error_, source +
-                        ":2:25: error: bad entry name 'a'; a name begins with A-Z and goes on with A-Z, 0-9 and _ "
-                        "[bad-entry-name]\n");
+                        ":2:25: error: bad entry name 'a' [bad-entry-name]\n"
+                        "    2 | entries: [{id: 1, name: a, message: text}]\n"
+                        "      |                         ^\n"
+                        "  hint: a name begins with A-Z and goes on with A-Z, 0-9 and _\n");
   EXPECT_EQ(content(path("a.ldf")), "old");
 }
 

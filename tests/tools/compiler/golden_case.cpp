@@ -169,6 +169,20 @@ void describe_entry(std::ostream& out, const qzlog_compiler::EntryDefinition& en
   }
 }
 
+/// Very long lines are cut, so that the cases stay readable.
+std::string shortened(const std::string& text) {
+  constexpr std::size_t kLongestLine = 2000;
+  constexpr std::size_t kShown = 100;
+  std::istringstream in(text);
+  std::string out;
+  for (std::string line; std::getline(in, line);) {
+    const std::size_t size = line.size();
+    if (size > kLongestLine) line = line.substr(0, kShown) + "... (" + std::to_string(size) + " bytes)";
+    out += line + '\n';
+  }
+  return out;
+}
+
 std::string describe(const std::string& bytes) {
   std::ostringstream out;
   if (!qzlog_compiler::looks_like_ldf(bytes)) return bytes;
@@ -177,7 +191,7 @@ std::string describe(const std::string& bytes) {
   for (const auto& global : file.model.globals) describe_attribute(out, "global", global);
   for (const auto& entry : file.model.entries) describe_entry(out, entry);
   if (file.damage) out << "damaged: " << file.damage->reason << '\n';
-  return out.str();
+  return shortened(out.str());
 }
 
 /// The files below a folder by their paths in it.

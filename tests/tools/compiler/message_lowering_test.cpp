@@ -147,16 +147,16 @@ TEST(LowerMessageTexts, PathConflict_NamesTheText) {
   ASSERT_EQ(lowered.findings.size(), 1U);
   EXPECT_EQ(lowered.findings[0].text,
             "no single stored text shows 'of '{Name}'' on both paths: what is quoted here for the ICU path, the narrow "
-            "path shows with its quotes; --path icu or --path narrow says which path counts");
+            "path shows with its quotes");
+  EXPECT_EQ(lowered.findings[0].hint, "--path icu or --path narrow says which path counts");
 }
 
 TEST(LowerMessageTexts, LaterPercent_HintsAtTheFormatP) {
   const LoweredMessage lowered = lower_message("100%", find_type, MessagePath::kIcu);
   ASSERT_EQ(lowered.findings.size(), 1U);
-  EXPECT_EQ(
-      lowered.findings[0].text,
-      "no path can show a percent sign here, and only the ICU path one at the very start of a message; the format "
-      "P shows a number with a percent sign");
+  EXPECT_EQ(lowered.findings[0].text,
+            "no path can show a percent sign here, and only the ICU path one at the very start of a message");
+  EXPECT_EQ(lowered.findings[0].hint, "the format P shows a number with a percent sign");
 }
 
 }  // namespace

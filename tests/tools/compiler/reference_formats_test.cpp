@@ -42,16 +42,13 @@ struct ResolveCase {
 
 TEST(ResolveFormats, NameWithoutAFormat_FollowsItsType) {
   const std::string unset =
-      "nothing here defines the standard field VERSION_ID, so no entry can set it and the message fails; define it as "
-      "a "
-      "global attribute of type MBChar32";
+      "nothing here defines the standard field VERSION_ID, so no entry can set it and the message fails";
   const ResolveCase cases[] = {
       {"A", TypeChar32, "s", ""},
       {"A", TypeTimestamp, "DT", ""},
       {"A", TypeUnknown, "s", ""},
       {"A", TypeGUID, "", "'A' is a GUID attribute, which can be neither set nor shown"},
-      {"A", std::nullopt, "",
-       "unknown attribute 'A'; a placeholder names an attribute of the entry, a global attribute or a standard field"},
+      {"A", std::nullopt, "", "unknown attribute 'A'"},
       {"TIMESTAMP", std::nullopt, "DT", ""},
       {"TIMESTAMP", TypeTimestamp, "DT", ""},
       {"TIMESTAMP", TypeChar32, "",
@@ -68,14 +65,15 @@ TEST(ResolveFormats, NameWithoutAFormat_FollowsItsType) {
     if (entry.finding.empty()) continue;
     EXPECT_EQ(result.findings[0].text, entry.finding);
     EXPECT_EQ(result.findings[0].offset, 7U);
+    EXPECT_FALSE(result.findings[0].hint.empty());
   }
 }
 
 TEST(ResolveFormats, RefusedFormat_NamesTheAcceptedOnes) {
   const Resolution result = resolve("Free", 's', TypeUInt4);
   ASSERT_EQ(result.findings.size(), 1U);
-  EXPECT_EQ(result.findings[0].text,
-            "the format 's' does not accept UInt4 attributes as 'Free'; the type is shown by d u C P");
+  EXPECT_EQ(result.findings[0].text, "the format 's' does not accept UInt4 attributes as 'Free'");
+  EXPECT_EQ(result.findings[0].hint, "the type is shown by d u C P");
 }
 
 }  // namespace

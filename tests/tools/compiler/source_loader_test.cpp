@@ -8,7 +8,8 @@ namespace qzlog_compiler {
 namespace {
 
 DefinitionModel load(ParsedSource& source) {
-  return load_source(source.text(), source.tree(), MessagePath::kBoth, nullptr, source.diagnostics());
+  AcceptedWarnings accepted;
+  return load_source(source.text(), source.tree(), MessagePath::kBoth, nullptr, accepted, source.diagnostics());
 }
 
 TEST(LoadSource, GlobalsBehindEntries_AreKnownInMessages) {
@@ -28,8 +29,8 @@ TEST(LoadSource, EntriesWithOneIdOrName_AreReported) {
       "- {id: 11, name: A, message: m}\n");
   load(source);
   EXPECT_EQ(source.printed_diagnostics(),
-            "f:4:8: error: the ID 10 is the ID of another entry, in line 3 [duplicate-id]\n"
-            "f:5:18: error: 'A' is the name of another entry, in line 3 [duplicate-entry-name]\n");
+            "f:4:8: error: the ID 10 is the ID of another entry [duplicate-id]\n"
+            "f:5:18: error: 'A' is the name of another entry [duplicate-entry-name]\n");
 }
 
 TEST(LoadSource, EntriesWithoutReadableIdAndName_AreNotTakenForDuplicates) {
@@ -43,10 +44,10 @@ TEST(LoadSource, EntriesWithoutReadableIdAndName_AreNotTakenForDuplicates) {
 TEST(LoadSource, EmptySource_LacksEverything) {
   ParsedSource source("");
   load(source);
-  EXPECT_EQ(
-      source.printed_diagnostics(),
-      "f:1:1: error: expected a definition source, a mapping with the keys version, globals, entries, found no value "
-      "[wrong-type]\n");
+  EXPECT_EQ(source.printed_diagnostics(),
+            "f:1:1: error: expected a definition source, a mapping with the keys version, globals, entries, accept, "
+            "found no value "
+            "[wrong-type]\n");
 }
 
 }  // namespace

@@ -72,19 +72,16 @@ TEST(ParseYaml, WhatIsNoDefinitionSource_IsRefusedWithItsPlace) {
   const RefusalCase cases[] = {
       {"a: [1,\n", "f:2:1: error: did not find expected node content while parsing a flow node [yaml-syntax]\n"},
       {"a: &x 1\nb: *x\n",
-       "f:1:4: error: an anchor has no place in a definition source; write the value out [yaml-feature]\n"
-       "f:2:4: error: an alias has no place in a definition source; write the value out [yaml-feature]\n"},
-      {"a: !!str 1\n", "f:1:4: error: a tag has no place in a definition source; write the value out [yaml-feature]\n"},
-      {"a: 1\n---\nb: 2\n",
-       "f:2:1: error: a second document has no place in a definition source; write the value out [yaml-feature]\n"},
+       "f:1:4: error: an anchor has no place in a definition source [yaml-feature]\n"
+       "f:2:4: error: an alias has no place in a definition source [yaml-feature]\n"},
+      {"a: !!str 1\n", "f:1:4: error: a tag has no place in a definition source [yaml-feature]\n"},
+      {"a: 1\n---\nb: 2\n", "f:2:1: error: a second document has no place in a definition source [yaml-feature]\n"},
       {std::string(17, '['), "f:1:17: error: nested deeper than 16 levels [yaml-depth]\n"},
-      {"a: x\nb: \xFFy\n", "f:2:4: error: the source is not UTF-8 from here on; save it as UTF-8 [invalid-utf8]\n"},
-      {std::string("a: \0b\n", 6),
-       "f:1:4: error: the character U+0000 cannot stand in a source; write it as an escape in "
-       "a double-quoted text [control-character]\n"},
+      {"a: x\nb: \xFFy\n", "f:2:4: error: the source is not UTF-8 from here on [invalid-utf8]\n"},
+      {std::string("a: \0b\n", 6), "f:1:4: error: the character U+0000 cannot stand in a source [control-character]\n"},
       {"\xFF\xFE"
        "a",
-       "f:1:1: error: the source is not UTF-8 from here on; save it as UTF-8 [invalid-utf8]\n"},
+       "f:1:1: error: the source is not UTF-8 from here on [invalid-utf8]\n"},
   };
   for (const RefusalCase& entry : cases) {
     ParsedSource source(entry.text);
@@ -105,6 +102,33 @@ TEST(ParseYaml, DeeplyNestedBrackets_AreRefusedQuickly) {
   ParsedSource source(std::string(4 << 20, '['));
   EXPECT_FALSE(source.parsed());
   EXPECT_EQ(source.printed_diagnostics(), "f:1:17: error: nested deeper than 16 levels [yaml-depth]\n");
+}
+
+TEST(ParseYaml, LineBreaksThatAreNotLineFeeds_CountAsLines) {
+  for (const char* const line_break : {"\n", "\r", "\r\n", "\u0085", "\u2028", "\u2029"}) {
+    ParsedSource source("a: x" + std::string(line_break) + "b: \x01\n");
+    EXPECT_EQ(source.printed_diagnostics(),
+              "f:2:4: error: the character U+0001 cannot stand in a source [control-character]\n");
+  }
+}
+
+TEST(ParseYaml, SequencesAndMappings_KnowWhereTheyEnd) {
+  ParsedSource source("list:\n  - {a: 1}\n  - b: 2\n    c: 3\nnext: 4\n");
+  ASSERT_TRUE(source.parsed());
+  std::vector<SourcePosition> begins;
+  std::vector<SourcePosition> ends;
+  source.root().for_each_pair([&](const YamlNode&, const YamlNode& value) {
+    if (value.kind() != YamlKind::kSequence) return;
+    value.for_each_item([&](const YamlNode& item) {
+      begins.push_back(item.position());
+      ends.push_back(item.end_position());
+    });
+  });
+  EXPECT_EQ(begins, (std::vector<SourcePosition>{{2, 5}, {3, 5}}));
+  ASSERT_EQ(ends.size(), 2U);
+  EXPECT_EQ(ends[0], (SourcePosition{2, 11}));
+  EXPECT_GT(ends[1], (SourcePosition{4, 7}));
+  EXPECT_LE(ends[1], (SourcePosition{5, 1}));
 }
 
 }  // namespace

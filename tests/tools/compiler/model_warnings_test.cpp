@@ -1,0 +1,195 @@
+#include "tools/compiler/model_warnings.h"
+
+#include <gtest/gtest.h>
+
+namespace qzlog_compiler {
+namespace {
+
+/// A model as it comes from a compiled file: no positions, stored templates only.
+EntryDefinition entry(std::uint32_t id, const std::string& stored, std::vector<AttributeDefinition> attributes = {}) {
+  EntryDefinition result;
+  result.id = id;
+  result.message.stored = stored;
+  result.attributes = std::move(attributes);
+  return result;
+}
+
+AttributeDefinition attribute(const std::string& name, qz_AttributeType type) { return {name, type, "", {}}; }
+
+DefinitionModel model_of(std::vector<EntryDefinition> entries, std::vector<AttributeDefinition> globals = {}) {
+  return {"1.0", std::move(globals), std::move(entries)};
+}
+
+/// One line per warning: entry, rule and text.
+std::string found(const DefinitionModel& model, MessagePath path = MessagePath::kBoth,
+                  const DefinitionModel* standard = nullptr) {
+  std::string out;
+  for (const ModelWarning& warning : find_model_warnings(model, standard, path)) {
+    out += warning.about_entry ? std::to_string(warning.entry_id) : "file";
+    out += " " + std::string(rule_name(warning.rule)) + ": " + warning.text + "\n";
+    EXPECT_FALSE(warning.hint.empty());
+  }
+  return out;
+}
+
+TEST(FindModelWarnings, OrdinaryModel_HasNone) {
+  const DefinitionModel model =
+      model_of({entry(1, "%s%A% has %d%B%", {attribute("A", TypeChar32), attribute("B", TypeUInt2)})},
+               {attribute("G", TypeUInt4)});
+  for (const MessagePath path : {MessagePath::kBoth, MessagePath::kIcu, MessagePath::kNarrow}) {
+    EXPECT_EQ(found(model, path), "");
+  }
+}
+
+TEST(FindModelWarnings, EmptyModel_HasNone) { EXPECT_EQ(found({}), ""); }
+
+struct FormatCase {
+  const char* stored;
+  MessagePath path;
+  const char* text;
+};
+
+TEST(FindModelWarnings, LargeUnsignedNumbers_AreWrongAsThePathShowsThem) {
+  constexpr const char* kNegative =
+      "1 negative-unsigned: values of 'N' above 2147483647 show as negative numbers on the ICU path\n";
+  constexpr const char* kOther =
+      "1 negative-unsigned: values of 'N' above 2147483647 show as other numbers on the narrow path\n";
+  const FormatCase cases[] = {
+      {"%d%N%", MessagePath::kIcu, kNegative},
+      {"%u%N%", MessagePath::kIcu, kNegative},
+      {"%C%N%", MessagePath::kIcu, kNegative},
+      {"%P%N%", MessagePath::kBoth, kNegative},
+      {"%d%N%", MessagePath::kNarrow, ""},
+      {"%u%N%", MessagePath::kNarrow, ""},
+      {"%C%N%", MessagePath::kNarrow, kOther},
+      {"%P%N%", MessagePath::kNarrow, kOther},
+      {"%d%N% %d%N%", MessagePath::kBoth, kNegative},
+  };
+  for (const FormatCase& item : cases) {
+    EXPECT_EQ(found(model_of({entry(1, item.stored, {attribute("N", TypeUInt4)})}), item.path), item.text)
+        << item.stored;
+  }
+}
+
+TEST(FindModelWarnings, Booleans_AreNeverShown) {
+  constexpr const char* kZero = "1 boolean-as-zero: the Bool 'N' shows as 0 on the ICU path, whatever its value\n";
+  constexpr const char* kNarrowZero =
+      "1 boolean-as-zero: the Bool 'N' shows as 0 on the narrow path, whatever its value\n";
+  constexpr const char* kNothing =
+      "1 boolean-as-zero: the Bool 'N' shows as nothing on the narrow path, whatever its value\n";
+  const FormatCase cases[] = {
+      {"%d%N%", MessagePath::kIcu, kZero},          {"%C%N%", MessagePath::kBoth, kZero},
+      {"%d%N%", MessagePath::kNarrow, kNothing},    {"%u%N%", MessagePath::kNarrow, kNothing},
+      {"%P%N%", MessagePath::kNarrow, kNarrowZero}, {"%x%N%", MessagePath::kBoth, ""},
+  };
+  for (const FormatCase& item : cases) {
+    EXPECT_EQ(found(model_of({entry(1, item.stored, {attribute("N", TypeBool)})}), item.path), item.text)
+        << item.stored;
+  }
+}
+
+TEST(FindModelWarnings, TypeOfAReference_IsTheOwnAttributesBeforeTheGlobalOnes) {
+  EXPECT_EQ(found(model_of({entry(1, "%d%N%")}, {attribute("N", TypeBool)}), MessagePath::kIcu),
+            "1 boolean-as-zero: the Bool 'N' shows as 0 on the ICU path, whatever its value\n");
+  EXPECT_EQ(found(model_of({entry(1, "%d%N%", {attribute("N", TypeUInt1)})}, {attribute("N", TypeBool)})),
+            "1 hidden-global: the entry's attribute 'N' hides the global attribute of that name\n");
+}
+
+TEST(FindModelWarnings, EveryMessageOfAnEntry_IsLookedAt) {
+  EntryDefinition item = entry(1, "plain%_%TIMESTAMP%", {attribute("N", TypeUInt4), attribute("K", TypeUInt1)});
+  item.selector.attribute = "K";
+  item.selector.messages.resize(2);
+  item.selector.messages[0].message.stored = "%d%N%";
+  item.selector.messages[1].message.stored = "and %d%N%";
+  const std::string one =
+      "1 negative-unsigned: values of 'N' above 2147483647 show as negative numbers on the ICU path\n";
+  EXPECT_EQ(found(model_of({item})), one + one);
+}
+
+TEST(FindModelWarnings, AttributeInNoMessage_IsUnused) {
+  EXPECT_EQ(found(model_of({entry(1, "%s%A%", {attribute("A", TypeChar32), attribute("B", TypeChar32)})})),
+            "1 unused-attribute: the attribute 'B' is in no message of its entry and selects none\n");
+}
+
+TEST(FindModelWarnings, MessageAboveTheLimit_IsLong) {
+  EXPECT_EQ(found(model_of({entry(1, std::string(65535, 'x'))})), "");
+  EXPECT_EQ(found(model_of({entry(1, std::string(65536, 'x'))})),
+            "1 long-message: the message takes 65536 bytes in the compiled file\n");
+}
+
+struct QuoteCase {
+  const char* stored;
+  bool quoted;
+};
+
+TEST(FindModelWarnings, ApostropheBeforeAReference_SwitchesItOffForIcu) {
+  const QuoteCase cases[] = {
+      {"'%s%A%'", true},       // directly before it
+      {"''%s%A%''", false},    // a literal apostrophe
+      {"'''%s%A%", true},      // a literal one, and one that quotes
+      {"don't %s%A%", false},  // before a letter it is literal
+      {"'{x}%s%A%", true},     // a brace was quoted, and nothing ended it
+      {"'{x}'%s%A%", false},   // here it was ended
+      {"'{''x'%s%A%", false},  // two in quoted text are a literal one
+      {"'{''x%s%A%", true},    //
+      {"'}'' %s%A%", true},    //
+      {"%s%A%'", false},       // behind it
+      {"%x%A%'%s%A%", true},   // a reference that shows nothing changes nothing
+      {"'%x%A%", false},       //
+  };
+  for (const QuoteCase& item : cases) {
+    const std::string warning =
+        "1 quoted-placeholder: an apostrophe switches the reference to 'A' off on the ICU path, which shows its number "
+        "in braces\n";
+    const DefinitionModel model = model_of({entry(1, item.stored, {attribute("A", TypeChar32)})});
+    EXPECT_EQ(found(model), item.quoted ? warning : "") << item.stored;
+    EXPECT_EQ(found(model, MessagePath::kNarrow), "") << item.stored;
+  }
+}
+
+TEST(FindModelWarnings, AuxiliaryEntry_IsSeenTogetherWithTheStandardOne) {
+  const DefinitionModel standard = model_of({entry(1, "%d%S% %s%A%", {attribute("S", TypeUInt4)})});
+  EntryDefinition extension = entry(1, "", {attribute("A", TypeChar32), attribute("B", TypeChar32)});
+  EXPECT_EQ(found(model_of({extension}), MessagePath::kBoth, &standard),
+            "1 unused-attribute: the attribute 'B' is in no message of its entry and selects none\n");
+  extension.message.stored = "%d%S% %s%A% %s%B%";
+  EXPECT_EQ(found(model_of({extension}), MessagePath::kBoth, &standard),
+            "1 negative-unsigned: values of 'S' above 2147483647 show as negative numbers on the ICU path\n");
+}
+
+TEST(FindModelWarnings, GlobalsOfOneFileAndAttributesOfTheOther_HideEachOther) {
+  const DefinitionModel standard =
+      model_of({entry(1, "%s%A%", {attribute("A", TypeChar32)})}, {attribute("G", TypeBool)});
+  const DefinitionModel aux = model_of({entry(2, "%s%G%", {attribute("G", TypeChar32)})},
+                                       {attribute("A", TypeChar32), attribute("H", TypeBool)});
+  EXPECT_EQ(found(aux, MessagePath::kBoth, &standard),
+            "file hidden-global: the standard entry 1 has an attribute 'A', which hides the global attribute of that "
+            "name\n"
+            "2 hidden-global: the entry's attribute 'G' hides the global attribute of that name\n");
+}
+
+TEST(FindModelWarnings, MoreSharedEntriesThanTheLibraryKeeps_LoseTheirStandardHalf) {
+  DefinitionModel model;
+  for (std::uint32_t id = 1; id <= 128; ++id) model.entries.push_back(entry(id, "x%_%TIMESTAMP%"));
+  DefinitionModel aux = model;
+  aux.entries.push_back(entry(1000, "x%_%TIMESTAMP%"));
+  EXPECT_EQ(found(aux, MessagePath::kBoth, &model), "");
+  model.entries.push_back(entry(1000, "x%_%TIMESTAMP%"));
+  EXPECT_EQ(found(aux, MessagePath::kBoth, &model),
+            "file aux-shared-entries: 129 entries extend standard ones; of those the library keeps 128 in memory, and "
+            "one that it reads again lacks what the standard file defines\n");
+}
+
+TEST(FindModelWarnings, PositionOfAReference_IsThatOfItsPlaceholder) {
+  DefinitionModel model = model_of({entry(1, "%s%A% %d%N%", {attribute("A", TypeChar32), attribute("N", TypeUInt4)})});
+  MessageText& message = model.entries[0].message;
+  message.written = "{A} {N}";
+  message.position = {3, 1};
+  message.references = {{3, 2}, {3, 6}};
+  EXPECT_EQ(find_model_warnings(model, nullptr, MessagePath::kIcu).at(0).position, (SourcePosition{3, 6}));
+  message.references.clear();
+  EXPECT_EQ(find_model_warnings(model, nullptr, MessagePath::kIcu).at(0).position, (SourcePosition{3, 1}));
+}
+
+}  // namespace
+}  // namespace qzlog_compiler

@@ -1,0 +1,324 @@
+#include "tools/compiler/model_warnings.h"
+
+#include <algorithm>
+#include <optional>
+#include <string_view>
+#include <unordered_map>
+#include <unordered_set>
+#include <utility>
+
+#include "tools/compiler/attribute_type.h"
+#include "tools/compiler/message_references.h"
+#include "tools/compiler/stored_template.h"
+#include "tools/compiler/utf8_text.h"
+
+namespace qzlog_compiler {
+namespace {
+
+constexpr std::size_t kMaximumMessageSize = 65535;
+constexpr std::size_t kCachedDefinitions = 128;  // that the library keeps in memory
+
+constexpr std::string_view kRenameHint = "give one of them another name";
+
+bool counts(MessagePath path, TemplateForm form) {
+  return path == MessagePath::kBoth || (path == MessagePath::kIcu) == (form == TemplateForm::kIcu);
+}
+
+std::string_view path_name(TemplateForm form) {
+  return form == TemplateForm::kIcu ? "the ICU path" : "the narrow path";
+}
+
+bool is_known_format(char format) { return kFormatCharacters.find(format) != std::string_view::npos; }
+
+void add_place(ModelWarning& warning, ModelWarning::Place place) {
+  if (place.position.known()) warning.places.push_back(std::move(place));
+}
+
+/// Follows ICU through the pattern that a template becomes, and finds the references that apostrophes make text.
+class QuotedReferences {
+ public:
+  std::vector<TemplatePart> find(const StoredTemplate& stored) {
+    for (const TemplatePart& part : stored.parts) {
+      if (!part.is_reference()) {
+        take_text(part.text);
+      } else if (is_known_format(part.format)) {
+        take_reference(part);
+      }
+    }
+    return std::move(found_);
+  }
+
+ private:
+  void take_text(std::string_view text) {
+    for (const char character : text) take(character);
+  }
+
+  void take_reference(const TemplatePart& part) {
+    take('{');
+    if (in_quotes_) found_.push_back(part);
+    take('}');
+  }
+
+  /// Two apostrophes are a literal one; a single one begins quoted text only before a brace, and ends it anywhere.
+  void take(char character) {
+    if (character == '\'') {
+      apostrophe_ = !apostrophe_;
+      return;
+    }
+    if (std::exchange(apostrophe_, false)) {
+      const bool begins = character == '{' || character == '}';
+      in_quotes_ = !in_quotes_ && begins;
+    }
+  }
+
+  std::vector<TemplatePart> found_;
+  bool in_quotes_ = false;
+  bool apostrophe_ = false;  // one stands before, not yet paired
+};
+
+/// A message with what the paths that count make of it.
+class EffectiveMessage {
+ public:
+  EffectiveMessage(const MessageText& message, MessagePath path) : message_(&message) {
+    if (counts(path, TemplateForm::kIcu)) icu_ = cut_template(message.stored, TemplateForm::kIcu);
+    if (counts(path, TemplateForm::kNarrow)) narrow_ = cut_template(message.stored, TemplateForm::kNarrow);
+  }
+
+  const MessageText& message() const { return *message_; }
+  const StoredTemplate* icu() const { return icu_ ? &*icu_ : nullptr; }
+
+  template <typename Visitor>
+  void for_each_reference(Visitor&& visit) const {
+    visit_references(icu_, TemplateForm::kIcu, visit);
+    visit_references(narrow_, TemplateForm::kNarrow, visit);
+  }
+
+  /// Where the source has the first reference to an attribute, else where it has the message.
+  SourcePosition find_reference(std::string_view name) const {
+    if (message_->references.empty()) return message_->position;
+    const std::vector<WrittenReference> written = written_references(*message_);
+    for (std::size_t i = 0; i < std::min(written.size(), message_->references.size()); ++i) {
+      if (written[i].name == name) return message_->references[i];
+    }
+    return message_->position;
+  }
+
+ private:
+  template <typename Visitor>
+  static void visit_references(const std::optional<StoredTemplate>& stored, TemplateForm form, Visitor& visit) {
+    if (!stored) return;
+    for (const TemplatePart& part : stored->parts) {
+      if (part.is_reference()) visit(part, form);
+    }
+  }
+
+  const MessageText* message_;
+  std::optional<StoredTemplate> icu_;
+  std::optional<StoredTemplate> narrow_;
+};
+
+/// The entries of one model, each with the standard entry that it extends and the global attributes.
+struct ModelContext {
+  const DefinitionModel* model;
+  const DefinitionModel* standard;
+  ModelIndex index;
+  std::optional<ModelIndex> standard_index;
+  MessagePath path;
+};
+
+class EntryWarnings {
+ public:
+  EntryWarnings(const ModelContext& context, const EntryDefinition& entry, std::vector<ModelWarning>& warnings)
+      : context_(context),
+        entry_(entry),
+        standard_entry_(context.standard_index ? context.standard_index->find_entry(entry.id) : nullptr),
+        warnings_(warnings) {}
+
+  void find() {
+    add_message(entry_.message);
+    for (const SelectorMessage& message : entry_.selector.messages) add_message(message.message);
+    for (const EffectiveMessage& message : messages_) check_message(message);
+    check_attributes();
+  }
+
+ private:
+  void add_message(const MessageText& message) {
+    if (!message.stored.empty()) messages_.emplace_back(message, context_.path);
+  }
+
+  void check_message(const EffectiveMessage& message) {
+    if (message.message().stored.size() > kMaximumMessageSize) {
+      add(Rule::kLongMessage, message.message().position,
+          "the message takes " + std::to_string(message.message().stored.size()) + " bytes in the compiled file",
+          "keep messages within 65,535 bytes; long texts belong into attributes or documents");
+    }
+    std::unordered_set<std::string_view> told;
+    message.for_each_reference([&](const TemplatePart& reference, TemplateForm form) {
+      if (is_known_format(reference.format)) check_reference(message, reference, form, told);
+    });
+    if (message.icu() != nullptr) check_quotes(message);
+  }
+
+  /// One warning for an attribute in a message, however often the message refers to it.
+  void check_reference(const EffectiveMessage& message, const TemplatePart& reference, TemplateForm form,
+                       std::unordered_set<std::string_view>& told) {
+    const qz_AttributeType type = find_type(reference.text);
+    if (type != TypeUInt4 && type != TypeBool) return;
+    const bool whole_range = type == TypeUInt4 && form == TemplateForm::kNarrow && is_plain_number(reference.format);
+    if (whole_range || !told.insert(reference.text).second) return;
+    const SourcePosition position = message.find_reference(reference.text);
+    if (type == TypeUInt4) {
+      add(Rule::kNegativeUnsigned, position,
+          "values of " + quoted(reference.text) + " above 2147483647 show as " + wrong_number(form) + " on " +
+              std::string(path_name(form)),
+          "accept this where values stay below, or store them as text");
+    } else {
+      add(Rule::kBooleanAsZero, position,
+          "the Bool " + quoted(reference.text) + " shows as " + boolean_text(reference.format, form) + " on " +
+              std::string(path_name(form)) + ", whatever its value",
+          "give it the type UInt1 to show 1 or 0, or let a UInt1 select the message");
+    }
+  }
+
+  static bool is_plain_number(char format) { return format == 'd' || format == 'u'; }
+
+  static std::string wrong_number(TemplateForm form) {
+    return form == TemplateForm::kIcu ? "negative numbers" : "other numbers";
+  }
+
+  static std::string boolean_text(char format, TemplateForm form) {
+    return form == TemplateForm::kNarrow && is_plain_number(format) ? "nothing" : "0";
+  }
+
+  void check_quotes(const EffectiveMessage& message) {
+    std::unordered_set<std::string_view> told;
+    const std::vector<TemplatePart> found = QuotedReferences().find(*message.icu());
+    for (const TemplatePart& reference : found) {
+      if (!told.insert(reference.text).second) continue;
+      add(Rule::kQuotedPlaceholder, message.find_reference(reference.text),
+          "an apostrophe switches the reference to " + quoted(reference.text) +
+              " off on the ICU path, which shows its number in braces",
+          "write the apostrophe before it twice for a literal one");
+    }
+  }
+
+  void check_attributes() {
+    std::unordered_set<std::string_view> used;
+    collect_references(used);
+    for (const AttributeDefinition& attribute : entry_.attributes) {
+      if (!used.contains(attribute.name)) {
+        add(Rule::kUnusedAttribute, attribute.position,
+            "the attribute " + quoted(attribute.name) + " is in no message of its entry and selects none",
+            attribute.type == TypeGUID ? "leave it out; a GUID attribute can be neither set nor shown"
+                                       : "refer to it in a message, or accept this where only programs read it");
+      }
+      check_hidden_global(attribute);
+    }
+  }
+
+  /// Whatever a path makes of a reference, its attribute is used.
+  void collect_references(std::unordered_set<std::string_view>& used) {
+    used.insert(entry_.selector.attribute);
+    add_standard_messages();
+    for (const EffectiveMessage& message : messages_) {
+      message.for_each_reference([&used](const TemplatePart& reference, TemplateForm) { used.insert(reference.text); });
+    }
+  }
+
+  /// An auxiliary entry's attributes may be in the messages that stay as they are.
+  void add_standard_messages() {
+    if (standard_entry_ == nullptr) return;
+    add_message(standard_entry_->message);
+    for (const SelectorMessage& message : standard_entry_->selector.messages) add_message(message.message);
+  }
+
+  void check_hidden_global(const AttributeDefinition& attribute) {
+    const AttributeDefinition* global = context_.index.find_global(attribute.name);
+    const bool in_standard = global == nullptr && context_.standard_index;
+    if (in_standard) global = context_.standard_index->find_global(attribute.name);
+    if (global == nullptr) return;
+    add(Rule::kHiddenGlobal, attribute.position,
+        "the entry's attribute " + quoted(attribute.name) + " hides the global attribute of that name",
+        std::string(kRenameHint));
+    add_place(warnings_.back(), {in_standard, global->position, "the global attribute is here"});
+  }
+
+  qz_AttributeType find_type(std::string_view name) const {
+    if (const std::optional<qz_AttributeType> standard = find_standard_field(name)) return *standard;
+    const AttributeDefinition* found = find_attribute(entry_.attributes, name);
+    if (found == nullptr && standard_entry_ != nullptr) found = find_attribute(standard_entry_->attributes, name);
+    if (found == nullptr) found = context_.index.find_global(name);
+    if (found == nullptr && context_.standard_index) found = context_.standard_index->find_global(name);
+    return found == nullptr ? TypeUnknown : found->type;
+  }
+
+  void add(Rule rule, SourcePosition position, std::string text, std::string hint) {
+    warnings_.push_back({rule, entry_.id, true, position, std::move(text), std::move(hint), {}});
+  }
+
+  const ModelContext& context_;
+  const EntryDefinition& entry_;
+  const EntryDefinition* standard_entry_;
+  std::vector<EffectiveMessage> messages_;
+  std::vector<ModelWarning>& warnings_;
+};
+
+/// Global attributes that an auxiliary file adds reach the standard entries as well.
+void check_new_globals(const ModelContext& context, std::vector<ModelWarning>& warnings) {
+  if (!context.standard_index || context.model->globals.empty()) return;
+  std::unordered_map<std::string_view, const EntryDefinition*> hiding;
+  for (const EntryDefinition& entry : context.standard->entries) {
+    for (const AttributeDefinition& attribute : entry.attributes) hiding.try_emplace(attribute.name, &entry);
+  }
+  for (const AttributeDefinition& global : context.model->globals) {
+    const auto found = hiding.find(global.name);
+    if (found == hiding.end() || context.standard_index->find_global(global.name) != nullptr) continue;
+    const EntryDefinition& entry = *found->second;
+    warnings.push_back({Rule::kHiddenGlobal,
+                        0,
+                        false,
+                        global.position,
+                        "the standard entry " + std::to_string(entry.id) + " has an attribute " + quoted(global.name) +
+                            ", which hides the global attribute of that name",
+                        std::string(kRenameHint),
+                        {}});
+    const AttributeDefinition* const attribute = find_attribute(entry.attributes, global.name);
+    add_place(warnings.back(), {true, attribute->position, "the entry's attribute is here"});
+  }
+}
+
+/// A definition that the library reads a second time comes from the auxiliary file alone.
+void check_shared_entries(const ModelContext& context, std::vector<ModelWarning>& warnings) {
+  if (!context.standard_index) return;
+  std::unordered_set<std::uint32_t> shared;
+  SourcePosition surplus;
+  for (const EntryDefinition& entry : context.model->entries) {
+    if (context.standard_index->find_entry(entry.id) == nullptr || !shared.insert(entry.id).second) continue;
+    if (shared.size() == kCachedDefinitions + 1) surplus = entry.position;
+  }
+  if (shared.size() <= kCachedDefinitions) return;
+  warnings.push_back({Rule::kAuxSharedEntries,
+                      0,
+                      false,
+                      surplus,
+                      std::to_string(shared.size()) +
+                          " entries extend standard ones; of those the library keeps 128 in memory, and one that it "
+                          "reads again lacks what the standard file defines",
+                      "compile both sources into one file",
+                      {}});
+}
+
+}  // namespace
+
+std::vector<ModelWarning> find_model_warnings(const DefinitionModel& model, const DefinitionModel* standard,
+                                              MessagePath path) {
+  ModelContext context{&model, standard, ModelIndex(model), std::nullopt, path};
+  if (standard != nullptr) context.standard_index.emplace(*standard);
+  std::vector<ModelWarning> warnings;
+  check_shared_entries(context, warnings);
+  check_new_globals(context, warnings);
+  for (const EntryDefinition& entry : model.entries) EntryWarnings(context, entry, warnings).find();
+  return warnings;
+}
+
+}  // namespace qzlog_compiler
