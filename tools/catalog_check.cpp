@@ -117,9 +117,8 @@ class BundleCheck {
       report_.about_entry(source.entry_id, about_message(key));
       if (found == bundle_.templates.end()) {
         report_.error(check_rule_name(CheckRule::kMissingMessage),
-                      "the language " + bundle_.locale +
-                          " lacks it, and a bundle with messages of its own gets none from its parents: the message "
-                          "fails");
+                      "the language " + bundle_.locale + " lacks it, so the message fails for its readers",
+                      "a bundle with messages of its own gets none from the bundles that it falls back to");
       } else {
         check_translation(source, found->second);
       }
@@ -130,7 +129,7 @@ class BundleCheck {
     const AttributeLookup lookup = attributes_of(entries_.at(source.entry_id), definitions_);
     const auto findings = check_template(stored, TemplateForm::kIcu, lookup, bundle_.locale);
     for (const TemplateFinding& finding : findings) {
-      report_.add(finding.fails ? Severity::kError : Severity::kWarning, finding.rule, finding.text);
+      report_.add(finding.fails ? Severity::kError : Severity::kWarning, finding.rule, finding.text, finding.hint);
     }
     // What the definitions themselves cannot show is no measure for a translation.
     if (source.stored.empty() || !qzlog_compiler::cut_template(source.stored, TemplateForm::kIcu).failure.empty()) {

@@ -124,7 +124,8 @@ void print_findings(std::ostream& out, std::span<const CheckFinding> findings) {
     out << printable(finding.file) << ':';
     if (finding.position.known()) out << finding.position.line << ':' << finding.position.column << ':';
     out << ' ' << severity_name(finding.severity) << ": " << printable(place_of(finding)) << printable(finding.text)
-        << (finding.hint.empty() ? "" : "; ") << printable(finding.hint) << " [" << finding.rule << "]\n";
+        << " [" << finding.rule << "]\n";
+    if (!finding.hint.empty()) out << "  hint: " << printable(finding.hint) << '\n';
   }
 }
 

@@ -74,8 +74,12 @@ class CheckReport {
   void about_entry(std::uint32_t entry_id, std::string subject = "");
   void about(std::string subject);
 
-  void error(std::string_view rule, std::string text) { add(Severity::kError, rule, std::move(text)); }
-  void warning(std::string_view rule, std::string text) { add(Severity::kWarning, rule, std::move(text)); }
+  void error(std::string_view rule, std::string text, std::string hint = "") {
+    add(Severity::kError, rule, std::move(text), std::move(hint));
+  }
+  void warning(std::string_view rule, std::string text, std::string hint = "") {
+    add(Severity::kWarning, rule, std::move(text), std::move(hint));
+  }
   void add(Severity severity, std::string_view rule, std::string text, std::string hint = "");
 
  private:
@@ -88,7 +92,7 @@ class CheckReport {
 /// A compiler's diagnostic as a finding.
 CheckFinding finding_of(qzlog_compiler::Diagnostic diagnostic);
 
-/// One line each: `FILE: error: entry 1001, selector message 3: TEXT [rule-name]`.
+/// One line each, `FILE: error: entry 1001, selector message 3: TEXT [rule-name]`, and one for a hint.
 void print_findings(std::ostream& out, std::span<const CheckFinding> findings);
 
 /// One JSON array.

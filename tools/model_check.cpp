@@ -109,7 +109,7 @@ class MessageCheck {
   void report(const TemplateFinding& finding, const char* where, bool one_path_works) {
     const bool is_error = finding.fails && !one_path_works;
     report_.add(is_error ? Severity::kError : Severity::kWarning, finding.rule,
-                (path_ == MessagePath::kBoth ? where : "") + finding.text);
+                (path_ == MessagePath::kBoth ? where : "") + finding.text, finding.hint);
   }
 
   void compare_paths(const MessageText& message) {
@@ -278,7 +278,7 @@ DefinitionModel with_places(const DefinitionModel& model) {
 
 void check_merge(const DefinitionModel& model, const DefinitionModel& standard, CheckReport& report) {
   qzlog_compiler::Diagnostics diagnostics("");
-  qzlog_compiler::check_aux_merge(with_places(model), qzlog_compiler::ModelIndex(standard), diagnostics);
+  qzlog_compiler::check_aux_merge(with_places(model), qzlog_compiler::ModelIndex(standard), "", diagnostics);
   for (qzlog_compiler::Diagnostic& found : diagnostics.take_sorted()) {
     if (found.position.known()) {
       report.about_entry(model.entries[found.position.line - 1].id);

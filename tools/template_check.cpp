@@ -40,7 +40,9 @@ class TemplateCheck {
   }
 
  private:
-  void add(std::string_view rule, std::string text, bool fails) { findings_.push_back({rule, std::move(text), fails}); }
+  void add(std::string_view rule, std::string text, bool fails, std::string hint = "") {
+    findings_.push_back({rule, std::move(text), std::move(hint), fails});
+  }
 
   void check_references() {
     for (const TemplatePart& part : cut_.parts) {
@@ -58,7 +60,8 @@ class TemplateCheck {
     const MessagePart placeholder{MessagePart::Kind::kPlaceholder, part.text, part.format, part.offset};
     qzlog_compiler::resolve_formats(placeholder, lookup_, found);
     for (MessageFinding& finding : found) {
-      add(rule_name(finding.rule), std::move(finding.text), finding.severity == qzlog_compiler::Severity::kError);
+      add(rule_name(finding.rule), std::move(finding.text), finding.severity == qzlog_compiler::Severity::kError,
+          std::move(finding.hint));
     }
   }
 
@@ -69,8 +72,8 @@ class TemplateCheck {
     } else {
       add(rule_name(Rule::kUnknownFormat),
           "the format " + quoted(std::string_view(&part.format, 1)) + " of " + quoted(part.text) +
-              " does not exist, so the reference shows nothing; formats are s C P D T f d u",
-          false);
+              " does not exist, so the reference shows nothing",
+          false, "formats are s C P D T f d u");
     }
   }
 
@@ -92,10 +95,8 @@ class TemplateCheck {
     for (const std::size_t hidden : reading.hidden) {
       add(rule_name(Rule::kQuotedPlaceholder),
           "ICU does not show " + quoted(references[hidden]->text) +
-              ", for it stands behind a single apostrophe or within a brace; double the apostrophe, and write a brace "
-              "as "
-              "'{'",
-          false);
+              ", for it stands behind a single apostrophe or within a brace",
+          false, "write a literal apostrophe twice and a brace as '{'");
     }
   }
 
@@ -103,7 +104,7 @@ class TemplateCheck {
     for (const PatternPart& part : reading.parts) {
       if (part.kind != PatternPart::Kind::kArgument) continue;
       add(check_rule_name(CheckRule::kPatternArgument),
-          "ICU takes " + quoted(part.text) + " for an argument of its own; write a brace as '{'", false);
+          "ICU takes " + quoted(part.text) + " for an argument of its own", false, "write a brace as '{'");
     }
   }
 
@@ -128,11 +129,11 @@ class TemplateCheck {
 
   void report_lost(std::size_t begin, std::size_t end) {
     if (begin >= end) return;
-    add(check_rule_name(CheckRule::kLostText),
-        quoted(stored_.substr(begin, end - begin)) + " is never shown: " + why(end), false);
+    add(check_rule_name(CheckRule::kLostText), quoted(stored_.substr(begin, end - begin)) + " is never shown", false,
+        hint_for_lost(end));
   }
 
-  std::string why(std::size_t end) const {
+  std::string hint_for_lost(std::size_t end) const {
     if (form_ == TemplateForm::kNarrow) return "a doubled percent sign drops the text before it, and itself";
     if (end < stored_.size()) return "a doubled percent sign drops the text before it";
     return "a text that ends in words needs %_%TIMESTAMP% behind it";

@@ -13,6 +13,7 @@ namespace qzlog_tool {
 struct TemplateFinding {
   std::string_view rule;
   std::string text;
+  std::string hint;    ///< what to do about it; may be empty
   bool fails = false;  ///< no message comes out; false: it says something else than was meant
 
   friend bool operator==(const TemplateFinding&, const TemplateFinding&) = default;
