@@ -31,9 +31,9 @@ class DiagnosticPrinter {
   void print(std::span<const qzlog_compiler::Diagnostic> diagnostics);
 
  private:
-  void print(const qzlog_compiler::Diagnostic& diagnostic);
-  void print_place(const std::string& file, qzlog_compiler::SourcePosition position);
-  void print_excerpt(const std::string& file, qzlog_compiler::SourcePosition position);
+  void print(const qzlog_compiler::Diagnostic& diagnostic, std::ostream& out) const;
+  static void print_place(const std::string& file, qzlog_compiler::SourcePosition position, std::ostream& out);
+  void print_excerpt(const std::string& file, qzlog_compiler::SourcePosition position, std::ostream& out) const;
   std::string styled(std::string_view word, TextStyle style) const;
 
   std::ostream& out_;

@@ -17,7 +17,7 @@ TABLES = {
 }
 OTHER_RULES = ["tools/entry_error.cpp", "tools/config_check.cpp", "tools/counter_reader.cpp"]
 PAGE = "docs/diagnostics.md"
-RULE = re.compile(r'\{(?:Entry|Config|Counter|Check)?Rule::k\w+,\s*"([a-z0-9-]+)",\s*"([^"]*)"\}')
+RULE = re.compile(r'\{(?:Entry|Config|Counter|Check)?Rule::k\w+,\s*"([a-z0-9-]+)",\s*"([^"]*)"(?:,\s*true)?\}')
 
 
 def rules(root, source):

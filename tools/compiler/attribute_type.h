@@ -23,6 +23,9 @@ std::string all_type_names();
 /// Every format character that a placeholder can ask for.
 inline constexpr std::string_view kFormatCharacters = "sCPDTfdu";
 
+/// A reference with another format shows nothing.
+constexpr bool is_known_format(char format) { return kFormatCharacters.find(format) != std::string_view::npos; }
+
 /// The formats that both rendering paths accept for a type; empty for GUID and for unknown types.
 std::string_view accepted_formats(qz_AttributeType type);
 

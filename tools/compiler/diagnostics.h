@@ -82,6 +82,7 @@ enum class Rule {
   kLongMessage,
   kHiddenGlobal,
   kQuotedPlaceholder,
+  kBrokenTemplate,
   kAuxSharedEntries,
   kUnknownRule,
   kRuleNotAcceptable,

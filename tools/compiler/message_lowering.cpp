@@ -8,8 +8,6 @@
 namespace qzlog_compiler {
 namespace {
 
-constexpr std::size_t kMaximumIcuReferences = 10;
-
 /// Without a percent sign behind it, literal text is lost on the ICU path. An unknown format renders as nothing on both
 /// paths, and this name is always known.
 constexpr std::string_view kClosingReference = "%_%TIMESTAMP%";

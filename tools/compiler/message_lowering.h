@@ -1,6 +1,7 @@
 #ifndef QZLOG_TOOLS_COMPILER_MESSAGE_LOWERING_H
 #define QZLOG_TOOLS_COMPILER_MESSAGE_LOWERING_H
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -9,6 +10,9 @@
 #include "tools/compiler/reference_formats.h"
 
 namespace qzlog_compiler {
+
+/// What the ICU path takes in one message.
+inline constexpr std::size_t kMaximumIcuReferences = 10;
 
 /// The rendering path that a stored text is written for.
 enum class MessagePath { kIcu, kNarrow, kBoth };

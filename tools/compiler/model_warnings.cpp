@@ -10,6 +10,7 @@
 #include "tools/compiler/attribute_type.h"
 #include "tools/compiler/message_references.h"
 #include "tools/compiler/stored_template.h"
+#include "tools/compiler/template_failure.h"
 #include "tools/compiler/utf8_text.h"
 
 namespace qzlog_compiler {
@@ -27,8 +28,6 @@ bool counts(MessagePath path, TemplateForm form) {
 std::string_view path_name(TemplateForm form) {
   return form == TemplateForm::kIcu ? "the ICU path" : "the narrow path";
 }
-
-bool is_known_format(char format) { return kFormatCharacters.find(format) != std::string_view::npos; }
 
 void add_place(ModelWarning& warning, ModelWarning::Place place) {
   if (place.position.known()) warning.places.push_back(std::move(place));
@@ -157,6 +156,22 @@ class EntryWarnings {
       if (is_known_format(reference.format)) check_reference(message, reference, form, told);
     });
     if (message.icu() != nullptr) check_quotes(message);
+    check_rendering(message.message());
+  }
+
+  /// What the compiler made of a text is as good as the paths allow, and was reported where it is not.
+  void check_rendering(const MessageText& message) {
+    if (message.position.known() && !message.raw) return;
+    for (const TemplateForm form : {TemplateForm::kIcu, TemplateForm::kNarrow}) {
+      if (!counts(context_.path, form)) continue;
+      const std::string failure =
+          find_template_failure(message.stored, form, [this](std::string_view name) { return look_up(name); });
+      if (failure.empty()) continue;
+      add(Rule::kBrokenTemplate, message.position,
+          "no entry can be rendered with this template on " + std::string(path_name(form)) + ": " + failure,
+          "the compiler checks and writes the template where the source has a text instead of 'raw'");
+      return;
+    }
   }
 
   /// One warning for an attribute in a message, however often the message refers to it.
@@ -245,11 +260,15 @@ class EntryWarnings {
 
   qz_AttributeType find_type(std::string_view name) const {
     if (const std::optional<qz_AttributeType> standard = find_standard_field(name)) return *standard;
+    return look_up(name).value_or(TypeUnknown);
+  }
+
+  std::optional<qz_AttributeType> look_up(std::string_view name) const {
     const AttributeDefinition* found = find_attribute(entry_.attributes, name);
     if (found == nullptr && standard_entry_ != nullptr) found = find_attribute(standard_entry_->attributes, name);
     if (found == nullptr) found = context_.index.find_global(name);
     if (found == nullptr && context_.standard_index) found = context_.standard_index->find_global(name);
-    return found == nullptr ? TypeUnknown : found->type;
+    return found == nullptr ? std::nullopt : std::optional(found->type);
   }
 
   void add(Rule rule, SourcePosition position, std::string text, std::string hint) {

@@ -147,6 +147,20 @@ TEST(FindModelWarnings, ApostropheBeforeAReference_SwitchesItOffForIcu) {
   }
 }
 
+TEST(FindModelWarnings, TemplateThatNoEntryCanBeRenderedWith_IsBroken) {
+  DefinitionModel model = model_of({entry(1, "%s%Nobody%")});
+  EXPECT_EQ(found(model),
+            "1 broken-template: no entry can be rendered with this template on the ICU path: there is no attribute "
+            "'Nobody'\n");
+  EXPECT_EQ(found(model, MessagePath::kNarrow),
+            "1 broken-template: no entry can be rendered with this template on the narrow path: there is no attribute "
+            "'Nobody'\n");
+  model.entries[0].message.position = {1, 1};  // a text that the compiler lowered
+  EXPECT_EQ(found(model), "");
+  model.entries[0].message.raw = true;
+  EXPECT_NE(found(model), "");
+}
+
 TEST(FindModelWarnings, AuxiliaryEntry_IsSeenTogetherWithTheStandardOne) {
   const DefinitionModel standard = model_of({entry(1, "%d%S% %s%A%", {attribute("S", TypeUInt4)})});
   EntryDefinition extension = entry(1, "", {attribute("A", TypeChar32), attribute("B", TypeChar32)});

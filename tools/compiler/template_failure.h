@@ -1,0 +1,18 @@
+#ifndef QZLOG_TOOLS_COMPILER_TEMPLATE_FAILURE_H
+#define QZLOG_TOOLS_COMPILER_TEMPLATE_FAILURE_H
+
+#include <string>
+#include <string_view>
+
+#include "tools/compiler/reference_formats.h"
+#include "tools/compiler/stored_template.h"
+
+namespace qzlog_compiler {
+
+/// Why no entry can be rendered with a stored template on a path, empty when that need not be so. For the ICU form
+/// `stored` is UTF-8. References to attributes of `TypeUnknown` are not judged.
+std::string find_template_failure(std::string_view stored, TemplateForm form, const AttributeLookup& lookup);
+
+}  // namespace qzlog_compiler
+
+#endif  // QZLOG_TOOLS_COMPILER_TEMPLATE_FAILURE_H
