@@ -25,7 +25,6 @@ constexpr CheckRuleInfo kRules[] = {
      "The two files give an entry different selector attributes."},
     {CheckRule::kRefusedSelectorMessage, "refused-selector-message",
      "The two files give an entry selector messages of one index or one value."},
-    {CheckRule::kBrokenTemplate, "broken-template", "A stored template that can never be rendered."},
     {CheckRule::kRejectedPattern, "rejected-pattern", "ICU refuses the pattern that the template becomes."},
     {CheckRule::kPatternArgument, "pattern-argument", "ICU takes a brace in the text for an argument of its own."},
     {CheckRule::kLostText, "lost-text", "A part of the text that is never shown."},
@@ -71,6 +70,7 @@ constexpr std::array kSharedRules = {
     Rule::kAuxMessageIgnored,
     Rule::kAuxTypeChanged,
     Rule::kQuotedPlaceholder,
+    Rule::kBrokenTemplate,
 };
 
 std::string_view severity_name(Severity severity) { return severity == Severity::kError ? "error" : "warning"; }

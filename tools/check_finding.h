@@ -22,7 +22,6 @@ enum class CheckRule {
   kRefusedAttribute,
   kRefusedSelectorAttribute,
   kRefusedSelectorMessage,
-  kBrokenTemplate,
   kRejectedPattern,
   kPatternArgument,
   kLostText,

@@ -10,7 +10,6 @@
 #include <algorithm>
 
 #include "tools/compiler/attribute_type.h"
-#include "tools/compiler/utf8_text.h"
 
 namespace qzlog_tool {
 
@@ -59,7 +58,7 @@ BuiltPattern build_pattern(const StoredTemplate& cut) {
   for (const TemplatePart& part : cut.parts) {
     if (!part.is_reference()) {
       built.text += icu::UnicodeString::fromUTF8(part.text);
-    } else if (is_shown_format(part.format)) {
+    } else if (qzlog_compiler::is_known_format(part.format)) {
       built.reference_offsets.push_back(built.text.length());
       const std::string piece = "{" + std::to_string(built.values.size()) + style_of(part.format) + "}";
       built.text += icu::UnicodeString(piece.c_str(), -1, US_INV);
@@ -155,14 +154,10 @@ std::string find_failure_to_apply(const BuiltPattern& built, const std::string& 
 
 }  // namespace
 
-bool is_shown_format(char format) {
-  return format != '\0' && qzlog_compiler::kFormatCharacters.find(format) != std::string_view::npos;
-}
-
 std::vector<const TemplatePart*> shown_references(const StoredTemplate& cut) {
   std::vector<const TemplatePart*> references;
   for (const TemplatePart& part : cut.parts) {
-    if (part.is_reference() && is_shown_format(part.format)) references.push_back(&part);
+    if (part.is_reference() && qzlog_compiler::is_known_format(part.format)) references.push_back(&part);
   }
   return references;
 }

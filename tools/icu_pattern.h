@@ -25,12 +25,6 @@ struct PatternReading {
   std::string refusal;              ///< why ICU refuses the pattern, or cannot apply it; else empty
 };
 
-/// More references than this make the library refuse the message.
-inline constexpr std::size_t kMostIcuReferences = 10;
-
-/// Whether the library shows a reference of this format; it leaves out those that it does not know.
-bool is_shown_format(char format);
-
 /// The references that the library shows, in their order.
 std::vector<const qzlog_compiler::TemplatePart*> shown_references(const qzlog_compiler::StoredTemplate& cut);
 

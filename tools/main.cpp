@@ -35,11 +35,7 @@ constexpr const char* kFooter =
 
 /// Each adds one subcommand, which runs while the command line is parsed.
 constexpr void (*kCommands[])(CLI::App& app, int& exit_status) = {
-    add_compile_command,
-    add_check_command,
-    add_render_command,
-    add_count_command,
-    add_explain_command,
+    add_compile_command, add_check_command, add_render_command, add_count_command, add_explain_command,
 };
 
 // Templates are stored in UTF-8, and ICU reads them in the character set of the process's locale.

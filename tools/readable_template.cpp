@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "tools/compiler/attribute_type.h"
+#include "tools/compiler/message_lowering.h"
 #include "tools/icu_pattern.h"
 
 namespace qzlog_tool {
@@ -25,7 +26,7 @@ std::vector<ShownPart> narrow_parts(const StoredTemplate& cut) {
   for (const TemplatePart& part : cut.parts) {
     if (!part.is_reference()) {
       parts.push_back({part.text});
-    } else if (is_shown_format(part.format)) {
+    } else if (qzlog_compiler::is_known_format(part.format)) {
       parts.push_back({"", &part});
     }
   }
@@ -34,7 +35,7 @@ std::vector<ShownPart> narrow_parts(const StoredTemplate& cut) {
 
 std::optional<std::vector<ShownPart>> icu_parts(const StoredTemplate& cut) {
   const std::vector<const TemplatePart*> references = shown_references(cut);
-  if (references.size() > kMostIcuReferences) return std::nullopt;
+  if (references.size() > qzlog_compiler::kMaximumIcuReferences) return std::nullopt;
   const PatternReading reading = read_icu_pattern(cut, "root");
   if (!reading.refusal.empty()) return std::nullopt;
   std::vector<ShownPart> parts;

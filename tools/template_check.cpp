@@ -3,6 +3,8 @@
 #include <cstddef>
 
 #include "tools/check_finding.h"
+#include "tools/compiler/attribute_type.h"
+#include "tools/compiler/message_lowering.h"
 #include "tools/compiler/utf8_text.h"
 #include "tools/icu_pattern.h"
 
@@ -11,6 +13,7 @@ namespace qzlog_tool {
 namespace {
 
 using qzlog_compiler::AttributeLookup;
+using qzlog_compiler::is_known_format;
 using qzlog_compiler::MessageFinding;
 using qzlog_compiler::MessagePart;
 using qzlog_compiler::quoted;
@@ -30,7 +33,7 @@ class TemplateCheck {
 
   std::vector<TemplateFinding> check(const std::string& locale) {
     if (!cut_.failure.empty()) {
-      add(check_rule_name(CheckRule::kBrokenTemplate), cut_.failure, true);
+      add(rule_name(Rule::kBrokenTemplate), cut_.failure, true);
       return std::move(findings_);
     }
     check_references();
@@ -47,7 +50,7 @@ class TemplateCheck {
   void check_references() {
     for (const TemplatePart& part : cut_.parts) {
       if (!part.is_reference()) continue;
-      if (is_shown_format(part.format)) {
+      if (is_known_format(part.format)) {
         check_format(part);
       } else if (!is_closing_reference(part)) {
         check_unknown_format(part);
@@ -79,7 +82,7 @@ class TemplateCheck {
 
   void check_pattern(const std::string& locale) {
     const std::size_t count = shown_references(cut_).size();
-    if (count > kMostIcuReferences) {
+    if (count > qzlog_compiler::kMaximumIcuReferences) {
       add(rule_name(Rule::kTooManyReferences),
           "the ICU path shows at most ten references in a message; this one has " + std::to_string(count), true);
       return;
