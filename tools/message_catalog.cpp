@@ -70,14 +70,32 @@ void read_table(icu::ResourceBundle& table, CatalogBundle& bundle) {
   }
 }
 
+/// The root locale has two names.
+std::string_view name_of(const icu::Locale& locale) {
+  const std::string_view name = locale.getName();
+  return name.empty() ? kRoot : name;
+}
+
+/// A file that ICU does not take makes it open what the locale falls back to.
+bool is_bundle_of(const icu::ResourceBundle& opened, const icu::Locale& locale) {
+  UErrorCode status = U_ZERO_ERROR;
+  const icu::Locale actual = opened.getLocale(ULOC_ACTUAL_LOCALE, status);
+  return U_SUCCESS(status) && name_of(actual) == name_of(locale);
+}
+
 void read_bundle(const std::string& folder, CatalogBundle& bundle) {
   bundle.failure = find_damage(read_file(bundle.file));
   if (!bundle.failure.empty()) return;
   const std::string path = fs::absolute(folder).string();  // ICU takes a path without a slash for a package of its own
   UErrorCode status = U_ZERO_ERROR;
-  const icu::ResourceBundle opened(path.c_str(), icu::Locale(bundle.locale.c_str()), status);
+  const icu::Locale locale(bundle.locale.c_str());
+  const icu::ResourceBundle opened(path.c_str(), locale, status);
   if (U_FAILURE(status)) {
     bundle.failure = std::string("ICU cannot open the bundle (") + u_errorName(status) + ")";
+    return;
+  }
+  if (!is_bundle_of(opened, locale)) {
+    bundle.failure = "ICU does not open the file for the locale that it is named after";
     return;
   }
   icu::ResourceBundle table = opened.get(kStringTable, status);

@@ -68,6 +68,25 @@ TEST_F(MessageCatalog, NoBundles_CannotRun) {
   }
 }
 
+/// ICU opens the root bundle in its place.
+TEST_F(MessageCatalog, FileOfAnotherFormatVersion_IsNotTakenForAnother) {
+  build("root", "STRING_TABLE { A { \"a\" } }");
+  build("de", "STRING_TABLE { A { \"b\" } }");
+  std::string bytes = folder_.read("de.res");
+  bytes.replace(12, 4, "ResX");
+  folder_.write("de.res", bytes);
+  EXPECT_NE(read().at(1).failure, "");
+}
+
+TEST_F(MessageCatalog, LocalesWithScriptAndRegion_AreOpened) {
+  build("root", "STRING_TABLE { A { \"a\" } }");
+  build("zh_Hant_TW", "STRING_TABLE { A { \"b\" } }");
+  build("pt_BR", "STRING_TABLE { A { \"c\" } }");
+  const auto bundles = read();
+  EXPECT_EQ(bundles.at(1).templates.at("A"), "c");
+  EXPECT_EQ(bundles.at(2).templates.at("A"), "b");
+}
+
 /// ICU itself would read behind the end of the shorter ones.
 TEST_F(MessageCatalog, EveryPrefixOfABundle_IsDamaged) {
   build("root", "STRING_TABLE { A { \"a text of a message\" } }");
