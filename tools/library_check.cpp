@@ -61,14 +61,37 @@ void look_up_entries(const std::vector<EntryMapPair>& pairs, std::set<std::uint3
   }
 }
 
-/// An auxiliary file whose entry map can be reduced to one pair after the other.
-class ReducedFile {
+/// An auxiliary file that is loaded part by part: pairs that nothing can be wrong with while it is loaded come first,
+/// then those of entries that are known already and are merged, each alone.
+class DividedFile {
  public:
-  explicit ReducedFile(const std::string& bytes)
-      : header_(bytes.substr(0, qzlog_compiler::ldf::kHeaderSize)), file_(bytes) {}
+  DividedFile(const std::string& bytes, const std::set<std::uint32_t>& standard_ids)
+      : header_(bytes.substr(0, qzlog_compiler::ldf::kHeaderSize)),
+        merged_(divide(bytes, standard_ids)),
+        file_(with_map(bytes)) {}
 
-  void load(const EntryMapPair& pair) {
-    qzlog_compiler::reduce_entry_map(header_, pair.offset);
+  const std::vector<EntryMapPair>& merged() const { return merged_; }
+  void load_new_entries() { load(map_offset_, new_.size()); }
+  void load_merged(std::size_t i) { load(map_offset_ + (new_.size() + i) * qzlog_compiler::ldf::kMapPairSize, 1); }
+
+ private:
+  std::vector<EntryMapPair> divide(const std::string& bytes, const std::set<std::uint32_t>& standard_ids) {
+    std::set<std::uint32_t> known = standard_ids;
+    std::vector<EntryMapPair> merged;
+    for (const EntryMapPair& pair : qzlog_compiler::read_entry_map(bytes)) {
+      (known.insert(pair.id).second ? new_ : merged).push_back(pair);
+    }
+    return merged;
+  }
+
+  std::string with_map(std::string bytes) {
+    map_offset_ = qzlog_compiler::append_map_pairs(bytes, new_);
+    qzlog_compiler::append_map_pairs(bytes, merged_);
+    return bytes;
+  }
+
+  void load(std::size_t offset, std::size_t count) {
+    qzlog_compiler::set_entry_map(header_, offset, count);
     std::fstream stream(file_.path(), std::ios::in | std::ios::out | std::ios::binary);
     if (!stream.write(header_.data(), static_cast<std::streamsize>(header_.size())).flush()) {
       throw CommandError(kExitCannotRun, "cannot write the temporary file '" + file_.path() + "'");
@@ -76,24 +99,33 @@ class ReducedFile {
     qz_LOG_LogConfig::SetAuxDefinitionPath(file_.path().c_str());
   }
 
- private:
   std::string header_;
+  std::size_t map_offset_ = 0;
+  std::vector<EntryMapPair> new_;
+  std::vector<EntryMapPair> merged_;
   TemporaryFile file_;
 };
 
-/// Returns the IDs that are refused. A pair that the library accepts stays loaded, so that a repeated ID meets what its
-/// first record left, as it does in the whole file.
-std::set<std::uint32_t> load_one_by_one(const std::string& bytes, const std::vector<EntryMapPair>& pairs,
-                                        CheckReport& report) {
+std::set<std::uint32_t> ids_of(const std::string& bytes) {
+  std::set<std::uint32_t> ids;
+  for (const EntryMapPair& pair : qzlog_compiler::read_entry_map(bytes)) ids.insert(pair.id);
+  return ids;
+}
+
+/// Returns the IDs that are refused. What the library accepts stays loaded, so that a repeated ID meets what its first
+/// record left, as it does in the whole file.
+std::set<std::uint32_t> load_one_by_one(const std::string& bytes, const std::string& standard, CheckReport& report) {
   std::set<std::uint32_t> refused;
-  if (pairs.empty()) return refused;
-  ReducedFile file(bytes);
-  for (const EntryMapPair& pair : pairs) {
-    const auto refusal = refusal_of([&] { file.load(pair); });
+  if (bytes.size() < qzlog_compiler::ldf::kHeaderSize) return refused;
+  DividedFile file(bytes, ids_of(standard));
+  if (refusal_of([&] { file.load_new_entries(); })) return refused;
+  for (std::size_t i = 0; i < file.merged().size(); ++i) {
+    const auto refusal = refusal_of([&] { file.load_merged(i); });
     if (!refusal) continue;
-    report.about_entry(pair.id);
+    const std::uint32_t id = file.merged()[i].id;
+    report.about_entry(id);
     report.error(rule_of(*refusal, CheckRule::kRefusedRecord), *refusal);
-    refused.insert(pair.id);
+    refused.insert(id);
   }
   return refused;
 }
@@ -126,7 +158,7 @@ void check_auxiliary_with_library(const std::string& bytes, const std::string& s
   std::set<std::uint32_t> refused;
   if (refusal) {
     qz_LOG_LogConfig::SetDefinitionPath(standard_file.path().c_str());  // entries before the refused one were merged
-    refused = load_one_by_one(bytes, pairs, report);
+    refused = load_one_by_one(bytes, standard, report);
     if (refused.empty()) return report_refused_file(*refusal, report);
   }
   look_up_entries(pairs, std::move(refused), report);

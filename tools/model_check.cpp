@@ -4,6 +4,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tools/compiler/attribute_type.h"
@@ -291,7 +292,9 @@ void check_merge(const DefinitionModel& model, const DefinitionModel& standard, 
 
 void report_warnings(const DefinitionModel& model, const DefinitionModel* standard, MessagePath path,
                      CheckReport& report) {
+  std::set<std::pair<std::uint32_t, std::string>> told;  // without places, several messages of an entry say the same
   for (ModelWarning& warning : qzlog_compiler::find_model_warnings(model, standard, path)) {
+    if (!told.emplace(warning.entry_id, warning.text).second) continue;
     if (warning.rule == Rule::kBrokenTemplate) continue;  // the check of each message says more
     if (warning.about_entry) {
       report.about_entry(warning.entry_id);

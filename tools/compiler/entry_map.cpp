@@ -29,13 +29,23 @@ std::vector<EntryMapPair> read_entry_map(std::string_view bytes) {
   pairs.reserve(count);
   for (std::size_t i = 0; i < count; ++i) {
     const std::size_t offset = begin + i * ldf::kMapPairSize;
-    pairs.push_back({int4_at(bytes, offset), offset});
+    pairs.push_back({int4_at(bytes, offset), int4_at(bytes, offset + 4)});
   }
   return pairs;
 }
 
-void reduce_entry_map(std::string& bytes, std::size_t offset) {
-  put_int4(bytes, ldf::kEntryCountOffset, 1);
+std::size_t append_map_pairs(std::string& bytes, const std::vector<EntryMapPair>& pairs) {
+  const std::size_t begin = bytes.size();
+  bytes.resize(begin + pairs.size() * ldf::kMapPairSize);
+  for (std::size_t i = 0; i < pairs.size(); ++i) {
+    put_int4(bytes, begin + i * ldf::kMapPairSize, pairs[i].id);
+    put_int4(bytes, begin + i * ldf::kMapPairSize + 4, pairs[i].record_offset);
+  }
+  return begin;
+}
+
+void set_entry_map(std::string& bytes, std::size_t offset, std::size_t count) {
+  put_int4(bytes, ldf::kEntryCountOffset, static_cast<std::uint32_t>(count));
   put_int4(bytes, ldf::kEntryMapOffsetOffset, static_cast<std::uint32_t>(offset));
 }
 

@@ -9,16 +9,20 @@
 
 namespace qzlog_compiler {
 
-/// The pairs of a compiled file's entry map, repeated IDs included, as far as the file has them; empty without a whole
-/// header.
 struct EntryMapPair {
   std::uint32_t id = 0;
-  std::size_t offset = 0;  ///< of the pair itself
+  std::uint32_t record_offset = 0;
 };
+
+/// The pairs of a compiled file's entry map, repeated IDs included, as far as the file has them; empty without a whole
+/// header.
 std::vector<EntryMapPair> read_entry_map(std::string_view bytes);
 
-/// Changes the header of a compiled file so that its entry map is the one pair at `offset`.
-void reduce_entry_map(std::string& bytes, std::size_t offset);
+/// Appends pairs to a compiled file and returns the offset of the first; nothing in the header changes.
+std::size_t append_map_pairs(std::string& bytes, const std::vector<EntryMapPair>& pairs);
+
+/// Changes the header of a compiled file so that its entry map is `count` pairs from `offset` on.
+void set_entry_map(std::string& bytes, std::size_t offset, std::size_t count);
 
 }  // namespace qzlog_compiler
 

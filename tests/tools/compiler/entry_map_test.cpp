@@ -16,17 +16,17 @@ std::string example() {
       .bytes;
 }
 
-TEST(EntryMap, Pairs_WithTheirOwnPlaces) {
+TEST(EntryMap, Pairs_AsTheFileListsThem) {
   const std::vector<EntryMapPair> pairs = read_entry_map(example());
   ASSERT_EQ(pairs.size(), 2U);
   EXPECT_EQ(pairs[0].id, 7U);
   EXPECT_EQ(pairs[1].id, 9U);
-  EXPECT_EQ(pairs[1].offset, pairs[0].offset + 8);
+  EXPECT_GT(pairs[1].record_offset, pairs[0].record_offset);
 }
 
 TEST(EntryMap, ShortFile_GivesThePairsThatItHas) {
   const std::string bytes = example();
-  const std::size_t map = read_entry_map(bytes)[0].offset;
+  const std::size_t map = 128;
   EXPECT_EQ(read_entry_map(bytes.substr(0, map + 15)).size(), 1U);
   EXPECT_EQ(read_entry_map(bytes.substr(0, map)).size(), 0U);
   EXPECT_EQ(read_entry_map(bytes.substr(0, 127)).size(), 0U);
@@ -39,9 +39,12 @@ TEST(EntryMap, MapBeyondTheFile_IsEmpty) {
   EXPECT_EQ(read_entry_map(bytes).size(), 0U);
 }
 
-TEST(EntryMap, Reduced_OneEntryIsLeft) {
+TEST(EntryMap, AppendedPairs_AreReadOnceTheHeaderSaysSo) {
   std::string bytes = example();
-  reduce_entry_map(bytes, read_entry_map(bytes)[1].offset);
+  const std::vector<EntryMapPair> pairs = read_entry_map(bytes);
+  const std::size_t offset = append_map_pairs(bytes, {pairs[1], pairs[0]});
+  EXPECT_EQ(read_ldf(bytes).model.entries[0].id, 7U);
+  set_entry_map(bytes, offset, 1);
   const LdfFile file = read_ldf(bytes);
   EXPECT_FALSE(file.damage);
   ASSERT_EQ(file.model.entries.size(), 1U);
