@@ -1,16 +1,25 @@
-// Compiles the input as a definition source, and reads the compiled bytes back.
+// Compiles the input as a definition source, shows where the diagnostics are, and reads the compiled bytes back.
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
 
 #include "tools/compiler/compiler.h"
 #include "tools/compiler/ldf_reader.h"
+#include "tools/compiler/model_warnings.h"
+#include "tools/compiler/source_excerpt.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
   const std::string_view text(reinterpret_cast<const char*>(bytes), size);
   const qzlog_compiler::CompileResult result = qzlog_compiler::compile_source(text, "input.yaml", {});
+  const qzlog_compiler::SourceLines lines(text);
+  for (const qzlog_compiler::Diagnostic& diagnostic : result.diagnostics) {
+    if (diagnostic.position.known() && diagnostic.position.column < 1000 && !lines.excerpt(diagnostic.position)) {
+      __builtin_trap();
+    }
+  }
   if (!result.ok()) return 0;
   const qzlog_compiler::CompileResult again = qzlog_compiler::load_standard(result.bytes, "input.ldf");
   if (!again.ok() || again.model.entries.size() != result.model.entries.size()) __builtin_trap();
+  find_model_warnings(again.model, nullptr, qzlog_compiler::MessagePath::kBoth);
   return 0;
 }

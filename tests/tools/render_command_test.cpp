@@ -131,16 +131,15 @@ TEST_F(RenderCommand, Locale_SetsNumbers) {
 TEST_F(RenderCommand, Source_ShowsWarningsAboutTextsOnly) {
   write("storage.yaml",
         "version: \"1.0\"\naccept: [{rule: long-message, reason: none is}]\nentries:\n"
-        "  - {id: 1001, name: A, message: \"%{Free}\", attributes: [{name: Free, type: UInt4}, {name: Key, type: "
-        "Bool}]}\n");
-  write("entries.jsonl", "{\"id\":1001,\"attributes\":{\"Free\":7}}\n");
+        "  - {id: 1001, name: A, message: \"%{N}\", attributes: [{name: N, type: UInt4}, {name: K, type: Bool}]}\n");
+  write("entries.jsonl", "{\"id\":1001,\"attributes\":{\"N\":7}}\n");
   const CommandResult result = run("$QZLOG render --definitions storage.yaml entries.jsonl");
   EXPECT_EQ(result.err, "");
   EXPECT_EQ(result.out, "%7\n");
   EXPECT_EQ(run("$QZLOG render --no-icu --definitions storage.yaml entries.jsonl").err,
             "storage.yaml:4:35: error: the narrow path cannot show a percent sign [literal-percent]\n"
-            "    4 |   - {id: 1001, name: A, message: \"%{Free}\", attributes: [{name: Free, type: UInt4}, {name: Key, "
-            "ty...\n"
+            "    4 |   - {id: 1001, name: A, message: \"%{N}\", attributes: [{name: N, type: UInt4}, {name: K, type: "
+            "Bool}]}\n"
             "      |                                   ^\n"
             "  hint: the format P shows a number with a percent sign\n");
 }

@@ -168,7 +168,8 @@ std::string EntryLoader::lower(const MessageText& message, const YamlNode& node)
       message.written, [this](std::string_view name) { return find_type(name); }, context_.path);
   ScalarPositions positions(context_.source, node);
   for (MessageFinding& finding : lowered.findings) {
-    if (finding.rule == Rule::kUnknownAttribute) {
+    if (finding.rule == Rule::kUnknownAttribute && suggestions_left_ != 0) {
+      --suggestions_left_;
       const std::string nearest = did_you_mean(finding.name, known_names());
       if (!nearest.empty()) finding.hint = nearest;
     }

@@ -1,6 +1,7 @@
 #ifndef QZLOG_TOOLS_COMPILER_ENTRY_LOADER_H
 #define QZLOG_TOOLS_COMPILER_ENTRY_LOADER_H
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -60,6 +61,8 @@ class EntryLoader {
   LoadedEntry loaded_;
   AttributeNames names_;
   const EntryDefinition* standard_entry_ = nullptr;
+  /// Comparing a name with all others takes long beside everything else, and nobody reads this many hints.
+  std::size_t suggestions_left_ = 1000;
 };
 
 }  // namespace qzlog_compiler

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <set>
 #include <string_view>
 #include <unordered_map>
 #include <unordered_set>
@@ -9,6 +10,7 @@
 
 #include "tools/compiler/attribute_type.h"
 #include "tools/compiler/message_references.h"
+#include "tools/compiler/quoted_references.h"
 #include "tools/compiler/stored_template.h"
 #include "tools/compiler/template_failure.h"
 #include "tools/compiler/utf8_text.h"
@@ -32,48 +34,6 @@ std::string_view path_name(TemplateForm form) {
 void add_place(ModelWarning& warning, ModelWarning::Place place) {
   if (place.position.known()) warning.places.push_back(std::move(place));
 }
-
-/// Follows ICU through the pattern that a template becomes, and finds the references that apostrophes make text.
-class QuotedReferences {
- public:
-  std::vector<TemplatePart> find(const StoredTemplate& stored) {
-    for (const TemplatePart& part : stored.parts) {
-      if (!part.is_reference()) {
-        take_text(part.text);
-      } else if (is_known_format(part.format)) {
-        take_reference(part);
-      }
-    }
-    return std::move(found_);
-  }
-
- private:
-  void take_text(std::string_view text) {
-    for (const char character : text) take(character);
-  }
-
-  void take_reference(const TemplatePart& part) {
-    take('{');
-    if (in_quotes_) found_.push_back(part);
-    take('}');
-  }
-
-  /// Two apostrophes are a literal one; a single one begins quoted text only before a brace, and ends it anywhere.
-  void take(char character) {
-    if (character == '\'') {
-      apostrophe_ = !apostrophe_;
-      return;
-    }
-    if (std::exchange(apostrophe_, false)) {
-      const bool begins = character == '{' || character == '}';
-      in_quotes_ = !in_quotes_ && begins;
-    }
-  }
-
-  std::vector<TemplatePart> found_;
-  bool in_quotes_ = false;
-  bool apostrophe_ = false;  // one stands before, not yet paired
-};
 
 /// A message with what the paths that count make of it.
 class EffectiveMessage {
@@ -116,10 +76,9 @@ class EffectiveMessage {
   std::optional<StoredTemplate> narrow_;
 };
 
-/// The entries of one model, each with the standard entry that it extends and the global attributes.
+/// A model, and for an auxiliary file's the standard one that it extends.
 struct ModelContext {
   const DefinitionModel* model;
-  const DefinitionModel* standard;
   ModelIndex index;
   std::optional<ModelIndex> standard_index;
   MessagePath path;
@@ -206,9 +165,8 @@ class EntryWarnings {
   }
 
   void check_quotes(const EffectiveMessage& message) {
-    std::unordered_set<std::string_view> told;
-    const std::vector<TemplatePart> found = QuotedReferences().find(*message.icu());
-    for (const TemplatePart& reference : found) {
+    std::set<std::string> told;
+    for (const TemplatePart& reference : find_quoted_references(*message.icu())) {
       if (!told.insert(reference.text).second) continue;
       add(Rule::kQuotedPlaceholder, message.find_reference(reference.text),
           "an apostrophe switches the reference to " + quoted(reference.text) +
@@ -286,7 +244,7 @@ class EntryWarnings {
 void check_new_globals(const ModelContext& context, std::vector<ModelWarning>& warnings) {
   if (!context.standard_index || context.model->globals.empty()) return;
   std::unordered_map<std::string_view, const EntryDefinition*> hiding;
-  for (const EntryDefinition& entry : context.standard->entries) {
+  for (const EntryDefinition& entry : context.standard_index->model().entries) {
     for (const AttributeDefinition& attribute : entry.attributes) hiding.try_emplace(attribute.name, &entry);
   }
   for (const AttributeDefinition& global : context.model->globals) {
@@ -331,7 +289,7 @@ void check_shared_entries(const ModelContext& context, std::vector<ModelWarning>
 
 std::vector<ModelWarning> find_model_warnings(const DefinitionModel& model, const DefinitionModel* standard,
                                               MessagePath path) {
-  ModelContext context{&model, standard, ModelIndex(model), std::nullopt, path};
+  ModelContext context{&model, ModelIndex(model), std::nullopt, path};
   if (standard != nullptr) context.standard_index.emplace(*standard);
   std::vector<ModelWarning> warnings;
   check_shared_entries(context, warnings);

@@ -49,10 +49,12 @@ std::size_t columns_before(std::string_view line, std::uint32_t column) {
   return walk.columns();
 }
 
+/// A line is not cut where that would save nothing.
 bool fits(std::string_view line) {
+  constexpr std::size_t kWholeWidth = kWindowWidth + kCut.size();
   LineWalk walk(line);
-  while (!walk.at_end() && walk.columns() <= kWindowWidth) walk.next();
-  return walk.columns() <= kWindowWidth;
+  while (!walk.at_end() && walk.columns() <= kWholeWidth) walk.next();
+  return walk.columns() <= kWholeWidth;
 }
 
 /// The bytes of the line break at `offset`, 0 where there is none.
@@ -85,7 +87,7 @@ std::optional<SourceExcerpt> make_excerpt(std::string_view line, std::uint32_t c
   while (walk.columns() < first) walk.next();
   SourceExcerpt excerpt{std::string(first == 0 ? "" : kCut), place - walk.columns()};
   excerpt.caret += excerpt.line.size();
-  const std::size_t end = walk.columns() + kWindowWidth;
+  const std::size_t end = walk.columns() + kWindowWidth + (whole ? kCut.size() : 0);
   while (!walk.at_end() && walk.columns() < end) excerpt.line += walk.next();
   if (!walk.at_end()) excerpt.line += kCut;
   return excerpt;

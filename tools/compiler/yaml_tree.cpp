@@ -2,6 +2,7 @@
 
 #include <yaml.h>
 
+#include <algorithm>
 #include <limits>
 #include <new>
 
@@ -79,8 +80,9 @@ std::string hexadecimal(char32_t code) {
   return digits;
 }
 
-/// Reads the whole source once, so that what the parser would report without a place gets one.
-bool check_characters(std::string_view source, Diagnostics& diagnostics) {
+/// Reads the whole source once, so that what the parser would report without a place gets one. Returns where the source
+/// ends, nothing after an error.
+std::optional<SourcePosition> check_characters(std::string_view source, Diagnostics& diagnostics) {
   SourcePosition position{1, 1};
   bool clean = true;
   for (std::size_t offset = 0; offset < source.size();) {
@@ -88,7 +90,7 @@ bool check_characters(std::string_view source, Diagnostics& diagnostics) {
     if (character.size == 0) {
       diagnostics.error(position, Rule::kInvalidUtf8, "the source is not UTF-8 from here on")
           .with_hint("save it as UTF-8");
-      return false;
+      return std::nullopt;
     }
     if (!is_yaml_character(character.code)) {
       diagnostics
@@ -106,7 +108,7 @@ bool check_characters(std::string_view source, Diagnostics& diagnostics) {
       ++position.column;
     }
   }
-  return clean;
+  return clean ? std::optional(position) : std::nullopt;
 }
 
 }  // namespace
@@ -114,8 +116,9 @@ bool check_characters(std::string_view source, Diagnostics& diagnostics) {
 /// Turns the parser's events into the tree.
 class YamlTreeBuilder {
  public:
-  YamlTreeBuilder(std::string_view source, Diagnostics& diagnostics)
-      : source_(source), diagnostics_(diagnostics), parser_(source) {}
+  /// `end` is where the source ends.
+  YamlTreeBuilder(std::string_view source, SourcePosition end, Diagnostics& diagnostics)
+      : source_(source), end_(end), diagnostics_(diagnostics), parser_(source) {}
 
   std::optional<YamlTree> build() {
     while (true) {
@@ -239,13 +242,15 @@ class YamlTreeBuilder {
     if (parser.error == YAML_MEMORY_ERROR) throw std::bad_alloc();
     std::string text = parser.problem == nullptr ? "not well-formed" : parser.problem;
     if (parser.context != nullptr) text = text + " " + parser.context;
-    const SourcePosition place = position_of(parser.problem_mark);
-    const SourcePosition begin = position_of(parser.context_mark);
+    // Where a last line has no line break, the parser adds one.
+    const SourcePosition place = std::min(position_of(parser.problem_mark), end_);
+    const SourcePosition begin = std::min(position_of(parser.context_mark), end_);
     Diagnostic& error = diagnostics_.error(place, Rule::kYamlSyntax, std::move(text));
     if (parser.context != nullptr && begin != place) error.with_note(begin, "it begins here");
   }
 
   std::string_view source_;
+  SourcePosition end_;
   Diagnostics& diagnostics_;
   Parser parser_;
   YamlTree tree_;
@@ -262,8 +267,9 @@ std::optional<YamlTree> parse_yaml(std::string_view source, Diagnostics& diagnos
     diagnostics.error({1, 1}, Rule::kYamlSyntax, "a source holds at most " + std::to_string(kMaximumSize) + " bytes");
     return std::nullopt;
   }
-  if (!check_characters(source, diagnostics)) return std::nullopt;
-  return YamlTreeBuilder(source, diagnostics).build();
+  const std::optional<SourcePosition> end = check_characters(source, diagnostics);
+  if (!end) return std::nullopt;
+  return YamlTreeBuilder(source, *end, diagnostics).build();
 }
 
 }  // namespace qzlog_compiler

@@ -45,6 +45,33 @@ TEST(Diagnostics, WarningsAlone_AreNoErrors) {
   EXPECT_FALSE(has_errors(diagnostics.take_sorted()));
 }
 
+TEST(Diagnostics, RemovedWarnings_AreThoseThatAreUnwanted) {
+  Diagnostics diagnostics("f");
+  diagnostics.warning({1, 1}, Rule::kLongMessage, "unwanted");
+  diagnostics.warning({2, 1}, Rule::kPathConflict, "wanted");
+  diagnostics.error({3, 1}, Rule::kLongMessage, "an error stays");
+  diagnostics.remove_warnings([](const Diagnostic& warning) { return warning.rule == Rule::kLongMessage; });
+  EXPECT_TRUE(diagnostics.has_errors());
+  const std::vector<Diagnostic> left = diagnostics.take_sorted();
+  ASSERT_EQ(left.size(), 2U);
+  EXPECT_EQ(left[0].text, "wanted");
+  EXPECT_EQ(left[1].text, "an error stays");
+}
+
+TEST(Diagnostic, NoteWithoutAPlace_IsLeftOut) {
+  Diagnostics diagnostics("f");
+  diagnostics.error({1, 1}, Rule::kBadNumber, "text")
+      .with_note({}, "nowhere")
+      .with_note({7, 8}, "here")
+      .with_hint("do");
+  const std::vector<Diagnostic> found = diagnostics.take_sorted();
+  ASSERT_EQ(found.at(0).notes.size(), 1U);
+  EXPECT_EQ(found[0].notes[0].file, "f");
+  EXPECT_EQ(found[0].notes[0].position, (SourcePosition{7, 8}));
+  EXPECT_EQ(found[0].notes[0].text, "here");
+  EXPECT_EQ(found[0].hint, "do");
+}
+
 TEST(AllRules, Names_AreUniqueLowerCaseWords) {
   std::set<std::string_view> names;
   for (const RuleInfo& rule : all_rules()) {

@@ -2,6 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <set>
+
+#include "tools/compiler/compiler.h"
+#include "tools/compiler/ldf_reader.h"
+
 namespace qzlog_compiler {
 namespace {
 
@@ -117,34 +122,12 @@ TEST(FindModelWarnings, MessageAboveTheLimit_IsLong) {
             "1 long-message: the message takes 65536 bytes in the compiled file\n");
 }
 
-struct QuoteCase {
-  const char* stored;
-  bool quoted;
-};
-
 TEST(FindModelWarnings, ApostropheBeforeAReference_SwitchesItOffForIcu) {
-  const QuoteCase cases[] = {
-      {"'%s%A%'", true},       // directly before it
-      {"''%s%A%''", false},    // a literal apostrophe
-      {"'''%s%A%", true},      // a literal one, and one that quotes
-      {"don't %s%A%", false},  // before a letter it is literal
-      {"'{x}%s%A%", true},     // a brace was quoted, and nothing ended it
-      {"'{x}'%s%A%", false},   // here it was ended
-      {"'{''x'%s%A%", false},  // two in quoted text are a literal one
-      {"'{''x%s%A%", true},    //
-      {"'}'' %s%A%", true},    //
-      {"%s%A%'", false},       // behind it
-      {"%x%A%'%s%A%", true},   // a reference that shows nothing changes nothing
-      {"'%x%A%", false},       //
-  };
-  for (const QuoteCase& item : cases) {
-    const std::string warning =
-        "1 quoted-placeholder: an apostrophe switches the reference to 'A' off on the ICU path, which shows its number "
-        "in braces\n";
-    const DefinitionModel model = model_of({entry(1, item.stored, {attribute("A", TypeChar32)})});
-    EXPECT_EQ(found(model), item.quoted ? warning : "") << item.stored;
-    EXPECT_EQ(found(model, MessagePath::kNarrow), "") << item.stored;
-  }
+  const DefinitionModel model = model_of({entry(1, "'%s%A%' and %s%A%' '%s%A%'", {attribute("A", TypeChar32)})});
+  EXPECT_EQ(found(model),
+            "1 quoted-placeholder: an apostrophe switches the reference to 'A' off on the ICU path, which shows its "
+            "number in braces\n");
+  EXPECT_EQ(found(model, MessagePath::kNarrow), "");
 }
 
 TEST(FindModelWarnings, TemplateThatNoEntryCanBeRenderedWith_IsBroken) {
@@ -203,6 +186,29 @@ TEST(FindModelWarnings, PositionOfAReference_IsThatOfItsPlaceholder) {
   EXPECT_EQ(find_model_warnings(model, nullptr, MessagePath::kIcu).at(0).position, (SourcePosition{3, 6}));
   message.references.clear();
   EXPECT_EQ(find_model_warnings(model, nullptr, MessagePath::kIcu).at(0).position, (SourcePosition{3, 1}));
+}
+
+std::multiset<Rule> rules_of(const std::vector<ModelWarning>& warnings) {
+  std::multiset<Rule> rules;
+  for (const ModelWarning& warning : warnings) rules.insert(warning.rule);
+  return rules;
+}
+
+TEST(FindModelWarnings, CompiledFile_GivesTheWarningsOfItsSource) {
+  const CompileResult result = compile_source(
+      "version: '1.0'\n"
+      "globals: [{name: SITE, type: MBChar32}]\n"
+      "entries:\n"
+      "- {id: 1, name: A, message: '{N} {{ {B} }}', attributes: [{name: N, type: UInt4}, {name: B, type: Bool}]}\n"
+      "- {id: 2, name: B, raw: \"'%s%SITE%\", attributes: [{name: SITE, type: Char32}, {name: K, type: UInt1}]}\n"
+      "- {id: 3, name: C, raw: '%s%Nobody%'}\n",
+      "f", {});
+  ASSERT_TRUE(result.ok());
+  const std::multiset<Rule> expected = {Rule::kNegativeUnsigned, Rule::kBooleanAsZero,   Rule::kQuotedPlaceholder,
+                                        Rule::kHiddenGlobal,     Rule::kUnusedAttribute, Rule::kBrokenTemplate};
+  const DefinitionModel compiled = read_ldf(result.bytes).model;
+  EXPECT_EQ(rules_of(find_model_warnings(result.model, nullptr, MessagePath::kBoth)), expected);
+  EXPECT_EQ(rules_of(find_model_warnings(compiled, nullptr, MessagePath::kBoth)), expected);
 }
 
 }  // namespace

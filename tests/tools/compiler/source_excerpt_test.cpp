@@ -39,8 +39,10 @@ TEST(MakeExcerpt, Places_AreFoundWhateverStandsBeforeThem) {
 }
 
 TEST(MakeExcerpt, LineOfTheWidestKind_IsShownWhole) {
-  const std::string line(100, 'x');
+  const std::string line(103, 'x');
   EXPECT_EQ(make_excerpt(line, 100)->line, line);
+  EXPECT_EQ(make_excerpt(line, 1)->line, line);
+  EXPECT_EQ(make_excerpt(line + "x", 1)->line, std::string(100, 'x') + "...");
 }
 
 TEST(MakeExcerpt, LongLine_IsCutAroundThePlace) {

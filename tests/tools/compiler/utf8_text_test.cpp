@@ -56,5 +56,10 @@ TEST(Quoted, LongText_IsCutAfterSixtyCharacters) {
 
 TEST(Quoted, BrokenBytes_BecomeReplacementCharacters) { EXPECT_EQ(quoted("a\xFF"), "'a\uFFFD'"); }
 
+TEST(Printable, CharactersThatTurnTheDirectionOfWriting_BecomeEscapes) {
+  EXPECT_EQ(printable("a\u202Eb\u2066c\u200Fd\u061Ce"), "a\\u202Eb\\u2066c\\u200Fd\\u061Ce");
+  EXPECT_EQ(printable("\u200B\u202F\u2070"), "\u200B\u202F\u2070");
+}
+
 }  // namespace
 }  // namespace qzlog_compiler

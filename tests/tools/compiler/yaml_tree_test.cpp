@@ -112,6 +112,12 @@ TEST(ParseYaml, LineBreaksThatAreNotLineFeeds_CountAsLines) {
   }
 }
 
+TEST(ParseYaml, MistakeAtAnEndWithoutALineBreak_IsReportedInTheLastLine) {
+  ParsedSource source("a: 1\nb: [x");
+  EXPECT_EQ(source.printed_diagnostics(),
+            "f:2:6: error: did not find expected ',' or ']' while parsing a flow sequence [yaml-syntax]\n");
+}
+
 TEST(ParseYaml, SequencesAndMappings_KnowWhereTheyEnd) {
   ParsedSource source("list:\n  - {a: 1}\n  - b: 2\n    c: 3\nnext: 4\n");
   ASSERT_TRUE(source.parsed());
