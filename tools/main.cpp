@@ -11,10 +11,12 @@
 #include "qzlog/qz_exception.h"
 #include "qzlog/version.h"
 #include "tools/catalog_command.h"
+#include "tools/check_command.h"
 #include "tools/command_error.h"
 #include "tools/compile_command.h"
 #include "tools/count_command.h"
 #include "tools/diff_command.h"
+#include "tools/explain_command.h"
 #include "tools/inspect_command.h"
 #include "tools/library_call.h"
 #include "tools/render_command.h"
@@ -36,12 +38,8 @@ constexpr const char* kFooter =
 
 /// Each adds one subcommand, which runs while the command line is parsed.
 constexpr void (*kCommands[])(CLI::App& app, int& exit_status) = {
-    add_compile_command,
-    add_diff_command,
-    add_inspect_command,
-    add_render_command,
-    add_count_command,
-    add_catalog_command,
+    add_compile_command, add_inspect_command, add_check_command, add_diff_command,
+    add_explain_command, add_render_command,  add_count_command, add_catalog_command,
 };
 
 // Templates are stored in UTF-8, and ICU reads them in the character set of the process's locale.

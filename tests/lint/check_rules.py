@@ -15,10 +15,11 @@ import sys
 TABLES = {
     "compile": ("tools/compiler/diagnostics.cpp", "tests/tools/golden/compile"),
     "catalog": ("tools/catalog/catalog_findings.cpp", "tests/tools/golden/catalog"),
+    "check": ("tools/check_finding.cpp", "tests/tools/golden/check"),
 }
 OTHER_RULES = ["tools/entry_error.cpp", "tools/config_check.cpp", "tools/counter_reader.cpp", "tools/inspect_command.cpp"]
 PAGE = "docs/diagnostics.md"
-RULE = re.compile(r'\{(?:Entry|Config|Counter|Catalog|Inspect)?Rule::k\w+,\s*"([a-z0-9-]+)",\s*"([^"]*)"(?:,\s*true)?\}')
+RULE = re.compile(r'\{(?:Entry|Config|Counter|Catalog|Check|Inspect)?Rule::k\w+,\s*"([a-z0-9-]+)",\s*"([^"]*)"(?:,\s*true)?\}')
 
 DIFF_RULES = "tools/compiler/diff_rules.cpp"
 DIFF_PAGE = "docs/compatibility.md"

@@ -20,13 +20,13 @@ bool is_version_number(std::string_view digits) {
   return !digits.empty() && !leading_zero && std::all_of(digits.begin(), digits.end(), is_digit);
 }
 
+}  // namespace
+
 bool is_version(std::string_view text) {
   const std::size_t point = text.find('.');
   if (point == std::string_view::npos || text.size() > kMaximumVersionSize) return false;
   return is_version_number(text.substr(0, point)) && is_version_number(text.substr(point + 1));
 }
-
-}  // namespace
 
 bool is_entry_name(std::string_view text) {
   return !text.empty() && is_capital(text.front()) &&

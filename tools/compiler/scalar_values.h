@@ -21,6 +21,7 @@ std::optional<std::string> read_text(const YamlNode& node, std::string_view what
 std::optional<std::uint32_t> read_number(const YamlNode& node, std::string_view what, Diagnostics& diagnostics);
 
 /// MAJOR.MINOR in at most 8 bytes, neither with a leading zero.
+bool is_version(std::string_view text);
 std::optional<std::string> read_version(const YamlNode& node, Diagnostics& diagnostics);
 
 /// Whether a text is [A-Z][A-Z0-9_]*.

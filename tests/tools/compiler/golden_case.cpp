@@ -7,6 +7,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cctype>
+#include <cstdlib>
 #include <fstream>
 #include <iostream>
 #include <iterator>
@@ -15,11 +16,15 @@
 #include <stdexcept>
 
 #include "tools/catalog_command.h"
+#include "tools/check_command.h"
 #include "tools/command_error.h"
 #include "tools/compile_command.h"
+#include "tools/compiler/compiler.h"
 #include "tools/compiler/ldf_reader.h"
+#include "tools/compiler/ldf_writer.h"
 #include "tools/compiler/utf8_text.h"
 #include "tools/diff_command.h"
+#include "tools/explain_command.h"
 #include "tools/inspect_command.h"
 
 namespace golden {
@@ -95,6 +100,12 @@ void take_section(Case& result, const std::string& title, const std::string& con
   } else if (parts.size() >= 2 && parts[0] == "file") {
     const bool escaped = parts.size() == 3 && parts[2] == "(escaped)";
     result.files.push_back({parts[1], escaped ? expanded(content) : content});
+  } else if (parts.size() == 2 && parts[0] == "definitions") {
+    result.files.push_back({parts[1], expanded(content), InputFile::Kind::kDefinitions});
+  } else if (parts.size() == 2 && parts[0] == "altered") {
+    result.files.push_back({parts[1], content, InputFile::Kind::kAltered});
+  } else if (parts.size() == 2 && parts[0] == "bundle") {
+    result.files.push_back({parts[1], content, InputFile::Kind::kBundle});
   } else if (title == "result") {
     result.result = content;
   } else {
@@ -116,6 +127,8 @@ void take_section(Case& result, const std::string& title, const std::string& con
     qzlog_tool::add_catalog_command(app, status);
     qzlog_tool::add_diff_command(app, status);
     qzlog_tool::add_inspect_command(app, status);
+    qzlog_tool::add_check_command(app, status);
+    qzlog_tool::add_explain_command(app, status);
     app.parse(std::vector<std::string>(golden_case.arguments.rbegin(), golden_case.arguments.rend()));
   } catch (const CLI::ParseError& error) {
     std::cerr << error.what() << '\n';
@@ -198,9 +211,47 @@ std::map<std::string, std::string> files_in(const fs::path& folder) {
   return files;
 }
 
-void write_input(const fs::path& path, const std::string& content) {
+/// What the compiler makes of a source, mistakes included: a file that it would not write.
+std::string compiled_all_the_same(const std::string& source) {
+  return qzlog_compiler::write_ldf(qzlog_compiler::compile_source(source, "", {}).model);
+}
+
+void build_bundle(const fs::path& source) {
+  const std::string folder = "'" + source.parent_path().string() + "'";
+  const std::string line =
+      "genrb --quiet --encoding UTF-8 --destdir " + folder + " '" + source.string() + "' >/dev/null";
+  if (std::system(line.c_str()) != 0) throw std::runtime_error("cannot build " + source.string());
+}
+
+/// Applies the lines of an altered file: "from FILE" first, then "replace A B" (the first A), "replace-last A B",
+/// "append A" and "truncate SIZE"; A and B are escaped.
+std::string altered(const fs::path& folder, const std::string& lines) {
+  std::istringstream in(lines);
+  std::string bytes;
+  for (std::string line; std::getline(in, line);) {
+    const std::vector<std::string> parts = words(line);
+    if (parts.at(0) == "from") bytes = read_all(folder / parts.at(1));
+    if (parts.at(0) == "append") bytes += unescaped(parts.at(1));
+    if (parts.at(0) == "truncate") bytes.resize(std::stoul(parts.at(1)));
+    if (parts.at(0).rfind("replace", 0) != 0) continue;
+    const std::string wanted = unescaped(parts.at(1));
+    const std::size_t at = parts[0] == "replace" ? bytes.find(wanted) : bytes.rfind(wanted);
+    if (at == std::string::npos) throw std::runtime_error("nothing to replace: " + line);
+    bytes.replace(at, wanted.size(), unescaped(parts.at(2)));
+  }
+  return bytes;
+}
+
+std::string content_of(const InputFile& file, const fs::path& folder) {
+  if (file.kind == InputFile::Kind::kDefinitions) return compiled_all_the_same(file.content);
+  return file.kind == InputFile::Kind::kAltered ? altered(folder, file.content) : file.content;
+}
+
+void write_input(const fs::path& folder, const InputFile& file) {
+  const fs::path path = folder / file.name;
   fs::create_directories(path.parent_path());
-  write_all(path, content);
+  write_all(path, content_of(file, folder));
+  if (file.kind == InputFile::Kind::kBundle) build_bundle(path);
 }
 
 }  // namespace
@@ -246,7 +297,7 @@ std::string run_case(const Case& golden_case, const fs::path& folder) {
   const fs::path inside = folder / "run";
   fs::create_directories(inside);
   write_all(folder / "stdin", golden_case.standard_input);
-  for (const InputFile& file : golden_case.files) write_input(inside / file.name, file.content);
+  for (const InputFile& file : golden_case.files) write_input(inside, file);
   const std::map<std::string, std::string> before = files_in(inside);
   std::ostringstream out;
   out << "exit status " << run_command(golden_case, inside) << '\n';

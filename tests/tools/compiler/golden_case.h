@@ -14,14 +14,22 @@
 ///     ===== file storage.yaml
 ///     ...
 ///     ===== file odd.yaml (escaped)        backslash escapes; "@repeat 3 item #" writes item 1, item 2, item 3
+///     ===== definitions std.ldf            escaped as well: a source, compiled even with mistakes that the compiler
+///     refuses
+///     ===== altered bad.ldf                changes to another of the files: "from std.ldf", "replace A B", "truncate
+///     300"
+///     ===== bundle messages/de.txt         built with genrb into messages/de.res
 ///     ===== stdin
 ///     ===== result
 ///     exit status, standard error, standard output and the files that the command wrote or changed
 namespace golden {
 
 struct InputFile {
+  enum class Kind { kPlain, kDefinitions, kAltered, kBundle };
+
   std::string name;
   std::string content;
+  Kind kind = Kind::kPlain;
 };
 
 struct Case {

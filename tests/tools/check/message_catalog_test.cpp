@@ -1,0 +1,102 @@
+#include "tools/message_catalog.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "tests/tools/temporary_folder.h"
+#include "tools/command_error.h"
+
+namespace {
+
+using qzlog_tool::CatalogBundle;
+using qzlog_tool::read_catalog;
+
+class MessageCatalog : public ::testing::Test {
+ protected:
+  void build(const std::string& locale, const std::string& content) const {
+    const std::string source = folder_.write(locale + ".txt", locale + " { " + content + " }");
+    const std::string line =
+        "genrb --quiet --encoding UTF-8 --destdir '" + folder_.path().string() + "' '" + source + "' >/dev/null";
+    ASSERT_EQ(std::system(line.c_str()), 0);
+  }
+  std::vector<CatalogBundle> read() const { return read_catalog(folder_.path().string()); }
+
+  qzlog_test::TemporaryFolder folder_;
+};
+
+TEST_F(MessageCatalog, Bundles_RootFirstThenByName) {
+  build("root", "STRING_TABLE { A { \"a\" } }");
+  build("ja", "STRING_TABLE { A { \"\u3042\" } }");
+  build("de", "STRING_TABLE { A { \"\u00E4\" } }");
+  const auto bundles = read();
+  ASSERT_EQ(bundles.size(), 3U);
+  EXPECT_EQ(bundles[0].locale + bundles[1].locale + bundles[2].locale, "rootdeja");
+  EXPECT_EQ(bundles[1].templates, (std::map<std::string, std::string>{{"A", "\u00E4"}}));
+}
+
+TEST_F(MessageCatalog, TableOfItsOwn_GetsNothingFromTheParents) {
+  build("root", "STRING_TABLE { A { \"a\" } B { \"b\" } }");
+  build("de", "STRING_TABLE { A { \"\u00E4\" } }");
+  const auto bundles = read();
+  EXPECT_EQ(bundles.at(1).templates.count("B"), 0U);
+  EXPECT_TRUE(bundles.at(1).has_own_table);
+}
+
+TEST_F(MessageCatalog, NoTable_GetsThatOfTheParents) {
+  build("root", "STRING_TABLE { A { \"a\" } }");
+  build("en", "");
+  const auto bundles = read();
+  EXPECT_FALSE(bundles.at(1).has_own_table);
+  EXPECT_EQ(bundles.at(1).templates.at("A"), "a");
+}
+
+TEST_F(MessageCatalog, WhatIsNoText_IsNoMessage) {
+  build("root", "STRING_TABLE { A { \"a\" } B:int { 7 } C { \"x\", \"y\" } }");
+  EXPECT_EQ(read().at(0).templates.size(), 1U);
+}
+
+TEST_F(MessageCatalog, NoBundles_CannotRun) {
+  try {
+    read();
+    ADD_FAILURE() << "an empty folder was read";
+  } catch (const qzlog_tool::CommandError& error) {
+    EXPECT_EQ(error.exit_status(), qzlog_tool::kExitCannotRun);
+  }
+}
+
+/// ICU opens the root bundle in its place.
+TEST_F(MessageCatalog, FileOfAnotherFormatVersion_IsNotTakenForAnother) {
+  build("root", "STRING_TABLE { A { \"a\" } }");
+  build("de", "STRING_TABLE { A { \"b\" } }");
+  std::string bytes = folder_.read("de.res");
+  bytes.replace(12, 4, "ResX");
+  folder_.write("de.res", bytes);
+  EXPECT_NE(read().at(1).failure, "");
+}
+
+TEST_F(MessageCatalog, LocalesWithScriptAndRegion_AreOpened) {
+  build("root", "STRING_TABLE { A { \"a\" } }");
+  build("zh_Hant_TW", "STRING_TABLE { A { \"b\" } }");
+  build("pt_BR", "STRING_TABLE { A { \"c\" } }");
+  const auto bundles = read();
+  EXPECT_EQ(bundles.at(1).templates.at("A"), "c");
+  EXPECT_EQ(bundles.at(2).templates.at("A"), "b");
+}
+
+/// ICU itself would read behind the end of the shorter ones.
+TEST_F(MessageCatalog, EveryPrefixOfABundle_IsDamaged) {
+  build("root", "STRING_TABLE { A { \"a text of a message\" } }");
+  const std::string whole = folder_.read("root.res");
+  for (std::size_t size = 0; size < whole.size(); ++size) {
+    folder_.write("root.res", whole.substr(0, size));
+    EXPECT_NE(read().at(0).failure, "") << size;
+  }
+  folder_.write("root.res", whole);
+  EXPECT_EQ(read().at(0).failure, "");
+}
+
+}  // namespace

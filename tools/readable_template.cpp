@@ -1,0 +1,93 @@
+#include "tools/readable_template.h"
+
+#include <vector>
+
+#include "tools/compiler/attribute_type.h"
+#include "tools/compiler/message_lowering.h"
+#include "tools/icu_pattern.h"
+
+namespace qzlog_tool {
+
+namespace {
+
+using qzlog_compiler::AttributeLookup;
+using qzlog_compiler::StoredTemplate;
+using qzlog_compiler::TemplateForm;
+using qzlog_compiler::TemplatePart;
+
+/// A text, or a reference where that is not null.
+struct ShownPart {
+  std::string text;
+  const TemplatePart* reference = nullptr;
+};
+
+std::vector<ShownPart> narrow_parts(const StoredTemplate& cut) {
+  std::vector<ShownPart> parts;
+  for (const TemplatePart& part : cut.parts) {
+    if (!part.is_reference()) {
+      parts.push_back({part.text});
+    } else if (qzlog_compiler::is_known_format(part.format)) {
+      parts.push_back({"", &part});
+    }
+  }
+  return parts;
+}
+
+std::optional<std::vector<ShownPart>> icu_parts(const StoredTemplate& cut) {
+  const std::vector<const TemplatePart*> references = shown_references(cut);
+  if (references.size() > qzlog_compiler::kMaximumIcuReferences) return std::nullopt;
+  const PatternReading reading = read_icu_pattern(cut, "root");
+  if (!reading.refusal.empty()) return std::nullopt;
+  std::vector<ShownPart> parts;
+  for (const PatternPart& part : reading.parts) {
+    const bool is_reference = part.kind == PatternPart::Kind::kReference;
+    parts.push_back({part.text, is_reference ? references[part.reference] : nullptr});
+  }
+  return parts;
+}
+
+std::string default_formats_of(const std::string& name, const AttributeLookup& lookup) {
+  const auto standard = qzlog_compiler::find_standard_field(name);
+  const auto type = standard ? standard : lookup(name);
+  return type ? std::string(qzlog_compiler::default_formats(*type)) : "";
+}
+
+/// Whether a date, a blank and a time begin here, all of one time stamp.
+bool is_time_stamp(const std::vector<ShownPart>& parts, std::size_t i) {
+  if (i + 2 >= parts.size() || parts[i + 2].reference == nullptr) return false;
+  const TemplatePart& date = *parts[i].reference;
+  const TemplatePart& time = *parts[i + 2].reference;
+  return parts[i + 1].reference == nullptr && parts[i + 1].text == " " && date.format == 'D' && time.format == 'T' &&
+         date.text == time.text;
+}
+
+std::string join(const std::vector<ShownPart>& parts, const AttributeLookup& lookup) {
+  std::string text;
+  for (std::size_t i = 0; i < parts.size(); ++i) {
+    text += parts[i].text;
+    if (parts[i].reference == nullptr) continue;
+    const TemplatePart& reference = *parts[i].reference;
+    const std::string formats = default_formats_of(reference.text, lookup);
+    if (formats == "DT" && is_time_stamp(parts, i)) {
+      text += '{' + reference.text + '}';
+      i += 2;
+    } else {
+      const bool is_default = formats == std::string_view(&reference.format, 1);
+      text += '{' + reference.text + (is_default ? "" : std::string(":") + reference.format) + '}';
+    }
+  }
+  return text;
+}
+
+}  // namespace
+
+std::optional<std::string> readable_template(std::string_view stored, TemplateForm form,
+                                             const AttributeLookup& lookup) {
+  const StoredTemplate cut = qzlog_compiler::cut_template(stored, form);
+  if (!cut.failure.empty()) return std::nullopt;
+  if (form == TemplateForm::kNarrow) return join(narrow_parts(cut), lookup);
+  const auto parts = icu_parts(cut);
+  return parts ? std::optional(join(*parts, lookup)) : std::nullopt;
+}
+
+}  // namespace qzlog_tool
