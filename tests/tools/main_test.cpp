@@ -43,7 +43,7 @@ TEST_F(MainCommand, WrongUsage_IsExplainedWithStatus2) {
   } cases[] = {
       {"", "A subcommand is required"},
       {"render --colour", "'--colour' was not expected"},
-      {"rendre", "'rendre' was not expected; the commands are compile render count"},
+      {"rendre", "'rendre' was not expected; the commands are compile render count catalog"},
       {"render", "--definitions is required"},
       {"render --definitions x.ldf --colour", "The following argument was not expected: --colour"},
       {"render --definitions x.ldf one.jsonl two.jsonl", "The following argument was not expected: two.jsonl"},
