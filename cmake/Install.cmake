@@ -22,6 +22,7 @@ configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/qzlog-config.cmake.in qz
 write_basic_package_version_file(qzlog-config-version.cmake COMPATIBILITY SameMajorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/qzlog-config.cmake ${PROJECT_BINARY_DIR}/qzlog-config-version.cmake
     ${CMAKE_CURRENT_LIST_DIR}/qzlog-definitions.cmake
+    ${CMAKE_CURRENT_LIST_DIR}/qzlog-catalog.cmake
   DESTINATION ${qzlog_package_dir})
 
 # The schema of definition sources, for editors.

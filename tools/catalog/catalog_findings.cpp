@@ -27,6 +27,8 @@ constexpr std::array kRules = {
                     "A translation has a placeholder that the source text lacks."},
     CatalogRuleInfo{CatalogRule::kReferenceFormat, "reference-format",
                     "A translation asks for another format of an attribute than the source text."},
+    CatalogRuleInfo{CatalogRule::kTemplateFailure, "template-failure",
+                    "A translated template that ICU cannot show, or not to its end."},
     CatalogRuleInfo{CatalogRule::kSourceChanged, "source-changed",
                     "The source text has changed since the PO file was updated; it is shown instead."},
     CatalogRuleInfo{CatalogRule::kUnknownMessage, "unknown-message",

@@ -29,6 +29,7 @@ enum class CatalogRule {
   kReferenceLost,
   kReferenceAdded,
   kReferenceFormat,
+  kTemplateFailure,
   kSourceChanged,
   kUnknownMessage,
 };

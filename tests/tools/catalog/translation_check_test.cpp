@@ -44,9 +44,21 @@ TEST_F(LowerTranslation, TextWithoutReferences_IsClosed) {
 }
 
 TEST_F(LowerTranslation, Template_IsKeptAsItStands) {
-  EXPECT_EQ(lowered("mehr als %s%A%{}", "RAW"), "mehr als %s%A%{}");
-  EXPECT_EQ(lowered("%_%TIMESTAMP%mehr", "RAW"), std::nullopt);
+  EXPECT_EQ(lowered("mehr als %s%A%", "RAW"), "mehr als %s%A%");
+  EXPECT_EQ(lowered("'{'%s%A%'}'%x%A%", "RAW"), std::nullopt);
+  EXPECT_EQ(found_,
+            "f.po:7: error: the translation has '%x%A%', which the source text has not, or not as often "
+            "[reference-added]\n");
+  EXPECT_EQ(lowered("mehr%_%TIMESTAMP%", "RAW"), std::nullopt);
   EXPECT_EQ(found_, "f.po:7: error: the translation lacks '%s%A%', which the source text has [reference-lost]\n");
+}
+
+TEST_F(LowerTranslation, TemplateThatCannotBeShown_IsRefused) {
+  EXPECT_EQ(lowered("mehr als {%s%A%", "RAW"), std::nullopt);
+  EXPECT_EQ(lowered("%s%A% und mehr", "RAW"), std::nullopt);
+  EXPECT_EQ(found_,
+            "f.po:7: error: the translated template cannot be shown: what stands behind its last reference is not "
+            "shown; end it with %_%TIMESTAMP% [template-failure]\n");
 }
 
 TEST_F(LowerTranslation, SeveralMistakes_AreAllReported) {

@@ -1,0 +1,34 @@
+#include "tools/catalog/template_check.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace qzlog_catalog {
+namespace {
+
+TEST(TemplateFailure, TemplatesThatCanBeShown_HaveNone) {
+  for (const std::string stored :
+       {"", "text", "%s%A% text%_%TIMESTAMP%", "'{'%s%A%'}'", "it's %s%A%", "%%", "%s%A% %d%B%", "}%s%A%"}) {
+    EXPECT_EQ(template_failure(stored), "") << stored;
+  }
+}
+
+TEST(TemplateFailure, BracesAndBrokenReferences_AreFailures) {
+  const std::string refused = "ICU refuses its text; a literal brace is written in apostrophes, '{'";
+  EXPECT_EQ(template_failure("{%s%A%"), refused);
+  EXPECT_EQ(template_failure("{}%s%A%"), refused);
+  EXPECT_EQ(template_failure("{x}%s%A% {0, nonsense"), "");  // the end is never read
+  EXPECT_EQ(template_failure("%s%%"), "the format 's' has no attribute behind it");
+}
+
+TEST(LosesItsEnd, TextBehindTheLastPercentSign_IsLost) {
+  EXPECT_FALSE(loses_its_end(""));
+  EXPECT_FALSE(loses_its_end("%s%A%"));
+  EXPECT_FALSE(loses_its_end("text%_%TIMESTAMP%"));
+  EXPECT_TRUE(loses_its_end("text"));
+  EXPECT_TRUE(loses_its_end("%s%A% is full"));
+}
+
+}  // namespace
+}  // namespace qzlog_catalog

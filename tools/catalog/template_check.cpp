@@ -1,0 +1,45 @@
+#include "tools/catalog/template_check.h"
+
+#include <unicode/locid.h>
+#include <unicode/msgfmt.h>
+#include <unicode/unistr.h>
+
+#include "tools/compiler/attribute_type.h"
+#include "tools/compiler/stored_template.h"
+
+namespace qzlog_catalog {
+namespace {
+
+using qzlog_compiler::StoredTemplate;
+using qzlog_compiler::TemplateForm;
+using qzlog_compiler::TemplatePart;
+
+/// The pattern that the library gives to ICU; how a value looks does not matter here.
+std::string pattern_of(const StoredTemplate& stored) {
+  std::string pattern;
+  std::size_t arguments = 0;
+  for (const TemplatePart& part : stored.parts) {
+    if (!part.is_reference()) {
+      pattern += part.text;
+    } else if (qzlog_compiler::kFormatCharacters.find(part.format) != std::string_view::npos) {
+      pattern += '{' + std::to_string(arguments++) + '}';
+    }
+  }
+  return pattern;
+}
+
+}  // namespace
+
+std::string template_failure(std::string_view stored) {
+  const StoredTemplate parts = qzlog_compiler::cut_template(stored, TemplateForm::kIcu);
+  if (!parts.failure.empty()) return parts.failure;
+  UErrorCode status = U_ZERO_ERROR;
+  UParseError place;
+  const icu::MessageFormat format(icu::UnicodeString::fromUTF8(pattern_of(parts)), icu::Locale::getRoot(), place,
+                                  status);
+  return U_SUCCESS(status) ? "" : "ICU refuses its text; a literal brace is written in apostrophes, '{'";
+}
+
+bool loses_its_end(std::string_view stored) { return !stored.empty() && stored.back() != '%'; }
+
+}  // namespace qzlog_catalog
