@@ -13,6 +13,7 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "tests/tools/compiler/model_text.h"
 #include "tools/compile_command.h"
 #include "tools/compiler/ldf_reader.h"
 #include "tools/compiler/utf8_text.h"
@@ -129,36 +130,11 @@ int run_command(const Case& golden_case, const fs::path& folder) {
   return WEXITSTATUS(status);
 }
 
-std::string hexadecimal(std::uint32_t value) {
-  std::ostringstream out;
-  out << "0x" << std::hex << std::uppercase << value;
-  return out.str();
-}
-
-void describe_attribute(std::ostream& out, const char* what, const qzlog_compiler::AttributeDefinition& attribute) {
-  out << what << ' ' << attribute.name << ' ' << _qz_LOG_get_attribute_type_string(attribute.type);
-  if (!attribute.redirect.empty()) out << " -> " << attribute.redirect;
-  out << '\n';
-}
-
-void describe_entry(std::ostream& out, const qzlog_compiler::EntryDefinition& entry) {
-  out << "entry " << entry.id << " mask " << hexadecimal(entry.mask) << " word " << entry.word << '\n';
-  out << "  message <" << entry.message_id << "> <" << entry.message.stored << ">\n";
-  for (const auto& attribute : entry.attributes) describe_attribute(out, "  attribute", attribute);
-  if (!entry.selector.attribute.empty()) out << "  selector " << entry.selector.attribute << '\n';
-  for (const auto& message : entry.selector.messages) {
-    out << "  selector message " << message.index << " for " << message.value << " <" << message.id << "> <"
-        << message.message.stored << ">\n";
-  }
-}
-
 std::string describe(const std::string& bytes) {
   std::ostringstream out;
   if (!qzlog_compiler::looks_like_ldf(bytes)) return bytes;
   const qzlog_compiler::LdfFile file = qzlog_compiler::read_ldf(bytes);
-  out << "version " << file.model.version << '\n';
-  for (const auto& global : file.model.globals) describe_attribute(out, "global", global);
-  for (const auto& entry : file.model.entries) describe_entry(out, entry);
+  out << model_text(file.model);
   if (file.damage) out << "damaged: " << file.damage->reason << '\n';
   return out.str();
 }
