@@ -66,9 +66,23 @@ std::string upper_case(std::string text) {
   return text;
 }
 
-std::string sentence(const std::string& text) {
-  return roff_text(text) + (text.empty() || text.back() != '.' ? "." : "");
+/// A paragraph in lines of less than 80 bytes.
+std::string filled(std::string_view text) {
+  constexpr std::size_t kMaximumLine = 79;
+  std::istringstream words{std::string(text)};
+  std::string result;
+  std::size_t line_size = 0;
+  for (std::string word; words >> word;) {
+    const std::string shown = escaped_line(word);
+    const bool fits = line_size + 1 + shown.size() <= kMaximumLine;
+    if (!result.empty()) result += fits ? ' ' : '\n';
+    line_size = fits && !result.empty() ? line_size + 1 + shown.size() : shown.size();
+    result += shown;
+  }
+  return result;
 }
+
+std::string sentence(const std::string& text) { return filled(text + (text.empty() || text.back() != '.' ? "." : "")); }
 
 class PageWriter {
  public:
@@ -111,7 +125,7 @@ class PageWriter {
       if (note.literal) {
         write_literal(note.text);
       } else {
-        out_ << roff_text(note.text) << '\n';
+        out_ << filled(note.text) << '\n';
       }
     }
   }
@@ -165,7 +179,7 @@ class PageWriter {
     for (auto part = begin; part != std::sregex_token_iterator(); ++part) {
       const std::string status = part->str();
       const std::size_t blank = std::min(status.find(' '), status.size());
-      if (blank != 1) return void(out_ << roff_text(status) << '\n');
+      if (blank != 1) return void(out_ << filled(status) << '\n');
       out_ << ".TP\n" << bold(status.substr(0, 1)) << '\n' << sentence(status.substr(2)) << '\n';
     }
   }

@@ -14,7 +14,7 @@
 #include <stdexcept>
 
 #include "tests/tools/compiler/model_text.h"
-#include "tools/compile_command.h"
+#include "tools/commands.h"
 #include "tools/compiler/ldf_reader.h"
 #include "tools/compiler/utf8_text.h"
 
@@ -108,7 +108,7 @@ void take_section(Case& result, const std::string& title, const std::string& con
   int status = 0;
   try {
     CLI::App app("qzlog");
-    qzlog_tool::add_compile_command(app, status);
+    qzlog_tool::add_commands(app, status);
     app.parse(std::vector<std::string>(golden_case.arguments.rbegin(), golden_case.arguments.rend()));
   } catch (const CLI::ParseError& error) {
     std::cerr << error.what() << '\n';
