@@ -106,9 +106,9 @@ class ManyAttributes {
 
   Entry& entry() { return entry_; }
 
-  /// The names in turn.
+  /// The names in turn, never one after its neighbour in the definition: that is where an attribute is looked for first.
   const char* next_name() {
-    next_ = (next_ + 1) % kNames;
+    next_ = (next_ + 2) % kNames;
     return names_[next_].c_str();
   }
 

@@ -40,20 +40,23 @@ _qzlog_files() { # CURRENT SUFFIX...: folders, and files with one of the suffixe
 
 // What was typed is walked to find the command and the option whose value stands at the cursor. bash makes a word of
 // the
-// "=" between an option and its value.
+// "=" between an option and its value. A word after an option is its value even if it is the "-" for a standard stream.
 constexpr const char* kMain = R"(
 _qzlog() {
   local current=${COMP_WORDS[COMP_CWORD]} command=qzlog option='' number=1 ended='' word i
-  local subcommands options valued
+  local subcommands options valued several
   COMPREPLY=()
   _qzlog_command "$command"
   for ((i = 1; i < COMP_CWORD; ++i)); do
     word=${COMP_WORDS[i]}
-    if [[ $option ]]; then
-      if [[ $word != '=' ]]; then option=''; fi
-    elif [[ $word == -- && ! $ended ]]; then
+    if [[ $option && $word != -?* ]]; then
+      if [[ $word != '=' && " $several " != *" $option "* ]]; then option=''; fi
+      continue
+    fi
+    option=''
+    if [[ $word == -- && ! $ended ]]; then
       ended=1
-    elif [[ $word == -* && ! $ended ]]; then
+    elif [[ $word == -?* && ! $ended ]]; then
       if [[ " $valued " == *" $word "* ]]; then option=$word; fi
     elif [[ " $subcommands " == *" $word "* ]]; then
       command+=" $word"
@@ -62,7 +65,8 @@ _qzlog() {
       ((++number))
     fi
   done
-  if [[ $option ]]; then
+  if [[ $current == - && " $several " == *" $option "* ]]; then option=''; fi
+  if [[ $option && $current != -?* ]]; then
     if [[ $current == '=' ]]; then current=''; fi
     _qzlog_value "$command $option" "$current"
   elif [[ $current == -* && ! $ended ]]; then
@@ -94,15 +98,18 @@ void write_command(const CommandNode& command, std::ostringstream& out) {
   std::vector<std::string> subcommands;
   std::vector<std::string> options;
   std::vector<std::string> valued;
+  std::vector<std::string> several;
   for (const CommandNode& subcommand : command.subcommands) subcommands.push_back(subcommand.last_name());
   for (const CommandOption& option : command.options) {
     options.insert(options.end(), option.names.begin(), option.names.end());
     if (option.takes_value()) valued.insert(valued.end(), option.names.begin(), option.names.end());
+    if (option.repeatable) several.insert(several.end(), option.names.begin(), option.names.end());
   }
   out << "    " << shell_quoted(command.name) << ")\n"
       << "      subcommands=" << shell_quoted(joined(subcommands, " ")) << "\n"
       << "      options=" << shell_quoted(joined(options, " ")) << "\n"
-      << "      valued=" << shell_quoted(joined(valued, " ")) << "\n      ;;\n";
+      << "      valued=" << shell_quoted(joined(valued, " ")) << "\n"
+      << "      several=" << shell_quoted(joined(several, " ")) << "\n      ;;\n";
 }
 
 void write_value(const std::vector<std::string>& patterns, const CommandOption& option, std::ostringstream& out) {
@@ -129,7 +136,8 @@ void write_values(const CommandNode& command, std::ostringstream& out) {
 std::string bash_completion(const CommandNode& root) {
   std::ostringstream out;
   out << kHelpers;
-  out << "_qzlog_command() { # COMMAND: sets its subcommands, options, and options that take a value\n  case $1 in\n";
+  out << "_qzlog_command() { # COMMAND: sets its subcommands, its options, and those that take a value or several "
+         "values\n  case $1 in\n";
   for (const CommandNode* const command : all_commands(root)) write_command(*command, out);
   out << "  esac\n}\n\n";
   out << "_qzlog_value() { # COMMAND OPTION|NUMBER (one word) CURRENT\n  case $1 in\n";

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "qzlog/version.h"
+#include "tools/catalog_command.h"
 #include "tools/compile_command.h"
 #include "tools/count_command.h"
 #include "tools/render_command.h"
@@ -25,6 +26,7 @@ constexpr void (*kCommands[])(CLI::App& app, int& exit_status) = {
     add_compile_command,
     add_render_command,
     add_count_command,
+    add_catalog_command,
 };
 
 }  // namespace

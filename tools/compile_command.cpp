@@ -1,12 +1,10 @@
 #include "tools/compile_command.h"
 
 #include <CLI/CLI.hpp>
-#include <filesystem>
 #include <iostream>
 #include <memory>
 #include <stdexcept>
 #include <string>
-#include <system_error>
 #include <vector>
 
 #include "tools/command_error.h"
@@ -53,13 +51,6 @@ MessagePath path_of(const std::string& name) {
 
 void print(const std::vector<Diagnostic>& diagnostics) {
   for (const Diagnostic& diagnostic : diagnostics) std::cerr << diagnostic << '\n';
-}
-
-/// A slip of the keyboard must not cost the author the source.
-void refuse_overwriting(const std::string& input, const std::string& output) {
-  std::error_code missing;
-  if (input.empty() || input == "-" || !std::filesystem::equivalent(input, output, missing)) return;
-  throw CommandError(kExitCannotRun, "the output '" + output + "' is one of the input files");
 }
 
 int compile(const CompileArguments& arguments) {

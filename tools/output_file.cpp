@@ -96,4 +96,10 @@ void write_file(const std::string& path, std::string_view content) {
   replacement.finish(content);
 }
 
+void refuse_overwriting(const std::string& input, const std::string& output) {
+  std::error_code missing;
+  if (input.empty() || input == "-" || !std::filesystem::equivalent(input, output, missing)) return;
+  throw CommandError(kExitCannotRun, "the output '" + output + "' is one of the input files");
+}
+
 }  // namespace qzlog_tool

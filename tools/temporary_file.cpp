@@ -8,23 +8,15 @@
 
 #include "tools/command_error.h"
 #include "tools/file_descriptor.h"
+#include "tools/temporary_folder.h"
 
 namespace qzlog_tool {
 
-namespace {
-
-std::string temporary_folder() {
-  const char* const folder = std::getenv("TMPDIR");
-  return folder != nullptr && *folder != '\0' ? folder : "/tmp";
-}
-
-}  // namespace
-
-TemporaryFile::TemporaryFile(std::string_view bytes) : path_(temporary_folder() + "/qzlog-XXXXXX") {
+TemporaryFile::TemporaryFile(std::string_view bytes) : path_(temporary_location() + "/qzlog-XXXXXX") {
   const FileDescriptor file(::mkstemp(path_.data()));
   if (file.get() < 0) {
     throw CommandError(kExitCannotRun,
-                       "cannot make a temporary file in '" + temporary_folder() + "': " + std::strerror(errno));
+                       "cannot make a temporary file in '" + temporary_location() + "': " + std::strerror(errno));
   }
   const int failure = write_all(file.get(), bytes.data(), bytes.size());
   if (failure == 0) return;

@@ -53,6 +53,8 @@ void add_suffixes(const std::string& part, std::vector<std::string>& suffixes) {
   }
 }
 
+bool is_any_file(const std::string& part) { return part == "FILE" || part == "PATH" || part == "DIR/NAME"; }
+
 std::vector<std::string> file_suffixes(const std::vector<std::string>& parts) {
   std::vector<std::string> suffixes;
   for (const std::string& part : parts) add_suffixes(part, suffixes);
@@ -61,10 +63,11 @@ std::vector<std::string> file_suffixes(const std::vector<std::string>& parts) {
 
 }  // namespace
 
-ValueKind value_kind(std::string_view name) {
+// "SRC.yaml [AUX.yaml ...]" and "FILE.po ..." go on with more of the same.
+ValueKind value_kind(std::string_view whole_name) {
+  const std::string_view name = whole_name.substr(0, whole_name.find(' '));
   if (name == "ll_CC") return {Type::kChoice, locale_names()};
   if (name == "DIR") return {Type::kFolder, {}};
-  if (name == "FILE" || name == "DIR/NAME") return {Type::kFile, {}};
   if (name.size() == 3 && is_digit(name[0]) && name[1] == '-' && is_digit(name[2])) {
     return {Type::kChoice, digits(name[0], name[2])};
   }
@@ -73,6 +76,7 @@ ValueKind value_kind(std::string_view name) {
   }
   const std::vector<std::string> parts = split(name, '|');
   if (parts.size() > 1 && std::all_of(parts.begin(), parts.end(), is_choice)) return {Type::kChoice, parts};
+  if (std::any_of(parts.begin(), parts.end(), is_any_file)) return {Type::kFile, {}};
   std::vector<std::string> suffixes = file_suffixes(parts);
   if (!suffixes.empty()) return {Type::kFile, std::move(suffixes)};
   return {};

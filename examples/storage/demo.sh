@@ -32,16 +32,16 @@ render() { run "head -3 storage.jsonl | qzlog render --definitions storage.ldf $
 rm -rf "$build/demo"
 mkdir "$build/demo"
 cd "$build/demo"
-cp -R "$sources"/*.yaml "$sources"/*.jsonl "$sources"/messages .
+cp -R "$sources"/*.yaml "$sources"/*.jsonl "$sources"/po .
 echo "# In $build/demo; the time zone is $TZ."
 
 say "One of the product's events, as its author writes it in storage.yaml:"
 sed -n '/name: DISK_FAILED/,/^$/{/^$/!p}' storage.yaml
 
-say "The definitions are checked and compiled, then the messages in other languages:"
+say "The definitions are checked and compiled, then the messages as the translators wrote them:"
 run qzlog compile storage.yaml -o storage.ldf
 run qzlog compile storage_aux.yaml --aux-of storage.yaml -o storage_aux.ldf
-run genrb --quiet --encoding UTF-8 --sourcedir messages --destdir messages root.txt en.txt de.txt ja.txt
+run qzlog catalog build storage.yaml storage_aux.yaml --po po -o messages
 
 say "A C++ program builds entries and shows their messages (more: entries attributes choices refusals auxiliary):"
 run storage_events . messages

@@ -54,6 +54,12 @@ TEST_F(BashCompletion, LinesOfWords_GetWhatFits) {
       {"qzlog render ''", "entries.jsonl more"},
       {"qzlog count show ''", "disks.cnt more"},
       {"qzlog count show --ch", "--chart"},
+      {"qzlog compile -o - ''", "events.yaml more"},
+      {"qzlog catalog extract --update ''", "de.po more"},
+      {"qzlog catalog extract --update de.po d", "de.po"},
+      {"qzlog catalog extract --update de.po -", "--help --output --update -h -o"},
+      {"qzlog catalog extract --update de.po -o out.pot ''", "events.yaml more"},
+      {"qzlog catalog extract one.yaml two.yaml ''", "events.yaml more"},
       // The value of an option is no command, and what follows a command's argument neither.
       {"qzlog render --code-page count ''", "entries.jsonl more"},
   };

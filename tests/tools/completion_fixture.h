@@ -12,7 +12,7 @@ namespace qzlog_test {
 class CompletionFixture : public CommandFixture {
  protected:
   CompletionFixture() {
-    for (const char* const name : {"events.yaml", "events.ldf", "entries.jsonl", "disks.cnt", "notes.txt"}) {
+    for (const char* const name : {"events.yaml", "events.ldf", "entries.jsonl", "disks.cnt", "notes.txt", "de.po"}) {
       write(name, "");
     }
     std::filesystem::create_directory(folder_.path() / "more");

@@ -41,6 +41,8 @@ TEST_F(FishCompletion, Lines_GetWhatFits) {
       {"qzlog render --definitions ", "events.ldf events.yaml more/"},
       {"qzlog render --catalog ", "more/"},
       {"qzlog render --config n", "notes.txt"},
+      {"qzlog catalog extract --update d", "de.po"},
+      {"qzlog catalog extract one.yaml ", "events.yaml more/"},
       {"qzlog render --code-page ", ""},
       {"qzlog render --code-page count ", "entries.jsonl more/"},
   };

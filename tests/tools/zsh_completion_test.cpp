@@ -35,6 +35,9 @@ TEST_F(ZshCompletion, Lines_GetWhatFits) {
       {"qzlog render --locale de", "de_DE [qzlog render --locale de_DE ]"},
       {"qzlog render --catalog ", "more [qzlog render --catalog more/]"},
       {"qzlog render --code-page count ", "entries.jsonl more [qzlog render --code-page count ]"},
+      {"qzlog catalog extract --update d", "de.po [qzlog catalog extract --update de.po ]"},
+      {"qzlog catalog extract --update de.po --ou", "--output [qzlog catalog extract --update de.po --output=]"},
+      {"qzlog catalog extract one.yaml ", "events.yaml more [qzlog catalog extract one.yaml ]"},
       {"qzlog count show --json --ch", "[qzlog count show --json --ch]"},  // the two exclude each other
   };
   for (const auto& row : rows) EXPECT_EQ(complete(row.line), std::string(row.offered) + "\n") << row.line;

@@ -9,11 +9,12 @@
 #include <fstream>
 #include <iostream>
 #include <iterator>
-#include <set>
+#include <map>
 #include <sstream>
 #include <stdexcept>
 
 #include "tests/tools/compiler/model_text.h"
+#include "tools/command_error.h"
 #include "tools/commands.h"
 #include "tools/compiler/ldf_reader.h"
 #include "tools/compiler/utf8_text.h"
@@ -113,6 +114,9 @@ void take_section(Case& result, const std::string& title, const std::string& con
   } catch (const CLI::ParseError& error) {
     std::cerr << error.what() << '\n';
     status = error.get_exit_code() == 0 ? 0 : 2;
+  } catch (const qzlog_tool::CommandError& error) {
+    std::cerr << "qzlog: error: " << error.what() << '\n';
+    status = error.exit_status();
   }
   std::cout.flush();
   std::cerr.flush();
@@ -132,6 +136,7 @@ int run_command(const Case& golden_case, const fs::path& folder) {
 
 std::string describe(const std::string& bytes) {
   std::ostringstream out;
+  if (bytes.size() > 16 && bytes.substr(12, 4) == "ResB") return "(a resource bundle)\n";
   if (!qzlog_compiler::looks_like_ldf(bytes)) return bytes;
   const qzlog_compiler::LdfFile file = qzlog_compiler::read_ldf(bytes);
   out << model_text(file.model);
@@ -139,10 +144,18 @@ std::string describe(const std::string& bytes) {
   return out.str();
 }
 
-std::set<std::string> names_in(const fs::path& folder) {
-  std::set<std::string> names;
-  for (const fs::directory_entry& entry : fs::directory_iterator(folder)) names.insert(entry.path().filename());
-  return names;
+/// The files below a folder by their paths in it.
+std::map<std::string, std::string> files_in(const fs::path& folder) {
+  std::map<std::string, std::string> files;
+  for (const fs::directory_entry& entry : fs::recursive_directory_iterator(folder)) {
+    if (entry.is_regular_file()) files[entry.path().lexically_relative(folder)] = read_all(entry.path());
+  }
+  return files;
+}
+
+void write_input(const fs::path& path, const std::string& content) {
+  fs::create_directories(path.parent_path());
+  write_all(path, content);
 }
 
 }  // namespace
@@ -172,15 +185,16 @@ std::string run_case(const Case& golden_case, const fs::path& folder) {
   const fs::path inside = folder / "run";
   fs::create_directories(inside);
   write_all(folder / "stdin", golden_case.standard_input);
-  for (const InputFile& file : golden_case.files) write_all(inside / file.name, file.content);
-  const std::set<std::string> before = names_in(inside);
+  for (const InputFile& file : golden_case.files) write_input(inside / file.name, file.content);
+  const std::map<std::string, std::string> before = files_in(inside);
   std::ostringstream out;
   out << "exit status " << run_command(golden_case, inside) << '\n';
   out << "--- standard error\n" << read_all(folder / "stderr");
   const std::string standard_output = read_all(folder / "stdout");
   if (!standard_output.empty()) out << "--- standard output\n" << describe(standard_output);
-  for (const std::string& name : names_in(inside)) {
-    if (before.count(name) == 0) out << "--- file " << name << '\n' << describe(read_all(inside / name));
+  for (const auto& [name, content] : files_in(inside)) {
+    const auto old = before.find(name);
+    if (old == before.end() || old->second != content) out << "--- file " << name << '\n' << describe(content);
   }
   return out.str();
 }

@@ -16,7 +16,7 @@
 ///     ===== file odd.yaml (escaped)        backslash escapes; "@repeat 3 item #" writes item 1, item 2, item 3
 ///     ===== stdin
 ///     ===== result
-///     exit status, standard error, standard output and the files that the command left
+///     exit status, standard error, standard output and the files that the command wrote or changed
 namespace golden {
 
 struct InputFile {

@@ -1,0 +1,74 @@
+#include "tools/catalog/genrb.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "tests/tools/scoped_variable.h"
+#include "tests/tools/temporary_folder.h"
+#include "tools/catalog/resource_bundle.h"
+#include "tools/command_error.h"
+
+namespace qzlog_catalog {
+namespace {
+
+using qzlog_tool::CommandError;
+
+std::vector<NamedBundle> two_sources() {
+  return {{"root", bundle_source("root", {{"a", "x"}})}, {"de", bundle_source("de", {{"a", "y"}})}};
+}
+
+/// What the command would exit with, and its message.
+std::pair<int, std::string> failure(const std::string& program, const std::vector<NamedBundle>& sources) {
+  try {
+    run_genrb(program, sources);
+  } catch (const CommandError& error) {
+    return {error.exit_status(), error.what()};
+  }
+  return {0, ""};
+}
+
+TEST(RunGenrb, Results_HaveTheOrderOfTheSourcesAndAreTheSameEachTime) {
+  const std::vector<NamedBundle> first = run_genrb("genrb", two_sources());
+  const std::vector<NamedBundle> second = run_genrb("genrb", two_sources());
+  ASSERT_EQ(first.size(), 2u);
+  EXPECT_EQ(first[0].name, "root");
+  EXPECT_EQ(first[1].name, "de");
+  EXPECT_EQ(first[0].content.substr(12, 4), "ResB");
+  EXPECT_NE(first[0].content, first[1].content);
+  for (std::size_t i = 0; i < 2; ++i) EXPECT_EQ(first[i].content, second[i].content);
+}
+
+TEST(RunGenrb, TemporaryFolder_IsGoneAlsoAfterAFailure) {
+  const qzlog_test::TemporaryFolder folder;
+  const qzlog_test::ScopedVariable variable("TMPDIR", folder.path().string());
+  EXPECT_EQ(run_genrb("genrb", two_sources()).size(), 2u);
+  EXPECT_EQ(failure("false", two_sources()).first, qzlog_tool::kExitFindings);
+  EXPECT_TRUE(std::filesystem::is_empty(folder.path()));
+}
+
+TEST(RunGenrb, BrokenSource_FailsWithTheProgramsMessages) {
+  const auto [status, text] = failure("genrb", {{"root", "root { STRING_TABLE { a { \"x\" }"}});
+  EXPECT_EQ(status, qzlog_tool::kExitFindings);
+  EXPECT_NE(text.find("'genrb' has failed with status "), std::string::npos) << text;
+  EXPECT_NE(text.find("root.txt:1: "), std::string::npos) << text;
+}
+
+TEST(RunGenrb, NoSuchProgram_CannotRun) {
+  const auto [status, text] = failure("/nowhere/genrb", two_sources());
+  EXPECT_EQ(status, qzlog_tool::kExitCannotRun);
+  EXPECT_EQ(
+      text,
+      "cannot run '/nowhere/genrb': No such file or directory; it is ICU's compiler for resource bundles (Debian: "
+      "icu-devtools)");
+}
+
+TEST(RunGenrb, ProgramsName_IsNoShellCommand) {
+  EXPECT_EQ(failure("true; true", two_sources()).first, qzlog_tool::kExitCannotRun);
+  EXPECT_EQ(failure("$(echo genrb)", two_sources()).first, qzlog_tool::kExitCannotRun);
+}
+
+}  // namespace
+}  // namespace qzlog_catalog

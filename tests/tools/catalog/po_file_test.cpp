@@ -1,0 +1,166 @@
+#include "tools/catalog/po_file.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+#include <string>
+
+#include "tests/support/seeded_random.h"
+#include "tests/tools/scoped_variable.h"
+#include "tests/tools/temporary_folder.h"
+#include "tools/command_error.h"
+
+namespace qzlog_catalog {
+namespace {
+
+const std::string kHeader =
+    "msgid \"\"\nmsgstr \"\"\n\"Language: de\\n\"\n\"Content-Type: text/plain; charset=UTF-8\\n\"\n";
+
+const std::string kFull = kHeader + R"(
+# Mine.
+# Two lines.
+#. Theirs.
+#: a.yaml:3 b.yaml
+#, fuzzy, c-format
+#| msgctxt "was"
+#| msgid "old"
+msgctxt "key"
+msgid ""
+"Größe\n"
+"\"q\" \\ 	 %d"
+msgstr "漢字 😀"
+
+#~ msgctxt "gone"
+#~ msgid "a"
+#~ msgstr "b"
+)";
+
+std::string printed(const CatalogFindings& findings) {
+  std::ostringstream out;
+  for (const CatalogFinding& finding : findings.all()) out << finding << '\n';
+  return out.str();
+}
+
+PoFile parsed(const std::string& text) {
+  CatalogFindings findings;
+  const std::optional<PoFile> file = parse_po(text, "f.po", findings);
+  EXPECT_EQ(printed(findings), "");
+  return file.value_or(PoFile());
+}
+
+TEST(ParsePo, EveryPartOfAMessage_IsThere) {
+  const PoFile file = parsed(kFull);
+  ASSERT_EQ(file.messages.size(), 3u);
+  const PoMessage& message = file.messages[1];
+  EXPECT_EQ(message.context, "key");
+  EXPECT_EQ(message.source, "Größe\n\"q\" \\ \t %d");
+  EXPECT_EQ(message.translation, "漢字 😀");
+  EXPECT_EQ(message.comments, "Mine.\nTwo lines.\n");
+  EXPECT_EQ(message.extracted_comments, "Theirs.\n");
+  EXPECT_EQ(message.references, (std::vector<PoReference>{{"a.yaml", 3}, {"b.yaml", std::nullopt}}));
+  EXPECT_EQ(message.previous_context, "was");
+  EXPECT_EQ(message.previous_source, "old");
+  EXPECT_EQ(message.formats, std::vector<std::string>{"c-format"});
+  EXPECT_TRUE(message.fuzzy);
+  EXPECT_FALSE(message.obsolete);
+  EXPECT_TRUE(file.messages[2].obsolete);
+  EXPECT_EQ(file.messages[2].context, "gone");
+}
+
+TEST(ParsePo, Lines_AreThoseOfTheMessages) {
+  const PoFile file = parsed(kFull);
+  EXPECT_EQ(file.lines, (std::vector<std::size_t>{1, 13, 19}));
+  EXPECT_EQ(file.line_of(1), 13u);
+  EXPECT_EQ(file.line_of(3), 0u);
+}
+
+TEST(ParsePo, WhatWasWritten_IsReadAgain) {
+  const PoFile file = parsed(kFull);
+  const std::string written = write_po(file);
+  EXPECT_EQ(parsed(written).messages, file.messages);
+  EXPECT_EQ(write_po(parsed(written)), written);
+}
+
+TEST(ParsePo, RandomTexts_SurviveWritingAndReading) {
+  qz_test::SeededRandom random;
+  SCOPED_TRACE(random.trace());
+  const std::string kPieces[] = {"a",   " ",  "\n",   "\t",   "\r",     "\"",     "\\",
+                                 "\\n", "%s", "#",    "~",    "msgid ", "{",      "ß",
+                                 "漢",  "😀",  "\x01", "\x7F", "\u2028", "\uFEFF", "a rather long word "};
+  const auto text = [&] {
+    std::string result = "x";
+    for (long long i = random.between(0, 40); i > 0; --i) result += kPieces[random.between(0, std::size(kPieces) - 1)];
+    return result;
+  };
+  for (int round = 0; round < 50; ++round) {
+    PoFile file = parsed(kHeader);
+    for (int i = 0; i < 10; ++i) {
+      PoMessage message;
+      message.context = std::to_string(i) + text();
+      message.source = text();
+      message.translation = text();
+      message.fuzzy = random.one_in(3);
+      if (random.one_in(3)) message.previous_source = text();
+      file.messages.push_back(message);
+    }
+    const std::string written = write_po(file);
+    ASSERT_EQ(parsed(written).messages, file.messages) << written;
+  }
+}
+
+// A reader of files from outside has to survive each of them.
+TEST(ParsePo, EveryPrefixOfAFile_IsReadOrRefused) {
+  std::size_t refused = 0;
+  for (std::size_t size = 0; size < kFull.size(); ++size) {
+    CatalogFindings findings;
+    const bool read = parse_po(kFull.substr(0, size), "f.po", findings).has_value();
+    ASSERT_NE(read, findings.has_errors()) << size;
+    if (!read) ++refused;
+  }
+  EXPECT_GT(refused, kFull.size() / 2);
+}
+
+TEST(ParsePo, FlippedBytes_AreReadOrRefused) {
+  qz_test::SeededRandom random;
+  SCOPED_TRACE(random.trace());
+  for (int round = 0; round < 500; ++round) {
+    std::string damaged = kFull;
+    for (int i = 0; i < 3; ++i) {
+      damaged[static_cast<std::size_t>(random.between(0, static_cast<long long>(kFull.size()) - 1))] =
+          static_cast<char>(random.between(0, 255));
+    }
+    CatalogFindings findings;
+    const bool read = parse_po(damaged, "f.po", findings).has_value();
+    ASSERT_NE(read, findings.has_errors()) << damaged;
+  }
+}
+
+TEST(ParsePo, HugeText_IsRead) {
+  const std::string text(5'000'000, 'x');
+  const PoFile file = parsed(kHeader + "msgctxt \"k\"\nmsgid \"" + text + "\"\nmsgstr \"\"\n");
+  ASSERT_EQ(file.messages.size(), 2u);
+  EXPECT_EQ(file.messages[1].source, text);
+}
+
+TEST(ParsePo, ManyMessages_AreRead) {
+  std::string text = kHeader;
+  for (int i = 0; i < 20'000; ++i) text += "msgctxt \"" + std::to_string(i) + "\"\nmsgid \"a\"\nmsgstr \"b\"\n";
+  const PoFile file = parsed(text);
+  EXPECT_EQ(file.messages.size(), 20'001u);
+  EXPECT_EQ(file.lines.back(), 5u + 3 * 19'999);
+}
+
+TEST(ParsePo, NoPlaceForTemporaryFiles_Throws) {
+  const qzlog_test::ScopedVariable variable("TMPDIR", "/nowhere/at/all");
+  CatalogFindings findings;
+  EXPECT_THROW(parse_po(kHeader, "f.po", findings), qzlog_tool::CommandError);
+}
+
+TEST(HeaderField, SetAndMissing) {
+  EXPECT_EQ(header_field("A: b\nLanguage: de\n", "Language"), "de");
+  EXPECT_EQ(header_field("A: b\n", "Language"), "");
+  EXPECT_EQ(with_header_field("A: b\nLanguage: \nC: d\n", "Language", "de"), "A: b\nLanguage: de\nC: d\n");
+}
+
+}  // namespace
+}  // namespace qzlog_catalog

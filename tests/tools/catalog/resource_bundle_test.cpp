@@ -1,0 +1,78 @@
+#include "tools/catalog/resource_bundle.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "tests/tools/catalog/bundle_fixture.h"
+
+namespace qzlog_catalog {
+namespace {
+
+TEST(BundleSource, Texts_AreQuoted) {
+  EXPECT_EQ(bundle_source("de", {{"a.b", "x \"y\" \\z"}, {"c", "ü\n😀"}}),
+            "de {\n"
+            "  STRING_TABLE {\n"
+            "    \"a.b\" { \"x \\u0022y\\u0022 \\\\z\" }\n"
+            "    \"c\" { \"\\u00FC\\u000A\\U0001F600\" }\n"
+            "  }\n"
+            "}\n");
+}
+
+TEST(BundleSource, EveryCharacter_IsReadBack) {
+  std::string text;
+  for (char32_t code = 1; code < 0x11000; code += code < 0x500 ? 1 : 0x3D) {
+    if (code >= 0xD800 && code < 0xE000) continue;
+    icu::UnicodeString(static_cast<UChar32>(code)).toUTF8String(text);
+  }
+  const CatalogFolder catalog({{"root", bundle_source("root", {{"all", text}, {"empty", ""}})}});
+  EXPECT_EQ(catalog.text("all"), text);
+  EXPECT_EQ(catalog.text("empty"), "");
+}
+
+TEST(BundleSource, TextsThatLookLikeSyntax_AreTexts) {
+  const std::vector<std::string> texts = {"\\u0041",     "} x {", "// no comment", "/* none */",
+                                          "a:int { 1 }", "\\",    "\"\""};
+  std::vector<CatalogText> table;
+  for (const std::string& text : texts) table.push_back({std::to_string(table.size()), text});
+  const CatalogFolder catalog({{"root", bundle_source("root", table)}});
+  for (const CatalogText& text : table) EXPECT_EQ(catalog.text(text.id), text.stored);
+}
+
+TEST(BundleSource, EveryKeyThatIsAllowed_IsFound) {
+  std::vector<CatalogText> table;
+  for (char character = 1; character < 0x7F; ++character) {
+    const std::string key = "k" + std::string(1, character) + "y";
+    if (is_bundle_key(key)) table.push_back({key, "text of " + std::to_string(character)});
+  }
+  EXPECT_EQ(table.size(), 26u + 26 + 10 + 20);
+  const CatalogFolder catalog({{"root", bundle_source("root", table)}});
+  for (const CatalogText& text : table) EXPECT_EQ(catalog.text(text.id), text.stored);
+}
+
+TEST(IsBundleKey, OtherCharacters_AreNotAllowed) {
+  EXPECT_FALSE(is_bundle_key(""));
+  for (const std::string key : {"a$", "a#", "a@", "a!", "a[", "a\\", "a{", "a\n", "a\x7F", "größe"}) {
+    EXPECT_FALSE(is_bundle_key(key)) << key;
+  }
+}
+
+TEST(EmptyBundle, ItsReaders_GetTheRootsTexts) {
+  const CatalogFolder catalog({{"root", bundle_source("root", {{"a", "root text"}})},
+                               {"en", empty_bundle_source("en")},
+                               {"de", bundle_source("de", {{"a", "deutsch"}})}});
+  EXPECT_EQ(catalog.text("a", "en_US"), "root text");
+  EXPECT_EQ(catalog.text("a", "de_AT"), "deutsch");
+}
+
+// Why a language's bundle has to hold every message.
+TEST(BundleSource, TextThatALanguageLacks_IsNotFoundInTheRoot) {
+  const CatalogFolder catalog(
+      {{"root", bundle_source("root", {{"a", "x"}, {"b", "y"}})}, {"de", bundle_source("de", {{"a", "z"}})}});
+  EXPECT_EQ(catalog.text("b", "root"), "y");
+  EXPECT_EQ(catalog.text("b", "de"), std::nullopt);
+}
+
+}  // namespace
+}  // namespace qzlog_catalog

@@ -1,0 +1,22 @@
+#ifndef QZLOG_TOOLS_CATALOG_CATALOG_BUILD_H
+#define QZLOG_TOOLS_CATALOG_CATALOG_BUILD_H
+
+#include <span>
+#include <string>
+#include <vector>
+
+#include "tools/catalog/catalog_messages.h"
+#include "tools/catalog/genrb.h"
+#include "tools/catalog/language_catalog.h"
+
+namespace qzlog_catalog {
+
+/// The sources of all resource bundles of a catalog: one with the source texts for readers of any language (`root`),
+/// one for each language, and one for the language of the source texts unless that has translations: without it ICU
+/// would give its readers the language of their host before it gives them the root's.
+std::vector<NamedBundle> bundle_sources(const CatalogMessages& messages, std::span<const LanguageCatalog> catalogs,
+                                        const std::string& source_language);
+
+}  // namespace qzlog_catalog
+
+#endif  // QZLOG_TOOLS_CATALOG_CATALOG_BUILD_H

@@ -1,0 +1,124 @@
+#include "tools/catalog/catalog_messages.h"
+
+#include <utility>
+
+#include "tools/catalog/resource_bundle.h"
+#include "tools/compiler/compiler.h"
+#include "tools/compiler/utf8_text.h"
+
+namespace qzlog_catalog {
+namespace {
+
+using qzlog_compiler::AttributeDefinition;
+using qzlog_compiler::CompileOptions;
+using qzlog_compiler::CompileResult;
+using qzlog_compiler::Diagnostic;
+using qzlog_compiler::EntryDefinition;
+using qzlog_compiler::MessagePath;
+using qzlog_compiler::MessageText;
+using qzlog_compiler::quoted;
+using qzlog_compiler::SelectorMessage;
+
+bool same_message(const MessageText& a, const MessageText& b) {
+  return a.written == b.written && a.raw == b.raw && a.stored == b.stored;
+}
+
+std::string conflict_text(std::string_view id, const CatalogMessage& first, const MessageText& second) {
+  const bool same_text = first.text->written == second.written && first.text->raw == second.raw;
+  const MessageUse& use = first.uses.front();
+  return "the message ID " + quoted(id) + " stands for another message in " + std::string(use.file) + ", line " +
+         std::to_string(use.line) + (same_text ? ", whose attributes are shown in another format" : "") +
+         "; give one of them another ID";
+}
+
+}  // namespace
+
+std::optional<qz_AttributeType> MessageScope::find(std::string_view name) const {
+  for (const std::vector<const Attributes*>* const lists : {&own_, &global_}) {
+    for (const Attributes* const list : *lists) {
+      const AttributeDefinition* const attribute = qzlog_compiler::find_attribute(*list, name);
+      if (attribute != nullptr) return attribute->type;
+    }
+  }
+  return std::nullopt;
+}
+
+std::optional<CatalogMessages> CatalogMessages::collect(std::span<const SourceText> sources,
+                                                        std::vector<Diagnostic>& diagnostics,
+                                                        CatalogFindings& findings) {
+  CatalogMessages result;
+  if (!result.load(sources, diagnostics)) return std::nullopt;
+  const std::size_t errors_before = findings.error_count();
+  const qzlog_compiler::ModelIndex standard(result.models_.front());
+  for (std::size_t i = 0; i < result.models_.size(); ++i) result.take_model(i, standard, findings);
+  return findings.error_count() == errors_before ? std::optional(std::move(result)) : std::nullopt;
+}
+
+const CatalogMessage* CatalogMessages::find(std::string_view id) const {
+  const auto place = places_.find(id);
+  return place == places_.end() ? nullptr : &messages_[place->second];
+}
+
+/// Only errors matter here: the sources' warnings are for whoever compiles them.
+bool CatalogMessages::load(std::span<const SourceText> sources, std::vector<Diagnostic>& diagnostics) {
+  bool ok = true;
+  for (const SourceText& source : sources) {
+    const CompileOptions options{MessagePath::kIcu, models_.empty() ? nullptr : &models_.front()};
+    CompileResult compiled = qzlog_compiler::compile_source(source.content, source.name, options);
+    ok = ok && compiled.ok();
+    for (Diagnostic& found : compiled.diagnostics) {
+      if (found.severity == Severity::kError) diagnostics.push_back(std::move(found));
+    }
+    names_.push_back(source.name);
+    models_.push_back(std::move(compiled.model));
+    if (models_.size() == 1 && !ok) return false;  // the others would only repeat it
+  }
+  return ok;
+}
+
+void CatalogMessages::take_model(std::size_t index, const qzlog_compiler::ModelIndex& standard,
+                                 CatalogFindings& findings) {
+  for (const EntryDefinition& entry : models_[index].entries) {
+    take_entry(entry, index == 0 ? nullptr : standard.find_entry(entry.id), index, findings);
+  }
+}
+
+/// An entry keeps its own default message when an auxiliary source extends it.
+void CatalogMessages::take_entry(const EntryDefinition& entry, const EntryDefinition* extended, std::size_t model,
+                                 CatalogFindings& findings) {
+  std::vector<const MessageScope::Attributes*> own = {&entry.attributes};
+  if (extended != nullptr) own.push_back(&extended->attributes);
+  std::vector<const MessageScope::Attributes*> global = {&models_[model].globals};
+  if (model != 0) global.push_back(&models_.front().globals);
+  MessageUse use{&entry, nullptr, entry.selector.attribute, names_[model], 0, MessageScope(own, global)};
+  if (extended == nullptr) {
+    use.line = entry.message.position.line;
+    add(entry.message_id, entry.message, use, findings);
+  }
+  for (const SelectorMessage& message : entry.selector.messages) {
+    use.selected = &message;
+    use.line = message.message.position.line;
+    add(message.id, message.message, use, findings);
+  }
+}
+
+void CatalogMessages::add(std::string_view id, const MessageText& text, MessageUse use, CatalogFindings& findings) {
+  if (id.empty()) return;
+  const auto [place, added] = places_.try_emplace(id, messages_.size());
+  if (added) {
+    if (!is_bundle_key(id)) {
+      findings.error(std::string(use.file), use.line, CatalogRule::kMessageIdCharacter,
+                     "a catalog cannot hold the message ID " + quoted(id) +
+                         "; IDs are made of letters and digits of ASCII, blanks and \"%&'()*+,-./:;<=>?_");
+    }
+    messages_.push_back({id, &text, {std::move(use)}});
+    return;
+  }
+  CatalogMessage& first = messages_[place->second];
+  if (!same_message(*first.text, text)) {
+    findings.error(std::string(use.file), use.line, CatalogRule::kMessageIdConflict, conflict_text(id, first, text));
+  }
+  first.uses.push_back(std::move(use));
+}
+
+}  // namespace qzlog_catalog

@@ -1,0 +1,92 @@
+#ifndef QZLOG_TOOLS_CATALOG_CATALOG_MESSAGES_H
+#define QZLOG_TOOLS_CATALOG_CATALOG_MESSAGES_H
+
+#include <cstddef>
+#include <deque>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "qzlog/logattrib.h"
+#include "tools/catalog/catalog_findings.h"
+#include "tools/compiler/definition_model.h"
+#include "tools/compiler/diagnostics.h"
+
+namespace qzlog_catalog {
+
+/// A definition source as it was read. `name` is what diagnostics call it.
+struct SourceText {
+  std::string name;
+  std::string content;
+};
+
+/// The attributes that a message can refer to.
+class MessageScope {
+ public:
+  using Attributes = std::vector<qzlog_compiler::AttributeDefinition>;
+
+  MessageScope(std::vector<const Attributes*> own, std::vector<const Attributes*> global)
+      : own_(std::move(own)), global_(std::move(global)) {}
+
+  std::optional<qz_AttributeType> find(std::string_view name) const;
+  /// The lists of the entry's own attributes; those of an auxiliary entry come before the standard entry's.
+  const std::vector<const Attributes*>& own() const { return own_; }
+  const std::vector<const Attributes*>& global() const { return global_; }
+
+ private:
+  std::vector<const Attributes*> own_;
+  std::vector<const Attributes*> global_;
+};
+
+/// A place that shows a message: an entry's default message, or one that its selector picks.
+struct MessageUse {
+  const qzlog_compiler::EntryDefinition* entry;
+  const qzlog_compiler::SelectorMessage* selected;  ///< null for the default message
+  std::string_view selector_attribute;
+  std::string_view file;
+  std::size_t line;
+  MessageScope scope;
+};
+
+struct CatalogMessage {
+  std::string_view id;
+  const qzlog_compiler::MessageText* text;  ///< stored for the ICU path
+  std::vector<MessageUse> uses;             ///< in the order of the sources, never empty
+};
+
+/// The messages that a catalog has to hold for a standard source and the auxiliary ones that extend it, in their order.
+class CatalogMessages {
+ public:
+  /// `sources` begins with the standard one. None when there is an error: in a source (`diagnostics`), or between the
+  /// messages (`findings`). Messages without an ID are left out, for nothing can look them up.
+  static std::optional<CatalogMessages> collect(std::span<const SourceText> sources,
+                                                std::vector<qzlog_compiler::Diagnostic>& diagnostics,
+                                                CatalogFindings& findings);
+
+  const std::vector<CatalogMessage>& messages() const { return messages_; }
+  const CatalogMessage* find(std::string_view id) const;
+  /// The standard source's version tag.
+  const std::string& version() const { return models_.front().version; }
+
+ private:
+  CatalogMessages() = default;
+
+  bool load(std::span<const SourceText> sources, std::vector<qzlog_compiler::Diagnostic>& diagnostics);
+  void take_model(std::size_t index, const qzlog_compiler::ModelIndex& standard, CatalogFindings& findings);
+  void take_entry(const qzlog_compiler::EntryDefinition& entry, const qzlog_compiler::EntryDefinition* extended,
+                  std::size_t model, CatalogFindings& findings);
+  void add(std::string_view id, const qzlog_compiler::MessageText& text, MessageUse use, CatalogFindings& findings);
+
+  // Messages point into both, whose elements stay where they are when the whole is moved.
+  std::deque<std::string> names_;
+  std::deque<qzlog_compiler::DefinitionModel> models_;
+  std::vector<CatalogMessage> messages_;
+  std::unordered_map<std::string_view, std::size_t> places_;
+};
+
+}  // namespace qzlog_catalog
+
+#endif  // QZLOG_TOOLS_CATALOG_CATALOG_MESSAGES_H

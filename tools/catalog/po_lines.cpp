@@ -1,0 +1,74 @@
+#include "tools/catalog/po_lines.h"
+
+#include <algorithm>
+
+namespace qzlog_catalog {
+namespace {
+
+bool is_keyword_character(char character) {
+  return (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z') || character == '_';
+}
+
+/// Walks over keywords, texts in quotes and comments; what else there is means nothing here.
+class LineFinder {
+ public:
+  explicit LineFinder(std::string_view po) : po_(po) {}
+
+  std::vector<std::size_t> find() {
+    while (at_ < po_.size()) step();
+    return std::move(lines_);
+  }
+
+ private:
+  void step() {
+    const char first = po_[at_];
+    if (first == '"') {
+      skip_text();
+    } else if (first == '#') {
+      skip_comment();
+    } else if (is_keyword_character(first)) {
+      take_keyword();
+    } else {
+      if (first == '\n') ++line_;
+      ++at_;
+    }
+  }
+
+  /// A text ends on its own line.
+  void skip_text() {
+    for (++at_; at_ < po_.size() && po_[at_] != '"' && po_[at_] != '\n'; ++at_) {
+      if (po_[at_] == '\\' && at_ + 1 < po_.size() && po_[at_ + 1] != '\n') ++at_;
+    }
+    if (at_ < po_.size() && po_[at_] == '"') ++at_;
+  }
+
+  /// What follows "#~" is an obsolete message, unless it says what the source text once was.
+  void skip_comment() {
+    const bool obsolete = po_.substr(at_, 2) == "#~" && po_.substr(at_, 3) != "#~|";
+    at_ = obsolete ? at_ + 2 : std::min(po_.find('\n', at_), po_.size());
+  }
+
+  void take_keyword() {
+    const std::size_t begin = at_;
+    while (at_ < po_.size() && is_keyword_character(po_[at_])) ++at_;
+    const std::string_view keyword = po_.substr(begin, at_ - begin);
+    if (keyword == "msgctxt") {
+      context_line_ = line_;
+    } else if (keyword == "msgid") {
+      lines_.push_back(context_line_ != 0 ? context_line_ : line_);
+      context_line_ = 0;
+    }
+  }
+
+  std::string_view po_;
+  std::size_t at_ = 0;
+  std::size_t line_ = 1;
+  std::size_t context_line_ = 0;  ///< of a context whose text has not come yet
+  std::vector<std::size_t> lines_;
+};
+
+}  // namespace
+
+std::vector<std::size_t> find_message_lines(std::string_view po) { return LineFinder(po).find(); }
+
+}  // namespace qzlog_catalog

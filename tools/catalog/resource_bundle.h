@@ -1,0 +1,28 @@
+#ifndef QZLOG_TOOLS_CATALOG_RESOURCE_BUNDLE_H
+#define QZLOG_TOOLS_CATALOG_RESOURCE_BUNDLE_H
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace qzlog_catalog {
+
+/// A template under its message ID.
+struct CatalogText {
+  std::string id;
+  std::string stored;
+};
+
+/// Whether a resource bundle can have the ID as a key: keys are made of the characters that all of ICU's platforms
+/// share.
+bool is_bundle_key(std::string_view id);
+
+/// The source of the resource bundle `name` for genrb, in ASCII, with the texts in the table that the library reads.
+std::string bundle_source(std::string_view name, const std::vector<CatalogText>& texts);
+
+/// The source of a bundle without texts. The library finds the texts of the bundle that ICU falls back to.
+std::string empty_bundle_source(std::string_view name);
+
+}  // namespace qzlog_catalog
+
+#endif  // QZLOG_TOOLS_CATALOG_RESOURCE_BUNDLE_H
