@@ -25,6 +25,7 @@ std::vector<std::string> names_of(const CLI::Option& option) {
 
 std::vector<std::string> names_of(const std::set<CLI::Option*>& options) {
   std::vector<std::string> names;
+  names.reserve(options.size());
   for (const CLI::Option* const option : options) names.push_back(main_name(*option));
   std::sort(names.begin(), names.end());  // the set is in the order of addresses
   return names;
