@@ -310,7 +310,7 @@ TEST_F(LibraryRoundTrip, RandomModel_OnEachPath_ShowsEveryMessageAsWritten) {
       }
       checked += checker.checked();
     }
-    EXPECT_GT(checked, 100) << "too few messages are without findings";
+    EXPECT_GT(checked, 50) << "too few messages are without findings";
   }
 }
 
@@ -344,7 +344,7 @@ TEST_F(LibraryRoundTrip, AnyText_WithoutAWarning_SurvivesOnThePathsAskedFor) {
       return expected(made.model, entry, pieces);
     });
     for (const EntryDefinition& definition : made.model.entries) checker.check(definition);
-    EXPECT_GT(checker.checked(), 500) << "too few texts are without findings";
+    EXPECT_GT(checker.checked(), 200) << "too few texts are without findings";
   }
 }
 
