@@ -23,6 +23,7 @@
 #include "tools/library_call.h"
 #include "tools/line_reader.h"
 #include "tools/line_renderer.h"
+#include "tools/locale_names.h"
 #include "tools/option_checks.h"
 #include "tools/render_filter.h"
 #include "tools/terminal.h"
@@ -74,11 +75,8 @@ Examples:
 
 std::string known_locales() {
   std::string names;
-  for (unsigned code = QZ_LOCALE_PROCESS + 1;; ++code) {
-    const std::string name = qz_I18N_get_locale_name(static_cast<qz_Locale>(code));
-    if (name.empty()) return names;
-    names += (names.empty() ? "" : ", ") + name;
-  }
+  for (const std::string& name : locale_names()) names += (names.empty() ? "" : ", ") + name;
+  return names;
 }
 
 std::string check_locale(const std::string& name) {

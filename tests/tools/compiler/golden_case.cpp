@@ -15,17 +15,13 @@
 #include <sstream>
 #include <stdexcept>
 
-#include "tools/catalog_command.h"
-#include "tools/check_command.h"
+#include "tests/tools/compiler/model_text.h"
 #include "tools/command_error.h"
-#include "tools/compile_command.h"
+#include "tools/commands.h"
 #include "tools/compiler/compiler.h"
 #include "tools/compiler/ldf_reader.h"
 #include "tools/compiler/ldf_writer.h"
 #include "tools/compiler/utf8_text.h"
-#include "tools/diff_command.h"
-#include "tools/explain_command.h"
-#include "tools/inspect_command.h"
 
 namespace golden {
 namespace {
@@ -123,12 +119,7 @@ void take_section(Case& result, const std::string& title, const std::string& con
   int status = 0;
   try {
     CLI::App app("qzlog");
-    qzlog_tool::add_compile_command(app, status);
-    qzlog_tool::add_catalog_command(app, status);
-    qzlog_tool::add_diff_command(app, status);
-    qzlog_tool::add_inspect_command(app, status);
-    qzlog_tool::add_check_command(app, status);
-    qzlog_tool::add_explain_command(app, status);
+    qzlog_tool::add_commands(app, status);
     app.parse(std::vector<std::string>(golden_case.arguments.rbegin(), golden_case.arguments.rend()));
   } catch (const CLI::ParseError& error) {
     std::cerr << error.what() << '\n';
@@ -153,29 +144,6 @@ int run_command(const Case& golden_case, const fs::path& folder) {
   return WEXITSTATUS(status);
 }
 
-std::string hexadecimal(std::uint32_t value) {
-  std::ostringstream out;
-  out << "0x" << std::hex << std::uppercase << value;
-  return out.str();
-}
-
-void describe_attribute(std::ostream& out, const char* what, const qzlog_compiler::AttributeDefinition& attribute) {
-  out << what << ' ' << attribute.name << ' ' << _qz_LOG_get_attribute_type_string(attribute.type);
-  if (!attribute.redirect.empty()) out << " -> " << attribute.redirect;
-  out << '\n';
-}
-
-void describe_entry(std::ostream& out, const qzlog_compiler::EntryDefinition& entry) {
-  out << "entry " << entry.id << " mask " << hexadecimal(entry.mask) << " word " << entry.word << '\n';
-  out << "  message <" << entry.message_id << "> <" << entry.message.stored << ">\n";
-  for (const auto& attribute : entry.attributes) describe_attribute(out, "  attribute", attribute);
-  if (!entry.selector.attribute.empty()) out << "  selector " << entry.selector.attribute << '\n';
-  for (const auto& message : entry.selector.messages) {
-    out << "  selector message " << message.index << " for " << message.value << " <" << message.id << "> <"
-        << message.message.stored << ">\n";
-  }
-}
-
 /// Very long lines are cut, so that the cases stay readable.
 std::string shortened(const std::string& text) {
   constexpr std::size_t kLongestLine = 2000;
@@ -195,9 +163,7 @@ std::string describe(const std::string& bytes) {
   if (bytes.size() > 16 && bytes.substr(12, 4) == "ResB") return "(a resource bundle)\n";
   if (!qzlog_compiler::looks_like_ldf(bytes)) return bytes;
   const qzlog_compiler::LdfFile file = qzlog_compiler::read_ldf(bytes);
-  out << "version " << file.model.version << '\n';
-  for (const auto& global : file.model.globals) describe_attribute(out, "global", global);
-  for (const auto& entry : file.model.entries) describe_entry(out, entry);
+  out << model_text(file.model);
   if (file.damage) out << "damaged: " << file.damage->reason << '\n';
   return shortened(out.str());
 }

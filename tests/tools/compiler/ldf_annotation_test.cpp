@@ -5,7 +5,7 @@
 #include "tests/support/ldf_file.h"
 #include "tests/tools/compiler/example_model.h"
 #include "tests/tools/compiler/ldf_forms.h"
-#include "tests/tools/compiler/random_model.h"
+#include "tests/tools/compiler/random_stored_model.h"
 #include "tools/compiler/ldf_writer.h"
 
 namespace qzlog_compiler {
@@ -91,7 +91,7 @@ TEST(WriteAnnotation, EveryPrefix_IsCoveredOnce) {
 TEST(WriteAnnotation, DamagedFiles_AreCoveredOnce) {
   qz_test::SeededRandom random;
   SCOPED_TRACE(random.trace());
-  RandomModel maker(random);
+  RandomStoredModel maker(random);
   for (int round = 0; round < 3000; ++round) {
     const std::string bytes = damaged(write_ldf(maker.make()), random);
     ASSERT_EQ(shown_bytes(annotation_of(bytes)), bytes);

@@ -7,7 +7,7 @@
 #include "tests/support/ldf_file.h"
 #include "tests/tools/compiler/example_model.h"
 #include "tests/tools/compiler/ldf_forms.h"
-#include "tests/tools/compiler/random_model.h"
+#include "tests/tools/compiler/random_stored_model.h"
 #include "tools/compiler/ldf_writer.h"
 
 namespace qzlog_compiler {
@@ -57,7 +57,7 @@ TEST(WriteJson, DamagedRecord_HasWhatCanBeReadAndTheReason) {
 TEST(WriteJson, AnyFile_IsWellFormed) {
   qz_test::SeededRandom random;
   SCOPED_TRACE(random.trace());
-  RandomModel maker(random);
+  RandomStoredModel maker(random);
   for (int round = 0; round < 1000; ++round) {
     const std::string whole = write_ldf(maker.make());
     const std::string bytes =

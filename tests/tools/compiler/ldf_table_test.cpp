@@ -5,7 +5,7 @@
 #include "tests/support/ldf_file.h"
 #include "tests/tools/compiler/example_model.h"
 #include "tests/tools/compiler/ldf_forms.h"
-#include "tests/tools/compiler/random_model.h"
+#include "tests/tools/compiler/random_stored_model.h"
 #include "tools/compiler/ldf_writer.h"
 
 namespace qzlog_compiler {
@@ -84,7 +84,7 @@ TEST(WriteTable, LongText_IsCutToTheColumnsAndWidensNoOtherRow) {
 TEST(WriteTable, AnyDamage_IsShownWithoutHarm) {
   qz_test::SeededRandom random;
   SCOPED_TRACE(random.trace());
-  RandomModel maker(random);
+  RandomStoredModel maker(random);
   for (int round = 0; round < 2000; ++round) {
     const std::string text = table_of(damaged(write_ldf(maker.make()), random), 80);
     ASSERT_TRUE(text.starts_with("header\n")) << text;

@@ -5,7 +5,7 @@
 #include "tests/support/ldf_file.h"
 #include "tests/tools/compiler/example_model.h"
 #include "tests/tools/compiler/ldf_forms.h"
-#include "tests/tools/compiler/random_model.h"
+#include "tests/tools/compiler/random_stored_model.h"
 #include "tools/compiler/compiler.h"
 #include "tools/compiler/ldf_reader.h"
 #include "tools/compiler/ldf_writer.h"
@@ -20,7 +20,7 @@ std::string compiled(const std::string& source) { return compile_source(source, 
 TEST(WriteYamlOfAFile, RandomFiles_CompileBackToTheSameBytes) {
   qz_test::SeededRandom random;
   SCOPED_TRACE(random.trace());
-  RandomModel maker(random);
+  RandomStoredModel maker(random);
   for (int round = 0; round < 1000; ++round) {
     const std::string bytes = write_ldf(maker.make());
     const LdfYaml yaml = yaml_of(bytes);
@@ -80,7 +80,7 @@ TEST(WriteYamlOfAFile, ObstacleInARecord_HasTheRecordsOffset) {
 TEST(WriteYamlOfAFile, AnyDamage_GivesASourceThatCompilesOrAnObstacle) {
   qz_test::SeededRandom random;
   SCOPED_TRACE(random.trace());
-  RandomModel maker(random);
+  RandomStoredModel maker(random);
   for (int round = 0; round < 2000; ++round) {
     const std::string bytes = damaged(write_ldf(maker.make()), random);
     const LdfYaml yaml = yaml_of(bytes);

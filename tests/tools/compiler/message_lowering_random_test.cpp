@@ -1,14 +1,13 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
-#include <iostream>
 #include <map>
-#include <random>
 #include <string>
 #include <vector>
 
+#include "tests/tools/compiler/random_message.h"
 #include "tests/tools/compiler/rendering_oracle.h"
+#include "tools/compiler/attribute_type.h"
 #include "tools/compiler/message_lowering.h"
 
 namespace qzlog_compiler {
@@ -38,7 +37,7 @@ std::optional<qz_AttributeType> find_type(std::string_view name) {
   return std::nullopt;
 }
 
-/// A message as its author thinks of it: pieces of text and references.
+/// A message with what its author would say about it.
 struct Message {
   std::string written;
   std::string expected;
@@ -52,79 +51,50 @@ struct Message {
   bool narrow_can_show() const { return !later_percent && !neighbours && !leading_percent; }
 };
 
-class MessageMaker {
- public:
-  explicit MessageMaker(unsigned seed) : random_(seed) {}
+std::string default_text(const std::string& name) {
+  const auto& formats = kValues.at(name);
+  if (name == "At" || name == "TIMESTAMP") return formats.at('D') + " " + formats.at('T');
+  return formats.at(default_formats(*find_type(name)).front());
+}
 
-  Message make() {
-    Message message;
-    const std::size_t pieces = pick(14);
-    bool after_reference = false;
-    for (std::size_t i = 0; i < pieces; ++i) {
-      const bool reference = pick(2) == 0;
-      if (reference) {
-        message.neighbours = message.neighbours || after_reference;
-        add_reference(message);
-        after_reference = true;
-      } else if (add_literal(message)) {
-        after_reference = false;
-      }
-    }
-    return message;
-  }
+void note_percents(const std::string& text, bool at_start, Message& message) {
+  const std::size_t leading = at_start ? std::min(text.find_first_not_of('%'), text.size()) : 0;
+  message.leading_percent = message.leading_percent || leading != 0;
+  message.later_percent = message.later_percent || text.find('%', leading) != std::string::npos;
+}
 
- private:
-  std::size_t pick(std::size_t count) { return std::uniform_int_distribution<std::size_t>(0, count - 1)(random_); }
+void note_reference(const random_model::MessagePiece& reference, Message& message) {
+  const bool two = reference.format == '\0' && (reference.text == "At" || reference.text == "TIMESTAMP");
+  message.references += two ? 2 : 1;
+  message.long_name = message.long_name || reference.text == "漢字の名";
+}
 
-  /// False when it added nothing.
-  bool add_literal(Message& message) {
-    static const std::array<std::string, 16> kCharacters = {"{", "}",  "'", "{",  "'", "}", "a",      " ",
-                                                            "é", "漢", "😀", "\n", "#", "|", "\uFEFF", "_"};
-    const std::size_t length = pick(5);
-    for (std::size_t i = 0; i < length; ++i) {
-      std::string character = kCharacters[pick(kCharacters.size())];
-      if (pick(message.written.empty() ? 8 : 60) == 0) character = "%";
-      if (character == "%") {
-        const bool at_start = message.expected.find_first_not_of('%') == std::string::npos && message.references == 0;
-        (at_start ? message.leading_percent : message.later_percent) = true;
-      }
-      message.written += character == "{" || character == "}" ? character + character : character;
-      message.expected += character;
-    }
-    return length != 0;
-  }
-
-  void add_reference(Message& message) {
-    static const std::array<std::string, 8> kReferences = {"A",   "Größe n", "Free",     "Load",
-                                                           "Day", "At",      "漢字の名", "TIMESTAMP"};
-    std::size_t choice = pick(kReferences.size());
-    if (choice == 6 && pick(8) != 0) choice = 0;  // the name that ICU cannot take stays rare
-    const std::string& name = kReferences[choice];
-    const auto& formats = kValues.at(name);
-    const bool named_format = pick(3) == 0;
-    if (named_format) {
-      const auto format = std::next(formats.begin(), static_cast<std::ptrdiff_t>(pick(formats.size())));
-      message.written += "{" + name + ":" + format->first + "}";
-      message.expected += format->second;
-      message.references += 1;
+Message make_message(qz_test::SeededRandom& random) {
+  // The name that ICU cannot take is one of many, so that it stays rare.
+  static const std::vector<random_model::Referable> kReferables = {
+      {"A", TypeChar64},       {"A", TypeChar64},     {"Größe n", TypeChar64}, {"Free", TypeUInt4},
+      {"Free", TypeUInt4},     {"Load", TypeFloat},   {"Load", TypeFloat},     {"Day", TypeDate},
+      {"Day", TypeDate},       {"At", TypeTimestamp}, {"At", TypeTimestamp},   {"TIMESTAMP", TypeTimestamp},
+      {"漢字の名", TypeChar64}};
+  const random_model::MessagePieces pieces =
+      random_model::random_message(random, kReferables, random_model::MessageKind::kAnything);
+  Message message;
+  message.written = random_model::written(pieces);
+  message.expected = random_model::shown(pieces, [](const std::string& name, char format) {
+    return format == '\0' ? default_text(name) : kValues.at(name).at(format);
+  });
+  bool after_reference = false;
+  for (const random_model::MessagePiece& piece : pieces) {
+    if (piece.is_reference) {
+      note_reference(piece, message);
+      message.neighbours = message.neighbours || after_reference;
     } else {
-      message.written += "{" + name + "}";
-      message.expected += default_text(name, formats);
-      message.references += name == "At" || name == "TIMESTAMP" ? 2 : 1;
+      note_percents(piece.text, &piece == pieces.data(), message);
     }
-    message.long_name = message.long_name || name == "漢字の名";
+    after_reference = piece.is_reference;
   }
-
-  static std::string default_text(const std::string& name, const std::map<char, std::string>& formats) {
-    if (name == "At" || name == "TIMESTAMP") return formats.at('D') + " " + formats.at('T');
-    if (name == "Free") return formats.at('d');
-    if (name == "Load") return formats.at('f');
-    if (name == "Day") return formats.at('D');
-    return formats.at('s');
-  }
-
-  std::mt19937 random_;
-};
+  return message;
+}
 
 bool has(const LoweredMessage& lowered, Severity severity) {
   return std::any_of(lowered.findings.begin(), lowered.findings.end(),
@@ -161,12 +131,10 @@ void check_both(const Message& message) {
 }
 
 TEST(LowerMessageRandom, AnyText_IsShownAsWrittenOrDiagnosed) {
-  const unsigned seed = std::random_device{}();
-  std::cout << "seed " << seed << '\n';
-  MessageMaker maker(seed);
+  qz_test::SeededRandom random;
   for (int i = 0; i < 20000 && !::testing::Test::HasFailure(); ++i) {
-    const Message message = maker.make();
-    SCOPED_TRACE("seed " + std::to_string(seed) + ", text: " + message.written);
+    const Message message = make_message(random);
+    SCOPED_TRACE(random.trace() + ", text: " + message.written);
     check_icu(message);
     check_narrow(message);
     check_both(message);

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/tools/compiler/example_model.h"
-#include "tests/tools/compiler/random_model.h"
+#include "tests/tools/compiler/random_stored_model.h"
 #include "tools/compiler/compiler.h"
 #include "tools/compiler/ldf_reader.h"
 #include "tools/compiler/ldf_writer.h"
@@ -78,7 +78,7 @@ TEST(WriteYaml, NoEntries_GiveAnEmptyList) {
 TEST(WriteYaml, RandomModels_CompileBackToTheSameFile) {
   qz_test::SeededRandom random;
   SCOPED_TRACE(random.trace());
-  RandomModel maker(random);
+  RandomStoredModel maker(random);
   for (int round = 0; round < 2000; ++round) {
     const DefinitionModel model = maker.make();
     const ModelYaml yaml = write_yaml(model, nullptr);

@@ -1,96 +1,45 @@
 #ifndef QZLOG_TESTS_TOOLS_COMPILER_RANDOM_MODEL_H
 #define QZLOG_TESTS_TOOLS_COMPILER_RANDOM_MODEL_H
 
-#include <set>
+#include <cstddef>
+#include <cstdint>
+#include <map>
 #include <string>
-#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "tests/support/seeded_random.h"
+#include "tests/tools/compiler/random_message.h"
 #include "tools/compiler/definition_model.h"
 
-namespace qzlog_compiler {
+namespace random_model {
 
-/// Models that a definition source can say, with texts that are hard to write down.
-class RandomModel {
- public:
-  explicit RandomModel(qz_test::SeededRandom& random) : random_(random) {}
-
-  DefinitionModel make() {
-    DefinitionModel model;
-    model.version = std::to_string(random_.between(0, 99)) + "." + std::to_string(random_.between(0, 99999));
-    model.globals = attributes(4);
-    std::set<std::uint32_t> ids;
-    while (ids.size() < static_cast<std::size_t>(random_.between(0, 6))) ids.insert(number());
-    for (const std::uint32_t id : ids) model.entries.push_back(entry(id));
-    return model;
-  }
-
-  /// UTF-8 without zero bytes, with every character that a source could lose.
-  std::string text(long long longest = 12) {
-    static constexpr std::string_view kPieces[] = {
-        " ",      "\t",     "\n",     "\r",     "\r\n",   "\x01",   "\x1B",       "\x7F",       "\u0085", "\u009F",
-        "\u00A0", "\u2028", "\u2029", "\uFEFF", "\uFFFE", "\uFFFF", "\U0010FFFF", "\U0001F600", "ä",      "漢",
-        "'",      "''",     "\"",     "\\",     "\\n",    ": ",     " #",         "- ",         "%s%N%",  "%%",
-        "{",      "}",      "[",      "]",      ",",      "&",      "*",          "!",          "|",      ">",
-        "@",      "`",      "~",      "null",   "0x10",   "a",      "word",       "..."};
-    std::string made;
-    for (long long count = random_.between(0, longest); count > 0; --count) {
-      made += kPieces[random_.between(0, std::size(kPieces) - 1)];
-    }
-    if (random_.one_in(50)) made += std::string(3000, 'x');
-    return made;
-  }
-
- private:
-  std::uint32_t number() {
-    return static_cast<std::uint32_t>(random_.one_in(2) ? random_.between(0, 9) : random_.between(0, 0xFFFFFFFF));
-  }
-
-  std::string name() {
-    std::string made;
-    for (const char character : text(3)) {
-      if (std::string_view("%{}:").find(character) == std::string_view::npos) made += character;
-    }
-    return made.empty() ? "n" : made;
-  }
-
-  std::vector<AttributeDefinition> attributes(long long most) {
-    std::vector<AttributeDefinition> made;
-    std::set<std::string> names;
-    for (long long count = random_.between(0, most); count > 0; --count) {
-      AttributeDefinition attribute;
-      attribute.name = name();
-      attribute.type = static_cast<qz_AttributeType>(random_.between(TypeBool, TypeGUID));
-      if (random_.one_in(2)) attribute.redirect = text(3);
-      if (names.insert(attribute.name).second) made.push_back(attribute);
-    }
-    return made;
-  }
-
-  EntryDefinition entry(std::uint32_t id) {
-    EntryDefinition made;
-    made.id = id;
-    made.mask = number();
-    made.word = number();
-    made.message_id = random_.one_in(3) ? "DISK_FULL" : random_.one_in(2) ? "disk.full" : text();
-    made.message.stored = text();
-    made.attributes = attributes(5);
-    if (random_.one_in(3)) return made;
-    if (random_.one_in(2)) {
-      made.attributes.push_back({"the selector", TypeUInt2, "", {}});
-      made.selector.attribute = "the selector";
-    }
-    for (std::uint32_t i = 0, count = static_cast<std::uint32_t>(random_.between(0, 3)); i < count; ++i) {
-      made.selector.messages.push_back({i * 7, i, text(), {}, {}, {}});
-      made.selector.messages.back().message.stored = text();
-    }
-    return made;
-  }
-
-  qz_test::SeededRandom& random_;
+struct ModelOptions {
+  std::size_t entries = 20;
+  MessageKind messages = MessageKind::kShowable;
+  bool raw_templates = true;  ///< some messages are `raw`
 };
 
-}  // namespace qzlog_compiler
+/// What was made. Of the model's messages only `written` and `raw` are set: `stored` is the compiler's to say.
+struct RandomModel {
+  qzlog_compiler::DefinitionModel model;
+  /// What each message is made of, by entry ID and selector index (0: the default message); nothing for `raw` ones.
+  std::map<std::pair<std::uint32_t, std::uint32_t>, MessagePieces> messages;
+};
+
+/// A model with attributes of every type, globals, selectors, redirects, masks and words, and names and texts in
+/// several scripts. Everything about it is legal: with the default options it compiles without an error for `--path
+/// both`, though not without warnings, and `kEverywhere` compiles for each path. Equal seeds give equal models.
+RandomModel make_model(qz_test::SeededRandom& random, const ModelOptions& options = {});
+
+/// A definition source of the model, in one of the many ways of writing it in YAML: entries in their order, defaults
+/// written or left out, numbers in both bases, texts in every style that can hold them.
+std::string to_yaml(const qzlog_compiler::DefinitionModel& model, qz_test::SeededRandom& random);
+
+/// What a message of this entry can refer to: its own attributes, the global ones and the entry's time.
+std::vector<Referable> referables(const qzlog_compiler::DefinitionModel& model,
+                                  const qzlog_compiler::EntryDefinition& entry);
+
+}  // namespace random_model
 
 #endif  // QZLOG_TESTS_TOOLS_COMPILER_RANDOM_MODEL_H

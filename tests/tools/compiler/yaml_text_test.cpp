@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/tools/compiler/random_model.h"
+#include "tests/tools/compiler/random_stored_model.h"
 #include "tools/compiler/utf8_text.h"
 #include "tools/compiler/yaml_tree.h"
 
@@ -46,7 +46,7 @@ TEST(YamlQuoted, EveryCharacter_IsReadBack) {
 TEST(YamlQuoted, RandomTexts_AreReadBack) {
   qz_test::SeededRandom random;
   SCOPED_TRACE(random.trace());
-  RandomModel maker(random);
+  RandomStoredModel maker(random);
   for (int round = 0; round < 5000; ++round) {
     const std::string text = maker.text();
     ASSERT_EQ(read_back(yaml_quoted(text)), text);
