@@ -46,7 +46,7 @@ std::string value_spec(const CommandOption& option) {
   return ":" + with_backslashes(option.value_name, ":\\") + ":" + action(option.value);
 }
 
-/// One specification of _arguments for each of the option's names.
+/// One argument of _arguments for each of the option's names.
 void write_option(const CommandOption& option, std::ostringstream& out) {
   const bool ends = option.names.back() == "--help" || option.names.back() == "--version";
   std::vector<std::string> others = option.names;
