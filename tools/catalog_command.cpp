@@ -21,6 +21,7 @@
 #include "tools/catalog/language_catalog.h"
 #include "tools/catalog/po_language.h"
 #include "tools/command_error.h"
+#include "tools/diagnostic_printer.h"
 #include "tools/file_descriptor.h"
 #include "tools/option_checks.h"
 #include "tools/output_file.h"
@@ -92,7 +93,10 @@ Examples:
 
 void print(CatalogFindings& findings) {
   findings.sort_by_line();
-  for (const qzlog_catalog::CatalogFinding& finding : findings.all()) std::cerr << finding << '\n';
+  for (const qzlog_catalog::CatalogFinding& finding : findings.all()) {
+    std::cerr << finding << '\n';
+    if (!finding.hint.empty()) std::cerr << "  hint: " << finding.hint << '\n';
+  }
 }
 
 /// None after an error, which is then printed.
@@ -101,7 +105,9 @@ std::optional<CatalogMessages> collect_messages(const CatalogOptions& options, C
   for (const std::string& path : options.sources) sources.push_back({path == "-" ? "<stdin>" : path, read_file(path)});
   std::vector<qzlog_compiler::Diagnostic> diagnostics;
   std::optional<CatalogMessages> messages = CatalogMessages::collect(sources, diagnostics, findings);
-  for (const qzlog_compiler::Diagnostic& diagnostic : diagnostics) std::cerr << diagnostic << '\n';
+  qzlog_tool::DiagnosticPrinter printer(std::cerr, qzlog_tool::stderr_has_colour());
+  for (const qzlog_catalog::SourceText& source : sources) printer.add_source(source.name, source.content);
+  printer.print(diagnostics);
   if (!messages) print(findings);
   return messages;
 }

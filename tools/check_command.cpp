@@ -136,8 +136,7 @@ int check(const CheckOptions& options) {
 }  // namespace
 
 void add_check_command(CLI::App& app, int& exit_status) {
-  CLI::App* const command =
-      app.add_subcommand("check", "Report what is refused or surprising in definition files and catalogs");
+  CLI::App* const command = app.add_subcommand("check", "Report what is refused or surprising in definitions");
   const auto options = std::make_shared<CheckOptions>();
   command->footer(kFooter);
   command->add_option("STD", options->standard, "The log definition file, compiled or a source; - is standard input")

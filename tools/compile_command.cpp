@@ -19,6 +19,7 @@
 #include "tools/command_error.h"
 #include "tools/compiler/compiler.h"
 #include "tools/compiler/model_json.h"
+#include "tools/definition_input.h"
 #include "tools/dependency_file.h"
 #include "tools/diagnostic_printer.h"
 #include "tools/file_descriptor.h"
@@ -62,11 +63,6 @@ struct CompileArguments {
 };
 
 std::string display_name(const std::string& path) { return path == "-" ? "<stdin>" : path; }
-
-MessagePath path_of(const std::string& name) {
-  if (name == "icu") return MessagePath::kIcu;
-  return name == "narrow" ? MessagePath::kNarrow : MessagePath::kBoth;
-}
 
 /// The texts of the sources, which diagnostics show.
 class Sources {
@@ -138,7 +134,7 @@ CompileResult compile_main_source(const CompileArguments& arguments, CompileOpti
 }
 
 CompileResult compile_inputs(const CompileArguments& arguments, Sources& sources) {
-  const MessagePath path = path_of(arguments.path);
+  const MessagePath path = message_path_of(arguments.path);
   CompileResult result = compile_main_source(arguments, {.path = path}, sources);
   if (!result.ok() || arguments.auxiliary.empty()) return result;
   return qzlog_compiler::compile_merged(std::move(result), display_name(arguments.source),
@@ -204,9 +200,9 @@ void add_compile_command(CLI::App& app, int& exit_status) {
       ->check(CLI::IsMember({"icu", "narrow", "both"}).description(""))
       ->type_name("icu|narrow|both")
       ->capture_default_str();
-  command->add_flag("--emit-json{-}", arguments->json,
-                    "Write the definitions with all defaults filled in as JSON: --emit-json to standard output,\n"
-                    "--emit-json=FILE to a file");
+  command->add_flag(
+      "--emit-json{-}", arguments->json,
+      "Write the definitions with all defaults filled in as JSON: to standard output, or =FILE to a file");
   command
       ->add_option("--depfile", arguments->dependencies,
                    "Write the files that OUT.ldf depends on, as make and ninja "

@@ -22,13 +22,14 @@ void read_compiled(std::string bytes, DefinitionInput& input) {
   input.damage = std::move(file.damage);
 }
 
-void compile(const std::string& text, const DefinitionModel* standard, MessagePath path, DefinitionInput& input) {
+void compile(std::string text, const DefinitionModel* standard, MessagePath path, DefinitionInput& input) {
   try {
     qzlog_compiler::CompileResult result = qzlog_compiler::compile_source(text, input.shown_path, {path, standard});
     input.is_source = true;
     input.bytes = std::move(result.bytes);
     input.model = std::move(result.model);
     input.diagnostics = std::move(result.diagnostics);
+    input.source = std::move(text);
   } catch (const std::length_error& error) {
     throw CommandError(kExitFindings, input.shown_path + ": " + error.what());
   }
@@ -44,7 +45,7 @@ DefinitionInput read_definition_input(const std::string& path, const DefinitionM
   if (qzlog_compiler::looks_like_ldf(content) || std::filesystem::path(path).extension() == ".ldf") {
     read_compiled(std::move(content), input);
   } else {
-    compile(content, standard, message_path, input);
+    compile(std::move(content), standard, message_path, input);
   }
   return input;
 }

@@ -16,7 +16,8 @@ namespace qzlog_tool {
 struct DefinitionInput {
   std::string shown_path;
   bool is_source = false;
-  std::string bytes;  ///< the compiled file; empty for a source with errors
+  std::string source;  ///< its text, which diagnostics show
+  std::string bytes;   ///< the compiled file; empty for a source with errors
   qzlog_compiler::DefinitionModel model;
   std::optional<qzlog_compiler::LdfDamage> damage;      ///< of a compiled file; the model ends before it
   std::vector<qzlog_compiler::Diagnostic> diagnostics;  ///< of a source

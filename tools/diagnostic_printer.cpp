@@ -1,8 +1,8 @@
 #include "tools/diagnostic_printer.h"
 
 #include <iomanip>
+#include <iostream>
 #include <optional>
-#include <ostream>
 #include <sstream>
 
 namespace qzlog_tool {
@@ -63,6 +63,12 @@ void DiagnosticPrinter::print_excerpt(const std::string& file, SourcePosition po
 
 std::string DiagnosticPrinter::styled(std::string_view word, TextStyle style) const {
   return colour_ ? coloured(word, style) : std::string(word);
+}
+
+void print_diagnostics(std::span<const Diagnostic> diagnostics, const std::string& file, std::string_view text) {
+  DiagnosticPrinter printer(std::cerr, stderr_has_colour());
+  printer.add_source(file, text);
+  printer.print(diagnostics);
 }
 
 }  // namespace qzlog_tool

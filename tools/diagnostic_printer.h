@@ -41,6 +41,10 @@ class DiagnosticPrinter {
   std::map<std::string, qzlog_compiler::SourceLines> sources_;
 };
 
+/// Shows diagnostics about one file on standard error.
+void print_diagnostics(std::span<const qzlog_compiler::Diagnostic> diagnostics, const std::string& file,
+                       std::string_view text);
+
 }  // namespace qzlog_tool
 
 #endif  // QZLOG_TOOLS_DIAGNOSTIC_PRINTER_H

@@ -17,7 +17,9 @@
 #include "tools/compiler/model_diff.h"
 #include "tools/compiler/model_json.h"
 #include "tools/compiler/version_advice.h"
+#include "tools/definition_input.h"
 #include "tools/definition_revision.h"
+#include "tools/diagnostic_printer.h"
 #include "tools/diff_report.h"
 #include "tools/terminal.h"
 
@@ -63,38 +65,34 @@ struct DiffInputs {
   CompileResult old_definitions;
   CompileResult new_definitions;
   std::vector<AuxFile> aux;
+  DefinitionRevision accept_file;
   std::vector<AcceptedBreak> accepted;
 };
 
-MessagePath path_of(const std::string& name) {
-  if (name == "icu") return MessagePath::kIcu;
-  return name == "narrow" ? MessagePath::kNarrow : MessagePath::kBoth;
-}
-
 /// Prints what was found; what has errors cannot be compared.
-void refuse_errors(const std::vector<Diagnostic>& diagnostics) {
-  for (const Diagnostic& diagnostic : diagnostics) std::cerr << diagnostic << '\n';
+void refuse_errors(const std::vector<Diagnostic>& diagnostics, const std::string& file, std::string_view text) {
+  print_diagnostics(diagnostics, file, text);
   if (qzlog_compiler::has_errors(diagnostics)) throw CommandError(kExitCannotRun, "");
 }
 
 CompileResult load(const std::string& argument, const CompileOptions& options) {
-  CompileResult result = load_definition_revision(read_definition_revision(argument), options);
-  refuse_errors(result.diagnostics);
+  const DefinitionRevision input = read_definition_revision(argument);
+  CompileResult result = load_definition_revision(input, options);
+  refuse_errors(result.diagnostics, input.name, input.content);
   return result;
 }
 
 AuxFile load_aux(const std::string& argument, const DefinitionModel& old_model, MessagePath path) {
   DefinitionRevision input = read_definition_revision(argument);
   AuxFile aux{std::move(input.content), std::move(input.name)};
-  refuse_errors(qzlog_compiler::check_aux_file(aux, old_model, path).diagnostics);
+  refuse_errors(qzlog_compiler::check_aux_file(aux, old_model, path).diagnostics, aux.name, aux.content);
   return aux;
 }
 
-std::vector<AcceptedBreak> load_accepted(const std::string& argument) {
-  const DefinitionRevision input = read_definition_revision(argument);
+std::vector<AcceptedBreak> load_accepted(const DefinitionRevision& input) {
   Diagnostics diagnostics(input.name);
   std::vector<AcceptedBreak> accepted = qzlog_compiler::load_accepted_breaks(input.content, diagnostics);
-  refuse_errors(diagnostics.take_sorted());
+  refuse_errors(diagnostics.take_sorted(), input.name, input.content);
   return accepted;
 }
 
@@ -109,7 +107,7 @@ void refuse_two_standard_inputs(const DiffArguments& arguments) {
 /// Fills `inputs`, whose options point into it.
 void read_inputs(const DiffArguments& arguments, DiffInputs& inputs) {
   refuse_two_standard_inputs(arguments);
-  inputs.options.path = path_of(arguments.path);
+  inputs.options.path = message_path_of(arguments.path);
   if (!arguments.standard.empty()) {
     inputs.standard = load(arguments.standard, inputs.options);
     inputs.options.standard = &inputs.standard.model;
@@ -119,7 +117,9 @@ void read_inputs(const DiffArguments& arguments, DiffInputs& inputs) {
   for (const std::string& aux : arguments.aux) {
     inputs.aux.push_back(load_aux(aux, inputs.old_definitions.model, inputs.options.path));
   }
-  if (!arguments.accept.empty()) inputs.accepted = load_accepted(arguments.accept);
+  if (arguments.accept.empty()) return;
+  inputs.accept_file = read_definition_revision(arguments.accept);
+  inputs.accepted = load_accepted(inputs.accept_file);
 }
 
 /// The changes of the models and the collisions, each of these behind the other changes of its entry.
@@ -155,9 +155,9 @@ DiffReport make_report(const DiffInputs& inputs) {
 }
 
 /// Marks the accepted breaks, and says which acceptances have nothing to accept.
-void accept_breaks(DiffReport& report, const std::vector<AcceptedBreak>& accepted, const std::string& file_name) {
-  Diagnostics diagnostics(file_name);
-  for (const AcceptedBreak& acceptance : accepted) {
+void accept_breaks(DiffReport& report, const DiffInputs& inputs) {
+  Diagnostics diagnostics(inputs.accept_file.name);
+  for (const AcceptedBreak& acceptance : inputs.accepted) {
     bool is_used = false;
     for (ReportedChange& reported : report.changes) {
       if (!acceptance.matches(reported.change)) continue;
@@ -168,7 +168,7 @@ void accept_breaks(DiffReport& report, const std::vector<AcceptedBreak>& accepte
     diagnostics.warning(acceptance.position, qzlog_compiler::Rule::kUnusedAccept,
                         "no such break: '" + std::string(diff_rule_info(acceptance.rule).name) + "'");
   }
-  refuse_errors(diagnostics.take_sorted());
+  refuse_errors(diagnostics.take_sorted(), inputs.accept_file.name, inputs.accept_file.content);
 }
 
 int run(const DiffArguments& arguments) {
@@ -177,7 +177,7 @@ int run(const DiffArguments& arguments) {
   DiffReport report = make_report(inputs);
   report.old_name = arguments.old_input;
   report.new_name = arguments.new_input;
-  accept_breaks(report, inputs.accepted, arguments.accept == "-" ? "<stdin>" : arguments.accept);
+  accept_breaks(report, inputs);
   if (arguments.json) {
     std::cout << qzlog_compiler::json_text(to_json(report));
   } else {
@@ -190,8 +190,7 @@ int run(const DiffArguments& arguments) {
 
 void add_diff_command(CLI::App& app, int& exit_status) {
   const auto arguments = std::make_shared<DiffArguments>();
-  CLI::App* const command =
-      app.add_subcommand("diff", "Compare two versions of definitions: every change, and for whom it breaks something");
+  CLI::App* const command = app.add_subcommand("diff", "Compare two versions of definitions: whom each change breaks");
   command->add_option("OLD", arguments->old_input, "The older definitions")->required();
   command->add_option("NEW", arguments->new_input, "The newer definitions")->required();
   command->add_option("--accept", arguments->accept, "YAML list of breaks that are meant, each with its reason")

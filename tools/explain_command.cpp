@@ -12,6 +12,7 @@
 #include "tools/command_error.h"
 #include "tools/compiler/diagnostics.h"
 #include "tools/definition_input.h"
+#include "tools/diagnostic_printer.h"
 #include "tools/entry_explanation.h"
 #include "tools/entry_search.h"
 #include "tools/entry_view.h"
@@ -26,6 +27,7 @@ using qzlog_compiler::DefinitionModel;
 using qzlog_compiler::Diagnostic;
 using qzlog_compiler::MessagePath;
 using qzlog_compiler::Rule;
+using qzlog_compiler::Severity;
 
 struct ExplainOptions {
   std::string entry;
@@ -53,13 +55,12 @@ Examples:
 /// Warnings are the business of others.
 DefinitionInput read_whole(const std::string& path, const DefinitionModel* standard) {
   DefinitionInput input = read_definition_input(path, standard, MessagePath::kIcu);
-  for (const Diagnostic& diagnostic : input.diagnostics) {
-    if (diagnostic.severity == qzlog_compiler::Severity::kError) std::cerr << diagnostic << '\n';
-  }
+  std::erase_if(input.diagnostics, [](const Diagnostic& found) { return found.severity != Severity::kError; });
+  print_diagnostics(input.diagnostics, input.shown_path, input.source);
   if (input.damage) {
     std::cerr << Diagnostic{input.shown_path,
                             {},
-                            qzlog_compiler::Severity::kError,
+                            Severity::kError,
                             Rule::kBadDefinitionFile,
                             input.damage->reason + ", at offset " + std::to_string(input.damage->offset)}
               << '\n';

@@ -16,6 +16,7 @@
 #include "tools/compiler/ldf_survey.h"
 #include "tools/compiler/ldf_table.h"
 #include "tools/compiler/ldf_yaml.h"
+#include "tools/diagnostic_printer.h"
 #include "tools/file_descriptor.h"
 #include "tools/terminal.h"
 
@@ -89,8 +90,9 @@ void print_damages(const LdfSurvey& survey, const std::string& file) {
 bool print_yaml(const LdfSurvey& survey, const InspectArguments& arguments) {
   qzlog_compiler::CompileResult standard;
   if (!arguments.standard.empty()) {
-    standard = qzlog_compiler::load_standard(read_file(arguments.standard), display_name(arguments.standard));
-    for (const qzlog_compiler::Diagnostic& diagnostic : standard.diagnostics) std::cerr << diagnostic << '\n';
+    const std::string content = read_file(arguments.standard);
+    standard = qzlog_compiler::load_standard(content, display_name(arguments.standard));
+    print_diagnostics(standard.diagnostics, display_name(arguments.standard), content);
     if (!standard.ok()) return false;
   }
   const auto yaml = qzlog_compiler::write_yaml(survey, arguments.standard.empty() ? nullptr : &standard.model);

@@ -50,6 +50,7 @@ struct CatalogFinding {
   Severity severity = Severity::kError;
   std::string_view rule;
   std::string text;
+  std::string hint = {};  ///< what to do about it; may be empty
 };
 
 /// Findings in the order in which they were made.

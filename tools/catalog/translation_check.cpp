@@ -109,7 +109,7 @@ bool report_text(const std::vector<MessageFinding>& found, const std::string& fi
   for (const MessageFinding& finding : found) {
     if (finding.severity != Severity::kError) continue;
     ok = false;
-    findings.add({file, line, Severity::kError, qzlog_compiler::rule_name(finding.rule), finding.text});
+    findings.add({file, line, Severity::kError, qzlog_compiler::rule_name(finding.rule), finding.text, finding.hint});
   }
   return ok;
 }

@@ -102,7 +102,7 @@ TEST(CompileMerged, ErrorInTheAuxiliarySource_LeavesNoBytesAndAllDiagnostics) {
   EXPECT_EQ(printed(merged.diagnostics),
             "std:2:48: warning: an empty catalog key: the message fails wherever a catalog is in use "
             "[empty-message-id]\n"
-            "aux:2:16: error: 'x' is no number; the id is decimal or 0x hexadecimal [bad-number]\n");
+            "aux:2:16: error: 'x' is no number [bad-number]\n");
 }
 
 TEST(LoadStandard, CompiledFile_IsToldBySight) {
