@@ -106,7 +106,8 @@ class ManyAttributes {
 
   Entry& entry() { return entry_; }
 
-  /// The names in turn, never one after its neighbour in the definition: that is where an attribute is looked for first.
+  /// The names in turn, never one after its neighbour in the definition: that is where an attribute is looked for
+  /// first.
   const char* next_name() {
     next_ = (next_ + 2) % kNames;
     return names_[next_].c_str();

@@ -1,5 +1,7 @@
 #include "tools/entry_explanation.h"
 
+#include <cstddef>
+#include <iterator>
 #include <set>
 #include <string_view>
 #include <utility>
@@ -114,11 +116,12 @@ std::string value_range(qz_AttributeType type) {
     default:
       break;
   }
-  if (type < TypeChar32 || type > TypeMBChar2K) return "";
-  constexpr const char* kSizes[] = {"32", "64", "128", "256", "1024", "2048"};
-  const bool is_multi_byte = type >= TypeMBChar32;
-  return std::string("at most ") + kSizes[type - (is_multi_byte ? TypeMBChar32 : TypeChar32)] +
-         (is_multi_byte ? " characters" : " bytes");
+  static constexpr const char* kTextLimits[] = {
+      "at most 32 bytes",       "at most 64 bytes",       "at most 128 bytes",       "at most 256 bytes",
+      "at most 1024 bytes",     "at most 2048 bytes",     "at most 32 characters",   "at most 64 characters",
+      "at most 128 characters", "at most 256 characters", "at most 1024 characters", "at most 2048 characters"};
+  const std::size_t text_type = static_cast<std::size_t>(type) - TypeChar32;  // wraps for the types before
+  return text_type < std::size(kTextLimits) ? kTextLimits[text_type] : "";
 }
 
 }  // namespace qzlog_tool

@@ -35,7 +35,8 @@ CompileResult compile_source(std::string_view text, const std::string& file_name
 
 /// Compiles an auxiliary source over standard definitions that are compiled already without an error, and both into one
 /// standard file: what the library holds after loading the two. `standard_file` is what diagnostics call the standard
-/// source. The diagnostics are those of `standard`, then those of the auxiliary source. Throws as `compile_source` does.
+/// source. The diagnostics are those of `standard`, then those of the auxiliary source. Throws as `compile_source`
+/// does.
 CompileResult compile_merged(CompileResult standard, const std::string& standard_file, std::string_view text,
                              const std::string& file_name, MessagePath path);
 
