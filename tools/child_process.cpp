@@ -32,10 +32,13 @@ Pipe make_pipe(const std::string& program) {
 
 class ChildStreams {
  public:
-  explicit ChildStreams(int output) {
+  ChildStreams(int output, ProgramErrors errors) {
     ::posix_spawn_file_actions_init(&actions_);
     ::posix_spawn_file_actions_addopen(&actions_, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
     ::posix_spawn_file_actions_adddup2(&actions_, output, STDOUT_FILENO);
+    if (errors == ProgramErrors::kWithOutput) {
+      ::posix_spawn_file_actions_adddup2(&actions_, output, STDERR_FILENO);
+    }
   }
   ChildStreams(const ChildStreams&) = delete;
   ChildStreams& operator=(const ChildStreams&) = delete;
@@ -47,8 +50,8 @@ class ChildStreams {
   posix_spawn_file_actions_t actions_ = {};
 };
 
-pid_t start(std::vector<std::string>& arguments, int output) {
-  const ChildStreams streams(output);
+pid_t start(std::vector<std::string>& arguments, int output, ProgramErrors errors) {
+  const ChildStreams streams(output, errors);
   std::vector<char*> pointers(arguments.size() + 1, nullptr);
   std::transform(arguments.begin(), arguments.end(), pointers.begin(),
                  [](std::string& argument) { return argument.data(); });
@@ -68,10 +71,10 @@ int wait_for(pid_t child, const std::string& program) {
 
 }  // namespace
 
-ProgramResult run_program(std::vector<std::string> program_and_arguments) {
+ProgramResult run_program(std::vector<std::string> program_and_arguments, ProgramErrors errors) {
   const std::string program = program_and_arguments.at(0);
   Pipe pipe = make_pipe(program);
-  const pid_t child = start(program_and_arguments, pipe.writing.get());
+  const pid_t child = start(program_and_arguments, pipe.writing.get(), errors);
   pipe.writing = FileDescriptor(-1);  // the child's end alone keeps the pipe open
   ProgramResult result;
   result.output = read_to_end(pipe.reading, program);

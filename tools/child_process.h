@@ -11,9 +11,12 @@ struct ProgramResult {
   std::string output;
 };
 
+enum class ProgramErrors { kToOurs, kWithOutput };
+
 /// Runs a program, found through PATH, with its arguments as they stand: no shell sees them. Its standard input is
-/// empty and its standard error ours. Throws CommandError (cannot run) when it cannot be started.
-ProgramResult run_program(std::vector<std::string> program_and_arguments);
+/// empty; `errors` says where its standard error goes. Throws CommandError (cannot run) when it cannot be started.
+ProgramResult run_program(std::vector<std::string> program_and_arguments,
+                          ProgramErrors errors = ProgramErrors::kToOurs);
 
 }  // namespace qzlog_tool
 

@@ -1,11 +1,8 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cctype>
 #include <cstdlib>
 #include <filesystem>
 #include <string>
-#include <vector>
 
 #include "tests/tools/compiler/golden_case.h"
 #include "tests/tools/temporary_folder.h"
@@ -14,22 +11,6 @@
 namespace {
 
 namespace fs = std::filesystem;
-
-std::vector<fs::path> all_cases() {
-  std::vector<fs::path> paths;
-  for (const fs::directory_entry& entry : fs::directory_iterator(QZLOG_CATALOG_GOLDEN)) {
-    if (entry.path().extension() == ".case") paths.push_back(entry.path());
-  }
-  std::sort(paths.begin(), paths.end());
-  return paths;
-}
-
-std::string test_name(const ::testing::TestParamInfo<fs::path>& info) {
-  std::string name = info.param.stem().string();
-  std::replace_if(
-      name.begin(), name.end(), [](unsigned char c) { return std::isalnum(c) == 0; }, '_');
-  return name;
-}
 
 class CatalogGolden : public ::testing::TestWithParam<fs::path> {};
 
@@ -42,11 +23,12 @@ TEST_P(CatalogGolden, Command_GivesTheResultOfTheCase) {
   EXPECT_EQ(result, golden::read_case(GetParam()).result);
 }
 
-INSTANTIATE_TEST_SUITE_P(Catalog, CatalogGolden, ::testing::ValuesIn(all_cases()), test_name);
+INSTANTIATE_TEST_SUITE_P(Catalog, CatalogGolden, ::testing::ValuesIn(golden::cases_in(QZLOG_CATALOG_GOLDEN)),
+                         [](const auto& row) { return golden::test_name(row.param); });
 
 TEST(CatalogGoldenCases, EveryRule_HasOne) {
   std::string results;
-  for (const fs::path& path : all_cases()) results += golden::read_case(path).result;
+  for (const fs::path& path : golden::cases_in(QZLOG_CATALOG_GOLDEN)) results += golden::read_case(path).result;
   for (const qzlog_catalog::CatalogRuleInfo& rule : qzlog_catalog::all_catalog_rules()) {
     const bool shown = results.find("[" + std::string(rule.name) + "]\n") != std::string::npos;
     EXPECT_TRUE(shown) << "no golden case for " << rule.name;

@@ -1,12 +1,9 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cctype>
 #include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "tests/tools/compiler/golden_case.h"
 #include "tests/tools/temporary_folder.h"
@@ -15,22 +12,6 @@
 namespace {
 
 namespace fs = std::filesystem;
-
-std::vector<fs::path> cases_in(const fs::path& folder) {
-  std::vector<fs::path> paths;
-  for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
-    if (entry.path().extension() == ".case") paths.push_back(entry.path());
-  }
-  std::sort(paths.begin(), paths.end());
-  return paths;
-}
-
-std::string test_name(const ::testing::TestParamInfo<fs::path>& info) {
-  std::string name = info.param.stem().string();
-  std::replace_if(
-      name.begin(), name.end(), [](unsigned char c) { return std::isalnum(c) == 0; }, '_');
-  return name;
-}
 
 class CheckGolden : public ::testing::TestWithParam<fs::path> {};
 
@@ -43,13 +24,15 @@ TEST_P(CheckGolden, Command_GivesTheResultOfTheCase) {
   EXPECT_EQ(result, golden::read_case(GetParam()).result);
 }
 
-INSTANTIATE_TEST_SUITE_P(Check, CheckGolden, ::testing::ValuesIn(cases_in(QZLOG_CHECK_GOLDEN)), test_name);
-INSTANTIATE_TEST_SUITE_P(Explain, CheckGolden, ::testing::ValuesIn(cases_in(QZLOG_EXPLAIN_GOLDEN)), test_name);
+INSTANTIATE_TEST_SUITE_P(Check, CheckGolden, ::testing::ValuesIn(golden::cases_in(QZLOG_CHECK_GOLDEN)),
+                         [](const auto& row) { return golden::test_name(row.param); });
+INSTANTIATE_TEST_SUITE_P(Explain, CheckGolden, ::testing::ValuesIn(golden::cases_in(QZLOG_EXPLAIN_GOLDEN)),
+                         [](const auto& row) { return golden::test_name(row.param); });
 
 class CheckRules : public ::testing::Test {
  protected:
   CheckRules() {
-    for (const fs::path& path : cases_in(QZLOG_CHECK_GOLDEN)) results_ += golden::read_case(path).result;
+    for (const fs::path& path : golden::cases_in(QZLOG_CHECK_GOLDEN)) results_ += golden::read_case(path).result;
   }
   bool is_shown(std::string_view rule) const {
     return results_.find("[" + std::string(rule) + "]\n") != std::string::npos;
