@@ -2,6 +2,8 @@
 
 #include <vector>
 
+#include "tools/compiler/model_merge.h"
+
 namespace qzlog_tool {
 
 namespace {
@@ -9,26 +11,6 @@ namespace {
 using qzlog_compiler::AttributeDefinition;
 using qzlog_compiler::DefinitionModel;
 using qzlog_compiler::EntryDefinition;
-
-/// As the library merges an auxiliary record into the standard definition.
-void merge(const EntryDefinition& auxiliary, EntryDefinition& entry) {
-  if (entry.name.empty()) entry.name = auxiliary.name;
-  if (!auxiliary.summary.empty()) entry.summary = auxiliary.summary;
-  if (entry.mask == 0) entry.mask = auxiliary.mask;
-  entry.word = auxiliary.word;
-  if (!auxiliary.message_id.empty() && !auxiliary.message.stored.empty()) {
-    entry.message_id = auxiliary.message_id;
-    entry.message = auxiliary.message;
-  }
-  // Only the selector attribute may be in both; the auxiliary one replaces the other.
-  if (qzlog_compiler::selector_attribute(auxiliary) != nullptr) {
-    std::erase_if(entry.attributes, [&](const auto& former) { return former.name == auxiliary.selector.attribute; });
-  }
-  entry.attributes.insert(entry.attributes.end(), auxiliary.attributes.begin(), auxiliary.attributes.end());
-  if (entry.selector.attribute.empty()) entry.selector.attribute = auxiliary.selector.attribute;
-  const auto& messages = auxiliary.selector.messages;
-  entry.selector.messages.insert(entry.selector.messages.end(), messages.begin(), messages.end());
-}
 
 }  // namespace
 
@@ -70,7 +52,7 @@ std::optional<EntryDefinition> DefinitionPair::find_entry(std::uint32_t id) cons
   const EntryDefinition* const auxiliary = find_auxiliary(id);
   if (standard == nullptr) return auxiliary != nullptr ? std::optional(*auxiliary) : std::nullopt;
   EntryDefinition entry = *standard;
-  if (auxiliary != nullptr) merge(*auxiliary, entry);
+  if (auxiliary != nullptr) qzlog_compiler::extend_entry(entry, *auxiliary);
   return entry;
 }
 

@@ -35,7 +35,9 @@ void append_selector_messages(const Selector& added, Selector& selector) {
   }
 }
 
-void extend(EntryDefinition& entry, const EntryDefinition& aux) {
+}  // namespace
+
+void extend_entry(EntryDefinition& entry, const EntryDefinition& aux) {
   entry.selector.attribute = merged_selector(entry, aux);
   for (const AttributeDefinition& attribute : aux.attributes) add_or_replace(entry.attributes, attribute);
   append_selector_messages(aux.selector, entry.selector);
@@ -54,11 +56,13 @@ void extend(EntryDefinition& entry, const EntryDefinition& aux) {
   if (entry.summary.empty()) entry.summary = aux.summary;
 }
 
+namespace {
+
 /// What an entry of an auxiliary file alone holds: no message at all unless both its key and its text are there.
 EntryDefinition auxiliary_entry(const EntryDefinition& aux) {
   EntryDefinition entry;
   entry.id = aux.id;
-  extend(entry, aux);
+  extend_entry(entry, aux);
   return entry;
 }
 
@@ -73,7 +77,7 @@ DefinitionModel merge_models(DefinitionModel standard, const DefinitionModel& au
     if (extended == places.end()) {
       standard.entries.push_back(auxiliary_entry(entry));
     } else {
-      extend(standard.entries[extended->second], entry);
+      extend_entry(standard.entries[extended->second], entry);
     }
   }
   return standard;
