@@ -15,8 +15,6 @@
 /// memory throws QZX_memory_alloc.
 class qz_TextBuffer : public qz_UTIL_no_inadvertant_copies {
  public:
-  static constexpr std::size_t kPadding = 16;
-
   // User-provided: the room is left uninitialised.
   qz_TextBuffer() {}  // NOLINT(modernize-use-equals-default)
 
@@ -29,13 +27,6 @@ class qz_TextBuffer : public qz_UTIL_no_inadvertant_copies {
   }
   void append(const char* text, std::size_t length) {
     qz_copy_text(reserve(length), text, length);
-    size_ += length;
-  }
-  /// The same for a text behind which kPadding bytes may be read: short ones are copied with what follows them, which
-  /// is not counted.
-  void append_padded(const char* text, std::size_t length) {
-    if (length > kPadding) return append(text, length);
-    std::memcpy(reserve(kPadding), text, kPadding);
     size_ += length;
   }
   void append(const char* text) { append(text, std::strlen(text)); }
@@ -73,6 +64,8 @@ class qz_TextBuffer : public qz_UTIL_no_inadvertant_copies {
 /// itself is used through with_buffer only while there is a cursor, and is complete when the cursor is gone.
 class qz_TextCursor : public qz_UTIL_no_inadvertant_copies {
  public:
+  static constexpr std::size_t kPadding = 16;
+
   explicit qz_TextCursor(qz_TextBuffer& buffer) : buffer_(buffer) { start(); }
   ~qz_TextCursor() { stop(); }
 
@@ -85,10 +78,11 @@ class qz_TextCursor : public qz_UTIL_no_inadvertant_copies {
     end_ += length;
   }
   void append(const char* text) { append(text, std::strlen(text)); }
-  /// See qz_TextBuffer.
+  /// The same for a text behind which kPadding bytes may be read: short ones are copied with what follows them, which
+  /// is not counted.
   void append_padded(const char* text, std::size_t length) {
-    if (length > qz_TextBuffer::kPadding) return append(text, length);
-    std::memcpy(reserve(qz_TextBuffer::kPadding), text, qz_TextBuffer::kPadding);
+    if (length > kPadding) return append(text, length);
+    std::memcpy(reserve(kPadding), text, kPadding);
     end_ += length;
   }
   char* reserve(std::size_t count) {

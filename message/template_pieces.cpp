@@ -31,7 +31,7 @@ TemplatePieces::TemplatePieces(const _qz_LOG_msg_token_list& tokens, Texts texts
                                const _qz_LOG_log_definition& definition) {
   const Sizes sizes = sizes_of(tokens, texts);
   pieces_.reserve(sizes.pieces);
-  if (texts == Texts::kNarrow) texts_ = std::make_unique<char[]>(sizes.text_bytes + qz_TextBuffer::kPadding);
+  if (texts == Texts::kNarrow) texts_ = std::make_unique<char[]>(sizes.text_bytes + qz_TextCursor::kPadding);
   for (const _qz_LOG_msg_token* token = tokens.get_head(); token != nullptr; token = token->get_next()) {
     if (token->get_type() == _QZ_STRING_TOKEN && texts == Texts::kNarrow) add_text(text_of(*token));
     if (token->get_type() != _QZ_FMT_SPECIFIER_TOKEN) continue;

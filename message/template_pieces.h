@@ -20,7 +20,7 @@ struct TemplatePiece {
   unsigned char own_position;   // where the definition had the attribute when the template was made ready
   unsigned length;              // of a text; of a reference its order among the references
   union {
-    const char* text;                // terminated, and padded for qz_TextBuffer
+    const char* text;                // terminated, and padded for qz_TextCursor
     const _qz_LOG_known_name* name;  // of a reference
   };
 };

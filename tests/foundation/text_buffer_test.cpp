@@ -67,13 +67,13 @@ TEST(TextBuffer, Padded_OnlyTheTextCountsAtEveryLength) {
     for (std::size_t before = 0; before <= 40; ++before) {
       qz_TextBuffer buffer;
       // Behind the text stands exactly what may be read.
-      const std::string source = bytes(length) + std::string(qz_TextBuffer::kPadding, '!');
+      const std::string source = bytes(length) + std::string(qz_TextCursor::kPadding, '!');
       const std::unique_ptr<char[]> exact(new char[source.size()]);
       std::memcpy(exact.get(), source.data(), source.size());
       buffer.append(bytes(before).data(), before);
-      buffer.append_padded(exact.get(), length);
+      qz_TextCursor(buffer).append_padded(exact.get(), length);
       ASSERT_EQ(text_of(buffer), bytes(before) + bytes(length)) << before << " + " << length;
-      buffer.append_padded(exact.get(), length);
+      qz_TextCursor(buffer).append_padded(exact.get(), length);
       buffer.append('.');
       ASSERT_EQ(text_of(buffer), bytes(before) + bytes(length) + bytes(length) + ".") << before << " + " << length;
     }
@@ -81,12 +81,12 @@ TEST(TextBuffer, Padded_OnlyTheTextCountsAtEveryLength) {
 }
 
 TEST(TextBuffer, PaddedAcrossTheInlineSize_OnlyTheTextCounts) {
-  const std::string source = bytes(40) + std::string(qz_TextBuffer::kPadding, '!');
+  const std::string source = bytes(40) + std::string(qz_TextCursor::kPadding, '!');
   for (std::size_t before = kInlineCapacity - 45; before <= kInlineCapacity + 2; ++before) {
     for (std::size_t length = 0; length <= 40; ++length) {
       qz_TextBuffer buffer;
       buffer.append(bytes(before).data(), before);
-      buffer.append_padded(source.data(), length);
+      qz_TextCursor(buffer).append_padded(source.data(), length);
       ASSERT_EQ(text_of(buffer), bytes(before) + bytes(length)) << before << " + " << length;
     }
   }
@@ -118,7 +118,7 @@ TEST(TextBuffer, RandomAppends_AsAString) {
       if (random.one_in(3)) {
         buffer.append(more.c_str());
       } else if (random.one_in(2)) {
-        buffer.append_padded((more + std::string(qz_TextBuffer::kPadding, '?')).data(), more.size());
+        qz_TextCursor(buffer).append_padded((more + std::string(qz_TextCursor::kPadding, '?')).data(), more.size());
       } else {
         buffer.append(more.data(), more.size());
       }
