@@ -102,7 +102,7 @@ void print(CatalogFindings& findings) {
 /// None after an error, which is then printed.
 std::optional<CatalogMessages> collect_messages(const CatalogOptions& options, CatalogFindings& findings) {
   std::vector<qzlog_catalog::SourceText> sources;
-  for (const std::string& path : options.sources) sources.push_back({path == "-" ? "<stdin>" : path, read_file(path)});
+  for (const std::string& path : options.sources) sources.push_back({display_name(path), read_file(path)});
   std::vector<qzlog_compiler::Diagnostic> diagnostics;
   std::optional<CatalogMessages> messages = CatalogMessages::collect(sources, diagnostics, findings);
   qzlog_tool::DiagnosticPrinter printer(std::cerr, qzlog_tool::stderr_has_colour());
@@ -134,7 +134,7 @@ std::vector<std::string> po_paths(const std::vector<std::string>& named) {
 
 std::vector<PoText> read_po_files(const std::vector<std::string>& named) {
   std::vector<PoText> files;
-  for (const std::string& path : po_paths(named)) files.push_back({path == "-" ? "<stdin>" : path, read_file(path)});
+  for (const std::string& path : po_paths(named)) files.push_back({display_name(path), read_file(path)});
   return files;
 }
 

@@ -38,7 +38,7 @@ struct CheckOptions {
   bool errors_only = false;
 };
 
-constexpr const char* kFooter =
+constexpr const char* kCheckFooter =
     R"(An error is what the library refuses, in its own words, and what it takes but then fails at: a message that never comes
 out, a list that it counts wrongly. A warning is what is legal and surprises a reader. With --path both, what fails on one
 rendering path alone is a warning too. Sources are compiled, and the compiler's diagnostics are reported with the rest.
@@ -138,7 +138,7 @@ int check(const CheckOptions& options) {
 void add_check_command(CLI::App& app, int& exit_status) {
   CLI::App* const command = app.add_subcommand("check", "Report what is refused or surprising in definitions");
   const auto options = std::make_shared<CheckOptions>();
-  command->footer(kFooter);
+  command->footer(kCheckFooter);
   command->add_option("STD", options->standard, "The log definition file, compiled or a source; - is standard input")
       ->type_name("STD.ldf|STD.yaml")
       ->required();

@@ -1,12 +1,10 @@
 /// Writes the manual pages and the completions of the qzlog command into a folder, from the command's own table.
-#include <CLI/CLI.hpp>
 #include <exception>
 #include <filesystem>
 #include <iostream>
 
 #include "tools/bash_completion.h"
-#include "tools/command_tree.h"
-#include "tools/commands.h"
+#include "tools/command_line.h"
 #include "tools/fish_completion.h"
 #include "tools/manual_page.h"
 #include "tools/output_file.h"
@@ -22,10 +20,7 @@ void write(const fs::path& path, const std::string& content) {
 }
 
 void write_all(const fs::path& folder) {
-  int unused_status = 0;
-  CLI::App app("", "qzlog");
-  qzlog_tool::add_commands(app, unused_status);
-  const qzlog_tool::CommandNode root = qzlog_tool::read_command_tree(app);
+  const qzlog_tool::CommandNode root = qzlog_tool::command_line_tree();
   for (const qzlog_tool::CommandNode* const command : qzlog_tool::all_commands(root)) {
     write(folder / "man1" / qzlog_tool::manual_page_file_name(*command),
           qzlog_tool::manual_page(root, *command, qzlog_tool::kVersionNumber));

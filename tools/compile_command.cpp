@@ -34,7 +34,7 @@ using qzlog_compiler::CompileOptions;
 using qzlog_compiler::CompileResult;
 using qzlog_compiler::MessagePath;
 
-constexpr const char* kFooter =
+constexpr const char* kCompileFooter =
     "The message that a reader sees is the text that the source holds, or there is a diagnostic. Where one stored "
     "text\n"
     "cannot serve both rendering paths, --path says which one counts; for 'both' the compiler warns and writes the "
@@ -61,8 +61,6 @@ struct CompileArguments {
   std::string json;
   std::string dependencies;
 };
-
-std::string display_name(const std::string& path) { return path == "-" ? "<stdin>" : path; }
 
 /// The texts of the sources, which diagnostics show.
 class Sources {
@@ -210,7 +208,7 @@ void add_compile_command(CLI::App& app, int& exit_status) {
       ->check(check_not_empty)
       ->type_name("FILE")
       ->needs(output);
-  command->footer(kFooter);
+  command->footer(kCompileFooter);
   command->callback([arguments, &exit_status] {
     if (outputs_of(*arguments).empty()) throw CLI::RequiredError("-o OUT.ldf or --emit-json");
     exit_status = run(*arguments);

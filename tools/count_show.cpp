@@ -38,7 +38,7 @@ struct ShowOptions {
   bool chart = false;
 };
 
-constexpr const char* kFooter =
+constexpr const char* kCountShowFooter =
     R"(The table has a line for each day and key, each day's total, each key's total, and the total of all. The chart has a line
 for each day, in the width of the terminal (of COLUMNS where that is set; 80 columns where there is neither); more than six
 days in a row without a count become one line. An entry ID above 2147483647 is kept as a negative key: the ID minus 2^32.
@@ -124,7 +124,7 @@ int show(const ShowOptions& options) {
   }
   const std::optional<KeyNames> names = key_names(options.definitions);
   const std::string path = counter_file_of(options.file);
-  DamageReport damage(path == "-" ? "<stdin>" : path);
+  DamageReport damage(display_name(path));
   std::vector<DayCount> counts = read_file_counts(path, damage);
   keep_days(counts, options);
   write(counts, options, names ? &*names : nullptr, damage.count());
@@ -136,7 +136,7 @@ int show(const ShowOptions& options) {
 void add_count_show(CLI::App& count_command, int& exit_status) {
   CLI::App* const command = count_command.add_subcommand("show", "Show the counts of a file by day and key");
   const auto options = std::make_shared<ShowOptions>();
-  command->footer(kFooter);
+  command->footer(kCountShowFooter);
   command->add_option("FILE", options->file, "The counter file; the suffix .cnt may be left out")
       ->type_name("FILE.cnt")
       ->required();

@@ -36,7 +36,7 @@ struct DefinitionFile {
 
 // A file named as a compiled one is taken for one even when it does not begin like one: the library says what is wrong.
 DefinitionFile read_definition_file(const std::string& path) {
-  DefinitionFile file{path, path == "-" ? "<stdin>" : path, read_file(path), false};
+  DefinitionFile file{path, display_name(path), read_file(path), false};
   file.compiled = qzlog_compiler::looks_like_ldf(file.content) || std::filesystem::path(path).extension() == ".ldf";
   return file;
 }

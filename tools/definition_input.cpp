@@ -40,7 +40,7 @@ void compile(std::string text, const DefinitionModel* standard, MessagePath path
 DefinitionInput read_definition_input(const std::string& path, const DefinitionModel* standard,
                                       MessagePath message_path) {
   DefinitionInput input;
-  input.shown_path = path == "-" ? "<stdin>" : path;
+  input.shown_path = display_name(path);
   std::string content = read_file(path);
   if (qzlog_compiler::looks_like_ldf(content) || std::filesystem::path(path).extension() == ".ldf") {
     read_compiled(std::move(content), input);

@@ -39,7 +39,7 @@ DefinitionRevision read_definition_revision(const std::string& argument) {
   if (argument.starts_with(kGitPrefix)) {
     return {argument, read_from_git(argument, argument.substr(kGitPrefix.size()))};
   }
-  return {argument == "-" ? "<stdin>" : argument, read_file(argument)};
+  return {display_name(argument), read_file(argument)};
 }
 
 CompileResult load_definition_revision(const DefinitionRevision& input, const CompileOptions& options) {

@@ -36,7 +36,7 @@ using qzlog_compiler::Diagnostics;
 using qzlog_compiler::DiffChange;
 using qzlog_compiler::MessagePath;
 
-constexpr const char* kFooter =
+constexpr const char* kDiffFooter =
     R"(OLD and NEW, and what --aux and --aux-of name, are definition sources, compiled files or git:REV:PATH, as in
 git:HEAD:storage.yaml; - is standard input. Compiled files know neither the names and summaries of entries nor
 how a text was written, so these are compared between two sources only.
@@ -208,7 +208,7 @@ void add_diff_command(CLI::App& app, int& exit_status) {
       ->type_name("icu|narrow|both")
       ->capture_default_str();
   command->add_flag("--json", arguments->json, "Print the result as JSON");
-  command->footer(kFooter);
+  command->footer(kDiffFooter);
   command->callback([arguments, &exit_status] { exit_status = run(*arguments); });
 }
 

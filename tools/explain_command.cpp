@@ -38,7 +38,7 @@ struct ExplainOptions {
   bool json = false;
 };
 
-constexpr const char* kFooter =
+constexpr const char* kExplainFooter =
     R"(The entry is shown as the library has it: an entry that both files define with the attributes and messages of both.
 Messages read as their readers see them, with {Name} where the value of an attribute comes, or {Name:F} where its format F
 does not follow from its type. Names and summaries stand in sources only; a compiled file knows its entries by ID.
@@ -112,7 +112,7 @@ int explain(const ExplainOptions& options) {
 void add_explain_command(CLI::App& app, int& exit_status) {
   CLI::App* const command = app.add_subcommand("explain", "Show what an entry means and what its readers see");
   const auto options = std::make_shared<ExplainOptions>();
-  command->footer(kFooter);
+  command->footer(kExplainFooter);
   command->add_option("ENTRY", options->entry, "The entry: its ID, decimal or 0x hexadecimal, or its name")
       ->type_name("ID|NAME")
       ->required();

@@ -36,6 +36,8 @@ void FileDescriptor::close() noexcept {
   descriptor_ = kInvalid;
 }
 
+std::string display_name(const std::string& path) { return path == "-" ? "<stdin>" : path; }
+
 FileDescriptor open_input(const std::string& path) {
   if (path == "-") return FileDescriptor(STDIN_FILENO);
   const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);

@@ -21,6 +21,9 @@ class FileDescriptor {
   int descriptor_;
 };
 
+/// How a file that is read is named in texts: "-" is standard input, "<stdin>".
+std::string display_name(const std::string& path);
+
 /// Opens a file for reading; "-" is standard input. Throws CommandError (cannot run) naming the file and the reason.
 FileDescriptor open_input(const std::string& path);
 

@@ -27,7 +27,7 @@ using qzlog_compiler::LdfDamage;
 using qzlog_compiler::LdfObstacle;
 using qzlog_compiler::LdfSurvey;
 
-constexpr const char* kFooter =
+constexpr const char* kInspectFooter =
     "The tables show the header, the global attributes, the entry map and each entry's record with their offsets; on "
     "a\n"
     "terminal, lines are cut to its width. A damaged file is shown as far as it can be read; each damage is reported "
@@ -63,8 +63,6 @@ struct InspectArguments {
   bool yaml = false;
   bool annotate = false;
 };
-
-std::string display_name(const std::string& path) { return path == "-" ? "<stdin>" : path; }
 
 void print_error(const std::string& file, std::size_t offset, const std::string& text, InspectRule rule) {
   std::cerr << display_name(file) << ": offset " << offset << ": " << coloured_error("error:") << ' ' << text << " ["
@@ -147,7 +145,7 @@ void add_inspect_command(CLI::App& app, int& exit_status) {
                    "With --yaml: the definitions that an auxiliary file extends, compiled or source")
       ->type_name("STD")
       ->needs(yaml);
-  command->footer(kFooter);
+  command->footer(kInspectFooter);
   command->callback([arguments, &exit_status] { exit_status = inspect(*arguments); });
 }
 

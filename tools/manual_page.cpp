@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
-#include <regex>
 #include <sstream>
 #include <utility>
+#include <vector>
 
 #include "tools/compiler/utf8_text.h"
 #include "tools/help_footer.h"
@@ -64,6 +64,20 @@ std::string upper_case(std::string text) {
   std::transform(text.begin(), text.end(), text.begin(),
                  [](char c) { return c >= 'a' && c <= 'z' ? c - 'a' + 'A' : c; });
   return text;
+}
+
+/// "0 success; 1 findings or bad input" is two: each begins with a digit and a blank, behind "; " or ", ".
+std::vector<std::string> separate_statuses(const std::string& text) {
+  std::vector<std::string> statuses;
+  std::size_t begin = 0;
+  for (std::size_t i = 0; i + 3 < text.size(); ++i) {
+    const bool ends_one = (text[i] == ';' || text[i] == ',') && text[i + 1] == ' ';
+    if (!ends_one || text[i + 2] < '0' || text[i + 2] > '9' || text[i + 3] != ' ') continue;
+    statuses.push_back(text.substr(begin, i - begin));
+    begin = i + 2;
+  }
+  statuses.push_back(text.substr(begin));
+  return statuses;
 }
 
 /// A paragraph in lines of less than 80 bytes.
@@ -174,10 +188,7 @@ class PageWriter {
     const std::string own = footer_.exit_status;
     const std::string text = own.empty() ? parse_help_footer(root_.footer).exit_status : own;
     out_ << ".SH EXIT STATUS\n";
-    static const std::regex kBetween("[;,] (?=[0-9] )");
-    const std::sregex_token_iterator begin(text.begin(), text.end(), kBetween, -1);
-    for (auto part = begin; part != std::sregex_token_iterator(); ++part) {
-      const std::string status = part->str();
+    for (const std::string& status : separate_statuses(text)) {
       const std::size_t blank = std::min(status.find(' '), status.size());
       if (blank != 1) return void(out_ << filled(status) << '\n');
       out_ << ".TP\n" << bold(status.substr(0, 1)) << '\n' << sentence(status.substr(2)) << '\n';

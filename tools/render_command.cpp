@@ -44,7 +44,7 @@ struct RenderOptions {
   std::string entries = "-";
 };
 
-constexpr const char* kFooter = R"(An entry is one line of JSON:
+constexpr const char* kRenderFooter = R"(An entry is one line of JSON:
   {"id":1001,"level":3,"time":"2026-11-21T08:15:30Z","attributes":{"Name":"vol1","Free":0}}
 "id" is a number, or the entry's name where a definition source (YAML) is given. The rest may be left out; "default":true
 skips the selector messages and "selector":N asks for the one with index N. Blank lines are skipped, and so is a byte order
@@ -130,7 +130,7 @@ class FileRenderer {
  public:
   /// `counting` is null where nothing is counted. What the arguments refer to has to outlive this object.
   FileRenderer(const std::string& path, LineRenderer& renderer, EntryCounting* counting)
-      : shown_path_(path == "-" ? "<stdin>" : path), file_(open_input(path)), renderer_(renderer), counting_(counting) {
+      : shown_path_(display_name(path)), file_(open_input(path)), renderer_(renderer), counting_(counting) {
     // A message that is out is counted, whenever the command is killed.
     if (counting_ != nullptr) output_.before_flush([this] { counting_->flush(); });
     current_ = this;
@@ -272,7 +272,7 @@ void add_render_command(CLI::App& app, int& exit_status) {
   CLI::App* const command =
       app.add_subcommand("render", "Turn entries (JSON Lines) into readable messages, one per line");
   const auto options = std::make_shared<RenderOptions>();
-  command->footer(kFooter);
+  command->footer(kRenderFooter);
   command->add_option("--definitions", options->definitions, "The log definition file, compiled or a source")
       ->type_name("STD.ldf|STD.yaml")
       ->required();

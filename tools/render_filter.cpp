@@ -73,7 +73,7 @@ RenderFilter::RenderFilter(const FilterOptions& options)
 
 // The library reads the file when the first entry is checked; what came through a pipe would be gone by then.
 void RenderFilter::install_config(const std::string& path) {
-  const std::string shown_path = path == "-" ? "<stdin>" : path;
+  const std::string shown_path = display_name(path);
   const std::string content = read_file(path);
   for (const ConfigWarning& warning : check_config(content)) print(shown_path, warning);
   struct stat status = {};

@@ -29,7 +29,7 @@ class CommandDocs : public qzlog_test::CommandFixture {
     return result.out;
   }
 
-  const qzlog_tool::CommandNode root_ = qzlog_test::command_table();
+  const qzlog_tool::CommandNode root_ = qzlog_tool::command_line_tree();
 };
 
 void expect_option(const std::string& page, const qzlog_tool::CommandOption& option, const std::string& command) {

@@ -58,7 +58,7 @@ TEST_F(Help, TerminalAndLocale_ChangeNothing) {
 }
 
 TEST_F(Help, EveryCommandThatRuns_ShowsAnExampleOfItself) {
-  const qzlog_tool::CommandNode root = qzlog_test::command_table();
+  const qzlog_tool::CommandNode root = qzlog_tool::command_line_tree();
   for (const qzlog_tool::CommandNode* const command : qzlog_tool::all_commands(root)) {
     if (!command->subcommands.empty()) continue;
     const std::string shown = help(command->name);

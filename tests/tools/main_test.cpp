@@ -21,7 +21,7 @@ TEST_F(MainCommand, Version_IsPrinted) {
 
 TEST_F(MainCommand, WrongUsage_IsExplainedWithStatus2) {
   std::string commands;
-  const qzlog_tool::CommandNode root = qzlog_test::command_table();
+  const qzlog_tool::CommandNode root = qzlog_tool::command_line_tree();
   for (const qzlog_tool::CommandNode& command : root.subcommands) commands += " " + command.last_name();
   const struct {
     const char* arguments;

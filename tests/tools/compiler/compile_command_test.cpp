@@ -1,8 +1,8 @@
-#include "tools/compile_command.h"
+#include "tools/command_line.h"
 
 #include <gtest/gtest.h>
 
-#include <CLI/CLI.hpp>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <string>
@@ -29,12 +29,9 @@ class CompileCommand : public ::testing::Test {
 
   /// The exit status; what goes to standard error is in `error_`.
   int run(std::vector<std::string> arguments) {
-    int status = -1;
-    CLI::App app("qzlog");
-    add_compile_command(app, status);
     arguments.insert(arguments.begin(), "compile");
     ::testing::internal::CaptureStderr();
-    app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
+    const int status = run_command_line(arguments);
     error_ = ::testing::internal::GetCapturedStderr();
     return status;
   }
@@ -100,23 +97,13 @@ TEST_F(CompileCommand, CompiledStandard_GivesTheSameFileAsItsSource) {
 }
 
 TEST_F(CompileCommand, WrongUsage_IsRefusedBeforeItRuns) {
-  int status = -1;
-  for (const std::vector<std::string>& reversed :
-       {std::vector<std::string>{"compile"}, std::vector<std::string>{"a.yaml", "compile"},
-        std::vector<std::string>{"neither", "--path", "a.ldf", "-o", "a.yaml", "compile"}}) {
-    CLI::App app("qzlog");
-    add_compile_command(app, status);
-    EXPECT_THROW(app.parse(std::vector<std::string>(reversed)), CLI::ParseError);
+  const std::string source = write("a.yaml", kGood);
+  for (const std::vector<std::string>& arguments :
+       {std::vector<std::string>{}, {source}, {source, "-o", path("a.ldf"), "--path", "neither"}}) {
+    EXPECT_EQ(run(arguments), 2);
+    EXPECT_NE(error_.find("Run 'qzlog --help'"), std::string::npos) << error_;
   }
-  EXPECT_EQ(status, -1);
-}
-
-TEST_F(CompileCommand, Help_ShowsExamples) {
-  int status = 0;
-  CLI::App app("qzlog");
-  add_compile_command(app, status);
-  const std::string help = app.get_subcommand("compile")->help();
-  EXPECT_NE(help.find("Examples:\n  qzlog compile storage.yaml -o storage.ldf\n"), std::string::npos) << help;
+  EXPECT_FALSE(std::filesystem::exists(path("a.ldf")));
 }
 
 }  // namespace

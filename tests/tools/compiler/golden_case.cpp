@@ -4,7 +4,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cctype>
 #include <cstdlib>
@@ -16,8 +15,7 @@
 #include <stdexcept>
 
 #include "tests/tools/compiler/model_text.h"
-#include "tools/command_error.h"
-#include "tools/commands.h"
+#include "tools/command_line.h"
 #include "tools/compiler/compiler.h"
 #include "tools/compiler/ldf_reader.h"
 #include "tools/compiler/ldf_writer.h"
@@ -116,19 +114,7 @@ void take_section(Case& result, const std::string& title, const std::string& con
   const int out = ::open("../stdout", O_WRONLY | O_CREAT | O_TRUNC, 0600);
   const int err = ::open("../stderr", O_WRONLY | O_CREAT | O_TRUNC, 0600);
   if (::dup2(in, 0) < 0 || ::dup2(out, 1) < 0 || ::dup2(err, 2) < 0) ::_exit(99);
-  int status = 0;
-  try {
-    CLI::App app("qzlog");
-    qzlog_tool::add_commands(app, status);
-    app.parse(std::vector<std::string>(golden_case.arguments.rbegin(), golden_case.arguments.rend()));
-  } catch (const CLI::ParseError& error) {
-    std::cerr << error.what() << '\n';
-    status = error.get_exit_code() == 0 ? 0 : 2;
-  } catch (const qzlog_tool::CommandError& error) {
-    if (*error.what() != '\0') std::cerr << "qzlog: error: " << error.what() << '\n';
-    status = error.exit_status();
-  }
-  std::cout.flush();
+  const int status = qzlog_tool::run_command_line(golden_case.arguments);
   std::cerr.flush();
   ::_exit(status);
 }

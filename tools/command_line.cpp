@@ -1,0 +1,114 @@
+#include "tools/command_line.h"
+
+#include <CLI/CLI.hpp>
+#include <cerrno>
+#include <cstring>
+#include <exception>
+#include <iostream>
+#include <new>
+
+#include "qzlog/qz_exception.h"
+#include "qzlog/version.h"
+#include "tools/catalog_command.h"
+#include "tools/check_command.h"
+#include "tools/command_error.h"
+#include "tools/compile_command.h"
+#include "tools/count_command.h"
+#include "tools/diff_command.h"
+#include "tools/explain_command.h"
+#include "tools/inspect_command.h"
+#include "tools/library_call.h"
+#include "tools/render_command.h"
+#include "tools/terminal.h"
+
+namespace qzlog_tool {
+
+namespace {
+
+#define QZLOG_TEXT_OF(number) #number
+#define QZLOG_TEXT(number) QZLOG_TEXT_OF(number)
+
+constexpr const char* kProgramName = "qzlog";
+constexpr const char* kProgramDescription = "Definition-driven structured event logging";
+constexpr const char* kProgramFooter =
+    R"(Exit status: 0 success; 1 findings or bad input; 2 wrong usage, or a file that cannot be read or written.
+'qzlog COMMAND --help' shows a command's options and examples.)";
+
+/// Each adds one subcommand, which runs while the command line is parsed.
+constexpr void (*kCommands[])(CLI::App& app, int& exit_status) = {
+    add_compile_command, add_inspect_command, add_check_command, add_diff_command,
+    add_explain_command, add_render_command,  add_count_command, add_catalog_command,
+};
+
+/// A subcommand stores its exit status in `exit_status`, which has to outlive `app`.
+void add_commands(CLI::App& app, int& exit_status) {
+  app.description(kProgramDescription);
+  app.footer(kProgramFooter);
+  app.set_version_flag("--version", std::string("qzlog ") + kVersionNumber);
+  app.require_subcommand(1);
+  for (const auto add_command : kCommands) add_command(app, exit_status);
+}
+
+void print_error(const std::string& text) { std::cerr << "qzlog: " << coloured_error("error:") << ' ' << text << '\n'; }
+
+// The parser complains about what is missing before it complains about what is unknown, which is the likelier mistake.
+std::string usage_error(const CLI::App& app, const CLI::ParseError& error) {
+  const std::vector<std::string> unknown = app.remaining(true);
+  if (error.get_name() != "RequiredError" || unknown.empty()) return error.what();
+  std::string text = "'" + unknown.front() + "' was not expected";
+  if (!app.get_subcommands().empty()) return text;
+  text += "; the commands are";
+  for (const CLI::App* const command : app.get_subcommands({})) text += ' ' + command->get_name();
+  return text;
+}
+
+int parse_and_run(const std::vector<std::string>& arguments) {
+  int exit_status = kExitSuccess;
+  CLI::App app("", kProgramName);
+  add_commands(app, exit_status);
+  try {
+    app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
+  } catch (const CLI::ParseError& error) {
+    if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success)) return app.exit(error);
+    print_error(usage_error(app, error) + "\nRun 'qzlog --help' or 'qzlog COMMAND --help' for the usage.");
+    return kExitCannotRun;
+  }
+  return exit_status;
+}
+
+// A command's own results, and the texts of --help and --version, may still be on their way.
+int finish_output(int exit_status) {
+  if (std::cout.flush()) return exit_status;
+  print_error(std::string("cannot write to standard output: ") + std::strerror(errno));
+  return kExitCannotRun;
+}
+
+}  // namespace
+
+const char* const kVersionNumber =
+    QZLOG_TEXT(QZLOG_VERSION_MAJOR) "." QZLOG_TEXT(QZLOG_VERSION_MINOR) "." QZLOG_TEXT(QZLOG_VERSION_PATCH);
+
+int run_command_line(const std::vector<std::string>& arguments) {
+  try {
+    return finish_output(parse_and_run(arguments));
+  } catch (const CommandError& error) {
+    if (*error.what() != '\0') print_error(error.what());
+    return error.exit_status();
+  } catch (const std::bad_alloc&) {
+    print_error("out of memory");
+  } catch (const qz_EXCEPTION_base& failure) {
+    print_error(library_text(failure));
+  } catch (const std::exception& error) {
+    print_error(error.what());
+  }
+  return kExitCannotRun;
+}
+
+CommandNode command_line_tree() {
+  int unused_status = 0;
+  CLI::App app("", kProgramName);
+  add_commands(app, unused_status);
+  return read_command_tree(app);
+}
+
+}  // namespace qzlog_tool
