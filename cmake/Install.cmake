@@ -21,6 +21,7 @@ configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/qzlog-config.cmake.in qz
   INSTALL_DESTINATION ${qzlog_package_dir} NO_SET_AND_CHECK_MACRO)
 write_basic_package_version_file(qzlog-config-version.cmake COMPATIBILITY SameMajorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/qzlog-config.cmake ${PROJECT_BINARY_DIR}/qzlog-config-version.cmake
+    ${CMAKE_CURRENT_LIST_DIR}/qzlog-build-files.cmake
     ${CMAKE_CURRENT_LIST_DIR}/qzlog-definitions.cmake
     ${CMAKE_CURRENT_LIST_DIR}/qzlog-catalog.cmake
   DESTINATION ${qzlog_package_dir})

@@ -1,3 +1,5 @@
+include("${CMAKE_CURRENT_LIST_DIR}/qzlog-build-files.cmake")
+
 # qzlog_add_catalog(TARGET target SOURCES std.yaml [aux.yaml...] PO de.po...
 #                   [SOURCE_LANGUAGE ll[_CC]] [DESTINATION dir] [INSTALL_DESTINATION dir])
 #
@@ -14,9 +16,7 @@
 # INSTALL_DESTINATION  Installs the bundles there.
 function(qzlog_add_catalog)
   cmake_parse_arguments(PARSE_ARGV 0 arg "" "TARGET;SOURCE_LANGUAGE;DESTINATION;INSTALL_DESTINATION" "SOURCES;PO")
-  _qzlog_check_catalog("${arg_TARGET}" "${arg_SOURCES}" "${arg_PO}" "${arg_UNPARSED_ARGUMENTS}"
-    "${arg_KEYWORDS_MISSING_VALUES}")
-
+  _qzlog_check_arguments(qzlog_add_catalog TARGET SOURCES PO)
   _qzlog_absolute_paths(sources ${arg_SOURCES})
   _qzlog_absolute_paths(translations ${arg_PO})
   if(NOT arg_DESTINATION)
@@ -37,39 +37,8 @@ function(qzlog_add_catalog)
     COMMENT "Building the message catalog: ${arg_DESTINATION}"
     VERBATIM)
 
-  if(TARGET ${arg_TARGET})
-    string(MD5 key "${folder}")
-    string(SUBSTRING ${key} 0 8 key)
-    add_custom_target(${arg_TARGET}_catalog_${key} DEPENDS "${folder}.stamp")
-    add_dependencies(${arg_TARGET} ${arg_TARGET}_catalog_${key})
-  else()
-    add_custom_target(${arg_TARGET} ALL DEPENDS "${folder}.stamp")
-  endif()
+  _qzlog_build_with_target(${arg_TARGET} catalog "${folder}" "${folder}.stamp")
   if(arg_INSTALL_DESTINATION)
     install(DIRECTORY "${folder}/" DESTINATION "${arg_INSTALL_DESTINATION}" FILES_MATCHING PATTERN "*.res")
   endif()
-endfunction()
-
-function(_qzlog_check_catalog target sources translations unknown without_value)
-  if(unknown)
-    message(FATAL_ERROR "qzlog_add_catalog: unknown arguments: ${unknown}")
-  endif()
-  if(without_value)
-    message(FATAL_ERROR "qzlog_add_catalog: without a value: ${without_value}")
-  endif()
-  if(NOT target OR NOT sources OR NOT translations)
-    message(FATAL_ERROR "qzlog_add_catalog: TARGET, SOURCES and PO are required")
-  endif()
-  if(NOT TARGET qzlog::command)
-    message(FATAL_ERROR "qzlog_add_catalog: this qzlog was built without its command")
-  endif()
-endfunction()
-
-function(_qzlog_absolute_paths variable)
-  set(paths "")
-  foreach(name IN LISTS ARGN)
-    get_filename_component(path "${name}" ABSOLUTE BASE_DIR "${CMAKE_CURRENT_SOURCE_DIR}")
-    list(APPEND paths "${path}")
-  endforeach()
-  set(${variable} "${paths}" PARENT_SCOPE)
 endfunction()

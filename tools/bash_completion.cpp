@@ -39,21 +39,23 @@ _qzlog_files() { # CURRENT SUFFIX...: folders, and files with one of the suffixe
 )";
 
 // What was typed is walked to find the command and the option whose value stands at the cursor. bash makes a word of
-// the
-// "=" between an option and its value. A word after an option is its value even if it is the "-" for a standard stream.
+// the "=" between an option and its value. A word after an option is its value even if it is the "-" for a standard
+// stream. Behind a value of an option that takes several, the next one or an argument of the command may follow.
 constexpr const char* kMain = R"(
 _qzlog() {
-  local current=${COMP_WORDS[COMP_CWORD]} command=qzlog option='' number=1 ended='' word i
-  local subcommands options valued several
+  local current=${COMP_WORDS[COMP_CWORD]} command=qzlog option='' further='' number=1 ended='' word i
+  local subcommands options valued several offered
   COMPREPLY=()
   _qzlog_command "$command"
   for ((i = 1; i < COMP_CWORD; ++i)); do
     word=${COMP_WORDS[i]}
     if [[ $option && $word != -?* ]]; then
-      if [[ $word != '=' && " $several " != *" $option "* ]]; then option=''; fi
+      if [[ $word == '=' ]]; then continue; fi
+      further=1
+      if [[ " $several " != *" $option "* ]]; then option=''; fi
       continue
     fi
-    option=''
+    option='' further=''
     if [[ $word == -- && ! $ended ]]; then
       ended=1
     elif [[ $word == -?* && ! $ended ]]; then
@@ -68,7 +70,10 @@ _qzlog() {
   if [[ $current == - && " $several " == *" $option "* ]]; then option=''; fi
   if [[ $option && $current != -?* ]]; then
     if [[ $current == '=' ]]; then current=''; fi
+    if [[ $further ]]; then _qzlog_value "$command $number" "$current"; fi
+    offered=("${COMPREPLY[@]}")
     _qzlog_value "$command $option" "$current"
+    COMPREPLY+=("${offered[@]}")
   elif [[ $current == -* && ! $ended ]]; then
     _qzlog_words "$options" "$current"
   elif [[ $subcommands ]]; then
@@ -103,7 +108,7 @@ void write_command(const CommandNode& command, std::ostringstream& out) {
   for (const CommandOption& option : command.options) {
     options.insert(options.end(), option.names.begin(), option.names.end());
     if (option.takes_value()) valued.insert(valued.end(), option.names.begin(), option.names.end());
-    if (option.repeatable) several.insert(several.end(), option.names.begin(), option.names.end());
+    if (option.several_values) several.insert(several.end(), option.names.begin(), option.names.end());
   }
   out << "    " << shell_quoted(command.name) << ")\n"
       << "      subcommands=" << shell_quoted(joined(subcommands, " ")) << "\n"

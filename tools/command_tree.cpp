@@ -50,6 +50,7 @@ CommandOption read_option(const CLI::Option& option) {
   result.default_value = option.get_default_str();
   result.required = option.get_required();
   result.repeatable = option.get_expected_max() > 1;
+  result.several_values = result.repeatable && option.get_allow_extra_args();
   result.needs = names_of(option.get_needs());
   result.excludes = names_of(option.get_excludes());
   return result;

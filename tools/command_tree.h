@@ -22,6 +22,7 @@ struct CommandOption {
   std::string default_value;
   bool required = false;
   bool repeatable = false;
+  bool several_values = false;        ///< each time that it is given
   std::vector<std::string> needs;     ///< names of other options
   std::vector<std::string> excludes;  ///< names of other options
 

@@ -21,6 +21,16 @@ function __qzlog_at --description 'Whether the words before the cursor are those
     test "$command" = "$argv"
 end
 
+function __qzlog_after --description 'Whether the last option before the cursor is one of these'
+    for word in (commandline -opc)[-1..1]
+        if string match --quiet --regex -- '^-.' $word
+            contains -- (string replace --regex -- '=.*' '' $word) $argv
+            return
+        end
+    end
+    return 1
+end
+
 function __qzlog_files --description 'Folders, and files with one of the suffixes'
     set -l suffixes (string escape --style=regex -- $argv | string join '|')
     set -l current (commandline -ct | string replace --regex -- '^--[^=]*=' '')
@@ -59,12 +69,23 @@ void write_option(const CommandNode& command, const CommandOption& option, std::
   out << " -d " << quoted(option.description) << '\n';
 }
 
+/// What follows the first value, which fish takes for an argument of the command.
+void write_further_values(const CommandNode& command, const CommandOption& option, std::ostringstream& out) {
+  const std::string arguments = value_arguments(option.value);
+  if (!option.several_values || arguments.empty()) return;
+  const std::string condition = "__qzlog_at " + command.name + "; and __qzlog_after " + joined(option.names, " ");
+  out << "complete -c qzlog -n " << quoted(condition) << arguments << '\n';
+}
+
 void write_command(const CommandNode& command, std::ostringstream& out) {
   out << "\n# " << command.name << '\n';
   for (const CommandNode& subcommand : command.subcommands) {
     out << begin(command) << " -a " << subcommand.last_name() << " -d " << quoted(subcommand.description) << '\n';
   }
-  for (const CommandOption& option : command.options) write_option(command, option, out);
+  for (const CommandOption& option : command.options) {
+    write_option(command, option, out);
+    write_further_values(command, option, out);
+  }
   for (const CommandOption& positional : command.positionals) {
     const std::string arguments = value_arguments(positional.value);
     if (!arguments.empty()) out << begin(command) << arguments << '\n';

@@ -9,7 +9,28 @@ namespace qzlog_tool {
 
 namespace {
 
-constexpr const char* kBegin = "#compdef qzlog\n# Completion of qzlog for zsh.\n";
+constexpr const char* kBegin = R"(#compdef qzlog
+# Completion of qzlog for zsh.
+
+# Where the last option before the cursor is one of these, takes all its values but the first from the line: _arguments
+# knows of a first value and of one more. Before a "--", which would pass for one more, the option goes as well.
+_qzlog_one_value() { # OPTION...
+  local -i end=${words[(ie)--]}
+  if ((end > CURRENT)); then end=CURRENT; fi
+  local -i first=end-1
+  while ((first > 1)) && [[ $words[first] != -?* ]]; do ((--first)); done
+  ((${argv[(Ie)${words[first]%%=*}]})) || return
+  if ((end == CURRENT)); then
+    if [[ $words[first] != *=* ]]; then ((++first)); fi
+    ((++first))
+  fi
+  if ((first < end)); then
+    words[first,end-1]=()
+    ((CURRENT -= end - first))
+    compstate[restore]=  # else both are as before once this function returns
+  fi
+}
+)";
 constexpr const char* kEnd = R"(
 # Completes when it is autoloaded, and registers itself when it is sourced.
 if [[ $funcstack[1] == _qzlog ]]; then
@@ -57,6 +78,7 @@ void write_option(const CommandOption& option, std::ostringstream& out) {
     if (option.takes_value()) spec += name.rfind("--", 0) == 0 ? "=" : "+";
     spec += "[" + with_backslashes(option.description, "[]\\") + "]";
     if (option.takes_value()) spec += value_spec(option);
+    if (option.several_values) spec += ":" + value_spec(option);  // one more, or what else can stand there
     out << " \\\n    " << shell_quoted(spec);
   }
 }
@@ -69,6 +91,14 @@ void write_arguments(const CommandNode& command, std::ostringstream& out) {
     const std::string place = positional.repeatable ? "*" : std::to_string(number);
     out << " \\\n    " << shell_quoted(place + (positional.required ? "" : ":") + value_spec(positional));
   }
+}
+
+void write_several_values(const CommandNode& command, std::ostringstream& out) {
+  std::vector<std::string> names;
+  for (const CommandOption& option : command.options) {
+    if (option.several_values) names.insert(names.end(), option.names.begin(), option.names.end());
+  }
+  if (!names.empty()) out << "  _qzlog_one_value " << joined(names, " ") << '\n';
 }
 
 void write_subcommands(const CommandNode& command, std::ostringstream& out) {
@@ -86,6 +116,7 @@ void write_subcommands(const CommandNode& command, std::ostringstream& out) {
 void write_function(const CommandNode& command, std::ostringstream& out) {
   out << '\n' << function_name(command) << "() {\n";
   if (command.subcommands.empty()) {
+    write_several_values(command, out);
     out << "  _arguments -s -S";
     write_arguments(command, out);
     out << "\n}\n";

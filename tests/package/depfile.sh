@@ -4,15 +4,12 @@
 set -euo pipefail
 
 generator=$1 prefix=$2 work=$3
+# shellcheck source=tests/package/small_project.sh
+source "$(dirname "$0")/small_project.sh"
 readonly qzlog=$prefix/bin/qzlog
 # shellcheck disable=SC2016 # a dollar sign in a file's name
 readonly BASE='a b#c$d:e.yaml'
 readonly SITE='si te.yaml'
-
-fail() {
-  printf '%s\n' "$@"
-  exit 1
-}
 
 write_sources() {
   printf 'version: "1.0"\nentries:\n  - {id: 1, name: A, message: "text"}\n' >"$BASE"
@@ -40,12 +37,6 @@ expect() {
   esac
 }
 
-# change OUTPUT SOURCE: a source that is newer than what was made of it, whatever the file system's clock can tell apart.
-change() {
-  touch -d '-1 minute' "$1"
-  touch "$2"
-}
-
 rm -rf "$work"
 mkdir -p "$work"
 cd "$work"
@@ -54,7 +45,7 @@ touch -d '-1 hour' ./*.yaml
 write_build_file
 expect work "at first"
 expect rest "nothing changed"
-change out.ldf "$BASE"
+change "$BASE" out.ldf
 expect work "the standard source changed"
 expect rest "nothing changed any more"
 
@@ -78,6 +69,6 @@ cmake -S . -B cmake -G "$generator" >cmake.log || fail "$(<cmake.log)"
 build() { cmake --build cmake; }
 expect work "CMake, at first"
 expect rest "CMake, nothing changed"
-change cmake/out.ldf 'extra more.yaml'
+change 'extra more.yaml' cmake/out.ldf
 expect work "CMake, the merged source changed"
 expect rest "CMake, nothing changed any more"

@@ -17,7 +17,7 @@ class BashCompletion : public qzlog_test::CompletionFixture {
   std::string complete(const std::string& words) const {
     return output_of(
         "bash -c 'source \"$1\"; shift; COMP_WORDS=(\"$@\"); COMP_CWORD=$(($# - 1)); _qzlog && "
-        "printf \"%s\\n\" \"${COMPREPLY[@]}\" | sort | paste -s -d \" \"' bash \"$DOCS/bash/qzlog\" " +
+        "printf \"%s\\n\" \"${COMPREPLY[@]}\" | sort -u | paste -s -d \" \"' bash \"$DOCS/bash/qzlog\" " +
         words);
   }
 };
@@ -56,7 +56,13 @@ TEST_F(BashCompletion, LinesOfWords_GetWhatFits) {
       {"qzlog count show --ch", "--chart"},
       {"qzlog compile -o - ''", "events.yaml more"},
       {"qzlog catalog extract --update ''", "de.po more"},
-      {"qzlog catalog extract --update de.po d", "de.po"},
+      {"qzlog catalog extract --update de.po fr.po d", "de.po"},
+      {"qzlog catalog extract --update = de.po d", "de.po"},
+      {"qzlog catalog extract --update de.po e", "events.yaml"},
+      {"qzlog catalog extract --update de.po -- ''", "events.yaml more"},
+      {"qzlog catalog build --po d", "de.po disks.cnt"},
+      {"qzlog catalog build --po de.po d", "de.po disks.cnt"},
+      {"qzlog diff --aux events.yaml g", ""},
       {"qzlog catalog extract --update de.po -", "--help --output --update -h -o"},
       {"qzlog catalog extract --update de.po -o out.pot ''", "events.yaml more"},
       {"qzlog catalog extract one.yaml two.yaml ''", "events.yaml more"},

@@ -48,6 +48,7 @@ TEST_F(CommandTree, Options_TellTheirNamesAndValues) {
   EXPECT_EQ(root.options[1].default_value, "both");
   EXPECT_TRUE(root.options[1].required);
   EXPECT_FALSE(root.options[1].repeatable);
+  EXPECT_FALSE(root.options[1].several_values);
   EXPECT_EQ(root.options[2].names, Names{"--json"});
   EXPECT_FALSE(root.options[2].takes_value());
   EXPECT_FALSE(root.options[2].required);
@@ -85,6 +86,16 @@ TEST_F(CommandTree, OptionsThatDependOnOthers_NameThemSorted) {
   const CommandNode root = qzlog_tool::read_command_tree(app_);
   EXPECT_EQ(root.options.at(1).needs, Names{"--to"});
   EXPECT_EQ(root.options.at(3).excludes, (Names{"--from", "--to"}));
+}
+
+TEST_F(CommandTree, OptionsThatAreGivenMoreThanOnce_TellWhetherEachTimeWithSeveralValues) {
+  app_.add_option("--po", texts_);
+  app_.add_option("--aux", texts_)->allow_extra_args(false);
+  const CommandNode root = qzlog_tool::read_command_tree(app_);
+  EXPECT_TRUE(root.options.at(1).repeatable);
+  EXPECT_TRUE(root.options.at(1).several_values);
+  EXPECT_TRUE(root.options.at(2).repeatable);
+  EXPECT_FALSE(root.options.at(2).several_values);
 }
 
 TEST_F(CommandTree, HiddenOptions_AreLeftOut) {

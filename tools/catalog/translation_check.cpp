@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "tools/catalog/template_check.h"
+#include "tools/catalog/template_syntax.h"
 #include "tools/compiler/message_lowering.h"
 #include "tools/compiler/stored_template.h"
 #include "tools/compiler/utf8_text.h"
@@ -115,9 +115,9 @@ bool report_text(const std::vector<MessageFinding>& found, const std::string& fi
 }
 
 /// A template may end in lost text only where the source's does.
-bool check_template(std::string_view source, std::string_view stored, const std::string& file, std::size_t line,
-                    CatalogFindings& findings) {
-  std::string failure = template_failure(stored);
+bool can_be_shown(std::string_view source, std::string_view stored, const std::string& file, std::size_t line,
+                  CatalogFindings& findings) {
+  std::string failure = template_syntax_failure(stored);
   if (failure.empty() && loses_its_end(stored) && !loses_its_end(source)) {
     failure = "what stands behind its last reference is not shown; end it with %_%TIMESTAMP%";
   }
@@ -137,7 +137,7 @@ std::optional<std::string> lower_translation(const CatalogMessage& message, std:
         translation, [&](std::string_view name) { return scope.find(name); }, MessagePath::kIcu);
     if (!report_text(lowered.findings, file, line, findings)) return std::nullopt;
     stored = std::move(lowered.stored);
-  } else if (!check_template(message.text->stored, stored, file, line, findings)) {
+  } else if (!can_be_shown(message.text->stored, stored, file, line, findings)) {
     return std::nullopt;
   }
   ReferenceCheck check(message.text->raw, file, line, findings);

@@ -1,11 +1,10 @@
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <string>
 
 #include "tests/tools/compiler/golden_case.h"
-#include "tests/tools/temporary_folder.h"
+#include "tests/tools/golden_run.h"
 #include "tools/compiler/diagnostics.h"
 
 namespace {
@@ -16,24 +15,14 @@ const fs::path kCases = QZLOG_GOLDEN_CASES;
 
 class Golden : public ::testing::TestWithParam<fs::path> {};
 
-/// QZLOG_REWRITE_GOLDEN=1 writes what the command gives now into the cases; look at the difference before keeping it.
-TEST_P(Golden, Command_GivesTheResultOfTheCase) {
-  const golden::Case golden_case = golden::read_case(GetParam());
-  const qzlog_test::TemporaryFolder folder;
-  const std::string result = golden::run_case(golden_case, folder.path());
-  if (std::getenv("QZLOG_REWRITE_GOLDEN") != nullptr) golden::rewrite_case(GetParam(), golden_case, result);
-  EXPECT_EQ(result, golden::read_case(GetParam()).result);
-}
+TEST_P(Golden, Command_GivesTheResultOfTheCase) { golden::expect_golden_result(GetParam()); }
 
-INSTANTIATE_TEST_SUITE_P(Compile, Golden, ::testing::ValuesIn(golden::cases_in(kCases)),
-                         [](const auto& row) { return golden::test_name(row.param); });
+INSTANTIATE_TEST_SUITE_P(Compile, Golden, ::testing::ValuesIn(golden::cases_in(kCases)), golden::row_name);
 
 TEST(GoldenCases, EveryRule_HasOne) {
-  std::string results;
-  for (const fs::path& path : golden::cases_in(kCases)) results += golden::read_case(path).result;
+  const std::string results = golden::results_in(kCases);
   for (const qzlog_compiler::RuleInfo& rule : qzlog_compiler::all_rules()) {
-    const bool shown = results.find("[" + std::string(rule.name) + "]\n") != std::string::npos;
-    EXPECT_TRUE(shown) << "no golden case for " << rule.name;
+    EXPECT_TRUE(golden::is_shown(rule.name, results)) << "no golden case for " << rule.name;
   }
 }
 

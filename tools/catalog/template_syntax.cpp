@@ -1,4 +1,4 @@
-#include "tools/catalog/template_check.h"
+#include "tools/catalog/template_syntax.h"
 
 #include <unicode/locid.h>
 #include <unicode/msgfmt.h>
@@ -30,7 +30,7 @@ std::string pattern_of(const StoredTemplate& stored) {
 
 }  // namespace
 
-std::string template_failure(std::string_view stored) {
+std::string template_syntax_failure(std::string_view stored) {
   const StoredTemplate parts = qzlog_compiler::cut_template(stored, TemplateForm::kIcu);
   if (!parts.failure.empty()) return parts.failure;
   UErrorCode status = U_ZERO_ERROR;

@@ -1,4 +1,4 @@
-#include "tools/catalog/template_check.h"
+#include "tools/catalog/template_syntax.h"
 
 #include <gtest/gtest.h>
 
@@ -7,19 +7,19 @@
 namespace qzlog_catalog {
 namespace {
 
-TEST(TemplateFailure, TemplatesThatCanBeShown_HaveNone) {
+TEST(TemplateSyntaxFailure, TemplatesThatCanBeShown_HaveNone) {
   for (const std::string stored :
        {"", "text", "%s%A% text%_%TIMESTAMP%", "'{'%s%A%'}'", "it's %s%A%", "%%", "%s%A% %d%B%", "}%s%A%"}) {
-    EXPECT_EQ(template_failure(stored), "") << stored;
+    EXPECT_EQ(template_syntax_failure(stored), "") << stored;
   }
 }
 
-TEST(TemplateFailure, BracesAndBrokenReferences_AreFailures) {
+TEST(TemplateSyntaxFailure, BracesAndBrokenReferences_AreFailures) {
   const std::string refused = "ICU refuses its text; a literal brace is written in apostrophes, '{'";
-  EXPECT_EQ(template_failure("{%s%A%"), refused);
-  EXPECT_EQ(template_failure("{}%s%A%"), refused);
-  EXPECT_EQ(template_failure("{x}%s%A% {0, nonsense"), "");  // the end is never read
-  EXPECT_EQ(template_failure("%s%%"), "the format 's' has no attribute behind it");
+  EXPECT_EQ(template_syntax_failure("{%s%A%"), refused);
+  EXPECT_EQ(template_syntax_failure("{}%s%A%"), refused);
+  EXPECT_EQ(template_syntax_failure("{x}%s%A% {0, nonsense"), "");  // the end is never read
+  EXPECT_EQ(template_syntax_failure("%s%%"), "the format 's' has no attribute behind it");
 }
 
 TEST(LosesItsEnd, TextBehindTheLastPercentSign_IsLost) {
