@@ -154,19 +154,26 @@ const _qz_LOG_log_definition_file_info_holder* _qz_LOG_entry_index::find(unsigne
 }
 
 void _qz_LOG_entry_index::put(unsigned int entry_id, const _qz_LOG_log_definition_file_info_holder& place) {
-  slots[_qz_LOG_entry_index::_get_slot_index(entry_id)].add_entry(entry_id, place);
+  Slot& slot = slots[_qz_LOG_entry_index::_get_slot_index(entry_id)];
+  const auto* const newest = slot.head;
+  slot.add_entry(entry_id, place);
+  if (slot.head != newest) ++count_;  // a known ID keeps its node
 }
 
 void _qz_LOG_entry_index::reserve(unsigned additional) {
   using Walker = qz_MISC_hash_tbl_walker<unsigned int, _qz_LOG_log_definition_file_info_holder>;
-  unsigned long long wanted = additional;
-  for (Walker walker(*this); walker._next_key() != nullptr;) ++wanted;
+  const unsigned long long wanted = 0ULL + count_ + additional;
   if (wanted <= size) return;
   _qz_LOG_entry_index larger(static_cast<unsigned>(std::min(wanted, kMostBuckets)));
   Walker walker(*this);
   while (const auto* const node = walker._next_key()) larger.put(node->key, node->value);
   std::swap(slots, larger.slots);
   std::swap(size, larger.size);
+}
+
+void _qz_LOG_entry_index::clear() {
+  qz_MISC_hash_tbl::clear();
+  count_ = 0;
 }
 
 _qz_LOG_log_definition_tbl::_qz_LOG_log_definition_tbl() : index_(kIndexSize), lock_(nullptr) {}

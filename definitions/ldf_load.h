@@ -34,6 +34,10 @@ class _qz_LOG_entry_index : public qz_MISC_hash_tbl<unsigned int, _qz_LOG_log_de
   void put(unsigned int entry_id, const _qz_LOG_log_definition_file_info_holder& place);
   /// Makes room for so many IDs beyond those that it has. QZX_memory_alloc, with nothing changed, without memory.
   void reserve(unsigned additional);
+  void clear();
+
+ private:
+  unsigned count_ = 0;
 };
 
 /// The process's one store of definitions: an index from entry ID to file and offset, and a ring of the last 128

@@ -50,10 +50,8 @@ const std::string& DefinitionPair::version_of(std::uint32_t id) const {
 std::optional<EntryDefinition> DefinitionPair::find_entry(std::uint32_t id) const {
   const EntryDefinition* const standard = find_standard(id);
   const EntryDefinition* const auxiliary = find_auxiliary(id);
-  if (standard == nullptr) return auxiliary != nullptr ? std::optional(*auxiliary) : std::nullopt;
-  EntryDefinition entry = *standard;
-  if (auxiliary != nullptr) qzlog_compiler::extend_entry(entry, *auxiliary);
-  return entry;
+  if (auxiliary != nullptr) return qzlog_compiler::merge_entry(standard, *auxiliary);
+  return standard != nullptr ? std::optional(*standard) : std::nullopt;
 }
 
 qzlog_compiler::AttributeLookup attributes_of(const EntryDefinition& entry, const DefinitionPair& definitions) {

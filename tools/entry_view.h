@@ -28,7 +28,7 @@ class DefinitionPair {
   const qzlog_compiler::AttributeDefinition* find_global(std::string_view name) const;
   const std::string& version_of(std::uint32_t id) const;
 
-  /// The entry of both files merged; none when neither has it.
+  /// The entry as the library has it with both files loaded; none when neither has it.
   std::optional<qzlog_compiler::EntryDefinition> find_entry(std::uint32_t id) const;
 
  private:

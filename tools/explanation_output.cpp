@@ -58,9 +58,9 @@ void print_attributes(std::ostream& out, const char* title, const std::vector<At
 }
 
 std::string title_of(const ExplainedMessage& message, const EntryDefinition& entry) {
-  const std::string key = printable(message.key);
-  if (!message.index) return "Message " + key;
-  std::string title = "Message " + key + ", index " + std::to_string(*message.index);
+  std::string title = message.key.empty() ? "Message without a catalog key" : "Message " + printable(message.key);
+  if (!message.index) return title;
+  title += ", index " + std::to_string(*message.index);
   if (qzlog_compiler::selector_attribute(entry) == nullptr) return title;
   return title + ", for " + printable(entry.selector.attribute) + " = " + std::to_string(*message.value);
 }

@@ -61,8 +61,8 @@ void look_up_entries(const std::vector<EntryMapPair>& pairs, std::set<std::uint3
   }
 }
 
-/// An auxiliary file that is loaded part by part: pairs that nothing can be wrong with while it is loaded come first,
-/// then those of entries that are known already and are merged, each alone.
+/// An auxiliary file that is loaded part by part: its global attributes and the pairs that nothing can be wrong with
+/// while it is loaded come first, then the pairs of entries that are known already and are merged, each alone.
 class DividedFile {
  public:
   DividedFile(const std::string& bytes, const std::set<std::uint32_t>& standard_ids)
@@ -71,7 +71,10 @@ class DividedFile {
         file_(with_map(bytes)) {}
 
   const std::vector<EntryMapPair>& merged() const { return merged_; }
-  void load_new_entries() { load(map_offset_, new_.size()); }
+  void load_new_entries() {
+    load(map_offset_, new_.size());
+    qzlog_compiler::leave_out_globals(header_);
+  }
   void load_merged(std::size_t i) { load(map_offset_ + (new_.size() + i) * qzlog_compiler::ldf::kMapPairSize, 1); }
 
  private:

@@ -12,6 +12,7 @@
 #include "tools/compiler/entry_map.h"
 #include "tools/compiler/ldf_format.h"
 #include "tools/compiler/ldf_reader.h"
+#include "tools/compiler/model_merge.h"
 #include "tools/compiler/model_warnings.h"
 #include "tools/compiler/scalar_values.h"
 #include "tools/compiler/utf8_text.h"
@@ -132,6 +133,7 @@ class EntryCheck {
   EntryCheck(const EntryDefinition& entry, const DefinitionPair& definitions, bool is_auxiliary, MessagePath path,
              CheckReport& report)
       : entry_(entry),
+        is_auxiliary_(is_auxiliary),
         standard_(is_auxiliary ? definitions.find_standard(entry.id) : nullptr),
         merged_(*definitions.find_entry(entry.id)),
         definitions_(definitions),
@@ -216,7 +218,7 @@ class EntryCheck {
   void check_messages() {
     MessageCheck messages(merged_, definitions_, path_, report_);
     report_.about_entry(entry_.id);
-    messages.check(entry_.message);
+    if (!is_auxiliary_ || qzlog_compiler::gives_message(entry_)) messages.check(entry_.message);
     for (const SelectorMessage& message : entry_.selector.messages) {
       report_.about_entry(entry_.id, of_selector_message(message));
       messages.check(message.message);
@@ -224,6 +226,7 @@ class EntryCheck {
   }
 
   const EntryDefinition& entry_;
+  bool is_auxiliary_;
   const EntryDefinition* standard_;
   const EntryDefinition merged_;
   const DefinitionPair& definitions_;

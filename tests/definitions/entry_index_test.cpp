@@ -148,7 +148,11 @@ TEST_F(EntryIndex, RandomIds_AsAMap) {
   std::map<unsigned, unsigned> model;
   for (unsigned i = 0; i < 30000; ++i) {
     const auto id = static_cast<unsigned>(random.one_in(2) ? random.between(0, 2000) : random.between(0, 0xFFFFFFFF));
-    if (random.one_in(500)) index_.reserve(static_cast<unsigned>(random.between(0, 3000)));
+    if (random.one_in(500)) {
+      const auto additional = static_cast<unsigned>(random.between(0, 3000));
+      index_.reserve(additional);
+      ASSERT_GE(index_.size, model.size() + additional);
+    }
     if (random.one_in(3)) {
       index_.put(id, {false, i});
       model[id] = i;

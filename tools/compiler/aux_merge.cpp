@@ -43,6 +43,15 @@ class MergeReport {
   Diagnostics& diagnostics_;
 };
 
+/// Of the text, else of the catalog key; unknown where an entry gives neither.
+SourcePosition message_position(const EntryDefinition& entry) {
+  return entry.message.position.known() ? entry.message.position : entry.message_id_position;
+}
+
+bool has_key(const EntryDefinition& entry) { return !entry.message_id.empty(); }
+/// A text that cannot be stored is an error of its own.
+bool has_text(const EntryDefinition& entry) { return !entry.message.written.empty(); }
+
 /// One auxiliary entry against the standard entry that it extends.
 class EntryMerge {
  private:
@@ -141,14 +150,12 @@ class EntryMerge {
         .with_hint("leave the mask out here");
   }
 
-  /// Only an ID and a text together replace the standard message.
   void check_message() {
-    const bool given = aux_.message.position.known();
-    if (!given && !aux_.message_id_position.known()) return;
-    if (!aux_.message_id.empty() && !aux_.message.written.empty()) return;
+    const SourcePosition position = message_position(aux_);
+    if (!position.known() || (has_key(aux_) && has_text(aux_))) return;
     report_
-        .warning(given ? aux_.message.position : aux_.message_id_position, Rule::kAuxMessageIgnored,
-                 "the entry keeps the message of the standard definitions", standard_.message.position)
+        .warning(position, Rule::kAuxMessageIgnored, "the entry keeps the message of the standard definitions",
+                 standard_.message.position)
         .with_hint("only a text and a catalog key together, neither of them empty, replace it");
   }
 
@@ -181,6 +188,14 @@ void check_new_name(const EntryDefinition& aux, const ModelIndex& standard, Merg
       namesake->name_position);
 }
 
+/// Of an entry that the standard definitions lack, nothing of the message is kept when half of it is missing.
+void check_new_message(const EntryDefinition& aux, MergeReport& report) {
+  const SourcePosition position = message_position(aux);
+  if (!position.known() || has_key(aux) == has_text(aux)) return;
+  report.warning(position, Rule::kAuxMessageIgnored, "the entry has no message")
+      .with_hint("only a text and a catalog key together, neither of them empty, make one in an auxiliary file");
+}
+
 }  // namespace
 
 void check_aux_merge(const DefinitionModel& aux, const ModelIndex& standard, const std::string& standard_file,
@@ -190,7 +205,11 @@ void check_aux_merge(const DefinitionModel& aux, const ModelIndex& standard, con
   for (const EntryDefinition& entry : aux.entries) {
     check_new_name(entry, standard, report);
     const EntryDefinition* const extended = standard.find_entry(entry.id);
-    if (extended != nullptr) EntryMerge(entry, *extended, report).check();
+    if (extended == nullptr) {
+      check_new_message(entry, report);
+    } else {
+      EntryMerge(entry, *extended, report).check();
+    }
   }
 }
 

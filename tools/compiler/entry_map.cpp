@@ -49,4 +49,6 @@ void set_entry_map(std::string& bytes, std::size_t offset, std::size_t count) {
   put_int4(bytes, ldf::kEntryMapOffsetOffset, static_cast<std::uint32_t>(offset));
 }
 
+void leave_out_globals(std::string& bytes) { put_int4(bytes, ldf::kGlobalCountOffset, 0); }
+
 }  // namespace qzlog_compiler

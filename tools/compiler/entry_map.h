@@ -24,6 +24,9 @@ std::size_t append_map_pairs(std::string& bytes, const std::vector<EntryMapPair>
 /// Changes the header of a compiled file so that its entry map is `count` pairs from `offset` on.
 void set_entry_map(std::string& bytes, std::size_t offset, std::size_t count);
 
+/// Changes the header of a compiled file so that it has no global attributes.
+void leave_out_globals(std::string& bytes);
+
 }  // namespace qzlog_compiler
 
 #endif  // QZLOG_TOOLS_COMPILER_ENTRY_MAP_H

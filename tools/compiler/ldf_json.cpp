@@ -1,10 +1,10 @@
 #include "tools/compiler/ldf_json.h"
 
-#include <nlohmann/json.hpp>
 #include <ostream>
 #include <string>
 
 #include "tools/compiler/attribute_type.h"
+#include "tools/compiler/json_stream.h"
 #include "tools/compiler/ldf_format.h"
 #include "tools/compiler/ldf_text.h"
 #include "tools/compiler/utf8_text.h"
@@ -12,118 +12,142 @@
 namespace qzlog_compiler {
 namespace {
 
-using Json = nlohmann::ordered_json;
-
-std::string line_of(const Json& json) { return json.dump(-1, ' ', false, Json::error_handler_t::replace); }
-
-void add_text(Json& json, const std::string& key, std::string_view text, std::string_view stored, bool regular) {
-  json[key] = text;
-  if (!regular || !is_utf8(text)) json[key + "_hex"] = hexadecimal_bytes(stored);
+void add_text(JsonObjectStream& json, const std::string& key, std::string_view text, std::string_view stored,
+              bool regular) {
+  json.text(key, text);
+  if (!regular || !is_utf8(text)) json.hexadecimal(key + "_hex", stored);
 }
 
 /// Leaves out a text that a damage has cut.
-void add_text(Json& json, const std::string& key, const LdfText& text) {
+void add_text(JsonObjectStream& json, const std::string& key, const LdfText& text) {
   if (text.whole) add_text(json, key, text.text(), text.stored, text.is_regular());
 }
 
-Json damage_json(const LdfDamage& damage) {
-  Json json = {{"offset", damage.offset}, {"reason", damage.reason}};
-  if (!damage.detail.empty()) json["detail"] = damage.detail;
-  return json;
+void write_damage(const LdfDamage& damage, std::ostream& out) {
+  JsonObjectStream json(out);
+  json.number("offset", damage.offset);
+  json.text("reason", damage.reason);
+  if (!damage.detail.empty()) json.text("detail", damage.detail);
+  json.end();
 }
 
-Json header_json(const LdfSurvey& survey) {
-  const LdfHeader& header = survey.header();
-  Json json = {{"format_bytes", hexadecimal_bytes(header.format_bytes)}};
+void write_header(const LdfHeader& header, std::ostream& out) {
+  JsonObjectStream json(out);
+  json.hexadecimal("format_bytes", header.format_bytes);
   const std::string_view tag = header.version_tag;
   const bool regular = tag.find_first_not_of('\0', header.version().size()) == std::string_view::npos;
   add_text(json, "version", header.version(), tag, regular);
-  json["global_count"] = header.global_count;
-  json["global_offset"] = header.global_offset;
-  json["entry_count"] = header.entry_count;
-  json["entry_map_offset"] = header.entry_map_offset;
-  return json;
+  json.number("global_count", header.global_count);
+  json.number("global_offset", header.global_offset);
+  json.number("entry_count", header.entry_count);
+  json.number("entry_map_offset", header.entry_map_offset);
+  json.end();
 }
 
-Json attribute_json(const LdfAttributeRecord& attribute) {
-  const auto type = static_cast<qz_AttributeType>(attribute.type_code & ldf::kTypeCodeMask);
-  Json json = {{"offset", attribute.offset}};
+void write_attribute(const LdfAttributeRecord& attribute, std::ostream& out) {
+  JsonObjectStream json(out);
+  json.number("offset", attribute.offset);
   add_text(json, "name", attribute.name);
-  json["type"] = short_type_name(type);
-  json["type_code"] = attribute.type_code;
+  json.text("type", short_type_name(static_cast<qz_AttributeType>(attribute.type_code & ldf::kTypeCodeMask)));
+  json.number("type_code", attribute.type_code);
   add_text(json, "redirect", attribute.redirect);
-  return json;
+  json.end();
 }
 
-Json pair_json(const LdfSurvey& survey, std::size_t index) {
+void write_pair(const LdfSurvey& survey, std::size_t index, std::ostream& out) {
   const LdfSurveyedPair& pair = survey.pairs()[index];
-  Json json = {{"offset", survey.pair_offset(index)}, {"id", pair.id}, {"record_offset", pair.record_offset}};
-  if (pair.replaced) json["replaced"] = true;
-  return json;
+  JsonObjectStream json(out);
+  json.number("offset", survey.pair_offset(index));
+  json.number("id", pair.id);
+  json.number("record_offset", pair.record_offset);
+  if (pair.replaced) json.member("replaced") << "true";
+  json.end();
 }
 
-Json selector_message_json(const LdfSelectorRecord& message) {
-  Json json = {{"offset", message.offset}, {"index", message.index}, {"value", message.value}};
+void write_selector_message(const LdfSelectorRecord& message, std::ostream& out) {
+  JsonObjectStream json(out);
+  json.number("offset", message.offset);
+  json.number("index", message.index);
+  json.number("value", message.value);
   add_text(json, "message_id", message.id);
   add_text(json, "message", message.text);
-  return json;
+  json.end();
 }
 
-Json entry_json(const LdfSurvey& survey, const LdfSurveyedPair& pair) {
-  const LdfEntryRecord record = survey.entry(pair);
-  Json json = {{"offset", record.offset}, {"size", record.size}, {"id", pair.id}};
-  if (pair.wrong_id) json["stored_id"] = record.id;
-  if (pair.replaced) json["replaced"] = true;
-  if (record.has_numbers()) {
-    json["word"] = record.word;
-    json["mask"] = record.mask;
-  }
-  add_text(json, "message_id", record.message_id);
-  add_text(json, "message", record.message);
-  add_text(json, "selector", record.selector);
-  json["attributes"] = Json::array();
-  for (const LdfAttributeRecord& attribute : record.attributes) {
-    json["attributes"].push_back(attribute_json(attribute));
-  }
-  json["selector_messages"] = Json::array();
-  for (const LdfSelectorRecord& message : record.selector_messages) {
-    json["selector_messages"].push_back(selector_message_json(message));
-  }
-  if (const auto damage = survey.damage_of(pair, record)) json["damage"] = damage_json(*damage);
-  return json;
-}
+/// The record is read once for what it is and once for each of its lists, so that memory holds none of them.
+class EntryWriter {
+ public:
+  EntryWriter(const LdfSurvey& survey, const LdfSurveyedPair& pair, std::ostream& out)
+      : survey_(survey), pair_(pair), record_(survey.read_entry(pair)), json_(out) {}
 
-/// Writes `"NAME": [...]` with one line for each of the `count` items; an item without a value is left out.
-template <class Item>
-void write_list(const char* name, std::size_t count, Item item, const char* end, std::ostream& out) {
-  out << "  \"" << name << "\": [";
-  const char* separator = "\n";
-  for (std::size_t i = 0; i < count; ++i) {
-    const Json json = item(i);
-    if (json.is_null()) continue;
-    out << separator << "    " << line_of(json);
-    separator = ",\n";
+  void write() {
+    write_fixed_part();
+    JsonListStream attributes(json_.member("attributes"));
+    survey_.read_entry(pair_, {[&](const auto& item) { write_attribute(item, attributes.item()); }, {}});
+    attributes.end();
+    JsonListStream messages(json_.member("selector_messages"));
+    survey_.read_entry(pair_, {{}, [&](const auto& item) { write_selector_message(item, messages.item()); }});
+    messages.end();
+    if (const auto damage = survey_.damage_of(pair_, record_)) write_damage(*damage, json_.member("damage"));
+    json_.end();
   }
-  out << (*separator == ',' ? "\n  ]" : "]") << end;
+
+ private:
+  void write_fixed_part() {
+    json_.number("offset", record_.offset);
+    json_.number("size", record_.size);
+    json_.number("id", pair_.id);
+    if (pair_.wrong_id) json_.number("stored_id", record_.id);
+    if (pair_.replaced) json_.member("replaced") << "true";
+    if (record_.has_numbers()) {
+      json_.number("word", record_.word);
+      json_.number("mask", record_.mask);
+    }
+    add_text(json_, "message_id", record_.message_id);
+    add_text(json_, "message", record_.message);
+    add_text(json_, "selector", record_.selector);
+  }
+
+  const LdfSurvey& survey_;
+  const LdfSurveyedPair& pair_;
+  const LdfEntryRecord record_;
+  JsonObjectStream json_;
+};
+
+/// Writes `"NAME": [...]` with one line for each item.
+template <class WriteItems>
+void write_list(const char* name, WriteItems write_items, std::ostream& out) {
+  out << "  \"" << name << "\": ";
+  JsonListStream list(out, "\n    ");
+  write_items(list);
+  list.end("\n  ");
+  out << ",\n";
 }
 
 }  // namespace
 
 void write_json(const LdfSurvey& survey, std::ostream& out) {
-  out << "{\n  \"file_size\": " << survey.bytes().size() << ",\n  \"header\": " << line_of(header_json(survey))
-      << ",\n";
-  write_list(
-      "globals", survey.globals().size(), [&](std::size_t i) { return attribute_json(survey.globals()[i]); }, ",\n",
-      out);
-  write_list(
-      "entry_map", survey.pairs().size(), [&](std::size_t i) { return pair_json(survey, i); }, ",\n", out);
-  const auto entry = [&](std::size_t i) {
-    const LdfSurveyedPair& pair = survey.pairs()[i];
-    return pair.unread || pair.shared ? Json() : entry_json(survey, pair);
+  out << "{\n  \"file_size\": " << survey.bytes().size() << ",\n  \"header\": ";
+  write_header(survey.header(), out);
+  out << ",\n";
+  const auto globals = [&](JsonListStream& list) {
+    survey.read_globals([&](const LdfAttributeRecord& global) { write_attribute(global, list.item()); });
   };
-  write_list("entries", survey.pairs().size(), entry, ",\n", out);
-  write_list(
-      "damages", survey.damages().size(), [&](std::size_t i) { return damage_json(survey.damages()[i]); }, ",\n", out);
+  const auto pairs = [&](JsonListStream& list) {
+    for (std::size_t i = 0; i < survey.pairs().size(); ++i) write_pair(survey, i, list.item());
+  };
+  const auto entries = [&](JsonListStream& list) {
+    for (const LdfSurveyedPair& pair : survey.pairs()) {
+      if (!pair.unread && !pair.shared) EntryWriter(survey, pair, list.item()).write();
+    }
+  };
+  const auto damages = [&](JsonListStream& list) {
+    for (const LdfDamage& damage : survey.damages()) write_damage(damage, list.item());
+  };
+  write_list("globals", globals, out);
+  write_list("entry_map", pairs, out);
+  write_list("entries", entries, out);
+  write_list("damages", damages, out);
   out << "  \"damage_count\": " << survey.damage_count() << "\n}\n";
 }
 

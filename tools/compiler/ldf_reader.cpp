@@ -55,9 +55,8 @@ class LdfParser {
   void take_globals(const LdfHeader& header) {
     if (damage_) return;
     LdfCursor cursor(bytes_, header.global_offset);
-    for (const LdfAttributeRecord& global : read_ldf_globals(cursor, header.global_count)) {
-      model_.globals.push_back(to_definition(global));
-    }
+    read_ldf_globals(cursor, header.global_count,
+                     [this](const LdfAttributeRecord& global) { model_.globals.push_back(to_definition(global)); });
     damage_ = cursor.damage();
   }
 

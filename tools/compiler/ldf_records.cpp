@@ -13,7 +13,7 @@ void skip_reserved(LdfCursor& cursor, std::size_t end) {
   if (cursor.offset() < end) cursor.take_bytes(kReserved, LdfFieldKind::kBytes, end - cursor.offset());
 }
 
-void read_attributes(LdfCursor& cursor, LdfEntryRecord& entry) {
+void read_attributes(LdfCursor& cursor, const LdfItemSinks& sinks, LdfEntryRecord& entry) {
   cursor.set_region("an attribute count");
   const std::uint32_t count = cursor.take_int4("attribute count");
   if (cursor.failed()) return;
@@ -21,8 +21,8 @@ void read_attributes(LdfCursor& cursor, LdfEntryRecord& entry) {
   cursor.set_region("an attribute");
   for (std::uint32_t i = 0; i < count && !cursor.failed(); ++i) {
     cursor.set_item("attributes", i);
-    LdfAttributeRecord attribute = read_ldf_attribute(cursor);
-    if (!cursor.failed()) entry.attributes.push_back(attribute);
+    const LdfAttributeRecord attribute = read_ldf_attribute(cursor);
+    if (!cursor.failed() && sinks.attribute) sinks.attribute(attribute);
   }
   cursor.leave_list();
 }
@@ -39,15 +39,15 @@ LdfSelectorRecord read_selector_message(LdfCursor& cursor) {
   return message;
 }
 
-void read_selector_messages(LdfCursor& cursor, LdfEntryRecord& entry) {
+void read_selector_messages(LdfCursor& cursor, const LdfItemSinks& sinks, LdfEntryRecord& entry) {
   cursor.set_region("a selector message count");
   const std::uint32_t count = cursor.take_int4("selector message count");
   if (cursor.failed()) return;
   entry.selector_message_count = count;
   for (std::uint32_t i = 0; i < count && !cursor.failed(); ++i) {
     cursor.set_item("selector messages", i);
-    LdfSelectorRecord message = read_selector_message(cursor);
-    if (!cursor.failed()) entry.selector_messages.push_back(message);
+    const LdfSelectorRecord message = read_selector_message(cursor);
+    if (!cursor.failed() && sinks.selector_message) sinks.selector_message(message);
   }
   cursor.leave_list();
 }
@@ -80,15 +80,13 @@ LdfAttributeRecord read_ldf_attribute(LdfCursor& cursor) {
   return attribute;
 }
 
-std::vector<LdfAttributeRecord> read_ldf_globals(LdfCursor& cursor, std::uint32_t count) {
-  std::vector<LdfAttributeRecord> globals;
+void read_ldf_globals(LdfCursor& cursor, std::uint32_t count, const LdfAttributeSink& sink) {
   cursor.set_region("the global attributes");
   for (std::uint32_t i = 0; i < count && !cursor.failed(); ++i) {
     cursor.set_item("globals", i);
-    LdfAttributeRecord global = read_ldf_attribute(cursor);
-    if (!cursor.failed()) globals.push_back(global);
+    const LdfAttributeRecord global = read_ldf_attribute(cursor);
+    if (!cursor.failed() && sink) sink(global);
   }
-  return globals;
 }
 
 LdfPair read_ldf_pair(LdfCursor& cursor) {
@@ -100,6 +98,17 @@ LdfPair read_ldf_pair(LdfCursor& cursor) {
 }
 
 LdfEntryRecord read_ldf_entry(LdfCursor& cursor) {
+  std::vector<LdfAttributeRecord> attributes;
+  std::vector<LdfSelectorRecord> selector_messages;
+  LdfEntryRecord entry =
+      read_ldf_entry(cursor, {[&](const LdfAttributeRecord& attribute) { attributes.push_back(attribute); },
+                              [&](const LdfSelectorRecord& message) { selector_messages.push_back(message); }});
+  entry.attributes = std::move(attributes);
+  entry.selector_messages = std::move(selector_messages);
+  return entry;
+}
+
+LdfEntryRecord read_ldf_entry(LdfCursor& cursor, const LdfItemSinks& sinks) {
   LdfEntryRecord entry;
   entry.offset = cursor.offset();
   cursor.set_region("an entry record");
@@ -111,8 +120,8 @@ LdfEntryRecord read_ldf_entry(LdfCursor& cursor) {
   entry.message = cursor.take_text("message");
   cursor.set_region("an entry record");
   entry.selector = cursor.take_text("selector attribute");
-  read_attributes(cursor, entry);
-  read_selector_messages(cursor, entry);
+  read_attributes(cursor, sinks, entry);
+  read_selector_messages(cursor, sinks, entry);
   entry.size = cursor.offset() - entry.offset;
   entry.cut = cursor.damage();
   return entry;

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string_view>
 #include <vector>
@@ -37,8 +38,10 @@ struct LdfAttributeRecord {
 
 LdfAttributeRecord read_ldf_attribute(LdfCursor& cursor);
 
-/// The global attributes, or those before the damage.
-std::vector<LdfAttributeRecord> read_ldf_globals(LdfCursor& cursor, std::uint32_t count);
+using LdfAttributeSink = std::function<void(const LdfAttributeRecord&)>;
+
+/// Hands on the global attributes, or those before the damage. An empty sink takes none.
+void read_ldf_globals(LdfCursor& cursor, std::uint32_t count, const LdfAttributeSink& sink);
 
 struct LdfPair {
   std::uint32_t id = 0;
@@ -75,6 +78,15 @@ struct LdfEntryRecord {
 };
 
 LdfEntryRecord read_ldf_entry(LdfCursor& cursor);
+
+/// Take the items of a record's lists, those that are whole, as they are read. Either may be empty.
+struct LdfItemSinks {
+  LdfAttributeSink attribute;
+  std::function<void(const LdfSelectorRecord&)> selector_message;
+};
+
+/// The same with the lists handed on instead of kept, for a record can be as long as its file.
+LdfEntryRecord read_ldf_entry(LdfCursor& cursor, const LdfItemSinks& sinks);
 
 }  // namespace qzlog_compiler
 

@@ -63,7 +63,7 @@ void LdfSurvey::add_damage(std::optional<LdfDamage> damage) {
 
 void LdfSurvey::survey_globals() {
   LdfCursor cursor(bytes_, header_.global_offset);
-  globals_ = read_ldf_globals(cursor, header_.global_count);
+  read_ldf_globals(cursor, header_.global_count, {});
   globals_end_ = cursor.offset();
   globals_cut_ = cursor.failed();
   add_damage(cursor.damage());
@@ -71,6 +71,8 @@ void LdfSurvey::survey_globals() {
 
 void LdfSurvey::survey_map() {
   LdfCursor cursor(bytes_, header_.entry_map_offset);
+  const std::size_t left = bytes_.size() - std::min<std::size_t>(bytes_.size(), header_.entry_map_offset);
+  pairs_.reserve(std::min<std::size_t>(header_.entry_count, left / ldf::kMapPairSize));
   for (std::uint32_t i = 0; i < header_.entry_count && !cursor.failed(); ++i) {
     cursor.set_item("pairs", i);
     const LdfPair pair = read_ldf_pair(cursor);
@@ -107,7 +109,7 @@ void LdfSurvey::survey_records() {
       ++unread;
       continue;
     }
-    const LdfEntryRecord record = entry(pair);
+    const LdfEntryRecord record = read_entry(pair);
     read_bytes += record.size;
     pair.record_size = record.size;
     pair.cut = record.cut.has_value();
@@ -119,9 +121,26 @@ void LdfSurvey::survey_records() {
                        "so much that " + std::to_string(unread) + " of them are not read"});
 }
 
+std::vector<LdfAttributeRecord> LdfSurvey::globals() const {
+  std::vector<LdfAttributeRecord> globals;
+  read_globals([&](const LdfAttributeRecord& global) { globals.push_back(global); });
+  return globals;
+}
+
+void LdfSurvey::read_globals(const LdfAttributeSink& sink) const {
+  if (header_damaged_) return;
+  LdfCursor cursor(bytes_, header_.global_offset);
+  read_ldf_globals(cursor, header_.global_count, sink);
+}
+
 LdfEntryRecord LdfSurvey::entry(const LdfSurveyedPair& pair) const {
   LdfCursor cursor(bytes_, pair.record_offset);
   return read_ldf_entry(cursor);
+}
+
+LdfEntryRecord LdfSurvey::read_entry(const LdfSurveyedPair& pair, const LdfItemSinks& sinks) const {
+  LdfCursor cursor(bytes_, pair.record_offset);
+  return read_ldf_entry(cursor, sinks);
 }
 
 std::optional<LdfDamage> LdfSurvey::damage_of(const LdfSurveyedPair& pair, const LdfEntryRecord& record) const {
@@ -136,6 +155,7 @@ std::optional<LdfDamage> LdfSurvey::damage_of(const LdfSurveyedPair& pair, const
 
 std::vector<LdfRegion> LdfSurvey::regions() const {
   std::vector<LdfRegion> found;
+  found.reserve(pairs_.size() + 3);
   const auto add = [&](LdfRegion region) {
     region.end = region.cut ? bytes_.size() : std::min(region.end, bytes_.size());
     if (region.begin < region.end) found.push_back(region);
@@ -144,13 +164,13 @@ std::vector<LdfRegion> LdfSurvey::regions() const {
   if (header_damaged_) return found;
   if (header_.global_count != 0) add({header_.global_offset, globals_end_, LdfRegion::kGlobals, 0, globals_cut_});
   if (header_.entry_count != 0) add({header_.entry_map_offset, map_end_, LdfRegion::kMap, 0, map_cut_});
-  for (std::size_t i = 0; i < pairs_.size(); ++i) {
+  for (std::uint32_t i = 0; i < pairs_.size(); ++i) {
     const LdfSurveyedPair& pair = pairs_[i];
     if (!pair.unread && !pair.shared)
       add({pair.record_offset, pair.record_offset + pair.record_size, LdfRegion::kRecord, i, pair.cut});
   }
-  std::stable_sort(found.begin(), found.end(), [](const LdfRegion& a, const LdfRegion& b) {
-    return std::tie(a.begin, a.kind) < std::tie(b.begin, b.kind);
+  std::sort(found.begin(), found.end(), [](const LdfRegion& a, const LdfRegion& b) {
+    return std::tie(a.begin, a.kind, a.pair) < std::tie(b.begin, b.kind, b.pair);
   });
   return found;
 }
@@ -175,7 +195,7 @@ std::optional<LdfDamage> LdfSurvey::walk(const LdfRegion& region, std::size_t en
       read_ldf_header(cursor);
       break;
     case LdfRegion::kGlobals:
-      read_ldf_globals(cursor, header_.global_count);
+      read_ldf_globals(cursor, header_.global_count, {});
       break;
     case LdfRegion::kMap:
       for (std::uint32_t i = 0; i < header_.entry_count && !cursor.failed(); ++i) {
@@ -184,7 +204,7 @@ std::optional<LdfDamage> LdfSurvey::walk(const LdfRegion& region, std::size_t en
       }
       break;
     case LdfRegion::kRecord:
-      return damage_of(pairs_[region.pair], read_ldf_entry(cursor));
+      return damage_of(pairs_[region.pair], read_ldf_entry(cursor, {}));
   }
   return cursor.damage();
 }

@@ -18,7 +18,7 @@ struct LdfRegion {
   std::size_t begin = 0;
   std::size_t end = 0;  ///< of a region that is cut: the end of the file
   Kind kind = kHeader;
-  std::size_t pair = 0;  ///< of a record: its place in `pairs()`
+  std::uint32_t pair = 0;  ///< of a record: its place in `pairs()`
   bool cut = false;
 };
 
@@ -34,8 +34,9 @@ struct LdfSurveyedPair {
   bool unread = false;  ///< the records before it overlap too much; nothing is known of this one
 };
 
-/// Everything in a compiled file that can be read, however damaged it is. A record is read again when it is asked for,
-/// so that memory holds one at a time. Time and memory grow with the file's size alone. `bytes` has to outlive it.
+/// Everything in a compiled file that can be read, however damaged it is. Global attributes and records are read again
+/// when they are asked for, so that memory holds what is asked for alone. Time and memory grow with the file's size
+/// alone. `bytes` has to outlive it.
 class LdfSurvey {
  public:
   /// So many damages are kept; the others are counted.
@@ -45,7 +46,9 @@ class LdfSurvey {
 
   std::string_view bytes() const { return bytes_; }
   const LdfHeader& header() const { return header_; }
-  const std::vector<LdfAttributeRecord>& globals() const { return globals_; }
+  std::vector<LdfAttributeRecord> globals() const;
+  /// The same one after the other.
+  void read_globals(const LdfAttributeSink& sink) const;
   /// Those that are whole, in the order of the map.
   const std::vector<LdfSurveyedPair>& pairs() const { return pairs_; }
   std::size_t pair_offset(std::size_t pair) const;
@@ -53,6 +56,8 @@ class LdfSurvey {
   std::size_t damage_count() const { return damage_count_; }
 
   LdfEntryRecord entry(const LdfSurveyedPair& pair) const;
+  /// The same without its lists, whose items go to the sinks.
+  LdfEntryRecord read_entry(const LdfSurveyedPair& pair, const LdfItemSinks& sinks = {}) const;
   /// What is wrong with the record of a pair by itself.
   std::optional<LdfDamage> damage_of(const LdfSurveyedPair& pair, const LdfEntryRecord& record) const;
 
@@ -75,7 +80,6 @@ class LdfSurvey {
   std::string_view bytes_;
   LdfHeader header_;
   bool header_damaged_ = false;
-  std::vector<LdfAttributeRecord> globals_;
   std::size_t globals_end_ = 0;
   bool globals_cut_ = false;
   std::vector<LdfSurveyedPair> pairs_;

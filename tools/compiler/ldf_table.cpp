@@ -61,10 +61,11 @@ class TableWriter {
   }
 
   void write_globals() {
-    if (!survey_.globals().empty()) line(0, "\nglobal attributes");
-    write_attribute_table(survey_.globals(), kIndent);
-    if (survey_.globals().size() < survey_.header().global_count) {
-      damage("the other " + std::to_string(survey_.header().global_count - survey_.globals().size()) + " are cut off");
+    const std::vector<LdfAttributeRecord> globals = survey_.globals();
+    if (!globals.empty()) line(0, "\nglobal attributes");
+    write_attribute_table(globals, kIndent);
+    if (globals.size() < survey_.header().global_count) {
+      damage("the other " + std::to_string(survey_.header().global_count - globals.size()) + " are cut off");
     }
   }
 
@@ -106,7 +107,7 @@ class TableWriter {
 
   std::string message_id(const LdfSurveyedPair& pair) const {
     if (pair.unread) return "";
-    const LdfEntryRecord record = survey_.entry(pair);
+    const LdfEntryRecord record = survey_.read_entry(pair);
     return record.message_id.whole ? cell(record.message_id) : "";
   }
 

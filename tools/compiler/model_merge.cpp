@@ -26,16 +26,12 @@ std::string merged_selector(const EntryDefinition& entry, const EntryDefinition&
   return added == nullptr ? "" : added->name;
 }
 
-bool replaces_message(const EntryDefinition& aux) { return !aux.message_id.empty() && !aux.message.stored.empty(); }
-
 void append_selector_messages(const Selector& added, Selector& selector) {
   for (SelectorMessage message : added.messages) {
     message.message.position = message.index_position = message.value_position = {};
     selector.messages.push_back(std::move(message));
   }
 }
-
-}  // namespace
 
 void extend_entry(EntryDefinition& entry, const EntryDefinition& aux) {
   entry.selector.attribute = merged_selector(entry, aux);
@@ -47,7 +43,7 @@ void extend_entry(EntryDefinition& entry, const EntryDefinition& aux) {
     entry.mask = aux.mask;
     entry.mask_position = {};
   }
-  if (replaces_message(aux)) {
+  if (gives_message(aux)) {
     entry.message_id = aux.message_id;
     entry.message_id_position = {};
     entry.message = without_position(aux.message);
@@ -56,17 +52,17 @@ void extend_entry(EntryDefinition& entry, const EntryDefinition& aux) {
   if (entry.summary.empty()) entry.summary = aux.summary;
 }
 
-namespace {
+}  // namespace
 
-/// What an entry of an auxiliary file alone holds: no message at all unless both its key and its text are there.
-EntryDefinition auxiliary_entry(const EntryDefinition& aux) {
+bool gives_message(const EntryDefinition& aux) { return !aux.message_id.empty() && !aux.message.stored.empty(); }
+
+EntryDefinition merge_entry(const EntryDefinition* standard, const EntryDefinition& aux) {
   EntryDefinition entry;
+  if (standard != nullptr) entry = *standard;
   entry.id = aux.id;
   extend_entry(entry, aux);
   return entry;
 }
-
-}  // namespace
 
 DefinitionModel merge_models(DefinitionModel standard, const DefinitionModel& aux) {
   for (const AttributeDefinition& global : aux.globals) add_or_replace(standard.globals, global);
@@ -75,7 +71,7 @@ DefinitionModel merge_models(DefinitionModel standard, const DefinitionModel& au
   for (const EntryDefinition& entry : aux.entries) {
     const auto extended = places.find(entry.id);
     if (extended == places.end()) {
-      standard.entries.push_back(auxiliary_entry(entry));
+      standard.entries.push_back(merge_entry(nullptr, entry));
     } else {
       extend_entry(standard.entries[extended->second], entry);
     }

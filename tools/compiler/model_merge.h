@@ -5,8 +5,12 @@
 
 namespace qzlog_compiler {
 
-/// Makes of a standard entry what the library makes of it when it reads the auxiliary record of its ID.
-void extend_entry(EntryDefinition& entry, const EntryDefinition& aux);
+/// Whether the message of an auxiliary entry counts: only with a catalog key and a text together. Otherwise the entry
+/// keeps the standard message, or has none where only the auxiliary file has the entry.
+bool gives_message(const EntryDefinition& aux);
+
+/// What the library holds of an auxiliary entry over the standard entry of its ID, null where there is none.
+EntryDefinition merge_entry(const EntryDefinition* standard, const EntryDefinition& aux);
 
 /// One model with the definitions that the library holds after loading a standard file and an auxiliary one over it.
 /// The version is the standard one's. `aux` has to pass `check_aux_merge` without an error. Places in sources are kept

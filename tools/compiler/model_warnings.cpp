@@ -10,6 +10,7 @@
 
 #include "tools/compiler/attribute_type.h"
 #include "tools/compiler/message_references.h"
+#include "tools/compiler/model_merge.h"
 #include "tools/compiler/quoted_references.h"
 #include "tools/compiler/stored_template.h"
 #include "tools/compiler/template_failure.h"
@@ -93,7 +94,7 @@ class EntryWarnings {
         warnings_(warnings) {}
 
   void find() {
-    add_message(entry_.message);
+    if (!context_.standard_index || gives_message(entry_)) add_message(entry_.message);
     for (const SelectorMessage& message : entry_.selector.messages) add_message(message.message);
     for (const EffectiveMessage& message : messages_) check_message(message);
     check_attributes();

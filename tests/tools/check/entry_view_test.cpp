@@ -24,6 +24,8 @@ entries:
     selector: {attribute: Why, messages: [{index: 2, value: 20, id: pool, text: "Pool"}]}
   - {id: 2, name: GONE, message_id: "", message: ""}
   - {id: 3, name: NEW, message: "New"}
+  - {id: 4, name: KEYLESS, message_id: "", message: "Without a key"}
+  - {id: 5, name: TEXTLESS, raw: "", mask: 3, word: 4, attributes: [{name: Pool, type: Char32}]}
 )";
 
 class EntryView : public ::testing::Test {
@@ -54,11 +56,29 @@ TEST_F(EntryView, MessageLeftEmpty_IsTheStandardOnes) {
   EXPECT_EQ(pair_.find_entry(2)->message_id, "GONE");
 }
 
+/// As the library has none.
+TEST_F(EntryView, EntryOfTheAuxiliaryFileAloneWithHalfAMessage_HasNone) {
+  for (const std::uint32_t id : {4U, 5U}) {
+    EXPECT_EQ(pair_.find_entry(id)->message.stored, "") << id;
+    EXPECT_EQ(pair_.find_entry(id)->message_id, "") << id;
+  }
+  EXPECT_EQ(pair_.find_entry(3)->message.written, "New");
+  const auto rest = *pair_.find_entry(5);
+  EXPECT_EQ(rest.name, "TEXTLESS");
+  EXPECT_EQ(rest.mask, 3U);
+  EXPECT_EQ(rest.word, 4U);
+  EXPECT_EQ(rest.attributes.size(), 1U);
+}
+
+TEST_F(EntryView, StandardFileAlone_KeepsHalfAMessage) {
+  EXPECT_EQ(DefinitionPair(auxiliary_, nullptr).find_entry(4)->message.written, "Without a key");
+}
+
 TEST_F(EntryView, Lookups_KnowBothFiles) {
-  EXPECT_EQ(pair_.entry_ids(), (std::vector<std::uint32_t>{1, 2, 3}));
+  EXPECT_EQ(pair_.entry_ids(), (std::vector<std::uint32_t>{1, 2, 3, 4, 5}));
   EXPECT_EQ(pair_.find_by_name("NEW")->id, 3U);
   EXPECT_EQ(pair_.find_by_name("OLD"), nullptr);
-  EXPECT_FALSE(pair_.find_entry(4));
+  EXPECT_FALSE(pair_.find_entry(6));
   EXPECT_EQ(pair_.find_global("SITE")->type, TypeMBChar64);
   EXPECT_EQ(pair_.version_of(3), "1.1");
   EXPECT_EQ(DefinitionPair(standard_, nullptr).version_of(1), "1.0");

@@ -70,6 +70,22 @@ TEST_F(LibraryCheck, StandardFileOverItself_EachEntryIsRefusedOnce) {
   EXPECT_EQ(shown(auxiliary_findings(standard_, standard_)), (Texts{"1 refused-attribute", "2 refused-attribute"}));
 }
 
+/// More of them than the library keeps in memory, in a file with as many global attributes as it takes.
+TEST_F(LibraryCheck, ManyRefusedEntries_EachIsReportedOnce) {
+  constexpr int kCount = 2000;
+  std::string source = "version: \"1.0\"\nglobals:\n";
+  for (int i = 0; i < 255; ++i) source += "  - {name: G" + std::to_string(i) + ", type: Char32}\n";
+  source += "entries:\n";
+  Texts expected;
+  for (int id = 1; id <= kCount; ++id) {
+    source += "  - {id: " + std::to_string(id) + ", name: A" + std::to_string(id) +
+              ", message: A, attributes: [{name: Name, type: Char32}]}\n";
+    expected.push_back(std::to_string(id) + " refused-attribute");
+  }
+  const std::string bytes = compiled(source);
+  EXPECT_EQ(shown(auxiliary_findings(bytes, bytes)), expected);
+}
+
 TEST_F(LibraryCheck, RefusedEntries_DoNotHideEachOther) {
   const std::string auxiliary = compiled(R"(
 version: "1.0"

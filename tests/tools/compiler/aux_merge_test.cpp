@@ -138,13 +138,30 @@ TEST(CheckAuxMerge, MessageWithoutTextOrId_IsIgnored) {
   entry.message.position = kHere;
   entry.message_id = "ONE";
   EXPECT_EQ(check(entry), ignored);
-  entry.message.written = "text";
+  entry.message.written = entry.message.stored = "text";
   EXPECT_EQ(check(entry), "");
   entry.message_id.clear();
   EXPECT_EQ(check(entry), ignored);
   entry.message = {};
   entry.message_id = "one";
   entry.message_id_position = kHere;
+  EXPECT_EQ(check(entry), ignored);
+}
+
+TEST(CheckAuxMerge, NewEntryWithHalfAMessage_HasNone) {
+  const std::string ignored = "f:9:9: warning: the entry has no message [aux-message-ignored]\n";
+  EntryDefinition entry = extension();
+  entry.id = 2;
+  entry.name = "TWO";
+  entry.message = {"text", false, "text", kHere};
+  entry.message_id = "two";
+  EXPECT_EQ(check(entry), "");
+  entry.message_id.clear();
+  EXPECT_EQ(check(entry), ignored);
+  entry.message.written.clear();
+  entry.message.stored.clear();
+  EXPECT_EQ(check(entry), "");  // nothing is lost
+  entry.message_id = "two";
   EXPECT_EQ(check(entry), ignored);
 }
 

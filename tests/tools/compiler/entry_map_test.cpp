@@ -51,5 +51,20 @@ TEST(EntryMap, AppendedPairs_AreReadOnceTheHeaderSaysSo) {
   EXPECT_EQ(file.model.entries[0].id, 9U);
 }
 
+TEST(EntryMap, GlobalsLeftOut_TheRestStays) {
+  std::string bytes = compile_source(
+                          "version: \"1.0\"\nglobals: [{name: SITE, type: Char32}]\nentries: [{id: 7, name: A, "
+                          "message: A}]\n",
+                          "", {})
+                          .bytes;
+  ASSERT_EQ(read_ldf(bytes).model.globals.size(), 1U);
+  leave_out_globals(bytes);
+  const LdfFile file = read_ldf(bytes);
+  EXPECT_FALSE(file.damage);
+  EXPECT_TRUE(file.model.globals.empty());
+  ASSERT_EQ(file.model.entries.size(), 1U);
+  EXPECT_EQ(file.model.entries[0].id, 7U);
+}
+
 }  // namespace
 }  // namespace qzlog_compiler

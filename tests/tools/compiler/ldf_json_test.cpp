@@ -3,7 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <nlohmann/json.hpp>
+#include <ostream>
+#include <streambuf>
 
+#include "tests/support/address_space_limit.h"
 #include "tests/support/ldf_file.h"
 #include "tests/tools/compiler/example_model.h"
 #include "tests/tools/compiler/ldf_forms.h"
@@ -52,6 +55,57 @@ TEST(WriteJson, DamagedRecord_HasWhatCanBeReadAndTheReason) {
   EXPECT_EQ(entry["damage"]["offset"], 177);
   EXPECT_EQ(file["damages"], json::array({entry["damage"]}));
   EXPECT_EQ(file["entries"][1]["id"], 16909060);
+}
+
+/// Counts what it is given and keeps nothing.
+class Counter : public std::streambuf {
+ public:
+  std::streamsize count() const { return count_; }
+
+ private:
+  int_type overflow(int_type byte) override {
+    ++count_;
+    return byte;
+  }
+  std::streamsize xsputn(const char*, std::streamsize count) override {
+    count_ += count;
+    return count;
+  }
+
+  std::streamsize count_ = 0;
+};
+
+/// One record can be the whole file, and a hundred bytes of the result can come of twelve.
+TEST(WriteJson, EnormousLists_TakeNoMemoryOfTheirOwn) {
+  constexpr std::size_t kMany = 200000;
+  const std::vector<qz_test::LdfAttribute> attributes(kMany, {"", 255});
+  const std::vector<qz_test::LdfSelectorMessage> messages(kMany, {1, 2, "", "\xFF"});
+  const std::string text(2 * kMany, '\xFF');
+  for (const qz_test::LdfFile& file :
+       {qz_test::LdfFile{.entries = {{.id = 3, .attributes = attributes}}},
+        qz_test::LdfFile{.entries = {{.id = 3, .selector_messages = messages}}},
+        qz_test::LdfFile{.globals = attributes}, qz_test::LdfFile{.entries = {{.id = 3, .message_text = text}}}}) {
+    const std::string bytes = file.bytes();
+    Counter counter;
+    std::ostream out(&counter);
+    const qz_test::AddressSpaceLimit limit(1 << 20);
+    ASSERT_NO_THROW(write_json(LdfSurvey(bytes), out));
+    EXPECT_GT(counter.count(), 8 * static_cast<std::streamsize>(kMany));
+  }
+}
+
+TEST(WriteJson, RepeatedTexts_EachHasItsBytes) {
+  const std::string text(100000, '\xFF');
+  qz_test::LdfFile file{.entries = {{.id = 3, .message_id = text, .message_text = text}}};
+  const json entry = json::parse(json_of(file.bytes()))["entries"][0];
+  std::string replaced;
+  std::string bytes;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    replaced += "\uFFFD";
+    bytes += "FF";
+  }
+  EXPECT_TRUE(entry["message"] == replaced);
+  EXPECT_TRUE(entry["message_id_hex"] == bytes + "00");
 }
 
 TEST(WriteJson, AnyFile_IsWellFormed) {

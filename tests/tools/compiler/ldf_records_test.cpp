@@ -40,6 +40,23 @@ TEST(ReadLdfEntry, ExampleRecord_HasEveryOffset) {
   EXPECT_EQ(entry.selector_messages[0].text.text(), "é");
 }
 
+TEST(ReadLdfEntry, WithSinks_ItemsGoThereInsteadOfIntoTheRecord) {
+  const std::string bytes = example_bytes();
+  std::vector<std::size_t> offsets;
+  const LdfItemSinks sinks{[&](const LdfAttributeRecord& item) { offsets.push_back(item.offset); },
+                           [&](const LdfSelectorRecord& item) { offsets.push_back(item.offset); }};
+  LdfCursor cursor(bytes, 0xA1);
+  const LdfEntryRecord entry = read_ldf_entry(cursor, sinks);
+  EXPECT_EQ(offsets, (std::vector<std::size_t>{0xC7, 0xDB}));
+  EXPECT_EQ(entry.size, 0xF0U - 0xA1U);
+  EXPECT_EQ(entry.attribute_count, 1U);
+  EXPECT_EQ(entry.selector_message_count, 1U);
+  EXPECT_TRUE(entry.attributes.empty());
+  EXPECT_TRUE(entry.selector_messages.empty());
+  LdfCursor again(bytes, 0xA1);
+  EXPECT_EQ(read_ldf_entry(again, {}).size, entry.size);
+}
+
 TEST(ReadLdfEntry, EveryPrefix_GivesWhatStandsBeforeTheCut) {
   const std::string bytes = example_bytes();
   for (std::size_t size = 0xA1; size < 0xF0; ++size) {

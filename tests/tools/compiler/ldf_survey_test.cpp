@@ -46,6 +46,17 @@ TEST(LdfSurvey, WholeFile_HasNoDamageAndEveryRegion) {
   EXPECT_EQ(regions[4].end, bytes.size());
 }
 
+TEST(LdfSurvey, Globals_AreThoseThatAreWhole) {
+  const std::string bytes = example_bytes();
+  std::string names;
+  LdfSurvey(bytes).read_globals([&](const LdfAttributeRecord& global) { names += global.name.text(); });
+  EXPECT_EQ(names, "HOST");
+  const LdfSurvey cut(std::string_view(bytes).substr(0, 140));
+  EXPECT_TRUE(cut.globals().empty());
+  const LdfSurvey without_whole_header(std::string_view(bytes).substr(0, 100));
+  EXPECT_TRUE(without_whole_header.globals().empty());
+}
+
 TEST(LdfSurvey, EveryPrefix_IsDamagedWhereItEnds) {
   const std::string bytes = example_bytes();
   for (std::size_t size = 0; size < bytes.size(); ++size) {

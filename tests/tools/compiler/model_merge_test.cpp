@@ -132,6 +132,38 @@ TEST(MergeModels, NewEntryWithoutTextOrKey_HasNeither) {
   EXPECT_EQ(all.message.written, "");
 }
 
+TEST(MergeModels, NewEntryWithoutKey_HasNoTextEither) {
+  EntryDefinition aux = entry(1, "A");
+  aux.message_id.clear();
+  const EntryDefinition all = merge_models({}, model({aux})).entries.at(0);
+  EXPECT_EQ(all.message.written, "");
+  EXPECT_EQ(all.message.stored, "");
+}
+
+TEST(MergeEntry, StandardEntryOrNone_IsWhatTheWholeModelGets) {
+  const EntryDefinition standard = entry(1, "A");
+  EntryDefinition aux = entry(1, "B");
+  aux.attributes = {{"Y", TypeBool, "", kHere}};
+  const EntryDefinition extended = merge_entry(&standard, aux);
+  EXPECT_EQ(extended.name, "A");
+  EXPECT_EQ(extended.message.stored, "stored B");
+  EXPECT_EQ(names(extended.attributes), "Y ");
+  const EntryDefinition alone = merge_entry(nullptr, aux);
+  EXPECT_EQ(alone.id, 1U);
+  EXPECT_EQ(alone.name, "B");
+  EXPECT_EQ(alone.message.stored, "stored B");
+}
+
+TEST(GivesMessage, KeyAndText_BothNeeded) {
+  EntryDefinition aux = entry(1, "A");
+  EXPECT_TRUE(gives_message(aux));
+  aux.message_id.clear();
+  EXPECT_FALSE(gives_message(aux));
+  aux = entry(1, "A");
+  aux.message.stored.clear();
+  EXPECT_FALSE(gives_message(aux));
+}
+
 TEST(MergeModels, NameAndSummary_AreTheStandardOnesWhereThereAreAny) {
   EntryDefinition standard = entry(1, "A");
   EntryDefinition aux = entry(1, "B");

@@ -14,6 +14,7 @@ namespace {
 EntryDefinition entry(std::uint32_t id, const std::string& stored, std::vector<AttributeDefinition> attributes = {}) {
   EntryDefinition result;
   result.id = id;
+  result.message_id = "key";
   result.message.stored = stored;
   result.attributes = std::move(attributes);
   return result;
@@ -152,6 +153,16 @@ TEST(FindModelWarnings, AuxiliaryEntry_IsSeenTogetherWithTheStandardOne) {
   extension.message.stored = "%d%S% %s%A% %s%B%";
   EXPECT_EQ(found(model_of({extension}), MessagePath::kBoth, &standard),
             "1 negative-unsigned: values of 'S' above 2147483647 show as negative numbers on the ICU path\n");
+}
+
+TEST(FindModelWarnings, AuxiliaryMessageThatDoesNotCount_IsNotSeen) {
+  const DefinitionModel standard = model_of({});
+  EntryDefinition aux = entry(1, "%d%S%", {attribute("S", TypeUInt4)});
+  EXPECT_EQ(found(model_of({aux}), MessagePath::kIcu, &standard),
+            "1 negative-unsigned: values of 'S' above 2147483647 show as negative numbers on the ICU path\n");
+  aux.message_id.clear();
+  EXPECT_EQ(found(model_of({aux}), MessagePath::kIcu, &standard),
+            "1 unused-attribute: the attribute 'S' is in no message of its entry and selects none\n");
 }
 
 TEST(FindModelWarnings, GlobalsOfOneFileAndAttributesOfTheOther_HideEachOther) {
