@@ -12,7 +12,15 @@
 #include "tools/file_descriptor.h"
 #include "tools/temporary_file.h"
 
-#ifdef __SANITIZE_ADDRESS__
+#if defined(__has_feature)  // clang, and g++ from version 14 on
+#if __has_feature(address_sanitizer)
+#define QZLOG_LEAK_CHECKER
+#endif
+#elif defined(__SANITIZE_ADDRESS__)
+#define QZLOG_LEAK_CHECKER
+#endif
+
+#ifdef QZLOG_LEAK_CHECKER
 // libgettextpo keeps parts of what it has read. The leak checker asks these functions, whose names are its own, what to
 // overlook without a word.
 // NOLINTBEGIN
