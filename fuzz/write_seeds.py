@@ -43,6 +43,11 @@ entries:
       selector: {messages: [{index: 7, value: 70, id: disk.pool, text: "The pool {Pool} is used up"}]}}
   - {id: 9, name: EXTRA, message: "more {N}", attributes: [{name: N, type: Char32}]}
 """
+# ICU parses nested braces by calling itself; the library refuses what is too deep for a stack.
+DEEP_PATTERN = """
+version: "1.0"
+entries: [{id: 1, name: A, raw: "%s%N%DEEP%_%TIMESTAMP%", attributes: [{name: N, type: Char32}]}]
+""".replace("DEEP", "{0,select,other{" * 110)
 
 
 class Compiler:
@@ -103,7 +108,8 @@ def main():
     old = compile_source(OLD)
     new = compile_source(NEW)
 
-    files = {"minimal.ldf": minimal, "everything.ldf": everything, "several.ldf": old, **damaged_forms(old, 3)}
+    files = {"minimal.ldf": minimal, "everything.ldf": everything, "several.ldf": old, "shorter_than_magic.ldf": b".LD",
+             **damaged_forms(old, 3)}
     write("compiled_file", files)
     write("inspect", files)
     write("definition_file", {
@@ -111,6 +117,7 @@ def main():
         "pair.ldf": half_and_half(everything, auxiliary),
         "colliding_pair.ldf": half_and_half(old, new),
         "auxiliary_alone.ldf": half_and_half(b"", auxiliary),
+        "deep_pattern.ldf": compile_source(DEEP_PATTERN),
         **damaged_forms(old, 3),
     })
     write("diff", {
