@@ -1,6 +1,6 @@
 // Reads the input as a translators' file for a fixed source, makes the resource bundle of its language as `qzlog
 // catalog build` does, short of running genrb, and brings the file up to date as `qzlog catalog extract --update` does.
-// What that writes has to be readable, and up to date.
+// What is written has to read as it was, and what was brought up to date has to be so.
 #include <algorithm>
 #include <array>
 #include <cstddef>
@@ -83,6 +83,8 @@ void update(const CatalogMessages& messages, const PoText& text) {
   const std::optional<PoFile> old = parse_po(text.content, text.name, findings);
   if (old.has_value() == findings.has_errors()) std::abort();
   if (!old) return;
+  const std::optional<PoFile> copy = parse_po(write_po(*old), text.name, findings);
+  if (!copy || copy->messages != old->messages) std::abort();
   const PoFile po_template = make_template(messages, "product");
   const std::string updated = write_po(update_po(*old, po_template));
   const std::optional<PoFile> again = parse_po(updated, text.name, findings);
