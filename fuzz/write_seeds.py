@@ -93,8 +93,6 @@ def half_and_half(first, second):
 def write(fuzzer, seeds):
     folder = SEEDS / fuzzer
     folder.mkdir(parents=True, exist_ok=True)
-    for old in folder.glob("*.ldf"):
-        old.unlink()
     for name, content in seeds.items():
         (folder / name).write_bytes(content)
 
