@@ -37,12 +37,27 @@ void allowed_to_throw(Action action) {
   }
 }
 
+/// Values for attributes that the seeds have; each may have another type or not be there at all.
+void set_attributes(qz_LOG_LogEntry& entry) {
+  allowed_to_throw([&] { entry.AddAttribStr("N", "a text"); });
+  allowed_to_throw([&] { entry.AddAttribMBStr("N", "a text"); });
+  allowed_to_throw([&] { entry.AddAttrib2u("F", 1); });
+  allowed_to_throw([&] { entry.AddAttrib4u("F", 1); });
+  allowed_to_throw([&] { entry.AddAttrib2u("R", 10); });
+  allowed_to_throw([&] { entry.AddAttribFloat8("P", 0.5); });
+  allowed_to_throw([&] { entry.AddAttribTime("D", qz_Time()); });
+}
+
 void use_entries() {
   for (unsigned id = 0; id < 16; ++id) {
     allowed_to_throw([id] {
       qz_LOG_LogEntry entry(id, 3);
-      qz_LOG_LogConfig::SetICUEnabled(false);
-      allowed_to_throw([&] { entry.FormatMessage(); });
+      set_attributes(entry);
+      for (const bool icu : {true, false}) {
+        qz_LOG_LogConfig::SetICUEnabled(icu);
+        allowed_to_throw([&] { entry.FormatMessage(); });
+        allowed_to_throw([&] { entry.FormatMessage(false, 2); });
+      }
     });
   }
 }

@@ -12,7 +12,15 @@
 #include "tools/file_descriptor.h"
 #include "tools/temporary_file.h"
 
-#ifdef __SANITIZE_ADDRESS__
+#if defined(__has_feature)  // clang, and g++ from version 14 on
+#if __has_feature(address_sanitizer)
+#define QZLOG_LEAK_CHECKER
+#endif
+#elif defined(__SANITIZE_ADDRESS__)
+#define QZLOG_LEAK_CHECKER
+#endif
+
+#ifdef QZLOG_LEAK_CHECKER
 // libgettextpo keeps parts of what it has read. The leak checker asks these functions, whose names are its own, what to
 // overlook without a word.
 // NOLINTBEGIN
@@ -225,6 +233,25 @@ void check_messages(po_file_t po, const PoFile& file, const std::string& file_na
   }
 }
 
+bool has_utf8_only(const PoMessage& message) {
+  using qzlog_compiler::is_utf8;
+  return is_utf8(message.context.value_or("")) && is_utf8(message.source) && is_utf8(message.translation) &&
+         is_utf8(message.previous_context.value_or("")) && is_utf8(message.previous_source.value_or(""));
+}
+
+/// Escapes can put any byte into a text.
+void check_texts(const PoFile& file, std::string_view content, const std::string& file_name,
+                 CatalogFindings& findings) {
+  if (const std::size_t line = find_nul_escape(content)) {
+    findings.error(file_name, line, CatalogRule::kPoSyntax, "an escape for a NUL character, which no text can hold");
+  }
+  for (std::size_t i = 0; i < file.messages.size(); ++i) {
+    if (has_utf8_only(file.messages[i])) continue;
+    findings.error(file_name, file.line_of(i), CatalogRule::kPoCharset,
+                   "the escapes of this message make a text that is not UTF-8");
+  }
+}
+
 PoFile read_messages(po_file_t po, std::string_view content) {
   PoFile file;
   const IteratorPointer iterator(po_message_iterator(po, nullptr));
@@ -272,6 +299,7 @@ std::optional<PoFile> parse_po(std::string_view content, const std::string& file
   PoFile file = read_messages(po.get(), text);
   check_charset(file, file_name, findings);
   check_messages(po.get(), file, file_name, findings);
+  check_texts(file, text, file_name, findings);
   return findings.error_count() == errors_before ? std::optional(std::move(file)) : std::nullopt;
 }
 

@@ -9,15 +9,31 @@ bool is_keyword_character(char character) {
   return (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z') || character == '_';
 }
 
+std::string_view leading(std::string_view text, std::string_view characters) {
+  return text.substr(0, text.find_first_not_of(characters));
+}
+
+/// Whether what stands behind a backslash is a number of which the low eight bits, which alone count, are 0.
+bool gives_nul(std::string_view escape) {
+  if (escape.starts_with('x')) {
+    const std::string_view digits = leading(escape.substr(1), "0123456789abcdefABCDEF");
+    return digits == "0" || digits.ends_with("00");
+  }
+  const std::string_view digits = leading(escape.substr(0, 3), "01234567");
+  return digits == "0" || digits == "00" || digits == "000" || digits == "400";
+}
+
 /// Walks over keywords, texts in quotes and comments; what else there is means nothing here.
 class LineFinder {
  public:
   explicit LineFinder(std::string_view po) : po_(po) {}
 
-  std::vector<std::size_t> find() {
+  void find() {
     while (at_ < po_.size()) step();
-    return std::move(lines_);
   }
+
+  std::vector<std::size_t> take_lines() { return std::move(lines_); }
+  std::size_t nul_line() const { return nul_line_; }
 
  private:
   void step() {
@@ -37,7 +53,9 @@ class LineFinder {
   /// A text ends on its own line.
   void skip_text() {
     for (++at_; at_ < po_.size() && po_[at_] != '"' && po_[at_] != '\n'; ++at_) {
-      if (po_[at_] == '\\' && at_ + 1 < po_.size() && po_[at_ + 1] != '\n') ++at_;
+      if (po_[at_] != '\\') continue;
+      if (nul_line_ == 0 && gives_nul(po_.substr(at_ + 1))) nul_line_ = line_;
+      if (at_ + 1 < po_.size() && po_[at_ + 1] != '\n') ++at_;
     }
     if (at_ < po_.size() && po_[at_] == '"') ++at_;
   }
@@ -64,11 +82,22 @@ class LineFinder {
   std::size_t at_ = 0;
   std::size_t line_ = 1;
   std::size_t context_line_ = 0;  ///< of a context whose text has not come yet
+  std::size_t nul_line_ = 0;
   std::vector<std::size_t> lines_;
 };
 
 }  // namespace
 
-std::vector<std::size_t> find_message_lines(std::string_view po) { return LineFinder(po).find(); }
+std::vector<std::size_t> find_message_lines(std::string_view po) {
+  LineFinder finder(po);
+  finder.find();
+  return finder.take_lines();
+}
+
+std::size_t find_nul_escape(std::string_view po) {
+  LineFinder finder(po);
+  finder.find();
+  return finder.nul_line();
+}
 
 }  // namespace qzlog_catalog

@@ -11,6 +11,10 @@ namespace qzlog_catalog {
 /// has no context), obsolete messages included, in the order of the file. libgettextpo keeps these to itself.
 std::vector<std::size_t> find_message_lines(std::string_view po);
 
+/// The first line of a message's text with an escape that stands for NUL ("\0", "\x00"), 0 when there is none.
+/// libgettextpo gives texts up to there.
+std::size_t find_nul_escape(std::string_view po);
+
 }  // namespace qzlog_catalog
 
 #endif  // QZLOG_TOOLS_CATALOG_PO_LINES_H

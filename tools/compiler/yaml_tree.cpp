@@ -20,6 +20,7 @@ class Parser {
     if (yaml_parser_initialize(&parser_) == 0) throw std::bad_alloc();
     // Named, so that a byte order mark of UTF-16 is not followed: the source was checked as UTF-8.
     yaml_parser_set_encoding(&parser_, YAML_UTF8_ENCODING);
+    if (source.data() == nullptr) source = "";  // libyaml ends the process over a null pointer
     yaml_parser_set_input_string(&parser_, reinterpret_cast<const unsigned char*>(source.data()), source.size());
   }
   ~Parser() { yaml_parser_delete(&parser_); }

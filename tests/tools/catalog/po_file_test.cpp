@@ -81,6 +81,38 @@ TEST(ParsePo, WhatWasWritten_IsReadAgain) {
   EXPECT_EQ(write_po(parsed(written)), written);
 }
 
+std::string with_translation(const std::string& escaped) {
+  return kHeader + "\nmsgctxt \"k\"\nmsgid \"a\"\nmsgstr \"" + escaped + "\"\n";
+}
+
+TEST(ParsePo, EscapesThatMakeUtf8_AreRead) {
+  EXPECT_EQ(parsed(with_translation("\\xc3\\xa4\\303\\266")).messages[1].translation, "äö");
+}
+
+// Written again they would be bytes, which are refused.
+TEST(ParsePo, EscapesThatMakeOtherBytes_AreRefused) {
+  for (const char* const part : {"msgctxt \"\\x82\"\nmsgid \"a\"\nmsgstr \"b\"\n", "msgid \"\\202\"\nmsgstr \"b\"\n",
+                                 "msgid \"a\"\nmsgstr \"\\xc3\"\n", "#| msgid \"\\xff\"\nmsgid \"a\"\nmsgstr \"b\"\n",
+                                 "#| msgctxt \"\\xff\"\n#| msgid \"a\"\nmsgid \"a\"\nmsgstr \"b\"\n"}) {
+    CatalogFindings findings;
+    EXPECT_FALSE(parse_po(kHeader + '\n' + part, "f.po", findings)) << part;
+    ASSERT_EQ(findings.all().size(), 1u) << part;
+    EXPECT_EQ(findings.all()[0].text, "the escapes of this message make a text that is not UTF-8") << part;
+    EXPECT_GE(findings.all()[0].line, 6u) << part;
+  }
+}
+
+// libgettextpo would lose what stands behind.
+TEST(ParsePo, EscapesForNul_AreRefused) {
+  for (const char* const escape : {"\\0", "\\000", "\\400", "\\x0", "\\x100"}) {
+    CatalogFindings findings;
+    EXPECT_FALSE(parse_po(with_translation(std::string("b") + escape + "gone"), "f.po", findings)) << escape;
+    ASSERT_EQ(findings.all().size(), 1u) << escape;
+    EXPECT_EQ(findings.all()[0].text, "an escape for a NUL character, which no text can hold") << escape;
+    EXPECT_EQ(findings.all()[0].line, 8u) << escape;
+  }
+}
+
 TEST(ParsePo, FileFromWindows_ReadsLikeAnyOther) {
   std::string windows = "\uFEFF";
   for (const char character : kFull) windows += character == '\n' ? "\r\n" : std::string(1, character);

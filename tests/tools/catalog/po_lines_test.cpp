@@ -40,5 +40,20 @@ TEST_P(PoLines, File_GivesTheFirstLineOfEachMessage) { EXPECT_EQ(find_message_li
 INSTANTIATE_TEST_SUITE_P(Files, PoLines, ::testing::ValuesIn(kCases),
                          [](const auto& parameter) { return std::string(parameter.param.name); });
 
+TEST(FindNulEscape, NumbersThatAreZeroInEightBits_AreFound) {
+  for (const std::string escape : {"0", "00", "000", "0001", "400", "08", "x0", "x00", "x100", "xA00", "0x1"}) {
+    EXPECT_EQ(find_nul_escape("msgid \"a\"\nmsgstr \"b\\" + escape + "\"\n"), 2u) << escape;
+    EXPECT_EQ(find_nul_escape("#~ msgid \"\\" + escape), 1u) << escape;
+  }
+}
+
+TEST(FindNulEscape, OtherEscapesAndComments_AreNone) {
+  for (const std::string escape :
+       {"1", "001", "377", "40", "100", "x1", "x01", "x001", "x", "\\0", "\\x0", "n0", "\"0", ""}) {
+    EXPECT_EQ(find_nul_escape("msgid \"a\"\nmsgstr \"b\\" + escape + "\"\n"), 0u) << escape;
+    EXPECT_EQ(find_nul_escape("# \"\\0\"\nmsgid \"\\" + escape), 0u) << escape;
+  }
+}
+
 }  // namespace
 }  // namespace qzlog_catalog

@@ -57,6 +57,13 @@ TEST(ParseYaml, EmptySource_IsOneEmptyScalar) {
   }
 }
 
+TEST(ParseYaml, ViewWithoutData_IsOneEmptyScalar) {
+  Diagnostics diagnostics("source.yaml");
+  const std::optional<YamlTree> tree = parse_yaml(std::string_view(), diagnostics);
+  ASSERT_TRUE(tree.has_value());
+  EXPECT_EQ(tree->root().text(), "");
+}
+
 TEST(ParseYaml, CarriageReturnLineFeed_IsOneLineEnd) {
   const ParsedSource source("a: 1\r\nb: 2\r\n");
   ASSERT_TRUE(source.parsed());

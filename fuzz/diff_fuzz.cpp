@@ -1,0 +1,112 @@
+// Compares two compiled files as `qzlog diff` does, in both directions. The second begins where the input holds a
+// file's magic number for the last time; an input with one is compared with itself only.
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <sstream>
+#include <string>
+#include <string_view>
+#include <tuple>
+#include <utility>
+#include <vector>
+
+#include "tools/compiler/aux_collision.h"
+#include "tools/compiler/compiler.h"
+#include "tools/compiler/ldf_reader.h"
+#include "tools/compiler/model_diff.h"
+#include "tools/compiler/model_json.h"
+#include "tools/compiler/version_advice.h"
+#include "tools/diff_report.h"
+
+using namespace qzlog_compiler;
+
+namespace {
+
+constexpr std::string_view kMagic = ".LDF";
+
+void show(const DefinitionModel& before, const DefinitionModel& after, const std::vector<DiffChange>& changes) {
+  qzlog_tool::DiffReport report;
+  report.old_version = before.version;
+  report.new_version = after.version;
+  report.advice = judge_version(before.version, after.version, changes);
+  if (report.advice.finding) report.changes.push_back({{*report.advice.finding, {}, before.version, after.version}});
+  for (const DiffChange& change : changes) report.changes.push_back({change});
+  std::ostringstream out;
+  print_diff(out, report, true);
+  out << json_text(to_json(report));
+}
+
+/// The rules of one change and of the same backwards, where these are two.
+constexpr std::pair<DiffRule, DiffRule> kOpposites[] = {
+    {DiffRule::kGlobalAdded, DiffRule::kGlobalRemoved},
+    {DiffRule::kEntryAdded, DiffRule::kEntryRemoved},
+    {DiffRule::kAttributeAdded, DiffRule::kAttributeRemoved},
+    {DiffRule::kAttributeMadeGlobal, DiffRule::kAttributeMadeOwn},
+    {DiffRule::kTextLimitRaised, DiffRule::kTextLimitLowered},
+    {DiffRule::kSelectorAdded, DiffRule::kSelectorRemoved},
+    {DiffRule::kSelectorMessageAdded, DiffRule::kSelectorMessageRemoved},
+};
+
+DiffRule opposite(DiffRule rule) {
+  for (const auto& [one, other] : kOpposites) {
+    if (rule == one) return other;
+    if (rule == other) return one;
+  }
+  return rule;
+}
+
+using Summary = std::tuple<std::uint32_t, DiffRule, std::optional<std::string>, std::optional<std::string>>;
+
+/// What both directions have to agree on. A number type can be narrowed in both of them.
+Summary summary(const DiffChange& change, bool backwards) {
+  const EntryDefinition* const entry = change.place.entry();
+  DiffRule rule = backwards ? opposite(change.rule) : change.rule;
+  if (rule == DiffRule::kNumberWidened) rule = DiffRule::kNumberNarrowed;
+  return {entry == nullptr ? 0 : entry->id, rule, backwards ? change.after : change.before,
+          backwards ? change.before : change.after};
+}
+
+std::vector<Summary> summaries(const std::vector<DiffChange>& changes, bool backwards) {
+  std::vector<Summary> result;
+  for (const DiffChange& change : changes) result.push_back(summary(change, backwards));
+  std::sort(result.begin(), result.end());
+  return result;
+}
+
+void compare(const CompileResult& before, const CompileResult& after) {
+  const std::vector<DiffChange> changes = compare_models(before.model, after.model);
+  const std::vector<DiffChange> back = compare_models(after.model, before.model);
+  if (summaries(changes, false) != summaries(back, true)) std::abort();
+  show(before.model, after.model, changes);
+  show(after.model, before.model, back);
+}
+
+/// Definitions that extend others collide with none of them.
+void extend(const CompileResult& standard, std::string_view aux_bytes) {
+  const AuxFile aux{std::string(aux_bytes), "aux.ldf"};
+  const bool extends = check_aux_file(aux, standard.model, MessagePath::kBoth).ok();
+  if (extends != find_aux_collisions(aux, standard.model, MessagePath::kBoth).empty()) std::abort();
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
+  const std::string_view input(reinterpret_cast<const char*>(bytes), size);
+  const std::size_t magic = input.rfind(kMagic);
+  const std::size_t cut = magic == std::string_view::npos ? 0 : magic;
+  const std::string_view old_bytes = input.substr(0, cut);
+  const std::string_view new_bytes = input.substr(cut);
+  if (!looks_like_ldf(new_bytes)) return 0;
+  const CompileResult after = load_standard(new_bytes, "new.ldf");
+  if (!after.ok()) return 0;
+  if (!compare_models(after.model, after.model).empty()) std::abort();
+  if (!looks_like_ldf(old_bytes)) return 0;
+  const CompileResult before = load_standard(old_bytes, "old.ldf");
+  if (!before.ok()) return 0;
+  compare(before, after);
+  extend(before, new_bytes);
+  return 0;
+}
