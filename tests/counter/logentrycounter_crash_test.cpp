@@ -11,6 +11,7 @@
 #include "qzlog/logentrycounter.h"
 #include "tests/counter/counter_fixture.h"
 #include "tests/counter/counter_model.h"
+#include "tests/support/rounds.h"
 
 namespace {
 
@@ -67,7 +68,7 @@ struct Operation {
 
 class KilledCounter : public CounterTest {
  protected:
-  static constexpr unsigned kRounds = 600;
+  static constexpr unsigned kRounds = qz_test::rounds(600);
 
   [[noreturn]] void count_until_killed(unsigned round) {
     prctl(PR_SET_PDEATHSIG, SIGKILL);

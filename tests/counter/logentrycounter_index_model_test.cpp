@@ -13,6 +13,7 @@
 #include "tests/counter/counter_model.h"
 #include "tests/counter/other_process.h"
 #include "tests/counter/read_meter.h"
+#include "tests/support/rounds.h"
 
 namespace {
 
@@ -228,7 +229,7 @@ class IndexedSequence : public testing::Test {
 TEST_F(IndexedSequence, RandomOperations_SameResultsPositionsAndBytesAsTheModel) {
   SCOPED_TRACE(random_.trace());
   int sequences = 0;
-  for (; sequences < 60 && !HasFailure(); ++sequences) run(120, 1 + sequences % 3);
+  for (; sequences < rounds(60) && !HasFailure(); ++sequences) run(120, 1 + sequences % 3);
   std::cout << "sequences compared: " << sequences << ", operations: " << operations_ << ", of them from memory "
             << searches_from_memory_ << ", changes by others: " << changes_ << ", " << random_.trace() << "\n";
   EXPECT_GT(searches_from_memory_, operations_ / 10);

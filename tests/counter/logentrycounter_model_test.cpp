@@ -12,6 +12,7 @@
 #include "qzlog/logentrycounter.h"
 #include "tests/counter/counter_fixture.h"
 #include "tests/counter/counter_model.h"
+#include "tests/support/rounds.h"
 
 namespace {
 
@@ -233,7 +234,7 @@ class CounterSequence : public testing::Test {
 TEST_F(CounterSequence, RandomOperations_SameResultsPositionsAndBytesAsTheModel) {
   SCOPED_TRACE(random_.trace());
   int sequences = 0;
-  for (; sequences < kSequences && !HasFailure(); ++sequences) run();
+  for (; sequences < rounds(kSequences) && !HasFailure(); ++sequences) run();
   std::cout << "sequences compared: " << sequences << ", operations: " << steps_ << ", " << random_.trace() << "\n";
 }
 

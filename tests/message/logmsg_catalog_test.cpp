@@ -261,7 +261,9 @@ TEST_F(MessageCatalog, PathOutsideAscii_Opens) {
 }
 
 TEST_F(MessageCatalog, OpeningWithoutMemory_MemoryAlloc) {
-  const std::string path = kCatalogs + "/whole";
+  std::string path = kCatalogs;
+  for (int i = 0; i < 50; ++i) path += "/.";  // longer than the texts for which a thread keeps memory
+  path += "/whole";
   EXPECT_GT(FailEveryAllocation([&] { _qz_LOG_log_message::set_resource_path(path.c_str()); }), 0U);
   EXPECT_EQ(string_of("greeting"), "Hello %s%Name%");
 }

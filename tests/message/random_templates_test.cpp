@@ -9,6 +9,7 @@
 #include "tests/message/fresh_process.h"
 #include "tests/message/icu_templates.h"
 #include "tests/message/readable_messages.h"
+#include "tests/support/rounds.h"
 
 namespace qz_test {
 namespace {
@@ -138,7 +139,7 @@ TEST_F(IcuTemplates, RandomTemplatesValuesLocalesAndCodePages_AsTheOracle) {
   SCOPED_TRACE(random.trace());
   RandomTemplates drawn(random, entry_);
   int ends[3] = {};
-  for (int i = 0; i < 2500 && !testing::Test::HasFailure(); ++i) {
+  for (int i = 0; i < rounds(2500) && !testing::Test::HasFailure(); ++i) {
     set_template(drawn.text());
     for (int round = 0; round < 3; ++round) {
       const char* const locale = kLocales[random.between(0, 9)];
@@ -150,8 +151,8 @@ TEST_F(IcuTemplates, RandomTemplatesValuesLocalesAndCodePages_AsTheOracle) {
     }
   }
   // Most of what is drawn has to be of use.
-  EXPECT_GT(ends[static_cast<int>(OracleEnd::kMessage)], 3000);
-  EXPECT_GT(ends[static_cast<int>(OracleEnd::kPatternRefused)], 50);
+  EXPECT_GT(ends[static_cast<int>(OracleEnd::kMessage)], rounds(3000));
+  EXPECT_GT(ends[static_cast<int>(OracleEnd::kPatternRefused)], rounds(50));
 }
 
 /// Entries with the definition of the table, which the forms for callers render.
@@ -164,7 +165,7 @@ class CallersForms {
   void draw(int count, Check check) {
     SCOPED_TRACE(random_.trace());
     auto* const definition = qz_LOG_LogConfig::GetDefinitionTable()->find_entry(MessageRendering::kEntryId);
-    for (int i = 0; i < count && !testing::Test::HasFailure(); ++i) {
+    for (int i = 0; i < rounds(count) && !testing::Test::HasFailure(); ++i) {
       const icu::UnicodeString text = drawn_.text();
       const char* const locale = kLocales[random_.between(0, 9)];
       RenderingSettings::set_icu_locale(locale);

@@ -21,6 +21,7 @@
 ///   SeededRandom random; SCOPED_TRACE(random.trace());             QZLOG_TEST_SEED=n repeats a failed run
 #include "tests/support/allocation_failure.h"
 #include "tests/support/debug_log_file.h"
+#include "tests/support/rounds.h"
 #include "tests/support/scoped_environment.h"
 #include "tests/support/seeded_random.h"
 #include "tests/support/temp_dir.h"

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/ldf_file.h"
+#include "tests/support/rounds.h"
 #include "tests/tools/compiler/example_model.h"
 #include "tests/tools/compiler/ldf_forms.h"
 #include "tests/tools/compiler/random_stored_model.h"
@@ -92,7 +93,7 @@ TEST(WriteAnnotation, DamagedFiles_AreCoveredOnce) {
   qz_test::SeededRandom random;
   SCOPED_TRACE(random.trace());
   RandomStoredModel maker(random);
-  for (int round = 0; round < 3000; ++round) {
+  for (int round = 0; round < qz_test::rounds(3000); ++round) {
     const std::string bytes = damaged(write_ldf(maker.make()), random);
     ASSERT_EQ(shown_bytes(annotation_of(bytes)), bytes);
   }

@@ -171,7 +171,7 @@ TEST(LdfSurvey, ManyDamages_AreCountedAndTheFirstAreKept) {
 
 TEST(LdfSurvey, HugeCounts_EndWithTheFile) {
   std::string bytes = example_bytes();
-  for (const std::size_t at : {40, 48}) bytes = with_int4(bytes, at, 0xFFFFFFFF);
+  for (const std::size_t at : {40U, 48U}) bytes = with_int4(bytes, at, 0xFFFFFFFF);
   EXPECT_LE(LdfSurvey(bytes).pairs().size(), bytes.size() / 8);
 }
 

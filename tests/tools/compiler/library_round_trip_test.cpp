@@ -13,6 +13,7 @@
 #include "qzlog/logcfg.h"
 #include "qzlog/logentry.h"
 #include "qzlog/qz_locale.h"
+#include "tests/support/rounds.h"
 #include "tests/support/settings_test.h"
 #include "tests/tools/compiler/model_text.h"
 #include "tests/tools/compiler/random_model.h"
@@ -192,7 +193,7 @@ std::set<std::uint32_t> diagnosed_entries(const CompileResult& result) {
 TEST_F(LibraryRoundTrip, RandomModel_AfterYamlAndCompiledFile_IsTheSame) {
   qz_test::SeededRandom random;
   SCOPED_TRACE(random.trace());
-  for (int i = 0; i < 50 && !HasFailure(); ++i) {
+  for (int i = 0; i < qz_test::rounds(50) && !HasFailure(); ++i) {
     RandomModel made = random_model::make_model(random);
     const CompileResult result = compile_source(random_model::to_yaml(made.model, random), "random.yaml", {});
     ASSERT_TRUE(result.ok()) << printed(result.diagnostics);
@@ -221,7 +222,7 @@ TEST_F(LibraryRoundTrip, RandomModel_AfterYamlAndCompiledFile_IsTheSame) {
 TEST_F(LibraryRoundTrip, RandomModel_Loaded_HasTheSameAttributesAndMasks) {
   qz_test::SeededRandom random;
   SCOPED_TRACE(random.trace());
-  for (int i = 0; i < 20 && !HasFailure(); ++i) {
+  for (int i = 0; i < qz_test::rounds(20) && !HasFailure(); ++i) {
     const RandomModel made = random_model::make_model(random);
     const CompileResult result = compile_source(random_model::to_yaml(made.model, random), "random.yaml", {});
     ASSERT_TRUE(result.ok()) << printed(result.diagnostics);
@@ -296,7 +297,7 @@ TEST_F(LibraryRoundTrip, RandomModel_OnEachPath_ShowsEveryMessageAsWritten) {
   for (const MessagePath path : {MessagePath::kIcu, MessagePath::kNarrow}) {
     use_path(path);
     int checked = 0;
-    for (int i = 0; i < 20 && !HasFailure(); ++i) {
+    for (int i = 0; i < qz_test::rounds(20) && !HasFailure(); ++i) {
       const RandomModel made = random_model::make_model(random, options);
       const CompileResult result = compile(random_model::to_yaml(made.model, random));
       ASSERT_TRUE(result.ok()) << printed(result.diagnostics);
@@ -310,7 +311,7 @@ TEST_F(LibraryRoundTrip, RandomModel_OnEachPath_ShowsEveryMessageAsWritten) {
       }
       checked += checker.checked();
     }
-    EXPECT_GT(checked, 50) << "too few messages are without findings";
+    EXPECT_GT(checked, qz_test::rounds(50)) << "too few messages are without findings";
   }
 }
 
@@ -344,7 +345,7 @@ TEST_F(LibraryRoundTrip, AnyText_WithoutAWarning_SurvivesOnThePathsAskedFor) {
       return expected(made.model, entry, pieces);
     });
     for (const EntryDefinition& definition : made.model.entries) checker.check(definition);
-    EXPECT_GT(checker.checked(), 200) << "too few texts are without findings";
+    EXPECT_GT(checker.checked(), qz_test::rounds(200)) << "too few texts are without findings";
   }
 }
 

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "qzlog.h"
+#include "tests/support/rounds.h"
 #include "tests/support/seeded_random.h"
 #include "tests/tools/temporary_folder.h"
 #include "tools/compiler/aux_merge.h"
@@ -177,7 +178,7 @@ TEST(MergeModelsAtRandom, OneFile_ServesCallersLikeTheTwo) {
   SCOPED_TRACE(random.trace());
   ModelMaker maker(random);
   int extended = 0;
-  for (int round = 0; round < 30; ++round) {
+  for (int round = 0; round < qz_test::rounds(64); ++round) {
     const DefinitionModel standard = maker.make("1.0");
     DefinitionModel aux = maker.make("1.0");
     keep_what_extends(aux, standard);
@@ -194,7 +195,7 @@ TEST(MergeModelsAtRandom, OneFile_ServesCallersLikeTheTwo) {
     ASSERT_EQ(describe_all(true), two_icu) << "round " << round;
     ASSERT_EQ(describe_all(false), two_narrow) << "round " << round;
   }
-  EXPECT_GT(extended, 15);
+  EXPECT_GT(extended, qz_test::rounds(15));
   qz_LOG_LogConfig::ClearDefinitions();
 }
 

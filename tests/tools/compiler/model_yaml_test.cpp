@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/rounds.h"
 #include "tests/tools/compiler/example_model.h"
 #include "tests/tools/compiler/random_stored_model.h"
 #include "tools/compiler/compiler.h"
@@ -79,7 +80,7 @@ TEST(WriteYaml, RandomModels_CompileBackToTheSameFile) {
   qz_test::SeededRandom random;
   SCOPED_TRACE(random.trace());
   RandomStoredModel maker(random);
-  for (int round = 0; round < 2000; ++round) {
+  for (int round = 0; round < qz_test::rounds(2000); ++round) {
     const DefinitionModel model = maker.make();
     const ModelYaml yaml = write_yaml(model, nullptr);
     ASSERT_TRUE(yaml.obstacles.empty()) << yaml.obstacles[0].text;
