@@ -4,6 +4,7 @@
 
 #include "tools/catalog/resource_bundle.h"
 #include "tools/compiler/compiler.h"
+#include "tools/compiler/model_merge.h"
 #include "tools/compiler/utf8_text.h"
 
 namespace qzlog_catalog {
@@ -83,7 +84,7 @@ void CatalogMessages::take_model(std::size_t index, const qzlog_compiler::ModelI
   }
 }
 
-/// An entry keeps its own default message when an auxiliary source extends it.
+/// An auxiliary entry that gives no whole message leaves the standard one in place, or the entry without one.
 void CatalogMessages::take_entry(const EntryDefinition& entry, const EntryDefinition* extended, std::size_t model,
                                  CatalogFindings& findings) {
   std::vector<const MessageScope::Attributes*> own = {&entry.attributes};
@@ -91,7 +92,7 @@ void CatalogMessages::take_entry(const EntryDefinition& entry, const EntryDefini
   std::vector<const MessageScope::Attributes*> global = {&models_[model].globals};
   if (model != 0) global.push_back(&models_.front().globals);
   MessageUse use{&entry, nullptr, entry.selector.attribute, names_[model], 0, MessageScope(own, global)};
-  if (extended == nullptr) {
+  if (model == 0 || qzlog_compiler::gives_message(entry)) {
     use.line = entry.message.position.line;
     add(entry.message_id, entry.message, use, findings);
   }

@@ -18,7 +18,7 @@ struct SourcePosition {
   std::uint32_t column = 0;
 
   bool known() const { return line != 0; }
-  friend auto operator<=>(const SourcePosition&, const SourcePosition&) = default;
+  friend auto operator<=>(const SourcePosition&, const SourcePosition&) = default;  // NOLINT(modernize-use-nullptr)
 };
 
 enum class Severity { kError, kWarning };

@@ -74,6 +74,23 @@ TEST(MessageScope, AuxiliaryMessage_FindsTheAttributesOfBothFiles) {
   EXPECT_EQ(messages.find("FULL")->uses[0].scope.find("Owner"), std::nullopt);
 }
 
+TEST(CatalogMessages, AuxiliaryDefaultMessages_ThoseThatTheLibraryAsksFor) {
+  const SourceText auxiliary = {"aux.yaml", R"(version: "2.5"
+entries:
+  - {id: 1, name: FULL, message: "{Name}, {Owner}", message_id: full.owned, attributes: [{name: Owner, type: Char32}]}
+  - {id: 2, name: SAME, message_id: only.a.key}
+  - {id: 7, name: NEW, message_id: a.key.alone, message: ""}
+  - {id: 8, name: NEWER, message: "new"}
+)"};
+  const CatalogMessages messages = messages_of({kStandard, auxiliary});
+  ASSERT_NE(messages.find("full.owned"), nullptr);
+  EXPECT_EQ(messages.find("full.owned")->uses[0].scope.find("Name"), TypeChar32);
+  EXPECT_NE(messages.find("FULL"), nullptr);
+  EXPECT_EQ(messages.find("only.a.key"), nullptr);
+  EXPECT_EQ(messages.find("a.key.alone"), nullptr);
+  EXPECT_NE(messages.find("NEWER"), nullptr);
+}
+
 TEST(CatalogMessages, Moved_StaysUsable) {
   CatalogMessages messages = messages_of({kStandard, kAuxiliary});
   const CatalogMessages moved = std::move(messages);
