@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <functional>
 #include <string>
-#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -45,36 +44,33 @@ struct Case {
   std::string name;
   std::function<void(benchmark::State&)> measure;  ///< as Google Benchmark asks for it
   std::function<void(long count)> repeat;          ///< so many times, and nothing else
-  int threads = 1;
-  bool in_real_time = false;  ///< as cases of several threads always are
-  long iterations = 0;        ///< how often; 0: as often as it takes
+  long iterations = 0;                             ///< how often; 0: as often as it takes
 };
 
 /// All cases, in the order in which they are reported.
 ///
-/// Each is given as a function that makes its job: something to be called again and again. It is called in every
-/// thread (with the thread's index, if it takes one) and for every run, with the settings in force, and its time is not
-/// measured. The job's first call is not measured either.
+/// Each is given as a function that makes its job: something to be called again and again. It is called for every run,
+/// with the settings in force, and its time is not measured. The job's first call is not measured either.
 class CaseList {
  public:
   /// A job that takes a buffer of kTextSize + 1 bytes and returns its text, in the buffer or somewhere else, which must
   /// be the one expected before anything is measured.
   template <typename MakeJob>
   Case& add_text(const std::string& name, const Settings& settings, const Expected& expected, MakeJob make_job) {
-    const auto prepare = [=](int thread) {
+    const auto prepare = [=] {
       apply(settings);
-      auto job = call_with(make_job, thread);
+      auto job = make_job();
       char buffer[kTextSize + 1];
       check_text(name, expected.text(), job(buffer));
       return job;
     };
     const auto measure_all = [=](benchmark::State& state) {
-      auto job = prepare(state.thread_index());
+      auto job = prepare();
       char buffer[kTextSize + 1];
       measure(state, [&] { benchmark::DoNotOptimize(job(buffer)); });
     };
     const auto repeat = [=](long count) {
-      auto job = prepare(0);
+      auto job = prepare();
       char buffer[kTextSize + 1];
       for (long i = 0; i < count; ++i) benchmark::DoNotOptimize(job(buffer));
     };
@@ -84,18 +80,18 @@ class CaseList {
   /// A job that takes and returns nothing; it checks itself what there is to check.
   template <typename MakeJob>
   Case& add(const std::string& name, const Settings& settings, MakeJob make_job) {
-    const auto prepare = [=](int thread) {
+    const auto prepare = [=] {
       apply(settings);
-      auto job = call_with(make_job, thread);
+      auto job = make_job();
       job();
       return job;
     };
     const auto measure_all = [=](benchmark::State& state) {
-      auto job = prepare(state.thread_index());
+      auto job = prepare();
       measure(state, job);
     };
     const auto repeat = [=](long count) {
-      auto job = prepare(0);
+      auto job = prepare();
       for (long i = 0; i < count; ++i) job();
     };
     return add_case(name, measure_all, repeat);
@@ -120,15 +116,6 @@ class CaseList {
   const Case* find(const std::string& name) const;
 
  private:
-  template <typename Make>
-  static auto call_with(const Make& make, [[maybe_unused]] int thread) {
-    if constexpr (std::is_invocable_v<const Make&, int>) {
-      return make(thread);
-    } else {
-      return make();
-    }
-  }
-
   template <typename Step>
   static void measure(benchmark::State& state, Step&& step) {
     const long before = allocation_count();

@@ -1,27 +1,10 @@
 // Floor: the same values printed with fmt into a buffer, and nothing else.
-#include <fmt/format.h>
-
 #include "bench/case.h"
-#include "bench/run_time_value.h"
+#include "bench/fmt_job.h"
 #include "bench/workloads.h"
 
 namespace qzlog_bench {
 namespace {
-
-template <typename Workload, const char* kFormat>
-class FmtJob {
- public:
-  const char* operator()(char* buffer) {
-    make_unknown(workload_);
-    char* const end = std::apply([&](const auto&... values) { return fmt::format_to(buffer, kFormat, values...); },
-                                 workload_.values());
-    *end = '\0';
-    return buffer;
-  }
-
- private:
-  Workload workload_;
-};
 
 template <typename Workload>
 void add_case(CaseList& cases) {

@@ -41,9 +41,6 @@ CaseList all_cases() {
 void register_case(const Case& each) {
   benchmark::internal::Benchmark* const registered = benchmark::RegisterBenchmark(each.name.c_str(), each.measure);
   if (each.iterations != 0) registered->Iterations(each.iterations);
-  if (each.threads > 1) registered->Threads(each.threads);
-  // Threads that wait for each other use no processor time.
-  if (each.threads > 1 || each.in_real_time) registered->UseRealTime();
 }
 
 int run_benchmarks(const CaseList& cases, int argc, char** argv) {

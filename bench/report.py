@@ -25,7 +25,7 @@ class Measurements:
             with open(path, encoding="utf-8") as file:
                 for entry in json.load(file)["benchmarks"]:
                     if entry.get("aggregate_name") == "median":
-                        self.cases[re.sub(r"/(iterations:\d+|threads:\d+|real_time)", "", entry["run_name"])] = entry
+                        self.cases[re.sub(r"/iterations:\d+", "", entry["run_name"])] = entry
 
     def time(self, case):
         """Nanoseconds of processor time per operation."""
@@ -156,11 +156,14 @@ def refused_table(measured, verdict):
 def thread_table(measured, verdict):
     rows = []
     for path in ("narrow", "icu_plain"):
-        one = measured.counter(f"threads/{path}/one", "items_per_second")
-        for ids in ("two_same_id", "two_different_ids"):
-            ratio = measured.counter(f"threads/{path}/{ids}", "items_per_second") / one
-            rows.append([f"A, {path}, {ids.replace('_', ' ')}", f"{ratio:.2f} x", "1.85 x", verdict.mark(ratio >= 1.85)])
-    print_table("Messages per second of two threads, in multiples of one thread", ["", "qzlog", "at least", ""], rows)
+        for ids in ("same_id", "different_ids"):
+            ratio = measured.counter(f"threads/{path}/{ids}", "of_one")
+            rounds = round(measured.counter(f"threads/{path}/{ids}", "rounds"))
+            mark = verdict.mark(ratio >= 1.85) if rounds > 5 else "the machine has no two processors to give"
+            rows.append([f"A, {path}, {ids.replace('_', ' ')}", f"{ratio:.2f} x", "1.85 x", mark,
+                         f"{measured.counter(f'threads/{path}/{ids}', 'of_one_fmt'):.2f} x", f"{rounds} of 75"])
+    print_table("Messages per second of two threads, in multiples of one thread, where fmt shows two processors",
+                ["", "qzlog", "at least", "", "fmt", "rounds"], rows)
 
 
 def lookup_table(measured, verdict):

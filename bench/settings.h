@@ -36,8 +36,7 @@ inline Settings narrow_path() { return {}; }
 inline Settings narrow_path_with(Definitions definitions) { return {.definitions = definitions}; }
 inline Settings icu_path(qz_Locale locale = QZ_LOCALE_EN_US) { return {.icu = true, .locale = locale}; }
 
-/// Puts the settings into force unless they are already. The threads of one case may all call it before their first
-/// entry.
+/// Puts the settings into force unless they are already.
 void apply(const Settings& settings);
 
 }  // namespace qzlog_bench

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "definitions/ldf_def.h"
+#include "foundation/cache_line.h"
 #include "foundation/counted_ref.h"
 #include "foundation/no_copies.h"
 #include "foundation/thread_instance.h"
@@ -19,7 +20,7 @@ class _qz_LOG_thread_holds;
 /// The thread that made it counts without synchronisation as long as it keeps the hold for further entries. Other
 /// threads, which may destroy the entries, count what they release in an atomic balance; when the thread gives the hold
 /// up, its own count joins the balance, and whoever brings that to zero deletes the hold.
-class _qz_LOG_definition_hold : public qz_UTIL_no_inadvertant_copies {
+class alignas(qz_kCacheLine) _qz_LOG_definition_hold : public qz_UTIL_no_inadvertant_copies {
  public:
   _qz_LOG_definition_hold(const _qz_LOG_thread_holds* owner, _qz_LOG_definition_ref definition)
       : definition_(std::move(definition)), owner_(owner) {}

@@ -125,7 +125,8 @@ TEST(UstringMemory, MoreShortTextsThanAThreadKeepsMemoryFor_Throw) {
 
 TEST(UstringMemory, ShortTextAgain_TakesTheMemoryOfTheOneBefore) {
   if (qz_ThreadBlocks<int>::kMost == 0) GTEST_SKIP() << "every object has memory of its own here";
-  { const _qz_LOG_ustring first("text"); }
+  // The first makes the thread begin to keep memory, the second leaves its own.
+  for (const char* const text : {"text", "other"}) const _qz_LOG_ustring value(text);
   EXPECT_EQ(FailEveryAllocation([] { const _qz_LOG_ustring value("another"); }), 0U);
 }
 
@@ -140,7 +141,7 @@ TEST(UstringMemory, NoText_NeedsNone) {
 }
 
 TEST(UstringMemory, AssignmentWithoutMemory_ThrowsAndKeepsTheText) {
-  { const _qz_LOG_ustring first("from now on the thread keeps memory"); }
+  for (const char* const text : {"from now on", "the thread keeps memory"}) const _qz_LOG_ustring value(text);
   const _qz_LOG_ustring source(long_text('n').c_str());
   _qz_LOG_ustring target("old");
   EXPECT_EQ(FailEveryAllocation([&] { target = source; }, [&] { expect_text(target, "old"); }), 1U);

@@ -64,6 +64,20 @@ TEST(ThreadBlocks, GivenBack_TheLatestIsTakenNext) {
   });
 }
 
+TEST(ThreadBlocks, Kept_HasItsCacheLinesForItself) {
+  if (Blocks::kMost == 0) GTEST_SKIP() << "nothing is kept under the address sanitizer";
+  in_thread([] {
+    Blocks::give(take_filled(0));
+    std::vector<void*> blocks;
+    for (unsigned i = 0; i < 40; ++i) blocks.push_back(take_filled(1));
+    EXPECT_EQ(std::count_if(blocks.begin(), blocks.end(), qz_is_apart), Blocks::kMost) << "as many as can be kept";
+    for (void* const block : blocks) Blocks::give(block);
+    void* const kept = Blocks::take();
+    EXPECT_TRUE(qz_is_apart(kept));
+    Blocks::give(kept);
+  });
+}
+
 TEST(ThreadBlocks, AllInUse_Different) {
   in_thread([] {
     std::vector<void*> blocks;
