@@ -25,13 +25,15 @@ class alignas(qz_kCacheLine) qz_ThreadBlocks : public qz_UTIL_no_inadvertant_cop
   /// Null without memory.
   static void* take() noexcept {
     qz_ThreadBlocks* const blocks = qz_ThreadInstance<qz_ThreadBlocks>::find();
-    if (blocks != nullptr && blocks->count_ != 0) return blocks->blocks_[--blocks->count_];
+    if (blocks != nullptr && blocks->count_ != 0) [[likely]]
+      return blocks->blocks_[--blocks->count_];
     return make(blocks);
   }
   static void give(void* block) noexcept {
     qz_ThreadBlocks* blocks = qz_ThreadInstance<qz_ThreadBlocks>::find();
-    if (blocks == nullptr) blocks = begin_to_keep();
-    if (blocks != nullptr && blocks->count_ < kMost && qz_is_apart(block)) {
+    if (blocks == nullptr) [[unlikely]]
+      blocks = begin_to_keep();
+    if (blocks != nullptr && blocks->count_ < kMost && qz_is_apart(block)) [[likely]] {
       blocks->blocks_[blocks->count_++] = block;
     } else {
       qz_destroy_block(block);
@@ -43,7 +45,7 @@ class alignas(qz_kCacheLine) qz_ThreadBlocks : public qz_UTIL_no_inadvertant_cop
   friend class qz_ThreadInstance;
   qz_ThreadBlocks() = default;
 
-  static void* make(qz_ThreadBlocks* blocks) noexcept {
+  [[gnu::noinline]] static void* make(qz_ThreadBlocks* blocks) noexcept {
     const bool apart = blocks != nullptr && blocks->made_apart_ < kMost;
     void* const block = qz_make_block(sizeof(T), apart);
     if (apart && block != nullptr) ++blocks->made_apart_;
@@ -51,7 +53,7 @@ class alignas(qz_kCacheLine) qz_ThreadBlocks : public qz_UTIL_no_inadvertant_cop
   }
 
   /// Null when the thread is over or there is no memory: blocks are then freed at once.
-  static qz_ThreadBlocks* begin_to_keep() noexcept {
+  [[gnu::noinline]] static qz_ThreadBlocks* begin_to_keep() noexcept {
     if (kMost == 0 || qz_ThreadInstance<qz_ThreadBlocks>::is_over()) return nullptr;
     try {
       return &qz_ThreadInstance<qz_ThreadBlocks>::make();
