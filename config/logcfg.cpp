@@ -8,6 +8,7 @@
 #include "definitions/ldf_load.h"
 #include "foundation/allocate.h"
 #include "foundation/atomic_word.h"
+#include "foundation/never_destroyed.h"
 #include "foundation/owned_text.h"
 #include "message/logmsg.h"
 #include "util/debug_record.h"
@@ -25,11 +26,11 @@ qz_SynchronizationLevelType synchronization_level = QZ_SYNCHRONIZATION_FLUSH;
 bool count_config_enabled = false;
 
 // Guarded by qz_THREAD_global_lock, like the definition table and the catalog while they are loaded.
-qz_OwnedText definition_path;
-qz_OwnedText aux_definition_path;
-qz_OwnedText code_page;
-std::unique_ptr<_qz_LOG_configuration> configuration_source;
-_qz_LOG_log_definition_tbl definition_table;
+qz_NeverDestroyed<qz_OwnedText> definition_path;
+qz_NeverDestroyed<qz_OwnedText> aux_definition_path;
+qz_NeverDestroyed<qz_OwnedText> code_page;
+qz_NeverDestroyed<std::unique_ptr<_qz_LOG_configuration>> configuration_source;
+qz_NeverDestroyed<_qz_LOG_log_definition_tbl> definition_table;
 
 const char* text_or_empty(const qz_OwnedText& text) { return text != nullptr ? text.get() : ""; }
 
@@ -75,11 +76,11 @@ void qz_LOG_LogConfig::SetActionAttrLenExceed(int action) {
 
 int qz_LOG_LogConfig::GetActionAttrLenExceed() { return load_word(action_on_exceed); }
 
-_qz_LOG_log_definition_tbl* qz_LOG_LogConfig::GetDefinitionTable() { return &definition_table; }
+_qz_LOG_log_definition_tbl* qz_LOG_LogConfig::GetDefinitionTable() { return definition_table.get(); }
 
 void qz_LOG_LogConfig::ClearDefinitions() {
   const qz_THREAD_global_lock lock;
-  definition_table.clear();
+  definition_table->clear();
   _qz_LOG_log_definition::clear_global_attr_info();
   QZ_DEBUG_RECORD(2, kSource, "%s:%d qz_LOG_LogConfig::ClearDefinitions, ok!\n");
 }
@@ -90,12 +91,12 @@ void qz_LOG_LogConfig::SetDefinitionPath(const char* path) {
     QZ_DEBUG_RECORD(1, kSource, "%s:%d qz_LOG_LogConfig::SetDefinitionPath, path==0!\n");
     throw_invalid_argument();
   }
-  store_text(definition_path, path);
-  definition_table.set_precompiled_definition_file_path(definition_path.get());
-  QZ_DEBUG_RECORD(2, kSource, "%s:%d qz_LOG_LogConfig::SetDefinitionPath, path=%s!\n", definition_path.get());
+  store_text(*definition_path, path);
+  definition_table->set_precompiled_definition_file_path(definition_path->get());
+  QZ_DEBUG_RECORD(2, kSource, "%s:%d qz_LOG_LogConfig::SetDefinitionPath, path=%s!\n", definition_path->get());
 }
 
-const char* qz_LOG_LogConfig::GetDefinitionPath() { return text_or_empty(definition_path); }
+const char* qz_LOG_LogConfig::GetDefinitionPath() { return text_or_empty(*definition_path); }
 
 void qz_LOG_LogConfig::SetAuxDefinitionPath(const char* path) {
   if (path == nullptr) {
@@ -103,12 +104,12 @@ void qz_LOG_LogConfig::SetAuxDefinitionPath(const char* path) {
     throw_invalid_argument();
   }
   const qz_THREAD_global_lock lock;
-  store_text(aux_definition_path, path);
-  definition_table.set_precompiled_aux_definition_file_path(aux_definition_path.get());
-  QZ_DEBUG_RECORD(2, kSource, "%s:%d qz_LOG_LogConfig::SetAuxDefinitionPath, path=%s!\n", aux_definition_path.get());
+  store_text(*aux_definition_path, path);
+  definition_table->set_precompiled_aux_definition_file_path(aux_definition_path->get());
+  QZ_DEBUG_RECORD(2, kSource, "%s:%d qz_LOG_LogConfig::SetAuxDefinitionPath, path=%s!\n", aux_definition_path->get());
 }
 
-const char* qz_LOG_LogConfig::GetAuxDefinitionPath() { return text_or_empty(aux_definition_path); }
+const char* qz_LOG_LogConfig::GetAuxDefinitionPath() { return text_or_empty(*aux_definition_path); }
 
 void qz_LOG_LogConfig::SetMessageCatalogPath(const char* path) {
   if (!IsICUEnabled()) return;
@@ -136,16 +137,16 @@ void qz_LOG_LogConfig::SetCodePage(const char* name) {
     throw_invalid_argument();
   }
   const qz_THREAD_global_lock lock;
-  store_text(code_page, name);
-  QZ_DEBUG_RECORD(2, kSource, "%s:%d qz_LOG_LogConfig::SetCodePage codepage==%s!\n", code_page.get());
+  store_text(*code_page, name);
+  QZ_DEBUG_RECORD(2, kSource, "%s:%d qz_LOG_LogConfig::SetCodePage codepage==%s!\n", code_page->get());
 }
 
-const char* qz_LOG_LogConfig::GetCodePage() { return text_or_empty(code_page); }
+const char* qz_LOG_LogConfig::GetCodePage() { return text_or_empty(*code_page); }
 
 void qz_LOG_LogConfig::SetConfigurationSource(const char* path, qz_ConfigurationSourceType type) {
   if (path == nullptr) {
     has_configuration_source_ = false;
-    configuration_source.reset();
+    configuration_source->reset();
     return;
   }
   if (type != QZ_CONFIGURATION_FILE_MAY_BE_MISSING && !file_exists(path)) {
@@ -154,8 +155,8 @@ void qz_LOG_LogConfig::SetConfigurationSource(const char* path, qz_Configuration
   }
   const qz_THREAD_global_lock lock;
   has_configuration_source_ = false;
-  configuration_source.reset();
-  configuration_source.reset(qz_new<_qz_LOG_file_configuration>(path));
+  configuration_source->reset();
+  configuration_source->reset(qz_new<_qz_LOG_file_configuration>(path));
   has_configuration_source_ = true;
 }
 
@@ -167,4 +168,4 @@ bool qz_LOG_LogConfig::GetConfigurationIntegerValue(const char* section, const c
 
 std::atomic<bool> qz_LOG_LogConfig::has_configuration_source_{false};
 
-_qz_LOG_configuration* qz_LOG_LogConfig::_get_configuration_ptr() { return configuration_source.get(); }
+_qz_LOG_configuration* qz_LOG_LogConfig::_get_configuration_ptr() { return configuration_source->get(); }

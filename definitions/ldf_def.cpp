@@ -8,6 +8,7 @@
 
 #include "foundation/allocate.h"
 #include "foundation/hashing.h"
+#include "foundation/never_destroyed.h"
 
 _qz_LOG_attribute_entry** _qz_LOG_log_definition::p_global_attr_entries = nullptr;
 unsigned char _qz_LOG_log_definition::n_global_attr_entries = 0;
@@ -16,13 +17,7 @@ namespace {
 
 constexpr unsigned char kMaxCount = std::numeric_limits<unsigned char>::max();
 
-// Before the guard below, which still needs it.
-qz_HashIndex global_attribute_index;
-
-/// Releases the global attributes when the library is unloaded.
-struct GlobalAttributesGuard {
-  ~GlobalAttributesGuard() { _qz_LOG_log_definition::clear_global_attr_info(); }
-} global_attributes_guard;
+qz_NeverDestroyed<qz_HashIndex> global_attribute_index;
 
 // The lists of attributes and of selector messages: arrays of owned elements, exactly as long as their 8-bit counts.
 
@@ -218,10 +213,10 @@ void _qz_LOG_log_definition::clear_attr_info() {
 
 void _qz_LOG_log_definition::add_global_attr_info(const char* name, unsigned char type) {
   const auto replaced = take_global_attribute(find_global_attribute(_qz_LOG_attribute_name(name)));
-  reserve_in_index(p_global_attr_entries, n_global_attr_entries, global_attribute_index);
+  reserve_in_index(p_global_attr_entries, n_global_attr_entries, *global_attribute_index);
   append_to_list(p_global_attr_entries, n_global_attr_entries,
                  std::unique_ptr<_qz_LOG_attribute_entry>(qz_new<_qz_LOG_attribute_entry>(name, nullptr, type)));
-  index_last(p_global_attr_entries, n_global_attr_entries, global_attribute_index);
+  index_last(p_global_attr_entries, n_global_attr_entries, *global_attribute_index);
 }
 
 bool _qz_LOG_log_definition::get_global_attr_info_by_name(const char* name, unsigned char& type) {
@@ -241,7 +236,7 @@ void _qz_LOG_log_definition::get_global_attr_info_by_index(unsigned char i, cons
 
 void _qz_LOG_log_definition::clear_global_attr_info() {
   destroy_list(p_global_attr_entries, n_global_attr_entries);
-  global_attribute_index.clear();
+  global_attribute_index->clear();
 }
 
 // The release pairs with the acquire of the last holder, so that it destroys what all others have finished reading.
@@ -264,14 +259,14 @@ _qz_LOG_attribute_entry* _qz_LOG_log_definition::find_global_attribute(const _qz
 }
 
 unsigned _qz_LOG_log_definition::find_global_position(const _qz_LOG_attribute_name& name) {
-  return find_position(p_global_attr_entries, n_global_attr_entries, global_attribute_index, name);
+  return find_position(p_global_attr_entries, n_global_attr_entries, *global_attribute_index, name);
 }
 
 /// Null when it is not a global attribute.
 std::unique_ptr<_qz_LOG_attribute_entry> _qz_LOG_log_definition::take_global_attribute(
     const _qz_LOG_attribute_entry* entry) {
   auto taken = take_from_list(p_global_attr_entries, n_global_attr_entries, entry);
-  if (taken != nullptr) reindex(p_global_attr_entries, n_global_attr_entries, global_attribute_index);
+  if (taken != nullptr) reindex(p_global_attr_entries, n_global_attr_entries, *global_attribute_index);
   return taken;
 }
 

@@ -7,6 +7,7 @@
 
 #include "definitions/def_read.h"
 #include "foundation/allocate.h"
+#include "foundation/unshared_file.h"
 #include "qzlog/file_io.h"
 
 namespace {
@@ -29,7 +30,7 @@ void require(bool transferred) {
 void seek_to(std::FILE* file, long long offset) { require(QZ_fseek(file, offset, SEEK_SET) == 0); }
 
 qz_FileHandle open_definition_file(const char* path) {
-  qz_FileHandle file(QZ_fopen(path, "rb"));
+  qz_FileHandle file = qz_open_unshared(path);
   if (file != nullptr) return file;
   qz_String text("<QZX_logging_invalid_definition> Unable to access definition file \"");
   text += path;

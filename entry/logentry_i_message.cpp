@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <atomic>
 #include <cstring>
 #include <new>
 
@@ -16,8 +17,15 @@ constexpr long kScratchSize = 65536;
 
 /// Whether readable messages are switched off for the life of the process, asked once.
 bool is_disabled() {
-  static const char* const bIsDisable = QZ_getenv("_QZ_DISABLE_READABLE_MSG");
-  return bIsDisable != nullptr;
+  enum Answer : int { kNotAsked, kNo, kYes };
+  static constinit std::atomic<Answer> bIsDisable{kNotAsked};
+  Answer answer = bIsDisable.load(std::memory_order_relaxed);
+  if (answer == kNotAsked) [[unlikely]] {
+    const Answer fresh = QZ_getenv("_QZ_DISABLE_READABLE_MSG") != nullptr ? kYes : kNo;
+    // The first answer stays.
+    if (bIsDisable.compare_exchange_strong(answer, fresh, std::memory_order_relaxed)) answer = fresh;
+  }
+  return answer == kYes;
 }
 
 // Made for the code page of the first message rendered, and kept: a later change of the code page does not matter to

@@ -4,13 +4,16 @@
 #include <mutex>
 #include <shared_mutex>
 
+#include "foundation/fork_gate.h"
 #include "foundation/no_copies.h"
+
+/// The locks of the library. None is held by another thread when a process forks, so that none is left behind locked.
 
 /// Many readers or one writer. A thread that holds one side never asks for the other.
 class qz_LOG_CRWLock : public qz_UTIL_no_inadvertant_copies {
  public:
   /// The attributes are always null; the parameter is part of the callers' form.
-  explicit qz_LOG_CRWLock(void* attributes);
+  explicit constexpr qz_LOG_CRWLock(void* /*attributes*/) {}
 
  private:
   friend class qz_LOG_CReaderSentry;
@@ -24,6 +27,7 @@ class qz_LOG_CReaderSentry : public qz_UTIL_no_inadvertant_copies {
   explicit qz_LOG_CReaderSentry(qz_LOG_CRWLock& lock) : hold_(lock.mutex_) {}
 
  private:
+  qz_ForkDelay fork_delay_;
   std::shared_lock<std::shared_mutex> hold_;
 };
 
@@ -33,14 +37,37 @@ class qz_LOG_CWriterSentry : public qz_UTIL_no_inadvertant_copies {
   explicit qz_LOG_CWriterSentry(qz_LOG_CRWLock& lock) : hold_(lock.mutex_) {}
 
  private:
+  qz_ForkDelay fork_delay_;
   std::unique_lock<std::shared_mutex> hold_;
+};
+
+/// One holder. Never taken twice by one thread.
+class qz_Mutex : public qz_UTIL_no_inadvertant_copies {
+ public:
+  constexpr qz_Mutex() = default;
+
+ private:
+  friend class qz_MutexSentry;
+  std::mutex mutex_;
+};
+
+/// Holds a mutex as long as it lives.
+class qz_MutexSentry : public qz_UTIL_no_inadvertant_copies {
+ public:
+  explicit qz_MutexSentry(qz_Mutex& mutex) : hold_(mutex.mutex_) {}
+
+ private:
+  qz_ForkDelay fork_delay_;
+  std::lock_guard<std::mutex> hold_;
 };
 
 /// Holds the one process-wide mutex, the guard of the global settings. Never taken twice by one thread.
 class qz_THREAD_global_lock : public qz_UTIL_no_inadvertant_copies {
  public:
   qz_THREAD_global_lock();
-  ~qz_THREAD_global_lock();
+
+ private:
+  qz_MutexSentry hold_;
 };
 
 #endif  // QZLOG_FOUNDATION_LOCKS_H

@@ -7,6 +7,8 @@
 #include <cstring>
 #include <ctime>
 
+#include "foundation/fork_gate.h"
+
 namespace {
 
 using std::chrono::days;
@@ -50,6 +52,7 @@ bool clock_seconds_of(const Calendar& calendar, long long& clock_seconds) {
 std::tm local_time_at(long long unix_seconds) {
   std::tm local = {};
   const auto moment = static_cast<std::time_t>(unix_seconds);
+  const qz_ForkDelay fork_delay;  // the C library locks its time zone
   if (localtime_r(&moment, &local) == nullptr) return {};
   return local;
 }

@@ -7,6 +7,7 @@
 
 #include <unicode/ustring.h>
 
+#include "foundation/fork_gate.h"
 #include "foundation/thread_instance.h"
 
 namespace {
@@ -14,7 +15,10 @@ namespace {
 /// The converter that a thread used last, nearly always the one it needs next.
 class ThreadConverter : public qz_UTIL_no_inadvertant_copies {
  public:
-  ~ThreadConverter() { ucnv_close(converter_); }
+  ~ThreadConverter() {
+    const qz_ForkDelay fork_delay;
+    ucnv_close(converter_);
+  }
 
   /// Null when there is no such code page.
   UConverter* get(const char* code_page) {
@@ -36,6 +40,7 @@ class ThreadConverter : public qz_UTIL_no_inadvertant_copies {
 class ThreadClones : public qz_UTIL_no_inadvertant_copies {
  public:
   ~ThreadClones() {
+    const qz_ForkDelay fork_delay;
     for (const Clone& clone : clones_) ucnv_close(clone.converter);
   }
 
@@ -88,6 +93,7 @@ bool is_utf8_the_default() {
 #if U_CHARSET_IS_UTF8
   return true;
 #else
+  const qz_ForkDelay fork_delay;
   return ucnv_compareNames(ucnv_getDefaultName(), "UTF-8") == 0;
 #endif
 }
@@ -98,19 +104,23 @@ bool encode_with(UConverter* converter, const icu::UnicodeString& text, char* bu
   return U_SUCCESS(status);
 }
 
+bool is_utf8_by_name(const char* code_page) {
+  // The names in use first: comparing as ICU does costs more than most of what depends on it.
+  return std::strcmp(code_page, "UTF-8") == 0 || std::strcmp(code_page, "UTF8") == 0 ||
+         ucnv_compareNames(code_page, "UTF-8") == 0;
+}
+
 }  // namespace
 
 bool is_utf8(const char* code_page) {
-  // The names in use first: comparing as ICU does costs more than most of what depends on it.
-  if (std::strcmp(code_page, "UTF-8") == 0 || std::strcmp(code_page, "UTF8") == 0) return true;
-  if (code_page[0] == '\0') return is_utf8_the_default();
-  return ucnv_compareNames(code_page, "UTF-8") == 0;
+  return code_page[0] == '\0' ? is_utf8_the_default() : is_utf8_by_name(code_page);
 }
 
 icu::UnicodeString decode_text(const char* text, const char* code_page) {
   // ICU opens a converter for every text in a named code page; its default converter and UTF-8 have ways of their own.
+  if (code_page[0] != '\0' && is_utf8_by_name(code_page)) return icu::UnicodeString::fromUTF8(text);
+  const qz_ForkDelay fork_delay;
   if (code_page[0] == '\0') return icu::UnicodeString(text);
-  if (is_utf8(code_page)) return icu::UnicodeString::fromUTF8(text);
   return with_thread_instance<ThreadConverter>([&](ThreadConverter& converters) {
     icu::UnicodeString decoded;
     UConverter* const converter = converters.get(code_page);
@@ -158,6 +168,7 @@ bool append_utf8(const icu::UnicodeString& text, qz_TextBuffer& target) {
 }
 
 bool encode_text(const icu::UnicodeString& text, const char* code_page, char* buffer, int capacity, int& length) {
+  const qz_ForkDelay fork_delay;
   return with_thread_instance<ThreadConverter>([&](ThreadConverter& converters) {
     UConverter* const converter = converters.get(code_page);
     return converter != nullptr && encode_with(converter, text, buffer, capacity, length);
@@ -166,7 +177,7 @@ bool encode_text(const icu::UnicodeString& text, const char* code_page, char* bu
 
 bool SharedConverter::make_once(const char* code_page, bool keep_failure) {
   if (made_.load(std::memory_order_acquire)) return true;
-  const std::lock_guard<std::mutex> lock(making_);
+  const qz_MutexSentry lock(making_);
   if (made_.load(std::memory_order_relaxed)) return true;
   UErrorCode status = U_ZERO_ERROR;
   prototype_ = ucnv_open(code_page[0] != '\0' ? code_page : nullptr, &status);
@@ -177,6 +188,7 @@ bool SharedConverter::make_once(const char* code_page, bool keep_failure) {
 
 bool SharedConverter::encode(const icu::UnicodeString& text, char* buffer, int capacity, int& length) const {
   if (!made_.load(std::memory_order_acquire) || prototype_ == nullptr) return false;
+  const qz_ForkDelay fork_delay;
   return with_thread_instance<ThreadClones>(
       [&](ThreadClones& clones) { return encode_with(clones.of(prototype_), text, buffer, capacity, length); });
 }

@@ -2,11 +2,11 @@
 #define QZLOG_MESSAGE_CODE_PAGE_H
 
 #include <atomic>
-#include <mutex>
 
 #include <unicode/ucnv.h>
 #include <unicode/unistr.h>
 
+#include "foundation/locks.h"
 #include "foundation/no_copies.h"
 #include "foundation/text_buffer.h"
 
@@ -50,7 +50,7 @@ class SharedConverter : public qz_UTIL_no_inadvertant_copies {
   bool encode(const icu::UnicodeString& text, char* buffer, int capacity, int& length) const;
 
  private:
-  std::mutex making_;
+  qz_Mutex making_;
   std::atomic<bool> made_{false};
   UConverter* prototype_ = nullptr;
   bool is_utf8_ = false;

@@ -51,6 +51,8 @@ class KeptFormat : public qz_UTIL_no_inadvertant_copies {
 /// Used through with_thread_instance.
 class IcuFormats : public qz_UTIL_no_inadvertant_copies {
  public:
+  ~IcuFormats();
+
   const IntegerStyle& integer_style();
   KeptFormat& format_of(const IcuTemplate& message_template);
 

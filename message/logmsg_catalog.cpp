@@ -1,8 +1,6 @@
 #include <functional>
 #include <map>
 #include <memory>
-#include <mutex>
-#include <shared_mutex>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -10,6 +8,8 @@
 #include <unicode/resbund.h>
 
 #include "definitions/message_text.h"
+#include "foundation/locks.h"
+#include "foundation/never_destroyed.h"
 #include "message/logmsg.h"
 #include "qzlog/qz_exception.h"
 #include "qzlog/qz_locale.h"
@@ -20,8 +20,8 @@ namespace {
 constexpr const char* kSource = "logmsg";
 constexpr const char* kStringTable = "STRING_TABLE";
 
-// Guarded by the process-wide lock of the settings. A bundle that failed to open is kept, and never released at unload.
-qz_String resource_path;
+// Guarded by the process-wide lock of the settings. A bundle that failed to open is kept.
+qz_NeverDestroyed<qz_String> resource_path;
 icu::ResourceBundle* p_rsrc_bundle = nullptr;
 
 /// The prepared forms of the open catalog's templates. Rendering threads add to it, so it has a lock of its own.
@@ -29,37 +29,37 @@ class CatalogTemplates {
  public:
   /// Null when it is not there.
   const _qz_LOG_prepared_message* find(std::string_view message_id) const {
-    const std::shared_lock<std::shared_mutex> reader(mutex_);
+    const qz_LOG_CReaderSentry reader(lock_);
     const auto found = templates_.find(message_id);
     return found != templates_.end() ? found->second.get() : nullptr;
   }
   /// Returns the one that is kept: another thread's, if that was faster.
   const _qz_LOG_prepared_message& keep(std::string_view message_id,
                                        std::unique_ptr<const _qz_LOG_prepared_message> fresh) {
-    const std::unique_lock<std::shared_mutex> writer(mutex_);
+    const qz_LOG_CWriterSentry writer(lock_);
     return *templates_.emplace(message_id, std::move(fresh)).first->second;
   }
   void clear() {
-    const std::unique_lock<std::shared_mutex> writer(mutex_);
+    const qz_LOG_CWriterSentry writer(lock_);
     templates_.clear();
   }
 
  private:
-  mutable std::shared_mutex mutex_;
+  mutable qz_LOG_CRWLock lock_{nullptr};
   std::map<std::string, std::unique_ptr<const _qz_LOG_prepared_message>, std::less<>> templates_;
 };
 
-CatalogTemplates catalog_templates;
+qz_NeverDestroyed<CatalogTemplates> catalog_templates;
 
 void close_bundle() {
-  catalog_templates.clear();
+  catalog_templates->clear();
   delete p_rsrc_bundle;
   p_rsrc_bundle = nullptr;
 }
 
 [[noreturn]] void throw_bundle_failure(const char* text_before_path) {
   qz_String text(text_before_path);
-  text += resource_path.c_str();
+  text += resource_path->c_str();
   text += "\".";
   throw QZX_logging_missing_resource(text.c_str(), 0);
 }
@@ -67,18 +67,18 @@ void close_bundle() {
 void open_bundle() {
   close_bundle();
   UErrorCode status = U_ZERO_ERROR;
-  p_rsrc_bundle = new icu::ResourceBundle(resource_path.c_str(), _qz_LOG_log_message::get_locale(), status);
+  p_rsrc_bundle = new icu::ResourceBundle(resource_path->c_str(), _qz_LOG_log_message::get_locale(), status);
   if (p_rsrc_bundle == nullptr) throw QZX_memory_alloc();
   if (status == U_MISSING_RESOURCE_ERROR) {
     QZ_DEBUG_RECORD_AT(1, kSource, 248,
                        "%s:%d _qz_LOG_log_message::set_resource_path Unable to locate resource bundle %s!\n",
-                       resource_path.c_str());
+                       resource_path->c_str());
     throw_bundle_failure("<QZX_logging_missing_resource> Unable to locate resource bundle \"");
   }
   if (U_FAILURE(status)) {
     QZ_DEBUG_RECORD_AT(1, kSource, 256,
                        "%s:%d _qz_LOG_log_message::set_resource_path Unable to access resource bundle %s!\n",
-                       resource_path.c_str());
+                       resource_path->c_str());
     throw_bundle_failure("<QZX_logging_missing_resource> Unable to access resource bundle \"");
   }
 }
@@ -88,15 +88,15 @@ void open_bundle() {
 void _qz_LOG_log_message::set_resource_path(const char* path) {
   if (path == nullptr) {
     close_bundle();
-    resource_path._assign(nullptr, 0);
+    resource_path->_assign(nullptr, 0);
     QZ_DEBUG_RECORD_AT(2, kSource, 233, "%s:%d _qz_LOG_log_message::set_resource_path set resource_path=\"\"!\n");
     return;
   }
-  resource_path = qz_String(path);
+  *resource_path = qz_String(path);
   open_bundle();
 }
 
-const char* _qz_LOG_log_message::get_resource_path() { return resource_path.c_str(); }
+const char* _qz_LOG_log_message::get_resource_path() { return resource_path->c_str(); }
 
 bool _qz_LOG_log_message::is_catalog_open() { return p_rsrc_bundle != nullptr; }
 
@@ -105,6 +105,7 @@ void _qz_LOG_log_message::reopen_catalog() {
 }
 
 icu::UnicodeString _qz_LOG_log_message::_get_string(const char* message_id) {
+  const qz_ForkDelay fork_delay;
   UErrorCode status = U_ZERO_ERROR;
   const icu::ResourceBundle table = p_rsrc_bundle->get(kStringTable, status);
   if (U_FAILURE(status)) {
@@ -122,16 +123,19 @@ icu::UnicodeString _qz_LOG_log_message::_get_string(const char* message_id) {
 const _qz_LOG_prepared_message& _qz_LOG_log_message::prepare_catalog_message(const char* message_id,
                                                                              const _qz_LOG_log_definition& definition,
                                                                              PrepareMessage prepare) {
-  const _qz_LOG_prepared_message* const known = catalog_templates.find(message_id);
-  return known != nullptr ? *known : catalog_templates.keep(message_id, prepare(_get_string(message_id), definition));
+  const _qz_LOG_prepared_message* const known = catalog_templates->find(message_id);
+  return known != nullptr ? *known : catalog_templates->keep(message_id, prepare(_get_string(message_id), definition));
 }
 
 const char* _qz_LOG_log_message::get_locale_name() {
   const char* const name = qz_I18N_get_locale_name(qz_I18N_get_locale());
-  return name[0] != '\0' ? name : icu::Locale::getDefault().getName();
+  if (name[0] != '\0') return name;
+  const qz_ForkDelay fork_delay;
+  return icu::Locale::getDefault().getName();
 }
 
 icu::Locale _qz_LOG_log_message::get_locale() {
   const char* const name = qz_I18N_get_locale_name(qz_I18N_get_locale());
+  const qz_ForkDelay fork_delay;
   return name[0] != '\0' ? icu::Locale(name) : icu::Locale::getDefault();
 }

@@ -6,6 +6,7 @@
 #include <unicode/msgfmt.h>
 
 #include "entry/logentry_i.h"
+#include "foundation/fork_gate.h"
 #include "foundation/thread_instance.h"
 #include "message/code_page.h"
 #include "message/icu_arguments.h"
@@ -73,6 +74,7 @@ class MessageAssembly {
 
 icu::UnicodeString format_whole(const IcuTemplate& message_template, const IcuArguments& arguments,
                                 IcuFormats& formats) {
+  const qz_ForkDelay fork_delay;
   const KeptFormat& kept = formats.format_of(message_template);
   // The values of references that are left out stay unset.
   std::vector<icu::Formattable> values(message_template.formattable_count());

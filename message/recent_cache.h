@@ -28,6 +28,12 @@ class RecentCache {
     return *found->second;
   }
 
+  void clear() {
+    values_.clear();
+    by_age_.clear();
+    oldest_ = 0;
+  }
+
  private:
   Value* keep(const Key& key, std::unique_ptr<Value> fresh) {
     by_age_.reserve(kCapacity);

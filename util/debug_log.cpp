@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <ctime>
 
+#include "foundation/fork_gate.h"
 #include "util/debug_record.h"
 
 unsigned debug_log_level = 0;
@@ -31,6 +32,8 @@ void write_record(std::FILE* file, const char* format, std::va_list arguments) {
 
 void LogDebugMessage(unsigned level, const char* format, ...) {
   if (!debug_log_wants(level)) return;
+  // The C library locks its time zone; and a process that is forked with a record half written would write it too.
+  const qz_ForkDelay fork_delay;
   std::FILE* file = std::fopen(kDebugLogFile, "a+");
   if (file == nullptr) return;
   std::va_list arguments;
