@@ -74,7 +74,7 @@ constexpr std::array kRules = {
     RuleInfo{Rule::kHiddenGlobal, "hidden-global", "An entry's attribute has the name of a global attribute.", true},
     RuleInfo{Rule::kQuotedPlaceholder, "quoted-placeholder", "An apostrophe switches a reference off for ICU.", true},
     RuleInfo{Rule::kBrokenTemplate, "broken-template", "No entry can be rendered with a stored template.", true},
-    RuleInfo{Rule::kAuxSharedEntries, "aux-shared-entries", "More than 128 entries are in both files.", true},
+    RuleInfo{Rule::kAuxSharedEntries, "aux-shared-entries", "Entries are in both files, which have more together than the library keeps.", true},
     RuleInfo{Rule::kUnknownRule, "unknown-rule", "A source accepts a rule that does not exist."},
     RuleInfo{Rule::kRuleNotAcceptable, "rule-not-acceptable", "A source accepts a rule that is no warning."},
     RuleInfo{Rule::kEmptyReason, "empty-reason", "A source accepts a warning without saying why."},
