@@ -26,7 +26,7 @@ std::string canonical_text(std::string_view stored, TemplateForm form) {
 }
 
 std::string digest_for(std::string_view stored, TemplateForm form) {
-  return content_digest(canonical_text(stored, form));
+  return content_digest(canonical_text(stored, form)).substr(kContentDigestSize - kSourceDigestSize);
 }
 
 }  // namespace

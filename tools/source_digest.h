@@ -1,6 +1,7 @@
 #ifndef QZLOG_TOOLS_SOURCE_DIGEST_H
 #define QZLOG_TOOLS_SOURCE_DIGEST_H
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -10,8 +11,11 @@ namespace qzlog_tool {
 /// of the messages. The library does not look at it. What a digest is made of never changes under this name.
 inline constexpr const char* kSourceTable = "SOURCE_TABLE";
 
-/// The digest of a source text by its stored template for the ICU path: of what readers see, the format of every value
-/// included, and not of the way in which it is stored.
+/// Every message of every bundle has one, in characters of two bytes.
+inline constexpr std::size_t kSourceDigestSize = 8;
+
+/// The digest of a source text, in hexadecimal digits, by its stored template for the ICU path: of what readers see,
+/// the format of every value included, and not of the way in which it is stored.
 std::string source_digest(std::string_view stored);
 
 /// Whether the digest is that of a stored template, for whichever path that was compiled.

@@ -22,11 +22,11 @@ TEST(BundleSource, Texts_AreQuoted) {
 }
 
 TEST(BundleSource, WhatTextsWereBuiltFrom_StandsInATableOfItsOwn) {
-  EXPECT_EQ(bundle_source("de", {{"a", "x"}, {"b", "y"}}, {{"a", "0123456789abcdef"}, {"b", "fedcba9876543210"}}),
+  EXPECT_EQ(bundle_source("de", {{"a", "x"}, {"b", "y"}}, {{"a", "01234567"}, {"b", "fedcba98"}}),
             "de {\n"
             "  SOURCE_TABLE {\n"
-            "    \"b\" { \"fedcba9876543210\" }\n"
-            "    \"a\" { \"0123456789abcdef\" }\n"
+            "    \"b\" { \"fedcba98\" }\n"
+            "    \"a\" { \"01234567\" }\n"
             "  }\n"
             "  STRING_TABLE {\n"
             "    \"b\" { \"y\" }\n"
