@@ -9,6 +9,7 @@
 #include "foundation/hash_tbl.h"
 #include "foundation/locks.h"
 #include "foundation/thread_instance.h"
+#include "qzlog/definition_cache.h"
 #include "util/debug_record.h"
 
 struct _qz_LOG_ldf_header_struct;
@@ -47,7 +48,7 @@ class _qz_LOG_entry_index : public qz_MISC_hash_tbl<unsigned int, _qz_LOG_log_de
 /// and clear() are serialised by the process-wide lock of their callers and must not run while other threads look up.
 class _qz_LOG_log_definition_tbl : public qz_UTIL_no_inadvertant_copies {
  public:
-  static constexpr unsigned kCacheSize = 128;
+  static constexpr unsigned kCacheSize = qz_DefinitionCacheSize;
   /// The debug level of the records about lookups.
   static constexpr unsigned kTraceLevel = 3;
 

@@ -3,6 +3,7 @@
 
 /// Everything a caller of the library needs.
 #include "qzlog/debug_log.h"
+#include "qzlog/definition_cache.h"
 #include "qzlog/entry_filt.h"
 #include "qzlog/export.h"
 #include "qzlog/file_io.h"

@@ -14,6 +14,7 @@
 #include "tools/compiler/utf8_text.h"
 #include "tools/icu_pattern.h"
 #include "tools/readable_template.h"
+#include "tools/source_digest.h"
 #include "tools/template_check.h"
 
 namespace qzlog_tool {
@@ -77,6 +78,21 @@ bool has_words(std::string_view readable) {
   return false;
 }
 
+/// " (entry 1)", " (entries 1, 2)"
+std::string entries_text(const std::vector<std::uint32_t>& ids) {
+  std::string text = ids.size() == 1 ? " (entry " : " (entries ";
+  for (std::size_t i = 0; i < ids.size(); ++i) text += (i == 0 ? "" : ", ") + std::to_string(ids[i]);
+  return text + ')';
+}
+
+/// A list as text, without its end where it is long.
+std::string first_of(const std::vector<std::string>& items) {
+  constexpr std::size_t kShown = 5;
+  std::string text;
+  for (std::size_t i = 0; i < std::min(items.size(), kShown); ++i) text += (i == 0 ? "" : ", ") + items[i];
+  return items.size() <= kShown ? text : text + " and " + std::to_string(items.size() - kShown) + " more";
+}
+
 /// One language against the definitions.
 class BundleCheck {
  public:
@@ -101,6 +117,7 @@ class BundleCheck {
     }
     for (const auto& [key, sources] : messages_) check_message(key, sources);
     for (const auto& [key, stored] : bundle_.templates) check_key(key);
+    check_sources();
   }
 
  private:
@@ -172,6 +189,33 @@ class BundleCheck {
     if (messages_.contains(key)) return;
     report_.about(about_message(key));
     report_.warning(check_rule_name(CheckRule::kUnusedMessage), "no definition has this key");
+  }
+
+  /// What a message was built from that is not what the definitions have now.
+  void check_sources() {
+    std::vector<std::string> stale;
+    for (const auto& [key, sources] : messages_) {
+      if (!bundle_.templates.contains(key)) continue;  // said already
+      const std::vector<std::uint32_t> ids = stale_entries(key, sources);
+      if (!ids.empty()) stale.push_back(quoted(key) + entries_text(ids));
+    }
+    if (stale.empty()) return;
+    report_.about_file();
+    report_.warning(check_rule_name(CheckRule::kStaleCatalog),
+                    (stale.size() == 1 ? "1 message was built from another text"
+                                       : std::to_string(stale.size()) + " messages were built from other texts") +
+                        " than the definitions have: " + first_of(stale),
+                    "build the catalog again, with 'qzlog catalog build'");
+  }
+
+  std::vector<std::uint32_t> stale_entries(const std::string& key, const std::vector<SourceMessage>& sources) const {
+    std::vector<std::uint32_t> ids;
+    const auto digest = bundle_.sources.find(key);
+    if (digest == bundle_.sources.end()) return ids;
+    for (const SourceMessage& source : sources) {
+      if (!is_source_digest_of(digest->second, source.stored)) ids.push_back(source.entry_id);
+    }
+    return ids;
   }
 
   const CatalogBundle& bundle_;

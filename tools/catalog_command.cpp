@@ -17,6 +17,7 @@
 #include "tools/catalog/catalog_extract.h"
 #include "tools/catalog/catalog_messages.h"
 #include "tools/catalog/catalog_status.h"
+#include "tools/catalog/folder_update.h"
 #include "tools/catalog/genrb.h"
 #include "tools/catalog/language_catalog.h"
 #include "tools/catalog/po_language.h"
@@ -45,6 +46,7 @@ struct CatalogOptions {
   std::string output;
   std::string genrb = "genrb";
   std::string source_language = "en";
+  bool adopt = false;
   bool json = false;
   bool require_complete = false;
 };
@@ -75,6 +77,9 @@ constexpr const char* kBuildFooter =
     R"(Writes root.res with the texts of the sources, and a bundle for each PO file; the folder is what
 qz_LOG_LogConfig::SetMessageCatalogPath and 'qzlog render --catalog' take. Fuzzy, untranslated and outdated messages show the
 source text. Nothing is written when a file or a translation is refused, and a bundle that would not change is not rewritten.
+
+What it has made in DIR is listed there in qzlog-catalog.json. A bundle that is made no more, as that of a language whose PO file
+is gone, is removed; what the command did not make is neither removed nor replaced.
 
 Examples:
   qzlog catalog build storage.yaml storage_aux.yaml --po po -o messages
@@ -203,6 +208,19 @@ void make_folder(const std::string& path) {
   if (error) throw CommandError(kExitCannotRun, "cannot make the folder '" + path + "': " + error.message());
 }
 
+int update_folder(const CatalogOptions& options, const std::vector<NamedBundle>& bundles) {
+  CatalogFindings findings;
+  qzlog_catalog::FolderUpdate update(options.output, bundles);
+  const bool ok = update.prepare(options.adopt, findings);
+  print(findings);
+  if (!ok) return kExitFindings;
+  make_folder(options.output);
+  for (const std::string& path : update.carry_out()) {
+    std::cerr << "qzlog: removed '" << path << "', which is not part of the catalog any more\n";
+  }
+  return kExitSuccess;
+}
+
 int build(const CatalogOptions& options) {
   CatalogFindings findings;
   const std::optional<CatalogMessages> messages = collect_messages(options, findings);
@@ -213,9 +231,7 @@ int build(const CatalogOptions& options) {
   const std::string source_language = qzlog_catalog::bundle_name(options.source_language).value();
   const std::vector<NamedBundle> bundles =
       run_genrb(options.genrb, bundle_sources(*messages, catalogs, source_language));
-  make_folder(options.output);
-  for (const NamedBundle& bundle : bundles) write_file(options.output + '/' + bundle.name + ".res", bundle.content);
-  return kExitSuccess;
+  return update_folder(options, bundles);
 }
 
 // --- status ----------------------------------------------------------------------------------------------------------
@@ -285,6 +301,7 @@ void add_build(CLI::App& catalog_command, int& exit_status) {
       ->type_name("ll[_CC]")
       ->check(check_language)
       ->capture_default_str();
+  command->add_flag("--adopt", options->adopt, "Replace bundles in DIR that this command did not make");
   command->add_option("--genrb", options->genrb, "ICU's compiler for resource bundles")
       ->type_name("PATH")
       ->check(check_not_empty)

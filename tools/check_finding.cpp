@@ -37,6 +37,7 @@ constexpr CheckRuleInfo kRules[] = {
     {CheckRule::kAddedReference, "added-reference", "A translation shows an attribute more."},
     {CheckRule::kChangedFormat, "changed-format", "A translation shows an attribute in another format."},
     {CheckRule::kUnchangedText, "unchanged-text", "A translation reads as the source text does."},
+    {CheckRule::kStaleCatalog, "stale-catalog", "A language was built from other texts than the definitions have."},
 };
 
 constexpr std::array kSharedRules = {

@@ -33,6 +33,7 @@ enum class CheckRule {
   kAddedReference,
   kChangedFormat,
   kUnchangedText,
+  kStaleCatalog,
 };
 
 struct CheckRuleInfo {

@@ -9,6 +9,7 @@
 #include "tools/compiler/stored_template.h"
 #include "tools/icu_pattern.h"
 #include "tools/readable_template.h"
+#include "tools/source_digest.h"
 #include "tools/template_check.h"
 
 namespace qzlog_tool {
@@ -51,15 +52,20 @@ class Explainer {
       ExplainedText narrow = text_of("definitions, without ICU", text.stored, TemplateForm::kNarrow, lookup);
       if (narrow.text != icu.text) message.texts.push_back(std::move(narrow));
     }
-    for (const CatalogBundle& bundle : bundles_) message.texts.push_back(translation(bundle, message.key, lookup));
+    for (const CatalogBundle& bundle : bundles_)
+      message.texts.push_back(translation(bundle, message.key, text, lookup));
     explanation_.messages.push_back(std::move(message));
   }
 
-  ExplainedText translation(const CatalogBundle& bundle, const std::string& key, const AttributeLookup& lookup) {
+  ExplainedText translation(const CatalogBundle& bundle, const std::string& key, const MessageText& source,
+                            const AttributeLookup& lookup) {
     if (!bundle.failure.empty()) return {bundle.locale, std::nullopt, bundle.failure};
     const auto found = bundle.templates.find(key);
     if (found == bundle.templates.end()) return {bundle.locale, std::nullopt, "the catalog lacks it"};
-    return text_of(bundle.locale, found->second, TemplateForm::kIcu, lookup);
+    ExplainedText shown = text_of(bundle.locale, found->second, TemplateForm::kIcu, lookup);
+    const auto digest = bundle.sources.find(key);
+    shown.stale = digest != bundle.sources.end() && !is_source_digest_of(digest->second, source.stored);
+    return shown;
   }
 
   ExplainedText text_of(std::string language, const std::string& stored, TemplateForm form,

@@ -18,6 +18,7 @@ struct ExplainedText {
   std::string language;             ///< "definitions", "definitions, without ICU", or a catalog's locale
   std::optional<std::string> text;  ///< none: no message comes out
   std::string note;                 ///< why not
+  bool stale = false;               ///< a catalog's that was built from another text than the definitions have
 };
 
 struct ExplainedMessage {

@@ -69,7 +69,8 @@ void print_message(std::ostream& out, const ExplainedMessage& message, const Ent
   out << '\n' << title_of(message, entry) << '\n';
   std::vector<std::vector<std::string>> rows;
   for (const ExplainedText& text : message.texts) {
-    rows.push_back({text.language, text.text ? *text.text : "(no message: " + text.note + ")"});
+    rows.push_back({text.language, text.text ? *text.text : "(no message: " + text.note + ")",
+                    text.stale ? "(built from another text)" : ""});
   }
   print_rows(out, rows);
 }
@@ -107,6 +108,7 @@ ordered_json message_json(const ExplainedMessage& message) {
     } else {
       shown["failure"] = text.note;
     }
+    if (text.stale) shown["stale"] = true;
     item["texts"].push_back(std::move(shown));
   }
   return item;

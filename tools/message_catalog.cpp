@@ -13,6 +13,7 @@
 
 #include "tools/command_error.h"
 #include "tools/file_descriptor.h"
+#include "tools/source_digest.h"
 
 namespace qzlog_tool {
 
@@ -59,15 +60,17 @@ std::string utf8_of(const icu::UnicodeString& text) {
 }
 
 /// What is no text in the table is no message either: the library cannot retrieve it.
-void read_table(icu::ResourceBundle& table, CatalogBundle& bundle) {
+std::map<std::string, std::string> read_table(icu::ResourceBundle& table) {
+  std::map<std::string, std::string> texts;
   table.resetIterator();
   while (table.hasNext()) {
     UErrorCode status = U_ZERO_ERROR;
     const icu::ResourceBundle item = table.getNext(status);
     if (U_FAILURE(status)) break;
     const icu::UnicodeString text = item.getString(status);
-    if (U_SUCCESS(status) && item.getKey() != nullptr) bundle.templates.emplace(item.getKey(), utf8_of(text));
+    if (U_SUCCESS(status) && item.getKey() != nullptr) texts.emplace(item.getKey(), utf8_of(text));
   }
+  return texts;
 }
 
 /// The root locale has two names.
@@ -81,6 +84,20 @@ bool is_bundle_of(const icu::ResourceBundle& opened, const icu::Locale& locale) 
   UErrorCode status = U_ZERO_ERROR;
   const icu::Locale actual = opened.getLocale(ULOC_ACTUAL_LOCALE, status);
   return U_SUCCESS(status) && name_of(actual) == name_of(locale);
+}
+
+std::string actual_locale_of(const icu::ResourceBundle& resource) {
+  UErrorCode status = U_ZERO_ERROR;
+  return resource.getLocale(ULOC_ACTUAL_LOCALE, status).getName();
+}
+
+/// A bundle that does not say what its messages were built from is given the table of one that it falls back to.
+std::map<std::string, std::string> read_sources(const icu::ResourceBundle& opened,
+                                                const icu::ResourceBundle& messages) {
+  UErrorCode status = U_ZERO_ERROR;
+  icu::ResourceBundle table = opened.get(kSourceTable, status);
+  if (U_FAILURE(status) || actual_locale_of(table) != actual_locale_of(messages)) return {};
+  return read_table(table);
 }
 
 void read_bundle(const std::string& folder, CatalogBundle& bundle) {
@@ -104,7 +121,8 @@ void read_bundle(const std::string& folder, CatalogBundle& bundle) {
     return;
   }
   bundle.has_own_table = status != U_USING_DEFAULT_WARNING && status != U_USING_FALLBACK_WARNING;
-  read_table(table, bundle);
+  bundle.templates = read_table(table);
+  bundle.sources = read_sources(opened, table);
 }
 
 std::vector<CatalogBundle> find_bundles(const std::string& folder) {
@@ -114,7 +132,8 @@ std::vector<CatalogBundle> find_bundles(const std::string& folder) {
        entry.increment(failure)) {
     if (entry->path().extension() != ".res") continue;
     const std::string locale = entry->path().stem().string();
-    if (locale != "res_index" && locale != "pool") bundles.push_back({locale, entry->path().string(), {}, true, ""});
+    if (locale != "res_index" && locale != "pool")
+      bundles.push_back({locale, entry->path().string(), {}, {}, true, ""});
   }
   if (failure) throw CommandError(kExitCannotRun, "cannot read '" + folder + "': " + failure.message());
   return bundles;

@@ -14,6 +14,9 @@ struct CatalogBundle {
   /// The templates by their keys, UTF-8: what the library finds for readers of the locale. A bundle with a table of its
   /// own gets nothing from its parents, one without a table gets their whole table.
   std::map<std::string, std::string> templates;
+  /// What they were built from, by the same keys: digests of source texts, see source_digest(). Where one is missing,
+  /// the bundle does not say.
+  std::map<std::string, std::string> sources = {};
   bool has_own_table = true;
   std::string failure;  ///< why the library finds no message at all, else empty
 };

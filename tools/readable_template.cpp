@@ -15,33 +15,23 @@ using qzlog_compiler::StoredTemplate;
 using qzlog_compiler::TemplateForm;
 using qzlog_compiler::TemplatePart;
 
-/// A text, or a reference where that is not null.
-struct ShownPart {
-  std::string text;
-  const TemplatePart* reference = nullptr;
-};
-
-std::vector<ShownPart> narrow_parts(const StoredTemplate& cut) {
-  std::vector<ShownPart> parts;
+std::vector<TemplatePart> narrow_parts(const StoredTemplate& cut) {
+  std::vector<TemplatePart> parts;
   for (const TemplatePart& part : cut.parts) {
-    if (!part.is_reference()) {
-      parts.push_back({part.text});
-    } else if (qzlog_compiler::is_known_format(part.format)) {
-      parts.push_back({"", &part});
-    }
+    if (!part.is_reference() || qzlog_compiler::is_known_format(part.format)) parts.push_back(part);
   }
   return parts;
 }
 
-std::optional<std::vector<ShownPart>> icu_parts(const StoredTemplate& cut) {
+std::optional<std::vector<TemplatePart>> icu_parts(const StoredTemplate& cut) {
   const std::vector<const TemplatePart*> references = shown_references(cut);
   if (references.size() > qzlog_compiler::kMaximumIcuReferences) return std::nullopt;
   const PatternReading reading = read_icu_pattern(cut, "root");
   if (!reading.refusal.empty()) return std::nullopt;
-  std::vector<ShownPart> parts;
+  std::vector<TemplatePart> parts;
   for (const PatternPart& part : reading.parts) {
     const bool is_reference = part.kind == PatternPart::Kind::kReference;
-    parts.push_back({part.text, is_reference ? references[part.reference] : nullptr});
+    parts.push_back(is_reference ? *references[part.reference] : TemplatePart{.text = part.text});
   }
   return parts;
 }
@@ -53,20 +43,22 @@ std::string default_formats_of(const std::string& name, const AttributeLookup& l
 }
 
 /// Whether a date, a blank and a time begin here, all of one time stamp.
-bool is_time_stamp(const std::vector<ShownPart>& parts, std::size_t i) {
-  if (i + 2 >= parts.size() || parts[i + 2].reference == nullptr) return false;
-  const TemplatePart& date = *parts[i].reference;
-  const TemplatePart& time = *parts[i + 2].reference;
-  return parts[i + 1].reference == nullptr && parts[i + 1].text == " " && date.format == 'D' && time.format == 'T' &&
+bool is_time_stamp(const std::vector<TemplatePart>& parts, std::size_t i) {
+  if (i + 2 >= parts.size() || !parts[i + 2].is_reference()) return false;
+  const TemplatePart& date = parts[i];
+  const TemplatePart& time = parts[i + 2];
+  return !parts[i + 1].is_reference() && parts[i + 1].text == " " && date.format == 'D' && time.format == 'T' &&
          date.text == time.text;
 }
 
-std::string join(const std::vector<ShownPart>& parts, const AttributeLookup& lookup) {
+std::string join(const std::vector<TemplatePart>& parts, const AttributeLookup& lookup) {
   std::string text;
   for (std::size_t i = 0; i < parts.size(); ++i) {
-    text += parts[i].text;
-    if (parts[i].reference == nullptr) continue;
-    const TemplatePart& reference = *parts[i].reference;
+    if (!parts[i].is_reference()) {
+      text += parts[i].text;
+      continue;
+    }
+    const TemplatePart& reference = parts[i];
     const std::string formats = default_formats_of(reference.text, lookup);
     if (formats == "DT" && is_time_stamp(parts, i)) {
       text += '{' + reference.text + '}';
@@ -81,12 +73,15 @@ std::string join(const std::vector<ShownPart>& parts, const AttributeLookup& loo
 
 }  // namespace
 
-std::optional<std::string> readable_template(std::string_view stored, TemplateForm form,
-                                             const AttributeLookup& lookup) {
+std::optional<std::vector<TemplatePart>> shown_parts(std::string_view stored, TemplateForm form) {
   const StoredTemplate cut = qzlog_compiler::cut_template(stored, form);
   if (!cut.failure.empty()) return std::nullopt;
-  if (form == TemplateForm::kNarrow) return join(narrow_parts(cut), lookup);
-  const auto parts = icu_parts(cut);
+  return form == TemplateForm::kNarrow ? narrow_parts(cut) : icu_parts(cut);
+}
+
+std::optional<std::string> readable_template(std::string_view stored, TemplateForm form,
+                                             const AttributeLookup& lookup) {
+  const auto parts = shown_parts(stored, form);
   return parts ? std::optional(join(*parts, lookup)) : std::nullopt;
 }
 

@@ -80,8 +80,11 @@ class QZLOG_EXPORT qz_LOG_LogConfig {
 
   /// Loads an auxiliary definition file on top of the standard one. Throws QZX_logging_invalid_definition when no
   /// standard file was set, when the file cannot be opened or read, or when it contradicts the standard file.
-  /// For an ID that both files define, a definition that is read again after it left the cache of 128 holds only what
-  /// the auxiliary file says.
+  ///
+  /// Limit: where an ID is in both files, they should have no more than qz_DefinitionCacheSize (128) IDs together. A
+  /// process that has used more than that reads definitions again, and those of such IDs then hold only what the
+  /// auxiliary file says: attributes of the standard file are refused, its messages gone. `qzlog compile --aux-of` and
+  /// `qzlog check` warn of it; `qzlog compile --merge` makes one file of both, which has no limit.
   static void SetAuxDefinitionPath(const char* path);
   static const char* GetAuxDefinitionPath();
 

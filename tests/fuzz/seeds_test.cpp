@@ -14,6 +14,7 @@ namespace fs = std::filesystem;
 
 extern "C" {
 int fuzz_catalog(const std::uint8_t* bytes, std::size_t size);
+int fuzz_catalog_manifest(const std::uint8_t* bytes, std::size_t size);
 int fuzz_compiled_file(const std::uint8_t* bytes, std::size_t size);
 int fuzz_configuration_file(const std::uint8_t* bytes, std::size_t size);
 int fuzz_definition_file(const std::uint8_t* bytes, std::size_t size);
@@ -36,6 +37,7 @@ std::ostream& operator<<(std::ostream& out, const Fuzzer& fuzzer) { return out <
 
 const Fuzzer kFuzzers[] = {
     {"catalog", fuzz_catalog},
+    {"catalog_manifest", fuzz_catalog_manifest},
     {"compiled_file", fuzz_compiled_file},
     {"configuration_file", fuzz_configuration_file},
     {"definition_file", fuzz_definition_file},

@@ -19,8 +19,9 @@ configure() {
 
 # expect_built NAME...: what the next build makes, in the order of the alphabet.
 expect_built() {
-  local got
-  got=$(cmake --build "$work/build" 2>&1 | sed -n "s/.*$comment: //p" | sort | paste -sd ' ')
+  local output got
+  output=$(cmake --build "$work/build" 2>&1) || fail "$output"
+  got=$(sed -n "s/.*$comment: //p" <<<"$output" | sort | paste -sd ' ')
   [[ $got == "$*" ]] || fail "expected to be built: $*" "                 got: $got"
 }
 

@@ -13,7 +13,8 @@ namespace qzlog_catalog {
 
 /// The sources of all resource bundles of a catalog: one with the source texts for readers of any language (`root`),
 /// one for each language, and one for the language of the source texts unless that has translations: without it ICU
-/// would give its readers the language of their host before it gives them the root's.
+/// would give its readers the language of their host before it gives them the root's. Each says what its messages were
+/// built from: the source text is what a translation was made for, and stands in where there is none.
 std::vector<NamedBundle> bundle_sources(const CatalogMessages& messages, std::span<const LanguageCatalog> catalogs,
                                         const std::string& source_language);
 

@@ -33,13 +33,17 @@ constexpr std::array kRules = {
                     "The source text has changed since the PO file was updated; it is shown instead."},
     CatalogRuleInfo{CatalogRule::kUnknownMessage, "unknown-message",
                     "A PO file translates a message that the sources do not have."},
+    CatalogRuleInfo{CatalogRule::kBadManifest, "bad-manifest",
+                    "The list of what was made in a catalog's folder is damaged."},
+    CatalogRuleInfo{CatalogRule::kForeignBundle, "foreign-bundle",
+                    "A bundle in a catalog's folder was not made by the command."},
 };
 
 constexpr bool in_enumeration_order() {
   for (std::size_t i = 0; i < kRules.size(); ++i) {
     if (static_cast<std::size_t>(kRules[i].rule) != i) return false;
   }
-  return static_cast<std::size_t>(CatalogRule::kUnknownMessage) + 1 == kRules.size();
+  return static_cast<std::size_t>(CatalogRule::kForeignBundle) + 1 == kRules.size();
 }
 static_assert(in_enumeration_order(), "rule_name() indexes the table by the rule");
 
@@ -49,12 +53,13 @@ std::string_view rule_name(CatalogRule rule) { return kRules[static_cast<std::si
 
 std::span<const CatalogRuleInfo> all_catalog_rules() { return kRules; }
 
-void CatalogFindings::error(std::string file, std::size_t line, CatalogRule rule, std::string text) {
-  add({std::move(file), line, Severity::kError, rule_name(rule), std::move(text)});
+void CatalogFindings::error(std::string file, std::size_t line, CatalogRule rule, std::string text, std::string hint) {
+  add({std::move(file), line, Severity::kError, rule_name(rule), std::move(text), std::move(hint)});
 }
 
-void CatalogFindings::warning(std::string file, std::size_t line, CatalogRule rule, std::string text) {
-  add({std::move(file), line, Severity::kWarning, rule_name(rule), std::move(text)});
+void CatalogFindings::warning(std::string file, std::size_t line, CatalogRule rule, std::string text,
+                              std::string hint) {
+  add({std::move(file), line, Severity::kWarning, rule_name(rule), std::move(text), std::move(hint)});
 }
 
 void CatalogFindings::add(CatalogFinding finding) {

@@ -14,8 +14,8 @@ namespace qzlog_catalog {
 
 using qzlog_compiler::Severity;
 
-/// What can be wrong with message IDs and with translators' files. The names that users see are in
-/// `all_catalog_rules()`; they never change. Translations are also judged by the compiler's rules for texts.
+/// What can be wrong with message IDs, with translators' files and with the folder of a catalog. The names that users
+/// see are in `all_catalog_rules()`; they never change. Translations are also judged by the compiler's rules for texts.
 enum class CatalogRule {
   kMessageIdConflict,
   kMessageIdCharacter,
@@ -32,6 +32,8 @@ enum class CatalogRule {
   kTemplateFailure,
   kSourceChanged,
   kUnknownMessage,
+  kBadManifest,
+  kForeignBundle,
 };
 
 struct CatalogRuleInfo {
@@ -56,8 +58,8 @@ struct CatalogFinding {
 /// Findings in the order in which they were made.
 class CatalogFindings {
  public:
-  void error(std::string file, std::size_t line, CatalogRule rule, std::string text);
-  void warning(std::string file, std::size_t line, CatalogRule rule, std::string text);
+  void error(std::string file, std::size_t line, CatalogRule rule, std::string text, std::string hint = {});
+  void warning(std::string file, std::size_t line, CatalogRule rule, std::string text, std::string hint = {});
   /// `rule` is a name with static storage.
   void add(CatalogFinding finding);
 

@@ -1,12 +1,15 @@
 #include "tools/catalog/resource_bundle.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "tools/compiler/utf8_text.h"
+#include "tools/source_digest.h"
 
 namespace qzlog_catalog {
 namespace {
 
+constexpr std::string_view kStringTable = "STRING_TABLE";
 constexpr std::string_view kKeyPunctuation = " \"%&'()*+,-./:;<=>?_";
 
 bool is_alphanumeric(char32_t code) {
@@ -44,6 +47,23 @@ void append_quoted(std::string& out, std::string_view text) {
   out += '"';
 }
 
+/// genrb looks for each key's place from the first one on, so that only falling keys take a time that grows linearly.
+template <typename Item>
+void append_table(std::string& out, std::string_view name, std::vector<Item> items, std::string Item::*text) {
+  std::sort(items.begin(), items.end(), [](const Item& a, const Item& b) { return a.id > b.id; });
+  out += "  ";
+  out += name;
+  out += " {\n";
+  for (const Item& item : items) {
+    out += "    ";
+    append_quoted(out, item.id);
+    out += " { ";
+    append_quoted(out, item.*text);
+    out += " }\n";
+  }
+  out += "  }\n";
+}
+
 }  // namespace
 
 bool is_bundle_key(std::string_view id) {
@@ -55,19 +75,12 @@ bool is_bundle_key(std::string_view id) {
   return !id.empty();
 }
 
-std::string bundle_source(std::string_view name, std::vector<CatalogText> texts) {
-  // genrb looks for each key's place from the first one on, so that only falling keys take a time that grows linearly.
-  std::sort(texts.begin(), texts.end(), [](const CatalogText& a, const CatalogText& b) { return a.id > b.id; });
+std::string bundle_source(std::string_view name, std::vector<CatalogText> texts, std::vector<CatalogSource> sources) {
   std::string out(name);
-  out += " {\n  STRING_TABLE {\n";
-  for (const CatalogText& text : texts) {
-    out += "    ";
-    append_quoted(out, text.id);
-    out += " { ";
-    append_quoted(out, text.stored);
-    out += " }\n";
-  }
-  return out += "  }\n}\n";
+  out += " {\n";
+  if (!sources.empty()) append_table(out, qzlog_tool::kSourceTable, std::move(sources), &CatalogSource::digest);
+  append_table(out, kStringTable, std::move(texts), &CatalogText::stored);
+  return out += "}\n";
 }
 
 std::string empty_bundle_source(std::string_view name) { return std::string(name) + " {\n}\n"; }

@@ -17,9 +17,16 @@ struct CatalogText {
 /// share.
 bool is_bundle_key(std::string_view id);
 
-/// The source of the resource bundle `name` for genrb, in ASCII, with the texts in the table that the library reads.
-/// The order of the texts does not matter.
-std::string bundle_source(std::string_view name, std::vector<CatalogText> texts);
+/// A digest of the source text that a message was built from, under the message's ID.
+struct CatalogSource {
+  std::string id;
+  std::string digest;
+};
+
+/// The source of the resource bundle `name` for genrb, in ASCII, with the texts in the table that the library reads,
+/// and with what they were built from in a table of its own unless that is empty. The order of both does not matter.
+std::string bundle_source(std::string_view name, std::vector<CatalogText> texts,
+                          std::vector<CatalogSource> sources = {});
 
 /// The source of a bundle without texts. The library finds the texts of the bundle that ICU falls back to.
 std::string empty_bundle_source(std::string_view name);

@@ -8,6 +8,7 @@
 #include <unordered_set>
 #include <utility>
 
+#include "qzlog/definition_cache.h"
 #include "tools/compiler/attribute_type.h"
 #include "tools/compiler/message_references.h"
 #include "tools/compiler/model_merge.h"
@@ -20,7 +21,6 @@ namespace qzlog_compiler {
 namespace {
 
 constexpr std::size_t kMaximumMessageSize = 65535;
-constexpr std::size_t kCachedDefinitions = 128;  // that the library keeps in memory
 
 constexpr std::string_view kRenameHint = "give one of them another name";
 
@@ -265,24 +265,33 @@ void check_new_globals(const ModelContext& context, std::vector<ModelWarning>& w
   }
 }
 
-/// A definition that the library reads a second time comes from the auxiliary file alone.
+std::string shared_entries_text(std::size_t shared, std::size_t together) {
+  return (shared == 1 ? "1 entry extends a standard one" : std::to_string(shared) + " entries extend standard ones") +
+         ", and both files have " + std::to_string(together) + " together; the library keeps " +
+         std::to_string(qz_DefinitionCacheSize) +
+         " in memory, and an extended one that it reads again lacks what the standard file defines";
+}
+
+/// A definition that the library reads a second time comes from the auxiliary file alone. That happens once a program
+/// has used more entries than the library keeps, whichever they are.
 void check_shared_entries(const ModelContext& context, std::vector<ModelWarning>& warnings) {
   if (!context.standard_index) return;
+  std::unordered_set<std::uint32_t> together;
+  for (const EntryDefinition& entry : context.standard_index->model().entries) together.insert(entry.id);
   std::unordered_set<std::uint32_t> shared;
-  SourcePosition surplus;
+  SourcePosition first;
   for (const EntryDefinition& entry : context.model->entries) {
-    if (context.standard_index->find_entry(entry.id) == nullptr || !shared.insert(entry.id).second) continue;
-    if (shared.size() == kCachedDefinitions + 1) surplus = entry.position;
+    if (together.insert(entry.id).second || context.standard_index->find_entry(entry.id) == nullptr) continue;
+    if (shared.empty()) first = entry.position;
+    shared.insert(entry.id);
   }
-  if (shared.size() <= kCachedDefinitions) return;
+  if (shared.empty() || together.size() <= qz_DefinitionCacheSize) return;
   warnings.push_back({Rule::kAuxSharedEntries,
                       0,
                       false,
-                      surplus,
-                      std::to_string(shared.size()) +
-                          " entries extend standard ones; of those the library keeps 128 in memory, and one that it "
-                          "reads again lacks what the standard file defines",
-                      "compile both sources into one file",
+                      first,
+                      shared_entries_text(shared.size(), together.size()),
+                      "make one file of both: qzlog compile STD.yaml --merge AUX.yaml -o ALL.ldf",
                       {}});
 }
 

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "tests/tools/catalog/source_messages.h"
+#include "tools/source_digest.h"
 
 namespace qzlog_catalog {
 namespace {
@@ -34,6 +35,15 @@ TEST(BundleSources, SourceLanguageWithTranslations_HasThose) {
   const std::vector<NamedBundle> bundles = bundle_sources(messages_of({kSource}), catalogs, "en");
   EXPECT_EQ(names_of(bundles), (Names{"root", "de", "en"}));
   EXPECT_NE(bundles[2].content.find("\"better text\""), std::string::npos) << bundles[2].content;
+}
+
+TEST(BundleSources, EachWithTexts_SaysWhatTheyWereBuiltFrom) {
+  const std::vector<LanguageCatalog> catalogs = {{"de", {}, {{"A", "Text"}}}};
+  const std::vector<NamedBundle> bundles = bundle_sources(messages_of({kSource}), catalogs, "en");
+  const std::string table =
+      "  SOURCE_TABLE {\n    \"A\" { \"" + qzlog_tool::source_digest("text%_%TIMESTAMP%") + "\" }\n  }\n";
+  EXPECT_NE(bundles[0].content.find(table), std::string::npos) << bundles[0].content;
+  EXPECT_NE(bundles[2].content.find(table), std::string::npos) << bundles[2].content;
 }
 
 }  // namespace

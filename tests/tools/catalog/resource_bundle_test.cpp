@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "tests/tools/catalog/bundle_fixture.h"
+#include "tools/source_digest.h"
 
 namespace qzlog_catalog {
 namespace {
@@ -20,10 +21,29 @@ TEST(BundleSource, Texts_AreQuoted) {
             "}\n");
 }
 
+TEST(BundleSource, WhatTextsWereBuiltFrom_StandsInATableOfItsOwn) {
+  EXPECT_EQ(bundle_source("de", {{"a", "x"}, {"b", "y"}}, {{"a", "01234567"}, {"b", "fedcba98"}}),
+            "de {\n"
+            "  SOURCE_TABLE {\n"
+            "    \"b\" { \"fedcba98\" }\n"
+            "    \"a\" { \"01234567\" }\n"
+            "  }\n"
+            "  STRING_TABLE {\n"
+            "    \"b\" { \"y\" }\n"
+            "    \"a\" { \"x\" }\n"
+            "  }\n"
+            "}\n");
+}
+
 TEST(BundleSource, ManyTexts_AreCompiledInATimeThatGrowsLinearly) {
   std::vector<CatalogText> table;
-  for (int i = 0; i < 30'000; ++i) table.push_back({"E" + std::to_string(i), "text " + std::to_string(i)});
-  const CatalogFolder catalog({{"root", bundle_source("root", table)}});  // more than a minute if it were quadratic
+  std::vector<CatalogSource> sources;
+  for (int i = 0; i < 30'000; ++i) {
+    table.push_back({"E" + std::to_string(i), "text " + std::to_string(i)});
+    sources.push_back({"E" + std::to_string(i), qzlog_tool::source_digest(table.back().stored)});
+  }
+  const CatalogFolder catalog(
+      {{"root", bundle_source("root", table, sources)}});  // more than a minute if it were quadratic
   EXPECT_EQ(catalog.text("E0"), "text 0");
   EXPECT_EQ(catalog.text("E29999"), "text 29999");
 }

@@ -59,6 +59,19 @@ TEST_F(MessageCatalog, WhatIsNoText_IsNoMessage) {
   EXPECT_EQ(read().at(0).templates.size(), 1U);
 }
 
+TEST_F(MessageCatalog, WhatTextsWereBuiltFrom_IsReadOfTheBundleThatHasThem) {
+  build("root", "SOURCE_TABLE { A { \"1\" } B:int { 7 } } STRING_TABLE { A { \"a\" } }");
+  build("de", "SOURCE_TABLE { A { \"2\" } } STRING_TABLE { A { \"b\" } }");
+  build("en", "");
+  build("fr", "STRING_TABLE { A { \"c\" } }");
+  const auto bundles = read();
+  using Sources = std::map<std::string, std::string>;
+  EXPECT_EQ(bundles.at(0).sources, (Sources{{"A", "1"}}));
+  EXPECT_EQ(bundles.at(1).sources, (Sources{{"A", "2"}}));
+  EXPECT_EQ(bundles.at(2).sources, (Sources{{"A", "1"}})) << "its texts are the root's";
+  EXPECT_EQ(bundles.at(3).sources, Sources()) << "its texts are not the root's";
+}
+
 TEST_F(MessageCatalog, NoBundles_CannotRun) {
   try {
     read();

@@ -11,6 +11,7 @@
 #include <iostream>
 #include <iterator>
 #include <map>
+#include <regex>
 #include <sstream>
 #include <stdexcept>
 
@@ -27,6 +28,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::string_view kMark = "===== ";
+constexpr const char* kManifestBegin = "{\n  \"made by\": \"qzlog catalog build\"";
 
 std::string read_all(const fs::path& path) {
   std::ifstream file(path, std::ios::binary);
@@ -144,9 +146,16 @@ std::string shortened(const std::string& text) {
   return out;
 }
 
+/// Bundles depend on the version of ICU, and so do their digests in a catalog's manifest.
+std::string without_digests(const std::string& manifest) {
+  static const std::regex digest("\"[0-9a-f]{16}\"");
+  return std::regex_replace(manifest, digest, "\"(digest)\"");
+}
+
 std::string describe(const std::string& bytes) {
   std::ostringstream out;
   if (bytes.size() > 16 && bytes.substr(12, 4) == "ResB") return "(a resource bundle)\n";
+  if (bytes.rfind(kManifestBegin, 0) == 0) return without_digests(bytes);
   if (!qzlog_compiler::looks_like_ldf(bytes)) return bytes;
   const qzlog_compiler::LdfFile file = qzlog_compiler::read_ldf(bytes);
   out << model_text(file.model);

@@ -176,16 +176,29 @@ TEST(FindModelWarnings, GlobalsOfOneFileAndAttributesOfTheOther_HideEachOther) {
             "2 hidden-global: the entry's attribute 'G' hides the global attribute of that name\n");
 }
 
-TEST(FindModelWarnings, MoreSharedEntriesThanTheLibraryKeeps_LoseTheirStandardHalf) {
-  DefinitionModel model;
-  for (std::uint32_t id = 1; id <= 128; ++id) model.entries.push_back(entry(id, "x%_%TIMESTAMP%"));
-  DefinitionModel aux = model;
-  aux.entries.push_back(entry(1000, "x%_%TIMESTAMP%"));
-  EXPECT_EQ(found(aux, MessagePath::kBoth, &model), "");
-  model.entries.push_back(entry(1000, "x%_%TIMESTAMP%"));
-  EXPECT_EQ(found(aux, MessagePath::kBoth, &model),
-            "file aux-shared-entries: 129 entries extend standard ones; of those the library keeps 128 in memory, and "
-            "one that it reads again lacks what the standard file defines\n");
+TEST(FindModelWarnings, MoreEntriesTogetherThanTheLibraryKeeps_LoseTheirStandardHalf) {
+  DefinitionModel standard;
+  for (std::uint32_t id = 1; id <= 127; ++id) standard.entries.push_back(entry(id, "x%_%TIMESTAMP%"));
+  DefinitionModel aux = model_of({entry(1000, "x%_%TIMESTAMP%"), entry(2, "x%_%TIMESTAMP%")});
+  EXPECT_EQ(found(aux, MessagePath::kBoth, &standard), "");
+  aux.entries.push_back(entry(1001, "x%_%TIMESTAMP%"));
+  EXPECT_EQ(
+      found(aux, MessagePath::kBoth, &standard),
+      "file aux-shared-entries: 1 entry extends a standard one, and both files have 129 together; the library keeps "
+      "128 in memory, and an extended one that it reads again lacks what the standard file defines\n");
+  aux.entries.push_back(entry(127, "x%_%TIMESTAMP%"));
+  aux.entries.push_back(entry(127, "listed twice%_%TIMESTAMP%"));
+  EXPECT_EQ(
+      found(aux, MessagePath::kBoth, &standard),
+      "file aux-shared-entries: 2 entries extend standard ones, and both files have 129 together; the library keeps "
+      "128 in memory, and an extended one that it reads again lacks what the standard file defines\n");
+}
+
+TEST(FindModelWarnings, EntriesOfOneFileEach_MayBeAsManyAsTheyAre) {
+  DefinitionModel standard;
+  for (std::uint32_t id = 1; id <= 200; ++id) standard.entries.push_back(entry(id, "x%_%TIMESTAMP%"));
+  EXPECT_EQ(found(model_of({entry(201, "x%_%TIMESTAMP%")}), MessagePath::kBoth, &standard), "");
+  EXPECT_EQ(found(standard), "");
 }
 
 TEST(FindModelWarnings, PositionOfAReference_IsThatOfItsPlaceholder) {
