@@ -9,11 +9,14 @@
 #include "foundation/allocate.h"
 #include "foundation/atomic_word.h"
 #include "foundation/owned_text.h"
+#include "foundation/plain_name.h"
 #include "message/logmsg.h"
 #include "util/debug_record.h"
 
 bool b_is_icu_enabled = true;
+QZLOG_PLAIN_NAME(b_is_icu_enabled);
 int action_on_exceed = QZ_ACTION_REFUSE;
+QZLOG_PLAIN_NAME(action_on_exceed);
 
 namespace {
 

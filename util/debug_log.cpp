@@ -7,9 +7,11 @@
 #include <cstdio>
 #include <ctime>
 
+#include "foundation/plain_name.h"
 #include "util/debug_record.h"
 
 unsigned debug_log_level = 0;
+QZLOG_PLAIN_NAME(debug_log_level);
 
 namespace {
 

@@ -30,9 +30,10 @@ enum qz_ActionAttrLenExceed : int {
   QZ_ACTION_TRUNCATE = 1  ///< the text is cut to the limit
 };
 
-/// The words below are read and written atomically by the library; callers use qz_LOG_LogConfig.
-extern QZLOG_EXPORT bool b_is_icu_enabled;
-extern QZLOG_EXPORT int action_on_exceed;
+/// The words below are read and written atomically by the library; callers use qz_LOG_LogConfig. A program that
+/// declares them without this header reaches them too, unless it has variables of these names.
+extern QZLOG_EXPORT bool b_is_icu_enabled QZLOG_SYMBOL(b_is_icu_enabled);
+extern QZLOG_EXPORT int action_on_exceed QZLOG_SYMBOL(action_on_exceed);
 
 /// The process-wide settings, set once at start-up. There is nothing to initialise and nothing to shut down.
 ///
