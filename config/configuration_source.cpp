@@ -15,14 +15,16 @@ struct alignas(qz_kCacheLine) _qz_LOG_source_claim {
   _qz_LOG_source_claim* next = nullptr;
 };
 
+// A thread notes a source and then looks whether it is still current; who replaces it does so and then looks for notes.
+// Both need the one order of all accesses that is the default.
+constinit std::atomic<_qz_LOG_configuration*> qz_current_source{nullptr};
+constinit thread_local const _qz_LOG_configuration* qz_noted_source = nullptr;
+
 namespace {
 
 using Claim = _qz_LOG_source_claim;
 using Source = _qz_LOG_configuration;
 
-// A thread notes a source and then looks whether it is still current; who replaces it does so and then looks for notes.
-// Both need the one order of all accesses that is the default.
-constinit std::atomic<Source*> current{nullptr};
 constinit std::atomic<Claim*> claims{nullptr};
 constinit std::atomic<Source*> retired{nullptr};  // a list by next_retired
 
@@ -76,12 +78,10 @@ void release_claim(Claim& claim) noexcept {
 }
 
 Source* note_current(Claim& claim) noexcept {
-  Source* source = current.load(std::memory_order_acquire);
-  if (claim.noted.load(std::memory_order_relaxed) == source) [[likely]]
-    return source;
+  Source* source = qz_current_source.load();
   for (;;) {
     claim.noted.store(source);
-    Source* const now = current.load();
+    Source* const now = qz_current_source.load();
     if (now == source) return source;
     source = now;
   }
@@ -91,8 +91,20 @@ Source* note_current(Claim& claim) noexcept {
 class ThreadClaim : public qz_UTIL_no_inadvertant_copies {
  public:
   ThreadClaim() : claim_(*take_claim()) {}
-  ~ThreadClaim() { release_claim(claim_); }
-  Claim& claim() const { return claim_; }
+  ~ThreadClaim() {
+    qz_noted_source = nullptr;
+    release_claim(claim_);
+  }
+
+  Source* note_current() noexcept {
+    Source* const source = ::note_current(claim_);
+    qz_noted_source = source;
+    return source;
+  }
+  void note_nothing() noexcept {
+    qz_noted_source = nullptr;
+    claim_.noted.store(nullptr);
+  }
 
  private:
   Claim& claim_;
@@ -101,9 +113,10 @@ class ThreadClaim : public qz_UTIL_no_inadvertant_copies {
 using ThreadClaims = qz_ThreadInstance<ThreadClaim>;
 
 /// For a thread that is not over.
-Claim& make_thread_claim() {
+ThreadClaim& thread_claim() {
+  if (ThreadClaim* const claim = ThreadClaims::find()) return *claim;
   try {
-    return ThreadClaims::make().claim();
+    return ThreadClaims::make();
   } catch (const std::bad_alloc&) {
     throw QZX_memory_alloc();
   }
@@ -112,24 +125,24 @@ Claim& make_thread_claim() {
 }  // namespace
 
 _qz_LOG_configuration* current_configuration_source() {
-  if (const ThreadClaim* const own = ThreadClaims::find()) [[likely]]
-    return note_current(own->claim());
-  if (!has_configuration_source() || ThreadClaims::is_over()) return current.load();
-  return note_current(make_thread_claim());
+  Source* const source = qz_current_source.load(std::memory_order_acquire);
+  if (source == qz_noted_source || ThreadClaims::is_over()) return source;
+  return thread_claim().note_current();
 }
 
 void replace_configuration_source(std::unique_ptr<_qz_LOG_configuration> source) noexcept {
-  if (const ThreadClaim* const own = ThreadClaims::find()) own->claim().noted.store(nullptr);
-  if (Source* const before = current.exchange(source.release())) retire(before);
+  if (ThreadClaim* const claim = ThreadClaims::find()) claim->note_nothing();
+  if (Source* const before = qz_current_source.exchange(source.release())) retire(before);
   destroy_unused();
 }
 
-bool has_configuration_source() noexcept { return current.load() != nullptr; }
-
-qz_ConfigurationUse::qz_ConfigurationUse() {
-  if (ThreadClaims::is_over() && has_configuration_source()) [[unlikely]]
+void qz_ConfigurationUse::begin() {
+  if (ThreadClaims::is_over()) {
     borrowed_ = take_claim();
-  source_ = borrowed_ != nullptr ? note_current(*borrowed_) : current_configuration_source();
+    source_ = note_current(*borrowed_);
+  } else {
+    source_ = thread_claim().note_current();
+  }
 }
 
 void qz_ConfigurationUse::give_back() noexcept { release_claim(*borrowed_); }

@@ -82,6 +82,14 @@ class SettingsParser {
   qz_String section_;
 };
 
+bool find_in(const _qz_LOG_log_setting_tbl& settings, const char* section, const char* key, unsigned& value) {
+  const unsigned* found = settings.find_entry(section, key);
+  if (found == nullptr) found = settings.find_entry(kFallbackSection, key);
+  if (found == nullptr) return false;
+  value = *found;
+  return true;
+}
+
 }  // namespace
 
 void _qz_LOG_log_setting_tbl::create_entry(const char* section, const char* key, unsigned value) {
@@ -174,7 +182,12 @@ _qz_LOG_file_configuration::_qz_LOG_file_configuration(const char* path, LoadRul
 }
 
 bool _qz_LOG_file_configuration::get_integer_value(const char* section, const char* key, unsigned& value) const {
-  if (needs_no_file()) return _find_value(section, key, value);
+  if (is_loaded()) {
+    const _qz_LOG_log_setting_tbl* const settings = settings_.load(std::memory_order_acquire);
+    if (settings != nullptr) return find_in(*settings, section, key, value);
+    // An instance that was not loaded itself has nothing to say, once another was.
+    if (rule_ == kOnceForAll) return false;
+  }
   struct stat status = {};
   if (stat(path_.c_str(), &status) != 0) return false;
   if (status.st_mtime == modification_time_.load(std::memory_order_acquire)) {
@@ -190,16 +203,12 @@ const qz_FilterValues* _qz_LOG_file_configuration::get_filter_values(const char*
   return settings != nullptr && is_loaded() ? settings->find_filter_values(section) : nullptr;
 }
 
-/// An instance that was not loaded itself has nothing to say, once another was.
-bool _qz_LOG_file_configuration::needs_no_file() const {
-  return is_loaded() && (rule_ == kOnceForAll || settings_.load(std::memory_order_relaxed) != nullptr);
-}
-
 /// Under the writer lock. The time is stored even when the file cannot be read: later lookups that find the same time
 /// answer that there is nothing.
 bool _qz_LOG_file_configuration::load(long long modification_time) const {
   // Another thread may have loaded it since.
-  if (needs_no_file() || modification_time_.load(std::memory_order_relaxed) == modification_time) return true;
+  if (settings_.load(std::memory_order_relaxed) != nullptr && is_loaded()) return true;
+  if (modification_time_.load(std::memory_order_relaxed) == modification_time) return true;
   // Without memory nothing is stored, and the next lookup tries again.
   std::unique_ptr<Loaded> loaded = _save_all_from_file();
   modification_time_.store(modification_time, std::memory_order_release);
@@ -213,12 +222,7 @@ bool _qz_LOG_file_configuration::load(long long modification_time) const {
 
 bool _qz_LOG_file_configuration::_find_value(const char* section, const char* key, unsigned& value) const {
   const _qz_LOG_log_setting_tbl* const settings = settings_.load(std::memory_order_acquire);
-  if (settings == nullptr) return false;
-  const unsigned* found = settings->find_entry(section, key);
-  if (found == nullptr) found = settings->find_entry(kFallbackSection, key);
-  if (found == nullptr) return false;
-  value = *found;
-  return true;
+  return settings != nullptr && find_in(*settings, section, key, value);
 }
 
 /// Null for a file that cannot be read.

@@ -91,7 +91,6 @@ class _qz_LOG_file_configuration : public _qz_LOG_configuration {
   QZLOG_EXPORT static int bCfgReaded;
 
  private:
-  bool needs_no_file() const;
   bool _find_value(const char* section, const char* key, unsigned& value) const;
   struct Loaded;
   std::unique_ptr<Loaded> _save_all_from_file() const;
