@@ -2,6 +2,7 @@
 
 #include <cstddef>
 
+#include "config/configuration_source.h"
 #include "config/logconf.h"
 #include "entry/logentry_i.h"
 #include "qzlog/logcfg.h"
@@ -16,21 +17,19 @@ bool is_debug_entry(unsigned property_mask) { return (property_mask & _qz_LOG_en
 class ConfiguredValues {
  public:
   explicit ConfiguredValues(const char* section)
-      : source_(qz_LOG_LogConfig::_get_configuration_ptr()),
-        section_(section),
-        values_(source_ != nullptr ? source_->get_filter_values(section) : nullptr) {}
+      : section_(section), values_(source_ ? source_->get_filter_values(section) : nullptr) {}
 
   /// Replaces `value` by what is configured for the key, if anything is.
   void replace(qz_FilterKey key, unsigned& value) const {
     if (values_ != nullptr) {
       values_->get(key, value);
-    } else if (source_ != nullptr) {
+    } else if (source_) {
       source_->get_integer_value(section_, kFilterKeyNames[static_cast<std::size_t>(key)], value);
     }
   }
 
  private:
-  const _qz_LOG_configuration* source_;
+  qz_ConfigurationUse source_;
   const char* section_;
   const qz_FilterValues* values_;
 };
@@ -75,7 +74,7 @@ bool _qz_LOG_entry_filter::_check_entry_by_log_level(const _qz_LOG_log_entry_imp
 
 bool _qz_LOG_entry_filter::_check_entry_by_property_mask(const _qz_LOG_log_entry_imp& entry) const {
   // Without a source the bypass of debug entries does not count either: it is switched on by the source.
-  if (debug_entry && debug_enabled && qz_LOG_LogConfig::_get_configuration_ptr() != nullptr) return true;
+  if (debug_entry && debug_enabled && has_configuration_source()) return true;
   unsigned mask = property_mask;
   ConfiguredValues(section).replace(qz_FilterKey::kPropertyMask, mask);
   return (entry.get_property_mask() & mask) != 0;

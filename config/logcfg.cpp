@@ -2,19 +2,25 @@
 
 #include <sys/stat.h>
 
+#include <atomic>
 #include <memory>
+#include <utility>
 
+#include "config/configuration_source.h"
 #include "config/logconf.h"
 #include "definitions/ldf_load.h"
 #include "foundation/allocate.h"
 #include "foundation/atomic_word.h"
 #include "foundation/never_destroyed.h"
 #include "foundation/owned_text.h"
+#include "foundation/plain_name.h"
 #include "message/logmsg.h"
 #include "util/debug_record.h"
 
 bool b_is_icu_enabled = true;
+QZLOG_PLAIN_NAME(b_is_icu_enabled);
 int action_on_exceed = QZ_ACTION_REFUSE;
+QZLOG_PLAIN_NAME(action_on_exceed);
 
 namespace {
 
@@ -29,7 +35,6 @@ bool count_config_enabled = false;
 qz_NeverDestroyed<qz_OwnedText> definition_path;
 qz_NeverDestroyed<qz_OwnedText> aux_definition_path;
 qz_NeverDestroyed<qz_OwnedText> code_page;
-qz_NeverDestroyed<std::unique_ptr<_qz_LOG_configuration>> configuration_source;
 qz_NeverDestroyed<_qz_LOG_log_definition_tbl> definition_table;
 
 const char* text_or_empty(const qz_OwnedText& text) { return text != nullptr ? text.get() : ""; }
@@ -46,6 +51,16 @@ void store_text(qz_OwnedText& setting, const char* text) {
 bool file_exists(const char* path) {
   struct stat status = {};
   return stat(path, &status) == 0;
+}
+
+/// Two threads may do this at once, so it is looked again whether the flag, once written, is right.
+void set_source(std::unique_ptr<_qz_LOG_configuration> source, std::atomic<bool>& flag) noexcept {
+  replace_configuration_source(std::move(source));
+  bool has_source = false;
+  do {
+    has_source = has_configuration_source();
+    flag = has_source;
+  } while (has_configuration_source() != has_source);
 }
 
 }  // namespace
@@ -145,8 +160,7 @@ const char* qz_LOG_LogConfig::GetCodePage() { return text_or_empty(*code_page); 
 
 void qz_LOG_LogConfig::SetConfigurationSource(const char* path, qz_ConfigurationSourceType type) {
   if (path == nullptr) {
-    has_configuration_source_ = false;
-    configuration_source->reset();
+    set_source(nullptr, has_configuration_source_);
     return;
   }
   if (type != QZ_CONFIGURATION_FILE_MAY_BE_MISSING && !file_exists(path)) {
@@ -154,18 +168,22 @@ void qz_LOG_LogConfig::SetConfigurationSource(const char* path, qz_Configuration
     throw_invalid_argument();
   }
   const qz_THREAD_global_lock lock;
-  has_configuration_source_ = false;
-  configuration_source->reset();
-  configuration_source->reset(qz_new<_qz_LOG_file_configuration>(path));
-  has_configuration_source_ = true;
+  std::unique_ptr<_qz_LOG_configuration> source;
+  try {
+    source.reset(qz_new<_qz_LOG_file_configuration>(path, _qz_LOG_file_configuration::kByItself));
+  } catch (const QZX_memory_alloc&) {
+    set_source(nullptr, has_configuration_source_);
+    throw;
+  }
+  set_source(std::move(source), has_configuration_source_);
 }
 
 bool qz_LOG_LogConfig::GetConfigurationIntegerValue(const char* section, const char* key, unsigned& value) {
   if (section == nullptr || key == nullptr) throw_invalid_argument();
-  const _qz_LOG_configuration* const source = _get_configuration_ptr();
-  return source != nullptr && source->get_integer_value(section, key, value);
+  const qz_ConfigurationUse source;
+  return source && source->get_integer_value(section, key, value);
 }
 
 std::atomic<bool> qz_LOG_LogConfig::has_configuration_source_{false};
 
-_qz_LOG_configuration* qz_LOG_LogConfig::_get_configuration_ptr() { return configuration_source->get(); }
+_qz_LOG_configuration* qz_LOG_LogConfig::_get_configuration_ptr() { return current_configuration_source(); }

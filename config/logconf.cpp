@@ -5,7 +5,9 @@
 #include <atomic>
 #include <climits>
 #include <string_view>
+#include <utility>
 
+#include "foundation/allocate.h"
 #include "foundation/file_handle.h"
 #include "foundation/qz_libc.h"
 
@@ -79,6 +81,14 @@ class SettingsParser {
   char line_[kMaxLineLength + 1];
   qz_String section_;
 };
+
+bool find_in(const _qz_LOG_log_setting_tbl& settings, const char* section, const char* key, unsigned& value) {
+  const unsigned* found = settings.find_entry(section, key);
+  if (found == nullptr) found = settings.find_entry(kFallbackSection, key);
+  if (found == nullptr) return false;
+  value = *found;
+  return true;
+}
 
 }  // namespace
 
@@ -159,13 +169,25 @@ int read_file::finish_line(std::FILE* file, char* buffer, int count) {
   return 0;
 }
 
-_qz_LOG_file_configuration::_qz_LOG_file_configuration(const char* path)
-    : settings_(kTableSize), lock_(nullptr), path_(path) {
+struct _qz_LOG_file_configuration::Loaded {
+  _qz_LOG_log_setting_tbl settings{kTableSize};
+  std::unique_ptr<const Loaded> before;
+};
+
+_qz_LOG_file_configuration::~_qz_LOG_file_configuration() = default;
+
+_qz_LOG_file_configuration::_qz_LOG_file_configuration(const char* path, LoadRule rule)
+    : lock_(nullptr), path_(path), rule_(rule) {
   set_loaded(0);
 }
 
 bool _qz_LOG_file_configuration::get_integer_value(const char* section, const char* key, unsigned& value) const {
-  if (is_loaded()) return _find_value(section, key, value);
+  if (is_loaded()) {
+    const _qz_LOG_log_setting_tbl* const settings = settings_.load(std::memory_order_acquire);
+    if (settings != nullptr) return find_in(*settings, section, key, value);
+    // An instance that was not loaded itself has nothing to say, once another was.
+    if (rule_ == kOnceForAll) return false;
+  }
   struct stat status = {};
   if (stat(path_.c_str(), &status) != 0) return false;
   if (status.st_mtime == modification_time_.load(std::memory_order_acquire)) {
@@ -177,35 +199,40 @@ bool _qz_LOG_file_configuration::get_integer_value(const char* section, const ch
 }
 
 const qz_FilterValues* _qz_LOG_file_configuration::get_filter_values(const char* section) const {
-  return is_loaded() ? settings_.find_filter_values(section) : nullptr;
+  const _qz_LOG_log_setting_tbl* const settings = settings_.load(std::memory_order_acquire);
+  return settings != nullptr && is_loaded() ? settings->find_filter_values(section) : nullptr;
 }
 
 /// Under the writer lock. The time is stored even when the file cannot be read: later lookups that find the same time
-/// answer from the empty table.
+/// answer that there is nothing.
 bool _qz_LOG_file_configuration::load(long long modification_time) const {
   // Another thread may have loaded it since.
+  if (settings_.load(std::memory_order_relaxed) != nullptr && is_loaded()) return true;
   if (modification_time_.load(std::memory_order_relaxed) == modification_time) return true;
+  // Without memory nothing is stored, and the next lookup tries again.
+  std::unique_ptr<Loaded> loaded = _save_all_from_file();
   modification_time_.store(modification_time, std::memory_order_release);
-  settings_.clear();
-  if (!_save_all_from_file()) return false;
-  settings_.gather_filter_values();
+  settings_.store(loaded != nullptr ? &loaded->settings : nullptr, std::memory_order_release);
+  if (loaded == nullptr) return false;
+  loaded->before = std::move(loaded_);
+  loaded_ = std::move(loaded);
   set_loaded(1);
   return true;
 }
 
 bool _qz_LOG_file_configuration::_find_value(const char* section, const char* key, unsigned& value) const {
-  const unsigned* found = settings_.find_entry(section, key);
-  if (found == nullptr) found = settings_.find_entry(kFallbackSection, key);
-  if (found == nullptr) return false;
-  value = *found;
-  return true;
+  const _qz_LOG_log_setting_tbl* const settings = settings_.load(std::memory_order_acquire);
+  return settings != nullptr && find_in(*settings, section, key, value);
 }
 
-bool _qz_LOG_file_configuration::_save_all_from_file() const {
+/// Null for a file that cannot be read.
+std::unique_ptr<_qz_LOG_file_configuration::Loaded> _qz_LOG_file_configuration::_save_all_from_file() const {
   const qz_FileHandle file(QZ_fopen(path_.c_str(), "rb"));
-  if (file == nullptr) return false;
+  if (file == nullptr) return nullptr;
   // A directory can be opened, but not read.
-  if (std::getc(file.get()) == EOF && std::ferror(file.get()) != 0) return false;
-  SettingsParser(file.get(), settings_).parse();
-  return true;
+  if (std::getc(file.get()) == EOF && std::ferror(file.get()) != 0) return nullptr;
+  std::unique_ptr<Loaded> loaded(qz_new<Loaded>());
+  SettingsParser(file.get(), loaded->settings).parse();
+  loaded->settings.gather_filter_values();
+  return loaded;
 }

@@ -5,6 +5,7 @@
 
 #include <atomic>
 #include <cstdio>
+#include <memory>
 
 #include "config/filter_values.h"
 #include "config/text_tbl.h"
@@ -22,6 +23,8 @@ class _qz_LOG_configuration : public qz_UTIL_no_inadvertant_copies {
   /// What get_integer_value says for all keys of a filter, at the price of one lookup. Null while lookups may still
   /// have to load something: each key has to be asked for then. Valid as long as this object. Any thread.
   virtual const qz_FilterValues* get_filter_values(const char* section) const = 0;
+
+  _qz_LOG_configuration* next_retired = nullptr;  ///< of config/configuration_source
 };
 
 /// The settings of a file, keyed by the section's text followed by the key's, without a separator: sections "ab" with
@@ -71,26 +74,37 @@ class read_file {
 /// Once any instance has loaded its file, no file is looked at again until the next instance is made.
 class _qz_LOG_file_configuration : public _qz_LOG_configuration {
  public:
+  enum LoadRule {
+    kOnceForAll,  ///< as said above
+    kByItself     ///< its first load does not depend on others: one that is being replaced may finish its own only now
+  };
+
   /// Does not touch the file.
-  explicit _qz_LOG_file_configuration(const char* path);
+  explicit _qz_LOG_file_configuration(const char* path, LoadRule rule = kOnceForAll);
 
   /// The value in `section`, else in the section "global". A file that cannot be read has no values.
   bool get_integer_value(const char* section, const char* key, unsigned& value) const override;
   const qz_FilterValues* get_filter_values(const char* section) const override;
+  ~_qz_LOG_file_configuration() override;
 
   /// 1 after the first successful load of any instance, 0 again with every instance made. Accessed atomically.
   QZLOG_EXPORT static int bCfgReaded;
 
  private:
   bool _find_value(const char* section, const char* key, unsigned& value) const;
-  bool _save_all_from_file() const;
+  struct Loaded;
+  std::unique_ptr<Loaded> _save_all_from_file() const;
   bool load(long long modification_time) const;
 
   // The file is loaded by the first lookup, which is const to its callers.
   mutable std::atomic<long long> modification_time_{0};
-  mutable _qz_LOG_log_setting_tbl settings_;
+  // What was loaded last, or null. It never changes, and is kept when the file is loaded again: a lookup without the
+  // lock may be under way in it.
+  mutable std::atomic<const _qz_LOG_log_setting_tbl*> settings_{nullptr};
+  mutable std::unique_ptr<const Loaded> loaded_;
   mutable qz_LOG_CRWLock lock_;
   qz_String path_;
+  LoadRule rule_;
 };
 
 #endif  // QZLOG_CONFIG_LOGCONF_H

@@ -4,7 +4,9 @@
 
 #include <climits>
 #include <new>
+#include <utility>
 
+#include "counter/counter_stream.h"
 #include "counter/logentrycounter_index.h"
 #include "counter/record_format.h"
 #include "counter/record_scanner.h"
@@ -67,6 +69,17 @@ void take_back(int descriptor, const RecordPlace& place) {
   }
 }
 
+/// A file that is there and cannot even be read is an error. That one cannot be made is not: the counter then counts
+/// nothing.
+void report_not_opened(const char* path, bool exists) {
+  if (!exists) {
+    QZ_DEBUG_RECORD(1, kSource, "%s:%d Error: Cannot create file %s!\n", path);
+    return;
+  }
+  QZ_DEBUG_RECORD(1, kSource, "%s:%d Error: Cannot open file %s with read mode!\n", path);
+  throw QZX_logging_file_operation_failed("Cannot open file with read mode!\n", 0);
+}
+
 int report_seek_error() {
   QZ_DEBUG_RECORD(1, kSource, "%s:%d Seek error!\n");
   return -1;
@@ -111,42 +124,32 @@ _qz_LOG_EntryCounter::~_qz_LOG_EntryCounter() {
 
 int _qz_LOG_EntryCounter::OpenEntryCounterFile(const char* directory, const char* name) {
   if (directory == nullptr || name == nullptr) {
-    replace_file(nullptr);
+    replace_file({});
     opened_ = false;
+    QZ_DEBUG_RECORD(1, kSource, "%s:%d _qz_LOG_EntryCounter::OpenEntryCounterFile, directory==0 or name==0!\n");
     return 0;
   }
   const qz_String path = counter_path(directory, name);
-  if (access(path.c_str(), F_OK) == 0) {
-    opened_ = true;
-    replace_file(QZ_fopen(path.c_str(), "rb+"));
-    writable_ = file_ != nullptr;
-    if (!writable_) replace_file(QZ_fopen(path.c_str(), "rb"));
-    if (file_ == nullptr) {
-      QZ_DEBUG_RECORD(1, kSource, "%s:%d Error: Cannot open file %s with read mode!\n", path.c_str());
-      throw QZX_logging_file_operation_failed("Cannot open file with read mode!\n", 0);
-    }
-  } else {
-    replace_file(QZ_fopen(path.c_str(), "wb+"));
-    opened_ = file_ != nullptr;
-    if (opened_) writable_ = true;
-  }
+  CounterStream stream = open_counter_stream(path.c_str());
+  const bool exists = stream.exists;
+  replace_file(std::move(stream));
+  if (file_ == nullptr) report_not_opened(path.c_str(), exists);
   directory_ = qz_String(directory);
   counter_name_ = qz_String(name);
   return 0;
 }
 
 /// The stream before stays open: its user may have got it from GetFilePointer.
-void _qz_LOG_EntryCounter::replace_file(std::FILE* file) {
-  // Positions are those of the file itself, and what is written is written at once.
-  if (file != nullptr) std::setvbuf(file, nullptr, _IONBF, 0);
-  index_.reset();
+void _qz_LOG_EntryCounter::replace_file(CounterStream&& stream) {
   try {
     if (file_ != nullptr) replaced_files_.push_back(file_);
   } catch (const std::bad_alloc&) {
-    if (file != nullptr) QZ_fclose(file);
     throw QZX_memory_alloc();
   }
-  file_ = file;
+  index_.reset();
+  file_ = stream.file.release();
+  opened_ = stream.exists;
+  writable_ = stream.is_writable;
 }
 
 int _qz_LOG_EntryCounter::IncreaseCount(int year, int month, int day, int entry_key) {

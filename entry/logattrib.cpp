@@ -10,6 +10,7 @@
 #include <unicode/unistr.h>
 
 #include "foundation/itoa.h"
+#include "foundation/plain_name.h"
 #include "foundation/qz_libc.h"
 
 const qz_AttributeTypeName AttributeTypeList[26] = {{"TypeBool", TypeBool},           {"TypeUInt1", TypeUInt1},
@@ -25,6 +26,7 @@ const qz_AttributeTypeName AttributeTypeList[26] = {{"TypeBool", TypeBool},     
                                                     {"TypeDate", TypeDate},           {"TypeTime", TypeTime},
                                                     {"TypeTimestamp", TypeTimestamp}, {"TypeGUID", TypeGUID},
                                                     {nullptr, TypeUnknown},           {nullptr, TypeUnknown}};
+QZLOG_PLAIN_NAME(AttributeTypeList);
 
 qz_AttributeType _qz_LOG_get_attribute_type_code(const char* name) {
   if (name == nullptr) return TypeUnknown;

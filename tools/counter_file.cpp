@@ -8,6 +8,7 @@
 #include <cstring>
 #include <string_view>
 
+#include "qzlog/qz_exception.h"
 #include "qzlog/qz_time.h"
 #include "tools/command_error.h"
 
@@ -17,11 +18,13 @@ namespace {
 
 constexpr std::string_view kSuffix = ".cnt";
 
-// The counter itself would say nothing about a file that it cannot make or write, and do nothing; and making it, it
-// would empty a file that another process made meanwhile.
+// For the lock, and for the reason when it cannot be opened, which the counter does not tell.
 FileDescriptor open_for_writing(const std::string& file, MissingCounter missing) {
-  const int create = missing == MissingCounter::kCreate ? O_CREAT : 0;
-  const int descriptor = ::open(file.c_str(), O_RDWR | O_CLOEXEC | create, 0666);
+  int descriptor = ::open(file.c_str(), O_RDWR | O_CLOEXEC);
+  // Leave to make a file that is there would be refused in a folder that all users share.
+  if (descriptor < 0 && errno == ENOENT && missing == MissingCounter::kCreate) {
+    descriptor = ::open(file.c_str(), O_RDWR | O_CLOEXEC | O_CREAT, 0666);
+  }
   if (descriptor < 0) {
     throw CommandError(kExitCannotRun, "cannot open '" + file + "' for writing: " + std::strerror(errno));
   }
@@ -80,12 +83,13 @@ CounterFile::CounterFile(CounterPath path, MissingCounter missing)
 
 void CounterFile::open_counter() {
   counter_.emplace();
-  counter_->OpenEntryCounterFile(path_.directory.c_str(), path_.name.c_str());
-  std::FILE* const stream = counter_->GetFilePointer();
-  // It does nothing, quietly, with a file that it could open for reading only.
-  if (stream == nullptr || (::fcntl(::fileno(stream), F_GETFL) & O_ACCMODE) == O_RDONLY) {
-    throw CommandError(kExitCannotRun, "cannot open '" + path_.file + "' for writing");
+  try {
+    counter_->OpenEntryCounterFile(path_.directory.c_str(), path_.name.c_str());
+  } catch (const QZX_logging_file_operation_failed&) {
+    // Not writable then, like one that could not be made; the library's words lack the name.
   }
+  // It does nothing, quietly, with a file that it could open for reading only.
+  if (!counter_->IsWritable()) throw CommandError(kExitCannotRun, "cannot open '" + path_.file + "' for writing");
 }
 
 void CounterFile::check(int result) const {

@@ -8,9 +8,11 @@
 #include <ctime>
 
 #include "foundation/fork_gate.h"
+#include "foundation/plain_name.h"
 #include "util/debug_record.h"
 
 unsigned debug_log_level = 0;
+QZLOG_PLAIN_NAME(debug_log_level);
 
 namespace {
 

@@ -9,8 +9,9 @@
 ///
 /// Levels: 1 errors and rejected arguments, 2 configuration changes, 3 lookups, 9 written even when the trace is off.
 
-/// The current level, 0 (off) to 9. Read and written atomically by the library; callers use the functions below.
-extern QZLOG_EXPORT unsigned debug_log_level;
+/// The current level, 0 (off) to 9. Read and written atomically by the library; callers use the functions below. A
+/// program that declares it without this header reaches it too, unless it has a variable of that name.
+extern QZLOG_EXPORT unsigned debug_log_level QZLOG_SYMBOL(debug_log_level);
 
 /// Appends one record "YYYY/MM/DD HH:MM:SS(pid=P)(tid=T):" + the formatted text when `level` is at most the current
 /// level and the trace is on, or when `level` is 9. The record has no line break of its own: end `format` with "\n".

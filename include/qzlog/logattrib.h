@@ -38,7 +38,7 @@ struct qz_AttributeTypeName {
 };
 
 /// The 24 types in code order, then two all-zero rows: a row whose name is null ends the table.
-extern QZLOG_EXPORT const qz_AttributeTypeName AttributeTypeList[26];
+extern QZLOG_EXPORT const qz_AttributeTypeName AttributeTypeList[26] QZLOG_SYMBOL(AttributeTypeList);
 
 /// The code of a type's full name ("TypeChar32", exact and case-sensitive), 0 for any other text and for null. Any
 /// thread.

@@ -30,15 +30,17 @@ enum qz_ActionAttrLenExceed : int {
   QZ_ACTION_TRUNCATE = 1  ///< the text is cut to the limit
 };
 
-/// The words below are read and written atomically by the library; callers use qz_LOG_LogConfig.
-extern QZLOG_EXPORT bool b_is_icu_enabled;
-extern QZLOG_EXPORT int action_on_exceed;
+/// The words below are read and written atomically by the library; callers use qz_LOG_LogConfig. A program that
+/// declares them without this header reaches them too, unless it has variables of these names.
+extern QZLOG_EXPORT bool b_is_icu_enabled QZLOG_SYMBOL(b_is_icu_enabled);
+extern QZLOG_EXPORT int action_on_exceed QZLOG_SYMBOL(action_on_exceed);
 
 /// The process-wide settings, set once at start-up. There is nothing to initialise and nothing to shut down.
 ///
-/// Threads: the setters of paths, code page, locale and configuration source and ClearDefinitions() exclude each other,
-/// but must not run while other threads use entries. The flags (ICU, action, synchronization, count) may be read and
-/// written from any thread. A text returned by a getter lives until the setting is set again.
+/// Threads: the setters of paths, code page and locale and ClearDefinitions() exclude each other, but must not run
+/// while other threads use entries. The configuration source may be set and removed at any time, while others look up
+/// and filter. The flags (ICU, action, synchronization, count) may be read and written from any thread. A text returned
+/// by a getter lives until the setting is set again.
 ///
 /// Null where a text is wanted throws QZX_logging_illegal_argument "invalid argument" unless stated otherwise; running
 /// out of memory throws QZX_memory_alloc, and the setting concerned is then unset.
@@ -105,13 +107,17 @@ class QZLOG_EXPORT qz_LOG_LogConfig {
   static void SetCodePage(const char* name);
   static const char* GetCodePage();
 
-  /// Names the configuration file, read on the first lookup; null removes it. Throws QZX_logging_illegal_argument
-  /// "invalid argument" when the file does not exist, unless `type` is QZ_CONFIGURATION_FILE_MAY_BE_MISSING.
+  /// Names the configuration file, read on the first lookup; null removes it. Any thread: a lookup or filter under way
+  /// in another one ends with what it began with, every later one sees the new source or none. Removing takes no lock
+  /// and no memory, and cannot fail. Throws QZX_logging_illegal_argument "invalid argument" when the file does not
+  /// exist, unless `type` is QZ_CONFIGURATION_FILE_MAY_BE_MISSING.
   static void SetConfigurationSource(const char* path, qz_ConfigurationSourceType type);
   /// The unsigned value of `key` in `section`, else in the section "global". False, with `value` untouched, when there
   /// is none or no source is set. Any thread.
   static bool GetConfigurationIntegerValue(const char* section, const char* key, unsigned& value);
-  /// The current source or null; valid until SetConfigurationSource is called again.
+  /// The current source or null. The caller's thread may use it until it next calls this function, a lookup, an entry
+  /// filter or SetConfigurationSource, whatever other threads set meanwhile; in the destructors of thread-local and
+  /// static objects only until another thread sets the source.
   static _qz_LOG_configuration* _get_configuration_ptr();
   /// Whether there is one, for inlined code.
   static bool _has_configuration_source() { return has_configuration_source_.load(std::memory_order_relaxed); }

@@ -11,6 +11,7 @@
 
 class _qz_LOG_EntryCounterIndex;
 struct _qz_LOG_EntryCounterPlace;
+struct _qz_LOG_EntryCounterStream;
 
 /// One record of a counter file in host byte order. In the file it takes 32 bytes, every integer big-endian. A record
 /// whose year, month and day are all 0 is free.
@@ -50,11 +51,20 @@ class QZLOG_EXPORT _qz_LOG_EntryCounter {
   _qz_LOG_EntryCounter& operator=(const _qz_LOG_EntryCounter&) = delete;
 
   /// Opens the file, or creates it; always returns 0. A file that can only be read is opened for reading. When it
-  /// cannot be created (or an argument is null) the counter is not opened. Slashes at the end of the directory are
-  /// dropped, so "" and "/" are the root directory. A stream of an earlier open stays open until the counter is
-  /// destroyed. Throws QZX_logging_file_operation_failed "Cannot open file with read mode!\n" for a file that exists
-  /// and cannot be read, and QZX_memory_alloc.
+  /// cannot be created (or an argument is null) the counter is not opened. Both are told by IsOpen and IsWritable, and
+  /// the second by a debug record of level 1 too. Whatever happens, what the file holds stays: a file that another
+  /// process makes at the same time is opened as it is. The rights that count are those of the process's effective
+  /// user. Slashes at the end of the directory are dropped, so "" and "/" are the root directory. A link is followed; a
+  /// pipe is opened without waiting, and every operation on it fails. A stream of an earlier open stays open until the
+  /// counter is destroyed. Throws QZX_logging_file_operation_failed "Cannot open file with read mode!\n" for a file
+  /// that exists and cannot be read, and QZX_memory_alloc.
   int OpenEntryCounterFile(const char* directory, const char* name);
+
+  /// Whether a file is open now: false before the first open, after one that failed or threw, and after a close.
+  bool IsOpen() const { return file_ != nullptr; }
+  /// Whether a file is open now and operations change it. False for one that is open for reading only: every operation
+  /// then returns 0 and does nothing.
+  bool IsWritable() const { return IsOpen() && is_writable(); }
 
   /// Adds 1 to the count of a day and key (modulo 2^32), creating it with 1. A call with the key of the call before
   /// increments that call's record even when the date differs: callers rely on it.
@@ -83,7 +93,7 @@ class QZLOG_EXPORT _qz_LOG_EntryCounter {
   QZLOG_NO_EXPORT bool rewrite_record(const _qz_LOG_EntryCounterPlace& place,
                                       const _qz_LOG_EntryCounterElement& record);
   QZLOG_NO_EXPORT bool write_record(const _qz_LOG_EntryCounterPlace& place, const _qz_LOG_EntryCounterElement& record);
-  QZLOG_NO_EXPORT void replace_file(std::FILE* file);
+  QZLOG_NO_EXPORT void replace_file(_qz_LOG_EntryCounterStream&& stream);
 
   std::FILE* file_;
   qz_String directory_;

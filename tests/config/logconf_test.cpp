@@ -367,6 +367,7 @@ TEST_F(LogConf, LoadWithoutMemory_Throws) {
     });
     if (!happened) break;
     EXPECT_TRUE(thrown) << nth;
+    EXPECT_EQ(look_up(configuration, "a_section_with_quite_a_long_name", "C"), 3U) << nth;
     ++failures;
   }
   EXPECT_GT(failures, 6U);

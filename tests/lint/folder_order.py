@@ -19,7 +19,7 @@ CHAIN = [
     ("entry definition", ["definitions/ldf_def.*", "definitions/attribute_name.*", "definitions/message_text.h"]),
     ("definition table", ["definitions/ldf_load.*", "definitions/definition_hold.*",
                           "include/qzlog/definition_cache.h"]),
-    ("configuration file and catalog", ["config/logconf.*", "config/filter_values.h", "config/text_tbl.h", "message/logmsg.h", "message/logmsg_catalog.*",
+    ("configuration file and catalog", ["config/logconf.*", "config/configuration_source.*", "config/filter_values.h", "config/text_tbl.h", "message/logmsg.h", "message/logmsg_catalog.*",
                                         "message/code_page.*"]),
     ("settings", ["config/logcfg.*", "include/qzlog/logcfg.h"]),
     ("entry implementation", ["entry/*"]),

@@ -11,6 +11,7 @@
 #include <random>
 #include <string>
 
+#include "tests/support/descriptor_limit.h"
 #include "tests/tools/counter_bytes.h"
 #include "tests/tools/temporary_folder.h"
 #include "tools/command_error.h"
@@ -154,6 +155,11 @@ TEST_F(CounterFileTest, FileThatCannotBeWritten_IsRefused) {
   folder_.write("events.cnt", "");
   ::chmod(path().file.c_str(), 0400);
   EXPECT_EQ(refusal(MissingCounter::kCreate), "cannot open '" + path().file + "' for writing: Permission denied");
+}
+
+TEST_F(CounterFileTest, FileThatTheCounterCannotOpen_IsRefusedByItsName) {
+  const qz_test::DescriptorLimit only_the_lock(1);
+  EXPECT_EQ(refusal(MissingCounter::kCreate), "cannot open '" + path().file + "' for writing");
 }
 
 }  // namespace
