@@ -13,6 +13,7 @@ MessageBundle::State MessageBundle::open(const std::string& path, const char* lo
   std::string base;
   if (!base_locale(locale, base)) {
     problem_ = "the name of the locale is too long";
+    failed_bundle_ = locale;
     return State::kFailed;
   }
   try {
@@ -23,6 +24,7 @@ MessageBundle::State MessageBundle::open(const std::string& path, const char* lo
     return State::kOpened;
   } catch (const ResourceFailure& failure) {
     problem_ = failure.what();
+    failed_bundle_ = failure.bundle();
     return State::kFailed;
   }
 }

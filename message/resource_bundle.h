@@ -27,8 +27,9 @@ class MessageBundle {
   /// Opens a catalog for a locale, which falls back to ICU's default locale and the root. Throws std::bad_alloc; the
   /// bundle then is what it was, as after a failure.
   State open(const std::string& path, const char* locale);
-  /// What is wrong, after a failure: with which file's name, and in words.
+  /// After a failure: what is wrong, in words, and with which locale's bundle.
   const std::string& problem() const { return problem_; }
+  const std::string& failed_bundle() const { return failed_bundle_; }
 
   /// The locale whose file was found first: "de" for de_AT when there is no file for Austria.
   const std::string& name() const { return chain_.front().name; }
@@ -56,6 +57,7 @@ class MessageBundle {
 
   std::string path_;
   std::string problem_;
+  std::string failed_bundle_;
   ResourceChain chain_;
 };
 

@@ -115,27 +115,27 @@ ResourceEntry ResourceChainLoader::read_entry(const std::string& name, unsigned 
   entry.data = read_data(entry.name);
   const std::string alias = top_text(entry, kAlias);
   if (alias.empty()) return entry;
-  if (aliases >= kMostAliases) throw ResourceFailure(name + ": the bundle stands for itself");
+  if (aliases >= kMostAliases) throw ResourceFailure(name, "the bundle stands for itself");
   return read_entry(alias, aliases + 1);
 }
 
 std::shared_ptr<ResourceData> ResourceChainLoader::read_data(const std::string& name) {
   WholeFile file = files_.find(name);
   if (file.state == WholeFile::State::kAbsent) return nullptr;
-  if (file.state == WholeFile::State::kFailed) throw ResourceFailure(name + ": the file cannot be read");
+  if (file.state == WholeFile::State::kFailed) throw ResourceFailure(name, "the file cannot be read");
   ReadResource read = ResourceData::read(std::move(file.bytes));
   if (read.state == ReadResource::State::kForeign) return nullptr;
-  if (read.state == ReadResource::State::kDamaged) throw ResourceFailure(name + ": " + read.problem);
+  if (read.state == ReadResource::State::kDamaged) throw ResourceFailure(name, read.problem);
   if (read.data->layout().uses_pool) attach_pool(name, *read.data);
   const char* const problem = read.data->check();
-  if (problem != nullptr) throw ResourceFailure(name + ": " + problem);
+  if (problem != nullptr) throw ResourceFailure(name, problem);
   return read.data;
 }
 
 void ResourceChainLoader::attach_pool(const std::string& name, ResourceData& data) {
   std::shared_ptr<ResourceData> pool = name != kPool ? read_data(kPool) : nullptr;
   if (pool == nullptr || !data.set_pool(std::move(pool))) {
-    throw ResourceFailure(name + ": the pool that the bundle was made with is not there");
+    throw ResourceFailure(name, "the pool that the bundle was made with is not there");
   }
 }
 

@@ -23,7 +23,13 @@ using ResourceChain = std::vector<ResourceEntry>;
 /// A file that is damaged or cannot be read.
 class ResourceFailure : public std::runtime_error {
  public:
-  using std::runtime_error::runtime_error;
+  /// Of the bundle with that name, and what is wrong with it.
+  ResourceFailure(const std::string& bundle, const std::string& problem)
+      : std::runtime_error(problem), bundle_(std::make_shared<const std::string>(bundle)) {}
+  const std::string& bundle() const { return *bundle_; }
+
+ private:
+  std::shared_ptr<const std::string> bundle_;  // exceptions are copied without failing
 };
 
 /// Finds the bundles of a catalog for a locale, in the order in which ICU does. One thread.

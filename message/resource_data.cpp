@@ -24,6 +24,7 @@ constexpr std::size_t kSmallestInfo = 20;
 constexpr std::string_view kMagic = "\xDA\x27";
 constexpr std::string_view kBundleFormat = "ResB";
 constexpr unsigned char kLastVersion = 3;
+constexpr const char* kShort = "the file is shorter than the bundle in it";
 constexpr char kBigEndianHere = static_cast<char>(__BYTE_ORDER__ == __ORDER_BIG_ENDIAN__);
 
 // The index behind the root resource: words, by position.
@@ -50,6 +51,10 @@ Number number_at(std::string_view bytes, std::size_t offset) {
   return number;
 }
 
+bool has_magic(std::string_view bytes) {
+  return bytes.size() >= kMagicOffset + kMagic.size() && bytes.substr(kMagicOffset, kMagic.size()) == kMagic;
+}
+
 ReadResource refused(ReadResource::State state, const char* problem) { return {state, problem, nullptr}; }
 
 }  // namespace
@@ -70,13 +75,14 @@ bool is_string(Resource resource) {
 std::size_t ResourceData::header_size(std::string_view bytes) { return number_at<std::uint16_t>(bytes, 0); }
 
 bool ResourceData::has_header(std::string_view bytes, std::string_view format) {
-  return bytes.size() >= kSmallestHeader && bytes.substr(kMagicOffset, kMagic.size()) == kMagic &&
+  return bytes.size() >= kSmallestHeader && has_magic(bytes) &&
          number_at<std::uint16_t>(bytes, kInfoOffset) >= kSmallestInfo && bytes[kByteOrderOffset] == kBigEndianHere &&
          bytes[kCharsetOffset] == 0 && bytes[kUnitSizeOffset] == kUnit &&
          bytes.substr(kFormatOffset, format.size()) == format;
 }
 
 bool ResourceData::is_foreign(std::string_view bytes) {
+  if (bytes.size() >= kMagicOffset + kMagic.size() && !has_magic(bytes)) return true;
   if (bytes.size() < kSmallestHeader) return false;
   const auto version = static_cast<unsigned char>(bytes[kVersionOffset]);
   return !has_header(bytes, kBundleFormat) || version == 0 || version > kLastVersion;
@@ -84,17 +90,14 @@ bool ResourceData::is_foreign(std::string_view bytes) {
 
 ReadResource ResourceData::read(std::string bytes) {
   using State = ReadResource::State;
-  if (bytes.size() < kSmallestHeader) return refused(State::kDamaged, "the file is no resource bundle");
   if (is_foreign(bytes)) {
-    const bool is_of_other_order = std::string_view(bytes).substr(kMagicOffset, kMagic.size()) == kMagic &&
-                                   bytes[kByteOrderOffset] != kBigEndianHere;
+    const bool is_of_other_order = has_magic(bytes) && bytes[kByteOrderOffset] != kBigEndianHere;
     return refused(State::kForeign, is_of_other_order ? "the bundle was made for machines of another byte order"
                                                       : "the file is no resource bundle");
   }
+  if (bytes.size() < kSmallestHeader) return refused(State::kDamaged, kShort);
   const std::size_t begin = header_size(bytes);
-  if (begin < kSmallestHeader || begin + kWord > bytes.size()) {
-    return refused(State::kDamaged, "the file is shorter than the bundle in it");
-  }
+  if (begin < kSmallestHeader || begin + kWord > bytes.size()) return refused(State::kDamaged, kShort);
   const auto major = static_cast<unsigned char>(bytes[kVersionOffset]);
   const auto minor = static_cast<unsigned char>(bytes[kVersionOffset + 1]);
   std::shared_ptr<ResourceData> data(new ResourceData(std::move(bytes), begin));
@@ -130,7 +133,6 @@ void ResourceData::find_last_ends() {
 }
 
 const char* ResourceData::read_index() {
-  constexpr const char* kShort = "the file is shorter than the bundle in it";
   if (size() < (kIndex + 1) * kWord) return kShort;
   const auto field = [&](IndexField index) { return word(kIndex + index); };
   const std::size_t length = field(kIndexLength) & 0xFFU;

@@ -83,7 +83,7 @@ class ResourceData {
 
   /// Reads the header of a bundle and what it says about the layout. Throws std::bad_alloc.
   static ReadResource read(std::string bytes);
-  /// Whether a whole header says that this is no bundle of this machine.
+  /// Whether the beginning says that this is no bundle of this machine, however the bytes go on.
   static bool is_foreign(std::string_view bytes);
   /// Whether the bytes begin as those of a file of ICU's that has `format` as its format, for this machine.
   static bool has_header(std::string_view bytes, std::string_view format);

@@ -240,7 +240,8 @@ TEST(MessageBundle, Failed_SaysWhichFileAndWhy) {
   catalog.write("de.res", whole.substr(0, whole.size() - 4));
   MessageBundle bundle;
   EXPECT_EQ(bundle.open(catalog.path(), "de_AT"), MessageBundle::State::kFailed);
-  EXPECT_EQ(bundle.problem(), "de: the file is shorter than the bundle in it");
+  EXPECT_EQ(bundle.problem(), "the file is shorter than the bundle in it");
+  EXPECT_EQ(bundle.failed_bundle(), "de");
 }
 
 TEST(MessageBundle, OpenedWithoutMemory_IsWhatItWas) {
