@@ -64,13 +64,15 @@ class _qz_LOG_log_message {
   static unsigned int _get_number_of_attributes(const _qz_LOG_msg_token_list& list);
 
   /// Opens the catalog at `path` for the current locale, or closes it with null. When it cannot be opened,
-  /// QZX_logging_missing_resource is thrown and the catalog counts as open: every later lookup fails.
+  /// QZX_logging_missing_resource is thrown and the catalog counts as open: every later lookup fails. The files are read
+  /// into memory and checked here; what happens to them later changes nothing.
   static void set_resource_path(const char* path);
   /// "" while no catalog is open. Valid until the next set_resource_path.
   static const char* get_resource_path();
   static bool is_catalog_open();
-  /// Opens an open catalog again, for a locale that has changed.
-  static void reopen_catalog();
+  /// Opens an open catalog again, for a locale that has changed. One that cannot be opened for it, or not without more
+  /// memory, fails at every later lookup.
+  static void reopen_catalog() noexcept;
   /// The catalog's template for a message ID; only called while the catalog is open. QZX_logging_missing_resource when
   /// it, or its table of strings, is missing.
   static icu::UnicodeString _get_string(const char* message_id);

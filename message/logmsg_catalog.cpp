@@ -1,28 +1,28 @@
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <memory>
+#include <new>
 #include <string>
 #include <string_view>
 #include <utility>
 
-#include <unicode/resbund.h>
-
 #include "definitions/message_text.h"
+#include "foundation/allocate.h"
 #include "foundation/locks.h"
 #include "foundation/never_destroyed.h"
 #include "message/logmsg.h"
+#include "message/resource_bundle.h"
 #include "qzlog/qz_exception.h"
 #include "qzlog/qz_locale.h"
 #include "util/debug_record.h"
 
 namespace {
 
+using qzlog_bundle::MessageBundle;
+
 constexpr const char* kSource = "logmsg";
 constexpr const char* kStringTable = "STRING_TABLE";
-
-// Guarded by the process-wide lock of the settings. A bundle that failed to open is kept.
-qz_NeverDestroyed<qz_String> resource_path;
-icu::ResourceBundle* p_rsrc_bundle = nullptr;
 
 /// The prepared forms of the open catalog's templates. Rendering threads add to it, so it has a lock of its own.
 class CatalogTemplates {
@@ -49,82 +49,108 @@ class CatalogTemplates {
   std::map<std::string, std::unique_ptr<const _qz_LOG_prepared_message>, std::less<>> templates_;
 };
 
-qz_NeverDestroyed<CatalogTemplates> catalog_templates;
+// Guarded by the process-wide lock of the settings.
+struct Catalog {
+  qz_String path;
+  std::unique_ptr<MessageBundle> bundle;  // null while closed; one that failed to open is kept, without any text
+  CatalogTemplates templates;
+};
+
+qz_NeverDestroyed<Catalog> catalog;
 
 void close_bundle() {
-  catalog_templates->clear();
-  delete p_rsrc_bundle;
-  p_rsrc_bundle = nullptr;
+  catalog->templates.clear();
+  catalog->bundle.reset();
+}
+
+void record_failure(MessageBundle::State state) {
+  if (state == MessageBundle::State::kMissing) {
+    QZ_DEBUG_RECORD_AT(1, kSource, 248,
+                       "%s:%d _qz_LOG_log_message::set_resource_path Unable to locate resource bundle %s!\n",
+                       catalog->path.c_str());
+  } else {
+    QZ_DEBUG_RECORD_AT(1, kSource, 256,
+                       "%s:%d _qz_LOG_log_message::set_resource_path Unable to access resource bundle %s!\n",
+                       catalog->path.c_str());
+  }
+}
+
+/// Opens the path's bundle for the locale, in the place of what is open. Whatever happens, the catalog counts as open.
+MessageBundle::State open_bundle() {
+  catalog->templates.clear();
+  *catalog->bundle = MessageBundle();
+  const icu::Locale locale = _qz_LOG_log_message::get_locale();
+  const MessageBundle::State state = catalog->bundle->open(catalog->path.c_str(), locale.getName());
+  if (state != MessageBundle::State::kOpened) record_failure(state);
+  return state;
 }
 
 [[noreturn]] void throw_bundle_failure(const char* text_before_path) {
   qz_String text(text_before_path);
-  text += resource_path->c_str();
+  text += catalog->path.c_str();
   text += "\".";
   throw QZX_logging_missing_resource(text.c_str(), 0);
 }
 
-void open_bundle() {
-  close_bundle();
-  UErrorCode status = U_ZERO_ERROR;
-  p_rsrc_bundle = new icu::ResourceBundle(resource_path->c_str(), _qz_LOG_log_message::get_locale(), status);
-  if (p_rsrc_bundle == nullptr) throw QZX_memory_alloc();
-  if (status == U_MISSING_RESOURCE_ERROR) {
-    QZ_DEBUG_RECORD_AT(1, kSource, 248,
-                       "%s:%d _qz_LOG_log_message::set_resource_path Unable to locate resource bundle %s!\n",
-                       resource_path->c_str());
-    throw_bundle_failure("<QZX_logging_missing_resource> Unable to locate resource bundle \"");
-  }
-  if (U_FAILURE(status)) {
-    QZ_DEBUG_RECORD_AT(1, kSource, 256,
-                       "%s:%d _qz_LOG_log_message::set_resource_path Unable to access resource bundle %s!\n",
-                       resource_path->c_str());
-    throw_bundle_failure("<QZX_logging_missing_resource> Unable to access resource bundle \"");
-  }
-}
-
 }  // namespace
 
-void _qz_LOG_log_message::set_resource_path(const char* path) {
+void _qz_LOG_log_message::set_resource_path(const char* path) try {
   if (path == nullptr) {
     close_bundle();
-    resource_path->_assign(nullptr, 0);
+    catalog->path._assign(nullptr, 0);
     QZ_DEBUG_RECORD_AT(2, kSource, 233, "%s:%d _qz_LOG_log_message::set_resource_path set resource_path=\"\"!\n");
     return;
   }
-  *resource_path = qz_String(path);
-  open_bundle();
+  catalog->path = qz_String(path);
+  close_bundle();
+  catalog->bundle.reset(qz_new<MessageBundle>());
+  const MessageBundle::State state = open_bundle();
+  if (state == MessageBundle::State::kMissing) {
+    throw_bundle_failure("<QZX_logging_missing_resource> Unable to locate resource bundle \"");
+  }
+  if (state == MessageBundle::State::kFailed) {
+    throw_bundle_failure("<QZX_logging_missing_resource> Unable to access resource bundle \"");
+  }
+} catch (const std::bad_alloc&) {
+  throw QZX_memory_alloc();
 }
 
-const char* _qz_LOG_log_message::get_resource_path() { return resource_path->c_str(); }
+const char* _qz_LOG_log_message::get_resource_path() { return catalog->path.c_str(); }
 
-bool _qz_LOG_log_message::is_catalog_open() { return p_rsrc_bundle != nullptr; }
+bool _qz_LOG_log_message::is_catalog_open() { return catalog->bundle != nullptr; }
 
-void _qz_LOG_log_message::reopen_catalog() {
-  if (is_catalog_open()) open_bundle();
+void _qz_LOG_log_message::reopen_catalog() noexcept {
+  if (!is_catalog_open()) return;
+  try {
+    open_bundle();
+  } catch (const std::bad_alloc&) {
+    record_failure(MessageBundle::State::kFailed);
+  }
 }
 
-icu::UnicodeString _qz_LOG_log_message::_get_string(const char* message_id) {
+icu::UnicodeString _qz_LOG_log_message::_get_string(const char* message_id) try {
   const qz_ForkDelay fork_delay;
-  UErrorCode status = U_ZERO_ERROR;
-  const icu::ResourceBundle table = p_rsrc_bundle->get(kStringTable, status);
-  if (U_FAILURE(status)) {
+  MessageBundle::Text found = catalog->bundle->find_text(kStringTable, message_id);
+  if (found.state == MessageBundle::Text::State::kNoTable) {
     throw QZX_logging_missing_resource("< QZX_logging_missing_resource> Unable to access the string table resource.",
                                        0);
   }
-  icu::UnicodeString text = table.getStringEx(message_id, status);
-  if (U_FAILURE(status)) {
+  if (found.state == MessageBundle::Text::State::kNoText) {
     throw QZX_logging_missing_resource(
         "<QZX_logging_missing_resource> Unable to retrieve the string from the string table.", 0);
   }
+  icu::UnicodeString text(found.text.data(), static_cast<std::int32_t>(found.text.size()));
+  if (text.isBogus()) throw QZX_memory_alloc();
   return text;
+} catch (const std::bad_alloc&) {
+  throw QZX_memory_alloc();
 }
 
 const _qz_LOG_prepared_message& _qz_LOG_log_message::prepare_catalog_message(const char* message_id,
                                                                              const _qz_LOG_log_definition& definition,
                                                                              PrepareMessage prepare) {
-  const _qz_LOG_prepared_message* const known = catalog_templates->find(message_id);
-  return known != nullptr ? *known : catalog_templates->keep(message_id, prepare(_get_string(message_id), definition));
+  const _qz_LOG_prepared_message* const known = catalog->templates.find(message_id);
+  return known != nullptr ? *known : catalog->templates.keep(message_id, prepare(_get_string(message_id), definition));
 }
 
 const char* _qz_LOG_log_message::get_locale_name() {
@@ -135,7 +161,7 @@ const char* _qz_LOG_log_message::get_locale_name() {
 }
 
 icu::Locale _qz_LOG_log_message::get_locale() {
-  const char* const name = qz_I18N_get_locale_name(qz_I18N_get_locale());
   const qz_ForkDelay fork_delay;
+  const char* const name = qz_I18N_get_locale_name(qz_I18N_get_locale());
   return name[0] != '\0' ? icu::Locale(name) : icu::Locale::getDefault();
 }

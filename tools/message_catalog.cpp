@@ -1,16 +1,15 @@
 #include "tools/message_catalog.h"
 
 #include <unicode/locid.h>
-#include <unicode/resbund.h>
 #include <unicode/unistr.h>
 
 #include <algorithm>
 #include <cstdint>
-#include <cstring>
 #include <filesystem>
 #include <string_view>
 #include <system_error>
 
+#include "message/resource_bundle.h"
 #include "tools/command_error.h"
 #include "tools/file_descriptor.h"
 #include "tools/source_digest.h"
@@ -20,108 +19,68 @@ namespace qzlog_tool {
 namespace {
 
 namespace fs = std::filesystem;
+using qzlog_bundle::MessageBundle;
+using qzlog_bundle::ReadResource;
 
 constexpr const char* kStringTable = "STRING_TABLE";
 constexpr const char* kRoot = "root";
 
-// Of a bundle's file: two sizes, two magic bytes, the byte order; then the first word and an index of sizes in words.
-constexpr std::size_t kMagicOffset = 2;
-constexpr std::size_t kByteOrderOffset = 8;
-constexpr std::size_t kBundleEndIndex = 3;
-constexpr std::size_t kSmallestBundle = 16;
-
-template <typename Number>
-Number number_at(std::string_view bytes, std::size_t offset) {
-  Number number = 0;
-  std::memcpy(&number, bytes.data() + offset, sizeof(number));
-  return number;
-}
-
-/// ICU maps a bundle into memory and believes the sizes in it, so a shortened file would be read beyond its end.
-std::string find_damage(std::string_view bytes) {
-  const bool begins_well =
-      bytes.size() >= kSmallestBundle && bytes[kMagicOffset] == '\xDA' && bytes[kMagicOffset + 1] == '\x27';
-  if (!begins_well) return "the file is no resource bundle";
-  constexpr char kBigEndianHere = static_cast<char>(__BYTE_ORDER__ == __ORDER_BIG_ENDIAN__);
-  if (bytes[kByteOrderOffset] != kBigEndianHere) return "the bundle was made for machines of another byte order";
-  const std::size_t header_size = number_at<std::uint16_t>(bytes, 0);
-  const std::size_t end_offset = header_size + sizeof(std::uint32_t) * (1 + kBundleEndIndex);
-  const bool has_index = end_offset + sizeof(std::uint32_t) <= bytes.size();
-  if (has_index &&
-      header_size + sizeof(std::uint32_t) * std::size_t{number_at<std::uint32_t>(bytes, end_offset)} <= bytes.size()) {
-    return "";
-  }
-  return "the file is shorter than the bundle in it";
-}
-
-std::string utf8_of(const icu::UnicodeString& text) {
-  std::string converted;
-  return text.toUTF8String(converted);
-}
-
-/// What is no text in the table is no message either: the library cannot retrieve it.
-std::map<std::string, std::string> read_table(icu::ResourceBundle& table) {
-  std::map<std::string, std::string> texts;
-  table.resetIterator();
-  while (table.hasNext()) {
-    UErrorCode status = U_ZERO_ERROR;
-    const icu::ResourceBundle item = table.getNext(status);
-    if (U_FAILURE(status)) break;
-    const icu::UnicodeString text = item.getString(status);
-    if (U_SUCCESS(status) && item.getKey() != nullptr) texts.emplace(item.getKey(), utf8_of(text));
-  }
-  return texts;
-}
-
 /// The root locale has two names.
-std::string_view name_of(const icu::Locale& locale) {
-  const std::string_view name = locale.getName();
+std::string name_of(const std::string& locale) {
+  const std::string name = icu::Locale(locale.c_str()).getName();
   return name.empty() ? kRoot : name;
 }
 
-/// A file that ICU does not take makes it open what the locale falls back to.
-bool is_bundle_of(const icu::ResourceBundle& opened, const icu::Locale& locale) {
-  UErrorCode status = U_ZERO_ERROR;
-  const icu::Locale actual = opened.getLocale(ULOC_ACTUAL_LOCALE, status);
-  return U_SUCCESS(status) && name_of(actual) == name_of(locale);
+std::string utf8_of(std::u16string_view text) {
+  std::string converted;
+  icu::UnicodeString(text.data(), static_cast<std::int32_t>(text.size())).toUTF8String(converted);
+  return converted;
 }
 
-std::string actual_locale_of(const icu::ResourceBundle& resource) {
-  UErrorCode status = U_ZERO_ERROR;
-  return resource.getLocale(ULOC_ACTUAL_LOCALE, status).getName();
+/// Why the library would not open the bundle, in words that say which one is meant when it is another.
+std::string failure_of(const MessageBundle& bundle, const std::string& locale) {
+  const std::string& failed = bundle.failed_bundle();
+  return failed == locale ? bundle.problem() : "it needs the bundle '" + failed + "': " + bundle.problem();
+}
+
+/// Opens a bundle as the library does. Returns why it is not opened, or an empty text.
+std::string open_bundle(const std::string& folder, const CatalogBundle& bundle, MessageBundle& opened) {
+  const ReadResource file = qzlog_bundle::ResourceData::read(read_file(bundle.file));
+  if (file.state != ReadResource::State::kGood) return file.problem;
+  const std::string path = fs::absolute(folder).string();  // without a slash it would be a package of its own
+  const std::string name = name_of(bundle.locale);
+  const MessageBundle::State state = opened.open(path, name.c_str());
+  if (state == MessageBundle::State::kFailed) return failure_of(opened, bundle.locale);
+  if (state != MessageBundle::State::kOpened || opened.name() != name) {
+    return "the library does not open the file for the locale that it is named after";
+  }
+  return "";
+}
+
+std::map<std::string, std::string> utf8_texts(const MessageBundle::Table& table) {
+  std::map<std::string, std::string> texts;
+  for (const auto& [id, text] : table.texts) texts.emplace_hint(texts.end(), id, utf8_of(text));
+  return texts;
 }
 
 /// A bundle that does not say what its messages were built from is given the table of one that it falls back to.
-std::map<std::string, std::string> read_sources(const icu::ResourceBundle& opened,
-                                                const icu::ResourceBundle& messages) {
-  UErrorCode status = U_ZERO_ERROR;
-  icu::ResourceBundle table = opened.get(kSourceTable, status);
-  if (U_FAILURE(status) || actual_locale_of(table) != actual_locale_of(messages)) return {};
-  return read_table(table);
+std::map<std::string, std::string> read_sources(const MessageBundle& opened, const MessageBundle::Table& messages) {
+  const MessageBundle::Table sources = opened.read_table(kSourceTable);
+  if (sources.is_of_first_bundle != messages.is_of_first_bundle) return {};
+  return utf8_texts(sources);
 }
 
 void read_bundle(const std::string& folder, CatalogBundle& bundle) {
-  bundle.failure = find_damage(read_file(bundle.file));
+  MessageBundle opened;
+  bundle.failure = open_bundle(folder, bundle, opened);
   if (!bundle.failure.empty()) return;
-  const std::string path = fs::absolute(folder).string();  // ICU takes a path without a slash for a package of its own
-  UErrorCode status = U_ZERO_ERROR;
-  const icu::Locale locale(bundle.locale.c_str());
-  const icu::ResourceBundle opened(path.c_str(), locale, status);
-  if (U_FAILURE(status)) {
-    bundle.failure = std::string("ICU cannot open the bundle (") + u_errorName(status) + ")";
-    return;
-  }
-  if (!is_bundle_of(opened, locale)) {
-    bundle.failure = "ICU does not open the file for the locale that it is named after";
-    return;
-  }
-  icu::ResourceBundle table = opened.get(kStringTable, status);
-  if (U_FAILURE(status)) {
+  const MessageBundle::Table table = opened.read_table(kStringTable);
+  if (!table.is_found) {
     bundle.failure = "neither the bundle nor one that it falls back to has a table STRING_TABLE";
     return;
   }
-  bundle.has_own_table = status != U_USING_DEFAULT_WARNING && status != U_USING_FALLBACK_WARNING;
-  bundle.templates = read_table(table);
+  bundle.has_own_table = table.is_of_first_bundle;
+  bundle.templates = utf8_texts(table);
   bundle.sources = read_sources(opened, table);
 }
 

@@ -214,17 +214,49 @@ TEST_F(MessageCatalog, SetLocaleWithoutCatalog_StaysClosed) {
   EXPECT_FALSE(_qz_LOG_log_message::is_catalog_open());
 }
 
-TEST_F(MessageCatalog, SetLocaleWithABadCatalog_LocateTextAndTheLocaleIsSet) {
+TEST_F(MessageCatalog, SetLocaleThatTheCatalogCannotBeOpenedFor_LocaleIsSetAndLookupsFail) {
   RenderingSettings::set_icu_locale("de_DE");
   open(kCatalogs + "/without_root");
   RenderingSettings::set_icu_locale("en_US");
-  const std::string text = locate_text(kCatalogs + "/without_root");
-  EXPECT_TRUE(
-      ThrowsExactly<QZX_logging_missing_resource>([] { qz_LOG_LogConfig::SetLocale(QZ_LOCALE_FR_FR); }, text.c_str()));
+  const DebugLogFile log(1);
+  EXPECT_NO_THROW(qz_LOG_LogConfig::SetLocale(QZ_LOCALE_FR_FR));
+  EXPECT_EQ(log.records(),
+            Texts({"logmsg:248 _qz_LOG_log_message::set_resource_path Unable to locate resource bundle " + kCatalogs +
+                   "/without_root!\n"}));
   EXPECT_EQ(qz_LOG_LogConfig::GetLocale(), QZ_LOCALE_FR_FR);
+  EXPECT_TRUE(_qz_LOG_log_message::is_catalog_open());
   EXPECT_TRUE(lookup_fails("greeting", kTableText));
   qz_LOG_LogConfig::SetLocale(QZ_LOCALE_DE_DE);
   EXPECT_EQ(string_of("greeting"), "Guten Tag %s%Name%");
+}
+
+TEST_F(MessageCatalog, SetLocaleAfterAFailedCatalog_LocaleIsSetAndLookupsFail) {
+  const std::string path = settings_.folder().path("nothing");
+  EXPECT_TRUE(open_fails(path, locate_text(path)));
+  EXPECT_NO_THROW(qz_LOG_LogConfig::SetLocale(QZ_LOCALE_JA_JP));
+  EXPECT_EQ(qz_LOG_LogConfig::GetLocale(), QZ_LOCALE_JA_JP);
+  EXPECT_EQ(_qz_LOG_log_message::get_resource_path(), path);
+  EXPECT_TRUE(lookup_fails("greeting", kTableText));
+}
+
+TEST_F(MessageCatalog, SetLocaleWithoutMemory_LocaleIsSetAndTheCatalogFails) {
+  open(kCatalogs + "/whole");
+  unsigned nth = 0;
+  for (bool happened = true; happened; ++nth) {
+    qz_LOG_LogConfig::SetLocale(QZ_LOCALE_PROCESS);
+    {
+      const AllocationFailure failure(nth + 1);
+      qz_LOG_LogConfig::SetLocale(QZ_LOCALE_DE_DE);
+      happened = failure.happened();
+    }
+    EXPECT_EQ(qz_LOG_LogConfig::GetLocale(), QZ_LOCALE_DE_DE);
+    EXPECT_TRUE(_qz_LOG_log_message::is_catalog_open());
+    if (happened) {
+      EXPECT_TRUE(lookup_fails("greeting", kTableText)) << "allocation " << nth + 1;
+    }
+  }
+  EXPECT_GT(nth, 3U);
+  EXPECT_EQ(string_of("greeting"), "Grüß Gott %s%Name%");
 }
 
 TEST_F(MessageCatalog, OpenedAgainElsewhere_ReplacesTheBundle) {

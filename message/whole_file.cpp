@@ -1,0 +1,65 @@
+#include "message/whole_file.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstddef>
+
+namespace qzlog_bundle {
+
+namespace {
+
+constexpr std::size_t kLargest = std::size_t{1} << 30U;  // a bundle's offsets do not reach farther
+
+class OpenedFile {
+ public:
+  explicit OpenedFile(const char* path) {
+    do {
+      // Without waiting: what a name stands for may be a pipe.
+      descriptor_ = open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+    } while (descriptor_ < 0 && errno == EINTR);
+  }
+  ~OpenedFile() {
+    if (descriptor_ >= 0) close(descriptor_);
+  }
+  OpenedFile(const OpenedFile&) = delete;
+  OpenedFile& operator=(const OpenedFile&) = delete;
+  int descriptor() const { return descriptor_; }
+
+ private:
+  int descriptor_ = -1;
+};
+
+/// Errors that say nothing about the file.
+bool is_failure_to_open(int error) { return error == EMFILE || error == ENFILE || error == ENOMEM || error == EIO; }
+
+bool read_all(int descriptor, std::string& bytes) {
+  std::size_t done = 0;
+  while (done < bytes.size()) {
+    const ssize_t count = read(descriptor, bytes.data() + done, bytes.size() - done);
+    if (count < 0 && errno == EINTR) continue;
+    if (count <= 0) return false;
+    done += static_cast<std::size_t>(count);
+  }
+  return true;
+}
+
+}  // namespace
+
+WholeFile read_whole_file(const std::string& path) {
+  using State = WholeFile::State;
+  const OpenedFile file(path.c_str());
+  if (file.descriptor() < 0) return {is_failure_to_open(errno) ? State::kFailed : State::kAbsent, {}};
+  struct stat status = {};
+  if (fstat(file.descriptor(), &status) != 0) return {State::kFailed, {}};
+  if (!S_ISREG(status.st_mode)) return {State::kAbsent, {}};
+  if (static_cast<unsigned long long>(status.st_size) > kLargest) return {State::kFailed, {}};
+  WholeFile whole;
+  whole.bytes.resize(static_cast<std::size_t>(status.st_size));
+  whole.state = read_all(file.descriptor(), whole.bytes) ? State::kRead : State::kFailed;
+  return whole;
+}
+
+}  // namespace qzlog_bundle
