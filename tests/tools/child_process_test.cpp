@@ -8,12 +8,14 @@
 #include <string>
 
 #include "tests/tools/scoped_variable.h"
+#include "tests/tools/signal_action.h"
 #include "tools/command_error.h"
 #include "tools/memory_file.h"
 #include "tools/signal_delay.h"
 
 namespace {
 
+using qzlog_test::SignalAction;
 using qzlog_tool::CommandError;
 using qzlog_tool::ProgramResult;
 using qzlog_tool::run_program;
@@ -51,19 +53,6 @@ TEST(RunProgram, MissingProgram_CannotRun) {
     EXPECT_EQ(error.exit_status(), qzlog_tool::kExitCannotRun);
   }
 }
-
-/// What a process does with a signal, while this lives.
-class SignalAction {
- public:
-  SignalAction(int signal, sighandler_t action) : signal_(signal), before_(::signal(signal, action)) {}
-  SignalAction(const SignalAction&) = delete;
-  SignalAction& operator=(const SignalAction&) = delete;
-  ~SignalAction() { ::signal(signal_, before_); }
-
- private:
-  int signal_;
-  sighandler_t before_;
-};
 
 /// A set of signals, as the system tells it of the program's process.
 unsigned long long program_signals(const std::string& field) {

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/tools/signal_action.h"
 #include "tests/tools/temporary_folder.h"
 #include "tools/child_process.h"
 #include "tools/command_error.h"
@@ -108,9 +109,8 @@ TEST_F(GitInput, Folder_IsNoDefinition) {
 
 // What the parent of this process has set must not change what is read.
 TEST_F(GitInput, IgnoredSigchld_DoesNotMatter) {
-  ::signal(SIGCHLD, SIG_IGN);
+  const qzlog_test::SignalAction ignored(SIGCHLD, SIG_IGN);
   EXPECT_EQ(read_definition_revision("git:HEAD:dir/events.yaml").content, kOldSource);
-  ::signal(SIGCHLD, SIG_DFL);
 }
 
 /// A repository whose every setting and folder that names a program names one that leaves a mark.
@@ -118,7 +118,7 @@ class HostileRepository : public GitInput {
  protected:
   HostileRepository() {
     const std::string program =
-        folder_.write("program", "#!/bin/sh\ntouch '" + marks() + "/'$(basename \"$0\")\ncat\n");
+        folder_.write("program", "#!/bin/sh\ntouch '" + marks() + "/'$(basename \"$0\")\nexit 1\n");
     std::filesystem::permissions(program, std::filesystem::perms::owner_all);
     std::filesystem::create_directory(marks());
     set_programs();
