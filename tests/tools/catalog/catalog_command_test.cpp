@@ -118,6 +118,19 @@ TEST_F(CatalogCommand, FilesForTranslators_AreWhatGettextReads) {
             read("de.po").substr(read("de.po").find("#. DISK_FULL")));
 }
 
+TEST_F(CatalogCommand, SourceWithAnOddName_GivesFilesThatCanBeUpdated) {
+  for (const std::string name : {"./storage.yaml", "my storage.yaml", "a:3", "line\nbreak", "\xFF.yaml"}) {
+    write(name, qzlog_test::kStorageSource);
+    write("odd.po", kGerman);
+    const std::string line = "$QZLOG catalog extract './" + name + "' --update odd.po";
+    expect_success(line);
+    const std::string updated = read("odd.po");
+    expect_success(line);
+    EXPECT_EQ(read("odd.po"), updated) << name;
+    EXPECT_NE(updated.find("Laufwerk"), std::string::npos) << name;
+  }
+}
+
 TEST_F(CatalogCommand, PoFileOnStandardInput_IsBuilt) {
   expect_success("cat de.po | $QZLOG catalog build storage.yaml --po - -o messages");
   EXPECT_EQ(rendered("de_DE").substr(0, 13), "Laufwerk vol1");

@@ -218,6 +218,20 @@ TEST(ParsePo, NoDescriptorLeft_IsAnErrorAndNoEmptyFile) {
   }
 }
 
+// libgettextpo trims and splits them; that must not be taken for a file that is cut off.
+TEST(WritePo, OddFileNamesAndComments_AreWritten) {
+  for (const std::string name : {"./a.yaml", "././a.yaml", "my dir/a.yaml", "a:3", ":a", "a:0:3", " a", "a ", "a\"b"}) {
+    PoFile file = parsed(kHeader);
+    PoMessage& message = file.messages.emplace_back();
+    message.context = "k";
+    message.source = "a";
+    message.comments = " a  b \n";
+    message.extracted_comments = "c \n";
+    message.references = {{name, 3}, {name, 5}, {name, 3}};
+    EXPECT_NE(write_po(file).find("msgctxt \"k\""), std::string::npos) << name;
+  }
+}
+
 TEST(WritePo, FileThatIsTooLarge_IsAnErrorAndNoHalfFile) {
   const PoFile file = parsed(kHeader + "\nmsgctxt \"k\"\nmsgid \"" + std::string(10'000, 'x') + "\"\nmsgstr \"\"\n");
   const std::size_t whole = write_po(file).size();
