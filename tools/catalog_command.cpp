@@ -6,6 +6,7 @@
 #include <cstring>
 #include <filesystem>
 #include <iostream>
+#include <list>
 #include <memory>
 #include <optional>
 #include <string>
@@ -180,6 +181,18 @@ std::vector<Update> plan_updates(const CatalogOptions& options, const PoFile& po
   return updates;
 }
 
+/// All of them are made before the first is written.
+void write_po_files(const std::string& template_path, const PoFile& po_template, const std::vector<Update>& updates) {
+  std::list<std::string> texts;
+  std::vector<OutputFile> outputs;
+  const auto add = [&](const std::string& path, const PoFile& content) {
+    outputs.push_back({path, texts.emplace_back(write_po(content))});
+  };
+  if (!template_path.empty()) add(template_path, po_template);
+  for (const Update& update : updates) add(update.path, update.content);
+  write_files(outputs);
+}
+
 int extract(const CatalogOptions& options) {
   if (options.output.empty() && options.po.empty()) {
     throw CommandError(kExitCannotRun, "give -o for a template, --update for the files to update, or both");
@@ -195,8 +208,7 @@ int extract(const CatalogOptions& options) {
   const std::vector<Update> updates = plan_updates(options, po_template, findings);
   print(findings);
   if (findings.has_errors()) return kExitFindings;
-  if (!options.output.empty()) write_file(options.output, write_po(po_template));
-  for (const Update& update : updates) write_file(update.path, write_po(update.content));
+  write_po_files(options.output, po_template, updates);
   return kExitSuccess;
 }
 

@@ -1,8 +1,6 @@
 #include "tools/command_line.h"
 
 #include <CLI/CLI.hpp>
-#include <cerrno>
-#include <cstring>
 #include <exception>
 #include <iostream>
 #include <new>
@@ -19,6 +17,7 @@
 #include "tools/inspect_command.h"
 #include "tools/library_call.h"
 #include "tools/render_command.h"
+#include "tools/standard_output.h"
 #include "tools/terminal.h"
 
 namespace qzlog_tool {
@@ -78,9 +77,8 @@ int parse_and_run(const std::vector<std::string>& arguments) {
 
 // A command's own results, and the texts of --help and --version, may still be on their way.
 int finish_output(int exit_status) {
-  if (std::cout.flush()) return exit_status;
-  print_error(std::string("cannot write to standard output: ") + std::strerror(errno));
-  return kExitCannotRun;
+  flush_standard_output();
+  return exit_status;
 }
 
 }  // namespace

@@ -140,14 +140,21 @@ CompileResult compile_inputs(const CompileArguments& arguments, Sources& sources
 }
 
 void write_outputs(const CompileArguments& arguments, const CompileResult& result) {
-  if (!arguments.output.empty()) write_file(arguments.output, result.bytes);
+  std::vector<OutputFile> outputs;
+  if (!arguments.output.empty()) outputs.push_back({arguments.output, result.bytes});
+  std::string json;
   if (!arguments.json.empty()) {
-    write_file(arguments.json, qzlog_compiler::json_text(qzlog_compiler::to_json(result.model)));
+    json = qzlog_compiler::json_text(qzlog_compiler::to_json(result.model));
+    outputs.push_back({arguments.json, json});
   }
-  if (arguments.dependencies.empty()) return;
-  std::vector<std::string> inputs = inputs_of(arguments);
-  std::erase(inputs, "-");
-  write_file(arguments.dependencies, dependency_rule(arguments.output, inputs));
+  std::string rule;
+  if (!arguments.dependencies.empty()) {
+    std::vector<std::string> inputs = inputs_of(arguments);
+    std::erase(inputs, "-");
+    rule = dependency_rule(arguments.output, inputs);
+    outputs.push_back({arguments.dependencies, rule});
+  }
+  write_files(outputs);
 }
 
 int compile(const CompileArguments& arguments) {

@@ -14,7 +14,7 @@
 #include "tools/diagnostic_printer.h"
 #include "tools/file_descriptor.h"
 #include "tools/library_call.h"
-#include "tools/temporary_file.h"
+#include "tools/memory_file.h"
 #include "tools/terminal.h"
 
 namespace qzlog_tool {
@@ -82,7 +82,7 @@ void load_path(void (*load)(const char*), const std::string& path, const std::st
 }
 
 void load_bytes(void (*load)(const char*), const std::string& bytes, const std::string& shown_path) {
-  const TemporaryFile file(bytes);
+  const MemoryFile file(bytes);
   load_path(load, file.path(), shown_path);
 }
 

@@ -17,6 +17,22 @@ using qzlog_compiler::Diagnostic;
 
 constexpr std::string_view kGitPrefix = "git:";
 
+/// Whoever made a repository must not have programs run by what only reads it. The object is printed as it is stored,
+/// without filters, text conversions and hooks; the index is read without a monitor; an object that a partial clone
+/// lacks is not fetched. Whose repositories are read at all is left to git (safe.directory).
+const std::vector<std::string> kGitCommand = {"git",
+                                              "--no-pager",
+                                              "--no-optional-locks",
+                                              "-c",
+                                              "core.fsmonitor=false",
+                                              "-c",
+                                              "core.hooksPath=/dev/null",
+                                              "cat-file",
+                                              "--end-of-options",
+                                              "blob"};
+const std::vector<std::string> kGitVariables = {"GIT_NO_LAZY_FETCH=1", "GIT_ALLOW_PROTOCOL=none",
+                                                "GIT_TERMINAL_PROMPT=0"};
+
 /// `object` is REV:PATH. An empty REV stands for the index, as git has it.
 std::string read_from_git(const std::string& argument, const std::string& object) {
   if (object.find(':') == std::string::npos || object.back() == ':') {
@@ -25,7 +41,9 @@ std::string read_from_git(const std::string& argument, const std::string& object
   if (object.front() == '-') {
     throw CommandError(kExitCannotRun, "'" + argument + "': a revision does not begin with '-'");
   }
-  ProgramResult result = run_program({"git", "--no-pager", "show", "--no-textconv", object, "--"});
+  std::vector<std::string> command = kGitCommand;
+  command.push_back(object);
+  ProgramResult result = run_program(std::move(command), ProgramErrors::kToOurs, kGitVariables);
   if (result.status != 0) {
     throw CommandError(kExitCannotRun,
                        "cannot read '" + argument + "': git has failed with status " + std::to_string(result.status));

@@ -31,16 +31,21 @@ FileDescriptor& FileDescriptor::operator=(FileDescriptor&& other) noexcept {
 
 FileDescriptor::~FileDescriptor() { close(); }
 
-void FileDescriptor::close() noexcept {
-  if (descriptor_ > STDERR_FILENO) ::close(descriptor_);
-  descriptor_ = kInvalid;
+// An interrupted close has closed.
+int FileDescriptor::close() noexcept {
+  const int descriptor = std::exchange(descriptor_, kInvalid);
+  if (descriptor <= STDERR_FILENO || ::close(descriptor) == 0 || errno == EINTR) return 0;
+  return errno;
 }
 
 std::string display_name(const std::string& path) { return path == "-" ? "<stdin>" : path; }
 
 FileDescriptor open_input(const std::string& path) {
   if (path == "-") return FileDescriptor(STDIN_FILENO);
-  const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  int descriptor = -1;
+  do {
+    descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  } while (descriptor < 0 && errno == EINTR);
   if (descriptor < 0) throw CommandError(kExitCannotRun, "cannot open '" + path + "': " + std::strerror(errno));
   return FileDescriptor(descriptor);
 }
@@ -75,6 +80,7 @@ int write_all(int descriptor, const char* bytes, std::size_t size_bytes) noexcep
       if (errno == EINTR) continue;
       return errno;
     }
+    if (count == 0) return EIO;  // it would go on like this
     bytes += count;
     size_bytes -= static_cast<std::size_t>(count);
   }

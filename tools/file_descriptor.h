@@ -15,9 +15,11 @@ class FileDescriptor {
 
   int get() const noexcept { return descriptor_; }
 
- private:
-  void close() noexcept;
+  /// Closes it before the object dies, for what was written: a file system may say only now that it could not keep it.
+  /// Returns 0 or the errno of the failure; the descriptor is gone either way.
+  int close() noexcept;
 
+ private:
   int descriptor_;
 };
 

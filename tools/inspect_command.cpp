@@ -18,6 +18,7 @@
 #include "tools/compiler/ldf_yaml.h"
 #include "tools/diagnostic_printer.h"
 #include "tools/file_descriptor.h"
+#include "tools/standard_output.h"
 #include "tools/terminal.h"
 
 namespace qzlog_tool {
@@ -122,7 +123,7 @@ int inspect(const InspectArguments& arguments) {
   const std::string bytes = read_file(arguments.file);
   const LdfSurvey survey(bytes);
   const bool printed = print_form(survey, arguments);
-  std::cout.flush();
+  flush_standard_output();
   print_damages(survey, arguments.file);
   return printed && survey.damage_count() == 0 ? kExitSuccess : kExitFindings;
 }

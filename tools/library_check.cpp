@@ -1,6 +1,5 @@
 #include "tools/library_check.h"
 
-#include <fstream>
 #include <optional>
 #include <set>
 #include <string_view>
@@ -9,11 +8,10 @@
 
 #include "qzlog/logcfg.h"
 #include "qzlog/logentry.h"
-#include "tools/command_error.h"
 #include "tools/compiler/entry_map.h"
 #include "tools/compiler/ldf_format.h"
 #include "tools/library_call.h"
-#include "tools/temporary_file.h"
+#include "tools/memory_file.h"
 
 namespace qzlog_tool {
 
@@ -95,10 +93,7 @@ class DividedFile {
 
   void load(std::size_t offset, std::size_t count) {
     qzlog_compiler::set_entry_map(header_, offset, count);
-    std::fstream stream(file_.path(), std::ios::in | std::ios::out | std::ios::binary);
-    if (!stream.write(header_.data(), static_cast<std::streamsize>(header_.size())).flush()) {
-      throw CommandError(kExitCannotRun, "cannot write the temporary file '" + file_.path() + "'");
-    }
+    file_.overwrite_beginning(header_);
     qz_LOG_LogConfig::SetAuxDefinitionPath(file_.path().c_str());
   }
 
@@ -106,7 +101,7 @@ class DividedFile {
   std::size_t map_offset_ = 0;
   std::vector<EntryMapPair> new_;
   std::vector<EntryMapPair> merged_;
-  TemporaryFile file_;
+  MemoryFile file_;
 };
 
 std::set<std::uint32_t> ids_of(const std::string& bytes) {
@@ -141,7 +136,7 @@ void report_refused_file(const std::string& text, CheckReport& report) {
 }  // namespace
 
 bool check_standard_with_library(const std::string& bytes, CheckReport& report) {
-  const TemporaryFile file(bytes);
+  const MemoryFile file(bytes);
   qz_LOG_LogConfig::ClearDefinitions();
   if (const auto refusal = refusal_of([&] { qz_LOG_LogConfig::SetDefinitionPath(file.path().c_str()); })) {
     report_refused_file(*refusal, report);
@@ -152,8 +147,8 @@ bool check_standard_with_library(const std::string& bytes, CheckReport& report) 
 }
 
 void check_auxiliary_with_library(const std::string& bytes, const std::string& standard, CheckReport& report) {
-  const TemporaryFile standard_file(standard);
-  const TemporaryFile file(bytes);
+  const MemoryFile standard_file(standard);
+  const MemoryFile file(bytes);
   qz_LOG_LogConfig::ClearDefinitions();
   qz_LOG_LogConfig::SetDefinitionPath(standard_file.path().c_str());
   const auto refusal = refusal_of([&] { qz_LOG_LogConfig::SetAuxDefinitionPath(file.path().c_str()); });

@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "tools/command_line.h"
+#include "tools/process_start.h"
 
 namespace {
 
@@ -16,6 +17,7 @@ void use_utf8() {
 }  // namespace
 
 int main(int argc, char** argv) {
+  qzlog_tool::prepare_process();
   use_utf8();
   // A caller may leave out even the program's name.
   return qzlog_tool::run_command_line(argc > 1 ? std::vector<std::string>(argv + 1, argv + argc)

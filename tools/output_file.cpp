@@ -5,37 +5,68 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <charconv>
 #include <cstdint>
 #include <cstring>
 #include <filesystem>
 #include <optional>
-#include <utility>
+#include <system_error>
+#include <vector>
 
 #include "tools/command_error.h"
 #include "tools/file_descriptor.h"
+#include "tools/file_replacement.h"
+#include "tools/signal_delay.h"
 
 namespace qzlog_tool {
 namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int kMaximumLinks = 40;  ///< as many as the system follows
 
 [[noreturn]] void fail(const std::string& path, int error) {
   throw CommandError(kExitCannotRun, "cannot write '" + path + "': " + std::strerror(error));
 }
 
-void write_content(const FileDescriptor& file, std::string_view content, const std::string& path) {
-  const int error = write_all(file.get(), content.data(), content.size());
+void write_content(int descriptor, std::string_view content, const std::string& path) {
+  const int error = write_all(descriptor, content.data(), content.size());
   if (error != 0) fail(path, error);
 }
 
-FileDescriptor open_output(const std::string& path, int flags, const std::string& shown_path) {
-  const int descriptor = ::open(path.c_str(), O_WRONLY | O_CLOEXEC | flags, 0666);
-  if (descriptor < 0) fail(shown_path, errno);
-  return FileDescriptor(descriptor);
-}
-
+/// None for a file that does not exist.
 std::optional<struct stat> status_of(const std::string& path) {
   struct stat status = {};
-  if (::stat(path.c_str(), &status) != 0) return std::nullopt;
-  return status;
+  if (::stat(path.c_str(), &status) == 0) return status;
+  if (errno != ENOENT) fail(path, errno);
+  return std::nullopt;
+}
+
+/// Where the path leads, link by link, so that also the place of a file that does not exist yet is found, and
+/// descriptors of the process are seen before they become the files that they stand for.
+fs::path followed(fs::path path) {
+  for (int links = 0; links < kMaximumLinks; ++links) {
+    std::error_code error;
+    const fs::path parent = fs::canonical(path.has_parent_path() ? path.parent_path() : ".", error);
+    if (error) return path;
+    path = parent / path.filename();
+    if (parent == fs::canonical("/proc/self/fd", error)) return path;
+    const fs::path link = fs::read_symlink(path, error);
+    if (error) return path;
+    path = parent / link;
+  }
+  return path;
+}
+
+/// The descriptor that "-", /dev/stdout, /dev/fd/N or a link to one of them means.
+std::optional<int> descriptor_of(const std::string& path, const fs::path& place) {
+  if (path == "-") return STDOUT_FILENO;
+  std::error_code missing;
+  if (place.parent_path() != fs::canonical("/proc/self/fd", missing) || missing) return std::nullopt;
+  const std::string name = place.filename().string();
+  int number = 0;
+  const auto [end, error] = std::from_chars(name.data(), name.data() + name.size(), number);
+  return error == std::errc() && end == name.data() + name.size() ? std::optional(number) : std::nullopt;
 }
 
 bool holds_already(const std::string& path, const struct stat& status, std::string_view content) {
@@ -47,58 +78,71 @@ bool holds_already(const std::string& path, const struct stat& status, std::stri
   }
 }
 
-/// A new file beside the target, removed again unless it became the target.
-class Replacement {
- public:
-  explicit Replacement(std::string target)
-      : target_(std::move(target)),
-        path_(target_ + ".tmp" + std::to_string(::getpid())),
-        file_(open_output(path_, O_CREAT | O_EXCL, target_)) {}
-  ~Replacement() {
-    if (!renamed_) ::unlink(path_.c_str());
-  }
-  Replacement(const Replacement&) = delete;
-  Replacement& operator=(const Replacement&) = delete;
+void write_in_place(const std::string& path, std::string_view content) {
+  int descriptor = -1;
+  do {
+    descriptor = ::open(path.c_str(), O_WRONLY | O_CLOEXEC);
+  } while (descriptor < 0 && errno == EINTR);
+  if (descriptor < 0) fail(path, errno);
+  FileDescriptor file(descriptor);
+  write_content(file.get(), content, path);
+  const int closed = file.close();
+  if (closed != 0) fail(path, closed);
+}
 
-  void keep_permissions(mode_t mode) {
-    if (::fchmod(file_.get(), mode & 07777) != 0) fail(target_, errno);
-  }
-
-  void finish(std::string_view content) {
-    write_content(file_, content, target_);
-    if (::rename(path_.c_str(), target_.c_str()) != 0) fail(target_, errno);
-    renamed_ = true;
-  }
-
- private:
-  std::string target_;
-  std::string path_;
-  FileDescriptor file_;
-  bool renamed_ = false;
+/// A regular file that has to change.
+struct Change {
+  const OutputFile* output;
+  std::string target;
+  std::optional<mode_t> mode;
 };
 
-/// Follows symbolic links, so that the file they lead to is replaced and not the link.
-std::string resolved(const std::string& path) {
-  std::error_code error;
-  const std::filesystem::path target = std::filesystem::canonical(path, error);
-  return error ? path : target.string();
+/// Writes to what is no regular file.
+std::optional<Change> write_or_plan(const OutputFile& output) {
+  const fs::path place = followed(output.path);
+  if (const std::optional<int> descriptor = descriptor_of(output.path, place)) {
+    write_content(*descriptor, output.content, output.path == "-" ? "standard output" : output.path);
+    return std::nullopt;
+  }
+  const std::optional<struct stat> status = status_of(output.path);
+  if (!status) return Change{&output, place.string(), std::nullopt};
+  if (!S_ISREG(status->st_mode)) {
+    write_in_place(output.path, output.content);
+    return std::nullopt;
+  }
+  if (holds_already(output.path, *status, output.content)) return std::nullopt;
+  return Change{&output, place.string(), status->st_mode};
+}
+
+void replace(const std::vector<Change>& changes) {
+  const SignalDelay delay;
+  std::vector<FileReplacement> replacements;
+  replacements.reserve(changes.size());
+  for (const Change& change : changes) {
+    replacements.emplace_back(change.target, change.output->path, change.mode, change.output->content);
+  }
+  for (FileReplacement& replacement : replacements) replacement.take_effect();
 }
 
 }  // namespace
 
+void write_files(std::span<const OutputFile> outputs) {
+  std::vector<Change> changes;
+  for (const OutputFile& output : outputs) {
+    if (std::optional<Change> change = write_or_plan(output)) changes.push_back(std::move(*change));
+  }
+  replace(changes);
+}
+
 void write_file(const std::string& path, std::string_view content) {
-  if (path == "-") return write_content(FileDescriptor(STDOUT_FILENO), content, "standard output");
-  const std::optional<struct stat> status = status_of(path);
-  if (status && !S_ISREG(status->st_mode)) return write_content(open_output(path, 0, path), content, path);
-  if (status && holds_already(path, *status, content)) return;
-  Replacement replacement(resolved(path));
-  if (status) replacement.keep_permissions(status->st_mode);
-  replacement.finish(content);
+  const OutputFile output{path, content};
+  write_files({&output, 1});
 }
 
 bool same_file(const std::string& path, const std::string& other) {
+  if (path == "-" || other == "-") return path == other;
   std::error_code missing;
-  return path == other || std::filesystem::equivalent(path, other, missing);
+  return fs::equivalent(path, other, missing) || followed(path) == followed(other);
 }
 
 void refuse_overwriting(const std::string& input, const std::string& output) {

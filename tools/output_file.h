@@ -1,17 +1,30 @@
 #ifndef QZLOG_TOOLS_OUTPUT_FILE_H
 #define QZLOG_TOOLS_OUTPUT_FILE_H
 
+#include <span>
 #include <string>
 #include <string_view>
 
 namespace qzlog_tool {
 
-/// Makes `content` the content of a file, of standard output for "-". A file that holds it already is left alone; any
-/// other is replaced in one step, so that a reader never sees half of it, and keeps its permissions. What is no regular
-/// file (a pipe, a device) is written to as it is. Throws CommandError (cannot run); a regular file is then as it was.
+/// A result on its way to a file. The content stays the caller's.
+struct OutputFile {
+  std::string path;
+  std::string_view content;
+};
+
+/// Makes each content that of its file, of standard output for "-". Files are replaced when all of them are complete
+/// and on the disk, each in one step: a reader never sees half of one, and after a failure, a signal or a crash each is
+/// either as it was or as it should be. They keep their permissions, but not set-user-ID and set-group-ID. A file that
+/// holds its content already is left alone. Links are followed, also to a file that does not exist. What is no regular
+/// file (a pipe, a device, /dev/stdout and other descriptors of the process) is written to as it is, before any file is
+/// replaced. Signals that end the process wait while files are replaced. Throws CommandError (cannot run).
+void write_files(std::span<const OutputFile> outputs);
+
+/// The same for one.
 void write_file(const std::string& path, std::string_view content);
 
-/// Whether both paths lead to one file, or are the same for a file that does not exist.
+/// Whether both paths lead to one file, also to one that does not exist.
 bool same_file(const std::string& path, const std::string& other);
 
 /// Throws CommandError (cannot run) when both are one file: a slip of the keyboard must not cost the author the source.

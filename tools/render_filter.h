@@ -5,7 +5,7 @@
 #include <string>
 
 #include "qzlog/entry_filt.h"
-#include "tools/temporary_file.h"
+#include "tools/memory_file.h"
 
 namespace CLI {
 class App;
@@ -39,7 +39,7 @@ class RenderFilter {
   void install_config(const std::string& path);
 
   _qz_LOG_entry_filter filter_;
-  std::optional<TemporaryFile> copy_;  // of a configuration that came through a pipe
+  std::optional<MemoryFile> copy_;  // of a configuration that came through a pipe
 };
 
 }  // namespace qzlog_tool

@@ -2,14 +2,14 @@
 #define QZLOG_TOOLS_TEMPORARY_FOLDER_H
 
 #include <string>
+#include <string_view>
+
+#include "tools/signal_delay.h"
 
 namespace qzlog_tool {
 
-/// Where temporary files stand: TMPDIR, or /tmp.
-std::string temporary_location();
-
-/// A folder that only this user can read, in the temporary location, removed with all that is in it when the object
-/// dies.
+/// A folder that only this user can read, in TMPDIR or /tmp, removed with all that is in it when the object dies.
+/// Signals that end the process wait until then.
 class TemporaryFolder {
  public:
   /// Throws CommandError (cannot run) when it cannot be made.
@@ -20,7 +20,11 @@ class TemporaryFolder {
 
   const std::string& path() const noexcept { return path_; }
 
+  /// Makes a new file in the folder and returns its path. Throws CommandError (cannot run).
+  std::string add_file(const std::string& name, std::string_view content) const;
+
  private:
+  SignalDelay delay_;
   std::string path_;
 };
 

@@ -2,11 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <filesystem>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "tests/tools/signal_action.h"
 #include "tests/tools/temporary_folder.h"
 #include "tools/child_process.h"
 #include "tools/command_error.h"
@@ -99,6 +101,97 @@ TEST_F(GitInput, RevisionLikeAnOption_IsRefused) {
   EXPECT_EQ(failure_of("git:--output=made:dir/events.yaml"),
             "'git:--output=made:dir/events.yaml': a revision does not begin with '-'");
   EXPECT_FALSE(std::filesystem::exists(folder_.path() / "made"));
+}
+
+TEST_F(GitInput, Folder_IsNoDefinition) {
+  EXPECT_EQ(failure_of("git:HEAD:dir"), "cannot read 'git:HEAD:dir': git has failed with status 128");
+}
+
+// What the parent of this process has set must not change what is read.
+TEST_F(GitInput, IgnoredSigchld_DoesNotMatter) {
+  const qzlog_test::SignalAction ignored(SIGCHLD, SIG_IGN);
+  EXPECT_EQ(read_definition_revision("git:HEAD:dir/events.yaml").content, kOldSource);
+}
+
+/// A repository whose every setting and folder that names a program names one that leaves a mark.
+class HostileRepository : public GitInput {
+ protected:
+  HostileRepository() {
+    const std::string program =
+        folder_.write("program", "#!/bin/sh\ntouch '" + marks() + "/'$(basename \"$0\")\nexit 1\n");
+    std::filesystem::permissions(program, std::filesystem::perms::owner_all);
+    std::filesystem::create_directory(marks());
+    set_programs();
+    add_hooks();
+    become_partial();
+  }
+
+  std::string marks() const { return (folder_.path() / "marks").string(); }
+  bool has_marks() const { return !std::filesystem::is_empty(marks()); }
+
+  /// A name of the program, by which its mark tells what has called it.
+  std::string program(const std::string& name) const {
+    const std::filesystem::path link = folder_.path() / name;
+    std::filesystem::create_symlink("program", link);
+    return link.string();
+  }
+
+  void set_programs() const {
+    for (const std::string setting :
+         {"core.fsmonitor", "core.pager", "pager.show", "pager.cat-file", "core.sshCommand", "core.gitProxy",
+          "core.askPass", "core.editor", "core.alternateRefsCommand", "credential.helper", "diff.external",
+          "diff.marked.textconv", "diff.marked.command", "filter.marked.smudge", "filter.marked.clean",
+          "filter.marked.process", "gpg.program", "remote.origin.uploadpack", "uploadpack.packObjectsHook"}) {
+      git({"config", setting, program(setting)});
+    }
+    git({"config", "log.showSignature", "true"});
+    git({"config", "protocol.allow", "always"});
+    git({"config", "protocol.file.allow", "always"});
+    git({"config", "protocol.ext.allow", "always"});
+    folder_.write(".gitattributes", "* diff=marked filter=marked\n");
+  }
+
+  void add_hooks() const {
+    for (const char* const hook : {"post-index-change", "fsmonitor-watchman", "reference-transaction", "pre-auto-gc",
+                                   "post-checkout", "query-watchman"}) {
+      std::filesystem::create_symlink(program(std::string("hook.") + hook), folder_.path() / ".git/hooks" / hook);
+    }
+    git({"config", "core.hooksPath", (folder_.path() / ".git/hooks").string()});
+  }
+
+  /// The repository says that it is a partial clone, so that git would ask "origin" for what is not there.
+  void become_partial() {
+    git({"config", "core.repositoryFormatVersion", "1"});
+    git({"config", "extensions.partialClone", "origin"});
+    git({"config", "remote.origin.promisor", "true"});
+    const std::string object = qzlog_tool::run_program({"git", "rev-parse", "HEAD:dir/events.yaml"}).output;
+    lost_ = folder_.path() / ".git/objects" / object.substr(0, 2) / object.substr(2, object.find('\n') - 2);
+  }
+
+  std::filesystem::path lost_;
+};
+
+TEST_F(HostileRepository, Objects_AreReadAndNoProgramRuns) {
+  std::filesystem::remove_all(marks());
+  std::filesystem::create_directory(marks());
+  EXPECT_EQ(read_definition_revision("git:HEAD:dir/events.yaml").content, kOldSource);
+  EXPECT_EQ(read_definition_revision("git::dir/events.yaml").content, kOldSource);
+  EXPECT_FALSE(has_marks()) << std::filesystem::directory_iterator(marks())->path();
+}
+
+TEST_F(HostileRepository, MissingObject_IsNotFetched) {
+  for (const std::string& url :
+       {folder_.path().string(), "ext::" + (folder_.path() / "ext").string(), std::string("ssh://host/path"),
+        std::string("git://localhost:1/path"), std::string("marked::path")}) {
+    std::filesystem::remove_all(marks());
+    std::filesystem::create_directory(marks());
+    git({"config", "remote.origin.url", url});
+    std::filesystem::remove(lost_);
+    EXPECT_EQ(failure_of("git:HEAD:dir/events.yaml"),
+              "cannot read 'git:HEAD:dir/events.yaml': git has failed with status 128")
+        << url;
+    EXPECT_FALSE(has_marks()) << url << ": " << std::filesystem::directory_iterator(marks())->path();
+  }
 }
 
 TEST(DefinitionRevisionTest, GitWithoutAPath_IsRefused) {

@@ -6,10 +6,10 @@
 #include <filesystem>
 #include <string>
 
+#include "tests/tools/resource_limit.h"
 #include "tests/tools/scoped_variable.h"
 #include "tests/tools/temporary_folder.h"
 #include "tools/command_error.h"
-#include "tools/output_file.h"
 
 namespace {
 
@@ -23,12 +23,24 @@ TEST(TemporaryFolder, Lifetime_FolderIsThereThenGoneWithItsFiles) {
     const qzlog_tool::TemporaryFolder folder;
     path = folder.path();
     EXPECT_EQ(std::filesystem::path(path).parent_path(), parent.path());
-    qzlog_tool::write_file(path + "/file", "x");
+    EXPECT_EQ(folder.add_file("file", "x"), path + "/file");
+    EXPECT_EQ(qzlog_test::TemporaryFolder::read_path(path + "/file"), "x");
     struct stat status = {};
     ASSERT_EQ(::stat(path.c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 0777, 0700u);
   }
   EXPECT_FALSE(std::filesystem::exists(path));
+}
+
+TEST(TemporaryFolder, FullDisk_Throws) {
+  const qzlog_tool::TemporaryFolder folder;
+  const qzlog_test::ResourceLimit limit(RLIMIT_FSIZE, 2);
+  try {
+    folder.add_file("file", "xyz");
+    FAIL() << "no exception";
+  } catch (const qzlog_tool::CommandError& error) {
+    EXPECT_EQ(error.what(), "cannot write '" + folder.path() + "/file': File too large");
+  }
 }
 
 TEST(TemporaryFolder, NoPlace_Throws) {

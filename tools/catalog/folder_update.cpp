@@ -135,7 +135,9 @@ void FolderUpdate::report_strangers(CatalogFindings& findings) const {
 std::vector<std::string> FolderUpdate::carry_out() const {
   const std::string manifest_path = path_of(kManifestName);
   if (ours_ != wanted_) qzlog_tool::write_file(manifest_path, write_manifest({ours_, wanted_}));
-  for (const auto& [name, content] : contents_) qzlog_tool::write_file(path_of(name), *content);
+  std::vector<qzlog_tool::OutputFile> outputs;
+  for (const auto& [name, content] : contents_) outputs.push_back({path_of(name), *content});
+  qzlog_tool::write_files(outputs);
   std::vector<std::string> removed;
   for (const std::string& name : stale_) {
     removed.push_back(path_of(name));

@@ -1,9 +1,11 @@
 #include "tools/catalog/genrb.h"
 
+#include <unistd.h>
+
+#include "message/resource_data.h"
 #include "tools/child_process.h"
 #include "tools/command_error.h"
 #include "tools/file_descriptor.h"
-#include "tools/output_file.h"
 #include "tools/temporary_folder.h"
 
 namespace qzlog_catalog {
@@ -31,22 +33,37 @@ ProgramResult run(const std::vector<std::string>& arguments) {
                                         (messages.empty() ? "" : ":\n" + messages));
 }
 
+/// As the library will read it.
+bool is_whole(const std::string& bundle) {
+  const qzlog_bundle::ReadResource read = qzlog_bundle::ResourceData::read(bundle);
+  return read.state == qzlog_bundle::ReadResource::State::kGood && read.data->check() == nullptr;
+}
+
+/// Its exit status alone does not tell that everything was written.
+std::string read_result(const std::string& program, const std::string& path) {
+  if (::access(path.c_str(), F_OK) != 0) {
+    throw CommandError(kExitFindings, "'" + program + "' has not written '" + path + "', but says that it has");
+  }
+  std::string bundle = qzlog_tool::read_file(path);
+  if (is_whole(bundle)) return bundle;
+  throw CommandError(kExitFindings,
+                     "'" + program + "' has not written '" + path + "' completely, but says that it has");
+}
+
 }  // namespace
 
 std::vector<NamedBundle> run_genrb(const std::string& program, const std::vector<NamedBundle>& sources) {
   const TemporaryFolder folder;
-  const std::string prefix = folder.path() + '/';
   std::vector<std::string> arguments = {program, "--quiet", "--encoding", "UTF-8", "--destdir", folder.path()};
   for (const NamedBundle& source : sources) {
-    arguments.push_back(prefix + source.name + ".txt");
-    qzlog_tool::write_file(arguments.back(), source.content);
+    arguments.push_back(folder.add_file(source.name + ".txt", source.content));
   }
   const ProgramResult result = run(arguments);
   if (result.status != 0) report_failure(program, result.status, result.output);
   std::vector<NamedBundle> results;
   results.reserve(sources.size());
   for (const NamedBundle& source : sources) {
-    results.push_back({source.name, qzlog_tool::read_file(prefix + source.name + ".res")});
+    results.push_back({source.name, read_result(program, folder.path() + '/' + source.name + ".res")});
   }
   return results;
 }

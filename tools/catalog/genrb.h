@@ -14,7 +14,7 @@ struct NamedBundle {
 
 /// Compiles resource bundles with ICU's genrb, `program` being its path or a name that PATH knows. The results have the
 /// order of the sources. Throws CommandError: cannot run when there is no such program, findings with its messages when
-/// it fails.
+/// it fails, or has not written all of a bundle without saying so.
 std::vector<NamedBundle> run_genrb(const std::string& program, const std::vector<NamedBundle>& sources);
 
 }  // namespace qzlog_catalog

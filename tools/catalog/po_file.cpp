@@ -2,15 +2,19 @@
 
 #include <gettext-po.h>
 
+#include <algorithm>
+#include <cerrno>
 #include <cstdlib>
+#include <cstring>
 #include <memory>
+#include <set>
+#include <sstream>
 #include <utility>
 
 #include "tools/catalog/po_lines.h"
 #include "tools/command_error.h"
 #include "tools/compiler/utf8_text.h"
-#include "tools/file_descriptor.h"
-#include "tools/temporary_file.h"
+#include "tools/memory_file.h"
 
 #if defined(__has_feature)  // clang, and g++ from version 14 on
 #if __has_feature(address_sanitizer)
@@ -35,7 +39,8 @@ namespace qzlog_catalog {
 namespace {
 
 using qzlog_compiler::quoted;
-using qzlog_tool::TemporaryFile;
+using qzlog_tool::CommandError;
+using qzlog_tool::MemoryFile;
 
 /// A file that is no PO file at all has as many mistakes as lines; these show it.
 constexpr std::size_t kMaximumErrors = 20;
@@ -261,12 +266,82 @@ PoFile read_messages(po_file_t po, std::string_view content) {
   return file;
 }
 
-PoFilePointer read_po(const std::string& path, const ErrorTaker& errors) {
+std::string last_reason() { return errno != 0 ? std::string(": ") + std::strerror(errno) : ""; }
+
+/// Null after errors. A file that it cannot open libgettextpo does not report.
+PoFilePointer read_po(const std::string& path, const std::string& file_name, const ErrorTaker& errors) {
   try {
-    return PoFilePointer(po_file_read(path.c_str(), errors.handler()));
+    errno = 0;
+    PoFilePointer po(po_file_read(path.c_str(), errors.handler()));
+    if (po != nullptr || errors.has_errors()) return po;
+    throw CommandError(qzlog_tool::kExitCannotRun, "cannot read '" + file_name + "'" + last_reason());
   } catch (const GivenUp&) {
     return nullptr;
   }
+}
+
+void write_messages(const PoFile& file, const std::string& path) {
+  const PoFilePointer po(po_file_create());
+  const IteratorPointer iterator(po_message_iterator(po.get(), nullptr));
+  for (const PoMessage& message : file.messages) write_message(message, iterator.get());
+  CatalogFindings findings;
+  const ErrorTaker errors(path, findings);
+  try {
+    errno = 0;
+    if (po_file_write(po.get(), path.c_str(), errors.handler()) != nullptr && !errors.has_errors()) return;
+  } catch (const GivenUp&) {
+    errno = 0;
+  }
+  const std::string reason = errors.has_errors() ? ": " + findings.all()[0].text : last_reason();
+  throw CommandError(qzlog_tool::kExitFindings, "cannot make a PO file" + reason);
+}
+
+constexpr std::string_view kBlanks = " \t\n\r\v\f";
+
+std::string without_blanks(std::string_view text) {
+  std::string result;
+  for (const char character : text) {
+    if (kBlanks.find(character) == std::string_view::npos) result += character;
+  }
+  return result;
+}
+
+std::string_view trimmed(std::string_view text) {
+  text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
+  return text.substr(0, text.find_last_not_of(kBlanks) + 1);
+}
+
+/// The words that references consist of: file names lose the folder "." and blanks around them, one with a blank inside
+/// is read as two, and of two that are the same one is left.
+std::set<std::string> reference_words(const PoMessage& message) {
+  std::set<std::string> words;
+  for (const PoReference& reference : message.references) {
+    std::string_view file = reference.file;
+    while (file.starts_with("./")) file.remove_prefix(2);
+    std::istringstream text(std::string(trimmed(file)) + (reference.line ? ':' + std::to_string(*reference.line) : ""));
+    for (std::string word; text >> word;) words.insert(word);
+  }
+  return words;
+}
+
+/// Whether one is what libgettextpo makes of the other when it writes and reads it. Comments lose blanks.
+bool says_the_same(PoMessage a, PoMessage b) {
+  if (reference_words(a) != reference_words(b)) return false;
+  for (PoMessage* const message : {&a, &b}) {
+    message->references.clear();
+    message->comments = without_blanks(message->comments);
+    message->extracted_comments = without_blanks(message->extracted_comments);
+  }
+  return a == b;
+}
+
+/// libgettextpo does not report a write that fails.
+bool holds(const std::string& text, const PoFile& file) {
+  CatalogFindings findings;
+  const std::optional<PoFile> written = parse_po(text, "", findings);
+  return text.ends_with('\n') && written &&
+         std::equal(written->messages.begin(), written->messages.end(), file.messages.begin(), file.messages.end(),
+                    says_the_same);
 }
 
 }  // namespace
@@ -292,9 +367,9 @@ std::optional<PoFile> parse_po(std::string_view content, const std::string& file
   if (!check_bytes(content, file_name, findings)) return std::nullopt;
   const std::size_t errors_before = findings.error_count();
   const std::string text = without_windows_marks(content);
-  const TemporaryFile copy(text);  // libgettextpo reads files only
+  const MemoryFile copy(text);  // libgettextpo reads files only
   const ErrorTaker errors(file_name, findings);
-  const PoFilePointer po = read_po(copy.path(), errors);
+  const PoFilePointer po = read_po(copy.path(), file_name, errors);
   if (po == nullptr || errors.has_errors()) return std::nullopt;
   PoFile file = read_messages(po.get(), text);
   check_charset(file, file_name, findings);
@@ -304,20 +379,13 @@ std::optional<PoFile> parse_po(std::string_view content, const std::string& file
 }
 
 std::string write_po(const PoFile& file) {
-  const PoFilePointer po(po_file_create());
-  const IteratorPointer iterator(po_message_iterator(po.get(), nullptr));
-  for (const PoMessage& message : file.messages) write_message(message, iterator.get());
-  const TemporaryFile out("");
-  CatalogFindings findings;
-  const std::string& name = out.path();
-  const ErrorTaker errors(name, findings);
-  try {
-    po_file_write(po.get(), name.c_str(), errors.handler());
-  } catch (const GivenUp&) {
-    throw qzlog_tool::CommandError(qzlog_tool::kExitCannotRun,
-                                   "cannot write '" + name + "': " + findings.all()[0].text);
-  }
-  return qzlog_tool::read_file(name);
+  const MemoryFile out;
+  write_messages(file, out.path());
+  std::string text = out.content();
+  if (holds(text, file)) return text;
+  throw CommandError(qzlog_tool::kExitFindings,
+                     "cannot make a PO file: libgettextpo has not written all of it, and does not say why (memory, or "
+                     "the limit of file sizes, may be used up)");
 }
 
 }  // namespace qzlog_catalog

@@ -54,10 +54,11 @@ std::string header_field(const std::string& header, const char* field);
 std::string with_header_field(const std::string& header, const char* field, const std::string& value);
 
 /// Reads a PO file or template in UTF-8. `file_name` is what findings call it. None when anything is wrong with it; all
-/// of that is in the findings. Throws CommandError (cannot run) without a place for temporary files.
+/// of that is in the findings. Throws CommandError (cannot run) when it cannot be read at all.
 std::optional<PoFile> parse_po(std::string_view content, const std::string& file_name, CatalogFindings& findings);
 
-/// The file's text, wrapped as gettext's programs wrap it. Throws as `parse_po` does.
+/// The file's text, wrapped as gettext's programs wrap it; it reads as the same messages again. Throws CommandError
+/// (findings) when it cannot be made, and as `parse_po` does.
 std::string write_po(const PoFile& file);
 
 }  // namespace qzlog_catalog

@@ -60,10 +60,26 @@ class LineFinder {
     if (at_ < po_.size() && po_[at_] == '"') ++at_;
   }
 
-  /// What follows "#~" is an obsolete message, unless it says what the source text once was.
+  /// What follows "#~" is an obsolete message, what follows "#|" or "#~|" tells what a source text once was.
   void skip_comment() {
-    const bool obsolete = po_.substr(at_, 2) == "#~" && po_.substr(at_, 3) != "#~|";
-    at_ = obsolete ? at_ + 2 : std::min(po_.find('\n', at_), po_.size());
+    const std::string_view comment = po_.substr(at_);
+    if (comment.starts_with("#|") || comment.starts_with("#~|")) {
+      skip_previous_text();
+    } else if (comment.starts_with("#~")) {
+      at_ += 2;
+    } else {
+      at_ = std::min(po_.find('\n', at_), po_.size());
+    }
+  }
+
+  void skip_previous_text() {
+    while (at_ < po_.size() && po_[at_] != '\n') {
+      if (po_[at_] == '"') {
+        skip_text();
+      } else {
+        ++at_;
+      }
+    }
   }
 
   void take_keyword() {

@@ -1,6 +1,7 @@
 #include <sys/stat.h>
 
 #include <filesystem>
+#include <map>
 #include <string>
 
 #include "tests/tools/catalog/source_messages.h"
@@ -117,6 +118,19 @@ TEST_F(CatalogCommand, FilesForTranslators_AreWhatGettextReads) {
             read("de.po").substr(read("de.po").find("#. DISK_FULL")));
 }
 
+TEST_F(CatalogCommand, SourceWithAnOddName_GivesFilesThatCanBeUpdated) {
+  for (const std::string name : {"./storage.yaml", "my storage.yaml", "a:3", "line\nbreak", "\xFF.yaml"}) {
+    write(name, qzlog_test::kStorageSource);
+    write("odd.po", kGerman);
+    const std::string line = "$QZLOG catalog extract './" + name + "' --update odd.po";
+    expect_success(line);
+    const std::string updated = read("odd.po");
+    expect_success(line);
+    EXPECT_EQ(read("odd.po"), updated) << name;
+    EXPECT_NE(updated.find("Laufwerk"), std::string::npos) << name;
+  }
+}
+
 TEST_F(CatalogCommand, PoFileOnStandardInput_IsBuilt) {
   expect_success("cat de.po | $QZLOG catalog build storage.yaml --po - -o messages");
   EXPECT_EQ(rendered("de_DE").substr(0, 13), "Laufwerk vol1");
@@ -127,6 +141,124 @@ TEST_F(CatalogCommand, FolderThatCannotBeMade_CannotRun) {
   const CommandResult result = run("$QZLOG catalog build storage.yaml --po de.po -o messages/inside");
   EXPECT_EQ(result.status, 2);
   EXPECT_EQ(result.err.substr(0, 54), "qzlog: error: cannot make the folder 'messages/inside'");
+}
+
+/// A catalog of several languages under construction, on hosts where something is used up.
+class CatalogCommandInNeed : public CatalogCommand {
+ protected:
+  CatalogCommandInNeed() {
+    expect_success("$QZLOG catalog extract storage.yaml --update fr.po");
+    write("more.yaml", std::string(qzlog_test::kStorageSource) + "  - {id: 2001, name: MORE, message: \"" +
+                           std::string(600, 'x') + "\"}\n");
+  }
+
+  std::map<std::string, std::string> files() const {
+    std::map<std::string, std::string> files;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(folder_.path())) {
+      const std::string name = std::filesystem::relative(entry.path(), folder_.path()).string();
+      if (entry.is_regular_file() && !name.starts_with("std")) files.emplace(name, read(name));
+    }
+    return files;
+  }
+
+  /// What is there after the command where nothing is used up.
+  std::map<std::string, std::string> files_after(const std::string& line, const std::string& undo) const {
+    expect_success(line);
+    std::map<std::string, std::string> after = files();
+    expect_success(undo);
+    return after;
+  }
+};
+
+TEST_F(CatalogCommandInNeed, FilesOfLimitedSize_AreNotReplacedByTheirBeginnings) {
+  const auto before = files();
+  const std::string line = "$QZLOG catalog extract more.yaml --update de.po fr.po";
+  const auto after = files_after(line, "true");
+  ASSERT_NE(before, after);
+  for (const auto& [name, content] : before) write(name, content);
+  // In blocks of 512 bytes. The signal of the limit is ignored here, as it is where a service is started so.
+  for (int blocks = 0; blocks < 10; ++blocks) {
+    const CommandResult result =
+        run("(trap '' XFSZ; ulimit -f " + std::to_string(blocks) + "; " + line + " 2>&1) | cat");
+    if (result.out.empty()) {
+      EXPECT_EQ(files(), after) << blocks;
+      return;
+    }
+    EXPECT_EQ(files(), before) << blocks << result.out;
+  }
+  FAIL() << "no limit was large enough";
+}
+
+TEST_F(CatalogCommandInNeed, PoFileThatCannotBeMade_GivesStatus1) {
+  const CommandResult result = run("ulimit -f 3; $QZLOG catalog extract more.yaml --update de.po");
+  EXPECT_EQ(result.status, 1);
+  EXPECT_EQ(result.err.substr(0, 76), "qzlog: error: cannot make a PO file: libgettextpo has not written all of it,");
+}
+
+TEST_F(CatalogCommandInNeed, FullTemporaryFolder_DoesNotMatterToPoFiles) {
+  const std::string line = "$QZLOG catalog extract more.yaml --update de.po fr.po";
+  expect_success("TMPDIR=/nowhere " + line);
+  EXPECT_NE(read("de.po").find("\"MORE\""), std::string::npos);
+}
+
+// With fewer descriptors than are needed a language must not be left out.
+TEST_F(CatalogCommandInNeed, FewDescriptors_GiveEverythingOrAnError) {
+  const auto before = files();
+  const std::string line = "$QZLOG catalog build storage.yaml --po de.po fr.po -o messages";
+  const auto after = files_after(line, "rm -r messages");
+  int succeeded = 0;
+  for (int descriptors = 3; descriptors < 16; ++descriptors) {
+    const CommandResult result = run("ulimit -n " + std::to_string(descriptors) + "; exec " + line);
+    if (result.status == 0) {
+      ++succeeded;
+      EXPECT_EQ(files(), after) << descriptors;
+    } else {
+      EXPECT_NE(result.err, "") << descriptors;
+      EXPECT_EQ(files(), before) << descriptors;
+    }
+    expect_success("rm -rf messages");
+  }
+  EXPECT_GT(succeeded, 0);
+}
+
+TEST_F(CatalogCommandInNeed, SigchldIgnoredByTheParent_GenrbRunsAllTheSame) {
+  expect_success("env --ignore-signal=CHLD $QZLOG catalog build storage.yaml --po de.po -o messages");
+  EXPECT_EQ(rendered("de_DE").substr(0, 13), "Laufwerk vol1");
+}
+
+TEST_F(CatalogCommandInNeed, SignalWhileGenrbRuns_EndsBothAndLeavesNothing) {
+  write("slow", "#!/bin/sh\necho $$ >started\nexec tail -f /dev/null\n");
+  expect_success("chmod +x slow; mkfifo started; mkdir temporary");
+  for (const std::string signal : {"TERM", "HUP", "USR1"}) {
+    const CommandResult result =
+        run("TMPDIR=$PWD/temporary $QZLOG catalog build storage.yaml --po de.po -o messages --genrb ./slow & "
+            "read genrb <started; kill -" +
+            signal + " $!; wait $!; kill -l $?; kill -0 $genrb 2>/dev/null && echo alive");
+    EXPECT_EQ(result.out, signal + "\n");
+    EXPECT_TRUE(std::filesystem::is_empty(folder_.path() / "temporary")) << signal;
+    EXPECT_FALSE(std::filesystem::exists(folder_.path() / "messages")) << signal;
+  }
+}
+
+TEST_F(CatalogCommandInNeed, HostWithoutProc_IsAnErrorThatSaysSo) {
+  if (run("unshare --mount true").status != 0) GTEST_SKIP() << "mounts cannot be separated here";
+  const auto before = files();
+  const CommandResult result =
+      run("unshare --mount sh -c 'mount -t tmpfs none /proc && $QZLOG catalog extract more.yaml --update de.po'");
+  EXPECT_EQ(result.status, 2);
+  EXPECT_NE(result.err.find(", for which /proc has to be mounted: "), std::string::npos) << result.err;
+  EXPECT_EQ(files(), before);
+}
+
+TEST_F(CatalogCommandInNeed, FullDiskOfTheResult_LeavesTheFilesAsTheyWere) {
+  if (run("unshare --mount true").status != 0) GTEST_SKIP() << "mounts cannot be separated here";
+  expect_success("mkdir full");
+  const CommandResult result = run(
+      "unshare --mount sh -c 'mount -t tmpfs -o size=16k none full && cp de.po fr.po full && "
+      "head -c 8192 /dev/zero >full/rest; $QZLOG catalog extract more.yaml --update full/de.po full/fr.po; echo $?; "
+      "cmp de.po full/de.po && cmp fr.po full/fr.po && ls -A full'");
+  EXPECT_EQ(result.out, "2\nde.po\nfr.po\nrest\n") << result.err;
+  EXPECT_EQ(result.err, "qzlog: error: cannot write 'full/de.po': No space left on device\n");
 }
 
 TEST_F(CatalogCommand, Help_ShowsExamples) {

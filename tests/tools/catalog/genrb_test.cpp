@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/tools/resource_limit.h"
 #include "tests/tools/scoped_variable.h"
 #include "tests/tools/temporary_folder.h"
 #include "tools/catalog/resource_bundle.h"
@@ -54,6 +55,37 @@ TEST(RunGenrb, BrokenSource_FailsWithTheProgramsMessages) {
   EXPECT_EQ(status, qzlog_tool::kExitFindings);
   EXPECT_NE(text.find("'genrb' has failed with status "), std::string::npos) << text;
   EXPECT_NE(text.find("root.txt:1: "), std::string::npos) << text;
+}
+
+/// A program that runs genrb, then does something else to the folder that it has written to.
+std::string genrb_then(const qzlog_test::TemporaryFolder& folder, const std::string& command) {
+  const std::string program = folder.write("genrb", "#!/bin/sh\ngenrb \"$@\" || exit\ncd \"$5\" && " + command + "\n");
+  std::filesystem::permissions(program, std::filesystem::perms::owner_all);
+  return program;
+}
+
+TEST(RunGenrb, SuccessWithoutABundle_IsAnError) {
+  const qzlog_test::TemporaryFolder folder;
+  const auto [status, text] = failure(genrb_then(folder, "rm de.res"), two_sources());
+  EXPECT_EQ(status, qzlog_tool::kExitFindings);
+  EXPECT_NE(text.find("/de.res', but says that it has"), std::string::npos) << text;
+}
+
+TEST(RunGenrb, SuccessWithHalfABundle_IsAnError) {
+  const qzlog_test::TemporaryFolder folder;
+  for (const std::string size : {"0", "10", "60", "-1", "+1"}) {
+    const auto [status, text] = failure(genrb_then(folder, "truncate --size=" + size + " de.res"), two_sources());
+    EXPECT_EQ(status, qzlog_tool::kExitFindings) << size;
+    EXPECT_NE(text.find("/de.res' completely, but says that it has"), std::string::npos) << text;
+  }
+}
+
+TEST(RunGenrb, FullDisk_IsAnError) {
+  const std::vector<NamedBundle> sources = {{"root", bundle_source("root", {{"a", std::string(5000, 'x')}})}};
+  const std::size_t source_size = sources[0].content.size();
+  ASSERT_GT(run_genrb("genrb", sources)[0].content.size(), source_size);
+  const qzlog_test::ResourceLimit limit(RLIMIT_FSIZE, source_size);
+  EXPECT_EQ(failure("genrb", sources).first, qzlog_tool::kExitFindings);
 }
 
 TEST(RunGenrb, NoSuchProgram_CannotRun) {

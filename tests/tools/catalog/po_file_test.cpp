@@ -6,8 +6,7 @@
 #include <string>
 
 #include "tests/support/seeded_random.h"
-#include "tests/tools/scoped_variable.h"
-#include "tests/tools/temporary_folder.h"
+#include "tests/tools/resource_limit.h"
 #include "tools/command_error.h"
 
 namespace qzlog_catalog {
@@ -113,6 +112,21 @@ TEST(ParsePo, EscapesForNul_AreRefused) {
   }
 }
 
+TEST(ParsePo, EscapesForNulInAPreviousText_AreRefused) {
+  const std::string message = "msgid \"a\"\nmsgstr \"b\"\n";
+  for (const std::string previous :
+       {"#| msgid \"a\\0b\"\n", "#| msgctxt \"\\000\"\n#| msgid \"a\"\n", "#| msgid \"\"\n#| \"b\\x00\"\n"}) {
+    CatalogFindings findings;
+    EXPECT_FALSE(parse_po(kHeader + '\n' + previous + message, "f.po", findings)) << previous;
+    ASSERT_EQ(findings.all().size(), 1u) << previous;
+    EXPECT_EQ(findings.all()[0].text, "an escape for a NUL character, which no text can hold") << previous;
+  }
+}
+
+TEST(ParsePo, EscapesForNulInAComment_MeanNothing) {
+  parsed(kHeader + "\n# \"\\0\"\n#. \"\\0\"\nmsgid \"a\"\nmsgstr \"b\"\n");
+}
+
 TEST(ParsePo, FileFromWindows_ReadsLikeAnyOther) {
   std::string windows = "\uFEFF";
   for (const char character : kFull) windows += character == '\n' ? "\r\n" : std::string(1, character);
@@ -190,10 +204,48 @@ TEST(ParsePo, ManyMessages_AreRead) {
   EXPECT_EQ(file.lines.back(), 5u + 3 * 19'999);
 }
 
-TEST(ParsePo, NoPlaceForTemporaryFiles_Throws) {
-  const qzlog_test::ScopedVariable variable("TMPDIR", "/nowhere/at/all");
-  CatalogFindings findings;
-  EXPECT_THROW(parse_po(kHeader, "f.po", findings), qzlog_tool::CommandError);
+TEST(ParsePo, NoDescriptorLeft_IsAnErrorAndNoEmptyFile) {
+  for (const rlim_t descriptors : {3, 4}) {
+    CatalogFindings findings;
+    const qzlog_test::ResourceLimit limit(RLIMIT_NOFILE, descriptors);
+    try {
+      parse_po(kHeader, "f.po", findings);
+      ADD_FAILURE() << descriptors;
+    } catch (const qzlog_tool::CommandError& error) {
+      EXPECT_EQ(error.exit_status(), qzlog_tool::kExitCannotRun);
+      EXPECT_NE(std::string(error.what()).find(": Too many open files"), std::string::npos) << error.what();
+    }
+  }
+}
+
+// libgettextpo trims and splits them; that must not be taken for a file that is cut off.
+TEST(WritePo, OddFileNamesAndComments_AreWritten) {
+  for (const std::string name : {"./a.yaml", "././a.yaml", "my dir/a.yaml", "a:3", ":a", "a:0:3", " a", "a ", "a\"b"}) {
+    PoFile file = parsed(kHeader);
+    PoMessage& message = file.messages.emplace_back();
+    message.context = "k";
+    message.source = "a";
+    message.comments = " a  b \n";
+    message.extracted_comments = "c \n";
+    message.references = {{name, 3}, {name, 5}, {name, 3}};
+    EXPECT_NE(write_po(file).find("msgctxt \"k\""), std::string::npos) << name;
+  }
+}
+
+TEST(WritePo, FileThatIsTooLarge_IsAnErrorAndNoHalfFile) {
+  const PoFile file = parsed(kHeader + "\nmsgctxt \"k\"\nmsgid \"" + std::string(10'000, 'x') + "\"\nmsgstr \"\"\n");
+  const std::size_t whole = write_po(file).size();
+  for (const std::size_t size : {std::size_t{0}, std::size_t{1}, std::size_t{4096}, whole - 1}) {
+    const qzlog_test::ResourceLimit limit(RLIMIT_FSIZE, size);
+    try {
+      write_po(file);
+      ADD_FAILURE() << size;
+    } catch (const qzlog_tool::CommandError& error) {
+      EXPECT_EQ(error.exit_status(), qzlog_tool::kExitFindings) << size;
+      EXPECT_EQ(std::string(error.what()).substr(0, 62),
+                "cannot make a PO file: libgettextpo has not written all of it,");
+    }
+  }
 }
 
 TEST(HeaderField, SetAndMissing) {

@@ -1,16 +1,20 @@
 #include "tools/output_file.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <climits>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <string>
 
+#include "tests/tools/resource_limit.h"
 #include "tests/tools/temporary_folder.h"
 #include "tools/command_error.h"
+#include "tools/file_descriptor.h"
 
 namespace qzlog_tool {
 namespace {
@@ -77,6 +81,106 @@ TEST_F(WriteFile, SymbolicLink_StaysALink) {
   EXPECT_EQ(content(path("target")), "new");
 }
 
+TEST_F(WriteFile, SetUserAndGroupId_AreDropped) {
+  write_file(path("f"), "old");
+  ASSERT_EQ(::chmod(path("f").c_str(), 07751), 0);
+  write_file(path("f"), "new");
+  EXPECT_EQ(fs::status(path("f")).permissions(), static_cast<fs::perms>(0751));
+}
+
+TEST_F(WriteFile, NewFile_HasThePermissionsThatTheUserGivesNewFiles) {
+  const mode_t before = ::umask(027);
+  write_file(path("f"), "x");
+  ::umask(before);
+  EXPECT_EQ(fs::status(path("f")).permissions(), static_cast<fs::perms>(0640));
+}
+
+// Where process IDs begin anew, as in containers, such a name is that of a process that was killed.
+TEST_F(WriteFile, FileLeftBehindByAProcessWithThisId_DoesNotMatter) {
+  const std::string leftover = path("f") + ".tmp" + std::to_string(::getpid());
+  std::ofstream(leftover) << "half";
+  write_file(path("f"), "whole");
+  EXPECT_EQ(content(path("f")), "whole");
+  EXPECT_EQ(content(leftover), "half");
+}
+
+TEST_F(WriteFile, NameAsLongAsANameMayBe_IsWritten) {
+  const std::string file = path(std::string(NAME_MAX, 'n').c_str());
+  write_file(file, "x");
+  write_file(file, "y");
+  EXPECT_EQ(content(file), "y");
+  EXPECT_EQ(files(), 1U);
+}
+
+TEST_F(WriteFile, LinkToAFileThatDoesNotExist_IsFollowed) {
+  fs::create_directory(path("inside"));
+  fs::create_symlink("inside/next", path("link"));
+  fs::create_symlink("../target", path("inside/next"));
+  write_file(path("link"), "new");
+  EXPECT_TRUE(fs::is_symlink(path("link")));
+  EXPECT_TRUE(fs::is_symlink(path("inside/next")));
+  EXPECT_EQ(content(path("target")), "new");
+}
+
+TEST_F(WriteFile, LinksThatLeadInACircle_AreRefused) {
+  fs::create_symlink("b", path("a"));
+  fs::create_symlink("a", path("b"));
+  EXPECT_EQ(error_of(path("a")), "cannot write '" + path("a") + "': Too many levels of symbolic links");
+  EXPECT_TRUE(fs::is_symlink(path("a")));
+  EXPECT_EQ(files(), 2U);
+}
+
+TEST_F(WriteFile, NameOfADescriptor_IsWrittenWhereTheDescriptorStands) {
+  const FileDescriptor file(::open(path("f").c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600));
+  ASSERT_GT(file.get(), 2);
+  ASSERT_EQ(write_all(file.get(), "before,", 7), 0);
+  const std::string name = "/dev/fd/" + std::to_string(file.get());
+  write_file(name, "named,");
+  fs::create_symlink(name, path("link"));
+  write_file(path("link"), "linked,");
+  ASSERT_EQ(write_all(file.get(), "after", 5), 0);
+  EXPECT_EQ(content(path("f")), "before,named,linked,after");
+}
+
+TEST_F(WriteFile, FullDisk_LeavesTheFileAsItWasAndNothingBeside) {
+  write_file(path("f"), "old");
+  const qzlog_test::ResourceLimit limit(RLIMIT_FSIZE, 0);
+  EXPECT_EQ(error_of(path("f")), "cannot write '" + path("f") + "': File too large");
+  EXPECT_EQ(content(path("f")), "old");
+  EXPECT_EQ(files(), 1U);
+}
+
+TEST_F(WriteFile, OneOfSeveralFails_AllAreAsTheyWere) {
+  write_file(path("a"), "old");
+  const std::string missing = path("no/such/file");
+  const OutputFile outputs[] = {{path("a"), "new"}, {path("b"), "new"}, {missing, "new"}};
+  EXPECT_THROW(write_files(outputs), CommandError);
+  EXPECT_EQ(content(path("a")), "old");
+  EXPECT_EQ(files(), 1U);
+}
+
+TEST_F(WriteFile, Several_AreAllWritten) {
+  const OutputFile outputs[] = {{path("a"), "1"}, {"/dev/null", "2"}, {path("b"), "3"}};
+  write_files(outputs);
+  EXPECT_EQ(content(path("a")), "1");
+  EXPECT_EQ(content(path("b")), "3");
+  EXPECT_EQ(files(), 2U);
+}
+
+TEST_F(WriteFile, NoDescriptorLeft_LeavesTheFileAsItWas) {
+  write_file(path("f"), "old");
+  {
+    const qzlog_test::ResourceLimit limit(RLIMIT_NOFILE, 3);
+    EXPECT_EQ(error_of(path("f")), "cannot write '" + path("f") + "': Too many open files");
+  }
+  EXPECT_EQ(content(path("f")), "old");
+  EXPECT_EQ(files(), 1U);
+}
+
+TEST_F(WriteFile, FullDevice_IsAnError) {
+  EXPECT_EQ(error_of("/dev/full"), "cannot write '/dev/full': No space left on device");
+}
+
 TEST_F(WriteFile, Device_IsWrittenInPlace) {
   write_file("/dev/null", "gone");
   EXPECT_TRUE(fs::is_character_file("/dev/null"));
@@ -87,6 +191,14 @@ TEST_F(WriteFile, PathsThatCannotBeWritten_AreNamed) {
   EXPECT_EQ(error_of(missing), "cannot write '" + missing + "': No such file or directory");
   const std::string folder = path(".");
   EXPECT_EQ(error_of(folder), "cannot write '" + folder + "': Is a directory");
+}
+
+TEST_F(WriteFile, TwoNamesOfOneFile_AreOneAlsoBeforeItExists) {
+  fs::create_symlink("target", path("link"));
+  EXPECT_TRUE(same_file(path("link"), path("target")));
+  EXPECT_TRUE(same_file(path("./target"), path("target")));
+  EXPECT_FALSE(same_file(path("other"), path("target")));
+  EXPECT_FALSE(same_file("-", path("target")));
 }
 
 }  // namespace

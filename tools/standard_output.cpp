@@ -1,0 +1,35 @@
+#include "tools/standard_output.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <iostream>
+#include <string>
+
+#include "tools/command_error.h"
+
+namespace qzlog_tool {
+namespace {
+
+/// A file system may say only when a file is closed that it could not keep what was written; closing a copy asks it.
+/// What is no file that can be copied has said so before.
+bool is_kept() {
+  const int copy = ::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+  return copy < 0 || ::close(copy) == 0 || errno == EINTR;
+}
+
+}  // namespace
+
+void flush_standard_output() {
+  const bool complete = std::cout.good();
+  std::cout.clear();
+  errno = 0;
+  if (std::cout.flush() && complete && is_kept()) return;
+  const std::string reason = errno != 0 ? std::string(": ") + std::strerror(errno) : "";
+  std::cout.setstate(std::ios::badbit);
+  throw CommandError(kExitCannotRun, "cannot write to standard output" + reason);
+}
+
+}  // namespace qzlog_tool
