@@ -1,12 +1,13 @@
 #!/usr/bin/env python3
-"""Writes the seeds of the fuzzers that take compiled definition files, whole and damaged, into fuzz/seeds.
+"""Writes the seeds of the fuzzers that take compiled files (definitions, resource bundles), whole and damaged, into fuzz/seeds.
 
-Usage: write_seeds.py QZLOG
+Usage: write_seeds.py QZLOG      Resource bundles are made with ICU's genrb, for machines of this byte order.
 """
 import pathlib
 import struct
 import subprocess
 import sys
+import tempfile
 
 SEEDS = pathlib.Path(__file__).parent / "seeds"
 
@@ -48,6 +49,18 @@ DEEP_PATTERN = """
 version: "1.0"
 entries: [{id: 1, name: A, raw: "%s%N%DEEP%_%TIMESTAMP%", attributes: [{name: N, type: Char32}]}]
 """.replace("DEEP", "{0,select,other{" * 110)
+# Of each kind of value one, the last of which refer to others.
+BUNDLE = """made {
+  STRING_TABLE {
+    "disk.full" { "Platte voll: %d%Count%" } empty { "" } long { "A text that has its length before it, for it is longer" }
+    nested { inner { "text" } list { "a", "b" } table:table { } } number:int { 7 } numbers:intvector { 1, 2 } raw:bin { 010203 }
+    other:alias { "/LOCALE/STRING_TABLE/empty" }
+  }
+  "%%Parent" { "root" }
+}
+"""
+# Of a bundle whose header has 32 bytes: the word with its attributes.
+BUNDLE_ATTRIBUTES = 32 + 4 * 6
 
 
 class Compiler:
@@ -85,6 +98,42 @@ def damaged_forms(file, entry_count):
     }
 
 
+def run_genrb(folder, *arguments):
+    subprocess.run(["genrb", "--quiet", *arguments, "--destdir", ".", "made.txt"], cwd=folder, stdout=subprocess.DEVNULL, check=True)
+
+
+def with_word(data, offset, change):
+    value = change(struct.unpack_from("=I", data, offset)[0])
+    return data[:offset] + struct.pack("=I", value) + data[offset + 4:]
+
+
+def package_of(name, content):
+    """A package file with one file in it."""
+    header = content[:12] + b"CmnD\1\0\0\0" + content[20:32]
+    contents_size = 4 + 8
+    names = name.encode().ljust(20, b"\0")
+    return header + struct.pack("=III", 1, contents_size, contents_size + len(names)) + names + content
+
+
+def bundle_seeds():
+    with tempfile.TemporaryDirectory() as folder:
+        path = pathlib.Path(folder)
+        (path / "made.txt").write_text(BUNDLE)
+        seeds = {}
+        for version in "123":
+            run_genrb(folder, "--formatVersion", version)
+            seeds[f"version{version}.res"] = (path / "made.res").read_bytes()
+        run_genrb(folder, "--writePoolBundle")
+        seeds["pool.res"] = (path / "pool.res").read_bytes()
+        run_genrb(folder, "--usePoolBundle", ".")
+        pooled = (path / "made.res").read_bytes()
+    seeds["pooled.res"] = pooled
+    seeds["pool_of_itself.res"] = with_word(pooled, BUNDLE_ATTRIBUTES, lambda attributes: attributes | 2)
+    seeds["cut.res"] = seeds["version2.res"][:200]
+    seeds["package.dat"] = package_of("catalog/root.res", seeds["version1.res"])
+    return seeds
+
+
 def half_and_half(first, second):
     size = max(len(first), len(second))
     return first.ljust(size, b"\0") + second.ljust(size, b"\0")
@@ -118,6 +167,7 @@ def main():
         "deep_pattern.ldf": compile_source(DEEP_PATTERN),
         **damaged_forms(old, 3),
     })
+    write("resource_bundle", bundle_seeds())
     write("diff", {
         "itself.ldf": old,
         "same_twice.ldf": everything + everything,
