@@ -21,6 +21,7 @@ int fuzz_definition_source(const std::uint8_t* bytes, std::size_t size);
 int fuzz_diff(const std::uint8_t* bytes, std::size_t size);
 int fuzz_entry_line(const std::uint8_t* bytes, std::size_t size);
 int fuzz_inspect(const std::uint8_t* bytes, std::size_t size);
+int fuzz_pattern_nesting(const std::uint8_t* bytes, std::size_t size);
 }
 
 namespace {
@@ -43,6 +44,7 @@ const Fuzzer kFuzzers[] = {
     {"diff", fuzz_diff},
     {"entry_line", fuzz_entry_line},
     {"inspect", fuzz_inspect},
+    {"pattern_nesting", fuzz_pattern_nesting},
 };
 
 std::vector<fs::path> sorted_files(const fs::path& folder) {
