@@ -48,7 +48,8 @@ class NestingWalk {
     }
   }
 
-  void open_brace() { deepest_ = std::max(deepest_, ++braces_); }
+  void enter() { deepest_ = std::max(deepest_, ++depth_); }
+  void leave() { --depth_; }
 
   /// Past the next of these units; the end of the text, and 0, when there is none.
   UChar pass_next_of(std::u16string_view units) {
@@ -79,12 +80,12 @@ class NestingWalk {
   }
 
   void begin_argument() {
-    open_brace();
+    enter();
     const UChar behind_name = pass_next_of(u",}");
     const std::size_t type_begin = at_;
     const UChar behind_type = behind_name == u',' ? pass_next_of(u",}") : behind_name;
     if (behind_type == u'}') {
-      --braces_;
+      leave();
     } else if (behind_type == u',') {
       begin_style(text_.substr(type_begin, at_ - 1 - type_begin));
     }
@@ -93,7 +94,7 @@ class NestingWalk {
   void begin_style(std::u16string_view type) {
     switch (const Parent found = parent_of_type(letters_of(type).view())) {
       case Parent::kChoice:
-        open_.push_back(found);
+        open_message(found);
         return pass_choice_separator();
       case Parent::kPlural:
       case Parent::kSelect:
@@ -122,14 +123,18 @@ class NestingWalk {
     return letters;
   }
 
+  void open_message(Parent of) {
+    enter();
+    open_.push_back(of);
+  }
+
   /// The next message of a plural or select argument, or the argument's end.
   void begin_message(Parent of) {
     const UChar found = pass_next_of(u"{}");
     if (found == u'{') {
-      open_brace();
-      open_.push_back(of);
+      open_message(of);
     } else if (found == u'}') {
-      --braces_;
+      leave();
     }
   }
 
@@ -142,8 +147,10 @@ class NestingWalk {
   void end_message() {
     const Parent ended = parent();
     open_.pop_back();
-    --braces_;  // the message's own; of a choice, the argument's
-    if (ended != Parent::kChoice) begin_message(ended);
+    leave();
+    // The brace that ends the last message of a choice ends the argument as well.
+    if (ended == Parent::kChoice) return leave();
+    begin_message(ended);
   }
 
   void pass_simple_style() {
@@ -157,14 +164,14 @@ class NestingWalk {
         inner += found == u'{' ? 1 : -1;
       }
     }
-    --braces_;
+    leave();
   }
 
   std::u16string_view text_;
   bool quotes_always_;
   std::size_t at_ = 0;
   std::vector<Parent> open_;
-  int braces_ = 0;
+  int depth_ = 0;
   int deepest_ = 0;
 };
 
@@ -175,19 +182,14 @@ int bound_pattern_nesting(const icu::UnicodeString& pattern, UMessagePatternApos
 }
 
 int pattern_nesting(const icu::MessagePattern& parsed) {
-  std::vector<int> open;  // the braces that each open argument or message has
-  int braces = 0;
+  int depth = -1;  // the whole pattern is a message too
   int deepest = 0;
   for (int i = 0; i < parsed.countParts(); ++i) {
-    const icu::MessagePattern::Part& part = parsed.getPart(i);
-    const UMessagePatternPartType type = part.getType();
+    const UMessagePatternPartType type = parsed.getPartType(i);
     if (type == UMSGPAT_PART_TYPE_ARG_START || type == UMSGPAT_PART_TYPE_MSG_START) {
-      // The whole pattern and the messages of a choice have none.
-      open.push_back(part.getLength());
-      deepest = std::max(deepest, braces += open.back());
+      deepest = std::max(deepest, ++depth);
     } else if (type == UMSGPAT_PART_TYPE_ARG_LIMIT || type == UMSGPAT_PART_TYPE_MSG_LIMIT) {
-      braces -= open.back();
-      open.pop_back();
+      --depth;
     }
   }
   return deepest;

@@ -8,10 +8,11 @@
 /// without a limit: a pattern that is deeper than any message would exhaust the stack. The library and the tools ask
 /// here before they give ICU a pattern.
 ///
-/// Nesting is counted in the braces that stand around the deepest place and that ICU reads as those of arguments and of
-/// their messages: a level of plural or select takes two, one of choice, whose messages have none, one. Braces within
-/// quotes, and those in the style of a simple argument, are text.
+/// Nesting is counted in the arguments and the messages of arguments that stand around the deepest place, for each of
+/// which ICU's parser calls itself: two for a level of plural, select or choice. Braces within quotes, and those in the
+/// style of a simple argument, are text.
 
+/// With so many, any message is rendered on a stack of 256 KiB.
 constexpr int kMostPatternNesting = 100;
 
 /// The nesting that ICU's parser comes to, found without recursion and without ICU; more than `limit`, and no exact

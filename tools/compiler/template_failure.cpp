@@ -52,7 +52,7 @@ std::string pattern_failure(const StoredTemplate& stored) {
 }  // namespace
 
 std::string nesting_failure() {
-  return "its braces nest deeper than " + std::to_string(kMostPatternNesting) + " levels";
+  return "its arguments and their messages nest deeper than " + std::to_string(kMostPatternNesting) + " levels";
 }
 
 std::string find_template_failure(std::string_view stored, TemplateForm form, const AttributeLookup& lookup) {

@@ -26,7 +26,8 @@ TEST(TemplateSyntaxFailure, NestingThatIcuWouldNotSurvive_IsAFailure) {
   for (const char* const level : {"{0,choice,0#'|}'", "{0,select,other{"}) {
     std::string stored = "%s%A%";
     for (int i = 0; i < 200'000; ++i) stored += level;
-    EXPECT_EQ(template_syntax_failure(stored + "%_%TIMESTAMP%"), "its braces nest deeper than 100 levels");
+    EXPECT_EQ(template_syntax_failure(stored + "%_%TIMESTAMP%"),
+              "its arguments and their messages nest deeper than 100 levels");
   }
 }
 

@@ -60,7 +60,7 @@ TEST(FindTemplateFailure, MoreThanTenReferences_FailOnTheIcuPath) {
 }
 
 TEST(FindTemplateFailure, NestingThatIcuWouldNotSurvive_FailsOnTheIcuPath) {
-  const std::string deep = "its braces nest deeper than 100 levels";
+  const std::string deep = "its arguments and their messages nest deeper than 100 levels";
   for (const char* const level : {"{0,choice,0#'|}'", "{0,plural,other{'#}}'", "{0,select,other{"}) {
     std::string stored = "%s%Name%";
     for (int i = 0; i < 200'000; ++i) stored += level;
