@@ -2,7 +2,10 @@
 
 #include <cstdlib>
 
+#include <unicode/fieldpos.h>
+
 #include "message/code_page.h"
+#include "message/icu_memory.h"
 #include "message/logmsg.h"
 #include "qzlog/qz_exception.h"
 
@@ -16,23 +19,38 @@ namespace {
       0);
 }
 
-}  // namespace
-
 void end_process_on_failure(UErrorCode status) {
   if (U_FAILURE(status)) std::abort();
 }
 
+icu::UnicodeString format_one(const icu::Format& format, const icu::Formattable& value) {
+  const IcuMemory memory;
+  icu::UnicodeString text;
+  UErrorCode status = U_ZERO_ERROR;
+  format.format(value, text, status);
+  memory.check(text, status);
+  end_process_on_failure(status);
+  return text;
+}
+
+}  // namespace
+
 KeptFormat::KeptFormat(const IcuTemplate& message_template, const char* locale_name) : locale_name_(locale_name) {
   if (!message_template.is_within_limits()) throw_pattern_failure();
+  const IcuMemory memory;
   UErrorCode status = U_ZERO_ERROR;
-  if (message_template.shows_time()) zone_.reset(icu::TimeZone::createDefault());
+  if (message_template.shows_time()) {
+    zone_.reset(icu::TimeZone::createDefault());
+    memory.check_made(zone_.get());
+  }
   format_ = std::make_unique<icu::MessageFormat>(message_template.pattern(), _qz_LOG_log_message::get_locale(), status);
-  if (format_ == nullptr) throw QZX_memory_alloc();
+  memory.check_made(format_.get());
+  memory.check(status);
   if (U_FAILURE(status)) throw_pattern_failure();
   if (!message_template.can_be_assembled()) return;
   int count = 0;
   const icu::Format** const formatters = format_->getFormats(count);
-  if (formatters == nullptr) throw QZX_memory_alloc();
+  memory.check_made(formatters);
   for (int i = 0; i < count; ++i) formatters_.push_back({formatters[i]});
 }
 
@@ -41,6 +59,17 @@ bool KeptFormat::is_current(const char* locale_name) const {
   if (zone_ == nullptr) return true;
   const std::unique_ptr<icu::TimeZone> zone(icu::TimeZone::createDefault());
   return zone != nullptr && *zone_ == *zone;
+}
+
+icu::UnicodeString KeptFormat::format(const icu::Formattable* values, int count) const {
+  const IcuMemory memory;
+  icu::UnicodeString message;
+  icu::FieldPosition position;
+  UErrorCode status = U_ZERO_ERROR;
+  format_->format(values, count, message, position, status);
+  memory.check(message, status);
+  end_process_on_failure(status);
+  return message;
 }
 
 bool KeptFormat::append(unsigned index, const IcuArgument& value, qz_TextBuffer& text) {
@@ -53,10 +82,7 @@ bool KeptFormat::append(unsigned index, const IcuArgument& value, qz_TextBuffer&
   }
   icu::Formattable argument;
   fill_argument(value, argument);
-  icu::UnicodeString formatted;
-  UErrorCode status = U_ZERO_ERROR;
-  formatter.format->format(argument, formatted, status);
-  end_process_on_failure(status);
+  const icu::UnicodeString formatted = format_one(*formatter.format, argument);
   const std::size_t begin = text.size();
   if (!append_utf8(formatted, text)) return false;
   if (is_time) {

@@ -10,6 +10,7 @@
 #include <unicode/resbund.h>
 
 #include "definitions/message_text.h"
+#include "message/icu_memory.h"
 #include "message/logmsg.h"
 #include "qzlog/qz_exception.h"
 #include "qzlog/qz_locale.h"
@@ -105,13 +106,16 @@ void _qz_LOG_log_message::reopen_catalog() {
 }
 
 icu::UnicodeString _qz_LOG_log_message::_get_string(const char* message_id) {
+  const IcuMemory memory;
   UErrorCode status = U_ZERO_ERROR;
   const icu::ResourceBundle table = p_rsrc_bundle->get(kStringTable, status);
+  memory.check(status);
   if (U_FAILURE(status)) {
     throw QZX_logging_missing_resource("< QZX_logging_missing_resource> Unable to access the string table resource.",
                                        0);
   }
   icu::UnicodeString text = table.getStringEx(message_id, status);
+  memory.check(status);
   if (U_FAILURE(status)) {
     throw QZX_logging_missing_resource(
         "<QZX_logging_missing_resource> Unable to retrieve the string from the string table.", 0);

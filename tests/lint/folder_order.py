@@ -19,7 +19,7 @@ CHAIN = [
     ("entry definition", ["definitions/ldf_def.*", "definitions/attribute_name.*", "definitions/message_text.h"]),
     ("definition table", ["definitions/ldf_load.*", "definitions/definition_hold.*"]),
     ("configuration file and catalog", ["config/logconf.*", "config/filter_values.h", "config/text_tbl.h", "message/logmsg.h", "message/logmsg_catalog.*",
-                                        "message/code_page.*"]),
+                                        "message/code_page.*", "message/icu_memory.h"]),
     ("settings", ["config/logcfg.*", "include/qzlog/logcfg.h"]),
     ("entry implementation", ["entry/*"]),
     ("rendering", ["message/*"]),
