@@ -23,16 +23,6 @@ void end_process_on_failure(UErrorCode status) {
   if (U_FAILURE(status)) std::abort();
 }
 
-icu::UnicodeString format_one(const icu::Format& format, const icu::Formattable& value) {
-  const IcuMemory memory;
-  icu::UnicodeString text;
-  UErrorCode status = U_ZERO_ERROR;
-  format.format(value, text, status);
-  memory.check(text, status);
-  end_process_on_failure(status);
-  return text;
-}
-
 }  // namespace
 
 KeptFormat::KeptFormat(const IcuTemplate& message_template, const char* locale_name) : locale_name_(locale_name) {
@@ -55,21 +45,31 @@ KeptFormat::KeptFormat(const IcuTemplate& message_template, const char* locale_n
 }
 
 bool KeptFormat::is_current(const char* locale_name) const {
-  if (locale_name_ != locale_name) return false;
+  if (is_damaged_ || locale_name_ != locale_name) return false;
   if (zone_ == nullptr) return true;
   const std::unique_ptr<icu::TimeZone> zone(icu::TimeZone::createDefault());
   return zone != nullptr && *zone_ == *zone;
 }
 
-icu::UnicodeString KeptFormat::format(const icu::Formattable* values, int count) const {
+template <typename Write>
+icu::UnicodeString KeptFormat::formatted(Write&& write) {
   const IcuMemory memory;
-  icu::UnicodeString message;
-  icu::FieldPosition position;
+  icu::UnicodeString text;
   UErrorCode status = U_ZERO_ERROR;
-  format_->format(values, count, message, position, status);
-  memory.check(message, status);
+  // ICU makes some of what it needs when it first formats, and keeps what it has made of it so far.
+  is_damaged_ = true;
+  write(text, status);
+  memory.check(text, status);
+  is_damaged_ = false;
   end_process_on_failure(status);
-  return message;
+  return text;
+}
+
+icu::UnicodeString KeptFormat::format(const icu::Formattable* values, int count) {
+  icu::FieldPosition position;
+  return formatted([&](icu::UnicodeString& message, UErrorCode& status) {
+    format_->format(values, count, message, position, status);
+  });
 }
 
 bool KeptFormat::append(unsigned index, const IcuArgument& value, qz_TextBuffer& text) {
@@ -82,9 +82,10 @@ bool KeptFormat::append(unsigned index, const IcuArgument& value, qz_TextBuffer&
   }
   icu::Formattable argument;
   fill_argument(value, argument);
-  const icu::UnicodeString formatted = format_one(*formatter.format, argument);
+  const icu::UnicodeString shown = formatted(
+      [&](icu::UnicodeString& written, UErrorCode& status) { formatter.format->format(argument, written, status); });
   const std::size_t begin = text.size();
-  if (!append_utf8(formatted, text)) return false;
+  if (!append_utf8(shown, text)) return false;
   if (is_time) {
     formatter.has_last = false;
     formatter.last_text.assign(text.data() + begin, text.size() - begin);

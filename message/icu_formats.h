@@ -26,13 +26,18 @@ class KeptFormat : public qz_UTIL_no_inadvertant_copies {
   bool is_current(const char* locale_name) const;
   /// The message of a whole pattern. For a failure of ICU's other than that of memory there is no exception: a
   /// formatter that accepts a pattern and cannot apply it is broken, and ends the process.
-  icu::UnicodeString format(const icu::Formattable* values, int count) const;
+  icu::UnicodeString format(const icu::Formattable* values, int count);
   /// Appends what the formatter of a top-level argument writes for a value. False when it has no formatter of its own,
   /// or writes what UTF-8 cannot say.
   bool append(unsigned index, const IcuArgument& value, qz_TextBuffer& text);
 
  private:
+  /// What `write` appends to a text, ICU's failures dealt with.
+  template <typename Write>
+  icu::UnicodeString formatted(Write&& write);
+
   std::string locale_name_;
+  bool is_damaged_ = false;              // by want of memory
   std::unique_ptr<icu::TimeZone> zone_;  // null when no time is shown
   std::unique_ptr<icu::MessageFormat> format_;
   /// The formatter of an argument, which the format owns, and what it wrote last: messages that follow each other

@@ -30,7 +30,10 @@ class IcuMemory : public qz_UTIL_no_inadvertant_copies {
   static void check(const icu::UnicodeString& text, UErrorCode status = U_ZERO_ERROR) {
     check(text.isBogus() ? U_MEMORY_ALLOCATION_ERROR : status);
   }
-  static void check_made(const void* object) { check(object == nullptr ? U_MEMORY_ALLOCATION_ERROR : U_ZERO_ERROR); }
+  static void check_made(const volatile void* object) {
+    if (object == nullptr) [[unlikely]]
+      throw QZX_memory_alloc();
+  }
 
  private:
   int former_errno_;

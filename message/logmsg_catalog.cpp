@@ -84,6 +84,13 @@ void open_bundle() {
   }
 }
 
+const icu::Locale& default_locale() {
+  // Without memory for it ICU gives a reference to nothing, which the compiler takes to be impossible.
+  const icu::Locale* volatile const locale = &icu::Locale::getDefault();
+  IcuMemory::check_made(locale);
+  return *locale;
+}
+
 }  // namespace
 
 void _qz_LOG_log_message::set_resource_path(const char* path) {
@@ -132,10 +139,13 @@ const _qz_LOG_prepared_message& _qz_LOG_log_message::prepare_catalog_message(con
 
 const char* _qz_LOG_log_message::get_locale_name() {
   const char* const name = qz_I18N_get_locale_name(qz_I18N_get_locale());
-  return name[0] != '\0' ? name : icu::Locale::getDefault().getName();
+  return name[0] != '\0' ? name : default_locale().getName();
 }
 
 icu::Locale _qz_LOG_log_message::get_locale() {
+  const IcuMemory memory;
   const char* const name = qz_I18N_get_locale_name(qz_I18N_get_locale());
-  return name[0] != '\0' ? icu::Locale(name) : icu::Locale::getDefault();
+  icu::Locale locale = name[0] != '\0' ? icu::Locale(name) : default_locale();
+  memory.check();
+  return locale;
 }

@@ -71,7 +71,7 @@ class MessageAssembly {
 
 icu::UnicodeString format_whole(const IcuTemplate& message_template, const IcuArguments& arguments,
                                 IcuFormats& formats) {
-  const KeptFormat& kept = formats.format_of(message_template);
+  KeptFormat& kept = formats.format_of(message_template);
   // The values of references that are left out stay unset.
   std::vector<icu::Formattable> values(message_template.formattable_count());
   for (unsigned i = 0; i < arguments.count(); ++i) fill_argument(arguments[i], values[i]);
