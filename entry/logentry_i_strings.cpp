@@ -4,6 +4,7 @@
 
 #include "entry/logentry_i_failures.h"
 #include "message/code_page.h"
+#include "message/icu_memory.h"
 #include "qzlog/logcfg.h"
 
 namespace {
@@ -84,7 +85,9 @@ void cut_to_bytes(const char* value, int limit, char* buffer, int capacity) {
 void cut_to_units(const char* value, int limit, char* buffer, int capacity) {
   const char* const code_page = qz_LOG_LogConfig::GetCodePage();
   int length = 0;
+  const IcuMemory memory;
   const icu::UnicodeString cut(decode_text(value, code_page), 0, limit);
+  memory.check(cut);
   if (!encode_text(cut, code_page, buffer, capacity, length) || length >= capacity) throw_small_buffer();
   buffer[length] = '\0';
 }

@@ -52,11 +52,11 @@ class alignas(qz_kCacheLine) qz_ThreadBlocks : public qz_UTIL_no_inadvertant_cop
     return block;
   }
 
-  /// Null when the thread is over or there is no memory: blocks are then freed at once.
+  /// Null when nothing can be kept for the thread or there is no memory: blocks are then freed at once.
   [[gnu::noinline]] static qz_ThreadBlocks* begin_to_keep() noexcept {
-    if (kMost == 0 || qz_ThreadInstance<qz_ThreadBlocks>::is_over()) return nullptr;
+    if (kMost == 0) return nullptr;
     try {
-      return &qz_ThreadInstance<qz_ThreadBlocks>::make();
+      return qz_ThreadInstance<qz_ThreadBlocks>::make();
     } catch (const std::bad_alloc&) {
       return nullptr;
     }

@@ -9,8 +9,19 @@
 
 #include "foundation/fork_gate.h"
 #include "foundation/thread_instance.h"
+#include "message/icu_memory.h"
 
 namespace {
+
+/// Null when there is no such code page.
+UConverter* open_converter(const char* code_page) {
+  const IcuMemory memory;
+  UErrorCode status = U_ZERO_ERROR;
+  UConverter* const converter = ucnv_open(code_page[0] != '\0' ? code_page : nullptr, &status);
+  if (!memory.ran_out(status)) return converter;
+  ucnv_close(converter);
+  throw QZX_memory_alloc();
+}
 
 /// The converter that a thread used last, nearly always the one it needs next.
 class ThreadConverter : public qz_UTIL_no_inadvertant_copies {
@@ -26,8 +37,7 @@ class ThreadConverter : public qz_UTIL_no_inadvertant_copies {
     ucnv_close(converter_);
     converter_ = nullptr;
     code_page_ = code_page;
-    UErrorCode status = U_ZERO_ERROR;
-    converter_ = ucnv_open(code_page[0] != '\0' ? code_page : nullptr, &status);
+    converter_ = open_converter(code_page);
     return converter_;
   }
 
@@ -99,8 +109,10 @@ bool is_utf8_the_default() {
 }
 
 bool encode_with(UConverter* converter, const icu::UnicodeString& text, char* buffer, int capacity, int& length) {
+  const IcuMemory memory;
   UErrorCode status = U_ZERO_ERROR;
   length = ucnv_fromUChars(converter, buffer, capacity, text.getBuffer(), text.length(), &status);
+  memory.check(status);
   return U_SUCCESS(status);
 }
 
@@ -110,6 +122,19 @@ bool is_utf8_by_name(const char* code_page) {
          ucnv_compareNames(code_page, "UTF-8") == 0;
 }
 
+/// False when there is no such code page.
+bool decode_in_named_page(const char* text, const char* code_page, icu::UnicodeString& decoded) {
+  const qz_ForkDelay fork_delay;
+  return with_thread_instance<ThreadConverter>([&](ThreadConverter& converters) {
+    UConverter* const converter = converters.get(code_page);
+    if (converter == nullptr) return false;
+    ucnv_resetToUnicode(converter);
+    UErrorCode status = U_ZERO_ERROR;
+    decoded = icu::UnicodeString(text, -1, converter, status);
+    return true;
+  });
+}
+
 }  // namespace
 
 bool is_utf8(const char* code_page) {
@@ -117,22 +142,20 @@ bool is_utf8(const char* code_page) {
 }
 
 icu::UnicodeString decode_text(const char* text, const char* code_page) {
+  const IcuMemory memory;
+  icu::UnicodeString decoded;
   // ICU opens a converter for every text in a named code page; its default converter and UTF-8 have ways of their own.
-  if (code_page[0] != '\0' && is_utf8_by_name(code_page)) return icu::UnicodeString::fromUTF8(text);
-  const qz_ForkDelay fork_delay;
-  if (code_page[0] == '\0') return icu::UnicodeString(text);
-  return with_thread_instance<ThreadConverter>([&](ThreadConverter& converters) {
-    icu::UnicodeString decoded;
-    UConverter* const converter = converters.get(code_page);
-    if (converter == nullptr) {
-      decoded.setToBogus();
-      return decoded;
-    }
-    ucnv_resetToUnicode(converter);
-    UErrorCode status = U_ZERO_ERROR;
-    decoded = icu::UnicodeString(text, -1, converter, status);
+  if (code_page[0] == '\0') {
+    const qz_ForkDelay fork_delay;
+    decoded = icu::UnicodeString(text);
+  } else if (is_utf8_by_name(code_page)) {
+    decoded = icu::UnicodeString::fromUTF8(text);
+  } else if (!decode_in_named_page(text, code_page, decoded)) {
+    decoded.setToBogus();
     return decoded;
-  });
+  }
+  memory.check(decoded);
+  return decoded;
 }
 
 bool decoded_length_exceeds(const char* text, std::size_t length, const char* code_page, int limit) {
@@ -179,8 +202,7 @@ bool SharedConverter::make_once(const char* code_page, bool keep_failure) {
   if (made_.load(std::memory_order_acquire)) return true;
   const qz_MutexSentry lock(making_);
   if (made_.load(std::memory_order_relaxed)) return true;
-  UErrorCode status = U_ZERO_ERROR;
-  prototype_ = ucnv_open(code_page[0] != '\0' ? code_page : nullptr, &status);
+  prototype_ = open_converter(code_page);
   is_utf8_ = prototype_ != nullptr && ucnv_getType(prototype_) == UCNV_UTF8;
   made_.store(prototype_ != nullptr || keep_failure, std::memory_order_release);
   return prototype_ != nullptr;

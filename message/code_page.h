@@ -42,7 +42,8 @@ class SharedConverter : public qz_UTIL_no_inadvertant_copies {
   constexpr SharedConverter() = default;
 
   /// Opens the converter of a code page unless an earlier call did. False when this call tried and failed: the failure
-  /// is kept if `keep_failure` says so (encode then fails), else the next call tries again.
+  /// is kept if `keep_failure` says so (encode then fails), else the next call tries again. One for lack of memory is
+  /// never kept.
   bool make_once(const char* code_page, bool keep_failure);
   /// Whether the converter was made and writes UTF-8.
   bool is_utf8() const { return made_.load(std::memory_order_acquire) && is_utf8_; }

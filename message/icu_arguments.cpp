@@ -1,6 +1,7 @@
 #include "message/icu_arguments.h"
 
 #include "message/code_page.h"
+#include "message/icu_memory.h"
 #include "qzlog/logcfg.h"
 
 namespace {
@@ -16,6 +17,15 @@ IcuArgument time_argument(qz_Time time) {
   constexpr double kMillisecondsPerSecond = 1000.0;
   time.set_GMT_time_mode(false);
   return {IcuArgument::Type::kTime, nullptr, 0, 0, static_cast<double>(time.unix_seconds()) * kMillisecondsPerSecond};
+}
+
+/// What cannot be decoded for want of the code page is empty.
+void fill_text(const IcuArgument& argument, icu::Formattable& target) {
+  const IcuMemory memory;
+  target.setString(decode_text(argument.text, qz_LOG_LogConfig::GetCodePage()));
+  UErrorCode status = U_ZERO_ERROR;
+  target.getString(status);
+  memory.check(status);
 }
 
 }  // namespace
@@ -60,7 +70,7 @@ IcuArgument IcuArguments::read_integer(const MessageReference& reference) const 
 void fill_argument(const IcuArgument& argument, icu::Formattable& target) {
   switch (argument.type) {
     case IcuArgument::Type::kText:
-      return target.setString(decode_text(argument.text, qz_LOG_LogConfig::GetCodePage()));
+      return fill_text(argument, target);
     case IcuArgument::Type::kInteger:
       return target.setLong(argument.integer);
     case IcuArgument::Type::kFloat:

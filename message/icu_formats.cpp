@@ -2,8 +2,11 @@
 
 #include <cstdlib>
 
+#include <unicode/fieldpos.h>
+
 #include "foundation/fork_gate.h"
 #include "message/code_page.h"
+#include "message/icu_memory.h"
 #include "message/logmsg.h"
 #include "qzlog/qz_exception.h"
 
@@ -17,31 +20,57 @@ namespace {
       0);
 }
 
-}  // namespace
-
 void end_process_on_failure(UErrorCode status) {
   if (U_FAILURE(status)) std::abort();
 }
 
+}  // namespace
+
 KeptFormat::KeptFormat(const IcuTemplate& message_template, const char* locale_name) : locale_name_(locale_name) {
   if (!message_template.is_within_limits()) throw_pattern_failure();
+  const IcuMemory memory;
   UErrorCode status = U_ZERO_ERROR;
-  if (message_template.shows_time()) zone_.reset(icu::TimeZone::createDefault());
+  if (message_template.shows_time()) {
+    zone_.reset(icu::TimeZone::createDefault());
+    memory.check_made(zone_.get());
+  }
   format_ = std::make_unique<icu::MessageFormat>(message_template.pattern(), _qz_LOG_log_message::get_locale(), status);
-  if (format_ == nullptr) throw QZX_memory_alloc();
+  memory.check_made(format_.get());
+  memory.check(status);
   if (U_FAILURE(status)) throw_pattern_failure();
   if (!message_template.can_be_assembled()) return;
   int count = 0;
   const icu::Format** const formatters = format_->getFormats(count);
-  if (formatters == nullptr) throw QZX_memory_alloc();
+  memory.check_made(formatters);
   for (int i = 0; i < count; ++i) formatters_.push_back({formatters[i]});
 }
 
 bool KeptFormat::is_current(const char* locale_name) const {
-  if (locale_name_ != locale_name) return false;
+  if (is_damaged_ || locale_name_ != locale_name) return false;
   if (zone_ == nullptr) return true;
   const std::unique_ptr<icu::TimeZone> zone(icu::TimeZone::createDefault());
   return zone != nullptr && *zone_ == *zone;
+}
+
+template <typename Write>
+icu::UnicodeString KeptFormat::formatted(Write&& write) {
+  const IcuMemory memory;
+  icu::UnicodeString text;
+  UErrorCode status = U_ZERO_ERROR;
+  // ICU makes some of what it needs when it first formats, and keeps what it has made of it so far.
+  is_damaged_ = true;
+  write(text, status);
+  memory.check(text, status);
+  is_damaged_ = false;
+  end_process_on_failure(status);
+  return text;
+}
+
+icu::UnicodeString KeptFormat::format(const icu::Formattable* values, int count) {
+  icu::FieldPosition position;
+  return formatted([&](icu::UnicodeString& message, UErrorCode& status) {
+    format_->format(values, count, message, position, status);
+  });
 }
 
 bool KeptFormat::append(unsigned index, const IcuArgument& value, qz_TextBuffer& text) {
@@ -55,12 +84,10 @@ bool KeptFormat::append(unsigned index, const IcuArgument& value, qz_TextBuffer&
   const qz_ForkDelay fork_delay;
   icu::Formattable argument;
   fill_argument(value, argument);
-  icu::UnicodeString formatted;
-  UErrorCode status = U_ZERO_ERROR;
-  formatter.format->format(argument, formatted, status);
-  end_process_on_failure(status);
+  const icu::UnicodeString shown = formatted(
+      [&](icu::UnicodeString& written, UErrorCode& status) { formatter.format->format(argument, written, status); });
   const std::size_t begin = text.size();
-  if (!append_utf8(formatted, text)) return false;
+  if (!append_utf8(shown, text)) return false;
   if (is_time) {
     formatter.has_last = false;
     formatter.last_text.assign(text.data() + begin, text.size() - begin);

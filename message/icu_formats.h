@@ -16,24 +16,28 @@
 #include "message/integer_style.h"
 #include "message/recent_cache.h"
 
-/// There is no message for this failure: a formatter that accepts a pattern and cannot apply it is broken.
-void end_process_on_failure(UErrorCode status);
-
 /// The MessageFormat of a template for one locale and, where it shows times, one time zone.
 class KeptFormat : public qz_UTIL_no_inadvertant_copies {
  public:
-  /// QZX_logging_internal_error when ICU refuses the pattern.
+  /// QZX_logging_internal_error when ICU refuses the pattern, QZX_memory_alloc when there is no memory.
   KeptFormat(const IcuTemplate& message_template, const char* locale_name);
 
   /// Whether it still is what would be made now.
   bool is_current(const char* locale_name) const;
-  const icu::MessageFormat& format() const { return *format_; }
+  /// The message of a whole pattern. For a failure of ICU's other than that of memory there is no exception: a
+  /// formatter that accepts a pattern and cannot apply it is broken, and ends the process.
+  icu::UnicodeString format(const icu::Formattable* values, int count);
   /// Appends what the formatter of a top-level argument writes for a value. False when it has no formatter of its own,
   /// or writes what UTF-8 cannot say.
   bool append(unsigned index, const IcuArgument& value, qz_TextBuffer& text);
 
  private:
+  /// What `write` appends to a text, ICU's failures dealt with.
+  template <typename Write>
+  icu::UnicodeString formatted(Write&& write);
+
   std::string locale_name_;
+  bool is_damaged_ = false;              // by want of memory
   std::unique_ptr<icu::TimeZone> zone_;  // null when no time is shown
   std::unique_ptr<icu::MessageFormat> format_;
   /// The formatter of an argument, which the format owns, and what it wrote last: messages that follow each other

@@ -7,6 +7,7 @@
 
 #include "foundation/no_copies.h"
 #include "foundation/text_buffer.h"
+#include "message/icu_memory.h"
 
 /// A message of the ICU path: in UTF-8 where it could be assembled, else as ICU formatted it.
 class IcuMessage : public qz_UTIL_no_inadvertant_copies {
@@ -17,9 +18,14 @@ class IcuMessage : public qz_UTIL_no_inadvertant_copies {
     formatted_ = std::move(text);
     is_utf8_ = false;
   }
+  /// QZX_memory_alloc without memory.
   icu::UnicodeString to_unicode() const {
     if (!is_utf8_) return formatted_;
-    return icu::UnicodeString::fromUTF8(icu::StringPiece(utf8_.data(), static_cast<int>(utf8_.size())));
+    const IcuMemory memory;
+    icu::UnicodeString text =
+        icu::UnicodeString::fromUTF8(icu::StringPiece(utf8_.data(), static_cast<int>(utf8_.size())));
+    memory.check(text);
+    return text;
   }
 
  private:

@@ -1,6 +1,5 @@
 #include "message/icu_template.h"
 
-#include <algorithm>
 #include <atomic>
 #include <cstdio>
 #include <memory>
@@ -8,12 +7,11 @@
 #include "foundation/text_buffer.h"
 #include "message/code_page.h"
 #include "message/icu_arguments.h"
+#include "message/icu_memory.h"
 #include "message/logmsg.h"
+#include "message/pattern_nesting.h"
 
 namespace {
-
-// ICU parses nested arguments by calling itself; a pattern that is deeper than any message would exhaust the stack.
-constexpr int kMaxNesting = 100;
 
 constexpr UChar kIntegerType[] = u"number";
 constexpr UChar kIntegerStyle[] = u"##########";
@@ -42,35 +40,17 @@ const char* argument_style(MessageFormatKind kind) {
 
 bool shows_time(MessageFormatKind kind) { return kind == MessageFormatKind::kDate || kind == MessageFormatKind::kTime; }
 
-/// How deeply the braces of a pattern nest, those between apostrophes left out as ICU leaves them out.
-int nesting_of(const icu::UnicodeString& pattern) {
-  int depth = 0;
-  int deepest = 0;
-  bool quoted = false;
-  for (int i = 0; i < pattern.length(); ++i) {
-    const UChar unit = pattern.charAt(i);
-    const UChar next = pattern.charAt(i + 1);
-    if (unit == u'\'' && next == u'\'') {
-      ++i;
-    } else if (unit == u'\'') {
-      quoted = !quoted && (next == u'{' || next == u'}');
-    } else if (!quoted && unit == u'{') {
-      deepest = std::max(deepest, ++depth);
-    } else if (!quoted && unit == u'}') {
-      depth = std::max(depth - 1, 0);
-    }
-  }
-  return deepest;
-}
-
 std::uint64_t next_serial() {
   static std::atomic<std::uint64_t> last{0};
   return last.fetch_add(1, std::memory_order_relaxed) + 1;
 }
 
 std::unique_ptr<_qz_LOG_msg_token_list> tokenize(const icu::UnicodeString& text) {
+  const IcuMemory memory;
+  memory.check(text);
   auto tokens = std::make_unique<_qz_LOG_msg_token_list>();
   _qz_LOG_log_message::_tokenize_string(text, *tokens);
+  memory.check();
   return tokens;
 }
 
@@ -83,9 +63,14 @@ IcuTemplate::IcuTemplate(std::unique_ptr<const _qz_LOG_msg_token_list> tokens, c
     : serial_(next_serial()),
       pieces_(*tokens, TemplatePieces::Texts::kNone, definition),
       formattable_count_(_qz_LOG_log_message::_get_number_of_attributes(*tokens)) {
+  const IcuMemory memory;
   build_pattern(*tokens);
-  is_within_limits_ = argument_count() <= IcuArguments::kMost && nesting_of(pattern_) <= kMaxNesting;
-  can_be_assembled_ = is_within_limits_ && split_pattern();
+  memory.check(pattern_);
+  UErrorCode status = U_ZERO_ERROR;
+  icu::MessagePattern parsed(status);
+  is_within_limits_ = argument_count() <= IcuArguments::kMost && parse_pattern(pattern_, parsed, status);
+  can_be_assembled_ = is_within_limits_ && U_SUCCESS(status) && split_pattern(parsed);
+  memory.check(status);
 }
 
 void IcuTemplate::build_pattern(const _qz_LOG_msg_token_list& tokens) {
@@ -113,10 +98,7 @@ void IcuTemplate::append_argument(MessageFormatKind kind) {
 }
 
 /// Walks the pattern as MessageFormat does when it formats. False when there is a part that only it can write.
-bool IcuTemplate::split_pattern() {
-  UErrorCode status = U_ZERO_ERROR;
-  const icu::MessagePattern parsed(pattern_, nullptr, status);
-  if (U_FAILURE(status)) return false;
+bool IcuTemplate::split_pattern(const icu::MessagePattern& parsed) {
   unsigned format_index = 0;
   int literal_begin = parsed.getPart(0).getLimit();
   for (int i = 1; i < parsed.countParts(); ++i) {

@@ -54,7 +54,7 @@ class IcuTemplate : public _qz_LOG_prepared_message {
   IcuTemplate(std::unique_ptr<const _qz_LOG_msg_token_list> tokens, const _qz_LOG_log_definition& definition);
   void build_pattern(const _qz_LOG_msg_token_list& tokens);
   void append_argument(MessageFormatKind kind);
-  bool split_pattern();
+  bool split_pattern(const icu::MessagePattern& parsed);
   bool append_literal(int begin, int end);
   bool append_argument_part(const icu::MessagePattern& parsed, int start, unsigned format_index);
 

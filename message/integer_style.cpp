@@ -8,6 +8,7 @@
 #include <unicode/msgfmt.h>
 
 #include "foundation/itoa.h"
+#include "message/icu_memory.h"
 
 namespace {
 
@@ -18,18 +19,24 @@ std::string text_of(const icu::MessageFormat& format, int value) {
   icu::FieldPosition position;
   UErrorCode status = U_ZERO_ERROR;
   format.format(&argument, 1, text, position, status);
+  if (text.isBogus()) throw QZX_memory_alloc();
   std::string bytes;
   return U_SUCCESS(status) ? text.toUTF8String(bytes) : bytes;
 }
 
 }  // namespace
 
-IntegerStyle::IntegerStyle(const icu::Locale& locale) { learn(locale); }
+IntegerStyle::IntegerStyle(const icu::Locale& locale) {
+  const IcuMemory memory;
+  learn(locale);
+  memory.check();
+}
 
 /// The digits and the minus sign come from the integers -9 to 9, and then have to give right what is longer too.
 void IntegerStyle::learn(const icu::Locale& locale) {
   UErrorCode status = U_ZERO_ERROR;
   const icu::MessageFormat format(icu::UnicodeString(u"{0,number,##########}"), locale, status);
+  IcuMemory::check(status);
   if (U_FAILURE(status)) return;
   ascii_digits_ = true;
   for (int digit = 0; digit < 10; ++digit) {

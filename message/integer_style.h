@@ -11,6 +11,7 @@
 /// from ICU's own texts.
 class IntegerStyle {
  public:
+  /// QZX_memory_alloc when ICU had no memory for a text.
   explicit IntegerStyle(const icu::Locale& locale);
 
   /// False for a locale that writes them in a way that digit for digit does not describe; append must not be used.

@@ -84,7 +84,7 @@ class _qz_LOG_log_message {
                                                                  const _qz_LOG_log_definition& definition,
                                                                  PrepareMessage prepare);
 
-  /// The name of the locale below. Valid as long as the locale is in force.
+  /// The name of the locale below. Valid as long as the locale is in force. Both throw QZX_memory_alloc.
   static const char* get_locale_name();
   /// The locale of messages, numbers and dates: the one that was set, else ICU's default of the process.
   static icu::Locale get_locale();

@@ -11,6 +11,7 @@
 #include "foundation/allocate.h"
 #include "foundation/locks.h"
 #include "foundation/never_destroyed.h"
+#include "message/icu_memory.h"
 #include "message/logmsg.h"
 #include "message/resource_bundle.h"
 #include "qzlog/qz_exception.h"
@@ -92,6 +93,13 @@ MessageBundle::State open_bundle() {
   throw QZX_logging_missing_resource(text.c_str(), 0);
 }
 
+const icu::Locale& default_locale() {
+  // Without memory for it ICU gives a reference to nothing, which the compiler takes to be impossible.
+  const icu::Locale* volatile const locale = &icu::Locale::getDefault();
+  IcuMemory::check_made(locale);
+  return *locale;
+}
+
 }  // namespace
 
 void _qz_LOG_log_message::set_resource_path(const char* path) try {
@@ -125,6 +133,8 @@ void _qz_LOG_log_message::reopen_catalog() noexcept {
     open_bundle();
   } catch (const std::bad_alloc&) {
     record_failure(MessageBundle::State::kFailed);
+  } catch (const QZX_memory_alloc&) {
+    record_failure(MessageBundle::State::kFailed);
   }
 }
 
@@ -157,11 +167,14 @@ const char* _qz_LOG_log_message::get_locale_name() {
   const char* const name = qz_I18N_get_locale_name(qz_I18N_get_locale());
   if (name[0] != '\0') return name;
   const qz_ForkDelay fork_delay;
-  return icu::Locale::getDefault().getName();
+  return default_locale().getName();
 }
 
 icu::Locale _qz_LOG_log_message::get_locale() {
   const qz_ForkDelay fork_delay;
+  const IcuMemory memory;
   const char* const name = qz_I18N_get_locale_name(qz_I18N_get_locale());
-  return name[0] != '\0' ? icu::Locale(name) : icu::Locale::getDefault();
+  icu::Locale locale = name[0] != '\0' ? icu::Locale(name) : default_locale();
+  memory.check();
+  return locale;
 }

@@ -1,9 +1,7 @@
 #include <memory>
 #include <vector>
 
-#include <unicode/fieldpos.h>
 #include <unicode/fmtable.h>
-#include <unicode/msgfmt.h>
 
 #include "entry/logentry_i.h"
 #include "foundation/fork_gate.h"
@@ -75,16 +73,11 @@ class MessageAssembly {
 icu::UnicodeString format_whole(const IcuTemplate& message_template, const IcuArguments& arguments,
                                 IcuFormats& formats) {
   const qz_ForkDelay fork_delay;
-  const KeptFormat& kept = formats.format_of(message_template);
+  KeptFormat& kept = formats.format_of(message_template);
   // The values of references that are left out stay unset.
   std::vector<icu::Formattable> values(message_template.formattable_count());
   for (unsigned i = 0; i < arguments.count(); ++i) fill_argument(arguments[i], values[i]);
-  icu::UnicodeString message;
-  icu::FieldPosition position;
-  UErrorCode status = U_ZERO_ERROR;
-  kept.format().format(values.data(), static_cast<int>(values.size()), message, position, status);
-  end_process_on_failure(status);
-  return message;
+  return kept.format(values.data(), static_cast<int>(values.size()));
 }
 
 void render(const IcuTemplate& message_template, const _qz_LOG_log_entry_imp& entry,

@@ -9,7 +9,9 @@
 
 #include <algorithm>
 
+#include "message/pattern_nesting.h"
 #include "tools/compiler/attribute_type.h"
+#include "tools/compiler/template_failure.h"
 
 namespace qzlog_tool {
 
@@ -17,9 +19,6 @@ namespace {
 
 using qzlog_compiler::StoredTemplate;
 using qzlog_compiler::TemplatePart;
-
-// The library refuses patterns that nest deeper, for ICU parses them by calling itself.
-constexpr int kMaximumNesting = 100;
 
 struct BuiltPattern {
   icu::UnicodeString text;
@@ -66,15 +65,6 @@ BuiltPattern build_pattern(const StoredTemplate& cut) {
     }
   }
   return built;
-}
-
-bool nests_too_deeply(const icu::UnicodeString& pattern) {
-  int depth = 0;
-  for (int i = 0; i < pattern.length() && depth <= kMaximumNesting; ++i) {
-    if (pattern.charAt(i) == u'{') ++depth;
-    if (pattern.charAt(i) == u'}') depth = std::max(depth - 1, 0);
-  }
-  return depth > kMaximumNesting;
 }
 
 std::string utf8_of(const icu::UnicodeString& text) {
@@ -164,11 +154,9 @@ std::vector<const TemplatePart*> shown_references(const StoredTemplate& cut) {
 
 PatternReading read_icu_pattern(const StoredTemplate& cut, const std::string& locale) {
   const BuiltPattern built = build_pattern(cut);
-  if (nests_too_deeply(built.text)) {
-    return {{}, {}, "its braces nest deeper than " + std::to_string(kMaximumNesting) + " levels"};
-  }
   UErrorCode status = U_ZERO_ERROR;
-  const icu::MessagePattern parsed(built.text, nullptr, status);
+  icu::MessagePattern parsed(status);
+  if (!parse_pattern(built.text, parsed, status)) return {{}, {}, qzlog_compiler::nesting_failure()};
   if (U_FAILURE(status)) return {{}, {}, std::string("ICU refuses the pattern with ") + u_errorName(status)};
   PatternReading reading = PatternWalk(parsed, built).walk();
   reading.refusal = find_failure_to_apply(built, locale);

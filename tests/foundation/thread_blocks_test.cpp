@@ -6,19 +6,17 @@
 #include <array>
 #include <atomic>
 #include <cstring>
-#include <functional>
 #include <mutex>
 #include <set>
 #include <thread>
 #include <vector>
 
+#include "tests/foundation/after_thread_end.h"
 #include "tests/support/support.h"
 
 namespace {
 
 using namespace qz_test;  // NOLINT(google-build-using-namespace): the vocabulary of support.h
-
-void in_thread(const std::function<void()>& work) { std::thread(work).join(); }
 
 struct Large {
   unsigned char bytes[700];
@@ -133,22 +131,15 @@ TEST(ThreadBlocks, ThreadEndsWithBlocksKept_NothingLeaks) {
   in_thread([] { EXPECT_EQ(allocations_of_taking(1), 1U) << "another thread's blocks"; });
 }
 
-struct TakeAtTheEnd {
-  ~TakeAtTheEnd() {
-    if (left == nullptr) return;
-    Blocks::give(*left);
-    void* const block = take_filled(7);
-    Blocks::give(block);
-    *left = take_filled(8);
-  }
-  void** left = nullptr;
-};
-
 TEST(ThreadBlocks, TakenAndGivenAfterTheThreadsEnd_FreedAtOnce) {
   void* left = nullptr;
+  AfterThreadEnd after([&] {
+    Blocks::give(left);
+    Blocks::give(take_filled(7));
+    left = take_filled(8);
+  });
   in_thread([&] {
-    static thread_local TakeAtTheEnd at_end;  // made before the blocks that the thread keeps, so destroyed after them
-    at_end.left = &left;
+    after.arm();
     left = take_filled(1);
     Blocks::give(take_filled(2));
     Blocks::give(take_filled(3));

@@ -3,17 +3,15 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <functional>
 #include <thread>
 #include <vector>
 
+#include "tests/foundation/after_thread_end.h"
 #include "tests/support/support.h"
 
 namespace {
 
 using namespace qz_test;  // NOLINT(google-build-using-namespace): the vocabulary of support.h
-
-void in_thread(const std::function<void()>& work) { std::thread(work).join(); }
 
 std::atomic<int> made{0};
 std::atomic<int> alive{0};
@@ -34,10 +32,7 @@ class ThreadInstance : public testing::Test {
 };
 
 TEST_F(ThreadInstance, BeforeTheFirstUse_Null) {
-  in_thread([] {
-    EXPECT_EQ(qz_ThreadInstance<Counting<1>>::find(), nullptr);
-    EXPECT_FALSE(qz_ThreadInstance<Counting<1>>::is_over());
-  });
+  in_thread([] { EXPECT_EQ(qz_ThreadInstance<Counting<1>>::find(), nullptr); });
   EXPECT_EQ(made, 0);
 }
 
@@ -105,29 +100,61 @@ TEST_F(ThreadInstance, NoMemory_MemoryAllocAndMadeByTheNextUse) {
   EXPECT_EQ(alive, 0);
 }
 
-struct UseAtTheEnd {
-  ~UseAtTheEnd() {
-    if (alive_then == nullptr) return;
-    EXPECT_EQ(qz_ThreadInstance<Counting<9>>::find(), nullptr);
-    EXPECT_TRUE(qz_ThreadInstance<Counting<9>>::is_over());
-    for (int i = 0; i < 2; ++i) {
-      with_thread_instance<Counting<9>>([](auto& mine) { EXPECT_EQ(++mine.calls, 1); });
-      EXPECT_EQ(qz_ThreadInstance<Counting<9>>::find(), nullptr);
-    }
-    *alive_then = alive;
+struct UseInDestructor {
+  ~UseInDestructor() {
+    if (calls != nullptr) *calls = with_thread_instance<Counting<9>>([](auto& mine) { return ++mine.calls; });
   }
-  int* alive_then = nullptr;
+  int* calls = nullptr;
 };
 
-TEST_F(ThreadInstance, UsedInDestructorsAfterItsEnd_OneOfItsOwnPerCall) {
-  int alive_then = -1;
+TEST_F(ThreadInstance, UsedInDestructorsOfTheThread_StillThere) {
+  int calls = 0;
   in_thread([&] {
-    static thread_local UseAtTheEnd at_end;  // made before the instance, so destroyed after it
-    at_end.alive_then = &alive_then;
+    static thread_local UseInDestructor in_destructor;
+    in_destructor.calls = &calls;
     with_thread_instance<Counting<9>>([](auto& mine) { ++mine.calls; });
   });
-  EXPECT_EQ(alive_then, 0);
-  EXPECT_EQ(made, 3);
+  EXPECT_EQ(calls, 2);
+  EXPECT_EQ(made, 1);
+  EXPECT_EQ(alive, 0);
+}
+
+TEST_F(ThreadInstance, UsedAfterItsEnd_OneOfItsOwnPerCall) {
+  AfterThreadEnd after([] {
+    EXPECT_EQ(alive, 0);
+    EXPECT_EQ(qz_ThreadInstance<Counting<10>>::find(), nullptr);
+    for (int i = 0; i < 2; ++i) {
+      with_thread_instance<Counting<10>>([](auto& mine) { EXPECT_EQ(++mine.calls, 1); });
+      with_thread_instance<Counting<11>>([](auto& mine) { EXPECT_EQ(++mine.calls, 1); });  // used for the first time
+      EXPECT_EQ(qz_ThreadInstance<Counting<10>>::find(), nullptr);
+    }
+  });
+  in_thread([&] {
+    with_thread_instance<Counting<10>>([](auto& mine) { ++mine.calls; });
+    after.arm();
+  });
+  EXPECT_EQ(made, 5);
+  EXPECT_EQ(alive, 0);
+}
+
+/// Finds itself while it is destroyed, and the others that are not yet.
+struct Looking {
+  ~Looking() {
+    found_itself = qz_ThreadInstance<Looking>::find() == this;
+    found_earlier = qz_ThreadInstance<Counting<12>>::find() != nullptr;
+  }
+  static inline bool found_itself = false;
+  static inline bool found_earlier = false;
+};
+
+TEST_F(ThreadInstance, Destroyed_TheLatestFirstAndFoundMeanwhile) {
+  in_thread([] {
+    with_thread_instance<Counting<12>>([](auto&) {});
+    with_thread_instance<Looking>([](auto&) {});
+  });
+  EXPECT_TRUE(Looking::found_itself);
+  EXPECT_TRUE(Looking::found_earlier);
+  EXPECT_EQ(alive, 0);
 }
 
 }  // namespace

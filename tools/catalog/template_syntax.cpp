@@ -4,8 +4,10 @@
 #include <unicode/msgfmt.h>
 #include <unicode/unistr.h>
 
+#include "message/pattern_nesting.h"
 #include "tools/compiler/attribute_type.h"
 #include "tools/compiler/stored_template.h"
+#include "tools/compiler/template_failure.h"
 
 namespace qzlog_catalog {
 namespace {
@@ -34,9 +36,11 @@ std::string template_syntax_failure(std::string_view stored) {
   const StoredTemplate parts = qzlog_compiler::cut_template(stored, TemplateForm::kIcu);
   if (!parts.failure.empty()) return parts.failure;
   UErrorCode status = U_ZERO_ERROR;
+  const icu::UnicodeString pattern = icu::UnicodeString::fromUTF8(pattern_of(parts));
+  icu::MessagePattern parsed(status);
+  if (!parse_pattern(pattern, parsed, status)) return qzlog_compiler::nesting_failure();
   UParseError place;
-  const icu::MessageFormat format(icu::UnicodeString::fromUTF8(pattern_of(parts)), icu::Locale::getRoot(), place,
-                                  status);
+  const icu::MessageFormat format(pattern, icu::Locale::getRoot(), place, status);
   return U_SUCCESS(status) ? "" : "ICU refuses its text; a literal brace is written in apostrophes, '{'";
 }
 

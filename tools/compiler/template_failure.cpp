@@ -7,6 +7,7 @@
 #include <optional>
 #include <utility>
 
+#include "message/pattern_nesting.h"
 #include "tools/compiler/attribute_type.h"
 #include "tools/compiler/message_lowering.h"
 #include "tools/compiler/utf8_text.h"
@@ -42,12 +43,17 @@ std::string pattern_failure(const StoredTemplate& stored) {
   const std::string pattern = icu_pattern(stored, references);
   if (references > kMaximumIcuReferences) return "it has more than ten references";
   UErrorCode status = U_ZERO_ERROR;
-  const icu::MessagePattern parsed(icu::UnicodeString::fromUTF8(pattern), nullptr, status);
+  icu::MessagePattern parsed(status);
+  if (!parse_pattern(icu::UnicodeString::fromUTF8(pattern), parsed, status)) return nesting_failure();
   if (U_FAILURE(status)) return "ICU does not take its braces for a message pattern";
   return parsed.hasNamedArguments() ? "ICU takes a name in braces for an argument that nobody gives" : "";
 }
 
 }  // namespace
+
+std::string nesting_failure() {
+  return "its arguments and their messages nest deeper than " + std::to_string(kMostPatternNesting) + " levels";
+}
 
 std::string find_template_failure(std::string_view stored, TemplateForm form, const AttributeLookup& lookup) {
   StoredTemplate cut = cut_template(stored, form);

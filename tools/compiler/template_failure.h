@@ -9,6 +9,9 @@
 
 namespace qzlog_compiler {
 
+/// Why the ICU path refuses a pattern that nests deeper than kMostPatternNesting (message/pattern_nesting.h).
+std::string nesting_failure();
+
 /// Why no entry can be rendered with a stored template on a path, empty when that need not be so. For the ICU form
 /// `stored` is UTF-8. References to attributes of `TypeUnknown` are not judged.
 std::string find_template_failure(std::string_view stored, TemplateForm form, const AttributeLookup& lookup);

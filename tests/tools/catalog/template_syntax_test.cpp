@@ -22,6 +22,15 @@ TEST(TemplateSyntaxFailure, BracesAndBrokenReferences_AreFailures) {
   EXPECT_EQ(template_syntax_failure("%s%%"), "the format 's' has no attribute behind it");
 }
 
+TEST(TemplateSyntaxFailure, NestingThatIcuWouldNotSurvive_IsAFailure) {
+  for (const char* const level : {"{0,choice,0#'|}'", "{0,select,other{"}) {
+    std::string stored = "%s%A%";
+    for (int i = 0; i < 200'000; ++i) stored += level;
+    EXPECT_EQ(template_syntax_failure(stored + "%_%TIMESTAMP%"),
+              "its arguments and their messages nest deeper than 100 levels");
+  }
+}
+
 TEST(LosesItsEnd, TextBehindTheLastPercentSign_IsLost) {
   EXPECT_FALSE(loses_its_end(""));
   EXPECT_FALSE(loses_its_end("%s%A%"));

@@ -61,8 +61,19 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(CheckTemplate, DeepNesting_IsRejectedWithoutAskingIcu) {
   std::string nested;
-  for (int i = 0; i < 100'000; ++i) nested += "{0,choice,0#";
+  std::string hidden;
+  for (int i = 0; i < 100'000; ++i) {
+    nested += "{0,choice,0#";
+    hidden += "{0,choice,0#'|}'";
+  }
   EXPECT_EQ(findings(nested + "%s%Name%", TemplateForm::kIcu), "rejected-pattern!");
+  EXPECT_EQ(findings(hidden + "%s%Name%", TemplateForm::kIcu), "rejected-pattern!");
+}
+
+TEST(CheckTemplate, ManyQuotedBraces_AreNoNesting) {
+  std::string quoted = "'";
+  for (int i = 0; i < 1000; ++i) quoted += '{';
+  EXPECT_EQ(findings(quoted + "'%s%Name%", TemplateForm::kIcu), "");
 }
 
 TEST(CheckTemplate, TenReferencesAndEleven_ElevenAreTooMany) {

@@ -59,6 +59,17 @@ TEST(FindTemplateFailure, MoreThanTenReferences_FailOnTheIcuPath) {
   EXPECT_EQ(find_template_failure(stored, TemplateForm::kNarrow, find_type), "");
 }
 
+TEST(FindTemplateFailure, NestingThatIcuWouldNotSurvive_FailsOnTheIcuPath) {
+  const std::string deep = "its arguments and their messages nest deeper than 100 levels";
+  for (const char* const level : {"{0,choice,0#'|}'", "{0,plural,other{'#}}'", "{0,select,other{"}) {
+    std::string stored = "%s%Name%";
+    for (int i = 0; i < 200'000; ++i) stored += level;
+    stored += "%_%TIMESTAMP%";
+    EXPECT_EQ(find_template_failure(stored, TemplateForm::kIcu, find_type), deep) << level;
+    EXPECT_EQ(find_template_failure(stored, TemplateForm::kNarrow, find_type), "") << level;
+  }
+}
+
 TEST(FindTemplateFailure, OpenReference_FailsOnBothPaths) {
   for (const TemplateForm form : {TemplateForm::kIcu, TemplateForm::kNarrow}) {
     EXPECT_EQ(find_template_failure("abc %d", form, find_type), "the format 'd' has no attribute behind it");

@@ -1,0 +1,42 @@
+#ifndef QZLOG_MESSAGE_ICU_MEMORY_H
+#define QZLOG_MESSAGE_ICU_MEMORY_H
+
+#include <cerrno>
+
+#include <unicode/unistr.h>
+#include <unicode/utypes.h>
+
+#include "foundation/no_copies.h"
+#include "qzlog/qz_exception.h"
+
+/// Sees whether ICU ran out of memory. Of many an allocation that fails ICU does not tell: it leaves out what it had no
+/// room for, falls back to another locale's data, or reports another failure. The allocator does, in errno. While one
+/// lives, errno belongs to it; the end gives it back.
+class IcuMemory : public qz_UTIL_no_inadvertant_copies {
+ public:
+  IcuMemory() : former_errno_(errno) { errno = 0; }
+  ~IcuMemory() { errno = former_errno_; }
+
+  /// Whether an allocation has failed by now: what ICU made is of no use then.
+  static bool ran_out(UErrorCode status = U_ZERO_ERROR) {
+    return status == U_MEMORY_ALLOCATION_ERROR || errno == ENOMEM;
+  }
+  /// Throws QZX_memory_alloc then.
+  static void check(UErrorCode status = U_ZERO_ERROR) {
+    if (ran_out(status)) [[unlikely]]
+      throw QZX_memory_alloc();
+  }
+  /// The same, also for a text that ICU had no room for, and for an object.
+  static void check(const icu::UnicodeString& text, UErrorCode status = U_ZERO_ERROR) {
+    check(text.isBogus() ? U_MEMORY_ALLOCATION_ERROR : status);
+  }
+  static void check_made(const volatile void* object) {
+    if (object == nullptr) [[unlikely]]
+      throw QZX_memory_alloc();
+  }
+
+ private:
+  int former_errno_;
+};
+
+#endif  // QZLOG_MESSAGE_ICU_MEMORY_H
