@@ -89,7 +89,8 @@ class QZLOG_EXPORT qz_LOG_LogEntry {
 
   /// Read an attribute. One that is defined but not set reads as 0, false, "" or the zero time, or throws
   /// QZX_logging_attribute_not_found in operation mode 1. Texts stay valid until the attribute is replaced or removed
-  /// or the entry is cleared or destroyed. GetAttribTime("TIMESTAMP") is the entry's own time.
+  /// or the entry is cleared or destroyed. GetAttribTime("TIMESTAMP") is the entry's own time. GetAttrib1 returns the
+  /// stored number as a `char`, which has no sign on some hosts (arm64, s390x): convert it to `signed char` there.
   bool GetAttribBool(const char* name) const;
   unsigned char GetAttrib1u(const char* name) const;
   char GetAttrib1(const char* name) const;

@@ -36,7 +36,7 @@ TEST_F(ArgumentList, EveryType_IsAdded) {
         name("TypeSInt4").c_str(), -2000000000, name("TypeFloat").c_str(), 2.5, kEnd);
     EXPECT_TRUE(entry.get_attrib_bool(name("TypeBool").c_str()));
     EXPECT_EQ(entry.get_attrib_1u(name("TypeUInt1").c_str()), 200);
-    EXPECT_EQ(entry.get_attrib_1(name("TypeSInt1").c_str()), -3);
+    EXPECT_EQ(entry.get_attrib_1(name("TypeSInt1").c_str()), static_cast<char>(-3));
     EXPECT_EQ(entry.get_attrib_2u(name("TypeUInt2").c_str()), 60000);
     EXPECT_EQ(entry.get_attrib_2(name("TypeSInt2").c_str()), -30000);
     EXPECT_EQ(entry.get_attrib_4u(name("TypeUInt4").c_str()), 4000000000U);

@@ -48,7 +48,7 @@ class EntryCopy : public EntryTest {
     EXPECT_EQ(entry.get_timestamp(true).unix_seconds(), 1000000);
     EXPECT_TRUE(entry.get_attrib_bool("TypeBool"));
     EXPECT_EQ(entry.get_attrib_1u("TypeUInt1"), 200);
-    EXPECT_EQ(entry.get_attrib_1("TypeSInt1"), -3);
+    EXPECT_EQ(entry.get_attrib_1("TypeSInt1"), static_cast<char>(-3));
     EXPECT_EQ(entry.get_attrib_2u("TypeUInt2"), 60000);
     EXPECT_EQ(entry.get_attrib_2("TypeSInt2"), -30000);
     EXPECT_EQ(entry.get_attrib_4u("TypeUInt4"), 4000000000U);

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <locale.h>
 
+#include <bit>
 #include <cfenv>
 #include <cfloat>
 #include <climits>
@@ -261,8 +262,10 @@ class BuiltLocale {
   explicit BuiltLocale(const DecimalPoint& point) : path_("LOCPATH", folder_.path()) {
     folder_.write("source", std::string("LC_NUMERIC\ndecimal_point \"<") + point.code +
                                 ">\"\nthousands_sep \"\"\ngrouping -1\nEND LC_NUMERIC\n");
+    // Of the machine on which an emulator runs, whose byte order may be another one.
+    const std::string order = std::endian::native == std::endian::big ? "--big-endian" : "--little-endian";
     const std::string command =
-        "cd '" + folder_.path() + "' && localedef -c -i source -f UTF-8 ./xx_XX.UTF-8 >log 2>&1";
+        "cd '" + folder_.path() + "' && localedef -c " + order + " -i source -f UTF-8 ./xx_XX.UTF-8 >log 2>&1";
     // It warns of the categories that are not there; what counts is whether the locale is.
     static_cast<void>(std::system(command.c_str()));
     const LeakByTheCLibrary leak;

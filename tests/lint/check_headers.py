@@ -4,8 +4,11 @@
 An internal header with a source of its own is compiled on its own whenever that is, for it is the first that the source includes;
 of these only that is checked.
 
-Usage: check_headers.py [ROOT]     Prints each finding with the compiler's words; exit status 1 if there is one.
+Usage: check_headers.py [--public COMPILER] [ROOT]
+Prints each finding with the compiler's words; exit status 1 if there is one. With --public only the public headers are compiled,
+by the compiler named: one for another host.
 """
+import argparse
 import concurrent.futures
 import os
 import pathlib
@@ -27,16 +30,20 @@ def comes_first(root, header):
         (line.strip() for line in source.read_text(encoding="utf-8").splitlines() if line.startswith("#include")), None)
 
 
+def public_jobs(root, compiler):
+    """One tuple (header as included, public, compiler, standard) per compilation of a public header."""
+    for header in sorted(str(file.relative_to(root / "include")) for file in (root / "include").rglob("*.h")):
+        for standard in PUBLIC_STANDARDS:
+            yield header, True, compiler, standard
+
+
 def jobs(root):
-    """One tuple (header as included, public, compiler, standard) per compilation."""
-    public = sorted(str(file.relative_to(root / "include")) for file in (root / "include").rglob("*.h"))
+    """The same for every header that is checked, with each compiler."""
     internal = sorted(
         str(file.relative_to(root)) for folder in INTERNAL_FOLDERS for file in (root / folder).rglob("*.h"))
     internal = [header for header in internal if not comes_first(root, header)]
     for compiler in COMPILERS:
-        for header in public:
-            for standard in PUBLIC_STANDARDS:
-                yield header, True, compiler, standard
+        yield from public_jobs(root, compiler)
         for header in internal:
             for standard in INTERNAL_STANDARDS:
                 yield header, False, compiler, standard
@@ -55,15 +62,21 @@ def check(root, header, public, compiler, standard):
     return None
 
 
-def check_tree(root):
+def check_tree(root, public_compiler=None):
+    """How many compilations there were, and what was found; with a compiler named, of the public headers and with that one."""
     root = pathlib.Path(root)
+    chosen = public_jobs(root, public_compiler) if public_compiler else jobs(root)
     with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
-        results = list(pool.map(lambda job: check(root, *job), jobs(root)))
+        results = list(pool.map(lambda job: check(root, *job), chosen))
     return len(results), [finding for finding in results if finding]
 
 
 def main():
-    count, findings = check_tree(sys.argv[1] if len(sys.argv) > 1 else ".")
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("--public", metavar="COMPILER")
+    parser.add_argument("root", nargs="?", default=".")
+    arguments = parser.parse_args()
+    count, findings = check_tree(arguments.root, arguments.public)
     print("\n".join(findings) if findings else f"headers: no finding in {count} compilations")
     return 1 if findings else 0
 

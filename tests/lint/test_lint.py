@@ -88,6 +88,13 @@ class Headers(TreeTest):
         self.write("include/a.h", "#include <unicode/fake.h>\n")
         self.assertIn("a.h: pulls in an ICU header", check_headers.check_tree(self.root)[1])
 
+    def test_compiler_named_for_public_headers_compiles_no_others(self):
+        self.write("include/a.h", "inline char cut(int value) { return value; }\n")
+        self.write("entry/b.h", "inline std::string name();\n")
+        count, findings = check_headers.check_tree(self.root, "clang++")
+        self.assertEqual((count, len(findings)), (4, 4))
+        self.assertIn("a.h: does not compile on its own with clang++ -std=c++11", findings[0])
+
     def test_internal_header_that_needs_another_first_is_found(self):
         self.write("entry/b.h", "inline std::string name();\n")
         self.assertEqual(len(check_headers.check_tree(self.root)[1]), 2)

@@ -184,7 +184,7 @@ TEST(LogDebugMessage, FormatWithoutLineBreak_RunsOnIntoTheNextRecord) {
 
 TEST(LogDebugMessage, Conversions_AreThoseOfPrintf) {
   const DebugLogFile log(1);
-  LogDebugMessage(1, "%%|%5d|%-5s|%05u|%x|%c|%.2f|%ld|%s\n", -42, "ab", 7U, 255U, 'c', 2.5, 123456789012L, "");
+  LogDebugMessage(1, "%%|%5d|%-5s|%05u|%x|%c|%.2f|%lld|%s\n", -42, "ab", 7U, 255U, 'c', 2.5, 123456789012LL, "");
   EXPECT_EQ(log.records(), Texts({"%|  -42|ab   |00007|ff|c|2.50|123456789012|\n"}));
 }
 
