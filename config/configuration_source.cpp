@@ -112,9 +112,9 @@ class ThreadClaim : public qz_UTIL_no_inadvertant_copies {
 
 using ThreadClaims = qz_ThreadInstance<ThreadClaim>;
 
-/// For a thread that is not over.
-ThreadClaim& thread_claim() {
-  if (ThreadClaim* const claim = ThreadClaims::find()) return *claim;
+/// Null where nothing can be kept for the thread, any more or at all.
+ThreadClaim* thread_claim() {
+  if (ThreadClaim* const claim = ThreadClaims::find()) return claim;
   try {
     return ThreadClaims::make();
   } catch (const std::bad_alloc&) {
@@ -126,8 +126,9 @@ ThreadClaim& thread_claim() {
 
 _qz_LOG_configuration* current_configuration_source() {
   Source* const source = qz_current_source.load(std::memory_order_acquire);
-  if (source == qz_noted_source || ThreadClaims::is_over()) return source;
-  return thread_claim().note_current();
+  if (source == qz_noted_source) return source;
+  ThreadClaim* const claim = thread_claim();
+  return claim != nullptr ? claim->note_current() : source;
 }
 
 void replace_configuration_source(std::unique_ptr<_qz_LOG_configuration> source) noexcept {
@@ -137,11 +138,11 @@ void replace_configuration_source(std::unique_ptr<_qz_LOG_configuration> source)
 }
 
 void qz_ConfigurationUse::begin() {
-  if (ThreadClaims::is_over()) {
+  if (ThreadClaim* const claim = thread_claim()) {
+    source_ = claim->note_current();
+  } else {
     borrowed_ = take_claim();
     source_ = note_current(*borrowed_);
-  } else {
-    source_ = thread_claim().note_current();
   }
 }
 
