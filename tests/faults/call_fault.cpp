@@ -6,8 +6,8 @@
 #include <sys/uio.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
+#include <cstring>
 #include <fstream>
 #include <system_error>
 
@@ -120,14 +120,21 @@ std::string StoppedCall::path_in_folder(unsigned long folder, unsigned long path
   return file.substr(file.find(' ') + 1) + "/" + name;
 }
 
+// Page by page: what lies behind the end of the text may not be readable.
 std::string StoppedCall::text_at(unsigned long address) const {
-  char text[256];
-  iovec local{text, sizeof text - 1};
-  // A page at a time would do; a path that ends just before an unmapped page is read up to there.
-  iovec remote{reinterpret_cast<void*>(address), std::min<unsigned long>(sizeof text - 1, 4096 - address % 4096)};
-  const ssize_t got = process_vm_readv(thread_, &local, 1, &remote, 1, 0);
-  if (got <= 0) return "";
-  text[got] = '\0';
+  constexpr unsigned long kPage = 4096;
+  std::string text;
+  while (text.size() < kPage) {
+    char bytes[kPage];
+    iovec local{bytes, sizeof bytes};
+    iovec remote{reinterpret_cast<void*>(address), kPage - address % kPage};
+    const ssize_t got = process_vm_readv(thread_, &local, 1, &remote, 1, 0);
+    if (got <= 0) break;
+    const std::size_t length = strnlen(bytes, static_cast<std::size_t>(got));
+    text.append(bytes, length);
+    if (length < static_cast<std::size_t>(got)) break;
+    address += length;
+  }
   return text;
 }
 

@@ -40,4 +40,4 @@ def works(scenario, subsets, short, at):
 def judge_run(scenario, run, good, before, closed):
     """What nobody can see is as it should be."""
     seen = dataclasses.replace(run, out=good.out) if "1" in closed else run
-    return judge.judge_command(seen, good, before, scenarios.in_between(scenario), errors_are_lost="2" in closed)
+    return judge.judge_command(seen, good, before, scenarios.in_between(scenario), scenario.told, errors_are_lost="2" in closed)

@@ -1,6 +1,7 @@
 """What is right and what is wrong about a run in which something failed."""
 import dataclasses
 import itertools
+import re
 
 # The outcomes, the good ones first. Of an excused one there is a proof.
 AS_BEFORE = "as before"    # the same result as without the fault
@@ -38,13 +39,15 @@ class Verdict:
     text: str = ""
 
 
-def judge_command(run, good, before, in_between=None, errors_are_lost=False):
+def judge_command(run, good, before, in_between=None, told="", errors_are_lost=False):
     """A command's run beside the `good` one without a fault, in a folder that held the tree `before`.
 
     in_between: a dictionary of path to a function of (bytes before, bytes after the good run, bytes now), for files that
-    are allowed states between the two. errors_are_lost: what it writes to standard error cannot be seen.
+    are allowed states between the two. told: a regular expression; a line of the output that matches tells of a failure as
+    part of the result. errors_are_lost: what it writes to standard error cannot be seen.
     """
-    return (_ended(run) or _files(run, good, before, in_between or {}) or _status(run, good, errors_are_lost))
+    return (_ended(run) or _files(run, good, before, in_between or {}) or _told(run, good, told)
+            or _status(run, good, errors_are_lost))
 
 
 def judge_program(run, good):
@@ -126,14 +129,24 @@ def _files(run, good, before, in_between):
     return None
 
 
+def _told(run, good, told):
+    if not told or run.number not in (good.number, *STATUS_OF_ERRORS):
+        return None
+    lines = set(run.out.splitlines()) - set(good.out.splitlines())
+    found = sorted(line.decode(errors="replace") for line in lines if re.search(told.encode(), line))
+    return Verdict(ERROR, found[0]) if found else None
+
+
 def _status(run, good, errors_are_lost):
     said = set(run.err.splitlines())
     if run.number == good.number:
         same = run.out == good.out and run.tree == good.tree
         if same and (errors_are_lost or said >= set(good.err.splitlines())):
             return Verdict(AS_BEFORE)
-        if run.number == 0:
-            return Verdict(WRONG, f"status 0 with {_difference(run, good)}; standard error: {last_line(run.err)!r}")
+        if errors_are_lost and run.number in STATUS_OF_ERRORS:
+            return Verdict(ERROR)
+        if run.number == 0 or not said - set(good.err.splitlines()):
+            return Verdict(WRONG, f"status {run.number} with {_difference(run, good)}; standard error: {last_line(run.err)!r}")
     if run.number not in STATUS_OF_ERRORS:
         return Verdict(WRONG, f"status {run.number}: {last_line(run.err)}")
     if not errors_are_lost and not said - set(good.err.splitlines()):

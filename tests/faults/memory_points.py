@@ -53,7 +53,7 @@ def is_child(scenario):
 def judge_run(scenario, run, good, before):
     if scenario.marked:
         return judge.judge_program(run, good)
-    return judge.judge_command(run, good, before, scenarios.in_between(scenario))
+    return judge.judge_command(run, good, before, scenarios.in_between(scenario), scenario.told)
 
 
 class ServedMemory:

@@ -62,7 +62,8 @@ class KillWork:
         duration = time.monotonic() - started
         for point in self.points:
             run = run_plainly(worker.place, self.scenario, tree, kill_after=duration * point)
-            yield f"{point:.2f} of its time", judge_killed(self.scenario, run, good, tree) or self.judge_next(worker, run, good), ""
+            found = judge_killed(self.scenario, run, good, tree) or self.judge_next(worker, run, good)
+            yield f"{point:.2f} of its time", found, ""
 
     # It starts from what the killed one left.
     def judge_next(self, worker, killed, good):

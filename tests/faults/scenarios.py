@@ -18,6 +18,7 @@ class Scenario:
     marked: bool = False       # a program that marks its operation and says what it saw
     executable: str = ""       # a program of the folder scenarios/ instead of the command
     writes: bool = False       # it has a result in a file
+    told: str = ""             # what its output tells of a failure, as a regular expression
     counters: tuple = ()       # counter files, which may hold some of the counts
 
     def command(self, tools):
@@ -40,17 +41,19 @@ COMMANDS = [
     command("compile", "compile storage.yaml -o old/storage.ldf", "storage.yaml old/storage.ldf", writes=True),
     command("compile-new", "compile storage.yaml -o new.ldf --depfile new.d", "storage.yaml", writes=True),
     command("compile-stdout", "compile - -o -", "storage.yaml", input="storage.yaml"),
-    command("compile-aux", "compile storage_aux.yaml --aux-of storage.ldf -o aux.ldf", "storage_aux.yaml storage.ldf", writes=True),
+    command("compile-aux", "compile storage_aux.yaml --aux-of storage.ldf -o aux.ldf", "storage_aux.yaml storage.ldf",
+            writes=True),
     command("compile-merge", "compile storage.yaml --merge storage_aux.yaml -o old/storage.ldf --emit-json=all.json",
             BOTH + " old/storage.ldf", writes=True),
     command("compile-errors", "compile broken.yaml -o storage.ldf", "broken.yaml storage.ldf"),
     command("inspect", "inspect storage.ldf", "storage.ldf"),
     command("inspect-yaml", "inspect storage.ldf --yaml", "storage.ldf"),
     command("inspect-json", "inspect - --json", "storage.ldf", input="storage.ldf"),
-    command("check", "check storage.yaml storage_aux.yaml", BOTH),
-    command("check-catalog", "check storage.ldf storage_aux.ldf --catalog messages", "storage.ldf storage_aux.ldf messages"),
+    command("check", "check storage.yaml storage_aux.yaml", BOTH, told=": error: "),
+    command("check-catalog", "check storage.ldf storage_aux.ldf --catalog messages", "storage.ldf storage_aux.ldf messages",
+            told=": error: "),
     command("explain", "explain VOLUME_ALMOST_FULL --definitions storage.yaml --aux storage_aux.yaml --catalog messages",
-            BOTH + " messages"),
+            BOTH + " messages", told=r"\(no message: "),
     command("diff", "diff old.yaml storage.yaml", "old.yaml storage.yaml"),
     command("diff-json", "diff storage.ldf old.yaml --json", "old.yaml storage.ldf"),
     command("diff-git", "diff git:HEAD:old.yaml storage.yaml", "old.yaml storage.yaml .git"),
@@ -70,11 +73,12 @@ COMMANDS = [
     command("count-add-new", "count add new --date 2026-11-21 --key 1001", "", writes=True, counters=("new.cnt",)),
     command("count-set", "count set events --date 2026-11-22 --key VOLUME_MOUNTED --count 12 --definitions storage.yaml",
             "events.cnt storage.yaml", writes=True, counters=("events.cnt",)),
-    command("count-delete", "count delete events --date 2026-11-21 --key 1001", "events.cnt", writes=True, counters=("events.cnt",)),
+    command("count-delete", "count delete events --date 2026-11-21 --key 1001", "events.cnt", writes=True,
+            counters=("events.cnt",)),
     command("count-delete-box", "count delete events --from 2026-11-01 --to 2026-11-21", "events.cnt", writes=True,
             counters=("events.cnt",)),
-    command("catalog-extract", "catalog extract storage.yaml storage_aux.yaml -o po/storage.pot --update po/de.po po/ja.po po/fr.po",
-            BOTH + " po", writes=True),
+    command("catalog-extract", "catalog extract storage.yaml storage_aux.yaml -o po/storage.pot --update po/de.po po/ja.po"
+            " po/fr.po", BOTH + " po", writes=True),
     command("catalog-build", "catalog build storage.yaml storage_aux.yaml --po po -o messages", BOTH + " po",
             writes=True),
     command("catalog-rebuild", "catalog build storage.yaml storage_aux.yaml --po po -o messages", BOTH + " po messages", writes=True),
@@ -85,7 +89,8 @@ COMMANDS = [
 
 # In these another program works for the command, and something fails there.
 CHILDREN = [
-    command("catalog-build/genrb", "catalog build storage.yaml --po po -o messages", "storage.yaml po", program="genrb", writes=True),
+    command("catalog-build/genrb", "catalog build storage.yaml --po po -o messages", "storage.yaml po", program="genrb",
+            writes=True),
     command("diff-git/git", "diff git:HEAD:old.yaml storage.yaml", "old.yaml storage.yaml .git", program="git"),
 ]
 

@@ -39,7 +39,8 @@ class Table:
     def text(self):
         lines = [("scenario", "what fails", "points", *judge.OUTCOMES)]
         for (scenario, what), row in sorted(self.rows.items()):
-            lines.append((scenario, what, str(sum(row.counts.values())), *(str(row.counts[name] or "") for name in judge.OUTCOMES)))
+            counts = (str(row.counts[name] or "") for name in judge.OUTCOMES)
+            lines.append((scenario, what, str(sum(row.counts.values())), *counts))
         lines.append(("all", "", str(self.total()), *(str(self.total({name}) or "") for name in judge.OUTCOMES)))
         return _aligned(lines)
 

@@ -72,6 +72,13 @@ class JudgeOfCommands(unittest.TestCase):
         self.assertEqual(outcome(kind="hang"), judge.HANG)
 
 
+    def test_failure_told_in_the_result_is_clean(self):
+        good = judge.Run(out=b"fine\n", tree=BEFORE)
+        for out, expected in ((b"fine\na: error: x\n", judge.ERROR), (b"fine\na: x\n", judge.WRONG), (b"", judge.WRONG)):
+            run = judge.Run(number=1, out=out, tree=BEFORE)
+            self.assertEqual(judge.judge_command(run, good, BEFORE, told=": error: ").outcome, expected, out)
+
+
 class JudgeOfPrograms(unittest.TestCase):
     GOOD = judge.Run(out=b"result\nseen\nagain\nresult\nseen\n")
 
@@ -148,7 +155,7 @@ class LostResults(unittest.TestCase):
         return call_points.is_lost_result(scenario, call, subject, error)
 
     def test_failed_write_or_close_of_a_result_has_to_be_said(self):
-        for hit in ("write 4 /w/run/a for writing", "close 4 /w/run/a for writing", "fsync 4 /w/run/a for writing", "rename a.tmp"):
+        for hit in (*(f"{call} 4 /w/run/a for writing" for call in ("write", "close", "fsync")), "rename a.tmp"):
             self.assertTrue(self.lost(hit), hit)
 
     def test_what_is_read_temporary_or_interrupted_need_not(self):
@@ -156,6 +163,17 @@ class LostResults(unittest.TestCase):
         self.assertFalse(self.lost("close 4 /w/run/tmp/a for writing"))
         self.assertFalse(self.lost("write 4 /w/run/a for writing", "EINTR"))
         self.assertFalse(self.lost("close 4 /w/run/a for writing", scenario=scenarios.command("x", "x")))
+
+
+class Removals(unittest.TestCase):
+    def test_what_cannot_be_removed_stays(self):
+        good = judge.Run(tree={})
+        run = judge.Run(tree={"tmp/a": folders.FOLDER, "tmp/a/b": b""})
+        for hit, expected in (("unlink /w/run/tmp/a/b", judge.AS_BEFORE), ("open /w/run/tmp/a", judge.AS_BEFORE),
+                              ("open /w/run/tmp/a/b", judge.LEFTOVER), ("write 3 /w/run/tmp/a/b for writing", judge.LEFTOVER)):
+            run.hit = hit
+            found = call_points.judge_run(scenarios.command("x", "x"), run, good, {}, "EIO")
+            self.assertEqual(found.outcome, expected, hit)
 
 
 class Tables(unittest.TestCase):

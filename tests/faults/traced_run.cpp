@@ -115,6 +115,15 @@ bool TracedRun::wait_for_one() {
   return true;
 }
 
+// The child is known from now on, even if its parent ends before it was heard of.
+void TracedRun::forked(pid_t thread) {
+  unsigned long child = 0;
+  if (ptrace(PTRACE_GETEVENTMSG, thread, nullptr, &child) == 0) {
+    counting_.try_emplace(static_cast<pid_t>(child), counting(status_field(thread, "Tgid:")));
+  }
+  resume(thread);
+}
+
 // A thread, of a process that may be new.
 void TracedRun::begun(pid_t thread) {
   const pid_t process = status_field(thread, "Tgid:");
@@ -141,6 +150,7 @@ void TracedRun::stopped(pid_t thread, int status) {
       return resume(thread);
     case PTRACE_EVENT_FORK:
     case PTRACE_EVENT_VFORK:
+      return forked(thread);
     case PTRACE_EVENT_CLONE:
       return resume(thread);
     case PTRACE_EVENT_STOP:

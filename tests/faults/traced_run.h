@@ -49,6 +49,7 @@ class TracedRun {
   void start(char* const command[]);
   void wait_for_all();
   bool wait_for_one();
+  void forked(pid_t thread);
   void begun(pid_t thread);
   void ended(pid_t thread, int status);
   void stopped(pid_t thread, int status);
