@@ -88,11 +88,17 @@ def run_subset(pool, name, options):
     plans = pool.plan(module, chosen)
     works = [one for scenario, plan in zip(chosen, plans) for one in module.works(scenario, plan, options.short, options.at)]
     tried = table.Table(name)
-    for scenario, what, verdicts in pool.run(works):
+    for done, (scenario, what, verdicts) in enumerate(pool.run(works), 1):
         for point, verdict, hit in verdicts:
             tried.add(scenario, what, point, verdict, hit)
+        show_progress(name, done, len(works))
     report(tried, time.monotonic() - started, options)
     return tried
+
+
+def show_progress(name, done, of):
+    if sys.stderr.isatty():
+        print(f"\r{name}: {100 * done // of} %", end="\r" if done < of else "\r\033[K", file=sys.stderr, flush=True)
 
 
 def report(tried, seconds, options):

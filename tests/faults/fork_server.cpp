@@ -48,7 +48,8 @@ bool read_line(char* line, std::size_t size) {
 bool read_request(Request& request) {
   char line[2304];
   if (!read_line(line, sizeof line)) return false;
-  return std::sscanf(line, "%ld %d %d %511s %511s %511s %511s", &request.nth, &request.from_then_on,
+  // Paths may hold blanks.
+  return std::sscanf(line, "%ld %d %d %511[^\t]\t%511[^\t]\t%511[^\t]\t%511[^\n]", &request.nth, &request.from_then_on,
                      &request.timeout_ms, request.folder, request.input, request.output, request.errors) == 7;
 }
 

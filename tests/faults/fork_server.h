@@ -8,7 +8,7 @@ constexpr int kReplyDescriptor = 199;
 
 /// Stands where the program's main is about to be called, so that a run costs a fork and neither exec nor the dynamic
 /// loader. Reads requests, one a line:
-///   NTH FROM_THEN_ON TIMEOUT_MS FOLDER INPUT OUTPUT ERRORS
+///   NTH FROM_THEN_ON TIMEOUT_MS FOLDER <tab> INPUT <tab> OUTPUT <tab> ERRORS
 /// and for each forks a child, in which it returns: with FOLDER as the working directory, the three files as standard
 /// streams, and the fault set. The parent replies with a line of
 ///   KIND NUMBER ALLOCATIONS FAILED LEFT_RUNNING

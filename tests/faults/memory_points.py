@@ -47,7 +47,8 @@ def chunks(points, size):
 
 
 def is_child(scenario):
-    return scenario.program not in ("qzlog", scenarios.PROGRAM)
+    """Whether something fails in a program that the scenario's own one starts."""
+    return scenario.program != (scenario.executable or "qzlog")
 
 
 def judge_run(scenario, run, good, before):

@@ -33,7 +33,8 @@ class Tools:
                                                           capture_output=True).returncode == 0
 
     def program(self, name):
-        return self.build / "tests/faults/scenarios" / name
+        folders_of_programs = (self.build / "tests/faults/scenarios", self.build / "tools")
+        return next(folder / name for folder in folders_of_programs if (folder / name).exists())
 
 
 class Place:
@@ -94,8 +95,8 @@ class ForkServer:
     def run(self, tree, nth, from_then_on):
         place = self.place
         place.prepare(tree)
-        print(nth, int(from_then_on), TIMEOUT_MS, place.run, place.input(self.scenario), place.out, place.err,
-              file=self.requests)
+        paths = (place.run, place.input(self.scenario), place.out, place.err)
+        print(nth, int(from_then_on), TIMEOUT_MS, "\t".join(map(str, paths)), file=self.requests)
         reply = self.replies.readline().split()
         if len(reply) != 5:
             raise RuntimeError(f"the fork server of {self.scenario.name} ended with status {self.process.wait()}")

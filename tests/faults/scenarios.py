@@ -5,6 +5,7 @@ import struct
 import folders
 
 PROGRAM = "fault_scenarios"
+MANUALS = "qzlog_command_docs"
 COLD, WARM = "/cold", "/warm"
 
 
@@ -16,7 +17,7 @@ class Scenario:
     input: str = ""            # the file that is its standard input
     program: str = "qzlog"     # in which one something fails
     marked: bool = False       # a program that marks its operation and says what it saw
-    executable: str = ""       # a program of the folder scenarios/ instead of the command
+    executable: str = ""       # another program of ours instead of the command
     writes: bool = False       # it has a result in a file
     told: str = ""             # what its output tells of a failure, as a regular expression
     counters: tuple = ()       # counter files, which may hold some of the counts
@@ -83,6 +84,7 @@ COMMANDS = [
             writes=True),
     command("catalog-rebuild", "catalog build storage.yaml storage_aux.yaml --po po -o messages", BOTH + " po messages", writes=True),
     command("catalog-status", "catalog status storage.yaml storage_aux.yaml --po po --json", BOTH + " po"),
+    Scenario("manual-pages", ("docs",), program=MANUALS, executable=MANUALS, writes=True),
     command("help", "--help"),
     command("usage", "compile --no-such-option"),
 ]

@@ -4,6 +4,7 @@ QZLOG_BUILD_DIR names the build with the programs.
 """
 import os
 import pathlib
+import signal
 import struct
 import tempfile
 import unittest
@@ -136,8 +137,8 @@ class Counters(unittest.TestCase):
 class KilledCommands(unittest.TestCase):
     SCENARIO = scenarios.command("x", "x")
 
-    def verdict(self, tree):
-        return process_points.judge_killed(self.SCENARIO, judge.Run("signal", 9, tree=tree), GOOD, BEFORE)
+    def verdict(self, tree, by=signal.SIGKILL):
+        return process_points.judge_killed(self.SCENARIO, judge.Run("signal", -by, tree=tree), GOOD, BEFORE, by)
 
     def test_old_and_new_files_beside_temporary_ones_are_in_order(self):
         for tree in (BEFORE, GOOD.tree, {**BEFORE, "result.tmp": b"x"}):
@@ -145,6 +146,10 @@ class KilledCommands(unittest.TestCase):
 
     def test_torn_file_is_wrong(self):
         self.assertEqual(self.verdict({"result": b"n"}).outcome, judge.WRONG)
+
+    def test_who_can_catch_the_signal_leaves_nothing(self):
+        self.assertIsNone(self.verdict(GOOD.tree, signal.SIGTERM))
+        self.assertEqual(self.verdict({**BEFORE, "result.tmp": b"x"}, signal.SIGTERM).outcome, judge.LEFTOVER)
 
 
 class LostResults(unittest.TestCase):

@@ -175,16 +175,18 @@ struct Stress {
   const char* name;
   void (*run)(int rounds, Endings& endings);
   bool icu;
+  int debug_level;
 };
 
 constexpr Stress kStresses[] = {
-    {"fork", fork_and_read, true},
-    {"fork-narrow", fork_and_read, false},
-    {"fork-threads", fork_beside_threads, true},
-    {"fork-threads-narrow", fork_beside_threads, false},
-    {"exit-threads", exit_beside_threads, true},
-    {"exit-threads-narrow", exit_beside_threads, false},
-    {"end-threads", end_threads, true},
+    {"fork", fork_and_read, true, 0},
+    {"fork-narrow", fork_and_read, false, 0},
+    {"fork-threads", fork_beside_threads, true, 0},
+    {"fork-threads-narrow", fork_beside_threads, false, 0},
+    {"fork-threads-debug", fork_beside_threads, true, 3},
+    {"exit-threads", exit_beside_threads, true, 0},
+    {"exit-threads-narrow", exit_beside_threads, false, 0},
+    {"end-threads", end_threads, true, 0},
 };
 
 }  // namespace
@@ -195,6 +197,7 @@ int main(int argc, char** argv) {
     if (argc != 3 || std::strcmp(stress.name, argv[1]) != 0) continue;
     qz_LOG_LogConfig::SetICUEnabled(stress.icu);
     qz_LOG_LogConfig::SetDefinitionPath("many.ldf");
+    EnableDebugLog(stress.debug_level);
     Endings endings;
     stress.run(std::atoi(argv[2]), endings);
     return endings.report() ? 0 : 1;
