@@ -1,0 +1,95 @@
+"""The files that the scenarios start from, made once."""
+import os
+import pathlib
+import subprocess
+
+import folders
+import process_points
+import stack_points
+from scenarios import BOTH, RECORD
+
+CONFIGURATION = """[global]
+LogLevelLow = 1
+
+[storage]
+PropertyMask = 0x7
+LogLevelLow = 3
+
+"""
+
+BROKEN = """version: "1.0"
+entries:
+  - {id: 1, name: ONE, message: "{Nothing}"}
+  - {id: 1, name: two, message: "x"}
+"""
+
+COUNT_DAYS = 40
+# What stands where a template is put that no compiler would take.
+FILLER = "~"
+
+
+def counter_file():
+    """Counts of three keys on each of forty days."""
+    records = b""
+    for day in range(COUNT_DAYS):
+        for key in (1001, 1101, 2001):
+            records += RECORD.pack(RECORD.size, 2026, 10 + day // 20, 1 + day % 20, key, day + 1, 0, 0)
+    return records
+
+
+def make_material(tools, examples, folder):
+    """Everything that the scenarios start from, as a tree."""
+    folder = pathlib.Path(folder)
+    folder.mkdir(exist_ok=True)
+    storage = pathlib.Path(examples) / "storage"
+    tree = {name: (storage / name).read_bytes() for name in (*BOTH.split(), "storage.jsonl")}
+    tree["entries.jsonl"] = tree.pop("storage.jsonl")
+    tree["bad.jsonl"] = tree["entries.jsonl"][:600] + b"\n{\"id\": 99999}\nno entry\n"
+    tree["old.yaml"] = tree["storage.yaml"].replace(b"projects", b"things").replace(b" is ", b" has become ")
+    tree["many.yaml"] = process_points.definition_source().encode()
+    tree["broken.yaml"], tree["log.conf"] = BROKEN.encode(), CONFIGURATION.encode()
+    tree["po"] = tree["old"] = folders.FOLDER
+    for path in storage.glob("po/*.po"):
+        tree[f"po/{path.name}"] = path.read_bytes()
+    tree["po/de.po"] = tree["po/de.po"].replace(b'"Volume', b'"The volume', 1)
+    tree["events.cnt"] = counter_file()
+    folders.write_tree(folder, tree)
+    _make_results(tools, folder)
+    for name, template in stack_points.templates().items():
+        _make_definitions(tools, folder, name, template)
+    return folders.read_tree(folder)
+
+
+def _run(folder, *line):
+    ended = subprocess.run([str(word) for word in line], cwd=folder, check=False, capture_output=True, text=True,
+                           env={**os.environ, "HOME": str(folder), "GIT_CONFIG_NOSYSTEM": "1"})
+    if ended.returncode != 0:
+        raise RuntimeError(f"{' '.join(map(str, line))}: {ended.stderr}")
+
+
+def _make_results(tools, folder):
+    def run(*line):
+        _run(folder, *line)
+
+    run(tools.qzlog, "compile", "storage.yaml", "-o", "storage.ldf")
+    run(tools.qzlog, "compile", "many.yaml", "-o", "many.ldf")
+    run(tools.qzlog, "compile", "old.yaml", "-o", "old/storage.ldf")
+    run(tools.qzlog, "compile", "storage_aux.yaml", "--aux-of", "storage.yaml", "-o", "storage_aux.ldf")
+    run(tools.qzlog, "catalog", "build", *BOTH.split(), "--po", "po", "-o", "messages")
+    run("git", "init", "--quiet")
+    run("git", "add", "old.yaml")
+    run("git", "-c", "user.name=Test", "-c", "user.email=test@example.com", "-c", "commit.gpgsign=false", "commit", "--quiet",
+        "--message=First")
+
+
+def _make_definitions(tools, folder, name, template):
+    """A definition file as somebody else's compiler might write it: the template takes the place of a filler."""
+    filler = FILLER * len(template)
+    source = (f'version: "1.0"\nentries:\n  - {{id: 1, name: ONE, raw: "{filler} %d%Count%", '
+              'attributes: [{name: Count, type: SInt4}]}\n')
+    (folder / "filler.yaml").write_text(source, encoding="ascii")
+    _run(folder, tools.qzlog, "compile", "filler.yaml", "-o", name, "--path", "icu")
+    content = (folder / name).read_bytes()
+    if filler.encode() not in content:
+        raise RuntimeError(f"{name} does not hold its template as it stands")
+    (folder / name).write_bytes(content.replace(filler.encode(), template.encode()))

@@ -1,0 +1,151 @@
+"""What is run while something fails: the commands, and the programs of the folder scenarios/ that use the library."""
+import dataclasses
+import struct
+
+import folders
+
+PROGRAM = "fault_scenarios"
+MANUALS = "qzlog_command_docs"
+COLD, WARM = "/cold", "/warm"
+
+
+@dataclasses.dataclass(frozen=True)
+class Scenario:
+    name: str
+    arguments: tuple
+    files: tuple = ()          # what of the material stands in its folder: files, or folders with all below
+    input: str = ""            # the file that is its standard input
+    program: str = "qzlog"     # in which one something fails
+    marked: bool = False       # a program that marks its operation and says what it saw
+    executable: str = ""       # another program of ours instead of the command
+    writes: bool = False       # it has a result in a file
+    told: str = ""             # what its output tells of a failure, as a regular expression
+    counters: tuple = ()       # counter files, which may hold some of the counts
+
+    def command(self, tools):
+        return [str(tools.program(self.executable) if self.executable else tools.qzlog), *self.arguments]
+
+    def tree(self, material):
+        """The folder before a run."""
+        def is_wanted(path):
+            return any(path == name or path.startswith(name + "/") or name.startswith(path + "/") for name in self.files)
+        return {"tmp": folders.FOLDER, **{path: content for path, content in material.items() if is_wanted(path)}}
+
+
+def command(name, line, files="", **more):
+    return Scenario(name, tuple(line.split()), tuple(files.split()), **more)
+
+
+BOTH = "storage.yaml storage_aux.yaml"
+
+COMMANDS = [
+    command("compile", "compile storage.yaml -o old/storage.ldf", "storage.yaml old/storage.ldf", writes=True),
+    command("compile-new", "compile storage.yaml -o new.ldf --depfile new.d", "storage.yaml", writes=True),
+    command("compile-stdout", "compile - -o -", "storage.yaml", input="storage.yaml"),
+    command("compile-aux", "compile storage_aux.yaml --aux-of storage.ldf -o aux.ldf", "storage_aux.yaml storage.ldf",
+            writes=True),
+    command("compile-merge", "compile storage.yaml --merge storage_aux.yaml -o old/storage.ldf --emit-json=all.json",
+            BOTH + " old/storage.ldf", writes=True),
+    command("compile-errors", "compile broken.yaml -o storage.ldf", "broken.yaml storage.ldf"),
+    command("inspect", "inspect storage.ldf", "storage.ldf"),
+    command("inspect-yaml", "inspect storage.ldf --yaml", "storage.ldf"),
+    command("inspect-json", "inspect - --json", "storage.ldf", input="storage.ldf"),
+    command("check", "check storage.yaml storage_aux.yaml", BOTH, told=": error: "),
+    command("check-catalog", "check storage.ldf storage_aux.ldf --catalog messages", "storage.ldf storage_aux.ldf messages",
+            told=": error: "),
+    command("explain", "explain VOLUME_ALMOST_FULL --definitions storage.yaml --aux storage_aux.yaml --catalog messages",
+            BOTH + " messages", told=r"\(no message: "),
+    command("diff", "diff old.yaml storage.yaml", "old.yaml storage.yaml"),
+    command("diff-json", "diff storage.ldf old.yaml --json", "old.yaml storage.ldf"),
+    command("diff-git", "diff git:HEAD:old.yaml storage.yaml", "old.yaml storage.yaml .git"),
+    command("render", "render --definitions storage.ldf --aux storage_aux.ldf --locale en_US entries.jsonl",
+            "storage.ldf storage_aux.ldf entries.jsonl"),
+    command("render-narrow", "render --definitions storage.yaml --no-icu", "storage.yaml entries.jsonl", input="entries.jsonl"),
+    command("render-catalog", "render --definitions storage.ldf --aux storage_aux.ldf --catalog messages --locale de_DE --code-page"
+            " ISO-8859-1 entries.jsonl", "storage.ldf storage_aux.ldf messages entries.jsonl"),
+    command("render-config", "render --definitions storage.ldf --locale en_US --config log.conf --section storage entries.jsonl",
+            "storage.ldf log.conf entries.jsonl"),
+    command("render-count", "render --definitions storage.ldf --locale en_US --count events entries.jsonl",
+            "storage.ldf entries.jsonl events.cnt", writes=True, counters=("events.cnt",)),
+    command("render-errors", "render --definitions storage.ldf --locale en_US bad.jsonl", "storage.ldf bad.jsonl"),
+    command("count-show", "count show events.cnt --definitions storage.yaml", "events.cnt storage.yaml"),
+    command("count-show-json", "count show - --json", "events.cnt", input="events.cnt"),
+    command("count-add", "count add events --date 2026-11-21 --key 1001", "events.cnt", writes=True, counters=("events.cnt",)),
+    command("count-add-new", "count add new --date 2026-11-21 --key 1001", "", writes=True, counters=("new.cnt",)),
+    command("count-set", "count set events --date 2026-11-22 --key VOLUME_MOUNTED --count 12 --definitions storage.yaml",
+            "events.cnt storage.yaml", writes=True, counters=("events.cnt",)),
+    command("count-delete", "count delete events --date 2026-11-21 --key 1001", "events.cnt", writes=True,
+            counters=("events.cnt",)),
+    command("count-delete-box", "count delete events --from 2026-11-01 --to 2026-11-21", "events.cnt", writes=True,
+            counters=("events.cnt",)),
+    command("catalog-extract", "catalog extract storage.yaml storage_aux.yaml -o po/storage.pot --update po/de.po po/ja.po"
+            " po/fr.po", BOTH + " po", writes=True),
+    command("catalog-build", "catalog build storage.yaml storage_aux.yaml --po po -o messages", BOTH + " po",
+            writes=True),
+    command("catalog-rebuild", "catalog build storage.yaml storage_aux.yaml --po po -o messages", BOTH + " po messages", writes=True),
+    command("catalog-status", "catalog status storage.yaml storage_aux.yaml --po po --json", BOTH + " po"),
+    Scenario("manual-pages", ("docs",), program=MANUALS, executable=MANUALS, writes=True),
+    command("help", "--help"),
+    command("usage", "compile --no-such-option"),
+]
+
+# In these another program works for the command, and something fails there.
+CHILDREN = [
+    command("catalog-build/genrb", "catalog build storage.yaml --po po -o messages", "storage.yaml po", program="genrb",
+            writes=True),
+    command("diff-git/git", "diff git:HEAD:old.yaml storage.yaml", "old.yaml storage.yaml .git", program="git"),
+]
+
+
+def program(name, files):
+    """Twice: before anything was used in the process, and after all of it was."""
+    return [Scenario(f"{name}{state}", (name, state[1:]), tuple(files.split()), program=PROGRAM, marked=True, executable=PROGRAM)
+            for state in (COLD, WARM)]
+
+
+PROGRAMS = [
+    *program("entries", "storage.ldf storage_aux.ldf"),
+    *program("narrow", "storage.ldf storage_aux.ldf"),
+    *program("icu", "storage.ldf storage_aux.ldf"),
+    *program("buffers", "storage.ldf"),
+    *program("catalog", "storage.ldf storage_aux.ldf messages"),
+    *program("code-pages", ""),
+    *program("configuration", "log.conf"),
+    *program("filter", "storage.ldf log.conf"),
+    *program("debug-log", "storage.ldf"),
+    *program("counter", "events.cnt"),
+    *program("counter-new", ""),
+]
+
+RECORD = struct.Struct(">8i")
+
+
+def in_between(scenario):
+    """The files that may hold some of a scenario's changes, and what then says whether they do."""
+    return {name: is_partly_counted for name in scenario.counters}
+
+
+def counts_of(content):
+    """The count of each day and key, or None where the file is damaged."""
+    counts = {}
+    for start in range(0, len(content or b""), RECORD.size):
+        record = content[start:start + RECORD.size]
+        if len(record) != RECORD.size:
+            return None
+        size, year, month, day, key, count, _, _ = RECORD.unpack(record)
+        if size != RECORD.size or (year, month, day, key) in counts:
+            return None
+        if (year, month, day) != (0, 0, 0):
+            counts[year, month, day, key] = count
+    return counts
+
+
+def is_partly_counted(before, after, now):
+    """Every count lies between what it was and what it becomes."""
+    old, new, found = counts_of(before), counts_of(after), counts_of(now)
+    if found is None:
+        return False
+    def is_between(key):
+        limits = old.get(key, 0), new.get(key, 0)
+        return min(limits) <= found.get(key, 0) <= max(limits)
+    return all(is_between(key) for key in {*old, *new, *found})

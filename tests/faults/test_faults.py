@@ -1,0 +1,276 @@
+"""Tests of the harness: what it lets fail does fail, and the judge finds each way of taking it badly.
+
+QZLOG_BUILD_DIR names the build with the programs.
+"""
+import os
+import pathlib
+import signal
+import struct
+import tempfile
+import unittest
+
+import call_points
+import folders
+import judge
+import memory_points
+import process_points
+import runners
+import scenarios
+import table
+
+TOOLS = runners.Tools(pathlib.Path(os.environ["QZLOG_BUILD_DIR"]).resolve())
+BEFORE = {"result": b"old"}
+GOOD = judge.Run(out=b"done\n", tree={"result": b"new"})
+
+
+def outcome(**fields):
+    run = {"out": GOOD.out, "tree": GOOD.tree, **fields}
+    return judge.judge_command(judge.Run(**run), GOOD, BEFORE).outcome
+
+
+class JudgeOfCommands(unittest.TestCase):
+    def test_same_result_is_as_before(self):
+        self.assertEqual(outcome(), judge.AS_BEFORE)
+
+    def test_more_diagnostics_than_before_are_no_fault(self):
+        self.assertEqual(outcome(err=b"warning: something\n"), judge.AS_BEFORE)
+
+    def test_error_with_a_text_and_old_files_is_clean(self):
+        for status in (1, 2):
+            self.assertEqual(outcome(number=status, out=b"", err=b"error: no space\n", tree=BEFORE), judge.ERROR)
+
+    def test_error_with_new_files_is_clean(self):
+        self.assertEqual(outcome(number=1, err=b"error: cannot close\n"), judge.ERROR)
+
+    def test_error_without_a_text_is_wrong(self):
+        self.assertEqual(outcome(number=1, tree=BEFORE), judge.WRONG)
+
+    def test_other_status_is_wrong(self):
+        self.assertEqual(outcome(number=127, err=b"error: x\n", tree=BEFORE), judge.WRONG)
+
+    def test_success_with_another_output_is_wrong(self):
+        self.assertEqual(outcome(out=b""), judge.WRONG)
+
+    def test_success_with_the_old_file_is_wrong(self):
+        self.assertEqual(outcome(tree=BEFORE), judge.WRONG)
+
+    def test_torn_and_lost_files_are_wrong_whatever_is_said(self):
+        for tree in ({"result": b"ne"}, {"result": b""}, {}):
+            self.assertEqual(outcome(number=1, err=b"error: no space\n", tree=tree), judge.WRONG)
+
+    def test_lost_diagnostics_are_wrong(self):
+        good = judge.Run(err=b"warning: a\n", tree=BEFORE)
+        run = judge.Run(tree=BEFORE)
+        self.assertEqual(judge.judge_command(run, good, BEFORE).outcome, judge.WRONG)
+        self.assertEqual(judge.judge_command(run, good, BEFORE, errors_are_lost=True).outcome, judge.AS_BEFORE)
+
+    def test_files_and_processes_that_stay_are_leftovers(self):
+        self.assertEqual(outcome(tree={**GOOD.tree, "tmp/x": b""}), judge.LEFTOVER)
+        self.assertEqual(outcome(left_running=1), judge.LEFTOVER)
+
+    def test_signals_and_time_outs_have_their_outcomes(self):
+        self.assertEqual(outcome(kind="signal", number=11), judge.CRASH)
+        self.assertEqual(outcome(kind="hang"), judge.HANG)
+
+
+    def test_failure_told_in_the_result_is_clean(self):
+        good = judge.Run(out=b"fine\n", tree=BEFORE)
+        for out, expected in ((b"fine\na: error: x\n", judge.ERROR), (b"fine\na: x\n", judge.WRONG), (b"", judge.WRONG)):
+            run = judge.Run(number=1, out=out, tree=BEFORE)
+            self.assertEqual(judge.judge_command(run, good, BEFORE, told=": error: ").outcome, expected, out)
+
+
+class JudgeOfPrograms(unittest.TestCase):
+    GOOD = judge.Run(out=b"result\nseen\nagain\nresult\nseen\n")
+
+    def outcome(self, out, **fields):
+        return judge.judge_program(judge.Run(out=out, **fields), self.GOOD).outcome
+
+    def test_same_is_as_before(self):
+        self.assertEqual(self.outcome(self.GOOD.out), judge.AS_BEFORE)
+
+    def test_stated_failure_and_recovery_is_clean(self):
+        self.assertEqual(self.outcome(b"error: QZX_memory_alloc\nagain\nresult\nseen\n"), judge.ERROR)
+
+    def test_other_message_is_wrong(self):
+        self.assertEqual(self.outcome(b"result\nother\nagain\nresult\nseen\n"), judge.WRONG)
+
+    def test_no_recovery_is_wrong(self):
+        self.assertEqual(self.outcome(b"error: x\nagain\nresult\nother\n"), judge.WRONG)
+        self.assertEqual(self.outcome(b"result\nseen\nagain\nerror: x\n"), judge.WRONG)
+
+    def test_failure_that_is_not_stated_is_wrong(self):
+        self.assertEqual(self.outcome(b"not stated: std::bad_alloc\nagain\nresult\nseen\n", number=1), judge.WRONG)
+
+
+class ExcuseOfIcu(unittest.TestCase):
+    def outcome(self, *frames):
+        return judge.excuse_icu(judge.Verdict(judge.CRASH), list(frames)).outcome
+
+    def test_crash_in_icu_or_in_what_it_called_of_the_c_library_is_excused(self):
+        self.assertEqual(self.outcome("libicuuc.so.72 f", "libqzlog.so.1 g"), judge.EXCUSED)
+        self.assertEqual(self.outcome("libc.so.6 strlen", "libicui18n.so.72 f"), judge.EXCUSED)
+
+    def test_crash_elsewhere_is_not(self):
+        self.assertEqual(self.outcome("libqzlog.so.1 f", "libicuuc.so.72 g"), judge.CRASH)
+        self.assertEqual(self.outcome("libc.so.6 abort", "libstdc++.so.6 terminate", "libicuuc.so.72 g"), judge.CRASH)
+        self.assertEqual(self.outcome(), judge.CRASH)
+
+    def test_nothing_but_a_crash_is_excused(self):
+        self.assertEqual(judge.excuse_icu(judge.Verdict(judge.WRONG), ["libicuuc.so.72 f"]).outcome, judge.WRONG)
+
+
+class Counters(unittest.TestCase):
+    @staticmethod
+    def file(**counts):
+        return b"".join(struct.pack(">8i", 32, 2026, 11, int(day[1:]), 7, count, 0, 0) for day, count in counts.items())
+
+    def test_counts_between_before_and_after_are_in_order(self):
+        for now in (self.file(d1=1), self.file(d1=2), self.file(d1=3, d2=1), b""[:0] + self.file(d1=1, d2=1)):
+            self.assertTrue(scenarios.is_partly_counted(self.file(d1=1), self.file(d1=3, d2=1), now))
+
+    def test_lost_torn_and_doubled_counts_are_not(self):
+        for now in (b"", self.file(d1=4), self.file(d1=1)[:20], self.file(d1=1) * 2, self.file(d1=1, d3=1)):
+            self.assertFalse(scenarios.is_partly_counted(self.file(d1=1), self.file(d1=3), now))
+
+
+class KilledCommands(unittest.TestCase):
+    SCENARIO = scenarios.command("x", "x")
+
+    def verdict(self, tree, by=signal.SIGKILL):
+        return process_points.judge_killed(self.SCENARIO, judge.Run("signal", -by, tree=tree), GOOD, BEFORE, by)
+
+    def test_old_and_new_files_beside_temporary_ones_are_in_order(self):
+        for tree in (BEFORE, GOOD.tree, {**BEFORE, "result.tmp": b"x"}):
+            self.assertIsNone(self.verdict(tree))
+
+    def test_torn_file_is_wrong(self):
+        self.assertEqual(self.verdict({"result": b"n"}).outcome, judge.WRONG)
+
+    def test_who_can_catch_the_signal_leaves_nothing(self):
+        self.assertIsNone(self.verdict(GOOD.tree, signal.SIGTERM))
+        self.assertEqual(self.verdict({**BEFORE, "result.tmp": b"x"}, signal.SIGTERM).outcome, judge.LEFTOVER)
+
+
+class LostResults(unittest.TestCase):
+    WRITING = scenarios.command("x", "x", writes=True)
+
+    def lost(self, hit, error="EIO", scenario=WRITING):
+        call, _, subject = hit.partition(" ")
+        return call_points.is_lost_result(scenario, call, subject, error)
+
+    def test_failed_write_or_close_of_a_result_has_to_be_said(self):
+        for hit in (*(f"{call} 4 /w/run/a for writing" for call in ("write", "close", "fsync")), "rename a.tmp"):
+            self.assertTrue(self.lost(hit), hit)
+
+    def test_what_is_read_temporary_or_interrupted_need_not(self):
+        self.assertFalse(self.lost("close 4 /w/run/a"))
+        self.assertFalse(self.lost("close 4 /w/run/tmp/a for writing"))
+        self.assertFalse(self.lost("write 4 /w/run/a for writing", "EINTR"))
+        self.assertFalse(self.lost("close 4 /w/run/a for writing", scenario=scenarios.command("x", "x")))
+
+
+class Removals(unittest.TestCase):
+    def test_what_cannot_be_removed_stays(self):
+        good = judge.Run(tree={})
+        run = judge.Run(tree={"tmp/a": folders.FOLDER, "tmp/a/b": b""})
+        for hit, expected in (("unlink /w/run/tmp/a/b", judge.AS_BEFORE), ("open /w/run/tmp/a", judge.AS_BEFORE),
+                              ("open /w/run/tmp/a/b", judge.LEFTOVER), ("write 3 /w/run/tmp/a/b for writing", judge.LEFTOVER)):
+            run.hit = hit
+            found = call_points.judge_run(scenarios.command("x", "x"), run, good, {}, "EIO")
+            self.assertEqual(found.outcome, expected, hit)
+
+
+class Tables(unittest.TestCase):
+    def test_bad_outcomes_are_counted_and_named(self):
+        tried = table.Table("memory")
+        tried.add("a", "once", 1, judge.Verdict(judge.AS_BEFORE))
+        tried.add("a", "once", 2, judge.Verdict(judge.CRASH, "why"), "write 4 x")
+        self.assertEqual((tried.total(), tried.bad()), (2, 1))
+        self.assertEqual(tried.findings_text(), "crash: memory a, once, at 2 [write 4 x]: why")
+        self.assertEqual(tried.text().splitlines()[1].split(), ["a", "once", "2", "1", "1"])
+
+    def test_sample_is_spread_and_has_the_last_point(self):
+        self.assertEqual(memory_points.sample(10, 3), [4, 7, 10])
+        self.assertEqual(memory_points.sample(3, 10), [1, 2, 3])
+        self.assertEqual(memory_points.sample(0, 10), [])
+
+
+class WithPlace(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.place = runners.Place(TOOLS, folder.name)
+        self.addCleanup(setattr, runners, "TIMEOUT_MS", runners.TIMEOUT_MS)
+        runners.TIMEOUT_MS = 1000
+        self.tree = {"tmp": folders.FOLDER, "result": b"old"}
+
+    @staticmethod
+    def scenario(how):
+        return scenarios.Scenario("broken", (how,), program="broken_program", executable="broken_program", writes=True)
+
+
+class Folders(WithPlace):
+    def test_tree_is_restored(self):
+        self.place.prepare(self.tree)
+        run = self.place.run
+        (run / "result").write_bytes(b"new")
+        (run / "tmp/more").mkdir()
+        (run / "tmp/more/file").write_bytes(b"x")
+        (run / "link").symlink_to("nowhere")
+        self.assertEqual(set(folders.read_tree(run)), {"tmp", "tmp/more", "tmp/more/file", "result", "link"})
+        folders.write_tree(run, self.tree)
+        self.assertEqual(folders.read_tree(run), self.tree)
+
+
+class FailingMemory(WithPlace):
+    """Each way of a program that takes it badly."""
+    EXPECTED = {"honest": judge.ERROR, "silent": judge.WRONG, "careless": judge.WRONG, "crash": judge.CRASH,
+                "hang": judge.HANG, "child": judge.LEFTOVER}
+
+    def test_each_outcome_is_found(self):
+        for how, expected in self.EXPECTED.items():
+            server = runners.ForkServer(self.place, self.scenario(how))
+            good = server.run(self.tree, 0, False)
+            self.assertEqual((good.kind, good.number, good.tree["result"][:8]), ("exit", 0, b"a result"), how)
+            self.assertGreaterEqual(good.points, 1)
+            verdict = judge.judge_command(server.run(self.tree, 1, False), good, self.tree)
+            server.close()
+            self.assertEqual(verdict.outcome, expected, f"{how}: {verdict.text}")
+
+
+@unittest.skipUnless(TOOLS.can_trace(), "processes cannot be traced here")
+class FailingCalls(WithPlace):
+    EXPECTED = {"honest": judge.ERROR, "silent": judge.WRONG, "careless": judge.WRONG, "crash": judge.CRASH,
+                "hang": judge.HANG, "leftover": judge.LEFTOVER, "child": judge.LEFTOVER}
+
+    def run_with(self, how, **fault):
+        return runners.run_traced(self.place, self.scenario(how), self.tree, "open,write,close,rename", **fault)
+
+    def number_of(self, beginning):
+        return next(number for number, call in enumerate(self.run_with("honest").sequence, 1) if call.startswith(beginning))
+
+    def test_each_outcome_is_found(self):
+        good = self.run_with("honest")
+        for error in ("ENOSPC", "short"):
+            for how, expected in self.EXPECTED.items():
+                run = self.run_with(how, nth=self.number_of("write"), error=error)
+                self.assertIn("result.new for writing", run.hit)
+                found = call_points.judge_run(self.scenario(how), run, good, self.tree, error)
+                self.assertEqual(found.outcome, expected, f"{how} {error}: {found.text}")
+
+    def test_short_transfer_moves_half(self):
+        run = self.run_with("careless", nth=self.number_of("write"), error="short")
+        self.assertEqual(len(run.tree["result"]), len(self.run_with("honest").tree["result"]) // 2)
+
+    def test_crash_shows_where(self):
+        run = self.run_with("crash", nth=self.number_of("write"))
+        self.assertTrue(any(frame.startswith("broken_program ") for frame in run.frames), run.frames)
+
+    def test_failed_close_gives_the_descriptor_back(self):
+        run = self.run_with("honest", nth=self.number_of("close"))
+        self.assertEqual((run.kind, run.number), ("exit", 1))
+
+
+if __name__ == "__main__":
+    unittest.main()
