@@ -113,10 +113,10 @@ class QZLOG_EXPORT qz_LOG_LogConfig {
   static void SetCodePage(const char* name);
   static const char* GetCodePage();
 
-  /// Names the configuration file, read on the first lookup; null removes it. Any thread: a lookup or filter under way
-  /// in another one ends with what it began with, every later one sees the new source or none. Removing takes no lock
-  /// and no memory, and cannot fail. Throws QZX_logging_illegal_argument "invalid argument" when the file does not
-  /// exist, unless `type` is QZ_CONFIGURATION_FILE_MAY_BE_MISSING.
+  /// Names the configuration file, read on the first lookup; null removes it. Any thread: a lookup or a stage of a
+  /// filter that is under way ends with what it began with, every later one sees the new source or none. Removing takes
+  /// no lock and no memory, and cannot fail. Throws QZX_logging_illegal_argument "invalid argument" when the file does
+  /// not exist, unless `type` is QZ_CONFIGURATION_FILE_MAY_BE_MISSING.
   static void SetConfigurationSource(const char* path, qz_ConfigurationSourceType type);
   /// The unsigned value of `key` in `section`, else in the section "global". False, with `value` untouched, when there
   /// is none or no source is set. Any thread.

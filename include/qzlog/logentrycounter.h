@@ -60,7 +60,7 @@ class QZLOG_EXPORT _qz_LOG_EntryCounter {
   /// that exists and cannot be read, and QZX_memory_alloc.
   int OpenEntryCounterFile(const char* directory, const char* name);
 
-  /// Whether a file is open now: false before the first open, after one that failed or threw, and after a close.
+  /// Whether a file is open now: false before the first open, after one that got no file, and after a close.
   bool IsOpen() const { return file_ != nullptr; }
   /// Whether a file is open now and operations change it. False for one that is open for reading only: every operation
   /// then returns 0 and does nothing.

@@ -320,6 +320,33 @@ TEST_F(LogConf, AnotherInstanceLoadedFirst_ThisOneNeverLoads) {
   EXPECT_EQ(value("app", "Level"), std::nullopt);
 }
 
+TEST_F(LogConf, ByItself_LoadedThoughAnotherInstanceWasFirst) {
+  configure("[app]\nLevel=3\n\n");
+  const _qz_LOG_file_configuration own(folder_.write("own", "[app]\nLevel=4\nLogLevelLow=5\n\n").c_str(),
+                                       _qz_LOG_file_configuration::kByItself);
+  EXPECT_EQ(value("app", "Level"), 3U);  // an older instance that ends its load late
+  EXPECT_EQ(_qz_LOG_file_configuration::bCfgReaded, 1);
+  EXPECT_EQ(own.get_filter_values("app"), nullptr);
+  EXPECT_EQ(look_up(own, "app", "Level"), 4U);
+  EXPECT_NE(own.get_filter_values("app"), nullptr);
+  folder_.write("own", "[app]\nLevel=6\n\n");
+  set_modification_time(folder_.path("own"), 1000000000);
+  EXPECT_EQ(look_up(own, "app", "Level"), 4U);
+}
+
+TEST_F(LogConf, LoadedAgain_ValuesGivenBeforeStayUsable) {
+  configure("[app]\nLogLevelLow=3\n\n");
+  EXPECT_EQ(value("app", "LogLevelLow"), 3U);
+  const qz_FilterValues* const before = configuration_->get_filter_values("app");
+  const _qz_LOG_file_configuration second("/no/such/file");
+  folder_.write("conf", "[app]\nLogLevelLow=4\n\n");
+  set_modification_time(folder_.path("conf"), 1000000000);
+  EXPECT_EQ(value("app", "LogLevelLow"), 4U);
+  unsigned low = 0;
+  EXPECT_TRUE(before != nullptr && before->get(qz_FilterKey::kLogLevelLow, low));
+  EXPECT_EQ(low, 3U);
+}
+
 TEST_F(LogConf, FlagResetByAnotherInstance_ChangedFileIsLoadedAgain) {
   configure("[app]\nLevel=3\nGone=1\n\n");
   const std::string path = folder_.path("conf");

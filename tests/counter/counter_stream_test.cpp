@@ -87,7 +87,7 @@ class Rounds {
 };
 
 TEST_F(OpenCounterFaults, TwoProcessesThatCreateTheFileAtOnce_NoRecordIsLost) {
-  constexpr unsigned kRounds = 5000;
+  constexpr unsigned kRounds = 2000;
   const auto name = [](unsigned round) { return "days" + std::to_string(round); };
   Rounds rounds;
   const pid_t child = fork();
