@@ -380,6 +380,28 @@ class MallocFailures : public testing::TestWithParam<Scenario> {
     return ending;
   }
 
+  /// One after the other in one process, until something goes wrong; then in another one.
+  template <typename TryNth>
+  void fail_each(bool never_sleeps, TryNth&& try_nth) {
+    for (const auto reach : {MallocFailure::kOnce, MallocFailure::kFromThenOn}) {
+      Ending ending = kDone;
+      for (unsigned first = 1; ending != kNoneLeft && first < kTooMany; first = shared->nth + 1) {
+        ending = in_child(never_sleeps, [&] {
+          prepare(GetParam(), definitions_);
+          if (!renders_right(GetParam())) return kWrongMessage;
+          for (shared->nth = first;; ++shared->nth) {
+            const Ending one = try_nth(shared->nth, reach);
+            if (one != kDone) return one;
+          }
+        });
+        endings_[kDone] += shared->nth - first;
+        EXPECT_NE(ending, kBrokenOutside) << "at allocation " << shared->nth;
+        EXPECT_NE(ending, kIcuHung) << "at allocation " << shared->nth;
+        count(ending, shared->nth, reach == MallocFailure::kOnce ? "once" : "from then on");
+      }
+    }
+  }
+
   TempDir folder_;
   std::string definitions_;
   unsigned endings_[kEndings] = {};
@@ -387,47 +409,18 @@ class MallocFailures : public testing::TestWithParam<Scenario> {
 };
 
 TEST_P(MallocFailures, InAWarmedProcess_RightOrMemoryAllocAndRightAfterwards) {
-  for (const auto reach : {MallocFailure::kOnce, MallocFailure::kFromThenOn}) {
-    unsigned first = 1;
-    while (first != 0 && first < kTooMany) {
-      unsigned* const nth = &shared->nth;
-      *nth = first;
-      // Goes on until something goes wrong, then in another process.
-      const Ending ending = in_child(false, [&] {
-        prepare(GetParam(), definitions_);
-        if (!renders_right(GetParam())) return kWrongMessage;
-        for (;; ++*nth) {
-          const Ending one = warmed(*nth, reach);
-          if (one != kDone) return one;
-        }
-      });
-      endings_[kDone] += *nth - first;
-      EXPECT_NE(ending, kBrokenOutside) << "at allocation " << *nth;
-      EXPECT_NE(ending, kIcuHung) << "at allocation " << *nth;
-      count(ending, *nth, reach == MallocFailure::kOnce ? "once" : "from then on");
-      first = ending == kNoneLeft ? 0 : *nth + 1;
-    }
-  }
+  fail_each(false, [&](unsigned nth, MallocFailure::Reach reach) { return warmed(nth, reach); });
   print("warmed");
 }
 
 TEST_P(MallocFailures, WithEverythingKept_RightOrMemoryAllocAndRightAfterwards) {
-  for (const auto reach : {MallocFailure::kOnce, MallocFailure::kFromThenOn}) {
-    const Ending ending = in_child(true, [&] {
-      prepare(GetParam(), definitions_);
-      for (shared->nth = 1;; ++shared->nth) {
-        // ICU goes on making what a formatter needs while that formats for the first few times.
-        for (int i = 0; i < 8; ++i) {
-          if (!renders_right(GetParam())) return kWrongAfterwards;
-        }
-        const Ending one = attempt(GetParam(), shared->nth, reach);
-        if (one != kDone) return one;
-      }
-    });
-    endings_[kDone] += shared->nth - 1;
-    count(ending, shared->nth, reach == MallocFailure::kOnce ? "once" : "from then on");
-    EXPECT_EQ(ending, kNoneLeft);
-  }
+  fail_each(true, [](unsigned nth, MallocFailure::Reach reach) {
+    // ICU goes on making what a formatter needs while that formats for the first few times.
+    for (int i = 0; i < 8; ++i) {
+      if (!renders_right(GetParam())) return kWrongAfterwards;
+    }
+    return attempt(GetParam(), nth, reach);
+  });
   print("kept");
 }
 
