@@ -1,4 +1,5 @@
-// Reads the input as a resource bundle, which may be its own pool, and as a package of files, and looks up what is there.
+// Reads the input as a resource bundle, whose pool is the second half, and as a package of files, and looks up what is
+// there.
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -30,7 +31,10 @@ void look_up(const ResourceData& bundle, Resource resource, unsigned level) {
 void read_bundle(const std::string& bytes) {
   ReadResource read = ResourceData::read(bytes);
   if (read.state != ReadResource::State::kGood) return;
-  if (read.data->layout().uses_pool && !read.data->set_pool(ResourceData::read(bytes).data)) return;
+  if (read.data->layout().uses_pool) {
+    ReadResource pool = ResourceData::read(bytes.substr(bytes.size() / 2));
+    if (pool.data == nullptr || !read.data->set_pool(std::move(pool.data))) return;
+  }
   if (read.data->check() == nullptr) look_up(*read.data, read.data->root(), 0);
 }
 

@@ -59,8 +59,6 @@ BUNDLE = """made {
   "%%Parent" { "root" }
 }
 """
-# Of a bundle whose header has 32 bytes: the word with its attributes.
-BUNDLE_ATTRIBUTES = 32 + 4 * 6
 
 
 class Compiler:
@@ -102,11 +100,6 @@ def run_genrb(folder, *arguments):
     subprocess.run(["genrb", "--quiet", *arguments, "--destdir", ".", "made.txt"], cwd=folder, stdout=subprocess.DEVNULL, check=True)
 
 
-def with_word(data, offset, change):
-    value = change(struct.unpack_from("=I", data, offset)[0])
-    return data[:offset] + struct.pack("=I", value) + data[offset + 4:]
-
-
 def package_of(name, content):
     """A package file with one file in it."""
     header = content[:12] + b"CmnD\1\0\0\0" + content[20:32]
@@ -124,11 +117,11 @@ def bundle_seeds():
             run_genrb(folder, "--formatVersion", version)
             seeds[f"version{version}.res"] = (path / "made.res").read_bytes()
         run_genrb(folder, "--writePoolBundle")
-        seeds["pool.res"] = (path / "pool.res").read_bytes()
+        pool = (path / "pool.res").read_bytes()
         run_genrb(folder, "--usePoolBundle", ".")
         pooled = (path / "made.res").read_bytes()
-    seeds["pooled.res"] = pooled
-    seeds["pool_of_itself.res"] = with_word(pooled, BUNDLE_ATTRIBUTES, lambda attributes: attributes | 2)
+    seeds["pooled.res"] = half_and_half(pooled, pool)
+    seeds["without_pool.res"] = pooled
     seeds["cut.res"] = seeds["version2.res"][:200]
     seeds["package.dat"] = package_of("catalog/root.res", seeds["version1.res"])
     return seeds

@@ -64,8 +64,8 @@ class _qz_LOG_log_message {
   static unsigned int _get_number_of_attributes(const _qz_LOG_msg_token_list& list);
 
   /// Opens the catalog at `path` for the current locale, or closes it with null. When it cannot be opened,
-  /// QZX_logging_missing_resource is thrown and the catalog counts as open: every later lookup fails. The files are read
-  /// into memory and checked here; what happens to them later changes nothing.
+  /// QZX_logging_missing_resource is thrown and the catalog counts as open: every later lookup fails. The files are
+  /// read into memory and checked here; what happens to them later changes nothing.
   static void set_resource_path(const char* path);
   /// "" while no catalog is open. Valid until the next set_resource_path.
   static const char* get_resource_path();

@@ -16,7 +16,7 @@ constexpr const char* kOpenedBundle = "LOCALE";
 /// Takes what stands before the next slash off a text.
 std::string take_part(std::string_view& text) {
   const std::size_t slash = text.find('/');
-  const std::string part(text.substr(0, slash));
+  std::string part(text.substr(0, slash));
   text.remove_prefix(slash == std::string_view::npos ? text.size() : slash + 1);
   return part;
 }
@@ -41,7 +41,7 @@ struct ResourceAliases::Target {
   }
 };
 
-ResourcePlace ResourceAliases::follow(ResourcePlace place, const std::string& keys) {
+ResourcePlace ResourceAliases::follow(const ResourcePlace& place, const std::string& keys) {
   return type_of(place.resource) == ResourceType::kAlias ? follow_alias(place, keys) : place;
 }
 

@@ -24,7 +24,7 @@ class ResourceAliases {
 
   /// Where a value leads that was found under these keys: to itself when it stands for none, nowhere when there is
   /// nothing, or too long a way. Throws std::bad_alloc.
-  ResourcePlace follow(ResourcePlace place, const std::string& keys);
+  ResourcePlace follow(const ResourcePlace& place, const std::string& keys);
 
  private:
   struct Target;

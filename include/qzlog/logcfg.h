@@ -93,18 +93,18 @@ class QZLOG_EXPORT qz_LOG_LogConfig {
   /// Opens a message catalog, an ICU resource bundle with the table "STRING_TABLE", for the current locale; null closes
   /// it. While ICU is switched off this does nothing. Throws QZX_logging_missing_resource; the catalog then counts as
   /// open, so that every later message on the ICU path reports the failure. Its text says "Unable to locate" when there
-  /// is no bundle for the locale and none to fall back to, and "Unable to access" when a file of the locale's is damaged
-  /// or cannot be read, even when another language would be at hand. A file that is whole but no bundle of this machine
-  /// is passed over, as ICU does. The catalog is read into memory here: files that are changed, cut or removed later
-  /// count from the next SetMessageCatalogPath or SetLocale on.
+  /// is no bundle for the locale and none to fall back to, and "Unable to access" when a file of the locale's is
+  /// damaged or cannot be read, even when another language would be at hand. A file that is whole but no bundle of this
+  /// machine is passed over, as ICU does. The catalog is read into memory here: files that are changed, cut or removed
+  /// later count from the next SetMessageCatalogPath or SetLocale on.
   static void SetMessageCatalogPath(const char* path);
   /// "" when unset or while ICU is switched off.
   static const char* GetMessageCatalogPath();
 
   /// The locale in which messages, numbers and dates are rendered from now on; an open catalog is opened again for it.
   /// Throws nothing: a catalog that cannot be opened for the locale, for whatever reason and be it a lack of memory,
-  /// fails from then on as after a failed SetMessageCatalogPath, until it can be opened for another locale, or is set or
-  /// closed. The process's own locale settings are not touched.
+  /// fails from then on as after a failed SetMessageCatalogPath, until it can be opened for another locale, or is set
+  /// or closed. The process's own locale settings are not touched.
   static void SetLocale(qz_Locale locale);
   static qz_Locale GetLocale();
 

@@ -112,4 +112,28 @@ TEST_F(MessageCatalog, EveryPrefixOfABundle_IsDamaged) {
   EXPECT_EQ(read().at(0).failure, "");
 }
 
+TEST_F(MessageCatalog, AnyByteChanged_ReadOrDamaged) {
+  build("root", "STRING_TABLE { A { \"a text of a message\" } B { \"another\" } C:int { 7 } } D { \"x\", \"y\" }");
+  const std::string whole = folder_.read("root.res");
+  unsigned damaged = 0;
+  for (std::size_t i = 0; i < whole.size(); ++i) {
+    std::string changed = whole;
+    changed[i] = static_cast<char>(changed[i] ^ 1 << i % 8);
+    folder_.write("root.res", changed);
+    const CatalogBundle bundle = read().at(0);
+    damaged += bundle.failure.empty() ? 0U : 1U;
+    EXPECT_LE(bundle.templates.size(), 2U) << i;
+  }
+  EXPECT_GT(damaged, whole.size() / 8);
+}
+
+TEST_F(MessageCatalog, ParentIsDamaged_SaysWhichBundle) {
+  build("root", "STRING_TABLE { A { \"a\" } }");
+  build("de", "STRING_TABLE { A { \"b\" } }");
+  const std::string whole = folder_.read("root.res");
+  folder_.write("root.res", whole.substr(0, whole.size() - 4));
+  EXPECT_EQ(read().at(0).failure, "the file is shorter than the bundle in it");
+  EXPECT_EQ(read().at(1).failure, "it needs the bundle 'root': the file is shorter than the bundle in it");
+}
+
 }  // namespace

@@ -1,0 +1,74 @@
+#include "message/whole_file.h"
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <string>
+
+#include "tests/support/support.h"
+
+namespace qz_test {
+namespace {
+
+using qzlog_bundle::read_whole_file;
+using State = qzlog_bundle::WholeFile::State;
+
+TEST(WholeFile, RegularFile_ItsBytes) {
+  const TempDir folder;
+  for (const std::size_t size : {0, 1, 4096, 300000}) {
+    const std::string bytes(size, '\xAB');
+    const qzlog_bundle::WholeFile file = read_whole_file(folder.write("file", bytes));
+    EXPECT_EQ(file.state, State::kRead);
+    EXPECT_EQ(file.bytes, bytes);
+  }
+}
+
+TEST(WholeFile, NoRegularFile_Absent) {
+  const TempDir folder;
+  ASSERT_EQ(mkfifo(folder.path("pipe").c_str(), 0600), 0);
+  std::filesystem::create_symlink("loop", folder.path("loop"));
+  for (const std::string& path :
+       {folder.path("nothing"), folder.path(), folder.path("pipe"), folder.path("loop"), folder.path("nothing/within"),
+        std::string("/dev/null"), std::string("/dev/zero"), "/" + std::string(20000, 'x'), std::string()}) {
+    EXPECT_EQ(read_whole_file(path).state, State::kAbsent) << path.substr(0, 100);
+  }
+}
+
+TEST(WholeFile, LargerThanABundleMayBe_Failed) {
+  const TempDir folder;
+  folder.write("file", "");
+  std::filesystem::resize_file(folder.path("file"), (1ULL << 30U) + 1);  // takes no room on the disk
+  EXPECT_EQ(read_whole_file(folder.path("file")).state, State::kFailed);
+}
+
+TEST(WholeFile, NoDescriptorLeft_Failed) {
+  const TempDir folder;
+  const std::string path = folder.write("file", "bytes");
+  rlimit before = {};
+  ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &before), 0);
+  const rlimit none = {0, before.rlim_max};
+  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
+  const qzlog_bundle::WholeFile file = read_whole_file(path);
+  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &before), 0);
+  EXPECT_EQ(file.state, State::kFailed);
+}
+
+TEST(WholeFile, CutWhileItIsRead_Failed) {
+  // Of files in /sys the size is a page, whatever they hold.
+  const std::string path = "/sys/kernel/mm/transparent_hugepage/enabled";
+  if (!std::filesystem::exists(path)) GTEST_SKIP() << "no " << path;
+  EXPECT_EQ(read_whole_file(path).state, State::kFailed);
+}
+
+TEST(WholeFile, WithoutMemory_Thrown) {
+  const TempDir folder;
+  const std::string path = folder.write("file", std::string(1000, 'x'));
+  const AllocationFailure failure(1);
+  EXPECT_THROW(read_whole_file(path), std::bad_alloc);
+}
+
+}  // namespace
+}  // namespace qz_test
