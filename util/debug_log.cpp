@@ -31,7 +31,7 @@ void write_record(std::FILE* file, const char* format, std::va_list arguments) {
 
 void LogDebugMessage(unsigned level, const char* format, ...) {
   if (!debug_log_wants(level)) return;
-  std::FILE* file = std::fopen(kDebugLogFile, "a+");
+  std::FILE* file = std::fopen(kDebugLogFile, "a+e");
   if (file == nullptr) return;
   std::va_list arguments;
   va_start(arguments, format);
