@@ -46,7 +46,12 @@ void QZ_free(void* memory) { std::free(memory); }
 
 void QZ_bzero(void* memory, unsigned count) { std::memset(memory, 0, count); }
 
-std::FILE* QZ_fopen(const char* path, const char* mode) { return std::fopen(path, mode); }
+// "e": what a program that is started meanwhile does not need to have.
+std::FILE* QZ_fopen(const char* path, const char* mode) {
+  char own_mode[8];
+  const int length = std::snprintf(own_mode, sizeof(own_mode), "%se", mode);
+  return std::fopen(path, length < static_cast<int>(sizeof(own_mode)) ? own_mode : mode);
+}
 
 int QZ_fclose(std::FILE* file) { return std::fclose(file); }
 

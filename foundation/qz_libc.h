@@ -25,6 +25,7 @@ char* QZ_strdup(const char* text);
 void QZ_free(void* memory);
 void QZ_bzero(void* memory, unsigned count);
 
+/// The file is closed in programs that the process becomes or starts (O_CLOEXEC).
 std::FILE* QZ_fopen(const char* path, const char* mode);
 int QZ_fclose(std::FILE* file);
 std::size_t QZ_fread(void* target, std::size_t size, std::size_t count, std::FILE* file);

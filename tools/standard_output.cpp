@@ -22,14 +22,17 @@ bool is_kept() {
 
 }  // namespace
 
+// What was too much to be held was written, or not, before now; errno then still tells why.
 void flush_standard_output() {
+  const int earlier_error = std::cout.good() ? 0 : errno;
   const bool complete = std::cout.good();
   std::cout.clear();
   errno = 0;
-  if (std::cout.flush() && complete && is_kept()) return;
-  const std::string reason = errno != 0 ? std::string(": ") + std::strerror(errno) : "";
+  if (std::cout.flush() && is_kept() && complete) return;
+  const int error = errno != 0 ? errno : earlier_error;
   std::cout.setstate(std::ios::badbit);
-  throw CommandError(kExitCannotRun, "cannot write to standard output" + reason);
+  throw CommandError(kExitCannotRun, std::string("cannot write to standard output") +
+                                         (error != 0 ? std::string(": ") + std::strerror(error) : ""));
 }
 
 }  // namespace qzlog_tool

@@ -36,7 +36,7 @@ void LogDebugMessage(unsigned level, const char* format, ...) {
   if (!debug_log_wants(level)) return;
   // The C library locks its time zone; and a process that is forked with a record half written would write it too.
   const qz_ForkDelay fork_delay;
-  std::FILE* file = std::fopen(kDebugLogFile, "a+");
+  std::FILE* file = std::fopen(kDebugLogFile, "a+e");
   if (file == nullptr) return;
   std::va_list arguments;
   va_start(arguments, format);

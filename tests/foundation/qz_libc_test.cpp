@@ -1,5 +1,6 @@
 #include "foundation/qz_libc.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -216,6 +217,16 @@ TEST(QzStrtok, RandomTextsAndChangingDelimiters_AsStrtok) {
     std::vector<std::string> delimiters;
     for (int d = 0; d < 3; ++d) delimiters.emplace_back(random.one_in(5) ? "" : random.one_in(2) ? ",;" : "=");
     ASSERT_EQ(tokens(QZ_strtok, text, delimiters), tokens(std::strtok, text, delimiters)) << text;
+  }
+}
+
+TEST(QzStdio, OpenedFile_IsClosedInProgramsThatAreStarted) {
+  const TempDir folder;
+  for (const char* const mode : {"w+b", "rb", "rb+", "a+"}) {
+    std::FILE* file = QZ_fopen(folder.path("data").c_str(), mode);
+    ASSERT_NE(file, nullptr) << mode;
+    EXPECT_EQ(fcntl(fileno(file), F_GETFD), FD_CLOEXEC) << mode;
+    QZ_fclose(file);
   }
 }
 

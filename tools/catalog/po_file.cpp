@@ -2,15 +2,13 @@
 
 #include <gettext-po.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
-#include <set>
-#include <sstream>
 #include <utility>
 
+#include "tools/catalog/po_comparison.h"
 #include "tools/catalog/po_lines.h"
 #include "tools/command_error.h"
 #include "tools/compiler/utf8_text.h"
@@ -296,52 +294,11 @@ void write_messages(const PoFile& file, const std::string& path) {
   throw CommandError(qzlog_tool::kExitFindings, "cannot make a PO file" + reason);
 }
 
-constexpr std::string_view kBlanks = " \t\n\r\v\f";
-
-std::string without_blanks(std::string_view text) {
-  std::string result;
-  for (const char character : text) {
-    if (kBlanks.find(character) == std::string_view::npos) result += character;
-  }
-  return result;
-}
-
-std::string_view trimmed(std::string_view text) {
-  text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
-  return text.substr(0, text.find_last_not_of(kBlanks) + 1);
-}
-
-/// The words that references consist of: file names lose the folder "." and blanks around them, one with a blank inside
-/// is read as two, and of two that are the same one is left.
-std::set<std::string> reference_words(const PoMessage& message) {
-  std::set<std::string> words;
-  for (const PoReference& reference : message.references) {
-    std::string_view file = reference.file;
-    while (file.starts_with("./")) file.remove_prefix(2);
-    std::istringstream text(std::string(trimmed(file)) + (reference.line ? ':' + std::to_string(*reference.line) : ""));
-    for (std::string word; text >> word;) words.insert(word);
-  }
-  return words;
-}
-
-/// Whether one is what libgettextpo makes of the other when it writes and reads it. Comments lose blanks.
-bool says_the_same(PoMessage a, PoMessage b) {
-  if (reference_words(a) != reference_words(b)) return false;
-  for (PoMessage* const message : {&a, &b}) {
-    message->references.clear();
-    message->comments = without_blanks(message->comments);
-    message->extracted_comments = without_blanks(message->extracted_comments);
-  }
-  return a == b;
-}
-
 /// libgettextpo does not report a write that fails.
 bool holds(const std::string& text, const PoFile& file) {
   CatalogFindings findings;
   const std::optional<PoFile> written = parse_po(text, "", findings);
-  return text.ends_with('\n') && written &&
-         std::equal(written->messages.begin(), written->messages.end(), file.messages.begin(), file.messages.end(),
-                    says_the_same);
+  return text.ends_with('\n') && written && say_the_same(*written, file);
 }
 
 }  // namespace
