@@ -28,6 +28,7 @@ ERRORS = {
     "memfd": ("EMFILE",),
     "mmap": ("ENOMEM",),
     "pipe": ("EMFILE",),
+    "dup": ("EMFILE", "EINTR"),
     "fork": ("EAGAIN",),
     "exec": ("EIO", "EMFILE"),
     "wait": ("EINTR",),
