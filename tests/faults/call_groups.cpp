@@ -36,6 +36,7 @@ const std::vector<CallGroup>& call_groups() {
       {"memfd", Subject::kPath, {SYS_memfd_create}},
       {"mmap", Subject::kNone, {SYS_mmap}},
       {"pipe", Subject::kNone, {SYS_pipe, SYS_pipe2}},
+      {"dup", Subject::kDescriptor, {SYS_dup, SYS_dup2, SYS_dup3}},
       {"fork", Subject::kNone, {SYS_fork, SYS_vfork, SYS_clone, SYS_clone3}},
       {"exec", Subject::kPath, {SYS_execve}},
       {"wait", Subject::kNone, {SYS_wait4, SYS_waitid}},

@@ -28,6 +28,7 @@ ERRORS = {
     "memfd": ("EMFILE",),
     "mmap": ("ENOMEM",),
     "pipe": ("EMFILE",),
+    "dup": ("EMFILE", "EINTR"),
     "fork": ("EAGAIN",),
     "exec": ("EIO", "EMFILE"),
     "wait": ("EINTR",),
@@ -47,7 +48,7 @@ class Work:
 
     def run(self, worker):
         tree = worker.tree(self.scenario)
-        good = runners.run_traced(worker.place, self.scenario, tree)
+        good = judge.checked(runners.run_traced(worker.place, self.scenario, tree), self.scenario.marked)
         for nth, error in self.points:
             run = runners.run_traced(worker.place, self.scenario, tree, ALL, nth, error.rstrip("+"), error.endswith("+"))
             yield f"{nth} {error}", judge_run(self.scenario, run, good, tree, error), run.hit

@@ -17,7 +17,7 @@ class Work:
 
     def run(self, worker):
         tree = worker.tree(self.scenario)
-        good = runners.run_traced(worker.place, self.scenario, tree)
+        good = judge.checked(runners.run_traced(worker.place, self.scenario, tree), is_program=False)
         # A closed standard input has nothing in it.
         empty = runners.run_traced(worker.place, dataclasses.replace(self.scenario, input=""), tree)
         for closed in self.points:

@@ -50,7 +50,7 @@ def main():
     if options.list:
         list_scenarios()
         return 0
-    with tempfile.TemporaryDirectory(prefix="qzlog-faults-") as folder:
+    with tempfile.TemporaryDirectory(prefix="faults-") as folder:
         tree = material.make_material(tools, SOURCE / "examples", pathlib.Path(folder, "material"))
         with work.Pool(tools, tree, folder, options.jobs) as pool:
             tables = [run_subset(pool, name, options) for name in options.subsets]
@@ -88,11 +88,14 @@ def run_subset(pool, name, options):
     plans = pool.plan(module, chosen)
     works = [one for scenario, plan in zip(chosen, plans) for one in module.works(scenario, plan, options.short, options.at)]
     tried = table.Table(name)
-    for done, (scenario, what, verdicts) in enumerate(pool.run(works), 1):
-        for point, verdict, hit in verdicts:
-            tried.add(scenario, what, point, verdict, hit)
-        show_progress(name, done, len(works))
-    report(tried, time.monotonic() - started, options)
+    try:
+        for done, (scenario, what, verdicts) in enumerate(pool.run(works), 1):
+            for point, verdict, hit in verdicts:
+                tried.add(scenario, what, point, verdict, hit)
+            show_progress(name, done, len(works))
+    finally:
+        # Whoever interrupts a long run sees what was tried until then.
+        report(tried, time.monotonic() - started, options)
     return tried
 
 
@@ -112,4 +115,7 @@ def report(tried, seconds, options):
 
 
 if __name__ == "__main__":
-    sys.exit(main())
+    try:
+        sys.exit(main())
+    except KeyboardInterrupt:
+        sys.exit("faults.py: interrupted")

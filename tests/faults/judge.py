@@ -50,6 +50,13 @@ def judge_command(run, good, before, in_between=None, told="", errors_are_lost=F
             or _status(run, good, errors_are_lost))
 
 
+def checked(good, is_program):
+    """The run without a fault, which is what the others are compared with: it has to be one."""
+    if good.kind != "exit" or (is_program and (good.number != 0 or good.out.count(b"result\n") != 2)):
+        raise RuntimeError(f"wrong without a fault: {good.kind} {good.number}: {good.out[:200]!r} {last_line(good.err)}")
+    return good
+
+
 def judge_program(run, good):
     """A program of the folder scenarios/, which says what it saw while something failed, and "again" when nothing did."""
     bad_end = _ended(run)

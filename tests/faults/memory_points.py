@@ -63,7 +63,7 @@ class ServedMemory:
     def __init__(self, worker, scenario):
         self.place, self.scenario, self.tree = worker.place, scenario, worker.tree(scenario)
         self.server = runners.ForkServer(self.place, scenario)
-        self.good = self.server.run(self.tree, 0, False)
+        self.good = judge.checked(self.server.run(self.tree, 0, False), scenario.marked)
 
     def __enter__(self):
         return self
@@ -88,7 +88,7 @@ class TracedMemory:
     def __init__(self, worker, scenario):
         self.place, self.scenario, self.tree = worker.place, scenario, worker.tree(scenario)
         self.count = self.place.folder / "count"
-        self.good = self.run("0")
+        self.good = judge.checked(self.run("0"), scenario.marked)
         self.good.points = int.from_bytes(self.count.read_bytes()[:8], "little")
 
     def __enter__(self):

@@ -103,6 +103,18 @@ class JudgeOfPrograms(unittest.TestCase):
         self.assertEqual(self.outcome(b"not stated: std::bad_alloc\nagain\nresult\nseen\n", number=1), judge.WRONG)
 
 
+class RunsWithoutFault(unittest.TestCase):
+    def test_run_that_is_wrong_by_itself_is_refused(self):
+        for good, is_program in ((judge.Run("signal", 11), False), (judge.Run("hang"), False), (judge.Run(number=1), True),
+                                 (judge.Run(out=b"error: x\nagain\nresult\n"), True)):
+            with self.assertRaisesRegex(RuntimeError, "wrong without a fault"):
+                judge.checked(good, is_program)
+
+    def test_others_are_taken(self):
+        for good, is_program in ((judge.Run(number=1), False), (judge.Run(out=b"result\nagain\nresult\n"), True)):
+            self.assertIs(judge.checked(good, is_program), good)
+
+
 class ExcuseOfIcu(unittest.TestCase):
     def outcome(self, *frames):
         return judge.excuse_icu(judge.Verdict(judge.CRASH), list(frames)).outcome
@@ -237,6 +249,20 @@ class FailingMemory(WithPlace):
             verdict = judge.judge_command(server.run(self.tree, 1, False), good, self.tree)
             server.close()
             self.assertEqual(verdict.outcome, expected, f"{how}: {verdict.text}")
+
+
+class MarkedPrograms(WithPlace):
+    """Only what happens between the marks counts, and only there something fails."""
+
+    def test_each_allocation_between_the_marks_can_fail(self):
+        scenario = next(one for one in scenarios.PROGRAMS if one.name == "counter-new/cold")
+        server = runners.ForkServer(self.place, scenario)
+        self.addCleanup(server.close)
+        good = judge.checked(server.run(self.tree, 0, False), True)
+        self.assertIn(good.points, range(1, 100))
+        outcomes = [judge.judge_program(server.run(self.tree, nth, True), good).outcome for nth in range(1, good.points + 2)]
+        self.assertEqual(outcomes[-1], judge.AS_BEFORE)
+        self.assertEqual(outcomes[0], judge.ERROR)
 
 
 @unittest.skipUnless(TOOLS.can_trace(), "processes cannot be traced here")

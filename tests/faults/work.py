@@ -2,6 +2,7 @@
 import importlib
 import multiprocessing
 import os
+import signal
 
 import runners
 
@@ -25,6 +26,8 @@ _worker = None
 
 def _start(tools, material, folder):
     global _worker
+    # A terminal interrupts all at once; the one that judges ends the others. What they start is as it always is.
+    signal.signal(signal.SIGINT, lambda *_: None)
     _worker = Worker(tools, material, folder)
 
 
