@@ -348,7 +348,7 @@ TEST_F(RenderLocale, RandomTemplatesValuesAndLocales_AsTheOracles) {
   const char* const locales[] = {"en_US", "de_DE", "fr_FR", "ar_SA", "ar_EG", "ja_JP", "hi_IN", "pl_PL"};
   const char* const zones[] = {"UTC", "Asia/Kathmandu", "America/St_Johns"};
   RandomMessage message(random, entry_);
-  for (int i = 0; i < 3000 && !testing::Test::HasFailure(); ++i) {
+  for (int i = 0; i < rounds(3000) && !testing::Test::HasFailure(); ++i) {
     message.draw();
     const char* const locale = locales[random.between(0, 7)];
     RenderingSettings::set_icu_locale(locale);
