@@ -235,6 +235,14 @@ class Folders(WithPlace):
         self.assertEqual(folders.read_tree(run), self.tree)
 
 
+    def test_what_came_meanwhile_is_removed(self):
+        self.place.prepare(self.tree)
+        (self.place.run / "more").write_bytes(b"x")
+        self.place.forget()
+        self.place.prepare(self.tree)
+        self.assertEqual(folders.read_tree(self.place.run), self.tree)
+
+
 class FailingMemory(WithPlace):
     """Each way of a program that takes it badly."""
     EXPECTED = {"honest": judge.ERROR, "silent": judge.WRONG, "careless": judge.WRONG, "crash": judge.CRASH,
