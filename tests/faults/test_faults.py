@@ -301,6 +301,10 @@ class FailingCalls(WithPlace):
         run = self.run_with("crash", nth=self.number_of("write"))
         self.assertTrue(any(frame.startswith("broken_program ") for frame in run.frames), run.frames)
 
+    def test_hang_shows_where(self):
+        run = self.run_with("hang", nth=self.number_of("write"))
+        self.assertTrue(any(frame.startswith("broken_program ") for frame in run.frames), run.frames)
+
     def test_failed_close_gives_the_descriptor_back(self):
         run = self.run_with("honest", nth=self.number_of("close"))
         self.assertEqual((run.kind, run.number), ("exit", 1))
