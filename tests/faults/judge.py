@@ -114,7 +114,7 @@ def last_line(text):
 
 def _ended(run):
     if run.kind == "hang":
-        return Verdict(HANG, last_line(run.err))
+        return Verdict(HANG, calls_text(run.frames) or last_line(run.err))
     if run.kind == "signal":
         return Verdict(CRASH, f"signal {run.number}: " + (calls_text(run.frames) or last_line(run.err)))
     if run.left_running:

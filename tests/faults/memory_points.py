@@ -58,7 +58,7 @@ def judge_run(scenario, run, good, before):
 
 
 class ServedMemory:
-    """A fork for each run; one that crashes is run once more under fault_run, which shows where."""
+    """A fork for each run; one that crashes or hangs is run once more under fault_run, which shows where."""
 
     def __init__(self, worker, scenario):
         self.place, self.scenario, self.tree = worker.place, scenario, worker.tree(scenario)
@@ -74,7 +74,7 @@ class ServedMemory:
     def verdict(self, nth, from_then_on):
         run = self.server.run(self.tree, nth, from_then_on)
         found = judge_run(self.scenario, run, self.good, self.tree)
-        if found.outcome != judge.CRASH or not self.place.tools.fault_run.exists():
+        if found.outcome not in (judge.CRASH, judge.HANG):
             return found
         run = runners.run_traced(self.place, self.scenario, self.tree,
                                  environment={"QZ_FAULT_MEMORY": f"{nth}{'+' if from_then_on else ''}"})

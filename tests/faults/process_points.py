@@ -49,6 +49,7 @@ class StressWork:
         place = worker.place
         place.prepare(worker.tree(scenario))
         ended = subprocess.run(scenario.command(place.tools), cwd=place.run, check=False, capture_output=True)
+        place.forget()
         verdict = judge.Verdict(judge.AS_BEFORE)
         if ended.returncode != 0:
             outcome = judge.HANG if b"hung" in ended.stderr else judge.CRASH if b"signal" in ended.stderr else judge.WRONG
@@ -65,7 +66,7 @@ class KillWork:
     def run(self, worker):
         tree = worker.tree(self.scenario)
         started = time.monotonic()
-        good = run_plainly(worker.place, self.scenario, tree)
+        good = judge.checked(run_plainly(worker.place, self.scenario, tree), is_program=False)
         duration = time.monotonic() - started
         for point in self.points:
             run = run_plainly(worker.place, self.scenario, tree, duration * point, SIGNALS[self.what])
@@ -91,7 +92,7 @@ class LimitWork:
 
     def run(self, worker):
         tree = worker.tree(self.scenario)
-        good = run_plainly(worker.place, self.scenario, tree)
+        good = judge.checked(run_plainly(worker.place, self.scenario, tree), is_program=False)
         for size in self.points:
             run = run_plainly(worker.place, self.scenario, tree, largest_file=size)
             if run.number == -signal.SIGXFSZ:
@@ -138,7 +139,10 @@ def wait_or_kill(place, process, kill_after, by):
         if by != signal.SIGKILL:
             kind = wait_for_end(process) or kind
     kill_group(process)
-    return place.result(kind=kind, number=process.returncode)
+    run = place.result(kind=kind, number=process.returncode)
+    if kind != "exit":
+        place.forget()
+    return run
 
 
 def wait_for_end(process):

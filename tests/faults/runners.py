@@ -54,6 +54,10 @@ class Place:
         folders.write_tree(self.run, tree, self.tree)
         self.tree = tree
 
+    def forget(self):
+        """What the folder holds is not known: somebody may still have written there."""
+        self.tree = None
+
     def environment(self, scenario, **more):
         """Little of the caller's, and no file that a run would read outside its folder."""
         return {"PATH": f"{self.tools.qzlog.parent}:{os.environ['PATH']}", "HOME": str(self.folder), "TZ": "XYZ-3:30",

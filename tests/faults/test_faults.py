@@ -235,6 +235,14 @@ class Folders(WithPlace):
         self.assertEqual(folders.read_tree(run), self.tree)
 
 
+    def test_what_came_meanwhile_is_removed(self):
+        self.place.prepare(self.tree)
+        (self.place.run / "more").write_bytes(b"x")
+        self.place.forget()
+        self.place.prepare(self.tree)
+        self.assertEqual(folders.read_tree(self.place.run), self.tree)
+
+
 class FailingMemory(WithPlace):
     """Each way of a program that takes it badly."""
     EXPECTED = {"honest": judge.ERROR, "silent": judge.WRONG, "careless": judge.WRONG, "crash": judge.CRASH,
@@ -291,6 +299,10 @@ class FailingCalls(WithPlace):
 
     def test_crash_shows_where(self):
         run = self.run_with("crash", nth=self.number_of("write"))
+        self.assertTrue(any(frame.startswith("broken_program ") for frame in run.frames), run.frames)
+
+    def test_hang_shows_where(self):
+        run = self.run_with("hang", nth=self.number_of("write"))
         self.assertTrue(any(frame.startswith("broken_program ") for frame in run.frames), run.frames)
 
     def test_failed_close_gives_the_descriptor_back(self):

@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <fstream>
@@ -73,6 +74,7 @@ RunReport TracedRun::run(char* const command[]) {
   start(command);
   alarm_in(options_.timeout_ms);
   wait_for_all();
+  if (!program_ended_) show_hang();
   report_.left_running = program_ended_ ? static_cast<int>(counting_.size()) : 0;
   return report_;
 }
@@ -218,6 +220,15 @@ void TracedRun::consider(pid_t thread, StoppedCall& call, const CallGroup& group
   if (fault.error == 0 && !at_end) return;
   if (report_.hit.empty()) report_.hit = what;
   if (at_end) threads_[thread] = {true, at_end};
+}
+
+// Where the main thread is; the others may be waiting for it.
+void TracedRun::show_hang() {
+  if (ptrace(PTRACE_INTERRUPT, program_, nullptr, nullptr) != 0) return;
+  int status = 0;
+  while (waitpid(program_, &status, __WALL) < 0 && errno == EINTR) {
+  }
+  if (WIFSTOPPED(status) && report_.frames.empty()) report_.frames = frames_of(program_, program_, kMostFrames);
 }
 
 // The registers that were changed for the call get back what they held: the program counts on it.

@@ -20,7 +20,7 @@ struct RunReport {
   long calls = 0;                     ///< counted, whether they failed or not
   std::string hit;                    ///< the call that went wrong first, with its file; empty if none did
   std::vector<std::string> sequence;  ///< the counted calls with their files, when none was to fail
-  std::vector<std::string> frames;    ///< of the first crash, innermost first
+  std::vector<std::string> frames;    ///< of the first crash, or of a hang; innermost first
   int left_running = 0;               ///< processes that were still there soon after the program had ended
 };
 
@@ -57,6 +57,7 @@ class TracedRun {
   void call_ends(pid_t thread);
   void mark(pid_t thread, const StoppedCall& call);
   void consider(pid_t thread, StoppedCall& call, const CallGroup& group);
+  void show_hang();
   void crash(pid_t thread, int signal);
   bool& counting(pid_t process);
   void resume(pid_t thread, int signal = 0);
