@@ -55,6 +55,10 @@ class FolderOrder(TreeTest):
         self.assertEqual(folder_order.check_tree(self.root), [
             "entry/logentry.cpp:1: the entry facade must not include counter/logentrycounter.h (entry counter)"])
 
+    def test_tools_include_of_the_library_what_both_are_built_with(self):
+        self.write("tools/a.cpp", '#include "message/resource_bundle.h"\n#include "message/logmsg.h"\n')
+        self.assertEqual(folder_order.check_tree(self.root), ["tools/a.cpp:2: tools/ must not include message/logmsg.h"])
+
     def test_example_includes_public_headers_only(self):
         self.write("examples/a.cpp", '#include <qzlog.h>\n#include "foundation/locks.h"\n')
         self.write("include/qzlog.h", "")
