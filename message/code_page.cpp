@@ -17,7 +17,7 @@ UConverter* open_converter(const char* code_page) {
   const IcuMemory memory;
   UErrorCode status = U_ZERO_ERROR;
   UConverter* const converter = ucnv_open(code_page[0] != '\0' ? code_page : nullptr, &status);
-  if (!memory.ran_out(status)) return converter;
+  if (!IcuMemory::ran_out(status)) return converter;
   ucnv_close(converter);
   throw QZX_memory_alloc();
 }
@@ -106,7 +106,7 @@ bool encode_with(UConverter* converter, const icu::UnicodeString& text, char* bu
   const IcuMemory memory;
   UErrorCode status = U_ZERO_ERROR;
   length = ucnv_fromUChars(converter, buffer, capacity, text.getBuffer(), text.length(), &status);
-  memory.check(status);
+  IcuMemory::check(status);
   return U_SUCCESS(status);
 }
 
@@ -143,7 +143,7 @@ icu::UnicodeString decode_text(const char* text, const char* code_page) {
     decoded.setToBogus();
     return decoded;
   }
-  memory.check(decoded);
+  IcuMemory::check(decoded);
   return decoded;
 }
 

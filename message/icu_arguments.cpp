@@ -25,7 +25,7 @@ void fill_text(const IcuArgument& argument, icu::Formattable& target) {
   target.setString(decode_text(argument.text, qz_LOG_LogConfig::GetCodePage()));
   UErrorCode status = U_ZERO_ERROR;
   target.getString(status);
-  memory.check(status);
+  IcuMemory::check(status);
 }
 
 }  // namespace

@@ -29,7 +29,7 @@ std::string text_of(const icu::MessageFormat& format, int value) {
 IntegerStyle::IntegerStyle(const icu::Locale& locale) {
   const IcuMemory memory;
   learn(locale);
-  memory.check();
+  IcuMemory::check();
 }
 
 /// The digits and the minus sign come from the integers -9 to 9, and then have to give right what is longer too.
