@@ -21,7 +21,6 @@ IcuArgument time_argument(qz_Time time) {
 
 /// What cannot be decoded for want of the code page is empty.
 void fill_text(const IcuArgument& argument, icu::Formattable& target) {
-  const IcuMemory memory;
   target.setString(decode_text(argument.text, qz_LOG_LogConfig::GetCodePage()));
   UErrorCode status = U_ZERO_ERROR;
   target.getString(status);
