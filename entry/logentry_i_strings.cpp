@@ -87,7 +87,7 @@ void cut_to_units(const char* value, int limit, char* buffer, int capacity) {
   int length = 0;
   const IcuMemory memory;
   const icu::UnicodeString cut(decode_text(value, code_page), 0, limit);
-  IcuMemory::check(cut);
+  memory.check(cut);
   if (!encode_text(cut, code_page, buffer, capacity, length) || length >= capacity) throw_small_buffer();
   buffer[length] = '\0';
 }

@@ -17,7 +17,7 @@ UConverter* open_converter(const char* code_page) {
   const IcuMemory memory;
   UErrorCode status = U_ZERO_ERROR;
   UConverter* const converter = ucnv_open(code_page[0] != '\0' ? code_page : nullptr, &status);
-  if (!IcuMemory::ran_out(status)) return converter;
+  if (!memory.ran_out(status)) return converter;
   ucnv_close(converter);
   throw QZX_memory_alloc();
 }
@@ -106,7 +106,7 @@ bool encode_with(UConverter* converter, const icu::UnicodeString& text, char* bu
   const IcuMemory memory;
   UErrorCode status = U_ZERO_ERROR;
   length = ucnv_fromUChars(converter, buffer, capacity, text.getBuffer(), text.length(), &status);
-  IcuMemory::check(status);
+  memory.check(status);
   return U_SUCCESS(status);
 }
 
@@ -123,7 +123,7 @@ icu::UnicodeString decode_in_named_page(const char* text, const char* code_page)
     ucnv_resetToUnicode(converter);
     UErrorCode status = U_ZERO_ERROR;
     decoded = icu::UnicodeString(text, -1, converter, status);
-    IcuMemory::check(decoded, status);
+    memory.check(decoded, status);
     return decoded;
   });
 }
@@ -143,7 +143,7 @@ icu::UnicodeString decode_text(const char* text, const char* code_page) {
   if (!is_default && !is_utf8(code_page)) return decode_in_named_page(text, code_page);
   const IcuMemory memory;
   icu::UnicodeString decoded = is_default ? icu::UnicodeString(text) : icu::UnicodeString::fromUTF8(text);
-  IcuMemory::check(decoded);
+  memory.check(decoded);
   return decoded;
 }
 

@@ -1,7 +1,6 @@
 #include "message/icu_arguments.h"
 
 #include "message/code_page.h"
-#include "message/icu_memory.h"
 #include "qzlog/logcfg.h"
 
 namespace {
@@ -24,7 +23,7 @@ void fill_text(const IcuArgument& argument, icu::Formattable& target) {
   target.setString(decode_text(argument.text, qz_LOG_LogConfig::GetCodePage()));
   UErrorCode status = U_ZERO_ERROR;
   target.getString(status);
-  IcuMemory::check(status);
+  if (U_FAILURE(status)) throw QZX_memory_alloc();
 }
 
 }  // namespace

@@ -31,16 +31,16 @@ KeptFormat::KeptFormat(const IcuTemplate& message_template, const char* locale_n
   UErrorCode status = U_ZERO_ERROR;
   if (message_template.shows_time()) {
     zone_.reset(icu::TimeZone::createDefault());
-    IcuMemory::check_made(zone_.get());
+    memory.check_made(zone_.get());
   }
   format_ = std::make_unique<icu::MessageFormat>(message_template.pattern(), _qz_LOG_log_message::get_locale(), status);
-  IcuMemory::check_made(format_.get());
-  IcuMemory::check(status);
+  memory.check_made(format_.get());
+  memory.check(status);
   if (U_FAILURE(status)) throw_pattern_failure();
   if (!message_template.can_be_assembled()) return;
   int count = 0;
   const icu::Format** const formatters = format_->getFormats(count);
-  IcuMemory::check_made(formatters);
+  memory.check_made(formatters);
   for (int i = 0; i < count; ++i) formatters_.push_back({formatters[i]});
 }
 
@@ -59,7 +59,7 @@ icu::UnicodeString KeptFormat::formatted(Write&& write) {
   // ICU makes some of what it needs when it first formats, and keeps what it has made of it so far.
   is_damaged_ = true;
   write(text, status);
-  IcuMemory::check(text, status);
+  memory.check(text, status);
   is_damaged_ = false;
   end_process_on_failure(status);
   return text;

@@ -24,7 +24,7 @@ class IcuMessage : public qz_UTIL_no_inadvertant_copies {
     const IcuMemory memory;
     icu::UnicodeString text =
         icu::UnicodeString::fromUTF8(icu::StringPiece(utf8_.data(), static_cast<int>(utf8_.size())));
-    IcuMemory::check(text);
+    memory.check(text);
     return text;
   }
 

@@ -47,10 +47,10 @@ std::uint64_t next_serial() {
 
 std::unique_ptr<_qz_LOG_msg_token_list> tokenize(const icu::UnicodeString& text) {
   const IcuMemory memory;
-  IcuMemory::check(text);
+  memory.check(text);
   auto tokens = std::make_unique<_qz_LOG_msg_token_list>();
   _qz_LOG_log_message::_tokenize_string(text, *tokens);
-  IcuMemory::check();
+  memory.check();
   return tokens;
 }
 
@@ -65,12 +65,12 @@ IcuTemplate::IcuTemplate(std::unique_ptr<const _qz_LOG_msg_token_list> tokens, c
       formattable_count_(_qz_LOG_log_message::_get_number_of_attributes(*tokens)) {
   const IcuMemory memory;
   build_pattern(*tokens);
-  IcuMemory::check(pattern_);
+  memory.check(pattern_);
   UErrorCode status = U_ZERO_ERROR;
   icu::MessagePattern parsed(status);
   is_within_limits_ = argument_count() <= IcuArguments::kMost && parse_pattern(pattern_, parsed, status);
   can_be_assembled_ = is_within_limits_ && U_SUCCESS(status) && split_pattern(parsed);
-  IcuMemory::check(status);
+  memory.check(status);
 }
 
 void IcuTemplate::build_pattern(const _qz_LOG_msg_token_list& tokens) {

@@ -29,14 +29,14 @@ std::string text_of(const icu::MessageFormat& format, int value) {
 IntegerStyle::IntegerStyle(const icu::Locale& locale) {
   const IcuMemory memory;
   learn(locale);
-  IcuMemory::check();
+  memory.check();
 }
 
 /// The digits and the minus sign come from the integers -9 to 9, and then have to give right what is longer too.
 void IntegerStyle::learn(const icu::Locale& locale) {
   UErrorCode status = U_ZERO_ERROR;
   const icu::MessageFormat format(icu::UnicodeString(u"{0,number,##########}"), locale, status);
-  IcuMemory::check(status);
+  if (status == U_MEMORY_ALLOCATION_ERROR) throw QZX_memory_alloc();
   if (U_FAILURE(status)) return;
   ascii_digits_ = true;
   for (int digit = 0; digit < 10; ++digit) {

@@ -87,7 +87,7 @@ void open_bundle() {
 const icu::Locale& default_locale() {
   // Without memory for it ICU gives a reference to nothing, which the compiler takes to be impossible.
   const icu::Locale* volatile const locale = &icu::Locale::getDefault();
-  IcuMemory::check_made(locale);
+  if (locale == nullptr) throw QZX_memory_alloc();
   return *locale;
 }
 
@@ -116,13 +116,13 @@ icu::UnicodeString _qz_LOG_log_message::_get_string(const char* message_id) {
   const IcuMemory memory;
   UErrorCode status = U_ZERO_ERROR;
   const icu::ResourceBundle table = p_rsrc_bundle->get(kStringTable, status);
-  IcuMemory::check(status);
+  memory.check(status);
   if (U_FAILURE(status)) {
     throw QZX_logging_missing_resource("< QZX_logging_missing_resource> Unable to access the string table resource.",
                                        0);
   }
   icu::UnicodeString text = table.getStringEx(message_id, status);
-  IcuMemory::check(status);
+  memory.check(status);
   if (U_FAILURE(status)) {
     throw QZX_logging_missing_resource(
         "<QZX_logging_missing_resource> Unable to retrieve the string from the string table.", 0);
@@ -146,6 +146,6 @@ icu::Locale _qz_LOG_log_message::get_locale() {
   const IcuMemory memory;
   const char* const name = qz_I18N_get_locale_name(qz_I18N_get_locale());
   icu::Locale locale = name[0] != '\0' ? icu::Locale(name) : default_locale();
-  IcuMemory::check();
+  memory.check();
   return locale;
 }
