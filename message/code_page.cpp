@@ -122,16 +122,28 @@ bool is_utf8_by_name(const char* code_page) {
          ucnv_compareNames(code_page, "UTF-8") == 0;
 }
 
-/// False when there is no such code page.
-bool decode_in_named_page(const char* text, const char* code_page, icu::UnicodeString& decoded) {
+/// With ICU's default converter, which threads share under a lock.
+icu::UnicodeString decode_by_default(const char* text) {
+  const qz_ForkDelay fork_delay;
+  return icu::UnicodeString(text);
+}
+
+/// Bogus when there is no such code page.
+icu::UnicodeString decode_in_named_page(const char* text, const char* code_page) {
   const qz_ForkDelay fork_delay;
   return with_thread_instance<ThreadConverter>([&](ThreadConverter& converters) {
+    icu::UnicodeString decoded;
     UConverter* const converter = converters.get(code_page);
-    if (converter == nullptr) return false;
+    if (converter == nullptr) {
+      decoded.setToBogus();
+      return decoded;
+    }
+    const IcuMemory memory;
     ucnv_resetToUnicode(converter);
     UErrorCode status = U_ZERO_ERROR;
     decoded = icu::UnicodeString(text, -1, converter, status);
-    return true;
+    memory.check(decoded, status);
+    return decoded;
   });
 }
 
@@ -142,18 +154,11 @@ bool is_utf8(const char* code_page) {
 }
 
 icu::UnicodeString decode_text(const char* text, const char* code_page) {
-  const IcuMemory memory;
-  icu::UnicodeString decoded;
   // ICU opens a converter for every text in a named code page; its default converter and UTF-8 have ways of their own.
-  if (code_page[0] == '\0') {
-    const qz_ForkDelay fork_delay;
-    decoded = icu::UnicodeString(text);
-  } else if (is_utf8_by_name(code_page)) {
-    decoded = icu::UnicodeString::fromUTF8(text);
-  } else if (!decode_in_named_page(text, code_page, decoded)) {
-    decoded.setToBogus();
-    return decoded;
-  }
+  const bool is_default = code_page[0] == '\0';
+  if (!is_default && !is_utf8_by_name(code_page)) return decode_in_named_page(text, code_page);
+  const IcuMemory memory;
+  icu::UnicodeString decoded = is_default ? decode_by_default(text) : icu::UnicodeString::fromUTF8(text);
   memory.check(decoded);
   return decoded;
 }

@@ -1,7 +1,6 @@
 #include "message/icu_arguments.h"
 
 #include "message/code_page.h"
-#include "message/icu_memory.h"
 #include "qzlog/logcfg.h"
 
 namespace {
@@ -21,11 +20,10 @@ IcuArgument time_argument(qz_Time time) {
 
 /// What cannot be decoded for want of the code page is empty.
 void fill_text(const IcuArgument& argument, icu::Formattable& target) {
-  const IcuMemory memory;
   target.setString(decode_text(argument.text, qz_LOG_LogConfig::GetCodePage()));
   UErrorCode status = U_ZERO_ERROR;
   target.getString(status);
-  memory.check(status);
+  if (U_FAILURE(status)) throw QZX_memory_alloc();
 }
 
 }  // namespace

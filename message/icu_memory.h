@@ -14,28 +14,28 @@
 /// lives, errno belongs to it; the end gives it back.
 class IcuMemory : public qz_UTIL_no_inadvertant_copies {
  public:
-  IcuMemory() : former_errno_(errno) { errno = 0; }
-  ~IcuMemory() { errno = former_errno_; }
+  IcuMemory() : errno_(errno), former_errno_(errno_) { errno_ = 0; }
+  ~IcuMemory() { errno_ = former_errno_; }
 
   /// Whether an allocation has failed by now: what ICU made is of no use then.
-  static bool ran_out(UErrorCode status = U_ZERO_ERROR) {
-    return status == U_MEMORY_ALLOCATION_ERROR || errno == ENOMEM;
+  bool ran_out(UErrorCode status = U_ZERO_ERROR) const {
+    return status == U_MEMORY_ALLOCATION_ERROR || errno_ == ENOMEM;
   }
   /// Throws QZX_memory_alloc then.
-  static void check(UErrorCode status = U_ZERO_ERROR) {
+  void check(UErrorCode status = U_ZERO_ERROR) const {
     if (ran_out(status)) [[unlikely]]
       throw QZX_memory_alloc();
   }
   /// The same, also for a text that ICU had no room for, and for an object.
-  static void check(const icu::UnicodeString& text, UErrorCode status = U_ZERO_ERROR) {
+  void check(const icu::UnicodeString& text, UErrorCode status = U_ZERO_ERROR) const {
     check(text.isBogus() ? U_MEMORY_ALLOCATION_ERROR : status);
   }
-  static void check_made(const volatile void* object) {
-    if (object == nullptr) [[unlikely]]
-      throw QZX_memory_alloc();
+  void check_made(const volatile void* object) const {
+    check(object == nullptr ? U_MEMORY_ALLOCATION_ERROR : U_ZERO_ERROR);
   }
 
  private:
+  int& errno_;
   int former_errno_;
 };
 

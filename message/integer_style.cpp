@@ -36,7 +36,7 @@ IntegerStyle::IntegerStyle(const icu::Locale& locale) {
 void IntegerStyle::learn(const icu::Locale& locale) {
   UErrorCode status = U_ZERO_ERROR;
   const icu::MessageFormat format(icu::UnicodeString(u"{0,number,##########}"), locale, status);
-  IcuMemory::check(status);
+  if (status == U_MEMORY_ALLOCATION_ERROR) throw QZX_memory_alloc();
   if (U_FAILURE(status)) return;
   ascii_digits_ = true;
   for (int digit = 0; digit < 10; ++digit) {

@@ -96,7 +96,7 @@ MessageBundle::State open_bundle() {
 const icu::Locale& default_locale() {
   // Without memory for it ICU gives a reference to nothing, which the compiler takes to be impossible.
   const icu::Locale* volatile const locale = &icu::Locale::getDefault();
-  IcuMemory::check_made(locale);
+  if (locale == nullptr) throw QZX_memory_alloc();
   return *locale;
 }
 

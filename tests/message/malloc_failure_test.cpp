@@ -57,7 +57,7 @@ std::vector<LdfEntry> events() {
           event(kWhole,
                 "{0,plural,one{#}other{# names of the longest kind}} {1,date,full} {0,spellout} {2} "
                 "{3,select,other{nothing else than this}} %d%Count% %D%When% %s%Name% %s%Host%"),
-          event(kTexts, "%s%Name% %s%Host%%_%TIMESTAMP%"),
+          event(kTexts, "%s%Name% %s%Host% %_%TIMESTAMP%"),
           event(kShort, "short%_%TIMESTAMP%")};
 }
 
