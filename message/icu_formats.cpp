@@ -81,7 +81,6 @@ bool KeptFormat::append(unsigned index, const IcuArgument& value, qz_TextBuffer&
     text.append(formatter.last_text.data(), formatter.last_text.size());
     return true;
   }
-  const qz_ForkDelay fork_delay;
   icu::Formattable argument;
   fill_argument(value, argument);
   const icu::UnicodeString shown = formatted(
@@ -105,7 +104,6 @@ IcuFormats::~IcuFormats() {
 const IntegerStyle& IcuFormats::integer_style() {
   const char* const locale_name = _qz_LOG_log_message::get_locale_name();
   if (last_style_ != nullptr && last_locale_name_ == locale_name) return *last_style_;
-  const qz_ForkDelay fork_delay;
   last_style_ = nullptr;
   last_locale_name_ = locale_name;
   last_style_ =
@@ -114,7 +112,6 @@ const IntegerStyle& IcuFormats::integer_style() {
 }
 
 KeptFormat& IcuFormats::format_of(const IcuTemplate& message_template) {
-  const qz_ForkDelay fork_delay;
   const char* const locale_name = _qz_LOG_log_message::get_locale_name();
   const auto make = [&] { return std::make_unique<KeptFormat>(message_template, locale_name); };
   return formats_.get(

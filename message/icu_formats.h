@@ -52,7 +52,7 @@ class KeptFormat : public qz_UTIL_no_inadvertant_copies {
 };
 
 /// What a thread keeps of ICU's formatters, for the locale that is set: making one costs many times what using it does.
-/// Used through with_thread_instance.
+/// Used through with_thread_instance, by callers that delay forks.
 class IcuFormats : public qz_UTIL_no_inadvertant_copies {
  public:
   ~IcuFormats();

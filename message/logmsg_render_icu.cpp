@@ -72,7 +72,6 @@ class MessageAssembly {
 
 icu::UnicodeString format_whole(const IcuTemplate& message_template, const IcuArguments& arguments,
                                 IcuFormats& formats) {
-  const qz_ForkDelay fork_delay;
   KeptFormat& kept = formats.format_of(message_template);
   // The values of references that are left out stay unset.
   std::vector<icu::Formattable> values(message_template.formattable_count());
@@ -82,6 +81,7 @@ icu::UnicodeString format_whole(const IcuTemplate& message_template, const IcuAr
 
 void render(const IcuTemplate& message_template, const _qz_LOG_log_entry_imp& entry,
             const _qz_LOG_log_definition& definition, IcuMessage& message) {
+  const qz_ForkDelay fork_delay;  // ICU locks what it keeps
   IcuArguments arguments(entry);
   render_pieces(message_template.pieces(), definition, arguments);
   with_thread_instance<IcuFormats>([&](IcuFormats& formats) {
