@@ -16,6 +16,7 @@
 #include "tools/explain_command.h"
 #include "tools/inspect_command.h"
 #include "tools/library_call.h"
+#include "tools/out_of_memory.h"
 #include "tools/render_command.h"
 #include "tools/standard_output.h"
 #include "tools/terminal.h"
@@ -48,7 +49,7 @@ void add_commands(CLI::App& app, int& exit_status) {
   for (const auto add_command : kCommands) add_command(app, exit_status);
 }
 
-void print_error(const std::string& text) { std::cerr << "qzlog: " << coloured_error("error:") << ' ' << text << '\n'; }
+void print_error(const std::string& text) { std::cerr << "qzlog: " << error_label() << ' ' << text << '\n'; }
 
 // The parser complains about what is missing before it complains about what is unknown, which is the likelier mistake.
 std::string usage_error(const CLI::App& app, const CLI::ParseError& error) {
@@ -93,7 +94,7 @@ int run_command_line(const std::vector<std::string>& arguments) {
     if (*error.what() != '\0') print_error(error.what());
     return error.exit_status();
   } catch (const std::bad_alloc&) {
-    print_error("out of memory");
+    print_out_of_memory();
   } catch (const qz_EXCEPTION_base& failure) {
     print_error(library_text(failure));
   } catch (const std::exception& error) {

@@ -68,8 +68,8 @@ class DamageReport {
 
   void add(const CounterDamage& damage) {
     ++count_;
-    std::cerr << file_name_ << ": offset " << damage.offset << ": " << coloured_error("error:") << ' ' << damage.text
-              << " [" << counter_rule_name(damage.rule) << "]\n";
+    std::cerr << file_name_ << ": offset " << damage.offset << ": " << error_label() << ' ' << damage.text << " ["
+              << counter_rule_name(damage.rule) << "]\n";
   }
   std::uint64_t count() const noexcept { return count_; }
 

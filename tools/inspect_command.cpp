@@ -66,7 +66,7 @@ struct InspectArguments {
 };
 
 void print_error(const std::string& file, std::size_t offset, const std::string& text, InspectRule rule) {
-  std::cerr << display_name(file) << ": offset " << offset << ": " << coloured_error("error:") << ' ' << text << " ["
+  std::cerr << display_name(file) << ": offset " << offset << ": " << error_label() << ' ' << text << " ["
             << kRules[static_cast<std::size_t>(rule)].name << "]\n";
 }
 

@@ -99,6 +99,10 @@ std::string parser_reason(simdjson::error_code error) {
 
 }  // namespace
 
+// The parser finds out what the processor can do when it is first asked for anything, and ends the process where it has
+// no memory for that: not while a line is read, where that is an error of the line.
+JsonEntryParser::JsonEntryParser() { simdjson::get_active_implementation()->name(); }
+
 JsonEntry JsonEntryParser::parse(std::string_view line) {
   JsonEntry entry;
   if (!plain_.scan(line, entry)) entry = parse_any(line);
@@ -108,7 +112,11 @@ JsonEntry JsonEntryParser::parse(std::string_view line) {
 JsonEntry JsonEntryParser::parse_any(std::string_view line) {
   element document;
   const simdjson::error_code error = parser_.parse(line.data(), line.size(), false).get(document);
-  if (error == simdjson::MEMALLOC) throw EntryError{EntryRule::kOutOfMemory, "no memory for this line"};
+  if (error == simdjson::MEMALLOC) {
+    // It may take what it could not allocate for there, next time.
+    parser_ = simdjson::dom::parser();
+    throw EntryError{EntryRule::kOutOfMemory, "no memory for this line"};
+  }
   if (error != simdjson::SUCCESS) throw EntryError{EntryRule::kBadJson, "not valid JSON: " + parser_reason(error)};
   simdjson::dom::object fields;
   if (document.get_object().get(fields) != simdjson::SUCCESS) {

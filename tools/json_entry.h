@@ -13,6 +13,8 @@ namespace qzlog_tool {
 /// Reads lines of JSON, one entry each. Whatever is not an entry throws EntryError.
 class JsonEntryParser {
  public:
+  JsonEntryParser();
+
   /// LineReader::kPaddingBytes readable bytes have to follow `line`.
   JsonEntry parse(std::string_view line);
   /// The same, without the short cut for plain lines.

@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "tools/command_line.h"
+#include "tools/out_of_memory.h"
 #include "tools/process_start.h"
 
 namespace {
@@ -18,6 +19,7 @@ void use_utf8() {
 
 int main(int argc, char** argv) {
   qzlog_tool::prepare_process();
+  qzlog_tool::end_where_memory_runs_out();
   use_utf8();
   // A caller may leave out even the program's name.
   return qzlog_tool::run_command_line(argc > 1 ? std::vector<std::string>(argv + 1, argv + argc)

@@ -25,6 +25,7 @@
 #include "tools/line_renderer.h"
 #include "tools/locale_names.h"
 #include "tools/option_checks.h"
+#include "tools/out_of_memory.h"
 #include "tools/render_filter.h"
 #include "tools/terminal.h"
 
@@ -110,7 +111,7 @@ class LineErrors {
     ++count_;
     output_.flush();  // where both go to one place, the error comes after the messages before it
     progress_.clear();
-    const std::string text = file_name_ + ":" + std::to_string(line_number) + ": " + coloured_error("error:") + " " +
+    const std::string text = file_name_ + ":" + std::to_string(line_number) + ": " + std::string(error_label()) + " " +
                              qzlog_compiler::printable(error.text) + " [" + std::string(entry_rule_name(error.rule)) +
                              "]\n";
     write_all(STDERR_FILENO, text.data(), text.size());
@@ -144,6 +145,7 @@ class FileRenderer {
   FileRenderer& operator=(const FileRenderer&) = delete;
 
   void render() {
+    const MemoryErrors errors_of_lines;
     LineReader reader(file_.get(), shown_path_);
     LineReader::Line line;
     for (;;) {

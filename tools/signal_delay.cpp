@@ -41,6 +41,7 @@ SignalDelay::~SignalDelay() {
   if (--state.depth == 0) ::sigprocmask(SIG_SETMASK, &state.mask_before, nullptr);
 }
 
+bool SignalDelay::is_active() noexcept { return state.depth > 0; }
 const sigset_t& SignalDelay::delayed() noexcept { return state.delayed; }
 const sigset_t& SignalDelay::mask_before() noexcept { return state.mask_before; }
 

@@ -15,6 +15,8 @@ class SignalDelay {
   SignalDelay& operator=(const SignalDelay&) = delete;
   ~SignalDelay();
 
+  /// Whether any object lives.
+  static bool is_active() noexcept;
   /// The signals that wait while any object lives.
   static const sigset_t& delayed() noexcept;
   /// The signal mask from before the outermost object.

@@ -18,6 +18,7 @@ constexpr std::string_view kBoldMagenta = "\033[1;35m";
 constexpr std::string_view kBoldCyan = "\033[1;36m";
 constexpr std::string_view kBoldGreen = "\033[1;32m";
 constexpr std::string_view kPlain = "\033[0m";
+constexpr std::string_view kColouredErrorLabel = "\033[1;31merror:\033[0m";
 constexpr std::string_view kEraseLine = "\r\033[K";
 constexpr std::uint64_t kItemsPerLook = 1024;
 constexpr std::chrono::milliseconds kFirstShow{1000};
@@ -58,9 +59,9 @@ std::string coloured(std::string_view word, TextStyle style) {
   return std::string(escape_sequence(style)).append(word).append(kPlain);
 }
 
-std::string coloured_error(std::string_view word) {
+std::string_view error_label() noexcept {
   static const bool colour = stderr_has_colour();
-  return colour ? coloured(word, TextStyle::kError) : std::string(word);
+  return colour ? kColouredErrorLabel : "error:";
 }
 
 std::size_t output_columns() {

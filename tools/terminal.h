@@ -18,8 +18,8 @@ enum class TextStyle { kError, kWarning, kNote, kMark };
 /// `word` in the style's bold colour.
 std::string coloured(std::string_view word, TextStyle style);
 
-/// `word` in bold red where stderr shows colour, else as it is.
-std::string coloured_error(std::string_view word);
+/// "error:", in bold red where stderr shows colour. Takes no memory.
+std::string_view error_label() noexcept;
 
 /// Whether standard output shows colour, under the same conditions.
 bool stdout_has_colour();
