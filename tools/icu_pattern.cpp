@@ -8,7 +8,9 @@
 #include <unicode/unistr.h>
 
 #include <algorithm>
+#include <new>
 
+#include "message/icu_memory.h"
 #include "message/pattern_nesting.h"
 #include "tools/compiler/attribute_type.h"
 #include "tools/compiler/template_failure.h"
@@ -142,6 +144,16 @@ std::string find_failure_to_apply(const BuiltPattern& built, const std::string& 
          "), and the library then ends the process";
 }
 
+PatternReading read_built_pattern(const BuiltPattern& built, const std::string& locale) {
+  UErrorCode status = U_ZERO_ERROR;
+  icu::MessagePattern parsed(status);
+  if (!parse_pattern(built.text, parsed, status)) return {{}, {}, qzlog_compiler::nesting_failure()};
+  if (U_FAILURE(status)) return {{}, {}, std::string("ICU refuses the pattern with ") + u_errorName(status)};
+  PatternReading reading = PatternWalk(parsed, built).walk();
+  reading.refusal = find_failure_to_apply(built, locale);
+  return reading;
+}
+
 }  // namespace
 
 std::vector<const TemplatePart*> shown_references(const StoredTemplate& cut) {
@@ -153,13 +165,9 @@ std::vector<const TemplatePart*> shown_references(const StoredTemplate& cut) {
 }
 
 PatternReading read_icu_pattern(const StoredTemplate& cut, const std::string& locale) {
-  const BuiltPattern built = build_pattern(cut);
-  UErrorCode status = U_ZERO_ERROR;
-  icu::MessagePattern parsed(status);
-  if (!parse_pattern(built.text, parsed, status)) return {{}, {}, qzlog_compiler::nesting_failure()};
-  if (U_FAILURE(status)) return {{}, {}, std::string("ICU refuses the pattern with ") + u_errorName(status)};
-  PatternReading reading = PatternWalk(parsed, built).walk();
-  reading.refusal = find_failure_to_apply(built, locale);
+  const IcuMemory memory;
+  PatternReading reading = read_built_pattern(build_pattern(cut), locale);
+  if (memory.ran_out()) throw std::bad_alloc();
   return reading;
 }
 
