@@ -62,16 +62,17 @@ CatalogMessages collect_messages() {
 }
 
 /// The source of a bundle is ASCII, whatever the texts are.
-void check_bundle(const NamedBundle& bundle) {
+void check_bundle(const BundleSource& bundle) {
   const auto is_expected = [](char c) { return c == '\n' || (c >= ' ' && c <= '~'); };
-  if (!std::all_of(bundle.content.begin(), bundle.content.end(), is_expected)) std::abort();
+  const std::string text = genrb_text(bundle);
+  if (!std::all_of(text.begin(), text.end(), is_expected)) std::abort();
 }
 
 void build(const CatalogMessages& messages, const PoText& text) {
   CatalogFindings findings;
   const std::vector<LanguageCatalog> catalogs = make_catalogs(messages, {&text, 1}, findings);
   if (catalogs.empty() && !findings.has_errors()) std::abort();
-  for (const NamedBundle& bundle : bundle_sources(messages, catalogs, "en")) check_bundle(bundle);
+  for (const BundleSource& bundle : bundle_sources(messages, catalogs, "en")) check_bundle(bundle);
   findings.sort_by_line();
   std::ostringstream out;
   for (const CatalogFinding& finding : findings.all()) out << finding;

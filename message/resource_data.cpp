@@ -113,7 +113,7 @@ const char* ResourceData::read_layout(unsigned char major, unsigned char minor) 
     layout_.keys_begin = kWord;
     layout_.keys_end = size();
     layout_.resources_begin = 1;
-    layout_.resources_end = size() / kWord;
+    layout_.resources_end = layout_.bundle_end = size() / kWord;
     layout_.local_key_limit = kAnyKeyOffset;
     find_last_ends();
     return nullptr;
@@ -151,6 +151,7 @@ const char* ResourceData::read_index() {
   layout_.units_end = units_end * 2;
   layout_.resources_begin = units_end;
   layout_.resources_end = field(kResourcesEnd);
+  layout_.bundle_end = field(kBundleEnd);
   layout_.local_key_limit = keys_end > index_end ? static_cast<std::uint32_t>(keys_end * kWord) : 0;
   layout_.pool_string_limit = field(kIndexLength) >> 8U | (attributes & 0xF000U) << 12U;
   layout_.pool_string16_limit = attributes >> 16U;
@@ -167,6 +168,8 @@ bool ResourceData::set_pool(std::shared_ptr<const ResourceData> pool) {
   pool_ = std::move(pool);
   return true;
 }
+
+std::size_t ResourceData::bytes_behind() const { return size() - layout_.bundle_end * kWord; }
 
 template <typename Number>
 Number ResourceData::number(std::size_t offset) const {

@@ -44,6 +44,7 @@ struct ResourceLayout {
   std::size_t texts_end = 0;        // behind the last text among the units that has an end, from their beginning on
   std::size_t resources_begin = 0;  // words
   std::size_t resources_end = 0;
+  std::size_t bundle_end = 0;
   std::uint32_t local_key_limit = 0;      // 16-bit key offsets from here on stand for keys of the pool
   std::uint32_t pool_string_limit = 0;    // string offsets below stand for strings of the pool
   std::uint32_t pool_string16_limit = 0;  // the same in tables and arrays of 16-bit items
@@ -99,6 +100,8 @@ class ResourceData {
 
   const ResourceLayout& layout() const { return layout_; }
   Resource root() const { return word(0); }
+  /// How much of the file stands behind the bundle: nothing looks at it.
+  std::size_t bytes_behind() const;
 
   /// False when a table does not have the key or `table` is none.
   bool find(Resource table, std::string_view key, Resource& found) const;

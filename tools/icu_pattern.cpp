@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <new>
 
+#include "message/icu_memory.h"
 #include "message/pattern_nesting.h"
 #include "tools/compiler/attribute_type.h"
 #include "tools/compiler/template_failure.h"
@@ -130,24 +131,27 @@ class PatternWalk {
   PatternReading reading_;
 };
 
-/// A pattern for which there was no memory is not one that ICU refuses.
-void require_memory(UErrorCode status) {
-  if (status == U_MEMORY_ALLOCATION_ERROR) throw std::bad_alloc();
-}
-
 /// The library ends the process where ICU takes a pattern and then cannot apply it.
 std::string find_failure_to_apply(const BuiltPattern& built, const std::string& locale) {
   UErrorCode status = U_ZERO_ERROR;
   const icu::MessageFormat format(built.text, icu::Locale(locale.c_str()), status);
-  require_memory(status);
   if (U_FAILURE(status)) return std::string("ICU refuses the pattern with ") + u_errorName(status);
   icu::UnicodeString message;
   icu::FieldPosition position;
   format.format(built.values.data(), static_cast<int>(built.values.size()), message, position, status);
-  require_memory(status);
   if (U_SUCCESS(status)) return "";
   return std::string("ICU takes the pattern but cannot apply it (") + u_errorName(status) +
          "), and the library then ends the process";
+}
+
+PatternReading read_built_pattern(const BuiltPattern& built, const std::string& locale) {
+  UErrorCode status = U_ZERO_ERROR;
+  icu::MessagePattern parsed(status);
+  if (!parse_pattern(built.text, parsed, status)) return {{}, {}, qzlog_compiler::nesting_failure()};
+  if (U_FAILURE(status)) return {{}, {}, std::string("ICU refuses the pattern with ") + u_errorName(status)};
+  PatternReading reading = PatternWalk(parsed, built).walk();
+  reading.refusal = find_failure_to_apply(built, locale);
+  return reading;
 }
 
 }  // namespace
@@ -161,15 +165,9 @@ std::vector<const TemplatePart*> shown_references(const StoredTemplate& cut) {
 }
 
 PatternReading read_icu_pattern(const StoredTemplate& cut, const std::string& locale) {
-  const BuiltPattern built = build_pattern(cut);
-  UErrorCode status = U_ZERO_ERROR;
-  icu::MessagePattern parsed(status);
-  const bool nesting_is_allowed = parse_pattern(built.text, parsed, status);
-  require_memory(status);
-  if (!nesting_is_allowed) return {{}, {}, qzlog_compiler::nesting_failure()};
-  if (U_FAILURE(status)) return {{}, {}, std::string("ICU refuses the pattern with ") + u_errorName(status)};
-  PatternReading reading = PatternWalk(parsed, built).walk();
-  reading.refusal = find_failure_to_apply(built, locale);
+  const IcuMemory memory;
+  PatternReading reading = read_built_pattern(build_pattern(cut), locale);
+  if (memory.ran_out()) throw std::bad_alloc();
   return reading;
 }
 

@@ -28,7 +28,8 @@ struct PatternReading {
 /// The references that the library shows, in their order.
 std::vector<const qzlog_compiler::TemplatePart*> shown_references(const qzlog_compiler::StoredTemplate& cut);
 
-/// Reads the pattern of a template that was cut for the ICU path and has no failure. `locale` as ICU names it.
+/// Reads the pattern of a template that was cut for the ICU path and has no failure. `locale` as ICU names it. Throws
+/// std::bad_alloc, also where ICU makes do without the memory that it has not got.
 PatternReading read_icu_pattern(const qzlog_compiler::StoredTemplate& cut, const std::string& locale);
 
 }  // namespace qzlog_tool

@@ -53,6 +53,7 @@ OUTSIDE = {
 
 # Files of the library that are compiled into the tools as well, each with its reason.
 SHARED = {
+    "message/icu_memory.h": "the tools see as the library does whether ICU ran out of memory",
     "message/pattern_nesting.h": "the tools refuse the patterns that the library refuses, before ICU sees them",
     "message/resource_*.h": "the tools see in a catalog what the library finds there",
 }

@@ -2,7 +2,7 @@
 
 #include <unistd.h>
 
-#include "message/resource_data.h"
+#include "tools/catalog/compiled_bundle.h"
 #include "tools/child_process.h"
 #include "tools/command_error.h"
 #include "tools/file_descriptor.h"
@@ -33,37 +33,31 @@ ProgramResult run(const std::vector<std::string>& arguments) {
                                         (messages.empty() ? "" : ":\n" + messages));
 }
 
-/// As the library will read it.
-bool is_whole(const std::string& bundle) {
-  const qzlog_bundle::ReadResource read = qzlog_bundle::ResourceData::read(bundle);
-  return read.state == qzlog_bundle::ReadResource::State::kGood && read.data->check() == nullptr;
-}
-
 /// Its exit status alone does not tell that everything was written.
-std::string read_result(const std::string& program, const std::string& path) {
+std::string read_result(const std::string& program, const std::string& path, const BundleSource& source) {
   if (::access(path.c_str(), F_OK) != 0) {
     throw CommandError(kExitFindings, "'" + program + "' has not written '" + path + "', but says that it has");
   }
   std::string bundle = qzlog_tool::read_file(path);
-  if (is_whole(bundle)) return bundle;
+  if (is_compiled_from(bundle, source)) return bundle;
   throw CommandError(kExitFindings,
                      "'" + program + "' has not written '" + path + "' completely, but says that it has");
 }
 
 }  // namespace
 
-std::vector<NamedBundle> run_genrb(const std::string& program, const std::vector<NamedBundle>& sources) {
+std::vector<NamedBundle> run_genrb(const std::string& program, const std::vector<BundleSource>& sources) {
   const TemporaryFolder folder;
   std::vector<std::string> arguments = {program, "--quiet", "--encoding", "UTF-8", "--destdir", folder.path()};
-  for (const NamedBundle& source : sources) {
-    arguments.push_back(folder.add_file(source.name + ".txt", source.content));
+  for (const BundleSource& source : sources) {
+    arguments.push_back(folder.add_file(source.name + ".txt", genrb_text(source)));
   }
   const ProgramResult result = run(arguments);
   if (result.status != 0) report_failure(program, result.status, result.output);
   std::vector<NamedBundle> results;
   results.reserve(sources.size());
-  for (const NamedBundle& source : sources) {
-    results.push_back({source.name, read_result(program, folder.path() + '/' + source.name + ".res")});
+  for (const BundleSource& source : sources) {
+    results.push_back({source.name, read_result(program, folder.path() + '/' + source.name + ".res", source)});
   }
   return results;
 }

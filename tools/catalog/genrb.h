@@ -4,18 +4,20 @@
 #include <string>
 #include <vector>
 
+#include "tools/catalog/resource_bundle.h"
+
 namespace qzlog_catalog {
 
-/// A resource bundle as text or compiled, with the name of its language.
+/// A compiled resource bundle with the name of its language.
 struct NamedBundle {
   std::string name;
   std::string content;
 };
 
 /// Compiles resource bundles with ICU's genrb, `program` being its path or a name that PATH knows. The results have the
-/// order of the sources. Throws CommandError: cannot run when there is no such program, findings with its messages when
-/// it fails, or has not written all of a bundle without saying so.
-std::vector<NamedBundle> run_genrb(const std::string& program, const std::vector<NamedBundle>& sources);
+/// order of the sources, and each holds what its source says. Throws CommandError: cannot run when there is no such
+/// program, findings with its messages when it fails, or has made anything else without saying so.
+std::vector<NamedBundle> run_genrb(const std::string& program, const std::vector<BundleSource>& sources);
 
 }  // namespace qzlog_catalog
 

@@ -1,6 +1,5 @@
 #include "tools/catalog/resource_bundle.h"
 
-#include <algorithm>
 #include <utility>
 
 #include "tools/compiler/utf8_text.h"
@@ -9,7 +8,7 @@
 namespace qzlog_catalog {
 namespace {
 
-constexpr std::string_view kStringTable = "STRING_TABLE";
+constexpr const char* kStringTable = "STRING_TABLE";
 constexpr std::string_view kKeyPunctuation = " \"%&'()*+,-./:;<=>?_";
 
 bool is_alphanumeric(char32_t code) {
@@ -48,17 +47,13 @@ void append_quoted(std::string& out, std::string_view text) {
 }
 
 /// genrb looks for each key's place from the first one on, so that only falling keys take a time that grows linearly.
-template <typename Item>
-void append_table(std::string& out, std::string_view name, std::vector<Item> items, std::string Item::*text) {
-  std::sort(items.begin(), items.end(), [](const Item& a, const Item& b) { return a.id > b.id; });
-  out += "  ";
-  out += name;
-  out += " {\n";
-  for (const Item& item : items) {
+void append_table(std::string& out, const std::string& name, const BundleTable& table) {
+  out += "  " + name + " {\n";
+  for (auto item = table.rbegin(); item != table.rend(); ++item) {
     out += "    ";
-    append_quoted(out, item.id);
+    append_quoted(out, item->first);
     out += " { ";
-    append_quoted(out, item.*text);
+    append_quoted(out, item->second);
     out += " }\n";
   }
   out += "  }\n";
@@ -75,14 +70,21 @@ bool is_bundle_key(std::string_view id) {
   return !id.empty();
 }
 
-std::string bundle_source(std::string_view name, std::vector<CatalogText> texts, std::vector<CatalogSource> sources) {
-  std::string out(name);
-  out += " {\n";
-  if (!sources.empty()) append_table(out, qzlog_tool::kSourceTable, std::move(sources), &CatalogSource::digest);
-  append_table(out, kStringTable, std::move(texts), &CatalogText::stored);
-  return out += "}\n";
+BundleSource bundle_source(std::string name, const std::vector<CatalogText>& texts,
+                           const std::vector<CatalogSource>& sources) {
+  BundleSource bundle{std::move(name), {}};
+  BundleTable& messages = bundle.tables[kStringTable];
+  for (const CatalogText& text : texts) messages.emplace(text.id, text.stored);
+  for (const CatalogSource& source : sources) bundle.tables[qzlog_tool::kSourceTable].emplace(source.id, source.digest);
+  return bundle;
 }
 
-std::string empty_bundle_source(std::string_view name) { return std::string(name) + " {\n}\n"; }
+BundleSource empty_bundle_source(std::string name) { return {std::move(name), {}}; }
+
+std::string genrb_text(const BundleSource& source) {
+  std::string out = source.name + " {\n";
+  for (const auto& [name, table] : source.tables) append_table(out, name, table);
+  return out += "}\n";
+}
 
 }  // namespace qzlog_catalog

@@ -1,6 +1,7 @@
 #ifndef QZLOG_TOOLS_CATALOG_RESOURCE_BUNDLE_H
 #define QZLOG_TOOLS_CATALOG_RESOURCE_BUNDLE_H
 
+#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -23,13 +24,25 @@ struct CatalogSource {
   std::string digest;
 };
 
-/// The source of the resource bundle `name` for genrb, in ASCII, with the texts in the table that the library reads,
-/// and with what they were built from in a table of its own unless that is empty. The order of both does not matter.
-std::string bundle_source(std::string_view name, std::vector<CatalogText> texts,
-                          std::vector<CatalogSource> sources = {});
+/// Texts under their keys.
+using BundleTable = std::map<std::string, std::string>;
 
-/// The source of a bundle without texts. The library finds the texts of the bundle that ICU falls back to.
-std::string empty_bundle_source(std::string_view name);
+/// What a resource bundle is to hold: tables under their names.
+struct BundleSource {
+  std::string name;
+  std::map<std::string, BundleTable> tables;
+};
+
+/// A bundle with the texts in the table that the library reads, and with what they were built from in a table of its
+/// own unless that is empty. The order of both does not matter.
+BundleSource bundle_source(std::string name, const std::vector<CatalogText>& texts,
+                           const std::vector<CatalogSource>& sources = {});
+
+/// A bundle without texts. The library finds the texts of the bundle that ICU falls back to.
+BundleSource empty_bundle_source(std::string name);
+
+/// The bundle as genrb reads it, in ASCII.
+std::string genrb_text(const BundleSource& source);
 
 }  // namespace qzlog_catalog
 

@@ -29,7 +29,7 @@ inline std::optional<std::string> look_up(const std::string& folder, const char*
 /// A folder with resource bundles made from their sources.
 class CatalogFolder {
  public:
-  explicit CatalogFolder(const std::vector<NamedBundle>& sources) {
+  explicit CatalogFolder(const std::vector<BundleSource>& sources) {
     for (const NamedBundle& bundle : run_genrb("genrb", sources)) folder_.write(bundle.name + ".res", bundle.content);
   }
 

@@ -11,9 +11,9 @@
 namespace qzlog_catalog {
 namespace {
 
-std::vector<std::string> names_of(const std::vector<NamedBundle>& bundles) {
+std::vector<std::string> names_of(const std::vector<BundleSource>& bundles) {
   std::vector<std::string> names;
-  for (const NamedBundle& bundle : bundles) names.push_back(bundle.name);
+  for (const BundleSource& bundle : bundles) names.push_back(bundle.name);
   return names;
 }
 
@@ -23,27 +23,26 @@ const SourceText kSource = {"s.yaml", "version: \"1.0\"\nentries: [{id: 1, name:
 
 TEST(BundleSources, SourceLanguageWithoutTranslations_HasAnEmptyBundle) {
   const std::vector<LanguageCatalog> catalogs = {{"de", {}, {{"A", "Text"}}}};
-  const std::vector<NamedBundle> bundles = bundle_sources(messages_of({kSource}), catalogs, "en");
+  const std::vector<BundleSource> bundles = bundle_sources(messages_of({kSource}), catalogs, "en");
   EXPECT_EQ(names_of(bundles), (Names{"root", "en", "de"}));
-  EXPECT_NE(bundles[0].content.find("\"text%_%TIMESTAMP%\""), std::string::npos) << bundles[0].content;
-  EXPECT_EQ(bundles[1].content, empty_bundle_source("en"));
-  EXPECT_NE(bundles[2].content.find("\"Text\""), std::string::npos) << bundles[2].content;
+  EXPECT_EQ(bundles[0].tables.at("STRING_TABLE"), (BundleTable{{"A", "text%_%TIMESTAMP%"}}));
+  EXPECT_TRUE(bundles[1].tables.empty());
+  EXPECT_EQ(bundles[2].tables.at("STRING_TABLE"), (BundleTable{{"A", "Text"}}));
 }
 
 TEST(BundleSources, SourceLanguageWithTranslations_HasThose) {
   const std::vector<LanguageCatalog> catalogs = {{"de", {}, {}}, {"en", {}, {{"A", "better text"}}}};
-  const std::vector<NamedBundle> bundles = bundle_sources(messages_of({kSource}), catalogs, "en");
+  const std::vector<BundleSource> bundles = bundle_sources(messages_of({kSource}), catalogs, "en");
   EXPECT_EQ(names_of(bundles), (Names{"root", "de", "en"}));
-  EXPECT_NE(bundles[2].content.find("\"better text\""), std::string::npos) << bundles[2].content;
+  EXPECT_EQ(bundles[2].tables.at("STRING_TABLE"), (BundleTable{{"A", "better text"}}));
 }
 
 TEST(BundleSources, EachWithTexts_SaysWhatTheyWereBuiltFrom) {
   const std::vector<LanguageCatalog> catalogs = {{"de", {}, {{"A", "Text"}}}};
-  const std::vector<NamedBundle> bundles = bundle_sources(messages_of({kSource}), catalogs, "en");
-  const std::string table =
-      "  SOURCE_TABLE {\n    \"A\" { \"" + qzlog_tool::source_digest("text%_%TIMESTAMP%") + "\" }\n  }\n";
-  EXPECT_NE(bundles[0].content.find(table), std::string::npos) << bundles[0].content;
-  EXPECT_NE(bundles[2].content.find(table), std::string::npos) << bundles[2].content;
+  const std::vector<BundleSource> bundles = bundle_sources(messages_of({kSource}), catalogs, "en");
+  const BundleTable table = {{"A", qzlog_tool::source_digest("text%_%TIMESTAMP%")}};
+  EXPECT_EQ(bundles[0].tables.at(qzlog_tool::kSourceTable), table);
+  EXPECT_EQ(bundles[2].tables.at(qzlog_tool::kSourceTable), table);
 }
 
 }  // namespace

@@ -17,12 +17,12 @@ namespace {
 
 using qzlog_tool::CommandError;
 
-std::vector<NamedBundle> two_sources() {
-  return {{"root", bundle_source("root", {{"a", "x"}})}, {"de", bundle_source("de", {{"a", "y"}})}};
+std::vector<BundleSource> two_sources() {
+  return {bundle_source("root", {{"a", "x"}}), bundle_source("de", {{"a", "y"}})};
 }
 
 /// What the command would exit with, and its message.
-std::pair<int, std::string> failure(const std::string& program, const std::vector<NamedBundle>& sources) {
+std::pair<int, std::string> failure(const std::string& program, const std::vector<BundleSource>& sources) {
   try {
     run_genrb(program, sources);
   } catch (const CommandError& error) {
@@ -51,10 +51,10 @@ TEST(RunGenrb, TemporaryFolder_IsGoneAlsoAfterAFailure) {
 }
 
 TEST(RunGenrb, BrokenSource_FailsWithTheProgramsMessages) {
-  const auto [status, text] = failure("genrb", {{"root", "root { STRING_TABLE { a { \"x\" }"}});
+  const auto [status, text] = failure("genrb", {{"root", {{"STRING_TABLE:nothing", {{"a", "x"}}}}}});
   EXPECT_EQ(status, qzlog_tool::kExitFindings);
   EXPECT_NE(text.find("'genrb' has failed with status "), std::string::npos) << text;
-  EXPECT_NE(text.find("root.txt:1: "), std::string::npos) << text;
+  EXPECT_NE(text.find("root.txt:2: "), std::string::npos) << text;
 }
 
 /// A program that runs genrb, then does something else to the folder that it has written to.
@@ -80,9 +80,16 @@ TEST(RunGenrb, SuccessWithHalfABundle_IsAnError) {
   }
 }
 
+TEST(RunGenrb, SuccessWithAnotherBundle_IsAnError) {
+  const qzlog_test::TemporaryFolder folder;
+  const auto [status, text] = failure(genrb_then(folder, "cp root.res de.res"), two_sources());
+  EXPECT_EQ(status, qzlog_tool::kExitFindings);
+  EXPECT_NE(text.find("/de.res' completely, but says that it has"), std::string::npos) << text;
+}
+
 TEST(RunGenrb, FullDisk_IsAnError) {
-  const std::vector<NamedBundle> sources = {{"root", bundle_source("root", {{"a", std::string(5000, 'x')}})}};
-  const std::size_t source_size = sources[0].content.size();
+  const std::vector<BundleSource> sources = {bundle_source("root", {{"a", std::string(5000, 'x')}})};
+  const std::size_t source_size = genrb_text(sources[0]).size();
   ASSERT_GT(run_genrb("genrb", sources)[0].content.size(), source_size);
   const qzlog_test::ResourceLimit limit(RLIMIT_FSIZE, source_size);
   EXPECT_EQ(failure("genrb", sources).first, qzlog_tool::kExitFindings);

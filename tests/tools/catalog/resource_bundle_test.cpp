@@ -12,7 +12,7 @@ namespace qzlog_catalog {
 namespace {
 
 TEST(BundleSource, Texts_AreQuoted) {
-  EXPECT_EQ(bundle_source("de", {{"a.b", "x \"y\" \\z"}, {"c", "ü\n😀"}}),
+  EXPECT_EQ(genrb_text(bundle_source("de", {{"a.b", "x \"y\" \\z"}, {"c", "ü\n😀"}})),
             "de {\n"
             "  STRING_TABLE {\n"
             "    \"c\" { \"\\u00FC\\u000A\\U0001F600\" }\n"
@@ -22,7 +22,7 @@ TEST(BundleSource, Texts_AreQuoted) {
 }
 
 TEST(BundleSource, WhatTextsWereBuiltFrom_StandsInATableOfItsOwn) {
-  EXPECT_EQ(bundle_source("de", {{"a", "x"}, {"b", "y"}}, {{"a", "01234567"}, {"b", "fedcba98"}}),
+  EXPECT_EQ(genrb_text(bundle_source("de", {{"a", "x"}, {"b", "y"}}, {{"a", "01234567"}, {"b", "fedcba98"}})),
             "de {\n"
             "  SOURCE_TABLE {\n"
             "    \"b\" { \"fedcba98\" }\n"
@@ -42,8 +42,7 @@ TEST(BundleSource, ManyTexts_AreCompiledInATimeThatGrowsLinearly) {
     table.push_back({"E" + std::to_string(i), "text " + std::to_string(i)});
     sources.push_back({"E" + std::to_string(i), qzlog_tool::source_digest(table.back().stored)});
   }
-  const CatalogFolder catalog(
-      {{"root", bundle_source("root", table, sources)}});  // more than a minute if it were quadratic
+  const CatalogFolder catalog({bundle_source("root", table, sources)});  // more than a minute if it were quadratic
   EXPECT_EQ(catalog.text("E0"), "text 0");
   EXPECT_EQ(catalog.text("E29999"), "text 29999");
 }
@@ -54,7 +53,7 @@ TEST(BundleSource, EveryCharacter_IsReadBack) {
     if (code >= 0xD800 && code < 0xE000) continue;
     icu::UnicodeString(static_cast<UChar32>(code)).toUTF8String(text);
   }
-  const CatalogFolder catalog({{"root", bundle_source("root", {{"all", text}, {"empty", ""}})}});
+  const CatalogFolder catalog({bundle_source("root", {{"all", text}, {"empty", ""}})});
   EXPECT_EQ(catalog.text("all"), text);
   EXPECT_EQ(catalog.text("empty"), "");
 }
@@ -64,7 +63,7 @@ TEST(BundleSource, TextsThatLookLikeSyntax_AreTexts) {
                                           "a:int { 1 }", "\\",    "\"\""};
   std::vector<CatalogText> table;
   for (const std::string& text : texts) table.push_back({std::to_string(table.size()), text});
-  const CatalogFolder catalog({{"root", bundle_source("root", table)}});
+  const CatalogFolder catalog({bundle_source("root", table)});
   for (const CatalogText& text : table) EXPECT_EQ(catalog.text(text.id), text.stored);
 }
 
@@ -75,7 +74,7 @@ TEST(BundleSource, EveryKeyThatIsAllowed_IsFound) {
     if (is_bundle_key(key)) table.push_back({key, "text of " + std::to_string(character)});
   }
   EXPECT_EQ(table.size(), 26u + 26 + 10 + 20);
-  const CatalogFolder catalog({{"root", bundle_source("root", table)}});
+  const CatalogFolder catalog({bundle_source("root", table)});
   for (const CatalogText& text : table) EXPECT_EQ(catalog.text(text.id), text.stored);
 }
 
@@ -87,17 +86,15 @@ TEST(IsBundleKey, OtherCharacters_AreNotAllowed) {
 }
 
 TEST(EmptyBundle, ItsReaders_GetTheRootsTexts) {
-  const CatalogFolder catalog({{"root", bundle_source("root", {{"a", "root text"}})},
-                               {"en", empty_bundle_source("en")},
-                               {"de", bundle_source("de", {{"a", "deutsch"}})}});
+  const CatalogFolder catalog({bundle_source("root", {{"a", "root text"}}), empty_bundle_source("en"),
+                               bundle_source("de", {{"a", "deutsch"}})});
   EXPECT_EQ(catalog.text("a", "en_US"), "root text");
   EXPECT_EQ(catalog.text("a", "de_AT"), "deutsch");
 }
 
 // Why a language's bundle has to hold every message.
 TEST(BundleSource, TextThatALanguageLacks_IsNotFoundInTheRoot) {
-  const CatalogFolder catalog(
-      {{"root", bundle_source("root", {{"a", "x"}, {"b", "y"}})}, {"de", bundle_source("de", {{"a", "z"}})}});
+  const CatalogFolder catalog({bundle_source("root", {{"a", "x"}, {"b", "y"}}), bundle_source("de", {{"a", "z"}})});
   EXPECT_EQ(catalog.text("b", "root"), "y");
   EXPECT_EQ(catalog.text("b", "de"), std::nullopt);
 }
