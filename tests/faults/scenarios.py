@@ -25,6 +25,10 @@ class Scenario:
     def command(self, tools):
         return [str(tools.program(self.executable) if self.executable else tools.qzlog), *self.arguments]
 
+    def asking(self):
+        """The program also says what it gets from ICU without the library."""
+        return dataclasses.replace(self, arguments=(*self.arguments, "ask"))
+
     def tree(self, material):
         """The folder before a run."""
         def is_wanted(path):
