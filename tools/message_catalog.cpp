@@ -6,9 +6,11 @@
 #include <algorithm>
 #include <cstdint>
 #include <filesystem>
+#include <new>
 #include <string_view>
 #include <system_error>
 
+#include "message/icu_memory.h"
 #include "message/resource_bundle.h"
 #include "tools/command_error.h"
 #include "tools/file_descriptor.h"
@@ -27,14 +29,17 @@ constexpr const char* kRoot = "root";
 
 /// The root locale has two names.
 std::string name_of(const std::string& locale) {
+  const IcuMemory memory;
   const std::string name = icu::Locale(locale.c_str()).getName();
+  if (memory.ran_out()) throw std::bad_alloc();
   return name.empty() ? kRoot : name;
 }
 
 std::string utf8_of(std::u16string_view text) {
+  const icu::UnicodeString units(text.data(), static_cast<std::int32_t>(text.size()));
+  if (units.isBogus()) throw std::bad_alloc();
   std::string converted;
-  icu::UnicodeString(text.data(), static_cast<std::int32_t>(text.size())).toUTF8String(converted);
-  return converted;
+  return units.toUTF8String(converted);
 }
 
 /// Why the library would not open the bundle, in words that say which one is meant when it is another.

@@ -3,6 +3,7 @@ import dataclasses
 
 import icu_excuses
 import judge
+import next_run
 import runners
 import scenarios
 
@@ -84,7 +85,7 @@ class ServedMemory:
             return icu_excuses.excuse_ending(found, run.frames)
         if found.outcome == judge.WRONG and self.scenario.marked:
             return self.verdict_of_asked(fault)
-        return found
+        return next_run.judge_finished(self.scenario, found, run, self.good, self.tree, lambda tree: self.server.run(tree, 0, False))
 
     def verdict_of_asked(self, fault):
         asking = self.scenario.asking()
@@ -102,7 +103,7 @@ class TracedMemory:
     def __init__(self, worker, scenario):
         self.place, self.scenario, self.tree = worker.place, scenario, worker.tree(scenario)
         self.count = self.place.folder / "count"
-        self.good = judge.checked(self.run("0"), scenario.marked)
+        self.good = judge.checked(self.run("0", self.tree), scenario.marked)
         self.good.points = int.from_bytes(self.count.read_bytes()[:8], "little")
 
     def __enter__(self):
@@ -111,11 +112,12 @@ class TracedMemory:
     def __exit__(self, *_):
         pass
 
-    def run(self, fault):
+    def run(self, fault, tree):
         self.count.unlink(missing_ok=True)
-        return runners.run_traced(self.place, self.scenario, self.tree,
+        return runners.run_traced(self.place, self.scenario, tree,
                                   environment={"QZ_FAULT_MEMORY": fault, "QZ_FAULT_COUNT": str(self.count)})
 
     def verdict(self, nth, from_then_on):
-        run = self.run(f"{nth}{'+' if from_then_on else ''}")
-        return judge_run(self.scenario, run, self.good, self.tree)
+        run = self.run(f"{nth}{'+' if from_then_on else ''}", self.tree)
+        found = judge_run(self.scenario, run, self.good, self.tree)
+        return next_run.judge_finished(self.scenario, found, run, self.good, self.tree, lambda tree: self.run("0", tree))

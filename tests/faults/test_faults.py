@@ -134,7 +134,7 @@ class ExcuseOfIcusEndings(unittest.TestCase):
         self.assertEqual(self.outcome(), judge.CRASH)
 
     def test_wait_of_icu_for_a_lock_is_excused(self):
-        frames = ("libc.so.6 futex_wait", "libc.so.6 pthread_mutex_lock", "libicuuc.so.72 f", "libqzlog.so.1 g")
+        frames = ("libc.so.6 __GI___lll_lock_wait", "libc.so.6 __pthread_mutex_lock@GLIBC_2.2.5", "libicuuc.so.72 f", "libqzlog.so.1 g")
         self.assertEqual(self.outcome(*frames, verdict=judge.HANG), judge.ICU_HANG)
 
     def test_other_hangs_are_not(self):
@@ -192,7 +192,16 @@ class ExcuseOfWhatIcuKeeps(unittest.TestCase):
     def test_what_was_wrong_at_once_is_ours(self):
         wrong = self.TEXTS.replace(b"23:00", b"11 PM")
         self.assertEqual(self.outcome(wrong, self.BROKEN, first=wrong), judge.WRONG)
+        self.assertEqual(self.outcome(self.TEXTS, self.BROKEN, first=wrong), judge.WRONG)
         self.assertEqual(self.outcome(wrong, self.BROKEN, number=1), judge.WRONG)
+
+    def test_time_zone_of_the_c_library_may_be_wrong_at_once(self):
+        wrong = self.TEXTS.replace(b"23:00", b"12:00")
+        self.ANSWERS, broken = self.ANSWERS + b"local time\t23:00\n", self.ANSWERS + b"local time\t12:00\n"
+        for again in (wrong, self.TEXTS):
+            self.assertEqual(self.outcome(again, broken, first=wrong), judge.ICU_KEPT)
+            self.assertEqual(self.outcome(again, self.ANSWERS, first=wrong), judge.WRONG)
+        self.assertEqual(self.outcome(wrong, broken, first=wrong.replace(b"1.5", b"15")), judge.WRONG)
 
     def test_right_and_stated_ends_stay_what_they_are(self):
         self.assertEqual(self.outcome(self.TEXTS, self.BROKEN), judge.ERROR)

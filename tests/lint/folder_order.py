@@ -53,6 +53,7 @@ OUTSIDE = {
 
 # Files of the library that are compiled into the tools as well, each with its reason.
 SHARED = {
+    "message/icu_memory.h": "the tools do not take ICU for refusing what it had no memory for, either",
     "message/pattern_nesting.h": "the tools refuse the patterns that the library refuses, before ICU sees them",
     "message/resource_*.h": "the tools see in a catalog what the library finds there",
 }

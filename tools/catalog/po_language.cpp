@@ -7,7 +7,10 @@
 
 #include <algorithm>
 #include <array>
+#include <new>
 #include <string_view>
+
+#include "message/icu_memory.h"
 
 namespace qzlog_catalog {
 namespace {
@@ -77,9 +80,11 @@ bool is_known(const std::string& locale) {
 std::optional<std::string> bundle_name(const std::string& language) {
   const std::optional<std::string> tag = with_script(language);
   if (!tag || !is_tag(*tag)) return std::nullopt;
+  const IcuMemory memory;
   const std::string locale = part_of(*tag, uloc_canonicalize);
-  if (locale.empty() || locale == "root" || !is_known(locale)) return std::nullopt;
-  return locale;
+  const bool is_usable = !locale.empty() && locale != "root" && is_known(locale);
+  if (memory.ran_out()) throw std::bad_alloc();
+  return is_usable ? std::optional(locale) : std::nullopt;
 }
 
 }  // namespace qzlog_catalog

@@ -4,6 +4,9 @@
 #include <unicode/msgfmt.h>
 #include <unicode/unistr.h>
 
+#include <new>
+
+#include "message/icu_memory.h"
 #include "message/pattern_nesting.h"
 #include "tools/compiler/attribute_type.h"
 #include "tools/compiler/stored_template.h"
@@ -35,12 +38,16 @@ std::string pattern_of(const StoredTemplate& stored) {
 std::string template_syntax_failure(std::string_view stored) {
   const StoredTemplate parts = qzlog_compiler::cut_template(stored, TemplateForm::kIcu);
   if (!parts.failure.empty()) return parts.failure;
+  const IcuMemory memory;
   UErrorCode status = U_ZERO_ERROR;
   const icu::UnicodeString pattern = icu::UnicodeString::fromUTF8(pattern_of(parts));
   icu::MessagePattern parsed(status);
-  if (!parse_pattern(pattern, parsed, status)) return qzlog_compiler::nesting_failure();
+  const bool is_within_limits = parse_pattern(pattern, parsed, status);
+  if (memory.ran_out(status)) throw std::bad_alloc();
+  if (!is_within_limits) return qzlog_compiler::nesting_failure();
   UParseError place;
   const icu::MessageFormat format(pattern, icu::Locale::getRoot(), place, status);
+  if (memory.ran_out(status)) throw std::bad_alloc();
   return U_SUCCESS(status) ? "" : "ICU refuses its text; a literal brace is written in apostrophes, '{'";
 }
 

@@ -4,9 +4,11 @@
 #include <unicode/unistr.h>
 
 #include <cstddef>
+#include <new>
 #include <optional>
 #include <utility>
 
+#include "message/icu_memory.h"
 #include "message/pattern_nesting.h"
 #include "tools/compiler/attribute_type.h"
 #include "tools/compiler/message_lowering.h"
@@ -42,9 +44,12 @@ std::string pattern_failure(const StoredTemplate& stored) {
   std::size_t references = 0;
   const std::string pattern = icu_pattern(stored, references);
   if (references > kMaximumIcuReferences) return "it has more than ten references";
+  const IcuMemory memory;
   UErrorCode status = U_ZERO_ERROR;
   icu::MessagePattern parsed(status);
-  if (!parse_pattern(icu::UnicodeString::fromUTF8(pattern), parsed, status)) return nesting_failure();
+  const bool is_within_limits = parse_pattern(icu::UnicodeString::fromUTF8(pattern), parsed, status);
+  if (memory.ran_out(status)) throw std::bad_alloc();
+  if (!is_within_limits) return nesting_failure();
   if (U_FAILURE(status)) return "ICU does not take its braces for a message pattern";
   return parsed.hasNamedArguments() ? "ICU takes a name in braces for an argument that nobody gives" : "";
 }

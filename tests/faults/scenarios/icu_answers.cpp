@@ -61,6 +61,13 @@ std::time_t moment_of(const char* local_time) {
   return std::mktime(&local);
 }
 
+// As the samples' attribute shows it.
+std::string local_offset() {
+  std::tm local{};
+  if (localtime_r(&kMoment, &local) == nullptr) return failed("localtime_r");
+  return "TIMEZONE_DIFFERENCE " + std::to_string(local.tm_gmtoff / 60);
+}
+
 std::string local_time(const char* format) {
   std::tm local{};
   if (localtime_r(&kMoment, &local) == nullptr) return failed("localtime_r");
@@ -84,12 +91,14 @@ std::string default_zone() {
 }  // namespace
 
 void ask_for_defaults(SeenText& answers) {
-  add_answer(answers, "default locale", uloc_getDefault());
-  add_answer(answers, "default code page", ucnv_getDefaultName());
-  add_answer(answers, "default zone", default_zone());
+  // Before the others: ICU and mktime() make the C library read the time zone again.
+  add_answer(answers, "local offset", local_offset());
   for (const char* const format : {"%Y-%m-%d", "%H:%M:%S"}) {
     add_answer(answers, std::string("local time ") + format, local_time(format));
   }
+  add_answer(answers, "default locale", uloc_getDefault());
+  add_answer(answers, "default code page", ucnv_getDefaultName());
+  add_answer(answers, "default zone", default_zone());
 }
 
 void ask_for_formats(SeenText& answers, const char* locale) {
