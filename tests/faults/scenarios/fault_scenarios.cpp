@@ -50,6 +50,7 @@ const Scenario kScenarios[] = {
 };
 
 SeenText g_seen;
+SeenText g_answers;
 bool g_is_stated = true;
 
 // What the operation ends with: the first line. An exception's text goes with the exception.
@@ -124,9 +125,8 @@ void print_line(const char* text) {
   line.print();
 }
 
-void ask_and_print(const Scenario& scenario) {
+void ask_and_print(const Scenario& scenario, SeenText& answers) {
   print_line("icu");
-  SeenText answers;
   ask_for_defaults(answers);
   if (scenario.ask != nullptr) scenario.ask(answers);
   answers.print();
@@ -145,8 +145,9 @@ int main(int argc, char** argv) {
     if (run_to_its_end(operation).failed) return 1;
   }
   run_and_print(operation, true);
+  if (argc == 4) ask_for_local_time(g_answers);
   print_line("again");
   run_and_print(operation, false);
-  if (argc == 4) ask_and_print(*scenario);
+  if (argc == 4) ask_and_print(*scenario, g_answers);
   return g_is_stated ? 0 : 1;
 }

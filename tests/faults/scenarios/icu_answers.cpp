@@ -54,18 +54,17 @@ void ask_for_format(SeenText& answers, const char* style, const char* locale, co
   add_answer(answers, std::string(locale) + " " + style + " " + name, format_with(pattern, locale, value));
 }
 
+long g_offset = 0;
+
+long offset_from_gmt() {
+  std::tm local{};
+  return localtime_r(&kMoment, &local) == nullptr ? 0 : local.tm_gmtoff;
+}
+
 std::time_t moment_of(const char* local_time) {
   std::tm local{};
   strptime(local_time, "%Y-%m-%d %H:%M:%S", &local);
-  local.tm_isdst = -1;
-  return std::mktime(&local);
-}
-
-// As the samples' attribute shows it.
-std::string local_offset() {
-  std::tm local{};
-  if (localtime_r(&kMoment, &local) == nullptr) return failed("localtime_r");
-  return "TIMEZONE_DIFFERENCE " + std::to_string(local.tm_gmtoff / 60);
+  return timegm(&local) - g_offset;
 }
 
 std::string local_time(const char* format) {
@@ -90,12 +89,16 @@ std::string default_zone() {
 
 }  // namespace
 
-void ask_for_defaults(SeenText& answers) {
-  // Before the others: ICU and mktime() make the C library read the time zone again.
-  add_answer(answers, "local offset", local_offset());
+void ask_for_local_time(SeenText& answers) {
+  g_offset = offset_from_gmt();
+  // As the samples' attribute shows it.
+  add_answer(answers, "local offset", "TIMEZONE_DIFFERENCE " + std::to_string(g_offset / 60));
   for (const char* const format : {"%Y-%m-%d", "%H:%M:%S"}) {
     add_answer(answers, std::string("local time ") + format, local_time(format));
   }
+}
+
+void ask_for_defaults(SeenText& answers) {
   add_answer(answers, "default locale", uloc_getDefault());
   add_answer(answers, "default code page", ucnv_getDefaultName());
   add_answer(answers, "default zone", default_zone());
