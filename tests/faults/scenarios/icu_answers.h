@@ -7,8 +7,8 @@
 /// them without the library: a line for each question, with a tab before the answer, which begins with "failed: " where
 /// there is none.
 
-/// The C library's time zone, which the formats are asked with too. To be asked before what makes the C library read the
-/// zone again, as ICU does.
+/// The C library's time zone, which the formats are asked with too. To be asked before what makes the C library read
+/// the zone again, as ICU does.
 void ask_for_local_time(SeenText& answers);
 /// What every message may need: the default locale, the default code page and ICU's time zone.
 void ask_for_defaults(SeenText& answers);
