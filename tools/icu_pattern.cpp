@@ -48,14 +48,20 @@ const char* style_of(char format) {
   }
 }
 
-icu::Formattable value_for(char format) {
-  if (format == 's') return {icu::UnicodeString("x")};
-  if (format == 'D' || format == 'T') return {UDate{0}, icu::Formattable::kIsDate};
-  return {1.0};
+/// In its place: a text that ICU had no memory for cannot be copied.
+void add_value(std::vector<icu::Formattable>& values, char format) {
+  if (format == 's') {
+    values.emplace_back(icu::UnicodeString("x"));
+  } else if (format == 'D' || format == 'T') {
+    values.emplace_back(UDate{0}, icu::Formattable::kIsDate);
+  } else {
+    values.emplace_back(1.0);
+  }
 }
 
 BuiltPattern build_pattern(const StoredTemplate& cut) {
   BuiltPattern built;
+  built.values.reserve(cut.parts.size());
   for (const TemplatePart& part : cut.parts) {
     if (!part.is_reference()) {
       built.text += icu::UnicodeString::fromUTF8(part.text);
@@ -63,7 +69,7 @@ BuiltPattern build_pattern(const StoredTemplate& cut) {
       built.reference_offsets.push_back(built.text.length());
       const std::string piece = "{" + std::to_string(built.values.size()) + style_of(part.format) + "}";
       built.text += icu::UnicodeString(piece.c_str(), -1, US_INV);
-      built.values.push_back(value_for(part.format));
+      add_value(built.values, part.format);
     }
   }
   return built;
@@ -144,7 +150,7 @@ std::string find_failure_to_apply(const BuiltPattern& built, const std::string& 
          "), and the library then ends the process";
 }
 
-PatternReading read_built_pattern(const BuiltPattern& built, const std::string& locale) {
+PatternReading read_pattern(const BuiltPattern& built, const std::string& locale) {
   UErrorCode status = U_ZERO_ERROR;
   icu::MessagePattern parsed(status);
   if (!parse_pattern(built.text, parsed, status)) return {{}, {}, qzlog_compiler::nesting_failure()};
@@ -166,7 +172,9 @@ std::vector<const TemplatePart*> shown_references(const StoredTemplate& cut) {
 
 PatternReading read_icu_pattern(const StoredTemplate& cut, const std::string& locale) {
   const IcuMemory memory;
-  PatternReading reading = read_built_pattern(build_pattern(cut), locale);
+  const BuiltPattern built = build_pattern(cut);
+  if (memory.ran_out()) throw std::bad_alloc();
+  PatternReading reading = read_pattern(built, locale);
   if (memory.ran_out()) throw std::bad_alloc();
   return reading;
 }

@@ -3,6 +3,7 @@ import dataclasses
 
 import judge
 import memory_points
+import next_run
 import runners
 import scenarios
 
@@ -51,7 +52,9 @@ class Work:
         good = judge.checked(runners.run_traced(worker.place, self.scenario, tree), self.scenario.marked)
         for nth, error in self.points:
             run = runners.run_traced(worker.place, self.scenario, tree, ALL, nth, error.rstrip("+"), error.endswith("+"))
-            yield f"{nth} {error}", judge_run(self.scenario, run, good, tree, error), run.hit
+            found = judge_run(self.scenario, run, good, tree, error)
+            yield f"{nth} {error}", next_run.judge_finished(
+                self.scenario, found, run, good, tree, lambda left: runners.run_traced(worker.place, self.scenario, left)), run.hit
 
 
 def plan(worker, scenario):

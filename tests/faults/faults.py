@@ -107,7 +107,7 @@ def show_progress(name, done, of):
 def report(tried, seconds, options):
     proofs = tried.proofs_text()
     options.output.mkdir(parents=True, exist_ok=True)
-    texts = [tried.text(), tried.findings_text(), proofs and "Crashes inside ICU, without memory:\n" + proofs]
+    texts = [tried.text(), tried.findings_text(), proofs and "What is ICU's own, without memory:\n" + proofs]
     (options.output / f"{tried.subset}.txt").write_text("\n\n".join(filter(None, texts)) + "\n", encoding="utf-8")
     texts[1] = tried.findings_text(table.SHOWN_OF_A_ROW)
     print(f"== {tried.subset}: {tried.total()} points in {seconds:.0f} s, {tried.bad()} wrong\n")

@@ -3,15 +3,18 @@ import dataclasses
 import itertools
 import re
 
-# The outcomes, the good ones first. Of an excused one there is a proof.
+# The outcomes, the good ones first. Of the excused ones there is a proof, see icu_excuses.py.
 AS_BEFORE = "as before"    # the same result as without the fault
 ERROR = "clean error"      # said so, and left every file as it was or as it should become
-EXCUSED = "ICU's crash"    # on a cold out-of-memory, with the crash inside ICU
+ICU_CRASH = "ICU's crash"  # without memory, inside ICU
+ICU_HANG = "ICU's hang"    # without memory, ICU waits for itself
+ICU_KEPT = "ICU's for good"  # ICU or the C library remembers what failed, and says so itself
 WRONG = "wrong"
 LEFTOVER = "leftover"      # a temporary file or a process stays behind
 CRASH = "crash"
 HANG = "hang"
-OUTCOMES = [AS_BEFORE, ERROR, EXCUSED, WRONG, LEFTOVER, CRASH, HANG]
+EXCUSED = [ICU_CRASH, ICU_HANG, ICU_KEPT]
+OUTCOMES = [AS_BEFORE, ERROR, *EXCUSED, WRONG, LEFTOVER, CRASH, HANG]
 BAD = {WRONG, LEFTOVER, CRASH, HANG}
 
 STATUS_OF_ERRORS = (1, 2)
@@ -90,14 +93,6 @@ def _first_difference(text, good):
         if line != wanted:
             return f"{line} instead of {wanted}"
     return "other line ends"
-
-
-def excuse_icu(verdict, frames):
-    """A crash is ICU's own when nothing but the C library stands between it and the crash."""
-    inside = [frame for frame in frames if not frame.startswith(("libc.so", "ld-linux"))]
-    if verdict.outcome == CRASH and inside and inside[0].startswith("libicu"):
-        return Verdict(EXCUSED, calls_text(inside[:4]))
-    return verdict
 
 
 def calls_text(frames):

@@ -48,9 +48,12 @@ def make_material(tools, examples, folder):
     tree["old.yaml"] = tree["storage.yaml"].replace(b"projects", b"things").replace(b" is ", b" has become ")
     tree["many.yaml"] = process_points.definition_source().encode()
     tree["broken.yaml"], tree["log.conf"] = BROKEN.encode(), CONFIGURATION.encode()
-    tree["po"] = tree["old"] = folders.FOLDER
+    tree["po"] = tree["old"] = tree["old/po"] = folders.FOLDER
     for path in storage.glob("po/*.po"):
         tree[f"po/{path.name}"] = path.read_bytes()
+    # A catalog as it was: one language in other words, one that is not there any more, one that was not there yet.
+    tree["old/po/de.po"] = tree["po/de.po"]
+    tree["old/po/it.po"] = tree["po/ja.po"].replace(b"Language: ja", b"Language: it")
     tree["po/de.po"] = tree["po/de.po"].replace(b'"Volume', b'"The volume', 1)
     tree["events.cnt"] = counter_file()
     folders.write_tree(folder, tree)
@@ -76,6 +79,7 @@ def _make_results(tools, folder):
     run(tools.qzlog, "compile", "old.yaml", "-o", "old/storage.ldf")
     run(tools.qzlog, "compile", "storage_aux.yaml", "--aux-of", "storage.yaml", "-o", "storage_aux.ldf")
     run(tools.qzlog, "catalog", "build", *BOTH.split(), "--po", "po", "-o", "messages")
+    run(tools.qzlog, "catalog", "build", *BOTH.split(), "--po", "old/po", "-o", "old/messages")
     run("git", "init", "--quiet")
     run("git", "add", "old.yaml")
     run("git", "-c", "user.name=Test", "-c", "user.email=test@example.com", "-c", "commit.gpgsign=false", "commit", "--quiet",

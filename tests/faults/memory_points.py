@@ -1,7 +1,9 @@
 """Allocations that fail: the n-th, or all from the n-th on, in every scenario, ICU's and the C library's too."""
 import dataclasses
 
+import icu_excuses
 import judge
+import next_run
 import runners
 import scenarios
 
@@ -58,12 +60,14 @@ def judge_run(scenario, run, good, before):
 
 
 class ServedMemory:
-    """A fork for each run; one that crashes or hangs is run once more under fault_run, which shows where."""
+    """A fork for each run; one that crashes, hangs or is not right any more is run again under fault_run, which shows where, and
+    with the questions to ICU, whose fault it may be."""
 
     def __init__(self, worker, scenario):
         self.place, self.scenario, self.tree = worker.place, scenario, worker.tree(scenario)
         self.server = runners.ForkServer(self.place, scenario)
         self.good = judge.checked(self.server.run(self.tree, 0, False), scenario.marked)
+        self.good_answers = None
 
     def __enter__(self):
         return self
@@ -74,12 +78,23 @@ class ServedMemory:
     def verdict(self, nth, from_then_on):
         run = self.server.run(self.tree, nth, from_then_on)
         found = judge_run(self.scenario, run, self.good, self.tree)
-        if found.outcome not in (judge.CRASH, judge.HANG):
-            return found
-        run = runners.run_traced(self.place, self.scenario, self.tree,
-                                 environment={"QZ_FAULT_MEMORY": f"{nth}{'+' if from_then_on else ''}"})
-        found = judge_run(self.scenario, run, self.good, self.tree)
-        return found if self.scenario.name.endswith(scenarios.WARM) else judge.excuse_icu(found, run.frames)
+        fault = f"{nth}{'+' if from_then_on else ''}"
+        if found.outcome in (judge.CRASH, judge.HANG):
+            run = self.run_traced(self.scenario, fault)
+            found = judge_run(self.scenario, run, self.good, self.tree)
+            return icu_excuses.excuse_ending(found, run.frames)
+        if found.outcome == judge.WRONG and self.scenario.marked:
+            return self.verdict_of_asked(fault)
+        return next_run.judge_finished(self.scenario, found, run, self.good, self.tree, lambda tree: self.server.run(tree, 0, False))
+
+    def verdict_of_asked(self, fault):
+        asking = self.scenario.asking()
+        if self.good_answers is None:
+            self.good_answers = self.run_traced(asking, "0")
+        return icu_excuses.judge_asked(self.run_traced(asking, fault), self.good_answers)
+
+    def run_traced(self, scenario, fault):
+        return runners.run_traced(self.place, scenario, self.tree, environment={"QZ_FAULT_MEMORY": fault})
 
 
 class TracedMemory:
@@ -88,7 +103,7 @@ class TracedMemory:
     def __init__(self, worker, scenario):
         self.place, self.scenario, self.tree = worker.place, scenario, worker.tree(scenario)
         self.count = self.place.folder / "count"
-        self.good = judge.checked(self.run("0"), scenario.marked)
+        self.good = judge.checked(self.run("0", self.tree), scenario.marked)
         self.good.points = int.from_bytes(self.count.read_bytes()[:8], "little")
 
     def __enter__(self):
@@ -97,11 +112,12 @@ class TracedMemory:
     def __exit__(self, *_):
         pass
 
-    def run(self, fault):
+    def run(self, fault, tree):
         self.count.unlink(missing_ok=True)
-        return runners.run_traced(self.place, self.scenario, self.tree,
+        return runners.run_traced(self.place, self.scenario, tree,
                                   environment={"QZ_FAULT_MEMORY": fault, "QZ_FAULT_COUNT": str(self.count)})
 
     def verdict(self, nth, from_then_on):
-        run = self.run(f"{nth}{'+' if from_then_on else ''}")
-        return judge_run(self.scenario, run, self.good, self.tree)
+        run = self.run(f"{nth}{'+' if from_then_on else ''}", self.tree)
+        found = judge_run(self.scenario, run, self.good, self.tree)
+        return next_run.judge_finished(self.scenario, found, run, self.good, self.tree, lambda tree: self.run("0", tree))

@@ -9,6 +9,7 @@ import subprocess
 import time
 
 import judge
+import next_run
 import runners
 import scenarios
 
@@ -73,14 +74,9 @@ class KillWork:
             found = judge_killed(self.scenario, run, good, tree, SIGNALS[self.what])
             yield f"{point:.2f} of its time", found or self.judge_next(worker, run, good), ""
 
-    # It starts from what the killed one left.
     def judge_next(self, worker, killed, good):
         run = run_plainly(worker.place, self.scenario, killed.tree)
-        if run.number != good.number or run.kind != "exit":
-            return judge.Verdict(judge.WRONG, f"the next one ended with {run.kind} {run.number}: {judge.last_line(run.err)}")
-        if not self.scenario.counters and any(run.tree.get(name) != good.tree[name] for name in good.tree if "tmp/" not in name):
-            return judge.Verdict(judge.WRONG, "the next one did not write what it should")
-        return judge.Verdict(judge.AS_BEFORE)
+        return next_run.judge_next(self.scenario, run, good, worker.tree(self.scenario)) or judge.Verdict(judge.AS_BEFORE)
 
 
 @dataclasses.dataclass(frozen=True)
@@ -99,7 +95,9 @@ class LimitWork:
                 yield size, judge_killed(self.scenario, run, good, tree, signal.SIGXFSZ) or judge.Verdict(judge.ERROR), ""
             else:
                 allowed = scenarios.in_between(self.scenario)
-                yield size, judge.judge_command(run, good, tree, allowed, errors_are_lost=size == 0), ""
+                found = judge.judge_command(run, good, tree, allowed, errors_are_lost=size == 0)
+                yield size, next_run.judge_finished(self.scenario, found, run, good, tree,
+                                                    lambda left: run_plainly(worker.place, self.scenario, left)), ""
 
 
 def plan(_worker, _scenario):

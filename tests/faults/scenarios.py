@@ -1,5 +1,6 @@
 """What is run while something fails: the commands, and the programs of the folder scenarios/ that use the library."""
 import dataclasses
+import json
 import struct
 
 import folders
@@ -21,9 +22,14 @@ class Scenario:
     writes: bool = False       # it has a result in a file
     told: str = ""             # what its output tells of a failure, as a regular expression
     counters: tuple = ()       # counter files, which may hold some of the counts
+    manifests: tuple = ()      # lists of catalogs, which may tell what is not finished
 
     def command(self, tools):
         return [str(tools.program(self.executable) if self.executable else tools.qzlog), *self.arguments]
+
+    def asking(self):
+        """The program also says what it gets from ICU without the library."""
+        return dataclasses.replace(self, arguments=(*self.arguments, "ask"))
 
     def tree(self, material):
         """The folder before a run."""
@@ -81,8 +87,9 @@ COMMANDS = [
     command("catalog-extract", "catalog extract storage.yaml storage_aux.yaml -o po/storage.pot --update po/de.po po/ja.po"
             " po/fr.po", BOTH + " po", writes=True),
     command("catalog-build", "catalog build storage.yaml storage_aux.yaml --po po -o messages", BOTH + " po",
-            writes=True),
-    command("catalog-rebuild", "catalog build storage.yaml storage_aux.yaml --po po -o messages", BOTH + " po messages", writes=True),
+            writes=True, manifests=("messages/qzlog-catalog.json",)),
+    command("catalog-rebuild", "catalog build storage.yaml storage_aux.yaml --po po -o old/messages", BOTH + " po old/messages",
+            writes=True, manifests=("old/messages/qzlog-catalog.json",)),
     command("catalog-status", "catalog status storage.yaml storage_aux.yaml --po po --json", BOTH + " po"),
     Scenario("manual-pages", ("docs",), program=MANUALS, executable=MANUALS, writes=True),
     command("help", "--help"),
@@ -92,7 +99,7 @@ COMMANDS = [
 # In these another program works for the command, and something fails there.
 CHILDREN = [
     command("catalog-build/genrb", "catalog build storage.yaml --po po -o messages", "storage.yaml po", program="genrb",
-            writes=True),
+            writes=True, manifests=("messages/qzlog-catalog.json",)),
     command("diff-git/git", "diff git:HEAD:old.yaml storage.yaml", "old.yaml storage.yaml .git", program="git"),
 ]
 
@@ -122,7 +129,20 @@ RECORD = struct.Struct(">8i")
 
 def in_between(scenario):
     """The files that may hold some of a scenario's changes, and what then says whether they do."""
-    return {name: is_partly_counted for name in scenario.counters}
+    return {**{name: is_partly_counted for name in scenario.counters}, **{name: is_unfinished for name in scenario.manifests}}
+
+
+def is_unfinished(before, after, now):
+    """A list of a catalog that says what it had, and what a build was about to make."""
+    try:
+        found, old, new = (json.loads(content or b"null") for content in (now, before, after))
+    except ValueError:
+        return False
+    if not isinstance(found, dict):
+        return False
+    made = found.pop("unfinished", None)
+    known = old if old is not None else {**new, "bundles": {}}
+    return bool(made) and found == known and made.items() <= new["bundles"].items()
 
 
 def counts_of(content):

@@ -26,8 +26,8 @@ class Table:
         row.counts[verdict.outcome] += 1
         if verdict.outcome in judge.BAD:
             row.findings.append((point, verdict.outcome, verdict.text, hit))
-        elif verdict.outcome == judge.EXCUSED:
-            row.proofs[verdict.text] += 1
+        elif verdict.outcome in judge.EXCUSED:
+            row.proofs[verdict.outcome, verdict.text] += 1
 
     def total(self, outcomes=None):
         return sum(count for row in self.rows.values() for outcome, count in row.counts.items()
@@ -57,7 +57,7 @@ class Table:
 
     def proofs_text(self):
         proofs = sum((row.proofs for row in self.rows.values()), collections.Counter())
-        return "\n".join(f"{count} x {frames}" for frames, count in proofs.most_common())
+        return "\n".join(f"{count} x {outcome}: {proof}" for (outcome, proof), count in proofs.most_common())
 
 
 def _aligned(lines):

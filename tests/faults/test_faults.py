@@ -11,6 +11,7 @@ import unittest
 
 import call_points
 import folders
+import icu_excuses
 import judge
 import memory_points
 import process_points
@@ -115,21 +116,100 @@ class RunsWithoutFault(unittest.TestCase):
             self.assertIs(judge.checked(good, is_program), good)
 
 
-class ExcuseOfIcu(unittest.TestCase):
-    def outcome(self, *frames):
-        return judge.excuse_icu(judge.Verdict(judge.CRASH), list(frames)).outcome
+class ExcuseOfIcusEndings(unittest.TestCase):
+    def outcome(self, *frames, verdict=judge.CRASH):
+        return icu_excuses.excuse_ending(judge.Verdict(verdict), list(frames)).outcome
 
-    def test_crash_in_icu_or_in_what_it_called_of_the_c_library_is_excused(self):
-        self.assertEqual(self.outcome("libicuuc.so.72 f", "libqzlog.so.1 g"), judge.EXCUSED)
-        self.assertEqual(self.outcome("libc.so.6 strlen", "libicui18n.so.72 f"), judge.EXCUSED)
+    def test_crash_within_icu_or_in_what_it_called_of_the_c_library_is_excused(self):
+        self.assertEqual(self.outcome("libicuuc.so.72 f", "libicui18n.so.72 g", "libqzlog.so.1 h"), judge.ICU_CRASH)
+        self.assertEqual(self.outcome("libc.so.6 strlen", "libicui18n.so.72 f", "libicui18n.so.72 g"), judge.ICU_CRASH)
+
+    def test_crash_at_what_icu_was_given_is_not(self):
+        self.assertEqual(self.outcome("libicuuc.so.72 f", "libqzlog.so.1 g"), judge.CRASH)
+        self.assertEqual(self.outcome("libc.so.6 strlen", "libicuuc.so.72 f", "libqzlog.so.1 g"), judge.CRASH)
 
     def test_crash_elsewhere_is_not(self):
-        self.assertEqual(self.outcome("libqzlog.so.1 f", "libicuuc.so.72 g"), judge.CRASH)
+        self.assertEqual(self.outcome("libqzlog.so.1 f", "libicuuc.so.72 g", "libicuuc.so.72 h"), judge.CRASH)
         self.assertEqual(self.outcome("libc.so.6 abort", "libstdc++.so.6 terminate", "libicuuc.so.72 g"), judge.CRASH)
         self.assertEqual(self.outcome(), judge.CRASH)
 
-    def test_nothing_but_a_crash_is_excused(self):
-        self.assertEqual(judge.excuse_icu(judge.Verdict(judge.WRONG), ["libicuuc.so.72 f"]).outcome, judge.WRONG)
+    def test_wait_of_icu_for_a_lock_is_excused(self):
+        frames = ("libc.so.6 __GI___lll_lock_wait", "libc.so.6 __pthread_mutex_lock@GLIBC_2.2.5", "libicuuc.so.72 f", "libqzlog.so.1 g")
+        self.assertEqual(self.outcome(*frames, verdict=judge.HANG), judge.ICU_HANG)
+
+    def test_other_hangs_are_not(self):
+        for frames in (("libc.so.6 futex_wait", "libqzlog.so.1 f", "libicuuc.so.72 g"), ("libicuuc.so.72 f", "libqzlog.so.1 g"),
+                       ("libc.so.6 read", "libicuuc.so.72 f"), ()):
+            self.assertEqual(self.outcome(*frames, verdict=judge.HANG), judge.HANG, frames)
+
+    def test_nothing_else_is_excused(self):
+        for verdict in (judge.WRONG, judge.LEFTOVER):
+            self.assertEqual(self.outcome("libicuuc.so.72 f", "libicuuc.so.72 g", verdict=verdict), verdict)
+
+
+class ExcuseOfWhatIcuKeeps(unittest.TestCase):
+    """The same wrong end is excused when ICU's own answer explains it, and only then."""
+    TEXTS = b"result\nat 23:00\n1.5 of 2\n"
+    ANSWERS = b"time\t23:00\nnumber\t1.5\n"
+    BROKEN = b"time\t11 PM\nnumber\t1.5\n"
+    FAILED = b"time\tfailed: U_X\nnumber\t1.5\n"
+    MEMORY = b"error: QZX_memory_alloc\n"
+
+    def verdict(self, first, again, answers, **fields):
+        def run(first, again, answers, **fields):
+            return judge.Run(out=first + b"again\n" + again + b"icu\n" + answers, **fields)
+        return icu_excuses.judge_asked(run(first, again, answers, **fields), run(self.TEXTS, self.TEXTS, self.ANSWERS))
+
+    def outcome(self, again, answers, first=MEMORY, **fields):
+        return self.verdict(first, again, answers, **fields).outcome
+
+    def test_wrong_text_is_icus_when_icu_gives_it_too(self):
+        again = self.TEXTS.replace(b"23:00", b"11 PM")
+        self.assertEqual(self.outcome(again, self.BROKEN), judge.ICU_KEPT)
+        self.assertEqual(self.outcome(again, self.FAILED), judge.ICU_KEPT)
+
+    def test_wrong_text_is_ours_when_icu_is_right(self):
+        self.assertEqual(self.outcome(self.TEXTS.replace(b"23:00", b"11 PM"), self.ANSWERS), judge.WRONG)
+
+    def test_other_wrong_text_than_icus_is_ours(self):
+        self.assertEqual(self.outcome(self.TEXTS.replace(b"23:00", b"12:00"), self.BROKEN), judge.WRONG)
+
+    def test_wrong_line_beside_one_of_icus_is_ours(self):
+        again = self.TEXTS.replace(b"23:00", b"11 PM").replace(b"1.5", b"15")
+        self.assertEqual(self.outcome(again, self.BROKEN), judge.WRONG)
+        self.assertEqual(self.outcome(self.TEXTS.replace(b"1.5", b"15"), self.FAILED), judge.WRONG)
+
+    def test_missing_line_is_ours(self):
+        self.assertEqual(self.outcome(b"result\nat 11 PM\n", self.BROKEN), judge.WRONG)
+
+    def test_lasting_error_is_icus_when_icu_fails_too(self):
+        self.assertEqual(self.outcome(self.MEMORY, self.FAILED), judge.ICU_KEPT)
+
+    def test_lasting_error_is_ours_when_icu_answers(self):
+        for answers in (self.ANSWERS, self.BROKEN):
+            self.assertEqual(self.outcome(self.MEMORY, answers), judge.WRONG)
+
+    def test_what_was_wrong_at_once_is_ours(self):
+        wrong = self.TEXTS.replace(b"23:00", b"11 PM")
+        self.assertEqual(self.outcome(wrong, self.BROKEN, first=wrong), judge.WRONG)
+        self.assertEqual(self.outcome(self.TEXTS, self.BROKEN, first=wrong), judge.WRONG)
+        self.assertEqual(self.outcome(wrong, self.BROKEN, number=1), judge.WRONG)
+
+    def test_time_zone_of_the_c_library_may_be_wrong_at_once(self):
+        wrong = self.TEXTS.replace(b"23:00", b"12:00")
+        self.ANSWERS, broken = self.ANSWERS + b"local time\t23:00\n", self.ANSWERS + b"local time\t12:00\n"
+        for again in (wrong, self.TEXTS):
+            self.assertEqual(self.outcome(again, broken, first=wrong), judge.ICU_KEPT)
+            self.assertEqual(self.outcome(again, self.ANSWERS, first=wrong), judge.WRONG)
+        self.assertEqual(self.outcome(wrong, broken, first=wrong.replace(b"1.5", b"15")), judge.WRONG)
+
+    def test_right_and_stated_ends_stay_what_they_are(self):
+        self.assertEqual(self.outcome(self.TEXTS, self.BROKEN), judge.ERROR)
+        self.assertEqual(self.outcome(self.TEXTS, self.ANSWERS, first=self.TEXTS), judge.AS_BEFORE)
+
+    def test_crashes_and_hangs_are_not_excused(self):
+        self.assertEqual(self.outcome(self.MEMORY, self.FAILED, kind="signal", number=11), judge.CRASH)
+        self.assertEqual(self.outcome(self.MEMORY, self.FAILED, kind="hang"), judge.HANG)
 
 
 class Counters(unittest.TestCase):

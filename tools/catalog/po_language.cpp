@@ -82,9 +82,9 @@ std::optional<std::string> bundle_name(const std::string& language) {
   if (!tag || !is_tag(*tag)) return std::nullopt;
   const IcuMemory memory;
   const std::string locale = part_of(*tag, uloc_canonicalize);
-  const bool is_named = !locale.empty() && locale != "root" && is_known(locale);
+  const bool is_usable = !locale.empty() && locale != "root" && is_known(locale);
   if (memory.ran_out()) throw std::bad_alloc();
-  return is_named ? std::optional(locale) : std::nullopt;
+  return is_usable ? std::optional(locale) : std::nullopt;
 }
 
 }  // namespace qzlog_catalog

@@ -42,9 +42,9 @@ std::string template_syntax_failure(std::string_view stored) {
   UErrorCode status = U_ZERO_ERROR;
   const icu::UnicodeString pattern = icu::UnicodeString::fromUTF8(pattern_of(parts));
   icu::MessagePattern parsed(status);
-  const bool is_parsed = parse_pattern(pattern, parsed, status);
+  const bool is_within_limits = parse_pattern(pattern, parsed, status);
   if (memory.ran_out(status)) throw std::bad_alloc();
-  if (!is_parsed) return qzlog_compiler::nesting_failure();
+  if (!is_within_limits) return qzlog_compiler::nesting_failure();
   UParseError place;
   const icu::MessageFormat format(pattern, icu::Locale::getRoot(), place, status);
   if (memory.ran_out(status)) throw std::bad_alloc();

@@ -47,9 +47,9 @@ std::string pattern_failure(const StoredTemplate& stored) {
   const IcuMemory memory;
   UErrorCode status = U_ZERO_ERROR;
   icu::MessagePattern parsed(status);
-  const bool is_parsed = parse_pattern(icu::UnicodeString::fromUTF8(pattern), parsed, status);
+  const bool is_within_limits = parse_pattern(icu::UnicodeString::fromUTF8(pattern), parsed, status);
   if (memory.ran_out(status)) throw std::bad_alloc();
-  if (!is_parsed) return nesting_failure();
+  if (!is_within_limits) return nesting_failure();
   if (U_FAILURE(status)) return "ICU does not take its braces for a message pattern";
   return parsed.hasNamedArguments() ? "ICU takes a name in braces for an argument that nobody gives" : "";
 }
