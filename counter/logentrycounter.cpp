@@ -278,14 +278,16 @@ bool _qz_LOG_EntryCounter::rewrite_record(const RecordPlace& place, const Elemen
   return write_record(place, record);
 }
 
-/// Writes a record with one write and leaves the stream behind it, or at it when that failed.
+/// Writes a record with one write and leaves the stream behind it, or at it when that failed. A stream that cannot be
+/// positioned is an error while nothing is written yet.
 bool _qz_LOG_EntryCounter::write_record(const RecordPlace& place, const Element& record) {
   const int descriptor = fileno(file_);
   const RecordBytes bytes = encode_record(record);
+  if (QZ_fseek(file_, place.position + kRecordSize, SEEK_SET) != 0) return false;
   const ssize_t written = write_bytes(descriptor, place.position, bytes);
   if (written == kRecordSize) {
     if (index_ != nullptr) index_->written(descriptor, place.position, bytes);
-    return QZ_fseek(file_, place.position + kRecordSize, SEEK_SET) == 0;
+    return true;
   }
   if (written > 0) {
     if (index_ != nullptr) index_->drop();
