@@ -60,10 +60,22 @@ ssize_t write_bytes(int descriptor, long long position, const RecordBytes& bytes
   return uninterrupted([&] { return pwrite(descriptor, bytes.data(), bytes.size(), static_cast<off_t>(position)); });
 }
 
+/// Writes what a record was, a part at a time where the system takes no more.
+void write_back(int descriptor, const RecordPlace& place) {
+  const RecordBytes bytes = encode_record(place.record);
+  std::size_t done = 0;
+  ssize_t moved = 1;
+  while (moved > 0 && done < bytes.size()) {
+    const auto position = static_cast<off_t>(place.position + static_cast<long long>(done));
+    moved = uninterrupted([&] { return pwrite(descriptor, bytes.data() + done, bytes.size() - done, position); });
+    if (moved > 0) done += static_cast<std::size_t>(moved);
+  }
+}
+
 /// Undoes a record that was written in part, on a full disk.
 void take_back(int descriptor, const RecordPlace& place) {
   if (place.holds != Holds::kEnd) {
-    write_bytes(descriptor, place.position, encode_record(place.record));
+    write_back(descriptor, place);
   } else {
     uninterrupted([&] { return ssize_t{ftruncate(descriptor, static_cast<off_t>(place.position))}; });
   }
@@ -254,9 +266,9 @@ int _qz_LOG_EntryCounter::add_record(const RecordPlace& place, const Element& re
 }
 
 int _qz_LOG_EntryCounter::CloseEntryCounterFile() {
-  if (file_ != nullptr) QZ_fclose(file_);
-  file_ = nullptr;
   index_.reset();
+  // Last, so that errno is that of the close.
+  if (std::FILE* const file = std::exchange(file_, nullptr)) QZ_fclose(file);
   return 0;
 }
 
@@ -266,14 +278,16 @@ bool _qz_LOG_EntryCounter::rewrite_record(const RecordPlace& place, const Elemen
   return write_record(place, record);
 }
 
-/// Writes a record with one write and leaves the stream behind it, or at it when that failed.
+/// Writes a record with one write and leaves the stream behind it, or at it when that failed. A stream that cannot be
+/// positioned is an error while nothing is written yet.
 bool _qz_LOG_EntryCounter::write_record(const RecordPlace& place, const Element& record) {
   const int descriptor = fileno(file_);
   const RecordBytes bytes = encode_record(record);
+  if (QZ_fseek(file_, place.position + kRecordSize, SEEK_SET) != 0) return false;
   const ssize_t written = write_bytes(descriptor, place.position, bytes);
   if (written == kRecordSize) {
     if (index_ != nullptr) index_->written(descriptor, place.position, bytes);
-    return QZ_fseek(file_, place.position + kRecordSize, SEEK_SET) == 0;
+    return true;
   }
   if (written > 0) {
     if (index_ != nullptr) index_->drop();

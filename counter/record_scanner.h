@@ -4,6 +4,7 @@
 #include <sys/types.h>
 
 #include <cerrno>
+#include <cstddef>
 
 #include "counter/record_format.h"
 
@@ -17,6 +18,15 @@ ssize_t uninterrupted(Transfer transfer) {
   return moved;
 }
 
+/// What came of reading at a position. Fewer bytes than wanted mean the end of the file, unless it failed behind them.
+struct BytesRead {
+  std::size_t size_bytes;
+  bool failed;
+};
+
+/// Reads on until all is there that is wanted, the file ends or the system reports an error: it may give a part at a
+/// time.
+BytesRead read_at(int descriptor, long long position, unsigned char* target, std::size_t size_bytes);
 /// Reads up to a record's bytes at a position; returns how many were there, or -1.
 ssize_t read_record_bytes(int descriptor, long long position, RecordBytes& bytes);
 
@@ -48,7 +58,7 @@ class RecordScanner {
   /// The current record's 32 bytes; valid until the next call of next().
   const unsigned char* bytes() const { return block_ + index_; }
   CounterRecord record() const { return decode_record(bytes()); }
-  /// Whether the scan ended because the file could not be read: what follows is then not the end.
+  /// Whether the scan ended because the file, or its size, could not be read: what follows is then not the end.
   bool failed() const { return failed_; }
   /// The size of the file when the scan began; 0 for what has none, such as a device that would be read without end.
   long long end() const { return end_; }

@@ -4,8 +4,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstddef>
+#include <iterator>
 
 namespace qzlog_bundle {
 
@@ -32,8 +34,12 @@ class OpenedFile {
   int descriptor_ = -1;
 };
 
-/// Errors that say nothing about the file.
-bool is_failure_to_open(int error) { return error == EMFILE || error == ENFILE || error == ENOMEM || error == EIO; }
+/// Errors that say of a name that no file can be opened by it. Any other says that this did not work, not that there
+/// is none.
+bool is_no_file(int error) {
+  constexpr int kErrors[] = {ENOENT, ENOTDIR, ELOOP, ENAMETOOLONG, EACCES, EPERM, ENXIO, ENODEV, EINVAL};
+  return std::find(std::begin(kErrors), std::end(kErrors), error) != std::end(kErrors);
+}
 
 bool read_all(int descriptor, std::string& bytes) {
   std::size_t done = 0;
@@ -51,7 +57,7 @@ bool read_all(int descriptor, std::string& bytes) {
 WholeFile read_whole_file(const std::string& path) {
   using State = WholeFile::State;
   const OpenedFile file(path.c_str());
-  if (file.descriptor() < 0) return {is_failure_to_open(errno) ? State::kFailed : State::kAbsent, {}};
+  if (file.descriptor() < 0) return {is_no_file(errno) ? State::kAbsent : State::kFailed, {}};
   struct stat status = {};
   if (fstat(file.descriptor(), &status) != 0) return {State::kFailed, {}};
   if (!S_ISREG(status.st_mode)) return {State::kAbsent, {}};

@@ -7,9 +7,9 @@ namespace qzlog_bundle {
 
 /// A file's bytes in memory, as they were when it was read: what happens to the file later does not reach them.
 struct WholeFile {
-  /// Absent is what cannot be opened by that name, or is no regular file; failed is what is there and cannot be read,
-  /// now or as a whole: no descriptor left, an error of the device, a file that was cut meanwhile, one too large for a
-  /// bundle.
+  /// Absent is what the name does not lead to, or only those with other permissions, or what is no regular file; failed
+  /// is what is or may be there and cannot be read, now or as a whole: no descriptor left, an error of the device or
+  /// any other of the system, a file that was cut meanwhile, one too large for a bundle.
   enum class State : unsigned char { kAbsent, kRead, kFailed };
   State state = State::kAbsent;
   std::string bytes;

@@ -8,6 +8,7 @@
 #include "tools/fish_completion.h"
 #include "tools/manual_page.h"
 #include "tools/output_file.h"
+#include "tools/process_start.h"
 #include "tools/zsh_completion.h"
 
 namespace {
@@ -33,6 +34,7 @@ void write_all(const fs::path& folder) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  qzlog_tool::prepare_process();
   if (argc != 2) {
     std::cerr << "Usage: qzlog_command_docs FOLDER\n";
     return 2;

@@ -78,7 +78,9 @@ std::string check_count(const std::string& text) {
 int add(const ChangeOptions& options) {
   const CounterPath path = parse_counter_path(options.counter);
   const std::int32_t key = read_key(options.key, options.definitions);
-  CounterFile(path, MissingCounter::kCreate).increase(parse_day(options.day).value_or(local_today()), key, 1);
+  CounterFile file(path, MissingCounter::kCreate);
+  file.increase(parse_day(options.day).value_or(local_today()), key, 1);
+  file.close();
   return kExitSuccess;
 }
 
@@ -86,23 +88,30 @@ int set(const ChangeOptions& options) {
   const CounterPath path = parse_counter_path(options.counter);
   const std::int32_t key = read_key(options.key, options.definitions);
   const auto count = parse_number(options.count, 0, std::numeric_limits<std::uint32_t>::max());
-  CounterFile(path, MissingCounter::kCreate)
-      .set(parse_day(options.day).value(), key, static_cast<std::uint32_t>(count.value()));
+  CounterFile file(path, MissingCounter::kCreate);
+  file.set(parse_day(options.day).value(), key, static_cast<std::uint32_t>(count.value()));
+  file.close();
+  return kExitSuccess;
+}
+
+int remove_one(const ChangeOptions& options, const CounterPath& path) {
+  const std::int32_t key = read_key(options.key, options.definitions);
+  CounterFile file(path, MissingCounter::kRefuse);
+  file.remove(parse_day(options.day).value(), key);
+  file.close();
   return kExitSuccess;
 }
 
 int remove(const ChangeOptions& options) {
   const CounterPath path = parse_counter_path(options.counter);
-  if (!options.day.empty()) {
-    const std::int32_t key = read_key(options.key, options.definitions);
-    CounterFile(path, MissingCounter::kRefuse).remove(parse_day(options.day).value(), key);
-    return kExitSuccess;
-  }
+  if (!options.day.empty()) return remove_one(options, path);
   if (options.from.empty()) {
     throw CommandError(kExitCannotRun, "give --date and --key, or --from and --to, to say what is deleted");
   }
   refuse_reversed_days(options.from, options.to);
-  CounterFile(path, MissingCounter::kRefuse).remove_box(parse_day(options.from).value(), parse_day(options.to).value());
+  CounterFile file(path, MissingCounter::kRefuse);
+  file.remove_box(parse_day(options.from).value(), parse_day(options.to).value());
+  file.close();
   return kExitSuccess;
 }
 

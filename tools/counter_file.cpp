@@ -18,22 +18,34 @@ namespace {
 
 constexpr std::string_view kSuffix = ".cnt";
 
+[[noreturn]] void refuse_to_open(const std::string& file, const std::string& reason) {
+  throw CommandError(kExitCannotRun, "cannot open '" + file + "' for writing: " + reason);
+}
+
+[[noreturn]] void refuse_to_write(const std::string& file, int error) {
+  const std::string reason = error != 0 ? std::string(": ") + std::strerror(error) : "";
+  throw CommandError(kExitCannotRun, "cannot write to '" + file + "'" + reason);
+}
+
+int open_file(const std::string& file, int more_flags) {
+  int descriptor = -1;
+  do {
+    descriptor = ::open(file.c_str(), O_RDWR | O_CLOEXEC | more_flags, 0666);
+  } while (descriptor < 0 && errno == EINTR);
+  return descriptor;
+}
+
 // For the lock, and for the reason when it cannot be opened, which the counter does not tell.
 FileDescriptor open_for_writing(const std::string& file, MissingCounter missing) {
-  int descriptor = ::open(file.c_str(), O_RDWR | O_CLOEXEC);
+  int descriptor = open_file(file, 0);
   // Leave to make a file that is there would be refused in a folder that all users share.
-  if (descriptor < 0 && errno == ENOENT && missing == MissingCounter::kCreate) {
-    descriptor = ::open(file.c_str(), O_RDWR | O_CLOEXEC | O_CREAT, 0666);
-  }
-  if (descriptor < 0) {
-    throw CommandError(kExitCannotRun, "cannot open '" + file + "' for writing: " + std::strerror(errno));
-  }
+  if (descriptor < 0 && errno == ENOENT && missing == MissingCounter::kCreate) descriptor = open_file(file, O_CREAT);
+  if (descriptor < 0) refuse_to_open(file, std::strerror(errno));
   FileDescriptor opened(descriptor);
-  // A device may have no end, and a counter reads up to the end.
   struct stat status = {};
-  if (::fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode)) {
-    throw CommandError(kExitCannotRun, "cannot open '" + file + "' for writing: not a regular file");
-  }
+  if (::fstat(descriptor, &status) != 0) refuse_to_open(file, std::strerror(errno));
+  // A device may have no end, and a counter reads up to the end.
+  if (!S_ISREG(status.st_mode)) refuse_to_open(file, "not a regular file");
   return opened;
 }
 
@@ -82,6 +94,7 @@ CounterFile::CounterFile(CounterPath path, MissingCounter missing)
 }
 
 void CounterFile::open_counter() {
+  close_counter();
   counter_.emplace();
   try {
     counter_->OpenEntryCounterFile(path_.directory.c_str(), path_.name.c_str());
@@ -93,9 +106,21 @@ void CounterFile::open_counter() {
 }
 
 void CounterFile::check(int result) const {
-  if (result == 0) return;
-  const std::string reason = errno != 0 ? std::string(": ") + std::strerror(errno) : "";
-  throw CommandError(kExitCannotRun, "cannot write to '" + path_.file + "'" + reason);
+  if (result != 0) refuse_to_write(path_.file, errno);
+}
+
+void CounterFile::close() {
+  close_counter();
+  const int error = lock_file_.close();
+  if (error != 0) refuse_to_write(path_.file, error);
+}
+
+// An interrupted close has closed.
+void CounterFile::close_counter() {
+  if (!counter_) return;
+  errno = 0;
+  counter_->CloseEntryCounterFile();
+  if (errno != 0 && errno != EINTR) refuse_to_write(path_.file, errno);
 }
 
 void CounterFile::increase(CalendarDay day, std::int32_t key, std::uint64_t times) {

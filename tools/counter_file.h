@@ -38,9 +38,13 @@ class CounterFile {
   void remove(CalendarDay day, std::int32_t key);
   /// Frees every record whose year, month and day each lie between those of the two days. `from` is not the later one.
   void remove_box(CalendarDay from, CalendarDay to);
+  /// Closes the file, for what was changed: a file system may say only now that it could not keep it. Nothing is
+  /// changed afterwards.
+  void close();
 
  private:
   void open_counter();
+  void close_counter();
   void check(int result) const;
 
   CounterPath path_;

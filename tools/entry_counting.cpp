@@ -27,4 +27,9 @@ void EntryCounting::flush() {
   gathered_.clear();
 }
 
+void EntryCounting::close() {
+  flush();
+  file_.close();
+}
+
 }  // namespace qzlog_tool

@@ -26,6 +26,8 @@ class EntryCounting {
   bool add(const qz_LOG_LogEntry& entry, bool has_time);
   /// Writes what was gathered. Throws CommandError (cannot run).
   void flush();
+  /// Closes the counter, with everything written. Throws CommandError (cannot run), also for what was written before.
+  void close();
 
  private:
   CounterFile file_;

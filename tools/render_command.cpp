@@ -265,6 +265,7 @@ int render(const RenderOptions& options) {
   FileRenderer file(options.entries, renderer, counting ? &*counting : nullptr);
   file.render();
   if (filter) file.print_summary();
+  if (counting) counting->close();
   return file.has_errors() ? kExitFindings : kExitSuccess;
 }
 

@@ -80,7 +80,8 @@ class QZLOG_EXPORT _qz_LOG_EntryCounter {
   /// Writes a record into the first free one or at the end. -1 for null.
   int addElement(_qz_LOG_EntryCounterElement* element);
 
-  /// Closes the stream; always returns 0. Later operations return -1 when the file had been writable.
+  /// Closes the stream; always returns 0. Later operations return -1 when the file had been writable. Some file systems
+  /// say only now that they could not keep what was written: who sets errno to 0 before then finds there why.
   int CloseEntryCounterFile();
   /// The open stream, unbuffered, or null. Owned by the counter.
   std::FILE* GetFilePointer() { return file_; }

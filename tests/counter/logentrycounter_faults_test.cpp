@@ -11,6 +11,7 @@
 
 #include "qzlog/logentrycounter.h"
 #include "tests/counter/counter_fixture.h"
+#include "tests/support/call_failure.h"
 
 namespace {
 
@@ -268,6 +269,90 @@ TEST_F(BrokenDescriptor, ReadFails_MinusOneAndNoRecordOverwritten) {
   EXPECT_EQ(counter_.UpdateEntryCount(2020, 1, 1, 8, 5), -1);
   EXPECT_EQ(add_a_record(counter_), -1);
   EXPECT_TRUE(holds(bytes));
+}
+
+/// Increments, makes, sets, frees, adds: each operation on a file of two records, with what it leaves.
+struct Operation {
+  const char* name;
+  std::function<int(Counter&)> operation;
+  std::string result;
+};
+
+std::vector<Operation> operations_on_two() {
+  const std::string first = record_bytes(2020, 1, 1, 7, 3);
+  const std::string second = record_bytes(2020, 1, 1, 8, 4);
+  return {
+      {"IncreaseCount", [](Counter& counter) { return counter.IncreaseCount(2020, 1, 1, 8); },
+       first + record_bytes(2020, 1, 1, 8, 5)},
+      {"IncreaseCount of a new one", [](Counter& counter) { return counter.IncreaseCount(2020, 1, 1, 9); },
+       first + second + record_bytes(2020, 1, 1, 9, 1)},
+      {"UpdateEntryCount", [](Counter& counter) { return counter.UpdateEntryCount(2020, 1, 1, 7, 6); },
+       record_bytes(2020, 1, 1, 7, 6) + second},
+      {"DeleteEntryElement", [](Counter& counter) { return counter.DeleteEntryElement(2020, 1, 1, 7); },
+       free_record() + second},
+      {"DeleteEntryElement of a range",
+       [](Counter& counter) { return counter.DeleteEntryElement(moment(2020, 1, 1), moment(2020, 1, 1)); },
+       free_record() + free_record()},
+      {"addElement", add_a_record, first + second + record_bytes(2021, 5, 6, 9, 4)},
+  };
+}
+
+TEST_F(FullDisk, SizeOfTheFileNotTold_MinusOneAndFileUnchanged) {
+  const std::string before = record_bytes(2020, 1, 1, 7, 3) + record_bytes(2020, 1, 1, 8, 4);
+  for (const Operation& row : operations_on_two()) {
+    SCOPED_TRACE(row.name);
+    Counter counter;
+    reopen(counter, before);
+    {
+      const DebugLogFile log(1);
+      const CallFailure failure(FileCall::kStatus, EIO);
+      EXPECT_EQ(row.operation(counter), -1);
+      EXPECT_EQ(log.unnumbered_records(), Texts({"logentrycounter:# Seek error!\n"}));
+    }
+    EXPECT_TRUE(holds(before));
+    EXPECT_EQ(row.operation(counter), 0);
+    EXPECT_TRUE(holds(row.result));
+  }
+}
+
+// Each transfer of the operation is short once, and then all are, so that some writes are, too.
+TEST_F(FullDisk, TransfersInPieces_DoneOrMinusOneAndFileUnchanged) {
+  const std::string before = record_bytes(2020, 1, 1, 7, 3) + record_bytes(2020, 1, 1, 8, 4);
+  for (const Operation& row : operations_on_two()) {
+    for (const int in_part : {1, 2, ShortTransfers::kEvery}) {
+      for (int whole = 0; whole < 4; ++whole) {
+        SCOPED_TRACE(std::string(row.name) + " " + std::to_string(whole) + " " + std::to_string(in_part));
+        Counter counter;
+        reopen(counter, before);
+        int result = 0;
+        {
+          const ShortTransfers pieces(whole, in_part);
+          result = row.operation(counter);
+        }
+        if (result != 0) {
+          EXPECT_EQ(result, -1);
+          // A range is freed record by record: the first may be done.
+          const bool first_freed = std::string(row.name) == "DeleteEntryElement of a range" && read() != before;
+          EXPECT_TRUE(holds(first_freed ? free_record() + record_bytes(2020, 1, 1, 8, 4) : before));
+          EXPECT_EQ(counter.OpenEntryCounterFile(folder_.path().c_str(), "days"), 0);
+          EXPECT_EQ(row.operation(counter), 0);
+        }
+        EXPECT_TRUE(holds(row.result));
+      }
+    }
+  }
+}
+
+TEST_F(BrokenDescriptor, CloseFails_ZeroAndErrnoTellsWhy) {
+  open_with(record_bytes(2020, 1, 1, 7, 3));
+  errno = 0;
+  EXPECT_EQ(counter_.CloseEntryCounterFile(), 0);
+  EXPECT_EQ(errno, 0);
+  open();
+  close(fileno(counter_.GetFilePointer()));
+  EXPECT_EQ(counter_.CloseEntryCounterFile(), 0);
+  EXPECT_EQ(errno, EBADF);
+  EXPECT_FALSE(counter_.IsOpen());
 }
 
 /// A file of mostly nothing whose last records stand around the position that 32 bits no longer hold.

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "tests/counter/counter_fixture.h"
+#include "tests/support/call_failure.h"
 
 namespace {
 
@@ -86,6 +87,68 @@ TEST_F(RecordScannerTest, CannotBeRead_Failed) {
   RecordScanner scanner(open_with(numbered(1, 3), O_WRONLY), 0);
   EXPECT_FALSE(scanner.next());
   EXPECT_TRUE(scanner.failed());
+}
+
+TEST_F(RecordScannerTest, SizeNotTold_FailedAndNothingFound) {
+  const int descriptor = open_with(numbered(1, 3));
+  const CallFailure failure(FileCall::kStatus, EIO);
+  RecordScanner scanner(descriptor, 0);
+  EXPECT_FALSE(scanner.next());
+  EXPECT_TRUE(scanner.failed());
+  RecordScanner again(descriptor, 0);
+  EXPECT_EQ(scan_for_record(again, combination(3)).holds, Holds::kUnreadable);
+}
+
+TEST_F(RecordScannerTest, ReadInPieces_EachRecordOnceInOrder) {
+  for (const int count : {1, 2, 127, 128, 129, 300}) {
+    for (const int whole : {0, 1, 2}) {
+      for (const int in_part : {1, 2, 5, ShortTransfers::kEvery}) {
+        SCOPED_TRACE(std::to_string(count) + " " + std::to_string(whole) + " " + std::to_string(in_part));
+        const int descriptor = open_with(numbered(1, count) + "piece");
+        const ShortTransfers pieces(whole, in_part);
+        RecordScanner scanner(descriptor, 0);
+        int key = 0;
+        while (scanner.next()) EXPECT_EQ(scanner.record().entry_key, ++key);
+        EXPECT_EQ(key, count);
+        EXPECT_FALSE(scanner.failed());
+        EXPECT_EQ(scanner.position(), count * 32);
+      }
+    }
+  }
+}
+
+TEST_F(RecordScannerTest, ErrorBehindAPiece_RecordsBeforeItThenFailed) {
+  const int descriptor = open_with(numbered(1, 100));
+  const struct {
+    int in_part;
+    int records;
+  } cases[] = {{0, 0}, {1, 50}, {2, 75}};
+  for (const auto& row : cases) {
+    const ShortTransfers pieces(0, row.in_part, EIO);
+    RecordScanner scanner(descriptor, 0);
+    int records = 0;
+    while (scanner.next()) EXPECT_EQ(scanner.record().entry_key, ++records);
+    EXPECT_EQ(records, row.records);
+    EXPECT_TRUE(scanner.failed());
+  }
+}
+
+TEST_F(RecordScannerTest, OneRecordReadInPieces_Whole) {
+  const std::string expected = numbered(7, 7);
+  const int descriptor = open_with(expected + "piece");
+  RecordBytes bytes = {};
+  const ShortTransfers pieces;
+  EXPECT_EQ(read_record_bytes(descriptor, 0, bytes), 32);
+  EXPECT_EQ(std::string(bytes.begin(), bytes.end()), expected);
+  EXPECT_EQ(read_record_bytes(descriptor, 32, bytes), 5);
+  EXPECT_EQ(read_record_bytes(descriptor, 64, bytes), 0);
+}
+
+TEST_F(RecordScannerTest, OneRecordBrokenOffByAnError_MinusOne) {
+  const int descriptor = open_with(numbered(7, 7));
+  RecordBytes bytes = {};
+  const ShortTransfers pieces(0, 1, EIO);
+  EXPECT_EQ(read_record_bytes(descriptor, 0, bytes), -1);
 }
 
 TEST_F(RecordScannerTest, Device_HasNoRecords) {

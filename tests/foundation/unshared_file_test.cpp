@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/call_failure.h"
 #include "tests/support/child_process.h"
 #include "tests/support/support.h"
 
@@ -113,6 +114,29 @@ TEST_F(UnsharedFile, GrownAndCutWhileOpen_EndAsItIsNow) {
   ASSERT_EQ(truncate(path.c_str(), 5), 0);
   EXPECT_EQ(seek(file.get(), 0, SEEK_SET).result, 0);
   EXPECT_EQ(read_some(file.get(), 50), numbered_bytes(5));
+}
+
+TEST_F(UnsharedFile, ReadInPieces_EveryByte) {
+  constexpr std::size_t kSize = 20000;
+  const std::string path = write(kSize);
+  for (const std::size_t at_once : {1U, 4U, 100U, 5000U, 20000U}) {
+    const qz_FileHandle file = qz_open_unshared(path.c_str());
+    const ShortTransfers pieces;
+    std::string bytes;
+    for (std::string part = read_some(file.get(), at_once); !part.empty(); part = read_some(file.get(), at_once)) {
+      bytes += part;
+    }
+    EXPECT_EQ(bytes, numbered_bytes(kSize)) << at_once;
+    EXPECT_TRUE(std::feof(file.get()));
+    EXPECT_FALSE(std::ferror(file.get()));
+  }
+}
+
+TEST_F(UnsharedFile, ErrorBehindAPiece_ReadFails) {
+  const qz_FileHandle file = qz_open_unshared(write(20000).c_str());
+  const ShortTransfers pieces(0, 1, EIO);
+  EXPECT_LT(read_some(file.get(), 20000).size(), 20000U);
+  EXPECT_TRUE(std::ferror(file.get()));
 }
 
 TEST_F(UnsharedFile, EmptyFile_AtItsEnd) {

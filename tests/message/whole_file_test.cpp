@@ -5,9 +5,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <filesystem>
 #include <string>
 
+#include "tests/support/call_failure.h"
 #include "tests/support/support.h"
 
 namespace qz_test {
@@ -54,6 +56,31 @@ TEST(WholeFile, NoDescriptorLeft_Failed) {
   const qzlog_bundle::WholeFile file = read_whole_file(path);
   ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &before), 0);
   EXPECT_EQ(file.state, State::kFailed);
+}
+
+TEST(WholeFile, NotOpenedForAReasonThatSaysNothingOfTheFile_Failed) {
+  const TempDir folder;
+  const std::string path = folder.write("file", "bytes");
+  for (const int error : {EIO, ENOSPC, ENFILE, ENOMEM, EDQUOT, ESTALE, ETIMEDOUT, EAGAIN, EOVERFLOW, ENOTCONN}) {
+    const CallFailure failure(FileCall::kOpen, error);
+    EXPECT_EQ(read_whole_file(path).state, State::kFailed) << error;
+  }
+}
+
+TEST(WholeFile, NotOpenedAsThereIsNoneForThisProcess_Absent) {
+  const TempDir folder;
+  const std::string path = folder.write("file", "bytes");
+  for (const int error : {ENOENT, ENOTDIR, ELOOP, ENAMETOOLONG, EACCES, EPERM, ENXIO, ENODEV, EINVAL}) {
+    const CallFailure failure(FileCall::kOpen, error);
+    EXPECT_EQ(read_whole_file(path).state, State::kAbsent) << error;
+  }
+}
+
+TEST(WholeFile, SizeNotTold_Failed) {
+  const TempDir folder;
+  const std::string path = folder.write("file", "bytes");
+  const CallFailure failure(FileCall::kStatus, EIO);
+  EXPECT_EQ(read_whole_file(path).state, State::kFailed);
 }
 
 TEST(WholeFile, CutWhileItIsRead_Failed) {

@@ -114,6 +114,12 @@ TEST_F(CommandDocs, OverviewOfTheDocumentation_ListsTheSameCommands) {
   }
 }
 
+TEST_F(CommandDocs, BeyondTheLimitForFiles_AnErrorAndNoTemporaryFileStays) {
+  const auto made = run("(ulimit -f 1; '" QZLOG_COMMAND_DOCS_PROGRAM "' limited 2>&1; echo \"status $?\") | cat");
+  EXPECT_NE(made.out.find("File too large\nstatus 2\n"), std::string::npos) << made.out;
+  EXPECT_EQ(run("find limited -name '.qzlog-*'").out, "");
+}
+
 TEST_F(CommandDocs, MadeTwice_AreTheSame) {
   const auto made = run("'" QZLOG_COMMAND_DOCS_PROGRAM "' again && diff -r again '" + kMade.string() + "'");
   EXPECT_EQ(made.out + made.err, "");

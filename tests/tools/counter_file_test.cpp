@@ -145,6 +145,39 @@ TEST_F(CounterFileTest, MissingFile_IsMadeOnlyWhereThatIsWanted) {
   EXPECT_TRUE(std::filesystem::exists(path().file));
 }
 
+/// The descriptor that the next file that is opened will have.
+int next_descriptor() {
+  const int next = ::dup(STDERR_FILENO);
+  ::close(next);
+  return next;
+}
+
+// The lock is the first file that is opened, the counter the second.
+TEST_F(CounterFileTest, EitherCloseFails_IsToldWithTheReason) {
+  for (const int nth : {0, 1}) {
+    CounterFile file(path(), MissingCounter::kCreate);
+    const int first = next_descriptor() - 2;
+    file.set(day("2026-11-21"), 7, 1);
+    ::close(first + nth);
+    try {
+      file.close();
+      ADD_FAILURE() << "not told: " << nth;
+    } catch (const CommandError& error) {
+      EXPECT_EQ(error.what(), "cannot write to '" + path().file + "': Bad file descriptor");
+      EXPECT_EQ(error.exit_status(), 2);
+    }
+  }
+  CounterFile(path(), MissingCounter::kCreate).close();
+  EXPECT_EQ(bytes(), counter_bytes({2026, 11, 21, 7, 1}));
+}
+
+TEST_F(CounterFileTest, CloseBeforeAnotherDayFails_IsTold) {
+  CounterFile file(path(), MissingCounter::kCreate);
+  file.increase(day("2026-11-21"), 7, 1);
+  ::close(next_descriptor() - 1);
+  EXPECT_THROW(file.increase(day("2026-11-22"), 7, 1), CommandError);
+}
+
 TEST_F(CounterFileTest, FolderOfThatName_IsRefused) {
   std::filesystem::create_directory(path().file);
   EXPECT_EQ(refusal(MissingCounter::kCreate), "cannot open '" + path().file + "' for writing: Is a directory");
