@@ -137,8 +137,13 @@ int _qz_LOG_EntryCounter::OpenEntryCounterFile(const char* directory, const char
 
 /// The stream before stays open: its user may have got it from GetFilePointer.
 void _qz_LOG_EntryCounter::replace_file(std::FILE* file) {
-  // Positions are those of the file itself, and what is written is written at once.
-  if (file != nullptr) std::setvbuf(file, nullptr, _IONBF, 0);
+  if (file != nullptr) {
+    // Positions are those of the file itself, and what is written is written at once.
+    std::setvbuf(file, nullptr, _IONBF, 0);
+    // The stream knows its position from now on, and does not ask for that of the descriptor, which a process that is
+    // forked moves too.
+    QZ_fseek(file, 0, SEEK_SET);
+  }
   index_.reset();
   try {
     if (file_ != nullptr) replaced_files_.push_back(file_);
