@@ -89,7 +89,7 @@ std::size_t length_of_sequence(const unsigned char* bytes, std::size_t left) {
   return length;
 }
 
-bool is_utf8_the_default() {
+[[gnu::noinline]] bool is_utf8_the_default() {
 #if U_CHARSET_IS_UTF8
   return true;
 #else
@@ -104,21 +104,18 @@ bool encode_with(UConverter* converter, const icu::UnicodeString& text, char* bu
   return U_SUCCESS(status);
 }
 
-bool is_utf8_by_name(const char* code_page) {
-  // The names in use first: comparing as ICU does costs more than most of what depends on it.
-  return std::strcmp(code_page, "UTF-8") == 0 || std::strcmp(code_page, "UTF8") == 0 ||
-         ucnv_compareNames(code_page, "UTF-8") == 0;
-}
-
 }  // namespace
 
 bool is_utf8(const char* code_page) {
-  return code_page[0] == '\0' ? is_utf8_the_default() : is_utf8_by_name(code_page);
+  // The names in use first: comparing as ICU does costs more than most of what depends on it.
+  if (std::strcmp(code_page, "UTF-8") == 0 || std::strcmp(code_page, "UTF8") == 0) return true;
+  if (code_page[0] == '\0') return is_utf8_the_default();
+  return ucnv_compareNames(code_page, "UTF-8") == 0;
 }
 
 icu::UnicodeString decode_text(const char* text, const char* code_page) {
   // ICU opens a converter for every text in a named code page; its default converter and UTF-8 have ways of their own.
-  if (code_page[0] != '\0' && is_utf8_by_name(code_page)) return icu::UnicodeString::fromUTF8(text);
+  if (code_page[0] != '\0' && is_utf8(code_page)) return icu::UnicodeString::fromUTF8(text);
   const qz_ForkDelay fork_delay;
   if (code_page[0] == '\0') return icu::UnicodeString(text);
   return with_thread_instance<ThreadConverter>([&](ThreadConverter& converters) {
