@@ -48,6 +48,8 @@ void store_text(qz_OwnedText& setting, const char* text) {
 
 [[noreturn]] void throw_invalid_argument() { throw QZX_logging_illegal_argument("invalid argument", 0); }
 
+[[gnu::destructor]] void prepare_for_the_end() { definition_table->stop_buffering(); }
+
 bool file_exists(const char* path) {
   struct stat status = {};
   return stat(path, &status) == 0;

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "counter/record_scanner.h"
+#include "foundation/qz_libc.h"
 #include "qzlog/qz_exception.h"
 
 namespace {
@@ -40,6 +41,9 @@ qz_FileHandle stream_of(int descriptor, const char* mode) {
   }
   // Positions are those of the file itself, and what is written is written at once.
   std::setvbuf(file.get(), nullptr, _IONBF, 0);
+  // The stream knows its position from now on, and does not ask for that of the descriptor, which a process that is
+  // forked moves too.
+  QZ_fseek(file.get(), 0, SEEK_SET);
   return file;
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <ctime>
 #include <memory>
 #include <utility>
 
@@ -215,6 +216,22 @@ void _qz_LOG_log_definition_tbl::clear() {
   index_.clear();
   std_loaded_ = false;
   QZ_DEBUG_RECORD(3, kSource, "%s:%d _qz_LOG_log_definition_tbl::clear() \n");
+}
+
+/// In vain when the lock is not free for long: a thread may read from a file system that does not answer, or be the one
+/// that ends the process, in the handler of a signal.
+void _qz_LOG_log_definition_tbl::stop_buffering() {
+  constexpr int kTries = 1000;
+  constexpr std::timespec kPause = {0, 100'000};
+  for (int i = 0; i < kTries; ++i) {
+    if (const qz_LOG_CWriterAttempt writer(lock_); writer) {
+      for (std::FILE* const file : {std_file_.get(), aux_file_.get()}) {
+        if (file != nullptr) std::setvbuf(file, nullptr, _IONBF, 0);
+      }
+      return;
+    }
+    nanosleep(&kPause, nullptr);
+  }
 }
 
 qz_FileHandle _qz_LOG_log_definition_tbl::_set_definition_file_path(const char* path, bool is_aux) {

@@ -81,6 +81,10 @@ class _qz_LOG_log_definition_tbl : public qz_UTIL_no_inadvertant_copies {
   /// Forgets both files, every definition and the index, but not the global attributes.
   void clear();
 
+  /// Prepares the streams for the end of the process: then the C library takes away every stream's buffer, and goes on
+  /// when another thread is just using it. Lookups after this take longer.
+  void stop_buffering();
+
  private:
   /// Returns the standard file's stream for the caller to keep; an auxiliary stream is kept before the map is read,
   /// because reading it may need auxiliary records.

@@ -18,6 +18,7 @@ class qz_LOG_CRWLock : public qz_UTIL_no_inadvertant_copies {
  private:
   friend class qz_LOG_CReaderSentry;
   friend class qz_LOG_CWriterSentry;
+  friend class qz_LOG_CWriterAttempt;
   std::shared_mutex mutex_;
 };
 
@@ -35,6 +36,17 @@ class qz_LOG_CReaderSentry : public qz_UTIL_no_inadvertant_copies {
 class qz_LOG_CWriterSentry : public qz_UTIL_no_inadvertant_copies {
  public:
   explicit qz_LOG_CWriterSentry(qz_LOG_CRWLock& lock) : hold_(lock.mutex_) {}
+
+ private:
+  qz_ForkDelay fork_delay_;
+  std::unique_lock<std::shared_mutex> hold_;
+};
+
+/// Holds exclusive access as long as it lives, if that was free.
+class qz_LOG_CWriterAttempt : public qz_UTIL_no_inadvertant_copies {
+ public:
+  explicit qz_LOG_CWriterAttempt(qz_LOG_CRWLock& lock) : hold_(lock.mutex_, std::try_to_lock) {}
+  explicit operator bool() const { return hold_.owns_lock(); }
 
  private:
   qz_ForkDelay fork_delay_;

@@ -99,7 +99,7 @@ std::size_t length_of_sequence(const unsigned char* bytes, std::size_t left) {
   return length;
 }
 
-bool is_utf8_the_default() {
+[[gnu::noinline]] bool is_utf8_the_default() {
 #if U_CHARSET_IS_UTF8
   return true;
 #else
@@ -150,7 +150,10 @@ icu::UnicodeString decode_in_named_page(const char* text, const char* code_page)
 }  // namespace
 
 bool is_utf8(const char* code_page) {
-  return code_page[0] == '\0' ? is_utf8_the_default() : is_utf8_by_name(code_page);
+  // The names in use first: comparing as ICU does costs more than most of what depends on it.
+  if (std::strcmp(code_page, "UTF-8") == 0 || std::strcmp(code_page, "UTF8") == 0) return true;
+  if (code_page[0] == '\0') return is_utf8_the_default();
+  return ucnv_compareNames(code_page, "UTF-8") == 0;
 }
 
 icu::UnicodeString decode_text(const char* text, const char* code_page) {

@@ -75,6 +75,21 @@ TEST_F(LdfCache, After128Evictions_TheFirstPlaceAgain) {
   expect_evicted(129);
 }
 
+TEST_F(LdfCache, BufferingStopped_RecordsReadAsBefore) {
+  set_std({.tag = "std", .entries = numbered_entries(1, 200)});
+  set_aux({.entries = numbered_entries(201, 300)});
+  look_up(1, 10);
+  EnableDebugLog(0);
+  for (int time = 0; time < 2; ++time) {
+    table_.stop_buffering();
+    for (unsigned id = 1; id <= 300; ++id) {
+      ASSERT_EQ(default_message(at(id)), "MSG_" + std::to_string(id) + "|entry " + std::to_string(id) + " of %s%user%");
+    }
+  }
+  _qz_LOG_log_definition_tbl empty;
+  empty.stop_buffering();
+}
+
 TEST_F(LdfCache, IdsUsedMeanwhile_EvictedAllTheSame) {
   look_up(1, 128);
   for (int i = 0; i < 10; ++i) look_up(1, 2);

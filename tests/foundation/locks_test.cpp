@@ -109,6 +109,26 @@ TEST(RWLock, WriterWhileWriterHolds_Waits) {
   expect_waiter_enters_after_release<qz_LOG_CWriterSentry, qz_LOG_CWriterSentry>();
 }
 
+TEST(RWLock, WriterAttempt_HoldsOnlyWhatIsFree) {
+  qz_LOG_CRWLock lock(nullptr);
+  const auto attempt = [&] {
+    bool held = false;
+    std::thread([&] { held = static_cast<bool>(qz_LOG_CWriterAttempt(lock)); }).join();
+    return held;
+  };
+  EXPECT_TRUE(attempt());
+  {
+    const qz_LOG_CReaderSentry reader(lock);
+    EXPECT_FALSE(attempt());
+  }
+  {
+    const qz_LOG_CWriterAttempt writer(lock);
+    EXPECT_TRUE(writer);
+    EXPECT_FALSE(attempt());
+  }
+  EXPECT_TRUE(attempt());
+}
+
 TEST(RWLock, ExceptionWhileHeld_Releases) {
   qz_LOG_CRWLock lock(nullptr);
   int entered = 0;

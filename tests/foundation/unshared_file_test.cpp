@@ -177,7 +177,9 @@ TEST_F(UnsharedFile, Pipe_CannotBePositioned) {
 TEST_F(UnsharedFile, NoDescriptorLeft_Null) {
   const std::string path = write(1);
   expect_child_succeeds([&] {
-    const rlimit none = {0, 0};
+    rlimit none = {};
+    getrlimit(RLIMIT_NOFILE, &none);
+    none.rlim_cur = 0;
     setrlimit(RLIMIT_NOFILE, &none);
     return qz_open_unshared(path.c_str()) == nullptr && errno == EMFILE ? 0 : 1;
   });

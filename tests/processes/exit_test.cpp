@@ -8,6 +8,7 @@
 #include "qzlog.h"
 #include "tests/processes/logging.h"
 #include "tests/support/child_process.h"
+#include "tests/support/debug_log_file.h"
 #include "tests/support/rounds.h"
 
 namespace qz_test {
@@ -36,13 +37,23 @@ class ExitWhileThreadsLog : public testing::TestWithParam<Path> {};
   std::exit(logging.wrong_entries(1, entries_before));
 }
 
-TEST_P(ExitWhileThreadsLog, ManyRuns_NoneCrashesOrRefusesAnEntry) {
-  const Logging logging(GetParam());
+std::map<int, int> statuses_of_runs(const Logging& logging, int count) {
   std::map<int, int> statuses;
-  for (int run = 0; run < runs(); ++run) {
+  for (int run = 0; run < count; ++run) {
     ++statuses[ChildProcess([&]() -> int { exit_from_among_threads(logging, run % 8); }).wait()];
   }
-  EXPECT_EQ(statuses, (std::map<int, int>{{0, runs()}}));
+  return statuses;
+}
+
+TEST_P(ExitWhileThreadsLog, ManyRuns_NoneCrashesOrRefusesAnEntry) {
+  const Logging logging(GetParam());
+  EXPECT_EQ(statuses_of_runs(logging, runs()), (std::map<int, int>{{0, runs()}}));
+}
+
+TEST_P(ExitWhileThreadsLog, Traced_NoneCrashesOrRefusesAnEntry) {
+  const Logging logging(GetParam());
+  const DebugLogFile log(3);
+  EXPECT_EQ(statuses_of_runs(logging, runs() / 4), (std::map<int, int>{{0, runs() / 4}}));
 }
 
 INSTANTIATE_TEST_SUITE_P(Paths, ExitWhileThreadsLog, testing::Values(Path::kNarrow, Path::kIcu, Path::kCatalog),

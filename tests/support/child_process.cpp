@@ -41,7 +41,7 @@ bool ends_in_time(pid_t id, int& status) {
 
 ChildProcess::ChildProcess(const std::function<int()>& body) : id_(fork()) {
   if (id_ < 0) throw std::runtime_error("no process");
-  if (id_ == 0) _exit(status_of(body));
+  if (id_ == 0) std::quick_exit(status_of(body));
 }
 
 ChildProcess::~ChildProcess() {

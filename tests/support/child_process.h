@@ -23,7 +23,7 @@ class ChildProcess {
 
   static constexpr int kThrew = 250;
   static constexpr int kHung = 251;
-  static constexpr std::chrono::seconds kBound{5};
+  static constexpr std::chrono::seconds kBound{60};
 
  private:
   pid_t id_;
