@@ -2,7 +2,8 @@
 #define QZLOG_FOUNDATION_THREAD_END_H
 
 /// What the calling thread has to release when it ends. The C library calls for it when the destructors of the thread's
-/// own thread_local objects have run, and never for the main thread, which keeps what it has until the process is over.
+/// own thread_local objects have run, and not for a main thread that returns or calls exit, which keeps what it has
+/// until the process is over.
 ///
 /// Not a thread_local object with a destructor: registering one ends the process when there is no memory. Unlike that,
 /// this does not keep the library loaded, so it is linked never to be unloaded.

@@ -72,7 +72,7 @@ int close_file(void* file) {
 }  // namespace
 
 qz_FileHandle qz_open_unshared(const char* path) {
-  qz_FileHandle opened(QZ_fopen(path, "rbe"));
+  qz_FileHandle opened(QZ_fopen(path, "rb"));
   if (opened == nullptr) return nullptr;
   std::unique_ptr<UnsharedFile> file(qz_new<UnsharedFile>(std::move(opened)));
   qz_FileHandle stream(fopencookie(file.get(), "rb", {read_file, nullptr, seek_file, close_file}));

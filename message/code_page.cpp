@@ -116,12 +116,6 @@ bool encode_with(UConverter* converter, const icu::UnicodeString& text, char* bu
   return U_SUCCESS(status);
 }
 
-bool is_utf8_by_name(const char* code_page) {
-  // The names in use first: comparing as ICU does costs more than most of what depends on it.
-  return std::strcmp(code_page, "UTF-8") == 0 || std::strcmp(code_page, "UTF8") == 0 ||
-         ucnv_compareNames(code_page, "UTF-8") == 0;
-}
-
 /// With ICU's default converter, which threads share under a lock.
 icu::UnicodeString decode_by_default(const char* text) {
   const qz_ForkDelay fork_delay;
@@ -159,7 +153,7 @@ bool is_utf8(const char* code_page) {
 icu::UnicodeString decode_text(const char* text, const char* code_page) {
   // ICU opens a converter for every text in a named code page; its default converter and UTF-8 have ways of their own.
   const bool is_default = code_page[0] == '\0';
-  if (!is_default && !is_utf8_by_name(code_page)) return decode_in_named_page(text, code_page);
+  if (!is_default && !is_utf8(code_page)) return decode_in_named_page(text, code_page);
   const IcuMemory memory;
   icu::UnicodeString decoded = is_default ? decode_by_default(text) : icu::UnicodeString::fromUTF8(text);
   memory.check(decoded);

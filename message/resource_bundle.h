@@ -12,7 +12,8 @@
 namespace qzlog_bundle {
 
 /// The bundle of a locale and those that it falls back to, read into memory and checked as a whole: nothing that
-/// happens to the files afterwards reaches it. Never changes; any thread.
+/// happens to the files afterwards reaches it. Only what aliases lead to is read when it is needed. Never changes; any
+/// thread.
 ///
 /// Which files these are, and what is found where in them, is as ICU has it. A damaged file is another matter: ICU
 /// believes what is in it, here it makes the opening fail, even when another language would be at hand.

@@ -23,7 +23,6 @@ constexpr std::size_t kVersionOffset = 16;
 constexpr std::size_t kSmallestInfo = 20;
 constexpr std::string_view kMagic = "\xDA\x27";
 constexpr std::string_view kBundleFormat = "ResB";
-constexpr unsigned char kLastVersion = 3;
 constexpr const char* kShort = "the file is shorter than the bundle in it";
 constexpr char kBigEndianHere = static_cast<char>(__BYTE_ORDER__ == __ORDER_BIG_ENDIAN__);
 

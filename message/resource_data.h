@@ -89,6 +89,8 @@ class ResourceData {
   /// Whether the bytes begin as those of a file of ICU's that has `format` as its format, for this machine.
   static bool has_header(std::string_view bytes, std::string_view format);
   static std::size_t header_size(std::string_view bytes);
+  /// Of the format.
+  static constexpr unsigned char kLastVersion = 3;
   /// The shortest header.
   static constexpr std::size_t kSmallestHeader = 24;
 

@@ -70,8 +70,10 @@ std::string copy_of(UDataMemory* data) {
 
 UBool is_bundle(void* /*context*/, const char* /*type*/, const char* /*name*/, const UDataInfo* info) {
   constexpr unsigned char kFirstWithSize = 2;  // and those of version 1 that have one are not told from the others
-  const bool is_known =
-      std::memcmp(info->dataFormat, "ResB", sizeof(info->dataFormat)) == 0 && info->formatVersion[0] >= kFirstWithSize;
+  const bool is_known = std::memcmp(info->dataFormat, "ResB", sizeof(info->dataFormat)) == 0 &&
+                        info->formatVersion[0] >= kFirstWithSize &&
+                        info->formatVersion[0] <= ResourceData::kLastVersion && info->size >= sizeof(*info) &&
+                        info->sizeofUChar == sizeof(UChar);
   return static_cast<UBool>(is_known ? 1 : 0);
 }
 

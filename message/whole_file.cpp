@@ -15,13 +15,20 @@ namespace {
 
 constexpr std::size_t kLargest = std::size_t{1} << 30U;  // a bundle's offsets do not reach farther
 
+int open_to_read(const char* path, int flags) {
+  int descriptor = -1;
+  do {
+    descriptor = open(path, O_RDONLY | O_CLOEXEC | O_NOCTTY | flags);
+  } while (descriptor < 0 && errno == EINTR);
+  return descriptor;
+}
+
 class OpenedFile {
  public:
-  explicit OpenedFile(const char* path) {
-    do {
-      // Without waiting: what a name stands for may be a pipe.
-      descriptor_ = open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
-    } while (descriptor_ < 0 && errno == EINTR);
+  /// Without waiting: what a name stands for may be a pipe. Only a leased file heeds that too: its lease has to be
+  /// waited for.
+  explicit OpenedFile(const char* path) : descriptor_(open_to_read(path, O_NONBLOCK)) {
+    if (descriptor_ < 0 && errno == EWOULDBLOCK) descriptor_ = open_to_read(path, 0);
   }
   ~OpenedFile() {
     if (descriptor_ >= 0) close(descriptor_);
@@ -31,7 +38,7 @@ class OpenedFile {
   int descriptor() const { return descriptor_; }
 
  private:
-  int descriptor_ = -1;
+  int descriptor_;
 };
 
 /// Errors that say of a name that no file can be opened by it. Any other says that this did not work, not that there

@@ -43,7 +43,8 @@ extern QZLOG_EXPORT int action_on_exceed QZLOG_SYMBOL(action_on_exceed);
 /// by a getter lives until the setting is set again.
 ///
 /// Null where a text is wanted throws QZX_logging_illegal_argument "invalid argument" unless stated otherwise; running
-/// out of memory throws QZX_memory_alloc, and the setting concerned is then unset.
+/// out of memory throws QZX_memory_alloc, and the setting concerned is then unset (a catalog counts as open, and
+/// fails).
 class QZLOG_EXPORT qz_LOG_LogConfig {
  public:
   qz_LOG_LogConfig() = delete;
@@ -93,10 +94,14 @@ class QZLOG_EXPORT qz_LOG_LogConfig {
   /// Opens a message catalog, an ICU resource bundle with the table "STRING_TABLE", for the current locale; null closes
   /// it. While ICU is switched off this does nothing. Throws QZX_logging_missing_resource; the catalog then counts as
   /// open, so that every later message on the ICU path reports the failure. Its text says "Unable to locate" when there
-  /// is no bundle for the locale and none to fall back to, and "Unable to access" when a file of the locale's is
-  /// damaged or cannot be read, even when another language would be at hand. A file that is whole but no bundle of this
-  /// machine is passed over, as ICU does. The catalog is read into memory here: files that are changed, cut or removed
-  /// later count from the next SetMessageCatalogPath or SetLocale on.
+  /// is no bundle for the locale and none to fall back to, and "Unable to access" when a file of the locale's is cut,
+  /// damaged or fails while it is read, even when another language would be at hand. One that may not be opened, that
+  /// is no regular file, or whose header is not that of a bundle of this machine is passed over, as ICU does. The
+  /// catalog is read into memory here: files that are changed, cut or removed later count from the next
+  /// SetMessageCatalogPath or SetLocale on; only the bundles that aliases name are read when they are needed.
+  ///
+  /// The path of a folder has a slash that is not its last character ("./messages", "/usr/share/messages"): a name
+  /// alone is looked for in ICU's data directory only.
   static void SetMessageCatalogPath(const char* path);
   /// "" when unset or while ICU is switched off.
   static const char* GetMessageCatalogPath();
@@ -122,8 +127,8 @@ class QZLOG_EXPORT qz_LOG_LogConfig {
   /// is none or no source is set. Any thread.
   static bool GetConfigurationIntegerValue(const char* section, const char* key, unsigned& value);
   /// The current source or null. The caller's thread may use it until it next calls this function, a lookup, an entry
-  /// filter or SetConfigurationSource, whatever other threads set meanwhile; in the destructors of thread-local and
-  /// static objects only until another thread sets the source.
+  /// filter or SetConfigurationSource, whatever other threads set meanwhile; in what still runs after a thread's
+  /// thread-local objects are gone (destructors of pthread keys) only until another thread sets the source.
   static _qz_LOG_configuration* _get_configuration_ptr();
   /// Whether there is one, for inlined code.
   static bool _has_configuration_source() { return has_configuration_source_.load(std::memory_order_relaxed); }

@@ -2,11 +2,15 @@
 
 #include <gtest/gtest.h>
 #include <pthread.h>
+#include <sys/time.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <atomic>
+#include <chrono>
+#include <csignal>
 #include <latch>
+#include <mutex>
 #include <thread>
 #include <vector>
 
@@ -163,6 +167,71 @@ TEST(ForkGate, ThreadsThatBeginMeanwhile_AllGetThrough) {
   for (int i = 0; i < 40; ++i) expect_child_succeeds(succeed);
   done = true;
   beginning.join();
+  EXPECT_EQ(pass_in_threads(), 0);
+}
+
+/// Forks in the handler of a timer's signal while `interrupted` runs.
+int fork_in_signal_handler(void (*interrupted)()) {
+  constexpr int kForks = 300;
+  static volatile sig_atomic_t forks = 0;
+  struct sigaction action = {};
+  action.sa_handler = [](int) {
+    const pid_t child = fork();
+    if (child == 0) _exit(0);
+    int status = 0;
+    waitpid(child, &status, 0);
+    forks = forks + 1;
+  };
+  sigaction(SIGALRM, &action, nullptr);
+  const itimerval every_millisecond = {{0, 1000}, {0, 1000}};
+  setitimer(ITIMER_REAL, &every_millisecond, nullptr);
+  while (forks < kForks) interrupted();
+  const itimerval never = {};
+  setitimer(ITIMER_REAL, &never, nullptr);
+  return 0;
+}
+
+std::chrono::steady_clock::duration time_of_forks(void (*interrupted)()) {
+  const auto begin = std::chrono::steady_clock::now();
+  expect_child_succeeds([&] { return fork_in_signal_handler(interrupted); });
+  return std::chrono::steady_clock::now() - begin;
+}
+
+// One fork that met the thread between two steps, and waited for it, would take as long as forks wait at most. A busy
+// machine may take as long for other reasons, but not every time.
+TEST(ForkGate, SignalHandlersThatFork_DoNotWaitForTheirOwnThread) {
+  const auto longest = std::chrono::milliseconds(qz_ForkDelay::kLongestWaitMilliseconds);
+  bool in_time = false;
+  for (int attempt = 0; attempt < 5 && !in_time; ++attempt) {
+    in_time = time_of_forks([] { pass(); }) < time_of_forks([] {}) + longest;
+  }
+  EXPECT_TRUE(in_time);
+}
+
+std::atomic<std::mutex*> lock_of_the_program{nullptr};
+
+// The program's handler is called first and keeps the lock that a thread inside waits for.
+TEST(ForkGate, HandlerHoldsWhatAThreadInsideWaitsFor_ForkGoesOn) {
+  const auto take = [] {
+    if (std::mutex* const lock = lock_of_the_program) lock->lock();
+  };
+  const auto release = [] {
+    if (std::mutex* const lock = lock_of_the_program) lock->unlock();
+  };
+  static std::mutex lock;
+  ASSERT_EQ(pthread_atfork(take, release, release), 0);
+  std::atomic<bool> done{false};
+  std::thread inside([&] {
+    while (!done) {
+      const qz_ForkDelay delay;
+      const std::lock_guard<std::mutex> hold(lock);
+    }
+  });
+  lock_of_the_program = &lock;
+  for (int i = 0; i < 3; ++i) expect_child_succeeds(pass);
+  lock_of_the_program = nullptr;
+  done = true;
+  inside.join();
   EXPECT_EQ(pass_in_threads(), 0);
 }
 
