@@ -78,16 +78,32 @@ bool holds_already(const std::string& path, const struct stat& status, std::stri
   }
 }
 
-void write_in_place(const std::string& path, std::string_view content) {
+void write_in_place(const std::string& path, int more_flags, std::string_view content) {
   int descriptor = -1;
   do {
-    descriptor = ::open(path.c_str(), O_WRONLY | O_CLOEXEC);
+    descriptor = ::open(path.c_str(), O_WRONLY | O_CLOEXEC | more_flags);
   } while (descriptor < 0 && errno == EINTR);
   if (descriptor < 0) fail(path, errno);
   FileDescriptor file(descriptor);
   write_content(file.get(), content, path);
   const int closed = file.close();
   if (closed != 0) fail(path, closed);
+}
+
+bool is_same(const std::optional<struct stat>& one, const std::optional<struct stat>& other) {
+  return one && other && one->st_dev == other->st_dev && one->st_ino == other->st_ino;
+}
+
+/// Not so where the path stands for an open file of another process that has no name any more, or never had one: what
+/// it says then leads to something else, or to nothing. Looks again when the file was replaced meanwhile; one that is
+/// gone by now leaves its place free.
+bool leads_to(const std::string& path, const fs::path& place) {
+  for (;;) {
+    const std::optional<struct stat> before = status_of(path);
+    struct stat found = {};
+    if (!before || (::stat(place.c_str(), &found) == 0 && is_same(before, found))) return true;
+    if (is_same(before, status_of(path))) return false;
+  }
 }
 
 /// A regular file that has to change.
@@ -97,7 +113,7 @@ struct Change {
   std::optional<mode_t> mode;
 };
 
-/// Writes to what is no regular file.
+/// Writes to what is no regular file with a name.
 std::optional<Change> write_or_plan(const OutputFile& output) {
   const fs::path place = followed(output.path);
   if (const std::optional<int> descriptor = descriptor_of(output.path, place)) {
@@ -107,10 +123,14 @@ std::optional<Change> write_or_plan(const OutputFile& output) {
   const std::optional<struct stat> status = status_of(output.path);
   if (!status) return Change{&output, place.string(), std::nullopt};
   if (!S_ISREG(status->st_mode)) {
-    write_in_place(output.path, output.content);
+    write_in_place(output.path, 0, output.content);
     return std::nullopt;
   }
   if (holds_already(output.path, *status, output.content)) return std::nullopt;
+  if (!leads_to(output.path, place)) {
+    write_in_place(output.path, O_TRUNC, output.content);
+    return std::nullopt;
+  }
   return Change{&output, place.string(), status->st_mode};
 }
 
