@@ -38,14 +38,19 @@ int FileDescriptor::close() noexcept {
   return errno;
 }
 
+int open_path(const std::string& path, int flags, unsigned mode) noexcept {
+  int descriptor = kInvalid;
+  do {
+    descriptor = ::open(path.c_str(), flags, mode);
+  } while (descriptor < 0 && errno == EINTR);
+  return descriptor;
+}
+
 std::string display_name(const std::string& path) { return path == "-" ? "<stdin>" : path; }
 
 FileDescriptor open_input(const std::string& path) {
   if (path == "-") return FileDescriptor(STDIN_FILENO);
-  int descriptor = -1;
-  do {
-    descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  } while (descriptor < 0 && errno == EINTR);
+  const int descriptor = open_path(path, O_RDONLY | O_CLOEXEC);
   if (descriptor < 0) throw CommandError(kExitCannotRun, "cannot open '" + path + "': " + std::strerror(errno));
   return FileDescriptor(descriptor);
 }
@@ -72,6 +77,10 @@ std::string read_to_end(const FileDescriptor& file, const std::string& file_name
 }
 
 std::string read_file(const std::string& path) { return read_to_end(open_input(path), path); }
+
+void refuse_to_write(const std::string& path, int error) {
+  throw CommandError(kExitCannotRun, "cannot write '" + path + "': " + std::strerror(error));
+}
 
 int write_all(int descriptor, const char* bytes, std::size_t size_bytes) noexcept {
   while (size_bytes > 0) {

@@ -23,6 +23,9 @@ class FileDescriptor {
   int descriptor_;
 };
 
+/// Opens a path, again when a signal interrupted it. Returns -1 with errno when it fails.
+int open_path(const std::string& path, int flags, unsigned mode = 0) noexcept;
+
 /// How a file that is read is named in texts: "-" is standard input, "<stdin>".
 std::string display_name(const std::string& path);
 
@@ -38,6 +41,9 @@ std::string read_to_end(const FileDescriptor& file, const std::string& file_name
 
 /// Everything that a file holds. Throws as open_input and read_some do.
 std::string read_file(const std::string& path);
+
+/// Throws CommandError (cannot run) that the file cannot be written, with the reason in `error`, an errno.
+[[noreturn]] void refuse_to_write(const std::string& path, int error);
 
 /// Writes all bytes, again after interruptions and partial writes. Returns 0 or the errno of the failure.
 int write_all(int descriptor, const char* bytes, std::size_t size_bytes) noexcept;

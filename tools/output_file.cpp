@@ -7,7 +7,6 @@
 #include <cerrno>
 #include <charconv>
 #include <cstdint>
-#include <cstring>
 #include <filesystem>
 #include <optional>
 #include <system_error>
@@ -25,20 +24,16 @@ namespace fs = std::filesystem;
 
 constexpr int kMaximumLinks = 40;  ///< as many as the system follows
 
-[[noreturn]] void fail(const std::string& path, int error) {
-  throw CommandError(kExitCannotRun, "cannot write '" + path + "': " + std::strerror(error));
-}
-
 void write_content(int descriptor, std::string_view content, const std::string& path) {
   const int error = write_all(descriptor, content.data(), content.size());
-  if (error != 0) fail(path, error);
+  if (error != 0) refuse_to_write(path, error);
 }
 
 /// None for a file that does not exist.
 std::optional<struct stat> status_of(const std::string& path) {
   struct stat status = {};
   if (::stat(path.c_str(), &status) == 0) return status;
-  if (errno != ENOENT) fail(path, errno);
+  if (errno != ENOENT) refuse_to_write(path, errno);
   return std::nullopt;
 }
 
@@ -79,15 +74,12 @@ bool holds_already(const std::string& path, const struct stat& status, std::stri
 }
 
 void write_in_place(const std::string& path, int more_flags, std::string_view content) {
-  int descriptor = -1;
-  do {
-    descriptor = ::open(path.c_str(), O_WRONLY | O_CLOEXEC | more_flags);
-  } while (descriptor < 0 && errno == EINTR);
-  if (descriptor < 0) fail(path, errno);
+  const int descriptor = open_path(path, O_WRONLY | O_CLOEXEC | more_flags);
+  if (descriptor < 0) refuse_to_write(path, errno);
   FileDescriptor file(descriptor);
   write_content(file.get(), content, path);
   const int closed = file.close();
-  if (closed != 0) fail(path, closed);
+  if (closed != 0) refuse_to_write(path, closed);
 }
 
 bool is_same(const std::optional<struct stat>& one, const std::optional<struct stat>& other) {
