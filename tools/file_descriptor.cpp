@@ -1,6 +1,7 @@
 #include "tools/file_descriptor.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -15,6 +16,10 @@ namespace {
 
 constexpr int kInvalid = -1;
 constexpr std::size_t kReadBytes = std::size_t{64} << 10;
+
+[[noreturn]] void refuse_to_open(const std::string& path, const std::string& reason) {
+  throw CommandError(kExitCannotRun, "cannot open '" + path + "': " + reason);
+}
 
 }  // namespace
 
@@ -51,8 +56,16 @@ std::string display_name(const std::string& path) { return path == "-" ? "<stdin
 FileDescriptor open_input(const std::string& path) {
   if (path == "-") return FileDescriptor(STDIN_FILENO);
   const int descriptor = open_path(path, O_RDONLY | O_CLOEXEC);
-  if (descriptor < 0) throw CommandError(kExitCannotRun, "cannot open '" + path + "': " + std::strerror(errno));
+  if (descriptor < 0) refuse_to_open(path, std::strerror(errno));
   return FileDescriptor(descriptor);
+}
+
+FileDescriptor open_regular_file(const std::string& path) {
+  FileDescriptor file(open_path(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+  struct stat status = {};
+  if (file.get() < 0 || ::fstat(file.get(), &status) != 0) refuse_to_open(path, std::strerror(errno));
+  if (!S_ISREG(status.st_mode)) refuse_to_open(path, "not a regular file");
+  return file;
 }
 
 std::size_t read_some(int descriptor, char* buffer, std::size_t size_bytes, const std::string& file_name) {

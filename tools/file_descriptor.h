@@ -32,6 +32,9 @@ std::string display_name(const std::string& path);
 /// Opens a file for reading; "-" is standard input. Throws CommandError (cannot run) naming the file and the reason.
 FileDescriptor open_input(const std::string& path);
 
+/// The same for what has an end and is not waited for: neither a pipe nor a device.
+FileDescriptor open_regular_file(const std::string& path);
+
 /// Reads up to `size_bytes`, again when a signal interrupted it; 0 at the end. Throws CommandError (cannot run) with
 /// `file_name` and the reason.
 std::size_t read_some(int descriptor, char* buffer, std::size_t size_bytes, const std::string& file_name);

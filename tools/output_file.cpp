@@ -151,6 +151,8 @@ void write_file(const std::string& path, std::string_view content) {
   write_files({&output, 1});
 }
 
+bool names_descriptor(const std::string& path) { return descriptor_of(path, followed(path)).has_value(); }
+
 bool same_file(const std::string& path, const std::string& other) {
   if (path == "-" || other == "-") return path == other;
   std::error_code missing;

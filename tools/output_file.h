@@ -25,6 +25,9 @@ void write_files(std::span<const OutputFile> outputs);
 /// The same for one.
 void write_file(const std::string& path, std::string_view content);
 
+/// Whether the path stands for an open file of this process: "-", /dev/stdin, /dev/fd/N or a link to one of them.
+bool names_descriptor(const std::string& path);
+
 /// Whether both paths lead to one file, also to one that does not exist.
 bool same_file(const std::string& path, const std::string& other);
 
