@@ -1,7 +1,6 @@
 #include "tools/counter_file.h"
 
 #include <fcntl.h>
-#include <sys/file.h>
 #include <sys/stat.h>
 
 #include <cerrno>
@@ -11,6 +10,7 @@
 #include "qzlog/qz_exception.h"
 #include "qzlog/qz_time.h"
 #include "tools/command_error.h"
+#include "tools/file_lock.h"
 
 namespace qzlog_tool {
 
@@ -42,21 +42,6 @@ FileDescriptor open_for_writing(const std::string& file, MissingCounter missing)
   if (!S_ISREG(status.st_mode)) refuse_to_open(file, "not a regular file");
   return opened;
 }
-
-/// Holds the lock of a file. Where the file system has no locks there is none.
-class FileLock {
- public:
-  explicit FileLock(int descriptor) : descriptor_(descriptor) {
-    while (::flock(descriptor_, LOCK_EX) != 0 && errno == EINTR) {
-    }
-  }
-  FileLock(const FileLock&) = delete;
-  FileLock& operator=(const FileLock&) = delete;
-  ~FileLock() { ::flock(descriptor_, LOCK_UN); }
-
- private:
-  int descriptor_;
-};
 
 int year_of(CalendarDay day) { return static_cast<int>(day.year()); }
 int month_of(CalendarDay day) { return static_cast<int>(static_cast<unsigned>(day.month())); }
