@@ -1,5 +1,7 @@
 #include "tools/catalog_command.h"
 
+#include <fcntl.h>
+
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cerrno>
@@ -25,6 +27,7 @@
 #include "tools/command_error.h"
 #include "tools/diagnostic_printer.h"
 #include "tools/file_descriptor.h"
+#include "tools/file_lock.h"
 #include "tools/option_checks.h"
 #include "tools/output_file.h"
 
@@ -214,19 +217,23 @@ int extract(const CatalogOptions& options) {
 
 // --- build -----------------------------------------------------------------------------------------------------------
 
-void make_folder(const std::string& path) {
+FileDescriptor make_folder(const std::string& path) {
   std::error_code error;
   fs::create_directories(path, error);
   if (error) throw CommandError(kExitCannotRun, "cannot make the folder '" + path + "': " + error.message());
+  const int descriptor = open_path(path, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (descriptor < 0) throw CommandError(kExitCannotRun, "cannot open '" + path + "': " + std::strerror(errno));
+  return FileDescriptor(descriptor);
 }
 
 int update_folder(const CatalogOptions& options, const std::vector<NamedBundle>& bundles) {
+  const FileDescriptor folder = make_folder(options.output);
+  const FileLock lock(folder.get());  // what is found there has to be what is replaced and listed
   CatalogFindings findings;
   qzlog_catalog::FolderUpdate update(options.output, bundles);
   const bool ok = update.prepare(options.adopt, findings);
   print(findings);
   if (!ok) return kExitFindings;
-  make_folder(options.output);
   for (const std::string& path : update.carry_out()) {
     std::cerr << "qzlog: removed '" << path << "', which is not part of the catalog any more\n";
   }

@@ -111,8 +111,11 @@ class Child {
 
  private:
   bool has_ended(int& status) {
-    const pid_t ended = ::waitpid(process_, &status, WNOHANG);
-    if (ended < 0 && errno != EINTR) {
+    pid_t ended = 0;
+    do {
+      ended = ::waitpid(process_, &status, WNOHANG);
+    } while (ended < 0 && errno == EINTR);  // its signal may have been taken already, and comes once
+    if (ended < 0) {
       const int error = errno;
       process_ = -1;
       refuse_to_start(program_, error);

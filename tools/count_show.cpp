@@ -23,6 +23,7 @@
 #include "tools/entry_counting.h"
 #include "tools/file_descriptor.h"
 #include "tools/option_checks.h"
+#include "tools/output_file.h"
 #include "tools/terminal.h"
 
 namespace qzlog_tool {
@@ -79,7 +80,7 @@ class DamageReport {
 };
 
 std::vector<DayCount> read_file_counts(const std::string& path, DamageReport& damage) {
-  const FileDescriptor file = open_input(path);
+  const FileDescriptor file = names_descriptor(path) ? open_input(path) : open_regular_file(path);
   ProgressLine progress("records");
   return read_counts(
       file.get(), path,

@@ -1,7 +1,6 @@
 #include "tools/counter_file.h"
 
 #include <fcntl.h>
-#include <sys/file.h>
 #include <sys/stat.h>
 
 #include <cerrno>
@@ -11,6 +10,7 @@
 #include "qzlog/qz_exception.h"
 #include "qzlog/qz_time.h"
 #include "tools/command_error.h"
+#include "tools/file_lock.h"
 
 namespace qzlog_tool {
 
@@ -22,24 +22,18 @@ constexpr std::string_view kSuffix = ".cnt";
   throw CommandError(kExitCannotRun, "cannot open '" + file + "' for writing: " + reason);
 }
 
-[[noreturn]] void refuse_to_write(const std::string& file, int error) {
+[[noreturn]] void refuse_to_count(const std::string& file, int error) {
   const std::string reason = error != 0 ? std::string(": ") + std::strerror(error) : "";
   throw CommandError(kExitCannotRun, "cannot write to '" + file + "'" + reason);
 }
 
-int open_file(const std::string& file, int more_flags) {
-  int descriptor = -1;
-  do {
-    descriptor = ::open(file.c_str(), O_RDWR | O_CLOEXEC | more_flags, 0666);
-  } while (descriptor < 0 && errno == EINTR);
-  return descriptor;
-}
-
 // For the lock, and for the reason when it cannot be opened, which the counter does not tell.
 FileDescriptor open_for_writing(const std::string& file, MissingCounter missing) {
-  int descriptor = open_file(file, 0);
+  int descriptor = open_path(file, O_RDWR | O_CLOEXEC);
   // Leave to make a file that is there would be refused in a folder that all users share.
-  if (descriptor < 0 && errno == ENOENT && missing == MissingCounter::kCreate) descriptor = open_file(file, O_CREAT);
+  if (descriptor < 0 && errno == ENOENT && missing == MissingCounter::kCreate) {
+    descriptor = open_path(file, O_RDWR | O_CLOEXEC | O_CREAT, 0666);
+  }
   if (descriptor < 0) refuse_to_open(file, std::strerror(errno));
   FileDescriptor opened(descriptor);
   struct stat status = {};
@@ -48,21 +42,6 @@ FileDescriptor open_for_writing(const std::string& file, MissingCounter missing)
   if (!S_ISREG(status.st_mode)) refuse_to_open(file, "not a regular file");
   return opened;
 }
-
-/// Holds the lock of a file. Where the file system has no locks there is none.
-class FileLock {
- public:
-  explicit FileLock(int descriptor) : descriptor_(descriptor) {
-    while (::flock(descriptor_, LOCK_EX) != 0 && errno == EINTR) {
-    }
-  }
-  FileLock(const FileLock&) = delete;
-  FileLock& operator=(const FileLock&) = delete;
-  ~FileLock() { ::flock(descriptor_, LOCK_UN); }
-
- private:
-  int descriptor_;
-};
 
 int year_of(CalendarDay day) { return static_cast<int>(day.year()); }
 int month_of(CalendarDay day) { return static_cast<int>(static_cast<unsigned>(day.month())); }
@@ -106,13 +85,13 @@ void CounterFile::open_counter() {
 }
 
 void CounterFile::check(int result) const {
-  if (result != 0) refuse_to_write(path_.file, errno);
+  if (result != 0) refuse_to_count(path_.file, errno);
 }
 
 void CounterFile::close() {
   close_counter();
   const int error = lock_file_.close();
-  if (error != 0) refuse_to_write(path_.file, error);
+  if (error != 0) refuse_to_count(path_.file, error);
 }
 
 // An interrupted close has closed.
@@ -120,7 +99,7 @@ void CounterFile::close_counter() {
   if (!counter_) return;
   errno = 0;
   counter_->CloseEntryCounterFile();
-  if (errno != 0 && errno != EINTR) refuse_to_write(path_.file, errno);
+  if (errno != 0 && errno != EINTR) refuse_to_count(path_.file, errno);
 }
 
 void CounterFile::increase(CalendarDay day, std::int32_t key, std::uint64_t times) {

@@ -1,6 +1,7 @@
 #include "tools/file_descriptor.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -15,6 +16,10 @@ namespace {
 
 constexpr int kInvalid = -1;
 constexpr std::size_t kReadBytes = std::size_t{64} << 10;
+
+[[noreturn]] void refuse_to_open(const std::string& path, const std::string& reason) {
+  throw CommandError(kExitCannotRun, "cannot open '" + path + "': " + reason);
+}
 
 }  // namespace
 
@@ -38,16 +43,29 @@ int FileDescriptor::close() noexcept {
   return errno;
 }
 
+int open_path(const std::string& path, int flags, unsigned mode) noexcept {
+  int descriptor = kInvalid;
+  do {
+    descriptor = ::open(path.c_str(), flags, mode);
+  } while (descriptor < 0 && errno == EINTR);
+  return descriptor;
+}
+
 std::string display_name(const std::string& path) { return path == "-" ? "<stdin>" : path; }
 
 FileDescriptor open_input(const std::string& path) {
   if (path == "-") return FileDescriptor(STDIN_FILENO);
-  int descriptor = -1;
-  do {
-    descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  } while (descriptor < 0 && errno == EINTR);
-  if (descriptor < 0) throw CommandError(kExitCannotRun, "cannot open '" + path + "': " + std::strerror(errno));
+  const int descriptor = open_path(path, O_RDONLY | O_CLOEXEC);
+  if (descriptor < 0) refuse_to_open(path, std::strerror(errno));
   return FileDescriptor(descriptor);
+}
+
+FileDescriptor open_regular_file(const std::string& path) {
+  FileDescriptor file(open_path(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+  struct stat status = {};
+  if (file.get() < 0 || ::fstat(file.get(), &status) != 0) refuse_to_open(path, std::strerror(errno));
+  if (!S_ISREG(status.st_mode)) refuse_to_open(path, "not a regular file");
+  return file;
 }
 
 std::size_t read_some(int descriptor, char* buffer, std::size_t size_bytes, const std::string& file_name) {
@@ -72,6 +90,10 @@ std::string read_to_end(const FileDescriptor& file, const std::string& file_name
 }
 
 std::string read_file(const std::string& path) { return read_to_end(open_input(path), path); }
+
+void refuse_to_write(const std::string& path, int error) {
+  throw CommandError(kExitCannotRun, "cannot write '" + path + "': " + std::strerror(error));
+}
 
 int write_all(int descriptor, const char* bytes, std::size_t size_bytes) noexcept {
   while (size_bytes > 0) {

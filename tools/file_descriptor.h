@@ -23,11 +23,17 @@ class FileDescriptor {
   int descriptor_;
 };
 
+/// Opens a path, again when a signal interrupted it. Returns -1 with errno when it fails.
+int open_path(const std::string& path, int flags, unsigned mode = 0) noexcept;
+
 /// How a file that is read is named in texts: "-" is standard input, "<stdin>".
 std::string display_name(const std::string& path);
 
 /// Opens a file for reading; "-" is standard input. Throws CommandError (cannot run) naming the file and the reason.
 FileDescriptor open_input(const std::string& path);
+
+/// The same for what has an end and is not waited for: neither a pipe nor a device.
+FileDescriptor open_regular_file(const std::string& path);
 
 /// Reads up to `size_bytes`, again when a signal interrupted it; 0 at the end. Throws CommandError (cannot run) with
 /// `file_name` and the reason.
@@ -38,6 +44,9 @@ std::string read_to_end(const FileDescriptor& file, const std::string& file_name
 
 /// Everything that a file holds. Throws as open_input and read_some do.
 std::string read_file(const std::string& path);
+
+/// Throws CommandError (cannot run) that the file cannot be written, with the reason in `error`, an errno.
+[[noreturn]] void refuse_to_write(const std::string& path, int error);
 
 /// Writes all bytes, again after interruptions and partial writes. Returns 0 or the errno of the failure.
 int write_all(int descriptor, const char* bytes, std::size_t size_bytes) noexcept;

@@ -9,10 +9,8 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
-#include <cstring>
 #include <utility>
 
-#include "tools/command_error.h"
 #include "tools/file_descriptor.h"
 
 namespace qzlog_tool {
@@ -21,10 +19,6 @@ namespace {
 constexpr mode_t kPermissions = 0777;  ///< without set-user-ID and its like: the file may get another owner
 constexpr mode_t kNewFile = 0666;
 constexpr int kMaximumAttempts = 100;
-
-[[noreturn]] void fail(const std::string& path, int error) {
-  throw CommandError(kExitCannotRun, "cannot write '" + path + "': " + std::strerror(error));
-}
 
 std::string folder_of(const std::string& path) {
   const std::size_t slash = path.rfind('/');
@@ -45,14 +39,14 @@ std::string new_name(int attempt) {
 
 FileDescriptor create_in(const std::string& folder, mode_t mode, std::string& path, const std::string& shown_path) {
   int error = EEXIST;
-  for (int attempt = 0; attempt < kMaximumAttempts && (error == EEXIST || error == EINTR); ++attempt) {
+  for (int attempt = 0; attempt < kMaximumAttempts && error == EEXIST; ++attempt) {
     path = folder + '/' + new_name(attempt);
-    const int descriptor = ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
+    const int descriptor = open_path(path, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
     if (descriptor >= 0) return FileDescriptor(descriptor);
     error = errno;
   }
   path.clear();
-  fail(shown_path, error);
+  refuse_to_write(shown_path, error);
 }
 
 /// Returns 0 or the errno of the failure. Some file systems have nothing to wait for, and say so with EINVAL.
@@ -66,12 +60,10 @@ int sync_to_disk(const FileDescriptor& file) {
 
 /// None where it may not be read, only written to; its new entry is then on the disk whenever the host likes.
 std::optional<FileDescriptor> open_folder(const std::string& folder, const std::string& shown_path) {
-  for (;;) {
-    const int descriptor = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (descriptor >= 0) return FileDescriptor(descriptor);
-    if (errno == EACCES) return std::nullopt;
-    if (errno != EINTR) fail(shown_path, errno);
-  }
+  const int descriptor = open_path(folder, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (descriptor >= 0) return FileDescriptor(descriptor);
+  if (errno == EACCES) return std::nullopt;
+  refuse_to_write(shown_path, errno);
 }
 
 int write_completely(FileDescriptor& file, std::optional<mode_t> mode, std::string_view content) {
@@ -91,7 +83,7 @@ FileReplacement::FileReplacement(const std::string& target, const std::string& s
   const int error = write_completely(file, mode, content);
   if (error == 0) return;
   ::unlink(path_.c_str());
-  fail(shown_path, error);
+  refuse_to_write(shown_path, error);
 }
 
 FileReplacement::FileReplacement(FileReplacement&& other) noexcept
@@ -106,10 +98,10 @@ FileReplacement::~FileReplacement() {
 // The folder is opened first: what makes that fail has to be known before the file is another one.
 void FileReplacement::take_effect() {
   const std::optional<FileDescriptor> folder = open_folder(folder_of(target_), shown_path_);
-  if (::rename(path_.c_str(), target_.c_str()) != 0) fail(shown_path_, errno);
+  if (::rename(path_.c_str(), target_.c_str()) != 0) refuse_to_write(shown_path_, errno);
   path_.clear();
   const int error = folder ? sync_to_disk(*folder) : 0;
-  if (error != 0) fail(shown_path_, error);
+  if (error != 0) refuse_to_write(shown_path_, error);
 }
 
 }  // namespace qzlog_tool

@@ -9,11 +9,12 @@
 #include <new>
 #include <string_view>
 #include <system_error>
+#include <utility>
 
 #include "message/icu_memory.h"
 #include "message/resource_bundle.h"
+#include "message/whole_file.h"
 #include "tools/command_error.h"
-#include "tools/file_descriptor.h"
 #include "tools/source_digest.h"
 
 namespace qzlog_tool {
@@ -23,6 +24,7 @@ namespace {
 namespace fs = std::filesystem;
 using qzlog_bundle::MessageBundle;
 using qzlog_bundle::ReadResource;
+using qzlog_bundle::WholeFile;
 
 constexpr const char* kStringTable = "STRING_TABLE";
 constexpr const char* kRoot = "root";
@@ -49,9 +51,16 @@ std::string failure_of(const MessageBundle& bundle, const std::string& locale) {
   return failed == locale ? bundle.problem() : "it needs the bundle '" + failed + "': " + bundle.problem();
 }
 
+std::string why_not_read(const std::string& file) {
+  std::error_code ignored;
+  return fs::is_regular_file(file, ignored) ? "the file cannot be read" : "it is not a regular file";
+}
+
 /// Opens a bundle as the library does. Returns why it is not opened, or an empty text.
 std::string open_bundle(const std::string& folder, const CatalogBundle& bundle, MessageBundle& opened) {
-  const ReadResource file = qzlog_bundle::ResourceData::read(read_file(bundle.file));
+  WholeFile whole = qzlog_bundle::read_whole_file(bundle.file);
+  if (whole.state != WholeFile::State::kRead) return why_not_read(bundle.file);
+  const ReadResource file = qzlog_bundle::ResourceData::read(std::move(whole.bytes));
   if (file.state != ReadResource::State::kGood) return file.problem;
   const std::string path = fs::absolute(folder).string();  // without a slash it would be a package of its own
   const std::string name = name_of(bundle.locale);

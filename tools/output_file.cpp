@@ -7,7 +7,6 @@
 #include <cerrno>
 #include <charconv>
 #include <cstdint>
-#include <cstring>
 #include <filesystem>
 #include <optional>
 #include <system_error>
@@ -25,20 +24,16 @@ namespace fs = std::filesystem;
 
 constexpr int kMaximumLinks = 40;  ///< as many as the system follows
 
-[[noreturn]] void fail(const std::string& path, int error) {
-  throw CommandError(kExitCannotRun, "cannot write '" + path + "': " + std::strerror(error));
-}
-
 void write_content(int descriptor, std::string_view content, const std::string& path) {
   const int error = write_all(descriptor, content.data(), content.size());
-  if (error != 0) fail(path, error);
+  if (error != 0) refuse_to_write(path, error);
 }
 
 /// None for a file that does not exist.
 std::optional<struct stat> status_of(const std::string& path) {
   struct stat status = {};
   if (::stat(path.c_str(), &status) == 0) return status;
-  if (errno != ENOENT) fail(path, errno);
+  if (errno != ENOENT) refuse_to_write(path, errno);
   return std::nullopt;
 }
 
@@ -78,16 +73,29 @@ bool holds_already(const std::string& path, const struct stat& status, std::stri
   }
 }
 
-void write_in_place(const std::string& path, std::string_view content) {
-  int descriptor = -1;
-  do {
-    descriptor = ::open(path.c_str(), O_WRONLY | O_CLOEXEC);
-  } while (descriptor < 0 && errno == EINTR);
-  if (descriptor < 0) fail(path, errno);
+void write_in_place(const std::string& path, int more_flags, std::string_view content) {
+  const int descriptor = open_path(path, O_WRONLY | O_CLOEXEC | more_flags);
+  if (descriptor < 0) refuse_to_write(path, errno);
   FileDescriptor file(descriptor);
   write_content(file.get(), content, path);
   const int closed = file.close();
-  if (closed != 0) fail(path, closed);
+  if (closed != 0) refuse_to_write(path, closed);
+}
+
+bool is_same(const std::optional<struct stat>& one, const std::optional<struct stat>& other) {
+  return one && other && one->st_dev == other->st_dev && one->st_ino == other->st_ino;
+}
+
+/// Not so where the path stands for an open file of another process that has no name any more, or never had one: what
+/// it says then leads to something else, or to nothing. Looks again when the file was replaced meanwhile; one that is
+/// gone by now leaves its place free.
+bool leads_to(const std::string& path, const fs::path& place) {
+  for (;;) {
+    const std::optional<struct stat> before = status_of(path);
+    struct stat found = {};
+    if (!before || (::stat(place.c_str(), &found) == 0 && is_same(before, found))) return true;
+    if (is_same(before, status_of(path))) return false;
+  }
 }
 
 /// A regular file that has to change.
@@ -97,7 +105,7 @@ struct Change {
   std::optional<mode_t> mode;
 };
 
-/// Writes to what is no regular file.
+/// Writes to what is no regular file with a name.
 std::optional<Change> write_or_plan(const OutputFile& output) {
   const fs::path place = followed(output.path);
   if (const std::optional<int> descriptor = descriptor_of(output.path, place)) {
@@ -107,10 +115,14 @@ std::optional<Change> write_or_plan(const OutputFile& output) {
   const std::optional<struct stat> status = status_of(output.path);
   if (!status) return Change{&output, place.string(), std::nullopt};
   if (!S_ISREG(status->st_mode)) {
-    write_in_place(output.path, output.content);
+    write_in_place(output.path, 0, output.content);
     return std::nullopt;
   }
   if (holds_already(output.path, *status, output.content)) return std::nullopt;
+  if (!leads_to(output.path, place)) {
+    write_in_place(output.path, O_TRUNC, output.content);
+    return std::nullopt;
+  }
   return Change{&output, place.string(), status->st_mode};
 }
 
@@ -138,6 +150,8 @@ void write_file(const std::string& path, std::string_view content) {
   const OutputFile output{path, content};
   write_files({&output, 1});
 }
+
+bool names_descriptor(const std::string& path) { return descriptor_of(path, followed(path)).has_value(); }
 
 bool same_file(const std::string& path, const std::string& other) {
   if (path == "-" || other == "-") return path == other;

@@ -20,10 +20,6 @@ std::string temporary_location() {
   return folder != nullptr && *folder != '\0' ? folder : "/tmp";
 }
 
-[[noreturn]] void fail(const std::string& path, int error) {
-  throw CommandError(kExitCannotRun, "cannot write '" + path + "': " + std::strerror(error));
-}
-
 }  // namespace
 
 TemporaryFolder::TemporaryFolder() : path_(temporary_location() + "/qzlog-XXXXXX") {
@@ -34,12 +30,12 @@ TemporaryFolder::TemporaryFolder() : path_(temporary_location() + "/qzlog-XXXXXX
 
 std::string TemporaryFolder::add_file(const std::string& name, std::string_view content) const {
   std::string path = path_ + '/' + name;
-  FileDescriptor file(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
-  if (file.get() < 0) fail(path, errno);
+  FileDescriptor file(open_path(path, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+  if (file.get() < 0) refuse_to_write(path, errno);
   const int written = write_all(file.get(), content.data(), content.size());
-  if (written != 0) fail(path, written);
+  if (written != 0) refuse_to_write(path, written);
   const int closed = file.close();
-  if (closed != 0) fail(path, closed);
+  if (closed != 0) refuse_to_write(path, closed);
   return path;
 }
 

@@ -56,6 +56,7 @@ SHARED = {
     "message/icu_memory.h": "the tools see as the library does whether ICU ran out of memory",
     "message/pattern_nesting.h": "the tools refuse the patterns that the library refuses, before ICU sees them",
     "message/resource_*.h": "the tools see in a catalog what the library finds there",
+    "message/whole_file.h": "the tools read the file of a bundle as the library does, which waits for no pipe",
 }
 
 LAYERS = [name for name, _ in CHAIN]

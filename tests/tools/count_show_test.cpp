@@ -127,6 +127,7 @@ TEST_F(CountShow, EveryFormOfTheName_IsUnderstood) {
   EXPECT_EQ(show("./events").out, expected);
   EXPECT_EQ(show("- <events.cnt").out, expected);
   EXPECT_EQ(run("cat events.cnt | $QZLOG count show /dev/stdin").out, expected);
+  EXPECT_EQ(run("cat events.cnt | $QZLOG count show /dev/fd/7 7<&0").out, expected);
   EXPECT_EQ(run("cp events.cnt saved; $QZLOG count show saved").out, expected);
   EXPECT_EQ(run("mkdir events; $QZLOG count show events").out, expected);
 }
@@ -158,6 +159,16 @@ TEST_F(CountShow, Damage_IsReportedRecordByRecordAndTheFileStaysAsItIs) {
   EXPECT_NE(json.out.find("\n  \"damaged\": 4\n"), std::string::npos) << json.out;
   EXPECT_EQ(json.status, 1);
   EXPECT_TRUE(show("- --chart <bad.cnt").err.starts_with("<stdin>: offset 64: error: "));
+}
+
+TEST_F(CountShow, WhatIsNoRegularFile_IsRefused) {
+  ASSERT_EQ(run("mkfifo pipe.cnt; ln -s /dev/zero endless; mkdir folder.cnt").status, 0);
+  for (const std::string name : {"pipe.cnt", "endless", "folder.cnt"}) {
+    const CommandResult result = run("timeout 5 $QZLOG count show " + name);
+    EXPECT_EQ(result.out, "") << name;
+    EXPECT_EQ(result.err, "qzlog: error: cannot open '" + name + "': not a regular file\n");
+    EXPECT_EQ(result.status, 2) << name;
+  }
 }
 
 TEST_F(CountShow, WrongUse_IsExplainedWithStatus2) {

@@ -14,7 +14,8 @@
 namespace qzlog_catalog {
 
 /// Brings the folder of a catalog to what was made now. The command owns what it has made there before, which it
-/// replaces and removes, and nothing else; kManifestName lists it.
+/// replaces and removes, and nothing else; kManifestName lists it. No other update of the folder may run meanwhile: the
+/// caller holds its lock.
 class FolderUpdate {
  public:
   FolderUpdate(std::string folder, const std::vector<NamedBundle>& bundles);

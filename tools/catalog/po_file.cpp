@@ -1,6 +1,8 @@
 #include "tools/catalog/po_file.h"
 
+#include <fcntl.h>
 #include <gettext-po.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstdlib>
@@ -12,6 +14,7 @@
 #include "tools/catalog/po_lines.h"
 #include "tools/command_error.h"
 #include "tools/compiler/utf8_text.h"
+#include "tools/file_descriptor.h"
 #include "tools/memory_file.h"
 
 #if defined(__has_feature)  // clang, and g++ from version 14 on
@@ -278,12 +281,24 @@ PoFilePointer read_po(const std::string& path, const std::string& file_name, con
   }
 }
 
+/// libgettextpo opens a file that it writes, makes a copy of the descriptor and does not look whether there is one.
+void require_two_descriptors() {
+  const auto take = [] {
+    const int copy = ::fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+    if (copy >= 0) return qzlog_tool::FileDescriptor(copy);
+    throw CommandError(qzlog_tool::kExitCannotRun, "cannot make a PO file" + last_reason());
+  };
+  const qzlog_tool::FileDescriptor first = take();
+  const qzlog_tool::FileDescriptor second = take();
+}
+
 void write_messages(const PoFile& file, const std::string& path) {
   const PoFilePointer po(po_file_create());
   const IteratorPointer iterator(po_message_iterator(po.get(), nullptr));
   for (const PoMessage& message : file.messages) write_message(message, iterator.get());
   CatalogFindings findings;
   const ErrorTaker errors(path, findings);
+  require_two_descriptors();
   try {
     errno = 0;
     if (po_file_write(po.get(), path.c_str(), errors.handler()) != nullptr && !errors.has_errors()) return;

@@ -221,6 +221,22 @@ TEST_F(CatalogCommandInNeed, FewDescriptors_GiveEverythingOrAnError) {
   EXPECT_GT(succeeded, 0);
 }
 
+TEST_F(CatalogCommandInNeed, FewDescriptorsForFilesOfTranslators_GiveAllOfThemOrAnError) {
+  const auto before = files();
+  const std::string line = "$QZLOG catalog extract more.yaml -o all.pot --update de.po fr.po";
+  const auto after = files_after(line, "rm all.pot");
+  for (const auto& [name, content] : before) write(name, content);
+  for (int descriptors = 4;; ++descriptors) {  // the host needs the fourth to load the command
+    ASSERT_LT(descriptors, 16) << "no limit was large enough";
+    const CommandResult result = run("ulimit -n " + std::to_string(descriptors) + "; exec " + line);
+    if (result.status == 0) break;
+    EXPECT_EQ(result.status, 2) << descriptors << result.err;
+    EXPECT_NE(result.err.find("Too many open files"), std::string::npos) << descriptors << result.err;
+    EXPECT_EQ(files(), before) << descriptors;
+  }
+  EXPECT_EQ(files(), after);
+}
+
 TEST_F(CatalogCommandInNeed, SigchldIgnoredByTheParent_GenrbRunsAllTheSame) {
   expect_success("env --ignore-signal=CHLD $QZLOG catalog build storage.yaml --po de.po -o messages");
   EXPECT_EQ(rendered("de_DE").substr(0, 13), "Laufwerk vol1");

@@ -119,6 +119,13 @@ TEST_F(CatalogFolderCommand, SecondBuild_RewritesNothing) {
   EXPECT_EQ(run("ls -li --time-style=full-iso messages").out, listing);
 }
 
+TEST_F(CatalogFolderCommand, FolderThatAnotherBuildUpdates_IsWaitedFor) {
+  const CommandResult result = run("flock messages timeout 2 $QZLOG catalog build storage.yaml --po po -o messages");
+  EXPECT_EQ(result.status, 124) << result.err;
+  EXPECT_EQ(files(), Names());
+  expect_built();
+}
+
 TEST_F(CatalogFolderCommand, ManifestThatNamesFilesOutside_RemovesNone) {
   expect_built();
   write("victim.res", "precious");

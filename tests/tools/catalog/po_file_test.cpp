@@ -5,6 +5,7 @@
 #include <sstream>
 #include <string>
 
+#include "tests/support/descriptor_limit.h"
 #include "tests/support/seeded_random.h"
 #include "tests/tools/resource_limit.h"
 #include "tools/command_error.h"
@@ -246,6 +247,24 @@ TEST(WritePo, FileThatIsTooLarge_IsAnErrorAndNoHalfFile) {
                 "cannot make a PO file: libgettextpo has not written all of it,");
     }
   }
+}
+
+// libgettextpo opens the file and makes a copy of its descriptor, without which it would end the process.
+TEST(WritePo, FewDescriptorsLeft_IsTheFileOrAnError) {
+  const PoFile file = parsed(kFull);
+  const std::string whole = write_po(file);
+  for (unsigned spare = 0; spare < 3; ++spare) {
+    const qz_test::DescriptorLimit limit(spare);
+    try {
+      write_po(file);
+      ADD_FAILURE() << spare;
+    } catch (const qzlog_tool::CommandError& error) {
+      EXPECT_EQ(error.exit_status(), qzlog_tool::kExitCannotRun) << spare;
+      EXPECT_NE(std::string(error.what()).find(": Too many open files"), std::string::npos) << error.what();
+    }
+  }
+  const qz_test::DescriptorLimit limit(3);
+  EXPECT_EQ(write_po(file), whole);
 }
 
 TEST(HeaderField, SetAndMissing) {

@@ -1,6 +1,7 @@
 #include "tools/message_catalog.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <cstdlib>
 #include <filesystem>
@@ -89,6 +90,17 @@ TEST_F(MessageCatalog, FileOfAnotherFormatVersion_IsNotTakenForAnother) {
   bytes.replace(12, 4, "ResX");
   folder_.write("de.res", bytes);
   EXPECT_NE(read().at(1).failure, "");
+}
+
+TEST_F(MessageCatalog, WhatIsNoFile_IsNoBundleAndNotWaitedFor) {
+  build("root", "STRING_TABLE { A { \"a\" } }");
+  ASSERT_EQ(::mkfifo((folder_.path() / "de.res").c_str(), 0600), 0);
+  std::filesystem::create_symlink("/dev/zero", folder_.path() / "fr.res");
+  std::filesystem::create_directory(folder_.path() / "ja.res");
+  const auto bundles = read();
+  ASSERT_EQ(bundles.size(), 4U);
+  EXPECT_EQ(bundles[0].failure, "");
+  for (std::size_t i = 1; i < bundles.size(); ++i) EXPECT_EQ(bundles[i].failure, "it is not a regular file") << i;
 }
 
 TEST_F(MessageCatalog, LocalesWithScriptAndRegion_AreOpened) {

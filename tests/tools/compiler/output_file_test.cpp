@@ -15,6 +15,7 @@
 #include "tests/tools/temporary_folder.h"
 #include "tools/command_error.h"
 #include "tools/file_descriptor.h"
+#include "tools/memory_file.h"
 
 namespace qzlog_tool {
 namespace {
@@ -140,6 +141,35 @@ TEST_F(WriteFile, NameOfADescriptor_IsWrittenWhereTheDescriptorStands) {
   write_file(path("link"), "linked,");
   ASSERT_EQ(write_all(file.get(), "after", 5), 0);
   EXPECT_EQ(content(path("f")), "before,named,linked,after");
+}
+
+/// What stands for an open file of the thread's in a folder that is not the one in which descriptors are looked for.
+std::string name_for_others(int descriptor) {
+  return "/proc/" + std::to_string(::getpid()) + "/task/" + std::to_string(::gettid()) + "/fd/" +
+         std::to_string(descriptor);
+}
+
+TEST_F(WriteFile, OpenFileThatNoNameLeadsTo_IsWrittenAsItIs) {
+  const FileDescriptor removed(::open(path("f").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+  ASSERT_GT(removed.get(), 2);
+  ASSERT_EQ(write_all(removed.get(), "a longer text", 13), 0);
+  ASSERT_EQ(::unlink(path("f").c_str()), 0);
+  write_file(name_for_others(removed.get()), "new");
+  EXPECT_EQ(content(name_for_others(removed.get())), "new");
+  const MemoryFile memory("old");
+  write_file(name_for_others(memory.descriptor()), "in memory");
+  EXPECT_EQ(memory.content(), "in memory");
+  EXPECT_EQ(files(), 0U);
+}
+
+TEST_F(WriteFile, FileInThePlaceOfOneThatWasRemoved_IsLeftAlone) {
+  const FileDescriptor removed(::open(path("f").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+  ASSERT_GT(removed.get(), 2);
+  ASSERT_EQ(::unlink(path("f").c_str()), 0);
+  std::ofstream(path("f (deleted)")) << "precious";
+  write_file(name_for_others(removed.get()), "new");
+  EXPECT_EQ(content(name_for_others(removed.get())), "new");
+  EXPECT_EQ(content(path("f (deleted)")), "precious");
 }
 
 TEST_F(WriteFile, FullDisk_LeavesTheFileAsItWasAndNothingBeside) {
