@@ -1,12 +1,13 @@
 #include "tools/temporary_folder.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <stdlib.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
-#include <filesystem>
-#include <system_error>
 
 #include "tools/command_error.h"
 #include "tools/file_descriptor.h"
@@ -18,6 +19,27 @@ namespace {
 std::string temporary_location() {
   const char* const folder = std::getenv("TMPDIR");
   return folder != nullptr && *folder != '\0' ? folder : "/tmp";
+}
+
+/// Removes files among the folder's first entries. False when there was none to be removed.
+bool remove_some_files(int folder) noexcept {
+  alignas(dirent64) char entries[4096];
+  ::lseek(folder, 0, SEEK_SET);
+  const long bytes = ::syscall(SYS_getdents64, folder, entries, sizeof(entries));
+  bool has_removed = false;
+  for (long at = 0; at < bytes;) {
+    const auto* const entry = reinterpret_cast<const dirent64*>(entries + at);
+    has_removed = ::unlinkat(folder, entry->d_name, 0) == 0 || has_removed;
+    at += entry->d_reclen;
+  }
+  return has_removed;
+}
+
+/// Without taking memory, which readdir does: the folder has to go also when there is none.
+void remove_files(const std::string& path) noexcept {
+  const FileDescriptor folder(open_path(path, O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  while (remove_some_files(folder.get())) {
+  }
 }
 
 }  // namespace
@@ -40,8 +62,8 @@ std::string TemporaryFolder::add_file(const std::string& name, std::string_view 
 }
 
 TemporaryFolder::~TemporaryFolder() {
-  std::error_code ignored;
-  std::filesystem::remove_all(path_, ignored);
+  remove_files(path_);
+  ::rmdir(path_.c_str());
 }
 
 }  // namespace qzlog_tool

@@ -8,7 +8,7 @@
 
 namespace qzlog_tool {
 
-/// A folder that only this user can read, in TMPDIR or /tmp, removed with all that is in it when the object dies.
+/// A folder that only this user can read, in TMPDIR or /tmp, removed with all files in it when the object dies.
 /// Signals that end the process wait until then.
 class TemporaryFolder {
  public:

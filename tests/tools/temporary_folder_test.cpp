@@ -32,6 +32,16 @@ TEST(TemporaryFolder, Lifetime_FolderIsThereThenGoneWithItsFiles) {
   EXPECT_FALSE(std::filesystem::exists(path));
 }
 
+TEST(TemporaryFolder, MoreFilesThanAreReadAtOnce_AllGone) {
+  std::string path;
+  {
+    const qzlog_tool::TemporaryFolder folder;
+    path = folder.path();
+    for (int i = 0; i < 1000; ++i) folder.add_file("file" + std::to_string(i), "");
+  }
+  EXPECT_FALSE(std::filesystem::exists(path));
+}
+
 TEST(TemporaryFolder, FullDisk_Throws) {
   const qzlog_tool::TemporaryFolder folder;
   const qzlog_test::ResourceLimit limit(RLIMIT_FSIZE, 2);

@@ -226,9 +226,11 @@ TEST_F(CatalogCommandInNeed, FewDescriptorsForFilesOfTranslators_GiveAllOfThemOr
   const std::string line = "$QZLOG catalog extract more.yaml -o all.pot --update de.po fr.po";
   const auto after = files_after(line, "rm all.pot");
   for (const auto& [name, content] : before) write(name, content);
-  for (int descriptors = 4;; ++descriptors) {  // the host needs the fourth to load the command
+  constexpr int kNotLoaded = 127;  // the system needs some to load the command
+  for (int descriptors = 4;; ++descriptors) {
     ASSERT_LT(descriptors, 16) << "no limit was large enough";
     const CommandResult result = run("ulimit -n " + std::to_string(descriptors) + "; exec " + line);
+    if (result.status == kNotLoaded) continue;
     if (result.status == 0) break;
     EXPECT_EQ(result.status, 2) << descriptors << result.err;
     EXPECT_NE(result.err.find("Too many open files"), std::string::npos) << descriptors << result.err;
