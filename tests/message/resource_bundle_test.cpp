@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <initializer_list>
 #include <string>
 #include <utility>
 #include <vector>
@@ -37,7 +38,8 @@ Source every_kind() {
     source.keys.push_back(key);
   };
   unsigned number = 0;
-  for (const std::size_t length : {0, 1, 2, 39, 40, 41, 1005, 1006, 1007, 1008, 65535, 65536, 70000}) {
+  for (const std::size_t length :
+       std::initializer_list<std::size_t>{0, 1, 2, 39, 40, 41, 1005, 1006, 1007, 1008, 65535, 65536, 70000}) {
     for (const char* const character : {"x", "\u00E4", "\U0001F600"}) {
       add("text" + std::to_string(number++), " { \"" + text_of(length, character) + "\" }");
     }

@@ -7,6 +7,7 @@
 
 #include <cerrno>
 #include <filesystem>
+#include <initializer_list>
 #include <string>
 
 #include "tests/support/call_failure.h"
@@ -20,7 +21,7 @@ using State = qzlog_bundle::WholeFile::State;
 
 TEST(WholeFile, RegularFile_ItsBytes) {
   const TempDir folder;
-  for (const std::size_t size : {0, 1, 4096, 300000}) {
+  for (const std::size_t size : std::initializer_list<std::size_t>{0, 1, 4096, 300000}) {
     const std::string bytes(size, '\xAB');
     const qzlog_bundle::WholeFile file = read_whole_file(folder.write("file", bytes));
     EXPECT_EQ(file.state, State::kRead);

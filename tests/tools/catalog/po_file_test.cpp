@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <initializer_list>
 #include <sstream>
 #include <string>
 
@@ -206,7 +207,7 @@ TEST(ParsePo, ManyMessages_AreRead) {
 }
 
 TEST(ParsePo, NoDescriptorLeft_IsAnErrorAndNoEmptyFile) {
-  for (const rlim_t descriptors : {3, 4}) {
+  for (const rlim_t descriptors : std::initializer_list<rlim_t>{3, 4}) {
     CatalogFindings findings;
     const qzlog_test::ResourceLimit limit(RLIMIT_NOFILE, descriptors);
     try {
