@@ -27,6 +27,7 @@ class qz_ThreadInstance {
 
  private:
   struct Kept : qz_ThreadEnd::Duty {
+    // cppcheck-suppress uninitDerivedMemberVar
     Kept() : Duty{&release, nullptr} {}
     // It is still found while it is destroyed.
     static void release(Duty* duty) noexcept {

@@ -53,7 +53,7 @@ class UnsharedFile : public qz_UTIL_no_inadvertant_copies {
   const qz_FileHandle file_;
   const bool is_seekable_;
   off64_t position_ = 0;
-  char buffer_[kBufferSize];
+  char buffer_[kBufferSize] = {};
 };
 
 ssize_t read_file(void* file, char* target, std::size_t size) {

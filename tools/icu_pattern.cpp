@@ -175,6 +175,7 @@ PatternReading read_icu_pattern(const StoredTemplate& cut, const std::string& lo
   const BuiltPattern built = build_pattern(cut);
   if (memory.ran_out()) throw std::bad_alloc();
   PatternReading reading = read_pattern(built, locale);
+  // cppcheck-suppress identicalConditionAfterEarlyExit
   if (memory.ran_out()) throw std::bad_alloc();
   return reading;
 }

@@ -26,6 +26,7 @@ void print(std::string_view text) noexcept { write_all(STDERR_FILENO, text.data(
 
 }  // namespace
 
+// cppcheck-suppress throwInNoexceptFunction
 void end_where_memory_runs_out() noexcept { std::set_new_handler(memory_ran_out); }
 
 void print_out_of_memory() noexcept {
