@@ -45,7 +45,8 @@ rendering path alone is a warning too. Sources are compiled, and the compiler's 
 
 With --catalog every language of the catalog (LOCALE.res in DIR) is compared with the definitions: messages that it lacks
 or has too many, references that it loses, adds or shows in another format, patterns that ICU refuses or misreads, texts
-that nobody translated, messages that were built from another text than the definitions have now. Give the auxiliary file too where the catalog has its messages.
+that nobody translated, messages that were built from another text than the definitions have now. Give the auxiliary
+file too where the catalog has its messages.
 
 Findings go to standard output, one line each, or as a JSON array with --json.
 

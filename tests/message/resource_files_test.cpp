@@ -5,6 +5,8 @@
 #include <unicode/udata.h>
 #include <unistd.h>
 
+#include <cstdint>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -93,6 +95,24 @@ TEST(ResourceFiles, DataDirectory_AsIcu) {
                                      absolute + "/cat.dat:" + absolute + "/a"}) {
     expect_as_icu_in_fresh_process(folder, folders, forms_of(folder), 3);
   }
+}
+
+// Of a later version nobody here knows where its length stands; taken for one of this version it is longer than the
+// file.
+TEST(ResourceFiles, LaterVersionInTheDataDirectory_NotReadBeyondTheFile) {
+  const TempDir data;
+  make_folder(data, "later", "later");
+  std::string bundle = data.read("later/de.res");
+  bundle[16] = 4;  // the major version of the format
+  const std::uint32_t words = 0x10000000;
+  const std::size_t header_size = static_cast<unsigned char>(bundle[__BYTE_ORDER__ == __ORDER_BIG_ENDIAN__ ? 1 : 0]);
+  std::memcpy(&bundle[header_size + 4 * sizeof(words)], &words, sizeof(words));
+  data.write("later/de.res", bundle);
+  expect_in_fresh_process([&] {
+    const RenderingSettings settings;
+    u_setDataDirectory(data.path().c_str());
+    EXPECT_EQ(seen_by_us("later", "de", {"greeting"}), seen_by_us("later", "", {"greeting"}));
+  });
 }
 
 TEST(ResourceFiles, PackageFiles_AsIcu) {

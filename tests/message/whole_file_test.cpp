@@ -1,16 +1,19 @@
 #include "message/whole_file.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <filesystem>
 #include <initializer_list>
 #include <string>
 
 #include "tests/support/call_failure.h"
+#include "tests/support/child_process.h"
 #include "tests/support/support.h"
 
 namespace qz_test {
@@ -89,6 +92,36 @@ TEST(WholeFile, CutWhileItIsRead_Failed) {
   const std::string path = "/sys/kernel/mm/transparent_hugepage/enabled";
   if (!std::filesystem::exists(path)) GTEST_SKIP() << "no " << path;
   EXPECT_EQ(read_whole_file(path).state, State::kFailed);
+}
+
+/// Holds a lease on a file, which it gives up as soon as somebody wants to open it, and then ends with 0.
+int lease(const char* path, int ready) {
+  static int descriptor = -1;
+  descriptor = open(path, O_RDWR | O_CLOEXEC);
+  std::signal(SIGIO, [](int) { _exit(fcntl(descriptor, F_SETLEASE, F_UNLCK)); });
+  const char is_held = fcntl(descriptor, F_SETLEASE, F_WRLCK) == 0 ? 'y' : 'n';
+  if (write(ready, &is_held, 1) != 1 || is_held == 'n') return 1;
+  for (;;) pause();
+}
+
+TEST(WholeFile, LeasedToAnotherProcess_WaitedFor) {
+  const TempDir folder;
+  const std::string path = folder.write("file", "bytes");
+  int ends[2] = {-1, -1};
+  ASSERT_EQ(pipe(ends), 0);
+  ChildProcess other([&] { return lease(path.c_str(), ends[1]); });
+  char is_held = 'n';
+  ASSERT_EQ(read(ends[0], &is_held, 1), 1);
+  close(ends[0]);
+  close(ends[1]);
+  if (is_held == 'n') {
+    other.wait();
+    GTEST_SKIP() << "this file system has no leases";
+  }
+  const qzlog_bundle::WholeFile file = read_whole_file(path);
+  EXPECT_EQ(file.state, State::kRead);
+  EXPECT_EQ(file.bytes, "bytes");
+  EXPECT_EQ(other.wait(), 0);
 }
 
 TEST(WholeFile, WithoutMemory_Thrown) {

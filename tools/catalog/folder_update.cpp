@@ -125,10 +125,10 @@ void FolderUpdate::report_strangers(CatalogFindings& findings) const {
   for (const std::string& language : languages_in(folder_)) {
     const std::string name = language + ".res";
     if (wanted_.contains(name) || stale_.contains(name)) continue;
-    findings.warning(
-        path_of(name), 0, CatalogRule::kForeignBundle,
-        "'qzlog catalog build' did not make this bundle and leaves it; readers of " + language + " get its messages",
-        "take it away unless it is meant to be there");
+    findings.warning(path_of(name), 0, CatalogRule::kForeignBundle,
+                     "'qzlog catalog build' did not make this bundle as it is now and leaves it; readers of " +
+                         language + " get its messages",
+                     "take it away unless it is meant to be there");
   }
 }
 

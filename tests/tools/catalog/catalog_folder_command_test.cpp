@@ -90,7 +90,8 @@ TEST_F(CatalogFolderCommand, FileThatWasChangedSinceItWasMade_IsNotReplaced) {
 TEST_F(CatalogFolderCommand, BundleOfALanguageThatIsNotMade_IsLeftWithAWarning) {
   write("messages/fr.res", "precious");
   expect_built(
-      "messages/fr.res: warning: 'qzlog catalog build' did not make this bundle and leaves it; readers of fr get its "
+      "messages/fr.res: warning: 'qzlog catalog build' did not make this bundle as it is now and leaves it; readers of "
+      "fr get its "
       "messages [foreign-bundle]\n  hint: take it away unless it is meant to be there\n",
       "--adopt");
   EXPECT_EQ(read("messages/fr.res"), "precious");

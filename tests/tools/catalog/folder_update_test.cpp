@@ -112,9 +112,10 @@ TEST_F(FolderUpdateTest, UpdateThatFails_LeavesWhatTheNextCanFinish) {
 TEST_F(FolderUpdateTest, FileOfOurs_ThatSomeoneReplaced_IsNotRemoved) {
   update(kFirst);
   folder_.write("ja.res", "precious");
-  EXPECT_EQ(update(kSecond), in_folder("ja.res") +
-                                 ": warning: 'qzlog catalog build' did not make this bundle and leaves it; readers of "
-                                 "ja get its messages [foreign-bundle]\n");
+  EXPECT_EQ(update(kSecond),
+            in_folder("ja.res") +
+                ": warning: 'qzlog catalog build' did not make this bundle as it is now and leaves it; readers of "
+                "ja get its messages [foreign-bundle]\n");
   EXPECT_EQ(folder_.read("ja.res"), "precious");
   EXPECT_EQ(manifest().bundles, digests_of(kSecond));
 }
