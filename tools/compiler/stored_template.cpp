@@ -108,6 +108,14 @@ class Tokenizer {
   State state_ = State::kText;
 };
 
+/// Of a format without a name: `offset` is that of its percent sign.
+std::string failure_of_format(std::string_view stored, std::size_t offset) {
+  if (offset + 1 == stored.size()) return "a percent sign ends the text";
+  std::string format;
+  append_printable(format, stored, offset + 1);
+  return "the format '" + format + "' has no attribute behind it";
+}
+
 }  // namespace
 
 StoredTemplate cut_template(std::string_view stored, TemplateForm form) {
@@ -126,7 +134,7 @@ StoredTemplate cut_template(std::string_view stored, TemplateForm form) {
       ++i;
       result.parts.push_back({TemplatePart::Kind::kReference, std::string(tokens[i].text), token.format, token.offset});
     } else if (result.failure.empty()) {
-      result.failure = "the format '" + printable(std::string_view(&token.format, 1)) + "' has no attribute behind it";
+      result.failure = failure_of_format(stored, token.offset);
     }
   }
   return result;

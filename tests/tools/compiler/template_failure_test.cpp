@@ -76,5 +76,13 @@ TEST(FindTemplateFailure, OpenReference_FailsOnBothPaths) {
   }
 }
 
+TEST(FindTemplateFailure, FormatOutsideAscii_ShownAsItIsWritten) {
+  for (const TemplateForm form : {TemplateForm::kIcu, TemplateForm::kNarrow}) {
+    EXPECT_EQ(find_template_failure("5 %\u20AC", form, find_type), "the format '\u20AC' has no attribute behind it");
+    EXPECT_EQ(find_template_failure("%\u009B", form, find_type), "the format '\\u009B' has no attribute behind it");
+    EXPECT_EQ(find_template_failure("5 %", form, find_type), "a percent sign ends the text");
+  }
+}
+
 }  // namespace
 }  // namespace qzlog_compiler
