@@ -261,14 +261,20 @@ Ending attempt(const Scenario& scenario, unsigned nth, MallocFailure::Reach reac
   return renders_right(scenario) ? kDone : unless_broken_outside(kWrongAfterwards);
 }
 
-/// The innermost library in which the process crashed or hung, past the C library's, and the function there.
+/// The C library, and the page of the system's own through which it calls the system on some hosts.
+bool is_of_the_system(const char* file) {
+  return std::strstr(file, "libc.so") != nullptr || std::strstr(file, "linux-gate.so") != nullptr ||
+         std::strstr(file, "linux-vdso") != nullptr;
+}
+
+/// The innermost library in which the process crashed or hung, past the system's, and the function there.
 void on_crash(int number) {
   void* frames[64];
   const int count = backtrace(frames, 64);
   // The first two are the handler and the signal's return.
   for (int i = 2; i < count; ++i) {
     Dl_info info = {};
-    if (dladdr(frames[i], &info) == 0 || std::strstr(info.dli_fname, "libc.so") != nullptr) continue;
+    if (dladdr(frames[i], &info) == 0 || is_of_the_system(info.dli_fname)) continue;
     std::snprintf(shared->place, sizeof(shared->place), "%s",
                   info.dli_sname != nullptr ? info.dli_sname : info.dli_fname);
     const bool in_icu = std::strstr(info.dli_fname, "libicu") != nullptr;
