@@ -3,10 +3,10 @@
 #include <cstdint>
 #include <string_view>
 
-#include "tools/compiler/compiler.h"
-#include "tools/compiler/ldf_reader.h"
-#include "tools/compiler/model_warnings.h"
-#include "tools/compiler/source_excerpt.h"
+#include "tools/compiler/file/ldf_reader.h"
+#include "tools/compiler/source/compiler.h"
+#include "tools/compiler/source/model_warnings.h"
+#include "tools/report/source_excerpt.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
   const std::string_view text(reinterpret_cast<const char*>(bytes), size);

@@ -13,13 +13,13 @@
 #include <utility>
 #include <vector>
 
-#include "tools/compiler/aux_collision.h"
-#include "tools/compiler/compiler.h"
-#include "tools/compiler/ldf_reader.h"
-#include "tools/compiler/model_diff.h"
-#include "tools/compiler/model_json.h"
-#include "tools/compiler/version_advice.h"
-#include "tools/diff_report.h"
+#include "tools/compiler/file/ldf_reader.h"
+#include "tools/compiler/model/model_json.h"
+#include "tools/compiler/source/compiler.h"
+#include "tools/diff/aux_collision.h"
+#include "tools/diff/diff_report.h"
+#include "tools/diff/model_diff.h"
+#include "tools/diff/version_advice.h"
 
 using namespace qzlog_compiler;
 

@@ -3,9 +3,9 @@
 #include <cstdint>
 #include <string>
 
-#include "tools/entry_error.h"
-#include "tools/json_entry.h"
-#include "tools/line_reader.h"
+#include "tools/render/entry_error.h"
+#include "tools/render/json_entry.h"
+#include "tools/system/line_reader.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
   static qzlog_tool::JsonEntryParser parser;

@@ -5,12 +5,12 @@
 #include <sstream>
 #include <string_view>
 
-#include "tools/compiler/compiler.h"
-#include "tools/compiler/ldf_annotation.h"
-#include "tools/compiler/ldf_json.h"
-#include "tools/compiler/ldf_survey.h"
-#include "tools/compiler/ldf_table.h"
-#include "tools/compiler/ldf_yaml.h"
+#include "tools/compiler/source/compiler.h"
+#include "tools/inspect/ldf_annotation.h"
+#include "tools/inspect/ldf_json.h"
+#include "tools/inspect/ldf_survey.h"
+#include "tools/inspect/ldf_table.h"
+#include "tools/inspect/ldf_yaml.h"
 
 using namespace qzlog_compiler;
 

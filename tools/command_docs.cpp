@@ -3,13 +3,13 @@
 #include <filesystem>
 #include <iostream>
 
-#include "tools/bash_completion.h"
 #include "tools/command_line.h"
-#include "tools/fish_completion.h"
-#include "tools/manual_page.h"
-#include "tools/output_file.h"
-#include "tools/process_start.h"
-#include "tools/zsh_completion.h"
+#include "tools/manual/bash_completion.h"
+#include "tools/manual/fish_completion.h"
+#include "tools/manual/manual_page.h"
+#include "tools/manual/zsh_completion.h"
+#include "tools/system/output_file.h"
+#include "tools/system/process_start.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "tools/command_tree.h"
+#include "tools/manual/command_tree.h"
 
 namespace qzlog_tool {
 

@@ -3,8 +3,8 @@
 #include <vector>
 
 #include "tools/command_line.h"
-#include "tools/out_of_memory.h"
-#include "tools/process_start.h"
+#include "tools/system/out_of_memory.h"
+#include "tools/system/process_start.h"
 
 namespace {
 

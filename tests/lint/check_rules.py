@@ -13,15 +13,16 @@ import sys
 
 # Tables of the page, each between "<!-- NAME rules -->" and "<!-- end -->": the source of the rules and their golden cases.
 TABLES = {
-    "compile": ("tools/compiler/diagnostics.cpp", "tests/tools/golden/compile"),
+    "compile": ("tools/report/diagnostics.cpp", "tests/tools/golden/compile"),
     "catalog": ("tools/catalog/catalog_findings.cpp", "tests/tools/golden/catalog"),
-    "check": ("tools/check_finding.cpp", "tests/tools/golden/check"),
+    "check": ("tools/report/check_finding.cpp", "tests/tools/golden/check"),
 }
-OTHER_RULES = ["tools/entry_error.cpp", "tools/config_check.cpp", "tools/counter_reader.cpp", "tools/inspect_command.cpp"]
+OTHER_RULES = ["tools/render/entry_error.cpp", "tools/render/config_check.cpp", "tools/count/counter_reader.cpp",
+               "tools/inspect/inspect_command.cpp"]
 PAGE = "docs/diagnostics.md"
 RULE = re.compile(r'\{(?:Entry|Config|Counter|Catalog|Check|Inspect)?Rule::k\w+,\s*"([a-z0-9-]+)",\s*"([^"]*)"(?:,\s*true)?\}')
 
-DIFF_RULES = "tools/compiler/diff_rules.cpp"
+DIFF_RULES = "tools/diff/diff_rules.cpp"
 DIFF_PAGE = "docs/compatibility.md"
 DIFF_TABLE = re.compile(r"(?<=<!-- changes -->\n)(.*?)(?=<!-- end -->)", re.DOTALL)
 TEXT = r'"((?:[^"\\]|\\.)*)"'

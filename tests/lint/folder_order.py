@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""Checks that the library's source units form a chain: a file includes only what stands before it.
+"""Checks that the source units form a chain: a file includes only what stands before it. The library has one chain, the command
+another. Checks too that every folder with sources stands in each list of folders that the other checks go by.
 
 Usage: folder_order.py [ROOT]      Prints FILE:LINE for every include that breaks the order; exit status 1 if there is one.
 """
@@ -7,6 +8,8 @@ import fnmatch
 import pathlib
 import re
 import sys
+
+import check_headers
 
 # The chain. A file belongs to the layer with the longest pattern that matches its path, and may include files of its own
 # layer and of those above it in this table. A public header stands in the layer of its unit.
@@ -43,6 +46,21 @@ ALLOWED = {
     ("entry implementation", "include/qzlog/logentry.h"): "declares qz_LOG_AttributeVisitor, which the implementation calls",
 }
 
+# The command: a folder includes only what stands before it. The subcommands, which stand behind all of it, use nothing of each other
+# but what is named; the files in tools/ itself use everything.
+TOOLS = ["system", "compiler/text", "report", "options", "compiler/model", "compiler/file", "compiler/message", "compiler/source",
+         "definitions", "templates", "manual"]
+SUBCOMMANDS = {
+    "compile": [],
+    "inspect": [],
+    "diff": [],
+    "check": [],
+    "explain": [],
+    "catalog": [],
+    "count": [],
+    "render": ["count"],  # counts what it renders
+}
+
 # Folders whose files may include public headers and the folders named here, nothing else of ours.
 OUTSIDE = {
     "include": ["include"],
@@ -59,6 +77,9 @@ SHARED = {
     "message/whole_file.h": "the tools read the file of a bundle as the library does, which waits for no pipe",
 }
 
+# Folders that may include everything.
+UNORDERED = ["tests", "fuzz"]
+
 LAYERS = [name for name, _ in CHAIN]
 OUR_FOLDERS = ["foundation", "util", "entry", "definitions", "config", "message", "counter", "tools", "examples", "bench"]
 INCLUDE = re.compile(r'^\s*#\s*include\s*[<"]([^>"]+)[>"]')
@@ -74,6 +95,20 @@ def may_include(layer, other):
     if layer in ONLY:
         return other == layer or other in ONLY[layer]
     return other not in ONLY and LAYERS.index(other) <= LAYERS.index(layer)
+
+
+def tools_folder(path):
+    """The folder of a path below tools/, "" for tools/ itself; None outside it."""
+    parts = pathlib.PurePosixPath(path).parent.parts
+    return "/".join(parts[1:]) if parts[:1] == ("tools",) else None
+
+
+def may_tool_include(folder, other):
+    if folder in ("", other):
+        return True
+    if folder in SUBCOMMANDS:
+        return other in TOOLS or other in SUBCOMMANDS[folder]
+    return other in TOOLS and TOOLS.index(other) <= TOOLS.index(folder)
 
 
 def our_includes(root, path):
@@ -95,14 +130,51 @@ def check_file(root, path):
     layer = layer_of(path)
     if layer is None and folder not in OUTSIDE:
         return [f"{path}:1: belongs to no layer; add it to the table in folder_order.py"]
+    tool = tools_folder(path)
+    if tool and tool not in TOOLS and tool not in SUBCOMMANDS:
+        return [f"{path}:1: tools/{tool}/ has no place in the order; add it to the tables in folder_order.py"]
     findings = []
     for number, other in our_includes(root, path):
+        other_tool = tools_folder(other)
         other_layer = layer_of(other)
         is_shared = any(fnmatch.fnmatch(other, pattern) for pattern in SHARED)
         if folder in OUTSIDE and other.split("/")[0] not in OUTSIDE[folder] and not is_shared:
             findings.append(f"{path}:{number}: {folder}/ must not include {other}")
         elif layer and other_layer and not may_include(layer, other_layer) and (layer, other) not in ALLOWED:
             findings.append(f"{path}:{number}: the {layer} must not include {other} ({other_layer})")
+        elif tool is not None and other_tool is not None and not may_tool_include(tool, other_tool):
+            findings.append(f"{path}:{number}: tools/{tool}/ must not include {other}")
+    return findings
+
+
+def has_sources(folder):
+    return any(file.suffix in (".h", ".cpp") for file in folder.rglob("*"))
+
+
+def check_lists(root):
+    """Folders with sources that a check passes over because its list does not name them."""
+    root = pathlib.Path(root)
+    folders = sorted(folder.name for folder in root.iterdir()
+                     if folder.is_dir() and not folder.name.startswith((".", "build")) and has_sources(folder))
+    script = (root / "dev").read_text(encoding="utf-8")
+    in_script = re.search(r"^readonly SOURCE_FOLDERS=\((.*?)\)", script, re.MULTILINE).group(1).split()
+    findings = []
+    for folder in folders:
+        if folder in UNORDERED:
+            continue
+        if folder not in OUR_FOLDERS + ["include"]:
+            findings.append(f"{folder}/ is not in OUR_FOLDERS of folder_order.py")
+        if folder not in in_script + ["bench"]:
+            findings.append(f"{folder}/ is not in SOURCE_FOLDERS of dev")
+        if folder not in check_headers.INTERNAL_FOLDERS + ["include", "examples", "bench"]:
+            findings.append(f"{folder}/ is not in INTERNAL_FOLDERS of check_headers.py")
+    for settings, checked in ((".clang-tidy", check_headers.INTERNAL_FOLDERS), ("tools/.clang-tidy", ["tools"])):
+        text = (root / settings).read_text(encoding="utf-8")
+        filtered = re.compile(re.search(r"^HeaderFilterRegex: '(.*)'$", text, re.MULTILINE).group(1))
+        for folder in checked:
+            places = {file.parent.relative_to(root) for file in (root / folder).rglob("*.h")}
+            findings += [f"{place}/ does not match HeaderFilterRegex in {settings}"
+                         for place in sorted(places) if not filtered.search(f"/{place}/a.h")]
     return findings
 
 
@@ -117,7 +189,8 @@ def check_tree(root):
 
 
 def main():
-    findings = check_tree(sys.argv[1] if len(sys.argv) > 1 else ".")
+    root = sys.argv[1] if len(sys.argv) > 1 else "."
+    findings = check_tree(root) + check_lists(root)
     print("\n".join(findings) if findings else "folder order: no finding")
     return 1 if findings else 0
 

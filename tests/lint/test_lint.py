@@ -59,6 +59,41 @@ class FolderOrder(TreeTest):
         self.write("tools/a.cpp", '#include "message/resource_bundle.h"\n#include "message/logmsg.h"\n')
         self.assertEqual(folder_order.check_tree(self.root), ["tools/a.cpp:2: tools/ must not include message/logmsg.h"])
 
+    def test_tool_includes_only_folders_before_its_own(self):
+        self.write("tools/report/a.cpp", '#include "tools/system/a.h"\n#include "tools/compiler/source/a.h"\n')
+        self.assertEqual(folder_order.check_tree(self.root), [
+            "tools/report/a.cpp:2: tools/report/ must not include tools/compiler/source/a.h"])
+
+    def test_subcommand_includes_no_other_but_those_named(self):
+        self.write("tools/check/a.cpp", '#include "tools/report/a.h"\n#include "tools/diff/a.h"\n')
+        self.write("tools/render/a.cpp", '#include "tools/count/a.h"\n')
+        self.write("tools/a.cpp", '#include "tools/diff/a.h"\n')
+        self.assertEqual(folder_order.check_tree(self.root), [
+            "tools/check/a.cpp:2: tools/check/ must not include tools/diff/a.h"])
+
+    def test_nothing_includes_the_files_of_tools_itself(self):
+        self.write("tools/render/a.cpp", '#include "tools/command_line.h"\n')
+        self.assertEqual(folder_order.check_tree(self.root), [
+            "tools/render/a.cpp:1: tools/render/ must not include tools/command_line.h"])
+
+    def test_new_folder_of_tools_is_found(self):
+        self.write("tools/stats/a.cpp", "")
+        self.assertEqual(folder_order.check_tree(self.root), [
+            "tools/stats/a.cpp:1: tools/stats/ has no place in the order; add it to the tables in folder_order.py"])
+
+    def test_new_folder_that_the_lists_do_not_name_is_found(self):
+        self.write("dev", "readonly SOURCE_FOLDERS=(include)\n")
+        self.write(".clang-tidy", "HeaderFilterRegex: '/(foundation)/[^/]*\\.h$'\n")
+        self.write("tools/.clang-tidy", "HeaderFilterRegex: '/tools/[^/]*\\.h$'\n")
+        self.write("foundation/a/b.h", "")
+        self.write("sinks/a.h", "")
+        self.assertEqual(folder_order.check_lists(self.root), [
+            "foundation/ is not in SOURCE_FOLDERS of dev",
+            "sinks/ is not in OUR_FOLDERS of folder_order.py",
+            "sinks/ is not in SOURCE_FOLDERS of dev",
+            "sinks/ is not in INTERNAL_FOLDERS of check_headers.py",
+            "foundation/a/ does not match HeaderFilterRegex in .clang-tidy"])
+
     def test_example_includes_public_headers_only(self):
         self.write("examples/a.cpp", '#include <qzlog.h>\n#include "foundation/locks.h"\n')
         self.write("include/qzlog.h", "")

@@ -9,7 +9,7 @@
 
 #include "tests/tools/command_fixture.h"
 #include "tests/tools/command_table.h"
-#include "tools/manual_page.h"
+#include "tools/manual/manual_page.h"
 
 namespace {
 

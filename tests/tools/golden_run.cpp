@@ -2,7 +2,7 @@
 
 #include <cstdlib>
 
-#include "tests/tools/compiler/golden_case.h"
+#include "tests/tools/golden_case.h"
 #include "tests/tools/temporary_folder.h"
 
 namespace golden {

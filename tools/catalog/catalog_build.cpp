@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "tools/source_digest.h"
+#include "tools/templates/source_digest.h"
 
 namespace qzlog_catalog {
 

@@ -10,9 +10,9 @@
 #include <vector>
 
 #include "tools/catalog/translation_check.h"
-#include "tools/compiler/attribute_type.h"
-#include "tools/compiler/stored_template.h"
-#include "tools/compiler/utf8_text.h"
+#include "tools/compiler/message/stored_template.h"
+#include "tools/compiler/model/attribute_type.h"
+#include "tools/compiler/text/utf8_text.h"
 
 namespace qzlog_catalog {
 namespace {

@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "tools/compiler/diagnostics.h"
+#include "tools/report/diagnostics.h"
 
 namespace qzlog_catalog {
 

@@ -4,8 +4,8 @@
 #include <nlohmann/json.hpp>
 #include <utility>
 
-#include "tools/compiler/utf8_text.h"
-#include "tools/content_digest.h"
+#include "tools/compiler/text/utf8_text.h"
+#include "tools/system/content_digest.h"
 
 namespace qzlog_catalog {
 namespace {

@@ -3,9 +3,9 @@
 #include <utility>
 
 #include "tools/catalog/resource_bundle.h"
-#include "tools/compiler/compiler.h"
-#include "tools/compiler/model_merge.h"
-#include "tools/compiler/utf8_text.h"
+#include "tools/compiler/model/model_merge.h"
+#include "tools/compiler/source/compiler.h"
+#include "tools/compiler/text/utf8_text.h"
 
 namespace qzlog_catalog {
 namespace {

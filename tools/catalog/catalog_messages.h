@@ -12,8 +12,8 @@
 
 #include "qzlog/logattrib.h"
 #include "tools/catalog/catalog_findings.h"
-#include "tools/compiler/definition_model.h"
-#include "tools/compiler/diagnostics.h"
+#include "tools/compiler/model/definition_model.h"
+#include "tools/report/diagnostics.h"
 
 namespace qzlog_catalog {
 

@@ -4,7 +4,7 @@
 #include <string_view>
 
 #include "message/resource_data.h"
-#include "tools/compiler/utf8_text.h"
+#include "tools/compiler/text/utf8_text.h"
 
 namespace qzlog_catalog {
 namespace {

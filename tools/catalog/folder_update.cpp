@@ -6,10 +6,10 @@
 #include <utility>
 
 #include "tools/catalog/po_language.h"
-#include "tools/command_error.h"
-#include "tools/content_digest.h"
-#include "tools/file_descriptor.h"
-#include "tools/output_file.h"
+#include "tools/system/command_error.h"
+#include "tools/system/content_digest.h"
+#include "tools/system/file_descriptor.h"
+#include "tools/system/output_file.h"
 
 namespace qzlog_catalog {
 namespace {

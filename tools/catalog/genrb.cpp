@@ -3,10 +3,10 @@
 #include <unistd.h>
 
 #include "tools/catalog/compiled_bundle.h"
-#include "tools/child_process.h"
-#include "tools/command_error.h"
-#include "tools/file_descriptor.h"
-#include "tools/temporary_folder.h"
+#include "tools/system/child_process.h"
+#include "tools/system/command_error.h"
+#include "tools/system/file_descriptor.h"
+#include "tools/system/temporary_folder.h"
 
 namespace qzlog_catalog {
 namespace {

@@ -10,7 +10,7 @@
 
 #include "tools/catalog/po_language.h"
 #include "tools/catalog/translation_check.h"
-#include "tools/compiler/utf8_text.h"
+#include "tools/compiler/text/utf8_text.h"
 
 namespace qzlog_catalog {
 namespace {

@@ -12,10 +12,10 @@
 
 #include "tools/catalog/po_comparison.h"
 #include "tools/catalog/po_lines.h"
-#include "tools/command_error.h"
-#include "tools/compiler/utf8_text.h"
-#include "tools/file_descriptor.h"
-#include "tools/memory_file.h"
+#include "tools/compiler/text/utf8_text.h"
+#include "tools/system/command_error.h"
+#include "tools/system/file_descriptor.h"
+#include "tools/system/memory_file.h"
 
 #if defined(__has_feature)  // clang, and g++ from version 14 on
 #if __has_feature(address_sanitizer)

@@ -2,8 +2,8 @@
 
 #include <utility>
 
-#include "tools/compiler/utf8_text.h"
-#include "tools/source_digest.h"
+#include "tools/compiler/text/utf8_text.h"
+#include "tools/templates/source_digest.h"
 
 namespace qzlog_catalog {
 namespace {

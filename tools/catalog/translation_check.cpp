@@ -6,10 +6,10 @@
 #include <utility>
 #include <vector>
 
-#include "tools/catalog/template_syntax.h"
-#include "tools/compiler/message_lowering.h"
-#include "tools/compiler/stored_template.h"
-#include "tools/compiler/utf8_text.h"
+#include "tools/compiler/message/message_lowering.h"
+#include "tools/compiler/message/stored_template.h"
+#include "tools/compiler/text/utf8_text.h"
+#include "tools/templates/template_syntax.h"
 
 namespace qzlog_catalog {
 namespace {

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "tests/tools/catalog/source_messages.h"
-#include "tools/source_digest.h"
+#include "tools/templates/source_digest.h"
 
 namespace qzlog_catalog {
 namespace {

@@ -3,7 +3,7 @@
 #include <filesystem>
 #include <string>
 
-#include "tests/tools/compiler/golden_case.h"
+#include "tests/tools/golden_case.h"
 #include "tests/tools/golden_run.h"
 #include "tools/catalog/catalog_findings.h"
 
@@ -15,11 +15,11 @@ class CatalogGolden : public ::testing::TestWithParam<fs::path> {};
 
 TEST_P(CatalogGolden, Command_GivesTheResultOfTheCase) { golden::expect_golden_result(GetParam()); }
 
-INSTANTIATE_TEST_SUITE_P(Catalog, CatalogGolden, ::testing::ValuesIn(golden::cases_in(QZLOG_CATALOG_GOLDEN)),
+INSTANTIATE_TEST_SUITE_P(Catalog, CatalogGolden, ::testing::ValuesIn(golden::cases_in(QZLOG_GOLDEN "/catalog")),
                          golden::row_name);
 
 TEST(CatalogGoldenCases, EveryRule_HasOne) {
-  const std::string results = golden::results_in(QZLOG_CATALOG_GOLDEN);
+  const std::string results = golden::results_in(QZLOG_GOLDEN "/catalog");
   for (const qzlog_catalog::CatalogRuleInfo& rule : qzlog_catalog::all_catalog_rules()) {
     EXPECT_TRUE(golden::is_shown(rule.name, results)) << "no golden case for " << rule.name;
   }

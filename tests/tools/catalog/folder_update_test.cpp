@@ -10,8 +10,8 @@
 
 #include "tests/tools/catalog/source_messages.h"
 #include "tests/tools/temporary_folder.h"
-#include "tools/command_error.h"
-#include "tools/content_digest.h"
+#include "tools/system/command_error.h"
+#include "tools/system/content_digest.h"
 
 namespace qzlog_catalog {
 namespace {

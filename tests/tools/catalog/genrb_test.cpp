@@ -10,7 +10,7 @@
 #include "tests/tools/scoped_variable.h"
 #include "tests/tools/temporary_folder.h"
 #include "tools/catalog/resource_bundle.h"
-#include "tools/command_error.h"
+#include "tools/system/command_error.h"
 
 namespace qzlog_catalog {
 namespace {

@@ -9,7 +9,7 @@
 #include "tests/support/descriptor_limit.h"
 #include "tests/support/seeded_random.h"
 #include "tests/tools/resource_limit.h"
-#include "tools/command_error.h"
+#include "tools/system/command_error.h"
 
 namespace qzlog_catalog {
 namespace {

@@ -3,9 +3,9 @@
 #include <filesystem>
 #include <string>
 
-#include "tests/tools/compiler/golden_case.h"
+#include "tests/tools/golden_case.h"
 #include "tests/tools/golden_run.h"
-#include "tools/check_finding.h"
+#include "tools/report/check_finding.h"
 
 namespace {
 
@@ -15,14 +15,14 @@ class CheckGolden : public ::testing::TestWithParam<fs::path> {};
 
 TEST_P(CheckGolden, Command_GivesTheResultOfTheCase) { golden::expect_golden_result(GetParam()); }
 
-INSTANTIATE_TEST_SUITE_P(Check, CheckGolden, ::testing::ValuesIn(golden::cases_in(QZLOG_CHECK_GOLDEN)),
+INSTANTIATE_TEST_SUITE_P(Check, CheckGolden, ::testing::ValuesIn(golden::cases_in(QZLOG_GOLDEN "/check")),
                          golden::row_name);
-INSTANTIATE_TEST_SUITE_P(Explain, CheckGolden, ::testing::ValuesIn(golden::cases_in(QZLOG_EXPLAIN_GOLDEN)),
+INSTANTIATE_TEST_SUITE_P(Explain, CheckGolden, ::testing::ValuesIn(golden::cases_in(QZLOG_GOLDEN "/explain")),
                          golden::row_name);
 
 class CheckRules : public ::testing::Test {
  protected:
-  const std::string results_ = golden::results_in(QZLOG_CHECK_GOLDEN);
+  const std::string results_ = golden::results_in(QZLOG_GOLDEN "/check");
 };
 
 TEST_F(CheckRules, EachOfItsOwn_HasACase) {

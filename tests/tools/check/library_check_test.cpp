@@ -1,4 +1,4 @@
-#include "tools/library_check.h"
+#include "tools/check/library_check.h"
 
 #include <gtest/gtest.h>
 
@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "tests/tools/check/check_fixture.h"
-#include "tools/compiler/ldf_reader.h"
+#include "tests/tools/check_fixture.h"
+#include "tools/compiler/file/ldf_reader.h"
 
 namespace {
 

@@ -1,12 +1,12 @@
-#include "tools/model_check.h"
+#include "tools/check/model_check.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
 
-#include "tests/tools/check/check_fixture.h"
-#include "tools/compiler/ldf_reader.h"
+#include "tests/tools/check_fixture.h"
+#include "tools/compiler/file/ldf_reader.h"
 
 namespace {
 

@@ -8,7 +8,7 @@
 #include <string>
 
 #include "tests/tools/compiler/source_fixture.h"
-#include "tools/compiler/compiler.h"
+#include "tools/compiler/source/compiler.h"
 
 namespace qzlog_compiler {
 namespace {

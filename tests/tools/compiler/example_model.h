@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "tools/compiler/definition_model.h"
+#include "tools/compiler/model/definition_model.h"
 
 namespace qzlog_compiler {
 

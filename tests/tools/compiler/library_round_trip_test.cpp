@@ -18,9 +18,9 @@
 #include "tests/tools/compiler/model_text.h"
 #include "tests/tools/compiler/random_model.h"
 #include "tests/tools/compiler/source_fixture.h"
-#include "tools/compiler/attribute_type.h"
-#include "tools/compiler/compiler.h"
-#include "tools/compiler/ldf_reader.h"
+#include "tools/compiler/file/ldf_reader.h"
+#include "tools/compiler/model/attribute_type.h"
+#include "tools/compiler/source/compiler.h"
 
 namespace qzlog_compiler {
 namespace {

@@ -5,7 +5,7 @@
 #include <sstream>
 #include <string>
 
-#include "tools/compiler/definition_model.h"
+#include "tools/compiler/model/definition_model.h"
 
 namespace model_text_parts {
 

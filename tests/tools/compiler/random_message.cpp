@@ -3,8 +3,8 @@
 #include <array>
 #include <cstddef>
 
-#include "tools/compiler/attribute_type.h"
-#include "tools/compiler/utf8_text.h"
+#include "tools/compiler/model/attribute_type.h"
+#include "tools/compiler/text/utf8_text.h"
 
 namespace random_model {
 namespace {

@@ -5,7 +5,7 @@
 #include <optional>
 #include <set>
 
-#include "tools/compiler/attribute_type.h"
+#include "tools/compiler/model/attribute_type.h"
 
 namespace random_model {
 namespace {

@@ -10,7 +10,7 @@
 
 #include "tests/support/seeded_random.h"
 #include "tests/tools/compiler/random_message.h"
-#include "tools/compiler/definition_model.h"
+#include "tools/compiler/model/definition_model.h"
 
 namespace random_model {
 

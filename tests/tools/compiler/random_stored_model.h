@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "tests/support/seeded_random.h"
-#include "tools/compiler/definition_model.h"
+#include "tools/compiler/model/definition_model.h"
 
 namespace qzlog_compiler {
 

@@ -9,7 +9,7 @@
 #include "qzlog/qz_exception.h"
 #include "tests/support/settings_test.h"
 #include "tests/tools/compiler/source_fixture.h"
-#include "tools/compiler/compiler.h"
+#include "tools/compiler/source/compiler.h"
 
 namespace qzlog_compiler {
 namespace {

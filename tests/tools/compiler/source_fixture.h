@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "tools/compiler/diagnostics.h"
-#include "tools/compiler/yaml_tree.h"
+#include "tools/compiler/source/yaml_tree.h"
+#include "tools/report/diagnostics.h"
 
 namespace qzlog_compiler {
 

@@ -1,0 +1,34 @@
+#include "tools/report/text_table.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+namespace qzlog_compiler {
+namespace {
+
+std::string text_of(const TextRow& titles, const std::vector<TextRow>& rows, std::size_t indent = 0,
+                    std::size_t columns = 0) {
+  std::ostringstream out;
+  write_text_table({titles, rows.size(), [&](std::size_t i) { return rows[i]; }}, indent, columns, out);
+  return out.str();
+}
+
+TEST(WriteTextTable, Columns_AreAlignedByCharacters) {
+  EXPECT_EQ(text_of({">number", "name", "note"}, {{"1", "Größe", "x"}, {"20", "a", ""}}, 1),
+            " number  name   note\n      1  Größe  x\n     20  a\n");
+}
+
+TEST(WriteTextTable, NoRows_GiveNothing) { EXPECT_EQ(text_of({">number", "name"}, {}), ""); }
+
+TEST(WriteTextTable, LinesOverTheColumns_AreCutWithAnEllipsis) {
+  EXPECT_EQ(text_of({"name"}, {{"häuser"}, {"haus"}}, 0, 4), "name\nhäu…\nhaus\n");
+}
+
+TEST(WriteTextTable, CellOverFortyCharacters_MovesItsOwnRowOnly) {
+  EXPECT_EQ(text_of({"name", "type"}, {{std::string(41, 'n'), "t"}, {"short", "t"}}),
+            "name   type\n" + std::string(41, 'n') + "  t\nshort  t\n");
+}
+
+}  // namespace
+}  // namespace qzlog_compiler

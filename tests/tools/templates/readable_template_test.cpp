@@ -1,0 +1,88 @@
+#include "tools/templates/readable_template.h"
+
+#include <gtest/gtest.h>
+
+#include <iterator>
+#include <string>
+#include <vector>
+
+#include "tests/support/seeded_random.h"
+#include "tools/compiler/message/message_lowering.h"
+
+namespace {
+
+using qzlog_compiler::MessagePath;
+using qzlog_compiler::TemplateForm;
+using qzlog_tool::readable_template;
+
+std::optional<qz_AttributeType> type_of(std::string_view name) {
+  if (name == "Name") return TypeChar32;
+  if (name == "Count") return TypeUInt2;
+  if (name == "When") return TypeTimestamp;
+  return std::nullopt;
+}
+
+TEST(ReadableTemplate, References_AreNamesInBraces) {
+  EXPECT_EQ(readable_template("a %s%Name% b %d%Count%", TemplateForm::kIcu, type_of), "a {Name} b {Count}");
+  EXPECT_EQ(readable_template("a %s%Name% b", TemplateForm::kNarrow, type_of), "a {Name} b");
+}
+
+TEST(ReadableTemplate, FormatThatIsNotTheTypes_IsShown) {
+  EXPECT_EQ(readable_template("%C%Count% %D%When%", TemplateForm::kIcu, type_of), "{Count:C} {When:D}");
+}
+
+TEST(ReadableTemplate, DateAndTimeOfATimeStamp_AreOnePlaceholder) {
+  EXPECT_EQ(readable_template("%D%When% %T%When%", TemplateForm::kIcu, type_of), "{When}");
+  EXPECT_EQ(readable_template("%D%When%, %T%When%", TemplateForm::kNarrow, type_of), "{When:D}, {When:T}");
+}
+
+TEST(ReadableTemplate, QuotesForIcu_AreUndoneThereOnly) {
+  EXPECT_EQ(readable_template("''%s%Name%'' '{}'%_%TIMESTAMP%", TemplateForm::kIcu, type_of), "'{Name}' {}");
+  EXPECT_EQ(readable_template("''%s%Name%'' '{}'", TemplateForm::kNarrow, type_of), "''{Name}'' '{}'");
+}
+
+TEST(ReadableTemplate, WhatIsNotShown_IsLeftOut) {
+  EXPECT_EQ(readable_template("%x%Name%%_%TIMESTAMP%", TemplateForm::kIcu, type_of), std::nullopt);
+  EXPECT_EQ(readable_template("%x%Name% %_%TIMESTAMP%", TemplateForm::kIcu, type_of), " ");
+  EXPECT_EQ(readable_template("lost", TemplateForm::kIcu, type_of), "");
+}
+
+TEST(ReadableTemplate, NoMessage_None) {
+  EXPECT_EQ(readable_template("%s%Name", TemplateForm::kNarrow, type_of), std::nullopt);
+  EXPECT_EQ(readable_template("{%s%Name%", TemplateForm::kIcu, type_of), std::nullopt);
+}
+
+/// A reader's view of the braces that a source doubles.
+std::string without_doubled_braces(const std::string& text) {
+  std::string out;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    out += text[i];
+    const bool doubled = i + 1 < text.size() && text[i] == text[i + 1] && (text[i] == '{' || text[i] == '}');
+    if (doubled) ++i;
+  }
+  return out;
+}
+
+TEST(ReadableTemplate, RandomTextsLoweredForEitherPath_ReadAsTheyWereWritten) {
+  const char* const kPieces[] = {"a", " ", "'", "''",    "{{", "}}", "é",       "漢",         "\"",      "#",
+                                 "|", ",", "0", "{{0}}", "\\", "\n", "{Name} ", "{Count:P} ", "{When} ", " {Name}."};
+  qz_test::SeededRandom random;
+  SCOPED_TRACE(random.trace());
+  int read = 0;
+  for (int i = 0; i < 3000; ++i) {
+    std::string text;
+    for (long long pieces = random.between(0, 11); pieces > 0; --pieces) {
+      text += kPieces[random.between(0, std::ssize(kPieces) - 1)];
+    }
+    for (const auto& [path, form] :
+         {std::pair(MessagePath::kIcu, TemplateForm::kIcu), std::pair(MessagePath::kNarrow, TemplateForm::kNarrow)}) {
+      const auto lowered = qzlog_compiler::lower_message(text, type_of, path);
+      if (!lowered.findings.empty()) continue;
+      ++read;
+      EXPECT_EQ(readable_template(lowered.stored, form, type_of), without_doubled_braces(text)) << text;
+    }
+  }
+  EXPECT_GT(read, 1000);
+}
+
+}  // namespace

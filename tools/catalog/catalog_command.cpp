@@ -1,0 +1,353 @@
+#include "tools/catalog/catalog_command.h"
+
+#include <fcntl.h>
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <iostream>
+#include <list>
+#include <memory>
+#include <optional>
+#include <string>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+#include "tools/catalog/catalog_build.h"
+#include "tools/catalog/catalog_extract.h"
+#include "tools/catalog/catalog_messages.h"
+#include "tools/catalog/catalog_status.h"
+#include "tools/catalog/folder_update.h"
+#include "tools/catalog/genrb.h"
+#include "tools/catalog/language_catalog.h"
+#include "tools/catalog/po_language.h"
+#include "tools/options/option_checks.h"
+#include "tools/report/diagnostic_printer.h"
+#include "tools/system/command_error.h"
+#include "tools/system/file_descriptor.h"
+#include "tools/system/file_lock.h"
+#include "tools/system/output_file.h"
+
+namespace qzlog_tool {
+namespace {
+
+namespace fs = std::filesystem;
+
+using qzlog_catalog::CatalogFindings;
+using qzlog_catalog::CatalogMessages;
+using qzlog_catalog::LanguageCatalog;
+using qzlog_catalog::LanguageFile;
+using qzlog_catalog::NamedBundle;
+using qzlog_catalog::PoFile;
+using qzlog_catalog::PoText;
+
+struct CatalogOptions {
+  std::vector<std::string> sources;
+  std::vector<std::string> po;
+  std::string output;
+  std::string genrb = "genrb";
+  std::string source_language = "en";
+  bool adopt = false;
+  bool json = false;
+  bool require_complete = false;
+};
+
+constexpr const char* kCatalogFooter =
+    R"(Translators work on PO files, one for each language; readers get the catalog that is built from them. A catalog holds the
+messages of a standard source and of the auxiliary sources that extend it.
+
+Examples:
+  qzlog catalog extract storage.yaml -o po/storage.pot --update po/de.po po/ja.po
+  qzlog catalog status storage.yaml --po po
+  qzlog catalog build storage.yaml --po po -o messages
+
+'qzlog catalog COMMAND --help' shows more.)";
+
+constexpr const char* kExtractFooter =
+    R"(A message's ID is its context (msgctxt), its text as the author wrote it the text to translate (msgid). An update keeps the
+translations of unchanged texts, marks those of changed ones fuzzy beside the previous text, keeps those of vanished messages
+as obsolete, and begins a file that does not exist for the language that its name gives. Nothing is written when there is an
+error, and a file that would not change is not rewritten.
+
+Examples:
+  qzlog catalog extract storage.yaml storage_aux.yaml -o po/storage.pot
+  qzlog catalog extract storage.yaml --update po/de.po po/ja.po
+)";
+
+constexpr const char* kBuildFooter =
+    R"(Writes root.res with the texts of the sources, and a bundle for each PO file; the folder is what
+qz_LOG_LogConfig::SetMessageCatalogPath and 'qzlog render --catalog' take. Fuzzy, untranslated and outdated messages show the
+source text. Nothing is written when a file or a translation is refused, and a bundle that would not change is not rewritten.
+
+What it has made in DIR is listed there in qzlog-catalog.json. A bundle that is made no more, as that of a language whose PO file
+is gone, is removed; what the command did not make is neither removed nor replaced.
+
+Examples:
+  qzlog catalog build storage.yaml storage_aux.yaml --po po -o messages
+  qzlog catalog build storage.yaml --po po/de.po po/pt_BR.po -o messages --genrb /opt/icu/bin/genrb
+)";
+
+constexpr const char* kStatusFooter =
+    R"(Fuzzy are translations that are marked so and those of an older source text; refused are those that 'qzlog catalog build' would
+not take, each with its reason; obsolete are those of messages that are no more.
+
+Examples:
+  qzlog catalog status storage.yaml storage_aux.yaml --po po
+  qzlog catalog status storage.yaml --po po/de.po --require-complete
+  qzlog catalog status storage.yaml --po po --json | jq '.languages[] | select(.percent < 90)'
+)";
+
+void print(CatalogFindings& findings) {
+  findings.sort_by_line();
+  for (const qzlog_catalog::CatalogFinding& finding : findings.all()) {
+    std::cerr << finding << '\n';
+    if (!finding.hint.empty()) std::cerr << "  hint: " << finding.hint << '\n';
+  }
+}
+
+/// None after an error, which is then printed.
+std::optional<CatalogMessages> collect_messages(const CatalogOptions& options, CatalogFindings& findings) {
+  std::vector<qzlog_catalog::SourceText> sources;
+  for (const std::string& path : options.sources) sources.push_back({display_name(path), read_file(path)});
+  std::vector<qzlog_compiler::Diagnostic> diagnostics;
+  std::optional<CatalogMessages> messages = CatalogMessages::collect(sources, diagnostics, findings);
+  qzlog_tool::DiagnosticPrinter printer(std::cerr, qzlog_tool::stderr_has_colour());
+  for (const qzlog_catalog::SourceText& source : sources) printer.add_source(source.name, source.content);
+  printer.print(diagnostics);
+  if (!messages) print(findings);
+  return messages;
+}
+
+/// The PO files of a folder, sorted, in the place of the folder.
+std::vector<std::string> po_paths(const std::vector<std::string>& named) {
+  std::vector<std::string> paths;
+  for (const std::string& name : named) {
+    std::error_code error;
+    if (!fs::is_directory(name, error)) {
+      paths.push_back(name);
+      continue;
+    }
+    std::vector<std::string> inside;
+    for (const fs::directory_entry& entry : fs::directory_iterator(name)) {
+      if (entry.path().extension() == ".po") inside.push_back(entry.path().string());
+    }
+    if (inside.empty()) throw CommandError(kExitCannotRun, "no PO file is in '" + name + "'");
+    std::sort(inside.begin(), inside.end());
+    paths.insert(paths.end(), inside.begin(), inside.end());
+  }
+  return paths;
+}
+
+std::vector<PoText> read_po_files(const std::vector<std::string>& named) {
+  std::vector<PoText> files;
+  for (const std::string& path : po_paths(named)) files.push_back({display_name(path), read_file(path)});
+  return files;
+}
+
+// --- extract ---------------------------------------------------------------------------------------------------------
+
+/// "storage 2.5"
+std::string product_name(const CatalogOptions& options, const CatalogMessages& messages) {
+  const fs::path source = options.sources.front();
+  return (source == "-" ? "definitions" : source.stem().string()) + ' ' + messages.version();
+}
+
+struct Update {
+  std::string path;
+  PoFile content;
+};
+
+PoFile begin_file(const std::string& path, const PoFile& po_template) {
+  const std::string language = fs::path(path).stem().string();
+  if (!qzlog_catalog::bundle_name(language)) {
+    throw CommandError(kExitCannotRun, "cannot begin '" + path + "': its name gives no language that ICU knows");
+  }
+  return update_po(begin_language(po_template, language), po_template);
+}
+
+/// The files that would change, with what they would hold. What cannot be updated is in the findings.
+std::vector<Update> plan_updates(const CatalogOptions& options, const PoFile& po_template, CatalogFindings& findings) {
+  std::vector<Update> updates;
+  for (const std::string& path : options.po) {
+    if (!fs::exists(path)) {
+      updates.push_back({path, begin_file(path, po_template)});
+      continue;
+    }
+    const std::optional<LanguageFile> old = qzlog_catalog::read_language({path, read_file(path)}, findings);
+    if (!old) continue;
+    PoFile updated = update_po(old->po, po_template);
+    if (updated.messages != old->po.messages) updates.push_back({path, std::move(updated)});
+  }
+  return updates;
+}
+
+/// All of them are made before the first is written.
+void write_po_files(const std::string& template_path, const PoFile& po_template, const std::vector<Update>& updates) {
+  std::list<std::string> texts;
+  std::vector<OutputFile> outputs;
+  const auto add = [&](const std::string& path, const PoFile& content) {
+    outputs.push_back({path, texts.emplace_back(write_po(content))});
+  };
+  if (!template_path.empty()) add(template_path, po_template);
+  for (const Update& update : updates) add(update.path, update.content);
+  write_files(outputs);
+}
+
+int extract(const CatalogOptions& options) {
+  if (options.output.empty() && options.po.empty()) {
+    throw CommandError(kExitCannotRun, "give -o for a template, --update for the files to update, or both");
+  }
+  for (const std::string& source : options.sources) {
+    refuse_overwriting(source, options.output);
+    for (const std::string& path : options.po) refuse_overwriting(source, path);
+  }
+  CatalogFindings findings;
+  const std::optional<CatalogMessages> messages = collect_messages(options, findings);
+  if (!messages) return kExitFindings;
+  const PoFile po_template = make_template(*messages, product_name(options, *messages));
+  const std::vector<Update> updates = plan_updates(options, po_template, findings);
+  print(findings);
+  if (findings.has_errors()) return kExitFindings;
+  write_po_files(options.output, po_template, updates);
+  return kExitSuccess;
+}
+
+// --- build -----------------------------------------------------------------------------------------------------------
+
+FileDescriptor make_folder(const std::string& path) {
+  std::error_code error;
+  fs::create_directories(path, error);
+  if (error) throw CommandError(kExitCannotRun, "cannot make the folder '" + path + "': " + error.message());
+  const int descriptor = open_path(path, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (descriptor < 0) throw CommandError(kExitCannotRun, "cannot open '" + path + "': " + std::strerror(errno));
+  return FileDescriptor(descriptor);
+}
+
+int update_folder(const CatalogOptions& options, const std::vector<NamedBundle>& bundles) {
+  const FileDescriptor folder = make_folder(options.output);
+  const FileLock lock(folder.get());  // what is found there has to be what is replaced and listed
+  CatalogFindings findings;
+  qzlog_catalog::FolderUpdate update(options.output, bundles);
+  const bool ok = update.prepare(options.adopt, findings);
+  print(findings);
+  if (!ok) return kExitFindings;
+  for (const std::string& path : update.carry_out()) {
+    std::cerr << "qzlog: removed '" << path << "', which is not part of the catalog any more\n";
+  }
+  return kExitSuccess;
+}
+
+int build(const CatalogOptions& options) {
+  CatalogFindings findings;
+  const std::optional<CatalogMessages> messages = collect_messages(options, findings);
+  if (!messages) return kExitFindings;
+  const std::vector<LanguageCatalog> catalogs = make_catalogs(*messages, read_po_files(options.po), findings);
+  print(findings);
+  if (findings.has_errors()) return kExitFindings;
+  const std::string source_language = qzlog_catalog::bundle_name(options.source_language).value();
+  const std::vector<NamedBundle> bundles =
+      run_genrb(options.genrb, bundle_sources(*messages, catalogs, source_language));
+  return update_folder(options, bundles);
+}
+
+// --- status ----------------------------------------------------------------------------------------------------------
+
+int status(const CatalogOptions& options) {
+  CatalogFindings findings;
+  const std::optional<CatalogMessages> messages = collect_messages(options, findings);
+  if (!messages) return kExitFindings;
+  const std::vector<PoText> files = read_po_files(options.po);
+  const std::vector<LanguageCatalog> catalogs = make_catalogs(*messages, files, findings);
+  print(findings);
+  options.json ? print_status_json(std::cout, catalogs) : print_status_table(std::cout, catalogs);
+  const bool complete = std::all_of(catalogs.begin(), catalogs.end(),
+                                    [](const LanguageCatalog& catalog) { return catalog.counts.complete(); });
+  const bool all_read = catalogs.size() == files.size();
+  return all_read && (complete || !options.require_complete) ? kExitSuccess : kExitFindings;
+}
+
+// --- the options -----------------------------------------------------------------------------------------------------
+
+std::string check_language(const std::string& language) {
+  return qzlog_catalog::bundle_name(language) ? "" : "ICU knows no language '" + language + "'";
+}
+
+CLI::App* add_command(CLI::App& catalog_command, const char* name, const char* help, const char* footer,
+                      CatalogOptions& options) {
+  CLI::App* const command = catalog_command.add_subcommand(name, help);
+  command->footer(footer);
+  command
+      ->add_option("SRC", options.sources,
+                   "Definition source (YAML), - is standard input; then the auxiliary sources that extend it")
+      ->type_name("SRC.yaml [AUX.yaml ...]")
+      ->required();
+  return command;
+}
+
+void add_po_option(CLI::App& command, CatalogOptions& options) {
+  command.add_option("--po", options.po, "PO files, or folders of them")
+      ->type_name("DIR|FILE ...")
+      ->check(check_not_empty)
+      ->required();
+}
+
+void add_extract(CLI::App& catalog_command, int& exit_status) {
+  const auto options = std::make_shared<CatalogOptions>();
+  CLI::App* const command =
+      add_command(catalog_command, "extract", "Write and update files for translators", kExtractFooter, *options);
+  command->add_option("-o,--output", options->output, "The template to write; - is standard output")
+      ->type_name("MESSAGES.pot")
+      ->check(check_not_empty);
+  command->add_option("--update", options->po, "PO files to bring up to date, or to begin")
+      ->type_name("FILE.po ...")
+      ->check(check_not_empty);
+  command->callback([options, &exit_status] { exit_status = extract(*options); });
+}
+
+void add_build(CLI::App& catalog_command, int& exit_status) {
+  const auto options = std::make_shared<CatalogOptions>();
+  CLI::App* const command =
+      add_command(catalog_command, "build", "Build the catalog that the library opens", kBuildFooter, *options);
+  add_po_option(*command, *options);
+  command->add_option("-o,--output", options->output, "The folder for the resource bundles")
+      ->type_name("DIR")
+      ->check(check_not_empty)
+      ->required();
+  command->add_option("--source-language", options->source_language, "The language of the texts in the sources")
+      ->type_name("ll[_CC]")
+      ->check(check_language)
+      ->capture_default_str();
+  command->add_flag("--adopt", options->adopt, "Replace bundles in DIR that this command did not make");
+  command->add_option("--genrb", options->genrb, "ICU's compiler for resource bundles")
+      ->type_name("PATH")
+      ->check(check_not_empty)
+      ->capture_default_str();
+  command->callback([options, &exit_status] { exit_status = build(*options); });
+}
+
+void add_status(CLI::App& catalog_command, int& exit_status) {
+  const auto options = std::make_shared<CatalogOptions>();
+  CLI::App* const command =
+      add_command(catalog_command, "status", "Show how far each language is translated", kStatusFooter, *options);
+  add_po_option(*command, *options);
+  command->add_flag("--json", options->json, "Print JSON");
+  command->add_flag("--require-complete", options->require_complete,
+                    "Exit with 1 unless every message of every language is translated");
+  command->callback([options, &exit_status] { exit_status = status(*options); });
+}
+
+}  // namespace
+
+void add_catalog_command(CLI::App& app, int& exit_status) {
+  CLI::App* const command = app.add_subcommand("catalog", "Hand message texts to translators and build catalogs");
+  command->footer(kCatalogFooter);
+  command->require_subcommand(1);
+  add_extract(*command, exit_status);
+  add_build(*command, exit_status);
+  add_status(*command, exit_status);
+}
+
+}  // namespace qzlog_tool

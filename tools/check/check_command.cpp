@@ -1,0 +1,167 @@
+#include "tools/check/check_command.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <iostream>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "tools/check/catalog_check.h"
+#include "tools/check/library_check.h"
+#include "tools/check/model_check.h"
+#include "tools/definitions/definition_input.h"
+#include "tools/definitions/entry_view.h"
+#include "tools/options/option_checks.h"
+#include "tools/report/check_finding.h"
+#include "tools/system/command_error.h"
+#include "tools/templates/message_catalog.h"
+
+namespace qzlog_tool {
+
+namespace {
+
+using qzlog_compiler::DefinitionModel;
+using qzlog_compiler::MessagePath;
+using qzlog_compiler::Rule;
+
+struct CheckOptions {
+  std::string standard;
+  std::string auxiliary;
+  std::string catalog;
+  std::string path = "both";
+  std::string source_language = "en";
+  bool json = false;
+  bool strict = false;
+  bool errors_only = false;
+};
+
+constexpr const char* kCheckFooter =
+    R"(An error is what the library refuses, in its own words, and what it takes but then fails at: a message that never comes
+out, a list that it counts wrongly. A warning is what is legal and surprises a reader. With --path both, what fails on one
+rendering path alone is a warning too. Sources are compiled, and the compiler's diagnostics are reported with the rest.
+
+With --catalog every language of the catalog (LOCALE.res in DIR) is compared with the definitions: messages that it lacks
+or has too many, references that it loses, adds or shows in another format, patterns that ICU refuses or misreads, texts
+that nobody translated, messages that were built from another text than the definitions have now. Give the auxiliary
+file too where the catalog has its messages.
+
+Findings go to standard output, one line each, or as a JSON array with --json.
+
+Exit status: 0 no errors, 1 errors (with --strict warnings too), 2 wrong usage or a file that cannot be read.
+
+Examples:
+  qzlog check storage.ldf
+  qzlog check storage.ldf site.ldf --catalog messages
+  qzlog check storage.ldf --path icu --errors-only
+  qzlog check storage.yaml --strict --json
+)";
+
+void report_damage(const DefinitionInput& input, CheckReport& report) {
+  if (!input.damage) return;
+  report.about_file();
+  report.error(qzlog_compiler::rule_name(Rule::kBadDefinitionFile),
+               input.damage->reason + ", at offset " + std::to_string(input.damage->offset));
+}
+
+/// What a file says, apart from what the library does with it. `standard` is null for a standard file.
+void check_content(const DefinitionInput& input, const DefinitionModel* standard, MessagePath path,
+                   CheckReport& report) {
+  report_damage(input, report);
+  if (!input.is_source) check_model({input.bytes, &input.model}, standard, path, report);
+}
+
+class Check {
+ public:
+  explicit Check(const CheckOptions& options) : options_(options), path_(message_path_of(options.path)) {}
+
+  std::vector<CheckFinding> run() {
+    const DefinitionInput standard = read(options_.standard, nullptr);
+    CheckReport report(standard.shown_path, findings_);
+    const bool loaded = !standard.bytes.empty() && check_standard_with_library(standard.bytes, report);
+    check_content(standard, nullptr, path_, report);
+    std::optional<DefinitionInput> auxiliary;
+    if (!options_.auxiliary.empty()) auxiliary = check_auxiliary(standard, loaded);
+    if (!options_.catalog.empty()) check_languages(standard, auxiliary ? &*auxiliary : nullptr);
+    return std::move(findings_);
+  }
+
+ private:
+  DefinitionInput read(const std::string& path, const DefinitionModel* standard) {
+    DefinitionInput input = read_definition_input(path, standard, path_);
+    for (const auto& diagnostic : input.diagnostics) findings_.push_back(finding_of(diagnostic));
+    return input;
+  }
+
+  /// Over a standard file that is not whole, half of what could be said of an auxiliary one would be wrong.
+  DefinitionInput check_auxiliary(const DefinitionInput& standard, bool loaded) {
+    DefinitionInput auxiliary = read(options_.auxiliary, &standard.model);
+    CheckReport report(auxiliary.shown_path, findings_);
+    if (loaded && !auxiliary.bytes.empty()) check_auxiliary_with_library(auxiliary.bytes, standard.bytes, report);
+    if (standard.is_whole()) {
+      check_content(auxiliary, &standard.model, path_, report);
+    } else {
+      report_damage(auxiliary, report);
+    }
+    return auxiliary;
+  }
+
+  void check_languages(const DefinitionInput& standard, const DefinitionInput* auxiliary) {
+    const std::vector<CatalogBundle> bundles = read_catalog(options_.catalog);
+    if (!standard.is_whole() || (auxiliary != nullptr && !auxiliary->is_whole())) return;
+    const DefinitionPair definitions(standard.model, auxiliary != nullptr ? &auxiliary->model : nullptr);
+    check_catalog(bundles, options_.catalog, definitions, options_.source_language, findings_);
+  }
+
+  const CheckOptions& options_;
+  MessagePath path_;
+  std::vector<CheckFinding> findings_;
+};
+
+int check(const CheckOptions& options) {
+  refuse_shared_input(options.standard, options.auxiliary);
+  std::vector<CheckFinding> findings = Check(options).run();
+  const auto is_error = [](const CheckFinding& finding) { return finding.severity == Severity::kError; };
+  if (options.errors_only) std::erase_if(findings, std::not_fn(is_error));
+  if (options.json) {
+    print_findings_json(std::cout, findings);
+  } else {
+    print_findings(std::cout, findings);
+  }
+  const bool failed = options.strict ? !findings.empty() : std::any_of(findings.begin(), findings.end(), is_error);
+  return failed ? kExitFindings : kExitSuccess;
+}
+
+}  // namespace
+
+void add_check_command(CLI::App& app, int& exit_status) {
+  CLI::App* const command = app.add_subcommand("check", "Report what is refused or surprising in definitions");
+  const auto options = std::make_shared<CheckOptions>();
+  command->footer(kCheckFooter);
+  command->add_option("STD", options->standard, "The log definition file, compiled or a source; - is standard input")
+      ->type_name("STD.ldf|STD.yaml")
+      ->required();
+  command->add_option("AUX", options->auxiliary, "An auxiliary definition file over it, compiled or a source")
+      ->type_name("AUX.ldf|AUX.yaml");
+  command->add_option("--catalog", options->catalog, "A folder of ICU resource bundles to compare with the definitions")
+      ->type_name("DIR")
+      ->check(CLI::Validator(CLI::ExistingDirectory).description(""));
+  command
+      ->add_option("--source-language", options->source_language,
+                   "The language of the definitions' texts, in which a catalog may repeat them")
+      ->type_name("LANGUAGE")
+      ->capture_default_str()
+      ->check(check_not_empty);
+  command->add_option("--path", options->path, "Rendering path that the texts have to come out right on")
+      ->check(CLI::IsMember({"icu", "narrow", "both"}).description(""))
+      ->type_name("icu|narrow|both")
+      ->capture_default_str();
+  command->add_flag("--json", options->json, "Print the findings as a JSON array");
+  const auto strict = command->add_flag("--strict", options->strict, "Warnings make the exit status 1 too");
+  command->add_flag("--errors-only", options->errors_only, "Leave the warnings out")->excludes(strict);
+  command->callback([options, &exit_status] { exit_status = check(*options); });
+}
+
+}  // namespace qzlog_tool

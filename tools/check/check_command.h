@@ -1,0 +1,15 @@
+#ifndef QZLOG_TOOLS_CHECK_CHECK_COMMAND_H
+#define QZLOG_TOOLS_CHECK_CHECK_COMMAND_H
+
+namespace CLI {
+class App;
+}
+
+namespace qzlog_tool {
+
+/// Adds `qzlog check` to the command line. Its exit status is left in `exit_status`.
+void add_check_command(CLI::App& app, int& exit_status);
+
+}  // namespace qzlog_tool
+
+#endif  // QZLOG_TOOLS_CHECK_CHECK_COMMAND_H

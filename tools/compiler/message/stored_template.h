@@ -1,0 +1,40 @@
+#ifndef QZLOG_TOOLS_COMPILER_MESSAGE_STORED_TEMPLATE_H
+#define QZLOG_TOOLS_COMPILER_MESSAGE_STORED_TEMPLATE_H
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace qzlog_compiler {
+
+/// The two ways in which the library cuts a stored template into tokens.
+enum class TemplateForm { kIcu, kNarrow };
+
+/// A piece of a stored template: literal text, or a reference to an attribute.
+struct TemplatePart {
+  enum class Kind { kText, kReference };
+
+  Kind kind = Kind::kText;
+  std::string text;        ///< what is shown (narrow), what goes into ICU's pattern (ICU), or the attribute's name
+  char format = '\0';      ///< of a reference
+  std::size_t offset = 0;  ///< in the stored template, in bytes: of the text, or of the reference's percent sign
+
+  bool is_reference() const { return kind == Kind::kReference; }
+};
+
+struct StoredTemplate {
+  std::vector<TemplatePart>
+      parts;            ///< without texts that never show, such as an escaped percent sign on the narrow path
+  std::string failure;  ///< why every rendering of the template fails, empty when it need not
+};
+
+/// Cuts a stored template as the library does on that path, oddities included. `stored` is UTF-8 for the ICU form.
+StoredTemplate cut_template(std::string_view stored, TemplateForm form);
+
+/// Only the references, those with an unknown format, which the library leaves out of the message, included.
+std::vector<TemplatePart> find_references(std::string_view stored, TemplateForm form);
+
+}  // namespace qzlog_compiler
+
+#endif  // QZLOG_TOOLS_COMPILER_MESSAGE_STORED_TEMPLATE_H

@@ -1,0 +1,112 @@
+#include "tools/compiler/source/compiler.h"
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+#include "tools/compiler/file/ldf_reader.h"
+#include "tools/compiler/file/ldf_writer.h"
+#include "tools/compiler/model/model_merge.h"
+#include "tools/compiler/source/accepted_warnings.h"
+#include "tools/compiler/source/aux_merge.h"
+#include "tools/compiler/source/model_warnings.h"
+#include "tools/compiler/source/source_loader.h"
+#include "tools/compiler/source/yaml_tree.h"
+#include "tools/compiler/text/utf8_text.h"
+
+namespace qzlog_compiler {
+namespace {
+
+/// The first thing in a model that the library would count wrongly, empty when there is none.
+std::string find_wrapping_count(const DefinitionModel& model) {
+  if (model.globals.size() > kMaximumCount) return "more than 255 global attributes";
+  for (const EntryDefinition& entry : model.entries) {
+    if (entry.attributes.size() > kMaximumCount) return "more than 255 attributes in entry " + std::to_string(entry.id);
+    if (entry.selector.messages.size() > kMaximumCount) {
+      return "more than 255 selector messages in entry " + std::to_string(entry.id);
+    }
+  }
+  return "";
+}
+
+CompileResult load_standard_ldf(std::string_view bytes, std::string file_name) {
+  LdfFile file = read_ldf(bytes);
+  Diagnostics diagnostics(std::move(file_name));
+  if (file.damage) {
+    diagnostics.error({}, Rule::kBadDefinitionFile,
+                      file.damage->reason + ", at offset " + std::to_string(file.damage->offset));
+  } else if (std::string reason = find_wrapping_count(file.model); !reason.empty()) {
+    diagnostics.error({}, Rule::kBadDefinitionFile, std::move(reason));
+  }
+  return {std::move(file.model), "", diagnostics.take_sorted()};
+}
+
+/// Parses and checks, without writing.
+DefinitionModel analyse(std::string_view text, const CompileOptions& options, AcceptedWarnings& accepted,
+                        Diagnostics& diagnostics) {
+  text = without_byte_order_mark(text);
+  const std::optional<YamlTree> tree = parse_yaml(text, diagnostics);
+  if (!tree) return {};
+  std::optional<ModelIndex> standard;
+  if (options.standard != nullptr) standard.emplace(*options.standard);
+  DefinitionModel model =
+      load_source(text, *tree, options.path, standard ? &*standard : nullptr, accepted, diagnostics);
+  if (standard) check_aux_merge(model, *standard, options.standard_file, diagnostics);
+  return model;
+}
+
+void add_model_warnings(const DefinitionModel& model, const std::string& file_name, const CompileOptions& options,
+                        Diagnostics& diagnostics) {
+  for (ModelWarning& found : find_model_warnings(model, options.standard, options.path)) {
+    Diagnostic& warning =
+        diagnostics.warning(found.position, found.rule, std::move(found.text)).with_hint(std::move(found.hint));
+    for (ModelWarning::Place& place : found.places) {
+      const std::string& file = place.in_standard ? options.standard_file : file_name;
+      warning.notes.push_back({file, place.position, std::move(place.text)});
+    }
+  }
+}
+
+}  // namespace
+
+CompileResult compile_source(std::string_view text, const std::string& file_name, const CompileOptions& options) {
+  Diagnostics diagnostics(file_name);
+  AcceptedWarnings accepted;
+  CompileResult result;
+  result.model = analyse(text, options, accepted, diagnostics);
+  const bool complete = !diagnostics.has_errors();
+  if (complete) result.bytes = write_ldf(result.model);
+  if (complete && options.surprises) add_model_warnings(result.model, file_name, options, diagnostics);
+  accepted.remove_accepted(diagnostics);
+  if (complete && options.surprises) accepted.report_unused(options.path, diagnostics);
+  result.diagnostics = diagnostics.take_sorted();
+  return result;
+}
+
+CompileResult compile_merged(CompileResult standard, const std::string& standard_file, std::string_view text,
+                             const std::string& file_name, MessagePath path) {
+  CompileResult aux =
+      compile_source(text, file_name, {.path = path, .standard = &standard.model, .standard_file = standard_file});
+  // What the library forgets when it reads an entry of two files again cannot be forgotten of one file.
+  std::erase_if(aux.diagnostics, [](const Diagnostic& found) { return found.rule == Rule::kAuxSharedEntries; });
+  CompileResult merged;
+  merged.diagnostics = std::move(standard.diagnostics);
+  std::move(aux.diagnostics.begin(), aux.diagnostics.end(), std::back_inserter(merged.diagnostics));
+  if (!aux.ok() || !merged.ok()) return merged;
+  merged.model = merge_models(std::move(standard.model), aux.model);
+  merged.bytes = write_ldf(merged.model);
+  return merged;
+}
+
+CompileResult load_standard(std::string_view content, std::string file_name) {
+  if (looks_like_ldf(content)) return load_standard_ldf(content, std::move(file_name));
+  Diagnostics diagnostics(std::move(file_name));
+  AcceptedWarnings ignored;
+  CompileResult result;
+  result.model = analyse(content, {}, ignored, diagnostics);
+  result.diagnostics = diagnostics.take_sorted();
+  std::erase_if(result.diagnostics, [](const Diagnostic& found) { return found.severity != Severity::kError; });
+  return result;
+}
+
+}  // namespace qzlog_compiler

@@ -1,0 +1,49 @@
+#ifndef QZLOG_TOOLS_COMPILER_SOURCE_COMPILER_H
+#define QZLOG_TOOLS_COMPILER_SOURCE_COMPILER_H
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tools/compiler/message/message_lowering.h"
+#include "tools/compiler/model/definition_model.h"
+#include "tools/report/diagnostics.h"
+
+namespace qzlog_compiler {
+
+struct CompileOptions {
+  MessagePath path = MessagePath::kBoth;
+  const DefinitionModel* standard = nullptr;  ///< the definitions that an auxiliary source extends
+  std::string standard_file = {};             ///< what diagnostics call the file that `standard` came from
+  /// Also warn about what is legal but would surprise readers, and about accepted warnings that do not occur: for those
+  /// who write definitions, not for those who use them.
+  bool surprises = true;
+};
+
+struct CompileResult {
+  DefinitionModel model;
+  std::string bytes;  ///< the compiled file; empty after an error
+  std::vector<Diagnostic> diagnostics;
+
+  bool ok() const { return !has_errors(diagnostics); }
+};
+
+/// Compiles a definition source. `file_name` is what diagnostics call it. Every mistake is in the diagnostics, sorted
+/// by position; warnings alone leave a result. Throws `std::length_error` when the compiled file would exceed 4 GiB.
+CompileResult compile_source(std::string_view text, const std::string& file_name, const CompileOptions& options);
+
+/// Compiles an auxiliary source over standard definitions that are compiled already without an error, and both into one
+/// standard file: what the library holds after loading the two. `standard_file` is what diagnostics call the standard
+/// source. The diagnostics are those of `standard`, then those of the auxiliary source. Throws as `compile_source`
+/// does.
+CompileResult compile_merged(CompileResult standard, const std::string& standard_file, std::string_view text,
+                             const std::string& file_name, MessagePath path);
+
+/// Reads the definitions that an auxiliary source extends, from a compiled file or a definition source, told apart by
+/// their first bytes. The result has no bytes, and only errors among its diagnostics.
+CompileResult load_standard(std::string_view content, std::string file_name);
+
+}  // namespace qzlog_compiler
+
+#endif  // QZLOG_TOOLS_COMPILER_SOURCE_COMPILER_H

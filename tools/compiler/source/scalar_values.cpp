@@ -1,0 +1,97 @@
+#include "tools/compiler/source/scalar_values.h"
+
+#include <algorithm>
+#include <charconv>
+
+#include "tools/compiler/source/mapping_fields.h"
+#include "tools/compiler/text/utf8_text.h"
+
+namespace qzlog_compiler {
+namespace {
+
+constexpr std::size_t kMaximumVersionSize = 8;
+
+bool is_digit(char c) { return c >= '0' && c <= '9'; }
+bool is_capital(char c) { return c >= 'A' && c <= 'Z'; }
+
+/// The library reads 05 as 5, so that two versions which look different would be the same.
+bool is_version_number(std::string_view digits) {
+  const bool leading_zero = digits.size() > 1 && digits.front() == '0';
+  return !digits.empty() && !leading_zero && std::all_of(digits.begin(), digits.end(), is_digit);
+}
+
+}  // namespace
+
+bool is_version(std::string_view text) {
+  const std::size_t point = text.find('.');
+  if (point == std::string_view::npos || text.size() > kMaximumVersionSize) return false;
+  return is_version_number(text.substr(0, point)) && is_version_number(text.substr(point + 1));
+}
+
+bool is_entry_name(std::string_view text) {
+  return !text.empty() && is_capital(text.front()) &&
+         std::all_of(text.begin(), text.end(), [](char c) { return is_capital(c) || is_digit(c) || c == '_'; });
+}
+
+std::optional<std::string> read_text(const YamlNode& node, std::string_view what, Diagnostics& diagnostics) {
+  if (kind_name(node) != "a text") {
+    report_wrong_type(node, what, diagnostics);
+    return std::nullopt;
+  }
+  if (node.text().find('\0') != std::string_view::npos) {
+    diagnostics.error(node.position(), Rule::kNulCharacter, std::string(what) + " holds a NUL character")
+        .with_hint("a NUL would end the text in the compiled file; leave it out");
+    return std::nullopt;
+  }
+  return std::string(node.text());
+}
+
+std::optional<std::uint32_t> read_number(const YamlNode& node, std::string_view what, Diagnostics& diagnostics) {
+  if (kind_name(node) != "a text" || node.style() != ScalarStyle::kPlain) {
+    report_wrong_type(node, std::string(what) + ", a number without quotes", diagnostics);
+    return std::nullopt;
+  }
+  std::string_view digits = node.text();
+  const bool hexadecimal = digits.starts_with("0x") || digits.starts_with("0X");
+  if (hexadecimal) digits.remove_prefix(2);
+  std::uint32_t value = 0;
+  const char* const end = digits.data() + digits.size();
+  const auto result = std::from_chars(digits.data(), end, value, hexadecimal ? 16 : 10);
+  if (result.ptr != end || result.ec == std::errc::invalid_argument) {
+    diagnostics.error(node.position(), Rule::kBadNumber, quoted(node.text()) + " is no number")
+        .with_hint(std::string(what) + " is decimal or 0x hexadecimal, from 0 to 4294967295");
+    return std::nullopt;
+  }
+  if (result.ec == std::errc::result_out_of_range) {
+    diagnostics.error(node.position(), Rule::kNumberOutOfRange, quoted(node.text()) + " is too large")
+        .with_hint(std::string(what) + " is at most 4294967295");
+    return std::nullopt;
+  }
+  return value;
+}
+
+std::optional<std::string> read_version(const YamlNode& node, Diagnostics& diagnostics) {
+  std::optional<std::string> text = read_text(node, "the version", diagnostics);
+  if (!text || is_version(*text)) return text;
+  diagnostics.error(node.position(), Rule::kBadVersion, "bad version " + quoted(*text))
+      .with_hint("a version is MAJOR.MINOR in digits without leading zeros, at most 8 bytes, as in \"2.5\"");
+  return std::nullopt;
+}
+
+std::optional<std::string> read_entry_name(const YamlNode& node, Diagnostics& diagnostics) {
+  std::optional<std::string> text = read_text(node, "the entry's name", diagnostics);
+  if (!text || is_entry_name(*text)) return text;
+  diagnostics.error(node.position(), Rule::kBadEntryName, "bad entry name " + quoted(*text))
+      .with_hint("a name begins with A-Z and goes on with A-Z, 0-9 and _");
+  return std::nullopt;
+}
+
+std::optional<std::string> read_attribute_name(const YamlNode& node, Diagnostics& diagnostics) {
+  std::optional<std::string> text = read_text(node, "the attribute's name", diagnostics);
+  if (!text || (!text->empty() && text->find_first_of("%{}:") == std::string::npos)) return text;
+  diagnostics.error(node.position(), Rule::kBadAttributeName, "bad attribute name " + quoted(*text))
+      .with_hint("messages could not refer to a name that is empty or holds one of % { } :");
+  return std::nullopt;
+}
+
+}  // namespace qzlog_compiler

@@ -1,0 +1,55 @@
+#include "tools/count/count_options.h"
+
+#include <CLI/CLI.hpp>
+#include <limits>
+#include <optional>
+
+#include "tools/count/calendar_day.h"
+#include "tools/count/entry_counting.h"
+#include "tools/definitions/definition_files.h"
+#include "tools/system/command_error.h"
+#include "tools/system/number_text.h"
+
+namespace qzlog_tool {
+
+namespace {
+
+std::string check_day(const std::string& text) {
+  return parse_day(text) ? "" : "'" + text + "' is no date from 0001-01-01 to 9999-12-31";
+}
+
+bool begins_like_number(const std::string& text) {
+  return !text.empty() && (text[0] == '-' || (text[0] >= '0' && text[0] <= '9'));
+}
+
+}  // namespace
+
+CLI::Option* add_day_option(CLI::App& command, const std::string& name, std::string& day, const std::string& help) {
+  return command.add_option(name, day, help)->type_name("YYYY-MM-DD")->check(check_day);
+}
+
+void refuse_reversed_days(const std::string& from, const std::string& to) {
+  const std::optional<CalendarDay> first = parse_day(from);
+  const std::optional<CalendarDay> last = parse_day(to);
+  if (first && last && *first > *last) {
+    throw CommandError(kExitCannotRun, "--from " + from + " is later than --to " + to);
+  }
+}
+
+std::int32_t read_key(const std::string& text, const std::string& definitions) {
+  constexpr std::int64_t kMinimum = std::numeric_limits<std::int32_t>::min();
+  constexpr std::int64_t kMaximum = std::numeric_limits<std::uint32_t>::max();
+  if (const auto number = parse_number(text, kMinimum, kMaximum)) return static_cast<std::int32_t>(*number);
+  if (begins_like_number(text)) {
+    throw CommandError(kExitCannotRun, "'" + text + "' is no key from -2147483648 to 4294967295");
+  }
+  if (definitions.empty()) {
+    throw CommandError(kExitCannotRun, "the name '" + text + "' needs --definitions with a definition source");
+  }
+  const EntryNames names = load_entry_names(definitions);
+  const auto found = names.find(text);
+  if (found == names.end()) throw CommandError(kExitCannotRun, "the definitions have no entry '" + text + "'");
+  return counter_key(found->second);
+}
+
+}  // namespace qzlog_tool

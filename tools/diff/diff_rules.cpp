@@ -1,0 +1,189 @@
+#include "tools/diff/diff_rules.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <utility>
+
+namespace qzlog_compiler {
+namespace {
+
+using Step = VersionStep;
+using Aux = Collision;
+
+// A step is major where programs, recorded entries, filters or extensions break, and minor where something is added or
+// where only readers of messages and translators are concerned.
+constexpr std::array kRules = {
+    DiffRuleInfo{DiffRule::kVersionMoved, "version-moved", "version", kSafe, Step::kNone, Aux::kNo,
+                 "The version has moved as far as the changes ask for.", "version: \"2.5\"", "version: \"2.6\""},
+    DiffRuleInfo{DiffRule::kVersionOverMoved, "version-over-moved", "version", kSafe, Step::kNone, Aux::kNo,
+                 "The version has moved further than the changes ask for.", "version: \"2.5\"", "version: \"3.0\""},
+    DiffRuleInfo{DiffRule::kVersionNotMoved, "version-not-moved", "version", kBinary, Step::kNone, Aux::kNo,
+                 "Entries of both files carry one version, so readers cannot tell which definitions they need.",
+                 "version: \"2.5\"", "version: \"2.5\""},
+    DiffRuleInfo{DiffRule::kVersionShort, "version-short", "version", kBinary, Step::kNone, Aux::kNo,
+                 "The minor version has moved where the major version has to.", "version: \"2.5\"", "version: \"2.6\""},
+    DiffRuleInfo{DiffRule::kVersionMovedBack, "version-moved-back", "version", kBinary, Step::kNone, Aux::kNo,
+                 "The newer file looks older than the older one.", "version: \"2.5\"", "version: \"2.4\""},
+    DiffRuleInfo{DiffRule::kVersionUnreadable, "version-unreadable", "version", kBinary, Step::kNone, Aux::kNo,
+                 "The version of a compiled file is not MAJOR.MINOR, so the versions cannot be compared.", "2.5",
+                 "beta"},
+    DiffRuleInfo{DiffRule::kGlobalAdded, "global-added", "", kSafe, Step::kMinor, Aux::kMay,
+                 "Entries may carry one more attribute. An auxiliary file may define it with another type.",
+                 "globals: []", "globals: [{name: SITE, type: Char32}]"},
+    DiffRuleInfo{DiffRule::kGlobalRemoved, "global-removed", "", kSource | kBinary | kExtension, Step::kMajor, Aux::kNo,
+                 "Callers that set the attribute fail, older entries hold it, and auxiliary texts may refer to it.",
+                 "globals: [{name: SITE, type: Char32}]", "globals: []"},
+    DiffRuleInfo{DiffRule::kGlobalRenamed, "global-renamed", "name", kSource | kBinary | kExtension, Step::kMajor,
+                 Aux::kMay,
+                 "The attribute at the same place with the same type has another name; the old name is unknown.",
+                 "{name: SITE, type: Char32}", "{name: PLANT, type: Char32}"},
+    DiffRuleInfo{DiffRule::kGlobalOrderChanged, "global-order-changed", "order", kSafe, Step::kNone, Aux::kNo,
+                 "The global attributes are listed in another order; they are found by name.", "globals: [SITE, HOST]",
+                 "globals: [HOST, SITE]"},
+    DiffRuleInfo{DiffRule::kGlobalRedirectChanged, "global-redirect-changed", "redirect", kSafe, Step::kNone, Aux::kNo,
+                 "The library reads and drops the redirection names of global attributes.",
+                 "{name: SITE, type: Char32, redirect: site}", "{name: SITE, type: Char32}"},
+    DiffRuleInfo{DiffRule::kEntryAdded, "entry-added", "entry", kSafe, Step::kMinor, Aux::kMay,
+                 "One more ID. An auxiliary file may define the ID already.", "", "{id: 7, name: FULL, ...}"},
+    DiffRuleInfo{DiffRule::kEntryRemoved, "entry-removed", "entry", kSource | kBinary | kExtension, Step::kMajor,
+                 Aux::kNo, "The ID is unknown: to callers, to older entries, and to auxiliary files that extend it.",
+                 "{id: 7, name: FULL, ...}", ""},
+    DiffRuleInfo{DiffRule::kEntryRenamed, "entry-renamed", "name", kSource, Step::kMajor, Aux::kNo,
+                 "The ID has another symbolic name, which generated code and entries by name use.",
+                 "{id: 7, name: FULL}", "{id: 7, name: DISK_FULL}"},
+    DiffRuleInfo{DiffRule::kEntryRenumbered, "entry-renumbered", "ID", kSource | kBinary | kExtension, Step::kMajor,
+                 Aux::kMay,
+                 "The entry of this name has another ID; older entries and auxiliary files have the old one.",
+                 "{id: 7, name: FULL}", "{id: 8, name: FULL}"},
+    DiffRuleInfo{DiffRule::kSummaryChanged, "summary-changed", "summary", kSafe, Step::kNone, Aux::kNo,
+                 "Documentation only; compiled files do not hold it.", "summary: No blocks left.",
+                 "summary: No free blocks left."},
+    DiffRuleInfo{DiffRule::kMaskChanged, "mask-changed", "mask", kFilter, Step::kMajor, Aux::kNo,
+                 "Filters compare the property mask with theirs, so other entries pass.", "mask: 0x1", "mask: 0x4"},
+    DiffRuleInfo{DiffRule::kWordChanged, "word-changed", "word", kSafe, Step::kNone, Aux::kNo,
+                 "The record's second word; no reader interprets it.", "word: 0", "word: 7"},
+    DiffRuleInfo{DiffRule::kMessageIdChanged, "message-id-changed", "catalog key", kRender | kTranslation, Step::kMinor,
+                 Aux::kNo, "Catalogs hold the text under the old key; with them the message cannot be rendered.",
+                 "message_id: disk.full", "message_id: volume.full"},
+    DiffRuleInfo{DiffRule::kTextChanged, "text-changed", "text", kRender | kTranslation, Step::kMinor, Aux::kNo,
+                 "Readers see another text, with the same references; translations of the old one are stale.",
+                 "message: \"Disk {Name} full\"", "message: \"Volume {Name} full\""},
+    DiffRuleInfo{DiffRule::kTextReferencesChanged, "text-references-changed", "text", kRender | kTranslation,
+                 Step::kMinor, Aux::kNo, "The text shows attributes that it did not, or no longer shows one.",
+                 "message: \"Disk {Name} full\"", "message: \"Disk full\""},
+    DiffRuleInfo{DiffRule::kTextFormatsChanged, "text-formats-changed", "text", kRender | kTranslation, Step::kMinor,
+                 Aux::kNo, "The text shows an attribute in another format.", "message: \"{Share} used\"",
+                 "message: \"{Share:P} used\""},
+    DiffRuleInfo{DiffRule::kTextWhiteSpaceChanged, "text-white-space-changed", "text", kTranslation, Step::kMinor,
+                 Aux::kNo, "Only white space differs; catalogs still find the text changed.", "message: \"Disk  full\"",
+                 "message: \"Disk full\""},
+    DiffRuleInfo{DiffRule::kTextNotationChanged, "text-notation-changed", "text", kSafe, Step::kNone, Aux::kNo,
+                 "The text is written or stored in another way and shows the same.", "message: \"{Free} left\"",
+                 "message: \"{Free:d} left\""},
+    DiffRuleInfo{DiffRule::kAttributeAdded, "attribute-added", "", kSafe, Step::kMinor, Aux::kMay,
+                 "The entry may carry one more attribute. An auxiliary file may give it to the entry already.",
+                 "attributes: []", "attributes: [{name: Free, type: UInt4}]"},
+    DiffRuleInfo{DiffRule::kAttributeRemoved, "attribute-removed", "", kSource | kBinary | kExtension, Step::kMajor,
+                 Aux::kNo,
+                 "Callers that set the attribute fail, older entries hold it, auxiliary texts may refer to it.",
+                 "attributes: [{name: Free, type: UInt4}]", "attributes: []"},
+    DiffRuleInfo{DiffRule::kAttributeRenamed, "attribute-renamed", "name", kSource | kBinary | kExtension, Step::kMajor,
+                 Aux::kMay,
+                 "The attribute at the same place with the same type has another name; the old name is unknown.",
+                 "{name: Free, type: UInt4}", "{name: Left, type: UInt4}"},
+    DiffRuleInfo{DiffRule::kAttributeMadeGlobal, "attribute-made-global", "owner", kSafe, Step::kMinor, Aux::kNo,
+                 "The entry no longer has the attribute itself, but a global one of its name, which serves as well.",
+                 "attributes: [{name: Site, ...}]", "globals: [{name: Site, ...}]"},
+    DiffRuleInfo{DiffRule::kAttributeMadeOwn, "attribute-made-own", "owner", kSafe, Step::kMinor, Aux::kMay,
+                 "The entry has an attribute of the name of a global one, which served before.",
+                 "globals: [{name: Site, ...}]", "attributes: [{name: Site, ...}]"},
+    DiffRuleInfo{DiffRule::kAttributeOrderChanged, "attribute-order-changed", "attribute order", kSource, Step::kMajor,
+                 Aux::kNo, "Visitors and generated code see an entry's attributes in the order of the definition.",
+                 "attributes: [Free, Total]", "attributes: [Total, Free]"},
+    DiffRuleInfo{DiffRule::kRedirectChanged, "redirect-changed", "redirect", kBinary, Step::kMajor, Aux::kNo,
+                 "Receivers of redirected values find the value under another name.",
+                 "{name: Free, type: UInt4, redirect: free}", "{name: Free, type: UInt4, redirect: left}"},
+    DiffRuleInfo{DiffRule::kNumberWidened, "number-widened", "type", kSource, Step::kMajor, Aux::kNo,
+                 "Every old value fits, but callers have to use another method.", "{name: Free, type: UInt2}",
+                 "{name: Free, type: UInt4}"},
+    DiffRuleInfo{DiffRule::kNumberNarrowed, "number-narrowed", "type", kSource | kBinary, Step::kMajor, Aux::kNo,
+                 "Values that fitted no longer do, and callers have to use another method.",
+                 "{name: Free, type: UInt4}", "{name: Free, type: SInt4}"},
+    DiffRuleInfo{DiffRule::kTextLimitRaised, "text-limit-raised", "type", kSafe, Step::kMinor, Aux::kNo,
+                 "Longer texts are accepted, by the same methods.", "{name: Name, type: Char32}",
+                 "{name: Name, type: Char64}"},
+    DiffRuleInfo{DiffRule::kTextLimitLowered, "text-limit-lowered", "type", kSource | kBinary, Step::kMajor, Aux::kNo,
+                 "Texts that fitted are cut or refused.", "{name: Name, type: Char64}", "{name: Name, type: Char32}"},
+    DiffRuleInfo{DiffRule::kTimeKindChanged, "time-kind-changed", "type", kBinary | kRender, Step::kMajor, Aux::kNo,
+                 "Placeholders show another part of the time, which older values may lack.", "{name: When, type: Date}",
+                 "{name: When, type: Timestamp}"},
+    DiffRuleInfo{DiffRule::kTypeChanged, "type-changed", "type", kSource | kBinary | kRender, Step::kMajor, Aux::kNo,
+                 "A value of another kind: other methods, other values, and formats in texts may not accept it.",
+                 "{name: Free, type: UInt4}", "{name: Free, type: Char32}"},
+    DiffRuleInfo{DiffRule::kSelectorAdded, "selector-added", "selector", kRender, Step::kMinor, Aux::kMay,
+                 "Values of the attribute pick other messages than before. An auxiliary file may have a selector for "
+                 "the entry.",
+                 "", "selector: {attribute: Reason, messages: [...]}"},
+    DiffRuleInfo{DiffRule::kSelectorRemoved, "selector-removed", "selector", kSource | kRender | kExtension,
+                 Step::kMajor, Aux::kNo,
+                 "Every value shows the default message, and callers that ask for a message by its index fail.",
+                 "selector: {attribute: Reason, messages: [...]}", ""},
+    DiffRuleInfo{DiffRule::kSelectorAttributeChanged, "selector-attribute-changed", "selector", kRender | kExtension,
+                 Step::kMajor, Aux::kMay,
+                 "Another attribute picks the messages; auxiliary files that name the old one collide.",
+                 "selector: {attribute: Reason, ...}", "selector: {attribute: Cause, ...}"},
+    DiffRuleInfo{DiffRule::kSelectorMessageAdded, "selector-message-added", "", kRender, Step::kMinor, Aux::kMay,
+                 "The value shows another message than before. An auxiliary file may use the index or the value.",
+                 "messages: []", "messages: [{index: 1, value: 10, ...}]"},
+    DiffRuleInfo{DiffRule::kSelectorMessageRemoved, "selector-message-removed", "", kSource | kRender, Step::kMajor,
+                 Aux::kNo, "The value shows the default message, and callers that ask for the index fail.",
+                 "messages: [{index: 1, value: 10, ...}]", "messages: []"},
+    DiffRuleInfo{DiffRule::kSelectorIndexChanged, "selector-index-changed", "index", kSource, Step::kMajor, Aux::kMay,
+                 "Callers that ask for the message by its old index fail.", "{index: 1, value: 10, ...}",
+                 "{index: 2, value: 10, ...}"},
+    DiffRuleInfo{DiffRule::kSelectorValueChanged, "selector-value-changed", "value", kRender, Step::kMinor, Aux::kMay,
+                 "Another value shows the message.", "{index: 1, value: 10, ...}", "{index: 1, value: 11, ...}"},
+    DiffRuleInfo{DiffRule::kAuxCollision, "aux-collision", "auxiliary definitions", kExtension, Step::kMajor, Aux::kNo,
+                 "An auxiliary file given with --aux extends the old definitions, but not the new ones.",
+                 "attributes: []", "attributes: [{name: Pool, type: Char64}]"},
+};
+
+constexpr bool in_enumeration_order() {
+  for (std::size_t i = 0; i < kRules.size(); ++i) {
+    if (static_cast<std::size_t>(kRules[i].rule) != i) return false;
+  }
+  return static_cast<std::size_t>(DiffRule::kAuxCollision) + 1 == kRules.size();
+}
+static_assert(in_enumeration_order(), "diff_rule_info() indexes the table by the rule");
+
+constexpr std::array<std::pair<Verdict, std::string_view>, 6> kVerdictNames = {{
+    {kSource, "source"},
+    {kBinary, "binary"},
+    {kRender, "render"},
+    {kTranslation, "translation"},
+    {kFilter, "filter"},
+    {kExtension, "extension"},
+}};
+
+}  // namespace
+
+std::span<const DiffRuleInfo> all_diff_rules() { return kRules; }
+
+const DiffRuleInfo& diff_rule_info(DiffRule rule) { return kRules[static_cast<std::size_t>(rule)]; }
+
+std::optional<DiffRule> find_diff_rule(std::string_view name) {
+  const auto found =
+      std::find_if(kRules.begin(), kRules.end(), [name](const DiffRuleInfo& info) { return info.name == name; });
+  return found == kRules.end() ? std::nullopt : std::optional(found->rule);
+}
+
+std::vector<std::string_view> verdict_names(unsigned verdicts) {
+  std::vector<std::string_view> names;
+  for (const auto& [verdict, name] : kVerdictNames) {
+    if ((verdicts & verdict) != 0) names.push_back(name);
+  }
+  return names;
+}
+
+}  // namespace qzlog_compiler

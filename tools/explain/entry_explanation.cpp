@@ -1,0 +1,133 @@
+#include "tools/explain/entry_explanation.h"
+
+#include <cstddef>
+#include <iterator>
+#include <set>
+#include <string_view>
+#include <utility>
+
+#include "tools/compiler/message/stored_template.h"
+#include "tools/templates/icu_pattern.h"
+#include "tools/templates/readable_template.h"
+#include "tools/templates/source_digest.h"
+#include "tools/templates/template_check.h"
+
+namespace qzlog_tool {
+
+namespace {
+
+using qzlog_compiler::AttributeLookup;
+using qzlog_compiler::EntryDefinition;
+using qzlog_compiler::MessageText;
+using qzlog_compiler::SelectorMessage;
+using qzlog_compiler::TemplateForm;
+using qzlog_compiler::TemplatePart;
+
+class Explainer {
+ public:
+  Explainer(EntryDefinition entry, const DefinitionPair& definitions, const std::vector<CatalogBundle>& bundles)
+      : definitions_(definitions), bundles_(bundles) {
+    explanation_.entry = std::move(entry);
+  }
+
+  EntryExplanation explain() {
+    const EntryDefinition& entry = explanation_.entry;
+    explanation_.in_standard = definitions_.find_standard(entry.id) != nullptr;
+    explanation_.in_auxiliary = definitions_.find_auxiliary(entry.id) != nullptr;
+    explanation_.version = definitions_.version_of(entry.id);
+    add_message({entry.message_id, std::nullopt, std::nullopt, {}}, entry.message);
+    for (const SelectorMessage& message : entry.selector.messages) {
+      add_message({message.id, message.index, message.value, {}}, message.message);
+    }
+    return std::move(explanation_);
+  }
+
+ private:
+  /// Text that an author wrote is lowered for the path that will be asked for; a template is one for both.
+  void add_message(ExplainedMessage message, const MessageText& text) {
+    const AttributeLookup lookup = attributes_of(explanation_.entry, definitions_);
+    const ExplainedText icu = text_of("definitions", text.stored, TemplateForm::kIcu, lookup);
+    message.texts.push_back(icu);
+    if (text.raw) {
+      ExplainedText narrow = text_of("definitions, without ICU", text.stored, TemplateForm::kNarrow, lookup);
+      if (narrow.text != icu.text) message.texts.push_back(std::move(narrow));
+    }
+    for (const CatalogBundle& bundle : bundles_)
+      message.texts.push_back(translation(bundle, message.key, text, lookup));
+    explanation_.messages.push_back(std::move(message));
+  }
+
+  ExplainedText translation(const CatalogBundle& bundle, const std::string& key, const MessageText& source,
+                            const AttributeLookup& lookup) {
+    if (!bundle.failure.empty()) return {bundle.locale, std::nullopt, bundle.failure};
+    const auto found = bundle.templates.find(key);
+    if (found == bundle.templates.end()) return {bundle.locale, std::nullopt, "the catalog lacks it"};
+    ExplainedText shown = text_of(bundle.locale, found->second, TemplateForm::kIcu, lookup);
+    const auto digest = bundle.sources.find(key);
+    shown.stale = digest != bundle.sources.end() && !is_source_digest_of(digest->second, source.stored);
+    return shown;
+  }
+
+  ExplainedText text_of(std::string language, const std::string& stored, TemplateForm form,
+                        const AttributeLookup& lookup) {
+    note_globals(stored, form);
+    for (const TemplateFinding& finding : check_template(stored, form, lookup)) {
+      if (finding.fails) return {std::move(language), std::nullopt, finding.text};
+    }
+    return {std::move(language), readable_template(stored, form, lookup), ""};
+  }
+
+  void note_globals(const std::string& stored, TemplateForm form) {
+    const qzlog_compiler::StoredTemplate cut = qzlog_compiler::cut_template(stored, form);
+    for (const TemplatePart* const part : shown_references(cut)) {
+      if (qzlog_compiler::find_attribute(explanation_.entry.attributes, part->text) != nullptr) continue;
+      const auto* const global = definitions_.find_global(part->text);
+      if (global != nullptr && known_globals_.insert(part->text).second) explanation_.globals.push_back(*global);
+    }
+  }
+
+  const DefinitionPair& definitions_;
+  const std::vector<CatalogBundle>& bundles_;
+  EntryExplanation explanation_;
+  std::set<std::string> known_globals_;
+};
+
+}  // namespace
+
+std::optional<EntryExplanation> explain_entry(std::uint32_t id, const DefinitionPair& definitions,
+                                              const std::vector<CatalogBundle>& bundles) {
+  std::optional<EntryDefinition> entry = definitions.find_entry(id);
+  if (!entry) return std::nullopt;
+  return Explainer(std::move(*entry), definitions, bundles).explain();
+}
+
+std::string value_range(qz_AttributeType type) {
+  switch (type) {
+    case TypeBool:
+      return "true or false";
+    case TypeUInt1:
+      return "0 to 255";
+    case TypeSInt1:
+      return "-128 to 127";
+    case TypeUInt2:
+      return "0 to 65535";
+    case TypeSInt2:
+      return "-32768 to 32767";
+    case TypeUInt4:
+      return "0 to 4294967295";
+    case TypeSInt4:
+      return "-2147483648 to 2147483647";
+    case TypeGUID:
+      return "can be neither set nor shown";
+    default:
+      break;
+  }
+  static constexpr const char* kTextLimits[] = {
+      "at most 32 bytes",       "at most 64 bytes",       "at most 128 bytes",       "at most 256 bytes",
+      "at most 1024 bytes",     "at most 2048 bytes",     "at most 32 characters",   "at most 64 characters",
+      "at most 128 characters", "at most 256 characters", "at most 1024 characters", "at most 2048 characters"};
+  const std::size_t text_type = static_cast<std::size_t>(type) - TypeChar32;  // wraps for the types before
+  return text_type < std::size(kTextLimits) ? kTextLimits[text_type] : "";
+}
+
+}  // namespace qzlog_tool

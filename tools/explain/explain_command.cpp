@@ -1,0 +1,138 @@
+#include "tools/explain/explain_command.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <iostream>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "tools/definitions/definition_input.h"
+#include "tools/definitions/entry_view.h"
+#include "tools/explain/entry_explanation.h"
+#include "tools/explain/entry_search.h"
+#include "tools/options/option_checks.h"
+#include "tools/report/diagnostic_printer.h"
+#include "tools/report/diagnostics.h"
+#include "tools/system/command_error.h"
+#include "tools/templates/message_catalog.h"
+
+namespace qzlog_tool {
+
+namespace {
+
+using qzlog_compiler::DefinitionModel;
+using qzlog_compiler::Diagnostic;
+using qzlog_compiler::MessagePath;
+using qzlog_compiler::Rule;
+using qzlog_compiler::Severity;
+
+struct ExplainOptions {
+  std::string entry;
+  std::string definitions;
+  std::string auxiliary;
+  std::string catalog;
+  std::string locale;
+  bool json = false;
+};
+
+constexpr const char* kExplainFooter =
+    R"(The entry is shown as the library has it: an entry that both files define with the attributes and messages of both.
+Messages read as their readers see them, with {Name} where the value of an attribute comes, or {Name:F} where its format F
+does not follow from its type. Names and summaries stand in sources only; a compiled file knows its entries by ID.
+
+Exit status: 0 success, 1 no such entry or bad definitions, 2 wrong usage or a file that cannot be read.
+
+Examples:
+  qzlog explain 1001 --definitions storage.ldf
+  qzlog explain 0x3E9 --definitions storage.yaml --aux site.yaml
+  qzlog explain DISK_FULL --definitions storage.yaml --catalog messages
+  qzlog explain DISK_FULL --definitions storage.yaml --catalog messages --locale de_DE --json
+)";
+
+/// Warnings are the business of others.
+DefinitionInput read_whole(const std::string& path, const DefinitionModel* standard) {
+  DefinitionInput input = read_definition_input(path, standard, MessagePath::kIcu);
+  std::erase_if(input.diagnostics, [](const Diagnostic& found) { return found.severity != Severity::kError; });
+  print_diagnostics(input.diagnostics, input.shown_path, input.source);
+  if (input.damage) {
+    std::cerr << Diagnostic{input.shown_path,
+                            {},
+                            Severity::kError,
+                            Rule::kBadDefinitionFile,
+                            input.damage->reason + ", at offset " + std::to_string(input.damage->offset)}
+              << '\n';
+  }
+  if (!input.is_whole()) throw CommandError(kExitFindings, "");
+  return input;
+}
+
+/// The bundle that readers of a locale get: its own, that of its language, or the root.
+CatalogBundle bundle_for(std::vector<CatalogBundle> bundles, const std::string& locale) {
+  std::string wanted = locale;
+  std::replace(wanted.begin(), wanted.end(), '-', '_');
+  for (;;) {
+    const auto found = std::find_if(bundles.begin(), bundles.end(),
+                                    [&](const CatalogBundle& bundle) { return bundle.locale == wanted; });
+    if (found != bundles.end()) return std::move(*found);
+    if (wanted == "root") break;
+    const std::size_t end = wanted.rfind('_');
+    wanted = end == std::string::npos ? "root" : wanted.substr(0, end);
+  }
+  throw CommandError(kExitCannotRun, "the catalog has nothing for the locale '" + locale + "'");
+}
+
+std::vector<CatalogBundle> languages_of(const ExplainOptions& options) {
+  if (options.catalog.empty()) return {};
+  std::vector<CatalogBundle> bundles = read_catalog(options.catalog);
+  if (options.locale.empty()) return bundles;
+  return {bundle_for(std::move(bundles), options.locale)};
+}
+
+int explain(const ExplainOptions& options) {
+  refuse_shared_input(options.definitions, options.auxiliary);
+  const DefinitionInput standard = read_whole(options.definitions, nullptr);
+  std::optional<DefinitionInput> auxiliary;
+  if (!options.auxiliary.empty()) auxiliary = read_whole(options.auxiliary, &standard.model);
+  const DefinitionPair definitions(standard.model, auxiliary ? &auxiliary->model : nullptr);
+  const std::uint32_t id = find_entry_id(options.entry, definitions);
+  const std::optional<EntryExplanation> explanation = explain_entry(id, definitions, languages_of(options));
+  if (options.json) {
+    print_explanation_json(std::cout, *explanation);
+  } else {
+    print_explanation(std::cout, *explanation);
+  }
+  return kExitSuccess;
+}
+
+}  // namespace
+
+void add_explain_command(CLI::App& app, int& exit_status) {
+  CLI::App* const command = app.add_subcommand("explain", "Show what an entry means and what its readers see");
+  const auto options = std::make_shared<ExplainOptions>();
+  command->footer(kExplainFooter);
+  command->add_option("ENTRY", options->entry, "The entry: its ID, decimal or 0x hexadecimal, or its name")
+      ->type_name("ID|NAME")
+      ->required();
+  command
+      ->add_option("--definitions", options->definitions,
+                   "The log definition file, compiled or a source; - is standard input")
+      ->type_name("STD.ldf|STD.yaml")
+      ->required();
+  command->add_option("--aux", options->auxiliary, "An auxiliary definition file, compiled or a source")
+      ->type_name("AUX.ldf|AUX.yaml");
+  const auto catalog =
+      command->add_option("--catalog", options->catalog, "A folder of ICU resource bundles with the messages")
+          ->type_name("DIR")
+          ->check(CLI::Validator(CLI::ExistingDirectory).description(""));
+  command->add_option("--locale", options->locale, "Only what readers of this locale get from the catalog")
+      ->type_name("ll_CC")
+      ->check(check_not_empty)
+      ->needs(catalog);
+  command->add_flag("--json", options->json, "Print the entry as a JSON object");
+  command->callback([options, &exit_status] { exit_status = explain(*options); });
+}
+
+}  // namespace qzlog_tool

@@ -1,0 +1,150 @@
+#include <algorithm>
+#include <nlohmann/json.hpp>
+#include <ostream>
+#include <string_view>
+
+#include "tools/compiler/model/attribute_type.h"
+#include "tools/compiler/text/hexadecimal.h"
+#include "tools/compiler/text/utf8_text.h"
+#include "tools/explain/entry_explanation.h"
+
+namespace qzlog_tool {
+
+namespace {
+
+using nlohmann::ordered_json;
+using qzlog_compiler::AttributeDefinition;
+using qzlog_compiler::bits_text;
+using qzlog_compiler::EntryDefinition;
+using qzlog_compiler::hexadecimal;
+using qzlog_compiler::printable;
+using qzlog_compiler::short_type_name;
+
+/// Rows whose columns stand under each other, indented; the last column is not padded.
+void print_rows(std::ostream& out, const std::vector<std::vector<std::string>>& rows) {
+  std::vector<std::size_t> widths;
+  for (const auto& row : rows) {
+    widths.resize(std::max(widths.size(), row.size()));
+    for (std::size_t i = 0; i < row.size(); ++i) {
+      widths[i] = std::max(widths[i], qzlog_compiler::utf16_length(printable(row[i])));
+    }
+  }
+  for (const auto& row : rows) {
+    std::string line = " ";
+    for (std::size_t i = 0; i < row.size(); ++i) {
+      const std::string cell = printable(row[i]);
+      line += ' ' + cell + std::string(widths[i] - qzlog_compiler::utf16_length(cell) + 1, ' ');
+    }
+    out << line.substr(0, line.find_last_not_of(' ') + 1) << '\n';
+  }
+}
+
+void print_attributes(std::ostream& out, const char* title, const std::vector<AttributeDefinition>& attributes,
+                      const std::string& selector) {
+  if (attributes.empty()) return;
+  out << '\n' << title << '\n';
+  std::vector<std::vector<std::string>> rows;
+  for (const AttributeDefinition& attribute : attributes) {
+    std::string remark = attribute.name == selector ? "selects the message" : "";
+    if (!attribute.redirect.empty()) remark += (remark.empty() ? "redirect " : ", redirect ") + attribute.redirect;
+    rows.push_back({attribute.name, std::string(short_type_name(attribute.type)), value_range(attribute.type), remark});
+  }
+  print_rows(out, rows);
+}
+
+std::string title_of(const ExplainedMessage& message, const EntryDefinition& entry) {
+  std::string title = message.key.empty() ? "Message without a catalog key" : "Message " + printable(message.key);
+  if (!message.index) return title;
+  title += ", index " + std::to_string(*message.index);
+  if (qzlog_compiler::selector_attribute(entry) == nullptr) return title;
+  return title + ", for " + printable(entry.selector.attribute) + " = " + std::to_string(*message.value);
+}
+
+void print_message(std::ostream& out, const ExplainedMessage& message, const EntryDefinition& entry) {
+  out << '\n' << title_of(message, entry) << '\n';
+  std::vector<std::vector<std::string>> rows;
+  for (const ExplainedText& text : message.texts) {
+    rows.push_back({text.language, text.text ? *text.text : "(no message: " + text.note + ")",
+                    text.stale ? "(built from another text)" : ""});
+  }
+  print_rows(out, rows);
+}
+
+std::string files_of(const EntryExplanation& explanation) {
+  if (!explanation.in_auxiliary) return "standard";
+  return explanation.in_standard ? "standard, extended by the auxiliary file" : "auxiliary";
+}
+
+ordered_json attribute_json(const AttributeDefinition& attribute) {
+  ordered_json item;
+  item["name"] = attribute.name;
+  item["type"] = short_type_name(attribute.type);
+  if (const std::string range = value_range(attribute.type); !range.empty()) item["range"] = range;
+  if (!attribute.redirect.empty()) item["redirect"] = attribute.redirect;
+  return item;
+}
+
+ordered_json attributes_json(const std::vector<AttributeDefinition>& attributes) {
+  ordered_json list = ordered_json::array();
+  for (const AttributeDefinition& attribute : attributes) list.push_back(attribute_json(attribute));
+  return list;
+}
+
+ordered_json message_json(const ExplainedMessage& message) {
+  ordered_json item;
+  item["key"] = message.key;
+  if (message.index) item["index"] = *message.index;
+  if (message.value) item["value"] = *message.value;
+  item["texts"] = ordered_json::array();
+  for (const ExplainedText& text : message.texts) {
+    ordered_json shown = {{"language", text.language}};
+    if (text.text) {
+      shown["text"] = *text.text;
+    } else {
+      shown["failure"] = text.note;
+    }
+    if (text.stale) shown["stale"] = true;
+    item["texts"].push_back(std::move(shown));
+  }
+  return item;
+}
+
+}  // namespace
+
+void print_explanation(std::ostream& out, const EntryExplanation& explanation) {
+  const EntryDefinition& entry = explanation.entry;
+  out << entry.id << " ("
+      << "0x" + hexadecimal(entry.id, 1) << ")" << (entry.name.empty() ? "" : " " + entry.name) << '\n';
+  if (!entry.summary.empty()) out << printable(entry.summary) << '\n';
+  out << '\n';
+  print_rows(out, {{"version", explanation.version},
+                   {"file", files_of(explanation)},
+                   {"mask", bits_text(entry.mask)},
+                   {"word", bits_text(entry.word)}});
+  print_attributes(out, "Attributes", entry.attributes, entry.selector.attribute);
+  print_attributes(out, "Global attributes in its messages", explanation.globals, "");
+  for (const ExplainedMessage& message : explanation.messages) print_message(out, message, entry);
+}
+
+void print_explanation_json(std::ostream& out, const EntryExplanation& explanation) {
+  const EntryDefinition& entry = explanation.entry;
+  ordered_json item;
+  item["id"] = entry.id;
+  item["hexadecimal"] = "0x" + hexadecimal(entry.id, 1);
+  if (!entry.name.empty()) item["name"] = entry.name;
+  if (!entry.summary.empty()) item["summary"] = entry.summary;
+  item["version"] = explanation.version;
+  item["files"] = ordered_json::array();
+  if (explanation.in_standard) item["files"].push_back("standard");
+  if (explanation.in_auxiliary) item["files"].push_back("auxiliary");
+  item["mask"] = entry.mask;
+  item["word"] = entry.word;
+  item["attributes"] = attributes_json(entry.attributes);
+  item["globals"] = attributes_json(explanation.globals);
+  if (qzlog_compiler::selector_attribute(entry) != nullptr) item["selector"] = entry.selector.attribute;
+  item["messages"] = ordered_json::array();
+  for (const ExplainedMessage& message : explanation.messages) item["messages"].push_back(message_json(message));
+  out << item.dump(2, ' ', false, ordered_json::error_handler_t::replace) << '\n';
+}
+
+}  // namespace qzlog_tool

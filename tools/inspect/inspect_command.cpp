@@ -1,0 +1,153 @@
+#include "tools/inspect/inspect_command.h"
+
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <iostream>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tools/compiler/source/compiler.h"
+#include "tools/inspect/ldf_annotation.h"
+#include "tools/inspect/ldf_json.h"
+#include "tools/inspect/ldf_survey.h"
+#include "tools/inspect/ldf_table.h"
+#include "tools/inspect/ldf_yaml.h"
+#include "tools/report/diagnostic_printer.h"
+#include "tools/system/command_error.h"
+#include "tools/system/file_descriptor.h"
+#include "tools/system/standard_output.h"
+#include "tools/system/terminal.h"
+
+namespace qzlog_tool {
+namespace {
+
+using qzlog_compiler::LdfDamage;
+using qzlog_compiler::LdfObstacle;
+using qzlog_compiler::LdfSurvey;
+
+constexpr const char* kInspectFooter =
+    "The tables show the header, the global attributes, the entry map and each entry's record with their offsets; on "
+    "a\n"
+    "terminal, lines are cut to its width. A damaged file is shown as far as it can be read; each damage is reported "
+    "on\n"
+    "standard error with its offset, as FILE: offset N: error: REASON [rule-name].\n"
+    "\n"
+    "Exit status: 0 success, 1 the file is damaged or has no source, 2 wrong usage or a file that cannot be read.\n"
+    "\n"
+    "Examples:\n"
+    "  qzlog inspect storage.ldf\n"
+    "  qzlog inspect storage.ldf --json | jq '.entries[] | {id, message}'\n"
+    "  qzlog inspect storage.ldf --yaml > storage.yaml\n"
+    "  qzlog inspect site.ldf --yaml --aux-of storage.ldf > site.yaml\n"
+    "  qzlog inspect - --annotate < storage.ldf | less";
+
+enum class InspectRule { kBadDefinitionFile, kNoYamlForm };
+
+struct InspectRuleInfo {
+  InspectRule rule;
+  std::string_view name;     ///< as it stands in brackets at the end of an error
+  std::string_view meaning;  ///< one sentence for the documentation
+};
+
+constexpr InspectRuleInfo kRules[] = {
+    {InspectRule::kBadDefinitionFile, "bad-definition-file", "A compiled definition file is damaged."},
+    {InspectRule::kNoYamlForm, "no-yaml-form", "A compiled file holds what no definition source can say."},
+};
+
+struct InspectArguments {
+  std::string file;
+  std::string standard;
+  bool json = false;
+  bool yaml = false;
+  bool annotate = false;
+};
+
+void print_error(const std::string& file, std::size_t offset, const std::string& text, InspectRule rule) {
+  std::cerr << display_name(file) << ": offset " << offset << ": " << error_label() << ' ' << text << " ["
+            << kRules[static_cast<std::size_t>(rule)].name << "]\n";
+}
+
+/// Says how many errors there are besides those that were printed.
+void print_rest(const std::string& file, std::size_t count, InspectRule rule) {
+  if (count == 0) return;
+  std::cerr << display_name(file) << ": " << count << " further errors [" << kRules[static_cast<std::size_t>(rule)].name
+            << "]\n";
+}
+
+void print_damages(const LdfSurvey& survey, const std::string& file) {
+  for (const LdfDamage& damage : survey.damages()) {
+    const std::string detail = damage.detail.empty() ? "" : " (" + damage.detail + ")";
+    print_error(file, damage.offset, damage.reason + detail, InspectRule::kBadDefinitionFile);
+  }
+  print_rest(file, survey.damage_count() - survey.damages().size(), InspectRule::kBadDefinitionFile);
+}
+
+/// False when there is no source, and the reasons are told.
+bool print_yaml(const LdfSurvey& survey, const InspectArguments& arguments) {
+  qzlog_compiler::CompileResult standard;
+  if (!arguments.standard.empty()) {
+    const std::string content = read_file(arguments.standard);
+    standard = qzlog_compiler::load_standard(content, display_name(arguments.standard));
+    print_diagnostics(standard.diagnostics, display_name(arguments.standard), content);
+    if (!standard.ok()) return false;
+  }
+  const auto yaml = qzlog_compiler::write_yaml(survey, arguments.standard.empty() ? nullptr : &standard.model);
+  for (const LdfObstacle& obstacle : yaml.obstacles) {
+    print_error(arguments.file, obstacle.offset, obstacle.text, InspectRule::kNoYamlForm);
+  }
+  print_rest(arguments.file, yaml.obstacle_count - yaml.obstacles.size(), InspectRule::kNoYamlForm);
+  std::cout << yaml.source;
+  return yaml.obstacles.empty();
+}
+
+bool print_form(const LdfSurvey& survey, const InspectArguments& arguments) {
+  if (arguments.yaml) return print_yaml(survey, arguments);
+  const std::size_t columns = ::isatty(STDOUT_FILENO) == 1 ? output_columns() : 0;
+  if (arguments.json) {
+    qzlog_compiler::write_json(survey, std::cout);
+  } else if (arguments.annotate) {
+    qzlog_compiler::write_annotation(survey, columns, std::cout);
+  } else {
+    qzlog_compiler::write_table(survey, columns, std::cout);
+  }
+  return true;
+}
+
+int inspect(const InspectArguments& arguments) {
+  if (arguments.file == "-" && arguments.standard == "-") {
+    throw CommandError(kExitCannotRun, "standard input cannot give both files");
+  }
+  const std::string bytes = read_file(arguments.file);
+  const LdfSurvey survey(bytes);
+  const bool printed = print_form(survey, arguments);
+  flush_standard_output();
+  print_damages(survey, arguments.file);
+  return printed && survey.damage_count() == 0 ? kExitSuccess : kExitFindings;
+}
+
+}  // namespace
+
+void add_inspect_command(CLI::App& app, int& exit_status) {
+  const auto arguments = std::make_shared<InspectArguments>();
+  CLI::App* const command = app.add_subcommand("inspect", "Show what a log definition file holds");
+  command->add_option("FILE", arguments->file, "Log definition file; - is standard input")->required();
+  CLI::Option* const json = command->add_flag("--json", arguments->json, "Print JSON");
+  CLI::Option* const yaml =
+      command->add_flag("--yaml", arguments->yaml, "Print a definition source that compiles to the same records");
+  CLI::Option* const annotate =
+      command->add_flag("--annotate", arguments->annotate, "Print every byte of the file with its meaning");
+  json->excludes(yaml, annotate);
+  yaml->excludes(annotate);
+  command
+      ->add_option("--aux-of", arguments->standard,
+                   "With --yaml: the definitions that an auxiliary file extends, compiled or source")
+      ->type_name("STD")
+      ->needs(yaml);
+  command->footer(kInspectFooter);
+  command->callback([arguments, &exit_status] { exit_status = inspect(*arguments); });
+}
+
+}  // namespace qzlog_tool

@@ -1,0 +1,153 @@
+#include "tools/inspect/ldf_json.h"
+
+#include <ostream>
+#include <string>
+
+#include "tools/compiler/file/ldf_format.h"
+#include "tools/compiler/model/attribute_type.h"
+#include "tools/compiler/text/utf8_text.h"
+#include "tools/report/json_stream.h"
+
+namespace qzlog_compiler {
+namespace {
+
+void add_text(JsonObjectStream& json, const std::string& key, std::string_view text, std::string_view stored,
+              bool regular) {
+  json.text(key, text);
+  if (!regular || !is_utf8(text)) json.hexadecimal(key + "_hex", stored);
+}
+
+/// Leaves out a text that a damage has cut.
+void add_text(JsonObjectStream& json, const std::string& key, const LdfText& text) {
+  if (text.whole) add_text(json, key, text.text(), text.stored, text.is_regular());
+}
+
+void write_damage(const LdfDamage& damage, std::ostream& out) {
+  JsonObjectStream json(out);
+  json.number("offset", damage.offset);
+  json.text("reason", damage.reason);
+  if (!damage.detail.empty()) json.text("detail", damage.detail);
+  json.end();
+}
+
+void write_header(const LdfHeader& header, std::ostream& out) {
+  JsonObjectStream json(out);
+  json.hexadecimal("format_bytes", header.format_bytes);
+  const std::string_view tag = header.version_tag;
+  const bool regular = tag.find_first_not_of('\0', header.version().size()) == std::string_view::npos;
+  add_text(json, "version", header.version(), tag, regular);
+  json.number("global_count", header.global_count);
+  json.number("global_offset", header.global_offset);
+  json.number("entry_count", header.entry_count);
+  json.number("entry_map_offset", header.entry_map_offset);
+  json.end();
+}
+
+void write_attribute(const LdfAttributeRecord& attribute, std::ostream& out) {
+  JsonObjectStream json(out);
+  json.number("offset", attribute.offset);
+  add_text(json, "name", attribute.name);
+  json.text("type", short_type_name(static_cast<qz_AttributeType>(attribute.type_code & ldf::kTypeCodeMask)));
+  json.number("type_code", attribute.type_code);
+  add_text(json, "redirect", attribute.redirect);
+  json.end();
+}
+
+void write_pair(const LdfSurvey& survey, std::size_t index, std::ostream& out) {
+  const LdfSurveyedPair& pair = survey.pairs()[index];
+  JsonObjectStream json(out);
+  json.number("offset", survey.pair_offset(index));
+  json.number("id", pair.id);
+  json.number("record_offset", pair.record_offset);
+  if (pair.replaced) json.member("replaced") << "true";
+  json.end();
+}
+
+void write_selector_message(const LdfSelectorRecord& message, std::ostream& out) {
+  JsonObjectStream json(out);
+  json.number("offset", message.offset);
+  json.number("index", message.index);
+  json.number("value", message.value);
+  add_text(json, "message_id", message.id);
+  add_text(json, "message", message.text);
+  json.end();
+}
+
+/// The record is read once for what it is and once for each of its lists, so that memory holds none of them.
+class EntryWriter {
+ public:
+  EntryWriter(const LdfSurvey& survey, const LdfSurveyedPair& pair, std::ostream& out)
+      : survey_(survey), pair_(pair), record_(survey.read_entry(pair)), json_(out) {}
+
+  void write() {
+    write_fixed_part();
+    JsonListStream attributes(json_.member("attributes"));
+    survey_.read_entry(pair_, {[&](const auto& item) { write_attribute(item, attributes.item()); }, {}});
+    attributes.end();
+    JsonListStream messages(json_.member("selector_messages"));
+    survey_.read_entry(pair_, {{}, [&](const auto& item) { write_selector_message(item, messages.item()); }});
+    messages.end();
+    if (const auto damage = survey_.damage_of(pair_, record_)) write_damage(*damage, json_.member("damage"));
+    json_.end();
+  }
+
+ private:
+  void write_fixed_part() {
+    json_.number("offset", record_.offset);
+    json_.number("size", record_.size);
+    json_.number("id", pair_.id);
+    if (pair_.wrong_id) json_.number("stored_id", record_.id);
+    if (pair_.replaced) json_.member("replaced") << "true";
+    if (record_.has_numbers()) {
+      json_.number("word", record_.word);
+      json_.number("mask", record_.mask);
+    }
+    add_text(json_, "message_id", record_.message_id);
+    add_text(json_, "message", record_.message);
+    add_text(json_, "selector", record_.selector);
+  }
+
+  const LdfSurvey& survey_;
+  const LdfSurveyedPair& pair_;
+  const LdfEntryRecord record_;
+  JsonObjectStream json_;
+};
+
+/// Writes `"NAME": [...]` with one line for each item.
+template <class WriteItems>
+void write_list(const char* name, WriteItems write_items, std::ostream& out) {
+  out << "  \"" << name << "\": ";
+  JsonListStream list(out, "\n    ");
+  write_items(list);
+  list.end("\n  ");
+  out << ",\n";
+}
+
+}  // namespace
+
+void write_json(const LdfSurvey& survey, std::ostream& out) {
+  out << "{\n  \"file_size\": " << survey.bytes().size() << ",\n  \"header\": ";
+  write_header(survey.header(), out);
+  out << ",\n";
+  const auto globals = [&](JsonListStream& list) {
+    survey.read_globals([&](const LdfAttributeRecord& global) { write_attribute(global, list.item()); });
+  };
+  const auto pairs = [&](JsonListStream& list) {
+    for (std::size_t i = 0; i < survey.pairs().size(); ++i) write_pair(survey, i, list.item());
+  };
+  const auto entries = [&](JsonListStream& list) {
+    for (const LdfSurveyedPair& pair : survey.pairs()) {
+      if (!pair.unread && !pair.shared) EntryWriter(survey, pair, list.item()).write();
+    }
+  };
+  const auto damages = [&](JsonListStream& list) {
+    for (const LdfDamage& damage : survey.damages()) write_damage(damage, list.item());
+  };
+  write_list("globals", globals, out);
+  write_list("entry_map", pairs, out);
+  write_list("entries", entries, out);
+  write_list("damages", damages, out);
+  out << "  \"damage_count\": " << survey.damage_count() << "\n}\n";
+}
+
+}  // namespace qzlog_compiler

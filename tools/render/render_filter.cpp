@@ -1,0 +1,88 @@
+#include "tools/render/render_filter.h"
+
+#include <sys/stat.h>
+
+#include <CLI/CLI.hpp>
+#include <cstdint>
+#include <iostream>
+#include <limits>
+
+#include "qzlog/logcfg.h"
+#include "tools/options/option_checks.h"
+#include "tools/render/config_check.h"
+#include "tools/system/file_descriptor.h"
+#include "tools/system/number_text.h"
+
+namespace qzlog_tool {
+
+namespace {
+
+constexpr std::uint32_t kAllProperties = 0xFFFFFFFF;
+
+std::optional<std::int64_t> parse_mask(const std::string& text) {
+  return parse_number(text, 0, std::numeric_limits<std::uint32_t>::max());
+}
+
+std::string check_mask(const std::string& text) {
+  return parse_mask(text) ? "" : "'" + text + "' is no number from 0 to 0xFFFFFFFF";
+}
+
+std::uint32_t mask_of(const FilterOptions& options) {
+  return options.mask.empty() ? kAllProperties : static_cast<std::uint32_t>(*parse_mask(options.mask));
+}
+
+void print(const std::string& file, const ConfigWarning& warning) {
+  std::cerr << file << ':';
+  if (warning.line != 0) std::cerr << warning.line << ':';
+  std::cerr << " warning: " << warning.text << " [" << config_rule_name(warning.rule) << "]\n";
+}
+
+}  // namespace
+
+void add_filter_options(CLI::App& command, FilterOptions& options) {
+  const CLI::Validator level = CLI::Range(0U, 9U).description("");
+  const auto activate = [&options](const std::string&) { options.active = true; };
+  CLI::Option* const config =
+      command.add_option("--config", options.config, "Render only what this configuration file lets through")
+          ->type_name("FILE")
+          ->check(check_not_empty)
+          ->each(activate);
+  command.add_option("--section", options.section, "The section of the configuration file that counts before 'global'")
+      ->type_name("NAME")
+      ->needs(config);
+  command
+      .add_option("--mask", options.mask, "Render only entries whose property mask shares a bit (default: all bits)")
+      ->type_name("MASK")
+      ->check(check_mask)
+      ->each(activate);
+  command.add_option("--level-low", options.level_low, "Render only entries of this level and above")
+      ->type_name("0-9")
+      ->check(level)
+      ->each(activate);
+  command.add_option("--level-high", options.level_high, "Render only entries of this level and below")
+      ->type_name("0-9")
+      ->check(level)
+      ->each(activate);
+}
+
+RenderFilter::RenderFilter(const FilterOptions& options)
+    : filter_{nullptr, nullptr, mask_of(options), 0, 0, options.section.c_str(), false, false} {
+  filter_.set_filter_log_level(options.level_low, options.level_high);
+  if (!options.config.empty()) install_config(options.config);
+}
+
+// The library reads the file when the first entry is checked; what came through a pipe would be gone by then.
+void RenderFilter::install_config(const std::string& path) {
+  const std::string shown_path = display_name(path);
+  const std::string content = read_file(path);
+  for (const ConfigWarning& warning : check_config(content)) print(shown_path, warning);
+  struct stat status = {};
+  const bool is_file = path != "-" && ::stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
+  if (is_file && status.st_mtime == 0) {
+    print(shown_path, {ConfigRule::kNeverRead, 0, "its modification time is 0 (1970-01-01): nothing of it is read"});
+  }
+  if (!is_file) copy_.emplace(content);
+  qz_LOG_LogConfig::SetConfigurationSource(is_file ? path.c_str() : copy_->path().c_str(), QZ_CONFIGURATION_FILE);
+}
+
+}  // namespace qzlog_tool

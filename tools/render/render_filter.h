@@ -1,0 +1,47 @@
+#ifndef QZLOG_TOOLS_RENDER_RENDER_FILTER_H
+#define QZLOG_TOOLS_RENDER_RENDER_FILTER_H
+
+#include <optional>
+#include <string>
+
+#include "qzlog/entry_filt.h"
+#include "tools/system/memory_file.h"
+
+namespace CLI {
+class App;
+}
+
+namespace qzlog_tool {
+
+/// Which entries are wanted, as the command line says. Numbers are texts that were checked.
+struct FilterOptions {
+  std::string config;  ///< empty: no configuration file
+  std::string section = "global";
+  std::string mask;
+  unsigned level_low = 0;
+  unsigned level_high = 9;
+  bool active = false;  ///< one of the options was given
+};
+
+/// Adds --config, --section, --mask, --level-low and --level-high; `options` has to outlive the parsing.
+void add_filter_options(CLI::App& command, FilterOptions& options);
+
+/// The library's filter, set up from the options. Installs the configuration file in the library's settings.
+class RenderFilter {
+ public:
+  /// Says on stderr which lines of the configuration file the library does not read. Throws CommandError (cannot run)
+  /// for a file that cannot be read. `options` has to outlive this object.
+  explicit RenderFilter(const FilterOptions& options);
+
+  bool lets_through(const qz_LOG_LogEntry& entry) const { return filter_.check_entry(entry); }
+
+ private:
+  void install_config(const std::string& path);
+
+  _qz_LOG_entry_filter filter_;
+  std::optional<MemoryFile> copy_;  // of a configuration that came through a pipe
+};
+
+}  // namespace qzlog_tool
+
+#endif  // QZLOG_TOOLS_RENDER_RENDER_FILTER_H

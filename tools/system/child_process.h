@@ -1,0 +1,24 @@
+#ifndef QZLOG_TOOLS_SYSTEM_CHILD_PROCESS_H
+#define QZLOG_TOOLS_SYSTEM_CHILD_PROCESS_H
+
+#include <string>
+#include <vector>
+
+namespace qzlog_tool {
+
+struct ProgramResult {
+  int status = 0;  ///< the exit status, or 128 and the signal that ended the program
+  std::string output;
+};
+
+enum class ProgramErrors { kToOurs, kWithOutput };
+
+/// Runs a program, found through PATH, with its arguments as they stand: no shell sees them. Its standard input is
+/// empty; `errors` says where its standard error goes; `variables` ("NAME=VALUE") come before those of the environment.
+/// A signal that ends this process ends the program first. Throws CommandError (cannot run) when it cannot be started.
+ProgramResult run_program(std::vector<std::string> program_and_arguments, ProgramErrors errors = ProgramErrors::kToOurs,
+                          std::vector<std::string> variables = {});
+
+}  // namespace qzlog_tool
+
+#endif  // QZLOG_TOOLS_SYSTEM_CHILD_PROCESS_H

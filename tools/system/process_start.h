@@ -1,0 +1,14 @@
+#ifndef QZLOG_TOOLS_SYSTEM_PROCESS_START_H
+#define QZLOG_TOOLS_SYSTEM_PROCESS_START_H
+
+namespace qzlog_tool {
+
+/// To be called before anything else: gives the process what every part of it relies on, whatever it was started with.
+/// Each standard descriptor that is closed becomes one that can neither be read nor written, so that no file which is
+/// opened later gets its number and the texts that go there. A file that would grow beyond the limit for files is an
+/// error of the write, not a signal.
+void prepare_process() noexcept;
+
+}  // namespace qzlog_tool
+
+#endif  // QZLOG_TOOLS_SYSTEM_PROCESS_START_H

@@ -1,0 +1,11 @@
+#ifndef QZLOG_TOOLS_SYSTEM_STANDARD_OUTPUT_H
+#define QZLOG_TOOLS_SYSTEM_STANDARD_OUTPUT_H
+
+namespace qzlog_tool {
+
+/// Writes out what std::cout holds. Throws CommandError (cannot run) when not everything that it ever got has arrived.
+void flush_standard_output();
+
+}  // namespace qzlog_tool
+
+#endif  // QZLOG_TOOLS_SYSTEM_STANDARD_OUTPUT_H
