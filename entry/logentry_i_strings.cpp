@@ -85,9 +85,13 @@ void cut_to_bytes(const char* value, int limit, char* buffer, int capacity) {
 void cut_to_units(const char* value, int limit, char* buffer, int capacity) {
   const char* const code_page = qz_LOG_LogConfig::GetCodePage();
   int length = 0;
-  const IcuMemory memory;
-  const icu::UnicodeString cut(decode_text(value, code_page), 0, limit);
-  memory.check(cut);
+  const icu::UnicodeString text = decode_text(value, code_page);
+  const icu::UnicodeString cut = with_icu_memory([&] {
+    const IcuMemory memory;
+    icu::UnicodeString beginning(text, 0, limit);
+    memory.check(beginning);
+    return beginning;
+  });
   if (!encode_text(cut, code_page, buffer, capacity, length) || length >= capacity) throw_small_buffer();
   buffer[length] = '\0';
 }

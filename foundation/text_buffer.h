@@ -21,6 +21,8 @@ class qz_TextBuffer : public qz_UTIL_no_inadvertant_copies {
   const char* data() const { return begin_; }
   std::size_t size() const { return size_; }
 
+  /// Keeps its room.
+  void clear() { size_ = 0; }
   void append(char character) {
     *reserve(1) = character;
     ++size_;

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -15,12 +16,18 @@ namespace {
 
 /// Null when there is no such code page.
 UConverter* open_converter(const char* code_page) {
-  const IcuMemory memory;
-  UErrorCode status = U_ZERO_ERROR;
-  UConverter* const converter = ucnv_open(code_page[0] != '\0' ? code_page : nullptr, &status);
-  if (!memory.ran_out(status)) return converter;
-  ucnv_close(converter);
-  throw QZX_memory_alloc();
+  bool may_have_run_out = false;
+  return with_icu_memory([&] {
+    const IcuMemory memory;
+    UErrorCode status = U_ZERO_ERROR;
+    std::unique_ptr<UConverter, decltype(&ucnv_close)> converter(
+        ucnv_open(code_page[0] != '\0' ? code_page : nullptr, &status), ucnv_close);
+    // A code page that ICU had no memory to look for it does not know from then on.
+    if (may_have_run_out && U_FAILURE(status)) throw QZX_memory_alloc();
+    may_have_run_out = memory.ran_out(status);
+    memory.check(status);
+    return converter.release();
+  });
 }
 
 /// The converter that a thread used last, nearly always the one it needs next.
@@ -109,11 +116,13 @@ std::size_t length_of_sequence(const unsigned char* bytes, std::size_t left) {
 }
 
 bool encode_with(UConverter* converter, const icu::UnicodeString& text, char* buffer, int capacity, int& length) {
-  const IcuMemory memory;
-  UErrorCode status = U_ZERO_ERROR;
-  length = ucnv_fromUChars(converter, buffer, capacity, text.getBuffer(), text.length(), &status);
-  memory.check(status);
-  return U_SUCCESS(status);
+  return with_icu_memory([&] {
+    const IcuMemory memory;
+    UErrorCode status = U_ZERO_ERROR;
+    length = ucnv_fromUChars(converter, buffer, capacity, text.getBuffer(), text.length(), &status);
+    memory.check(status);
+    return static_cast<bool>(U_SUCCESS(status));
+  });
 }
 
 /// With ICU's default converter, which threads share under a lock.
@@ -126,18 +135,20 @@ icu::UnicodeString decode_by_default(const char* text) {
 icu::UnicodeString decode_in_named_page(const char* text, const char* code_page) {
   const qz_ForkDelay fork_delay;
   return with_thread_instance<ThreadConverter>([&](ThreadConverter& converters) {
-    icu::UnicodeString decoded;
     UConverter* const converter = converters.get(code_page);
     if (converter == nullptr) {
-      decoded.setToBogus();
-      return decoded;
+      icu::UnicodeString none;
+      none.setToBogus();
+      return none;
     }
-    const IcuMemory memory;
-    ucnv_resetToUnicode(converter);
-    UErrorCode status = U_ZERO_ERROR;
-    decoded = icu::UnicodeString(text, -1, converter, status);
-    memory.check(decoded, status);
-    return decoded;
+    return with_icu_memory([&] {
+      const IcuMemory memory;
+      ucnv_resetToUnicode(converter);
+      UErrorCode status = U_ZERO_ERROR;
+      icu::UnicodeString decoded(text, -1, converter, status);
+      memory.check(decoded, status);
+      return decoded;
+    });
   });
 }
 
@@ -154,10 +165,12 @@ icu::UnicodeString decode_text(const char* text, const char* code_page) {
   // ICU opens a converter for every text in a named code page; its default converter and UTF-8 have ways of their own.
   const bool is_default = code_page[0] == '\0';
   if (!is_default && !is_utf8(code_page)) return decode_in_named_page(text, code_page);
-  const IcuMemory memory;
-  icu::UnicodeString decoded = is_default ? decode_by_default(text) : icu::UnicodeString::fromUTF8(text);
-  memory.check(decoded);
-  return decoded;
+  return with_icu_memory([&] {
+    const IcuMemory memory;
+    icu::UnicodeString decoded = is_default ? decode_by_default(text) : icu::UnicodeString::fromUTF8(text);
+    memory.check(decoded);
+    return decoded;
+  });
 }
 
 bool decoded_length_exceeds(const char* text, std::size_t length, const char* code_page, int limit) {

@@ -12,6 +12,10 @@
 /// A message of the ICU path: in UTF-8 where it could be assembled, else as ICU formatted it.
 class IcuMessage : public qz_UTIL_no_inadvertant_copies {
  public:
+  void clear() {
+    is_utf8_ = true;
+    utf8_.clear();
+  }
   bool is_utf8() const { return is_utf8_; }
   qz_TextBuffer& utf8() { return utf8_; }
   void set_formatted(icu::UnicodeString&& text) {
@@ -21,11 +25,13 @@ class IcuMessage : public qz_UTIL_no_inadvertant_copies {
   /// QZX_memory_alloc without memory.
   icu::UnicodeString to_unicode() const {
     if (!is_utf8_) return formatted_;
-    const IcuMemory memory;
-    icu::UnicodeString text =
-        icu::UnicodeString::fromUTF8(icu::StringPiece(utf8_.data(), static_cast<int>(utf8_.size())));
-    memory.check(text);
-    return text;
+    return with_icu_memory([&] {
+      const IcuMemory memory;
+      icu::UnicodeString text =
+          icu::UnicodeString::fromUTF8(icu::StringPiece(utf8_.data(), static_cast<int>(utf8_.size())));
+      memory.check(text);
+      return text;
+    });
   }
 
  private:

@@ -27,9 +27,11 @@ std::string text_of(const icu::MessageFormat& format, int value) {
 }  // namespace
 
 IntegerStyle::IntegerStyle(const icu::Locale& locale) {
-  const IcuMemory memory;
-  learn(locale);
-  memory.check();
+  with_icu_memory([&] {
+    const IcuMemory memory;
+    learn(locale);
+    memory.check();
+  });
 }
 
 /// The digits and the minus sign come from the integers -9 to 9, and then have to give right what is longer too.

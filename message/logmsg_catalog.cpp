@@ -172,9 +172,11 @@ const char* _qz_LOG_log_message::get_locale_name() {
 
 icu::Locale _qz_LOG_log_message::get_locale() {
   const qz_ForkDelay fork_delay;
-  const IcuMemory memory;
-  const char* const name = qz_I18N_get_locale_name(qz_I18N_get_locale());
-  icu::Locale locale = name[0] != '\0' ? icu::Locale(name) : default_locale();
-  memory.check();
-  return locale;
+  return with_icu_memory([] {
+    const IcuMemory memory;
+    const char* const name = qz_I18N_get_locale_name(qz_I18N_get_locale());
+    icu::Locale locale = name[0] != '\0' ? icu::Locale(name) : default_locale();
+    memory.check();
+    return locale;
+  });
 }

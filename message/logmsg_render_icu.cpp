@@ -109,16 +109,19 @@ const _qz_LOG_prepared_message& prepare(const _qz_LOG_message_text& text, const 
 
 void _qz_LOG_log_message::format_message(const _qz_LOG_log_entry_imp& entry, const _qz_LOG_log_definition* definition,
                                          bool use_default, unsigned int selector_index, IcuMessage& message) try {
-  const _qz_LOG_prepared_message* prepared = nullptr;
-  // Each choice refuses an entry without a definition.
-  if (is_catalog_open()) {
-    const char* const id = choose_message_id(entry, definition, use_default, selector_index);
-    prepared = &prepare_catalog_message(id, *definition, make_template);
-  } else {
-    const _qz_LOG_message_text& text = choose_message_text(entry, definition, use_default, selector_index);
-    prepared = &prepare(text, *definition);
-  }
-  render(static_cast<const IcuTemplate&>(*prepared), entry, *definition, message);
+  with_icu_memory([&] {
+    message.clear();
+    const _qz_LOG_prepared_message* prepared = nullptr;
+    // Each choice refuses an entry without a definition.
+    if (is_catalog_open()) {
+      const char* const id = choose_message_id(entry, definition, use_default, selector_index);
+      prepared = &prepare_catalog_message(id, *definition, make_template);
+    } else {
+      const _qz_LOG_message_text& text = choose_message_text(entry, definition, use_default, selector_index);
+      prepared = &prepare(text, *definition);
+    }
+    render(static_cast<const IcuTemplate&>(*prepared), entry, *definition, message);
+  });
 } catch (const std::bad_alloc&) {
   throw QZX_memory_alloc();
 }

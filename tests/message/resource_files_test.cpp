@@ -33,7 +33,7 @@ std::string make_package(const std::string& name, const std::string& tree = "") 
   }
   const std::string prefix = tree.empty() ? "" : tree + "/";
   folder.write("list.txt", prefix + "root.res\n" + prefix + "de.res\n");
-  run_command("cd '" + folder.path() + "' && icupkg -s . -a list.txt new " + name + ".dat");
+  run_command("cd '" + folder.path() + "' && icupkg " + kByteOrderOption + " -s . -a list.txt new " + name + ".dat");
   return folder.read(name + ".dat");
 }
 

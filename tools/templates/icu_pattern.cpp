@@ -171,13 +171,14 @@ std::vector<const TemplatePart*> shown_references(const StoredTemplate& cut) {
 }
 
 PatternReading read_icu_pattern(const StoredTemplate& cut, const std::string& locale) {
-  const IcuMemory memory;
-  const BuiltPattern built = build_pattern(cut);
-  if (memory.ran_out()) throw std::bad_alloc();
-  PatternReading reading = read_pattern(built, locale);
-  // cppcheck-suppress identicalConditionAfterEarlyExit
-  if (memory.ran_out()) throw std::bad_alloc();
-  return reading;
+  return with_icu_memory<std::bad_alloc>([&] {
+    const IcuMemory memory;
+    const BuiltPattern built = build_pattern(cut);
+    memory.check();
+    PatternReading reading = read_pattern(built, locale);
+    memory.check();
+    return reading;
+  });
 }
 
 }  // namespace qzlog_tool

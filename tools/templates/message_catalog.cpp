@@ -31,18 +31,22 @@ constexpr const char* kRoot = "root";
 
 /// The root locale has two names.
 std::string name_of(const std::string& locale) {
-  const IcuMemory memory;
-  const std::string name = icu::Locale(locale.c_str()).getName();
-  if (memory.ran_out()) throw std::bad_alloc();
-  return name.empty() ? kRoot : name;
+  return with_icu_memory<std::bad_alloc>([&] {
+    const IcuMemory memory;
+    const std::string name = icu::Locale(locale.c_str()).getName();
+    memory.check();
+    return name.empty() ? kRoot : name;
+  });
 }
 
 std::string utf8_of(std::u16string_view text) {
-  const IcuMemory memory;
-  std::string converted;
-  icu::UnicodeString(text.data(), static_cast<std::int32_t>(text.size())).toUTF8String(converted);
-  if (memory.ran_out()) throw std::bad_alloc();
-  return converted;
+  return with_icu_memory<std::bad_alloc>([&] {
+    const IcuMemory memory;
+    std::string converted;
+    icu::UnicodeString(text.data(), static_cast<std::int32_t>(text.size())).toUTF8String(converted);
+    memory.check();
+    return converted;
+  });
 }
 
 /// Why the library would not open the bundle, in words that say which one is meant when it is another.

@@ -33,22 +33,26 @@ std::string pattern_of(const StoredTemplate& stored) {
   return pattern;
 }
 
-}  // namespace
-
-std::string template_syntax_failure(std::string_view stored) {
-  const StoredTemplate parts = qzlog_compiler::cut_template(stored, TemplateForm::kIcu);
-  if (!parts.failure.empty()) return parts.failure;
+std::string pattern_failure(const StoredTemplate& parts) {
   const IcuMemory memory;
   UErrorCode status = U_ZERO_ERROR;
   const icu::UnicodeString pattern = icu::UnicodeString::fromUTF8(pattern_of(parts));
   icu::MessagePattern parsed(status);
   const bool is_within_limits = parse_pattern(pattern, parsed, status);
-  if (memory.ran_out(status)) throw std::bad_alloc();
+  memory.check(status);
   if (!is_within_limits) return qzlog_compiler::nesting_failure();
   UParseError place;
   const icu::MessageFormat format(pattern, icu::Locale::getRoot(), place, status);
-  if (memory.ran_out(status)) throw std::bad_alloc();
+  memory.check(status);
   return U_SUCCESS(status) ? "" : "ICU refuses its text; a literal brace is written in apostrophes, '{'";
+}
+
+}  // namespace
+
+std::string template_syntax_failure(std::string_view stored) {
+  const StoredTemplate parts = qzlog_compiler::cut_template(stored, TemplateForm::kIcu);
+  return parts.failure.empty() ? with_icu_memory<std::bad_alloc>([&] { return pattern_failure(parts); })
+                               : parts.failure;
 }
 
 bool loses_its_end(std::string_view stored) { return !stored.empty() && stored.back() != '%'; }

@@ -48,7 +48,7 @@ std::string pattern_failure(const StoredTemplate& stored) {
   UErrorCode status = U_ZERO_ERROR;
   icu::MessagePattern parsed(status);
   const bool is_within_limits = parse_pattern(icu::UnicodeString::fromUTF8(pattern), parsed, status);
-  if (memory.ran_out(status)) throw std::bad_alloc();
+  memory.check(status);
   if (!is_within_limits) return nesting_failure();
   if (U_FAILURE(status)) return "ICU does not take its braces for a message pattern";
   return parsed.hasNamedArguments() ? "ICU takes a name in braces for an argument that nobody gives" : "";
@@ -68,7 +68,7 @@ std::string find_template_failure(std::string_view stored, TemplateForm form, co
     if (!failure.empty()) return failure;
   }
   if (!cut.failure.empty()) return std::move(cut.failure);
-  return form == TemplateForm::kIcu ? pattern_failure(cut) : "";
+  return form == TemplateForm::kIcu ? with_icu_memory<std::bad_alloc>([&] { return pattern_failure(cut); }) : "";
 }
 
 }  // namespace qzlog_compiler
