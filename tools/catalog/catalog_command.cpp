@@ -24,12 +24,14 @@
 #include "tools/catalog/genrb.h"
 #include "tools/catalog/language_catalog.h"
 #include "tools/catalog/po_language.h"
+#include "tools/definitions/definition_file.h"
 #include "tools/options/option_checks.h"
 #include "tools/report/diagnostic_printer.h"
 #include "tools/system/command_error.h"
 #include "tools/system/file_descriptor.h"
 #include "tools/system/file_lock.h"
 #include "tools/system/output_file.h"
+#include "tools/system/standard_input.h"
 
 namespace qzlog_tool {
 namespace {
@@ -110,8 +112,14 @@ void print(CatalogFindings& findings) {
 
 /// None after an error, which is then printed.
 std::optional<CatalogMessages> collect_messages(const CatalogOptions& options, CatalogFindings& findings) {
+  std::vector<std::string> inputs = options.sources;
+  inputs.insert(inputs.end(), options.po.begin(), options.po.end());
+  refuse_repeated_standard_input(inputs);
   std::vector<qzlog_catalog::SourceText> sources;
-  for (const std::string& path : options.sources) sources.push_back({display_name(path), read_file(path)});
+  for (const std::string& path : options.sources) {
+    qzlog_tool::DefinitionFile file = read_definition_source(path);
+    sources.push_back({std::move(file.shown_path), std::move(file.content)});
+  }
   std::vector<qzlog_compiler::Diagnostic> diagnostics;
   std::optional<CatalogMessages> messages = CatalogMessages::collect(sources, diagnostics, findings);
   qzlog_tool::DiagnosticPrinter printer(std::cerr, qzlog_tool::stderr_has_colour());

@@ -4,35 +4,26 @@
 #include <algorithm>
 #include <filesystem>
 #include <initializer_list>
-#include <iostream>
 #include <iterator>
-#include <list>
 #include <memory>
 #include <nlohmann/json.hpp>
-#include <stdexcept>
+#include <optional>
 #include <string>
-#include <string_view>
 #include <system_error>
 #include <utility>
 #include <vector>
 
 #include "tools/compile/dependency_file.h"
 #include "tools/compiler/model/model_json.h"
-#include "tools/compiler/source/compiler.h"
-#include "tools/definitions/definition_input.h"
+#include "tools/definitions/definitions.h"
+#include "tools/definitions/message_path_option.h"
 #include "tools/options/option_checks.h"
-#include "tools/report/diagnostic_printer.h"
 #include "tools/system/command_error.h"
-#include "tools/system/file_descriptor.h"
 #include "tools/system/output_file.h"
-#include "tools/system/terminal.h"
+#include "tools/system/standard_input.h"
 
 namespace qzlog_tool {
 namespace {
-
-using qzlog_compiler::CompileOptions;
-using qzlog_compiler::CompileResult;
-using qzlog_compiler::MessagePath;
 
 constexpr const char* kCompileFooter =
     "The message that a reader sees is the text that the source holds, or there is a diagnostic. Where one stored "
@@ -50,6 +41,7 @@ constexpr const char* kCompileFooter =
     "  qzlog compile storage.yaml --merge site.yaml -o all.ldf\n"
     "  qzlog compile storage.yaml --emit-json\n"
     "  qzlog compile storage.yaml -o storage.ldf --depfile storage.d\n"
+    "  qzlog compile git:v2.5:storage.yaml -o storage-2.5.ldf\n"
     "  qzlog compile - -o - < storage.yaml > storage.ldf";
 
 struct CompileArguments {
@@ -60,21 +52,6 @@ struct CompileArguments {
   std::string path = "both";
   std::string json;
   std::string dependencies;
-};
-
-/// The texts of the sources, which diagnostics show.
-class Sources {
- public:
-  std::string_view read(const std::string& path) {
-    texts_.push_back(read_file(path));
-    printer_.add_source(display_name(path), texts_.back());
-    return texts_.back();
-  }
-  void print(const CompileResult& result) { printer_.print(result.diagnostics); }
-
- private:
-  std::list<std::string> texts_;
-  DiagnosticPrinter printer_{std::cerr, stderr_has_colour()};
 };
 
 std::vector<std::string> given(std::initializer_list<std::string> paths) {
@@ -96,12 +73,8 @@ bool is_device(const std::string& path) {
   return path != "-" && std::filesystem::exists(path, missing) && !std::filesystem::is_regular_file(path, missing);
 }
 
-/// Standard input can be read once, and of two results in one place only the second would be left.
-void refuse_sharing(const CompileArguments& arguments) {
-  const std::vector<std::string> inputs = inputs_of(arguments);
-  if (std::count(inputs.begin(), inputs.end(), "-") > 1) {
-    throw CommandError(kExitCannotRun, "only one of the sources can come from standard input");
-  }
+/// Of two results in one place only the second would be left.
+void refuse_shared_output(const CompileArguments& arguments) {
   const std::vector<std::string> outputs = outputs_of(arguments);
   for (auto path = outputs.begin(); path != outputs.end(); ++path) {
     const bool again = std::any_of(path + 1, outputs.end(), [&](const auto& name) { return same_file(*path, name); });
@@ -114,32 +87,34 @@ void check_usage(const CompileArguments& arguments) {
   for (const std::string& output : outputs_of(arguments)) {
     for (const std::string& input : inputs_of(arguments)) refuse_overwriting(input, output);
   }
-  refuse_sharing(arguments);
+  refuse_repeated_standard_input(inputs_of(arguments));
+  refuse_shared_output(arguments);
   if (!arguments.dependencies.empty() && arguments.output == "-") {
     throw CommandError(kExitCannotRun, "--depfile says what a file depends on; name one with -o");
   }
 }
 
-CompileResult compile_main_source(const CompileArguments& arguments, CompileOptions options, Sources& sources) {
-  CompileResult standard;
+/// Compiles the source, and says what is to be said about it. None where there is an error.
+std::optional<Definitions> compile_source(const CompileArguments& arguments) {
+  ReadingOptions options{.path = message_path_of(arguments.path)};
+  Definitions standard;
   if (!arguments.standard.empty()) {
-    options.standard_file = display_name(arguments.standard);
-    standard = qzlog_compiler::load_standard(sources.read(arguments.standard), options.standard_file);
-    if (!standard.ok()) return standard;
-    options.standard = &standard.model;
+    standard = read_without_errors(read_definition_file(arguments.standard), {}, kExitFindings);
+    options.standard = &standard;
   }
-  return qzlog_compiler::compile_source(sources.read(arguments.source), display_name(arguments.source), options);
+  Definitions definitions = read_definitions(read_definition_source(arguments.source), options);
+  print_diagnostics(definitions, options.standard);
+  return definitions.ok() ? std::optional(std::move(definitions)) : std::nullopt;
 }
 
-CompileResult compile_inputs(const CompileArguments& arguments, Sources& sources) {
-  const MessagePath path = message_path_of(arguments.path);
-  CompileResult result = compile_main_source(arguments, {.path = path}, sources);
-  if (!result.ok() || arguments.auxiliary.empty()) return result;
-  return qzlog_compiler::compile_merged(std::move(result), display_name(arguments.source),
-                                        sources.read(arguments.auxiliary), display_name(arguments.auxiliary), path);
+std::optional<Definitions> merge_source(const Definitions& standard, const CompileArguments& arguments) {
+  Definitions merged =
+      merge_definitions(standard, read_definition_source(arguments.auxiliary), message_path_of(arguments.path));
+  print_diagnostics(merged, &standard);
+  return merged.ok() ? std::optional(std::move(merged)) : std::nullopt;
 }
 
-void write_outputs(const CompileArguments& arguments, const CompileResult& result) {
+void write_outputs(const CompileArguments& arguments, const Definitions& result) {
   std::vector<OutputFile> outputs;
   if (!arguments.output.empty()) outputs.push_back({arguments.output, result.bytes});
   std::string json;
@@ -150,7 +125,7 @@ void write_outputs(const CompileArguments& arguments, const CompileResult& resul
   std::string rule;
   if (!arguments.dependencies.empty()) {
     std::vector<std::string> inputs = inputs_of(arguments);
-    std::erase(inputs, "-");
+    std::erase_if(inputs, [](const std::string& path) { return !names_file(path); });
     rule = dependency_rule(arguments.output, inputs);
     outputs.push_back({arguments.dependencies, rule});
   }
@@ -159,24 +134,11 @@ void write_outputs(const CompileArguments& arguments, const CompileResult& resul
 
 int compile(const CompileArguments& arguments) {
   check_usage(arguments);
-  Sources sources;
-  const CompileResult result = compile_inputs(arguments, sources);
-  sources.print(result);
-  if (!result.ok()) return kExitFindings;
-  write_outputs(arguments, result);
+  std::optional<Definitions> result = compile_source(arguments);
+  if (result && !arguments.auxiliary.empty()) result = merge_source(*result, arguments);
+  if (!result) return kExitFindings;
+  write_outputs(arguments, *result);
   return kExitSuccess;
-}
-
-int run(const CompileArguments& arguments) {
-  try {
-    return compile(arguments);
-  } catch (const CommandError& error) {
-    std::cerr << "qzlog: " << error.what() << '\n';
-    return error.exit_status();
-  } catch (const std::length_error& error) {
-    std::cerr << "qzlog: " << display_name(arguments.source) << ": " << error.what() << '\n';
-    return kExitFindings;
-  }
 }
 
 }  // namespace
@@ -201,10 +163,7 @@ void add_compile_command(CLI::App& app, int& exit_status) {
       ->check(check_not_empty)
       ->type_name("AUX.yaml")
       ->excludes(standard);
-  command->add_option("--path", arguments->path, "Rendering path that the texts have to come out right on")
-      ->check(CLI::IsMember({"icu", "narrow", "both"}).description(""))
-      ->type_name("icu|narrow|both")
-      ->capture_default_str();
+  add_message_path_option(*command, arguments->path, "Rendering path that the texts have to come out right on");
   command->add_flag(
       "--emit-json{-}", arguments->json,
       "Write the definitions with all defaults filled in as JSON: to standard output, or =FILE to a file");
@@ -218,7 +177,7 @@ void add_compile_command(CLI::App& app, int& exit_status) {
   command->footer(kCompileFooter);
   command->callback([arguments, &exit_status] {
     if (outputs_of(*arguments).empty()) throw CLI::RequiredError("-o OUT.ldf or --emit-json");
-    exit_status = run(*arguments);
+    exit_status = compile(*arguments);
   });
 }
 

@@ -6,7 +6,8 @@
 
 #include "tools/count/calendar_day.h"
 #include "tools/count/entry_counting.h"
-#include "tools/definitions/definition_files.h"
+#include "tools/definitions/definitions.h"
+#include "tools/definitions/entry_view.h"
 #include "tools/system/command_error.h"
 #include "tools/system/number_text.h"
 
@@ -36,6 +37,10 @@ void refuse_reversed_days(const std::string& from, const std::string& to) {
   }
 }
 
+Definitions read_named_entries(const std::string& source) {
+  return read_without_errors(read_definition_source(source), {}, kExitFindings);
+}
+
 std::int32_t read_key(const std::string& text, const std::string& definitions) {
   constexpr std::int64_t kMinimum = std::numeric_limits<std::int32_t>::min();
   constexpr std::int64_t kMaximum = std::numeric_limits<std::uint32_t>::max();
@@ -46,10 +51,10 @@ std::int32_t read_key(const std::string& text, const std::string& definitions) {
   if (definitions.empty()) {
     throw CommandError(kExitCannotRun, "the name '" + text + "' needs --definitions with a definition source");
   }
-  const EntryNames names = load_entry_names(definitions);
-  const auto found = names.find(text);
-  if (found == names.end()) throw CommandError(kExitCannotRun, "the definitions have no entry '" + text + "'");
-  return counter_key(found->second);
+  const Definitions read = read_named_entries(definitions);
+  const auto* const entry = DefinitionPair(read.model, nullptr).find_by_name(text);
+  if (entry == nullptr) throw CommandError(kExitCannotRun, "the definitions have no entry '" + text + "'");
+  return counter_key(entry->id);
 }
 
 }  // namespace qzlog_tool

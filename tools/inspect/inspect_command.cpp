@@ -9,15 +9,16 @@
 #include <string_view>
 #include <vector>
 
-#include "tools/compiler/source/compiler.h"
+#include "tools/definitions/definition_file.h"
+#include "tools/definitions/definitions.h"
 #include "tools/inspect/ldf_annotation.h"
 #include "tools/inspect/ldf_json.h"
 #include "tools/inspect/ldf_survey.h"
 #include "tools/inspect/ldf_table.h"
 #include "tools/inspect/ldf_yaml.h"
-#include "tools/report/diagnostic_printer.h"
 #include "tools/system/command_error.h"
 #include "tools/system/file_descriptor.h"
+#include "tools/system/standard_input.h"
 #include "tools/system/standard_output.h"
 #include "tools/system/terminal.h"
 
@@ -87,11 +88,10 @@ void print_damages(const LdfSurvey& survey, const std::string& file) {
 
 /// False when there is no source, and the reasons are told.
 bool print_yaml(const LdfSurvey& survey, const InspectArguments& arguments) {
-  qzlog_compiler::CompileResult standard;
+  Definitions standard;
   if (!arguments.standard.empty()) {
-    const std::string content = read_file(arguments.standard);
-    standard = qzlog_compiler::load_standard(content, display_name(arguments.standard));
-    print_diagnostics(standard.diagnostics, display_name(arguments.standard), content);
+    standard = read_errors_only(read_definition_file(arguments.standard), {});
+    print_diagnostics(standard, nullptr);
     if (!standard.ok()) return false;
   }
   const auto yaml = qzlog_compiler::write_yaml(survey, arguments.standard.empty() ? nullptr : &standard.model);
@@ -117,10 +117,8 @@ bool print_form(const LdfSurvey& survey, const InspectArguments& arguments) {
 }
 
 int inspect(const InspectArguments& arguments) {
-  if (arguments.file == "-" && arguments.standard == "-") {
-    throw CommandError(kExitCannotRun, "standard input cannot give both files");
-  }
-  const std::string bytes = read_file(arguments.file);
+  refuse_repeated_standard_input({arguments.file, arguments.standard});
+  const std::string bytes = read_definition_file(arguments.file).content;
   const LdfSurvey survey(bytes);
   const bool printed = print_form(survey, arguments);
   flush_standard_output();

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "qzlog/logentry.h"
-#include "tools/definitions/definition_files.h"
+#include "tools/definitions/loaded_definitions.h"
 #include "tools/options/code_page.h"
 #include "tools/render/json_value.h"
 #include "tools/render/kept_entry.h"

@@ -7,7 +7,7 @@
 
 #include "qzlog/logcfg.h"
 #include "tests/tools/temporary_folder.h"
-#include "tools/definitions/definition_files.h"
+#include "tools/definitions/loaded_definitions.h"
 #include "tools/render/entry_error.h"
 #include "tools/render/json_entry.h"
 #include "tools/render/library_call.h"
