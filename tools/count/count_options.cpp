@@ -4,12 +4,12 @@
 #include <limits>
 #include <optional>
 
+#include "tools/compiler/text/number_text.h"
 #include "tools/count/calendar_day.h"
 #include "tools/count/entry_counting.h"
 #include "tools/definitions/definitions.h"
 #include "tools/definitions/entry_view.h"
 #include "tools/system/command_error.h"
-#include "tools/system/number_text.h"
 
 namespace qzlog_tool {
 
@@ -44,7 +44,8 @@ Definitions read_named_entries(const std::string& source) {
 std::int32_t read_key(const std::string& text, const std::string& definitions) {
   constexpr std::int64_t kMinimum = std::numeric_limits<std::int32_t>::min();
   constexpr std::int64_t kMaximum = std::numeric_limits<std::uint32_t>::max();
-  if (const auto number = parse_number(text, kMinimum, kMaximum)) return static_cast<std::int32_t>(*number);
+  if (const auto number = qzlog_compiler::parse_number(text, kMinimum, kMaximum))
+    return static_cast<std::int32_t>(*number);
   if (begins_like_number(text)) {
     throw CommandError(kExitCannotRun, "'" + text + "' is no key from -2147483648 to 4294967295");
   }
