@@ -1,7 +1,5 @@
 #include "tools/count/count_show.h"
 
-#include <unistd.h>
-
 #include <CLI/CLI.hpp>
 #include <cstdint>
 #include <filesystem>
@@ -19,7 +17,6 @@
 #include "tools/count/counter_reader.h"
 #include "tools/count/entry_counting.h"
 #include "tools/options/option_checks.h"
-#include "tools/system/buffered_output.h"
 #include "tools/system/command_error.h"
 #include "tools/system/file_descriptor.h"
 #include "tools/system/output_file.h"
@@ -107,16 +104,14 @@ std::optional<KeyNames> key_names(const std::string& definitions) {
 
 void write(const std::vector<DayCount>& counts, const ShowOptions& options, const KeyNames* names,
            std::uint64_t damaged) {
-  BufferedOutput output(STDOUT_FILENO, "standard output");
   const CountReport report = make_count_report(counts);
   if (options.json) {
-    write_count_json(report, names, damaged, output);
+    write_count_json(report, names, damaged, std::cout);
   } else if (options.chart) {
-    write_bar_chart(report.days, output_columns(), output);
+    write_bar_chart(report.days, output_columns(), std::cout);
   } else {
-    write_count_table(report, names, output);
+    write_count_table(report, names, std::cout);
   }
-  output.flush();
 }
 
 int show(const ShowOptions& options) {
