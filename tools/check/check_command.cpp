@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "tools/check/catalog_check.h"
+#include "tools/check/compiled_check.h"
 #include "tools/check/library_check.h"
-#include "tools/check/model_check.h"
 #include "tools/definitions/definitions.h"
 #include "tools/definitions/entry_view.h"
 #include "tools/definitions/message_path_option.h"
@@ -97,8 +97,8 @@ class Check {
   void check_content(const Definitions& definitions, const Definitions* standard, CheckReport& report) {
     report_damage(definitions, findings_);
     if (definitions.is_source) return;
-    check_model({definitions.bytes, &definitions.model}, standard != nullptr ? &standard->model : nullptr, path_,
-                report);
+    check_compiled({definitions.bytes, &definitions.model}, standard != nullptr ? &standard->model : nullptr, path_,
+                   report);
   }
 
   /// Over a standard file that is not whole, half of what could be said of an auxiliary one would be wrong.

@@ -44,7 +44,7 @@ constexpr const char* kCompileFooter =
     "  qzlog compile git:v2.5:storage.yaml -o storage-2.5.ldf\n"
     "  qzlog compile - -o - < storage.yaml > storage.ldf";
 
-struct CompileArguments {
+struct CompileCommandOptions {
   std::string source;
   std::string output;
   std::string standard;
@@ -60,12 +60,12 @@ std::vector<std::string> given(std::initializer_list<std::string> paths) {
   return result;
 }
 
-std::vector<std::string> inputs_of(const CompileArguments& arguments) {
-  return given({arguments.source, arguments.standard, arguments.auxiliary});
+std::vector<std::string> inputs_of(const CompileCommandOptions& options) {
+  return given({options.source, options.standard, options.auxiliary});
 }
 
-std::vector<std::string> outputs_of(const CompileArguments& arguments) {
-  return given({arguments.output, arguments.json, arguments.dependencies});
+std::vector<std::string> outputs_of(const CompileCommandOptions& options) {
+  return given({options.output, options.json, options.dependencies});
 }
 
 bool is_device(const std::string& path) {
@@ -74,8 +74,8 @@ bool is_device(const std::string& path) {
 }
 
 /// Of two results in one place only the second would be left.
-void refuse_shared_output(const CompileArguments& arguments) {
-  const std::vector<std::string> outputs = outputs_of(arguments);
+void refuse_shared_output(const CompileCommandOptions& options) {
+  const std::vector<std::string> outputs = outputs_of(options);
   for (auto path = outputs.begin(); path != outputs.end(); ++path) {
     const bool again = std::any_of(path + 1, outputs.end(), [&](const auto& name) { return same_file(*path, name); });
     if (!again || is_device(*path)) continue;
@@ -83,101 +83,100 @@ void refuse_shared_output(const CompileArguments& arguments) {
   }
 }
 
-void check_usage(const CompileArguments& arguments) {
-  for (const std::string& output : outputs_of(arguments)) {
-    for (const std::string& input : inputs_of(arguments)) refuse_overwriting(input, output);
+void check_usage(const CompileCommandOptions& options) {
+  for (const std::string& output : outputs_of(options)) {
+    for (const std::string& input : inputs_of(options)) refuse_overwriting(input, output);
   }
-  refuse_repeated_standard_input(inputs_of(arguments));
-  refuse_shared_output(arguments);
-  if (!arguments.dependencies.empty() && arguments.output == "-") {
+  refuse_repeated_standard_input(inputs_of(options));
+  refuse_shared_output(options);
+  if (!options.dependencies.empty() && options.output == "-") {
     throw CommandError(kExitCannotRun, "--depfile says what a file depends on; name one with -o");
   }
 }
 
 /// Compiles the source, and says what is to be said about it. None where there is an error.
-std::optional<Definitions> compile_source(const CompileArguments& arguments) {
-  ReadingOptions options{.path = message_path_of(arguments.path)};
+std::optional<Definitions> compile_source(const CompileCommandOptions& options) {
+  ReadingOptions reading{.path = message_path_of(options.path)};
   Definitions standard;
-  if (!arguments.standard.empty()) {
-    standard = read_without_errors(read_definition_file(arguments.standard), {}, kExitFindings);
-    options.standard = &standard;
+  if (!options.standard.empty()) {
+    standard = read_without_errors(read_definition_file(options.standard), {}, kExitFindings);
+    reading.standard = &standard;
   }
-  Definitions definitions = read_definitions(read_definition_source(arguments.source), options);
-  print_diagnostics(definitions, options.standard);
+  Definitions definitions = read_definitions(read_definition_source(options.source), reading);
+  print_diagnostics(definitions, reading.standard);
   return definitions.ok() ? std::optional(std::move(definitions)) : std::nullopt;
 }
 
-std::optional<Definitions> merge_source(const Definitions& standard, const CompileArguments& arguments) {
+std::optional<Definitions> merge_source(const Definitions& standard, const CompileCommandOptions& options) {
   Definitions merged =
-      merge_definitions(standard, read_definition_source(arguments.auxiliary), message_path_of(arguments.path));
+      merge_definitions(standard, read_definition_source(options.auxiliary), message_path_of(options.path));
   print_diagnostics(merged, &standard);
   return merged.ok() ? std::optional(std::move(merged)) : std::nullopt;
 }
 
-void write_outputs(const CompileArguments& arguments, const Definitions& result) {
+void write_outputs(const CompileCommandOptions& options, const Definitions& result) {
   std::vector<OutputFile> outputs;
-  if (!arguments.output.empty()) outputs.push_back({arguments.output, result.bytes});
+  if (!options.output.empty()) outputs.push_back({options.output, result.bytes});
   std::string json;
-  if (!arguments.json.empty()) {
+  if (!options.json.empty()) {
     json = qzlog_compiler::json_text(qzlog_compiler::to_json(result.model));
-    outputs.push_back({arguments.json, json});
+    outputs.push_back({options.json, json});
   }
   std::string rule;
-  if (!arguments.dependencies.empty()) {
-    std::vector<std::string> inputs = inputs_of(arguments);
+  if (!options.dependencies.empty()) {
+    std::vector<std::string> inputs = inputs_of(options);
     std::erase_if(inputs, [](const std::string& path) { return !names_file(path); });
-    rule = dependency_rule(arguments.output, inputs);
-    outputs.push_back({arguments.dependencies, rule});
+    rule = dependency_rule(options.output, inputs);
+    outputs.push_back({options.dependencies, rule});
   }
   write_files(outputs);
 }
 
-int compile(const CompileArguments& arguments) {
-  check_usage(arguments);
-  std::optional<Definitions> result = compile_source(arguments);
-  if (result && !arguments.auxiliary.empty()) result = merge_source(*result, arguments);
+int compile(const CompileCommandOptions& options) {
+  check_usage(options);
+  std::optional<Definitions> result = compile_source(options);
+  if (result && !options.auxiliary.empty()) result = merge_source(*result, options);
   if (!result) return kExitFindings;
-  write_outputs(arguments, *result);
+  write_outputs(options, *result);
   return kExitSuccess;
 }
 
 }  // namespace
 
 void add_compile_command(CLI::App& app, int& exit_status) {
-  const auto arguments = std::make_shared<CompileArguments>();
+  const auto options = std::make_shared<CompileCommandOptions>();
   CLI::App* const command = app.add_subcommand("compile", "Compile a definition source into a log definition file");
-  command->add_option("SRC", arguments->source, "Definition source (YAML); - is standard input")->required();
+  command->add_option("SRC", options->source, "Definition source (YAML); - is standard input")->required();
   CLI::Option* const output =
-      command->add_option("-o,--output", arguments->output, "Log definition file to write; - is standard output")
+      command->add_option("-o,--output", options->output, "Log definition file to write; - is standard output")
           ->check(check_not_empty)
           ->type_name("OUT.ldf");
   CLI::Option* const standard =
       command
-          ->add_option("--aux-of", arguments->standard,
+          ->add_option("--aux-of", options->standard,
                        "Compile an auxiliary source: check that it extends these definitions, compiled or source")
           ->check(check_not_empty)
           ->type_name("STD");
   command
-      ->add_option("--merge", arguments->auxiliary,
-                   "Compile this auxiliary source too, and both into one standard file")
+      ->add_option("--merge", options->auxiliary, "Compile this auxiliary source too, and both into one standard file")
       ->check(check_not_empty)
       ->type_name("AUX.yaml")
       ->excludes(standard);
-  add_message_path_option(*command, arguments->path, "Rendering path that the texts have to come out right on");
+  add_message_path_option(*command, options->path, "Rendering path that the texts have to come out right on");
   command->add_flag(
-      "--emit-json{-}", arguments->json,
+      "--emit-json{-}", options->json,
       "Write the definitions with all defaults filled in as JSON: to standard output, or =FILE to a file");
   command
-      ->add_option("--depfile", arguments->dependencies,
+      ->add_option("--depfile", options->dependencies,
                    "Write the files that OUT.ldf depends on, as make and ninja "
                    "read them")
       ->check(check_not_empty)
       ->type_name("FILE")
       ->needs(output);
   command->footer(kCompileFooter);
-  command->callback([arguments, &exit_status] {
-    if (outputs_of(*arguments).empty()) throw CLI::RequiredError("-o OUT.ldf or --emit-json");
-    exit_status = compile(*arguments);
+  command->callback([options, &exit_status] {
+    if (outputs_of(*options).empty()) throw CLI::RequiredError("-o OUT.ldf or --emit-json");
+    exit_status = compile(*options);
   });
 }
 

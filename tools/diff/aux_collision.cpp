@@ -39,7 +39,7 @@ void number_entries(DefinitionModel& model) {
 }
 
 /// What the compiler says of a source, said of a compiled file.
-void check_compiled(Definitions& aux, const Definitions& standard) {
+void check_compiled_aux(Definitions& aux, const Definitions& standard) {
   number_entries(aux.model);
   Diagnostics diagnostics(aux.shown_path);
   check_aux_merge(aux.model, ModelIndex(standard.model), standard.shown_path, diagnostics);
@@ -66,7 +66,7 @@ std::string text_of(Diagnostic diagnostic, bool is_compiled) {
 Definitions check_aux_file(const DefinitionFile& aux, const Definitions& standard, MessagePath path) {
   Definitions checked = read_errors_only(aux, {.standard = &standard, .path = path});
   if (aux.is_source || !checked.ok()) return checked;
-  check_compiled(checked, standard);
+  check_compiled_aux(checked, standard);
   std::erase_if(checked.diagnostics,
                 [](const Diagnostic& found) { return found.severity != qzlog_compiler::Severity::kError; });
   return checked;

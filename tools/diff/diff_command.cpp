@@ -46,7 +46,7 @@ Examples:
   qzlog diff git:v2.5:storage.yaml storage.yaml --accept breaks.yaml
   qzlog diff git:HEAD:./storage.yaml storage.yaml --aux site.ldf --json)";
 
-struct DiffArguments {
+struct DiffOptions {
   std::string old_input;
   std::string new_input;
   std::string standard;
@@ -73,8 +73,8 @@ void refuse_errors(const std::vector<Diagnostic>& diagnostics, const std::string
   if (qzlog_compiler::has_errors(diagnostics)) throw CommandError(kExitCannotRun, "");
 }
 
-Definitions read_compared(const std::string& path, const ReadingOptions& options) {
-  return read_without_errors(read_definition_file(path), options, kExitCannotRun);
+Definitions read_compared(const std::string& path, const ReadingOptions& reading) {
+  return read_without_errors(read_definition_file(path), reading, kExitCannotRun);
 }
 
 DefinitionFile read_aux(const std::string& path, const Definitions& old_definitions, MessagePath message_path) {
@@ -92,28 +92,28 @@ std::vector<AcceptedBreak> load_accepted(const DefinitionFile& input) {
   return accepted;
 }
 
-std::vector<std::string> paths_of(const DiffArguments& arguments) {
-  std::vector<std::string> paths = arguments.aux;
-  paths.insert(paths.end(), {arguments.old_input, arguments.new_input, arguments.standard, arguments.accept});
+std::vector<std::string> paths_of(const DiffOptions& options) {
+  std::vector<std::string> paths = options.aux;
+  paths.insert(paths.end(), {options.old_input, options.new_input, options.standard, options.accept});
   return paths;
 }
 
 /// Fills `inputs`.
-void read_inputs(const DiffArguments& arguments, DiffInputs& inputs) {
-  refuse_repeated_standard_input(paths_of(arguments));
-  inputs.path = message_path_of(arguments.path);
-  ReadingOptions options{.path = inputs.path};
-  if (!arguments.standard.empty()) {
-    inputs.standard = read_compared(arguments.standard, options);
-    options.standard = &inputs.standard;
+void read_inputs(const DiffOptions& options, DiffInputs& inputs) {
+  refuse_repeated_standard_input(paths_of(options));
+  inputs.path = message_path_of(options.path);
+  ReadingOptions reading{.path = inputs.path};
+  if (!options.standard.empty()) {
+    inputs.standard = read_compared(options.standard, reading);
+    reading.standard = &inputs.standard;
   }
-  inputs.old_definitions = read_compared(arguments.old_input, options);
-  inputs.new_definitions = read_compared(arguments.new_input, options);
-  for (const std::string& aux : arguments.aux) {
+  inputs.old_definitions = read_compared(options.old_input, reading);
+  inputs.new_definitions = read_compared(options.new_input, reading);
+  for (const std::string& aux : options.aux) {
     inputs.aux.push_back(read_aux(aux, inputs.old_definitions, inputs.path));
   }
-  if (arguments.accept.empty()) return;
-  inputs.accept_file = read_definition_file(arguments.accept);
+  if (options.accept.empty()) return;
+  inputs.accept_file = read_definition_file(options.accept);
   inputs.accepted = load_accepted(inputs.accept_file);
 }
 
@@ -165,14 +165,14 @@ void accept_breaks(DiffReport& report, const DiffInputs& inputs) {
   refuse_errors(diagnostics.take_sorted(), inputs.accept_file.shown_path, inputs.accept_file.content);
 }
 
-int run(const DiffArguments& arguments) {
+int run(const DiffOptions& options) {
   DiffInputs inputs;
-  read_inputs(arguments, inputs);
+  read_inputs(options, inputs);
   DiffReport report = make_report(inputs);
-  report.old_name = arguments.old_input;
-  report.new_name = arguments.new_input;
+  report.old_name = options.old_input;
+  report.new_name = options.new_input;
   accept_breaks(report, inputs);
-  if (arguments.json) {
+  if (options.json) {
     std::cout << qzlog_compiler::json_text(to_json(report));
   } else {
     print_diff(std::cout, report, stdout_has_colour());
@@ -183,24 +183,23 @@ int run(const DiffArguments& arguments) {
 }  // namespace
 
 void add_diff_command(CLI::App& app, int& exit_status) {
-  const auto arguments = std::make_shared<DiffArguments>();
+  const auto options = std::make_shared<DiffOptions>();
   CLI::App* const command = app.add_subcommand("diff", "Compare two versions of definitions: whom each change breaks");
-  command->add_option("OLD", arguments->old_input, "The older definitions")->required();
-  command->add_option("NEW", arguments->new_input, "The newer definitions")->required();
-  command->add_option("--accept", arguments->accept, "YAML list of breaks that are meant, each with its reason")
+  command->add_option("OLD", options->old_input, "The older definitions")->required();
+  command->add_option("NEW", options->new_input, "The newer definitions")->required();
+  command->add_option("--accept", options->accept, "YAML list of breaks that are meant, each with its reason")
       ->type_name("FILE");
   command
-      ->add_option("--aux", arguments->aux,
+      ->add_option("--aux", options->aux,
                    "Auxiliary definitions that extend OLD: say whether they extend NEW too; may be repeated")
       ->type_name("FILE")
       ->allow_extra_args(false);
-  command
-      ->add_option("--aux-of", arguments->standard, "OLD and NEW are auxiliary sources that extend these definitions")
+  command->add_option("--aux-of", options->standard, "OLD and NEW are auxiliary sources that extend these definitions")
       ->type_name("FILE");
-  add_message_path_option(*command, arguments->path, "Rendering path that the texts of sources are stored for");
-  command->add_flag("--json", arguments->json, "Print the result as JSON");
+  add_message_path_option(*command, options->path, "Rendering path that the texts of sources are stored for");
+  command->add_flag("--json", options->json, "Print the result as JSON");
   command->footer(kDiffFooter);
-  command->callback([arguments, &exit_status] { exit_status = run(*arguments); });
+  command->callback([options, &exit_status] { exit_status = run(*options); });
 }
 
 }  // namespace qzlog_tool

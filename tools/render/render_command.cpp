@@ -15,7 +15,7 @@
 #include "tools/compiler/text/utf8_text.h"
 #include "tools/count/entry_counting.h"
 #include "tools/definitions/loaded_definitions.h"
-#include "tools/options/code_page.h"
+#include "tools/options/line_code_page.h"
 #include "tools/options/locale_names.h"
 #include "tools/options/option_checks.h"
 #include "tools/render/entry_error.h"
@@ -227,7 +227,7 @@ class FileRenderer {
 
 int render(const RenderOptions& options) {
   refuse_repeated_standard_input({options.definitions, options.auxiliary, options.filter.config, options.entries});
-  const CodePage code_page(options.code_page);
+  const LineCodePage code_page(options.code_page);
   qz_LOG_LogConfig::SetICUEnabled(!options.no_icu);
   qz_LOG_LogConfig::SetCodePage(code_page.name().c_str());
   set_locale(options.locale);
@@ -237,7 +237,7 @@ int render(const RenderOptions& options) {
   open_catalog(options.catalog);
 
   // Through ICU the library takes and gives texts in the code page; narrowly it passes bytes on as they are.
-  const CodePage* const conversion = code_page.is_utf8() ? nullptr : &code_page;
+  const LineCodePage* const conversion = code_page.is_utf8() ? nullptr : &code_page;
   const RenderCodePages code_pages{options.no_icu ? nullptr : conversion, options.no_icu ? conversion : nullptr};
   std::optional<RenderFilter> filter;
   if (options.filter.active) filter.emplace(options.filter);

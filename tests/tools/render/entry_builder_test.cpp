@@ -176,7 +176,7 @@ TEST_F(EntryBuilderTest, Texts_AreStoredInUtf8) {
 }
 
 TEST_F(EntryBuilderTest, Texts_AreConvertedToTheCodePage) {
-  const qzlog_tool::CodePage code_page("ISO-8859-1");
+  const qzlog_tool::LineCodePage code_page("ISO-8859-1");
   builder_ = EntryBuilder(nullptr, &code_page);
   build(R"({"id":7,"attributes":{"C":"Käse","M":"Öl"}})");
   EXPECT_STREQ(entry_.GetAttribStr("C"), "K\xE4se");
