@@ -59,11 +59,30 @@ const char* const kLines[] = {
     "count add c --key FULL --definitions @s.yaml",
 };
 
-TEST_F(DefinitionCommands, ObjectOfGit_IsReadAsTheFileIs) {
-  ASSERT_EQ(run("git init --quiet && git add . && git -c user.name=Test -c user.email=test@example.com "
-                "-c commit.gpgsign=false commit --quiet --message=First && mkdir work && cp e.jsonl c.cnt work")
-                .status,
-            0);
+/// A repository with all of them committed, and a folder inside without definitions.
+class CommittedDefinitions : public DefinitionCommands {
+ protected:
+  CommittedDefinitions() {
+    EXPECT_EQ(run("git init --quiet && git add . && git -c user.name=Test -c user.email=test@example.com "
+                  "-c commit.gpgsign=false commit --quiet --message=First && mkdir work && cp e.jsonl c.cnt work")
+                  .status,
+              0);
+  }
+};
+
+TEST_F(CommittedDefinitions, ObjectOfGit_IsNoFileToDependOn) {
+  EXPECT_EQ(run("$QZLOG compile a.yaml --aux-of git:HEAD:s.yaml -o out.ldf --depfile out.d").status, 0);
+  EXPECT_EQ(read("out.d"), "out.ldf: \\\n  a.yaml\n");
+}
+
+// The library opens files by their names; it must not find another one.
+TEST_F(CommittedDefinitions, FileNamedAsTheObject_IsNotTaken) {
+  write("git:HEAD:s.ldf", "no definitions");
+  EXPECT_EQ(run("$QZLOG render --definitions git:HEAD:s.ldf e.jsonl").out, "full\n");
+  EXPECT_EQ(run("$QZLOG render --definitions ./git:HEAD:s.ldf e.jsonl").status, 1);
+}
+
+TEST_F(CommittedDefinitions, ObjectOfGit_IsReadAsTheFileIs) {
   for (const std::string line : kLines) {
     const CommandResult from_file = run("$QZLOG " + replaced(line, "@", ""));
     EXPECT_EQ(from_file.status, 0) << line << from_file.err;
