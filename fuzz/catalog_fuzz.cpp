@@ -2,7 +2,6 @@
 // catalog build` does, short of running genrb, and brings the file up to date as `qzlog catalog extract --update` does.
 // What is written has to read as it was, and what was brought up to date has to be so.
 #include <algorithm>
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -17,6 +16,7 @@
 #include "tools/catalog/catalog_messages.h"
 #include "tools/catalog/catalog_status.h"
 #include "tools/catalog/language_catalog.h"
+#include "tools/definitions/definitions.h"
 
 using namespace qzlog_catalog;
 
@@ -53,10 +53,11 @@ entries:
 )";
 
 CatalogMessages collect_messages() {
-  const std::array sources = {SourceText{"source.yaml", kSource}};
-  std::vector<qzlog_compiler::Diagnostic> diagnostics;
+  std::vector<qzlog_tool::Definitions> sources;
+  sources.push_back(qzlog_tool::read_errors_only({"source.yaml", "source.yaml", kSource, true},
+                                                 {.path = qzlog_compiler::MessagePath::kIcu}));
   CatalogFindings findings;
-  std::optional<CatalogMessages> messages = CatalogMessages::collect(sources, diagnostics, findings);
+  std::optional<CatalogMessages> messages = CatalogMessages::collect(std::move(sources), findings);
   if (!messages) std::abort();
   return std::move(*messages);
 }

@@ -15,17 +15,22 @@
 
 #include "tools/compiler/file/ldf_reader.h"
 #include "tools/compiler/model/model_json.h"
-#include "tools/compiler/source/compiler.h"
+#include "tools/definitions/definitions.h"
 #include "tools/diff/aux_collision.h"
 #include "tools/diff/diff_report.h"
 #include "tools/diff/model_diff.h"
 #include "tools/diff/version_advice.h"
 
 using namespace qzlog_compiler;
+using namespace qzlog_tool;
 
 namespace {
 
 constexpr std::string_view kMagic = ".LDF";
+
+DefinitionFile compiled_file(const char* name, std::string_view bytes) {
+  return {name, name, std::string(bytes), false};
+}
 
 void show(const DefinitionModel& before, const DefinitionModel& after, const std::vector<DiffChange>& changes) {
   qzlog_tool::DiffReport report;
@@ -76,7 +81,7 @@ std::vector<Summary> summaries(const std::vector<DiffChange>& changes, bool back
   return result;
 }
 
-void compare(const CompileResult& before, const CompileResult& after) {
+void compare(const Definitions& before, const Definitions& after) {
   const std::vector<DiffChange> changes = compare_models(before.model, after.model);
   const std::vector<DiffChange> back = compare_models(after.model, before.model);
   if (summaries(changes, false) != summaries(back, true)) std::abort();
@@ -85,10 +90,10 @@ void compare(const CompileResult& before, const CompileResult& after) {
 }
 
 /// Definitions that extend others collide with none of them.
-void extend(const CompileResult& standard, std::string_view aux_bytes) {
-  const AuxFile aux{std::string(aux_bytes), "aux.ldf"};
-  const bool extends = check_aux_file(aux, standard.model, MessagePath::kBoth).ok();
-  if (extends != find_aux_collisions(aux, standard.model, MessagePath::kBoth).empty()) std::abort();
+void extend(const Definitions& standard, std::string_view aux_bytes) {
+  const DefinitionFile aux = compiled_file("aux.ldf", aux_bytes);
+  const bool extends = check_aux_file(aux, standard, MessagePath::kBoth).ok();
+  if (extends != find_aux_collisions(aux, standard, MessagePath::kBoth).empty()) std::abort();
 }
 
 }  // namespace
@@ -100,11 +105,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
   const std::string_view old_bytes = input.substr(0, cut);
   const std::string_view new_bytes = input.substr(cut);
   if (!looks_like_ldf(new_bytes)) return 0;
-  const CompileResult after = load_standard(new_bytes, "new.ldf");
+  const Definitions after = read_definitions(compiled_file("new.ldf", new_bytes), {});
   if (!after.ok()) return 0;
   if (!compare_models(after.model, after.model).empty()) std::abort();
   if (!looks_like_ldf(old_bytes)) return 0;
-  const CompileResult before = load_standard(old_bytes, "old.ldf");
+  const Definitions before = read_definitions(compiled_file("old.ldf", old_bytes), {});
   if (!before.ok()) return 0;
   compare(before, after);
   extend(before, new_bytes);

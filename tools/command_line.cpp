@@ -31,7 +31,10 @@ namespace {
 constexpr const char* kProgramName = "qzlog";
 constexpr const char* kProgramDescription = "Definition-driven structured event logging";
 constexpr const char* kProgramFooter =
-    R"(Exit status: 0 success; 1 findings or bad input; 2 wrong usage, or a file that cannot be read or written.
+    R"(Definitions are read from files, from standard input (-), or from git: git:REV:PATH is PATH at the revision REV, as in
+git:HEAD:storage.yaml. What begins as a compiled file, or is named *.ldf, is compiled; everything else is a source in YAML.
+
+Exit status: 0 success; 1 findings or bad input; 2 wrong usage, or a file that cannot be read or written.
 'qzlog COMMAND --help' shows a command's options and examples.)";
 
 /// Each adds one subcommand, which runs while the command line is parsed.

@@ -24,12 +24,13 @@
 #include "tools/catalog/genrb.h"
 #include "tools/catalog/language_catalog.h"
 #include "tools/catalog/po_language.h"
+#include "tools/definitions/definitions.h"
 #include "tools/options/option_checks.h"
-#include "tools/report/diagnostic_printer.h"
 #include "tools/system/command_error.h"
 #include "tools/system/file_descriptor.h"
 #include "tools/system/file_lock.h"
 #include "tools/system/output_file.h"
+#include "tools/system/standard_input.h"
 
 namespace qzlog_tool {
 namespace {
@@ -108,15 +109,29 @@ void print(CatalogFindings& findings) {
   }
 }
 
+/// The standard source and those that extend it. Throws CommandError (findings) after errors, which are printed.
+std::vector<Definitions> read_sources(const std::vector<std::string>& paths) {
+  std::vector<Definitions> sources;
+  sources.reserve(paths.size());  // the first one is referred to
+  ReadingOptions options{.path = qzlog_compiler::MessagePath::kIcu};
+  bool ok = true;
+  for (const std::string& path : paths) {
+    sources.push_back(read_errors_only(read_definition_source(path), options));
+    print_diagnostics(sources.back(), options.standard);
+    ok = ok && sources.back().ok();
+    if (options.standard == nullptr && !ok) break;  // the others would only repeat it
+    options.standard = &sources.front();
+  }
+  if (!ok) throw CommandError(kExitFindings, "");
+  return sources;
+}
+
 /// None after an error, which is then printed.
 std::optional<CatalogMessages> collect_messages(const CatalogOptions& options, CatalogFindings& findings) {
-  std::vector<qzlog_catalog::SourceText> sources;
-  for (const std::string& path : options.sources) sources.push_back({display_name(path), read_file(path)});
-  std::vector<qzlog_compiler::Diagnostic> diagnostics;
-  std::optional<CatalogMessages> messages = CatalogMessages::collect(sources, diagnostics, findings);
-  qzlog_tool::DiagnosticPrinter printer(std::cerr, qzlog_tool::stderr_has_colour());
-  for (const qzlog_catalog::SourceText& source : sources) printer.add_source(source.name, source.content);
-  printer.print(diagnostics);
+  std::vector<std::string> inputs = options.sources;
+  inputs.insert(inputs.end(), options.po.begin(), options.po.end());
+  refuse_repeated_standard_input(inputs);
+  std::optional<CatalogMessages> messages = CatalogMessages::collect(read_sources(options.sources), findings);
   if (!messages) print(findings);
   return messages;
 }

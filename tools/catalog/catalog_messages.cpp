@@ -4,18 +4,13 @@
 
 #include "tools/catalog/resource_bundle.h"
 #include "tools/compiler/model/model_merge.h"
-#include "tools/compiler/source/compiler.h"
 #include "tools/compiler/text/utf8_text.h"
 
 namespace qzlog_catalog {
 namespace {
 
 using qzlog_compiler::AttributeDefinition;
-using qzlog_compiler::CompileOptions;
-using qzlog_compiler::CompileResult;
-using qzlog_compiler::Diagnostic;
 using qzlog_compiler::EntryDefinition;
-using qzlog_compiler::MessagePath;
 using qzlog_compiler::MessageText;
 using qzlog_compiler::quoted;
 using qzlog_compiler::SelectorMessage;
@@ -44,14 +39,12 @@ std::optional<qz_AttributeType> MessageScope::find(std::string_view name) const 
   return std::nullopt;
 }
 
-std::optional<CatalogMessages> CatalogMessages::collect(std::span<const SourceText> sources,
-                                                        std::vector<Diagnostic>& diagnostics,
+std::optional<CatalogMessages> CatalogMessages::collect(std::vector<qzlog_tool::Definitions> sources,
                                                         CatalogFindings& findings) {
-  CatalogMessages result;
-  if (!result.load(sources, diagnostics)) return std::nullopt;
+  CatalogMessages result(std::move(sources));
   const std::size_t errors_before = findings.error_count();
-  const qzlog_compiler::ModelIndex standard(result.models_.front());
-  for (std::size_t i = 0; i < result.models_.size(); ++i) result.take_model(i, standard, findings);
+  const qzlog_compiler::ModelIndex standard(result.sources_.front().model);
+  for (std::size_t i = 0; i < result.sources_.size(); ++i) result.take_source(i, standard, findings);
   return findings.error_count() == errors_before ? std::optional(std::move(result)) : std::nullopt;
 }
 
@@ -60,39 +53,22 @@ const CatalogMessage* CatalogMessages::find(std::string_view id) const {
   return place == places_.end() ? nullptr : &messages_[place->second];
 }
 
-/// Only errors matter here: the sources' warnings are for whoever compiles them.
-bool CatalogMessages::load(std::span<const SourceText> sources, std::vector<Diagnostic>& diagnostics) {
-  bool ok = true;
-  for (const SourceText& source : sources) {
-    const CompileOptions options{MessagePath::kIcu, models_.empty() ? nullptr : &models_.front()};
-    CompileResult compiled = qzlog_compiler::compile_source(source.content, source.name, options);
-    ok = ok && compiled.ok();
-    for (Diagnostic& found : compiled.diagnostics) {
-      if (found.severity == Severity::kError) diagnostics.push_back(std::move(found));
-    }
-    names_.push_back(source.name);
-    models_.push_back(std::move(compiled.model));
-    if (models_.size() == 1 && !ok) return false;  // the others would only repeat it
-  }
-  return ok;
-}
-
-void CatalogMessages::take_model(std::size_t index, const qzlog_compiler::ModelIndex& standard,
-                                 CatalogFindings& findings) {
-  for (const EntryDefinition& entry : models_[index].entries) {
+void CatalogMessages::take_source(std::size_t index, const qzlog_compiler::ModelIndex& standard,
+                                  CatalogFindings& findings) {
+  for (const EntryDefinition& entry : sources_[index].model.entries) {
     take_entry(entry, index == 0 ? nullptr : standard.find_entry(entry.id), index, findings);
   }
 }
 
 /// An auxiliary entry that gives no whole message leaves the standard one in place, or the entry without one.
-void CatalogMessages::take_entry(const EntryDefinition& entry, const EntryDefinition* extended, std::size_t model,
+void CatalogMessages::take_entry(const EntryDefinition& entry, const EntryDefinition* extended, std::size_t source,
                                  CatalogFindings& findings) {
   std::vector<const MessageScope::Attributes*> own = {&entry.attributes};
   if (extended != nullptr) own.push_back(&extended->attributes);
-  std::vector<const MessageScope::Attributes*> global = {&models_[model].globals};
-  if (model != 0) global.push_back(&models_.front().globals);
-  MessageUse use{&entry, nullptr, entry.selector.attribute, names_[model], 0, MessageScope(own, global)};
-  if (model == 0 || qzlog_compiler::gives_message(entry)) {
+  std::vector<const MessageScope::Attributes*> global = {&sources_[source].model.globals};
+  if (source != 0) global.push_back(&sources_.front().model.globals);
+  MessageUse use{&entry, nullptr, entry.selector.attribute, sources_[source].shown_path, 0, MessageScope(own, global)};
+  if (source == 0 || qzlog_compiler::gives_message(entry)) {
     use.line = entry.message.position.line;
     add(entry.message_id, entry.message, use, findings);
   }

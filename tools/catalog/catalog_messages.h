@@ -2,26 +2,18 @@
 #define QZLOG_TOOLS_CATALOG_CATALOG_MESSAGES_H
 
 #include <cstddef>
-#include <deque>
 #include <optional>
-#include <span>
-#include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "qzlog/logattrib.h"
 #include "tools/catalog/catalog_findings.h"
 #include "tools/compiler/model/definition_model.h"
-#include "tools/report/diagnostics.h"
+#include "tools/definitions/definitions.h"
 
 namespace qzlog_catalog {
-
-/// A definition source as it was read. `name` is what diagnostics call it.
-struct SourceText {
-  std::string name;
-  std::string content;
-};
 
 /// The attributes that a message can refer to.
 class MessageScope {
@@ -60,29 +52,26 @@ struct CatalogMessage {
 /// The messages that a catalog has to hold for a standard source and the auxiliary ones that extend it, in their order.
 class CatalogMessages {
  public:
-  /// `sources` begins with the standard one. None when there is an error: in a source (`diagnostics`), or between the
-  /// messages (`findings`). Messages without an ID are left out, for nothing can look them up.
-  static std::optional<CatalogMessages> collect(std::span<const SourceText> sources,
-                                                std::vector<qzlog_compiler::Diagnostic>& diagnostics,
+  /// `sources` begins with the standard one; they are compiled for the ICU path and have no errors. None when there is
+  /// an error between the messages. Messages without an ID are left out, for nothing can look them up.
+  static std::optional<CatalogMessages> collect(std::vector<qzlog_tool::Definitions> sources,
                                                 CatalogFindings& findings);
 
   const std::vector<CatalogMessage>& messages() const { return messages_; }
   const CatalogMessage* find(std::string_view id) const;
   /// The standard source's version tag.
-  const std::string& version() const { return models_.front().version; }
+  const std::string& version() const { return sources_.front().model.version; }
 
  private:
-  CatalogMessages() = default;
+  explicit CatalogMessages(std::vector<qzlog_tool::Definitions> sources) : sources_(std::move(sources)) {}
 
-  bool load(std::span<const SourceText> sources, std::vector<qzlog_compiler::Diagnostic>& diagnostics);
-  void take_model(std::size_t index, const qzlog_compiler::ModelIndex& standard, CatalogFindings& findings);
+  void take_source(std::size_t index, const qzlog_compiler::ModelIndex& standard, CatalogFindings& findings);
   void take_entry(const qzlog_compiler::EntryDefinition& entry, const qzlog_compiler::EntryDefinition* extended,
-                  std::size_t model, CatalogFindings& findings);
+                  std::size_t source, CatalogFindings& findings);
   void add(std::string_view id, const qzlog_compiler::MessageText& text, MessageUse use, CatalogFindings& findings);
 
-  // Messages point into both, whose elements stay where they are when the whole is moved.
-  std::deque<std::string> names_;
-  std::deque<qzlog_compiler::DefinitionModel> models_;
+  // Messages point into them; they stay where they are when the whole is moved.
+  std::vector<qzlog_tool::Definitions> sources_;
   std::vector<CatalogMessage> messages_;
   std::unordered_map<std::string_view, std::size_t> places_;
 };

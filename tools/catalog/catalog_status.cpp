@@ -1,17 +1,18 @@
 #include "tools/catalog/catalog_status.h"
 
-#include <algorithm>
 #include <array>
-#include <iomanip>
 #include <nlohmann/json.hpp>
 #include <ostream>
 #include <string>
 #include <string_view>
+#include <utility>
+
+#include "tools/report/text_table.h"
 
 namespace qzlog_catalog {
 namespace {
 
-constexpr std::string_view kLanguage = "language";
+using qzlog_compiler::TextRow;
 
 struct Column {
   std::string_view name;
@@ -31,22 +32,17 @@ unsigned int percent_translated(const TranslationCounts& counts) {
 }
 
 void print_status_table(std::ostream& out, std::span<const LanguageCatalog> catalogs) {
-  std::size_t width = kLanguage.size();
-  for (const LanguageCatalog& catalog : catalogs) width = std::max(width, catalog.language.size());
-  const auto first_column = [&](std::string_view text) {
-    out << std::left << std::setw(static_cast<int>(width)) << text << std::right;
+  TextRow titles = {"language"};
+  for (const Column& column : kColumns) titles.push_back('>' + std::string(column.name));
+  titles.emplace_back(">complete");
+  const auto row = [&](std::size_t i) {
+    const LanguageCatalog& catalog = catalogs[i];
+    TextRow cells = {catalog.language};
+    for (const Column& column : kColumns) cells.push_back(std::to_string(catalog.counts.*column.count));
+    cells.push_back(std::to_string(percent_translated(catalog.counts)) + " %");
+    return cells;
   };
-  const auto further_column = [&](const Column& column, const auto& value) {
-    out << "  " << std::setw(static_cast<int>(column.name.size())) << value;
-  };
-  first_column(kLanguage);
-  for (const Column& column : kColumns) further_column(column, column.name);
-  out << "  complete\n";
-  for (const LanguageCatalog& catalog : catalogs) {
-    first_column(catalog.language);
-    for (const Column& column : kColumns) further_column(column, catalog.counts.*column.count);
-    out << "  " << std::setw(6) << percent_translated(catalog.counts) << " %\n";
-  }
+  qzlog_compiler::write_text_table({std::move(titles), catalogs.size(), row}, 0, 0, out);
 }
 
 void print_status_json(std::ostream& out, std::span<const LanguageCatalog> catalogs) {

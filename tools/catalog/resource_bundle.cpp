@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "tools/compiler/text/hexadecimal.h"
 #include "tools/compiler/text/utf8_text.h"
 #include "tools/templates/source_digest.h"
 
@@ -18,9 +19,8 @@ bool is_alphanumeric(char32_t code) {
 bool stands_for_itself(char32_t code) { return code >= 0x20 && code < 0x7F && code != '"' && code != '\\'; }
 
 void append_escape(std::string& out, char32_t code) {
-  constexpr std::string_view kDigits = "0123456789ABCDEF";
-  out += code < 0x10000 ? "\\u" : "\\U";
-  for (int shift = code < 0x10000 ? 12 : 28; shift >= 0; shift -= 4) out += kDigits[(code >> shift) & 0xFU];
+  using qzlog_compiler::hexadecimal;
+  out += code < 0x10000 ? "\\u" + hexadecimal(code, 4) : "\\U" + hexadecimal(code, 8);
 }
 
 /// In quotes, what could mean something to genrb as the code of its character. Only the backslash has to be doubled:

@@ -10,22 +10,22 @@
 #include <vector>
 
 #include "tools/check/catalog_check.h"
+#include "tools/check/compiled_check.h"
 #include "tools/check/library_check.h"
-#include "tools/check/model_check.h"
-#include "tools/definitions/definition_input.h"
+#include "tools/definitions/definitions.h"
 #include "tools/definitions/entry_view.h"
+#include "tools/definitions/message_path_option.h"
 #include "tools/options/option_checks.h"
 #include "tools/report/check_finding.h"
 #include "tools/system/command_error.h"
+#include "tools/system/standard_input.h"
 #include "tools/templates/message_catalog.h"
 
 namespace qzlog_tool {
 
 namespace {
 
-using qzlog_compiler::DefinitionModel;
 using qzlog_compiler::MessagePath;
-using qzlog_compiler::Rule;
 
 struct CheckOptions {
   std::string standard;
@@ -59,18 +59,16 @@ Examples:
   qzlog check storage.yaml --strict --json
 )";
 
-void report_damage(const DefinitionInput& input, CheckReport& report) {
-  if (!input.damage) return;
-  report.about_file();
-  report.error(qzlog_compiler::rule_name(Rule::kBadDefinitionFile),
-               input.damage->reason + ", at offset " + std::to_string(input.damage->offset));
+/// The compiler's diagnostics of a source.
+void report_source(const Definitions& definitions, std::vector<CheckFinding>& findings) {
+  if (!definitions.is_source) return;
+  for (const auto& diagnostic : definitions.diagnostics) findings.push_back(finding_of(diagnostic));
 }
 
-/// What a file says, apart from what the library does with it. `standard` is null for a standard file.
-void check_content(const DefinitionInput& input, const DefinitionModel* standard, MessagePath path,
-                   CheckReport& report) {
-  report_damage(input, report);
-  if (!input.is_source) check_model({input.bytes, &input.model}, standard, path, report);
+/// Counts that the library wraps are told one by one with the rest of the content.
+void report_damage(const Definitions& definitions, std::vector<CheckFinding>& findings) {
+  if (definitions.is_source || definitions.is_whole) return;
+  findings.push_back(finding_of(definitions.diagnostics.front()));
 }
 
 class Check {
@@ -78,39 +76,47 @@ class Check {
   explicit Check(const CheckOptions& options) : options_(options), path_(message_path_of(options.path)) {}
 
   std::vector<CheckFinding> run() {
-    const DefinitionInput standard = read(options_.standard, nullptr);
+    const Definitions standard = read(options_.standard, nullptr);
     CheckReport report(standard.shown_path, findings_);
     const bool loaded = !standard.bytes.empty() && check_standard_with_library(standard.bytes, report);
-    check_content(standard, nullptr, path_, report);
-    std::optional<DefinitionInput> auxiliary;
+    check_content(standard, nullptr, report);
+    std::optional<Definitions> auxiliary;
     if (!options_.auxiliary.empty()) auxiliary = check_auxiliary(standard, loaded);
     if (!options_.catalog.empty()) check_languages(standard, auxiliary ? &*auxiliary : nullptr);
     return std::move(findings_);
   }
 
  private:
-  DefinitionInput read(const std::string& path, const DefinitionModel* standard) {
-    DefinitionInput input = read_definition_input(path, standard, path_);
-    for (const auto& diagnostic : input.diagnostics) findings_.push_back(finding_of(diagnostic));
-    return input;
+  Definitions read(const std::string& path, const Definitions* standard) {
+    Definitions definitions = read_definitions(read_definition_file(path), {.standard = standard, .path = path_});
+    report_source(definitions, findings_);
+    return definitions;
+  }
+
+  /// What a file says, apart from what the library does with it. `standard` is null for a standard file.
+  void check_content(const Definitions& definitions, const Definitions* standard, CheckReport& report) {
+    report_damage(definitions, findings_);
+    if (definitions.is_source) return;
+    check_compiled({definitions.bytes, &definitions.model}, standard != nullptr ? &standard->model : nullptr, path_,
+                   report);
   }
 
   /// Over a standard file that is not whole, half of what could be said of an auxiliary one would be wrong.
-  DefinitionInput check_auxiliary(const DefinitionInput& standard, bool loaded) {
-    DefinitionInput auxiliary = read(options_.auxiliary, &standard.model);
+  Definitions check_auxiliary(const Definitions& standard, bool loaded) {
+    Definitions auxiliary = read(options_.auxiliary, &standard);
     CheckReport report(auxiliary.shown_path, findings_);
     if (loaded && !auxiliary.bytes.empty()) check_auxiliary_with_library(auxiliary.bytes, standard.bytes, report);
-    if (standard.is_whole()) {
-      check_content(auxiliary, &standard.model, path_, report);
+    if (standard.is_whole) {
+      check_content(auxiliary, &standard, report);
     } else {
-      report_damage(auxiliary, report);
+      report_damage(auxiliary, findings_);
     }
     return auxiliary;
   }
 
-  void check_languages(const DefinitionInput& standard, const DefinitionInput* auxiliary) {
+  void check_languages(const Definitions& standard, const Definitions* auxiliary) {
     const std::vector<CatalogBundle> bundles = read_catalog(options_.catalog);
-    if (!standard.is_whole() || (auxiliary != nullptr && !auxiliary->is_whole())) return;
+    if (!standard.is_whole || (auxiliary != nullptr && !auxiliary->is_whole)) return;
     const DefinitionPair definitions(standard.model, auxiliary != nullptr ? &auxiliary->model : nullptr);
     check_catalog(bundles, options_.catalog, definitions, options_.source_language, findings_);
   }
@@ -121,7 +127,7 @@ class Check {
 };
 
 int check(const CheckOptions& options) {
-  refuse_shared_input(options.standard, options.auxiliary);
+  refuse_repeated_standard_input({options.standard, options.auxiliary});
   std::vector<CheckFinding> findings = Check(options).run();
   const auto is_error = [](const CheckFinding& finding) { return finding.severity == Severity::kError; };
   if (options.errors_only) std::erase_if(findings, std::not_fn(is_error));
@@ -154,10 +160,7 @@ void add_check_command(CLI::App& app, int& exit_status) {
       ->type_name("LANGUAGE")
       ->capture_default_str()
       ->check(check_not_empty);
-  command->add_option("--path", options->path, "Rendering path that the texts have to come out right on")
-      ->check(CLI::IsMember({"icu", "narrow", "both"}).description(""))
-      ->type_name("icu|narrow|both")
-      ->capture_default_str();
+  add_message_path_option(*command, options->path, "Rendering path that the texts have to come out right on");
   command->add_flag("--json", options->json, "Print the findings as a JSON array");
   const auto strict = command->add_flag("--strict", options->strict, "Warnings make the exit status 1 too");
   command->add_flag("--errors-only", options->errors_only, "Leave the warnings out")->excludes(strict);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <ostream>
 #include <string_view>
 
 namespace qzlog_tool {
@@ -19,8 +20,8 @@ constexpr int kLongestShownGap = 6;
 
 class ChartWriter {
  public:
-  ChartWriter(std::uint64_t maximum, std::size_t columns, BufferedOutput& output)
-      : maximum_(maximum), count_columns_(std::to_string(maximum).size()), output_(output) {
+  ChartWriter(std::uint64_t maximum, std::size_t columns, std::ostream& out)
+      : maximum_(maximum), count_columns_(std::to_string(maximum).size()), out_(out) {
     const std::size_t text_columns = kDateColumns + kGapColumns + count_columns_ + 1;
     bar_columns_ = columns > text_columns ? columns - text_columns : 1;
   }
@@ -29,13 +30,13 @@ class ChartWriter {
     const std::string number = std::to_string(count);
     std::string line = day_text(day).append(kGapColumns + count_columns_ - number.size(), ' ').append(number);
     if (count != 0) line.append(" ").append(bar(count, maximum_, bar_columns_));
-    output_.write_line(line);
+    out_ << line << '\n';
   }
 
   void write_gap(std::chrono::sys_days after, std::chrono::sys_days before) {
     const auto empty_days = (before - after).count() - 1;
     if (empty_days > kLongestShownGap) {
-      output_.write_line("(" + std::to_string(empty_days) + " days without a count)");
+      out_ << "(" << empty_days << " days without a count)\n";
       return;
     }
     for (std::chrono::sys_days day = after + std::chrono::days(1); day < before; day += std::chrono::days(1)) {
@@ -47,7 +48,7 @@ class ChartWriter {
   std::uint64_t maximum_;
   std::size_t count_columns_;
   std::size_t bar_columns_ = 1;
-  BufferedOutput& output_;
+  std::ostream& out_;
 };
 
 }  // namespace
@@ -63,11 +64,11 @@ std::string bar(std::uint64_t count, std::uint64_t maximum, std::size_t columns)
   return text;
 }
 
-void write_bar_chart(std::span<const DayTotal> days, std::size_t columns, BufferedOutput& output) {
+void write_bar_chart(std::span<const DayTotal> days, std::size_t columns, std::ostream& out) {
   if (days.empty()) return;
   const auto largest = std::max_element(
       days.begin(), days.end(), [](const DayTotal& left, const DayTotal& right) { return left.count < right.count; });
-  ChartWriter writer(largest->count, columns, output);
+  ChartWriter writer(largest->count, columns, out);
   for (std::size_t index = 0; index < days.size(); ++index) {
     if (index > 0) writer.write_gap(days[index - 1].day, days[index].day);
     writer.write_day(days[index].day, days[index].count);

@@ -3,11 +3,11 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <iosfwd>
 #include <span>
 #include <string>
 
 #include "tools/count/count_report.h"
-#include "tools/system/buffered_output.h"
 
 namespace qzlog_tool {
 
@@ -17,7 +17,7 @@ std::string bar(std::uint64_t count, std::uint64_t maximum, std::size_t columns)
 
 /// One line for each day: date, count, bar. `days` is in order. Days between them without a count have a line too, many
 /// of them in a row one together. Lines have at most `columns` columns, as far as dates and counts leave any.
-void write_bar_chart(std::span<const DayTotal> days, std::size_t columns, BufferedOutput& output);
+void write_bar_chart(std::span<const DayTotal> days, std::size_t columns, std::ostream& out);
 
 }  // namespace qzlog_tool
 

@@ -1,10 +1,10 @@
 #include "tools/count/calendar_day.h"
 
-#include <charconv>
 #include <cstddef>
 #include <cstdio>
 
 #include "qzlog/qz_time.h"
+#include "tools/compiler/text/number_text.h"
 
 namespace qzlog_tool {
 
@@ -23,9 +23,7 @@ bool fits_pattern(std::string_view text) {
 }
 
 int number_at(std::string_view text, std::size_t offset, std::size_t length) {
-  int number = 0;
-  std::from_chars(text.data() + offset, text.data() + offset + length, number);
-  return number;
+  return static_cast<int>(qzlog_compiler::parse_number(text.substr(offset, length), 0, kLastYear).value());
 }
 
 }  // namespace

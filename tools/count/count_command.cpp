@@ -6,13 +6,13 @@
 #include <memory>
 #include <string>
 
+#include "tools/compiler/text/number_text.h"
 #include "tools/count/calendar_day.h"
 #include "tools/count/count_options.h"
 #include "tools/count/count_show.h"
 #include "tools/count/counter_file.h"
 #include "tools/options/option_checks.h"
 #include "tools/system/command_error.h"
-#include "tools/system/number_text.h"
 
 namespace qzlog_tool {
 
@@ -70,7 +70,7 @@ Examples:
 )";
 
 std::string check_count(const std::string& text) {
-  return parse_number(text, 0, std::numeric_limits<std::uint32_t>::max())
+  return qzlog_compiler::parse_number(text, 0, std::numeric_limits<std::uint32_t>::max())
              ? ""
              : "'" + text + "' is no number from 0 to 4294967295";
 }
@@ -87,7 +87,7 @@ int add(const ChangeOptions& options) {
 int set(const ChangeOptions& options) {
   const CounterPath path = parse_counter_path(options.counter);
   const std::int32_t key = read_key(options.key, options.definitions);
-  const auto count = parse_number(options.count, 0, std::numeric_limits<std::uint32_t>::max());
+  const auto count = qzlog_compiler::parse_number(options.count, 0, std::numeric_limits<std::uint32_t>::max());
   CounterFile file(path, MissingCounter::kCreate);
   file.set(parse_day(options.day).value(), key, static_cast<std::uint32_t>(count.value()));
   file.close();

@@ -4,11 +4,12 @@
 #include <limits>
 #include <optional>
 
+#include "tools/compiler/text/number_text.h"
 #include "tools/count/calendar_day.h"
 #include "tools/count/entry_counting.h"
-#include "tools/definitions/definition_files.h"
+#include "tools/definitions/definitions.h"
+#include "tools/definitions/entry_view.h"
 #include "tools/system/command_error.h"
-#include "tools/system/number_text.h"
 
 namespace qzlog_tool {
 
@@ -36,20 +37,25 @@ void refuse_reversed_days(const std::string& from, const std::string& to) {
   }
 }
 
+Definitions read_named_entries(const std::string& source) {
+  return read_without_errors(read_definition_source(source), {}, kExitFindings);
+}
+
 std::int32_t read_key(const std::string& text, const std::string& definitions) {
   constexpr std::int64_t kMinimum = std::numeric_limits<std::int32_t>::min();
   constexpr std::int64_t kMaximum = std::numeric_limits<std::uint32_t>::max();
-  if (const auto number = parse_number(text, kMinimum, kMaximum)) return static_cast<std::int32_t>(*number);
+  if (const auto number = qzlog_compiler::parse_number(text, kMinimum, kMaximum))
+    return static_cast<std::int32_t>(*number);
   if (begins_like_number(text)) {
     throw CommandError(kExitCannotRun, "'" + text + "' is no key from -2147483648 to 4294967295");
   }
   if (definitions.empty()) {
     throw CommandError(kExitCannotRun, "the name '" + text + "' needs --definitions with a definition source");
   }
-  const EntryNames names = load_entry_names(definitions);
-  const auto found = names.find(text);
-  if (found == names.end()) throw CommandError(kExitCannotRun, "the definitions have no entry '" + text + "'");
-  return counter_key(found->second);
+  const Definitions read = read_named_entries(definitions);
+  const auto* const entry = DefinitionPair(read.model, nullptr).find_by_name(text);
+  if (entry == nullptr) throw CommandError(kExitCannotRun, "the definitions have no entry '" + text + "'");
+  return counter_key(entry->id);
 }
 
 }  // namespace qzlog_tool

@@ -2,148 +2,144 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <string_view>
+#include <map>
+#include <ostream>
+#include <string>
 #include <utility>
+
+#include "tools/report/json_stream.h"
+#include "tools/report/text_table.h"
 
 namespace qzlog_tool {
 
 namespace {
 
-constexpr std::string_view kTotal = "total";
-constexpr std::string_view kNoName = "-";
+using qzlog_compiler::JsonLayout;
+using qzlog_compiler::JsonListStream;
+using qzlog_compiler::JsonObjectStream;
+using qzlog_compiler::TextRow;
 
-// What a table's line shows beside the day; an empty text is shown as blanks.
-struct Row {
-  std::string day;
-  std::string key;
-  std::string name;
-  std::string count;
+constexpr const char* kTotal = "total";
+constexpr const char* kNoName = "-";
+
+/// A member in each line; lists with an item in each line.
+constexpr JsonLayout kOuterLayout = {",", "\n  ", "\n", " "};
+constexpr JsonLayout kListLayout = {",", "\n    ", "\n  "};
+constexpr JsonLayout kItemLayout = {", ", "", "", " "};
+
+/// The rows of the table, each made when it is asked for: first, for each day, its counts and its total.
+class CountRows {
+ public:
+  CountRows(const CountReport& report, const KeyNames* names) : report_(report), names_(names) {
+    std::size_t rows = 0;
+    for (std::size_t index = 0; index < report.counts.size(); ++index) {
+      ++rows;
+      const bool ends_day =
+          index + 1 == report.counts.size() || report.counts[index + 1].day != report.counts[index].day;
+      if (ends_day) day_ends_.push_back(++rows);
+    }
+  }
+
+  std::size_t size() const { return days_size() + report_.keys.size() + 1; }
+
+  TextRow row(std::size_t index) const {
+    if (index < days_size()) return day_row(index);
+    index -= days_size();
+    if (index == report_.keys.size()) return make(kTotal, "", "", report_.total);
+    const auto& [key, count] = report_.keys[index];
+    return make(kTotal, std::to_string(key), name_of(key), count);
+  }
+
+ private:
+  std::size_t days_size() const { return day_ends_.empty() ? 0 : day_ends_.back(); }
+
+  TextRow day_row(std::size_t index) const {
+    const auto end = std::upper_bound(day_ends_.begin(), day_ends_.end(), index);
+    const auto day = static_cast<std::size_t>(end - day_ends_.begin());
+    if (index + 1 == *end) return make(day_text(report_.days[day].day), kTotal, "", report_.days[day].count);
+    const DayCount& count = report_.counts[index - day];  // each day before has its total
+    return make(day_text(count.day), std::to_string(count.key), name_of(count.key), count.count);
+  }
+
+  std::string name_of(std::int32_t key) const {
+    if (names_ == nullptr) return "";
+    const auto found = names_->find(key);
+    return found != names_->end() ? found->second : kNoName;
+  }
+
+  TextRow make(std::string day, std::string key, std::string name, std::uint64_t count) const {
+    TextRow row = {std::move(day), std::move(key)};
+    if (names_ != nullptr) row.push_back(std::move(name));
+    row.push_back(std::to_string(count));
+    return row;
+  }
+
+  const CountReport& report_;
+  const KeyNames* names_;
+  std::vector<std::size_t> day_ends_;  // for each day, the row behind its last one
 };
 
-std::string name_of(std::int32_t key, const KeyNames* names) {
-  if (names == nullptr) return "";
+void add_key(JsonObjectStream& json, std::int32_t key, const KeyNames* names) {
+  json.signed_number("key", key);
+  if (names == nullptr) return;
   const auto found = names->find(key);
-  return found != names->end() ? found->second : std::string(kNoName);
+  found != names->end() ? json.text("name", found->second) : json.null("name");
 }
 
-Row total_row(std::string day, std::string key, std::uint64_t count) {
-  return {std::move(day), std::move(key), "", std::to_string(count)};
-}
-
-// Calls `use` with one row after the other, so that they need not all be held at once.
-template <class Use>
-void for_each_row(const CountReport& report, const KeyNames* names, Use use) {
-  auto day_total = report.days.begin();
-  for (std::size_t index = 0; index < report.counts.size(); ++index) {
-    const DayCount& count = report.counts[index];
-    const std::string day = day_text(count.day);
-    use(Row{day, std::to_string(count.key), name_of(count.key, names), std::to_string(count.count)});
-    if (index + 1 < report.counts.size() && report.counts[index + 1].day == count.day) continue;
-    use(total_row(day, std::string(kTotal), (day_total++)->count));
+/// Adds a list with an object for each element of `range`, whose members `add_members` adds.
+template <class Range, class AddMembers>
+void add_list(JsonObjectStream& json, const char* name, const Range& range, AddMembers add_members) {
+  JsonListStream list(json.member(name), kListLayout);
+  for (const auto& element : range) {
+    JsonObjectStream item(list.item(), kItemLayout);
+    add_members(item, element);
+    item.end();
   }
-  for (const auto& [key, count] : report.keys) {
-    use(Row{std::string(kTotal), std::to_string(key), name_of(key, names), std::to_string(count)});
-  }
-  use(total_row(std::string(kTotal), "", report.total));
+  list.end();
 }
-
-struct Widths {
-  std::size_t day = 0;
-  std::size_t key = 0;
-  std::size_t name = 0;
-  std::size_t count = 0;
-
-  void fit(const Row& row) {
-    day = std::max(day, row.day.size());
-    key = std::max(key, row.key.size());
-    name = std::max(name, row.name.size());
-    count = std::max(count, row.count.size());
-  }
-};
-
-void append_left(std::string& line, const std::string& text, std::size_t width) {
-  line.append(text).append(width - text.size(), ' ');
-}
-
-void append_right(std::string& line, const std::string& text, std::size_t width) {
-  line.append(width - text.size(), ' ').append(text);
-}
-
-void write_row(const Row& row, const Widths& widths, BufferedOutput& output) {
-  std::string line;
-  append_left(line, row.day, widths.day);
-  append_right(line, row.key, widths.key + 2);
-  if (widths.name != 0) {
-    line += "  ";
-    append_left(line, row.name, widths.name);
-  }
-  append_right(line, row.count, widths.count + 2);
-  output.write_line(line);
-}
-
-// Entry names are capitals, digits and underscores: nothing in them has to be escaped.
-std::string json_key(std::int32_t key, const KeyNames* names) {
-  std::string text = "\"key\": " + std::to_string(key);
-  if (names == nullptr) return text;
-  const auto found = names->find(key);
-  return text + ", \"name\": " + (found != names->end() ? '"' + found->second + '"' : "null");
-}
-
-/// Writes `"NAME": [...],` with one line for each element of `range`.
-template <class Range, class Text>
-void write_json_array(const std::string& name, const Range& range, Text text, BufferedOutput& output) {
-  if (std::empty(range)) {
-    output.write_line("  \"" + name + "\": [],");
-    return;
-  }
-  output.write_line("  \"" + name + "\": [");
-  std::size_t left = std::size(range);
-  for (const auto& element : range) output.write_line("    {" + text(element) + (--left != 0 ? "}," : "}"));
-  output.write_line("  ],");
-}
-
-std::string json_count(std::uint64_t count) { return ", \"count\": " + std::to_string(count); }
-std::string json_day(CalendarDay day) { return "\"day\": \"" + day_text(day) + '"'; }
 
 }  // namespace
 
 CountReport make_count_report(std::span<const DayCount> counts) {
   CountReport report;
   report.counts = counts;
+  std::map<std::int32_t, std::uint64_t> keys;
   for (const DayCount& count : counts) {
     if (report.days.empty() || report.days.back().day != count.day) report.days.push_back({count.day, 0});
     report.days.back().count += count.count;
-    report.keys[count.key] += count.count;
+    keys[count.key] += count.count;
     report.total += count.count;
   }
+  report.keys.assign(keys.begin(), keys.end());
   return report;
 }
 
-void write_count_table(const CountReport& report, const KeyNames* names, BufferedOutput& output) {
-  const Row header = {"day", "key", names != nullptr ? "name" : "", "count"};
-  Widths widths;
-  widths.fit(header);
-  for_each_row(report, names, [&](const Row& row) { widths.fit(row); });
-  write_row(header, widths, output);
-  for_each_row(report, names, [&](const Row& row) { write_row(row, widths, output); });
+void write_count_table(const CountReport& report, const KeyNames* names, std::ostream& out) {
+  const CountRows rows(report, names);
+  const TextRow titles = names != nullptr ? TextRow{"day", ">key", "name", ">count"} : TextRow{"day", ">key", ">count"};
+  const auto row = [&rows](std::size_t index) { return rows.row(index); };
+  qzlog_compiler::write_text_table({titles, rows.size(), row, qzlog_compiler::kAnyWidth}, 0, 0, out);
 }
 
-void write_count_json(const CountReport& report, const KeyNames* names, std::uint64_t damaged, BufferedOutput& output) {
-  output.write_line("{");
-  write_json_array(
-      "counts", report.counts,
-      [&](const DayCount& count) {
-        return json_day(count.day) + ", " + json_key(count.key, names) + json_count(count.count);
-      },
-      output);
-  write_json_array(
-      "days", report.days, [](const DayTotal& total) { return json_day(total.day) + json_count(total.count); }, output);
-  write_json_array(
-      "keys", report.keys, [&](const auto& total) { return json_key(total.first, names) + json_count(total.second); },
-      output);
-  output.write_line("  \"total\": " + std::to_string(report.total) + ",");
-  output.write_line("  \"damaged\": " + std::to_string(damaged));
-  output.write_line("}");
+void write_count_json(const CountReport& report, const KeyNames* names, std::uint64_t damaged, std::ostream& out) {
+  JsonObjectStream json(out, kOuterLayout);
+  add_list(json, "counts", report.counts, [names](JsonObjectStream& item, const DayCount& count) {
+    item.text("day", day_text(count.day));
+    add_key(item, count.key, names);
+    item.number("count", count.count);
+  });
+  add_list(json, "days", report.days, [](JsonObjectStream& item, const DayTotal& total) {
+    item.text("day", day_text(total.day));
+    item.number("count", total.count);
+  });
+  add_list(json, "keys", report.keys, [names](JsonObjectStream& item, const auto& total) {
+    add_key(item, total.first, names);
+    item.number("count", total.second);
+  });
+  json.number("total", report.total);
+  json.number("damaged", damaged);
+  json.end();
+  out << '\n';
 }
 
 }  // namespace qzlog_tool

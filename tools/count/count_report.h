@@ -2,15 +2,15 @@
 #define QZLOG_TOOLS_COUNT_COUNT_REPORT_H
 
 #include <cstdint>
-#include <map>
+#include <iosfwd>
 #include <span>
 #include <string>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "tools/count/calendar_day.h"
 #include "tools/count/counter_reader.h"
-#include "tools/system/buffered_output.h"
 
 namespace qzlog_tool {
 
@@ -25,8 +25,8 @@ struct DayTotal {
 /// Counts with their sums. A view: the counts have to outlive it.
 struct CountReport {
   std::span<const DayCount> counts;
-  std::vector<DayTotal> days;  ///< in order
-  std::map<std::int32_t, std::uint64_t> keys;
+  std::vector<DayTotal> days;                                ///< in order
+  std::vector<std::pair<std::int32_t, std::uint64_t>> keys;  ///< in order, with their sums
   std::uint64_t total = 0;
 };
 
@@ -34,10 +34,10 @@ struct CountReport {
 CountReport make_count_report(std::span<const DayCount> counts);
 
 /// A line for each day and key, each day, each key, and all. `names` is null where none are known.
-void write_count_table(const CountReport& report, const KeyNames* names, BufferedOutput& output);
+void write_count_table(const CountReport& report, const KeyNames* names, std::ostream& out);
 
 /// The same as one JSON object, with the number of damaged records.
-void write_count_json(const CountReport& report, const KeyNames* names, std::uint64_t damaged, BufferedOutput& output);
+void write_count_json(const CountReport& report, const KeyNames* names, std::uint64_t damaged, std::ostream& out);
 
 }  // namespace qzlog_tool
 

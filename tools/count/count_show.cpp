@@ -1,7 +1,5 @@
 #include "tools/count/count_show.h"
 
-#include <unistd.h>
-
 #include <CLI/CLI.hpp>
 #include <cstdint>
 #include <filesystem>
@@ -18,12 +16,11 @@
 #include "tools/count/counter_file.h"
 #include "tools/count/counter_reader.h"
 #include "tools/count/entry_counting.h"
-#include "tools/definitions/definition_files.h"
 #include "tools/options/option_checks.h"
-#include "tools/system/buffered_output.h"
 #include "tools/system/command_error.h"
 #include "tools/system/file_descriptor.h"
 #include "tools/system/output_file.h"
+#include "tools/system/standard_input.h"
 #include "tools/system/terminal.h"
 
 namespace qzlog_tool {
@@ -100,29 +97,26 @@ void keep_days(std::vector<DayCount>& counts, const ShowOptions& options) {
 std::optional<KeyNames> key_names(const std::string& definitions) {
   if (definitions.empty()) return std::nullopt;
   KeyNames names;
-  for (const auto& [name, id] : load_entry_names(definitions)) names.emplace(counter_key(id), name);
+  for (const auto& entry : read_named_entries(definitions).model.entries)
+    names.emplace(counter_key(entry.id), entry.name);
   return names;
 }
 
 void write(const std::vector<DayCount>& counts, const ShowOptions& options, const KeyNames* names,
            std::uint64_t damaged) {
-  BufferedOutput output(STDOUT_FILENO, "standard output");
   const CountReport report = make_count_report(counts);
   if (options.json) {
-    write_count_json(report, names, damaged, output);
+    write_count_json(report, names, damaged, std::cout);
   } else if (options.chart) {
-    write_bar_chart(report.days, output_columns(), output);
+    write_bar_chart(report.days, output_columns(), std::cout);
   } else {
-    write_count_table(report, names, output);
+    write_count_table(report, names, std::cout);
   }
-  output.flush();
 }
 
 int show(const ShowOptions& options) {
   refuse_reversed_days(options.from, options.to);
-  if (options.file == "-" && options.definitions == "-") {
-    throw CommandError(kExitCannotRun, "standard input cannot give both the definitions and the counts");
-  }
+  refuse_repeated_standard_input({options.file, options.definitions});
   const std::optional<KeyNames> names = key_names(options.definitions);
   const std::string path = counter_file_of(options.file);
   DamageReport damage(display_name(path));

@@ -4,13 +4,25 @@
 #include <cstdint>
 #include <iterator>
 #include <sstream>
+#include <string>
 #include <utility>
 
-#include "tools/compiler/file/ldf_reader.h"
 #include "tools/compiler/source/aux_merge.h"
 
-namespace qzlog_compiler {
+namespace qzlog_tool {
 namespace {
+
+using qzlog_compiler::AttributeDefinition;
+using qzlog_compiler::DefinitionModel;
+using qzlog_compiler::Diagnostic;
+using qzlog_compiler::Diagnostics;
+using qzlog_compiler::DiffChange;
+using qzlog_compiler::DiffRule;
+using qzlog_compiler::EntryDefinition;
+using qzlog_compiler::MessagePath;
+using qzlog_compiler::ModelIndex;
+using qzlog_compiler::SelectorMessage;
+using qzlog_compiler::SourcePosition;
 
 /// Gives every entry of a compiled file, which knows no places, the line of its number.
 void number_entries(DefinitionModel& model) {
@@ -26,14 +38,12 @@ void number_entries(DefinitionModel& model) {
   }
 }
 
-CompileResult check_compiled(const AuxFile& aux, const DefinitionModel& standard) {
-  CompileResult result = load_standard(aux.content, aux.name);
-  if (!result.ok()) return result;
-  number_entries(result.model);
-  Diagnostics diagnostics(aux.name);
-  check_aux_merge(result.model, ModelIndex(standard), "", diagnostics);
-  result.diagnostics = diagnostics.take_sorted();
-  return result;
+/// What the compiler says of a source, said of a compiled file.
+void check_compiled_aux(Definitions& aux, const Definitions& standard) {
+  number_entries(aux.model);
+  Diagnostics diagnostics(aux.shown_path);
+  check_aux_merge(aux.model, ModelIndex(standard.model), standard.shown_path, diagnostics);
+  aux.diagnostics = diagnostics.take_sorted();
 }
 
 /// The entry in which a place stands: the last one that begins before it. Entries stand in the order of their places.
@@ -53,32 +63,27 @@ std::string text_of(Diagnostic diagnostic, bool is_compiled) {
 
 }  // namespace
 
-CompileResult check_aux_file(const AuxFile& aux, const DefinitionModel& standard, MessagePath path) {
-  CompileResult result;
-  if (looks_like_ldf(aux.content)) {
-    result = check_compiled(aux, standard);
-  } else {
-    CompileOptions options;
-    options.path = path;
-    options.standard = &standard;
-    result = compile_source(aux.content, aux.name, options);
-  }
-  std::erase_if(result.diagnostics, [](const Diagnostic& found) { return found.severity != Severity::kError; });
-  return result;
+Definitions check_aux_file(const DefinitionFile& aux, const Definitions& standard, MessagePath path) {
+  Definitions checked = read_errors_only(aux, {.standard = &standard, .path = path});
+  if (aux.is_source || !checked.ok()) return checked;
+  check_compiled_aux(checked, standard);
+  std::erase_if(checked.diagnostics,
+                [](const Diagnostic& found) { return found.severity != qzlog_compiler::Severity::kError; });
+  return checked;
 }
 
-std::vector<DiffChange> find_aux_collisions(const AuxFile& aux, const DefinitionModel& new_model, MessagePath path) {
-  const CompileResult result = check_aux_file(aux, new_model, path);
-  const ModelIndex index(new_model);
-  const bool is_compiled = looks_like_ldf(aux.content);
+std::vector<DiffChange> find_aux_collisions(const DefinitionFile& aux, const Definitions& new_definitions,
+                                            MessagePath path) {
+  const Definitions checked = check_aux_file(aux, new_definitions, path);
+  const ModelIndex index(new_definitions.model);
   std::vector<DiffChange> changes;
-  for (const Diagnostic& diagnostic : result.diagnostics) {
-    DiffChange change{DiffRule::kAuxCollision, {}, std::nullopt, text_of(diagnostic, is_compiled)};
-    const EntryDefinition* const extension = find_entry_at(result.model, diagnostic.position);
+  for (const Diagnostic& diagnostic : checked.diagnostics) {
+    DiffChange change{DiffRule::kAuxCollision, {}, std::nullopt, text_of(diagnostic, !aux.is_source)};
+    const EntryDefinition* const extension = find_entry_at(checked.model, diagnostic.position);
     if (extension != nullptr) change.place.new_entry = index.find_entry(extension->id);
     changes.push_back(std::move(change));
   }
   return changes;
 }
 
-}  // namespace qzlog_compiler
+}  // namespace qzlog_tool

@@ -12,8 +12,9 @@
 #include <vector>
 
 #include "tools/compiler/model/model_json.h"
-#include "tools/definitions/definition_input.h"
-#include "tools/definitions/definition_revision.h"
+#include "tools/definitions/definition_file.h"
+#include "tools/definitions/definitions.h"
+#include "tools/definitions/message_path_option.h"
 #include "tools/diff/aux_collision.h"
 #include "tools/diff/diff_accept.h"
 #include "tools/diff/diff_report.h"
@@ -21,16 +22,13 @@
 #include "tools/diff/version_advice.h"
 #include "tools/report/diagnostic_printer.h"
 #include "tools/system/command_error.h"
+#include "tools/system/standard_input.h"
 #include "tools/system/terminal.h"
 
 namespace qzlog_tool {
 namespace {
 
 using qzlog_compiler::AcceptedBreak;
-using qzlog_compiler::AuxFile;
-using qzlog_compiler::CompileOptions;
-using qzlog_compiler::CompileResult;
-using qzlog_compiler::DefinitionModel;
 using qzlog_compiler::Diagnostic;
 using qzlog_compiler::Diagnostics;
 using qzlog_compiler::DiffChange;
@@ -48,7 +46,7 @@ Examples:
   qzlog diff git:v2.5:storage.yaml storage.yaml --accept breaks.yaml
   qzlog diff git:HEAD:./storage.yaml storage.yaml --aux site.ldf --json)";
 
-struct DiffArguments {
+struct DiffOptions {
   std::string old_input;
   std::string new_input;
   std::string standard;
@@ -60,12 +58,12 @@ struct DiffArguments {
 
 /// Everything that the command reads.
 struct DiffInputs {
-  CompileOptions options;
-  CompileResult standard;
-  CompileResult old_definitions;
-  CompileResult new_definitions;
-  std::vector<AuxFile> aux;
-  DefinitionRevision accept_file;
+  MessagePath path = MessagePath::kBoth;
+  Definitions standard;
+  Definitions old_definitions;
+  Definitions new_definitions;
+  std::vector<DefinitionFile> aux;
+  DefinitionFile accept_file;
   std::vector<AcceptedBreak> accepted;
 };
 
@@ -75,50 +73,47 @@ void refuse_errors(const std::vector<Diagnostic>& diagnostics, const std::string
   if (qzlog_compiler::has_errors(diagnostics)) throw CommandError(kExitCannotRun, "");
 }
 
-CompileResult load(const std::string& argument, const CompileOptions& options) {
-  const DefinitionRevision input = read_definition_revision(argument);
-  CompileResult result = load_definition_revision(input, options);
-  refuse_errors(result.diagnostics, input.name, input.content);
-  return result;
+Definitions read_compared(const std::string& path, const ReadingOptions& reading) {
+  return read_without_errors(read_definition_file(path), reading, kExitCannotRun);
 }
 
-AuxFile load_aux(const std::string& argument, const DefinitionModel& old_model, MessagePath path) {
-  DefinitionRevision input = read_definition_revision(argument);
-  AuxFile aux{std::move(input.content), std::move(input.name)};
-  refuse_errors(qzlog_compiler::check_aux_file(aux, old_model, path).diagnostics, aux.name, aux.content);
+DefinitionFile read_aux(const std::string& path, const Definitions& old_definitions, MessagePath message_path) {
+  DefinitionFile aux = read_definition_file(path);
+  const Definitions checked = check_aux_file(aux, old_definitions, message_path);
+  print_diagnostics(checked, &old_definitions);
+  if (!checked.ok()) throw CommandError(kExitCannotRun, "");
   return aux;
 }
 
-std::vector<AcceptedBreak> load_accepted(const DefinitionRevision& input) {
-  Diagnostics diagnostics(input.name);
+std::vector<AcceptedBreak> load_accepted(const DefinitionFile& input) {
+  Diagnostics diagnostics(input.shown_path);
   std::vector<AcceptedBreak> accepted = qzlog_compiler::load_accepted_breaks(input.content, diagnostics);
-  refuse_errors(diagnostics.take_sorted(), input.name, input.content);
+  refuse_errors(diagnostics.take_sorted(), input.shown_path, input.content);
   return accepted;
 }
 
-void refuse_two_standard_inputs(const DiffArguments& arguments) {
-  std::vector<std::string> inputs = arguments.aux;
-  inputs.insert(inputs.end(), {arguments.old_input, arguments.new_input, arguments.standard, arguments.accept});
-  if (std::count(inputs.begin(), inputs.end(), "-") > 1) {
-    throw CommandError(kExitCannotRun, "standard input can be read for one file only");
-  }
+std::vector<std::string> paths_of(const DiffOptions& options) {
+  std::vector<std::string> paths = options.aux;
+  paths.insert(paths.end(), {options.old_input, options.new_input, options.standard, options.accept});
+  return paths;
 }
 
-/// Fills `inputs`, whose options point into it.
-void read_inputs(const DiffArguments& arguments, DiffInputs& inputs) {
-  refuse_two_standard_inputs(arguments);
-  inputs.options.path = message_path_of(arguments.path);
-  if (!arguments.standard.empty()) {
-    inputs.standard = load(arguments.standard, inputs.options);
-    inputs.options.standard = &inputs.standard.model;
+/// Fills `inputs`.
+void read_inputs(const DiffOptions& options, DiffInputs& inputs) {
+  refuse_repeated_standard_input(paths_of(options));
+  inputs.path = message_path_of(options.path);
+  ReadingOptions reading{.path = inputs.path};
+  if (!options.standard.empty()) {
+    inputs.standard = read_compared(options.standard, reading);
+    reading.standard = &inputs.standard;
   }
-  inputs.old_definitions = load(arguments.old_input, inputs.options);
-  inputs.new_definitions = load(arguments.new_input, inputs.options);
-  for (const std::string& aux : arguments.aux) {
-    inputs.aux.push_back(load_aux(aux, inputs.old_definitions.model, inputs.options.path));
+  inputs.old_definitions = read_compared(options.old_input, reading);
+  inputs.new_definitions = read_compared(options.new_input, reading);
+  for (const std::string& aux : options.aux) {
+    inputs.aux.push_back(read_aux(aux, inputs.old_definitions, inputs.path));
   }
-  if (arguments.accept.empty()) return;
-  inputs.accept_file = read_definition_revision(arguments.accept);
+  if (options.accept.empty()) return;
+  inputs.accept_file = read_definition_file(options.accept);
   inputs.accepted = load_accepted(inputs.accept_file);
 }
 
@@ -126,9 +121,8 @@ void read_inputs(const DiffArguments& arguments, DiffInputs& inputs) {
 std::vector<DiffChange> find_changes(const DiffInputs& inputs) {
   std::vector<DiffChange> changes =
       qzlog_compiler::compare_models(inputs.old_definitions.model, inputs.new_definitions.model);
-  const DefinitionModel& new_model = inputs.new_definitions.model;
-  for (const AuxFile& aux : inputs.aux) {
-    std::vector<DiffChange> collisions = qzlog_compiler::find_aux_collisions(aux, new_model, inputs.options.path);
+  for (const DefinitionFile& aux : inputs.aux) {
+    std::vector<DiffChange> collisions = find_aux_collisions(aux, inputs.new_definitions, inputs.path);
     std::move(collisions.begin(), collisions.end(), std::back_inserter(changes));
   }
   const auto entry_id = [](const DiffChange& change) {
@@ -156,7 +150,7 @@ DiffReport make_report(const DiffInputs& inputs) {
 
 /// Marks the accepted breaks, and says which acceptances have nothing to accept.
 void accept_breaks(DiffReport& report, const DiffInputs& inputs) {
-  Diagnostics diagnostics(inputs.accept_file.name);
+  Diagnostics diagnostics(inputs.accept_file.shown_path);
   for (const AcceptedBreak& acceptance : inputs.accepted) {
     bool is_used = false;
     for (ReportedChange& reported : report.changes) {
@@ -168,17 +162,17 @@ void accept_breaks(DiffReport& report, const DiffInputs& inputs) {
     diagnostics.warning(acceptance.position, qzlog_compiler::Rule::kUnusedAccept,
                         "no such break: '" + std::string(diff_rule_info(acceptance.rule).name) + "'");
   }
-  refuse_errors(diagnostics.take_sorted(), inputs.accept_file.name, inputs.accept_file.content);
+  refuse_errors(diagnostics.take_sorted(), inputs.accept_file.shown_path, inputs.accept_file.content);
 }
 
-int run(const DiffArguments& arguments) {
+int run(const DiffOptions& options) {
   DiffInputs inputs;
-  read_inputs(arguments, inputs);
+  read_inputs(options, inputs);
   DiffReport report = make_report(inputs);
-  report.old_name = arguments.old_input;
-  report.new_name = arguments.new_input;
+  report.old_name = options.old_input;
+  report.new_name = options.new_input;
   accept_breaks(report, inputs);
-  if (arguments.json) {
+  if (options.json) {
     std::cout << qzlog_compiler::json_text(to_json(report));
   } else {
     print_diff(std::cout, report, stdout_has_colour());
@@ -189,27 +183,23 @@ int run(const DiffArguments& arguments) {
 }  // namespace
 
 void add_diff_command(CLI::App& app, int& exit_status) {
-  const auto arguments = std::make_shared<DiffArguments>();
+  const auto options = std::make_shared<DiffOptions>();
   CLI::App* const command = app.add_subcommand("diff", "Compare two versions of definitions: whom each change breaks");
-  command->add_option("OLD", arguments->old_input, "The older definitions")->required();
-  command->add_option("NEW", arguments->new_input, "The newer definitions")->required();
-  command->add_option("--accept", arguments->accept, "YAML list of breaks that are meant, each with its reason")
+  command->add_option("OLD", options->old_input, "The older definitions")->required();
+  command->add_option("NEW", options->new_input, "The newer definitions")->required();
+  command->add_option("--accept", options->accept, "YAML list of breaks that are meant, each with its reason")
       ->type_name("FILE");
   command
-      ->add_option("--aux", arguments->aux,
+      ->add_option("--aux", options->aux,
                    "Auxiliary definitions that extend OLD: say whether they extend NEW too; may be repeated")
       ->type_name("FILE")
       ->allow_extra_args(false);
-  command
-      ->add_option("--aux-of", arguments->standard, "OLD and NEW are auxiliary sources that extend these definitions")
+  command->add_option("--aux-of", options->standard, "OLD and NEW are auxiliary sources that extend these definitions")
       ->type_name("FILE");
-  command->add_option("--path", arguments->path, "Rendering path that the texts of sources are stored for")
-      ->check(CLI::IsMember({"icu", "narrow", "both"}).description(""))
-      ->type_name("icu|narrow|both")
-      ->capture_default_str();
-  command->add_flag("--json", arguments->json, "Print the result as JSON");
+  add_message_path_option(*command, options->path, "Rendering path that the texts of sources are stored for");
+  command->add_flag("--json", options->json, "Print the result as JSON");
   command->footer(kDiffFooter);
-  command->callback([arguments, &exit_status] { exit_status = run(*arguments); });
+  command->callback([options, &exit_status] { exit_status = run(*options); });
 }
 
 }  // namespace qzlog_tool

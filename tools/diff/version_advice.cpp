@@ -1,10 +1,11 @@
 #include "tools/diff/version_advice.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cstdint>
 #include <string_view>
 #include <tuple>
+
+#include "tools/compiler/text/number_text.h"
 
 namespace qzlog_compiler {
 namespace {
@@ -17,18 +18,11 @@ struct Version {
   bool operator<(const Version& other) const { return std::tie(major, minor) < std::tie(other.major, other.minor); }
 };
 
-std::optional<std::uint64_t> parse_digits(std::string_view text) {
-  std::uint64_t value = 0;
-  const char* const end = text.data() + text.size();
-  const auto result = std::from_chars(text.data(), end, value);
-  return result.ec == std::errc() && result.ptr == end ? std::optional(value) : std::nullopt;
-}
-
 std::optional<Version> parse_version(std::string_view tag) {
   const std::size_t point = tag.find('.');
   if (point == std::string_view::npos) return std::nullopt;
-  const std::optional<std::uint64_t> major = parse_digits(tag.substr(0, point));
-  const std::optional<std::uint64_t> minor = parse_digits(tag.substr(point + 1));
+  const std::optional<std::uint64_t> major = parse_unsigned(tag.substr(0, point), NumberForm::kDecimal);
+  const std::optional<std::uint64_t> minor = parse_unsigned(tag.substr(point + 1), NumberForm::kDecimal);
   return major && minor ? std::optional(Version{*major, *minor}) : std::nullopt;
 }
 

@@ -1,11 +1,12 @@
 #include "tools/explain/entry_search.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cstddef>
+#include <limits>
 #include <vector>
 
 #include "tools/compiler/text/nearest_word.h"
+#include "tools/compiler/text/number_text.h"
 #include "tools/compiler/text/utf8_text.h"
 #include "tools/system/command_error.h"
 
@@ -55,12 +56,9 @@ std::string near_ids(std::uint32_t wanted, std::vector<std::uint32_t> ids) {
 }  // namespace
 
 std::optional<std::uint32_t> parse_entry_id(std::string_view text) {
-  const bool is_hexadecimal = text.starts_with("0x") || text.starts_with("0X");
-  if (is_hexadecimal) text.remove_prefix(2);
-  std::uint32_t number = 0;
-  const char* const end = text.data() + text.size();
-  const auto result = std::from_chars(text.data(), end, number, is_hexadecimal ? 16 : 10);
-  return result.ec == std::errc() && result.ptr == end ? std::optional(number) : std::nullopt;
+  const auto number = qzlog_compiler::parse_unsigned(text, qzlog_compiler::NumberForm::kEither);
+  if (!number || *number > std::numeric_limits<std::uint32_t>::max()) return std::nullopt;
+  return static_cast<std::uint32_t>(*number);
 }
 
 std::uint32_t find_entry_id(const std::string& text, const DefinitionPair& definitions) {

@@ -9,25 +9,18 @@
 #include <utility>
 #include <vector>
 
-#include "tools/definitions/definition_input.h"
+#include "tools/definitions/definitions.h"
 #include "tools/definitions/entry_view.h"
 #include "tools/explain/entry_explanation.h"
 #include "tools/explain/entry_search.h"
 #include "tools/options/option_checks.h"
-#include "tools/report/diagnostic_printer.h"
-#include "tools/report/diagnostics.h"
 #include "tools/system/command_error.h"
+#include "tools/system/standard_input.h"
 #include "tools/templates/message_catalog.h"
 
 namespace qzlog_tool {
 
 namespace {
-
-using qzlog_compiler::DefinitionModel;
-using qzlog_compiler::Diagnostic;
-using qzlog_compiler::MessagePath;
-using qzlog_compiler::Rule;
-using qzlog_compiler::Severity;
 
 struct ExplainOptions {
   std::string entry;
@@ -52,21 +45,9 @@ Examples:
   qzlog explain DISK_FULL --definitions storage.yaml --catalog messages --locale de_DE --json
 )";
 
-/// Warnings are the business of others.
-DefinitionInput read_whole(const std::string& path, const DefinitionModel* standard) {
-  DefinitionInput input = read_definition_input(path, standard, MessagePath::kIcu);
-  std::erase_if(input.diagnostics, [](const Diagnostic& found) { return found.severity != Severity::kError; });
-  print_diagnostics(input.diagnostics, input.shown_path, input.source);
-  if (input.damage) {
-    std::cerr << Diagnostic{input.shown_path,
-                            {},
-                            Severity::kError,
-                            Rule::kBadDefinitionFile,
-                            input.damage->reason + ", at offset " + std::to_string(input.damage->offset)}
-              << '\n';
-  }
-  if (!input.is_whole()) throw CommandError(kExitFindings, "");
-  return input;
+Definitions read_for_readers(const std::string& path, const Definitions* standard) {
+  return read_without_errors(read_definition_file(path),
+                             {.standard = standard, .path = qzlog_compiler::MessagePath::kIcu}, kExitFindings);
 }
 
 /// The bundle that readers of a locale get: its own, that of its language, or the root.
@@ -92,10 +73,10 @@ std::vector<CatalogBundle> languages_of(const ExplainOptions& options) {
 }
 
 int explain(const ExplainOptions& options) {
-  refuse_shared_input(options.definitions, options.auxiliary);
-  const DefinitionInput standard = read_whole(options.definitions, nullptr);
-  std::optional<DefinitionInput> auxiliary;
-  if (!options.auxiliary.empty()) auxiliary = read_whole(options.auxiliary, &standard.model);
+  refuse_repeated_standard_input({options.definitions, options.auxiliary});
+  const Definitions standard = read_for_readers(options.definitions, nullptr);
+  std::optional<Definitions> auxiliary;
+  if (!options.auxiliary.empty()) auxiliary = read_for_readers(options.auxiliary, &standard);
   const DefinitionPair definitions(standard.model, auxiliary ? &auxiliary->model : nullptr);
   const std::uint32_t id = find_entry_id(options.entry, definitions);
   const std::optional<EntryExplanation> explanation = explain_entry(id, definitions, languages_of(options));

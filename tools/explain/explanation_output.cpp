@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <nlohmann/json.hpp>
 #include <ostream>
 #include <string_view>
@@ -7,6 +6,7 @@
 #include "tools/compiler/text/hexadecimal.h"
 #include "tools/compiler/text/utf8_text.h"
 #include "tools/explain/entry_explanation.h"
+#include "tools/report/text_table.h"
 
 namespace qzlog_tool {
 
@@ -19,31 +19,25 @@ using qzlog_compiler::EntryDefinition;
 using qzlog_compiler::hexadecimal;
 using qzlog_compiler::printable;
 using qzlog_compiler::short_type_name;
+using qzlog_compiler::TextRow;
 
-/// Rows whose columns stand under each other, indented; the last column is not padded.
-void print_rows(std::ostream& out, const std::vector<std::vector<std::string>>& rows) {
-  std::vector<std::size_t> widths;
-  for (const auto& row : rows) {
-    widths.resize(std::max(widths.size(), row.size()));
-    for (std::size_t i = 0; i < row.size(); ++i) {
-      widths[i] = std::max(widths[i], qzlog_compiler::utf16_length(printable(row[i])));
-    }
-  }
-  for (const auto& row : rows) {
-    std::string line = " ";
-    for (std::size_t i = 0; i < row.size(); ++i) {
-      const std::string cell = printable(row[i]);
-      line += ' ' + cell + std::string(widths[i] - qzlog_compiler::utf16_length(cell) + 1, ' ');
-    }
-    out << line.substr(0, line.find_last_not_of(' ') + 1) << '\n';
-  }
+/// Rows whose columns stand under each other, indented.
+void print_rows(std::ostream& out, const std::vector<TextRow>& rows) {
+  const auto row = [&rows](std::size_t i) {
+    TextRow cells;
+    for (const std::string& cell : rows[i]) cells.push_back(printable(cell));
+    return cells;
+  };
+  if (rows.empty()) return;
+  qzlog_compiler::write_text_table({TextRow(rows.front().size()), rows.size(), row, qzlog_compiler::kAnyWidth}, 2, 0,
+                                   out);
 }
 
 void print_attributes(std::ostream& out, const char* title, const std::vector<AttributeDefinition>& attributes,
                       const std::string& selector) {
   if (attributes.empty()) return;
   out << '\n' << title << '\n';
-  std::vector<std::vector<std::string>> rows;
+  std::vector<TextRow> rows;
   for (const AttributeDefinition& attribute : attributes) {
     std::string remark = attribute.name == selector ? "selects the message" : "";
     if (!attribute.redirect.empty()) remark += (remark.empty() ? "redirect " : ", redirect ") + attribute.redirect;
@@ -62,7 +56,7 @@ std::string title_of(const ExplainedMessage& message, const EntryDefinition& ent
 
 void print_message(std::ostream& out, const ExplainedMessage& message, const EntryDefinition& entry) {
   out << '\n' << title_of(message, entry) << '\n';
-  std::vector<std::vector<std::string>> rows;
+  std::vector<TextRow> rows;
   for (const ExplainedText& text : message.texts) {
     rows.push_back({text.language, text.text ? *text.text : "(no message: " + text.note + ")",
                     text.stale ? "(built from another text)" : ""});

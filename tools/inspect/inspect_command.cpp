@@ -9,15 +9,16 @@
 #include <string_view>
 #include <vector>
 
-#include "tools/compiler/source/compiler.h"
+#include "tools/definitions/definition_file.h"
+#include "tools/definitions/definitions.h"
 #include "tools/inspect/ldf_annotation.h"
 #include "tools/inspect/ldf_json.h"
 #include "tools/inspect/ldf_survey.h"
 #include "tools/inspect/ldf_table.h"
 #include "tools/inspect/ldf_yaml.h"
-#include "tools/report/diagnostic_printer.h"
 #include "tools/system/command_error.h"
 #include "tools/system/file_descriptor.h"
+#include "tools/system/standard_input.h"
 #include "tools/system/standard_output.h"
 #include "tools/system/terminal.h"
 
@@ -57,7 +58,7 @@ constexpr InspectRuleInfo kRules[] = {
     {InspectRule::kNoYamlForm, "no-yaml-form", "A compiled file holds what no definition source can say."},
 };
 
-struct InspectArguments {
+struct InspectOptions {
   std::string file;
   std::string standard;
   bool json = false;
@@ -86,29 +87,28 @@ void print_damages(const LdfSurvey& survey, const std::string& file) {
 }
 
 /// False when there is no source, and the reasons are told.
-bool print_yaml(const LdfSurvey& survey, const InspectArguments& arguments) {
-  qzlog_compiler::CompileResult standard;
-  if (!arguments.standard.empty()) {
-    const std::string content = read_file(arguments.standard);
-    standard = qzlog_compiler::load_standard(content, display_name(arguments.standard));
-    print_diagnostics(standard.diagnostics, display_name(arguments.standard), content);
+bool print_yaml(const LdfSurvey& survey, const InspectOptions& options) {
+  Definitions standard;
+  if (!options.standard.empty()) {
+    standard = read_errors_only(read_definition_file(options.standard), {});
+    print_diagnostics(standard, nullptr);
     if (!standard.ok()) return false;
   }
-  const auto yaml = qzlog_compiler::write_yaml(survey, arguments.standard.empty() ? nullptr : &standard.model);
+  const auto yaml = qzlog_compiler::write_yaml(survey, options.standard.empty() ? nullptr : &standard.model);
   for (const LdfObstacle& obstacle : yaml.obstacles) {
-    print_error(arguments.file, obstacle.offset, obstacle.text, InspectRule::kNoYamlForm);
+    print_error(options.file, obstacle.offset, obstacle.text, InspectRule::kNoYamlForm);
   }
-  print_rest(arguments.file, yaml.obstacle_count - yaml.obstacles.size(), InspectRule::kNoYamlForm);
+  print_rest(options.file, yaml.obstacle_count - yaml.obstacles.size(), InspectRule::kNoYamlForm);
   std::cout << yaml.source;
   return yaml.obstacles.empty();
 }
 
-bool print_form(const LdfSurvey& survey, const InspectArguments& arguments) {
-  if (arguments.yaml) return print_yaml(survey, arguments);
+bool print_form(const LdfSurvey& survey, const InspectOptions& options) {
+  if (options.yaml) return print_yaml(survey, options);
   const std::size_t columns = ::isatty(STDOUT_FILENO) == 1 ? output_columns() : 0;
-  if (arguments.json) {
+  if (options.json) {
     qzlog_compiler::write_json(survey, std::cout);
-  } else if (arguments.annotate) {
+  } else if (options.annotate) {
     qzlog_compiler::write_annotation(survey, columns, std::cout);
   } else {
     qzlog_compiler::write_table(survey, columns, std::cout);
@@ -116,38 +116,36 @@ bool print_form(const LdfSurvey& survey, const InspectArguments& arguments) {
   return true;
 }
 
-int inspect(const InspectArguments& arguments) {
-  if (arguments.file == "-" && arguments.standard == "-") {
-    throw CommandError(kExitCannotRun, "standard input cannot give both files");
-  }
-  const std::string bytes = read_file(arguments.file);
+int inspect(const InspectOptions& options) {
+  refuse_repeated_standard_input({options.file, options.standard});
+  const std::string bytes = read_definition_file(options.file).content;
   const LdfSurvey survey(bytes);
-  const bool printed = print_form(survey, arguments);
+  const bool printed = print_form(survey, options);
   flush_standard_output();
-  print_damages(survey, arguments.file);
+  print_damages(survey, options.file);
   return printed && survey.damage_count() == 0 ? kExitSuccess : kExitFindings;
 }
 
 }  // namespace
 
 void add_inspect_command(CLI::App& app, int& exit_status) {
-  const auto arguments = std::make_shared<InspectArguments>();
+  const auto options = std::make_shared<InspectOptions>();
   CLI::App* const command = app.add_subcommand("inspect", "Show what a log definition file holds");
-  command->add_option("FILE", arguments->file, "Log definition file; - is standard input")->required();
-  CLI::Option* const json = command->add_flag("--json", arguments->json, "Print JSON");
+  command->add_option("FILE", options->file, "Log definition file; - is standard input")->required();
+  CLI::Option* const json = command->add_flag("--json", options->json, "Print JSON");
   CLI::Option* const yaml =
-      command->add_flag("--yaml", arguments->yaml, "Print a definition source that compiles to the same records");
+      command->add_flag("--yaml", options->yaml, "Print a definition source that compiles to the same records");
   CLI::Option* const annotate =
-      command->add_flag("--annotate", arguments->annotate, "Print every byte of the file with its meaning");
+      command->add_flag("--annotate", options->annotate, "Print every byte of the file with its meaning");
   json->excludes(yaml, annotate);
   yaml->excludes(annotate);
   command
-      ->add_option("--aux-of", arguments->standard,
+      ->add_option("--aux-of", options->standard,
                    "With --yaml: the definitions that an auxiliary file extends, compiled or source")
       ->type_name("STD")
       ->needs(yaml);
   command->footer(kInspectFooter);
-  command->callback([arguments, &exit_status] { exit_status = inspect(*arguments); });
+  command->callback([options, &exit_status] { exit_status = inspect(*options); });
 }
 
 }  // namespace qzlog_tool

@@ -1,20 +1,38 @@
 #include "tools/inspect/ldf_json.h"
 
+#include <algorithm>
 #include <ostream>
 #include <string>
 
 #include "tools/compiler/file/ldf_format.h"
 #include "tools/compiler/model/attribute_type.h"
+#include "tools/compiler/text/hexadecimal.h"
 #include "tools/compiler/text/utf8_text.h"
 #include "tools/report/json_stream.h"
 
 namespace qzlog_compiler {
 namespace {
 
+/// A member in each line; lists with an item in each line.
+constexpr JsonLayout kOuterLayout = {",", "\n  ", "\n", " "};
+constexpr JsonLayout kListLayout = {",", "\n    ", "\n  "};
+
+constexpr std::size_t kHexadecimalPiece = std::size_t{1} << 15;
+
+/// Piece by piece: twice the bytes of a file could be too much to hold.
+void add_hexadecimal(JsonObjectStream& json, const std::string& key, std::string_view bytes) {
+  std::ostream& out = json.member(key);
+  out << '"';
+  for (; !bytes.empty(); bytes.remove_prefix(std::min(bytes.size(), kHexadecimalPiece))) {
+    out << hexadecimal_bytes(bytes.substr(0, kHexadecimalPiece));
+  }
+  out << '"';
+}
+
 void add_text(JsonObjectStream& json, const std::string& key, std::string_view text, std::string_view stored,
               bool regular) {
   json.text(key, text);
-  if (!regular || !is_utf8(text)) json.hexadecimal(key + "_hex", stored);
+  if (!regular || !is_utf8(text)) add_hexadecimal(json, key + "_hex", stored);
 }
 
 /// Leaves out a text that a damage has cut.
@@ -32,7 +50,7 @@ void write_damage(const LdfDamage& damage, std::ostream& out) {
 
 void write_header(const LdfHeader& header, std::ostream& out) {
   JsonObjectStream json(out);
-  json.hexadecimal("format_bytes", header.format_bytes);
+  add_hexadecimal(json, "format_bytes", header.format_bytes);
   const std::string_view tag = header.version_tag;
   const bool regular = tag.find_first_not_of('\0', header.version().size()) == std::string_view::npos;
   add_text(json, "version", header.version(), tag, regular);
@@ -59,7 +77,7 @@ void write_pair(const LdfSurvey& survey, std::size_t index, std::ostream& out) {
   json.number("offset", survey.pair_offset(index));
   json.number("id", pair.id);
   json.number("record_offset", pair.record_offset);
-  if (pair.replaced) json.member("replaced") << "true";
+  if (pair.replaced) json.boolean("replaced", true);
   json.end();
 }
 
@@ -97,7 +115,7 @@ class EntryWriter {
     json_.number("size", record_.size);
     json_.number("id", pair_.id);
     if (pair_.wrong_id) json_.number("stored_id", record_.id);
-    if (pair_.replaced) json_.member("replaced") << "true";
+    if (pair_.replaced) json_.boolean("replaced", true);
     if (record_.has_numbers()) {
       json_.number("word", record_.word);
       json_.number("mask", record_.mask);
@@ -113,22 +131,19 @@ class EntryWriter {
   JsonObjectStream json_;
 };
 
-/// Writes `"NAME": [...]` with one line for each item.
 template <class WriteItems>
-void write_list(const char* name, WriteItems write_items, std::ostream& out) {
-  out << "  \"" << name << "\": ";
-  JsonListStream list(out, "\n    ");
+void add_list(JsonObjectStream& json, const char* name, WriteItems write_items) {
+  JsonListStream list(json.member(name), kListLayout);
   write_items(list);
-  list.end("\n  ");
-  out << ",\n";
+  list.end();
 }
 
 }  // namespace
 
 void write_json(const LdfSurvey& survey, std::ostream& out) {
-  out << "{\n  \"file_size\": " << survey.bytes().size() << ",\n  \"header\": ";
-  write_header(survey.header(), out);
-  out << ",\n";
+  JsonObjectStream json(out, kOuterLayout);
+  json.number("file_size", survey.bytes().size());
+  write_header(survey.header(), json.member("header"));
   const auto globals = [&](JsonListStream& list) {
     survey.read_globals([&](const LdfAttributeRecord& global) { write_attribute(global, list.item()); });
   };
@@ -143,11 +158,13 @@ void write_json(const LdfSurvey& survey, std::ostream& out) {
   const auto damages = [&](JsonListStream& list) {
     for (const LdfDamage& damage : survey.damages()) write_damage(damage, list.item());
   };
-  write_list("globals", globals, out);
-  write_list("entry_map", pairs, out);
-  write_list("entries", entries, out);
-  write_list("damages", damages, out);
-  out << "  \"damage_count\": " << survey.damage_count() << "\n}\n";
+  add_list(json, "globals", globals);
+  add_list(json, "entry_map", pairs);
+  add_list(json, "entries", entries);
+  add_list(json, "damages", damages);
+  json.number("damage_count", survey.damage_count());
+  json.end();
+  out << '\n';
 }
 
 }  // namespace qzlog_compiler

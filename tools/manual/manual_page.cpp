@@ -2,11 +2,11 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
 #include <sstream>
 #include <utility>
 #include <vector>
 
+#include "tools/compiler/text/hexadecimal.h"
 #include "tools/compiler/text/utf8_text.h"
 #include "tools/manual/help_footer.h"
 
@@ -32,11 +32,7 @@ std::string escaped(char character) {
   return std::string(1, character);
 }
 
-std::string escaped_code(char32_t code) {
-  std::array<char, 16> text{};
-  std::snprintf(text.data(), text.size(), "\\[u%04X]", static_cast<unsigned>(code));
-  return text.data();
-}
+std::string escaped_code(char32_t code) { return "\\[u" + qzlog_compiler::hexadecimal(code, 4) + ']'; }
 
 std::string escaped_line(std::string_view line) {
   // A line that begins with a full stop is a request; one with an apostrophe would be, were it not escaped.

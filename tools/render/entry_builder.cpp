@@ -152,7 +152,7 @@ class TimeFields {
 
 }  // namespace
 
-EntryBuilder::EntryBuilder(const EntryNames* names, const CodePage* text_code_page)
+EntryBuilder::EntryBuilder(const EntryNames* names, const LineCodePage* text_code_page)
     : names_(names), text_code_page_(text_code_page), kept_(kKeptEntries + 1) {
   kept_.back() = std::make_unique<KeptEntry>();
 }

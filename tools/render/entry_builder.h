@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "qzlog/logentry.h"
-#include "tools/definitions/definition_files.h"
-#include "tools/options/code_page.h"
+#include "tools/definitions/loaded_definitions.h"
+#include "tools/options/line_code_page.h"
 #include "tools/render/json_value.h"
 #include "tools/render/kept_entry.h"
 
@@ -21,7 +21,7 @@ class EntryBuilder {
  public:
   /// `names` is null where no definition source was given. Texts are handed on in `text_code_page`; null leaves them in
   /// UTF-8. Both have to outlive this object. Makes an entry, which throws where the library cannot.
-  EntryBuilder(const EntryNames* names, const CodePage* text_code_page);
+  EntryBuilder(const EntryNames* names, const LineCodePage* text_code_page);
 
   /// The entry that `source` describes, valid until the next call.
   const qz_LOG_LogEntry& build(const JsonEntry& source);
@@ -36,7 +36,7 @@ class EntryBuilder {
   void add_text(std::string_view text, qz_AttributeType type, const char* name, qz_LOG_LogEntry& entry);
 
   const EntryNames* names_;
-  const CodePage* text_code_page_;
+  const LineCodePage* text_code_page_;
   std::vector<std::unique_ptr<KeptEntry>> kept_;  // by the last bits of their IDs; behind them one for other lines
   std::string converted_;                         // kept, so that not every text takes memory anew
   std::string name_;

@@ -14,8 +14,8 @@ namespace qzlog_tool {
 
 /// In which code page texts go into the library and come out of it.
 struct RenderCodePages {
-  const CodePage* attributes = nullptr;  ///< null: UTF-8
-  const CodePage* messages = nullptr;    ///< null: messages are written as the library returns them
+  const LineCodePage* attributes = nullptr;  ///< null: UTF-8
+  const LineCodePage* messages = nullptr;    ///< null: messages are written as the library returns them
 };
 
 /// Makes a readable message from a line of JSON.
@@ -37,7 +37,7 @@ class LineRenderer {
  private:
   JsonEntryParser parser_;
   EntryBuilder builder_;
-  const CodePage* message_code_page_;
+  const LineCodePage* message_code_page_;
   const RenderFilter* filter_;
   const qz_LOG_LogEntry* entry_ = nullptr;  // the builder's
   bool has_time_ = false;

@@ -14,8 +14,8 @@
 #include "qzlog/qz_locale.h"
 #include "tools/compiler/text/utf8_text.h"
 #include "tools/count/entry_counting.h"
-#include "tools/definitions/definition_files.h"
-#include "tools/options/code_page.h"
+#include "tools/definitions/loaded_definitions.h"
+#include "tools/options/line_code_page.h"
 #include "tools/options/locale_names.h"
 #include "tools/options/option_checks.h"
 #include "tools/render/entry_error.h"
@@ -27,6 +27,7 @@
 #include "tools/system/file_descriptor.h"
 #include "tools/system/line_reader.h"
 #include "tools/system/out_of_memory.h"
+#include "tools/system/standard_input.h"
 #include "tools/system/terminal.h"
 
 namespace qzlog_tool {
@@ -224,28 +225,9 @@ class FileRenderer {
   static inline FileRenderer* current_ = nullptr;
 };
 
-// Standard input can be read once.
-void refuse_shared_input(const RenderOptions& options) {
-  const struct {
-    const std::string& path;
-    const char* what;
-  } inputs[] = {{options.definitions, "the definitions"},
-                {options.filter.config, "the configuration"},
-                {options.entries, "the entries"}};
-  const char* first = nullptr;
-  for (const auto& input : inputs) {
-    if (input.path != "-") continue;
-    if (first != nullptr) {
-      throw CommandError(kExitCannotRun,
-                         std::string("standard input cannot give both ") + first + " and " + input.what);
-    }
-    first = input.what;
-  }
-}
-
 int render(const RenderOptions& options) {
-  refuse_shared_input(options);
-  const CodePage code_page(options.code_page);
+  refuse_repeated_standard_input({options.definitions, options.auxiliary, options.filter.config, options.entries});
+  const LineCodePage code_page(options.code_page);
   qz_LOG_LogConfig::SetICUEnabled(!options.no_icu);
   qz_LOG_LogConfig::SetCodePage(code_page.name().c_str());
   set_locale(options.locale);
@@ -255,7 +237,7 @@ int render(const RenderOptions& options) {
   open_catalog(options.catalog);
 
   // Through ICU the library takes and gives texts in the code page; narrowly it passes bytes on as they are.
-  const CodePage* const conversion = code_page.is_utf8() ? nullptr : &code_page;
+  const LineCodePage* const conversion = code_page.is_utf8() ? nullptr : &code_page;
   const RenderCodePages code_pages{options.no_icu ? nullptr : conversion, options.no_icu ? conversion : nullptr};
   std::optional<RenderFilter> filter;
   if (options.filter.active) filter.emplace(options.filter);

@@ -8,10 +8,10 @@
 #include <limits>
 
 #include "qzlog/logcfg.h"
+#include "tools/compiler/text/number_text.h"
 #include "tools/options/option_checks.h"
 #include "tools/render/config_check.h"
 #include "tools/system/file_descriptor.h"
-#include "tools/system/number_text.h"
 
 namespace qzlog_tool {
 
@@ -20,7 +20,7 @@ namespace {
 constexpr std::uint32_t kAllProperties = 0xFFFFFFFF;
 
 std::optional<std::int64_t> parse_mask(const std::string& text) {
-  return parse_number(text, 0, std::numeric_limits<std::uint32_t>::max());
+  return qzlog_compiler::parse_number(text, 0, std::numeric_limits<std::uint32_t>::max());
 }
 
 std::string check_mask(const std::string& text) {

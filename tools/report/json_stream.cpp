@@ -1,81 +1,123 @@
 #include "tools/report/json_stream.h"
 
-#include <algorithm>
-#include <nlohmann/json.hpp>
+#include <cstddef>
 #include <ostream>
-#include <string>
-
-#include "tools/compiler/text/hexadecimal.h"
 
 namespace qzlog_compiler {
 namespace {
 
-constexpr std::size_t kHexadecimalPiece = std::size_t{1} << 15;
-constexpr std::size_t kLongestCharacter = 4;
+constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
 
-bool continues_character(char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80; }
+struct ByteRange {
+  unsigned char first = 0x80;
+  unsigned char last = 0xBF;
 
-/// As much of the text as can be converted by itself: a cut before a byte that begins a character splits none. Where
-/// none does, so many others stand in a row that the last of them belong to no character.
-std::size_t first_piece(std::string_view text, std::size_t limit) {
-  if (text.size() <= limit) return text.size();
-  for (std::size_t back = 0; back < kLongestCharacter; ++back) {
-    if (!continues_character(text[limit - back])) return limit - back;
+  bool has(unsigned char byte) const { return first <= byte && byte <= last; }
+};
+
+/// What a byte begins: how many bytes follow it, and which the first of these can be.
+struct LeadByte {
+  std::size_t following = 0;
+  ByteRange second = {};
+};
+
+/// `byte` is none of ASCII's. Nothing follows a byte that begins no character.
+LeadByte read_lead_byte(unsigned char byte) {
+  if (byte < 0xC2 || byte > 0xF4) return {};
+  if (byte < 0xE0) return {1};
+  if (byte < 0xF0) {
+    if (byte == 0xE0) return {2, {0xA0, 0xBF}};
+    return {2, {0x80, static_cast<unsigned char>(byte == 0xED ? 0x9F : 0xBF)}};  // surrogates are no characters
   }
-  return limit;
+  if (byte == 0xF0) return {3, {0x90, 0xBF}};
+  return {3, {0x80, static_cast<unsigned char>(byte == 0xF4 ? 0x8F : 0xBF)}};
 }
 
-/// Without the quotation marks.
-std::string escaped(std::string_view text) {
-  using Json = nlohmann::json;
-  const std::string quoted = Json(text).dump(-1, ' ', false, Json::error_handler_t::replace);
-  return quoted.substr(1, quoted.size() - 2);
+/// What a text begins with.
+struct Piece {
+  std::size_t size = 1;
+  bool is_plain = false;  ///< stands for itself in a JSON string
+};
+
+/// A character, or as many bytes as begin like one.
+Piece multibyte_piece(std::string_view text) {
+  const LeadByte lead = read_lead_byte(static_cast<unsigned char>(text[0]));
+  if (lead.following == 0) return {};
+  ByteRange allowed = lead.second;
+  for (std::size_t at = 1; at <= lead.following; ++at) {
+    if (at == text.size() || !allowed.has(static_cast<unsigned char>(text[at]))) return {at, false};
+    allowed = {};
+  }
+  return {1 + lead.following, true};
+}
+
+/// `text` is not empty.
+Piece first_piece(std::string_view text) {
+  const auto byte = static_cast<unsigned char>(text[0]);
+  if (byte >= 0x80) return multibyte_piece(text);
+  return {1, byte >= 0x20 && byte != '"' && byte != '\\'};
+}
+
+/// For a byte of ASCII that cannot stand for itself, or the first of bytes that are no character.
+void write_escape(unsigned char byte, std::ostream& out) {
+  constexpr std::string_view kNamed = "\b\f\n\r\t\"\\";
+  constexpr std::string_view kLetters = "bfnrt\"\\";
+  const std::size_t named = kNamed.find(static_cast<char>(byte));
+  if (byte >= 0x80) {
+    out << kReplacement;
+  } else if (named != std::string_view::npos) {
+    out << '\\' << kLetters[named];
+  } else {
+    out << "\\u00" << (byte < 0x10 ? '0' : '1') << "0123456789abcdef"[byte & 0xFU];
+  }
 }
 
 }  // namespace
 
-void write_json_text(std::string_view text, std::ostream& out, std::size_t piece_size_bytes) {
+void write_json_text(std::string_view text, std::ostream& out) {
   out << '"';
-  while (!text.empty()) {
-    const std::size_t size = first_piece(text, piece_size_bytes);
-    out << escaped(text.substr(0, size));
-    text.remove_prefix(size);
+  std::size_t written = 0;
+  for (std::size_t at = 0; at < text.size();) {
+    const Piece piece = first_piece(text.substr(at));
+    if (!piece.is_plain) {
+      out << text.substr(written, at - written);
+      write_escape(static_cast<unsigned char>(text[at]), out);
+      written = at + piece.size;
+    }
+    at += piece.size;
   }
-  out << '"';
+  out << text.substr(written) << '"';
 }
 
-JsonObjectStream::JsonObjectStream(std::ostream& out) : out_(out) {}
+JsonObjectStream::JsonObjectStream(std::ostream& out, JsonLayout layout) : out_(out), layout_(layout) { out_ << '{'; }
 
 void JsonObjectStream::number(std::string_view key, std::uint64_t value) { member(key) << value; }
 
+void JsonObjectStream::signed_number(std::string_view key, std::int64_t value) { member(key) << value; }
+
+void JsonObjectStream::boolean(std::string_view key, bool value) { member(key) << (value ? "true" : "false"); }
+
+void JsonObjectStream::null(std::string_view key) { member(key) << "null"; }
+
 void JsonObjectStream::text(std::string_view key, std::string_view text) { write_json_text(text, member(key)); }
 
-void JsonObjectStream::hexadecimal(std::string_view key, std::string_view bytes) {
-  member(key) << '"';
-  for (; !bytes.empty(); bytes.remove_prefix(std::min(bytes.size(), kHexadecimalPiece))) {
-    out_ << hexadecimal_bytes(bytes.substr(0, kHexadecimalPiece));
-  }
-  out_ << '"';
-}
-
 std::ostream& JsonObjectStream::member(std::string_view key) {
-  out_ << separator_ << '"' << key << "\":";
-  separator_ = ',';
-  return out_;
+  out_ << (empty_ ? "" : layout_.between) << layout_.before_each;
+  empty_ = false;
+  write_json_text(key, out_);
+  return out_ << ':' << layout_.after_colon;
 }
 
-void JsonObjectStream::end() { out_ << (separator_ == '{' ? "{}" : "}"); }
+void JsonObjectStream::end() { out_ << (empty_ ? "" : layout_.before_end) << '}'; }
 
-JsonListStream::JsonListStream(std::ostream& out, const char* before_item) : out_(out), before_item_(before_item) {
-  out_ << '[';
-}
+JsonListStream::JsonListStream(std::ostream& out, JsonLayout layout) : out_(out), layout_(layout) { out_ << '['; }
 
 std::ostream& JsonListStream::item() {
-  out_ << (empty_ ? "" : ",") << before_item_;
+  out_ << (empty_ ? "" : layout_.between) << layout_.before_each;
   empty_ = false;
   return out_;
 }
 
-void JsonListStream::end(const char* before_end) { out_ << (empty_ ? "" : before_end) << ']'; }
+void JsonListStream::end() { out_ << (empty_ ? "" : layout_.before_end) << ']'; }
 
 }  // namespace qzlog_compiler

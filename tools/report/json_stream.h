@@ -1,50 +1,60 @@
 #ifndef QZLOG_TOOLS_REPORT_JSON_STREAM_H
 #define QZLOG_TOOLS_REPORT_JSON_STREAM_H
 
-#include <cstddef>
 #include <cstdint>
 #include <iosfwd>
 #include <string_view>
 
 namespace qzlog_compiler {
 
-/// Writes a text of any bytes as a JSON string; what is not UTF-8 becomes replacement characters. It is converted in
-/// pieces of at most `piece_size_bytes`, at least 4, which is all the memory that it takes.
-void write_json_text(std::string_view text, std::ostream& out, std::size_t piece_size_bytes = std::size_t{1} << 16);
+/// Writes a text of any bytes as a JSON string; what is not UTF-8 becomes replacement characters, one for each sequence
+/// that begins like a character and does not become one, and for each byte that begins none.
+void write_json_text(std::string_view text, std::ostream& out);
 
-/// Writes a JSON object in one line, member by member, so that memory holds none of it. Keys are written as they stand.
+/// What stands between the parts of an object or a list. All texts have to outlive what is written with it.
+struct JsonLayout {
+  const char* between = ",";     ///< the members or items
+  const char* before_each = "";  ///< behind the bracket or what stands between
+  const char* before_end = "";   ///< before the closing bracket of what is not empty
+  const char* after_colon = "";
+};
+
+/// Writes a JSON object member by member, so that memory holds none of it.
 class JsonObjectStream {
  public:
   /// `out` has to outlive this object.
-  explicit JsonObjectStream(std::ostream& out);
+  explicit JsonObjectStream(std::ostream& out, JsonLayout layout = {});
 
   void number(std::string_view key, std::uint64_t value);
+  void signed_number(std::string_view key, std::int64_t value);
+  void boolean(std::string_view key, bool value);
+  void null(std::string_view key);
   void text(std::string_view key, std::string_view text);
-  /// A string of two digits for each byte.
-  void hexadecimal(std::string_view key, std::string_view bytes);
   /// For a value that the caller writes.
   std::ostream& member(std::string_view key);
+  /// Has to be called once, behind the last member.
   void end();
 
  private:
   std::ostream& out_;
-  char separator_ = '{';
+  JsonLayout layout_;
+  bool empty_ = true;
 };
 
 /// Writes a JSON list item by item.
 class JsonListStream {
  public:
-  /// `before_item` stands before each item, behind the comma; all of them have to outlive this object.
-  explicit JsonListStream(std::ostream& out, const char* before_item = "");
+  /// `out` has to outlive this object.
+  explicit JsonListStream(std::ostream& out, JsonLayout layout = {});
 
   /// For the next item, which the caller writes.
   std::ostream& item();
-  /// `before_end` stands before the closing bracket of a list that is not empty.
-  void end(const char* before_end = "");
+  /// Has to be called once, behind the last item.
+  void end();
 
  private:
   std::ostream& out_;
-  const char* before_item_;
+  JsonLayout layout_;
   bool empty_ = true;
 };
 

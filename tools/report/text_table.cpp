@@ -9,23 +9,20 @@
 namespace qzlog_compiler {
 namespace {
 
-/// One text of a megabyte must not widen every row.
-constexpr std::size_t kWidestColumn = 40;
-
 struct Column {
   bool flush_right = false;
   std::size_t width = 0;
 
-  void fit(const std::string& cell) {
+  void fit(const std::string& cell, std::size_t widest) {
     const std::size_t cell_width = character_count(cell);
-    if (cell_width <= kWidestColumn) width = std::max(width, cell_width);
+    if (cell_width <= widest) width = std::max(width, cell_width);
   }
 };
 
 std::vector<Column> take_columns(TextRow& titles) {
   std::vector<Column> columns;
   for (std::string& title : titles) {
-    const bool flush_right = title.front() == '>';
+    const bool flush_right = title.starts_with('>');
     if (flush_right) title.erase(0, 1);
     columns.push_back({flush_right, character_count(title)});
   }
@@ -52,9 +49,10 @@ void write_text_table(const TextTable& table, std::size_t indent, std::size_t co
   std::vector<Column> fitted = take_columns(titles);
   for (std::size_t i = 0; i < table.row_count; ++i) {
     const TextRow row = table.row(i);
-    for (std::size_t cell = 0; cell < row.size(); ++cell) fitted[cell].fit(row[cell]);
+    for (std::size_t cell = 0; cell < row.size(); ++cell) fitted[cell].fit(row[cell], table.widest_column);
   }
-  out << cut_line(line_of(titles, fitted, indent), columns) << '\n';
+  const bool has_titles = std::any_of(titles.begin(), titles.end(), [](const auto& title) { return !title.empty(); });
+  if (has_titles) out << cut_line(line_of(titles, fitted, indent), columns) << '\n';
   for (std::size_t i = 0; i < table.row_count; ++i) {
     out << cut_line(line_of(table.row(i), fitted, indent), columns) << '\n';
   }

@@ -5,12 +5,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
 #include <cstdint>
-#include <cstdio>
 #include <utility>
 
+#include "tools/compiler/text/hexadecimal.h"
 #include "tools/system/file_descriptor.h"
 
 namespace qzlog_tool {
@@ -32,9 +31,7 @@ std::string new_name(int attempt) {
   if (::getrandom(&number, sizeof number, 0) != static_cast<ssize_t>(sizeof number)) {
     number = static_cast<std::uint64_t>(::getpid()) * kMaximumAttempts + static_cast<std::uint64_t>(attempt);
   }
-  std::array<char, 32> name = {};
-  std::snprintf(name.data(), name.size(), ".qzlog-%016llx", static_cast<unsigned long long>(number));
-  return name.data();
+  return ".qzlog-" + qzlog_compiler::hexadecimal(number, 16, qzlog_compiler::HexadecimalLetters::kSmall);
 }
 
 FileDescriptor create_in(const std::string& folder, mode_t mode, std::string& path, const std::string& shown_path) {

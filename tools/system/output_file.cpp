@@ -5,13 +5,14 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <charconv>
 #include <cstdint>
 #include <filesystem>
+#include <limits>
 #include <optional>
 #include <system_error>
 #include <vector>
 
+#include "tools/compiler/text/number_text.h"
 #include "tools/system/command_error.h"
 #include "tools/system/file_descriptor.h"
 #include "tools/system/file_replacement.h"
@@ -59,9 +60,8 @@ std::optional<int> descriptor_of(const std::string& path, const fs::path& place)
   std::error_code missing;
   if (place.parent_path() != fs::canonical("/proc/self/fd", missing) || missing) return std::nullopt;
   const std::string name = place.filename().string();
-  int number = 0;
-  const auto [end, error] = std::from_chars(name.data(), name.data() + name.size(), number);
-  return error == std::errc() && end == name.data() + name.size() ? std::optional(number) : std::nullopt;
+  const auto number = qzlog_compiler::parse_number(name, 0, std::numeric_limits<int>::max());
+  return number ? std::optional(static_cast<int>(*number)) : std::nullopt;
 }
 
 bool holds_already(const std::string& path, const struct stat& status, std::string_view content) {

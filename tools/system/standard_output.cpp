@@ -31,6 +31,7 @@ void flush_standard_output() {
   if (std::cout.flush() && is_kept() && complete) return;
   const int error = errno != 0 ? errno : earlier_error;
   std::cout.setstate(std::ios::badbit);
+  if (error == EPIPE) throw CommandError(kExitReaderGone, "");
   throw CommandError(kExitCannotRun, std::string("cannot write to standard output") +
                                          (error != 0 ? std::string(": ") + std::strerror(error) : ""));
 }

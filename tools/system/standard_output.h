@@ -3,7 +3,8 @@
 
 namespace qzlog_tool {
 
-/// Writes out what std::cout holds. Throws CommandError (cannot run) when not everything that it ever got has arrived.
+/// Writes out what std::cout holds. Throws CommandError when not everything that it ever got has arrived: cannot run,
+/// with the reason; or reader gone, without a text, on a pipe that nobody reads.
 void flush_standard_output();
 
 }  // namespace qzlog_tool

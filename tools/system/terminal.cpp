@@ -6,8 +6,8 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "tools/compiler/text/number_text.h"
 #include "tools/system/file_descriptor.h"
-#include "tools/system/number_text.h"
 
 namespace qzlog_tool {
 
@@ -66,7 +66,7 @@ std::string_view error_label() noexcept {
 
 std::size_t output_columns() {
   const char* const given = std::getenv("COLUMNS");
-  if (const auto columns = parse_number(given != nullptr ? given : "", 1, kMaximumColumns)) {
+  if (const auto columns = qzlog_compiler::parse_number(given != nullptr ? given : "", 1, kMaximumColumns)) {
     return static_cast<std::size_t>(*columns);
   }
   winsize size = {};

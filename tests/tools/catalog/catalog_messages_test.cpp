@@ -98,18 +98,5 @@ TEST(CatalogMessages, Moved_StaysUsable) {
   EXPECT_EQ(moved.find("FULL")->text->stored, "%s%Name% at %s%SITE%");
 }
 
-TEST(CatalogMessages, MistakesInSeveralSources_AreAllReported) {
-  const SourceText broken = {"b.yaml", "version: \"1.0\"\nentries: [{id: 5, name: B, message: \"{X}\"}]\n"};
-  std::vector<qzlog_compiler::Diagnostic> diagnostics;
-  CatalogFindings findings;
-  const std::vector<SourceText> sources = {kStandard, broken, broken};
-  EXPECT_FALSE(CatalogMessages::collect(sources, diagnostics, findings).has_value());
-  EXPECT_EQ(diagnostics.size(), 2u);
-  diagnostics.clear();
-  const std::vector<SourceText> broken_standard = {broken, broken};
-  EXPECT_FALSE(CatalogMessages::collect(broken_standard, diagnostics, findings).has_value());
-  EXPECT_EQ(diagnostics.size(), 1u);
-}
-
 }  // namespace
 }  // namespace qzlog_catalog

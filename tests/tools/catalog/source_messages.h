@@ -3,12 +3,15 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <sstream>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "tools/catalog/catalog_messages.h"
+#include "tools/definitions/definitions.h"
 
 namespace qzlog_catalog {
 
@@ -19,14 +22,29 @@ inline std::string printed(const CatalogFindings& findings) {
   return out.str();
 }
 
+struct SourceText {
+  std::string name;
+  std::string content;
+};
+
+/// Sources without a mistake, the standard one and those that extend it.
+inline std::vector<qzlog_tool::Definitions> read_sources(const std::vector<SourceText>& texts) {
+  std::vector<qzlog_tool::Definitions> sources;
+  sources.reserve(texts.size());
+  for (const SourceText& text : texts) {
+    sources.push_back(qzlog_tool::read_errors_only(
+        {text.name, text.name, text.content, true},
+        {.standard = sources.empty() ? nullptr : &sources.front(), .path = qzlog_compiler::MessagePath::kIcu}));
+    EXPECT_TRUE(sources.back().ok()) << text.name;
+  }
+  return sources;
+}
+
 /// The messages of sources without a mistake.
 inline CatalogMessages messages_of(const std::vector<SourceText>& sources) {
-  std::vector<qzlog_compiler::Diagnostic> diagnostics;
   CatalogFindings findings;
-  std::optional<CatalogMessages> messages = CatalogMessages::collect(sources, diagnostics, findings);
-  std::ostringstream out;
-  for (const qzlog_compiler::Diagnostic& diagnostic : diagnostics) out << diagnostic << '\n';
-  EXPECT_EQ(out.str() + printed(findings), "");
+  std::optional<CatalogMessages> messages = CatalogMessages::collect(read_sources(sources), findings);
+  EXPECT_EQ(printed(findings), "");
   return std::move(messages.value());
 }
 

@@ -65,12 +65,12 @@ TEST_F(CompileCommand, SourceWithErrors_LeavesTheOldFile) {
 
 TEST_F(CompileCommand, MissingSource_IsStatusTwo) {
   EXPECT_EQ(run({path("none.yaml"), "-o", path("a.ldf")}), 2);
-  EXPECT_EQ(error_, "qzlog: cannot open '" + path("none.yaml") + "': No such file or directory\n");
+  EXPECT_EQ(error_, "qzlog: error: cannot open '" + path("none.yaml") + "': No such file or directory\n");
 }
 
 TEST_F(CompileCommand, OutputThatCannotBeWritten_IsStatusTwo) {
   EXPECT_EQ(run({write("a.yaml", kGood), "-o", path("none/a.ldf")}), 2);
-  EXPECT_EQ(error_, "qzlog: cannot write '" + path("none/a.ldf") + "': No such file or directory\n");
+  EXPECT_EQ(error_, "qzlog: error: cannot write '" + path("none/a.ldf") + "': No such file or directory\n");
 }
 
 TEST_F(CompileCommand, OutputThatIsAnInput_IsRefused) {
@@ -78,7 +78,7 @@ TEST_F(CompileCommand, OutputThatIsAnInput_IsRefused) {
   const std::string standard = write("std.yaml", kGood);
   const std::string other_spelling = path("./a.yaml");
   EXPECT_EQ(run({source, "-o", other_spelling}), 2);
-  EXPECT_EQ(error_, "qzlog: the output '" + other_spelling + "' is one of the input files\n");
+  EXPECT_EQ(error_, "qzlog: error: the output '" + other_spelling + "' is one of the input files\n");
   EXPECT_EQ(run({source, "-o", standard, "--aux-of", standard}), 2);
   EXPECT_EQ(content(source), kGood);
   EXPECT_EQ(content(standard), kGood);

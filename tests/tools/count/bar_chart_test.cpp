@@ -1,13 +1,10 @@
 #include "tools/count/bar_chart.h"
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
 
+#include <sstream>
 #include <string>
 #include <vector>
-
-#include "tests/tools/temporary_folder.h"
-#include "tools/system/file_descriptor.h"
 
 namespace {
 
@@ -34,13 +31,9 @@ TEST(Bar, LargestCounts_FillTheColumns) {
 TEST(Bar, NothingCounted_IsEmpty) { EXPECT_EQ(bar(0, 0, 10), ""); }
 
 std::string chart(const std::vector<DayTotal>& days, std::size_t columns) {
-  const qzlog_test::TemporaryFolder folder;
-  const std::string path = folder.write("chart", "");
-  const qzlog_tool::FileDescriptor file(::open(path.c_str(), O_WRONLY | O_CLOEXEC));
-  qzlog_tool::BufferedOutput output(file.get(), "chart");
-  write_bar_chart(days, columns, output);
-  output.flush();
-  return folder.read("chart");
+  std::ostringstream out;
+  write_bar_chart(days, columns, out);
+  return out.str();
 }
 
 DayTotal total(const char* day, std::uint64_t count) { return {*qzlog_tool::parse_day(day), count}; }

@@ -188,12 +188,12 @@ TEST_F(CountShow, WrongUse_IsExplainedWithStatus2) {
       {"events.cnt --definitions ''", "--definitions: the name is empty" + usage},
       {"events.cnt other.cnt", "The following argument was not expected: other.cnt" + usage},
       {"events.cnt --from 2026-11-22 --to 2026-11-21", "--from 2026-11-22 is later than --to 2026-11-21\n"},
-      {"- --definitions - <d.yaml", "standard input cannot give both the definitions and the counts\n"},
+      {"- --definitions - <d.yaml", "standard input can be read for one file only\n"},
       {"none", "cannot open 'none.cnt': No such file or directory\n"},
       {"none.cnt", "cannot open 'none.cnt': No such file or directory\n"},
       {"none/", "'none/' names no counter; it is given as DIR/NAME\n"},
       {"events.cnt --definitions none.yaml", "cannot open 'none.yaml': No such file or directory\n"},
-      {"events.cnt --definitions d.ldf", "'d.ldf' has no names: compiled files hold only IDs, give the source\n"},
+      {"events.cnt --definitions d.ldf", "'d.ldf' is a compiled definition file; give its source\n"},
   };
   for (const auto& row : cases) {
     const CommandResult result = show(row.arguments);

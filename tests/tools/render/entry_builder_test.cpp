@@ -7,7 +7,7 @@
 
 #include "qzlog/logcfg.h"
 #include "tests/tools/temporary_folder.h"
-#include "tools/definitions/definition_files.h"
+#include "tools/definitions/loaded_definitions.h"
 #include "tools/render/entry_error.h"
 #include "tools/render/json_entry.h"
 #include "tools/render/library_call.h"
@@ -176,7 +176,7 @@ TEST_F(EntryBuilderTest, Texts_AreStoredInUtf8) {
 }
 
 TEST_F(EntryBuilderTest, Texts_AreConvertedToTheCodePage) {
-  const qzlog_tool::CodePage code_page("ISO-8859-1");
+  const qzlog_tool::LineCodePage code_page("ISO-8859-1");
   builder_ = EntryBuilder(nullptr, &code_page);
   build(R"({"id":7,"attributes":{"C":"Käse","M":"Öl"}})");
   EXPECT_STREQ(entry_.GetAttribStr("C"), "K\xE4se");

@@ -9,7 +9,7 @@
 
 #include "qzlog/logcfg.h"
 #include "tests/tools/temporary_folder.h"
-#include "tools/definitions/definition_files.h"
+#include "tools/definitions/loaded_definitions.h"
 #include "tools/render/entry_builder.h"
 #include "tools/render/entry_error.h"
 #include "tools/render/json_entry.h"

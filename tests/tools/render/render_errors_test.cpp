@@ -192,8 +192,7 @@ const Refusal kRefusals[] = {
      "qzlog: error: cannot open 'none.jsonl': No such file or directory\n"},
     {"FolderAsEntries", "--definitions storage.yaml .", 2, "qzlog: error: cannot read '.': Is a directory\n"},
     {"FolderAsDefinitions", "--definitions . entries.jsonl", 2, "qzlog: error: cannot read '.': Is a directory\n"},
-    {"StandardInputTwice", "--definitions -", 2,
-     "qzlog: error: standard input cannot give both the definitions and the entries\n"},
+    {"StandardInputTwice", "--definitions -", 2, "qzlog: error: standard input can be read for one file only\n"},
     {"DamagedDefinitions", "--definitions damaged.ldf entries.jsonl", 1,
      "damaged.ldf: error: <QZX_logging_invalid_definition> Unable to access definition file successfully. "
      "[bad-definition-file]\n"},

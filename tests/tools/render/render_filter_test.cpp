@@ -154,8 +154,8 @@ TEST_F(RenderFilter, FileThatCannotBeRead_IsRefusedWithStatus2) {
   } cases[] = {
       {"--definitions d.yaml --config none.conf e.jsonl", "cannot open 'none.conf': No such file or directory"},
       {"--definitions d.yaml --config . e.jsonl", "cannot read '.': Is a directory"},
-      {"--definitions d.yaml --config -", "standard input cannot give both the configuration and the entries"},
-      {"--definitions - --config - e.jsonl", "standard input cannot give both the definitions and the configuration"},
+      {"--definitions d.yaml --config -", "standard input can be read for one file only"},
+      {"--definitions - --config - e.jsonl", "standard input can be read for one file only"},
   };
   for (const auto& row : cases) {
     const CommandResult result = run(std::string("$QZLOG render ") + row.arguments);

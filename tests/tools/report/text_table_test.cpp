@@ -8,9 +8,10 @@ namespace qzlog_compiler {
 namespace {
 
 std::string text_of(const TextRow& titles, const std::vector<TextRow>& rows, std::size_t indent = 0,
-                    std::size_t columns = 0) {
+                    std::size_t columns = 0, std::size_t widest_column = kWidestColumn) {
   std::ostringstream out;
-  write_text_table({titles, rows.size(), [&](std::size_t i) { return rows[i]; }}, indent, columns, out);
+  const auto row = [&](std::size_t i) { return rows[i]; };
+  write_text_table({titles, rows.size(), row, widest_column}, indent, columns, out);
   return out.str();
 }
 
@@ -28,6 +29,16 @@ TEST(WriteTextTable, LinesOverTheColumns_AreCutWithAnEllipsis) {
 TEST(WriteTextTable, CellOverFortyCharacters_MovesItsOwnRowOnly) {
   EXPECT_EQ(text_of({"name", "type"}, {{std::string(41, 'n'), "t"}, {"short", "t"}}),
             "name   type\n" + std::string(41, 'n') + "  t\nshort  t\n");
+}
+
+TEST(WriteTextTable, OwnLimitOfAColumn_Counts) {
+  EXPECT_EQ(
+      text_of({"name", "type"}, {{std::string(41, 'n'), "t"}, {"short", "t"}}, 0, 0, 41),
+      "name" + std::string(39, ' ') + "type\n" + std::string(41, 'n') + "  t\nshort" + std::string(38, ' ') + "t\n");
+}
+
+TEST(WriteTextTable, NoTitles_OnlyRows) {
+  EXPECT_EQ(text_of({">", "", ""}, {{"1", "a", ""}, {"20", "bcd", "e"}}, 2), "   1  a\n  20  bcd  e\n");
 }
 
 }  // namespace

@@ -93,7 +93,7 @@ TEST_F(ClosedDescriptors, EachCombination_ChangesNoFileAndIsNoSilentSuccess) {
 TEST_F(ClosedDescriptors, StandardInputThatIsRead_IsAnError) {
   const CommandResult result = run("$QZLOG compile - -o out.ldf <&-");
   EXPECT_EQ(result.status, 2);
-  EXPECT_EQ(result.err, "qzlog: cannot read '-': Bad file descriptor\n");
+  EXPECT_EQ(result.err, "qzlog: error: cannot read '-': Bad file descriptor\n");
   EXPECT_FALSE(std::filesystem::exists(folder_.path() / "out.ldf"));
 }
 
@@ -103,7 +103,7 @@ TEST_F(ProcessStart, FileSizeLimit_IsAnErrorAndNoSignal) {
   write("storage.ldf", "old");
   const auto before = files();
   const CommandResult result = run("(ulimit -f 0; $QZLOG compile storage.yaml -o storage.ldf 2>&1) | cat");
-  EXPECT_EQ(result.out, "qzlog: cannot write 'storage.ldf': File too large\n");
+  EXPECT_EQ(result.out, "qzlog: error: cannot write 'storage.ldf': File too large\n");
   EXPECT_EQ(files(), before);
 }
 

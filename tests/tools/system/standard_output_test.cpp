@@ -44,4 +44,20 @@ TEST_F(StandardOutput, FileOfLimitedSize_IsAnError) {
   EXPECT_EQ(result.out, "qzlog: error: cannot write to standard output: File too large\n2\n");
 }
 
+// As for the commands that print line by line; here the signal that would end the command is ignored.
+TEST_F(StandardOutput, ReaderThatIsGone_EndsTheCommandWithoutAWord) {
+  EXPECT_EQ(run("mkfifo pipe && printf '{\"id\":1}\\n' >entries.jsonl").status, 0);
+  for (const int entries : {1, 500}) {
+    make_definitions(entries);
+    for (const std::string command :
+         {"inspect events.ldf", "explain 1 --definitions events.ldf", "diff events.ldf events.yaml",
+          "render --definitions events.ldf --count c entries.jsonl", "count show c.cnt", "count show c.cnt --json",
+          "count show c.cnt --chart"}) {
+      const CommandResult result = run("{ trap '' PIPE; exec 3<>pipe 4>pipe 3>&-; $QZLOG " + command + " >&4; }");
+      EXPECT_EQ(result.status, 1) << command;
+      EXPECT_EQ(result.err, "") << command;
+    }
+  }
+}
+
 }  // namespace

@@ -1,10 +1,8 @@
 #include "tools/compiler/source/compiler.h"
 
 #include <algorithm>
-#include <iterator>
 #include <utility>
 
-#include "tools/compiler/file/ldf_reader.h"
 #include "tools/compiler/file/ldf_writer.h"
 #include "tools/compiler/model/model_merge.h"
 #include "tools/compiler/source/accepted_warnings.h"
@@ -27,18 +25,6 @@ std::string find_wrapping_count(const DefinitionModel& model) {
     }
   }
   return "";
-}
-
-CompileResult load_standard_ldf(std::string_view bytes, std::string file_name) {
-  LdfFile file = read_ldf(bytes);
-  Diagnostics diagnostics(std::move(file_name));
-  if (file.damage) {
-    diagnostics.error({}, Rule::kBadDefinitionFile,
-                      file.damage->reason + ", at offset " + std::to_string(file.damage->offset));
-  } else if (std::string reason = find_wrapping_count(file.model); !reason.empty()) {
-    diagnostics.error({}, Rule::kBadDefinitionFile, std::move(reason));
-  }
-  return {std::move(file.model), "", diagnostics.take_sorted()};
 }
 
 /// Parses and checks, without writing.
@@ -83,30 +69,25 @@ CompileResult compile_source(std::string_view text, const std::string& file_name
   return result;
 }
 
-CompileResult compile_merged(CompileResult standard, const std::string& standard_file, std::string_view text,
+CompileResult compile_merged(DefinitionModel standard, const std::string& standard_file, std::string_view text,
                              const std::string& file_name, MessagePath path) {
   CompileResult aux =
-      compile_source(text, file_name, {.path = path, .standard = &standard.model, .standard_file = standard_file});
+      compile_source(text, file_name, {.path = path, .standard = &standard, .standard_file = standard_file});
   // What the library forgets when it reads an entry of two files again cannot be forgotten of one file.
   std::erase_if(aux.diagnostics, [](const Diagnostic& found) { return found.rule == Rule::kAuxSharedEntries; });
   CompileResult merged;
-  merged.diagnostics = std::move(standard.diagnostics);
-  std::move(aux.diagnostics.begin(), aux.diagnostics.end(), std::back_inserter(merged.diagnostics));
-  if (!aux.ok() || !merged.ok()) return merged;
-  merged.model = merge_models(std::move(standard.model), aux.model);
+  merged.diagnostics = std::move(aux.diagnostics);
+  if (!merged.ok()) return merged;
+  merged.model = merge_models(std::move(standard), aux.model);
   merged.bytes = write_ldf(merged.model);
   return merged;
 }
 
-CompileResult load_standard(std::string_view content, std::string file_name) {
-  if (looks_like_ldf(content)) return load_standard_ldf(content, std::move(file_name));
-  Diagnostics diagnostics(std::move(file_name));
-  AcceptedWarnings ignored;
-  CompileResult result;
-  result.model = analyse(content, {}, ignored, diagnostics);
-  result.diagnostics = diagnostics.take_sorted();
-  std::erase_if(result.diagnostics, [](const Diagnostic& found) { return found.severity != Severity::kError; });
-  return result;
+std::vector<Diagnostic> errors_of(const LdfFile& file, const std::string& file_name) {
+  const std::string reason = file.damage ? file.damage->reason + ", at offset " + std::to_string(file.damage->offset)
+                                         : find_wrapping_count(file.model);
+  if (reason.empty()) return {};
+  return {{file_name, {}, Severity::kError, Rule::kBadDefinitionFile, reason}};
 }
 
 }  // namespace qzlog_compiler

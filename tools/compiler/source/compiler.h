@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "tools/compiler/file/ldf_reader.h"
 #include "tools/compiler/message/message_lowering.h"
 #include "tools/compiler/model/definition_model.h"
 #include "tools/report/diagnostics.h"
@@ -33,16 +34,15 @@ struct CompileResult {
 /// by position; warnings alone leave a result. Throws `std::length_error` when the compiled file would exceed 4 GiB.
 CompileResult compile_source(std::string_view text, const std::string& file_name, const CompileOptions& options);
 
-/// Compiles an auxiliary source over standard definitions that are compiled already without an error, and both into one
-/// standard file: what the library holds after loading the two. `standard_file` is what diagnostics call the standard
-/// source. The diagnostics are those of `standard`, then those of the auxiliary source. Throws as `compile_source`
-/// does.
-CompileResult compile_merged(CompileResult standard, const std::string& standard_file, std::string_view text,
+/// Compiles an auxiliary source over standard definitions without an error, and both into one standard file: what the
+/// library holds after loading the two. `standard_file` is what diagnostics call the standard source. The diagnostics
+/// are those of the auxiliary source. Throws as `compile_source` does.
+CompileResult compile_merged(DefinitionModel standard, const std::string& standard_file, std::string_view text,
                              const std::string& file_name, MessagePath path);
 
-/// Reads the definitions that an auxiliary source extends, from a compiled file or a definition source, told apart by
-/// their first bytes. The result has no bytes, and only errors among its diagnostics.
-CompileResult load_standard(std::string_view content, std::string file_name);
+/// What forbids to build on the definitions of a compiled file: damage, or more of something than the library counts.
+/// At most one error.
+std::vector<Diagnostic> errors_of(const LdfFile& file, const std::string& file_name);
 
 }  // namespace qzlog_compiler
 

@@ -1,5 +1,6 @@
 #include "tools/compiler/source/scalar_position.h"
 
+#include "tools/compiler/text/number_text.h"
 #include "tools/compiler/text/utf8_text.h"
 
 namespace qzlog_compiler {
@@ -12,17 +13,9 @@ struct WrittenCharacter {
   std::size_t size = 0;  ///< bytes in the text
 };
 
-char32_t read_hexadecimal(std::string_view digits) {
-  char32_t code = 0;
-  for (const char digit : digits) {
-    const auto lower = static_cast<char32_t>(digit | 0x20);
-    code = code * 16 + (digit <= '9' ? static_cast<char32_t>(digit - '0') : lower - 'a' + 10);
-  }
-  return code;
-}
-
 WrittenCharacter numeric_escape(std::string_view source, std::size_t at, std::size_t digits) {
-  return {2 + digits, 2 + digits, utf8_size(read_hexadecimal(source.substr(at + 2, digits)))};
+  const auto code = parse_unsigned(source.substr(at + 2, digits), NumberForm::kHexadecimal);
+  return {2 + digits, 2 + digits, utf8_size(static_cast<char32_t>(code.value_or(0)))};
 }
 
 WrittenCharacter read_escape(std::string_view source, std::size_t at) {

@@ -1,9 +1,10 @@
 #include "tools/compiler/source/scalar_values.h"
 
 #include <algorithm>
-#include <charconv>
+#include <limits>
 
 #include "tools/compiler/source/mapping_fields.h"
+#include "tools/compiler/text/number_text.h"
 #include "tools/compiler/text/utf8_text.h"
 
 namespace qzlog_compiler {
@@ -51,23 +52,18 @@ std::optional<std::uint32_t> read_number(const YamlNode& node, std::string_view 
     report_wrong_type(node, std::string(what) + ", a number without quotes", diagnostics);
     return std::nullopt;
   }
-  std::string_view digits = node.text();
-  const bool hexadecimal = digits.starts_with("0x") || digits.starts_with("0X");
-  if (hexadecimal) digits.remove_prefix(2);
-  std::uint32_t value = 0;
-  const char* const end = digits.data() + digits.size();
-  const auto result = std::from_chars(digits.data(), end, value, hexadecimal ? 16 : 10);
-  if (result.ptr != end || result.ec == std::errc::invalid_argument) {
+  const std::optional<std::uint64_t> number = parse_unsigned(node.text(), NumberForm::kEither);
+  if (!number) {
     diagnostics.error(node.position(), Rule::kBadNumber, quoted(node.text()) + " is no number")
         .with_hint(std::string(what) + " is decimal or 0x hexadecimal, from 0 to 4294967295");
     return std::nullopt;
   }
-  if (result.ec == std::errc::result_out_of_range) {
+  if (*number > std::numeric_limits<std::uint32_t>::max()) {
     diagnostics.error(node.position(), Rule::kNumberOutOfRange, quoted(node.text()) + " is too large")
         .with_hint(std::string(what) + " is at most 4294967295");
     return std::nullopt;
   }
-  return value;
+  return static_cast<std::uint32_t>(*number);
 }
 
 std::optional<std::string> read_version(const YamlNode& node, Diagnostics& diagnostics) {

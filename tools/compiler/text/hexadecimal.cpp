@@ -6,12 +6,14 @@ namespace qzlog_compiler {
 namespace {
 
 constexpr std::string_view kDigits = "0123456789ABCDEF";
+constexpr std::string_view kSmallDigits = "0123456789abcdef";
 
 }  // namespace
 
-std::string hexadecimal(std::uint64_t value, std::size_t digits) {
+std::string hexadecimal(std::uint64_t value, std::size_t digits, HexadecimalLetters letters) {
+  const std::string_view shown = letters == HexadecimalLetters::kSmall ? kSmallDigits : kDigits;
   std::string text;
-  for (; value != 0 || text.size() < digits; value >>= 4) text += kDigits[value & 0xFU];
+  for (; value != 0 || text.size() < digits; value >>= 4) text += shown[value & 0xFU];
   std::reverse(text.begin(), text.end());
   return text;
 }

@@ -8,8 +8,11 @@
 
 namespace qzlog_compiler {
 
-/// At least `digits` hexadecimal digits, in capitals.
-std::string hexadecimal(std::uint64_t value, std::size_t digits);
+enum class HexadecimalLetters { kCapital, kSmall };
+
+/// At least `digits` hexadecimal digits.
+std::string hexadecimal(std::uint64_t value, std::size_t digits,
+                        HexadecimalLetters letters = HexadecimalLetters::kCapital);
 
 /// "0x00000005", as masks are written.
 std::string bits_text(std::uint32_t bits);

@@ -1,5 +1,7 @@
 #include "tools/compiler/text/utf8_text.h"
 
+#include "tools/compiler/text/hexadecimal.h"
+
 namespace qzlog_compiler {
 namespace {
 
@@ -29,14 +31,12 @@ bool is_control(char32_t code) {
 }
 
 void append_escape(std::string& out, char32_t code) {
-  constexpr std::string_view kDigits = "0123456789ABCDEF";
   if (code == '\n') {
     out += "\\n";
   } else if (code == '\t') {
     out += "\\t";
   } else {
-    out += "\\u";
-    for (int shift = 12; shift >= 0; shift -= 4) out += kDigits[(code >> shift) & 0xFU];
+    out += "\\u" + hexadecimal(code, 4);
   }
 }
 

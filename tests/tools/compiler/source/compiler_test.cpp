@@ -61,11 +61,9 @@ TEST(CompileSource, PathAskedFor_ChoosesTheTemplate) {
 }
 
 TEST(CompileSource, AuxiliarySource_IsCheckedAgainstItsStandard) {
-  const CompileResult standard = load_standard(kExample, "std.yaml");
-  ASSERT_TRUE(standard.ok());
-  EXPECT_TRUE(standard.diagnostics.empty());
+  const DefinitionModel standard = read_ldf(example_bytes()).model;
   CompileOptions options;
-  options.standard = &standard.model;
+  options.standard = &standard;
   const CompileResult good = compile_source("version: 1.0\nentries: [{id: 7, name: FULL}]\n", "f", options);
   EXPECT_EQ(printed(good.diagnostics), "");
   const EntryDefinition entry = read_ldf(good.bytes).model.entries.at(0);
@@ -81,7 +79,7 @@ TEST(CompileSource, AuxiliarySource_IsCheckedAgainstItsStandard) {
 
 TEST(CompileMerged, TwoSources_GiveOneFile) {
   const CompileResult merged =
-      compile_merged(compile_source("version: 1.0\nentries: [{id: 1, name: A, message: m}]\n", "std", {}), "std",
+      compile_merged(compile_source("version: 1.0\nentries: [{id: 1, name: A, message: m}]\n", "std", {}).model, "std",
                      "version: 1.0\nentries: [{id: 1, name: A, message: n}, {id: 2, name: B, message: o}]\n", "aux",
                      MessagePath::kBoth);
   EXPECT_EQ(printed(merged.diagnostics), "");
@@ -93,34 +91,33 @@ TEST(CompileMerged, TwoSources_GiveOneFile) {
   EXPECT_EQ(file.model.entries[1].message.stored, "o%_%TIMESTAMP%");
 }
 
-TEST(CompileMerged, ErrorInTheAuxiliarySource_LeavesNoBytesAndAllDiagnostics) {
+TEST(CompileMerged, ErrorInTheAuxiliarySource_LeavesNoBytes) {
   const CompileResult merged =
-      compile_merged(compile_source("version: 1.0\nentries: [{id: 1, name: A, raw: m, message_id: ''}]\n", "std", {}),
-                     "std", "version: 1.0\nentries: [{id: x, name: B, message: n}]\n", "aux", MessagePath::kBoth);
+      compile_merged(compile_source("version: 1.0\nentries: [{id: 1, name: A, message: m}]\n", "std", {}).model, "std",
+                     "version: 1.0\nentries: [{id: x, name: B, message: n}]\n", "aux", MessagePath::kBoth);
   EXPECT_FALSE(merged.ok());
   EXPECT_EQ(merged.bytes, "");
-  EXPECT_EQ(printed(merged.diagnostics),
-            "std:2:48: warning: an empty catalog key: the message fails wherever a catalog is in use "
-            "[empty-message-id]\n"
-            "aux:2:16: error: 'x' is no number [bad-number]\n");
+  EXPECT_EQ(printed(merged.diagnostics), "aux:2:16: error: 'x' is no number [bad-number]\n");
 }
 
-TEST(LoadStandard, CompiledFile_IsToldBySight) {
-  const CompileResult standard = load_standard(example_bytes(), "std.ldf");
-  EXPECT_TRUE(standard.ok());
-  EXPECT_EQ(standard.model.entries.size(), 2U);
-}
+TEST(ErrorsOf, WholeFile_HasNone) { EXPECT_TRUE(errors_of(read_ldf(example_bytes()), "std.ldf").empty()); }
 
-TEST(LoadStandard, DamagedFile_IsReportedWithTheOffset) {
-  const CompileResult standard = load_standard(example_bytes().substr(0, 130), "std.ldf");
-  EXPECT_EQ(printed(standard.diagnostics),
+TEST(ErrorsOf, DamagedFile_IsToldWithTheOffset) {
+  EXPECT_EQ(printed(errors_of(read_ldf(example_bytes().substr(0, 130)), "std.ldf")),
             "std.ldf: error: the file ends within the global attributes, at offset 128 [bad-definition-file]\n");
 }
 
-TEST(LoadStandard, SourceWithErrors_ReportsThem) {
-  const CompileResult standard = load_standard("version: 1.0\n", "std.yaml");
-  EXPECT_EQ(printed(standard.diagnostics),
-            "std.yaml:1:1: error: a definition source lacks the key 'entries' [missing-key]\n");
+TEST(ErrorsOf, CountThatTheLibraryWraps_IsToldOnce) {
+  LdfFile file;
+  file.model.globals.resize(256);
+  file.model.entries.resize(1);
+  file.model.entries[0].id = 7;
+  file.model.entries[0].attributes.resize(256);
+  EXPECT_EQ(printed(errors_of(file, "std.ldf")),
+            "std.ldf: error: more than 255 global attributes [bad-definition-file]\n");
+  file.model.globals.resize(255);
+  EXPECT_EQ(printed(errors_of(file, "std.ldf")),
+            "std.ldf: error: more than 255 attributes in entry 7 [bad-definition-file]\n");
 }
 
 /// A source of many small entries.

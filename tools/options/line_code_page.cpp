@@ -1,4 +1,4 @@
-#include "tools/options/code_page.h"
+#include "tools/options/line_code_page.h"
 
 #include <cstddef>
 #include <limits>
@@ -22,7 +22,7 @@ constexpr std::size_t kMaximumAround = 64;
 
 }  // namespace
 
-CodePage::CodePage(std::string name) : name_(std::move(name)) {
+LineCodePage::LineCodePage(std::string name) : name_(std::move(name)) {
   std::string converted;
   if (name_.empty() || !from_utf8(kCommonCharacters.data(), kCommonCharacters.size(), converted)) {
     throw CommandError(kExitCannotRun, "no converter for the code page '" + name_ + "'");
@@ -42,7 +42,7 @@ CodePage::CodePage(std::string name) : name_(std::move(name)) {
   is_utf8_ = from_utf8(kUtf8Sample.data(), kUtf8Sample.size(), converted) && converted == kUtf8Sample;
 }
 
-bool CodePage::from_utf8(const char* text, std::size_t length, std::string& target) const {
+bool LineCodePage::from_utf8(const char* text, std::size_t length, std::string& target) const {
   const std::size_t room = length * kMaximumGrowth + kMaximumAround;
   if (room >= std::numeric_limits<int>::max()) return false;
   target.resize(room + 1);

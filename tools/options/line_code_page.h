@@ -1,17 +1,17 @@
-#ifndef QZLOG_TOOLS_OPTIONS_CODE_PAGE_H
-#define QZLOG_TOOLS_OPTIONS_CODE_PAGE_H
+#ifndef QZLOG_TOOLS_OPTIONS_LINE_CODE_PAGE_H
+#define QZLOG_TOOLS_OPTIONS_LINE_CODE_PAGE_H
 
 #include <string>
 #include <string_view>
 
 namespace qzlog_tool {
 
-/// A code page that texts are converted to.
-class CodePage {
+/// A code page of lines of text, to which texts are converted.
+class LineCodePage {
  public:
   /// Throws CommandError (cannot run) when no converter has that name, or when line ends, letters and digits would not
   /// be the same bytes as in ASCII, so that the output could not be lines of text (UTF-16, EBCDIC).
-  explicit CodePage(std::string name);
+  explicit LineCodePage(std::string name);
 
   const std::string& name() const noexcept { return name_; }
   bool is_utf8() const noexcept { return is_utf8_; }
@@ -27,4 +27,4 @@ class CodePage {
 
 }  // namespace qzlog_tool
 
-#endif  // QZLOG_TOOLS_OPTIONS_CODE_PAGE_H
+#endif  // QZLOG_TOOLS_OPTIONS_LINE_CODE_PAGE_H

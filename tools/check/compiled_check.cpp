@@ -1,4 +1,4 @@
-#include "tools/check/model_check.h"
+#include "tools/check/compiled_check.h"
 
 #include <algorithm>
 #include <optional>
@@ -310,7 +310,7 @@ void report_warnings(const DefinitionModel& model, const DefinitionModel* standa
 
 }  // namespace
 
-void check_model(const CheckedFile& file, const DefinitionModel* standard, MessagePath path, CheckReport& report) {
+void check_compiled(const CompiledFile& file, const DefinitionModel* standard, MessagePath path, CheckReport& report) {
   check_version(file.bytes, *file.model, report);
   check_globals(*file.model, report);
   check_map(file.bytes, report);

@@ -1,4 +1,4 @@
-#include "tools/check/model_check.h"
+#include "tools/check/compiled_check.h"
 
 #include <gtest/gtest.h>
 
@@ -21,7 +21,7 @@ std::vector<CheckFinding> findings_in(const std::string& bytes, const Definition
   const qzlog_compiler::LdfFile file = qzlog_compiler::read_ldf(bytes);
   std::vector<CheckFinding> findings;
   qzlog_tool::CheckReport report("in.ldf", findings);
-  qzlog_tool::check_model({bytes, &file.model}, standard, MessagePath::kBoth, report);
+  qzlog_tool::check_compiled({bytes, &file.model}, standard, MessagePath::kBoth, report);
   return findings;
 }
 

@@ -1,5 +1,5 @@
-#ifndef QZLOG_TOOLS_CHECK_MODEL_CHECK_H
-#define QZLOG_TOOLS_CHECK_MODEL_CHECK_H
+#ifndef QZLOG_TOOLS_CHECK_COMPILED_CHECK_H
+#define QZLOG_TOOLS_CHECK_COMPILED_CHECK_H
 
 #include <string_view>
 
@@ -10,7 +10,7 @@
 namespace qzlog_tool {
 
 /// A compiled file as it was read.
-struct CheckedFile {
+struct CompiledFile {
   std::string_view bytes;
   const qzlog_compiler::DefinitionModel* model = nullptr;
 };
@@ -18,9 +18,9 @@ struct CheckedFile {
 /// Reports what the library takes from a compiled file without a word and then does something else with than its writer
 /// meant, or fails at later. `standard` is null unless the file is an auxiliary one. `path`: the rendering path or
 /// paths that count; what fails on all of them is an error.
-void check_model(const CheckedFile& file, const qzlog_compiler::DefinitionModel* standard,
-                 qzlog_compiler::MessagePath path, CheckReport& report);
+void check_compiled(const CompiledFile& file, const qzlog_compiler::DefinitionModel* standard,
+                    qzlog_compiler::MessagePath path, CheckReport& report);
 
 }  // namespace qzlog_tool
 
-#endif  // QZLOG_TOOLS_CHECK_MODEL_CHECK_H
+#endif  // QZLOG_TOOLS_CHECK_COMPILED_CHECK_H

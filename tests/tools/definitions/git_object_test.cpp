@@ -1,4 +1,4 @@
-#include "tools/definitions/definition_revision.h"
+#include "tools/definitions/git_object.h"
 
 #include <gtest/gtest.h>
 
@@ -10,16 +10,13 @@
 
 #include "tests/tools/signal_action.h"
 #include "tests/tools/temporary_folder.h"
-#include "tools/compiler/source/compiler.h"
 #include "tools/system/child_process.h"
 #include "tools/system/command_error.h"
 
 namespace {
 
 using qzlog_tool::CommandError;
-using qzlog_tool::DefinitionRevision;
-using qzlog_tool::load_definition_revision;
-using qzlog_tool::read_definition_revision;
+using qzlog_tool::read_git_object;
 
 constexpr const char* kOldSource = "version: \"1.0\"\nentries:\n  - {id: 7, name: FULL, message: \"old\"}\n";
 constexpr const char* kNewSource = "version: \"1.1\"\nentries:\n  - {id: 7, name: FULL, message: \"new\"}\n";
@@ -40,7 +37,7 @@ class WorkingFolder {
 
 std::string failure_of(const std::string& argument) {
   try {
-    read_definition_revision(argument);
+    read_git_object(argument);
   } catch (const CommandError& error) {
     EXPECT_EQ(error.exit_status(), qzlog_tool::kExitCannotRun);
     return error.what();
@@ -49,9 +46,9 @@ std::string failure_of(const std::string& argument) {
 }
 
 /// A repository with one committed source, "dir/events.yaml", which has changed since.
-class GitInput : public ::testing::Test {
+class GitObject : public ::testing::Test {
  protected:
-  GitInput() : working_folder_(folder_.path()) {
+  GitObject() : working_folder_(folder_.path()) {
     std::filesystem::create_directory(folder_.path() / "dir");
     git({"init", "--quiet"});
     folder_.write("dir/events.yaml", kOldSource);
@@ -70,51 +67,49 @@ class GitInput : public ::testing::Test {
   WorkingFolder working_folder_;
 };
 
-TEST_F(GitInput, Revision_GivesWhatWasCommitted) {
-  const DefinitionRevision input = read_definition_revision("git:HEAD:dir/events.yaml");
-  EXPECT_EQ(input.content, kOldSource);
-  EXPECT_EQ(input.name, "git:HEAD:dir/events.yaml");
+TEST_F(GitObject, Revision_GivesWhatWasCommitted) {
+  EXPECT_EQ(read_git_object("git:HEAD:dir/events.yaml"), kOldSource);
 }
 
-TEST_F(GitInput, NoRevision_GivesTheIndex) {
+TEST_F(GitObject, NoRevision_GivesTheIndex) {
   git({"add", "."});
-  EXPECT_EQ(read_definition_revision("git::dir/events.yaml").content, kNewSource);
+  EXPECT_EQ(read_git_object("git::dir/events.yaml"), kNewSource);
 }
 
-TEST_F(GitInput, RelativePath_CountsFromTheWorkingFolder) {
+TEST_F(GitObject, RelativePath_CountsFromTheWorkingFolder) {
   const WorkingFolder inside(folder_.path() / "dir");
-  EXPECT_EQ(read_definition_revision("git:HEAD:./events.yaml").content, kOldSource);
+  EXPECT_EQ(read_git_object("git:HEAD:./events.yaml"), kOldSource);
 }
 
-TEST_F(GitInput, ShellCharacters_AreNotInterpreted) {
+TEST_F(GitObject, ShellCharacters_AreNotInterpreted) {
   EXPECT_EQ(failure_of("git:HEAD:$(touch made)"),
             "cannot read 'git:HEAD:$(touch made)': git has failed with status 128");
   EXPECT_FALSE(std::filesystem::exists(folder_.path() / "made"));
 }
 
-TEST_F(GitInput, FileNamedLikeTheObject_IsNotTakenForAPath) {
+TEST_F(GitObject, FileNamedLikeTheObject_IsNotTakenForAPath) {
   folder_.write("HEAD:absent", "text");
   EXPECT_EQ(failure_of("git:HEAD:absent"), "cannot read 'git:HEAD:absent': git has failed with status 128");
 }
 
-TEST_F(GitInput, RevisionLikeAnOption_IsRefused) {
+TEST_F(GitObject, RevisionLikeAnOption_IsRefused) {
   EXPECT_EQ(failure_of("git:--output=made:dir/events.yaml"),
             "'git:--output=made:dir/events.yaml': a revision does not begin with '-'");
   EXPECT_FALSE(std::filesystem::exists(folder_.path() / "made"));
 }
 
-TEST_F(GitInput, Folder_IsNoDefinition) {
+TEST_F(GitObject, Folder_IsNoDefinition) {
   EXPECT_EQ(failure_of("git:HEAD:dir"), "cannot read 'git:HEAD:dir': git has failed with status 128");
 }
 
 // What the parent of this process has set must not change what is read.
-TEST_F(GitInput, IgnoredSigchld_DoesNotMatter) {
+TEST_F(GitObject, IgnoredSigchld_DoesNotMatter) {
   const qzlog_test::SignalAction ignored(SIGCHLD, SIG_IGN);
-  EXPECT_EQ(read_definition_revision("git:HEAD:dir/events.yaml").content, kOldSource);
+  EXPECT_EQ(read_git_object("git:HEAD:dir/events.yaml"), kOldSource);
 }
 
 /// A repository whose every setting and folder that names a program names one that leaves a mark.
-class HostileRepository : public GitInput {
+class HostileRepository : public GitObject {
  protected:
   HostileRepository() {
     const std::string program =
@@ -174,8 +169,8 @@ class HostileRepository : public GitInput {
 TEST_F(HostileRepository, Objects_AreReadAndNoProgramRuns) {
   std::filesystem::remove_all(marks());
   std::filesystem::create_directory(marks());
-  EXPECT_EQ(read_definition_revision("git:HEAD:dir/events.yaml").content, kOldSource);
-  EXPECT_EQ(read_definition_revision("git::dir/events.yaml").content, kOldSource);
+  EXPECT_EQ(read_git_object("git:HEAD:dir/events.yaml"), kOldSource);
+  EXPECT_EQ(read_git_object("git::dir/events.yaml"), kOldSource);
   EXPECT_FALSE(has_marks()) << std::filesystem::directory_iterator(marks())->path();
 }
 
@@ -194,29 +189,17 @@ TEST_F(HostileRepository, MissingObject_IsNotFetched) {
   }
 }
 
-TEST(DefinitionRevisionTest, GitWithoutAPath_IsRefused) {
+TEST(ReadGitObject, GitWithoutAPath_IsRefused) {
   for (const std::string argument : {"git:", "git:HEAD", "git:HEAD:"}) {
     EXPECT_EQ(failure_of(argument), "'" + argument + "' lacks a path; write git:REV:PATH");
   }
 }
 
-TEST(DefinitionRevisionTest, MissingFile_IsNamed) {
-  EXPECT_EQ(failure_of("absent.yaml"), "cannot open 'absent.yaml': No such file or directory");
-}
-
-TEST(LoadDefinitionRevision, SourceAndItsCompiledFile_GiveTheSameRecords) {
-  const auto source = load_definition_revision({"events.yaml", kOldSource}, {});
-  ASSERT_TRUE(source.ok());
-  const auto compiled = load_definition_revision({"events.ldf", source.bytes}, {});
-  ASSERT_TRUE(compiled.ok());
-  EXPECT_EQ(compiled.model.entries.at(0).message.stored, source.model.entries.at(0).message.stored);
-  EXPECT_EQ(compiled.model.entries.at(0).name, "");
-}
-
-TEST(LoadDefinitionRevision, SourceWithAWarning_HasNoDiagnostics) {
-  const std::string source = "version: \"1.0\"\nentries:\n  - {id: 7, name: FULL, message: \"a {{ b\"}\n";
-  ASSERT_FALSE(qzlog_compiler::compile_source(source, "events.yaml", {}).diagnostics.empty());
-  EXPECT_TRUE(load_definition_revision({"events.yaml", source}, {}).diagnostics.empty());
+TEST(NamesGitObject, Prefix_Decides) {
+  EXPECT_TRUE(qzlog_tool::names_git_object("git:HEAD:a.yaml"));
+  EXPECT_TRUE(qzlog_tool::names_git_object("git:"));
+  EXPECT_FALSE(qzlog_tool::names_git_object("./git:HEAD:a.yaml"));
+  EXPECT_FALSE(qzlog_tool::names_git_object("git"));
 }
 
 }  // namespace

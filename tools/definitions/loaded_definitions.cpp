@@ -1,0 +1,97 @@
+#include "tools/definitions/loaded_definitions.h"
+
+#include <filesystem>
+#include <iostream>
+#include <optional>
+#include <system_error>
+#include <utility>
+
+#include "qzlog/logcfg.h"
+#include "tools/definitions/definition_file.h"
+#include "tools/definitions/definitions.h"
+#include "tools/report/library_text.h"
+#include "tools/system/command_error.h"
+#include "tools/system/memory_file.h"
+
+namespace qzlog_tool {
+
+namespace {
+
+using qzlog_compiler::DefinitionModel;
+using qzlog_compiler::Diagnostic;
+
+/// Gives the library the file of a name.
+using LoadFile = void (*)(const char* path);
+
+// The library reads the file again and again, but through the one descriptor that it opens here.
+void load_path(LoadFile load, const std::string& path, const std::string& shown_path) {
+  try {
+    load(path.c_str());
+  } catch (const qz_EXCEPTION_base& failure) {
+    std::cerr << Diagnostic{shown_path,
+                            {},
+                            qzlog_compiler::Severity::kError,
+                            qzlog_compiler::Rule::kBadDefinitionFile,
+                            library_text(failure)}
+              << '\n';
+    throw CommandError(kExitFindings, "");
+  }
+}
+
+void load_bytes(LoadFile load, const std::string& bytes, const std::string& shown_path) {
+  const MemoryFile file(bytes);
+  load_path(load, file.path(), shown_path);
+}
+
+// What came through a pipe cannot be read again, and git's objects are no files.
+void load_compiled(LoadFile load, const DefinitionFile& file) {
+  std::error_code ignored;
+  if (names_file(file.path) && std::filesystem::is_regular_file(file.path, ignored)) {
+    load_path(load, file.path, file.shown_path);
+  } else {
+    load_bytes(load, file.content, file.shown_path);
+  }
+}
+
+void add_names(const DefinitionModel& model, LoadedDefinitions& loaded) {
+  loaded.has_source = true;
+  for (const auto& entry : model.entries) loaded.names.emplace(entry.name, entry.id);
+}
+
+/// Of the warnings it prints those about texts only: whoever uses definitions did not write them.
+Definitions load_source(LoadFile load, DefinitionFile file, ReadingOptions options, LoadedDefinitions& loaded) {
+  options.surprises = false;
+  Definitions definitions = read_definitions(std::move(file), options);
+  print_diagnostics(definitions, options.standard);
+  if (!definitions.ok()) throw CommandError(kExitFindings, "");
+  load_bytes(load, definitions.bytes, definitions.shown_path);
+  add_names(definitions.model, loaded);
+  return definitions;
+}
+
+}  // namespace
+
+LoadedDefinitions load_definitions(const std::string& standard, const std::string& auxiliary,
+                                   qzlog_compiler::MessagePath path) {
+  LoadedDefinitions loaded;
+  DefinitionFile file = read_definition_file(standard);
+  std::optional<DefinitionFile> auxiliary_file;
+  if (!auxiliary.empty()) auxiliary_file = read_definition_file(auxiliary);
+  ReadingOptions options{.path = path};
+  Definitions extended;
+  if (file.is_source) {
+    extended = load_source(qz_LOG_LogConfig::SetDefinitionPath, std::move(file), options, loaded);
+  } else {
+    load_compiled(qz_LOG_LogConfig::SetDefinitionPath, file);
+    if (auxiliary_file && auxiliary_file->is_source) extended = read_without_errors(std::move(file), {}, kExitFindings);
+  }
+  options.standard = &extended;
+  if (auxiliary_file && auxiliary_file->is_source) {
+    load_source(qz_LOG_LogConfig::SetAuxDefinitionPath, std::move(*auxiliary_file), options, loaded);
+  } else if (auxiliary_file) {
+    load_compiled(qz_LOG_LogConfig::SetAuxDefinitionPath, *auxiliary_file);
+  }
+  return loaded;
+}
+
+}  // namespace qzlog_tool
