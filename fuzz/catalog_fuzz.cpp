@@ -82,10 +82,11 @@ void build(const CatalogMessages& messages, const PoText& text) {
 
 void update(const CatalogMessages& messages, const PoText& text) {
   CatalogFindings findings;
-  const std::optional<PoFile> old = parse_po(text.content, text.name, findings);
+  std::optional<PoFile> old = parse_po(text.content, text.name, findings);
   if (old.has_value() == findings.has_errors()) std::abort();
   if (!old) return;
   const std::optional<PoFile> copy = parse_po(write_po(*old), text.name, findings);
+  std::erase_if(old->messages, [](const auto& message) { return message.is_left_over(); });
   if (!copy || copy->messages != old->messages) std::abort();
   const PoFile po_template = make_template(messages, "product");
   const std::string updated = write_po(update_po(*old, po_template));

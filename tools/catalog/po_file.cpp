@@ -143,7 +143,8 @@ PoMessage read_message(po_message_t message) {
   result.previous_context = optional_text(po_message_prev_msgctxt(message));
   result.previous_source = optional_text(po_message_prev_msgid(message));
   result.formats = read_formats(message);
-  result.fuzzy = po_message_is_fuzzy(message) != 0;
+  // Some programs mark what is not translated, too. That means nothing, and libgettextpo does not write it.
+  result.fuzzy = po_message_is_fuzzy(message) != 0 && !result.translation.empty();
   result.obsolete = po_message_is_obsolete(message) != 0;
   return result;
 }
@@ -295,7 +296,9 @@ void require_two_descriptors() {
 void write_messages(const PoFile& file, const std::string& path) {
   const PoFilePointer po(po_file_create());
   const IteratorPointer iterator(po_message_iterator(po.get(), nullptr));
-  for (const PoMessage& message : file.messages) write_message(message, iterator.get());
+  for (const PoMessage& message : file.messages) {
+    if (!message.is_left_over()) write_message(message, iterator.get());
+  }
   CatalogFindings findings;
   const ErrorTaker errors(path, findings);
   require_two_descriptors();
@@ -310,7 +313,8 @@ void write_messages(const PoFile& file, const std::string& path) {
 }
 
 /// libgettextpo does not report a write that fails.
-bool holds(const std::string& text, const PoFile& file) {
+bool holds(const std::string& text, PoFile file) {
+  std::erase_if(file.messages, [](const PoMessage& message) { return message.is_left_over(); });
   CatalogFindings findings;
   const std::optional<PoFile> written = parse_po(text, "", findings);
   return text.ends_with('\n') && written && say_the_same(*written, file);

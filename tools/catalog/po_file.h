@@ -34,6 +34,8 @@ struct PoMessage {
   bool obsolete = false;
 
   bool is_header() const { return !context && source.empty() && !obsolete; }
+  /// Obsolete, with nothing that a translator has made of it: left out where the file is written.
+  bool is_left_over() const { return obsolete && translation.empty(); }
 
   friend bool operator==(const PoMessage&, const PoMessage&) = default;
 };

@@ -86,6 +86,15 @@ std::string with_translation(const std::string& escaped) {
   return kHeader + "\nmsgctxt \"k\"\nmsgid \"a\"\nmsgstr \"" + escaped + "\"\n";
 }
 
+TEST(ParsePo, UntranslatedAndFuzzyOrObsolete_CanBeWritten) {
+  const std::string text = "msgctxt \"k\"\nmsgid \"a\"\nmsgstr \"\"\n";
+  const std::string obsolete = "#~ msgctxt \"gone\"\n#~ msgid \"b\"\n#~ msgstr \"\"\n";
+  const PoFile file = parsed(kHeader + "\n#, fuzzy\n" + text + "\n#, fuzzy\n" + obsolete);
+  ASSERT_EQ(file.messages.size(), 3u);
+  EXPECT_FALSE(file.messages[1].fuzzy);
+  EXPECT_EQ(write_po(file), kHeader + "\n" + text);
+}
+
 TEST(ParsePo, EscapesThatMakeUtf8_AreRead) {
   EXPECT_EQ(parsed(with_translation("\\xc3\\xa4\\303\\266")).messages[1].translation, "äö");
 }
