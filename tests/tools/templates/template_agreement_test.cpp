@@ -66,18 +66,17 @@ TEST_P(TemplateAgreement, CatalogStatus) {
 
 INSTANTIATE_TEST_SUITE_P(
     Templates, TemplateAgreement,
-    testing::Values(
-        AgreementCase{"Plain", "Laufwerk %s%Name% ist voll%_%TIMESTAMP%", true},
-        AgreementCase{"NumberOfAText", "Laufwerk %s%Name% {0,number}%_%TIMESTAMP%", false},
-        AgreementCase{"ChoiceOfAText", "Laufwerk %s%Name% {0,choice,0#a|1#b}%_%TIMESTAMP%", false},
-        AgreementCase{"SelectOfAText", "Laufwerk %s%Name% {0,select,a{b}other{c}}%_%TIMESTAMP%", true},
-        AgreementCase{"NamedNumberOfAText", "Laufwerk {x,number} %s%Name%", false},
-        AgreementCase{"Named", "Laufwerk {x} %s%Name%", true},
-        AgreementCase{"ArgumentThatNobodyGives", "Laufwerk {7} %s%Name%", true},
-        AgreementCase{"UnknownArgumentType", "Laufwerk {0,nonsense} %s%Name%", false},
-        AgreementCase{"BadNumberStyle", "Laufwerk {0,number,0.0.0} %s%Name%", false},
-        AgreementCase{"OpenBrace", "Laufwerk { %s%Name%", false},
-        AgreementCase{"Nested", "{0,select,other{%s%Name%}}%_%TIMESTAMP%", true}),
+    testing::Values(AgreementCase{"Plain", "Laufwerk %s%Name% ist voll%_%TIMESTAMP%", true},
+                    AgreementCase{"NumberOfAText", "Laufwerk %s%Name% {0,number}%_%TIMESTAMP%", false},
+                    AgreementCase{"ChoiceOfAText", "Laufwerk %s%Name% {0,choice,0#a|1#b}%_%TIMESTAMP%", false},
+                    AgreementCase{"SelectOfAText", "Laufwerk %s%Name% {0,select,a{b}other{c}}%_%TIMESTAMP%", true},
+                    AgreementCase{"NamedNumberOfAText", "Laufwerk {x,number} %s%Name%", false},
+                    AgreementCase{"Named", "Laufwerk {x} %s%Name%", true},
+                    AgreementCase{"ArgumentThatNobodyGives", "Laufwerk {7} %s%Name%", true},
+                    AgreementCase{"UnknownArgumentType", "Laufwerk {0,nonsense} %s%Name%", false},
+                    AgreementCase{"BadNumberStyle", "Laufwerk {0,number,0.0.0} %s%Name%", false},
+                    AgreementCase{"OpenBrace", "Laufwerk { %s%Name%", false},
+                    AgreementCase{"Nested", "{0,select,other{%s%Name%}}%_%TIMESTAMP%", true}),
     [](const auto& tested) { return std::string(tested.param.name); });
 
 }  // namespace

@@ -19,7 +19,8 @@ constexpr std::array<KnownKey, 2> kAcceptFields = {{{"rule", true}, {"reason", t
 /// Warnings that a run for another path may give.
 constexpr std::array kPathRules = {Rule::kLiteralPercent,    Rule::kTooManyReferences, Rule::kLongReferenceName,
                                    Rule::kPathConflict,      Rule::kNegativeUnsigned,  Rule::kBooleanAsZero,
-                                   Rule::kQuotedPlaceholder, Rule::kBrokenTemplate,    Rule::kUnusedAttribute};
+                                   Rule::kQuotedPlaceholder, Rule::kBrokenTemplate,    Rule::kPatternArgument,
+                                   Rule::kUnusedAttribute};
 
 bool depends_on_path(Rule rule) { return std::find(kPathRules.begin(), kPathRules.end(), rule) != kPathRules.end(); }
 
