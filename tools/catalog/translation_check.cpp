@@ -1,6 +1,7 @@
 #include "tools/catalog/translation_check.h"
 
 #include <algorithm>
+#include <span>
 #include <utility>
 #include <vector>
 
@@ -48,7 +49,7 @@ bool is_excused(const TemplateFinding& finding, const TemplateJudgement& source,
   });
 }
 
-/// Why a stored template cannot be shown, or not to its end, by one of the entries that use the message.
+/// Why a stored template cannot be shown, or not to its end, by an entry that uses the message.
 std::vector<TemplateFinding> find_mistakes(const CatalogMessage& message, std::string_view stored,
                                            const MessageUse& use) {
   const AttributeLookup lookup = [&use](std::string_view name) { return use.scope.find(name); };
@@ -61,16 +62,22 @@ std::vector<TemplateFinding> find_mistakes(const CatalogMessage& message, std::s
   return found;
 }
 
-bool can_be_shown(const CatalogMessage& message, std::string_view stored, const std::string& file, std::size_t line,
-                  CatalogFindings& findings) {
+/// Those of the first entry that has any.
+std::vector<TemplateFinding> find_mistakes(const CatalogMessage& message, std::string_view stored) {
   for (const MessageUse& use : message.uses) {
-    const std::vector<TemplateFinding> mistakes = find_mistakes(message, stored, use);
-    for (const TemplateFinding& mistake : mistakes) {
-      findings.add({file, line, Severity::kError, mistake.rule, mistake.text, mistake.hint});
-    }
-    if (!mistakes.empty()) return false;
+    std::vector<TemplateFinding> found = find_mistakes(message, stored, use);
+    if (!found.empty()) return found;
   }
-  return true;
+  return {};
+}
+
+/// Whether there are none.
+bool report_mistakes(std::span<const TemplateFinding> mistakes, const std::string& file, std::size_t line,
+                     CatalogFindings& findings) {
+  for (const TemplateFinding& mistake : mistakes) {
+    findings.add({file, line, Severity::kError, mistake.rule, mistake.text, mistake.hint});
+  }
+  return mistakes.empty();
 }
 
 bool has_the_same_references(const CatalogMessage& message, std::string_view stored, const std::string& file,
@@ -85,22 +92,38 @@ bool has_the_same_references(const CatalogMessage& message, std::string_view sto
   return differences.empty();
 }
 
+/// That the text itself is right comes first, then that it refers to the same, which says more than what is wrong with
+/// another reference.
+bool check_template(const CatalogMessage& message, std::string_view stored, const std::string& file, std::size_t line,
+                    CatalogFindings& findings) {
+  std::vector<TemplateFinding> mistakes = find_mistakes(message, stored);
+  const auto about_attributes =
+      std::stable_partition(mistakes.begin(), mistakes.end(),
+                            [](const TemplateFinding& mistake) { return !is_about_attributes(mistake.reason); });
+  return report_mistakes({mistakes.begin(), about_attributes}, file, line, findings) &&
+         has_the_same_references(message, stored, file, line, findings) &&
+         report_mistakes({about_attributes, mistakes.end()}, file, line, findings);
+}
+
+std::optional<std::string> lower_text(const CatalogMessage& message, std::string_view text, const std::string& file,
+                                      std::size_t line, CatalogFindings& findings) {
+  const MessageScope& scope = message.uses.front().scope;
+  LoweredMessage lowered = qzlog_compiler::lower_message(
+      text, [&](std::string_view name) { return scope.find(name); }, MessagePath::kIcu);
+  const bool ok = report_text(lowered.findings, file, line, findings) &&
+                  has_the_same_references(message, lowered.stored, file, line, findings);
+  return ok ? std::optional(std::move(lowered.stored)) : std::nullopt;
+}
+
 }  // namespace
 
 std::optional<std::string> lower_translation(const CatalogMessage& message, std::string_view translation,
                                              const std::string& file, std::size_t line, CatalogFindings& findings) {
-  std::string stored(translation);
-  if (!message.text->raw) {
-    const MessageScope& scope = message.uses.front().scope;
-    LoweredMessage lowered = qzlog_compiler::lower_message(
-        translation, [&](std::string_view name) { return scope.find(name); }, MessagePath::kIcu);
-    if (!report_text(lowered.findings, file, line, findings)) return std::nullopt;
-    stored = std::move(lowered.stored);
-  } else if (!can_be_shown(message, stored, file, line, findings)) {
-    return std::nullopt;
+  if (message.text->raw) {
+    const bool ok = check_template(message, translation, file, line, findings);
+    return ok ? std::optional<std::string>(translation) : std::nullopt;
   }
-  if (!has_the_same_references(message, stored, file, line, findings)) return std::nullopt;
-  return stored;
+  return lower_text(message, translation, file, line, findings);
 }
 
 }  // namespace qzlog_catalog

@@ -89,6 +89,7 @@ std::vector<ReferenceDifference> compare_references(const std::vector<Reference>
     const Elsewhere elsewhere = find_in(all_expected, reference);
     differences.push_back({Kind::kAdded, std::move(reference.name), '\0', reference.format, elsewhere});
   }
+  differences.erase(std::unique(differences.begin(), differences.end()), differences.end());
   return differences;
 }
 

@@ -30,10 +30,12 @@ struct ReferenceDifference {
   char expected = '\0';  ///< the format; of kFormat and kLost
   char found = '\0';     ///< the format; of kFormat and kAdded
   Elsewhere elsewhere = Elsewhere::kNothing;
+
+  friend bool operator==(const ReferenceDifference&, const ReferenceDifference&) = default;
 };
 
 /// How what a text refers to differs from what it should refer to, in whatever order. A lost and an added reference to
-/// one attribute are one change of its format. By kind, then by name.
+/// one attribute are one change of its format. By kind, then by name; the same difference comes once.
 std::vector<ReferenceDifference> compare_references(const std::vector<Reference>& expected,
                                                     const std::vector<Reference>& found);
 

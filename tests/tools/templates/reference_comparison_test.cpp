@@ -47,6 +47,11 @@ TEST(CompareReferences, LostAndAdded_SayWhetherTheOtherTextHasTheAttribute) {
   EXPECT_EQ(differences("%s%A%", "%s%A% %s%A%"), "as A:>s\n");
 }
 
+TEST(CompareReferences, ADifferenceThatIsThereSeveralTimes_ComesOnce) {
+  EXPECT_EQ(differences("%s%A%", "%s%A% %s%A% %s%A%"), "as A:>s\n");
+  EXPECT_EQ(differences("%d%A% %u%A%", "%P%A% %P%A%"), "fo A:d>P\nfo A:u>P\n");
+}
+
 TEST(CompareReferences, LostAndAddedOfOneAttribute_IsAnotherFormat) {
   EXPECT_EQ(differences("%d%A%", "%P%A%"), "fo A:d>P\n");
   EXPECT_EQ(differences("%d%A% %C%A%", "%P%A%"), "fo A:C>P\nlo A:d>\n");
