@@ -91,6 +91,8 @@ TEST(JudgeTemplates, Failures_AreSaidInTheWordsOfPlaceholders) {
   for (const TemplateForm form : {TemplateForm::kIcu, TemplateForm::kNarrow}) {
     EXPECT_EQ(failure("%s%Nobody%", form), "unknown attribute 'Nobody'");
     EXPECT_EQ(failure("%d%Name%", form), "the format 'd' does not accept Char32 attributes as 'Name'");
+    EXPECT_EQ(failure("%s%Odd%", form), "the format 's' does not accept Unknown attributes as 'Odd'");
+    EXPECT_EQ(judged("%s%Odd%", form).failure()->hint, "");
     EXPECT_EQ(failure("%s%Key%", form), "'Key' is a GUID attribute, which can be neither set nor shown");
   }
   EXPECT_EQ(failure("{ %d%Count%", TemplateForm::kIcu), "ICU refuses the pattern with U_PATTERN_SYNTAX_ERROR");
