@@ -147,10 +147,8 @@ class PatternWalk {
     return std::move(reading_);
   }
 
-  /// Whether the text has arguments beside the references.
-  bool has_own_arguments() const { return has_own_arguments_; }
-  /// The places of the arguments that stand in messages of other arguments.
-  const std::vector<int>& nested() const { return nested_; }
+  /// The places of the text's own arguments, wherever they can be seen.
+  const std::vector<int>& own_arguments() const { return own_arguments_; }
 
  private:
   void add_text(int begin, int end) {
@@ -177,7 +175,6 @@ class PatternWalk {
       reading_.parts.push_back({PatternPart::Kind::kReference, "", reference});
     } else {
       reading_.parts.push_back({PatternPart::Kind::kArgument, utf8_of(built_.text.tempSubStringBetween(begin, end))});
-      has_own_arguments_ = true;
     }
   }
 
@@ -187,7 +184,10 @@ class PatternWalk {
     const std::size_t reference = reference_at(start.getIndex());
     if (reference != is_found_.size()) {
       is_found_[reference] = true;
-    } else if (start.getArgType() == UMSGPAT_ARG_TYPE_SIMPLE || number_of(argument) >= built_.values.size()) {
+      return;
+    }
+    own_arguments_.push_back(argument);
+    if (start.getArgType() == UMSGPAT_ARG_TYPE_SIMPLE || number_of(argument) >= built_.values.size()) {
       // ICU shows the number in braces in place of an argument that nobody gives.
       add_opaque(argument);
     } else if (start.getArgType() != UMSGPAT_ARG_TYPE_NONE) {
@@ -202,7 +202,6 @@ class PatternWalk {
       if (selected && *selected != begin) return add_opaque(begin);
       for (int place = begin; place < end; ++place) {
         if (parsed_.getPartType(place) != UMSGPAT_PART_TYPE_ARG_START) continue;
-        nested_.push_back(place);
         note_argument(place);
         place = parsed_.getLimitPartIndex(place);
       }
@@ -236,8 +235,7 @@ class PatternWalk {
   PatternReading reading_;
   std::vector<bool> is_found_;               // of the references
   std::vector<std::pair<int, int>> opaque_;  // of the text: from where to where no argument is ever seen
-  std::vector<int> nested_;
-  bool has_own_arguments_ = false;
+  std::vector<int> own_arguments_;
 };
 
 /// Gives ICU values for a pattern.
@@ -245,12 +243,12 @@ class PatternTrial {
  public:
   PatternTrial(const BuiltPattern& built, const icu::Locale& locale) : built_(built), locale_(locale) {}
 
-  void run(const icu::MessagePattern& parsed, const std::vector<int>& nested, PatternReading& reading) const {
+  /// The values select one message of each argument, so each is tried alone as well.
+  void run(const icu::MessagePattern& parsed, const std::vector<int>& arguments, PatternReading& reading) const {
     try_pattern(built_.text, reading);
-    // The values select one message of each argument.
-    for (const int place : nested) {
+    for (const int place : arguments) {
       if (reading.outcome != PatternOutcome::kApplies) return;
-      try_pattern(alone(parsed, place), reading);
+      if (parsed.getPart(place).getArgType() != UMSGPAT_ARG_TYPE_NONE) try_pattern(alone(parsed, place), reading);
     }
   }
 
@@ -293,8 +291,8 @@ PatternReading read_pattern(const BuiltPattern& built, const icu::Locale& locale
   if (U_FAILURE(status)) return {{}, {}, PatternOutcome::kRefused, u_errorName(status)};
   PatternWalk walk(parsed, built, locale);
   PatternReading reading = walk.walk();
-  // The library's own arguments suit their values.
-  if (walk.has_own_arguments()) PatternTrial(built, locale).run(parsed, walk.nested(), reading);
+  // The arguments of references suit their values.
+  if (!walk.own_arguments().empty()) PatternTrial(built, locale).run(parsed, walk.own_arguments(), reading);
   return reading;
 }
 
