@@ -9,7 +9,6 @@
 #include <utility>
 #include <vector>
 
-#include "tools/catalog/translation_check.h"
 #include "tools/compiler/message/stored_template.h"
 #include "tools/compiler/model/attribute_type.h"
 #include "tools/compiler/text/utf8_text.h"
@@ -76,7 +75,7 @@ std::string attribute_line(const CatalogMessage& message, const MessageUse& use)
     }
   }
   for (const TemplatePart& part : find_references(message.text->stored, TemplateForm::kIcu)) {
-    if (part.format == kSilentFormat || !listed.insert(part.text).second) continue;
+    if (!qzlog_compiler::is_known_format(part.format) || !listed.insert(part.text).second) continue;
     const std::optional<qz_AttributeType> defined = use.scope.find(part.text);
     const std::optional<qz_AttributeType> type = defined ? defined : qzlog_compiler::find_standard_field(part.text);
     if (type) append_attribute(line, part.text, *type);

@@ -15,7 +15,8 @@ namespace qzlog_catalog {
 using qzlog_compiler::Severity;
 
 /// What can be wrong with message IDs, with translators' files and with the folder of a catalog. The names that users
-/// see are in `all_catalog_rules()`; they never change. Translations are also judged by the compiler's rules for texts.
+/// see are in `all_catalog_rules()`; they never change. Translations are also judged by the
+/// compiler's rules for texts, and by those of a check for stored templates and their references.
 enum class CatalogRule {
   kMessageIdConflict,
   kMessageIdCharacter,
@@ -26,10 +27,6 @@ enum class CatalogRule {
   kPoPlural,
   kDuplicateLanguage,
   kDuplicateMessage,
-  kReferenceLost,
-  kReferenceAdded,
-  kReferenceFormat,
-  kTemplateFailure,
   kSourceChanged,
   kUnknownMessage,
   kBadManifest,

@@ -1,106 +1,26 @@
 #include "tools/catalog/translation_check.h"
 
 #include <algorithm>
-#include <iterator>
-#include <tuple>
+#include <span>
 #include <utility>
 #include <vector>
 
 #include "tools/compiler/message/message_lowering.h"
-#include "tools/compiler/message/stored_template.h"
-#include "tools/compiler/text/utf8_text.h"
-#include "tools/templates/template_syntax.h"
+#include "tools/compiler/message/template_judge.h"
+#include "tools/templates/reference_comparison.h"
 
 namespace qzlog_catalog {
 namespace {
 
+using qzlog_compiler::AttributeLookup;
 using qzlog_compiler::LoweredMessage;
 using qzlog_compiler::MessageFinding;
 using qzlog_compiler::MessagePath;
-using qzlog_compiler::quoted;
+using qzlog_compiler::TemplateFinding;
 using qzlog_compiler::TemplateForm;
-using qzlog_compiler::TemplatePart;
-
-struct Reference {
-  std::string name;
-  char format;
-
-  friend bool operator<(const Reference& a, const Reference& b) {
-    return std::tie(a.name, a.format) < std::tie(b.name, b.format);
-  }
-};
-
-using References = std::vector<Reference>;
-
-References shown_references(std::string_view stored) {
-  References references;
-  for (TemplatePart& part : qzlog_compiler::find_references(stored, TemplateForm::kIcu)) {
-    if (part.format != kSilentFormat) references.push_back({std::move(part.text), part.format});
-  }
-  std::sort(references.begin(), references.end());
-  return references;
-}
-
-/// What one sorted list has beyond the other.
-References beyond(const References& list, const References& other) {
-  References result;
-  std::set_difference(list.begin(), list.end(), other.begin(), other.end(), std::back_inserter(result));
-  return result;
-}
-
-/// As authors and translators write it: {Name:F}, or %F%Name% in a stored template.
-std::string shown(const Reference& reference, bool raw) {
-  const std::string format(1, reference.format);
-  return quoted(raw ? '%' + format + '%' + reference.name + '%' : '{' + reference.name + ':' + format + '}');
-}
-
-class ReferenceCheck {
- public:
-  ReferenceCheck(bool raw, const std::string& file, std::size_t line, CatalogFindings& findings)
-      : raw_(raw), file_(file), line_(line), findings_(findings) {}
-
-  bool compare(const References& source, const References& translation) {
-    lost_ = beyond(source, translation);
-    added_ = beyond(translation, source);
-    const bool same = lost_.empty() && added_.empty();
-    report_formats();
-    report(lost_, CatalogRule::kReferenceLost, "the translation lacks ", ", which the source text has");
-    report(added_, CatalogRule::kReferenceAdded, "the translation has ",
-           ", which the source text has not, or not as often");
-    return same;
-  }
-
- private:
-  /// A lost and an added reference to one attribute are one change.
-  void report_formats() {
-    for (auto lost = lost_.begin(); lost != lost_.end();) {
-      const auto added = std::find_if(added_.begin(), added_.end(),
-                                      [&](const Reference& reference) { return reference.name == lost->name; });
-      if (added == added_.end()) {
-        ++lost;
-        continue;
-      }
-      findings_.error(file_, line_, CatalogRule::kReferenceFormat,
-                      "the translation has " + shown(*added, raw_) + " where the source text has " +
-                          shown(*lost, raw_) + ", another format");
-      added_.erase(added);
-      lost = lost_.erase(lost);
-    }
-  }
-
-  void report(const References& references, CatalogRule rule, const char* before, const char* behind) {
-    for (const Reference& reference : references) {
-      findings_.error(file_, line_, rule, before + shown(reference, raw_) + behind);
-    }
-  }
-
-  bool raw_;
-  const std::string& file_;
-  std::size_t line_;
-  CatalogFindings& findings_;
-  References lost_;
-  References added_;
-};
+using qzlog_compiler::TemplateJudgement;
+using qzlog_compiler::TemplateReason;
+using qzlog_tool::ReferenceNotation;
 
 /// The compiler's findings about a text, errors only: its warnings are about the source text as well.
 bool report_text(const std::vector<MessageFinding>& found, const std::string& file, std::size_t line,
@@ -114,35 +34,96 @@ bool report_text(const std::vector<MessageFinding>& found, const std::string& fi
   return ok;
 }
 
-/// A template may end in lost text only where the source's does.
-bool can_be_shown(std::string_view source, std::string_view stored, const std::string& file, std::size_t line,
-                  CatalogFindings& findings) {
-  std::string failure = template_syntax_failure(stored);
-  if (failure.empty() && loses_its_end(stored) && !loses_its_end(source)) {
-    failure = "what stands behind its last reference is not shown; end it with %_%TIMESTAMP%";
+/// The ICU path reads no further than to the last percent sign.
+bool is_about_the_end(const TemplateFinding& finding, std::string_view stored) {
+  return finding.reason == TemplateReason::kLostText && stored.find('%', *finding.offset) == std::string_view::npos;
+}
+
+/// A translation may lose its end only where the source text does, and refer only with the source text to what another
+/// file has to define.
+bool is_excused(const TemplateFinding& finding, const TemplateJudgement& source, std::string_view source_text) {
+  return std::any_of(source.findings.begin(), source.findings.end(), [&](const TemplateFinding& other) {
+    return finding.reason == TemplateReason::kLostText
+               ? is_about_the_end(other, source_text)
+               : is_about_attributes(finding.reason) && other.says_the_same(finding);
+  });
+}
+
+/// Why a stored template cannot be shown, or not to its end, by an entry that uses the message.
+std::vector<TemplateFinding> find_mistakes(const CatalogMessage& message, std::string_view stored,
+                                           const MessageUse& use) {
+  const AttributeLookup lookup = [&use](std::string_view name) { return use.scope.find(name); };
+  const std::string_view source_text = message.text->stored;
+  const TemplateJudgement source = qzlog_compiler::judge_template(source_text, TemplateForm::kIcu, lookup);
+  std::vector<TemplateFinding> found = qzlog_compiler::judge_template(stored, TemplateForm::kIcu, lookup).findings;
+  std::erase_if(found, [&](const TemplateFinding& finding) {
+    return !(finding.fails() || is_about_the_end(finding, stored)) || is_excused(finding, source, source_text);
+  });
+  return found;
+}
+
+/// Those of the first entry that has any.
+std::vector<TemplateFinding> find_mistakes(const CatalogMessage& message, std::string_view stored) {
+  for (const MessageUse& use : message.uses) {
+    std::vector<TemplateFinding> found = find_mistakes(message, stored, use);
+    if (!found.empty()) return found;
   }
-  if (failure.empty()) return true;
-  findings.error(file, line, CatalogRule::kTemplateFailure, "the translated template cannot be shown: " + failure);
-  return false;
+  return {};
+}
+
+/// Whether there are none.
+bool report_mistakes(std::span<const TemplateFinding> mistakes, const std::string& file, std::size_t line,
+                     CatalogFindings& findings) {
+  for (const TemplateFinding& mistake : mistakes) {
+    findings.add({file, line, Severity::kError, mistake.rule, mistake.text, mistake.hint});
+  }
+  return mistakes.empty();
+}
+
+bool has_the_same_references(const CatalogMessage& message, std::string_view stored, const std::string& file,
+                             std::size_t line, CatalogFindings& findings) {
+  const auto notation = message.text->raw ? ReferenceNotation::kTemplate : ReferenceNotation::kPlaceholder;
+  const auto differences =
+      qzlog_tool::compare_references(qzlog_tool::references_in(message.text->stored, TemplateForm::kIcu),
+                                     qzlog_tool::references_in(stored, TemplateForm::kIcu));
+  for (const qzlog_tool::ReferenceDifference& difference : differences) {
+    findings.add({file, line, Severity::kError, rule_of(difference), text_of(difference, notation)});
+  }
+  return differences.empty();
+}
+
+/// That the text itself is right comes first, then that it refers to the same, which says more than what is wrong with
+/// another reference.
+bool check_template(const CatalogMessage& message, std::string_view stored, const std::string& file, std::size_t line,
+                    CatalogFindings& findings) {
+  std::vector<TemplateFinding> mistakes = find_mistakes(message, stored);
+  const auto about_attributes =
+      std::stable_partition(mistakes.begin(), mistakes.end(),
+                            [](const TemplateFinding& mistake) { return !is_about_attributes(mistake.reason); });
+  return report_mistakes({mistakes.begin(), about_attributes}, file, line, findings) &&
+         has_the_same_references(message, stored, file, line, findings) &&
+         report_mistakes({about_attributes, mistakes.end()}, file, line, findings);
+}
+
+std::optional<std::string> lower_text(const CatalogMessage& message, std::string_view text, const std::string& file,
+                                      std::size_t line, CatalogFindings& findings) {
+  const MessageScope& scope = message.uses.front().scope;
+  LoweredMessage lowered = qzlog_compiler::lower_message(
+      text, [&](std::string_view name) { return scope.find(name); }, MessagePath::kIcu);
+  const bool ok = report_text(lowered.findings, file, line, findings) &&
+                  has_the_same_references(message, lowered.stored, file, line, findings);
+  return ok ? std::optional(std::move(lowered.stored)) : std::nullopt;
 }
 
 }  // namespace
 
 std::optional<std::string> lower_translation(const CatalogMessage& message, std::string_view translation,
                                              const std::string& file, std::size_t line, CatalogFindings& findings) {
-  std::string stored(translation);
-  if (!message.text->raw) {
-    const MessageScope& scope = message.uses.front().scope;
-    LoweredMessage lowered = qzlog_compiler::lower_message(
-        translation, [&](std::string_view name) { return scope.find(name); }, MessagePath::kIcu);
-    if (!report_text(lowered.findings, file, line, findings)) return std::nullopt;
-    stored = std::move(lowered.stored);
-  } else if (!can_be_shown(message.text->stored, stored, file, line, findings)) {
-    return std::nullopt;
+  if (message.text->raw) {
+    const bool ok = check_template(message, translation, file, line, findings);
+    return ok ? std::optional<std::string>(translation) : std::nullopt;
   }
-  ReferenceCheck check(message.text->raw, file, line, findings);
-  if (!check.compare(shown_references(message.text->stored), shown_references(stored))) return std::nullopt;
-  return stored;
+  return lower_text(message, translation, file, line, findings);
 }
 
 }  // namespace qzlog_catalog

@@ -10,9 +10,6 @@
 
 namespace qzlog_catalog {
 
-/// The format of references that show nothing, by which the compiler closes texts.
-inline constexpr char kSilentFormat = '_';
-
 /// The template of a translation for the ICU path: lowered as the compiler lowers texts, or as it stands where the
 /// message is a stored template. None when the path cannot show it or when it does not refer to the same attributes in
 /// the same formats as the message, in whatever order; every reason is in the findings, at that line of the file.

@@ -5,17 +5,16 @@
 #include <cstdint>
 #include <map>
 #include <optional>
-#include <set>
 #include <string_view>
 #include <utility>
 
 #include "tools/compiler/message/stored_template.h"
+#include "tools/compiler/message/template_judge.h"
 #include "tools/compiler/model/attribute_type.h"
 #include "tools/compiler/text/utf8_text.h"
-#include "tools/templates/icu_pattern.h"
 #include "tools/templates/readable_template.h"
+#include "tools/templates/reference_comparison.h"
 #include "tools/templates/source_digest.h"
-#include "tools/templates/template_check.h"
 
 namespace qzlog_tool {
 
@@ -25,8 +24,9 @@ using qzlog_compiler::AttributeLookup;
 using qzlog_compiler::EntryDefinition;
 using qzlog_compiler::quoted;
 using qzlog_compiler::SelectorMessage;
+using qzlog_compiler::TemplateFinding;
 using qzlog_compiler::TemplateForm;
-using qzlog_compiler::TemplatePart;
+using qzlog_compiler::TemplateJudgement;
 
 /// A message of the definitions, of one entry or of several that share a key.
 struct SourceMessage {
@@ -48,22 +48,6 @@ SourceMessages messages_of(const std::map<std::uint32_t, EntryDefinition>& entri
     for (const SelectorMessage& message : entry.selector.messages) add(entry, message.id, message.message.stored);
   }
   return messages;
-}
-
-/// The formats in which a template shows each attribute.
-std::map<std::string, std::set<char>> formats_by_name(std::string_view stored) {
-  const qzlog_compiler::StoredTemplate cut = qzlog_compiler::cut_template(stored, TemplateForm::kIcu);
-  std::map<std::string, std::set<char>> formats;
-  for (const TemplatePart* const part : shown_references(cut)) {
-    formats[part->text].insert(part->format == 'u' ? 'd' : part->format);  // which show the same
-  }
-  return formats;
-}
-
-std::string joined(const std::set<char>& formats) {
-  std::string text;
-  for (const char format : formats) text += (text.empty() ? "" : " and ") + std::string(1, format);
-  return text;
 }
 
 /// Whether there is anything to translate outside the placeholders.
@@ -144,43 +128,32 @@ class BundleCheck {
 
   void check_translation(const SourceMessage& source, const std::string& stored) {
     const AttributeLookup lookup = attributes_of(entries_.at(source.entry_id), definitions_);
-    const auto findings = check_template(stored, TemplateForm::kIcu, lookup, bundle_.locale);
-    for (const TemplateFinding& finding : findings) {
-      report_.add(finding.fails ? Severity::kError : Severity::kWarning, finding.rule, finding.text, finding.hint);
+    const TemplateJudgement judged = qzlog_compiler::judge_template(stored, TemplateForm::kIcu, lookup, bundle_.locale);
+    for (const TemplateFinding& finding : judged.findings) {
+      report_.add(finding.severity(), finding.rule, finding.text, finding.hint);
     }
     // What the definitions themselves cannot show is no measure for a translation.
     if (source.stored.empty() || !qzlog_compiler::cut_template(source.stored, TemplateForm::kIcu).failure.empty()) {
       return;
     }
     compare_references(source.stored, stored, lookup);
-    if (!may_be_unchanged_) compare_texts(source.stored, stored, lookup);
+    if (!may_be_unchanged_) compare_texts(source.stored, judged, lookup);
   }
 
   void compare_references(const std::string& source, const std::string& stored, const AttributeLookup& lookup) {
-    const auto expected = formats_by_name(source);
-    const auto found = formats_by_name(stored);
-    for (const auto& [name, formats] : expected) {
-      const auto translated = found.find(name);
-      if (translated == found.end()) {
-        report_.warning(check_rule_name(CheckRule::kLostReference),
-                        "the translation leaves out " + quoted(name) + ", which the definition's text shows");
-      } else if (translated->second != formats) {
-        report_.warning(check_rule_name(CheckRule::kChangedFormat),
-                        "the translation shows " + quoted(name) + " in the format " + joined(translated->second) +
-                            ", the definition's text in " + joined(formats));
-      }
-    }
-    for (const auto& [name, formats] : found) {
-      const bool is_known = lookup(name) || qzlog_compiler::find_standard_field(name);
-      if (expected.contains(name) || !is_known) continue;  // an unknown one is an error already
-      report_.warning(check_rule_name(CheckRule::kAddedReference),
-                      "the translation shows " + quoted(name) + ", which the definition's text does not");
+    const auto differences = qzlog_tool::compare_references(references_in(source, TemplateForm::kIcu),
+                                                            references_in(stored, TemplateForm::kIcu));
+    for (const ReferenceDifference& difference : differences) {
+      const bool is_known = lookup(difference.name) || qzlog_compiler::find_standard_field(difference.name);
+      if (difference.kind == ReferenceDifference::Kind::kAdded && !is_known) continue;  // an error already
+      report_.warning(rule_of(difference), text_of(difference, ReferenceNotation::kPlaceholder));
     }
   }
 
-  void compare_texts(const std::string& source, const std::string& stored, const AttributeLookup& lookup) {
-    const auto text = readable_template(stored, TemplateForm::kIcu, lookup);
-    if (!text || !has_words(*text) || text != readable_template(source, TemplateForm::kIcu, lookup)) return;
+  void compare_texts(const std::string& source, const TemplateJudgement& judged, const AttributeLookup& lookup) {
+    const auto text = readable_template(judged, lookup);
+    if (!text || !has_words(*text)) return;
+    if (text != readable_template(qzlog_compiler::judge_template(source, TemplateForm::kIcu, lookup), lookup)) return;
     report_.warning(check_rule_name(CheckRule::kUnchangedText),
                     "the text " + quoted(*text) + " is that of the definition, untranslated");
   }

@@ -10,6 +10,7 @@
 #include "tools/compiler/file/entry_map.h"
 #include "tools/compiler/file/ldf_format.h"
 #include "tools/compiler/file/ldf_reader.h"
+#include "tools/compiler/message/template_judge.h"
 #include "tools/compiler/model/attribute_type.h"
 #include "tools/compiler/model/model_merge.h"
 #include "tools/compiler/source/aux_merge.h"
@@ -18,7 +19,6 @@
 #include "tools/compiler/text/utf8_text.h"
 #include "tools/definitions/entry_view.h"
 #include "tools/templates/readable_template.h"
-#include "tools/templates/template_check.h"
 
 namespace qzlog_tool {
 
@@ -37,17 +37,10 @@ using qzlog_compiler::Rule;
 using qzlog_compiler::rule_name;
 using qzlog_compiler::SelectorMessage;
 using qzlog_compiler::SourcePosition;
+using qzlog_compiler::TemplateFinding;
 using qzlog_compiler::TemplateForm;
-
-bool is_utf8(std::string_view text) {
-  std::size_t offset = 0;
-  while (offset < text.size()) {
-    const std::size_t size = qzlog_compiler::decode_utf8(text, offset).size;
-    if (size == 0) return false;
-    offset += size;
-  }
-  return true;
-}
+using qzlog_compiler::TemplateJudgement;
+using qzlog_compiler::TemplateReason;
 
 std::string of_selector_message(const SelectorMessage& message) {
   return "selector message " + std::to_string(message.index);
@@ -77,49 +70,53 @@ class MessageCheck {
 
   void check(const MessageText& message) {
     if (message.stored.empty()) return;
-    std::vector<TemplateFinding> icu;
-    std::vector<TemplateFinding> narrow;
-    const bool readable = is_utf8(message.stored);
+    TemplateJudgement icu;
+    TemplateJudgement narrow;
+    const bool readable = qzlog_compiler::is_utf8(message.stored);
     if (path_ != MessagePath::kNarrow && !readable) {
       report_.warning(rule_name(Rule::kInvalidUtf8), "the text is not UTF-8, so ICU shows substitution characters");
     }
-    if (path_ != MessagePath::kNarrow && readable) icu = check_template(message.stored, TemplateForm::kIcu, lookup_);
-    if (path_ != MessagePath::kIcu) narrow = check_template(message.stored, TemplateForm::kNarrow, lookup_);
-    if (path_ == MessagePath::kBoth && readable && icu.empty() && narrow.empty()) compare_paths(message);
+    if (path_ != MessagePath::kNarrow && readable) icu = judge(message, TemplateForm::kIcu);
+    if (path_ != MessagePath::kIcu) narrow = judge(message, TemplateForm::kNarrow);
+    if (path_ == MessagePath::kBoth && readable && icu.findings.empty() && narrow.findings.empty()) {
+      compare_paths(icu, narrow);
+    }
     report(icu, narrow);
   }
 
  private:
-  static bool fails(const std::vector<TemplateFinding>& findings) {
-    return std::any_of(findings.begin(), findings.end(), [](const TemplateFinding& finding) { return finding.fails; });
+  TemplateJudgement judge(const MessageText& message, TemplateForm form) const {
+    return qzlog_compiler::judge_template(message.stored, form, lookup_);
   }
 
-  void report(const std::vector<TemplateFinding>& icu, const std::vector<TemplateFinding>& narrow) {
-    const bool one_path_works = path_ == MessagePath::kBoth && (!fails(icu) || !fails(narrow));
-    for (const TemplateFinding& finding : icu) {
+  static bool has(const TemplateJudgement& judged, const TemplateFinding& finding) {
+    return std::any_of(judged.findings.begin(), judged.findings.end(),
+                       [&finding](const TemplateFinding& other) { return other.says_the_same(finding); });
+  }
+
+  void report(const TemplateJudgement& icu, const TemplateJudgement& narrow) {
+    const bool one_path_works = path_ == MessagePath::kBoth && (!icu.has_errors() || !narrow.has_errors());
+    for (const TemplateFinding& finding : icu.findings) {
       // Said of the whole model already.
-      if (finding.rule == rule_name(Rule::kQuotedPlaceholder)) continue;
-      const bool on_both = std::find(narrow.begin(), narrow.end(), finding) != narrow.end();
-      report(finding, on_both ? "" : "on the ICU path: ", one_path_works);
+      if (finding.reason == TemplateReason::kHiddenReference) continue;
+      report(finding, has(narrow, finding) ? "" : "on the ICU path: ", one_path_works);
     }
-    for (const TemplateFinding& finding : narrow) {
-      if (std::find(icu.begin(), icu.end(), finding) != icu.end()) continue;
-      report(finding, "on the narrow path: ", one_path_works);
+    for (const TemplateFinding& finding : narrow.findings) {
+      if (!has(icu, finding)) report(finding, "on the narrow path: ", one_path_works);
     }
   }
 
   void report(const TemplateFinding& finding, const char* where, bool one_path_works) {
-    const bool is_error = finding.fails && !one_path_works;
-    report_.add(is_error ? Severity::kError : Severity::kWarning, finding.rule,
+    report_.add(one_path_works ? Severity::kWarning : finding.severity(), finding.rule,
                 (path_ == MessagePath::kBoth ? where : "") + finding.text, finding.hint);
   }
 
-  void compare_paths(const MessageText& message) {
-    const auto icu = readable_template(message.stored, TemplateForm::kIcu, lookup_);
-    const auto narrow = readable_template(message.stored, TemplateForm::kNarrow, lookup_);
-    if (icu == narrow || !icu || !narrow) return;
+  void compare_paths(const TemplateJudgement& icu, const TemplateJudgement& narrow) {
+    const auto wide_text = readable_template(icu, lookup_);
+    const auto narrow_text = readable_template(narrow, lookup_);
+    if (wide_text == narrow_text || !wide_text || !narrow_text) return;
     report_.warning(rule_name(Rule::kPathConflict),
-                    "the ICU path shows " + quoted(*icu) + ", the narrow path " + quoted(*narrow));
+                    "the ICU path shows " + quoted(*wide_text) + ", the narrow path " + quoted(*narrow_text));
   }
 
   AttributeLookup lookup_;
@@ -293,12 +290,17 @@ void check_merge(const DefinitionModel& model, const DefinitionModel& standard, 
   }
 }
 
+/// By the check of each message, which says more.
+bool is_said_of_messages(Rule rule) {
+  return rule == Rule::kBrokenTemplate || rule == Rule::kPatternArgument || rule == Rule::kUndefinedStandardField;
+}
+
 void report_warnings(const DefinitionModel& model, const DefinitionModel* standard, MessagePath path,
                      CheckReport& report) {
   std::set<std::pair<std::uint32_t, std::string>> told;  // without places, several messages of an entry say the same
   for (ModelWarning& warning : qzlog_compiler::find_model_warnings(model, standard, path)) {
     if (!told.emplace(warning.entry_id, warning.text).second) continue;
-    if (warning.rule == Rule::kBrokenTemplate) continue;  // the check of each message says more
+    if (is_said_of_messages(warning.rule)) continue;
     if (warning.about_entry) {
       report.about_entry(warning.entry_id);
     } else {

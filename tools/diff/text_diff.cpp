@@ -1,25 +1,27 @@
 #include "tools/diff/text_diff.h"
 
 #include <algorithm>
-#include <set>
 #include <string_view>
 #include <utility>
 #include <vector>
 
 #include "tools/compiler/message/stored_template.h"
 #include "tools/compiler/model/attribute_type.h"
+#include "tools/templates/reference_comparison.h"
 
 namespace qzlog_compiler {
 namespace {
 
+using qzlog_tool::Reference;
+using qzlog_tool::ReferenceDifference;
+
 constexpr char kDefaultFormat = '\0';
 
 /// References that the library leaves out of messages are left out here: the compiler writes them to keep a text's end.
-std::vector<TemplatePart> shown_parts(std::string_view stored, TemplateForm form) {
+std::vector<TemplatePart> parts_that_count(std::string_view stored, TemplateForm form) {
   std::vector<TemplatePart> parts = cut_template(stored, form).parts;
-  std::erase_if(parts, [](const TemplatePart& part) {
-    return part.is_reference() && kFormatCharacters.find(part.format) == std::string_view::npos;
-  });
+  std::erase_if(parts, [](const TemplatePart& part) { return part.is_reference() && !is_known_format(part.format); });
+  for (TemplatePart& part : parts) part.format = canonical_format(part.format);
   return parts;
 }
 
@@ -39,20 +41,23 @@ bool same_parts(const std::vector<TemplatePart>& a, const std::vector<TemplatePa
   });
 }
 
-using Reference = std::pair<std::string, char>;
-
-std::set<Reference> references(const std::vector<TemplatePart>& parts) {
-  std::set<Reference> found;
+std::vector<Reference> references(const std::vector<TemplatePart>& parts) {
+  std::vector<Reference> found;
   for (const TemplatePart& part : parts) {
-    if (part.is_reference()) found.emplace(part.text, part.format);
+    if (part.is_reference()) found.push_back({part.text, part.format});
   }
   return found;
 }
 
-std::set<std::string> names(const std::set<Reference>& references) {
-  std::set<std::string> found;
-  for (const Reference& reference : references) found.insert(reference.first);
-  return found;
+/// None when the texts refer to the same, be it another number of times.
+std::optional<DiffRule> compare_references(const std::vector<TemplatePart>& before,
+                                           const std::vector<TemplatePart>& after) {
+  bool same_formats = true;
+  for (const ReferenceDifference& difference : qzlog_tool::compare_references(references(before), references(after))) {
+    if (difference.elsewhere == ReferenceDifference::Elsewhere::kNothing) return DiffRule::kTextReferencesChanged;
+    same_formats = same_formats && difference.elsewhere == ReferenceDifference::Elsewhere::kSameFormat;
+  }
+  return same_formats ? std::nullopt : std::optional(DiffRule::kTextFormatsChanged);
 }
 
 std::string without_white_space(std::string text) {
@@ -66,16 +71,13 @@ std::optional<DiffRule> compare_stored(const TextSide& before, const TextSide& a
   bool same_shown = true;
   bool same_formats = true;
   for (const TemplateForm form : {TemplateForm::kIcu, TemplateForm::kNarrow}) {
-    const std::vector<TemplatePart> a = shown_parts(before.text->stored, form);
-    const std::vector<TemplatePart> b = shown_parts(after.text->stored, form);
+    const std::vector<TemplatePart> a = parts_that_count(before.text->stored, form);
+    const std::vector<TemplatePart> b = parts_that_count(after.text->stored, form);
     same_formats = same_formats && same_parts(a, b);
     const std::vector<TemplatePart> plain_a = without_default_formats(a, before.types);
     const std::vector<TemplatePart> plain_b = without_default_formats(b, after.types);
     same_shown = same_shown && same_parts(plain_a, plain_b);
-    const std::set<Reference> old_references = references(plain_a);
-    const std::set<Reference> new_references = references(plain_b);
-    if (names(old_references) != names(new_references)) return DiffRule::kTextReferencesChanged;
-    if (old_references != new_references) return DiffRule::kTextFormatsChanged;
+    if (const std::optional<DiffRule> rule = compare_references(plain_a, plain_b)) return rule;
   }
   if (!same_shown) return DiffRule::kTextChanged;
   return same_formats ? std::optional(DiffRule::kTextNotationChanged) : std::nullopt;

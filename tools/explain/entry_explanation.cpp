@@ -6,11 +6,10 @@
 #include <string_view>
 #include <utility>
 
-#include "tools/compiler/message/stored_template.h"
-#include "tools/templates/icu_pattern.h"
+#include "tools/compiler/message/template_judge.h"
+#include "tools/compiler/model/attribute_type.h"
 #include "tools/templates/readable_template.h"
 #include "tools/templates/source_digest.h"
-#include "tools/templates/template_check.h"
 
 namespace qzlog_tool {
 
@@ -20,7 +19,9 @@ using qzlog_compiler::AttributeLookup;
 using qzlog_compiler::EntryDefinition;
 using qzlog_compiler::MessageText;
 using qzlog_compiler::SelectorMessage;
+using qzlog_compiler::TemplateFinding;
 using qzlog_compiler::TemplateForm;
+using qzlog_compiler::TemplateJudgement;
 using qzlog_compiler::TemplatePart;
 
 class Explainer {
@@ -62,27 +63,27 @@ class Explainer {
     if (!bundle.failure.empty()) return {bundle.locale, std::nullopt, bundle.failure};
     const auto found = bundle.templates.find(key);
     if (found == bundle.templates.end()) return {bundle.locale, std::nullopt, "the catalog lacks it"};
-    ExplainedText shown = text_of(bundle.locale, found->second, TemplateForm::kIcu, lookup);
+    ExplainedText shown = text_of(bundle.locale, found->second, TemplateForm::kIcu, lookup, bundle.locale);
     const auto digest = bundle.sources.find(key);
     shown.stale = digest != bundle.sources.end() && !is_source_digest_of(digest->second, source.stored);
     return shown;
   }
 
   ExplainedText text_of(std::string language, const std::string& stored, TemplateForm form,
-                        const AttributeLookup& lookup) {
+                        const AttributeLookup& lookup, const std::string& locale = "root") {
     note_globals(stored, form);
-    for (const TemplateFinding& finding : check_template(stored, form, lookup)) {
-      if (finding.fails) return {std::move(language), std::nullopt, finding.text};
-    }
-    return {std::move(language), readable_template(stored, form, lookup), ""};
+    const TemplateJudgement judged = qzlog_compiler::judge_template(stored, form, lookup, locale);
+    const TemplateFinding* const failure = judged.failure();
+    if (failure != nullptr) return {std::move(language), std::nullopt, failure->text};
+    return {std::move(language), readable_template(judged, lookup), ""};
   }
 
   void note_globals(const std::string& stored, TemplateForm form) {
-    const qzlog_compiler::StoredTemplate cut = qzlog_compiler::cut_template(stored, form);
-    for (const TemplatePart* const part : shown_references(cut)) {
-      if (qzlog_compiler::find_attribute(explanation_.entry.attributes, part->text) != nullptr) continue;
-      const auto* const global = definitions_.find_global(part->text);
-      if (global != nullptr && known_globals_.insert(part->text).second) explanation_.globals.push_back(*global);
+    for (const TemplatePart& part : qzlog_compiler::find_references(stored, form)) {
+      if (!qzlog_compiler::is_known_format(part.format)) continue;
+      if (qzlog_compiler::find_attribute(explanation_.entry.attributes, part.text) != nullptr) continue;
+      const auto* const global = definitions_.find_global(part.text);
+      if (global != nullptr && known_globals_.insert(part.text).second) explanation_.globals.push_back(*global);
     }
   }
 

@@ -26,16 +26,18 @@ constexpr CheckRuleInfo kRules[] = {
     {CheckRule::kRefusedSelectorMessage, "refused-selector-message",
      "The two files give an entry selector messages of one index or one value."},
     {CheckRule::kRejectedPattern, "rejected-pattern", "ICU refuses the pattern that the template becomes."},
-    {CheckRule::kPatternArgument, "pattern-argument", "ICU takes a brace in the text for an argument of its own."},
     {CheckRule::kLostText, "lost-text", "A part of the text that is never shown."},
     {CheckRule::kBadBundle, "bad-bundle",
      "A bundle of the catalog cannot be read, or there is no table of messages for it."},
     {CheckRule::kNoRootBundle, "no-root-bundle", "The catalog has nothing for languages without a bundle."},
     {CheckRule::kMissingMessage, "missing-message", "A language lacks a message that the definitions use."},
     {CheckRule::kUnusedMessage, "unused-message", "A language has a message that no definition uses."},
-    {CheckRule::kLostReference, "lost-reference", "A translation leaves an attribute out."},
-    {CheckRule::kAddedReference, "added-reference", "A translation shows an attribute more."},
-    {CheckRule::kChangedFormat, "changed-format", "A translation shows an attribute in another format."},
+    {CheckRule::kReferenceLost, "reference-lost",
+     "A translation lacks a placeholder that the source text has, or has it less often."},
+    {CheckRule::kReferenceAdded, "reference-added",
+     "A translation has a placeholder that the source text lacks, or has it more often."},
+    {CheckRule::kReferenceFormat, "reference-format",
+     "A translation asks for another format of an attribute than the source text."},
     {CheckRule::kUnchangedText, "unchanged-text", "A translation reads as the source text does."},
     {CheckRule::kStaleCatalog, "stale-catalog", "A language was built from other texts than the definitions have."},
 };
@@ -72,6 +74,7 @@ constexpr std::array kSharedRules = {
     Rule::kAuxTypeChanged,
     Rule::kQuotedPlaceholder,
     Rule::kBrokenTemplate,
+    Rule::kPatternArgument,
 };
 
 std::string_view severity_name(Severity severity) { return severity == Severity::kError ? "error" : "warning"; }

@@ -74,6 +74,8 @@ constexpr std::array kRules = {
     RuleInfo{Rule::kHiddenGlobal, "hidden-global", "An entry's attribute has the name of a global attribute.", true},
     RuleInfo{Rule::kQuotedPlaceholder, "quoted-placeholder", "An apostrophe switches a reference off for ICU.", true},
     RuleInfo{Rule::kBrokenTemplate, "broken-template", "No entry can be rendered with a stored template.", true},
+    RuleInfo{Rule::kPatternArgument, "pattern-argument", "ICU takes a brace in the text for an argument of its own.",
+             true},
     RuleInfo{Rule::kAuxSharedEntries, "aux-shared-entries",
              "Entries are in both files, which have more together than the library keeps.", true},
     RuleInfo{Rule::kUnknownRule, "unknown-rule", "A source accepts a rule that does not exist."},

@@ -83,6 +83,7 @@ enum class Rule {
   kHiddenGlobal,
   kQuotedPlaceholder,
   kBrokenTemplate,
+  kPatternArgument,
   kAuxSharedEntries,
   kUnknownRule,
   kRuleNotAcceptable,

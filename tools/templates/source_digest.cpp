@@ -1,7 +1,7 @@
 #include "tools/templates/source_digest.h"
 
+#include "tools/compiler/message/template_judge.h"
 #include "tools/system/content_digest.h"
-#include "tools/templates/readable_template.h"
 
 namespace qzlog_tool {
 namespace {
@@ -15,7 +15,7 @@ constexpr char kMark = '\0';  ///< no text holds it
 /// text for the narrow path, is no part of the others': it stands behind two marks.
 std::string canonical_text(std::string_view stored, TemplateForm form) {
   const std::string hidden(2, kMark);
-  const auto parts = shown_parts(stored, form);
+  const auto parts = qzlog_compiler::judge_template(stored, form, {}).shown;
   if (!parts) return hidden + std::string(stored);
   std::string text;
   for (const TemplatePart& part : *parts) {

@@ -92,6 +92,11 @@ TEST(CompareTexts, RawTemplateOfTheSameText_IsAnotherNotation) {
   EXPECT_EQ(rule(raw(text.stored), compiled(text)), std::nullopt);
 }
 
+TEST(CompareTexts, TheOtherFormatOfAnInteger_IsAnotherNotation) {
+  EXPECT_EQ(rule(raw("%d%Count% left"), raw("%u%Count% left")), DiffRule::kTextNotationChanged);
+  EXPECT_EQ(rule(raw("%u%Count% left%_%TIMESTAMP%"), message("{Count} left")), DiffRule::kTextNotationChanged);
+}
+
 TEST(CompareTexts, SkippedCharactersInAReference_AreAnotherNotation) {
   EXPECT_EQ(rule(raw("%d%Count%"), raw("%d10%Count%")), DiffRule::kTextNotationChanged);
 }

@@ -7,10 +7,9 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
-#include "tools/compiler/message/template_failure.h"
-#include "tools/templates/icu_pattern.h"
-#include "tools/templates/template_syntax.h"
+#include "tools/compiler/message/template_judge.h"
 
 namespace {
 
@@ -22,23 +21,14 @@ constexpr unsigned kTooMany = 10'000;
 const std::string kTemplate =
     "A text with the argument %s%A% and another one behind it, %s%B%, it''s ended here%_%TIMESTAMP%";
 
-std::string text_of(const qzlog_tool::PatternReading& reading) {
-  std::string text = reading.refusal;
-  for (const qzlog_tool::PatternPart& part : reading.parts) text += "|" + part.text;
+std::string judge() {
+  const auto lookup = [](std::string_view) { return std::optional(TypeMBChar256); };
+  const auto judged = qzlog_compiler::judge_template(kTemplate, qzlog_compiler::TemplateForm::kIcu, lookup);
+  std::string text;
+  for (const auto& finding : judged.findings) text += finding.text + '\n';
+  for (const auto& part : judged.shown.value_or(std::vector<qzlog_compiler::TemplatePart>())) text += '|' + part.text;
   return text;
 }
-
-std::string read_pattern() {
-  const auto cut = qzlog_compiler::cut_template(kTemplate, qzlog_compiler::TemplateForm::kIcu);
-  return text_of(qzlog_tool::read_icu_pattern(cut, "root"));
-}
-
-std::string find_failure() {
-  const auto lookup = [](std::string_view) { return std::optional(TypeMBChar256); };
-  return qzlog_compiler::find_template_failure(kTemplate, qzlog_compiler::TemplateForm::kIcu, lookup);
-}
-
-std::string find_syntax_failure() { return qzlog_catalog::template_syntax_failure(kTemplate); }
 
 /// How often the same came out, and how often std::bad_alloc.
 void fail_each(std::string (*work)()) {
@@ -71,8 +61,6 @@ class ToolsWithoutMemory : public testing::Test {
   }
 };
 
-TEST_F(ToolsWithoutMemory, Pattern_IsReadOrThrows) { fail_each(read_pattern); }
-TEST_F(ToolsWithoutMemory, TemplateFailure_IsTheSameOrThrows) { fail_each(find_failure); }
-TEST_F(ToolsWithoutMemory, SyntaxFailure_IsTheSameOrThrows) { fail_each(find_syntax_failure); }
+TEST_F(ToolsWithoutMemory, Judgement_IsTheSameOrThrows) { fail_each(judge); }
 
 }  // namespace

@@ -8,18 +8,23 @@
 
 #include "tests/support/seeded_random.h"
 #include "tools/compiler/message/message_lowering.h"
+#include "tools/compiler/message/template_judge.h"
 
 namespace {
 
 using qzlog_compiler::MessagePath;
 using qzlog_compiler::TemplateForm;
-using qzlog_tool::readable_template;
 
 std::optional<qz_AttributeType> type_of(std::string_view name) {
   if (name == "Name") return TypeChar32;
   if (name == "Count") return TypeUInt2;
   if (name == "When") return TypeTimestamp;
   return std::nullopt;
+}
+
+std::optional<std::string> readable_template(std::string_view stored, TemplateForm form,
+                                             const qzlog_compiler::AttributeLookup& lookup) {
+  return qzlog_tool::readable_template(qzlog_compiler::judge_template(stored, form, lookup), lookup);
 }
 
 TEST(ReadableTemplate, References_AreNamesInBraces) {

@@ -64,7 +64,7 @@ class FormatResolver {
       add(Severity::kError, Rule::kFormatTypeMismatch,
           "the format '" + std::string(1, placeholder_.format) + "' does not accept " +
               std::string(short_type_name(type)) + " attributes as " + quoted(placeholder_.text),
-          "the type is shown by " + spaced(accepted));
+          accepted.empty() ? "" : "the type is shown by " + spaced(accepted));
       return "";
     }
     return std::string(1, placeholder_.format);

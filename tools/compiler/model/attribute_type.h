@@ -26,6 +26,9 @@ inline constexpr std::string_view kFormatCharacters = "sCPDTfdu";
 /// A reference with another format shows nothing.
 constexpr bool is_known_format(char format) { return kFormatCharacters.find(format) != std::string_view::npos; }
 
+/// One of the formats that show the same: d and u are one.
+constexpr char canonical_format(char format) { return format == 'u' ? 'd' : format; }
+
 /// The formats that both rendering paths accept for a type; empty for GUID and for unknown types.
 std::string_view accepted_formats(qz_AttributeType type);
 

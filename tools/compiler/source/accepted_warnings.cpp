@@ -19,7 +19,8 @@ constexpr std::array<KnownKey, 2> kAcceptFields = {{{"rule", true}, {"reason", t
 /// Warnings that a run for another path may give.
 constexpr std::array kPathRules = {Rule::kLiteralPercent,    Rule::kTooManyReferences, Rule::kLongReferenceName,
                                    Rule::kPathConflict,      Rule::kNegativeUnsigned,  Rule::kBooleanAsZero,
-                                   Rule::kQuotedPlaceholder, Rule::kBrokenTemplate,    Rule::kUnusedAttribute};
+                                   Rule::kQuotedPlaceholder, Rule::kBrokenTemplate,    Rule::kPatternArgument,
+                                   Rule::kUnusedAttribute};
 
 bool depends_on_path(Rule rule) { return std::find(kPathRules.begin(), kPathRules.end(), rule) != kPathRules.end(); }
 
@@ -82,9 +83,16 @@ void AcceptedWarnings::load_item(const YamlNode& item, AcceptScope scope, const 
   accepted_.push_back({*rule, begin, holder.end_position(), name->position(), false});
 }
 
+/// Sources that accepted a warning under the rule that it had before go on accepting it.
 AcceptedWarnings::Accepted* AcceptedWarnings::find(const Diagnostic& warning) {
+  Accepted* const found = find(warning, warning.rule);
+  const bool had_another = warning.rule == Rule::kPatternArgument;
+  return found == nullptr && had_another ? find(warning, Rule::kBrokenTemplate) : found;
+}
+
+AcceptedWarnings::Accepted* AcceptedWarnings::find(const Diagnostic& warning, Rule rule) {
   for (const AcceptScope scope : {AcceptScope::kSelectorMessage, AcceptScope::kEntry, AcceptScope::kFile}) {
-    const auto list = by_scope_.find({scope, warning.rule});
+    const auto list = by_scope_.find({scope, rule});
     if (list == by_scope_.end()) continue;
     // Parts of one scope do not overlap, so only the last that begins before the place can hold it.
     const auto after = std::upper_bound(

@@ -41,6 +41,7 @@ class AcceptedWarnings {
 
   void load_item(const YamlNode& item, AcceptScope scope, const YamlNode& holder, Diagnostics& diagnostics);
   Accepted* find(const Diagnostic& warning);
+  Accepted* find(const Diagnostic& warning, Rule rule);
 
   std::vector<Accepted> accepted_;
   /// Indexes of `accepted_`, in the order of the source.

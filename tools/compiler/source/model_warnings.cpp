@@ -10,9 +10,8 @@
 
 #include "qzlog/definition_cache.h"
 #include "tools/compiler/message/message_references.h"
-#include "tools/compiler/message/quoted_references.h"
 #include "tools/compiler/message/stored_template.h"
-#include "tools/compiler/message/template_failure.h"
+#include "tools/compiler/message/template_judge.h"
 #include "tools/compiler/model/attribute_type.h"
 #include "tools/compiler/model/model_merge.h"
 #include "tools/compiler/text/utf8_text.h"
@@ -45,7 +44,9 @@ class EffectiveMessage {
   }
 
   const MessageText& message() const { return *message_; }
-  const StoredTemplate* icu() const { return icu_ ? &*icu_ : nullptr; }
+  bool is_shown_by(TemplateForm form) const {
+    return form == TemplateForm::kIcu ? icu_.has_value() : narrow_.has_value();
+  }
 
   template <typename Visitor>
   void for_each_reference(Visitor&& visit) const {
@@ -115,23 +116,49 @@ class EntryWarnings {
     message.for_each_reference([&](const TemplatePart& reference, TemplateForm form) {
       if (is_known_format(reference.format)) check_reference(message, reference, form, told);
     });
-    if (message.icu() != nullptr) check_quotes(message);
-    check_rendering(message.message());
+    check_rendering(message);
+  }
+
+  /// One warning about rendering is enough, be it for the first of two paths.
+  void check_rendering(const EffectiveMessage& message) {
+    bool is_told = is_lowered(message.message());
+    for (const TemplateForm form : {TemplateForm::kIcu, TemplateForm::kNarrow}) {
+      if (!message.is_shown_by(form) || (is_told && !may_hide_references(message.message(), form))) continue;
+      const TemplateJudgement judged =
+          judge_template(message.message().stored, form, [this](std::string_view name) { return look_up(name); });
+      report_all(TemplateReason::kHiddenReference, Rule::kQuotedPlaceholder, message, judged);
+      if (is_told) continue;
+      report_all(TemplateReason::kOwnArgument, Rule::kPatternArgument, message, judged);
+      is_told = report_failures(message.message(), form, judged);
+    }
   }
 
   /// What the compiler made of a text is as good as the paths allow, and was reported where it is not.
-  void check_rendering(const MessageText& message) {
-    if (message.position.known() && !message.raw) return;
-    for (const TemplateForm form : {TemplateForm::kIcu, TemplateForm::kNarrow}) {
-      if (!counts(context_.path, form)) continue;
-      const std::string failure =
-          find_template_failure(message.stored, form, [this](std::string_view name) { return look_up(name); });
-      if (failure.empty()) continue;
-      add(Rule::kBrokenTemplate, message.position,
-          "no entry can be rendered with this template on " + std::string(path_name(form)) + ": " + failure,
-          "the compiler checks and writes the template where the source has a text instead of 'raw'");
-      return;
+  static bool is_lowered(const MessageText& message) { return message.position.known() && !message.raw; }
+
+  static bool may_hide_references(const MessageText& message, TemplateForm form) {
+    return form == TemplateForm::kIcu && message.stored.find_first_of("'{") != std::string::npos;
+  }
+
+  /// The first one, and the fields before it that another file may define. Returns whether there are any.
+  bool report_failures(const MessageText& message, TemplateForm form, const TemplateJudgement& judged) {
+    for (const TemplateFinding& finding : judged.findings) {
+      if (!finding.fails()) continue;
+      if (finding.reason != TemplateReason::kUndefinedStandardField) {
+        report_broken(message, form, finding);
+        break;
+      }
+      add(Rule::kUndefinedStandardField, message.position, finding.text, finding.hint);
     }
+    return judged.failure() != nullptr;
+  }
+
+  void report_broken(const MessageText& message, TemplateForm form, const TemplateFinding& failure) {
+    const bool depends_on_values = failure.reason == TemplateReason::kInapplicablePattern;
+    add(Rule::kBrokenTemplate, message.position,
+        std::string(depends_on_values ? "not every" : "no") + " entry can be rendered with this template on " +
+            std::string(path_name(form)) + ": " + failure.text,
+        "the compiler checks and writes the template where the source has a text instead of 'raw'");
   }
 
   /// One warning for an attribute in a message, however often the message refers to it.
@@ -165,14 +192,12 @@ class EntryWarnings {
     return form == TemplateForm::kNarrow && is_plain_number(format) ? "nothing" : "0";
   }
 
-  void check_quotes(const EffectiveMessage& message) {
+  /// What is found again of the same attribute or the same argument says nothing new.
+  void report_all(TemplateReason reason, Rule rule, const EffectiveMessage& message, const TemplateJudgement& judged) {
     std::set<std::string> told;
-    for (const TemplatePart& reference : find_quoted_references(*message.icu())) {
-      if (!told.insert(reference.text).second) continue;
-      add(Rule::kQuotedPlaceholder, message.find_reference(reference.text),
-          "an apostrophe switches the reference to " + quoted(reference.text) +
-              " off on the ICU path, which shows its number in braces",
-          "write the apostrophe before it twice for a literal one");
+    for (const TemplateFinding& finding : judged.findings) {
+      if (finding.reason != reason || !told.insert(finding.text).second) continue;
+      add(rule, message.find_reference(finding.name), finding.text, finding.hint);
     }
   }
 

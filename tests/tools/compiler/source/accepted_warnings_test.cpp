@@ -77,6 +77,15 @@ TEST(AcceptedWarnings, AboutAPath_MayNotOccurInARunForOneOfThem) {
   }
 }
 
+TEST(AcceptedWarnings, OfTheRuleThatAWarningHadBefore_CoverItStill) {
+  const auto text = [](const std::string& list) {
+    return "version: '1.0'\n" + list + "entries: [{id: 1, name: A, raw: '{x}%_%TIMESTAMP%'}]\n";
+  };
+  EXPECT_EQ(diagnostics(text("")), "f:2:33: warning: ICU takes '{x}' for an argument of its own [pattern-argument]\n");
+  EXPECT_EQ(diagnostics(text("accept: [{rule: pattern-argument, reason: r}]\n")), "");
+  EXPECT_EQ(diagnostics(text("accept: [{rule: broken-template, reason: r}]\n")), "");
+}
+
 TEST(AcceptedWarnings, ErrorOfTheSameRule_Stays) {
   EXPECT_EQ(diagnostics("version: '1.0'\naccept: [{rule: literal-percent, reason: r}]\n"
                         "entries: [{id: 1, name: A, message: 'a % b'}]\n"),

@@ -134,10 +134,10 @@ TEST(FindModelWarnings, ApostropheBeforeAReference_SwitchesItOffForIcu) {
 TEST(FindModelWarnings, TemplateThatNoEntryCanBeRenderedWith_IsBroken) {
   DefinitionModel model = model_of({entry(1, "%s%Nobody%")});
   EXPECT_EQ(found(model),
-            "1 broken-template: no entry can be rendered with this template on the ICU path: there is no attribute "
+            "1 broken-template: no entry can be rendered with this template on the ICU path: unknown attribute "
             "'Nobody'\n");
   EXPECT_EQ(found(model, MessagePath::kNarrow),
-            "1 broken-template: no entry can be rendered with this template on the narrow path: there is no attribute "
+            "1 broken-template: no entry can be rendered with this template on the narrow path: unknown attribute "
             "'Nobody'\n");
   model.entries[0].message.position = {1, 1};  // a text that the compiler lowered
   EXPECT_EQ(found(model), "");
