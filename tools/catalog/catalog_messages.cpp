@@ -13,7 +13,6 @@ namespace {
 using qzlog_compiler::AttributeDefinition;
 using qzlog_compiler::CompileOptions;
 using qzlog_compiler::CompileResult;
-using qzlog_compiler::Diagnostic;
 using qzlog_compiler::EntryDefinition;
 using qzlog_compiler::MessagePath;
 using qzlog_compiler::MessageText;
@@ -28,7 +27,7 @@ std::string conflict_text(std::string_view id, const CatalogMessage& first, cons
   const bool same_text = first.text->written == second.written && first.text->raw == second.raw;
   const MessageUse& use = first.uses.front();
   return "the message ID " + quoted(id) + " stands for another message in " + std::string(use.file) + ", line " +
-         std::to_string(use.line) + (same_text ? ", whose attributes are shown in another format" : "") +
+         std::to_string(use.position.line) + (same_text ? ", whose attributes are shown in another format" : "") +
          "; give one of them another ID";
 }
 
@@ -44,11 +43,9 @@ std::optional<qz_AttributeType> MessageScope::find(std::string_view name) const 
   return std::nullopt;
 }
 
-std::optional<CatalogMessages> CatalogMessages::collect(std::span<const SourceText> sources,
-                                                        std::vector<Diagnostic>& diagnostics,
-                                                        CatalogFindings& findings) {
+std::optional<CatalogMessages> CatalogMessages::collect(std::span<const SourceText> sources, Findings& findings) {
   CatalogMessages result;
-  if (!result.load(sources, diagnostics)) return std::nullopt;
+  if (!result.load(sources, findings)) return std::nullopt;
   const std::size_t errors_before = findings.error_count();
   const qzlog_compiler::ModelIndex standard(result.models_.front());
   for (std::size_t i = 0; i < result.models_.size(); ++i) result.take_model(i, standard, findings);
@@ -61,14 +58,14 @@ const CatalogMessage* CatalogMessages::find(std::string_view id) const {
 }
 
 /// Only errors matter here: the sources' warnings are for whoever compiles them.
-bool CatalogMessages::load(std::span<const SourceText> sources, std::vector<Diagnostic>& diagnostics) {
+bool CatalogMessages::load(std::span<const SourceText> sources, Findings& findings) {
   bool ok = true;
   for (const SourceText& source : sources) {
     const CompileOptions options{MessagePath::kIcu, models_.empty() ? nullptr : &models_.front()};
     CompileResult compiled = qzlog_compiler::compile_source(source.content, source.name, options);
     ok = ok && compiled.ok();
-    for (Diagnostic& found : compiled.diagnostics) {
-      if (found.severity == Severity::kError) diagnostics.push_back(std::move(found));
+    for (Finding& found : compiled.diagnostics) {
+      if (is_error(found)) findings.add(std::move(found));
     }
     names_.push_back(source.name);
     models_.push_back(std::move(compiled.model));
@@ -77,8 +74,7 @@ bool CatalogMessages::load(std::span<const SourceText> sources, std::vector<Diag
   return ok;
 }
 
-void CatalogMessages::take_model(std::size_t index, const qzlog_compiler::ModelIndex& standard,
-                                 CatalogFindings& findings) {
+void CatalogMessages::take_model(std::size_t index, const qzlog_compiler::ModelIndex& standard, Findings& findings) {
   for (const EntryDefinition& entry : models_[index].entries) {
     take_entry(entry, index == 0 ? nullptr : standard.find_entry(entry.id), index, findings);
   }
@@ -86,29 +82,29 @@ void CatalogMessages::take_model(std::size_t index, const qzlog_compiler::ModelI
 
 /// An auxiliary entry that gives no whole message leaves the standard one in place, or the entry without one.
 void CatalogMessages::take_entry(const EntryDefinition& entry, const EntryDefinition* extended, std::size_t model,
-                                 CatalogFindings& findings) {
+                                 Findings& findings) {
   std::vector<const MessageScope::Attributes*> own = {&entry.attributes};
   if (extended != nullptr) own.push_back(&extended->attributes);
   std::vector<const MessageScope::Attributes*> global = {&models_[model].globals};
   if (model != 0) global.push_back(&models_.front().globals);
-  MessageUse use{&entry, nullptr, entry.selector.attribute, names_[model], 0, MessageScope(own, global)};
+  MessageUse use{&entry, nullptr, entry.selector.attribute, names_[model], {}, MessageScope(own, global)};
   if (model == 0 || qzlog_compiler::gives_message(entry)) {
-    use.line = entry.message.position.line;
+    use.position = entry.message.position;
     add(entry.message_id, entry.message, use, findings);
   }
   for (const SelectorMessage& message : entry.selector.messages) {
     use.selected = &message;
-    use.line = message.message.position.line;
+    use.position = message.message.position;
     add(message.id, message.message, use, findings);
   }
 }
 
-void CatalogMessages::add(std::string_view id, const MessageText& text, MessageUse use, CatalogFindings& findings) {
+void CatalogMessages::add(std::string_view id, const MessageText& text, MessageUse use, Findings& findings) {
   if (id.empty()) return;
   const auto [place, added] = places_.try_emplace(id, messages_.size());
   if (added) {
     if (!is_bundle_key(id)) {
-      findings.error(std::string(use.file), use.line, CatalogRule::kMessageIdCharacter,
+      findings.error(std::string(use.file), use.position, CatalogRule::kMessageIdCharacter,
                      "a catalog cannot hold the message ID " + quoted(id) +
                          "; IDs are made of letters and digits of ASCII, blanks and \"%&'()*+,-./:;<=>?_");
     }
@@ -117,7 +113,8 @@ void CatalogMessages::add(std::string_view id, const MessageText& text, MessageU
   }
   CatalogMessage& first = messages_[place->second];
   if (!same_message(*first.text, text)) {
-    findings.error(std::string(use.file), use.line, CatalogRule::kMessageIdConflict, conflict_text(id, first, text));
+    findings.error(std::string(use.file), use.position, CatalogRule::kMessageIdConflict,
+                   conflict_text(id, first, text));
   }
   first.uses.push_back(std::move(use));
 }

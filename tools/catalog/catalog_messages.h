@@ -11,9 +11,9 @@
 #include <vector>
 
 #include "qzlog/logattrib.h"
-#include "tools/catalog/catalog_findings.h"
+#include "tools/catalog/catalog_rules.h"
 #include "tools/compiler/model/definition_model.h"
-#include "tools/report/diagnostics.h"
+#include "tools/report/finding.h"
 
 namespace qzlog_catalog {
 
@@ -47,7 +47,7 @@ struct MessageUse {
   const qzlog_compiler::SelectorMessage* selected;  ///< null for the default message
   std::string_view selector_attribute;
   std::string_view file;
-  std::size_t line;
+  qzlog_compiler::SourcePosition position;
   MessageScope scope;
 };
 
@@ -60,11 +60,9 @@ struct CatalogMessage {
 /// The messages that a catalog has to hold for a standard source and the auxiliary ones that extend it, in their order.
 class CatalogMessages {
  public:
-  /// `sources` begins with the standard one. None when there is an error: in a source (`diagnostics`), or between the
-  /// messages (`findings`). Messages without an ID are left out, for nothing can look them up.
-  static std::optional<CatalogMessages> collect(std::span<const SourceText> sources,
-                                                std::vector<qzlog_compiler::Diagnostic>& diagnostics,
-                                                CatalogFindings& findings);
+  /// `sources` begins with the standard one. None when there is an error, in a source or between the
+  /// messages. Messages without an ID are left out, for nothing can look them up.
+  static std::optional<CatalogMessages> collect(std::span<const SourceText> sources, Findings& findings);
 
   const std::vector<CatalogMessage>& messages() const { return messages_; }
   const CatalogMessage* find(std::string_view id) const;
@@ -74,11 +72,11 @@ class CatalogMessages {
  private:
   CatalogMessages() = default;
 
-  bool load(std::span<const SourceText> sources, std::vector<qzlog_compiler::Diagnostic>& diagnostics);
-  void take_model(std::size_t index, const qzlog_compiler::ModelIndex& standard, CatalogFindings& findings);
+  bool load(std::span<const SourceText> sources, Findings& findings);
+  void take_model(std::size_t index, const qzlog_compiler::ModelIndex& standard, Findings& findings);
   void take_entry(const qzlog_compiler::EntryDefinition& entry, const qzlog_compiler::EntryDefinition* extended,
-                  std::size_t model, CatalogFindings& findings);
-  void add(std::string_view id, const qzlog_compiler::MessageText& text, MessageUse use, CatalogFindings& findings);
+                  std::size_t model, Findings& findings);
+  void add(std::string_view id, const qzlog_compiler::MessageText& text, MessageUse use, Findings& findings);
 
   // Messages point into both, whose elements stay where they are when the whole is moved.
   std::deque<std::string> names_;

@@ -56,7 +56,7 @@ std::string shown(const Reference& reference, bool raw) {
 
 class ReferenceCheck {
  public:
-  ReferenceCheck(bool raw, const std::string& file, std::size_t line, CatalogFindings& findings)
+  ReferenceCheck(bool raw, const std::string& file, std::size_t line, Findings& findings)
       : raw_(raw), file_(file), line_(line), findings_(findings) {}
 
   bool compare(const References& source, const References& translation) {
@@ -97,26 +97,26 @@ class ReferenceCheck {
   bool raw_;
   const std::string& file_;
   std::size_t line_;
-  CatalogFindings& findings_;
+  Findings& findings_;
   References lost_;
   References added_;
 };
 
 /// The compiler's findings about a text, errors only: its warnings are about the source text as well.
 bool report_text(const std::vector<MessageFinding>& found, const std::string& file, std::size_t line,
-                 CatalogFindings& findings) {
+                 Findings& findings) {
   bool ok = true;
   for (const MessageFinding& finding : found) {
     if (finding.severity != Severity::kError) continue;
     ok = false;
-    findings.add({file, line, Severity::kError, qzlog_compiler::rule_name(finding.rule), finding.text, finding.hint});
+    findings.error(file, line, finding.rule, finding.text).with_hint(finding.hint);
   }
   return ok;
 }
 
 /// A template may end in lost text only where the source's does.
 bool can_be_shown(std::string_view source, std::string_view stored, const std::string& file, std::size_t line,
-                  CatalogFindings& findings) {
+                  Findings& findings) {
   std::string failure = template_syntax_failure(stored);
   if (failure.empty() && loses_its_end(stored) && !loses_its_end(source)) {
     failure = "what stands behind its last reference is not shown; end it with %_%TIMESTAMP%";
@@ -129,7 +129,7 @@ bool can_be_shown(std::string_view source, std::string_view stored, const std::s
 }  // namespace
 
 std::optional<std::string> lower_translation(const CatalogMessage& message, std::string_view translation,
-                                             const std::string& file, std::size_t line, CatalogFindings& findings) {
+                                             const std::string& file, std::size_t line, Findings& findings) {
   std::string stored(translation);
   if (!message.text->raw) {
     const MessageScope& scope = message.uses.front().scope;

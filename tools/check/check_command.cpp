@@ -1,22 +1,27 @@
 #include "tools/check/check_command.h"
 
 #include <CLI/CLI.hpp>
-#include <algorithm>
+#include <functional>
 #include <iostream>
 #include <memory>
+#include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "tools/check/catalog_check.h"
+#include "tools/check/check_report.h"
 #include "tools/check/library_check.h"
 #include "tools/check/model_check.h"
 #include "tools/definitions/definition_input.h"
 #include "tools/definitions/entry_view.h"
 #include "tools/options/option_checks.h"
-#include "tools/report/check_finding.h"
+#include "tools/report/finding_json.h"
+#include "tools/report/finding_printer.h"
+#include "tools/report/source_rules.h"
 #include "tools/system/command_error.h"
+#include "tools/system/terminal.h"
 #include "tools/templates/message_catalog.h"
 
 namespace qzlog_tool {
@@ -24,6 +29,7 @@ namespace qzlog_tool {
 namespace {
 
 using qzlog_compiler::DefinitionModel;
+using qzlog_compiler::Finding;
 using qzlog_compiler::MessagePath;
 using qzlog_compiler::Rule;
 
@@ -48,7 +54,7 @@ or has too many, references that it loses, adds or shows in another format, patt
 that nobody translated, messages that were built from another text than the definitions have now. Give the auxiliary
 file too where the catalog has its messages.
 
-Findings go to standard output, one line each, or as a JSON array with --json.
+Findings go to standard output, with the line of a source that they are about, or as JSON with --json.
 
 Exit status: 0 no errors, 1 errors (with --strict warnings too), 2 wrong usage or a file that cannot be read.
 
@@ -62,8 +68,7 @@ Examples:
 void report_damage(const DefinitionInput& input, CheckReport& report) {
   if (!input.damage) return;
   report.about_file();
-  report.error(qzlog_compiler::rule_name(Rule::kBadDefinitionFile),
-               input.damage->reason + ", at offset " + std::to_string(input.damage->offset));
+  report.error(Rule::kBadDefinitionFile, input.damage->reason + ", at offset " + std::to_string(input.damage->offset));
 }
 
 /// What a file says, apart from what the library does with it. `standard` is null for a standard file.
@@ -73,32 +78,46 @@ void check_content(const DefinitionInput& input, const DefinitionModel* standard
   if (!input.is_source) check_model({input.bytes, &input.model}, standard, path, report);
 }
 
+/// What a check found, and the texts of the sources that it is about.
+struct CheckResult {
+  std::vector<Finding> findings;
+  std::vector<std::pair<std::string, std::string>> sources;
+
+  bool has_errors() const { return qzlog_compiler::has_errors(findings); }
+  void print(std::ostream& out) const {
+    FindingPrinter printer(stdout_has_colour());
+    for (const auto& [file, text] : sources) printer.add_source(file, text);
+    printer.print(findings, out);
+  }
+};
+
 class Check {
  public:
   explicit Check(const CheckOptions& options) : options_(options), path_(message_path_of(options.path)) {}
 
-  std::vector<CheckFinding> run() {
+  CheckResult run() {
     const DefinitionInput standard = read(options_.standard, nullptr);
-    CheckReport report(standard.shown_path, findings_);
+    CheckReport report(standard.shown_path, result_.findings);
     const bool loaded = !standard.bytes.empty() && check_standard_with_library(standard.bytes, report);
     check_content(standard, nullptr, path_, report);
     std::optional<DefinitionInput> auxiliary;
     if (!options_.auxiliary.empty()) auxiliary = check_auxiliary(standard, loaded);
     if (!options_.catalog.empty()) check_languages(standard, auxiliary ? &*auxiliary : nullptr);
-    return std::move(findings_);
+    return std::move(result_);
   }
 
  private:
-  DefinitionInput read(const std::string& path, const DefinitionModel* standard) {
+  DefinitionInput read(const std::string& path, const DefinitionInput* standard) {
     DefinitionInput input = read_definition_input(path, standard, path_);
-    for (const auto& diagnostic : input.diagnostics) findings_.push_back(finding_of(diagnostic));
+    result_.findings.insert(result_.findings.end(), input.diagnostics.begin(), input.diagnostics.end());
+    if (input.is_source) result_.sources.emplace_back(input.shown_path, input.source);
     return input;
   }
 
   /// Over a standard file that is not whole, half of what could be said of an auxiliary one would be wrong.
   DefinitionInput check_auxiliary(const DefinitionInput& standard, bool loaded) {
-    DefinitionInput auxiliary = read(options_.auxiliary, &standard.model);
-    CheckReport report(auxiliary.shown_path, findings_);
+    DefinitionInput auxiliary = read(options_.auxiliary, &standard);
+    CheckReport report(auxiliary.shown_path, result_.findings);
     if (loaded && !auxiliary.bytes.empty()) check_auxiliary_with_library(auxiliary.bytes, standard.bytes, report);
     if (standard.is_whole()) {
       check_content(auxiliary, &standard.model, path_, report);
@@ -112,25 +131,24 @@ class Check {
     const std::vector<CatalogBundle> bundles = read_catalog(options_.catalog);
     if (!standard.is_whole() || (auxiliary != nullptr && !auxiliary->is_whole())) return;
     const DefinitionPair definitions(standard.model, auxiliary != nullptr ? &auxiliary->model : nullptr);
-    check_catalog(bundles, options_.catalog, definitions, options_.source_language, findings_);
+    check_catalog(bundles, options_.catalog, definitions, options_.source_language, result_.findings);
   }
 
   const CheckOptions& options_;
   MessagePath path_;
-  std::vector<CheckFinding> findings_;
+  CheckResult result_;
 };
 
 int check(const CheckOptions& options) {
   refuse_shared_input(options.standard, options.auxiliary);
-  std::vector<CheckFinding> findings = Check(options).run();
-  const auto is_error = [](const CheckFinding& finding) { return finding.severity == Severity::kError; };
-  if (options.errors_only) std::erase_if(findings, std::not_fn(is_error));
+  CheckResult result = Check(options).run();
+  if (options.errors_only) std::erase_if(result.findings, std::not_fn(qzlog_compiler::is_error));
   if (options.json) {
-    print_findings_json(std::cout, findings);
+    std::cout << json_result_text(json_result(result.findings));
   } else {
-    print_findings(std::cout, findings);
+    result.print(std::cout);
   }
-  const bool failed = options.strict ? !findings.empty() : std::any_of(findings.begin(), findings.end(), is_error);
+  const bool failed = options.strict ? !result.findings.empty() : result.has_errors();
   return failed ? kExitFindings : kExitSuccess;
 }
 
@@ -158,7 +176,7 @@ void add_check_command(CLI::App& app, int& exit_status) {
       ->check(CLI::IsMember({"icu", "narrow", "both"}).description(""))
       ->type_name("icu|narrow|both")
       ->capture_default_str();
-  command->add_flag("--json", options->json, "Print the findings as a JSON array");
+  command->add_flag("--json", options->json, "Print the findings as JSON");
   const auto strict = command->add_flag("--strict", options->strict, "Warnings make the exit status 1 too");
   command->add_flag("--errors-only", options->errors_only, "Leave the warnings out")->excludes(strict);
   command->callback([options, &exit_status] { exit_status = check(*options); });

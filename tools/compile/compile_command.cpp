@@ -21,7 +21,7 @@
 #include "tools/compiler/source/compiler.h"
 #include "tools/definitions/definition_input.h"
 #include "tools/options/option_checks.h"
-#include "tools/report/diagnostic_printer.h"
+#include "tools/report/finding_printer.h"
 #include "tools/system/command_error.h"
 #include "tools/system/file_descriptor.h"
 #include "tools/system/output_file.h"
@@ -70,11 +70,11 @@ class Sources {
     printer_.add_source(display_name(path), texts_.back());
     return texts_.back();
   }
-  void print(const CompileResult& result) { printer_.print(result.diagnostics); }
+  void print(const CompileResult& result) { printer_.print(result.diagnostics, std::cerr); }
 
  private:
   std::list<std::string> texts_;
-  DiagnosticPrinter printer_{std::cerr, stderr_has_colour()};
+  FindingPrinter printer_{stderr_has_colour()};
 };
 
 std::vector<std::string> given(std::initializer_list<std::string> paths) {

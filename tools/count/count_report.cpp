@@ -5,6 +5,8 @@
 #include <string_view>
 #include <utility>
 
+#include "tools/report/finding_json.h"
+
 namespace qzlog_tool {
 
 namespace {
@@ -128,8 +130,10 @@ void write_count_table(const CountReport& report, const KeyNames* names, Buffere
   for_each_row(report, names, [&](const Row& row) { write_row(row, widths, output); });
 }
 
-void write_count_json(const CountReport& report, const KeyNames* names, std::uint64_t damaged, BufferedOutput& output) {
+void write_count_json(const CountReport& report, const KeyNames* names, const CountDamage& damage,
+                      BufferedOutput& output) {
   output.write_line("{");
+  for (const std::string& line : json_result_beginning(damage.findings)) output.write_line(line);
   write_json_array(
       "counts", report.counts,
       [&](const DayCount& count) {
@@ -142,7 +146,7 @@ void write_count_json(const CountReport& report, const KeyNames* names, std::uin
       "keys", report.keys, [&](const auto& total) { return json_key(total.first, names) + json_count(total.second); },
       output);
   output.write_line("  \"total\": " + std::to_string(report.total) + ",");
-  output.write_line("  \"damaged\": " + std::to_string(damaged));
+  output.write_line("  \"damaged\": " + std::to_string(damage.records));
   output.write_line("}");
 }
 

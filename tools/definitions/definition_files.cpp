@@ -10,8 +10,9 @@
 #include "qzlog/logcfg.h"
 #include "tools/compiler/file/ldf_reader.h"
 #include "tools/compiler/source/compiler.h"
-#include "tools/report/diagnostic_printer.h"
+#include "tools/report/finding_printer.h"
 #include "tools/report/library_text.h"
+#include "tools/report/source_rules.h"
 #include "tools/system/command_error.h"
 #include "tools/system/file_descriptor.h"
 #include "tools/system/memory_file.h"
@@ -24,7 +25,7 @@ namespace {
 using qzlog_compiler::CompileOptions;
 using qzlog_compiler::CompileResult;
 using qzlog_compiler::DefinitionModel;
-using qzlog_compiler::Diagnostic;
+using qzlog_compiler::Finding;
 using qzlog_compiler::MessagePath;
 
 struct DefinitionFile {
@@ -48,22 +49,17 @@ struct StandardDefinitions {
 };
 
 [[noreturn]] void refuse(const std::string& shown_path, std::string reason) {
-  std::cerr << Diagnostic{shown_path,
-                          {},
-                          qzlog_compiler::Severity::kError,
-                          qzlog_compiler::Rule::kBadDefinitionFile,
-                          std::move(reason),
-                          {},
-                          {}}
-            << '\n';
+  const Finding finding{
+      shown_path, {}, qzlog_compiler::Severity::kError, qzlog_compiler::Rule::kBadDefinitionFile, std::move(reason)};
+  FindingPrinter(stderr_has_colour()).print({&finding, 1}, std::cerr);
   throw CommandError(kExitFindings, "");
 }
 
 void report(const CompileResult& result, const DefinitionFile& file, const DefinitionFile* standard = nullptr) {
-  DiagnosticPrinter printer(std::cerr, stderr_has_colour());
+  FindingPrinter printer(stderr_has_colour());
   printer.add_source(file.shown_path, file.content);
   if (standard != nullptr) printer.add_source(standard->shown_path, standard->content);
-  printer.print(result.diagnostics);
+  printer.print(result.diagnostics, std::cerr);
   if (!result.ok()) throw CommandError(kExitFindings, "");
 }
 

@@ -12,7 +12,6 @@ namespace qzlog_tool {
 
 namespace {
 
-using qzlog_compiler::DefinitionModel;
 using qzlog_compiler::MessagePath;
 
 void read_compiled(std::string bytes, DefinitionInput& input) {
@@ -22,9 +21,14 @@ void read_compiled(std::string bytes, DefinitionInput& input) {
   input.damage = std::move(file.damage);
 }
 
-void compile(std::string text, const DefinitionModel* standard, MessagePath path, DefinitionInput& input) {
+void compile(std::string text, const DefinitionInput* standard, MessagePath path, DefinitionInput& input) {
+  qzlog_compiler::CompileOptions options{path};
+  if (standard != nullptr) {
+    options.standard = &standard->model;
+    options.standard_file = standard->shown_path;
+  }
   try {
-    qzlog_compiler::CompileResult result = qzlog_compiler::compile_source(text, input.shown_path, {path, standard});
+    qzlog_compiler::CompileResult result = qzlog_compiler::compile_source(text, input.shown_path, options);
     input.is_source = true;
     input.bytes = std::move(result.bytes);
     input.model = std::move(result.model);
@@ -37,7 +41,7 @@ void compile(std::string text, const DefinitionModel* standard, MessagePath path
 
 }  // namespace
 
-DefinitionInput read_definition_input(const std::string& path, const DefinitionModel* standard,
+DefinitionInput read_definition_input(const std::string& path, const DefinitionInput* standard,
                                       MessagePath message_path) {
   DefinitionInput input;
   input.shown_path = display_name(path);

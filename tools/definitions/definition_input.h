@@ -8,7 +8,7 @@
 #include "tools/compiler/file/ldf_reader.h"
 #include "tools/compiler/message/message_lowering.h"
 #include "tools/compiler/model/definition_model.h"
-#include "tools/report/diagnostics.h"
+#include "tools/report/finding.h"
 
 namespace qzlog_tool {
 
@@ -19,15 +19,15 @@ struct DefinitionInput {
   std::string source;  ///< its text, which diagnostics show
   std::string bytes;   ///< the compiled file; empty for a source with errors
   qzlog_compiler::DefinitionModel model;
-  std::optional<qzlog_compiler::LdfDamage> damage;      ///< of a compiled file; the model ends before it
-  std::vector<qzlog_compiler::Diagnostic> diagnostics;  ///< of a source
+  std::optional<qzlog_compiler::LdfDamage> damage;   ///< of a compiled file; the model ends before it
+  std::vector<qzlog_compiler::Finding> diagnostics;  ///< of a source
 
   bool is_whole() const { return !damage && !qzlog_compiler::has_errors(diagnostics); }
 };
 
 /// Reads a file, "-" from standard input; one named *.ldf is taken for compiled whatever it holds. `standard`: the
 /// definitions that it extends, or null. Throws CommandError (cannot run) when it cannot be read.
-DefinitionInput read_definition_input(const std::string& path, const qzlog_compiler::DefinitionModel* standard,
+DefinitionInput read_definition_input(const std::string& path, const DefinitionInput* standard,
                                       qzlog_compiler::MessagePath message_path);
 
 /// Throws CommandError (cannot run) when both are standard input, which can be read once.

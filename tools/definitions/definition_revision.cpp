@@ -13,7 +13,7 @@ namespace {
 
 using qzlog_compiler::CompileOptions;
 using qzlog_compiler::CompileResult;
-using qzlog_compiler::Diagnostic;
+using qzlog_compiler::Finding;
 
 constexpr std::string_view kGitPrefix = "git:";
 
@@ -64,7 +64,7 @@ CompileResult load_definition_revision(const DefinitionRevision& input, const Co
   if (qzlog_compiler::looks_like_ldf(input.content)) return qzlog_compiler::load_standard(input.content, input.name);
   CompileResult result = qzlog_compiler::compile_source(input.content, input.name, options);
   std::erase_if(result.diagnostics,
-                [](const Diagnostic& found) { return found.severity != qzlog_compiler::Severity::kError; });
+                [](const Finding& found) { return found.severity != qzlog_compiler::Severity::kError; });
   return result;
 }
 

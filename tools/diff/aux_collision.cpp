@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <cstdint>
 #include <iterator>
-#include <sstream>
 #include <utility>
 
 #include "tools/compiler/file/ldf_reader.h"
 #include "tools/compiler/source/aux_merge.h"
+#include "tools/report/finding_printer.h"
 
 namespace qzlog_compiler {
 namespace {
@@ -30,25 +30,23 @@ CompileResult check_compiled(const AuxFile& aux, const DefinitionModel& standard
   CompileResult result = load_standard(aux.content, aux.name);
   if (!result.ok()) return result;
   number_entries(result.model);
-  Diagnostics diagnostics(aux.name);
+  Findings diagnostics(aux.name);
   check_aux_merge(result.model, ModelIndex(standard), "", diagnostics);
   result.diagnostics = diagnostics.take_sorted();
   return result;
 }
 
 /// The entry in which a place stands: the last one that begins before it. Entries stand in the order of their places.
-const EntryDefinition* find_entry_at(const DefinitionModel& model, SourcePosition position) {
+const EntryDefinition* find_entry_at(const DefinitionModel& model, TextPlace place) {
   const auto next =
-      std::upper_bound(model.entries.begin(), model.entries.end(), position,
-                       [](SourcePosition wanted, const EntryDefinition& entry) { return wanted < entry.position; });
+      std::upper_bound(model.entries.begin(), model.entries.end(), place,
+                       [](TextPlace wanted, const EntryDefinition& entry) { return wanted < entry.position; });
   return next == model.entries.begin() ? nullptr : &*std::prev(next);
 }
 
-std::string text_of(Diagnostic diagnostic, bool is_compiled) {
-  if (is_compiled) diagnostic.position = {};
-  std::ostringstream text;
-  text << diagnostic;
-  return text.str();
+std::string text_of(Finding diagnostic, bool is_compiled) {
+  if (is_compiled) diagnostic.place = {};
+  return qzlog_tool::finding_heading(diagnostic);
 }
 
 }  // namespace
@@ -63,7 +61,7 @@ CompileResult check_aux_file(const AuxFile& aux, const DefinitionModel& standard
     options.standard = &standard;
     result = compile_source(aux.content, aux.name, options);
   }
-  std::erase_if(result.diagnostics, [](const Diagnostic& found) { return found.severity != Severity::kError; });
+  std::erase_if(result.diagnostics, [](const Finding& found) { return found.severity != Severity::kError; });
   return result;
 }
 
@@ -72,9 +70,9 @@ std::vector<DiffChange> find_aux_collisions(const AuxFile& aux, const Definition
   const ModelIndex index(new_model);
   const bool is_compiled = looks_like_ldf(aux.content);
   std::vector<DiffChange> changes;
-  for (const Diagnostic& diagnostic : result.diagnostics) {
+  for (const Finding& diagnostic : result.diagnostics) {
     DiffChange change{DiffRule::kAuxCollision, {}, std::nullopt, text_of(diagnostic, is_compiled)};
-    const EntryDefinition* const extension = find_entry_at(result.model, diagnostic.position);
+    const EntryDefinition* const extension = find_entry_at(result.model, diagnostic.place);
     if (extension != nullptr) change.place.new_entry = index.find_entry(extension->id);
     changes.push_back(std::move(change));
   }

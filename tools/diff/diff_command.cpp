@@ -11,7 +11,6 @@
 #include <utility>
 #include <vector>
 
-#include "tools/compiler/model/model_json.h"
 #include "tools/definitions/definition_input.h"
 #include "tools/definitions/definition_revision.h"
 #include "tools/diff/aux_collision.h"
@@ -19,7 +18,9 @@
 #include "tools/diff/diff_report.h"
 #include "tools/diff/model_diff.h"
 #include "tools/diff/version_advice.h"
-#include "tools/report/diagnostic_printer.h"
+#include "tools/report/finding_json.h"
+#include "tools/report/finding_printer.h"
+#include "tools/report/source_rules.h"
 #include "tools/system/command_error.h"
 #include "tools/system/terminal.h"
 
@@ -31,9 +32,9 @@ using qzlog_compiler::AuxFile;
 using qzlog_compiler::CompileOptions;
 using qzlog_compiler::CompileResult;
 using qzlog_compiler::DefinitionModel;
-using qzlog_compiler::Diagnostic;
-using qzlog_compiler::Diagnostics;
 using qzlog_compiler::DiffChange;
+using qzlog_compiler::Finding;
+using qzlog_compiler::Findings;
 using qzlog_compiler::MessagePath;
 
 constexpr const char* kDiffFooter =
@@ -70,8 +71,8 @@ struct DiffInputs {
 };
 
 /// Prints what was found; what has errors cannot be compared.
-void refuse_errors(const std::vector<Diagnostic>& diagnostics, const std::string& file, std::string_view text) {
-  print_diagnostics(diagnostics, file, text);
+void refuse_errors(const std::vector<Finding>& diagnostics, const std::string& file, std::string_view text) {
+  print_findings(diagnostics, file, text);
   if (qzlog_compiler::has_errors(diagnostics)) throw CommandError(kExitCannotRun, "");
 }
 
@@ -90,7 +91,7 @@ AuxFile load_aux(const std::string& argument, const DefinitionModel& old_model, 
 }
 
 std::vector<AcceptedBreak> load_accepted(const DefinitionRevision& input) {
-  Diagnostics diagnostics(input.name);
+  Findings diagnostics(input.name);
   std::vector<AcceptedBreak> accepted = qzlog_compiler::load_accepted_breaks(input.content, diagnostics);
   refuse_errors(diagnostics.take_sorted(), input.name, input.content);
   return accepted;
@@ -156,7 +157,7 @@ DiffReport make_report(const DiffInputs& inputs) {
 
 /// Marks the accepted breaks, and says which acceptances have nothing to accept.
 void accept_breaks(DiffReport& report, const DiffInputs& inputs) {
-  Diagnostics diagnostics(inputs.accept_file.name);
+  Findings diagnostics(inputs.accept_file.name);
   for (const AcceptedBreak& acceptance : inputs.accepted) {
     bool is_used = false;
     for (ReportedChange& reported : report.changes) {
@@ -166,9 +167,10 @@ void accept_breaks(DiffReport& report, const DiffInputs& inputs) {
     }
     if (is_used) continue;
     diagnostics.warning(acceptance.position, qzlog_compiler::Rule::kUnusedAccept,
-                        "no such break: '" + std::string(diff_rule_info(acceptance.rule).name) + "'");
+                        "no such break: '" + std::string(rule_name(acceptance.rule)) + "'");
   }
-  refuse_errors(diagnostics.take_sorted(), inputs.accept_file.name, inputs.accept_file.content);
+  report.findings = diagnostics.take_sorted();
+  print_findings(report.findings, inputs.accept_file.name, inputs.accept_file.content);
 }
 
 int run(const DiffArguments& arguments) {
@@ -179,7 +181,7 @@ int run(const DiffArguments& arguments) {
   report.new_name = arguments.new_input;
   accept_breaks(report, inputs);
   if (arguments.json) {
-    std::cout << qzlog_compiler::json_text(to_json(report));
+    std::cout << json_result_text(to_json(report));
   } else {
     print_diff(std::cout, report, stdout_has_colour());
   }

@@ -14,8 +14,8 @@
 #include "tools/explain/entry_explanation.h"
 #include "tools/explain/entry_search.h"
 #include "tools/options/option_checks.h"
-#include "tools/report/diagnostic_printer.h"
-#include "tools/report/diagnostics.h"
+#include "tools/report/finding_printer.h"
+#include "tools/report/source_rules.h"
 #include "tools/system/command_error.h"
 #include "tools/templates/message_catalog.h"
 
@@ -23,8 +23,7 @@ namespace qzlog_tool {
 
 namespace {
 
-using qzlog_compiler::DefinitionModel;
-using qzlog_compiler::Diagnostic;
+using qzlog_compiler::Finding;
 using qzlog_compiler::MessagePath;
 using qzlog_compiler::Rule;
 using qzlog_compiler::Severity;
@@ -53,18 +52,17 @@ Examples:
 )";
 
 /// Warnings are the business of others.
-DefinitionInput read_whole(const std::string& path, const DefinitionModel* standard) {
+DefinitionInput read_whole(const std::string& path, const DefinitionInput* standard) {
   DefinitionInput input = read_definition_input(path, standard, MessagePath::kIcu);
-  std::erase_if(input.diagnostics, [](const Diagnostic& found) { return found.severity != Severity::kError; });
-  print_diagnostics(input.diagnostics, input.shown_path, input.source);
+  std::erase_if(input.diagnostics, [](const Finding& found) { return found.severity != Severity::kError; });
   if (input.damage) {
-    std::cerr << Diagnostic{input.shown_path,
-                            {},
-                            Severity::kError,
-                            Rule::kBadDefinitionFile,
-                            input.damage->reason + ", at offset " + std::to_string(input.damage->offset)}
-              << '\n';
+    input.diagnostics.push_back({input.shown_path,
+                                 {},
+                                 Severity::kError,
+                                 Rule::kBadDefinitionFile,
+                                 input.damage->reason + ", at offset " + std::to_string(input.damage->offset)});
   }
+  print_findings(input.diagnostics, input.shown_path, input.source);
   if (!input.is_whole()) throw CommandError(kExitFindings, "");
   return input;
 }
@@ -95,7 +93,7 @@ int explain(const ExplainOptions& options) {
   refuse_shared_input(options.definitions, options.auxiliary);
   const DefinitionInput standard = read_whole(options.definitions, nullptr);
   std::optional<DefinitionInput> auxiliary;
-  if (!options.auxiliary.empty()) auxiliary = read_whole(options.auxiliary, &standard.model);
+  if (!options.auxiliary.empty()) auxiliary = read_whole(options.auxiliary, &standard);
   const DefinitionPair definitions(standard.model, auxiliary ? &auxiliary->model : nullptr);
   const std::uint32_t id = find_entry_id(options.entry, definitions);
   const std::optional<EntryExplanation> explanation = explain_entry(id, definitions, languages_of(options));

@@ -5,17 +5,20 @@
 #include <CLI/CLI.hpp>
 #include <iostream>
 #include <memory>
+#include <span>
 #include <string>
-#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "tools/compiler/source/compiler.h"
+#include "tools/inspect/inspect_rules.h"
 #include "tools/inspect/ldf_annotation.h"
 #include "tools/inspect/ldf_json.h"
 #include "tools/inspect/ldf_survey.h"
 #include "tools/inspect/ldf_table.h"
 #include "tools/inspect/ldf_yaml.h"
-#include "tools/report/diagnostic_printer.h"
+#include "tools/report/finding_printer.h"
+#include "tools/report/source_rules.h"
 #include "tools/system/command_error.h"
 #include "tools/system/file_descriptor.h"
 #include "tools/system/standard_output.h"
@@ -24,9 +27,12 @@
 namespace qzlog_tool {
 namespace {
 
+using qzlog_compiler::AnyRule;
+using qzlog_compiler::Finding;
 using qzlog_compiler::LdfDamage;
 using qzlog_compiler::LdfObstacle;
 using qzlog_compiler::LdfSurvey;
+using qzlog_compiler::Rule;
 
 constexpr const char* kInspectFooter =
     "The tables show the header, the global attributes, the entry map and each entry's record with their offsets; on "
@@ -44,19 +50,6 @@ constexpr const char* kInspectFooter =
     "  qzlog inspect site.ldf --yaml --aux-of storage.ldf > site.yaml\n"
     "  qzlog inspect - --annotate < storage.ldf | less";
 
-enum class InspectRule { kBadDefinitionFile, kNoYamlForm };
-
-struct InspectRuleInfo {
-  InspectRule rule;
-  std::string_view name;     ///< as it stands in brackets at the end of an error
-  std::string_view meaning;  ///< one sentence for the documentation
-};
-
-constexpr InspectRuleInfo kRules[] = {
-    {InspectRule::kBadDefinitionFile, "bad-definition-file", "A compiled definition file is damaged."},
-    {InspectRule::kNoYamlForm, "no-yaml-form", "A compiled file holds what no definition source can say."},
-};
-
 struct InspectArguments {
   std::string file;
   std::string standard;
@@ -65,24 +58,26 @@ struct InspectArguments {
   bool annotate = false;
 };
 
-void print_error(const std::string& file, std::size_t offset, const std::string& text, InspectRule rule) {
-  std::cerr << display_name(file) << ": offset " << offset << ": " << error_label() << ' ' << text << " ["
-            << kRules[static_cast<std::size_t>(rule)].name << "]\n";
+Finding error_at(std::size_t offset, const std::string& file, AnyRule rule, std::string text) {
+  Finding finding{display_name(file), {}, qzlog_compiler::Severity::kError, rule, std::move(text)};
+  finding.offset = offset;
+  return finding;
 }
 
-/// Says how many errors there are besides those that were printed.
-void print_rest(const std::string& file, std::size_t count, InspectRule rule) {
-  if (count == 0) return;
-  std::cerr << display_name(file) << ": " << count << " further errors [" << kRules[static_cast<std::size_t>(rule)].name
-            << "]\n";
-}
-
-void print_damages(const LdfSurvey& survey, const std::string& file) {
+std::vector<Finding> damages_of(const LdfSurvey& survey, const std::string& file) {
+  std::vector<Finding> findings;
   for (const LdfDamage& damage : survey.damages()) {
     const std::string detail = damage.detail.empty() ? "" : " (" + damage.detail + ")";
-    print_error(file, damage.offset, damage.reason + detail, InspectRule::kBadDefinitionFile);
+    findings.push_back(error_at(damage.offset, file, Rule::kBadDefinitionFile, damage.reason + detail));
   }
-  print_rest(file, survey.damage_count() - survey.damages().size(), InspectRule::kBadDefinitionFile);
+  return findings;
+}
+
+/// Prints some of the findings of a rule, and says how many there are besides.
+void print(std::span<const Finding> findings, std::size_t count, const std::string& file, AnyRule rule) {
+  FindingPrinter(stderr_has_colour()).print(findings, std::cerr);
+  if (count == findings.size()) return;
+  std::cerr << display_name(file) << ": " << count - findings.size() << " further errors [" << rule.name() << "]\n";
 }
 
 /// False when there is no source, and the reasons are told.
@@ -91,23 +86,24 @@ bool print_yaml(const LdfSurvey& survey, const InspectArguments& arguments) {
   if (!arguments.standard.empty()) {
     const std::string content = read_file(arguments.standard);
     standard = qzlog_compiler::load_standard(content, display_name(arguments.standard));
-    print_diagnostics(standard.diagnostics, display_name(arguments.standard), content);
+    print_findings(standard.diagnostics, display_name(arguments.standard), content);
     if (!standard.ok()) return false;
   }
   const auto yaml = qzlog_compiler::write_yaml(survey, arguments.standard.empty() ? nullptr : &standard.model);
+  std::vector<Finding> findings;
   for (const LdfObstacle& obstacle : yaml.obstacles) {
-    print_error(arguments.file, obstacle.offset, obstacle.text, InspectRule::kNoYamlForm);
+    findings.push_back(error_at(obstacle.offset, arguments.file, InspectRule::kNoYamlForm, obstacle.text));
   }
-  print_rest(arguments.file, yaml.obstacle_count - yaml.obstacles.size(), InspectRule::kNoYamlForm);
+  print(findings, yaml.obstacle_count, arguments.file, InspectRule::kNoYamlForm);
   std::cout << yaml.source;
   return yaml.obstacles.empty();
 }
 
-bool print_form(const LdfSurvey& survey, const InspectArguments& arguments) {
+bool print_form(const LdfSurvey& survey, std::span<const Finding> damages, const InspectArguments& arguments) {
   if (arguments.yaml) return print_yaml(survey, arguments);
   const std::size_t columns = ::isatty(STDOUT_FILENO) == 1 ? output_columns() : 0;
   if (arguments.json) {
-    qzlog_compiler::write_json(survey, std::cout);
+    qzlog_compiler::write_json(survey, damages, std::cout);
   } else if (arguments.annotate) {
     qzlog_compiler::write_annotation(survey, columns, std::cout);
   } else {
@@ -122,9 +118,10 @@ int inspect(const InspectArguments& arguments) {
   }
   const std::string bytes = read_file(arguments.file);
   const LdfSurvey survey(bytes);
-  const bool printed = print_form(survey, arguments);
+  const std::vector<Finding> damages = damages_of(survey, arguments.file);
+  const bool printed = print_form(survey, damages, arguments);
   flush_standard_output();
-  print_damages(survey, arguments.file);
+  print(damages, survey.damage_count(), arguments.file, Rule::kBadDefinitionFile);
   return printed && survey.damage_count() == 0 ? kExitSuccess : kExitFindings;
 }
 

@@ -6,6 +6,7 @@
 #include "tools/compiler/file/ldf_format.h"
 #include "tools/compiler/model/attribute_type.h"
 #include "tools/compiler/text/utf8_text.h"
+#include "tools/report/finding_json.h"
 #include "tools/report/json_stream.h"
 
 namespace qzlog_compiler {
@@ -125,8 +126,10 @@ void write_list(const char* name, WriteItems write_items, std::ostream& out) {
 
 }  // namespace
 
-void write_json(const LdfSurvey& survey, std::ostream& out) {
-  out << "{\n  \"file_size\": " << survey.bytes().size() << ",\n  \"header\": ";
+void write_json(const LdfSurvey& survey, std::span<const Finding> damages, std::ostream& out) {
+  out << "{\n";
+  for (const std::string& line : qzlog_tool::json_result_beginning(damages)) out << line << '\n';
+  out << "  \"file_size\": " << survey.bytes().size() << ",\n  \"header\": ";
   write_header(survey.header(), out);
   out << ",\n";
   const auto globals = [&](JsonListStream& list) {
@@ -140,13 +143,9 @@ void write_json(const LdfSurvey& survey, std::ostream& out) {
       if (!pair.unread && !pair.shared) EntryWriter(survey, pair, list.item()).write();
     }
   };
-  const auto damages = [&](JsonListStream& list) {
-    for (const LdfDamage& damage : survey.damages()) write_damage(damage, list.item());
-  };
   write_list("globals", globals, out);
   write_list("entry_map", pairs, out);
   write_list("entries", entries, out);
-  write_list("damages", damages, out);
   out << "  \"damage_count\": " << survey.damage_count() << "\n}\n";
 }
 

@@ -5,7 +5,8 @@
 #include "tools/compiler/message/message_lowering.h"
 #include "tools/compiler/model/attribute_type.h"
 #include "tools/compiler/text/utf8_text.h"
-#include "tools/report/check_finding.h"
+#include "tools/report/check_rules.h"
+#include "tools/report/source_rules.h"
 #include "tools/templates/icu_pattern.h"
 
 namespace qzlog_tool {
@@ -18,7 +19,6 @@ using qzlog_compiler::MessageFinding;
 using qzlog_compiler::MessagePart;
 using qzlog_compiler::quoted;
 using qzlog_compiler::Rule;
-using qzlog_compiler::rule_name;
 using qzlog_compiler::StoredTemplate;
 using qzlog_compiler::TemplateForm;
 using qzlog_compiler::TemplatePart;
@@ -33,7 +33,7 @@ class TemplateCheck {
 
   std::vector<TemplateFinding> check(const std::string& locale) {
     if (!cut_.failure.empty()) {
-      add(rule_name(Rule::kBrokenTemplate), cut_.failure, true);
+      add(Rule::kBrokenTemplate, cut_.failure, true);
       return std::move(findings_);
     }
     check_references();
@@ -43,7 +43,7 @@ class TemplateCheck {
   }
 
  private:
-  void add(std::string_view rule, std::string text, bool fails, std::string hint = "") {
+  void add(qzlog_compiler::AnyRule rule, std::string text, bool fails, std::string hint = "") {
     findings_.push_back({rule, std::move(text), std::move(hint), fails});
   }
 
@@ -63,7 +63,7 @@ class TemplateCheck {
     const MessagePart placeholder{MessagePart::Kind::kPlaceholder, part.text, part.format, part.offset};
     qzlog_compiler::resolve_formats(placeholder, lookup_, found);
     for (MessageFinding& finding : found) {
-      add(rule_name(finding.rule), std::move(finding.text), finding.severity == qzlog_compiler::Severity::kError,
+      add(finding.rule, std::move(finding.text), finding.severity == qzlog_compiler::Severity::kError,
           std::move(finding.hint));
     }
   }
@@ -71,9 +71,9 @@ class TemplateCheck {
   /// The library looks the attribute up before it leaves the reference out.
   void check_unknown_format(const TemplatePart& part) {
     if (!lookup_(part.text) && part.text != "TIMESTAMP") {
-      add(rule_name(Rule::kUnknownAttribute), "unknown attribute " + quoted(part.text), true);
+      add(Rule::kUnknownAttribute, "unknown attribute " + quoted(part.text), true);
     } else {
-      add(rule_name(Rule::kUnknownFormat),
+      add(Rule::kUnknownFormat,
           "the format " + quoted(std::string_view(&part.format, 1)) + " of " + quoted(part.text) +
               " does not exist, so the reference shows nothing",
           false, "formats are s C P D T f d u");
@@ -83,20 +83,20 @@ class TemplateCheck {
   void check_pattern(const std::string& locale) {
     const std::size_t count = shown_references(cut_).size();
     if (count > qzlog_compiler::kMaximumIcuReferences) {
-      add(rule_name(Rule::kTooManyReferences),
+      add(Rule::kTooManyReferences,
           "the ICU path shows at most ten references in a message; this one has " + std::to_string(count), true);
       return;
     }
     const PatternReading reading = read_icu_pattern(cut_, locale);
     report_hidden(reading);
     report_arguments(reading);
-    if (!reading.refusal.empty()) add(check_rule_name(CheckRule::kRejectedPattern), reading.refusal, true);
+    if (!reading.refusal.empty()) add(CheckRule::kRejectedPattern, reading.refusal, true);
   }
 
   void report_hidden(const PatternReading& reading) {
     const std::vector<const TemplatePart*> references = shown_references(cut_);
     for (const std::size_t hidden : reading.hidden) {
-      add(rule_name(Rule::kQuotedPlaceholder),
+      add(Rule::kQuotedPlaceholder,
           "ICU does not show " + quoted(references[hidden]->text) +
               ", for it stands behind a single apostrophe or within a brace",
           false, "write a literal apostrophe twice and a brace as '{'");
@@ -106,8 +106,8 @@ class TemplateCheck {
   void report_arguments(const PatternReading& reading) {
     for (const PatternPart& part : reading.parts) {
       if (part.kind != PatternPart::Kind::kArgument) continue;
-      add(check_rule_name(CheckRule::kPatternArgument),
-          "ICU takes " + quoted(part.text) + " for an argument of its own", false, "write a brace as '{'");
+      add(CheckRule::kPatternArgument, "ICU takes " + quoted(part.text) + " for an argument of its own", false,
+          "write a brace as '{'");
     }
   }
 
@@ -132,7 +132,7 @@ class TemplateCheck {
 
   void report_lost(std::size_t begin, std::size_t end) {
     if (begin >= end) return;
-    add(check_rule_name(CheckRule::kLostText), quoted(stored_.substr(begin, end - begin)) + " is never shown", false,
+    add(CheckRule::kLostText, quoted(stored_.substr(begin, end - begin)) + " is never shown", false,
         hint_for_lost(end));
   }
 

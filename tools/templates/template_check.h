@@ -7,11 +7,12 @@
 
 #include "tools/compiler/message/reference_formats.h"
 #include "tools/compiler/message/stored_template.h"
+#include "tools/report/rule_table.h"
 
 namespace qzlog_tool {
 
 struct TemplateFinding {
-  std::string_view rule;
+  qzlog_compiler::AnyRule rule;
   std::string text;
   std::string hint;    ///< what to do about it; may be empty
   bool fails = false;  ///< no message comes out; false: it says something else than was meant

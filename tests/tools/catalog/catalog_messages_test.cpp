@@ -58,7 +58,7 @@ TEST(CatalogMessages, SharedMessage_KnowsAllItsUses) {
   ASSERT_EQ(uses.size(), 2u);
   EXPECT_EQ(uses[0].selected->value, 10u);
   EXPECT_EQ(uses[0].selector_attribute, "Reason");
-  EXPECT_EQ(uses[0].line, 10u);
+  EXPECT_EQ(uses[0].position.line, 10u);
   EXPECT_EQ(uses[1].selected, nullptr);
   EXPECT_EQ(uses[1].entry->name, "SAME");
 }
@@ -100,15 +100,13 @@ TEST(CatalogMessages, Moved_StaysUsable) {
 
 TEST(CatalogMessages, MistakesInSeveralSources_AreAllReported) {
   const SourceText broken = {"b.yaml", "version: \"1.0\"\nentries: [{id: 5, name: B, message: \"{X}\"}]\n"};
-  std::vector<qzlog_compiler::Diagnostic> diagnostics;
-  CatalogFindings findings;
+  Findings findings;
   const std::vector<SourceText> sources = {kStandard, broken, broken};
-  EXPECT_FALSE(CatalogMessages::collect(sources, diagnostics, findings).has_value());
-  EXPECT_EQ(diagnostics.size(), 2u);
-  diagnostics.clear();
+  EXPECT_FALSE(CatalogMessages::collect(sources, findings).has_value());
+  EXPECT_EQ(findings.take_sorted().size(), 2u);
   const std::vector<SourceText> broken_standard = {broken, broken};
-  EXPECT_FALSE(CatalogMessages::collect(broken_standard, diagnostics, findings).has_value());
-  EXPECT_EQ(diagnostics.size(), 1u);
+  EXPECT_FALSE(CatalogMessages::collect(broken_standard, findings).has_value());
+  EXPECT_EQ(findings.all().size(), 1u);
 }
 
 }  // namespace

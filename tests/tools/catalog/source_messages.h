@@ -3,30 +3,20 @@
 
 #include <gtest/gtest.h>
 
-#include <sstream>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "tests/tools/printed_findings.h"
 #include "tools/catalog/catalog_messages.h"
 
 namespace qzlog_catalog {
 
-/// All findings as users see them, one a line.
-inline std::string printed(const CatalogFindings& findings) {
-  std::ostringstream out;
-  for (const CatalogFinding& finding : findings.all()) out << finding << '\n';
-  return out.str();
-}
-
 /// The messages of sources without a mistake.
 inline CatalogMessages messages_of(const std::vector<SourceText>& sources) {
-  std::vector<qzlog_compiler::Diagnostic> diagnostics;
-  CatalogFindings findings;
-  std::optional<CatalogMessages> messages = CatalogMessages::collect(sources, diagnostics, findings);
-  std::ostringstream out;
-  for (const qzlog_compiler::Diagnostic& diagnostic : diagnostics) out << diagnostic << '\n';
-  EXPECT_EQ(out.str() + printed(findings), "");
+  Findings findings;
+  std::optional<CatalogMessages> messages = CatalogMessages::collect(sources, findings);
+  EXPECT_EQ(printed(findings), "");
   return std::move(messages.value());
 }
 

@@ -19,7 +19,7 @@ std::optional<qz_AttributeType> type_of(std::string_view name) {
 std::string findings(std::string_view stored, TemplateForm form) {
   std::string text;
   for (const auto& finding : qzlog_tool::check_template(stored, form, type_of)) {
-    text += (text.empty() ? "" : " ") + std::string(finding.rule) + (finding.fails ? "!" : "");
+    text += (text.empty() ? "" : " ") + std::string(finding.rule.name()) + (finding.fails ? "!" : "");
   }
   return text;
 }

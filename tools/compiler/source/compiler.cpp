@@ -13,6 +13,7 @@
 #include "tools/compiler/source/source_loader.h"
 #include "tools/compiler/source/yaml_tree.h"
 #include "tools/compiler/text/utf8_text.h"
+#include "tools/report/source_rules.h"
 
 namespace qzlog_compiler {
 namespace {
@@ -31,7 +32,7 @@ std::string find_wrapping_count(const DefinitionModel& model) {
 
 CompileResult load_standard_ldf(std::string_view bytes, std::string file_name) {
   LdfFile file = read_ldf(bytes);
-  Diagnostics diagnostics(std::move(file_name));
+  Findings diagnostics(std::move(file_name));
   if (file.damage) {
     diagnostics.error({}, Rule::kBadDefinitionFile,
                       file.damage->reason + ", at offset " + std::to_string(file.damage->offset));
@@ -43,7 +44,7 @@ CompileResult load_standard_ldf(std::string_view bytes, std::string file_name) {
 
 /// Parses and checks, without writing.
 DefinitionModel analyse(std::string_view text, const CompileOptions& options, AcceptedWarnings& accepted,
-                        Diagnostics& diagnostics) {
+                        Findings& diagnostics) {
   text = without_byte_order_mark(text);
   const std::optional<YamlTree> tree = parse_yaml(text, diagnostics);
   if (!tree) return {};
@@ -56,9 +57,9 @@ DefinitionModel analyse(std::string_view text, const CompileOptions& options, Ac
 }
 
 void add_model_warnings(const DefinitionModel& model, const std::string& file_name, const CompileOptions& options,
-                        Diagnostics& diagnostics) {
+                        Findings& diagnostics) {
   for (ModelWarning& found : find_model_warnings(model, options.standard, options.path)) {
-    Diagnostic& warning =
+    Finding& warning =
         diagnostics.warning(found.position, found.rule, std::move(found.text)).with_hint(std::move(found.hint));
     for (ModelWarning::Place& place : found.places) {
       const std::string& file = place.in_standard ? options.standard_file : file_name;
@@ -70,7 +71,7 @@ void add_model_warnings(const DefinitionModel& model, const std::string& file_na
 }  // namespace
 
 CompileResult compile_source(std::string_view text, const std::string& file_name, const CompileOptions& options) {
-  Diagnostics diagnostics(file_name);
+  Findings diagnostics(file_name);
   AcceptedWarnings accepted;
   CompileResult result;
   result.model = analyse(text, options, accepted, diagnostics);
@@ -88,7 +89,7 @@ CompileResult compile_merged(CompileResult standard, const std::string& standard
   CompileResult aux =
       compile_source(text, file_name, {.path = path, .standard = &standard.model, .standard_file = standard_file});
   // What the library forgets when it reads an entry of two files again cannot be forgotten of one file.
-  std::erase_if(aux.diagnostics, [](const Diagnostic& found) { return found.rule == Rule::kAuxSharedEntries; });
+  std::erase_if(aux.diagnostics, [](const Finding& found) { return found.rule == Rule::kAuxSharedEntries; });
   CompileResult merged;
   merged.diagnostics = std::move(standard.diagnostics);
   std::move(aux.diagnostics.begin(), aux.diagnostics.end(), std::back_inserter(merged.diagnostics));
@@ -100,12 +101,12 @@ CompileResult compile_merged(CompileResult standard, const std::string& standard
 
 CompileResult load_standard(std::string_view content, std::string file_name) {
   if (looks_like_ldf(content)) return load_standard_ldf(content, std::move(file_name));
-  Diagnostics diagnostics(std::move(file_name));
+  Findings diagnostics(std::move(file_name));
   AcceptedWarnings ignored;
   CompileResult result;
   result.model = analyse(content, {}, ignored, diagnostics);
   result.diagnostics = diagnostics.take_sorted();
-  std::erase_if(result.diagnostics, [](const Diagnostic& found) { return found.severity != Severity::kError; });
+  std::erase_if(result.diagnostics, [](const Finding& found) { return found.severity != Severity::kError; });
   return result;
 }
 

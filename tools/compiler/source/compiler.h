@@ -8,7 +8,7 @@
 
 #include "tools/compiler/message/message_lowering.h"
 #include "tools/compiler/model/definition_model.h"
-#include "tools/report/diagnostics.h"
+#include "tools/report/finding.h"
 
 namespace qzlog_compiler {
 
@@ -24,7 +24,7 @@ struct CompileOptions {
 struct CompileResult {
   DefinitionModel model;
   std::string bytes;  ///< the compiled file; empty after an error
-  std::vector<Diagnostic> diagnostics;
+  std::vector<Finding> diagnostics;
 
   bool ok() const { return !has_errors(diagnostics); }
 };

@@ -1,21 +1,16 @@
-#include "tools/report/check_finding.h"
+#include "tools/report/check_rules.h"
 
 #include <array>
 #include <cstddef>
-#include <nlohmann/json.hpp>
-#include <ostream>
-#include <utility>
-
-#include "tools/compiler/text/utf8_text.h"
 
 namespace qzlog_tool {
 
 namespace {
 
-using qzlog_compiler::printable;
 using qzlog_compiler::Rule;
+using qzlog_compiler::RuleInfo;
 
-constexpr CheckRuleInfo kRules[] = {
+constexpr RuleInfo kRules[] = {
     {CheckRule::kRefusedFile, "refused-file", "The library cannot load the file."},
     {CheckRule::kRefusedRecord, "refused-record", "The library cannot read the record of an entry."},
     {CheckRule::kRefusedEntryId, "refused-entry-id",
@@ -39,6 +34,7 @@ constexpr CheckRuleInfo kRules[] = {
     {CheckRule::kUnchangedText, "unchanged-text", "A translation reads as the source text does."},
     {CheckRule::kStaleCatalog, "stale-catalog", "A language was built from other texts than the definitions have."},
 };
+static_assert(is_whole_table(kRules, CheckRule::kStaleCatalog));
 
 constexpr std::array kSharedRules = {
     Rule::kInvalidUtf8,
@@ -74,80 +70,12 @@ constexpr std::array kSharedRules = {
     Rule::kBrokenTemplate,
 };
 
-std::string_view severity_name(Severity severity) { return severity == Severity::kError ? "error" : "warning"; }
-
-std::string place_of(const CheckFinding& finding) {
-  std::string place = finding.entry_id ? "entry " + std::to_string(*finding.entry_id) : "";
-  if (!finding.subject.empty()) place += (place.empty() ? "" : ", ") + finding.subject;
-  return place.empty() ? place : place + ": ";
-}
-
 }  // namespace
 
-std::span<const CheckRuleInfo> all_check_rules() { return kRules; }
+std::span<const RuleInfo> all_check_rules() { return kRules; }
+
+const RuleInfo& rule_info(CheckRule rule) { return kRules[static_cast<std::size_t>(rule)]; }
 
 std::span<const Rule> shared_check_rules() { return kSharedRules; }
-
-std::string_view check_rule_name(CheckRule rule) { return kRules[static_cast<std::size_t>(rule)].name; }
-
-void CheckReport::about_file() {
-  entry_id_.reset();
-  subject_.clear();
-}
-
-void CheckReport::about_entry(std::uint32_t entry_id, std::string subject) {
-  entry_id_ = entry_id;
-  subject_ = std::move(subject);
-}
-
-void CheckReport::about(std::string subject) {
-  entry_id_.reset();
-  subject_ = std::move(subject);
-}
-
-void CheckReport::add(Severity severity, std::string_view rule, std::string text, std::string hint) {
-  findings_.push_back({file_, {}, entry_id_, subject_, severity, rule, std::move(text), std::move(hint)});
-}
-
-CheckFinding finding_of(qzlog_compiler::Diagnostic diagnostic) {
-  return {std::move(diagnostic.file),
-          diagnostic.position,
-          std::nullopt,
-          "",
-          diagnostic.severity,
-          qzlog_compiler::rule_name(diagnostic.rule),
-          std::move(diagnostic.text),
-          std::move(diagnostic.hint)};
-}
-
-void print_findings(std::ostream& out, std::span<const CheckFinding> findings) {
-  for (const CheckFinding& finding : findings) {
-    out << printable(finding.file) << ':';
-    if (finding.position.known()) out << finding.position.line << ':' << finding.position.column << ':';
-    out << ' ' << severity_name(finding.severity) << ": " << printable(place_of(finding)) << printable(finding.text)
-        << " [" << finding.rule << "]\n";
-    if (!finding.hint.empty()) out << "  hint: " << printable(finding.hint) << '\n';
-  }
-}
-
-void print_findings_json(std::ostream& out, std::span<const CheckFinding> findings) {
-  nlohmann::ordered_json list = nlohmann::ordered_json::array();
-  for (const CheckFinding& finding : findings) {
-    nlohmann::ordered_json item;
-    item["file"] = finding.file;
-    if (finding.position.known()) {
-      item["line"] = finding.position.line;
-      item["column"] = finding.position.column;
-    }
-    if (finding.entry_id) item["entry"] = *finding.entry_id;
-    if (!finding.subject.empty()) item["subject"] = finding.subject;
-    item["severity"] = severity_name(finding.severity);
-    item["rule"] = finding.rule;
-    item["text"] = finding.text;
-    if (!finding.hint.empty()) item["hint"] = finding.hint;
-    list.push_back(std::move(item));
-  }
-  out << list.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) << '\n';
-}
 
 }  // namespace qzlog_tool
