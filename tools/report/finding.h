@@ -31,9 +31,9 @@ struct TextPlace {
 
   TextPlace() = default;
   TextPlace(std::uint64_t of_line,
-            std::uint32_t of_column = 0)  // NOLINT(google-explicit-constructor): a line is a place
+            std::uint32_t of_column = 0)  // implicit: a line is a place
       : line(of_line), column(of_column) {}
-  TextPlace(SourcePosition position)  // NOLINT(google-explicit-constructor): so is a position
+  TextPlace(SourcePosition position)  // implicit: so is a position
       : line(position.line), column(position.column) {}
 
   bool known() const { return line != 0; }

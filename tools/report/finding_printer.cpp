@@ -12,7 +12,6 @@ namespace qzlog_tool {
 using qzlog_compiler::Finding;
 using qzlog_compiler::FindingNote;
 using qzlog_compiler::printable;
-using qzlog_compiler::Severity;
 using qzlog_compiler::SourceExcerpt;
 using qzlog_compiler::TextPlace;
 

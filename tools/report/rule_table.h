@@ -54,7 +54,7 @@ const Info* find_rule(std::span<const Info> table, std::string_view name) {
 class AnyRule {
  public:
   template <class Rule, class = std::enable_if_t<std::is_enum_v<Rule>>>
-  AnyRule(Rule rule) : info_(&rule_info(rule)) {}  // NOLINT(google-explicit-constructor): stands for the rule itself
+  AnyRule(Rule rule) : info_(&rule_info(rule)) {}  // implicit: it stands for the rule itself
 
   explicit AnyRule(const RuleInfo& row) : info_(&row) {}
 
