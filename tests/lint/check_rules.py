@@ -89,10 +89,18 @@ def check_other(name, rules, page):
             if f"[{rule['name']}]" not in page and f"| `{rule['name']}` | {cell(rule['meaning'])} |" not in page]
 
 
+def check_former_names(rules, page):
+    """A name that a rule had before stays on the page, for those who meet it in an older source."""
+    return [f"{PAGE}: `{name}`, as `{rule['name']}` was called, is missing"
+            for table in rules.values() for rule in table
+            for name in rule.get("former_names", "").split() if f"`{name}`" not in page]
+
+
 def check(root, rules):
     page = (root / PAGE).read_text(encoding="utf-8")
     findings = [finding for name in TABLES for finding in check_table(root, name, rules, page)]
     findings += [finding for name in OTHER_TABLES for finding in check_other(name, rules, page)]
+    findings += check_former_names(rules, page)
     findings += [f"{PAGE}: nothing is known of the {name} rules" for name in rules
                  if name not in [*TABLES, *OTHER_TABLES, "diff"]]
     found = DIFF_TABLE.search((root / DIFF_PAGE).read_text(encoding="utf-8"))

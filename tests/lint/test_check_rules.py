@@ -58,6 +58,11 @@ class Check(unittest.TestCase):
         rules = {**RULES, "entries": [{"name": "bad-id", "meaning": "Another meaning."}]}
         self.assertEqual(self.findings(rules), ["docs/diagnostics.md: `bad-id` of the entries rules is missing"])
 
+    def test_former_name_that_the_page_lacks_is_found(self):
+        rules = {**RULES, "entries": [{"name": "bad-id", "meaning": "No ID.", "former_names": "wrong-id no-id"}]}
+        self.page.write_text(self.page.read_text(encoding="utf-8") + "`no-id` is now `bad-id`.\n", encoding="utf-8")
+        self.assertEqual(self.findings(rules), ["docs/diagnostics.md: `wrong-id`, as `bad-id` was called, is missing"])
+
     def test_table_that_no_page_has_is_found(self):
         self.assertEqual(self.findings({**RULES, "more": []}), ["docs/diagnostics.md: nothing is known of the more rules"])
 
