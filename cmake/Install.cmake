@@ -26,8 +26,8 @@ install(FILES ${PROJECT_BINARY_DIR}/qzlog-config.cmake ${PROJECT_BINARY_DIR}/qzl
     ${CMAKE_CURRENT_LIST_DIR}/qzlog-catalog.cmake
   DESTINATION ${qzlog_package_dir})
 
-# The schema of definition sources, for editors.
-install(FILES schema/qzlog-definitions.schema.json DESTINATION ${CMAKE_INSTALL_DATADIR}/qzlog)
+# The schema of definition sources, for editors, and those of what the command writes as JSON.
+install(DIRECTORY schema/ DESTINATION ${CMAKE_INSTALL_DATADIR}/qzlog FILES_MATCHING PATTERN "*.schema.json")
 
 # The .pc file gives its prefix relative to itself, so `cmake --install --prefix` may choose any.
 file(RELATIVE_PATH qzlog_pc_to_prefix ${qzlog_pkgconfig_dir} ${CMAKE_INSTALL_PREFIX})

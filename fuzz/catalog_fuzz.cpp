@@ -17,6 +17,7 @@
 #include "tools/catalog/catalog_status.h"
 #include "tools/catalog/language_catalog.h"
 #include "tools/definitions/definitions.h"
+#include "tools/report/finding_printer.h"
 
 using namespace qzlog_catalog;
 
@@ -56,7 +57,7 @@ CatalogMessages collect_messages() {
   std::vector<qzlog_tool::Definitions> sources;
   sources.push_back(qzlog_tool::read_errors_only({"source.yaml", "source.yaml", kSource, true},
                                                  {.path = qzlog_compiler::MessagePath::kIcu}));
-  CatalogFindings findings;
+  Findings findings;
   std::optional<CatalogMessages> messages = CatalogMessages::collect(std::move(sources), findings);
   if (!messages) std::abort();
   return std::move(*messages);
@@ -70,18 +71,21 @@ void check_bundle(const BundleSource& bundle) {
 }
 
 void build(const CatalogMessages& messages, const PoText& text) {
-  CatalogFindings findings;
+  Findings findings;
   const std::vector<LanguageCatalog> catalogs = make_catalogs(messages, {&text, 1}, findings);
   if (catalogs.empty() && !findings.has_errors()) std::abort();
   for (const BundleSource& bundle : bundle_sources(messages, catalogs, "en")) check_bundle(bundle);
-  findings.sort_by_line();
+  qzlog_tool::FindingPrinter printer(true);
+  printer.add_source(text.name, text.content, qzlog_compiler::LineBreaks::kLineFeed);
+  const std::vector<Finding> found = findings.take_sorted();
   std::ostringstream out;
-  for (const CatalogFinding& finding : findings.all()) out << finding;
+  printer.print(found, out);
   print_status_table(out, catalogs);
+  print_status_json(out, catalogs, found);
 }
 
 void update(const CatalogMessages& messages, const PoText& text) {
-  CatalogFindings findings;
+  Findings findings;
   std::optional<PoFile> old = parse_po(text.content, text.name, findings);
   if (old.has_value() == findings.has_errors()) std::abort();
   if (!old) return;

@@ -12,8 +12,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
   const std::string_view text(reinterpret_cast<const char*>(bytes), size);
   const qzlog_compiler::CompileResult result = qzlog_compiler::compile_source(text, "input.yaml", {});
   const qzlog_compiler::SourceLines lines(text);
-  for (const qzlog_compiler::Diagnostic& diagnostic : result.diagnostics) {
-    if (diagnostic.position.known() && diagnostic.position.column < 1000 && !lines.excerpt(diagnostic.position)) {
+  for (const qzlog_compiler::Finding& diagnostic : result.diagnostics) {
+    if (diagnostic.place.known() && diagnostic.place.column < 1000 && !lines.excerpt(diagnostic.place)) {
       __builtin_trap();
     }
   }

@@ -18,7 +18,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
   const LdfSurvey survey(std::string_view(reinterpret_cast<const char*>(bytes), size));
   std::ostringstream out;
   write_table(survey, 80, out);
-  write_json(survey, out);
+  write_json(survey, {}, out);
   write_annotation(survey, 80, out);
   const LdfYaml yaml = write_yaml(survey, nullptr);
   if (yaml.source.empty() == yaml.obstacles.empty()) std::abort();

@@ -1,19 +1,37 @@
-/// Writes the manual pages and the completions of the qzlog command into a folder, from the command's own table.
+/// Writes what the documentation takes from the qzlog command's own tables: the manual pages and the completions into a
+/// folder, the rules as JSON to standard output.
 #include <exception>
 #include <filesystem>
 #include <iostream>
+#include <nlohmann/json.hpp>
+#include <span>
+#include <stdexcept>
+#include <string>
+#include <string_view>
 
+#include "tools/catalog/catalog_rules.h"
 #include "tools/command_line.h"
+#include "tools/count/counter_reader.h"
+#include "tools/diff/diff_rules.h"
+#include "tools/inspect/inspect_rules.h"
 #include "tools/manual/bash_completion.h"
 #include "tools/manual/fish_completion.h"
 #include "tools/manual/manual_page.h"
 #include "tools/manual/zsh_completion.h"
+#include "tools/render/config_check.h"
+#include "tools/render/entry_error.h"
+#include "tools/report/check_rules.h"
+#include "tools/report/source_rules.h"
 #include "tools/system/output_file.h"
 #include "tools/system/process_start.h"
 
 namespace {
 
 namespace fs = std::filesystem;
+
+using nlohmann::ordered_json;
+using qzlog_compiler::DiffRuleInfo;
+using qzlog_compiler::RuleInfo;
 
 void write(const fs::path& path, const std::string& content) {
   fs::create_directories(path.parent_path());
@@ -31,16 +49,54 @@ void write_all(const fs::path& folder) {
   write(folder / "fish" / "qzlog.fish", qzlog_tool::fish_completion(root));
 }
 
+ordered_json rule_json(const RuleInfo& rule) {
+  ordered_json json = {{"name", rule.name}, {"meaning", rule.meaning}, {"acceptable", rule.acceptable}};
+  if (!rule.former_names.empty()) json["former_names"] = rule.former_names;
+  return json;
+}
+
+ordered_json rule_json(const DiffRuleInfo& rule) {
+  ordered_json json = rule_json(static_cast<const RuleInfo&>(rule));
+  json["breaks"] = qzlog_compiler::verdict_names(rule.verdicts);
+  json["version_step"] = qzlog_compiler::step_name(rule.step);
+  json["may_collide"] = rule.collision == qzlog_compiler::Collision::kMay;
+  json["before"] = rule.before;
+  json["after"] = rule.after;
+  return json;
+}
+
+template <class Info>
+ordered_json table_json(std::span<const Info> table) {
+  ordered_json json = ordered_json::array();
+  for (const Info& rule : table) json.push_back(rule_json(rule));
+  return json;
+}
+
+/// Every table, under the name of what has it.
+void print_rules() {
+  ordered_json tables;
+  tables["compile"] = table_json(qzlog_compiler::all_rules());
+  tables["catalog"] = table_json(qzlog_catalog::all_catalog_rules());
+  tables["check"] = table_json(qzlog_tool::all_check_rules());
+  tables["entries"] = table_json(qzlog_tool::all_entry_rules());
+  tables["configuration"] = table_json(qzlog_tool::all_config_rules());
+  tables["count"] = table_json(qzlog_tool::all_counter_rules());
+  tables["inspect"] = table_json(qzlog_tool::all_inspect_rules());
+  tables["diff"] = table_json(qzlog_compiler::all_diff_rules());
+  std::cout << tables.dump(2) << std::endl;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
   qzlog_tool::prepare_process();
   if (argc != 2) {
-    std::cerr << "Usage: qzlog_command_docs FOLDER\n";
+    std::cerr << "Usage: qzlog_command_docs FOLDER | --rules\n";
     return 2;
   }
   try {
-    write_all(argv[1]);
+    std::string_view(argv[1]) == "--rules" ? print_rules() : write_all(argv[1]);
+    if (!std::cout) throw std::runtime_error("cannot write to standard output");
   } catch (const std::exception& error) {
     std::cerr << "qzlog_command_docs: " << error.what() << '\n';
     return 2;

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "tools/compiler/source/compiler.h"
-#include "tools/report/check_finding.h"
+#include "tools/report/finding.h"
 
 namespace check_fixture {
 
@@ -32,10 +32,11 @@ inline std::string compiled(std::string_view source) {
 }
 
 /// "1 refused-record" for a finding about the entry 1, the rule alone for one about the file.
-inline std::vector<std::string> shown(const std::vector<qzlog_tool::CheckFinding>& findings) {
+inline std::vector<std::string> shown(const std::vector<qzlog_compiler::Finding>& findings) {
   std::vector<std::string> texts;
   for (const auto& finding : findings) {
-    texts.push_back((finding.entry_id ? std::to_string(*finding.entry_id) + " " : "") + std::string(finding.rule));
+    texts.push_back((finding.entry_id ? std::to_string(*finding.entry_id) + " " : "") +
+                    std::string(finding.rule.name()));
   }
   return texts;
 }

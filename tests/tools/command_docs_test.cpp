@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <nlohmann/json.hpp>
 #include <regex>
 #include <set>
 #include <sstream>
@@ -10,6 +11,7 @@
 #include "tests/tools/command_fixture.h"
 #include "tests/tools/command_table.h"
 #include "tools/manual/manual_page.h"
+#include "tools/report/source_rules.h"
 
 namespace {
 
@@ -124,6 +126,29 @@ TEST_F(CommandDocs, MadeTwice_AreTheSame) {
   const auto made = run("'" QZLOG_COMMAND_DOCS_PROGRAM "' again && diff -r again '" + kMade.string() + "'");
   EXPECT_EQ(made.out + made.err, "");
   EXPECT_EQ(made.status, 0);
+}
+
+TEST_F(CommandDocs, Rules_AreThoseOfTheTables) {
+  const qzlog_test::CommandResult result = run(QZLOG_COMMAND_DOCS_PROGRAM " --rules");
+  EXPECT_EQ(result.err, "");
+  EXPECT_EQ(result.status, 0);
+  const nlohmann::json tables = nlohmann::json::parse(result.out);
+  std::set<std::string> names;
+  for (const auto& [name, table] : tables.items()) names.insert(name);
+  EXPECT_EQ(names, (std::set<std::string>{"catalog", "check", "compile", "configuration", "count", "diff", "entries",
+                                          "inspect"}));
+  EXPECT_EQ(tables["compile"].size(), qzlog_compiler::all_rules().size());
+  EXPECT_EQ(tables["inspect"][0],
+            nlohmann::json({{"name", "no-yaml-form"},
+                            {"meaning", "A compiled file holds what no definition source can say."},
+                            {"acceptable", false}}));
+  EXPECT_EQ(tables["diff"][0]["version_step"], "none");
+}
+
+TEST_F(CommandDocs, RulesThatCannotBeWritten_AreAnError) {
+  const qzlog_test::CommandResult result = run(QZLOG_COMMAND_DOCS_PROGRAM " --rules >/dev/full");
+  EXPECT_EQ(result.err, "qzlog_command_docs: cannot write to standard output\n");
+  EXPECT_EQ(result.status, 2);
 }
 
 }  // namespace

@@ -11,6 +11,7 @@
 #include <list>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <system_error>
 #include <utility>
@@ -26,24 +27,27 @@
 #include "tools/catalog/po_language.h"
 #include "tools/definitions/definitions.h"
 #include "tools/options/option_checks.h"
+#include "tools/report/finding_printer.h"
 #include "tools/system/command_error.h"
 #include "tools/system/file_descriptor.h"
 #include "tools/system/file_lock.h"
 #include "tools/system/output_file.h"
 #include "tools/system/standard_input.h"
+#include "tools/system/terminal.h"
 
 namespace qzlog_tool {
 namespace {
 
 namespace fs = std::filesystem;
 
-using qzlog_catalog::CatalogFindings;
 using qzlog_catalog::CatalogMessages;
 using qzlog_catalog::LanguageCatalog;
 using qzlog_catalog::LanguageFile;
 using qzlog_catalog::NamedBundle;
 using qzlog_catalog::PoFile;
 using qzlog_catalog::PoText;
+using qzlog_compiler::Finding;
+using qzlog_compiler::Findings;
 
 struct CatalogOptions {
   std::vector<std::string> sources;
@@ -101,12 +105,32 @@ Examples:
   qzlog catalog status storage.yaml --po po --json | jq '.languages[] | select(.percent < 90)'
 )";
 
-void print(CatalogFindings& findings) {
-  findings.sort_by_line();
-  for (const qzlog_catalog::CatalogFinding& finding : findings.all()) {
-    std::cerr << finding << '\n';
-    if (!finding.hint.empty()) std::cerr << "  hint: " << finding.hint << '\n';
+struct SourceText {
+  std::string name;
+  std::string content;
+};
+
+/// What the command reads and finds.
+struct CatalogRun {
+  std::vector<SourceText> sources;
+  std::vector<PoText> files;
+  Findings findings = Findings();
+};
+
+void print(std::span<const Finding> findings, const CatalogRun& run) {
+  FindingPrinter printer(stderr_has_colour());
+  for (const SourceText& source : run.sources) printer.add_source(source.name, source.content);
+  for (const PoText& file : run.files) {
+    printer.add_source(file.name, file.content, qzlog_compiler::LineBreaks::kLineFeed);
   }
+  printer.print(findings, std::cerr);
+}
+
+/// False where one of the findings, which are taken, is an error.
+bool print(CatalogRun& run) {
+  const std::vector<Finding> findings = run.findings.take_sorted();
+  print(findings, run);
+  return !has_errors(findings);
 }
 
 /// The standard source and those that extend it. Throws CommandError (findings) after errors, which are printed.
@@ -117,7 +141,7 @@ std::vector<Definitions> read_sources(const std::vector<std::string>& paths) {
   bool ok = true;
   for (const std::string& path : paths) {
     sources.push_back(read_errors_only(read_definition_source(path), options));
-    print_diagnostics(sources.back(), options.standard);
+    print_findings(sources.back(), options.standard);
     ok = ok && sources.back().ok();
     if (options.standard == nullptr && !ok) break;  // the others would only repeat it
     options.standard = &sources.front();
@@ -127,12 +151,14 @@ std::vector<Definitions> read_sources(const std::vector<std::string>& paths) {
 }
 
 /// None after an error, which is then printed.
-std::optional<CatalogMessages> collect_messages(const CatalogOptions& options, CatalogFindings& findings) {
+std::optional<CatalogMessages> collect_messages(const CatalogOptions& options, CatalogRun& run) {
   std::vector<std::string> inputs = options.sources;
   inputs.insert(inputs.end(), options.po.begin(), options.po.end());
   refuse_repeated_standard_input(inputs);
-  std::optional<CatalogMessages> messages = CatalogMessages::collect(read_sources(options.sources), findings);
-  if (!messages) print(findings);
+  std::vector<Definitions> sources = read_sources(options.sources);
+  for (Definitions& source : sources) run.sources.push_back({source.shown_path, std::move(source.source)});
+  std::optional<CatalogMessages> messages = CatalogMessages::collect(std::move(sources), run.findings);
+  if (!messages) print(run);
   return messages;
 }
 
@@ -156,10 +182,8 @@ std::vector<std::string> po_paths(const std::vector<std::string>& named) {
   return paths;
 }
 
-std::vector<PoText> read_po_files(const std::vector<std::string>& named) {
-  std::vector<PoText> files;
-  for (const std::string& path : po_paths(named)) files.push_back({display_name(path), read_file(path)});
-  return files;
+void read_po_files(const CatalogOptions& options, CatalogRun& run) {
+  for (const std::string& path : po_paths(options.po)) run.files.push_back({display_name(path), read_file(path)});
 }
 
 // --- extract ---------------------------------------------------------------------------------------------------------
@@ -184,14 +208,15 @@ PoFile begin_file(const std::string& path, const PoFile& po_template) {
 }
 
 /// The files that would change, with what they would hold. What cannot be updated is in the findings.
-std::vector<Update> plan_updates(const CatalogOptions& options, const PoFile& po_template, CatalogFindings& findings) {
+std::vector<Update> plan_updates(const CatalogOptions& options, const PoFile& po_template, CatalogRun& run) {
   std::vector<Update> updates;
   for (const std::string& path : options.po) {
     if (!fs::exists(path)) {
       updates.push_back({path, begin_file(path, po_template)});
       continue;
     }
-    const std::optional<LanguageFile> old = qzlog_catalog::read_language({path, read_file(path)}, findings);
+    run.files.push_back({path, read_file(path)});
+    const std::optional<LanguageFile> old = qzlog_catalog::read_language(run.files.back(), run.findings);
     if (!old) continue;
     PoFile updated = update_po(old->po, po_template);
     if (updated.messages != old->po.messages) updates.push_back({path, std::move(updated)});
@@ -219,13 +244,12 @@ int extract(const CatalogOptions& options) {
     refuse_overwriting(source, options.output);
     for (const std::string& path : options.po) refuse_overwriting(source, path);
   }
-  CatalogFindings findings;
-  const std::optional<CatalogMessages> messages = collect_messages(options, findings);
+  CatalogRun run;
+  const std::optional<CatalogMessages> messages = collect_messages(options, run);
   if (!messages) return kExitFindings;
   const PoFile po_template = make_template(*messages, product_name(options, *messages));
-  const std::vector<Update> updates = plan_updates(options, po_template, findings);
-  print(findings);
-  if (findings.has_errors()) return kExitFindings;
+  const std::vector<Update> updates = plan_updates(options, po_template, run);
+  if (!print(run)) return kExitFindings;
   write_po_files(options.output, po_template, updates);
   return kExitSuccess;
 }
@@ -244,10 +268,10 @@ FileDescriptor make_folder(const std::string& path) {
 int update_folder(const CatalogOptions& options, const std::vector<NamedBundle>& bundles) {
   const FileDescriptor folder = make_folder(options.output);
   const FileLock lock(folder.get());  // what is found there has to be what is replaced and listed
-  CatalogFindings findings;
+  CatalogRun run;
   qzlog_catalog::FolderUpdate update(options.output, bundles);
-  const bool ok = update.prepare(options.adopt, findings);
-  print(findings);
+  const bool ok = update.prepare(options.adopt, run.findings);
+  print(run);
   if (!ok) return kExitFindings;
   for (const std::string& path : update.carry_out()) {
     std::cerr << "qzlog: removed '" << path << "', which is not part of the catalog any more\n";
@@ -256,12 +280,12 @@ int update_folder(const CatalogOptions& options, const std::vector<NamedBundle>&
 }
 
 int build(const CatalogOptions& options) {
-  CatalogFindings findings;
-  const std::optional<CatalogMessages> messages = collect_messages(options, findings);
+  CatalogRun run;
+  const std::optional<CatalogMessages> messages = collect_messages(options, run);
   if (!messages) return kExitFindings;
-  const std::vector<LanguageCatalog> catalogs = make_catalogs(*messages, read_po_files(options.po), findings);
-  print(findings);
-  if (findings.has_errors()) return kExitFindings;
+  read_po_files(options, run);
+  const std::vector<LanguageCatalog> catalogs = make_catalogs(*messages, run.files, run.findings);
+  if (!print(run)) return kExitFindings;
   const std::string source_language = qzlog_catalog::bundle_name(options.source_language).value();
   const std::vector<NamedBundle> bundles =
       run_genrb(options.genrb, bundle_sources(*messages, catalogs, source_language));
@@ -271,16 +295,17 @@ int build(const CatalogOptions& options) {
 // --- status ----------------------------------------------------------------------------------------------------------
 
 int status(const CatalogOptions& options) {
-  CatalogFindings findings;
-  const std::optional<CatalogMessages> messages = collect_messages(options, findings);
+  CatalogRun run;
+  const std::optional<CatalogMessages> messages = collect_messages(options, run);
   if (!messages) return kExitFindings;
-  const std::vector<PoText> files = read_po_files(options.po);
-  const std::vector<LanguageCatalog> catalogs = make_catalogs(*messages, files, findings);
-  print(findings);
-  options.json ? print_status_json(std::cout, catalogs) : print_status_table(std::cout, catalogs);
+  read_po_files(options, run);
+  const std::vector<LanguageCatalog> catalogs = make_catalogs(*messages, run.files, run.findings);
+  const std::vector<Finding> findings = run.findings.take_sorted();
+  print(findings, run);
+  options.json ? print_status_json(std::cout, catalogs, findings) : print_status_table(std::cout, catalogs);
   const bool complete = std::all_of(catalogs.begin(), catalogs.end(),
                                     [](const LanguageCatalog& catalog) { return catalog.counts.complete(); });
-  const bool all_read = catalogs.size() == files.size();
+  const bool all_read = catalogs.size() == run.files.size();
   return all_read && (complete || !options.require_complete) ? kExitSuccess : kExitFindings;
 }
 

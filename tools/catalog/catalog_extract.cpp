@@ -97,7 +97,7 @@ PoMessage make_message(const CatalogMessage& message) {
   result.context = std::string(message.id);
   result.source = message.text->written;
   result.extracted_comments = comments_for(message);
-  for (const MessageUse& use : message.uses) result.references.push_back({printable(use.file), use.line});
+  for (const MessageUse& use : message.uses) result.references.push_back({printable(use.file), use.position.line});
   return result;
 }
 

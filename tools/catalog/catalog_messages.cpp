@@ -23,7 +23,7 @@ std::string conflict_text(std::string_view id, const CatalogMessage& first, cons
   const bool same_text = first.text->written == second.written && first.text->raw == second.raw;
   const MessageUse& use = first.uses.front();
   return "the message ID " + quoted(id) + " stands for another message in " + std::string(use.file) + ", line " +
-         std::to_string(use.line) + (same_text ? ", whose attributes are shown in another format" : "") +
+         std::to_string(use.position.line) + (same_text ? ", whose attributes are shown in another format" : "") +
          "; give one of them another ID";
 }
 
@@ -40,7 +40,7 @@ std::optional<qz_AttributeType> MessageScope::find(std::string_view name) const 
 }
 
 std::optional<CatalogMessages> CatalogMessages::collect(std::vector<qzlog_tool::Definitions> sources,
-                                                        CatalogFindings& findings) {
+                                                        Findings& findings) {
   CatalogMessages result(std::move(sources));
   const std::size_t errors_before = findings.error_count();
   const qzlog_compiler::ModelIndex standard(result.sources_.front().model);
@@ -53,8 +53,7 @@ const CatalogMessage* CatalogMessages::find(std::string_view id) const {
   return place == places_.end() ? nullptr : &messages_[place->second];
 }
 
-void CatalogMessages::take_source(std::size_t index, const qzlog_compiler::ModelIndex& standard,
-                                  CatalogFindings& findings) {
+void CatalogMessages::take_source(std::size_t index, const qzlog_compiler::ModelIndex& standard, Findings& findings) {
   for (const EntryDefinition& entry : sources_[index].model.entries) {
     take_entry(entry, index == 0 ? nullptr : standard.find_entry(entry.id), index, findings);
   }
@@ -62,29 +61,29 @@ void CatalogMessages::take_source(std::size_t index, const qzlog_compiler::Model
 
 /// An auxiliary entry that gives no whole message leaves the standard one in place, or the entry without one.
 void CatalogMessages::take_entry(const EntryDefinition& entry, const EntryDefinition* extended, std::size_t source,
-                                 CatalogFindings& findings) {
+                                 Findings& findings) {
   std::vector<const MessageScope::Attributes*> own = {&entry.attributes};
   if (extended != nullptr) own.push_back(&extended->attributes);
   std::vector<const MessageScope::Attributes*> global = {&sources_[source].model.globals};
   if (source != 0) global.push_back(&sources_.front().model.globals);
-  MessageUse use{&entry, nullptr, entry.selector.attribute, sources_[source].shown_path, 0, MessageScope(own, global)};
+  MessageUse use{&entry, nullptr, entry.selector.attribute, sources_[source].shown_path, {}, MessageScope(own, global)};
   if (source == 0 || qzlog_compiler::gives_message(entry)) {
-    use.line = entry.message.position.line;
+    use.position = entry.message.position;
     add(entry.message_id, entry.message, use, findings);
   }
   for (const SelectorMessage& message : entry.selector.messages) {
     use.selected = &message;
-    use.line = message.message.position.line;
+    use.position = message.message.position;
     add(message.id, message.message, use, findings);
   }
 }
 
-void CatalogMessages::add(std::string_view id, const MessageText& text, MessageUse use, CatalogFindings& findings) {
+void CatalogMessages::add(std::string_view id, const MessageText& text, MessageUse use, Findings& findings) {
   if (id.empty()) return;
   const auto [place, added] = places_.try_emplace(id, messages_.size());
   if (added) {
     if (!is_bundle_key(id)) {
-      findings.error(std::string(use.file), use.line, CatalogRule::kMessageIdCharacter,
+      findings.error(std::string(use.file), use.position, CatalogRule::kMessageIdCharacter,
                      "a catalog cannot hold the message ID " + quoted(id) +
                          "; IDs are made of letters and digits of ASCII, blanks and \"%&'()*+,-./:;<=>?_");
     }
@@ -93,7 +92,8 @@ void CatalogMessages::add(std::string_view id, const MessageText& text, MessageU
   }
   CatalogMessage& first = messages_[place->second];
   if (!same_message(*first.text, text)) {
-    findings.error(std::string(use.file), use.line, CatalogRule::kMessageIdConflict, conflict_text(id, first, text));
+    findings.error(std::string(use.file), use.position, CatalogRule::kMessageIdConflict,
+                   conflict_text(id, first, text));
   }
   first.uses.push_back(std::move(use));
 }

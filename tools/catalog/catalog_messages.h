@@ -9,9 +9,10 @@
 #include <vector>
 
 #include "qzlog/logattrib.h"
-#include "tools/catalog/catalog_findings.h"
+#include "tools/catalog/catalog_rules.h"
 #include "tools/compiler/model/definition_model.h"
 #include "tools/definitions/definitions.h"
+#include "tools/report/finding.h"
 
 namespace qzlog_catalog {
 
@@ -39,7 +40,7 @@ struct MessageUse {
   const qzlog_compiler::SelectorMessage* selected;  ///< null for the default message
   std::string_view selector_attribute;
   std::string_view file;
-  std::size_t line;
+  qzlog_compiler::SourcePosition position;
   MessageScope scope;
 };
 
@@ -54,8 +55,7 @@ class CatalogMessages {
  public:
   /// `sources` begins with the standard one; they are compiled for the ICU path and have no errors. None when there is
   /// an error between the messages. Messages without an ID are left out, for nothing can look them up.
-  static std::optional<CatalogMessages> collect(std::vector<qzlog_tool::Definitions> sources,
-                                                CatalogFindings& findings);
+  static std::optional<CatalogMessages> collect(std::vector<qzlog_tool::Definitions> sources, Findings& findings);
 
   const std::vector<CatalogMessage>& messages() const { return messages_; }
   const CatalogMessage* find(std::string_view id) const;
@@ -65,10 +65,10 @@ class CatalogMessages {
  private:
   explicit CatalogMessages(std::vector<qzlog_tool::Definitions> sources) : sources_(std::move(sources)) {}
 
-  void take_source(std::size_t index, const qzlog_compiler::ModelIndex& standard, CatalogFindings& findings);
+  void take_source(std::size_t index, const qzlog_compiler::ModelIndex& standard, Findings& findings);
   void take_entry(const qzlog_compiler::EntryDefinition& entry, const qzlog_compiler::EntryDefinition* extended,
-                  std::size_t source, CatalogFindings& findings);
-  void add(std::string_view id, const qzlog_compiler::MessageText& text, MessageUse use, CatalogFindings& findings);
+                  std::size_t source, Findings& findings);
+  void add(std::string_view id, const qzlog_compiler::MessageText& text, MessageUse use, Findings& findings);
 
   // Messages point into them; they stay where they are when the whole is moved.
   std::vector<qzlog_tool::Definitions> sources_;

@@ -7,7 +7,10 @@
 #include <string_view>
 #include <utility>
 
+#include <utility>
 #include "tools/report/text_table.h"
+
+#include "tools/report/finding_json.h"
 
 namespace qzlog_catalog {
 namespace {
@@ -45,7 +48,8 @@ void print_status_table(std::ostream& out, std::span<const LanguageCatalog> cata
   qzlog_compiler::write_text_table({std::move(titles), catalogs.size(), row}, 0, 0, out);
 }
 
-void print_status_json(std::ostream& out, std::span<const LanguageCatalog> catalogs) {
+void print_status_json(std::ostream& out, std::span<const LanguageCatalog> catalogs,
+                       std::span<const Finding> findings) {
   nlohmann::ordered_json languages = nlohmann::ordered_json::array();
   for (const LanguageCatalog& catalog : catalogs) {
     nlohmann::ordered_json language = {{"language", catalog.language}, {"messages", catalog.counts.messages()}};
@@ -53,7 +57,9 @@ void print_status_json(std::ostream& out, std::span<const LanguageCatalog> catal
     language["percent"] = percent_translated(catalog.counts);
     languages.push_back(std::move(language));
   }
-  out << nlohmann::ordered_json{{"languages", std::move(languages)}}.dump(2) << '\n';
+  nlohmann::ordered_json result = qzlog_tool::json_result(findings);
+  result["languages"] = std::move(languages);
+  out << qzlog_tool::json_result_text(result);
 }
 
 }  // namespace qzlog_catalog

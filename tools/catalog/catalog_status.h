@@ -14,7 +14,7 @@ unsigned int percent_translated(const TranslationCounts& counts);
 /// A line for each language under a heading.
 void print_status_table(std::ostream& out, std::span<const LanguageCatalog> catalogs);
 
-void print_status_json(std::ostream& out, std::span<const LanguageCatalog> catalogs);
+void print_status_json(std::ostream& out, std::span<const LanguageCatalog> catalogs, std::span<const Finding> findings);
 
 }  // namespace qzlog_catalog
 

@@ -72,7 +72,7 @@ FolderUpdate::FolderUpdate(std::string folder, const std::vector<NamedBundle>& b
   }
 }
 
-bool FolderUpdate::prepare(bool adopt, CatalogFindings& findings) {
+bool FolderUpdate::prepare(bool adopt, Findings& findings) {
   if (!read_own_manifest(findings)) return false;
   bool ok = true;
   for (const auto& [name, digest] : wanted_) ok = take_target(name, adopt, findings) && ok;
@@ -83,7 +83,7 @@ bool FolderUpdate::prepare(bool adopt, CatalogFindings& findings) {
   return ok;
 }
 
-bool FolderUpdate::read_own_manifest(CatalogFindings& findings) {
+bool FolderUpdate::read_own_manifest(Findings& findings) {
   const std::string path = path_of(kManifestName);
   if (!is_there(path)) return true;
   std::string failure = "it is no file";
@@ -92,13 +92,14 @@ bool FolderUpdate::read_own_manifest(CatalogFindings& findings) {
     manifest_ = read_manifest(qzlog_tool::read_file(path), failure);
   }
   if (failure.empty()) return true;
-  findings.error(path, 0, CatalogRule::kBadManifest,
-                 "the list of what 'qzlog catalog build' has made here is damaged: " + failure,
-                 "restore it, or remove it and build with --adopt");
+  findings
+      .error(path, 0, CatalogRule::kBadManifest,
+             "the list of what 'qzlog catalog build' has made here is damaged: " + failure)
+      .with_hint("restore it, or remove it and build with --adopt");
   return false;
 }
 
-bool FolderUpdate::take_target(const std::string& name, bool adopt, CatalogFindings& findings) {
+bool FolderUpdate::take_target(const std::string& name, bool adopt, Findings& findings) {
   const std::optional<std::string> digest = digest_of(path_of(name));
   if (!digest) return true;
   const bool adopted = adopt && *digest != kNoDigest;
@@ -106,9 +107,10 @@ bool FolderUpdate::take_target(const std::string& name, bool adopt, CatalogFindi
     ours_[name] = *digest;
     return true;
   }
-  findings.error(path_of(name), 0, CatalogRule::kForeignBundle,
-                 "'qzlog catalog build' did not make this file and does not replace it",
-                 "move it away, or let --adopt replace it");
+  findings
+      .error(path_of(name), 0, CatalogRule::kForeignBundle,
+             "'qzlog catalog build' did not make this file and does not replace it")
+      .with_hint("move it away, or let --adopt replace it");
   return false;
 }
 
@@ -121,14 +123,15 @@ void FolderUpdate::take_listed(const std::string& name) {
   stale_.insert(name);
 }
 
-void FolderUpdate::report_strangers(CatalogFindings& findings) const {
+void FolderUpdate::report_strangers(Findings& findings) const {
   for (const std::string& language : languages_in(folder_)) {
     const std::string name = language + ".res";
     if (wanted_.contains(name) || stale_.contains(name)) continue;
-    findings.warning(path_of(name), 0, CatalogRule::kForeignBundle,
-                     "'qzlog catalog build' did not make this bundle as it is now and leaves it; readers of " +
-                         language + " get its messages",
-                     "take it away unless it is meant to be there");
+    findings
+        .warning(path_of(name), 0, CatalogRule::kForeignBundle,
+                 "'qzlog catalog build' did not make this bundle as it is now and leaves it; readers of " + language +
+                     " get its messages")
+        .with_hint("take it away unless it is meant to be there");
   }
 }
 

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "tools/catalog/catalog_findings.h"
 #include "tools/catalog/catalog_manifest.h"
+#include "tools/catalog/catalog_rules.h"
 #include "tools/catalog/genrb.h"
 
 namespace qzlog_catalog {
@@ -23,7 +23,7 @@ class FolderUpdate {
   /// Looks at the folder, which need not exist. False, with the reasons in the findings, when the manifest is damaged
   /// or a file of a bundle's name is not ours and not what would be written; with `adopt` such a file is to be
   /// replaced. Bundles of other languages that are not ours are warnings. Throws CommandError (cannot run).
-  bool prepare(bool adopt, CatalogFindings& findings);
+  bool prepare(bool adopt, Findings& findings);
 
   /// Writes what is new and removes what is no part of the catalog any more, after prepare() and in a folder that
   /// exists now. Returns the paths of what was removed. Whenever it is interrupted, the next update knows what is ours.
@@ -31,10 +31,10 @@ class FolderUpdate {
   std::vector<std::string> carry_out() const;
 
  private:
-  bool read_own_manifest(CatalogFindings& findings);
-  bool take_target(const std::string& name, bool adopt, CatalogFindings& findings);
+  bool read_own_manifest(Findings& findings);
+  bool take_target(const std::string& name, bool adopt, Findings& findings);
   void take_listed(const std::string& name);
-  void report_strangers(CatalogFindings& findings) const;
+  void report_strangers(Findings& findings) const;
   std::string path_of(const std::string& name) const { return folder_ + '/' + name; }
 
   std::string folder_;

@@ -20,7 +20,7 @@ using qzlog_compiler::quoted;
 constexpr const char* kUpdateHint = "; 'qzlog catalog extract --update' brings the file up to date";
 
 /// Libgettextpo refuses only messages that have the same text too.
-void check_contexts(const PoFile& po, const std::string& file, CatalogFindings& findings) {
+void check_contexts(const PoFile& po, const std::string& file, Findings& findings) {
   std::unordered_map<std::string_view, std::size_t> lines;
   for (std::size_t i = 0; i < po.messages.size(); ++i) {
     const PoMessage& message = po.messages[i];
@@ -36,7 +36,7 @@ void check_contexts(const PoFile& po, const std::string& file, CatalogFindings& 
 /// Joins one file with the messages.
 class CatalogMaker {
  public:
-  CatalogMaker(const CatalogMessages& messages, const LanguageFile& file, CatalogFindings& findings)
+  CatalogMaker(const CatalogMessages& messages, const LanguageFile& file, Findings& findings)
       : messages_(messages), file_(file), findings_(findings) {}
 
   LanguageCatalog make() {
@@ -101,14 +101,14 @@ class CatalogMaker {
 
   const CatalogMessages& messages_;
   const LanguageFile& file_;
-  CatalogFindings& findings_;
+  Findings& findings_;
   std::unordered_map<std::string_view, std::size_t> translations_;
   LanguageCatalog result_;
 };
 
 }  // namespace
 
-std::optional<LanguageFile> read_language(const PoText& text, CatalogFindings& findings) {
+std::optional<LanguageFile> read_language(const PoText& text, Findings& findings) {
   std::optional<PoFile> po = parse_po(text.content, text.name, findings);
   if (!po) return std::nullopt;
   const std::size_t errors_before = findings.error_count();
@@ -127,7 +127,7 @@ std::optional<LanguageFile> read_language(const PoText& text, CatalogFindings& f
 }
 
 std::vector<LanguageCatalog> make_catalogs(const CatalogMessages& messages, std::span<const PoText> files,
-                                           CatalogFindings& findings) {
+                                           Findings& findings) {
   std::map<std::string, LanguageCatalog> catalogs;
   std::map<std::string, std::string> names;
   for (const PoText& text : files) {

@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "tools/catalog/catalog_findings.h"
 #include "tools/catalog/catalog_messages.h"
+#include "tools/catalog/catalog_rules.h"
 #include "tools/catalog/po_file.h"
 #include "tools/catalog/resource_bundle.h"
 
@@ -50,12 +50,12 @@ struct LanguageFile {
 
 /// Reads a PO file. Its language is the one that its header names, or else the file's name. None when something is
 /// wrong with it; the reasons are in the findings.
-std::optional<LanguageFile> read_language(const PoText& text, CatalogFindings& findings);
+std::optional<LanguageFile> read_language(const PoText& text, Findings& findings);
 
 /// Joins the messages with their translations, file by file, sorted by language. Refused translations and files are
 /// errors in the findings, translations of texts that have changed and of messages that are gone warnings.
 std::vector<LanguageCatalog> make_catalogs(const CatalogMessages& messages, std::span<const PoText> files,
-                                           CatalogFindings& findings);
+                                           Findings& findings);
 
 }  // namespace qzlog_catalog
 

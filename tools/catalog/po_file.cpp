@@ -67,7 +67,7 @@ struct GivenUp {};
 /// Takes libgettextpo's errors while it lives. Handlers get no data of their own, so the taker stands in a variable.
 class ErrorTaker {
  public:
-  ErrorTaker(const std::string& file_name, CatalogFindings& findings) : file_name_(file_name), findings_(findings) {
+  ErrorTaker(const std::string& file_name, Findings& findings) : file_name_(file_name), findings_(findings) {
     current_ = this;
   }
   ErrorTaker(const ErrorTaker&) = delete;
@@ -93,7 +93,7 @@ class ErrorTaker {
     if (severity == PO_SEVERITY_WARNING) return;
     while (text.ends_with('\n')) text.pop_back();
     if (++errors_ <= kMaximumErrors) {
-      findings_.error(file_name_, line, CatalogRule::kPoSyntax, qzlog_compiler::printable(text));
+      findings_.error(file_name_, line, CatalogRule::kPoSyntax, std::move(text));
     }
     if (severity == PO_SEVERITY_FATAL_ERROR) throw GivenUp();
   }
@@ -102,7 +102,7 @@ class ErrorTaker {
   static thread_local ErrorTaker* current_;
 
   const std::string& file_name_;
-  CatalogFindings& findings_;
+  Findings& findings_;
   std::size_t errors_ = 0;
 };
 
@@ -169,7 +169,7 @@ void write_message(const PoMessage& message, po_message_iterator_t iterator) {
 }
 
 /// libgettextpo takes texts up to a NUL, and bytes of other character sets as they are.
-bool check_bytes(std::string_view content, const std::string& file_name, CatalogFindings& findings) {
+bool check_bytes(std::string_view content, const std::string& file_name, Findings& findings) {
   std::size_t line = 1;
   for (std::size_t at = 0; at < content.size();) {
     const qzlog_compiler::Utf8Character character = qzlog_compiler::decode_utf8(content, at);
@@ -207,7 +207,7 @@ bool equal_ignoring_case(std::string_view a, std::string_view b) {
   return true;
 }
 
-void check_charset(const PoFile& file, const std::string& file_name, CatalogFindings& findings) {
+void check_charset(const PoFile& file, const std::string& file_name, Findings& findings) {
   const PoMessage* const header = file.header();
   if (header == nullptr) {
     findings.error(file_name, 0, CatalogRule::kPoCharset,
@@ -225,7 +225,7 @@ void check_charset(const PoFile& file, const std::string& file_name, CatalogFind
                      "; convert the file to UTF-8 and write 'Content-Type: text/plain; charset=UTF-8'");
 }
 
-void check_messages(po_file_t po, const PoFile& file, const std::string& file_name, CatalogFindings& findings) {
+void check_messages(po_file_t po, const PoFile& file, const std::string& file_name, Findings& findings) {
   const char* const* const domains = po_file_domains(po);
   const bool several = domains[0] != nullptr && domains[1] != nullptr;
   if (several || (domains[0] != nullptr && std::string_view(domains[0]) != "messages")) {
@@ -247,8 +247,7 @@ bool has_utf8_only(const PoMessage& message) {
 }
 
 /// Escapes can put any byte into a text.
-void check_texts(const PoFile& file, std::string_view content, const std::string& file_name,
-                 CatalogFindings& findings) {
+void check_texts(const PoFile& file, std::string_view content, const std::string& file_name, Findings& findings) {
   if (const std::size_t line = find_nul_escape(content)) {
     findings.error(file_name, line, CatalogRule::kPoSyntax, "an escape for a NUL character, which no text can hold");
   }
@@ -299,7 +298,7 @@ void write_messages(const PoFile& file, const std::string& path) {
   for (const PoMessage& message : file.messages) {
     if (!message.is_left_over()) write_message(message, iterator.get());
   }
-  CatalogFindings findings;
+  Findings findings;
   const ErrorTaker errors(path, findings);
   require_two_descriptors();
   try {
@@ -315,7 +314,7 @@ void write_messages(const PoFile& file, const std::string& path) {
 /// libgettextpo does not report a write that fails.
 bool holds(const std::string& text, PoFile file) {
   std::erase_if(file.messages, [](const PoMessage& message) { return message.is_left_over(); });
-  CatalogFindings findings;
+  Findings findings;
   const std::optional<PoFile> written = parse_po(text, "", findings);
   return text.ends_with('\n') && written && say_the_same(*written, file);
 }
@@ -339,7 +338,7 @@ std::string with_header_field(const std::string& header, const char* field, cons
   return text_or_empty(result.get());
 }
 
-std::optional<PoFile> parse_po(std::string_view content, const std::string& file_name, CatalogFindings& findings) {
+std::optional<PoFile> parse_po(std::string_view content, const std::string& file_name, Findings& findings) {
   if (!check_bytes(content, file_name, findings)) return std::nullopt;
   const std::size_t errors_before = findings.error_count();
   const std::string text = without_windows_marks(content);

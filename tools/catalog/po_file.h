@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "tools/catalog/catalog_findings.h"
+#include "tools/catalog/catalog_rules.h"
 
 namespace qzlog_catalog {
 
@@ -57,7 +57,7 @@ std::string with_header_field(const std::string& header, const char* field, cons
 
 /// Reads a PO file or template in UTF-8. `file_name` is what findings call it. None when anything is wrong with it; all
 /// of that is in the findings. Throws CommandError (cannot run) when it cannot be read at all.
-std::optional<PoFile> parse_po(std::string_view content, const std::string& file_name, CatalogFindings& findings);
+std::optional<PoFile> parse_po(std::string_view content, const std::string& file_name, Findings& findings);
 
 /// The file's text, wrapped as gettext's programs wrap it; it reads as the same messages again. Throws CommandError
 /// (findings) when it cannot be made, and as `parse_po` does.

@@ -24,12 +24,12 @@ using qzlog_tool::ReferenceNotation;
 
 /// The compiler's findings about a text, errors only: its warnings are about the source text as well.
 bool report_text(const std::vector<MessageFinding>& found, const std::string& file, std::size_t line,
-                 CatalogFindings& findings) {
+                 Findings& findings) {
   bool ok = true;
   for (const MessageFinding& finding : found) {
     if (finding.severity != Severity::kError) continue;
     ok = false;
-    findings.add({file, line, Severity::kError, qzlog_compiler::rule_name(finding.rule), finding.text, finding.hint});
+    findings.error(file, line, finding.rule, finding.text).with_hint(finding.hint);
   }
   return ok;
 }
@@ -73,21 +73,21 @@ std::vector<TemplateFinding> find_mistakes(const CatalogMessage& message, std::s
 
 /// Whether there are none.
 bool report_mistakes(std::span<const TemplateFinding> mistakes, const std::string& file, std::size_t line,
-                     CatalogFindings& findings) {
+                     Findings& findings) {
   for (const TemplateFinding& mistake : mistakes) {
-    findings.add({file, line, Severity::kError, mistake.rule, mistake.text, mistake.hint});
+    findings.error(file, line, mistake.rule, mistake.text).with_hint(mistake.hint);
   }
   return mistakes.empty();
 }
 
 bool has_the_same_references(const CatalogMessage& message, std::string_view stored, const std::string& file,
-                             std::size_t line, CatalogFindings& findings) {
+                             std::size_t line, Findings& findings) {
   const auto notation = message.text->raw ? ReferenceNotation::kTemplate : ReferenceNotation::kPlaceholder;
   const auto differences =
       qzlog_tool::compare_references(qzlog_tool::references_in(message.text->stored, TemplateForm::kIcu),
                                      qzlog_tool::references_in(stored, TemplateForm::kIcu));
   for (const qzlog_tool::ReferenceDifference& difference : differences) {
-    findings.add({file, line, Severity::kError, rule_of(difference), text_of(difference, notation)});
+    findings.error(file, line, rule_of(difference), text_of(difference, notation));
   }
   return differences.empty();
 }
@@ -95,7 +95,7 @@ bool has_the_same_references(const CatalogMessage& message, std::string_view sto
 /// That the text itself is right comes first, then that it refers to the same, which says more than what is wrong with
 /// another reference.
 bool check_template(const CatalogMessage& message, std::string_view stored, const std::string& file, std::size_t line,
-                    CatalogFindings& findings) {
+                    Findings& findings) {
   std::vector<TemplateFinding> mistakes = find_mistakes(message, stored);
   const auto about_attributes =
       std::stable_partition(mistakes.begin(), mistakes.end(),
@@ -106,7 +106,7 @@ bool check_template(const CatalogMessage& message, std::string_view stored, cons
 }
 
 std::optional<std::string> lower_text(const CatalogMessage& message, std::string_view text, const std::string& file,
-                                      std::size_t line, CatalogFindings& findings) {
+                                      std::size_t line, Findings& findings) {
   const MessageScope& scope = message.uses.front().scope;
   LoweredMessage lowered = qzlog_compiler::lower_message(
       text, [&](std::string_view name) { return scope.find(name); }, MessagePath::kIcu);
@@ -118,7 +118,7 @@ std::optional<std::string> lower_text(const CatalogMessage& message, std::string
 }  // namespace
 
 std::optional<std::string> lower_translation(const CatalogMessage& message, std::string_view translation,
-                                             const std::string& file, std::size_t line, CatalogFindings& findings) {
+                                             const std::string& file, std::size_t line, Findings& findings) {
   if (message.text->raw) {
     const bool ok = check_template(message, translation, file, line, findings);
     return ok ? std::optional<std::string>(translation) : std::nullopt;

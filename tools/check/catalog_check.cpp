@@ -8,10 +8,12 @@
 #include <string_view>
 #include <utility>
 
+#include "tools/check/check_report.h"
 #include "tools/compiler/message/stored_template.h"
 #include "tools/compiler/message/template_judge.h"
 #include "tools/compiler/model/attribute_type.h"
 #include "tools/compiler/text/utf8_text.h"
+#include "tools/report/check_rules.h"
 #include "tools/templates/readable_template.h"
 #include "tools/templates/reference_comparison.h"
 #include "tools/templates/source_digest.h"
@@ -22,6 +24,7 @@ namespace {
 
 using qzlog_compiler::AttributeLookup;
 using qzlog_compiler::EntryDefinition;
+using qzlog_compiler::Finding;
 using qzlog_compiler::quoted;
 using qzlog_compiler::SelectorMessage;
 using qzlog_compiler::TemplateFinding;
@@ -82,7 +85,7 @@ class BundleCheck {
  public:
   BundleCheck(const CatalogBundle& bundle, const SourceMessages& messages,
               const std::map<std::uint32_t, EntryDefinition>& entries, const DefinitionPair& definitions,
-              bool may_be_unchanged, std::vector<CheckFinding>& findings)
+              bool may_be_unchanged, std::vector<Finding>& findings)
       : bundle_(bundle),
         messages_(messages),
         entries_(entries),
@@ -92,7 +95,7 @@ class BundleCheck {
 
   void check() {
     if (!bundle_.failure.empty()) {
-      report_.error(check_rule_name(CheckRule::kBadBundle), bundle_.failure);
+      report_.error(CheckRule::kBadBundle, bundle_.failure);
       return;
     }
     if (!bundle_.has_own_table) {
@@ -108,7 +111,7 @@ class BundleCheck {
   /// An empty bundle says on purpose that readers of the source language get what its parents have.
   void check_fallback() {
     if (may_be_unchanged_) return;
-    report_.warning(check_rule_name(CheckRule::kUnchangedText),
+    report_.warning(CheckRule::kUnchangedText,
                     "the bundle has no table STRING_TABLE; its readers get the one that it falls back to");
   }
 
@@ -117,7 +120,7 @@ class BundleCheck {
     for (const SourceMessage& source : sources) {
       report_.about_entry(source.entry_id, about_message(key));
       if (found == bundle_.templates.end()) {
-        report_.error(check_rule_name(CheckRule::kMissingMessage),
+        report_.error(CheckRule::kMissingMessage,
                       "the language " + bundle_.locale + " lacks it, so the message fails for its readers",
                       "a bundle with messages of its own gets none from the bundles that it falls back to");
       } else {
@@ -154,14 +157,14 @@ class BundleCheck {
     const auto text = readable_template(judged, lookup);
     if (!text || !has_words(*text)) return;
     if (text != readable_template(qzlog_compiler::judge_template(source, TemplateForm::kIcu, lookup), lookup)) return;
-    report_.warning(check_rule_name(CheckRule::kUnchangedText),
+    report_.warning(CheckRule::kUnchangedText,
                     "the text " + quoted(*text) + " is that of the definition, untranslated");
   }
 
   void check_key(const std::string& key) {
     if (messages_.contains(key)) return;
     report_.about(about_message(key));
-    report_.warning(check_rule_name(CheckRule::kUnusedMessage), "no definition has this key");
+    report_.warning(CheckRule::kUnusedMessage, "no definition has this key");
   }
 
   /// What a message was built from that is not what the definitions have now.
@@ -174,7 +177,7 @@ class BundleCheck {
     }
     if (stale.empty()) return;
     report_.about_file();
-    report_.warning(check_rule_name(CheckRule::kStaleCatalog),
+    report_.warning(CheckRule::kStaleCatalog,
                     (stale.size() == 1 ? "1 message was built from another text"
                                        : std::to_string(stale.size()) + " messages were built from other texts") +
                         " than the definitions have: " + first_of(stale),
@@ -205,13 +208,13 @@ std::string language_of(const std::string& locale) { return locale.substr(0, loc
 
 void check_catalog(const std::vector<CatalogBundle>& bundles, const std::string& folder,
                    const DefinitionPair& definitions, const std::string& source_language,
-                   std::vector<CheckFinding>& findings) {
+                   std::vector<Finding>& findings) {
   std::map<std::uint32_t, EntryDefinition> entries;
   for (const std::uint32_t id : definitions.entry_ids()) entries.emplace(id, *definitions.find_entry(id));
   const SourceMessages messages = messages_of(entries);
   if (bundles.front().locale != "root") {
     CheckReport(folder, findings)
-        .warning(check_rule_name(CheckRule::kNoRootBundle),
+        .warning(CheckRule::kNoRootBundle,
                  "the catalog has no root.res: readers whose language has no bundle get no messages");
   }
   for (const CatalogBundle& bundle : bundles) {

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "tools/definitions/entry_view.h"
-#include "tools/report/check_finding.h"
+#include "tools/report/finding.h"
 #include "tools/templates/message_catalog.h"
 
 namespace qzlog_tool {
@@ -14,7 +14,7 @@ namespace qzlog_tool {
 /// language of the definitions' texts ("en"): bundles of it, and the root bundle, may read as the definitions do.
 void check_catalog(const std::vector<CatalogBundle>& bundles, const std::string& folder,
                    const DefinitionPair& definitions, const std::string& source_language,
-                   std::vector<CheckFinding>& findings);
+                   std::vector<qzlog_compiler::Finding>& findings);
 
 }  // namespace qzlog_tool
 

@@ -1,30 +1,35 @@
 #include "tools/check/check_command.h"
 
 #include <CLI/CLI.hpp>
-#include <algorithm>
+#include <functional>
 #include <iostream>
 #include <memory>
+#include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "tools/check/catalog_check.h"
+#include "tools/check/check_report.h"
 #include "tools/check/compiled_check.h"
 #include "tools/check/library_check.h"
 #include "tools/definitions/definitions.h"
 #include "tools/definitions/entry_view.h"
 #include "tools/definitions/message_path_option.h"
 #include "tools/options/option_checks.h"
-#include "tools/report/check_finding.h"
+#include "tools/report/finding_json.h"
+#include "tools/report/finding_printer.h"
 #include "tools/system/command_error.h"
 #include "tools/system/standard_input.h"
+#include "tools/system/terminal.h"
 #include "tools/templates/message_catalog.h"
 
 namespace qzlog_tool {
 
 namespace {
 
+using qzlog_compiler::Finding;
 using qzlog_compiler::MessagePath;
 
 struct CheckOptions {
@@ -48,7 +53,7 @@ or has too many, references that it loses, adds or shows in another format, patt
 that nobody translated, messages that were built from another text than the definitions have now. Give the auxiliary
 file too where the catalog has its messages.
 
-Findings go to standard output, one line each, or as a JSON array with --json.
+Findings go to standard output, with the line of a source that they are about, or as JSON with --json.
 
 Exit status: 0 no errors, 1 errors (with --strict warnings too), 2 wrong usage or a file that cannot be read.
 
@@ -59,43 +64,53 @@ Examples:
   qzlog check storage.yaml --strict --json
 )";
 
-/// The compiler's diagnostics of a source.
-void report_source(const Definitions& definitions, std::vector<CheckFinding>& findings) {
-  if (!definitions.is_source) return;
-  for (const auto& diagnostic : definitions.diagnostics) findings.push_back(finding_of(diagnostic));
-}
+/// What a check found, and the texts of the sources that it is about.
+struct CheckResult {
+  std::vector<Finding> findings;
+  std::vector<std::pair<std::string, std::string>> sources;
 
-/// Counts that the library wraps are told one by one with the rest of the content.
-void report_damage(const Definitions& definitions, std::vector<CheckFinding>& findings) {
-  if (definitions.is_source || definitions.is_whole) return;
-  findings.push_back(finding_of(definitions.diagnostics.front()));
-}
+  bool has_errors() const { return qzlog_compiler::has_errors(findings); }
+  void print(std::ostream& out) const {
+    FindingPrinter printer(stdout_has_colour());
+    for (const auto& [file, text] : sources) printer.add_source(file, text);
+    printer.print(findings, out);
+  }
+};
 
 class Check {
  public:
   explicit Check(const CheckOptions& options) : options_(options), path_(message_path_of(options.path)) {}
 
-  std::vector<CheckFinding> run() {
+  CheckResult run() {
     const Definitions standard = read(options_.standard, nullptr);
-    CheckReport report(standard.shown_path, findings_);
+    CheckReport report(standard.shown_path, result_.findings);
     const bool loaded = !standard.bytes.empty() && check_standard_with_library(standard.bytes, report);
     check_content(standard, nullptr, report);
     std::optional<Definitions> auxiliary;
     if (!options_.auxiliary.empty()) auxiliary = check_auxiliary(standard, loaded);
     if (!options_.catalog.empty()) check_languages(standard, auxiliary ? &*auxiliary : nullptr);
-    return std::move(findings_);
+    return std::move(result_);
   }
 
  private:
   Definitions read(const std::string& path, const Definitions* standard) {
     Definitions definitions = read_definitions(read_definition_file(path), {.standard = standard, .path = path_});
-    report_source(definitions, findings_);
+    if (!definitions.is_source) return definitions;
+    const std::vector<Finding>& found = definitions.diagnostics;
+    result_.findings.insert(result_.findings.end(), found.begin(), found.end());
+    result_.sources.emplace_back(definitions.shown_path, definitions.source);
     return definitions;
+  }
+
+  /// Counts that the library wraps are told one by one with the rest of the content.
+  void report_damage(const Definitions& definitions) {
+    if (definitions.is_source || definitions.is_whole) return;
+    result_.findings.push_back(definitions.diagnostics.front());
   }
 
   /// What a file says, apart from what the library does with it. `standard` is null for a standard file.
   void check_content(const Definitions& definitions, const Definitions* standard, CheckReport& report) {
-    report_damage(definitions, findings_);
+    report_damage(definitions);
     if (definitions.is_source) return;
     check_compiled({definitions.bytes, &definitions.model}, standard != nullptr ? &standard->model : nullptr, path_,
                    report);
@@ -104,12 +119,12 @@ class Check {
   /// Over a standard file that is not whole, half of what could be said of an auxiliary one would be wrong.
   Definitions check_auxiliary(const Definitions& standard, bool loaded) {
     Definitions auxiliary = read(options_.auxiliary, &standard);
-    CheckReport report(auxiliary.shown_path, findings_);
+    CheckReport report(auxiliary.shown_path, result_.findings);
     if (loaded && !auxiliary.bytes.empty()) check_auxiliary_with_library(auxiliary.bytes, standard.bytes, report);
     if (standard.is_whole) {
       check_content(auxiliary, &standard, report);
     } else {
-      report_damage(auxiliary, findings_);
+      report_damage(auxiliary);
     }
     return auxiliary;
   }
@@ -118,25 +133,24 @@ class Check {
     const std::vector<CatalogBundle> bundles = read_catalog(options_.catalog);
     if (!standard.is_whole || (auxiliary != nullptr && !auxiliary->is_whole)) return;
     const DefinitionPair definitions(standard.model, auxiliary != nullptr ? &auxiliary->model : nullptr);
-    check_catalog(bundles, options_.catalog, definitions, options_.source_language, findings_);
+    check_catalog(bundles, options_.catalog, definitions, options_.source_language, result_.findings);
   }
 
   const CheckOptions& options_;
   MessagePath path_;
-  std::vector<CheckFinding> findings_;
+  CheckResult result_;
 };
 
 int check(const CheckOptions& options) {
   refuse_repeated_standard_input({options.standard, options.auxiliary});
-  std::vector<CheckFinding> findings = Check(options).run();
-  const auto is_error = [](const CheckFinding& finding) { return finding.severity == Severity::kError; };
-  if (options.errors_only) std::erase_if(findings, std::not_fn(is_error));
+  CheckResult result = Check(options).run();
+  if (options.errors_only) std::erase_if(result.findings, std::not_fn(qzlog_compiler::is_error));
   if (options.json) {
-    print_findings_json(std::cout, findings);
+    std::cout << json_result_text(json_result(result.findings));
   } else {
-    print_findings(std::cout, findings);
+    result.print(std::cout);
   }
-  const bool failed = options.strict ? !findings.empty() : std::any_of(findings.begin(), findings.end(), is_error);
+  const bool failed = options.strict ? !result.findings.empty() : result.has_errors();
   return failed ? kExitFindings : kExitSuccess;
 }
 
@@ -161,7 +175,7 @@ void add_check_command(CLI::App& app, int& exit_status) {
       ->capture_default_str()
       ->check(check_not_empty);
   add_message_path_option(*command, options->path, "Rendering path that the texts have to come out right on");
-  command->add_flag("--json", options->json, "Print the findings as a JSON array");
+  command->add_flag("--json", options->json, "Print the findings as JSON");
   const auto strict = command->add_flag("--strict", options->strict, "Warnings make the exit status 1 too");
   command->add_flag("--errors-only", options->errors_only, "Leave the warnings out")->excludes(strict);
   command->callback([options, &exit_status] { exit_status = check(*options); });

@@ -18,6 +18,7 @@
 #include "tools/compiler/source/scalar_values.h"
 #include "tools/compiler/text/utf8_text.h"
 #include "tools/definitions/entry_view.h"
+#include "tools/report/source_rules.h"
 #include "tools/templates/readable_template.h"
 
 namespace qzlog_tool {
@@ -34,8 +35,8 @@ using qzlog_compiler::MessageText;
 using qzlog_compiler::ModelWarning;
 using qzlog_compiler::quoted;
 using qzlog_compiler::Rule;
-using qzlog_compiler::rule_name;
 using qzlog_compiler::SelectorMessage;
+using qzlog_compiler::Severity;
 using qzlog_compiler::SourcePosition;
 using qzlog_compiler::TemplateFinding;
 using qzlog_compiler::TemplateForm;
@@ -48,16 +49,15 @@ std::string of_selector_message(const SelectorMessage& message) {
 
 void check_count(std::size_t count, Rule rule, const char* what, CheckReport& report) {
   if (count <= kMaximumCount) return;
-  report.error(rule_name(rule), std::to_string(count) + " " + what +
-                                    "; the library counts them in 8 bits and forgets all that it has at the 256th");
+  report.error(rule, std::to_string(count) + " " + what +
+                         "; the library counts them in 8 bits and forgets all that it has at the 256th");
 }
 
 void check_types(const std::vector<AttributeDefinition>& attributes, CheckReport& report) {
   for (const AttributeDefinition& attribute : attributes) {
     if (qzlog_compiler::short_type_name(attribute.type) != "Unknown") continue;
-    report.warning(rule_name(Rule::kUnknownType), "the type code " + std::to_string(static_cast<int>(attribute.type)) +
-                                                      " of " + quoted(attribute.name) +
-                                                      " means nothing; no value can be set");
+    report.warning(Rule::kUnknownType, "the type code " + std::to_string(static_cast<int>(attribute.type)) + " of " +
+                                           quoted(attribute.name) + " means nothing; no value can be set");
   }
 }
 
@@ -74,7 +74,7 @@ class MessageCheck {
     TemplateJudgement narrow;
     const bool readable = qzlog_compiler::is_utf8(message.stored);
     if (path_ != MessagePath::kNarrow && !readable) {
-      report_.warning(rule_name(Rule::kInvalidUtf8), "the text is not UTF-8, so ICU shows substitution characters");
+      report_.warning(Rule::kInvalidUtf8, "the text is not UTF-8, so ICU shows substitution characters");
     }
     if (path_ != MessagePath::kNarrow && readable) icu = judge(message, TemplateForm::kIcu);
     if (path_ != MessagePath::kIcu) narrow = judge(message, TemplateForm::kNarrow);
@@ -115,7 +115,7 @@ class MessageCheck {
     const auto wide_text = readable_template(icu, lookup_);
     const auto narrow_text = readable_template(narrow, lookup_);
     if (wide_text == narrow_text || !wide_text || !narrow_text) return;
-    report_.warning(rule_name(Rule::kPathConflict),
+    report_.warning(Rule::kPathConflict,
                     "the ICU path shows " + quoted(*wide_text) + ", the narrow path " + quoted(*narrow_text));
   }
 
@@ -153,13 +153,13 @@ class EntryCheck {
     if (entry_.selector.attribute.empty()) return;
     const AttributeDefinition* const attribute = find_selector();
     if (attribute == nullptr) {
-      report_.warning(rule_name(Rule::kUnknownSelectorAttribute),
+      report_.warning(Rule::kUnknownSelectorAttribute,
                       "the entry has no attribute " + quoted(entry_.selector.attribute) + " to select its messages by");
       return;
     }
     const auto limit = qzlog_compiler::selector_value_limit(attribute->type);
     if (!limit) {
-      report_.error(rule_name(Rule::kSelectorAttributeType),
+      report_.error(Rule::kSelectorAttributeType,
                     quoted(attribute->name) + " is " + std::string(qzlog_compiler::short_type_name(attribute->type)) +
                         "; the message fails wherever it is set, for a selector attribute is UInt1, UInt2 or UInt4");
       return;
@@ -179,9 +179,9 @@ class EntryCheck {
     for (const SelectorMessage& message : entry_.selector.messages) {
       if (message.value <= limit) continue;
       report_.about_entry(entry_.id, of_selector_message(message));
-      report_.warning(rule_name(Rule::kSelectorValueRange), "the value " + std::to_string(message.value) +
-                                                                " is never met: the selector attribute holds at " +
-                                                                "most " + std::to_string(limit));
+      report_.warning(Rule::kSelectorValueRange, "the value " + std::to_string(message.value) +
+                                                     " is never met: the selector attribute holds at " + "most " +
+                                                     std::to_string(limit));
     }
   }
 
@@ -192,12 +192,12 @@ class EntryCheck {
       report_.about_entry(entry_.id, of_selector_message(message));
       if (!indexes.insert(message.index).second) {
         report_.warning(
-            rule_name(Rule::kDuplicateSelectorIndex),
+            Rule::kDuplicateSelectorIndex,
             "an earlier message has the index " + std::to_string(message.index) + ", so nobody can ask for this one");
       }
       if (!values.insert(message.value).second) {
         report_.warning(
-            rule_name(Rule::kDuplicateSelectorValue),
+            Rule::kDuplicateSelectorValue,
             "an earlier message has the value " + std::to_string(message.value) + ", which never selects this one");
       }
       check_message_id(message.id);
@@ -208,8 +208,7 @@ class EntryCheck {
 
   void check_message_id(const std::string& id) {
     if (!id.empty()) return;
-    report_.warning(rule_name(Rule::kEmptyMessageId),
-                    "an empty catalog key: the message fails wherever a catalog is in use");
+    report_.warning(Rule::kEmptyMessageId, "an empty catalog key: the message fails wherever a catalog is in use");
   }
 
   void check_messages() {
@@ -236,7 +235,7 @@ void check_map(std::string_view bytes, CheckReport& report) {
   for (const auto& pair : qzlog_compiler::read_entry_map(bytes)) {
     if (ids.insert(pair.id).second) continue;
     report.about_entry(pair.id);
-    report.warning(rule_name(Rule::kDuplicateId), "the map lists the ID again; of several records the last one counts");
+    report.warning(Rule::kDuplicateId, "the map lists the ID again; of several records the last one counts");
   }
 }
 
@@ -247,7 +246,7 @@ void check_globals(const DefinitionModel& model, CheckReport& report) {
   std::set<std::string_view> names;
   for (const AttributeDefinition& global : model.globals) {
     if (names.insert(global.name).second) continue;
-    report.warning(rule_name(Rule::kDuplicateGlobal),
+    report.warning(Rule::kDuplicateGlobal,
                    quoted(global.name) + " is the name of another global attribute, which this one replaces");
   }
 }
@@ -256,8 +255,8 @@ void check_version(std::string_view bytes, const DefinitionModel& model, CheckRe
   const bool has_header = qzlog_compiler::looks_like_ldf(bytes) && bytes.size() >= qzlog_compiler::ldf::kHeaderSize;
   if (!has_header || qzlog_compiler::is_version(model.version)) return;
   report.about_file();
-  report.warning(rule_name(Rule::kBadVersion), "entries cannot take their version from the tag " +
-                                                   quoted(model.version) + "; a version is MAJOR.MINOR in digits");
+  report.warning(Rule::kBadVersion, "entries cannot take their version from the tag " + quoted(model.version) +
+                                        "; a version is MAJOR.MINOR in digits");
 }
 
 /// The compiler's own checks of an auxiliary model ask for places in a source. The line is the place of the entry in
@@ -278,15 +277,15 @@ DefinitionModel with_places(const DefinitionModel& model) {
 }
 
 void check_merge(const DefinitionModel& model, const DefinitionModel& standard, CheckReport& report) {
-  qzlog_compiler::Diagnostics diagnostics("");
+  qzlog_compiler::Findings diagnostics("");
   qzlog_compiler::check_aux_merge(with_places(model), qzlog_compiler::ModelIndex(standard), "", diagnostics);
-  for (qzlog_compiler::Diagnostic& found : diagnostics.take_sorted()) {
-    if (found.position.known()) {
-      report.about_entry(model.entries[found.position.line - 1].id);
+  for (qzlog_compiler::Finding& found : diagnostics.take_sorted()) {
+    if (found.place.known()) {
+      report.about_entry(model.entries[found.place.line - 1].id);
     } else {
       report.about_file();
     }
-    report.add(found.severity, rule_name(found.rule), std::move(found.text), std::move(found.hint));
+    report.add(found.severity, found.rule, std::move(found.text), std::move(found.hint));
   }
 }
 
@@ -306,7 +305,7 @@ void report_warnings(const DefinitionModel& model, const DefinitionModel* standa
     } else {
       report.about_file();
     }
-    report.add(Severity::kWarning, rule_name(warning.rule), std::move(warning.text), std::move(warning.hint));
+    report.add(Severity::kWarning, warning.rule, std::move(warning.text), std::move(warning.hint));
   }
 }
 

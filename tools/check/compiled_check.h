@@ -3,9 +3,9 @@
 
 #include <string_view>
 
+#include "tools/check/check_report.h"
 #include "tools/compiler/message/message_lowering.h"
 #include "tools/compiler/model/definition_model.h"
-#include "tools/report/check_finding.h"
 
 namespace qzlog_tool {
 

@@ -10,6 +10,7 @@
 #include "qzlog/logentry.h"
 #include "tools/compiler/file/entry_map.h"
 #include "tools/compiler/file/ldf_format.h"
+#include "tools/report/check_rules.h"
 #include "tools/report/library_text.h"
 #include "tools/system/memory_file.h"
 
@@ -30,11 +31,11 @@ constexpr struct {
     {"selector message index in AUX", CheckRule::kRefusedSelectorMessage},
 };
 
-std::string_view rule_of(const std::string& text, CheckRule otherwise) {
+qzlog_compiler::AnyRule rule_of(const std::string& text, CheckRule otherwise) {
   for (const auto& refusal : kRefusals) {
-    if (text.find(refusal.part_of_text) != std::string::npos) return check_rule_name(refusal.rule);
+    if (text.find(refusal.part_of_text) != std::string::npos) return refusal.rule;
   }
-  return check_rule_name(otherwise);
+  return otherwise;
 }
 
 /// The library's text where it throws, nothing where it does not.
@@ -130,7 +131,7 @@ std::set<std::uint32_t> load_one_by_one(const std::string& bytes, const std::str
 
 void report_refused_file(const std::string& text, CheckReport& report) {
   report.about_file();
-  report.error(check_rule_name(CheckRule::kRefusedFile), text);
+  report.error(CheckRule::kRefusedFile, text);
 }
 
 }  // namespace

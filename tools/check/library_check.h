@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "tools/report/check_finding.h"
+#include "tools/check/check_report.h"
 
 namespace qzlog_tool {
 

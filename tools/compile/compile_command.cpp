@@ -18,6 +18,7 @@
 #include "tools/definitions/definitions.h"
 #include "tools/definitions/message_path_option.h"
 #include "tools/options/option_checks.h"
+#include "tools/report/finding_printer.h"
 #include "tools/system/command_error.h"
 #include "tools/system/output_file.h"
 #include "tools/system/standard_input.h"
@@ -103,14 +104,14 @@ std::optional<Definitions> compile_source(const CompileCommandOptions& options) 
     reading.standard = &standard;
   }
   Definitions definitions = read_definitions(read_definition_source(options.source), reading);
-  print_diagnostics(definitions, reading.standard);
+  print_findings(definitions, reading.standard);
   return definitions.ok() ? std::optional(std::move(definitions)) : std::nullopt;
 }
 
 std::optional<Definitions> merge_source(const Definitions& standard, const CompileCommandOptions& options) {
   Definitions merged =
       merge_definitions(standard, read_definition_source(options.auxiliary), message_path_of(options.path));
-  print_diagnostics(merged, &standard);
+  print_findings(merged, &standard);
   return merged.ok() ? std::optional(std::move(merged)) : std::nullopt;
 }
 

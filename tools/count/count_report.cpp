@@ -10,6 +10,8 @@
 #include "tools/report/json_stream.h"
 #include "tools/report/text_table.h"
 
+#include "tools/report/finding_json.h"
+
 namespace qzlog_tool {
 
 namespace {
@@ -17,14 +19,13 @@ namespace {
 using qzlog_compiler::JsonLayout;
 using qzlog_compiler::JsonListStream;
 using qzlog_compiler::JsonObjectStream;
+using qzlog_compiler::kResultLayout;
+using qzlog_compiler::kResultListLayout;
 using qzlog_compiler::TextRow;
 
 constexpr const char* kTotal = "total";
 constexpr const char* kNoName = "-";
 
-/// A member in each line; lists with an item in each line.
-constexpr JsonLayout kOuterLayout = {",", "\n  ", "\n", " "};
-constexpr JsonLayout kListLayout = {",", "\n    ", "\n  "};
 constexpr JsonLayout kItemLayout = {", ", "", "", " "};
 
 /// The rows of the table, each made when it is asked for: first, for each day, its counts and its total.
@@ -89,7 +90,7 @@ void add_key(JsonObjectStream& json, std::int32_t key, const KeyNames* names) {
 /// Adds a list with an object for each element of `range`, whose members `add_members` adds.
 template <class Range, class AddMembers>
 void add_list(JsonObjectStream& json, const char* name, const Range& range, AddMembers add_members) {
-  JsonListStream list(json.member(name), kListLayout);
+  JsonListStream list(json.member(name), kResultListLayout);
   for (const auto& element : range) {
     JsonObjectStream item(list.item(), kItemLayout);
     add_members(item, element);
@@ -121,8 +122,9 @@ void write_count_table(const CountReport& report, const KeyNames* names, std::os
   qzlog_compiler::write_text_table({titles, rows.size(), row, qzlog_compiler::kAnyWidth}, 0, 0, out);
 }
 
-void write_count_json(const CountReport& report, const KeyNames* names, std::uint64_t damaged, std::ostream& out) {
-  JsonObjectStream json(out, kOuterLayout);
+void write_count_json(const CountReport& report, const KeyNames* names, const CountDamage& damage, std::ostream& out) {
+  JsonObjectStream json(out, kResultLayout);
+  add_json_beginning(damage.findings, json);
   add_list(json, "counts", report.counts, [names](JsonObjectStream& item, const DayCount& count) {
     item.text("day", day_text(count.day));
     add_key(item, count.key, names);
@@ -137,7 +139,7 @@ void write_count_json(const CountReport& report, const KeyNames* names, std::uin
     item.number("count", total.second);
   });
   json.number("total", report.total);
-  json.number("damaged", damaged);
+  json.number("damaged", damage.records);
   json.end();
   out << '\n';
 }

@@ -36,8 +36,14 @@ CountReport make_count_report(std::span<const DayCount> counts);
 /// A line for each day and key, each day, each key, and all. `names` is null where none are known.
 void write_count_table(const CountReport& report, const KeyNames* names, std::ostream& out);
 
-/// The same as one JSON object, with the number of damaged records.
-void write_count_json(const CountReport& report, const KeyNames* names, std::uint64_t damaged, std::ostream& out);
+/// Of the records that were left out.
+struct CountDamage {
+  std::uint64_t records = 0;
+  std::span<const qzlog_compiler::Finding> findings;  ///< about the first of them
+};
+
+/// The same as one JSON object, with the damage.
+void write_count_json(const CountReport& report, const KeyNames* names, const CountDamage& damage, std::ostream& out);
 
 }  // namespace qzlog_tool
 

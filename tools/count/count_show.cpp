@@ -6,8 +6,10 @@
 #include <iostream>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 #include "tools/count/bar_chart.h"
@@ -17,6 +19,7 @@
 #include "tools/count/counter_reader.h"
 #include "tools/count/entry_counting.h"
 #include "tools/options/option_checks.h"
+#include "tools/report/finding_printer.h"
 #include "tools/system/command_error.h"
 #include "tools/system/file_descriptor.h"
 #include "tools/system/output_file.h"
@@ -26,6 +29,8 @@
 namespace qzlog_tool {
 
 namespace {
+
+using qzlog_compiler::Finding;
 
 struct ShowOptions {
   std::string file;
@@ -59,21 +64,27 @@ std::string counter_file_of(const std::string& argument) {
   return argument == "-" || is_there ? argument : parse_counter_path(argument).file;
 }
 
-/// Reports damage and counts it.
+/// Reports damage, counts it and keeps the beginning.
 class DamageReport {
  public:
   explicit DamageReport(std::string file_name) : file_name_(std::move(file_name)) {}
 
-  void add(const CounterDamage& damage) {
+  void add(Finding damage) {
     ++count_;
-    std::cerr << file_name_ << ": offset " << damage.offset << ": " << error_label() << ' ' << damage.text << " ["
-              << counter_rule_name(damage.rule) << "]\n";
+    damage.file = file_name_;
+    printer_.print({&damage, 1}, std::cerr);
+    if (kept_.size() < kKeptFindings) kept_.push_back(std::move(damage));
   }
   std::uint64_t count() const noexcept { return count_; }
+  std::span<const Finding> kept() const noexcept { return kept_; }
 
  private:
+  static constexpr std::size_t kKeptFindings = 100;
+
   std::string file_name_;
+  FindingPrinter printer_{stderr_has_colour()};
   std::uint64_t count_ = 0;
+  std::vector<Finding> kept_;
 };
 
 std::vector<DayCount> read_file_counts(const std::string& path, DamageReport& damage) {
@@ -81,9 +92,9 @@ std::vector<DayCount> read_file_counts(const std::string& path, DamageReport& da
   ProgressLine progress("records");
   return read_counts(
       file.get(), path,
-      [&](const CounterDamage& found) {
+      [&](Finding found) {
         progress.clear();
-        damage.add(found);
+        damage.add(std::move(found));
       },
       [&](std::uint64_t count) { progress.update(count); });
 }
@@ -103,10 +114,10 @@ std::optional<KeyNames> key_names(const std::string& definitions) {
 }
 
 void write(const std::vector<DayCount>& counts, const ShowOptions& options, const KeyNames* names,
-           std::uint64_t damaged) {
+           const DamageReport& damage) {
   const CountReport report = make_count_report(counts);
   if (options.json) {
-    write_count_json(report, names, damaged, std::cout);
+    write_count_json(report, names, {damage.count(), damage.kept()}, std::cout);
   } else if (options.chart) {
     write_bar_chart(report.days, output_columns(), std::cout);
   } else {
@@ -122,7 +133,7 @@ int show(const ShowOptions& options) {
   DamageReport damage(display_name(path));
   std::vector<DayCount> counts = read_file_counts(path, damage);
   keep_days(counts, options);
-  write(counts, options, names ? &*names : nullptr, damage.count());
+  write(counts, options, names ? &*names : nullptr, damage);
   return damage.count() == 0 ? kExitSuccess : kExitFindings;
 }
 

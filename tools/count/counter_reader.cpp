@@ -11,13 +11,17 @@ namespace qzlog_tool {
 
 namespace {
 
-constexpr CounterRuleInfo kRules[] = {
+using qzlog_compiler::Finding;
+using qzlog_compiler::RuleInfo;
+
+constexpr RuleInfo kRules[] = {
     {CounterRule::kRecordSize, "record-size", "The size field of a record is not 32."},
     {CounterRule::kImpossibleDate, "impossible-date",
      "A record's year, month and day are no date in the years 1 to 9999."},
     {CounterRule::kDuplicateRecord, "duplicate-record", "An earlier record has the same day and key."},
     {CounterRule::kPartialRecord, "partial-record", "The file ends inside a record: its length is no multiple of 32."},
 };
+static_assert(is_whole_table(kRules, CounterRule::kPartialRecord));
 
 constexpr std::size_t kBufferBytes = std::size_t{64} << 10;
 static_assert(kBufferBytes % kCounterRecordBytes == 0);
@@ -41,43 +45,58 @@ std::string fields_text(const CounterRecord& record) {
          ", key " + std::to_string(record.key) + ", count " + std::to_string(record.count);
 }
 
-CounterDamage wrong_size(const CounterRecord& record) {
-  return {CounterRule::kRecordSize, record.offset,
-          "the size field is " + std::to_string(record.record_size) + " instead of 32 (" + fields_text(record) + ")"};
+Finding damage_at(std::uint64_t offset, CounterRule rule, std::string text) {
+  Finding finding{"", {}, qzlog_compiler::Severity::kError, rule, std::move(text)};
+  finding.offset = offset;
+  return finding;
 }
 
-CounterDamage impossible_date(const CounterRecord& record) {
-  return {CounterRule::kImpossibleDate, record.offset, "there is no such date (" + fields_text(record) + ")"};
+Finding wrong_size(const CounterRecord& record) {
+  return damage_at(
+      record.offset, CounterRule::kRecordSize,
+      "the size field is " + std::to_string(record.record_size) + " instead of 32 (" + fields_text(record) + ")");
 }
 
-CounterDamage duplicate(const DayCount& count, std::uint64_t first_offset) {
-  return {CounterRule::kDuplicateRecord, count.offset,
-          "the record at offset " + std::to_string(first_offset) + " has the same day and key (" + day_text(count.day) +
-              ", key " + std::to_string(count.key) + ", count " + std::to_string(count.count) + ")"};
+Finding impossible_date(const CounterRecord& record) {
+  return damage_at(record.offset, CounterRule::kImpossibleDate, "there is no such date (" + fields_text(record) + ")");
+}
+
+/// A count whose day and key an earlier record has.
+struct Duplicate {
+  DayCount count;
+  std::uint64_t first_offset;
+};
+
+Finding duplicate_record(const Duplicate& duplicate) {
+  const DayCount& count = duplicate.count;
+  return damage_at(count.offset, CounterRule::kDuplicateRecord,
+                   "the record at offset " + std::to_string(duplicate.first_offset) + " has the same day and key (" +
+                       day_text(count.day) + ", key " + std::to_string(count.key) + ", count " +
+                       std::to_string(count.count) + ")");
 }
 
 // Leaves the first record of each day and key; `counts` is sorted.
-std::vector<CounterDamage> take_duplicates(std::vector<DayCount>& counts) {
-  std::vector<CounterDamage> found;
+std::vector<Duplicate> take_duplicates(std::vector<DayCount>& counts) {
+  std::vector<Duplicate> found;
   std::size_t kept = 0;
   for (const DayCount& count : counts) {
     if (kept > 0 && is_same_combination(counts[kept - 1], count)) {
-      found.push_back(duplicate(count, counts[kept - 1].offset));
+      found.push_back({count, counts[kept - 1].offset});
     } else {
       counts[kept++] = count;
     }
   }
   counts.resize(kept);
   std::sort(found.begin(), found.end(),
-            [](const CounterDamage& left, const CounterDamage& right) { return left.offset < right.offset; });
+            [](const Duplicate& left, const Duplicate& right) { return left.count.offset < right.count.offset; });
   return found;
 }
 
 }  // namespace
 
-std::span<const CounterRuleInfo> all_counter_rules() { return kRules; }
+std::span<const RuleInfo> all_counter_rules() { return kRules; }
 
-std::string_view counter_rule_name(CounterRule rule) { return kRules[static_cast<std::size_t>(rule)].name; }
+const RuleInfo& rule_info(CounterRule rule) { return kRules[static_cast<std::size_t>(rule)]; }
 
 CounterRecordReader::CounterRecordReader(int descriptor, std::string file_name)
     : descriptor_(descriptor), file_name_(std::move(file_name)), buffer_(new char[kBufferBytes]) {}
@@ -110,7 +129,7 @@ bool CounterRecordReader::next(CounterRecord& record) {
 }
 
 std::vector<DayCount> read_counts(int descriptor, const std::string& file_name,
-                                  const std::function<void(const CounterDamage&)>& report,
+                                  const std::function<void(Finding)>& report,
                                   const std::function<void(std::uint64_t)>& progress) {
   std::vector<DayCount> counts;
   CounterRecordReader reader(descriptor, file_name);
@@ -128,10 +147,10 @@ std::vector<DayCount> read_counts(int descriptor, const std::string& file_name,
   }
   std::sort(counts.begin(), counts.end(),
             [](const DayCount& left, const DayCount& right) { return order(left) < order(right); });
-  for (const CounterDamage& damage : take_duplicates(counts)) report(damage);
+  for (const Duplicate& found : take_duplicates(counts)) report(duplicate_record(found));
   if (reader.rest_bytes() > 0) {
-    report({CounterRule::kPartialRecord, reader.offset(),
-            "the file ends after " + std::to_string(reader.rest_bytes()) + " of the 32 bytes"});
+    report(damage_at(reader.offset(), CounterRule::kPartialRecord,
+                     "the file ends after " + std::to_string(reader.rest_bytes()) + " of the 32 bytes"));
   }
   return counts;
 }

@@ -7,16 +7,16 @@
 #include <memory>
 #include <span>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "tools/count/calendar_day.h"
+#include "tools/report/finding.h"
 
 namespace qzlog_tool {
 
 inline constexpr std::size_t kCounterRecordBytes = 32;
 
-/// What can be wrong in a counter file. The names that users see are in `all_counter_rules()`; they never change.
+/// What can be wrong in a counter file.
 enum class CounterRule {
   kRecordSize,
   kImpossibleDate,
@@ -24,16 +24,10 @@ enum class CounterRule {
   kPartialRecord,
 };
 
-struct CounterRuleInfo {
-  CounterRule rule;
-  std::string_view name;     ///< as it stands in brackets at the end of an error
-  std::string_view meaning;  ///< one sentence for the documentation
-};
-
 /// All rules, in the order of `CounterRule`.
-std::span<const CounterRuleInfo> all_counter_rules();
+std::span<const qzlog_compiler::RuleInfo> all_counter_rules();
 
-std::string_view counter_rule_name(CounterRule rule);
+const qzlog_compiler::RuleInfo& rule_info(CounterRule rule);
 
 /// One record as it stands in the file.
 struct CounterRecord {
@@ -80,17 +74,12 @@ struct DayCount {
   std::uint64_t offset = 0;
 };
 
-struct CounterDamage {
-  CounterRule rule;
-  std::uint64_t offset;
-  std::string text;
-};
-
-/// Every count of a counter file, ordered by day and key; free records are passed over. What is damaged is reported and
-/// left out; of several records for one day and key the first counts, as it is the one that a counter finds. `progress`
-/// hears the number of records read. Throws CommandError when the file cannot be read.
+/// Every count of a counter file, ordered by day and key; free records are passed over. What is damaged is reported,
+/// without the name of the file, and left out; of several records for one day and key the first counts, as it is the
+/// one that a counter finds. `progress` hears the number of records read. Throws CommandError when the file cannot be
+/// read.
 std::vector<DayCount> read_counts(int descriptor, const std::string& file_name,
-                                  const std::function<void(const CounterDamage&)>& report,
+                                  const std::function<void(qzlog_compiler::Finding)>& report,
                                   const std::function<void(std::uint64_t)>& progress);
 
 }  // namespace qzlog_tool

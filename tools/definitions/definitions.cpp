@@ -1,12 +1,13 @@
 #include "tools/definitions/definitions.h"
 
+#include <functional>
 #include <iostream>
 #include <stdexcept>
 #include <utility>
 
 #include "tools/compiler/file/ldf_reader.h"
 #include "tools/compiler/source/compiler.h"
-#include "tools/report/diagnostic_printer.h"
+#include "tools/report/finding_printer.h"
 #include "tools/system/command_error.h"
 #include "tools/system/terminal.h"
 
@@ -16,7 +17,6 @@ namespace {
 
 using qzlog_compiler::CompileOptions;
 using qzlog_compiler::CompileResult;
-using qzlog_compiler::Diagnostic;
 using qzlog_compiler::MessagePath;
 
 Definitions read_compiled(DefinitionFile file) {
@@ -65,14 +65,13 @@ Definitions read_definitions(DefinitionFile file, const ReadingOptions& options)
 Definitions read_errors_only(DefinitionFile file, ReadingOptions options) {
   options.surprises = false;
   Definitions definitions = read_definitions(std::move(file), options);
-  std::erase_if(definitions.diagnostics,
-                [](const Diagnostic& found) { return found.severity != qzlog_compiler::Severity::kError; });
+  std::erase_if(definitions.diagnostics, std::not_fn(qzlog_compiler::is_error));
   return definitions;
 }
 
 Definitions read_without_errors(DefinitionFile file, const ReadingOptions& options, int exit_status) {
   Definitions definitions = read_errors_only(std::move(file), options);
-  print_diagnostics(definitions, options.standard);
+  print_findings(definitions, options.standard);
   if (!definitions.ok()) throw CommandError(exit_status, "");
   return definitions;
 }
@@ -83,11 +82,11 @@ Definitions merge_definitions(const Definitions& standard, DefinitionFile auxili
   });
 }
 
-void print_diagnostics(const Definitions& definitions, const Definitions* standard) {
-  DiagnosticPrinter printer(std::cerr, stderr_has_colour());
+void print_findings(const Definitions& definitions, const Definitions* standard) {
+  FindingPrinter printer(stderr_has_colour());
   printer.add_source(definitions.shown_path, definitions.source);
   if (standard != nullptr) printer.add_source(standard->shown_path, standard->source);
-  printer.print(definitions.diagnostics);
+  printer.print(definitions.diagnostics, std::cerr);
 }
 
 }  // namespace qzlog_tool

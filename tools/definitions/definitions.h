@@ -7,7 +7,7 @@
 #include "tools/compiler/message/message_lowering.h"
 #include "tools/compiler/model/definition_model.h"
 #include "tools/definitions/definition_file.h"
-#include "tools/report/diagnostics.h"
+#include "tools/report/finding.h"
 
 namespace qzlog_tool {
 
@@ -22,7 +22,7 @@ struct Definitions {
   qzlog_compiler::DefinitionModel model;
   /// Those of a source, sorted; one error for a compiled file that is damaged, or in which there is more of something
   /// than the library counts.
-  std::vector<qzlog_compiler::Diagnostic> diagnostics;
+  std::vector<qzlog_compiler::Finding> diagnostics;
 
   bool ok() const { return !qzlog_compiler::has_errors(diagnostics); }
 };
@@ -50,7 +50,7 @@ Definitions read_without_errors(DefinitionFile file, const ReadingOptions& optio
 Definitions merge_definitions(const Definitions& standard, DefinitionFile auxiliary, qzlog_compiler::MessagePath path);
 
 /// Shows the diagnostics on standard error, with the lines of the source and of the one that it extends.
-void print_diagnostics(const Definitions& definitions, const Definitions* standard);
+void print_findings(const Definitions& definitions, const Definitions* standard);
 
 }  // namespace qzlog_tool
 

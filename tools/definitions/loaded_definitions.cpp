@@ -9,16 +9,19 @@
 #include "qzlog/logcfg.h"
 #include "tools/definitions/definition_file.h"
 #include "tools/definitions/definitions.h"
+#include "tools/report/finding_printer.h"
 #include "tools/report/library_text.h"
+#include "tools/report/source_rules.h"
 #include "tools/system/command_error.h"
 #include "tools/system/memory_file.h"
+#include "tools/system/terminal.h"
 
 namespace qzlog_tool {
 
 namespace {
 
 using qzlog_compiler::DefinitionModel;
-using qzlog_compiler::Diagnostic;
+using qzlog_compiler::Finding;
 
 /// Gives the library the file of a name.
 using LoadFile = void (*)(const char* path);
@@ -28,12 +31,12 @@ void load_path(LoadFile load, const std::string& path, const std::string& shown_
   try {
     load(path.c_str());
   } catch (const qz_EXCEPTION_base& failure) {
-    std::cerr << Diagnostic{shown_path,
-                            {},
-                            qzlog_compiler::Severity::kError,
-                            qzlog_compiler::Rule::kBadDefinitionFile,
-                            library_text(failure)}
-              << '\n';
+    const Finding finding{shown_path,
+                          {},
+                          qzlog_compiler::Severity::kError,
+                          qzlog_compiler::Rule::kBadDefinitionFile,
+                          library_text(failure)};
+    FindingPrinter(stderr_has_colour()).print({&finding, 1}, std::cerr);
     throw CommandError(kExitFindings, "");
   }
 }
@@ -62,7 +65,7 @@ void add_names(const DefinitionModel& model, LoadedDefinitions& loaded) {
 Definitions load_source(LoadFile load, DefinitionFile file, ReadingOptions options, LoadedDefinitions& loaded) {
   options.surprises = false;
   Definitions definitions = read_definitions(std::move(file), options);
-  print_diagnostics(definitions, options.standard);
+  print_findings(definitions, options.standard);
   if (!definitions.ok()) throw CommandError(kExitFindings, "");
   load_bytes(load, definitions.bytes, definitions.shown_path);
   add_names(definitions.model, loaded);

@@ -6,6 +6,7 @@
 #include "tools/compiler/source/scalar_values.h"
 #include "tools/compiler/source/yaml_tree.h"
 #include "tools/compiler/text/utf8_text.h"
+#include "tools/report/source_rules.h"
 
 namespace qzlog_compiler {
 namespace {
@@ -16,7 +17,7 @@ constexpr std::array<KnownKey, 5> kFields = {
 /// Reads one item of the list.
 class AcceptLoader {
  public:
-  explicit AcceptLoader(Diagnostics& diagnostics) : diagnostics_(diagnostics) {}
+  explicit AcceptLoader(Findings& diagnostics) : diagnostics_(diagnostics) {}
 
   /// None after a mistake.
   std::optional<AcceptedBreak> load(const YamlNode& node) {
@@ -54,7 +55,7 @@ class AcceptLoader {
     if (!rule) {
       fail(node, Rule::kUnknownRule,
            "there is no rule " + quoted(name) + "; accept what 'qzlog diff' names in brackets");
-    } else if (diff_rule_info(*rule).verdicts == kSafe) {
+    } else if (!diff_rule_info(*rule).acceptable) {
       fail(node, Rule::kRuleNotAcceptable, quoted(name) + " breaks nothing, so it needs no acceptance");
     }
     accepted_.rule = rule.value_or(accepted_.rule);
@@ -80,7 +81,7 @@ class AcceptLoader {
     accepted_.reason = std::move(*reason);
   }
 
-  Diagnostics& diagnostics_;
+  Findings& diagnostics_;
   AcceptedBreak accepted_;
   bool complete_ = true;
 };
@@ -113,7 +114,7 @@ bool AcceptedBreak::matches(const DiffChange& change) const {
   return attribute_fits && index_fits;
 }
 
-std::vector<AcceptedBreak> load_accepted_breaks(std::string_view text, Diagnostics& diagnostics) {
+std::vector<AcceptedBreak> load_accepted_breaks(std::string_view text, Findings& diagnostics) {
   std::vector<AcceptedBreak> accepted;
   const std::optional<YamlTree> tree = parse_yaml(without_byte_order_mark(text), diagnostics);
   if (!tree) return accepted;

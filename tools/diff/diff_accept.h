@@ -9,7 +9,7 @@
 
 #include "tools/diff/diff_rules.h"
 #include "tools/diff/model_diff.h"
-#include "tools/report/diagnostics.h"
+#include "tools/report/finding.h"
 
 namespace qzlog_compiler {
 
@@ -29,7 +29,7 @@ struct AcceptedBreak {
 
 /// Reads a YAML list of `{rule, entry, attribute, selector_index, reason}`. Items with a mistake are reported and left
 /// out.
-std::vector<AcceptedBreak> load_accepted_breaks(std::string_view text, Diagnostics& diagnostics);
+std::vector<AcceptedBreak> load_accepted_breaks(std::string_view text, Findings& diagnostics);
 
 }  // namespace qzlog_compiler
 

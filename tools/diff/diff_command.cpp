@@ -11,7 +11,6 @@
 #include <utility>
 #include <vector>
 
-#include "tools/compiler/model/model_json.h"
 #include "tools/definitions/definition_file.h"
 #include "tools/definitions/definitions.h"
 #include "tools/definitions/message_path_option.h"
@@ -20,7 +19,9 @@
 #include "tools/diff/diff_report.h"
 #include "tools/diff/model_diff.h"
 #include "tools/diff/version_advice.h"
-#include "tools/report/diagnostic_printer.h"
+#include "tools/report/finding_json.h"
+#include "tools/report/finding_printer.h"
+#include "tools/report/source_rules.h"
 #include "tools/system/command_error.h"
 #include "tools/system/standard_input.h"
 #include "tools/system/terminal.h"
@@ -29,9 +30,9 @@ namespace qzlog_tool {
 namespace {
 
 using qzlog_compiler::AcceptedBreak;
-using qzlog_compiler::Diagnostic;
-using qzlog_compiler::Diagnostics;
 using qzlog_compiler::DiffChange;
+using qzlog_compiler::Finding;
+using qzlog_compiler::Findings;
 using qzlog_compiler::MessagePath;
 
 constexpr const char* kDiffFooter =
@@ -68,8 +69,8 @@ struct DiffInputs {
 };
 
 /// Prints what was found; what has errors cannot be compared.
-void refuse_errors(const std::vector<Diagnostic>& diagnostics, const std::string& file, std::string_view text) {
-  print_diagnostics(diagnostics, file, text);
+void refuse_errors(const std::vector<Finding>& diagnostics, const std::string& file, std::string_view text) {
+  print_findings(diagnostics, file, text);
   if (qzlog_compiler::has_errors(diagnostics)) throw CommandError(kExitCannotRun, "");
 }
 
@@ -80,13 +81,13 @@ Definitions read_compared(const std::string& path, const ReadingOptions& reading
 DefinitionFile read_aux(const std::string& path, const Definitions& old_definitions, MessagePath message_path) {
   DefinitionFile aux = read_definition_file(path);
   const Definitions checked = check_aux_file(aux, old_definitions, message_path);
-  print_diagnostics(checked, &old_definitions);
+  print_findings(checked, &old_definitions);
   if (!checked.ok()) throw CommandError(kExitCannotRun, "");
   return aux;
 }
 
 std::vector<AcceptedBreak> load_accepted(const DefinitionFile& input) {
-  Diagnostics diagnostics(input.shown_path);
+  Findings diagnostics(input.shown_path);
   std::vector<AcceptedBreak> accepted = qzlog_compiler::load_accepted_breaks(input.content, diagnostics);
   refuse_errors(diagnostics.take_sorted(), input.shown_path, input.content);
   return accepted;
@@ -150,7 +151,7 @@ DiffReport make_report(const DiffInputs& inputs) {
 
 /// Marks the accepted breaks, and says which acceptances have nothing to accept.
 void accept_breaks(DiffReport& report, const DiffInputs& inputs) {
-  Diagnostics diagnostics(inputs.accept_file.shown_path);
+  Findings diagnostics(inputs.accept_file.shown_path);
   for (const AcceptedBreak& acceptance : inputs.accepted) {
     bool is_used = false;
     for (ReportedChange& reported : report.changes) {
@@ -160,9 +161,10 @@ void accept_breaks(DiffReport& report, const DiffInputs& inputs) {
     }
     if (is_used) continue;
     diagnostics.warning(acceptance.position, qzlog_compiler::Rule::kUnusedAccept,
-                        "no such break: '" + std::string(diff_rule_info(acceptance.rule).name) + "'");
+                        "no such break: '" + std::string(rule_name(acceptance.rule)) + "'");
   }
-  refuse_errors(diagnostics.take_sorted(), inputs.accept_file.shown_path, inputs.accept_file.content);
+  report.findings = diagnostics.take_sorted();
+  print_findings(report.findings, inputs.accept_file.shown_path, inputs.accept_file.content);
 }
 
 int run(const DiffOptions& options) {
@@ -173,7 +175,7 @@ int run(const DiffOptions& options) {
   report.new_name = options.new_input;
   accept_breaks(report, inputs);
   if (options.json) {
-    std::cout << qzlog_compiler::json_text(to_json(report));
+    std::cout << json_result_text(to_json(report));
   } else {
     print_diff(std::cout, report, stdout_has_colour());
   }

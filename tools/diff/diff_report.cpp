@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "tools/compiler/text/utf8_text.h"
+#include "tools/report/finding_json.h"
 #include "tools/system/terminal.h"
 
 namespace qzlog_tool {
@@ -121,11 +122,6 @@ void print_advice(std::ostream& out, const DiffReport& report) {
   }
 }
 
-std::string_view step_name(VersionStep step) {
-  if (step == VersionStep::kNone) return "none";
-  return step == VersionStep::kMinor ? "minor" : "major";
-}
-
 ordered_json text_or_null(const std::optional<std::string>& text) {
   return text ? ordered_json(*text) : ordered_json(nullptr);
 }
@@ -187,7 +183,7 @@ void print_diff(std::ostream& out, const DiffReport& report, bool colour) {
 }
 
 ordered_json to_json(const DiffReport& report) {
-  ordered_json json;
+  ordered_json json = json_result(report.findings);
   json["old"] = report.old_name;
   json["new"] = report.new_name;
   json["version"] = version_json(report);

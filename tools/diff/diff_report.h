@@ -10,6 +10,7 @@
 #include "tools/diff/diff_accept.h"
 #include "tools/diff/model_diff.h"
 #include "tools/diff/version_advice.h"
+#include "tools/report/finding.h"
 
 namespace qzlog_tool {
 
@@ -24,8 +25,10 @@ struct DiffReport {
   std::string new_name;
   std::string old_version;
   std::string new_version;
-  bool knows_aux = false;               ///< auxiliary files were at hand, so collisions are known
-  std::vector<ReportedChange> changes;  ///< in the order in which they are shown, those of one entry together
+  bool knows_aux = false;  ///< auxiliary files were at hand, so collisions are known
+  std::vector<ReportedChange> changes;
+  std::vector<qzlog_compiler::Finding> findings;  ///< about the file of accepted breaks  ///< in the order in which
+                                                  ///< they are shown, those of one entry together
   qzlog_compiler::VersionAdvice advice;
 
   /// Breaks that nobody accepted.

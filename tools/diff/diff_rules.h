@@ -6,10 +6,11 @@
 #include <string_view>
 #include <vector>
 
+#include "tools/report/rule_table.h"
+
 namespace qzlog_compiler {
 
-/// Every kind of change between two versions of definitions. The names that users see are in `all_diff_rules()`; they
-/// never change.
+/// Every kind of change between two versions of definitions.
 enum class DiffRule {
   kVersionMoved,
   kVersionOverMoved,
@@ -75,15 +76,24 @@ enum class VersionStep { kNone, kMinor, kMajor };
 /// Whether an auxiliary file that has the same already would stop loading. Only the file itself can tell.
 enum class Collision { kNo, kMay };
 
-struct DiffRuleInfo {
-  DiffRule rule;
-  std::string_view name;     ///< as it stands in brackets at the end of a line
+/// A rule with what a change of its kind does.
+struct DiffRuleInfo : RuleInfo {
+  constexpr DiffRuleInfo(DiffRule rule, std::string_view rule_name, std::string_view what_changed, unsigned breaks_for,
+                         VersionStep step_of_version, Collision may_collide, std::string_view sentence,
+                         std::string_view example_before, std::string_view example_after)
+      : RuleInfo(rule, rule_name, sentence, breaks_for != kSafe),
+        subject(what_changed),
+        verdicts(breaks_for),
+        step(step_of_version),
+        collision(may_collide),
+        before(example_before),
+        after(example_after) {}
+
   std::string_view subject;  ///< what changed, in one or two words; empty where the place says it
   unsigned verdicts;         ///< bits of `Verdict`
   VersionStep step;
   Collision collision;
-  std::string_view meaning;  ///< one sentence for the documentation, like the example in the next two
-  std::string_view before;
+  std::string_view before;  ///< an example for the documentation, with the next
   std::string_view after;
 };
 
@@ -91,8 +101,13 @@ struct DiffRuleInfo {
 std::span<const DiffRuleInfo> all_diff_rules();
 
 const DiffRuleInfo& diff_rule_info(DiffRule rule);
+const RuleInfo& rule_info(DiffRule rule);
 
+/// By its name or a former one.
 std::optional<DiffRule> find_diff_rule(std::string_view name);
+
+/// "none", "minor" or "major".
+std::string_view step_name(VersionStep step);
 
 /// The names of the bits: "source", "binary", "render", "translation", "filter", "extension".
 std::vector<std::string_view> verdict_names(unsigned verdicts);

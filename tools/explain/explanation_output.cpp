@@ -6,6 +6,7 @@
 #include "tools/compiler/text/hexadecimal.h"
 #include "tools/compiler/text/utf8_text.h"
 #include "tools/explain/entry_explanation.h"
+#include "tools/report/finding_json.h"
 #include "tools/report/text_table.h"
 
 namespace qzlog_tool {
@@ -122,7 +123,7 @@ void print_explanation(std::ostream& out, const EntryExplanation& explanation) {
 
 void print_explanation_json(std::ostream& out, const EntryExplanation& explanation) {
   const EntryDefinition& entry = explanation.entry;
-  ordered_json item;
+  ordered_json item = json_result({});
   item["id"] = entry.id;
   item["hexadecimal"] = "0x" + hexadecimal(entry.id, 1);
   if (!entry.name.empty()) item["name"] = entry.name;
@@ -138,7 +139,7 @@ void print_explanation_json(std::ostream& out, const EntryExplanation& explanati
   if (qzlog_compiler::selector_attribute(entry) != nullptr) item["selector"] = entry.selector.attribute;
   item["messages"] = ordered_json::array();
   for (const ExplainedMessage& message : explanation.messages) item["messages"].push_back(message_json(message));
-  out << item.dump(2, ' ', false, ordered_json::error_handler_t::replace) << '\n';
+  out << json_result_text(item);
 }
 
 }  // namespace qzlog_tool

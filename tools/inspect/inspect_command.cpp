@@ -5,17 +5,21 @@
 #include <CLI/CLI.hpp>
 #include <iostream>
 #include <memory>
+#include <span>
 #include <string>
-#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "tools/definitions/definition_file.h"
 #include "tools/definitions/definitions.h"
+#include "tools/inspect/inspect_rules.h"
 #include "tools/inspect/ldf_annotation.h"
 #include "tools/inspect/ldf_json.h"
 #include "tools/inspect/ldf_survey.h"
 #include "tools/inspect/ldf_table.h"
 #include "tools/inspect/ldf_yaml.h"
+#include "tools/report/finding_printer.h"
+#include "tools/report/source_rules.h"
 #include "tools/system/command_error.h"
 #include "tools/system/file_descriptor.h"
 #include "tools/system/standard_input.h"
@@ -25,9 +29,12 @@
 namespace qzlog_tool {
 namespace {
 
+using qzlog_compiler::AnyRule;
+using qzlog_compiler::Finding;
 using qzlog_compiler::LdfDamage;
 using qzlog_compiler::LdfObstacle;
 using qzlog_compiler::LdfSurvey;
+using qzlog_compiler::Rule;
 
 constexpr const char* kInspectFooter =
     "The tables show the header, the global attributes, the entry map and each entry's record with their offsets; on "
@@ -45,19 +52,6 @@ constexpr const char* kInspectFooter =
     "  qzlog inspect site.ldf --yaml --aux-of storage.ldf > site.yaml\n"
     "  qzlog inspect - --annotate < storage.ldf | less";
 
-enum class InspectRule { kBadDefinitionFile, kNoYamlForm };
-
-struct InspectRuleInfo {
-  InspectRule rule;
-  std::string_view name;     ///< as it stands in brackets at the end of an error
-  std::string_view meaning;  ///< one sentence for the documentation
-};
-
-constexpr InspectRuleInfo kRules[] = {
-    {InspectRule::kBadDefinitionFile, "bad-definition-file", "A compiled definition file is damaged."},
-    {InspectRule::kNoYamlForm, "no-yaml-form", "A compiled file holds what no definition source can say."},
-};
-
 struct InspectOptions {
   std::string file;
   std::string standard;
@@ -66,24 +60,26 @@ struct InspectOptions {
   bool annotate = false;
 };
 
-void print_error(const std::string& file, std::size_t offset, const std::string& text, InspectRule rule) {
-  std::cerr << display_name(file) << ": offset " << offset << ": " << error_label() << ' ' << text << " ["
-            << kRules[static_cast<std::size_t>(rule)].name << "]\n";
+Finding error_at(std::size_t offset, const std::string& file, AnyRule rule, std::string text) {
+  Finding finding{display_name(file), {}, qzlog_compiler::Severity::kError, rule, std::move(text)};
+  finding.offset = offset;
+  return finding;
 }
 
-/// Says how many errors there are besides those that were printed.
-void print_rest(const std::string& file, std::size_t count, InspectRule rule) {
-  if (count == 0) return;
-  std::cerr << display_name(file) << ": " << count << " further errors [" << kRules[static_cast<std::size_t>(rule)].name
-            << "]\n";
-}
-
-void print_damages(const LdfSurvey& survey, const std::string& file) {
+std::vector<Finding> damages_of(const LdfSurvey& survey, const std::string& file) {
+  std::vector<Finding> findings;
   for (const LdfDamage& damage : survey.damages()) {
     const std::string detail = damage.detail.empty() ? "" : " (" + damage.detail + ")";
-    print_error(file, damage.offset, damage.reason + detail, InspectRule::kBadDefinitionFile);
+    findings.push_back(error_at(damage.offset, file, Rule::kBadDefinitionFile, damage.reason + detail));
   }
-  print_rest(file, survey.damage_count() - survey.damages().size(), InspectRule::kBadDefinitionFile);
+  return findings;
+}
+
+/// Prints some of the findings of a rule, and says how many there are besides.
+void print(std::span<const Finding> findings, std::size_t count, const std::string& file, AnyRule rule) {
+  FindingPrinter(stderr_has_colour()).print(findings, std::cerr);
+  if (count == findings.size()) return;
+  std::cerr << display_name(file) << ": " << count - findings.size() << " further errors [" << rule.name() << "]\n";
 }
 
 /// False when there is no source, and the reasons are told.
@@ -91,23 +87,24 @@ bool print_yaml(const LdfSurvey& survey, const InspectOptions& options) {
   Definitions standard;
   if (!options.standard.empty()) {
     standard = read_errors_only(read_definition_file(options.standard), {});
-    print_diagnostics(standard, nullptr);
+    print_findings(standard, nullptr);
     if (!standard.ok()) return false;
   }
   const auto yaml = qzlog_compiler::write_yaml(survey, options.standard.empty() ? nullptr : &standard.model);
+  std::vector<Finding> findings;
   for (const LdfObstacle& obstacle : yaml.obstacles) {
-    print_error(options.file, obstacle.offset, obstacle.text, InspectRule::kNoYamlForm);
+    findings.push_back(error_at(obstacle.offset, options.file, InspectRule::kNoYamlForm, obstacle.text));
   }
-  print_rest(options.file, yaml.obstacle_count - yaml.obstacles.size(), InspectRule::kNoYamlForm);
+  print(findings, yaml.obstacle_count, options.file, InspectRule::kNoYamlForm);
   std::cout << yaml.source;
   return yaml.obstacles.empty();
 }
 
-bool print_form(const LdfSurvey& survey, const InspectOptions& options) {
+bool print_form(const LdfSurvey& survey, std::span<const Finding> damages, const InspectOptions& options) {
   if (options.yaml) return print_yaml(survey, options);
   const std::size_t columns = ::isatty(STDOUT_FILENO) == 1 ? output_columns() : 0;
   if (options.json) {
-    qzlog_compiler::write_json(survey, std::cout);
+    qzlog_compiler::write_json(survey, damages, std::cout);
   } else if (options.annotate) {
     qzlog_compiler::write_annotation(survey, columns, std::cout);
   } else {
@@ -120,9 +117,10 @@ int inspect(const InspectOptions& options) {
   refuse_repeated_standard_input({options.file, options.standard});
   const std::string bytes = read_definition_file(options.file).content;
   const LdfSurvey survey(bytes);
-  const bool printed = print_form(survey, options);
+  const std::vector<Finding> damages = damages_of(survey, options.file);
+  const bool printed = print_form(survey, damages, options);
   flush_standard_output();
-  print_damages(survey, options.file);
+  print(damages, survey.damage_count(), options.file, Rule::kBadDefinitionFile);
   return printed && survey.damage_count() == 0 ? kExitSuccess : kExitFindings;
 }
 

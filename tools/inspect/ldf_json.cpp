@@ -8,14 +8,11 @@
 #include "tools/compiler/model/attribute_type.h"
 #include "tools/compiler/text/hexadecimal.h"
 #include "tools/compiler/text/utf8_text.h"
+#include "tools/report/finding_json.h"
 #include "tools/report/json_stream.h"
 
 namespace qzlog_compiler {
 namespace {
-
-/// A member in each line; lists with an item in each line.
-constexpr JsonLayout kOuterLayout = {",", "\n  ", "\n", " "};
-constexpr JsonLayout kListLayout = {",", "\n    ", "\n  "};
 
 constexpr std::size_t kHexadecimalPiece = std::size_t{1} << 15;
 
@@ -133,15 +130,16 @@ class EntryWriter {
 
 template <class WriteItems>
 void add_list(JsonObjectStream& json, const char* name, WriteItems write_items) {
-  JsonListStream list(json.member(name), kListLayout);
+  JsonListStream list(json.member(name), kResultListLayout);
   write_items(list);
   list.end();
 }
 
 }  // namespace
 
-void write_json(const LdfSurvey& survey, std::ostream& out) {
-  JsonObjectStream json(out, kOuterLayout);
+void write_json(const LdfSurvey& survey, std::span<const Finding> damages, std::ostream& out) {
+  JsonObjectStream json(out, kResultLayout);
+  qzlog_tool::add_json_beginning(damages, json);
   json.number("file_size", survey.bytes().size());
   write_header(survey.header(), json.member("header"));
   const auto globals = [&](JsonListStream& list) {
@@ -155,13 +153,9 @@ void write_json(const LdfSurvey& survey, std::ostream& out) {
       if (!pair.unread && !pair.shared) EntryWriter(survey, pair, list.item()).write();
     }
   };
-  const auto damages = [&](JsonListStream& list) {
-    for (const LdfDamage& damage : survey.damages()) write_damage(damage, list.item());
-  };
   add_list(json, "globals", globals);
   add_list(json, "entry_map", pairs);
   add_list(json, "entries", entries);
-  add_list(json, "damages", damages);
   json.number("damage_count", survey.damage_count());
   json.end();
   out << '\n';

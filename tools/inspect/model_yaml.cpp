@@ -129,9 +129,9 @@ ModelYaml write_yaml(const DefinitionModel& model, const DefinitionModel* standa
   if (result.obstacles.empty()) {
     CompileOptions options;
     options.standard = standard;
-    for (const Diagnostic& found : compile_source(result.source, "", options).diagnostics) {
+    for (const Finding& found : compile_source(result.source, "", options).diagnostics) {
       if (found.severity != Severity::kError) continue;
-      result.obstacles.push_back({writer.entry_at(found.position.line), without_line(found.text)});
+      result.obstacles.push_back({writer.entry_at(found.place.line), without_line(found.text)});
     }
   }
   if (!result.obstacles.empty()) result.source.clear();

@@ -1,41 +1,29 @@
 #ifndef QZLOG_TOOLS_RENDER_CONFIG_CHECK_H
 #define QZLOG_TOOLS_RENDER_CONFIG_CHECK_H
 
-#include <cstddef>
 #include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "tools/report/finding.h"
+
 namespace qzlog_tool {
 
-/// What in a configuration file the library passes over without a word. The names that users see are in
-/// `all_config_rules()`; they never change.
+/// What in a configuration file the library passes over without a word.
 enum class ConfigRule {
   kLastLine,
   kLongLine,
   kNeverRead,
 };
 
-struct ConfigRuleInfo {
-  ConfigRule rule;
-  std::string_view name;     ///< as it stands in brackets at the end of a warning
-  std::string_view meaning;  ///< one sentence for the documentation
-};
-
 /// All rules, in the order of `ConfigRule`.
-std::span<const ConfigRuleInfo> all_config_rules();
+std::span<const qzlog_compiler::RuleInfo> all_config_rules();
 
-std::string_view config_rule_name(ConfigRule rule);
+const qzlog_compiler::RuleInfo& rule_info(ConfigRule rule);
 
-struct ConfigWarning {
-  ConfigRule rule;
-  std::size_t line;  ///< counted from 1; 0: the whole file
-  std::string text;
-};
-
-/// Finds the lines that are not read. Nothing when all are.
-std::vector<ConfigWarning> check_config(std::string_view content);
+/// Finds the lines that are not read. Nothing when all are. `file`: as it is shown.
+std::vector<qzlog_compiler::Finding> check_config(const std::string& file, std::string_view content);
 
 }  // namespace qzlog_tool
 

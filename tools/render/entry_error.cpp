@@ -6,7 +6,9 @@ namespace qzlog_tool {
 
 namespace {
 
-constexpr EntryRuleInfo kRules[] = {
+using qzlog_compiler::RuleInfo;
+
+constexpr RuleInfo kRules[] = {
     {EntryRule::kLongLine, "long-line", "A line is longer than 16 MiB."},
     {EntryRule::kBadJson, "bad-json",
      "A line is not well-formed JSON in UTF-8, or a number in it needs more than 64 bits."},
@@ -40,11 +42,12 @@ constexpr EntryRuleInfo kRules[] = {
      "The local date of an entry's time is outside the years 1 to 9999: its message is written, but not counted."},
     {EntryRule::kOutOfMemory, "out-of-memory", "There was no memory for an entry."},
 };
+static_assert(is_whole_table(kRules, EntryRule::kOutOfMemory));
 
 }  // namespace
 
-std::span<const EntryRuleInfo> all_entry_rules() { return kRules; }
+std::span<const RuleInfo> all_entry_rules() { return kRules; }
 
-std::string_view entry_rule_name(EntryRule rule) { return kRules[static_cast<std::size_t>(rule)].name; }
+const RuleInfo& rule_info(EntryRule rule) { return kRules[static_cast<std::size_t>(rule)]; }
 
 }  // namespace qzlog_tool

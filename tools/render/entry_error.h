@@ -3,11 +3,12 @@
 
 #include <span>
 #include <string>
-#include <string_view>
+
+#include "tools/report/rule_table.h"
 
 namespace qzlog_tool {
 
-/// What can be wrong with one line of entries. The names that users see are in `all_entry_rules()`; they never change.
+/// What can be wrong with one line of entries.
 enum class EntryRule {
   kLongLine,
   kBadJson,
@@ -37,16 +38,10 @@ enum class EntryRule {
   kOutOfMemory,
 };
 
-struct EntryRuleInfo {
-  EntryRule rule;
-  std::string_view name;     ///< as it stands in brackets at the end of an error
-  std::string_view meaning;  ///< one sentence for the documentation
-};
-
 /// All rules, in the order of `EntryRule`.
-std::span<const EntryRuleInfo> all_entry_rules();
+std::span<const qzlog_compiler::RuleInfo> all_entry_rules();
 
-std::string_view entry_rule_name(EntryRule rule);
+const qzlog_compiler::RuleInfo& rule_info(EntryRule rule);
 
 /// Thrown for an entry that cannot be rendered; the others still are.
 struct EntryError {

@@ -9,10 +9,10 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "qzlog/logcfg.h"
 #include "qzlog/qz_locale.h"
-#include "tools/compiler/text/utf8_text.h"
 #include "tools/count/entry_counting.h"
 #include "tools/definitions/loaded_definitions.h"
 #include "tools/options/line_code_page.h"
@@ -21,6 +21,7 @@
 #include "tools/render/entry_error.h"
 #include "tools/render/line_renderer.h"
 #include "tools/render/render_filter.h"
+#include "tools/report/finding_printer.h"
 #include "tools/report/library_text.h"
 #include "tools/system/buffered_output.h"
 #include "tools/system/command_error.h"
@@ -108,14 +109,15 @@ class LineErrors {
   LineErrors(std::string file_name, BufferedOutput& output, ProgressLine& progress)
       : file_name_(std::move(file_name)), output_(output), progress_(progress) {}
 
-  void report(std::uint64_t line_number, const EntryError& error) {
+  void report(const LineReader::Line& line, const EntryError& error) {
     ++count_;
     output_.flush();  // where both go to one place, the error comes after the messages before it
     progress_.clear();
-    const std::string text = file_name_ + ":" + std::to_string(line_number) + ": " + std::string(error_label()) + " " +
-                             qzlog_compiler::printable(error.text) + " [" + std::string(entry_rule_name(error.rule)) +
-                             "]\n";
-    write_all(STDERR_FILENO, text.data(), text.size());
+    // A line that is too long is not read.
+    if (!line.too_long) printer_.add_source(file_name_, line.text, qzlog_compiler::LineBreaks::kLineFeed, line.number);
+    text_.clear();
+    printer_.append({file_name_, line.number, qzlog_compiler::Severity::kError, error.rule, error.text}, text_);
+    write_all(STDERR_FILENO, text_.data(), text_.size());
   }
 
   std::uint64_t count() const noexcept { return count_; }
@@ -124,6 +126,8 @@ class LineErrors {
   std::string file_name_;
   BufferedOutput& output_;
   ProgressLine& progress_;
+  FindingPrinter printer_{stderr_has_colour()};
+  std::string text_;
   std::uint64_t count_ = 0;
 };
 
@@ -148,12 +152,10 @@ class FileRenderer {
   void render() {
     const MemoryErrors errors_of_lines;
     LineReader reader(file_.get(), shown_path_);
-    LineReader::Line line;
     for (;;) {
-      while (reader.next(line)) {
-        line_number_ = line.number;
-        render_line(line);
-        progress_.update(line.number);
+      while (reader.next(line_)) {
+        render_line(line_);
+        progress_.update(line_.number);
       }
       output_.flush();
       if (reader.at_end()) return;
@@ -178,9 +180,8 @@ class FileRenderer {
   static void report_abort(int /*signal*/) {
     std::signal(SIGABRT, SIG_DFL);
     current_->errors_.report(
-        current_->line_number_,
-        {EntryRule::kBrokenPattern,
-         "ICU takes the message's pattern but cannot apply it; nothing behind this line is rendered"});
+        current_->line_, {EntryRule::kBrokenPattern,
+                          "ICU takes the message's pattern but cannot apply it; nothing behind this line is rendered"});
     _exit(kExitFindings);
   }
 
@@ -196,7 +197,7 @@ class FileRenderer {
         ++refused_;
       }
     } catch (const EntryError& error) {
-      errors_.report(line.number, error);
+      errors_.report(line, error);
     }
   }
 
@@ -217,7 +218,7 @@ class FileRenderer {
   BufferedOutput output_{STDOUT_FILENO, "standard output"};
   ProgressLine progress_{"lines"};
   LineErrors errors_{shown_path_, output_, progress_};
-  std::uint64_t line_number_ = 0;
+  LineReader::Line line_;
   std::uint64_t read_ = 0;
   std::uint64_t passed_ = 0;
   std::uint64_t refused_ = 0;

@@ -6,16 +6,21 @@
 #include <cstdint>
 #include <iostream>
 #include <limits>
+#include <vector>
 
 #include "qzlog/logcfg.h"
 #include "tools/compiler/text/number_text.h"
 #include "tools/options/option_checks.h"
 #include "tools/render/config_check.h"
+#include "tools/report/finding_printer.h"
 #include "tools/system/file_descriptor.h"
+#include "tools/system/terminal.h"
 
 namespace qzlog_tool {
 
 namespace {
+
+using qzlog_compiler::Finding;
 
 constexpr std::uint32_t kAllProperties = 0xFFFFFFFF;
 
@@ -29,12 +34,6 @@ std::string check_mask(const std::string& text) {
 
 std::uint32_t mask_of(const FilterOptions& options) {
   return options.mask.empty() ? kAllProperties : static_cast<std::uint32_t>(*parse_mask(options.mask));
-}
-
-void print(const std::string& file, const ConfigWarning& warning) {
-  std::cerr << file << ':';
-  if (warning.line != 0) std::cerr << warning.line << ':';
-  std::cerr << " warning: " << warning.text << " [" << config_rule_name(warning.rule) << "]\n";
 }
 
 }  // namespace
@@ -75,12 +74,19 @@ RenderFilter::RenderFilter(const FilterOptions& options)
 void RenderFilter::install_config(const std::string& path) {
   const std::string shown_path = display_name(path);
   const std::string content = read_file(path);
-  for (const ConfigWarning& warning : check_config(content)) print(shown_path, warning);
+  std::vector<Finding> findings = check_config(shown_path, content);
   struct stat status = {};
   const bool is_file = path != "-" && ::stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
   if (is_file && status.st_mtime == 0) {
-    print(shown_path, {ConfigRule::kNeverRead, 0, "its modification time is 0 (1970-01-01): nothing of it is read"});
+    findings.push_back({shown_path,
+                        {},
+                        qzlog_compiler::Severity::kWarning,
+                        ConfigRule::kNeverRead,
+                        "its modification time is 0 (1970-01-01): nothing of it is read"});
   }
+  FindingPrinter printer(stderr_has_colour());
+  printer.add_source(shown_path, content, qzlog_compiler::LineBreaks::kLineFeed);
+  printer.print(findings, std::cerr);
   if (!is_file) copy_.emplace(content);
   qz_LOG_LogConfig::SetConfigurationSource(is_file ? path.c_str() : copy_->path().c_str(), QZ_CONFIGURATION_FILE);
 }

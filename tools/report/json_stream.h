@@ -19,6 +19,10 @@ struct JsonLayout {
   const char* after_colon = "";
 };
 
+/// Of what a command prints: a member in each line; lists with an item in each line.
+inline constexpr JsonLayout kResultLayout = {",", "\n  ", "\n", " "};
+inline constexpr JsonLayout kResultListLayout = {",", "\n    ", "\n  "};
+
 /// Writes a JSON object member by member, so that memory holds none of it.
 class JsonObjectStream {
  public:

@@ -7,7 +7,7 @@
 
 #include "tools/compiler/model/attribute_type.h"
 #include "tools/compiler/text/utf8_text.h"
-#include "tools/report/check_finding.h"
+#include "tools/report/check_rules.h"
 
 namespace qzlog_tool {
 
@@ -93,16 +93,16 @@ std::vector<ReferenceDifference> compare_references(const std::vector<Reference>
   return differences;
 }
 
-std::string_view rule_of(const ReferenceDifference& difference) {
+qzlog_compiler::AnyRule rule_of(const ReferenceDifference& difference) {
   switch (difference.kind) {
     case Kind::kFormat:
-      return check_rule_name(CheckRule::kReferenceFormat);
+      return CheckRule::kReferenceFormat;
     case Kind::kLost:
-      return check_rule_name(CheckRule::kReferenceLost);
+      return CheckRule::kReferenceLost;
     case Kind::kAdded:
       break;
   }
-  return check_rule_name(CheckRule::kReferenceAdded);
+  return CheckRule::kReferenceAdded;
 }
 
 std::string text_of(const ReferenceDifference& difference, ReferenceNotation notation) {

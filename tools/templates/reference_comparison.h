@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "tools/compiler/message/stored_template.h"
+#include "tools/report/rule_table.h"
 
 namespace qzlog_tool {
 
@@ -42,7 +43,7 @@ std::vector<ReferenceDifference> compare_references(const std::vector<Reference>
 /// How the rules and texts of findings call a difference of a translation from its source text. References are written
 /// as authors and translators write them: {Name:F}, or %F%Name% in a stored template.
 enum class ReferenceNotation { kPlaceholder, kTemplate };
-std::string_view rule_of(const ReferenceDifference& difference);
+qzlog_compiler::AnyRule rule_of(const ReferenceDifference& difference);
 std::string text_of(const ReferenceDifference& difference, ReferenceNotation notation);
 
 }  // namespace qzlog_tool

@@ -37,7 +37,7 @@ const PoMessage* find(const PoFile& file, const std::string& id) {
 }
 
 PoFile reread(const PoFile& file) {
-  CatalogFindings findings;
+  Findings findings;
   std::optional<PoFile> result = parse_po(write_po(file), "f.po", findings);
   EXPECT_EQ(printed(findings), "");
   return result.value_or(PoFile());

@@ -5,7 +5,7 @@
 
 #include "tests/tools/golden_case.h"
 #include "tests/tools/golden_run.h"
-#include "tools/catalog/catalog_findings.h"
+#include "tools/catalog/catalog_rules.h"
 
 namespace {
 
@@ -20,7 +20,7 @@ INSTANTIATE_TEST_SUITE_P(Catalog, CatalogGolden, ::testing::ValuesIn(golden::cas
 
 TEST(CatalogGoldenCases, EveryRule_HasOne) {
   const std::string results = golden::results_in(QZLOG_GOLDEN "/catalog");
-  for (const qzlog_catalog::CatalogRuleInfo& rule : qzlog_catalog::all_catalog_rules()) {
+  for (const qzlog_compiler::RuleInfo& rule : qzlog_catalog::all_catalog_rules()) {
     EXPECT_TRUE(golden::is_shown(rule.name, results)) << "no golden case for " << rule.name;
   }
 }

@@ -58,7 +58,7 @@ TEST(CatalogMessages, SharedMessage_KnowsAllItsUses) {
   ASSERT_EQ(uses.size(), 2u);
   EXPECT_EQ(uses[0].selected->value, 10u);
   EXPECT_EQ(uses[0].selector_attribute, "Reason");
-  EXPECT_EQ(uses[0].line, 10u);
+  EXPECT_EQ(uses[0].position.line, 10u);
   EXPECT_EQ(uses[1].selected, nullptr);
   EXPECT_EQ(uses[1].entry->name, "SAME");
 }

@@ -86,7 +86,7 @@ TEST(RandomTexts, ThroughTranslatorsFilesAndCatalogs_ReadersSeeThemUnchanged) {
   const PoFile po_template = make_template(messages, "test");
   PoFile german = update_po(begin_language(po_template, "de"), po_template);
   for (std::size_t i = 0; i < texts.size(); ++i) german.messages[i + 1].translation = translations[i].written;
-  CatalogFindings findings;
+  Findings findings;
   const std::vector<PoText> files = {{"de.po", write_po(german)}};
   const std::vector<LanguageCatalog> catalogs = make_catalogs(messages, files, findings);
   ASSERT_EQ(printed(findings), "");

@@ -25,7 +25,7 @@ class FolderUpdateTest : public ::testing::Test {
  protected:
   /// What was said, and what was removed.
   std::string update(const Bundles& bundles, bool adopt = false) const {
-    CatalogFindings findings;
+    Findings findings;
     FolderUpdate update(path(), bundles);
     if (!update.prepare(adopt, findings)) return printed(findings);
     std::string said = printed(findings);
@@ -97,7 +97,7 @@ TEST_F(FolderUpdateTest, InterruptedUpdate_IsKnownToTheNext) {
 // A folder in the place of the last bundle makes its writing fail.
 TEST_F(FolderUpdateTest, UpdateThatFails_LeavesWhatTheNextCanFinish) {
   update(kFirst);
-  CatalogFindings findings;
+  Findings findings;
   FolderUpdate failing(path(), kSecond);
   ASSERT_TRUE(failing.prepare(false, findings));
   fs::remove(in_folder("root.res"));
@@ -150,7 +150,7 @@ TEST_F(FolderUpdateTest, StaleLink_IsRemovedAndNotWhatItLeadsTo) {
 }
 
 TEST_F(FolderUpdateTest, FolderThatDoesNotExist_HasNothingInTheWay) {
-  CatalogFindings findings;
+  Findings findings;
   EXPECT_TRUE(FolderUpdate(in_folder("new/folder"), kFirst).prepare(false, findings));
   EXPECT_EQ(printed(findings), "");
 }

@@ -29,7 +29,7 @@ std::map<std::string, std::string> texts_of(const LanguageCatalog& catalog) {
 
 TEST(MakeCatalogs, EveryMessage_HasATranslationOrItsSourceText) {
   const CatalogMessages messages = messages_of({kSource});
-  CatalogFindings findings;
+  Findings findings;
   const std::vector<PoText> files = {
       {"de.po", po_header("de") + po_message("A", "first", "erstens") + fuzzy(po_message("B", "second", "zweitens"))}};
   const std::vector<LanguageCatalog> catalogs = make_catalogs(messages, files, findings);
@@ -43,7 +43,7 @@ TEST(MakeCatalogs, EveryMessage_HasATranslationOrItsSourceText) {
 
 TEST(MakeCatalogs, Languages_AreSortedWhateverTheFilesAreCalled) {
   const CatalogMessages messages = messages_of({kSource});
-  CatalogFindings findings;
+  Findings findings;
   const std::vector<PoText> files = {
       {"1.po", po_header("pt-BR")}, {"2.po", po_header("de")}, {"some/folder/fr.po", po_header("")}};
   const std::vector<LanguageCatalog> catalogs = make_catalogs(messages, files, findings);
@@ -56,7 +56,7 @@ TEST(MakeCatalogs, Languages_AreSortedWhateverTheFilesAreCalled) {
 
 TEST(MakeCatalogs, BrokenFile_LeavesTheOthersInPlace) {
   const CatalogMessages messages = messages_of({kSource});
-  CatalogFindings findings;
+  Findings findings;
   const std::vector<PoText> files = {{"xx.po", po_header("xx")}, {"de.po", po_header("de")}};
   EXPECT_EQ(make_catalogs(messages, files, findings).size(), 1u);
   EXPECT_TRUE(findings.has_errors());

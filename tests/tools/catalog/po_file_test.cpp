@@ -8,6 +8,7 @@
 
 #include "tests/support/descriptor_limit.h"
 #include "tests/support/seeded_random.h"
+#include "tests/tools/printed_findings.h"
 #include "tests/tools/resource_limit.h"
 #include "tools/system/command_error.h"
 
@@ -36,14 +37,8 @@ msgstr "漢字 😀"
 #~ msgstr "b"
 )";
 
-std::string printed(const CatalogFindings& findings) {
-  std::ostringstream out;
-  for (const CatalogFinding& finding : findings.all()) out << finding << '\n';
-  return out.str();
-}
-
 PoFile parsed(const std::string& text) {
-  CatalogFindings findings;
+  Findings findings;
   const std::optional<PoFile> file = parse_po(text, "f.po", findings);
   EXPECT_EQ(printed(findings), "");
   return file.value_or(PoFile());
@@ -104,22 +99,22 @@ TEST(ParsePo, EscapesThatMakeOtherBytes_AreRefused) {
   for (const char* const part : {"msgctxt \"\\x82\"\nmsgid \"a\"\nmsgstr \"b\"\n", "msgid \"\\202\"\nmsgstr \"b\"\n",
                                  "msgid \"a\"\nmsgstr \"\\xc3\"\n", "#| msgid \"\\xff\"\nmsgid \"a\"\nmsgstr \"b\"\n",
                                  "#| msgctxt \"\\xff\"\n#| msgid \"a\"\nmsgid \"a\"\nmsgstr \"b\"\n"}) {
-    CatalogFindings findings;
+    Findings findings;
     EXPECT_FALSE(parse_po(kHeader + '\n' + part, "f.po", findings)) << part;
     ASSERT_EQ(findings.all().size(), 1u) << part;
     EXPECT_EQ(findings.all()[0].text, "the escapes of this message make a text that is not UTF-8") << part;
-    EXPECT_GE(findings.all()[0].line, 6u) << part;
+    EXPECT_GE(findings.all()[0].place.line, 6u) << part;
   }
 }
 
 // libgettextpo would lose what stands behind.
 TEST(ParsePo, EscapesForNul_AreRefused) {
   for (const char* const escape : {"\\0", "\\000", "\\400", "\\x0", "\\x100"}) {
-    CatalogFindings findings;
+    Findings findings;
     EXPECT_FALSE(parse_po(with_translation(std::string("b") + escape + "gone"), "f.po", findings)) << escape;
     ASSERT_EQ(findings.all().size(), 1u) << escape;
     EXPECT_EQ(findings.all()[0].text, "an escape for a NUL character, which no text can hold") << escape;
-    EXPECT_EQ(findings.all()[0].line, 8u) << escape;
+    EXPECT_EQ(findings.all()[0].place.line, 8u) << escape;
   }
 }
 
@@ -127,7 +122,7 @@ TEST(ParsePo, EscapesForNulInAPreviousText_AreRefused) {
   const std::string message = "msgid \"a\"\nmsgstr \"b\"\n";
   for (const std::string previous :
        {"#| msgid \"a\\0b\"\n", "#| msgctxt \"\\000\"\n#| msgid \"a\"\n", "#| msgid \"\"\n#| \"b\\x00\"\n"}) {
-    CatalogFindings findings;
+    Findings findings;
     EXPECT_FALSE(parse_po(kHeader + '\n' + previous + message, "f.po", findings)) << previous;
     ASSERT_EQ(findings.all().size(), 1u) << previous;
     EXPECT_EQ(findings.all()[0].text, "an escape for a NUL character, which no text can hold") << previous;
@@ -177,7 +172,7 @@ TEST(ParsePo, RandomTexts_SurviveWritingAndReading) {
 TEST(ParsePo, EveryPrefixOfAFile_IsReadOrRefused) {
   std::size_t refused = 0;
   for (std::size_t size = 0; size < kFull.size(); ++size) {
-    CatalogFindings findings;
+    Findings findings;
     const bool read = parse_po(kFull.substr(0, size), "f.po", findings).has_value();
     ASSERT_NE(read, findings.has_errors()) << size;
     if (!read) ++refused;
@@ -194,7 +189,7 @@ TEST(ParsePo, FlippedBytes_AreReadOrRefused) {
       damaged[static_cast<std::size_t>(random.between(0, static_cast<long long>(kFull.size()) - 1))] =
           static_cast<char>(random.between(0, 255));
     }
-    CatalogFindings findings;
+    Findings findings;
     const bool read = parse_po(damaged, "f.po", findings).has_value();
     ASSERT_NE(read, findings.has_errors()) << damaged;
   }
@@ -217,7 +212,7 @@ TEST(ParsePo, ManyMessages_AreRead) {
 
 TEST(ParsePo, NoDescriptorLeft_IsAnErrorAndNoEmptyFile) {
   for (const rlim_t descriptors : std::initializer_list<rlim_t>{3, 4}) {
-    CatalogFindings findings;
+    Findings findings;
     const qzlog_test::ResourceLimit limit(RLIMIT_NOFILE, descriptors);
     try {
       parse_po(kHeader, "f.po", findings);

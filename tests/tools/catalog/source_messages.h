@@ -4,23 +4,16 @@
 #include <gtest/gtest.h>
 
 #include <optional>
-#include <sstream>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
+#include "tests/tools/printed_findings.h"
 #include "tools/catalog/catalog_messages.h"
 #include "tools/definitions/definitions.h"
 
 namespace qzlog_catalog {
-
-/// All findings as users see them, one a line.
-inline std::string printed(const CatalogFindings& findings) {
-  std::ostringstream out;
-  for (const CatalogFinding& finding : findings.all()) out << finding << '\n';
-  return out.str();
-}
 
 struct SourceText {
   std::string name;
@@ -42,7 +35,7 @@ inline std::vector<qzlog_tool::Definitions> read_sources(const std::vector<Sourc
 
 /// The messages of sources without a mistake.
 inline CatalogMessages messages_of(const std::vector<SourceText>& sources) {
-  CatalogFindings findings;
+  Findings findings;
   std::optional<CatalogMessages> messages = CatalogMessages::collect(read_sources(sources), findings);
   EXPECT_EQ(printed(findings), "");
   return std::move(messages.value());

@@ -14,7 +14,7 @@ class LowerTranslation : public ::testing::Test {
  protected:
   /// What the translation is stored as; none is asserted to have a reason, any other not to.
   std::optional<std::string> lowered(const std::string& translation, const char* id = "TEXT") {
-    CatalogFindings findings;
+    Findings findings;
     std::optional<std::string> stored = lower_translation(*messages_.find(id), translation, "f.po", 7, findings);
     EXPECT_NE(stored.has_value(), findings.has_errors());
     found_ = printed(findings);

@@ -13,13 +13,13 @@ namespace {
 using check_fixture::compiled;
 using check_fixture::shown;
 using qzlog_compiler::DefinitionModel;
+using qzlog_compiler::Finding;
 using qzlog_compiler::MessagePath;
-using qzlog_tool::CheckFinding;
 using Texts = std::vector<std::string>;
 
-std::vector<CheckFinding> findings_in(const std::string& bytes, const DefinitionModel* standard = nullptr) {
+std::vector<Finding> findings_in(const std::string& bytes, const DefinitionModel* standard = nullptr) {
   const qzlog_compiler::LdfFile file = qzlog_compiler::read_ldf(bytes);
-  std::vector<CheckFinding> findings;
+  std::vector<Finding> findings;
   qzlog_tool::CheckReport report("in.ldf", findings);
   qzlog_tool::check_compiled({bytes, &file.model}, standard, MessagePath::kBoth, report);
   return findings;

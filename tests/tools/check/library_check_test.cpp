@@ -13,19 +13,19 @@ namespace {
 
 using check_fixture::compiled;
 using check_fixture::shown;
-using qzlog_tool::CheckFinding;
+using qzlog_compiler::Finding;
 using qzlog_tool::CheckReport;
 using Texts = std::vector<std::string>;
 
-std::vector<CheckFinding> standard_findings(const std::string& bytes) {
-  std::vector<CheckFinding> findings;
+std::vector<Finding> standard_findings(const std::string& bytes) {
+  std::vector<Finding> findings;
   CheckReport report("std.ldf", findings);
   qzlog_tool::check_standard_with_library(bytes, report);
   return findings;
 }
 
-std::vector<CheckFinding> auxiliary_findings(const std::string& bytes, const std::string& standard) {
-  std::vector<CheckFinding> findings;
+std::vector<Finding> auxiliary_findings(const std::string& bytes, const std::string& standard) {
+  std::vector<Finding> findings;
   CheckReport report("aux.ldf", findings);
   qzlog_tool::check_auxiliary_with_library(bytes, standard, report);
   return findings;
@@ -42,7 +42,7 @@ TEST_F(LibraryCheck, Refusal_HasTheLibrarysText) {
   const auto findings = standard_findings(".LDF");
   ASSERT_EQ(findings.size(), 1U);
   EXPECT_EQ(findings[0].text, "<QZX_logging_invalid_definition> Unable to access definition file successfully.");
-  EXPECT_EQ(findings[0].rule, "refused-file");
+  EXPECT_EQ(findings[0].rule.name(), "refused-file");
   EXPECT_FALSE(findings[0].entry_id);
 }
 

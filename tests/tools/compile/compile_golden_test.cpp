@@ -5,7 +5,7 @@
 
 #include "tests/tools/golden_case.h"
 #include "tests/tools/golden_run.h"
-#include "tools/report/diagnostics.h"
+#include "tools/report/source_rules.h"
 
 namespace {
 

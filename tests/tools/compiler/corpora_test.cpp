@@ -9,6 +9,7 @@
 
 #include "tests/tools/compiler/source_fixture.h"
 #include "tools/compiler/source/compiler.h"
+#include "tools/report/source_rules.h"
 
 namespace qzlog_compiler {
 namespace {
@@ -29,10 +30,10 @@ CompileResult compile(const std::string& name, const std::string& suffix, Messag
 
 /// The entries whose message a diagnostic is about.
 std::set<std::uint32_t> entries_of(const CompileResult& result) {
-  std::map<std::uint32_t, std::uint32_t> by_line;
+  std::map<std::uint64_t, std::uint32_t> by_line;
   for (const EntryDefinition& entry : result.model.entries) by_line[entry.message.position.line] = entry.id;
   std::set<std::uint32_t> ids;
-  for (const Diagnostic& diagnostic : result.diagnostics) ids.insert(by_line.at(diagnostic.position.line));
+  for (const Finding& diagnostic : result.diagnostics) ids.insert(by_line.at(diagnostic.place.line));
   return ids;
 }
 
@@ -65,7 +66,7 @@ TEST(CorpusNarrowOnly, EntriesWithMoreThanTenReferences_AreRefusedForTheIcuPathA
       const CompileResult result = compile(name, ".narrow-only.yaml", path);
       EXPECT_EQ(result.ok(), path == MessagePath::kBoth);
       EXPECT_EQ(result.diagnostics.size(), result.model.entries.size());
-      for (const Diagnostic& diagnostic : result.diagnostics) EXPECT_EQ(diagnostic.rule, Rule::kTooManyReferences);
+      for (const Finding& diagnostic : result.diagnostics) EXPECT_EQ(diagnostic.rule, Rule::kTooManyReferences);
     }
   }
 }

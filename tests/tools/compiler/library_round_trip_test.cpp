@@ -178,8 +178,8 @@ class LibraryRoundTrip : public qz_test::SettingsTest {
 
 /// The entries that a diagnostic is about: those with a message on its line.
 std::set<std::uint32_t> diagnosed_entries(const CompileResult& result) {
-  std::set<std::uint32_t> lines;
-  for (const Diagnostic& diagnostic : result.diagnostics) lines.insert(diagnostic.position.line);
+  std::set<std::uint64_t> lines;
+  for (const Finding& diagnostic : result.diagnostics) lines.insert(diagnostic.place.line);
   std::set<std::uint32_t> ids;
   for (const EntryDefinition& entry : result.model.entries) {
     if (lines.count(entry.message.position.line) != 0) ids.insert(entry.id);

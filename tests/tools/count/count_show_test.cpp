@@ -118,7 +118,8 @@ TEST_F(CountShow, NoCounts_TotalIsZero) {
   write("empty.cnt", "");
   EXPECT_EQ(show("empty.cnt").out, "day    key  count\ntotal           0\n");
   EXPECT_EQ(show("empty.cnt --json").out,
-            "{\n  \"counts\": [],\n  \"days\": [],\n  \"keys\": [],\n  \"total\": 0,\n  \"damaged\": 0\n}\n");
+            "{\n  \"qzlog\": 1,\n  \"findings\": [],\n  \"counts\": [],\n  \"days\": [],\n  \"keys\": [],\n  "
+            "\"total\": 0,\n  \"damaged\": 0\n}\n");
   EXPECT_EQ(show("empty.cnt --chart").out, "");
   EXPECT_EQ(show("empty.cnt --chart").status, 0);
 }
@@ -160,6 +161,11 @@ TEST_F(CountShow, Damage_IsReportedRecordByRecordAndTheFileStaysAsItIs) {
   EXPECT_EQ(run("find bad.cnt -newermt 2026-01-02").out, "");
   const CommandResult json = show("bad.cnt --json");
   EXPECT_NE(json.out.find("\n  \"damaged\": 4\n"), std::string::npos) << json.out;
+  EXPECT_NE(json.out.find(R"x(    {"file":"bad.cnt","offset":64,"severity":"error","rule":"impossible-date",)x"
+                          R"x("text":"there is no such date (2026-2-30, key 7, count 3)"},)x"),
+            std::string::npos)
+      << json.out;
+  EXPECT_EQ(json.err, result.err);
   EXPECT_EQ(json.status, 1);
   EXPECT_TRUE(show("- --chart <bad.cnt").err.starts_with("<stdin>: offset 64: error: "));
 }

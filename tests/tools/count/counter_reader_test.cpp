@@ -5,7 +5,6 @@
 #include <unistd.h>
 
 #include <random>
-#include <set>
 #include <string>
 #include <thread>
 
@@ -19,7 +18,6 @@ namespace {
 using qzlog_test::counter_bytes;
 using qzlog_test::CounterBytes;
 using qzlog_test::TemporaryFolder;
-using qzlog_tool::CounterDamage;
 using qzlog_tool::DayCount;
 using qzlog_tool::FileDescriptor;
 
@@ -35,14 +33,14 @@ std::string line_of(const DayCount& count) {
   return qzlog_tool::day_text(count.day) + " " + std::to_string(count.key) + " " + std::to_string(count.count) + "\n";
 }
 
-std::string line_of(const CounterDamage& damage) {
-  return std::to_string(damage.offset) + " " + std::string(counter_rule_name(damage.rule)) + ": " + damage.text + "\n";
+std::string line_of(const qzlog_compiler::Finding& damage) {
+  return std::to_string(damage.offset.value()) + " " + std::string(damage.rule.name()) + ": " + damage.text + "\n";
 }
 
 Content read_descriptor(int descriptor) {
   Content content;
   const auto counts = qzlog_tool::read_counts(
-      descriptor, "x.cnt", [&](const CounterDamage& damage) { content.damage += line_of(damage); },
+      descriptor, "x.cnt", [&](const qzlog_compiler::Finding& damage) { content.damage += line_of(damage); },
       [&](std::uint64_t records) { content.records = records; });
   for (const DayCount& count : counts) content.counts += line_of(count);
   return content;
@@ -196,17 +194,6 @@ TEST(ReadCounts, Folder_ThrowsWithReason) {
     EXPECT_STREQ(error.what(), "cannot read 'x.cnt': Is a directory");
     EXPECT_EQ(error.exit_status(), 2);
   }
-}
-
-TEST(CounterRules, Table_StandsInTheOrderOfTheEnumerationWithDistinctNames) {
-  std::set<std::string_view> names;
-  std::size_t index = 0;
-  for (const auto& info : qzlog_tool::all_counter_rules()) {
-    EXPECT_EQ(static_cast<std::size_t>(info.rule), index++);
-    EXPECT_TRUE(names.insert(info.name).second) << info.name;
-    EXPECT_EQ(info.meaning.back(), '.') << info.name;
-  }
-  EXPECT_EQ(qzlog_tool::all_counter_rules().back().rule, qzlog_tool::CounterRule::kPartialRecord);
 }
 
 }  // namespace

@@ -2,9 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include <sstream>
 #include <string>
 
+#include "tests/tools/printed_findings.h"
 #include "tools/compiler/file/ldf_writer.h"
 #include "tools/system/command_error.h"
 
@@ -28,11 +28,7 @@ constexpr const char* kSurprising =
 DefinitionFile source(const char* content) { return {"s.yaml", "s.yaml", content, true}; }
 DefinitionFile compiled(std::string bytes) { return {"c.ldf", "c.ldf", std::move(bytes), false}; }
 
-std::string printed(const Definitions& definitions) {
-  std::ostringstream text;
-  for (const auto& diagnostic : definitions.diagnostics) text << diagnostic << '\n';
-  return text.str();
-}
+std::string printed(const Definitions& definitions) { return qzlog_compiler::printed(definitions.diagnostics); }
 
 TEST(ReadDefinitions, SourceAndItsCompiledFile_SayTheSame) {
   const Definitions written = read_definitions(source(kSource), {});

@@ -6,19 +6,21 @@
 #include <string_view>
 #include <vector>
 
+#include "tools/report/source_rules.h"
+
 namespace {
 
 using namespace qzlog_compiler;
 
 std::vector<AcceptedBreak> load_without_mistakes(std::string_view text) {
-  Diagnostics diagnostics("meant.yaml");
+  Findings diagnostics("meant.yaml");
   std::vector<AcceptedBreak> accepted = load_accepted_breaks(text, diagnostics);
   EXPECT_FALSE(diagnostics.has_errors());
   return accepted;
 }
 
-std::vector<Diagnostic> mistakes(std::string_view text) {
-  Diagnostics diagnostics("meant.yaml");
+std::vector<Finding> mistakes(std::string_view text) {
+  Findings diagnostics("meant.yaml");
   load_accepted_breaks(text, diagnostics);
   return diagnostics.take_sorted();
 }
@@ -41,7 +43,7 @@ TEST(LoadAcceptedBreaks, EveryField_IsRead) {
 TEST(LoadAcceptedBreaks, EmptyList_AcceptsNothing) { EXPECT_TRUE(load_without_mistakes("[]").empty()); }
 
 TEST(LoadAcceptedBreaks, ItemWithAMistake_IsLeftOut) {
-  Diagnostics diagnostics("meant.yaml");
+  Findings diagnostics("meant.yaml");
   const auto accepted = load_accepted_breaks(
       "- {rule: nonsense, reason: a}\n"
       "- {rule: text-changed, reason: a}\n"

@@ -13,8 +13,10 @@ TEST(DiffRules, Names_AreUniqueAndFoundAgain) {
   std::set<std::string_view> names;
   for (const DiffRuleInfo& info : all_diff_rules()) {
     EXPECT_TRUE(names.insert(info.name).second) << info.name;
-    EXPECT_EQ(find_diff_rule(info.name), info.rule);
-    EXPECT_EQ(&diff_rule_info(info.rule), &info);
+    const auto rule = static_cast<DiffRule>(info.number);
+    EXPECT_EQ(find_diff_rule(info.name), rule);
+    EXPECT_EQ(&diff_rule_info(rule), &info);
+    EXPECT_EQ(info.acceptable, info.verdicts != kSafe) << info.name;
   }
   EXPECT_EQ(find_diff_rule("no-such-rule"), std::nullopt);
 }

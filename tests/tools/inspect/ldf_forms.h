@@ -21,7 +21,7 @@ inline std::string annotation_of(std::string_view bytes, std::size_t columns = 0
 
 inline std::string json_of(std::string_view bytes) {
   std::ostringstream out;
-  write_json(LdfSurvey(bytes), out);
+  write_json(LdfSurvey(bytes), {}, out);
   return out.str();
 }
 

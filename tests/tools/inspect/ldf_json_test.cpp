@@ -31,7 +31,8 @@ TEST(WriteJson, ExampleFile_HasEverything) {
       "attributes":[{"offset":199,"name":"R","type":"UInt2","type_code":4,"redirect":"r"}],
       "selector_messages":[{"offset":219,"index":1,"value":16,"message_id":"s","message":"é"}]})"));
   EXPECT_EQ(file["entries"].size(), 2U);
-  EXPECT_EQ(file["damages"], json::array());
+  EXPECT_EQ(file["qzlog"], 1);
+  EXPECT_EQ(file["findings"], json::array());
   EXPECT_EQ(file["damage_count"], 0);
 }
 
@@ -53,7 +54,8 @@ TEST(WriteJson, DamagedRecord_HasWhatCanBeReadAndTheReason) {
   EXPECT_EQ(entry["mask"], 5);
   EXPECT_FALSE(entry.contains("message_id"));
   EXPECT_EQ(entry["damage"]["offset"], 177);
-  EXPECT_EQ(file["damages"], json::array({entry["damage"]}));
+  EXPECT_EQ(entry["damage"]["reason"], "the file ends within an entry record");
+  EXPECT_EQ(file["damage_count"], 1);
   EXPECT_EQ(file["entries"][1]["id"], 16909060);
 }
 
@@ -89,7 +91,7 @@ TEST(WriteJson, EnormousLists_TakeNoMemoryOfTheirOwn) {
     Counter counter;
     std::ostream out(&counter);
     const qz_test::AddressSpaceLimit limit(1 << 20);
-    ASSERT_NO_THROW(write_json(LdfSurvey(bytes), out));
+    ASSERT_NO_THROW(write_json(LdfSurvey(bytes), {}, out));
     EXPECT_GT(counter.count(), 8 * static_cast<std::streamsize>(kMany));
   }
 }

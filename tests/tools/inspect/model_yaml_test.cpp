@@ -15,7 +15,7 @@ namespace {
 std::string compiled(const std::string& source, const CompileOptions& options = {}) {
   const CompileResult result = compile_source(source, "made.yaml", options);
   std::string errors;
-  for (const Diagnostic& found : result.diagnostics) {
+  for (const Finding& found : result.diagnostics) {
     if (found.severity == Severity::kError) errors += found.text + "\n";
   }
   EXPECT_TRUE(result.ok()) << errors << source;

@@ -10,7 +10,7 @@ namespace qzlog_compiler {
 namespace {
 
 std::string read_back(const std::string& quoted_text) {
-  Diagnostics diagnostics("");
+  Findings diagnostics("");
   const std::optional<YamlTree> tree = parse_yaml(quoted_text, diagnostics);
   return tree ? std::string(tree->root().text()) : "not YAML: " + quoted_text;
 }

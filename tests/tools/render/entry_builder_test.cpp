@@ -69,7 +69,7 @@ class EntryBuilderTest : public ::testing::Test {
     try {
       qzlog_tool::call_for_entry(EntryRule::kRefusedValue, [&] { build(line); });
     } catch (const EntryError& error) {
-      return std::string(entry_rule_name(error.rule)) + ": " + error.text;
+      return std::string(rule_info(error.rule).name) + ": " + error.text;
     }
     return "accepted";
   }

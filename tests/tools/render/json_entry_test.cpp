@@ -117,7 +117,7 @@ TEST_P(JsonEntryBadLine, Parse_ThrowsRuleAndText) {
     FAIL() << "no exception";
   } catch (const EntryError& error) {
     EXPECT_EQ(error.text, GetParam().text);
-    EXPECT_EQ(entry_rule_name(error.rule), entry_rule_name(GetParam().rule));
+    EXPECT_EQ(rule_info(error.rule).name, rule_info(GetParam().rule).name);
   }
 }
 

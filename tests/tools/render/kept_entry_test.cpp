@@ -156,7 +156,7 @@ class KeptEntryTest : public ::testing::Test {
         text = Description(builder.build(parser_.parse(std::string_view(padded).substr(0, line.size())))).text();
       });
     } catch (const EntryError& error) {
-      return std::string(entry_rule_name(error.rule)) + ": " + error.text;
+      return std::string(rule_info(error.rule).name) + ": " + error.text;
     }
     return text;
   }

@@ -190,7 +190,7 @@ std::string outcome(Parse&& parse) {
   try {
     return described(parse());
   } catch (const EntryError& error) {
-    return std::string(entry_rule_name(error.rule)) + ": " + error.text;
+    return std::string(rule_info(error.rule).name) + ": " + error.text;
   }
 }
 

@@ -5,12 +5,14 @@
 
 #include "tests/tools/command_fixture.h"
 #include "tests/tools/count/counter_bytes.h"
+#include "tests/tools/shown_line.h"
 
 namespace {
 
 using qzlog_test::CommandFixture;
 using qzlog_test::CommandResult;
 using qzlog_test::counter_bytes;
+using qzlog_test::shown_line;
 
 constexpr const char* kDefinitions = R"yaml(
 version: "1.0"
@@ -146,7 +148,8 @@ TEST_F(RenderCount, DateOutsideTheYears_IsRenderedButNotCounted) {
   EXPECT_EQ(result.out, "one\ntwo\n");
   EXPECT_EQ(result.err,
             "e.jsonl:1: error: the message is not counted: the local date of 'time' is outside the years 1 to 9999 "
-            "[uncountable-date]\n");
+            "[uncountable-date]\n" +
+                shown_line(1, R"({"id":1,"time":"9999-12-31T23:00:00Z"})"));
   EXPECT_EQ(result.status, 1);
   EXPECT_EQ(read("events.cnt"), counter_bytes({9999, 12, 31, 2, 1}));
 }

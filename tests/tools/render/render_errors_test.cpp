@@ -4,11 +4,13 @@
 #include <string>
 
 #include "tests/tools/command_fixture.h"
+#include "tests/tools/shown_line.h"
 
 namespace {
 
 using qzlog_test::CommandResult;
 using qzlog_test::RenderFixture;
+using qzlog_test::shown_line;
 
 struct BadEntry {
   const char* name;
@@ -64,11 +66,12 @@ TEST_P(RenderBadEntry, BetweenGoodOnes_IsReportedAndTheOthersAreRendered) {
     const CommandResult result = render(good + GetParam().line + "\n" + good, options);
     EXPECT_EQ(result.out, message + message);
     const std::string error = std::string("entries.jsonl:2: error: ") + GetParam().error;
+    const std::string line = shown_line(2, GetParam().line);
     if (error.ends_with(": ")) {
       EXPECT_EQ(result.err.substr(0, error.size()), error);
-      EXPECT_TRUE(result.err.ends_with(" [bad-json]\n")) << result.err;
+      EXPECT_TRUE(result.err.ends_with(" [bad-json]\n" + line)) << result.err;
     } else {
-      EXPECT_EQ(result.err, error + "\n");
+      EXPECT_EQ(result.err, error + "\n" + line);
     }
     EXPECT_EQ(result.status, 1);
   }
@@ -83,15 +86,24 @@ TEST_F(RenderErrors, EveryLineBad_EveryLineIsReported) {
   const CommandResult result = render("1\n\n2\n3");
   EXPECT_EQ(result.out, "");
   EXPECT_EQ(result.err,
-            "entries.jsonl:1: error: an entry is an object in braces, not an integer [not-an-object]\n"
-            "entries.jsonl:3: error: an entry is an object in braces, not an integer [not-an-object]\n"
-            "entries.jsonl:4: error: an entry is an object in braces, not an integer [not-an-object]\n");
+            "entries.jsonl:1: error: an entry is an object in braces, not an integer [not-an-object]\n" +
+                shown_line(1, "1") +
+                "entries.jsonl:3: error: an entry is an object in braces, not an integer [not-an-object]\n" +
+                shown_line(3, "2") +
+                "entries.jsonl:4: error: an entry is an object in braces, not an integer [not-an-object]\n" +
+                shown_line(4, "3"));
   EXPECT_EQ(result.status, 1);
 }
 
 TEST_F(RenderErrors, StandardInput_HasAName) {
   const CommandResult result = run("echo 1 | $QZLOG render --definitions storage.yaml");
-  EXPECT_EQ(result.err, "<stdin>:1: error: an entry is an object in braces, not an integer [not-an-object]\n");
+  EXPECT_EQ(result.err,
+            "<stdin>:1: error: an entry is an object in braces, not an integer [not-an-object]\n" + shown_line(1, "1"));
+}
+
+TEST_F(RenderErrors, LineWithControlCharacters_IsShownWithEscapes) {
+  const CommandResult result = render("{\"id\":\x1b\u202E}\r\n");
+  EXPECT_TRUE(result.err.ends_with(" [bad-json]\n" + shown_line(1, R"({"id":\u001B\u202E})"))) << result.err;
 }
 
 TEST_F(RenderErrors, MessagesAndErrorsInOnePlace_StandInTheOrderOfTheLines) {
@@ -100,8 +112,8 @@ TEST_F(RenderErrors, MessagesAndErrorsInOnePlace_StandInTheOrderOfTheLines) {
   write("entries.jsonl", good + "1\n" + good);
   EXPECT_EQ(run("$QZLOG render --definitions storage.yaml entries.jsonl 2>&1").out,
             "first\\nsecond\\rthird\n"
-            "entries.jsonl:2: error: an entry is an object in braces, not an integer [not-an-object]\n"
-            "first\\nsecond\\rthird\n");
+            "entries.jsonl:2: error: an entry is an object in braces, not an integer [not-an-object]\n" +
+                shown_line(2, "1") + "first\\nsecond\\rthird\n");
 }
 
 TEST_F(RenderErrors, HugeLine_IsReportedAndTheOthersAreRendered) {
@@ -126,7 +138,8 @@ TEST_F(RenderErrors, SymbolicNameWithACompiledFile_IsExplained) {
       run("$QZLOG compile storage.yaml -o storage.ldf; $QZLOG render --definitions storage.ldf entries.jsonl");
   EXPECT_EQ(result.err,
             "entries.jsonl:1: error: the name 'DISK_FULL' needs a definition source: compiled files hold only IDs "
-            "[unknown-name]\n");
+            "[unknown-name]\n" +
+                shown_line(1, R"({"id":"DISK_FULL"})"));
   EXPECT_EQ(result.status, 1);
 }
 
@@ -147,7 +160,8 @@ TEST_F(RenderErrors, PatternThatIcuCannotApply_IsReportedBehindTheMessagesBefore
   EXPECT_EQ(result.out, "good\n");
   EXPECT_EQ(result.err,
             "entries.jsonl:2: error: ICU takes the message's pattern but cannot apply it; nothing behind this line is "
-            "rendered [broken-pattern]\n");
+            "rendered [broken-pattern]\n" +
+                shown_line(2, R"({"id":2,"attributes":{"N":"x"}})"));
   EXPECT_EQ(result.status, 1);
   EXPECT_EQ(read("counts.cnt").size(), 32U);
 }
@@ -158,7 +172,8 @@ TEST_F(RenderErrors, NameWithControlCharacters_IsShownWithEscapes) {
   const CommandResult result = run("$QZLOG render --definitions std.yaml entries.jsonl");
   EXPECT_EQ(result.err,
             "entries.jsonl:1: error: <QZX_logging_invalid_message_string> _qz_LOG_log_message::get_message:  unable to "
-            "find attribute value for \"x\\u001B[31m\\u009B\"! [no-message]\n");
+            "find attribute value for \"x\\u001B[31m\\u009B\"! [no-message]\n" +
+                shown_line(1, R"({"id":1})"));
 }
 
 TEST_F(RenderErrors, RecordCutOff_IsReportedAndTheOthersAreRendered) {
@@ -169,7 +184,8 @@ TEST_F(RenderErrors, RecordCutOff_IsReportedAndTheOthersAreRendered) {
   EXPECT_EQ(result.out, "first\\nsecond\\rthird\nfirst\\nsecond\\rthird\n");
   EXPECT_EQ(result.err,
             "entries.jsonl:2: error: entry ID 1007: <QZX_logging_invalid_definition> Unable to access definition file "
-            "successfully. [bad-definition-file]\n");
+            "successfully. [bad-definition-file]\n" +
+                shown_line(2, R"({"id":1007})"));
   EXPECT_EQ(result.status, 1);
 }
 

@@ -5,11 +5,13 @@
 #include <string>
 
 #include "tests/tools/command_fixture.h"
+#include "tests/tools/shown_line.h"
 
 namespace {
 
 using qzlog_test::CommandFixture;
 using qzlog_test::CommandResult;
+using qzlog_test::shown_line;
 
 constexpr const char* kDefinitions = R"yaml(
 version: "1.0"
@@ -95,15 +97,15 @@ TEST_F(RenderFilter, ConfigurationThroughAPipe_IsRead) {
 
 TEST_F(RenderFilter, LastLineWithoutAnEmptyOne_IsWarnedAbout) {
   expect(render_with("[global]\nLogLevelLow=5\nLogLevelHigh=5\n", ""), "one\ntwo\ntwo\n",
-         "log.conf:3: warning: the last line has no empty line behind it and is not read [config-last-line]\n"
-         "entries: 6 read, 3 passed, 3 refused\n");
+         "log.conf:3: warning: the last line has no empty line behind it and is not read [config-last-line]\n" +
+             shown_line(3, "LogLevelHigh=5") + "entries: 6 read, 3 passed, 3 refused\n");
 }
 
 TEST_F(RenderFilter, LongLine_IsWarnedAbout) {
   expect(render_with("[global]\nLogLevelLow=9\n" + std::string(129, '#') + "\nPropertyMask=1\n\n", ""), "two\n",
          "log.conf:3: warning: the line has more than 128 bytes: neither it nor what follows is read "
-         "[config-long-line]\n"
-         "entries: 6 read, 1 passed, 5 refused\n");
+         "[config-long-line]\n" +
+             shown_line(3, std::string(100, '#') + "...") + "entries: 6 read, 1 passed, 5 refused\n");
 }
 
 TEST_F(RenderFilter, ModificationTimeZero_IsWarnedAbout) {
@@ -119,10 +121,9 @@ TEST_F(RenderFilter, WrongLines_AreInTheSummary) {
   write("e.jsonl", "{\"id\":1}\n\n{\"id\":99}\n{\"id\":3}\n{}\n");
   const CommandResult result = render("--level-low 0");
   EXPECT_EQ(result.out, "one\n");
-  EXPECT_EQ(result.err,
-            "e.jsonl:3: error: entry ID 99: Entry id argument is invalid [unknown-id]\n"
-            "e.jsonl:5: error: the entry has no 'id' [missing-id]\n"
-            "entries: 4 read, 1 passed, 1 refused, 2 wrong\n");
+  EXPECT_EQ(result.err, "e.jsonl:3: error: entry ID 99: Entry id argument is invalid [unknown-id]\n" +
+                            shown_line(3, "{\"id\":99}") + "e.jsonl:5: error: the entry has no 'id' [missing-id]\n" +
+                            shown_line(5, "{}") + "entries: 4 read, 1 passed, 1 refused, 2 wrong\n");
   EXPECT_EQ(result.status, 1);
 }
 

@@ -174,14 +174,20 @@ TEST_F(RenderOutput, ErrorOnATerminal_IsColoured) {
   const std::string definitions = (folder_.path() / "storage.yaml").string();
   const std::string entries = folder_.write("entries.jsonl", "{}\n");
   EXPECT_EQ(on_a_terminal(definitions, entries),
-            entries + ":1: \033[1;31merror:\033[0m the entry has no 'id' [missing-id]\r\n");
+            entries +
+                ":1: \033[1;31merror:\033[0m the entry has no 'id' [missing-id]\r\n"
+                "    1 | {}\r\n"
+                "      | \033[1;32m^\033[0m\r\n");
 }
 
 TEST_F(RenderOutput, ErrorOnATerminalWithNoColor_IsPlain) {
   ::setenv("NO_COLOR", "1", 1);
   const std::string definitions = (folder_.path() / "storage.yaml").string();
   const std::string entries = folder_.write("entries.jsonl", "{}\n");
-  EXPECT_EQ(on_a_terminal(definitions, entries), entries + ":1: error: the entry has no 'id' [missing-id]\r\n");
+  EXPECT_EQ(on_a_terminal(definitions, entries), entries +
+                                                     ":1: error: the entry has no 'id' [missing-id]\r\n"
+                                                     "    1 | {}\r\n"
+                                                     "      | ^\r\n");
 }
 
 }  // namespace

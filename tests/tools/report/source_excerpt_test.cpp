@@ -21,6 +21,9 @@ TEST(MakeExcerpt, Places_AreFoundWhateverStandsBeforeThem) {
       {"abc", 4, "abc", 3},                        // behind the end
       {"abc", 90, "abc", 3},                       // far behind it
       {"", 1, "", 0},                              // nothing there
+      {" \t x", 0, "     x", 5},                   // the first word
+      {"x", 0, "x", 0},                            // at the beginning
+      {"  ", 0, "  ", 0},                          // or nowhere
       {"\tx", 2, "    x", 4},                      // a tab goes to the next stop
       {"abc\tx", 5, "abc x", 4},                   // which may be near
       {"\u65E5\u672Cx", 3, "\u65E5\u672Cx", 4},    // wide characters
@@ -72,6 +75,13 @@ TEST(MakeExcerpt, LongLineOfWideCharacters_KeepsTheCaretUnderThePlace) {
   EXPECT_LE(display_width(excerpt.line), 107U);
 }
 
+TEST(MakeExcerpt, LineOfCharactersWithoutWidth_IsCutToo) {
+  std::string line = "x";
+  for (int i = 0; i < 100000; ++i) line += "\u0301";
+  EXPECT_LT(make_excerpt(line, 1)->line.size(), 5000U);
+  EXPECT_EQ(make_excerpt(line, 1)->caret, 0U);
+}
+
 TEST(MakeExcerpt, PlaceFarToTheRight_HasNone) { EXPECT_FALSE(make_excerpt(std::string(100000, 'x'), 70000)); }
 
 TEST(SourceLines, EveryKindOfLineBreak_EndsALine) {
@@ -79,6 +89,14 @@ TEST(SourceLines, EveryKindOfLineBreak_EndsALine) {
   const char* const expected[] = {"one", "two", "three", "four", "five", "six", "\u00A9seven", ""};
   for (std::uint32_t i = 0; i < std::size(expected); ++i) EXPECT_EQ(lines.excerpt({i + 1, 1})->line, expected[i]);
   EXPECT_FALSE(lines.excerpt({9, 1}));
+}
+
+TEST(SourceLines, LineFeeds_EndLinesWhereNothingElseDoes) {
+  const SourceLines lines("one\rtwo\r\nthree\u2028four\n", LineBreaks::kLineFeed, 5);
+  const char* const expected[] = {"one\\u000Dtwo", "three\\u2028four", ""};
+  for (std::uint32_t i = 0; i < std::size(expected); ++i) EXPECT_EQ(lines.excerpt({i + 5, 1})->line, expected[i]);
+  EXPECT_FALSE(lines.excerpt(4));
+  EXPECT_FALSE(lines.excerpt(8));
 }
 
 TEST(SourceLines, ByteOrderMark_IsNoColumn) {

@@ -63,15 +63,15 @@ TEST(CompareReferences, SeveralDifferences_ByKindThenByName) {
 
 TEST(CompareReferences, Findings_WriteReferencesAsTheirTextDoes) {
   const ReferenceDifference lost{ReferenceDifference::Kind::kLost, "A", 's', '\0'};
-  EXPECT_EQ(rule_of(lost), "reference-lost");
+  EXPECT_EQ(rule_of(lost).name(), "reference-lost");
   EXPECT_EQ(text_of(lost, ReferenceNotation::kPlaceholder), "the translation lacks '{A:s}', which the source text has");
   EXPECT_EQ(text_of(lost, ReferenceNotation::kTemplate), "the translation lacks '%s%A%', which the source text has");
   const ReferenceDifference added{ReferenceDifference::Kind::kAdded, "A", '\0', 's'};
-  EXPECT_EQ(rule_of(added), "reference-added");
+  EXPECT_EQ(rule_of(added).name(), "reference-added");
   EXPECT_EQ(text_of(added, ReferenceNotation::kPlaceholder),
             "the translation has '{A:s}', which the source text has not, or not as often");
   const ReferenceDifference format{ReferenceDifference::Kind::kFormat, "A", 'd', 'P'};
-  EXPECT_EQ(rule_of(format), "reference-format");
+  EXPECT_EQ(rule_of(format).name(), "reference-format");
   EXPECT_EQ(text_of(format, ReferenceNotation::kPlaceholder),
             "the translation has '{A:P}' where the source text has '{A:d}', another format");
 }

@@ -6,7 +6,8 @@
 #include <string_view>
 #include <vector>
 
-#include "tools/report/diagnostics.h"
+#include "tools/report/finding.h"
+#include "tools/report/source_rules.h"
 
 namespace qzlog_compiler {
 

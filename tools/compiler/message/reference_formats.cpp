@@ -4,6 +4,7 @@
 
 #include "tools/compiler/model/attribute_type.h"
 #include "tools/compiler/text/utf8_text.h"
+#include "tools/report/source_rules.h"
 
 namespace qzlog_compiler {
 namespace {

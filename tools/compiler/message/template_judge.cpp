@@ -9,48 +9,48 @@
 #include "tools/compiler/message/message_lowering.h"
 #include "tools/compiler/model/attribute_type.h"
 #include "tools/compiler/text/utf8_text.h"
-#include "tools/report/check_finding.h"
+#include "tools/report/check_rules.h"
+#include "tools/report/source_rules.h"
 
 namespace qzlog_compiler {
 namespace {
 
-using qzlog_tool::check_rule_name;
 using qzlog_tool::CheckRule;
 
 constexpr std::string_view kTimeStamp = "TIMESTAMP";
 constexpr const char* kBraceHint = "write a brace as '{'";
 
-std::string_view rule_of(TemplateReason reason) {
+AnyRule rule_of(TemplateReason reason) {
   switch (reason) {
     case TemplateReason::kBrokenReference:
-      return rule_name(Rule::kBrokenTemplate);
+      return Rule::kBrokenTemplate;
     case TemplateReason::kUnknownAttribute:
-      return rule_name(Rule::kUnknownAttribute);
+      return Rule::kUnknownAttribute;
     case TemplateReason::kFormatMismatch:
-      return rule_name(Rule::kFormatTypeMismatch);
+      return Rule::kFormatTypeMismatch;
     case TemplateReason::kGuidReference:
-      return rule_name(Rule::kGuidReference);
+      return Rule::kGuidReference;
     case TemplateReason::kStandardFieldType:
     case TemplateReason::kIgnoredDefinition:
-      return rule_name(Rule::kStandardFieldType);
+      return Rule::kStandardFieldType;
     case TemplateReason::kUndefinedStandardField:
-      return rule_name(Rule::kUndefinedStandardField);
+      return Rule::kUndefinedStandardField;
     case TemplateReason::kTooManyReferences:
-      return rule_name(Rule::kTooManyReferences);
+      return Rule::kTooManyReferences;
     case TemplateReason::kDeepNesting:
     case TemplateReason::kRefusedPattern:
     case TemplateReason::kInapplicablePattern:
-      return check_rule_name(CheckRule::kRejectedPattern);
+      return CheckRule::kRejectedPattern;
     case TemplateReason::kUnknownFormat:
-      return rule_name(Rule::kUnknownFormat);
+      return Rule::kUnknownFormat;
     case TemplateReason::kHiddenReference:
-      return rule_name(Rule::kQuotedPlaceholder);
+      return Rule::kQuotedPlaceholder;
     case TemplateReason::kOwnArgument:
-      return rule_name(Rule::kPatternArgument);
+      return Rule::kPatternArgument;
     case TemplateReason::kLostText:
-      return check_rule_name(CheckRule::kLostText);
+      break;
   }
-  return {};
+  return CheckRule::kLostText;
 }
 
 /// What the compiler finds in a placeholder, as a reason.

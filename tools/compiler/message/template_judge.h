@@ -9,7 +9,7 @@
 
 #include "tools/compiler/message/reference_formats.h"
 #include "tools/compiler/message/stored_template.h"
-#include "tools/report/diagnostics.h"
+#include "tools/report/finding.h"
 
 namespace qzlog_compiler {
 
@@ -43,7 +43,7 @@ constexpr bool is_about_attributes(TemplateReason reason) {
 
 struct TemplateFinding {
   TemplateReason reason;
-  std::string_view rule;  ///< what users know it by
+  AnyRule rule;
   std::string text;
   std::string hint;                   ///< what to do about it; may be empty
   std::string name;                   ///< of the attribute that it is about; may be empty

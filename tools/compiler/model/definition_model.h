@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "qzlog/logattrib.h"
-#include "tools/report/diagnostics.h"
+#include "tools/report/finding.h"
 
 namespace qzlog_compiler {
 

@@ -10,6 +10,7 @@
 #include "tools/compiler/source/scalar_values.h"
 #include "tools/compiler/text/nearest_word.h"
 #include "tools/compiler/text/utf8_text.h"
+#include "tools/report/source_rules.h"
 
 namespace qzlog_compiler {
 namespace {
@@ -22,7 +23,7 @@ constexpr std::array kPathRules = {Rule::kLiteralPercent,    Rule::kTooManyRefer
                                    Rule::kQuotedPlaceholder, Rule::kBrokenTemplate,    Rule::kPatternArgument,
                                    Rule::kUnusedAttribute};
 
-bool depends_on_path(Rule rule) { return std::find(kPathRules.begin(), kPathRules.end(), rule) != kPathRules.end(); }
+bool depends_on_path(AnyRule rule) { return std::find(kPathRules.begin(), kPathRules.end(), rule) != kPathRules.end(); }
 
 std::string unknown_rule_hint(std::string_view name) {
   std::vector<std::string_view> names;
@@ -33,13 +34,11 @@ std::string unknown_rule_hint(std::string_view name) {
 }
 
 /// The rule that an item names, none when it is not one that can be accepted.
-std::optional<Rule> read_rule(const YamlNode& node, Diagnostics& diagnostics) {
+std::optional<AnyRule> read_rule(const YamlNode& node, Findings& diagnostics) {
   const std::optional<std::string> name = read_text(node, "the name of a warning's rule", diagnostics);
   if (!name) return std::nullopt;
-  const std::span<const RuleInfo> rules = all_rules();
-  const auto found =
-      std::find_if(rules.begin(), rules.end(), [&name](const RuleInfo& info) { return info.name == *name; });
-  if (found == rules.end()) {
+  const RuleInfo* const found = find_rule(all_rules(), *name);
+  if (found == nullptr) {
     diagnostics.error(node.position(), Rule::kUnknownRule, "there is no rule " + quoted(*name))
         .with_hint(unknown_rule_hint(*name));
     return std::nullopt;
@@ -49,10 +48,10 @@ std::optional<Rule> read_rule(const YamlNode& node, Diagnostics& diagnostics) {
         .with_hint("only warnings about definitions and texts can be accepted");
     return std::nullopt;
   }
-  return found->rule;
+  return AnyRule(*found);
 }
 
-void check_reason(const YamlNode& node, Diagnostics& diagnostics) {
+void check_reason(const YamlNode& node, Findings& diagnostics) {
   const std::optional<std::string> reason = read_text(node, "the reason for accepting a warning", diagnostics);
   if (!reason || reason->find_first_not_of(" \t\n") != std::string::npos) return;
   diagnostics.error(node.position(), Rule::kEmptyReason, "an empty reason")
@@ -61,7 +60,7 @@ void check_reason(const YamlNode& node, Diagnostics& diagnostics) {
 
 }  // namespace
 
-void AcceptedWarnings::load(const YamlNode& list, AcceptScope scope, const YamlNode& holder, Diagnostics& diagnostics) {
+void AcceptedWarnings::load(const YamlNode& list, AcceptScope scope, const YamlNode& holder, Findings& diagnostics) {
   if (list.kind() != YamlKind::kSequence) {
     report_wrong_type(list, "a list of accepted warnings", diagnostics);
     return;
@@ -70,13 +69,13 @@ void AcceptedWarnings::load(const YamlNode& list, AcceptScope scope, const YamlN
 }
 
 void AcceptedWarnings::load_item(const YamlNode& item, AcceptScope scope, const YamlNode& holder,
-                                 Diagnostics& diagnostics) {
+                                 Findings& diagnostics) {
   const MappingFields fields(item, kAcceptFields, "an accepted warning", diagnostics);
   const YamlNode* const reason = fields.find("reason");
   if (reason != nullptr) check_reason(*reason, diagnostics);
   const YamlNode* const name = fields.find("rule");
   if (name == nullptr) return;
-  const std::optional<Rule> rule = read_rule(*name, diagnostics);
+  const std::optional<AnyRule> rule = read_rule(*name, diagnostics);
   if (!rule) return;
   by_scope_[{scope, *rule}].push_back(accepted_.size());
   const SourcePosition begin = scope == AcceptScope::kFile ? SourcePosition{} : holder.position();
@@ -84,36 +83,36 @@ void AcceptedWarnings::load_item(const YamlNode& item, AcceptScope scope, const 
 }
 
 /// Sources that accepted a warning under the rule that it had before go on accepting it.
-AcceptedWarnings::Accepted* AcceptedWarnings::find(const Diagnostic& warning) {
+AcceptedWarnings::Accepted* AcceptedWarnings::find(const Finding& warning) {
   Accepted* const found = find(warning, warning.rule);
   const bool had_another = warning.rule == Rule::kPatternArgument;
   return found == nullptr && had_another ? find(warning, Rule::kBrokenTemplate) : found;
 }
 
-AcceptedWarnings::Accepted* AcceptedWarnings::find(const Diagnostic& warning, Rule rule) {
+AcceptedWarnings::Accepted* AcceptedWarnings::find(const Finding& warning, AnyRule rule) {
   for (const AcceptScope scope : {AcceptScope::kSelectorMessage, AcceptScope::kEntry, AcceptScope::kFile}) {
     const auto list = by_scope_.find({scope, rule});
     if (list == by_scope_.end()) continue;
     // Parts of one scope do not overlap, so only the last that begins before the place can hold it.
-    const auto after = std::upper_bound(
-        list->second.begin(), list->second.end(), warning.position,
-        [this](const SourcePosition& place, std::size_t index) { return place < accepted_[index].begin; });
+    const auto after =
+        std::upper_bound(list->second.begin(), list->second.end(), warning.place,
+                         [this](const TextPlace& place, std::size_t index) { return place < accepted_[index].begin; });
     if (after == list->second.begin()) continue;
     Accepted& candidate = accepted_[*std::prev(after)];
-    if (scope == AcceptScope::kFile || warning.position < candidate.end) return &candidate;
+    if (scope == AcceptScope::kFile || warning.place < candidate.end) return &candidate;
   }
   return nullptr;
 }
 
-void AcceptedWarnings::remove_accepted(Diagnostics& diagnostics) {
-  diagnostics.remove_warnings([this](const Diagnostic& warning) {
+void AcceptedWarnings::remove_accepted(Findings& diagnostics) {
+  diagnostics.remove_warnings([this](const Finding& warning) {
     Accepted* const accepted = find(warning);
     if (accepted != nullptr) accepted->used = true;
     return accepted != nullptr;
   });
 }
 
-void AcceptedWarnings::report_unused(MessagePath path, Diagnostics& diagnostics) const {
+void AcceptedWarnings::report_unused(MessagePath path, Findings& diagnostics) const {
   for (const Accepted& accepted : accepted_) {
     if (accepted.used || (path != MessagePath::kBoth && depends_on_path(accepted.rule))) continue;
     diagnostics

@@ -9,7 +9,7 @@
 
 #include "tools/compiler/message/message_lowering.h"
 #include "tools/compiler/source/yaml_tree.h"
-#include "tools/report/diagnostics.h"
+#include "tools/report/finding.h"
 
 namespace qzlog_compiler {
 
@@ -21,31 +21,31 @@ class AcceptedWarnings {
  public:
   /// Reads a list of `{rule: name, reason: text}` that stands in `holder`; mistakes are reported. Within one scope,
   /// lists have to come in the order of the source.
-  void load(const YamlNode& list, AcceptScope scope, const YamlNode& holder, Diagnostics& diagnostics);
+  void load(const YamlNode& list, AcceptScope scope, const YamlNode& holder, Findings& diagnostics);
 
   /// Takes the accepted warnings out; each is accepted by the innermost list that names its rule.
-  void remove_accepted(Diagnostics& diagnostics);
+  void remove_accepted(Findings& diagnostics);
 
   /// Reports what accepted nothing, after everything was offered for removal. A run for one path cannot tell of the
   /// warnings that are about a path.
-  void report_unused(MessagePath path, Diagnostics& diagnostics) const;
+  void report_unused(MessagePath path, Findings& diagnostics) const;
 
  private:
   struct Accepted {
-    Rule rule;
+    AnyRule rule;
     SourcePosition begin;  // of what it reaches, the end excluded
     SourcePosition end;
     SourcePosition position;
     bool used = false;
   };
 
-  void load_item(const YamlNode& item, AcceptScope scope, const YamlNode& holder, Diagnostics& diagnostics);
-  Accepted* find(const Diagnostic& warning);
-  Accepted* find(const Diagnostic& warning, Rule rule);
+  void load_item(const YamlNode& item, AcceptScope scope, const YamlNode& holder, Findings& diagnostics);
+  Accepted* find(const Finding& warning);
+  Accepted* find(const Finding& warning, AnyRule rule);
 
   std::vector<Accepted> accepted_;
   /// Indexes of `accepted_`, in the order of the source.
-  std::map<std::pair<AcceptScope, Rule>, std::vector<std::size_t>> by_scope_;
+  std::map<std::pair<AcceptScope, AnyRule>, std::vector<std::size_t>> by_scope_;
 };
 
 }  // namespace qzlog_compiler

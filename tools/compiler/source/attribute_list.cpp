@@ -8,6 +8,7 @@
 #include "tools/compiler/source/scalar_values.h"
 #include "tools/compiler/text/nearest_word.h"
 #include "tools/compiler/text/utf8_text.h"
+#include "tools/report/source_rules.h"
 
 namespace qzlog_compiler {
 namespace {
@@ -38,7 +39,7 @@ std::string unknown_type_hint(std::string_view name) {
 
 class AttributeListLoader {
  public:
-  AttributeListLoader(AttributeListKind kind, AttributeNames& names, Diagnostics& diagnostics)
+  AttributeListLoader(AttributeListKind kind, AttributeNames& names, Findings& diagnostics)
       : traits_(traits_of(kind)), names_(names), diagnostics_(diagnostics) {}
 
   std::vector<AttributeDefinition> load(const YamlNode& list) {
@@ -98,7 +99,7 @@ class AttributeListLoader {
 
   ListKindTraits traits_;
   AttributeNames& names_;
-  Diagnostics& diagnostics_;
+  Findings& diagnostics_;
   std::vector<AttributeDefinition> attributes_;
 };
 
@@ -120,7 +121,7 @@ void AttributeNames::append_to(std::vector<std::string_view>& candidates) const 
 }
 
 std::vector<AttributeDefinition> load_attribute_list(const YamlNode& list, AttributeListKind kind,
-                                                     AttributeNames& names, Diagnostics& diagnostics) {
+                                                     AttributeNames& names, Findings& diagnostics) {
   return AttributeListLoader(kind, names, diagnostics).load(list);
 }
 

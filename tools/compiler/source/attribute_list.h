@@ -9,7 +9,7 @@
 
 #include "tools/compiler/model/definition_model.h"
 #include "tools/compiler/source/yaml_tree.h"
-#include "tools/report/diagnostics.h"
+#include "tools/report/finding.h"
 
 namespace qzlog_compiler {
 
@@ -42,7 +42,7 @@ enum class AttributeListKind { kOwn, kGlobal };
 
 /// Reads a list of attributes; mistakes are reported, and attributes without a readable name are left out.
 std::vector<AttributeDefinition> load_attribute_list(const YamlNode& list, AttributeListKind kind,
-                                                     AttributeNames& names, Diagnostics& diagnostics);
+                                                     AttributeNames& names, Findings& diagnostics);
 
 }  // namespace qzlog_compiler
 

@@ -7,6 +7,7 @@
 #include "tools/compiler/model/attribute_type.h"
 #include "tools/compiler/text/hexadecimal.h"
 #include "tools/compiler/text/utf8_text.h"
+#include "tools/report/source_rules.h"
 
 namespace qzlog_compiler {
 namespace {
@@ -14,14 +15,14 @@ namespace {
 /// Reports about an auxiliary source, with places in the standard one.
 class MergeReport {
  public:
-  MergeReport(const std::string& standard_file, Diagnostics& diagnostics)
+  MergeReport(const std::string& standard_file, Findings& diagnostics)
       : standard_file_(standard_file), diagnostics_(diagnostics) {}
 
-  Diagnostic& error(SourcePosition position, Rule rule, std::string text, SourcePosition in_standard = {}) {
+  Finding& error(SourcePosition position, Rule rule, std::string text, SourcePosition in_standard = {}) {
     return with_place(diagnostics_.error(position, rule, std::move(text)), in_standard);
   }
 
-  Diagnostic& warning(SourcePosition position, Rule rule, std::string text, SourcePosition in_standard = {}) {
+  Finding& warning(SourcePosition position, Rule rule, std::string text, SourcePosition in_standard = {}) {
     return with_place(diagnostics_.warning(position, rule, std::move(text)), in_standard);
   }
 
@@ -34,13 +35,13 @@ class MergeReport {
   }
 
  private:
-  Diagnostic& with_place(Diagnostic& diagnostic, SourcePosition in_standard) {
+  Finding& with_place(Finding& diagnostic, SourcePosition in_standard) {
     if (in_standard.known()) diagnostic.notes.push_back({standard_file_, in_standard, "the standard one is here"});
     return diagnostic;
   }
 
   const std::string& standard_file_;
-  Diagnostics& diagnostics_;
+  Findings& diagnostics_;
 };
 
 /// Of the text, else of the catalog key; unknown where an entry gives neither.
@@ -199,7 +200,7 @@ void check_new_message(const EntryDefinition& aux, MergeReport& report) {
 }  // namespace
 
 void check_aux_merge(const DefinitionModel& aux, const ModelIndex& standard, const std::string& standard_file,
-                     Diagnostics& diagnostics) {
+                     Findings& diagnostics) {
   MergeReport report(standard_file, diagnostics);
   check_globals(aux, standard, report);
   for (const EntryDefinition& entry : aux.entries) {

@@ -4,14 +4,14 @@
 #include <string>
 
 #include "tools/compiler/model/definition_model.h"
-#include "tools/report/diagnostics.h"
+#include "tools/report/finding.h"
 
 namespace qzlog_compiler {
 
 /// Checks that an auxiliary model loads over a standard one: errors for what the library refuses, warnings for what it
 /// silently leaves out or changes. Places in the standard definitions are shown as of the file `standard_file`.
 void check_aux_merge(const DefinitionModel& aux, const ModelIndex& standard, const std::string& standard_file,
-                     Diagnostics& diagnostics);
+                     Findings& diagnostics);
 
 }  // namespace qzlog_compiler
 

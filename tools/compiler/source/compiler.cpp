@@ -11,6 +11,7 @@
 #include "tools/compiler/source/source_loader.h"
 #include "tools/compiler/source/yaml_tree.h"
 #include "tools/compiler/text/utf8_text.h"
+#include "tools/report/source_rules.h"
 
 namespace qzlog_compiler {
 namespace {
@@ -29,7 +30,7 @@ std::string find_wrapping_count(const DefinitionModel& model) {
 
 /// Parses and checks, without writing.
 DefinitionModel analyse(std::string_view text, const CompileOptions& options, AcceptedWarnings& accepted,
-                        Diagnostics& diagnostics) {
+                        Findings& diagnostics) {
   text = without_byte_order_mark(text);
   const std::optional<YamlTree> tree = parse_yaml(text, diagnostics);
   if (!tree) return {};
@@ -42,9 +43,9 @@ DefinitionModel analyse(std::string_view text, const CompileOptions& options, Ac
 }
 
 void add_model_warnings(const DefinitionModel& model, const std::string& file_name, const CompileOptions& options,
-                        Diagnostics& diagnostics) {
+                        Findings& diagnostics) {
   for (ModelWarning& found : find_model_warnings(model, options.standard, options.path)) {
-    Diagnostic& warning =
+    Finding& warning =
         diagnostics.warning(found.position, found.rule, std::move(found.text)).with_hint(std::move(found.hint));
     for (ModelWarning::Place& place : found.places) {
       const std::string& file = place.in_standard ? options.standard_file : file_name;
@@ -56,7 +57,7 @@ void add_model_warnings(const DefinitionModel& model, const std::string& file_na
 }  // namespace
 
 CompileResult compile_source(std::string_view text, const std::string& file_name, const CompileOptions& options) {
-  Diagnostics diagnostics(file_name);
+  Findings diagnostics(file_name);
   AcceptedWarnings accepted;
   CompileResult result;
   result.model = analyse(text, options, accepted, diagnostics);
@@ -74,7 +75,7 @@ CompileResult compile_merged(DefinitionModel standard, const std::string& standa
   CompileResult aux =
       compile_source(text, file_name, {.path = path, .standard = &standard, .standard_file = standard_file});
   // What the library forgets when it reads an entry of two files again cannot be forgotten of one file.
-  std::erase_if(aux.diagnostics, [](const Diagnostic& found) { return found.rule == Rule::kAuxSharedEntries; });
+  std::erase_if(aux.diagnostics, [](const Finding& found) { return found.rule == Rule::kAuxSharedEntries; });
   CompileResult merged;
   merged.diagnostics = std::move(aux.diagnostics);
   if (!merged.ok()) return merged;
@@ -83,7 +84,7 @@ CompileResult compile_merged(DefinitionModel standard, const std::string& standa
   return merged;
 }
 
-std::vector<Diagnostic> errors_of(const LdfFile& file, const std::string& file_name) {
+std::vector<Finding> errors_of(const LdfFile& file, const std::string& file_name) {
   const std::string reason = file.damage ? file.damage->reason + ", at offset " + std::to_string(file.damage->offset)
                                          : find_wrapping_count(file.model);
   if (reason.empty()) return {};

@@ -9,7 +9,7 @@
 #include "tools/compiler/file/ldf_reader.h"
 #include "tools/compiler/message/message_lowering.h"
 #include "tools/compiler/model/definition_model.h"
-#include "tools/report/diagnostics.h"
+#include "tools/report/finding.h"
 
 namespace qzlog_compiler {
 
@@ -25,7 +25,7 @@ struct CompileOptions {
 struct CompileResult {
   DefinitionModel model;
   std::string bytes;  ///< the compiled file; empty after an error
-  std::vector<Diagnostic> diagnostics;
+  std::vector<Finding> diagnostics;
 
   bool ok() const { return !has_errors(diagnostics); }
 };
@@ -42,7 +42,7 @@ CompileResult compile_merged(DefinitionModel standard, const std::string& standa
 
 /// What forbids to build on the definitions of a compiled file: damage, or more of something than the library counts.
 /// At most one error.
-std::vector<Diagnostic> errors_of(const LdfFile& file, const std::string& file_name);
+std::vector<Finding> errors_of(const LdfFile& file, const std::string& file_name);
 
 }  // namespace qzlog_compiler
 

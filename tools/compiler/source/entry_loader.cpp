@@ -12,6 +12,7 @@
 #include "tools/compiler/source/scalar_values.h"
 #include "tools/compiler/text/nearest_word.h"
 #include "tools/compiler/text/utf8_text.h"
+#include "tools/report/source_rules.h"
 
 namespace qzlog_compiler {
 namespace {
@@ -37,7 +38,7 @@ constexpr std::uint32_t kDefaultMask = 1;
 /// Reports numbers that stand twice in an entry's selector messages.
 class UniqueNumbers {
  public:
-  UniqueNumbers(Rule rule, std::string_view what, Diagnostics& diagnostics)
+  UniqueNumbers(Rule rule, std::string_view what, Findings& diagnostics)
       : rule_(rule), what_(what), diagnostics_(diagnostics) {}
 
   void check(std::uint32_t number, SourcePosition position) {
@@ -54,7 +55,7 @@ class UniqueNumbers {
  private:
   Rule rule_;
   std::string_view what_;
-  Diagnostics& diagnostics_;
+  Findings& diagnostics_;
   std::unordered_map<std::uint32_t, SourcePosition> places_;
 };
 

@@ -14,7 +14,7 @@
 #include "tools/compiler/source/attribute_list.h"
 #include "tools/compiler/source/mapping_fields.h"
 #include "tools/compiler/source/yaml_tree.h"
-#include "tools/report/diagnostics.h"
+#include "tools/report/finding.h"
 
 namespace qzlog_compiler {
 
@@ -24,7 +24,7 @@ struct EntryContext {
   MessagePath path = MessagePath::kBoth;
   const ModelIndex* standard = nullptr;  ///< null: the source is not an auxiliary one
   const AttributeNames* globals = nullptr;
-  Diagnostics* diagnostics = nullptr;
+  Findings* diagnostics = nullptr;
   AcceptedWarnings* accepted = nullptr;
 };
 
@@ -55,7 +55,7 @@ class EntryLoader {
   std::string load_message_id(const YamlNode& node);
   std::optional<std::uint32_t> load_number(const MappingFields& fields, std::string_view key, SourcePosition& position);
   std::optional<qz_AttributeType> find_type(std::string_view name) const;
-  Diagnostics& diagnostics() { return *context_.diagnostics; }
+  Findings& diagnostics() { return *context_.diagnostics; }
 
   EntryContext context_;
   LoadedEntry loaded_;

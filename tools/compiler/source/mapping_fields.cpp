@@ -5,6 +5,7 @@
 
 #include "tools/compiler/text/nearest_word.h"
 #include "tools/compiler/text/utf8_text.h"
+#include "tools/report/source_rules.h"
 
 namespace qzlog_compiler {
 namespace {
@@ -27,7 +28,7 @@ std::string unknown_key_hint(std::string_view key, std::span<const KnownKey> key
 }  // namespace
 
 MappingFields::MappingFields(const YamlNode& node, std::span<const KnownKey> keys, std::string_view what,
-                             Diagnostics& diagnostics)
+                             Findings& diagnostics)
     : keys_(keys), is_mapping_(node.kind() == YamlKind::kMapping) {
   assert(keys.size() <= kMaximumFields);
   if (!is_mapping_) {
@@ -54,7 +55,7 @@ std::optional<std::size_t> MappingFields::index_of(std::string_view key) const {
   return std::nullopt;
 }
 
-void MappingFields::take(const YamlNode& key, const YamlNode& value, std::string_view what, Diagnostics& diagnostics) {
+void MappingFields::take(const YamlNode& key, const YamlNode& value, std::string_view what, Findings& diagnostics) {
   if (key.kind() != YamlKind::kScalar) {
     report_wrong_type(key, "a key", diagnostics);
     return;
@@ -90,7 +91,7 @@ std::string_view kind_name(const YamlNode& node) {
   return no_value ? "no value" : "a text";
 }
 
-void report_wrong_type(const YamlNode& node, std::string_view expected, Diagnostics& diagnostics) {
+void report_wrong_type(const YamlNode& node, std::string_view expected, Findings& diagnostics) {
   diagnostics.error(node.position(), Rule::kWrongType,
                     "expected " + std::string(expected) + ", found " + std::string(kind_name(node)));
 }

@@ -8,7 +8,7 @@
 #include <string_view>
 
 #include "tools/compiler/source/yaml_tree.h"
-#include "tools/report/diagnostics.h"
+#include "tools/report/finding.h"
 
 namespace qzlog_compiler {
 
@@ -22,7 +22,7 @@ struct KnownKey {
 class MappingFields {
  public:
   /// `what` names the mapping in diagnostics ("an entry"). A node that is no mapping is reported and has no fields.
-  MappingFields(const YamlNode& node, std::span<const KnownKey> keys, std::string_view what, Diagnostics& diagnostics);
+  MappingFields(const YamlNode& node, std::span<const KnownKey> keys, std::string_view what, Findings& diagnostics);
 
   /// False when the node was no mapping.
   bool is_mapping() const { return is_mapping_; }
@@ -34,7 +34,7 @@ class MappingFields {
   static constexpr std::size_t kMaximumFields = 11;
 
   std::optional<std::size_t> index_of(std::string_view key) const;
-  void take(const YamlNode& key, const YamlNode& value, std::string_view what, Diagnostics& diagnostics);
+  void take(const YamlNode& key, const YamlNode& value, std::string_view what, Findings& diagnostics);
 
   std::span<const KnownKey> keys_;
   std::array<std::optional<YamlNode>, kMaximumFields> values_;
@@ -46,7 +46,7 @@ class MappingFields {
 std::string_view kind_name(const YamlNode& node);
 
 /// Reports a node of the wrong kind.
-void report_wrong_type(const YamlNode& node, std::string_view expected, Diagnostics& diagnostics);
+void report_wrong_type(const YamlNode& node, std::string_view expected, Findings& diagnostics);
 
 }  // namespace qzlog_compiler
 

@@ -7,7 +7,8 @@
 
 #include "tools/compiler/message/message_lowering.h"
 #include "tools/compiler/model/definition_model.h"
-#include "tools/report/diagnostics.h"
+#include "tools/report/finding.h"
+#include "tools/report/source_rules.h"
 
 namespace qzlog_compiler {
 

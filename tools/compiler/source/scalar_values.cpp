@@ -6,6 +6,7 @@
 #include "tools/compiler/source/mapping_fields.h"
 #include "tools/compiler/text/number_text.h"
 #include "tools/compiler/text/utf8_text.h"
+#include "tools/report/source_rules.h"
 
 namespace qzlog_compiler {
 namespace {
@@ -34,7 +35,7 @@ bool is_entry_name(std::string_view text) {
          std::all_of(text.begin(), text.end(), [](char c) { return is_capital(c) || is_digit(c) || c == '_'; });
 }
 
-std::optional<std::string> read_text(const YamlNode& node, std::string_view what, Diagnostics& diagnostics) {
+std::optional<std::string> read_text(const YamlNode& node, std::string_view what, Findings& diagnostics) {
   if (kind_name(node) != "a text") {
     report_wrong_type(node, what, diagnostics);
     return std::nullopt;
@@ -47,7 +48,7 @@ std::optional<std::string> read_text(const YamlNode& node, std::string_view what
   return std::string(node.text());
 }
 
-std::optional<std::uint32_t> read_number(const YamlNode& node, std::string_view what, Diagnostics& diagnostics) {
+std::optional<std::uint32_t> read_number(const YamlNode& node, std::string_view what, Findings& diagnostics) {
   if (kind_name(node) != "a text" || node.style() != ScalarStyle::kPlain) {
     report_wrong_type(node, std::string(what) + ", a number without quotes", diagnostics);
     return std::nullopt;
@@ -66,7 +67,7 @@ std::optional<std::uint32_t> read_number(const YamlNode& node, std::string_view 
   return static_cast<std::uint32_t>(*number);
 }
 
-std::optional<std::string> read_version(const YamlNode& node, Diagnostics& diagnostics) {
+std::optional<std::string> read_version(const YamlNode& node, Findings& diagnostics) {
   std::optional<std::string> text = read_text(node, "the version", diagnostics);
   if (!text || is_version(*text)) return text;
   diagnostics.error(node.position(), Rule::kBadVersion, "bad version " + quoted(*text))
@@ -74,7 +75,7 @@ std::optional<std::string> read_version(const YamlNode& node, Diagnostics& diagn
   return std::nullopt;
 }
 
-std::optional<std::string> read_entry_name(const YamlNode& node, Diagnostics& diagnostics) {
+std::optional<std::string> read_entry_name(const YamlNode& node, Findings& diagnostics) {
   std::optional<std::string> text = read_text(node, "the entry's name", diagnostics);
   if (!text || is_entry_name(*text)) return text;
   diagnostics.error(node.position(), Rule::kBadEntryName, "bad entry name " + quoted(*text))
@@ -82,7 +83,7 @@ std::optional<std::string> read_entry_name(const YamlNode& node, Diagnostics& di
   return std::nullopt;
 }
 
-std::optional<std::string> read_attribute_name(const YamlNode& node, Diagnostics& diagnostics) {
+std::optional<std::string> read_attribute_name(const YamlNode& node, Findings& diagnostics) {
   std::optional<std::string> text = read_text(node, "the attribute's name", diagnostics);
   if (!text || (!text->empty() && text->find_first_of("%{}:") == std::string::npos)) return text;
   diagnostics.error(node.position(), Rule::kBadAttributeName, "bad attribute name " + quoted(*text))

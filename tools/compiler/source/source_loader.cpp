@@ -10,6 +10,7 @@
 #include "tools/compiler/source/mapping_fields.h"
 #include "tools/compiler/source/scalar_values.h"
 #include "tools/compiler/text/utf8_text.h"
+#include "tools/report/source_rules.h"
 
 namespace qzlog_compiler {
 namespace {
@@ -19,7 +20,7 @@ constexpr std::array<KnownKey, 4> kSourceFields = {{{"version", true}, {"globals
 class SourceLoader {
  public:
   SourceLoader(std::string_view source, MessagePath path, const ModelIndex* standard, AcceptedWarnings& accepted,
-               Diagnostics& diagnostics)
+               Findings& diagnostics)
       : accepted_(accepted),
         diagnostics_(diagnostics),
         entry_loader_({source, path, standard, &globals_, &diagnostics, &accepted}) {}
@@ -74,7 +75,7 @@ class SourceLoader {
   }
 
   AcceptedWarnings& accepted_;
-  Diagnostics& diagnostics_;
+  Findings& diagnostics_;
   DefinitionModel model_;
   AttributeNames globals_;
   EntryLoader entry_loader_;
@@ -85,7 +86,7 @@ class SourceLoader {
 }  // namespace
 
 DefinitionModel load_source(std::string_view source, const YamlTree& tree, MessagePath path, const ModelIndex* standard,
-                            AcceptedWarnings& accepted, Diagnostics& diagnostics) {
+                            AcceptedWarnings& accepted, Findings& diagnostics) {
   return SourceLoader(source, path, standard, accepted, diagnostics).load(tree.root());
 }
 

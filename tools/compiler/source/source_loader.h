@@ -7,7 +7,7 @@
 #include "tools/compiler/model/definition_model.h"
 #include "tools/compiler/source/accepted_warnings.h"
 #include "tools/compiler/source/yaml_tree.h"
-#include "tools/report/diagnostics.h"
+#include "tools/report/finding.h"
 
 namespace qzlog_compiler {
 
@@ -16,7 +16,7 @@ namespace qzlog_compiler {
 /// have may leave out message and mask, keep its word, and refer to its attributes. After an error the model holds what
 /// could be read. What the source accepts is added to `accepted`. `source` is the text that `tree` was parsed from.
 DefinitionModel load_source(std::string_view source, const YamlTree& tree, MessagePath path, const ModelIndex* standard,
-                            AcceptedWarnings& accepted, Diagnostics& diagnostics);
+                            AcceptedWarnings& accepted, Findings& diagnostics);
 
 }  // namespace qzlog_compiler
 

@@ -8,6 +8,7 @@
 
 #include "tools/compiler/text/hexadecimal.h"
 #include "tools/compiler/text/utf8_text.h"
+#include "tools/report/source_rules.h"
 
 namespace qzlog_compiler {
 namespace {
@@ -77,7 +78,7 @@ bool is_yaml_character(char32_t code) {
 
 /// Reads the whole source once, so that what the parser would report without a place gets one. Returns where the source
 /// ends, nothing after an error.
-std::optional<SourcePosition> check_characters(std::string_view source, Diagnostics& diagnostics) {
+std::optional<SourcePosition> check_characters(std::string_view source, Findings& diagnostics) {
   SourcePosition position{1, 1};
   bool clean = true;
   for (std::size_t offset = 0; offset < source.size();) {
@@ -112,7 +113,7 @@ std::optional<SourcePosition> check_characters(std::string_view source, Diagnost
 class YamlTreeBuilder {
  public:
   /// `end` is where the source ends.
-  YamlTreeBuilder(std::string_view source, SourcePosition end, Diagnostics& diagnostics)
+  YamlTreeBuilder(std::string_view source, SourcePosition end, Findings& diagnostics)
       : source_(source), end_(end), diagnostics_(diagnostics), parser_(source) {}
 
   std::optional<YamlTree> build() {
@@ -240,13 +241,13 @@ class YamlTreeBuilder {
     // Where a last line has no line break, the parser adds one.
     const SourcePosition place = std::min(position_of(parser.problem_mark), end_);
     const SourcePosition begin = std::min(position_of(parser.context_mark), end_);
-    Diagnostic& error = diagnostics_.error(place, Rule::kYamlSyntax, std::move(text));
+    Finding& error = diagnostics_.error(place, Rule::kYamlSyntax, std::move(text));
     if (parser.context != nullptr && begin != place) error.with_note(begin, "it begins here");
   }
 
   std::string_view source_;
   SourcePosition end_;
-  Diagnostics& diagnostics_;
+  Findings& diagnostics_;
   Parser parser_;
   YamlTree tree_;
   std::vector<OpenNode> open_nodes_;
@@ -257,7 +258,7 @@ class YamlTreeBuilder {
 
 YamlNode YamlTree::root() const { return YamlNode(*this, 0); }
 
-std::optional<YamlTree> parse_yaml(std::string_view source, Diagnostics& diagnostics) {
+std::optional<YamlTree> parse_yaml(std::string_view source, Findings& diagnostics) {
   if (source.size() > kMaximumSize) {
     diagnostics.error({1, 1}, Rule::kYamlSyntax, "a source holds at most " + std::to_string(kMaximumSize) + " bytes");
     return std::nullopt;

@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-#include "tools/report/diagnostics.h"
+#include "tools/report/finding.h"
 
 namespace qzlog_compiler {
 
@@ -97,7 +97,7 @@ class YamlNode {
 
 /// Parses one document. An empty source gives an empty plain scalar. None after an error; what YAML itself can find
 /// wrong is in `diagnostics` then, and nothing else is worth looking at. `source` has no byte order mark.
-std::optional<YamlTree> parse_yaml(std::string_view source, Diagnostics& diagnostics);
+std::optional<YamlTree> parse_yaml(std::string_view source, Findings& diagnostics);
 
 }  // namespace qzlog_compiler
 

@@ -98,7 +98,12 @@ std::size_t append_printable(std::string& out, std::string_view text, std::size_
 
 std::string printable(std::string_view text) {
   std::string out;
-  for (std::size_t offset = 0; offset < text.size();) offset += append_printable(out, text, offset);
+  for (std::size_t offset = 0; offset < text.size();) {
+    std::size_t end = offset;
+    while (end < text.size() && is_plain(text[end])) ++end;
+    out += text.substr(offset, end - offset);
+    offset = end < text.size() ? end + append_printable(out, text, end) : end;
+  }
   return out;
 }
 

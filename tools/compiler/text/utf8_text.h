@@ -37,6 +37,9 @@ constexpr bool is_line_break(char32_t code) {
   return code == '\n' || code == '\r' || code == 0x85 || code == 0x2028 || code == 0x2029;
 }
 
+/// Whether a byte is a character of ASCII that a terminal shows in one column, as most are.
+constexpr bool is_plain(char byte) { return byte >= ' ' && byte <= '~'; }
+
 /// Appends the character at `offset` as it is safe to show on a terminal and returns the bytes that it takes in the
 /// text. Control characters, those that turn the direction of writing included, become escapes, what is not UTF-8 the
 /// replacement character.

@@ -32,7 +32,7 @@ TemplateJudgement judged(std::string_view stored, TemplateForm form) { return ju
 std::string rules_of(const TemplateJudgement& judgement) {
   std::string text;
   for (const TemplateFinding& finding : judgement.findings) {
-    text += (text.empty() ? "" : " ") + std::string(finding.rule) + (finding.fails() ? "!" : "");
+    text += (text.empty() ? "" : " ") + std::string(finding.rule.name()) + (finding.fails() ? "!" : "");
   }
   return text;
 }

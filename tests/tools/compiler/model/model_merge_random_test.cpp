@@ -85,7 +85,7 @@ class ModelMaker {
 void keep_what_extends(DefinitionModel& aux, const DefinitionModel& standard) {
   const ModelIndex index(standard);
   std::erase_if(aux.entries, [&](const EntryDefinition& entry) {
-    Diagnostics diagnostics("f");
+    Findings diagnostics("f");
     check_aux_merge({"", {}, {entry}}, index, "", diagnostics);
     return diagnostics.has_errors();
   });

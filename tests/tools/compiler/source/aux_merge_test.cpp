@@ -47,7 +47,7 @@ SelectorMessage selector_message(std::uint32_t index, std::uint32_t value) {
 }
 
 std::string check(const DefinitionModel& aux, const DefinitionModel& standard = standard_model()) {
-  Diagnostics diagnostics("f");
+  Findings diagnostics("f");
   check_aux_merge(aux, ModelIndex(standard), "std", diagnostics);
   return printed(diagnostics.take_sorted());
 }

@@ -42,7 +42,7 @@ TEST(CompileSource, ByteOrderMarkAndLineEndsOfWindows_ChangeNothing) {
     text += character == '\n' ? std::string("\r\n") : std::string(1, character);
   const CompileResult result = compile_source(text, "f", {});
   EXPECT_EQ(result.bytes, example_bytes());
-  EXPECT_EQ(result.diagnostics.at(0).position, (SourcePosition{5, 65}));
+  EXPECT_EQ(result.diagnostics.at(0).place, TextPlace(5, 65));
 }
 
 TEST(CompileSource, AnyError_LeavesNoBytes) {

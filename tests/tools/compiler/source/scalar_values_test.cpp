@@ -74,7 +74,7 @@ TEST(ReadText, AnyScalarButNothing_IsAText) {
                {"", std::nullopt, "[wrong-type]"},
                {"{}", std::nullopt, "[wrong-type]"},
                {"\"a\\0b\"", std::nullopt, "[nul-character]"}},
-              [](const YamlNode& node, Diagnostics& diagnostics) { return read_text(node, "a text", diagnostics); });
+              [](const YamlNode& node, Findings& diagnostics) { return read_text(node, "a text", diagnostics); });
 }
 
 TEST(ReadVersion, MajorPointMinor_InEightBytes) {
@@ -89,7 +89,7 @@ TEST(ReadVersion, MajorPointMinor_InEightBytes) {
                {"v2.5", std::nullopt, "[bad-version]"},
                {"' 2.5'", std::nullopt, "[bad-version]"},
                {"''", std::nullopt, "[bad-version]"}},
-              [](const YamlNode& node, Diagnostics& diagnostics) { return read_version(node, diagnostics); });
+              [](const YamlNode& node, Findings& diagnostics) { return read_version(node, diagnostics); });
 }
 
 TEST(ReadEntryName, CapitalsDigitsUnderscores_BeginningWithACapital) {
@@ -102,7 +102,7 @@ TEST(ReadEntryName, CapitalsDigitsUnderscores_BeginningWithACapital) {
                {"A-B", std::nullopt, "[bad-entry-name]"},
                {"É", std::nullopt, "[bad-entry-name]"},
                {"''", std::nullopt, "[bad-entry-name]"}},
-              [](const YamlNode& node, Diagnostics& diagnostics) { return read_entry_name(node, diagnostics); });
+              [](const YamlNode& node, Findings& diagnostics) { return read_entry_name(node, diagnostics); });
 }
 
 TEST(ReadAttributeName, AnythingThatATemplateCanHold) {
@@ -114,7 +114,7 @@ TEST(ReadAttributeName, AnythingThatATemplateCanHold) {
                {"'a{b'", std::nullopt, "[bad-attribute-name]"},
                {"'a}b'", std::nullopt, "[bad-attribute-name]"},
                {"'a:b'", std::nullopt, "[bad-attribute-name]"}},
-              [](const YamlNode& node, Diagnostics& diagnostics) { return read_attribute_name(node, diagnostics); });
+              [](const YamlNode& node, Findings& diagnostics) { return read_attribute_name(node, diagnostics); });
 }
 
 }  // namespace

@@ -58,7 +58,7 @@ TEST(ParseYaml, EmptySource_IsOneEmptyScalar) {
 }
 
 TEST(ParseYaml, ViewWithoutData_IsOneEmptyScalar) {
-  Diagnostics diagnostics("source.yaml");
+  Findings diagnostics("source.yaml");
   const std::optional<YamlTree> tree = parse_yaml(std::string_view(), diagnostics);
   ASSERT_TRUE(tree.has_value());
   EXPECT_EQ(tree->root().text(), "");

@@ -1,0 +1,18 @@
+#ifndef QZLOG_TESTS_TOOLS_SHOWN_LINE_H
+#define QZLOG_TESTS_TOOLS_SHOWN_LINE_H
+
+#include <cstdint>
+#include <string>
+
+namespace qzlog_test {
+
+/// How a finding shows the line that it is about as a whole.
+inline std::string shown_line(std::uint64_t number, const std::string& line) {
+  const std::string digits = std::to_string(number);
+  const std::string caret = std::string(line.find_first_not_of(' '), ' ') + '^';
+  return std::string(5 - digits.size(), ' ') + digits + " | " + line + "\n      | " + caret + '\n';
+}
+
+}  // namespace qzlog_test
+
+#endif  // QZLOG_TESTS_TOOLS_SHOWN_LINE_H
