@@ -56,7 +56,7 @@ entries:
 CatalogMessages collect_messages() {
   std::vector<qzlog_tool::Definitions> sources;
   sources.push_back(qzlog_tool::read_errors_only({"source.yaml", "source.yaml", kSource, true},
-                                                 {.path = qzlog_compiler::MessagePath::kIcu}));
+                                                 {.path = qzlog_compiler::RenderingPaths::kIcu}));
   Findings findings;
   std::optional<CatalogMessages> messages = CatalogMessages::collect(std::move(sources), findings);
   if (!messages) std::abort();

@@ -21,6 +21,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
   const qzlog_compiler::LdfFile again = qzlog_compiler::read_ldf(result.bytes);
   if (!errors_of(again, "input.ldf").empty() || again.model.entries.size() != result.model.entries.size())
     __builtin_trap();
-  find_model_warnings(again.model, nullptr, qzlog_compiler::MessagePath::kBoth);
+  find_model_warnings(again.model, nullptr, qzlog_compiler::RenderingPaths::kBoth);
   return 0;
 }

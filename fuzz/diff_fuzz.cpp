@@ -92,8 +92,8 @@ void compare(const Definitions& before, const Definitions& after) {
 /// Definitions that extend others collide with none of them.
 void extend(const Definitions& standard, std::string_view aux_bytes) {
   const DefinitionFile aux = compiled_file("aux.ldf", aux_bytes);
-  const bool extends = check_aux_file(aux, standard, MessagePath::kBoth).ok();
-  if (extends != find_aux_collisions(aux, standard, MessagePath::kBoth).empty()) std::abort();
+  const bool extends = check_aux_file(aux, standard, RenderingPaths::kBoth).ok();
+  if (extends != find_aux_collisions(aux, standard, RenderingPaths::kBoth).empty()) std::abort();
 }
 
 }  // namespace

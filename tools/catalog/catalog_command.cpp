@@ -137,7 +137,7 @@ bool print(CatalogRun& run) {
 std::vector<Definitions> read_sources(const std::vector<std::string>& paths) {
   std::vector<Definitions> sources;
   sources.reserve(paths.size());  // the first one is referred to
-  ReadingOptions options{.path = qzlog_compiler::MessagePath::kIcu};
+  ReadingOptions options{.path = qzlog_compiler::RenderingPaths::kIcu};
   bool ok = true;
   for (const std::string& path : paths) {
     sources.push_back(read_errors_only(read_definition_source(path), options));

@@ -18,7 +18,7 @@ namespace {
 
 using qzlog_compiler::AttributeDefinition;
 using qzlog_compiler::printable;
-using qzlog_compiler::TemplateForm;
+using qzlog_compiler::RenderingPath;
 using qzlog_compiler::TemplatePart;
 
 struct HeaderField {
@@ -74,7 +74,7 @@ std::string attribute_line(const CatalogMessage& message, const MessageUse& use)
       if (is_new && attribute.type != TypeGUID) append_attribute(line, attribute.name, attribute.type);
     }
   }
-  for (const TemplatePart& part : find_references(message.text->stored, TemplateForm::kIcu)) {
+  for (const TemplatePart& part : find_references(message.text->stored, RenderingPath::kIcu)) {
     if (!qzlog_compiler::is_known_format(part.format) || !listed.insert(part.text).second) continue;
     const std::optional<qz_AttributeType> defined = use.scope.find(part.text);
     const std::optional<qz_AttributeType> type = defined ? defined : qzlog_compiler::find_standard_field(part.text);

@@ -15,9 +15,9 @@ namespace {
 using qzlog_compiler::AttributeLookup;
 using qzlog_compiler::LoweredMessage;
 using qzlog_compiler::MessageFinding;
-using qzlog_compiler::MessagePath;
+using qzlog_compiler::RenderingPath;
+using qzlog_compiler::RenderingPaths;
 using qzlog_compiler::TemplateFinding;
-using qzlog_compiler::TemplateForm;
 using qzlog_compiler::TemplateJudgement;
 using qzlog_compiler::TemplateReason;
 using qzlog_tool::ReferenceNotation;
@@ -54,8 +54,8 @@ std::vector<TemplateFinding> find_mistakes(const CatalogMessage& message, std::s
                                            const MessageUse& use) {
   const AttributeLookup lookup = [&use](std::string_view name) { return use.scope.find(name); };
   const std::string_view source_text = message.text->stored;
-  const TemplateJudgement source = qzlog_compiler::judge_template(source_text, TemplateForm::kIcu, lookup);
-  std::vector<TemplateFinding> found = qzlog_compiler::judge_template(stored, TemplateForm::kIcu, lookup).findings;
+  const TemplateJudgement source = qzlog_compiler::judge_template(source_text, RenderingPath::kIcu, lookup);
+  std::vector<TemplateFinding> found = qzlog_compiler::judge_template(stored, RenderingPath::kIcu, lookup).findings;
   std::erase_if(found, [&](const TemplateFinding& finding) {
     return !(finding.fails() || is_about_the_end(finding, stored)) || is_excused(finding, source, source_text);
   });
@@ -84,8 +84,8 @@ bool has_the_same_references(const CatalogMessage& message, std::string_view sto
                              std::size_t line, Findings& findings) {
   const auto notation = message.text->raw ? ReferenceNotation::kTemplate : ReferenceNotation::kPlaceholder;
   const auto differences =
-      qzlog_tool::compare_references(qzlog_tool::references_in(message.text->stored, TemplateForm::kIcu),
-                                     qzlog_tool::references_in(stored, TemplateForm::kIcu));
+      qzlog_tool::compare_references(qzlog_tool::references_in(message.text->stored, RenderingPath::kIcu),
+                                     qzlog_tool::references_in(stored, RenderingPath::kIcu));
   for (const qzlog_tool::ReferenceDifference& difference : differences) {
     findings.error(file, line, rule_of(difference), text_of(difference, notation));
   }
@@ -109,7 +109,7 @@ std::optional<std::string> lower_text(const CatalogMessage& message, std::string
                                       std::size_t line, Findings& findings) {
   const MessageScope& scope = message.uses.front().scope;
   LoweredMessage lowered = qzlog_compiler::lower_message(
-      text, [&](std::string_view name) { return scope.find(name); }, MessagePath::kIcu);
+      text, [&](std::string_view name) { return scope.find(name); }, RenderingPaths::kIcu);
   const bool ok = report_text(lowered.findings, file, line, findings) &&
                   has_the_same_references(message, lowered.stored, file, line, findings);
   return ok ? std::optional(std::move(lowered.stored)) : std::nullopt;

@@ -26,9 +26,9 @@ using qzlog_compiler::AttributeLookup;
 using qzlog_compiler::EntryDefinition;
 using qzlog_compiler::Finding;
 using qzlog_compiler::quoted;
+using qzlog_compiler::RenderingPath;
 using qzlog_compiler::SelectorMessage;
 using qzlog_compiler::TemplateFinding;
-using qzlog_compiler::TemplateForm;
 using qzlog_compiler::TemplateJudgement;
 
 /// A message of the definitions, of one entry or of several that share a key.
@@ -131,12 +131,13 @@ class BundleCheck {
 
   void check_translation(const SourceMessage& source, const std::string& stored) {
     const AttributeLookup lookup = attributes_of(entries_.at(source.entry_id), definitions_);
-    const TemplateJudgement judged = qzlog_compiler::judge_template(stored, TemplateForm::kIcu, lookup, bundle_.locale);
+    const TemplateJudgement judged =
+        qzlog_compiler::judge_template(stored, RenderingPath::kIcu, lookup, bundle_.locale);
     for (const TemplateFinding& finding : judged.findings) {
       report_.add(finding.severity(), finding.rule, finding.text, finding.hint);
     }
     // What the definitions themselves cannot show is no measure for a translation.
-    if (source.stored.empty() || !qzlog_compiler::cut_template(source.stored, TemplateForm::kIcu).failure.empty()) {
+    if (source.stored.empty() || !qzlog_compiler::cut_template(source.stored, RenderingPath::kIcu).failure.empty()) {
       return;
     }
     compare_references(source.stored, stored, lookup);
@@ -144,8 +145,8 @@ class BundleCheck {
   }
 
   void compare_references(const std::string& source, const std::string& stored, const AttributeLookup& lookup) {
-    const auto differences = qzlog_tool::compare_references(references_in(source, TemplateForm::kIcu),
-                                                            references_in(stored, TemplateForm::kIcu));
+    const auto differences = qzlog_tool::compare_references(references_in(source, RenderingPath::kIcu),
+                                                            references_in(stored, RenderingPath::kIcu));
     for (const ReferenceDifference& difference : differences) {
       const bool is_known = lookup(difference.name) || qzlog_compiler::find_standard_field(difference.name);
       if (difference.kind == ReferenceDifference::Kind::kAdded && !is_known) continue;  // an error already
@@ -156,7 +157,7 @@ class BundleCheck {
   void compare_texts(const std::string& source, const TemplateJudgement& judged, const AttributeLookup& lookup) {
     const auto text = readable_template(judged, lookup);
     if (!text || !has_words(*text)) return;
-    if (text != readable_template(qzlog_compiler::judge_template(source, TemplateForm::kIcu, lookup), lookup)) return;
+    if (text != readable_template(qzlog_compiler::judge_template(source, RenderingPath::kIcu, lookup), lookup)) return;
     report_.warning(CheckRule::kUnchangedText,
                     "the text " + quoted(*text) + " is that of the definition, untranslated");
   }

@@ -30,7 +30,7 @@ namespace qzlog_tool {
 namespace {
 
 using qzlog_compiler::Finding;
-using qzlog_compiler::MessagePath;
+using qzlog_compiler::RenderingPaths;
 
 struct CheckOptions {
   std::string standard;
@@ -137,7 +137,7 @@ class Check {
   }
 
   const CheckOptions& options_;
-  MessagePath path_;
+  RenderingPaths path_;
   CheckResult result_;
 };
 

@@ -30,16 +30,16 @@ using qzlog_compiler::AttributeLookup;
 using qzlog_compiler::DefinitionModel;
 using qzlog_compiler::EntryDefinition;
 using qzlog_compiler::kMaximumCount;
-using qzlog_compiler::MessagePath;
 using qzlog_compiler::MessageText;
 using qzlog_compiler::ModelWarning;
 using qzlog_compiler::quoted;
+using qzlog_compiler::RenderingPath;
+using qzlog_compiler::RenderingPaths;
 using qzlog_compiler::Rule;
 using qzlog_compiler::SelectorMessage;
 using qzlog_compiler::Severity;
 using qzlog_compiler::SourcePosition;
 using qzlog_compiler::TemplateFinding;
-using qzlog_compiler::TemplateForm;
 using qzlog_compiler::TemplateJudgement;
 using qzlog_compiler::TemplateReason;
 
@@ -65,7 +65,8 @@ void check_types(const std::vector<AttributeDefinition>& attributes, CheckReport
 class MessageCheck {
  public:
   /// `entry` gives the attributes, merged where two files define it.
-  MessageCheck(const EntryDefinition& entry, const DefinitionPair& definitions, MessagePath path, CheckReport& report)
+  MessageCheck(const EntryDefinition& entry, const DefinitionPair& definitions, RenderingPaths path,
+               CheckReport& report)
       : lookup_(attributes_of(entry, definitions)), path_(path), report_(report) {}
 
   void check(const MessageText& message) {
@@ -73,19 +74,19 @@ class MessageCheck {
     TemplateJudgement icu;
     TemplateJudgement narrow;
     const bool readable = qzlog_compiler::is_utf8(message.stored);
-    if (path_ != MessagePath::kNarrow && !readable) {
+    if (path_ != RenderingPaths::kNarrow && !readable) {
       report_.warning(Rule::kInvalidUtf8, "the text is not UTF-8, so ICU shows substitution characters");
     }
-    if (path_ != MessagePath::kNarrow && readable) icu = judge(message, TemplateForm::kIcu);
-    if (path_ != MessagePath::kIcu) narrow = judge(message, TemplateForm::kNarrow);
-    if (path_ == MessagePath::kBoth && readable && icu.findings.empty() && narrow.findings.empty()) {
+    if (path_ != RenderingPaths::kNarrow && readable) icu = judge(message, RenderingPath::kIcu);
+    if (path_ != RenderingPaths::kIcu) narrow = judge(message, RenderingPath::kNarrow);
+    if (path_ == RenderingPaths::kBoth && readable && icu.findings.empty() && narrow.findings.empty()) {
       compare_paths(icu, narrow);
     }
     report(icu, narrow);
   }
 
  private:
-  TemplateJudgement judge(const MessageText& message, TemplateForm form) const {
+  TemplateJudgement judge(const MessageText& message, RenderingPath form) const {
     return qzlog_compiler::judge_template(message.stored, form, lookup_);
   }
 
@@ -95,7 +96,7 @@ class MessageCheck {
   }
 
   void report(const TemplateJudgement& icu, const TemplateJudgement& narrow) {
-    const bool one_path_works = path_ == MessagePath::kBoth && (!icu.has_errors() || !narrow.has_errors());
+    const bool one_path_works = path_ == RenderingPaths::kBoth && (!icu.has_errors() || !narrow.has_errors());
     for (const TemplateFinding& finding : icu.findings) {
       // Said of the whole model already.
       if (finding.reason == TemplateReason::kHiddenReference) continue;
@@ -108,7 +109,7 @@ class MessageCheck {
 
   void report(const TemplateFinding& finding, const char* where, bool one_path_works) {
     report_.add(one_path_works ? Severity::kWarning : finding.severity(), finding.rule,
-                (path_ == MessagePath::kBoth ? where : "") + finding.text, finding.hint);
+                (path_ == RenderingPaths::kBoth ? where : "") + finding.text, finding.hint);
   }
 
   void compare_paths(const TemplateJudgement& icu, const TemplateJudgement& narrow) {
@@ -120,14 +121,14 @@ class MessageCheck {
   }
 
   AttributeLookup lookup_;
-  MessagePath path_;
+  RenderingPaths path_;
   CheckReport& report_;
 };
 
 /// One entry of the file under check.
 class EntryCheck {
  public:
-  EntryCheck(const EntryDefinition& entry, const DefinitionPair& definitions, bool is_auxiliary, MessagePath path,
+  EntryCheck(const EntryDefinition& entry, const DefinitionPair& definitions, bool is_auxiliary, RenderingPaths path,
              CheckReport& report)
       : entry_(entry),
         is_auxiliary_(is_auxiliary),
@@ -226,7 +227,7 @@ class EntryCheck {
   const EntryDefinition* standard_;
   const EntryDefinition merged_;
   const DefinitionPair& definitions_;
-  MessagePath path_;
+  RenderingPaths path_;
   CheckReport& report_;
 };
 
@@ -294,7 +295,7 @@ bool is_said_of_messages(Rule rule) {
   return rule == Rule::kBrokenTemplate || rule == Rule::kPatternArgument || rule == Rule::kUndefinedStandardField;
 }
 
-void report_warnings(const DefinitionModel& model, const DefinitionModel* standard, MessagePath path,
+void report_warnings(const DefinitionModel& model, const DefinitionModel* standard, RenderingPaths path,
                      CheckReport& report) {
   std::set<std::pair<std::uint32_t, std::string>> told;  // without places, several messages of an entry say the same
   for (ModelWarning& warning : qzlog_compiler::find_model_warnings(model, standard, path)) {
@@ -311,7 +312,8 @@ void report_warnings(const DefinitionModel& model, const DefinitionModel* standa
 
 }  // namespace
 
-void check_compiled(const CompiledFile& file, const DefinitionModel* standard, MessagePath path, CheckReport& report) {
+void check_compiled(const CompiledFile& file, const DefinitionModel* standard, RenderingPaths path,
+                    CheckReport& report) {
   check_version(file.bytes, *file.model, report);
   check_globals(*file.model, report);
   check_map(file.bytes, report);

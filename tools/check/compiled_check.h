@@ -19,7 +19,7 @@ struct CompiledFile {
 /// meant, or fails at later. `standard` is null unless the file is an auxiliary one. `path`: the rendering path or
 /// paths that count; what fails on all of them is an error.
 void check_compiled(const CompiledFile& file, const qzlog_compiler::DefinitionModel* standard,
-                    qzlog_compiler::MessagePath path, CheckReport& report);
+                    qzlog_compiler::RenderingPaths path, CheckReport& report);
 
 }  // namespace qzlog_tool
 

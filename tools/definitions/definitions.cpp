@@ -17,7 +17,7 @@ namespace {
 
 using qzlog_compiler::CompileOptions;
 using qzlog_compiler::CompileResult;
-using qzlog_compiler::MessagePath;
+using qzlog_compiler::RenderingPaths;
 
 Definitions read_compiled(DefinitionFile file) {
   Definitions definitions;
@@ -76,7 +76,7 @@ Definitions read_without_errors(DefinitionFile file, const ReadingOptions& optio
   return definitions;
 }
 
-Definitions merge_definitions(const Definitions& standard, DefinitionFile auxiliary, MessagePath path) {
+Definitions merge_definitions(const Definitions& standard, DefinitionFile auxiliary, RenderingPaths path) {
   return compile_file(std::move(auxiliary), [&](const std::string& text, const std::string& name) {
     return qzlog_compiler::compile_merged(standard.model, standard.shown_path, text, name, path);
   });

@@ -29,7 +29,7 @@ struct Definitions {
 
 struct ReadingOptions {
   const Definitions* standard = nullptr;  ///< the definitions that an auxiliary source extends
-  qzlog_compiler::MessagePath path = qzlog_compiler::MessagePath::kBoth;
+  qzlog_compiler::RenderingPaths path = qzlog_compiler::RenderingPaths::kBoth;
   /// With the warnings about what surprises readers, which matter to those who write definitions.
   bool surprises = true;
 };
@@ -47,7 +47,8 @@ Definitions read_without_errors(DefinitionFile file, const ReadingOptions& optio
 /// Compiles an auxiliary source over `standard`, in which there is no error, and both into one standard file: what the
 /// library holds after loading the two. The diagnostics are those of the auxiliary source. Throws as read_definitions
 /// does.
-Definitions merge_definitions(const Definitions& standard, DefinitionFile auxiliary, qzlog_compiler::MessagePath path);
+Definitions merge_definitions(const Definitions& standard, DefinitionFile auxiliary,
+                              qzlog_compiler::RenderingPaths path);
 
 /// Shows the diagnostics on standard error, with the lines of the source and of the one that it extends.
 void print_findings(const Definitions& definitions, const Definitions* standard);

@@ -75,7 +75,7 @@ Definitions load_source(LoadFile load, DefinitionFile file, ReadingOptions optio
 }  // namespace
 
 LoadedDefinitions load_definitions(const std::string& standard, const std::string& auxiliary,
-                                   qzlog_compiler::MessagePath path) {
+                                   qzlog_compiler::RenderingPaths path) {
   LoadedDefinitions loaded;
   DefinitionFile file = read_definition_file(standard);
   std::optional<DefinitionFile> auxiliary_file;

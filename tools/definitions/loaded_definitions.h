@@ -22,7 +22,7 @@ struct LoadedDefinitions {
 /// empty. A compiler's diagnostics go to stderr. Throws CommandError: cannot run for a file that cannot be read,
 /// findings for one that is wrong.
 LoadedDefinitions load_definitions(const std::string& standard, const std::string& auxiliary,
-                                   qzlog_compiler::MessagePath path);
+                                   qzlog_compiler::RenderingPaths path);
 
 }  // namespace qzlog_tool
 

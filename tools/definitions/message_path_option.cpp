@@ -4,7 +4,7 @@
 
 namespace qzlog_tool {
 
-using qzlog_compiler::MessagePath;
+using qzlog_compiler::RenderingPaths;
 
 void add_message_path_option(CLI::App& command, std::string& path, const std::string& help) {
   command.add_option("--path", path, help)
@@ -13,9 +13,9 @@ void add_message_path_option(CLI::App& command, std::string& path, const std::st
       ->capture_default_str();
 }
 
-MessagePath message_path_of(const std::string& name) {
-  if (name == "icu") return MessagePath::kIcu;
-  return name == "narrow" ? MessagePath::kNarrow : MessagePath::kBoth;
+RenderingPaths message_path_of(const std::string& name) {
+  if (name == "icu") return RenderingPaths::kIcu;
+  return name == "narrow" ? RenderingPaths::kNarrow : RenderingPaths::kBoth;
 }
 
 }  // namespace qzlog_tool

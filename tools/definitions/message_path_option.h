@@ -15,7 +15,7 @@ namespace qzlog_tool {
 void add_message_path_option(CLI::App& command, std::string& path, const std::string& help);
 
 /// The path of one of these names.
-qzlog_compiler::MessagePath message_path_of(const std::string& name);
+qzlog_compiler::RenderingPaths message_path_of(const std::string& name);
 
 }  // namespace qzlog_tool
 

@@ -20,8 +20,8 @@ using qzlog_compiler::DiffRule;
 using qzlog_compiler::EntryDefinition;
 using qzlog_compiler::Finding;
 using qzlog_compiler::Findings;
-using qzlog_compiler::MessagePath;
 using qzlog_compiler::ModelIndex;
+using qzlog_compiler::RenderingPaths;
 using qzlog_compiler::SelectorMessage;
 using qzlog_compiler::SourcePosition;
 using qzlog_compiler::TextPlace;
@@ -63,7 +63,7 @@ std::string text_of(Finding diagnostic, bool is_compiled) {
 
 }  // namespace
 
-Definitions check_aux_file(const DefinitionFile& aux, const Definitions& standard, MessagePath path) {
+Definitions check_aux_file(const DefinitionFile& aux, const Definitions& standard, RenderingPaths path) {
   Definitions checked = read_errors_only(aux, {.standard = &standard, .path = path});
   if (aux.is_source || !checked.ok()) return checked;
   check_compiled_aux(checked, standard);
@@ -72,7 +72,7 @@ Definitions check_aux_file(const DefinitionFile& aux, const Definitions& standar
 }
 
 std::vector<DiffChange> find_aux_collisions(const DefinitionFile& aux, const Definitions& new_definitions,
-                                            MessagePath path) {
+                                            RenderingPaths path) {
   const Definitions checked = check_aux_file(aux, new_definitions, path);
   const ModelIndex index(new_definitions.model);
   std::vector<DiffChange> changes;

@@ -11,13 +11,13 @@
 namespace qzlog_tool {
 
 /// Checks that auxiliary definitions extend standard ones; the diagnostics hold errors only.
-Definitions check_aux_file(const DefinitionFile& aux, const Definitions& standard, qzlog_compiler::MessagePath path);
+Definitions check_aux_file(const DefinitionFile& aux, const Definitions& standard, qzlog_compiler::RenderingPaths path);
 
 /// One change for each reason for which definitions that extend the old ones do not extend the new ones, which have to
 /// outlive the result.
 std::vector<qzlog_compiler::DiffChange> find_aux_collisions(const DefinitionFile& aux,
                                                             const Definitions& new_definitions,
-                                                            qzlog_compiler::MessagePath path);
+                                                            qzlog_compiler::RenderingPaths path);
 
 }  // namespace qzlog_tool
 

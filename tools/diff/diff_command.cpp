@@ -33,7 +33,7 @@ using qzlog_compiler::AcceptedBreak;
 using qzlog_compiler::DiffChange;
 using qzlog_compiler::Finding;
 using qzlog_compiler::Findings;
-using qzlog_compiler::MessagePath;
+using qzlog_compiler::RenderingPaths;
 
 constexpr const char* kDiffFooter =
     R"(OLD and NEW, and what --aux and --aux-of name, are definition sources, compiled files or git:REV:PATH, as in
@@ -59,7 +59,7 @@ struct DiffOptions {
 
 /// Everything that the command reads.
 struct DiffInputs {
-  MessagePath path = MessagePath::kBoth;
+  RenderingPaths path = RenderingPaths::kBoth;
   Definitions standard;
   Definitions old_definitions;
   Definitions new_definitions;
@@ -78,7 +78,7 @@ Definitions read_compared(const std::string& path, const ReadingOptions& reading
   return read_without_errors(read_definition_file(path), reading, kExitCannotRun);
 }
 
-DefinitionFile read_aux(const std::string& path, const Definitions& old_definitions, MessagePath message_path) {
+DefinitionFile read_aux(const std::string& path, const Definitions& old_definitions, RenderingPaths message_path) {
   DefinitionFile aux = read_definition_file(path);
   const Definitions checked = check_aux_file(aux, old_definitions, message_path);
   print_findings(checked, &old_definitions);

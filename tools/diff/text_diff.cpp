@@ -18,7 +18,7 @@ using qzlog_tool::ReferenceDifference;
 constexpr char kDefaultFormat = '\0';
 
 /// References that the library leaves out of messages are left out here: the compiler writes them to keep a text's end.
-std::vector<TemplatePart> parts_that_count(std::string_view stored, TemplateForm form) {
+std::vector<TemplatePart> parts_that_count(std::string_view stored, RenderingPath form) {
   std::vector<TemplatePart> parts = cut_template(stored, form).parts;
   std::erase_if(parts, [](const TemplatePart& part) { return part.is_reference() && !is_known_format(part.format); });
   for (TemplatePart& part : parts) part.format = canonical_format(part.format);
@@ -70,7 +70,7 @@ std::string without_white_space(std::string text) {
 std::optional<DiffRule> compare_stored(const TextSide& before, const TextSide& after) {
   bool same_shown = true;
   bool same_formats = true;
-  for (const TemplateForm form : {TemplateForm::kIcu, TemplateForm::kNarrow}) {
+  for (const RenderingPath form : {RenderingPath::kIcu, RenderingPath::kNarrow}) {
     const std::vector<TemplatePart> a = parts_that_count(before.text->stored, form);
     const std::vector<TemplatePart> b = parts_that_count(after.text->stored, form);
     same_formats = same_formats && same_parts(a, b);

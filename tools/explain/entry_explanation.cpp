@@ -18,9 +18,9 @@ namespace {
 using qzlog_compiler::AttributeLookup;
 using qzlog_compiler::EntryDefinition;
 using qzlog_compiler::MessageText;
+using qzlog_compiler::RenderingPath;
 using qzlog_compiler::SelectorMessage;
 using qzlog_compiler::TemplateFinding;
-using qzlog_compiler::TemplateForm;
 using qzlog_compiler::TemplateJudgement;
 using qzlog_compiler::TemplatePart;
 
@@ -47,10 +47,10 @@ class Explainer {
   /// Text that an author wrote is lowered for the path that will be asked for; a template is one for both.
   void add_message(ExplainedMessage message, const MessageText& text) {
     const AttributeLookup lookup = attributes_of(explanation_.entry, definitions_);
-    const ExplainedText icu = text_of("definitions", text.stored, TemplateForm::kIcu, lookup);
+    const ExplainedText icu = text_of("definitions", text.stored, RenderingPath::kIcu, lookup);
     message.texts.push_back(icu);
     if (text.raw) {
-      ExplainedText narrow = text_of("definitions, without ICU", text.stored, TemplateForm::kNarrow, lookup);
+      ExplainedText narrow = text_of("definitions, without ICU", text.stored, RenderingPath::kNarrow, lookup);
       if (narrow.text != icu.text) message.texts.push_back(std::move(narrow));
     }
     for (const CatalogBundle& bundle : bundles_)
@@ -63,13 +63,13 @@ class Explainer {
     if (!bundle.failure.empty()) return {bundle.locale, std::nullopt, bundle.failure};
     const auto found = bundle.templates.find(key);
     if (found == bundle.templates.end()) return {bundle.locale, std::nullopt, "the catalog lacks it"};
-    ExplainedText shown = text_of(bundle.locale, found->second, TemplateForm::kIcu, lookup, bundle.locale);
+    ExplainedText shown = text_of(bundle.locale, found->second, RenderingPath::kIcu, lookup, bundle.locale);
     const auto digest = bundle.sources.find(key);
     shown.stale = digest != bundle.sources.end() && !is_source_digest_of(digest->second, source.stored);
     return shown;
   }
 
-  ExplainedText text_of(std::string language, const std::string& stored, TemplateForm form,
+  ExplainedText text_of(std::string language, const std::string& stored, RenderingPath form,
                         const AttributeLookup& lookup, const std::string& locale = "root") {
     note_globals(stored, form);
     const TemplateJudgement judged = qzlog_compiler::judge_template(stored, form, lookup, locale);
@@ -78,7 +78,7 @@ class Explainer {
     return {std::move(language), readable_template(judged, lookup), ""};
   }
 
-  void note_globals(const std::string& stored, TemplateForm form) {
+  void note_globals(const std::string& stored, RenderingPath form) {
     for (const TemplatePart& part : qzlog_compiler::find_references(stored, form)) {
       if (!qzlog_compiler::is_known_format(part.format)) continue;
       if (qzlog_compiler::find_attribute(explanation_.entry.attributes, part.text) != nullptr) continue;

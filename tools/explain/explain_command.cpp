@@ -47,7 +47,7 @@ Examples:
 
 Definitions read_for_readers(const std::string& path, const Definitions* standard) {
   return read_without_errors(read_definition_file(path),
-                             {.standard = standard, .path = qzlog_compiler::MessagePath::kIcu}, kExitFindings);
+                             {.standard = standard, .path = qzlog_compiler::RenderingPaths::kIcu}, kExitFindings);
 }
 
 /// The bundle that readers of a locale get: its own, that of its language, or the root.

@@ -234,7 +234,7 @@ int render(const RenderOptions& options) {
   set_locale(options.locale);
   const LoadedDefinitions definitions =
       load_definitions(options.definitions, options.auxiliary,
-                       options.no_icu ? qzlog_compiler::MessagePath::kNarrow : qzlog_compiler::MessagePath::kIcu);
+                       options.no_icu ? qzlog_compiler::RenderingPaths::kNarrow : qzlog_compiler::RenderingPaths::kIcu);
   open_catalog(options.catalog);
 
   // Through ICU the library takes and gives texts in the code page; narrowly it passes bytes on as they are.

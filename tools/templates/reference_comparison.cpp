@@ -65,7 +65,7 @@ std::string written(const std::string& name, char format, ReferenceNotation nota
 
 }  // namespace
 
-std::vector<Reference> references_in(std::string_view stored, qzlog_compiler::TemplateForm form) {
+std::vector<Reference> references_in(std::string_view stored, qzlog_compiler::RenderingPath form) {
   std::vector<Reference> references;
   for (qzlog_compiler::TemplatePart& part : qzlog_compiler::find_references(stored, form)) {
     if (qzlog_compiler::is_known_format(part.format)) references.push_back({std::move(part.text), part.format});

@@ -17,7 +17,7 @@ struct Reference {
 };
 
 /// Those that the library shows on a path, in the order of the template.
-std::vector<Reference> references_in(std::string_view stored, qzlog_compiler::TemplateForm form);
+std::vector<Reference> references_in(std::string_view stored, qzlog_compiler::RenderingPath form);
 
 /// A reference that one of two texts has and the other has not, or not as often. The formats d and u are one: they show
 /// the same.

@@ -27,7 +27,7 @@ inline std::vector<qzlog_tool::Definitions> read_sources(const std::vector<Sourc
   for (const SourceText& text : texts) {
     sources.push_back(qzlog_tool::read_errors_only(
         {text.name, text.name, text.content, true},
-        {.standard = sources.empty() ? nullptr : &sources.front(), .path = qzlog_compiler::MessagePath::kIcu}));
+        {.standard = sources.empty() ? nullptr : &sources.front(), .path = qzlog_compiler::RenderingPaths::kIcu}));
     EXPECT_TRUE(sources.back().ok()) << text.name;
   }
   return sources;

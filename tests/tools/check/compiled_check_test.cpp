@@ -14,14 +14,14 @@ using check_fixture::compiled;
 using check_fixture::shown;
 using qzlog_compiler::DefinitionModel;
 using qzlog_compiler::Finding;
-using qzlog_compiler::MessagePath;
+using qzlog_compiler::RenderingPaths;
 using Texts = std::vector<std::string>;
 
 std::vector<Finding> findings_in(const std::string& bytes, const DefinitionModel* standard = nullptr) {
   const qzlog_compiler::LdfFile file = qzlog_compiler::read_ldf(bytes);
   std::vector<Finding> findings;
   qzlog_tool::CheckReport report("in.ldf", findings);
-  qzlog_tool::check_compiled({bytes, &file.model}, standard, MessagePath::kBoth, report);
+  qzlog_tool::check_compiled({bytes, &file.model}, standard, RenderingPaths::kBoth, report);
   return findings;
 }
 

@@ -21,7 +21,7 @@ std::string read(const std::filesystem::path& path) {
   return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
-CompileResult compile(const std::string& name, const std::string& suffix, MessagePath path) {
+CompileResult compile(const std::string& name, const std::string& suffix, RenderingPaths path) {
   CompileOptions options;
   options.path = path;
   options.surprises = false;  // here texts are judged, not definitions
@@ -45,7 +45,7 @@ class Corpus : public ::testing::TestWithParam<std::pair<const char*, std::set<s
 };
 
 TEST_P(Corpus, OnePathAskedFor_HasNothingToSay) {
-  for (const MessagePath path : {MessagePath::kIcu, MessagePath::kNarrow}) {
+  for (const RenderingPaths path : {RenderingPaths::kIcu, RenderingPaths::kNarrow}) {
     const CompileResult result = compile(GetParam().first, ".yaml", path);
     EXPECT_EQ(printed(result.diagnostics), "");
     EXPECT_FALSE(result.bytes.empty());
@@ -53,7 +53,7 @@ TEST_P(Corpus, OnePathAskedFor_HasNothingToSay) {
 }
 
 TEST_P(Corpus, BothPaths_WarnAtTheEntriesThatNeedOneEach) {
-  const CompileResult result = compile(GetParam().first, ".yaml", MessagePath::kBoth);
+  const CompileResult result = compile(GetParam().first, ".yaml", RenderingPaths::kBoth);
   EXPECT_TRUE(result.ok());
   EXPECT_EQ(entries_of(result), GetParam().second);
 }
@@ -61,10 +61,10 @@ TEST_P(Corpus, BothPaths_WarnAtTheEntriesThatNeedOneEach) {
 TEST(CorpusNarrowOnly, EntriesWithMoreThanTenReferences_AreRefusedForTheIcuPathAlone) {
   if (!std::filesystem::exists(kCorpora)) GTEST_SKIP() << "the corpora are not here";
   for (const char* name : {"Mac", "OpenStack"}) {
-    EXPECT_EQ(printed(compile(name, ".narrow-only.yaml", MessagePath::kNarrow).diagnostics), "");
-    for (const MessagePath path : {MessagePath::kIcu, MessagePath::kBoth}) {
+    EXPECT_EQ(printed(compile(name, ".narrow-only.yaml", RenderingPaths::kNarrow).diagnostics), "");
+    for (const RenderingPaths path : {RenderingPaths::kIcu, RenderingPaths::kBoth}) {
       const CompileResult result = compile(name, ".narrow-only.yaml", path);
-      EXPECT_EQ(result.ok(), path == MessagePath::kBoth);
+      EXPECT_EQ(result.ok(), path == RenderingPaths::kBoth);
       EXPECT_EQ(result.diagnostics.size(), result.model.entries.size());
       for (const Finding& diagnostic : result.diagnostics) EXPECT_EQ(diagnostic.rule, Rule::kTooManyReferences);
     }

@@ -119,14 +119,14 @@ class LibraryRoundTrip : public qz_test::SettingsTest {
     qz_LOG_LogConfig::SetDefinitionPath(folder_.write("random.ldf", bytes).c_str());
   }
 
-  void use_path(MessagePath path) {
+  void use_path(RenderingPaths path) {
     path_ = path;
     show_through(path);
   }
 
   /// Rendering goes through ICU or not; what references then show is asked of the library, one by one.
-  void show_through(MessagePath path) {
-    qz_LOG_LogConfig::SetICUEnabled(path == MessagePath::kIcu);
+  void show_through(RenderingPaths path) {
+    qz_LOG_LogConfig::SetICUEnabled(path == RenderingPaths::kIcu);
     values_.clear();
     std::string source = "version: '1.0'\nentries:\n";
     for (int type = TypeBool; type < TypeGUID; ++type) add_probes(static_cast<qz_AttributeType>(type), "A", source);
@@ -154,7 +154,7 @@ class LibraryRoundTrip : public qz_test::SettingsTest {
     });
   }
 
-  MessagePath path_ = MessagePath::kIcu;
+  RenderingPaths path_ = RenderingPaths::kIcu;
 
  private:
   /// All values of a type are the same, whatever the attribute is called; only the entry's own time differs.
@@ -294,7 +294,7 @@ TEST_F(LibraryRoundTrip, RandomModel_OnEachPath_ShowsEveryMessageAsWritten) {
   SCOPED_TRACE(random.trace());
   random_model::ModelOptions options;
   options.messages = random_model::MessageKind::kEverywhere;
-  for (const MessagePath path : {MessagePath::kIcu, MessagePath::kNarrow}) {
+  for (const RenderingPaths path : {RenderingPaths::kIcu, RenderingPaths::kNarrow}) {
     use_path(path);
     int checked = 0;
     for (int i = 0; i < qz_test::rounds(20) && !HasFailure(); ++i) {
@@ -332,9 +332,10 @@ TEST_F(LibraryRoundTrip, AnyText_WithoutAWarning_SurvivesOnThePathsAskedFor) {
   options.raw_templates = false;
   const RandomModel anything = random_model::make_model(random, options);
   const std::string source = random_model::to_yaml(anything.model, random);
-  for (const auto& [asked, shown] :
-       {std::pair(MessagePath::kIcu, MessagePath::kIcu), std::pair(MessagePath::kNarrow, MessagePath::kNarrow),
-        std::pair(MessagePath::kBoth, MessagePath::kIcu), std::pair(MessagePath::kBoth, MessagePath::kNarrow)}) {
+  for (const auto& [asked, shown] : {std::pair(RenderingPaths::kIcu, RenderingPaths::kIcu),
+                                     std::pair(RenderingPaths::kNarrow, RenderingPaths::kNarrow),
+                                     std::pair(RenderingPaths::kBoth, RenderingPaths::kIcu),
+                                     std::pair(RenderingPaths::kBoth, RenderingPaths::kNarrow)}) {
     path_ = asked;
     const RandomModel made = without(anything, diagnosed_entries(compile(source)));
     show_through(shown);

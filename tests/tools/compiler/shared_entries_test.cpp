@@ -80,7 +80,7 @@ TEST_F(SharedEntries, OneIdMoreInTheAuxiliaryFile_IsWarnedOfAndBreaksTheExtended
 TEST_F(SharedEntries, MergedIntoOneFile_StayWholeWithoutAWarning) {
   load(qz_DefinitionCacheSize, 8);
   const CompileResult merged =
-      compile_merged(compile_source(standard_, "s", {}).model, "s", auxiliary_, "a", MessagePath::kBoth);
+      compile_merged(compile_source(standard_, "s", {}).model, "s", auxiliary_, "a", RenderingPaths::kBoth);
   EXPECT_EQ(printed(merged.diagnostics), "");
   qz_LOG_LogConfig::ClearDefinitions();
   qz_LOG_LogConfig::SetDefinitionPath(folder_.write("all.ldf", merged.bytes).c_str());

@@ -276,8 +276,8 @@ TEST_F(TemplateJudgeRandom, RandomTemplates_RenderExactlyWhereTheJudgeSaysSo) {
   std::vector<std::string> templates(static_cast<std::size_t>(qz_test::rounds(4000)));
   for (std::string& text : templates) text = drawn.draw();
   load(templates);
-  for (const TemplateForm form : {TemplateForm::kIcu, TemplateForm::kNarrow}) {
-    qz_LOG_LogConfig::SetICUEnabled(form == TemplateForm::kIcu);
+  for (const RenderingPath form : {RenderingPath::kIcu, RenderingPath::kNarrow}) {
+    qz_LOG_LogConfig::SetICUEnabled(form == RenderingPath::kIcu);
     std::vector<TemplateJudgement> judged;
     for (const std::string& text : templates) judged.push_back(judge_template(text, form, find_type));
     // Few values lead to what fails with some values only.
@@ -293,7 +293,7 @@ TEST_F(TemplateJudgeRandom, RandomTemplates_RenderExactlyWhereTheJudgeSaysSo) {
       const TemplateFinding* const failure = judged[i].failure();
       EXPECT_EQ(answers[i], failure == nullptr ? 'y' : 'n')
           << templates[i] << '\n'
-          << (failure == nullptr ? "" : failure->text) << (form == TemplateForm::kIcu ? " (ICU)" : " (narrow)");
+          << (failure == nullptr ? "" : failure->text) << (form == RenderingPath::kIcu ? " (ICU)" : " (narrow)");
       if (failure == nullptr) {
         ++shown;
       } else if (failure->reason == TemplateReason::kInapplicablePattern) {
@@ -301,7 +301,7 @@ TEST_F(TemplateJudgeRandom, RandomTemplates_RenderExactlyWhereTheJudgeSaysSo) {
       }
     }
     EXPECT_GT(shown, qz_test::rounds(1000));
-    EXPECT_EQ(inapplicable > qz_test::rounds(100), form == TemplateForm::kIcu) << inapplicable;
+    EXPECT_EQ(inapplicable > qz_test::rounds(100), form == RenderingPath::kIcu) << inapplicable;
   }
 }
 

@@ -107,7 +107,7 @@ TEST(MergeDefinitions, TwoSources_GiveOneFile) {
   const Definitions merged = merge_definitions(
       standard,
       {"a.yaml", "a.yaml", "version: \"2.5\"\nentries:\n  - {id: 8, name: EMPTY, message: \"empty\"}\n", true},
-      qzlog_compiler::MessagePath::kBoth);
+      qzlog_compiler::RenderingPaths::kBoth);
   EXPECT_TRUE(merged.ok());
   EXPECT_EQ(merged.shown_path, "a.yaml");
   EXPECT_EQ(read_definitions(compiled(merged.bytes), {}).model.entries.size(), 2U);

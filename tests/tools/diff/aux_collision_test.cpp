@@ -8,7 +8,7 @@
 namespace {
 
 using qzlog_compiler::DiffRule;
-using qzlog_compiler::MessagePath;
+using qzlog_compiler::RenderingPaths;
 using qzlog_tool::check_aux_file;
 using qzlog_tool::DefinitionFile;
 using qzlog_tool::Definitions;
@@ -40,7 +40,7 @@ Definitions read(const std::string& source) {
 /// The auxiliary source as it stands, and compiled.
 std::vector<DefinitionFile> both_forms(const std::string& source, const Definitions& standard) {
   const DefinitionFile as_source{"site.yaml", "site.yaml", source, true};
-  const Definitions compiled = check_aux_file(as_source, standard, MessagePath::kBoth);
+  const Definitions compiled = check_aux_file(as_source, standard, RenderingPaths::kBoth);
   EXPECT_TRUE(compiled.ok());
   return {as_source, {"site.ldf", "site.ldf", compiled.bytes, false}};
 }
@@ -48,8 +48,8 @@ std::vector<DefinitionFile> both_forms(const std::string& source, const Definiti
 TEST(FindAuxCollisions, UnchangedStandard_HasNone) {
   const Definitions standard = read(kStandard);
   for (const DefinitionFile& aux : both_forms(kAux, standard)) {
-    EXPECT_TRUE(check_aux_file(aux, standard, MessagePath::kBoth).ok());
-    EXPECT_TRUE(find_aux_collisions(aux, standard, MessagePath::kBoth).empty());
+    EXPECT_TRUE(check_aux_file(aux, standard, RenderingPaths::kBoth).ok());
+    EXPECT_TRUE(find_aux_collisions(aux, standard, RenderingPaths::kBoth).empty());
   }
 }
 
@@ -60,7 +60,7 @@ TEST(FindAuxCollisions, AddedAttribute_CollidesInItsEntry) {
       " error: the entry has the attribute 'Pool' in the standard definitions already [aux-attribute-exists]";
   const std::string texts[] = {"site.yaml:4:71:" + text, "site.ldf:" + text};
   for (std::size_t i = 0; i < forms.size(); ++i) {
-    const auto changes = find_aux_collisions(forms[i], changed, MessagePath::kBoth);
+    const auto changes = find_aux_collisions(forms[i], changed, RenderingPaths::kBoth);
     ASSERT_EQ(changes.size(), 1U);
     EXPECT_EQ(changes[0].rule, DiffRule::kAuxCollision);
     EXPECT_EQ(changes[0].place.new_entry, &changed.model.entries[0]);
@@ -74,7 +74,7 @@ TEST(FindAuxCollisions, AddedSelectorMessage_CollidesByIndexAndValue) {
       "{attribute: Reason, messages: [{index: 1, value: 1, id: c, text: d}]}}\n";
   const Definitions changed = read(kStandard + kSelector);
   for (const DefinitionFile& form : both_forms(aux, read(kStandard))) {
-    EXPECT_EQ(find_aux_collisions(form, changed, MessagePath::kBoth).size(), 2U);
+    EXPECT_EQ(find_aux_collisions(form, changed, RenderingPaths::kBoth).size(), 2U);
   }
 }
 
@@ -82,12 +82,12 @@ TEST(FindAuxCollisions, RemovedAttribute_IsMissedByTheSourceOnly) {
   const std::string other = "version: \"2.5\"\nentries:\n  - {id: 7, name: FULL, message: full}\n";
   const Definitions changed = read(other);
   const std::vector<DefinitionFile> forms = both_forms(kAux, read(kStandard));
-  EXPECT_EQ(find_aux_collisions(forms[0], changed, MessagePath::kBoth).size(), 1U);
-  EXPECT_TRUE(find_aux_collisions(forms[1], changed, MessagePath::kBoth).empty());
+  EXPECT_EQ(find_aux_collisions(forms[0], changed, RenderingPaths::kBoth).size(), 1U);
+  EXPECT_TRUE(find_aux_collisions(forms[1], changed, RenderingPaths::kBoth).empty());
 }
 
 TEST(CheckAuxFile, DamagedFile_IsReported) {
-  EXPECT_FALSE(check_aux_file({"site.ldf", "site.ldf", ".LDF", false}, read(kStandard), MessagePath::kBoth).ok());
+  EXPECT_FALSE(check_aux_file({"site.ldf", "site.ldf", ".LDF", false}, read(kStandard), RenderingPaths::kBoth).ok());
 }
 
 }  // namespace

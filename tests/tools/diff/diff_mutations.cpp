@@ -409,7 +409,7 @@ DefinitionModel lowered(DefinitionModel model) {
       return global == nullptr ? std::nullopt : std::optional(global->type);
     };
     const auto lower = [&](MessageText& text) {
-      text.stored = lower_message(text.written, types, MessagePath::kIcu).stored;
+      text.stored = lower_message(text.written, types, RenderingPaths::kIcu).stored;
       EXPECT_NE(text.stored, "") << text.written;
     };
     lower(entry.message);

@@ -23,7 +23,7 @@ AttributeLookup types(qz_AttributeType count_type) {
 }
 
 MessageText message(const std::string& text, qz_AttributeType count_type = TypeUInt4) {
-  return {text, false, lower_message(text, types(count_type), MessagePath::kBoth).stored, kInASource};
+  return {text, false, lower_message(text, types(count_type), RenderingPaths::kBoth).stored, kInASource};
 }
 
 MessageText raw(const std::string& text) { return {text, true, text, kInASource}; }

@@ -49,7 +49,7 @@ class EntryBuilderTest : public ::testing::Test {
   EntryBuilderTest() {
     ::setenv("TZ", "Asia/Kathmandu", 1);
     const std::string path = folder_.write("every.yaml", kSource);
-    definitions_ = qzlog_tool::load_definitions(path, "", qzlog_compiler::MessagePath::kIcu);
+    definitions_ = qzlog_tool::load_definitions(path, "", qzlog_compiler::RenderingPaths::kIcu);
   }
   ~EntryBuilderTest() override { qz_LOG_LogConfig::ClearDefinitions(); }
 
@@ -295,7 +295,7 @@ TEST_F(EntryBuilderTest, UnknownName_IsRefused) {
 TEST_F(EntryBuilderTest, TimeWithoutItsGlobals_IsRefusedWithAHint) {
   qz_LOG_LogConfig::ClearDefinitions();
   const std::string path = folder_.write("bare.yaml", "version: \"1.0\"\nentries: [{id: 7, name: BARE, message: x}]\n");
-  qzlog_tool::load_definitions(path, "", qzlog_compiler::MessagePath::kIcu);
+  qzlog_tool::load_definitions(path, "", qzlog_compiler::RenderingPaths::kIcu);
   EXPECT_EQ(
       refusal_of(R"({"id":7,"time":"2026-11-21T08:15:30Z"})"),
       "time-globals: TIMEZONE_DIFFERENCEis an invalid attibute under Entry ID 7 !; a 'time' needs the definitions "

@@ -141,7 +141,7 @@ class KeptEntryTest : public ::testing::Test {
     ::setenv("TZ", "America/St_Johns", 1);
     qz_LOG_LogConfig::SetICUEnabled(false);
     const std::string path = folder_.write("kept.yaml", kSource);
-    definitions_ = qzlog_tool::load_definitions(path, "", qzlog_compiler::MessagePath::kNarrow);
+    definitions_ = qzlog_tool::load_definitions(path, "", qzlog_compiler::RenderingPaths::kNarrow);
   }
   ~KeptEntryTest() override {
     qz_LOG_LogConfig::ClearDefinitions();

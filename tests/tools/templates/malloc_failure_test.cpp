@@ -23,7 +23,7 @@ const std::string kTemplate =
 
 std::string judge() {
   const auto lookup = [](std::string_view) { return std::optional(TypeMBChar256); };
-  const auto judged = qzlog_compiler::judge_template(kTemplate, qzlog_compiler::TemplateForm::kIcu, lookup);
+  const auto judged = qzlog_compiler::judge_template(kTemplate, qzlog_compiler::RenderingPath::kIcu, lookup);
   std::string text;
   for (const auto& finding : judged.findings) text += finding.text + '\n';
   for (const auto& part : judged.shown.value_or(std::vector<qzlog_compiler::TemplatePart>())) text += '|' + part.text;

@@ -12,8 +12,8 @@
 
 namespace {
 
-using qzlog_compiler::MessagePath;
-using qzlog_compiler::TemplateForm;
+using qzlog_compiler::RenderingPath;
+using qzlog_compiler::RenderingPaths;
 
 std::optional<qz_AttributeType> type_of(std::string_view name) {
   if (name == "Name") return TypeChar32;
@@ -22,39 +22,39 @@ std::optional<qz_AttributeType> type_of(std::string_view name) {
   return std::nullopt;
 }
 
-std::optional<std::string> readable_template(std::string_view stored, TemplateForm form,
+std::optional<std::string> readable_template(std::string_view stored, RenderingPath form,
                                              const qzlog_compiler::AttributeLookup& lookup) {
   return qzlog_tool::readable_template(qzlog_compiler::judge_template(stored, form, lookup), lookup);
 }
 
 TEST(ReadableTemplate, References_AreNamesInBraces) {
-  EXPECT_EQ(readable_template("a %s%Name% b %d%Count%", TemplateForm::kIcu, type_of), "a {Name} b {Count}");
-  EXPECT_EQ(readable_template("a %s%Name% b", TemplateForm::kNarrow, type_of), "a {Name} b");
+  EXPECT_EQ(readable_template("a %s%Name% b %d%Count%", RenderingPath::kIcu, type_of), "a {Name} b {Count}");
+  EXPECT_EQ(readable_template("a %s%Name% b", RenderingPath::kNarrow, type_of), "a {Name} b");
 }
 
 TEST(ReadableTemplate, FormatThatIsNotTheTypes_IsShown) {
-  EXPECT_EQ(readable_template("%C%Count% %D%When%", TemplateForm::kIcu, type_of), "{Count:C} {When:D}");
+  EXPECT_EQ(readable_template("%C%Count% %D%When%", RenderingPath::kIcu, type_of), "{Count:C} {When:D}");
 }
 
 TEST(ReadableTemplate, DateAndTimeOfATimeStamp_AreOnePlaceholder) {
-  EXPECT_EQ(readable_template("%D%When% %T%When%", TemplateForm::kIcu, type_of), "{When}");
-  EXPECT_EQ(readable_template("%D%When%, %T%When%", TemplateForm::kNarrow, type_of), "{When:D}, {When:T}");
+  EXPECT_EQ(readable_template("%D%When% %T%When%", RenderingPath::kIcu, type_of), "{When}");
+  EXPECT_EQ(readable_template("%D%When%, %T%When%", RenderingPath::kNarrow, type_of), "{When:D}, {When:T}");
 }
 
 TEST(ReadableTemplate, QuotesForIcu_AreUndoneThereOnly) {
-  EXPECT_EQ(readable_template("''%s%Name%'' '{}'%_%TIMESTAMP%", TemplateForm::kIcu, type_of), "'{Name}' {}");
-  EXPECT_EQ(readable_template("''%s%Name%'' '{}'", TemplateForm::kNarrow, type_of), "''{Name}'' '{}'");
+  EXPECT_EQ(readable_template("''%s%Name%'' '{}'%_%TIMESTAMP%", RenderingPath::kIcu, type_of), "'{Name}' {}");
+  EXPECT_EQ(readable_template("''%s%Name%'' '{}'", RenderingPath::kNarrow, type_of), "''{Name}'' '{}'");
 }
 
 TEST(ReadableTemplate, WhatIsNotShown_IsLeftOut) {
-  EXPECT_EQ(readable_template("%x%Name%%_%TIMESTAMP%", TemplateForm::kIcu, type_of), std::nullopt);
-  EXPECT_EQ(readable_template("%x%Name% %_%TIMESTAMP%", TemplateForm::kIcu, type_of), " ");
-  EXPECT_EQ(readable_template("lost", TemplateForm::kIcu, type_of), "");
+  EXPECT_EQ(readable_template("%x%Name%%_%TIMESTAMP%", RenderingPath::kIcu, type_of), std::nullopt);
+  EXPECT_EQ(readable_template("%x%Name% %_%TIMESTAMP%", RenderingPath::kIcu, type_of), " ");
+  EXPECT_EQ(readable_template("lost", RenderingPath::kIcu, type_of), "");
 }
 
 TEST(ReadableTemplate, NoMessage_None) {
-  EXPECT_EQ(readable_template("%s%Name", TemplateForm::kNarrow, type_of), std::nullopt);
-  EXPECT_EQ(readable_template("{%s%Name%", TemplateForm::kIcu, type_of), std::nullopt);
+  EXPECT_EQ(readable_template("%s%Name", RenderingPath::kNarrow, type_of), std::nullopt);
+  EXPECT_EQ(readable_template("{%s%Name%", RenderingPath::kIcu, type_of), std::nullopt);
 }
 
 /// A reader's view of the braces that a source doubles.
@@ -79,8 +79,8 @@ TEST(ReadableTemplate, RandomTextsLoweredForEitherPath_ReadAsTheyWereWritten) {
     for (long long pieces = random.between(0, 11); pieces > 0; --pieces) {
       text += kPieces[random.between(0, std::ssize(kPieces) - 1)];
     }
-    for (const auto& [path, form] :
-         {std::pair(MessagePath::kIcu, TemplateForm::kIcu), std::pair(MessagePath::kNarrow, TemplateForm::kNarrow)}) {
+    for (const auto& [path, form] : {std::pair(RenderingPaths::kIcu, RenderingPath::kIcu),
+                                     std::pair(RenderingPaths::kNarrow, RenderingPath::kNarrow)}) {
       const auto lowered = qzlog_compiler::lower_message(text, type_of, path);
       if (!lowered.findings.empty()) continue;
       ++read;

@@ -7,13 +7,13 @@
 namespace qzlog_tool {
 namespace {
 
-using qzlog_compiler::TemplateForm;
+using qzlog_compiler::RenderingPath;
 
 /// Letters for the kind (format, lost, added) and for what the other text has (nothing, another format, the same one).
 std::string differences(const std::string& expected, const std::string& found) {
   std::string text;
-  for (const ReferenceDifference& difference : compare_references(references_in(expected, TemplateForm::kNarrow),
-                                                                  references_in(found, TemplateForm::kNarrow))) {
+  for (const ReferenceDifference& difference : compare_references(references_in(expected, RenderingPath::kNarrow),
+                                                                  references_in(found, RenderingPath::kNarrow))) {
     text += "fla"[static_cast<int>(difference.kind)];
     text += "nos"[static_cast<int>(difference.elsewhere)];
     text += ' ' + difference.name + ':';

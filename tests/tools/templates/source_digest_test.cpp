@@ -12,7 +12,7 @@
 namespace qzlog_tool {
 namespace {
 
-using qzlog_compiler::MessagePath;
+using qzlog_compiler::RenderingPaths;
 
 std::optional<qz_AttributeType> type_of(std::string_view name) {
   if (name == "Name") return TypeChar32;
@@ -55,13 +55,13 @@ TEST(IsSourceDigestOf, RandomTexts_WhicheverPathTheyWereCompiledFor) {
     for (long long pieces = random.between(0, 11); pieces > 0; --pieces) {
       text += kPieces[random.between(0, std::ssize(kPieces) - 1)];
     }
-    const auto icu = qzlog_compiler::lower_message(text, type_of, MessagePath::kIcu);
-    const auto narrow = qzlog_compiler::lower_message(text, type_of, MessagePath::kNarrow);
+    const auto icu = qzlog_compiler::lower_message(text, type_of, RenderingPaths::kIcu);
+    const auto narrow = qzlog_compiler::lower_message(text, type_of, RenderingPaths::kNarrow);
     if (!icu.findings.empty() || !narrow.findings.empty()) continue;
     ++compared;
     EXPECT_TRUE(is_source_digest_of(source_digest(icu.stored), icu.stored)) << text;
     EXPECT_TRUE(is_source_digest_of(source_digest(icu.stored), narrow.stored)) << text;
-    const auto longer = qzlog_compiler::lower_message(text + " more", type_of, MessagePath::kNarrow);
+    const auto longer = qzlog_compiler::lower_message(text + " more", type_of, RenderingPaths::kNarrow);
     EXPECT_FALSE(is_source_digest_of(source_digest(icu.stored), longer.stored)) << text;
   }
   EXPECT_GT(compared, 500);

@@ -96,7 +96,7 @@ class PatternQuoter {
 
 class MessageLowering {
  public:
-  MessageLowering(std::string_view text, MessagePath path) : text_(text), path_(path) {}
+  MessageLowering(std::string_view text, RenderingPaths path) : text_(text), path_(path) {}
 
   LoweredMessage lower(const AttributeLookup& lookup) {
     parsed_ = parse_message_text(text_, result_.findings);
@@ -176,9 +176,9 @@ class MessageLowering {
 
   PathSet asked_paths() const {
     switch (path_) {
-      case MessagePath::kIcu:
+      case RenderingPaths::kIcu:
         return kIcuPath;
-      case MessagePath::kNarrow:
+      case RenderingPaths::kNarrow:
         return kNarrowPath;
       default:
         return kAllPaths;
@@ -201,9 +201,9 @@ class MessageLowering {
 
   std::string choose_template(unsigned blocked) {
     std::string narrow = narrow_template();
-    if (path_ == MessagePath::kNarrow || (blocked & kIcuPath) != 0) return narrow;
+    if (path_ == RenderingPaths::kNarrow || (blocked & kIcuPath) != 0) return narrow;
     std::string icu = icu_template();
-    if (path_ == MessagePath::kBoth && blocked == kNoPath && icu != narrow) report_conflict();
+    if (path_ == RenderingPaths::kBoth && blocked == kNoPath && icu != narrow) report_conflict();
     return icu;
   }
 
@@ -267,7 +267,7 @@ class MessageLowering {
   }
 
   std::string_view text_;
-  MessagePath path_;
+  RenderingPaths path_;
   MessageParts parsed_;
   std::vector<ResolvedPart> resolved_;
   std::vector<Obstacle> obstacles_;
@@ -276,7 +276,7 @@ class MessageLowering {
 
 }  // namespace
 
-LoweredMessage lower_message(std::string_view text, const AttributeLookup& lookup, MessagePath path) {
+LoweredMessage lower_message(std::string_view text, const AttributeLookup& lookup, RenderingPaths path) {
   return MessageLowering(text, path).lower(lookup);
 }
 

@@ -14,8 +14,8 @@ namespace qzlog_compiler {
 /// What the ICU path takes in one message.
 inline constexpr std::size_t kMaximumIcuReferences = 10;
 
-/// The rendering path that a stored text is written for.
-enum class MessagePath { kIcu, kNarrow, kBoth };
+/// The rendering path, or both, that a stored text is written for.
+enum class RenderingPaths { kIcu, kNarrow, kBoth };
 
 struct LoweredMessage {
   std::string stored;
@@ -26,7 +26,7 @@ struct LoweredMessage {
 /// and so is what no path can show. For `kBoth`, what one path cannot show is a warning and the template serves the
 /// other path; where both could show the text but not from one template, that is a warning and the template serves the
 /// ICU path. `stored` is empty after an error.
-LoweredMessage lower_message(std::string_view text, const AttributeLookup& lookup, MessagePath path);
+LoweredMessage lower_message(std::string_view text, const AttributeLookup& lookup, RenderingPaths path);
 
 }  // namespace qzlog_compiler
 

@@ -10,7 +10,7 @@ namespace qzlog_compiler {
 std::vector<WrittenReference> written_references(const MessageText& message) {
   std::vector<WrittenReference> references;
   if (message.raw) {
-    for (TemplatePart& part : find_references(message.written, TemplateForm::kNarrow)) {
+    for (TemplatePart& part : find_references(message.written, RenderingPath::kNarrow)) {
       references.push_back({std::move(part.text), part.offset});
     }
     return references;

@@ -24,7 +24,7 @@ struct TokenList {
 /// Follows the library through a template, from one percent sign to the next.
 class Tokenizer {
  public:
-  Tokenizer(std::string_view stored, TemplateForm form) : stored_(stored), form_(form) {}
+  Tokenizer(std::string_view stored, RenderingPath form) : stored_(stored), form_(form) {}
 
   TokenList run() {
     for (;;) {
@@ -45,7 +45,7 @@ class Tokenizer {
  private:
   enum class State { kText, kAfterFormat, kInName };
 
-  bool is_icu() const { return form_ == TemplateForm::kIcu; }
+  bool is_icu() const { return form_ == RenderingPath::kIcu; }
 
   void add_text(std::size_t begin, std::size_t end) {
     if (begin < end) list_.tokens.push_back({Token::Kind::kText, stored_.substr(begin, end - begin), '\0', begin});
@@ -101,7 +101,7 @@ class Tokenizer {
   }
 
   std::string_view stored_;
-  TemplateForm form_;
+  RenderingPath form_;
   TokenList list_;
   std::size_t start_ = 0;
   std::size_t position_ = 0;
@@ -118,7 +118,7 @@ std::string failure_of_format(std::string_view stored, std::size_t offset) {
 
 }  // namespace
 
-StoredTemplate cut_template(std::string_view stored, TemplateForm form) {
+StoredTemplate cut_template(std::string_view stored, RenderingPath form) {
   TokenList list = Tokenizer(stored, form).run();
   StoredTemplate result{{}, std::move(list.failure)};
   const std::vector<Token>& tokens = list.tokens;
@@ -140,7 +140,7 @@ StoredTemplate cut_template(std::string_view stored, TemplateForm form) {
   return result;
 }
 
-std::vector<TemplatePart> find_references(std::string_view stored, TemplateForm form) {
+std::vector<TemplatePart> find_references(std::string_view stored, RenderingPath form) {
   std::vector<TemplatePart> parts = cut_template(stored, form).parts;
   std::erase_if(parts, [](const TemplatePart& part) { return !part.is_reference(); });
   return parts;

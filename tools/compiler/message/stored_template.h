@@ -8,8 +8,8 @@
 
 namespace qzlog_compiler {
 
-/// The two ways in which the library cuts a stored template into tokens.
-enum class TemplateForm { kIcu, kNarrow };
+/// The two ways in which the library renders, each with its own way to cut a stored template into tokens.
+enum class RenderingPath { kIcu, kNarrow };
 
 /// A piece of a stored template: literal text, or a reference to an attribute.
 struct TemplatePart {
@@ -30,10 +30,10 @@ struct StoredTemplate {
 };
 
 /// Cuts a stored template as the library does on that path, oddities included. `stored` is UTF-8 for the ICU form.
-StoredTemplate cut_template(std::string_view stored, TemplateForm form);
+StoredTemplate cut_template(std::string_view stored, RenderingPath form);
 
 /// Only the references, those with an unknown format, which the library leaves out of the message, included.
-std::vector<TemplatePart> find_references(std::string_view stored, TemplateForm form);
+std::vector<TemplatePart> find_references(std::string_view stored, RenderingPath form);
 
 }  // namespace qzlog_compiler
 

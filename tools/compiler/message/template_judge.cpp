@@ -85,7 +85,7 @@ std::string refusal_text(const PatternReading& reading) {
 
 class Judge {
  public:
-  Judge(std::string_view stored, TemplateForm form, const AttributeLookup& lookup)
+  Judge(std::string_view stored, RenderingPath form, const AttributeLookup& lookup)
       : stored_(stored), form_(form), lookup_(lookup), cut_(cut_template(stored, form)) {}
 
   TemplateJudgement judge(const std::string& locale) {
@@ -94,7 +94,7 @@ class Judge {
       return std::move(result_);
     }
     if (lookup_) check_references();
-    if (form_ == TemplateForm::kNarrow) {
+    if (form_ == RenderingPath::kNarrow) {
       show_all();
     } else {
       check_pattern(locale);
@@ -260,13 +260,13 @@ class Judge {
   }
 
   std::string hint_for_lost(std::size_t end) const {
-    if (form_ == TemplateForm::kNarrow) return "a doubled percent sign drops the text before it, and itself";
+    if (form_ == RenderingPath::kNarrow) return "a doubled percent sign drops the text before it, and itself";
     if (end < stored_.size()) return "a doubled percent sign drops the text before it";
     return "a text that ends in words needs %_%TIMESTAMP% behind it";
   }
 
   std::string_view stored_;
-  TemplateForm form_;
+  RenderingPath form_;
   const AttributeLookup& lookup_;
   StoredTemplate cut_;
   TemplateJudgement result_;
@@ -285,7 +285,7 @@ bool TemplateJudgement::has_errors() const {
                      [](const TemplateFinding& finding) { return finding.severity() == Severity::kError; });
 }
 
-TemplateJudgement judge_template(std::string_view stored, TemplateForm form, const AttributeLookup& lookup,
+TemplateJudgement judge_template(std::string_view stored, RenderingPath form, const AttributeLookup& lookup,
                                  const std::string& locale) {
   return Judge(stored, form, lookup).judge(locale);
 }

@@ -75,7 +75,7 @@ struct TemplateJudgement {
 /// Says what the library does with a stored template. `lookup` gives the types of the attributes that the entry can
 /// have; an empty one leaves the references unjudged. `locale` is ICU's name of the language that the ICU path renders
 /// in; for this path `stored` is UTF-8. Throws std::bad_alloc, also where ICU ran out of memory and would not tell.
-TemplateJudgement judge_template(std::string_view stored, TemplateForm form, const AttributeLookup& lookup,
+TemplateJudgement judge_template(std::string_view stored, RenderingPath form, const AttributeLookup& lookup,
                                  const std::string& locale = "root");
 
 }  // namespace qzlog_compiler

@@ -112,9 +112,9 @@ void AcceptedWarnings::remove_accepted(Findings& diagnostics) {
   });
 }
 
-void AcceptedWarnings::report_unused(MessagePath path, Findings& diagnostics) const {
+void AcceptedWarnings::report_unused(RenderingPaths path, Findings& diagnostics) const {
   for (const Accepted& accepted : accepted_) {
-    if (accepted.used || (path != MessagePath::kBoth && depends_on_path(accepted.rule))) continue;
+    if (accepted.used || (path != RenderingPaths::kBoth && depends_on_path(accepted.rule))) continue;
     diagnostics
         .warning(accepted.position, Rule::kUnusedAccept,
                  "the warning " + std::string(rule_name(accepted.rule)) + " is accepted here, but does not occur")

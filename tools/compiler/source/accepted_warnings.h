@@ -28,7 +28,7 @@ class AcceptedWarnings {
 
   /// Reports what accepted nothing, after everything was offered for removal. A run for one path cannot tell of the
   /// warnings that are about a path.
-  void report_unused(MessagePath path, Findings& diagnostics) const;
+  void report_unused(RenderingPaths path, Findings& diagnostics) const;
 
  private:
   struct Accepted {

@@ -71,7 +71,7 @@ CompileResult compile_source(std::string_view text, const std::string& file_name
 }
 
 CompileResult compile_merged(DefinitionModel standard, const std::string& standard_file, std::string_view text,
-                             const std::string& file_name, MessagePath path) {
+                             const std::string& file_name, RenderingPaths path) {
   CompileResult aux =
       compile_source(text, file_name, {.path = path, .standard = &standard, .standard_file = standard_file});
   // What the library forgets when it reads an entry of two files again cannot be forgotten of one file.

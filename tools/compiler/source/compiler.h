@@ -14,7 +14,7 @@
 namespace qzlog_compiler {
 
 struct CompileOptions {
-  MessagePath path = MessagePath::kBoth;
+  RenderingPaths path = RenderingPaths::kBoth;
   const DefinitionModel* standard = nullptr;  ///< the definitions that an auxiliary source extends
   std::string standard_file = {};             ///< what diagnostics call the file that `standard` came from
   /// Also warn about what is legal but would surprise readers, and about accepted warnings that do not occur: for those
@@ -38,7 +38,7 @@ CompileResult compile_source(std::string_view text, const std::string& file_name
 /// library holds after loading the two. `standard_file` is what diagnostics call the standard source. The diagnostics
 /// are those of the auxiliary source. Throws as `compile_source` does.
 CompileResult compile_merged(DefinitionModel standard, const std::string& standard_file, std::string_view text,
-                             const std::string& file_name, MessagePath path);
+                             const std::string& file_name, RenderingPaths path);
 
 /// What forbids to build on the definitions of a compiled file: damage, or more of something than the library counts.
 /// At most one error.

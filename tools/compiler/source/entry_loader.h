@@ -21,7 +21,7 @@ namespace qzlog_compiler {
 /// What entries are read with; everything has to outlive the loader.
 struct EntryContext {
   std::string_view source;
-  MessagePath path = MessagePath::kBoth;
+  RenderingPaths path = RenderingPaths::kBoth;
   const ModelIndex* standard = nullptr;  ///< null: the source is not an auxiliary one
   const AttributeNames* globals = nullptr;
   Findings* diagnostics = nullptr;

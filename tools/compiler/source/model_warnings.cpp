@@ -24,12 +24,12 @@ constexpr std::size_t kMaximumMessageSize = 65535;
 
 constexpr std::string_view kRenameHint = "give one of them another name";
 
-bool counts(MessagePath path, TemplateForm form) {
-  return path == MessagePath::kBoth || (path == MessagePath::kIcu) == (form == TemplateForm::kIcu);
+bool counts(RenderingPaths path, RenderingPath form) {
+  return path == RenderingPaths::kBoth || (path == RenderingPaths::kIcu) == (form == RenderingPath::kIcu);
 }
 
-std::string_view path_name(TemplateForm form) {
-  return form == TemplateForm::kIcu ? "the ICU path" : "the narrow path";
+std::string_view path_name(RenderingPath form) {
+  return form == RenderingPath::kIcu ? "the ICU path" : "the narrow path";
 }
 
 void add_place(ModelWarning& warning, ModelWarning::Place place) {
@@ -39,20 +39,20 @@ void add_place(ModelWarning& warning, ModelWarning::Place place) {
 /// A message with what the paths that count make of it.
 class EffectiveMessage {
  public:
-  EffectiveMessage(const MessageText& message, MessagePath path) : message_(&message) {
-    if (counts(path, TemplateForm::kIcu)) icu_ = cut_template(message.stored, TemplateForm::kIcu);
-    if (counts(path, TemplateForm::kNarrow)) narrow_ = cut_template(message.stored, TemplateForm::kNarrow);
+  EffectiveMessage(const MessageText& message, RenderingPaths path) : message_(&message) {
+    if (counts(path, RenderingPath::kIcu)) icu_ = cut_template(message.stored, RenderingPath::kIcu);
+    if (counts(path, RenderingPath::kNarrow)) narrow_ = cut_template(message.stored, RenderingPath::kNarrow);
   }
 
   const MessageText& message() const { return *message_; }
-  bool is_shown_by(TemplateForm form) const {
-    return form == TemplateForm::kIcu ? icu_.has_value() : narrow_.has_value();
+  bool is_shown_by(RenderingPath form) const {
+    return form == RenderingPath::kIcu ? icu_.has_value() : narrow_.has_value();
   }
 
   template <typename Visitor>
   void for_each_reference(Visitor&& visit) const {
-    visit_references(icu_, TemplateForm::kIcu, visit);
-    visit_references(narrow_, TemplateForm::kNarrow, visit);
+    visit_references(icu_, RenderingPath::kIcu, visit);
+    visit_references(narrow_, RenderingPath::kNarrow, visit);
   }
 
   /// Where the source has the first reference to an attribute, else where it has the message.
@@ -67,7 +67,7 @@ class EffectiveMessage {
 
  private:
   template <typename Visitor>
-  static void visit_references(const std::optional<StoredTemplate>& stored, TemplateForm form, Visitor& visit) {
+  static void visit_references(const std::optional<StoredTemplate>& stored, RenderingPath form, Visitor& visit) {
     if (!stored) return;
     for (const TemplatePart& part : stored->parts) {
       if (part.is_reference()) visit(part, form);
@@ -84,7 +84,7 @@ struct ModelContext {
   const DefinitionModel* model;
   ModelIndex index;
   std::optional<ModelIndex> standard_index;
-  MessagePath path;
+  RenderingPaths path;
 };
 
 class EntryWarnings {
@@ -114,7 +114,7 @@ class EntryWarnings {
           "keep messages within 65,535 bytes; long texts belong into attributes or documents");
     }
     std::unordered_set<std::string_view> told;
-    message.for_each_reference([&](const TemplatePart& reference, TemplateForm form) {
+    message.for_each_reference([&](const TemplatePart& reference, RenderingPath form) {
       if (is_known_format(reference.format)) check_reference(message, reference, form, told);
     });
     check_rendering(message);
@@ -123,7 +123,7 @@ class EntryWarnings {
   /// One warning about rendering is enough, be it for the first of two paths.
   void check_rendering(const EffectiveMessage& message) {
     bool is_told = is_lowered(message.message());
-    for (const TemplateForm form : {TemplateForm::kIcu, TemplateForm::kNarrow}) {
+    for (const RenderingPath form : {RenderingPath::kIcu, RenderingPath::kNarrow}) {
       if (!message.is_shown_by(form) || (is_told && !may_hide_references(message.message(), form))) continue;
       const TemplateJudgement judged =
           judge_template(message.message().stored, form, [this](std::string_view name) { return look_up(name); });
@@ -137,12 +137,12 @@ class EntryWarnings {
   /// What the compiler made of a text is as good as the paths allow, and was reported where it is not.
   static bool is_lowered(const MessageText& message) { return message.position.known() && !message.raw; }
 
-  static bool may_hide_references(const MessageText& message, TemplateForm form) {
-    return form == TemplateForm::kIcu && message.stored.find_first_of("'{") != std::string::npos;
+  static bool may_hide_references(const MessageText& message, RenderingPath form) {
+    return form == RenderingPath::kIcu && message.stored.find_first_of("'{") != std::string::npos;
   }
 
   /// The first one, and the fields before it that another file may define. Returns whether there are any.
-  bool report_failures(const MessageText& message, TemplateForm form, const TemplateJudgement& judged) {
+  bool report_failures(const MessageText& message, RenderingPath form, const TemplateJudgement& judged) {
     for (const TemplateFinding& finding : judged.findings) {
       if (!finding.fails()) continue;
       if (finding.reason != TemplateReason::kUndefinedStandardField) {
@@ -154,7 +154,7 @@ class EntryWarnings {
     return judged.failure() != nullptr;
   }
 
-  void report_broken(const MessageText& message, TemplateForm form, const TemplateFinding& failure) {
+  void report_broken(const MessageText& message, RenderingPath form, const TemplateFinding& failure) {
     const bool depends_on_values = failure.reason == TemplateReason::kInapplicablePattern;
     add(Rule::kBrokenTemplate, message.position,
         std::string(depends_on_values ? "not every" : "no") + " entry can be rendered with this template on " +
@@ -163,11 +163,11 @@ class EntryWarnings {
   }
 
   /// One warning for an attribute in a message, however often the message refers to it.
-  void check_reference(const EffectiveMessage& message, const TemplatePart& reference, TemplateForm form,
+  void check_reference(const EffectiveMessage& message, const TemplatePart& reference, RenderingPath form,
                        std::unordered_set<std::string_view>& told) {
     const qz_AttributeType type = find_type(reference.text);
     if (type != TypeUInt4 && type != TypeBool) return;
-    const bool whole_range = type == TypeUInt4 && form == TemplateForm::kNarrow && is_plain_number(reference.format);
+    const bool whole_range = type == TypeUInt4 && form == RenderingPath::kNarrow && is_plain_number(reference.format);
     if (whole_range || !told.insert(reference.text).second) return;
     const SourcePosition position = message.find_reference(reference.text);
     if (type == TypeUInt4) {
@@ -185,12 +185,12 @@ class EntryWarnings {
 
   static bool is_plain_number(char format) { return format == 'd' || format == 'u'; }
 
-  static std::string wrong_number(TemplateForm form) {
-    return form == TemplateForm::kIcu ? "negative numbers" : "other numbers";
+  static std::string wrong_number(RenderingPath form) {
+    return form == RenderingPath::kIcu ? "negative numbers" : "other numbers";
   }
 
-  static std::string boolean_text(char format, TemplateForm form) {
-    return form == TemplateForm::kNarrow && is_plain_number(format) ? "nothing" : "0";
+  static std::string boolean_text(char format, RenderingPath form) {
+    return form == RenderingPath::kNarrow && is_plain_number(format) ? "nothing" : "0";
   }
 
   /// What is found again of the same attribute or the same argument says nothing new.
@@ -221,7 +221,8 @@ class EntryWarnings {
     used.insert(entry_.selector.attribute);
     add_standard_messages();
     for (const EffectiveMessage& message : messages_) {
-      message.for_each_reference([&used](const TemplatePart& reference, TemplateForm) { used.insert(reference.text); });
+      message.for_each_reference(
+          [&used](const TemplatePart& reference, RenderingPath) { used.insert(reference.text); });
     }
   }
 
@@ -324,7 +325,7 @@ void check_shared_entries(const ModelContext& context, std::vector<ModelWarning>
 }  // namespace
 
 std::vector<ModelWarning> find_model_warnings(const DefinitionModel& model, const DefinitionModel* standard,
-                                              MessagePath path) {
+                                              RenderingPaths path) {
   ModelContext context{&model, ModelIndex(model), std::nullopt, path};
   if (standard != nullptr) context.standard_index.emplace(*standard);
   std::vector<ModelWarning> warnings;

@@ -34,7 +34,7 @@ struct ModelWarning {
 /// `standard` is null unless `model` is an auxiliary file's. `path`: the rendering path or paths that count.
 /// The result is ordered as the model: warnings about the file first, then entry by entry.
 std::vector<ModelWarning> find_model_warnings(const DefinitionModel& model, const DefinitionModel* standard,
-                                              MessagePath path);
+                                              RenderingPaths path);
 
 }  // namespace qzlog_compiler
 

@@ -19,7 +19,7 @@ constexpr std::array<KnownKey, 4> kSourceFields = {{{"version", true}, {"globals
 
 class SourceLoader {
  public:
-  SourceLoader(std::string_view source, MessagePath path, const ModelIndex* standard, AcceptedWarnings& accepted,
+  SourceLoader(std::string_view source, RenderingPaths path, const ModelIndex* standard, AcceptedWarnings& accepted,
                Findings& diagnostics)
       : accepted_(accepted),
         diagnostics_(diagnostics),
@@ -85,8 +85,8 @@ class SourceLoader {
 
 }  // namespace
 
-DefinitionModel load_source(std::string_view source, const YamlTree& tree, MessagePath path, const ModelIndex* standard,
-                            AcceptedWarnings& accepted, Findings& diagnostics) {
+DefinitionModel load_source(std::string_view source, const YamlTree& tree, RenderingPaths path,
+                            const ModelIndex* standard, AcceptedWarnings& accepted, Findings& diagnostics) {
   return SourceLoader(source, path, standard, accepted, diagnostics).load(tree.root());
 }
 

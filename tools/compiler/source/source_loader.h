@@ -15,8 +15,8 @@ namespace qzlog_compiler {
 /// writes the stored templates. With `standard` the source is an auxiliary one: entries that the standard definitions
 /// have may leave out message and mask, keep its word, and refer to its attributes. After an error the model holds what
 /// could be read. What the source accepts is added to `accepted`. `source` is the text that `tree` was parsed from.
-DefinitionModel load_source(std::string_view source, const YamlTree& tree, MessagePath path, const ModelIndex* standard,
-                            AcceptedWarnings& accepted, Findings& diagnostics);
+DefinitionModel load_source(std::string_view source, const YamlTree& tree, RenderingPaths path,
+                            const ModelIndex* standard, AcceptedWarnings& accepted, Findings& diagnostics);
 
 }  // namespace qzlog_compiler
 

@@ -8,7 +8,7 @@ namespace qzlog_compiler {
 namespace {
 
 PatternReading reading_of(const std::string& stored) {
-  return read_icu_pattern(cut_template(stored, TemplateForm::kIcu), "root");
+  return read_icu_pattern(cut_template(stored, RenderingPath::kIcu), "root");
 }
 
 /// Texts as they are, references as #0, arguments of ICU's own in brackets.

@@ -102,7 +102,7 @@ bool has(const LoweredMessage& lowered, Severity severity) {
 }
 
 void check_icu(const Message& message) {
-  const LoweredMessage lowered = lower_message(message.written, find_type, MessagePath::kIcu);
+  const LoweredMessage lowered = lower_message(message.written, find_type, RenderingPaths::kIcu);
   EXPECT_EQ(lowered.findings.empty(), message.icu_can_show());
   EXPECT_EQ(has(lowered, Severity::kError), !message.icu_can_show());
   if (!lowered.findings.empty()) return;
@@ -110,7 +110,7 @@ void check_icu(const Message& message) {
 }
 
 void check_narrow(const Message& message) {
-  const LoweredMessage lowered = lower_message(message.written, find_type, MessagePath::kNarrow);
+  const LoweredMessage lowered = lower_message(message.written, find_type, RenderingPaths::kNarrow);
   EXPECT_EQ(lowered.findings.empty(), message.narrow_can_show());
   EXPECT_EQ(has(lowered, Severity::kError), !message.narrow_can_show());
   if (!lowered.findings.empty()) return;
@@ -118,7 +118,7 @@ void check_narrow(const Message& message) {
 }
 
 void check_both(const Message& message) {
-  const LoweredMessage lowered = lower_message(message.written, find_type, MessagePath::kBoth);
+  const LoweredMessage lowered = lower_message(message.written, find_type, RenderingPaths::kBoth);
   const bool shown = message.icu_can_show() || message.narrow_can_show();
   EXPECT_EQ(has(lowered, Severity::kError), !shown);
   if (!shown) return;
@@ -154,11 +154,11 @@ TEST(LowerMessageRandom, EveryShortTextOfSyntax_IsShownAsWritten) {
   for (const std::string& text : texts) {
     std::string written;
     for (const char character : text) written.append(character == '{' || character == '}' ? 2 : 1, character);
-    const LoweredMessage alone = lower_message(written, find_type, MessagePath::kIcu);
+    const LoweredMessage alone = lower_message(written, find_type, RenderingPaths::kIcu);
     ASSERT_EQ(render_icu(alone.stored, kValues), text) << alone.stored;
-    const LoweredMessage before = lower_message(written + "{Free}", find_type, MessagePath::kIcu);
+    const LoweredMessage before = lower_message(written + "{Free}", find_type, RenderingPaths::kIcu);
     ASSERT_EQ(render_icu(before.stored, kValues), text + "42") << before.stored;
-    const LoweredMessage after = lower_message("{Free}" + written, find_type, MessagePath::kIcu);
+    const LoweredMessage after = lower_message("{Free}" + written, find_type, RenderingPaths::kIcu);
     ASSERT_EQ(render_icu(after.stored, kValues), "42" + text) << after.stored;
   }
 }

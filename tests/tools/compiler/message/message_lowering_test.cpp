@@ -29,7 +29,7 @@ std::string findings_of(const LoweredMessage& lowered) {
 
 struct LoweringCase {
   const char* name;
-  MessagePath path;
+  RenderingPaths path;
   std::string text;
   std::string stored;
   std::string findings;
@@ -45,9 +45,9 @@ TEST_P(LowerMessage, Text_GivesTemplateAndFindings) {
 
 std::string case_name(const ::testing::TestParamInfo<LoweringCase>& info) { return info.param.name; }
 
-constexpr MessagePath kIcu = MessagePath::kIcu;
-constexpr MessagePath kNarrow = MessagePath::kNarrow;
-constexpr MessagePath kBoth = MessagePath::kBoth;
+constexpr RenderingPaths kIcu = RenderingPaths::kIcu;
+constexpr RenderingPaths kNarrow = RenderingPaths::kNarrow;
+constexpr RenderingPaths kBoth = RenderingPaths::kBoth;
 
 INSTANTIATE_TEST_SUITE_P(
     Closing, LowerMessage,
@@ -143,7 +143,7 @@ INSTANTIATE_TEST_SUITE_P(
     case_name);
 
 TEST(LowerMessageTexts, PathConflict_NamesTheText) {
-  const LoweredMessage lowered = lower_message("of '{Name}'", find_type, MessagePath::kBoth);
+  const LoweredMessage lowered = lower_message("of '{Name}'", find_type, RenderingPaths::kBoth);
   ASSERT_EQ(lowered.findings.size(), 1U);
   EXPECT_EQ(lowered.findings[0].text,
             "no single stored text shows 'of '{Name}'' on both paths: what is quoted here for the ICU path, the narrow "
@@ -152,7 +152,7 @@ TEST(LowerMessageTexts, PathConflict_NamesTheText) {
 }
 
 TEST(LowerMessageTexts, LaterPercent_HintsAtTheFormatP) {
-  const LoweredMessage lowered = lower_message("100%", find_type, MessagePath::kIcu);
+  const LoweredMessage lowered = lower_message("100%", find_type, RenderingPaths::kIcu);
   ASSERT_EQ(lowered.findings.size(), 1U);
   EXPECT_EQ(lowered.findings[0].text,
             "no path can show a percent sign here, and only the ICU path one at the very start of a message");

@@ -34,8 +34,8 @@ struct CutCase {
 class CutTemplate : public ::testing::TestWithParam<CutCase> {};
 
 TEST_P(CutTemplate, EachForm_CutAsTheLibraryDoes) {
-  EXPECT_EQ(shown(cut_template(GetParam().stored, TemplateForm::kIcu)), GetParam().icu);
-  EXPECT_EQ(shown(cut_template(GetParam().stored, TemplateForm::kNarrow)), GetParam().narrow);
+  EXPECT_EQ(shown(cut_template(GetParam().stored, RenderingPath::kIcu)), GetParam().icu);
+  EXPECT_EQ(shown(cut_template(GetParam().stored, RenderingPath::kNarrow)), GetParam().narrow);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -52,13 +52,13 @@ INSTANTIATE_TEST_SUITE_P(
                       CutCase{"ab%%cd%s%Name%", "'%''cd's(Name)", "'cd's(Name)"}));
 
 TEST(CutTemplate, FormatBeyondAscii_EachPathReadsItsOwnUnit) {
-  EXPECT_EQ(cut_template("%é%Name%", TemplateForm::kIcu).parts.at(0).format, '\xE9');
-  EXPECT_EQ(cut_template("%é%Name%", TemplateForm::kNarrow).parts.at(0).format, '\xC3');
-  EXPECT_EQ(cut_template("%\U00010064%Name%", TemplateForm::kIcu).parts.at(0).format, '\x00');
+  EXPECT_EQ(cut_template("%é%Name%", RenderingPath::kIcu).parts.at(0).format, '\xE9');
+  EXPECT_EQ(cut_template("%é%Name%", RenderingPath::kNarrow).parts.at(0).format, '\xC3');
+  EXPECT_EQ(cut_template("%\U00010064%Name%", RenderingPath::kIcu).parts.at(0).format, '\x00');
 }
 
 TEST(CutTemplate, Offsets_OfTextsAndOfPercentSigns) {
-  const std::vector<TemplatePart> parts = cut_template("ab%s%Name% cd", TemplateForm::kNarrow).parts;
+  const std::vector<TemplatePart> parts = cut_template("ab%s%Name% cd", RenderingPath::kNarrow).parts;
   ASSERT_EQ(parts.size(), 3U);
   EXPECT_EQ(parts[0].offset, 0U);
   EXPECT_EQ(parts[1].offset, 2U);
@@ -66,14 +66,14 @@ TEST(CutTemplate, Offsets_OfTextsAndOfPercentSigns) {
 }
 
 TEST(CutTemplate, NameTooLongForTheIcuPath_FailsThereOnly) {
-  EXPECT_NE(cut_template("%s%漢字の%", TemplateForm::kIcu).failure, "");
-  EXPECT_EQ(cut_template("%s%漢字の%", TemplateForm::kNarrow).failure, "");
-  EXPECT_EQ(cut_template("%s%漢字%", TemplateForm::kIcu).failure, "");
+  EXPECT_NE(cut_template("%s%漢字の%", RenderingPath::kIcu).failure, "");
+  EXPECT_EQ(cut_template("%s%漢字の%", RenderingPath::kNarrow).failure, "");
+  EXPECT_EQ(cut_template("%s%漢字%", RenderingPath::kIcu).failure, "");
 }
 
 TEST(FindReferences, Template_OnlyItsReferencesInOrder) {
   std::string text;
-  for (const TemplatePart& part : find_references("a%s%x%b%_%y%c%d%x%", TemplateForm::kIcu)) {
+  for (const TemplatePart& part : find_references("a%s%x%b%_%y%c%d%x%", RenderingPath::kIcu)) {
     text += part.format + part.text + ' ';
   }
   EXPECT_EQ(text, "sx _y dx ");
@@ -93,7 +93,7 @@ std::optional<std::string> value_of(const TemplatePart& reference) {
 }
 
 std::optional<std::string> render_narrow(const std::string& stored) {
-  const StoredTemplate cut = cut_template(stored, TemplateForm::kNarrow);
+  const StoredTemplate cut = cut_template(stored, RenderingPath::kNarrow);
   if (!cut.failure.empty()) return std::nullopt;
   std::string message;
   for (const TemplatePart& part : cut.parts) {
@@ -115,7 +115,7 @@ std::optional<std::string> format(const icu::UnicodeString& pattern, const std::
 }
 
 std::optional<std::string> render_icu(const std::string& stored) {
-  const StoredTemplate cut = cut_template(stored, TemplateForm::kIcu);
+  const StoredTemplate cut = cut_template(stored, RenderingPath::kIcu);
   if (!cut.failure.empty()) return std::nullopt;
   icu::UnicodeString pattern;
   std::vector<icu::Formattable> arguments;

@@ -26,7 +26,9 @@ std::optional<qz_AttributeType> find_with_time_stamp(std::string_view name) {
   return name == "TIMESTAMP" ? TypeUInt4 : find_type(name);
 }
 
-TemplateJudgement judged(std::string_view stored, TemplateForm form) { return judge_template(stored, form, find_type); }
+TemplateJudgement judged(std::string_view stored, RenderingPath form) {
+  return judge_template(stored, form, find_type);
+}
 
 /// The rules of the findings, with an exclamation mark where no message comes out.
 std::string rules_of(const TemplateJudgement& judgement) {
@@ -36,9 +38,9 @@ std::string rules_of(const TemplateJudgement& judgement) {
   }
   return text;
 }
-std::string rules(std::string_view stored, TemplateForm form) { return rules_of(judged(stored, form)); }
+std::string rules(std::string_view stored, RenderingPath form) { return rules_of(judged(stored, form)); }
 
-std::string failure(std::string_view stored, TemplateForm form) {
+std::string failure(std::string_view stored, RenderingPath form) {
   const TemplateJudgement judgement = judged(stored, form);
   return judgement.failure() == nullptr ? "" : judgement.failure()->text;
 }
@@ -52,8 +54,8 @@ struct TemplateCase {
 class JudgeTemplate : public testing::TestWithParam<TemplateCase> {};
 
 TEST_P(JudgeTemplate, EachPath_ItsFindings) {
-  EXPECT_EQ(rules(GetParam().stored, TemplateForm::kIcu), GetParam().icu);
-  EXPECT_EQ(rules(GetParam().stored, TemplateForm::kNarrow), GetParam().narrow);
+  EXPECT_EQ(rules(GetParam().stored, RenderingPath::kIcu), GetParam().icu);
+  EXPECT_EQ(rules(GetParam().stored, RenderingPath::kNarrow), GetParam().narrow);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -88,22 +90,22 @@ INSTANTIATE_TEST_SUITE_P(
         TemplateCase{"{0,date,y %d%Count%}%_%TIMESTAMP%", "quoted-placeholder pattern-argument", ""}));
 
 TEST(JudgeTemplates, Failures_AreSaidInTheWordsOfPlaceholders) {
-  for (const TemplateForm form : {TemplateForm::kIcu, TemplateForm::kNarrow}) {
+  for (const RenderingPath form : {RenderingPath::kIcu, RenderingPath::kNarrow}) {
     EXPECT_EQ(failure("%s%Nobody%", form), "unknown attribute 'Nobody'");
     EXPECT_EQ(failure("%d%Name%", form), "the format 'd' does not accept Char32 attributes as 'Name'");
     EXPECT_EQ(failure("%s%Odd%", form), "the format 's' does not accept Unknown attributes as 'Odd'");
     EXPECT_EQ(judged("%s%Odd%", form).failure()->hint, "");
     EXPECT_EQ(failure("%s%Key%", form), "'Key' is a GUID attribute, which can be neither set nor shown");
   }
-  EXPECT_EQ(failure("{ %d%Count%", TemplateForm::kIcu), "ICU refuses the pattern with U_PATTERN_SYNTAX_ERROR");
+  EXPECT_EQ(failure("{ %d%Count%", RenderingPath::kIcu), "ICU refuses the pattern with U_PATTERN_SYNTAX_ERROR");
   EXPECT_EQ(
-      failure("{0,number} %s%Name%", TemplateForm::kIcu),
+      failure("{0,number} %s%Name%", RenderingPath::kIcu),
       "ICU takes the pattern but cannot apply it (U_INVALID_FORMAT_ERROR), and the library then ends the process");
 }
 
 /// Messages show the entry's own time stamp, whatever is defined under its name.
 TEST(JudgeTemplates, TimeStampOfAnotherType_IsNoFailure) {
-  for (const TemplateForm form : {TemplateForm::kIcu, TemplateForm::kNarrow}) {
+  for (const RenderingPath form : {RenderingPath::kIcu, RenderingPath::kNarrow}) {
     EXPECT_EQ(rules_of(judge_template("%D%TIMESTAMP%", form, find_with_time_stamp)), "standard-field-type");
     EXPECT_EQ(rules_of(judge_template("%d%TIMESTAMP%", form, find_with_time_stamp)),
               "standard-field-type format-type-mismatch!");
@@ -111,7 +113,7 @@ TEST(JudgeTemplates, TimeStampOfAnotherType_IsNoFailure) {
 }
 
 TEST(JudgeTemplates, Findings_HaveTheirPlaceAndName) {
-  const TemplateJudgement judgement = judged("ab%s%Nobody% %x%Count% '%d%Count%' lost", TemplateForm::kIcu);
+  const TemplateJudgement judgement = judged("ab%s%Nobody% %x%Count% '%d%Count%' lost", RenderingPath::kIcu);
   ASSERT_EQ(judgement.findings.size(), 4U);
   EXPECT_EQ(judgement.findings[0].offset, 2U);
   EXPECT_EQ(judgement.findings[0].name, "Nobody");
@@ -122,12 +124,12 @@ TEST(JudgeTemplates, Findings_HaveTheirPlaceAndName) {
 }
 
 TEST(JudgeTemplates, WithoutTypes_ReferencesAreNotJudged) {
-  EXPECT_TRUE(judge_template("%s%Nobody% %d%Name%", TemplateForm::kIcu, {}).findings.empty());
-  EXPECT_TRUE(judge_template("{ %d%Name%", TemplateForm::kIcu, {}).has_errors());
+  EXPECT_TRUE(judge_template("%s%Nobody% %d%Name%", RenderingPath::kIcu, {}).findings.empty());
+  EXPECT_TRUE(judge_template("{ %d%Name%", RenderingPath::kIcu, {}).has_errors());
 }
 
 TEST(JudgeTemplates, FieldThatAnotherFileMayDefine_FailsAndIsNoError) {
-  const TemplateJudgement judgement = judged("%s%VERSION_ID%", TemplateForm::kIcu);
+  const TemplateJudgement judgement = judged("%s%VERSION_ID%", RenderingPath::kIcu);
   EXPECT_NE(judgement.failure(), nullptr);
   EXPECT_FALSE(judgement.has_errors());
 }
@@ -136,11 +138,11 @@ TEST(JudgeTemplates, MoreThanTenReferences_FailOnTheIcuPath) {
   std::string stored;
   for (int i = 0; i < 10; ++i) stored += "%d%Count% ";
   stored += "%x%Count%";  // shows nothing and does not count
-  EXPECT_EQ(rules(stored, TemplateForm::kIcu), "unknown-format");
+  EXPECT_EQ(rules(stored, RenderingPath::kIcu), "unknown-format");
   stored += " %d%Count%";
-  EXPECT_EQ(failure(stored, TemplateForm::kIcu),
+  EXPECT_EQ(failure(stored, RenderingPath::kIcu),
             "the ICU path shows at most ten references in a message; this one has 11");
-  EXPECT_EQ(failure(stored, TemplateForm::kNarrow), "");
+  EXPECT_EQ(failure(stored, RenderingPath::kNarrow), "");
 }
 
 TEST(JudgeTemplates, NestingThatIcuWouldNotSurvive_FailsOnTheIcuPath) {
@@ -149,23 +151,23 @@ TEST(JudgeTemplates, NestingThatIcuWouldNotSurvive_FailsOnTheIcuPath) {
     std::string stored = "%s%Name%";
     for (int i = 0; i < 200'000; ++i) stored += level;
     stored += "%_%TIMESTAMP%";
-    EXPECT_EQ(failure(stored, TemplateForm::kIcu), deep) << level;
-    EXPECT_EQ(failure(stored, TemplateForm::kNarrow), "") << level;
+    EXPECT_EQ(failure(stored, RenderingPath::kIcu), deep) << level;
+    EXPECT_EQ(failure(stored, RenderingPath::kNarrow), "") << level;
   }
 }
 
 TEST(JudgeTemplates, ManyQuotedBraces_AreNoNesting) {
-  EXPECT_EQ(rules("'" + std::string(1000, '{') + "'%s%Name%", TemplateForm::kIcu), "");
+  EXPECT_EQ(rules("'" + std::string(1000, '{') + "'%s%Name%", RenderingPath::kIcu), "");
 }
 
 TEST(JudgeTemplates, OpenReference_FailsOnBothPaths) {
-  for (const TemplateForm form : {TemplateForm::kIcu, TemplateForm::kNarrow}) {
+  for (const RenderingPath form : {RenderingPath::kIcu, RenderingPath::kNarrow}) {
     EXPECT_EQ(failure("abc %d", form), "the format 'd' has no attribute behind it");
   }
 }
 
 TEST(JudgeTemplates, FormatOutsideAscii_ShownAsItIsWritten) {
-  for (const TemplateForm form : {TemplateForm::kIcu, TemplateForm::kNarrow}) {
+  for (const RenderingPath form : {RenderingPath::kIcu, RenderingPath::kNarrow}) {
     EXPECT_EQ(failure("5 %\u20AC", form), "the format '\u20AC' has no attribute behind it");
     EXPECT_EQ(failure("%\u009B", form), "the format '\\u009B' has no attribute behind it");
     EXPECT_EQ(failure("5 %", form), "a percent sign ends the text");
@@ -202,7 +204,7 @@ TEST(JudgeTemplates, ApostropheBeforeABrace_BeginsAQuotation) {
       {"'%x%A%", false},       //
   };
   for (const QuoteCase& item : cases) {
-    const auto found = hidden_names(judge_template(item.stored, TemplateForm::kIcu, {}));
+    const auto found = hidden_names(judge_template(item.stored, RenderingPath::kIcu, {}));
     EXPECT_EQ(found, std::vector<std::string>(item.quoted ? 1 : 0, "A")) << item.stored;
   }
 }
@@ -241,10 +243,10 @@ TEST(JudgeTemplates, RandomQuotes_HideTheReferencesThatIcuDoesNotSee) {
   for (int round = 0; round < 20000; ++round) {
     const std::string stored = random_template(random);
     UErrorCode status = U_ZERO_ERROR;
-    std::set<int> seen = references_of_icu(cut_template(stored, TemplateForm::kIcu), status);
+    std::set<int> seen = references_of_icu(cut_template(stored, RenderingPath::kIcu), status);
     if (U_FAILURE(status)) continue;
     ++accepted;
-    for (const std::string& name : hidden_names(judge_template(stored, TemplateForm::kIcu, {}))) {
+    for (const std::string& name : hidden_names(judge_template(stored, RenderingPath::kIcu, {}))) {
       EXPECT_TRUE(seen.insert(name.back() - '0').second) << stored;
     }
     EXPECT_EQ(seen, (std::set<int>{0, 1, 2, 3})) << stored;

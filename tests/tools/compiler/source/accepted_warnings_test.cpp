@@ -20,7 +20,7 @@ std::string source(const std::string& file_list, const std::string& entry_list) 
          "  - {id: 2, name: B, message: x, attributes: [{name: R, type: Bool}]}\n";
 }
 
-std::string diagnostics(const std::string& text, MessagePath path = MessagePath::kBoth) {
+std::string diagnostics(const std::string& text, RenderingPaths path = RenderingPaths::kBoth) {
   CompileOptions options;
   options.path = path;
   return printed(compile_source(text, "f", options).diagnostics);
@@ -72,7 +72,7 @@ TEST(AcceptedWarnings, AboutAPath_MayNotOccurInARunForOneOfThem) {
   const std::string text =
       "version: '1.0'\naccept: [{rule: path-conflict, reason: for ICU}]\n"
       "entries: [{id: 1, name: A, message: 'a {{ b'}]\n";
-  for (const MessagePath path : {MessagePath::kBoth, MessagePath::kIcu, MessagePath::kNarrow}) {
+  for (const RenderingPaths path : {RenderingPaths::kBoth, RenderingPaths::kIcu, RenderingPaths::kNarrow}) {
     EXPECT_EQ(diagnostics(text, path), "");
   }
 }

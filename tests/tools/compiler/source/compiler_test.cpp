@@ -54,9 +54,9 @@ TEST(CompileSource, AnyError_LeavesNoBytes) {
 TEST(CompileSource, PathAskedFor_ChoosesTheTemplate) {
   const std::string text = "version: 1.0\nentries: [{id: 1, name: A, message: 'a {{'}]\n";
   CompileOptions options;
-  options.path = MessagePath::kIcu;
+  options.path = RenderingPaths::kIcu;
   EXPECT_EQ(compile_source(text, "f", options).model.entries.at(0).message.stored, "a '{'%_%TIMESTAMP%");
-  options.path = MessagePath::kNarrow;
+  options.path = RenderingPaths::kNarrow;
   EXPECT_EQ(compile_source(text, "f", options).model.entries.at(0).message.stored, "a {%_%TIMESTAMP%");
 }
 
@@ -81,7 +81,7 @@ TEST(CompileMerged, TwoSources_GiveOneFile) {
   const CompileResult merged =
       compile_merged(compile_source("version: 1.0\nentries: [{id: 1, name: A, message: m}]\n", "std", {}).model, "std",
                      "version: 1.0\nentries: [{id: 1, name: A, message: n}, {id: 2, name: B, message: o}]\n", "aux",
-                     MessagePath::kBoth);
+                     RenderingPaths::kBoth);
   EXPECT_EQ(printed(merged.diagnostics), "");
   EXPECT_EQ(merged.model.entries.size(), 2U);
   const LdfFile file = read_ldf(merged.bytes);
@@ -94,7 +94,7 @@ TEST(CompileMerged, TwoSources_GiveOneFile) {
 TEST(CompileMerged, ErrorInTheAuxiliarySource_LeavesNoBytes) {
   const CompileResult merged =
       compile_merged(compile_source("version: 1.0\nentries: [{id: 1, name: A, message: m}]\n", "std", {}).model, "std",
-                     "version: 1.0\nentries: [{id: x, name: B, message: n}]\n", "aux", MessagePath::kBoth);
+                     "version: 1.0\nentries: [{id: x, name: B, message: n}]\n", "aux", RenderingPaths::kBoth);
   EXPECT_FALSE(merged.ok());
   EXPECT_EQ(merged.bytes, "");
   EXPECT_EQ(printed(merged.diagnostics), "aux:2:16: error: 'x' is no number [bad-number]\n");

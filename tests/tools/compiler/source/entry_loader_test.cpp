@@ -12,7 +12,8 @@ class EntryLoading {
  public:
   explicit EntryLoading(const std::string& text, const ModelIndex* standard = nullptr) : source_(text) {
     globals_.add("HOST", TypeMBChar64, {1, 1});
-    EntryLoader loader({source_.text(), MessagePath::kBoth, standard, &globals_, &source_.diagnostics(), &accepted_});
+    EntryLoader loader(
+        {source_.text(), RenderingPaths::kBoth, standard, &globals_, &source_.diagnostics(), &accepted_});
     loaded_ = loader.load(source_.root());
   }
 

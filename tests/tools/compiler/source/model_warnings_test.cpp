@@ -27,7 +27,7 @@ DefinitionModel model_of(std::vector<EntryDefinition> entries, std::vector<Attri
 }
 
 /// One line per warning: entry, rule and text.
-std::string found(const DefinitionModel& model, MessagePath path = MessagePath::kBoth,
+std::string found(const DefinitionModel& model, RenderingPaths path = RenderingPaths::kBoth,
                   const DefinitionModel* standard = nullptr) {
   std::string out;
   for (const ModelWarning& warning : find_model_warnings(model, standard, path)) {
@@ -42,7 +42,7 @@ TEST(FindModelWarnings, OrdinaryModel_HasNone) {
   const DefinitionModel model =
       model_of({entry(1, "%s%A% has %d%B%", {attribute("A", TypeChar32), attribute("B", TypeUInt2)})},
                {attribute("G", TypeUInt4)});
-  for (const MessagePath path : {MessagePath::kBoth, MessagePath::kIcu, MessagePath::kNarrow}) {
+  for (const RenderingPaths path : {RenderingPaths::kBoth, RenderingPaths::kIcu, RenderingPaths::kNarrow}) {
     EXPECT_EQ(found(model, path), "");
   }
 }
@@ -51,7 +51,7 @@ TEST(FindModelWarnings, EmptyModel_HasNone) { EXPECT_EQ(found({}), ""); }
 
 struct FormatCase {
   const char* stored;
-  MessagePath path;
+  RenderingPaths path;
   const char* text;
 };
 
@@ -61,15 +61,15 @@ TEST(FindModelWarnings, LargeUnsignedNumbers_AreWrongAsThePathShowsThem) {
   constexpr const char* kOther =
       "1 negative-unsigned: values of 'N' above 2147483647 show as other numbers on the narrow path\n";
   const FormatCase cases[] = {
-      {"%d%N%", MessagePath::kIcu, kNegative},
-      {"%u%N%", MessagePath::kIcu, kNegative},
-      {"%C%N%", MessagePath::kIcu, kNegative},
-      {"%P%N%", MessagePath::kBoth, kNegative},
-      {"%d%N%", MessagePath::kNarrow, ""},
-      {"%u%N%", MessagePath::kNarrow, ""},
-      {"%C%N%", MessagePath::kNarrow, kOther},
-      {"%P%N%", MessagePath::kNarrow, kOther},
-      {"%d%N% %d%N%", MessagePath::kBoth, kNegative},
+      {"%d%N%", RenderingPaths::kIcu, kNegative},
+      {"%u%N%", RenderingPaths::kIcu, kNegative},
+      {"%C%N%", RenderingPaths::kIcu, kNegative},
+      {"%P%N%", RenderingPaths::kBoth, kNegative},
+      {"%d%N%", RenderingPaths::kNarrow, ""},
+      {"%u%N%", RenderingPaths::kNarrow, ""},
+      {"%C%N%", RenderingPaths::kNarrow, kOther},
+      {"%P%N%", RenderingPaths::kNarrow, kOther},
+      {"%d%N% %d%N%", RenderingPaths::kBoth, kNegative},
   };
   for (const FormatCase& item : cases) {
     EXPECT_EQ(found(model_of({entry(1, item.stored, {attribute("N", TypeUInt4)})}), item.path), item.text)
@@ -84,9 +84,9 @@ TEST(FindModelWarnings, Booleans_AreNeverShown) {
   constexpr const char* kNothing =
       "1 boolean-as-zero: the Bool 'N' shows as nothing on the narrow path, whatever its value\n";
   const FormatCase cases[] = {
-      {"%d%N%", MessagePath::kIcu, kZero},          {"%C%N%", MessagePath::kBoth, kZero},
-      {"%d%N%", MessagePath::kNarrow, kNothing},    {"%u%N%", MessagePath::kNarrow, kNothing},
-      {"%P%N%", MessagePath::kNarrow, kNarrowZero}, {"%x%N%", MessagePath::kBoth, ""},
+      {"%d%N%", RenderingPaths::kIcu, kZero},          {"%C%N%", RenderingPaths::kBoth, kZero},
+      {"%d%N%", RenderingPaths::kNarrow, kNothing},    {"%u%N%", RenderingPaths::kNarrow, kNothing},
+      {"%P%N%", RenderingPaths::kNarrow, kNarrowZero}, {"%x%N%", RenderingPaths::kBoth, ""},
   };
   for (const FormatCase& item : cases) {
     EXPECT_EQ(found(model_of({entry(1, item.stored, {attribute("N", TypeBool)})}), item.path), item.text)
@@ -95,7 +95,7 @@ TEST(FindModelWarnings, Booleans_AreNeverShown) {
 }
 
 TEST(FindModelWarnings, TypeOfAReference_IsTheOwnAttributesBeforeTheGlobalOnes) {
-  EXPECT_EQ(found(model_of({entry(1, "%d%N%")}, {attribute("N", TypeBool)}), MessagePath::kIcu),
+  EXPECT_EQ(found(model_of({entry(1, "%d%N%")}, {attribute("N", TypeBool)}), RenderingPaths::kIcu),
             "1 boolean-as-zero: the Bool 'N' shows as 0 on the ICU path, whatever its value\n");
   EXPECT_EQ(found(model_of({entry(1, "%d%N%", {attribute("N", TypeUInt1)})}, {attribute("N", TypeBool)})),
             "1 hidden-global: the entry's attribute 'N' hides the global attribute of that name\n");
@@ -128,7 +128,7 @@ TEST(FindModelWarnings, ApostropheBeforeAReference_SwitchesItOffForIcu) {
   EXPECT_EQ(found(model),
             "1 quoted-placeholder: an apostrophe switches the reference to 'A' off on the ICU path, which shows its "
             "number in braces\n");
-  EXPECT_EQ(found(model, MessagePath::kNarrow), "");
+  EXPECT_EQ(found(model, RenderingPaths::kNarrow), "");
 }
 
 TEST(FindModelWarnings, TemplateThatNoEntryCanBeRenderedWith_IsBroken) {
@@ -136,7 +136,7 @@ TEST(FindModelWarnings, TemplateThatNoEntryCanBeRenderedWith_IsBroken) {
   EXPECT_EQ(found(model),
             "1 broken-template: no entry can be rendered with this template on the ICU path: unknown attribute "
             "'Nobody'\n");
-  EXPECT_EQ(found(model, MessagePath::kNarrow),
+  EXPECT_EQ(found(model, RenderingPaths::kNarrow),
             "1 broken-template: no entry can be rendered with this template on the narrow path: unknown attribute "
             "'Nobody'\n");
   model.entries[0].message.position = {1, 1};  // a text that the compiler lowered
@@ -148,20 +148,20 @@ TEST(FindModelWarnings, TemplateThatNoEntryCanBeRenderedWith_IsBroken) {
 TEST(FindModelWarnings, AuxiliaryEntry_IsSeenTogetherWithTheStandardOne) {
   const DefinitionModel standard = model_of({entry(1, "%d%S% %s%A%", {attribute("S", TypeUInt4)})});
   EntryDefinition extension = entry(1, "", {attribute("A", TypeChar32), attribute("B", TypeChar32)});
-  EXPECT_EQ(found(model_of({extension}), MessagePath::kBoth, &standard),
+  EXPECT_EQ(found(model_of({extension}), RenderingPaths::kBoth, &standard),
             "1 unused-attribute: the attribute 'B' is in no message of its entry and selects none\n");
   extension.message.stored = "%d%S% %s%A% %s%B%";
-  EXPECT_EQ(found(model_of({extension}), MessagePath::kBoth, &standard),
+  EXPECT_EQ(found(model_of({extension}), RenderingPaths::kBoth, &standard),
             "1 negative-unsigned: values of 'S' above 2147483647 show as negative numbers on the ICU path\n");
 }
 
 TEST(FindModelWarnings, AuxiliaryMessageThatDoesNotCount_IsNotSeen) {
   const DefinitionModel standard = model_of({});
   EntryDefinition aux = entry(1, "%d%S%", {attribute("S", TypeUInt4)});
-  EXPECT_EQ(found(model_of({aux}), MessagePath::kIcu, &standard),
+  EXPECT_EQ(found(model_of({aux}), RenderingPaths::kIcu, &standard),
             "1 negative-unsigned: values of 'S' above 2147483647 show as negative numbers on the ICU path\n");
   aux.message_id.clear();
-  EXPECT_EQ(found(model_of({aux}), MessagePath::kIcu, &standard),
+  EXPECT_EQ(found(model_of({aux}), RenderingPaths::kIcu, &standard),
             "1 unused-attribute: the attribute 'S' is in no message of its entry and selects none\n");
 }
 
@@ -170,7 +170,7 @@ TEST(FindModelWarnings, GlobalsOfOneFileAndAttributesOfTheOther_HideEachOther) {
       model_of({entry(1, "%s%A%", {attribute("A", TypeChar32)})}, {attribute("G", TypeBool)});
   const DefinitionModel aux = model_of({entry(2, "%s%G%", {attribute("G", TypeChar32)})},
                                        {attribute("A", TypeChar32), attribute("H", TypeBool)});
-  EXPECT_EQ(found(aux, MessagePath::kBoth, &standard),
+  EXPECT_EQ(found(aux, RenderingPaths::kBoth, &standard),
             "file hidden-global: the standard entry 1 has an attribute 'A', which hides the global attribute of that "
             "name\n"
             "2 hidden-global: the entry's attribute 'G' hides the global attribute of that name\n");
@@ -180,16 +180,16 @@ TEST(FindModelWarnings, MoreEntriesTogetherThanTheLibraryKeeps_LoseTheirStandard
   DefinitionModel standard;
   for (std::uint32_t id = 1; id <= 127; ++id) standard.entries.push_back(entry(id, "x%_%TIMESTAMP%"));
   DefinitionModel aux = model_of({entry(1000, "x%_%TIMESTAMP%"), entry(2, "x%_%TIMESTAMP%")});
-  EXPECT_EQ(found(aux, MessagePath::kBoth, &standard), "");
+  EXPECT_EQ(found(aux, RenderingPaths::kBoth, &standard), "");
   aux.entries.push_back(entry(1001, "x%_%TIMESTAMP%"));
   EXPECT_EQ(
-      found(aux, MessagePath::kBoth, &standard),
+      found(aux, RenderingPaths::kBoth, &standard),
       "file aux-shared-entries: 1 entry extends a standard one, and both files have 129 together; the library keeps "
       "128 in memory, and an extended one that it reads again lacks what the standard file defines\n");
   aux.entries.push_back(entry(127, "x%_%TIMESTAMP%"));
   aux.entries.push_back(entry(127, "listed twice%_%TIMESTAMP%"));
   EXPECT_EQ(
-      found(aux, MessagePath::kBoth, &standard),
+      found(aux, RenderingPaths::kBoth, &standard),
       "file aux-shared-entries: 2 entries extend standard ones, and both files have 129 together; the library keeps "
       "128 in memory, and an extended one that it reads again lacks what the standard file defines\n");
 }
@@ -197,7 +197,7 @@ TEST(FindModelWarnings, MoreEntriesTogetherThanTheLibraryKeeps_LoseTheirStandard
 TEST(FindModelWarnings, EntriesOfOneFileEach_MayBeAsManyAsTheyAre) {
   DefinitionModel standard;
   for (std::uint32_t id = 1; id <= 200; ++id) standard.entries.push_back(entry(id, "x%_%TIMESTAMP%"));
-  EXPECT_EQ(found(model_of({entry(201, "x%_%TIMESTAMP%")}), MessagePath::kBoth, &standard), "");
+  EXPECT_EQ(found(model_of({entry(201, "x%_%TIMESTAMP%")}), RenderingPaths::kBoth, &standard), "");
   EXPECT_EQ(found(standard), "");
 }
 
@@ -207,9 +207,9 @@ TEST(FindModelWarnings, PositionOfAReference_IsThatOfItsPlaceholder) {
   message.written = "{A} {N}";
   message.position = {3, 1};
   message.references = {{3, 2}, {3, 6}};
-  EXPECT_EQ(find_model_warnings(model, nullptr, MessagePath::kIcu).at(0).position, (SourcePosition{3, 6}));
+  EXPECT_EQ(find_model_warnings(model, nullptr, RenderingPaths::kIcu).at(0).position, (SourcePosition{3, 6}));
   message.references.clear();
-  EXPECT_EQ(find_model_warnings(model, nullptr, MessagePath::kIcu).at(0).position, (SourcePosition{3, 1}));
+  EXPECT_EQ(find_model_warnings(model, nullptr, RenderingPaths::kIcu).at(0).position, (SourcePosition{3, 1}));
 }
 
 std::multiset<Rule> rules_of(const std::vector<ModelWarning>& warnings) {
@@ -231,8 +231,8 @@ TEST(FindModelWarnings, CompiledFile_GivesTheWarningsOfItsSource) {
   const std::multiset<Rule> expected = {Rule::kNegativeUnsigned, Rule::kBooleanAsZero,   Rule::kQuotedPlaceholder,
                                         Rule::kHiddenGlobal,     Rule::kUnusedAttribute, Rule::kBrokenTemplate};
   const DefinitionModel compiled = read_ldf(result.bytes).model;
-  EXPECT_EQ(rules_of(find_model_warnings(result.model, nullptr, MessagePath::kBoth)), expected);
-  EXPECT_EQ(rules_of(find_model_warnings(compiled, nullptr, MessagePath::kBoth)), expected);
+  EXPECT_EQ(rules_of(find_model_warnings(result.model, nullptr, RenderingPaths::kBoth)), expected);
+  EXPECT_EQ(rules_of(find_model_warnings(compiled, nullptr, RenderingPaths::kBoth)), expected);
 }
 
 }  // namespace

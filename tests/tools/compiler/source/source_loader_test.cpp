@@ -9,7 +9,7 @@ namespace {
 
 DefinitionModel load(ParsedSource& source) {
   AcceptedWarnings accepted;
-  return load_source(source.text(), source.tree(), MessagePath::kBoth, nullptr, accepted, source.diagnostics());
+  return load_source(source.text(), source.tree(), RenderingPaths::kBoth, nullptr, accepted, source.diagnostics());
 }
 
 TEST(LoadSource, GlobalsBehindEntries_AreKnownInMessages) {
