@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <functional>
 #include <iterator>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -23,10 +24,9 @@ using qzlog_compiler::Findings;
 using qzlog_compiler::ModelIndex;
 using qzlog_compiler::RenderingPaths;
 using qzlog_compiler::SelectorMessage;
-using qzlog_compiler::SourcePosition;
 using qzlog_compiler::TextPlace;
 
-/// Gives every entry of a compiled file, which knows no places, the line of its number.
+/// Gives every entry of a compiled file, which knows no places, the line of its number, to find it again.
 void number_entries(DefinitionModel& model) {
   std::uint32_t number = 0;
   for (EntryDefinition& entry : model.entries) {
@@ -40,14 +40,6 @@ void number_entries(DefinitionModel& model) {
   }
 }
 
-/// What the compiler says of a source, said of a compiled file.
-void check_compiled_aux(Definitions& aux, const Definitions& standard) {
-  number_entries(aux.model);
-  Findings diagnostics(aux.shown_path);
-  check_aux_merge(aux.model, ModelIndex(standard.model), standard.shown_path, diagnostics);
-  aux.diagnostics = diagnostics.take_sorted();
-}
-
 /// The entry in which a place stands: the last one that begins before it. Entries stand in the order of their places.
 const EntryDefinition* find_entry_at(const DefinitionModel& model, TextPlace place) {
   const auto next =
@@ -56,9 +48,29 @@ const EntryDefinition* find_entry_at(const DefinitionModel& model, TextPlace pla
   return next == model.entries.begin() ? nullptr : &*std::prev(next);
 }
 
-std::string text_of(Finding diagnostic, bool is_compiled) {
-  if (is_compiled) diagnostic.place = {};
-  return finding_heading(diagnostic);
+/// What the compiler says of a source, said of the entries of a compiled file.
+void check_compiled_aux(Definitions& aux, const Definitions& standard) {
+  number_entries(aux.model);
+  Findings findings(aux.shown_path);
+  check_aux_merge(aux.model, ModelIndex(standard.model), standard.shown_path, findings);
+  aux.diagnostics = findings.take_sorted();
+  for (Finding& finding : aux.diagnostics) {
+    const EntryDefinition* const entry = find_entry_at(aux.model, finding.place);
+    if (entry != nullptr) finding.entry_id = entry->id;
+    finding.place = {};
+  }
+}
+
+std::optional<std::uint32_t> entry_id_of(const Finding& finding, const DefinitionModel& model) {
+  if (finding.entry_id) return finding.entry_id;
+  const EntryDefinition* const entry = find_entry_at(model, finding.place);
+  return entry != nullptr ? std::optional(entry->id) : std::nullopt;
+}
+
+/// Changes name their entries themselves.
+std::string text_of(Finding finding) {
+  finding.entry_id.reset();
+  return finding_heading(finding);
 }
 
 }  // namespace
@@ -76,10 +88,10 @@ std::vector<DiffChange> find_aux_collisions(const DefinitionFile& aux, const Def
   const Definitions checked = check_aux_file(aux, new_definitions, path);
   const ModelIndex index(new_definitions.model);
   std::vector<DiffChange> changes;
-  for (const Finding& diagnostic : checked.diagnostics) {
-    DiffChange change{DiffRule::kAuxCollision, {}, std::nullopt, text_of(diagnostic, !aux.is_source)};
-    const EntryDefinition* const extension = find_entry_at(checked.model, diagnostic.place);
-    if (extension != nullptr) change.place.new_entry = index.find_entry(extension->id);
+  for (const Finding& finding : checked.diagnostics) {
+    DiffChange change{DiffRule::kAuxCollision, {}, std::nullopt, text_of(finding)};
+    const std::optional<std::uint32_t> entry_id = entry_id_of(finding, checked.model);
+    if (entry_id) change.place.new_entry = index.find_entry(*entry_id);
     changes.push_back(std::move(change));
   }
   return changes;

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "tests/tools/printed_findings.h"
+
 namespace {
 
 using qzlog_compiler::DiffRule;
@@ -84,6 +86,14 @@ TEST(FindAuxCollisions, RemovedAttribute_IsMissedByTheSourceOnly) {
   const std::vector<DefinitionFile> forms = both_forms(kAux, read(kStandard));
   EXPECT_EQ(find_aux_collisions(forms[0], changed, RenderingPaths::kBoth).size(), 1U);
   EXPECT_TRUE(find_aux_collisions(forms[1], changed, RenderingPaths::kBoth).empty());
+}
+
+TEST(CheckAuxFile, ConflictOfACompiledFile_NamesTheEntry) {
+  const std::vector<DefinitionFile> forms = both_forms(kAux, read(kStandard));
+  const Definitions checked = check_aux_file(forms[1], read(kStandard + kPool), RenderingPaths::kBoth);
+  EXPECT_EQ(qzlog_compiler::printed(checked.diagnostics),
+            "site.ldf: error: entry 7: the entry has the attribute 'Pool' in the standard definitions already "
+            "[aux-attribute-exists]\n");
 }
 
 TEST(CheckAuxFile, DamagedFile_IsReported) {
