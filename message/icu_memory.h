@@ -17,6 +17,7 @@
 /// ICU may have run out of memory, see with_icu_memory.
 struct IcuMayHaveRunOut : QZX_memory_alloc {};
 
+/// How often with_icu_memory calls at most.
 inline constexpr int kIcuMemoryTries = 9;
 
 /// Sees whether ICU ran out of memory. Of many an allocation that fails ICU does not tell: it leaves out what it had no
