@@ -16,15 +16,11 @@ namespace {
 
 /// Null when there is no such code page.
 UConverter* open_converter(const char* code_page) {
-  bool may_have_run_out = false;
   return with_icu_memory([&] {
     const IcuMemory memory;
     UErrorCode status = U_ZERO_ERROR;
     std::unique_ptr<UConverter, decltype(&ucnv_close)> converter(
         ucnv_open(code_page[0] != '\0' ? code_page : nullptr, &status), ucnv_close);
-    // A code page that ICU had no memory to look for it does not know from then on.
-    if (may_have_run_out && U_FAILURE(status)) throw QZX_memory_alloc();
-    may_have_run_out = memory.ran_out(status);
     memory.check(status);
     return converter.release();
   });
