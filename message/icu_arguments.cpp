@@ -1,6 +1,7 @@
 #include "message/icu_arguments.h"
 
 #include "message/code_page.h"
+#include "message/logmsg_render.h"
 #include "qzlog/logcfg.h"
 
 namespace {

@@ -6,10 +6,10 @@
 
 #include "foundation/text_buffer.h"
 #include "message/code_page.h"
-#include "message/icu_arguments.h"
 #include "message/icu_memory.h"
 #include "message/logmsg.h"
 #include "message/pattern_nesting.h"
+#include "message/template_limits.h"
 
 namespace {
 
@@ -68,7 +68,7 @@ IcuTemplate::IcuTemplate(std::unique_ptr<const _qz_LOG_msg_token_list> tokens, c
   memory.check(pattern_);
   UErrorCode status = U_ZERO_ERROR;
   icu::MessagePattern parsed(status);
-  is_within_limits_ = argument_count() <= IcuArguments::kMost && parse_pattern(pattern_, parsed, status);
+  is_within_limits_ = argument_count() <= kMostTemplateArguments && parse_pattern(pattern_, parsed, status);
   can_be_assembled_ = is_within_limits_ && U_SUCCESS(status) && split_pattern(parsed);
   memory.check(status);
 }
