@@ -125,7 +125,7 @@ void _qz_LOG_log_entry_imp::add_attrib_str(const char* name, const char* value, 
     QZ_DEBUG_RECORD(1, kEntrySource, "%s:%d _qz_LOG_log_entry_imp::add_attrib_str, name or value equal NULL\n");
     throw QZX_logging_illegal_argument("invalid argument", 0);
   }
-  const _qz_LOG_attribute_entry* const attribute = find_defined(name);
+  const _qz_LOG_attribute_entry* const attribute = proceed_to(name);
   if (attribute == nullptr) {
     QZ_DEBUG_RECORD(1, kEntrySource, "%s:%d _qz_LOG_log_entry_imp::add_attrib_str, can not find attribute :%s\n", name);
     throw_invalid_name(name);
@@ -151,7 +151,7 @@ void _qz_LOG_log_entry_imp::add_attrib_mbstr(const char* name, const char* value
   if (name == nullptr || name[0] == '\0' || value == nullptr) {
     throw QZX_logging_illegal_argument("invalid argument", 0);
   }
-  const _qz_LOG_attribute_entry* const attribute = find_defined(name);
+  const _qz_LOG_attribute_entry* const attribute = proceed_to(name);
   if (attribute == nullptr) {
     QZ_DEBUG_RECORD(1, kEntrySource, "%s:%d _qz_LOG_log_entry_imp::add_attrib_mbstr, can not find attribute :%s\n",
                     name);
