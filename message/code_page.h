@@ -2,6 +2,7 @@
 #define QZLOG_MESSAGE_CODE_PAGE_H
 
 #include <atomic>
+#include <string>
 
 #include <unicode/ucnv.h>
 #include <unicode/unistr.h>
@@ -34,6 +35,9 @@ bool append_utf8(const icu::UnicodeString& text, qz_TextBuffer& target);
 /// number of bytes that the whole text needs. False when the code page is unknown or the text does not fit; the buffer
 /// may then hold a part of it.
 bool encode_text(const icu::UnicodeString& text, const char* code_page, char* buffer, int capacity, int& length);
+
+/// The same into a text of any length. False when the code page is unknown; the text is then of no use.
+bool encode_text(const icu::UnicodeString& text, const char* code_page, std::string& encoded);
 
 /// A converter that is made once for the whole process, on first use, and used by all threads, each through a clone of
 /// its own. Objects are static and never released, like the converter.

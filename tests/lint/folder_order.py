@@ -17,7 +17,7 @@ CHAIN = [
     ("foundation", ["foundation/*", "include/qzlog/export.h", "include/qzlog/file_io.h", "include/qzlog/qz_*.h"]),
     ("debug log", ["util/debug_log.*", "util/debug_record.h", "util/assertion.*",
                    "include/qzlog/debug_log.h", "include/qzlog/version.h"]),
-    ("attribute types", ["entry/logattrib.*", "entry/ustring.*", "include/qzlog/logattrib.h", "message/format_types.h"]),
+    ("attribute types", ["entry/logattrib.*", "entry/text_limits.h", "entry/ustring.*", "include/qzlog/logattrib.h", "message/format_types.h"]),
     ("definition records", ["definitions/def_read.*"]),
     ("entry definition", ["definitions/ldf_def.*", "definitions/attribute_name.*", "definitions/message_text.h",
                           "definitions/definition_reader.*"]),
@@ -25,7 +25,7 @@ CHAIN = [
                           "include/qzlog/definition_cache.h"]),
     ("configuration file and catalog", ["config/logconf.*", "config/configuration_source.*", "config/filter_values.h", "config/text_tbl.h", "message/logmsg.h", "message/logmsg_catalog.*",
                                         "message/resource_*.*", "message/whole_file.*",
-                                        "message/code_page.*", "message/icu_memory.h"]),
+                                        "message/code_page.*", "message/icu_memory.h", "message/text_cut.*"]),
     ("message templates", ["message/icu_template.*", "message/logmsg_tokens.*", "message/pattern_nesting.*",
                            "message/template_limits.h", "message/template_pieces.*"]),
     ("settings", ["config/logcfg.*", "include/qzlog/logcfg.h"]),
@@ -74,6 +74,7 @@ OUTSIDE = {
 
 # Files of the library that are compiled into the tools as well, each with its reason.
 SHARED = {
+    "entry/text_limits.h": "the tools say how long texts may be",
     "message/icu_memory.h": "the tools see as the library does whether ICU ran out of memory",
     "message/pattern_nesting.h": "the tools refuse the patterns that the library refuses, before ICU sees them",
     "message/template_limits.h": "the tools tell of the templates that the library does not render",
