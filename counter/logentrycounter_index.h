@@ -29,7 +29,7 @@
 /// even if it is dropped at once, and not for small files. Without memory there is none. Never throws.
 class _qz_LOG_EntryCounterIndex {
  public:
-  static bool is_worthwhile(long long file_size) { return file_size >= kMinRecords * kRecordSize; }
+  static bool is_worthwhile(long long file_size) { return file_size >= kMinRecords * qzlog::counter_record::kSize; }
 
   /// What scan_for_record would find, or nothing: then the counter has to scan.
   std::optional<RecordPlace> find_record(int descriptor, const CounterRecord& wanted);

@@ -18,8 +18,8 @@ std::uint64_t mixed(std::uint64_t value) {
 
 RecordTag tag_of_record(const unsigned char* bytes) {
   std::uint64_t halves[2];
-  static_assert(sizeof(halves) == kCombinationSize);
-  std::memcpy(halves, bytes + kDateOffset, sizeof(halves));
+  static_assert(sizeof(halves) == qzlog::counter_record::kCombinationSize);
+  std::memcpy(halves, bytes + qzlog::counter_record::kDateOffset, sizeof(halves));
   return {static_cast<std::uint32_t>(mixed(mixed(halves[0]) + halves[1])), is_free_record(bytes)};
 }
 

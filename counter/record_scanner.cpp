@@ -54,8 +54,8 @@ bool RecordScanner::read_block() {
   const BytesRead read = read_at(descriptor_, block_position_, block_, wanted);
   size_ = static_cast<int>(read.size_bytes);
   // What stands before the error counts; reading on from there meets the error again.
-  failed_ = read.failed && size_ < kRecordSize;
-  return size_ >= kRecordSize;
+  failed_ = read.failed && size_ < qzlog::counter_record::kSize;
+  return size_ >= qzlog::counter_record::kSize;
 }
 
 RecordPlace scan_for_record(RecordScanner& scanner, const CounterRecord& wanted) {

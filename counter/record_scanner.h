@@ -52,8 +52,8 @@ class RecordScanner {
 
   /// False at the end of the file.
   bool next() {
-    index_ += kRecordSize;
-    return index_ + kRecordSize <= size_ || read_block();
+    index_ += qzlog::counter_record::kSize;
+    return index_ + qzlog::counter_record::kSize <= size_ || read_block();
   }
   /// The current record's 32 bytes; valid until the next call of next().
   const unsigned char* bytes() const { return block_ + index_; }
@@ -68,12 +68,12 @@ class RecordScanner {
  private:
   bool read_block();
 
-  static constexpr long long kBlockSize = 128LL * kRecordSize;
+  static constexpr long long kBlockSize = 128LL * qzlog::counter_record::kSize;
 
   int descriptor_;
   long long end_;
   long long block_position_;
-  int index_ = -kRecordSize;
+  int index_ = -qzlog::counter_record::kSize;
   int size_ = 0;
   bool failed_ = false;
   unsigned char block_[kBlockSize];

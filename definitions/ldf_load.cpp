@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "definitions/def_read.h"
+#include "definitions/definition_format.h"
 #include "definitions/definition_reader.h"
 #include "foundation/allocate.h"
 
@@ -14,7 +15,7 @@ namespace {
 
 constexpr const char* kSource = qzlog::kDefinitionFileSource;
 constexpr unsigned kIndexSize = 23;
-constexpr unsigned kMapPairSize = 8;
+constexpr long long kMapPairSize = qzlog::ldf::kMapPairSize;
 
 /// How many pairs of an entry map fit between its beginning and the end of the file; an upper bound for what a damaged
 /// header may ask for.

@@ -53,7 +53,7 @@ TEST_F(DefinitionReader, Header_ReadFromTheBeginningWhereverTheStreamStands) {
   const qz_FileHandle file = file_of(LdfFile{.tag = "1.25", .entries = {kEntry}}.bytes());
   qzlog::seek_in_definition_file(file.get(), 40);
   const _qz_LOG_ldf_header_struct header = qzlog::read_definition_header(file.get());
-  EXPECT_EQ(header.magic, kLdfMagic);
+  EXPECT_EQ(header.magic, 0x2E4C4446U);
   EXPECT_EQ(std::string(header.version_tag), "1.25");
   EXPECT_EQ(header.entry_count, 1U);
 }

@@ -18,12 +18,12 @@ CHAIN = [
     ("debug log", ["util/debug_log.*", "util/debug_record.h", "util/assertion.*",
                    "include/qzlog/debug_log.h", "include/qzlog/version.h"]),
     ("attribute types", ["entry/logattrib.*", "entry/text_limits.h", "entry/ustring.*", "include/qzlog/logattrib.h", "message/format_types.h"]),
-    ("definition records", ["definitions/def_read.*"]),
+    ("definition records", ["definitions/def_read.*", "definitions/definition_format.h"]),
     ("entry definition", ["definitions/ldf_def.*", "definitions/attribute_name.*", "definitions/message_text.h",
                           "definitions/definition_reader.*"]),
     ("definition table", ["definitions/ldf_load.*", "definitions/definition_hold.*", "definitions/entry_index.*",
                           "include/qzlog/definition_cache.h"]),
-    ("configuration file and catalog", ["config/logconf.*", "config/configuration_source.*", "config/filter_values.h", "config/text_tbl.h", "message/logmsg.h", "message/logmsg_catalog.*",
+    ("configuration file and catalog", ["config/logconf.*", "config/configuration_format.h", "config/configuration_source.*", "config/filter_values.h", "config/text_tbl.h", "message/logmsg.h", "message/logmsg_catalog.*",
                                         "message/resource_*.*", "message/whole_file.*",
                                         "message/code_page.*", "message/icu_memory.h", "message/text_cut.*"]),
     ("message templates", ["message/icu_template.*", "message/logmsg_tokens.*", "message/pattern_nesting.*",
@@ -74,6 +74,9 @@ OUTSIDE = {
 
 # Files of the library that are compiled into the tools as well, each with its reason.
 SHARED = {
+    "config/configuration_format.h": "the tools tell of the lines that the library does not read",
+    "counter/record_layout.h": "the tools read the file that the library counts in",
+    "definitions/definition_format.h": "the tools write and show the file that the library reads",
     "entry/text_limits.h": "the tools say how long texts may be",
     "message/icu_memory.h": "the tools see as the library does whether ICU ran out of memory",
     "message/pattern_nesting.h": "the tools refuse the patterns that the library refuses, before ICU sees them",
