@@ -11,6 +11,8 @@
 #include "message/logmsg.h"
 #include "qzlog/logcfg.h"
 
+using namespace qzlog;
+
 namespace {
 
 constexpr const char* kNotSupportedText = "qz_LOG_LogEntry::GetMessage:  this method is not yet supported.";

@@ -8,6 +8,8 @@
 #include "message/text_cut.h"
 #include "qzlog/logcfg.h"
 
+using namespace qzlog;
+
 namespace {
 
 constexpr int kTruncationCapacity = 8095;
@@ -20,7 +22,7 @@ bool exceeds_character_limit(const char* value, std::size_t length, int limit) {
 }
 
 bool changes_when_filtered(const char* text, std::size_t length, bool escape) {
-  return escape ? qzlog::contains_line_break(text, length) : std::memchr(text, '\\', length) != nullptr;
+  return escape ? contains_line_break(text, length) : std::memchr(text, '\\', length) != nullptr;
 }
 
 }  // namespace
@@ -40,7 +42,7 @@ void _qz_LOG_log_entry_imp::add_attrib_str(const char* name, const char* value, 
     throw QZX_logging_attribute_type_mismatch("Used the wrong add method.", 0);
   }
   const std::size_t length = QZ_strlen(value);
-  if (length > static_cast<std::size_t>(qzlog::text_limit(type))) return add_truncated_text(*attribute, value, escape);
+  if (length > static_cast<std::size_t>(text_limit(type))) return add_truncated_text(*attribute, value, escape);
   add_filtered_text(*attribute, value, length, escape);
 }
 
@@ -48,7 +50,7 @@ void _qz_LOG_log_entry_imp::add_truncated_text(const _qz_LOG_attribute_entry& at
                                                bool escape) {
   char truncated[kTruncationCapacity + 1];
   truncated[0] = '\0';
-  truncate_string(attribute.get_name(), value, qzlog::text_limit(attribute.get_type()), truncated, kTruncationCapacity);
+  truncate_string(attribute.get_name(), value, text_limit(attribute.get_type()), truncated, kTruncationCapacity);
   add_filtered_text(attribute, truncated, QZ_strlen(truncated), escape);
 }
 
@@ -67,7 +69,7 @@ void _qz_LOG_log_entry_imp::add_attrib_mbstr(const char* name, const char* value
     throw_with_id<QZX_logging_attribute_type_mismatch>("Used the wrong add method under Entry ID ");
   }
   const std::size_t length = QZ_strlen(value);
-  if (exceeds_character_limit(value, length, qzlog::text_limit(type))) {
+  if (exceeds_character_limit(value, length, text_limit(type))) {
     return add_truncated_mbtext(*attribute, value, escape);
   }
   add_filtered_text(*attribute, value, length, escape);
@@ -75,8 +77,8 @@ void _qz_LOG_log_entry_imp::add_attrib_mbstr(const char* name, const char* value
 
 void _qz_LOG_log_entry_imp::add_truncated_mbtext(const _qz_LOG_attribute_entry& attribute, const char* value,
                                                  bool escape) {
-  const int limit = qzlog::text_limit(attribute.get_type());
-  qzlog::TextRoom truncated(static_cast<std::size_t>(limit) * qzlog::kMostBytesPerUnit + 1);
+  const int limit = text_limit(attribute.get_type());
+  TextRoom truncated(static_cast<std::size_t>(limit) * kMostBytesPerUnit + 1);
   truncated.data()[0] = '\0';
   truncate_mbstring(attribute.get_name(), value, limit, truncated.data(), truncated.size());
   add_filtered_text(attribute, truncated.data(), QZ_strlen(truncated.data()), escape);
@@ -87,7 +89,7 @@ void _qz_LOG_log_entry_imp::add_filtered_text(const _qz_LOG_attribute_entry& att
                                               std::size_t length, bool escape) {
   if (!changes_when_filtered(value, length, escape)) return store_text(attribute, value, length);
   // Room for every line break to take two characters.
-  qzlog::TextRoom filtered(length * 2 + 1);
+  TextRoom filtered(length * 2 + 1);
   filter_string(value, filtered.data(), filtered.size(), escape);
   store_text(attribute, filtered.data(), QZ_strlen(filtered.data()));
 }
@@ -131,23 +133,23 @@ bool _qz_LOG_log_entry_imp::wants_truncation(const char* name, const char* value
 
 void _qz_LOG_log_entry_imp::truncate_string(const char* name, const char* value, int limit, char* buffer,
                                             int capacity) const {
-  if (wants_truncation(name, value, buffer)) qzlog::cut_to_bytes(value, limit, buffer, capacity);
+  if (wants_truncation(name, value, buffer)) cut_to_bytes(value, limit, buffer, capacity);
 }
 
 void _qz_LOG_log_entry_imp::truncate_mbstring(const char* name, const char* value, int limit, char* buffer,
                                               int capacity) const {
   if (!wants_truncation(name, value, buffer)) return;
   if (qz_LOG_LogConfig::IsICUEnabled()) {
-    qzlog::cut_to_units(value, qz_LOG_LogConfig::GetCodePage(), limit, buffer, capacity);
+    cut_to_units(value, qz_LOG_LogConfig::GetCodePage(), limit, buffer, capacity);
   } else {
-    qzlog::cut_to_bytes(value, limit, buffer, capacity);
+    cut_to_bytes(value, limit, buffer, capacity);
   }
 }
 
 void _qz_LOG_log_entry_imp::filter_string(const char* source, char* target, int size, bool escape) {
   if (escape) {
-    qzlog::escape_line_breaks(source, target, size);
+    escape_line_breaks(source, target, size);
   } else {
-    qzlog::unescape_line_breaks(source, target, size);
+    unescape_line_breaks(source, target, size);
   }
 }

@@ -11,6 +11,8 @@
 #include "foundation/thread_instance.h"
 #include "message/icu_memory.h"
 
+namespace qzlog {
+
 namespace {
 
 /// Null when there is no such code page.
@@ -229,3 +231,5 @@ bool SharedConverter::encode(const icu::UnicodeString& text, char* buffer, int c
   return with_thread_instance<ThreadClones>(
       [&](ThreadClones& clones) { return encode_with(clones.of(prototype_), text, buffer, capacity, length); });
 }
+
+}  // namespace qzlog

@@ -11,6 +11,8 @@
 #include "foundation/no_copies.h"
 #include "foundation/text_buffer.h"
 
+namespace qzlog {
+
 /// Texts in code pages. A code page is named as ICU's converters are; "" means ICU's default converter. Safe from any
 /// thread: no open converter is used by two threads. Running out of memory throws QZX_memory_alloc.
 
@@ -60,5 +62,7 @@ class SharedConverter : public qz_UTIL_no_inadvertant_copies {
   UConverter* prototype_ = nullptr;
   bool is_utf8_ = false;
 };
+
+}  // namespace qzlog
 
 #endif  // QZLOG_MESSAGE_CODE_PAGE_H

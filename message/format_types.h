@@ -3,6 +3,8 @@
 
 #include "entry/logattrib.h"
 
+namespace qzlog {
+
 /// The formats of references in message templates, and which types of attributes each accepts.
 
 /// How a reference is rendered, by its format character.
@@ -89,5 +91,7 @@ inline bool accepts_type(MessageFormatKind kind, qz_AttributeType type) {
   const AttributeTypeSet accepted = kAcceptedTypes[static_cast<unsigned>(kind)];
   return type < 32 ? (accepted >> type & 1U) != 0 : accepted == ~AttributeTypeSet{0};
 }
+
+}  // namespace qzlog
 
 #endif  // QZLOG_MESSAGE_FORMAT_TYPES_H

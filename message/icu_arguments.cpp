@@ -4,6 +4,8 @@
 #include "message/logmsg_render.h"
 #include "qzlog/logcfg.h"
 
+namespace qzlog {
+
 namespace {
 
 IcuArgument text_argument(const char* text, std::size_t length) {
@@ -78,3 +80,5 @@ void fill_argument(const IcuArgument& argument, icu::Formattable& target) {
       return target.setDate(argument.number);
   }
 }
+
+}  // namespace qzlog

@@ -10,6 +10,8 @@
 #include "message/template_limits.h"
 #include "message/template_pieces.h"
 
+namespace qzlog {
+
 /// The value that an entry has for one argument of an ICU pattern. A text stays where the entry has it, in the
 /// configured code page.
 struct IcuArgument {
@@ -48,5 +50,7 @@ class IcuArguments {
   unsigned count_ = 0;
   IcuArgument arguments_[kMostTemplateArguments];
 };
+
+}  // namespace qzlog
 
 #endif  // QZLOG_MESSAGE_ICU_ARGUMENTS_H

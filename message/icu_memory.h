@@ -9,6 +9,8 @@
 #include "foundation/no_copies.h"
 #include "qzlog/qz_exception.h"
 
+namespace qzlog {
+
 /// Sees whether ICU ran out of memory. Of many an allocation that fails ICU does not tell: it leaves out what it had no
 /// room for, falls back to another locale's data, or reports another failure. The allocator does, in errno. While one
 /// lives, errno belongs to it; the end gives it back.
@@ -38,5 +40,7 @@ class IcuMemory : public qz_UTIL_no_inadvertant_copies {
   int& errno_;
   int former_errno_;
 };
+
+}  // namespace qzlog
 
 #endif  // QZLOG_MESSAGE_ICU_MEMORY_H

@@ -11,6 +11,8 @@
 #include "message/pattern_nesting.h"
 #include "message/template_limits.h"
 
+namespace qzlog {
+
 namespace {
 
 constexpr UChar kIntegerType[] = u"number";
@@ -94,7 +96,7 @@ void IcuTemplate::append_argument(MessageFormatKind kind) {
   pattern_ += icu::UnicodeString(number, -1, US_INV);
   pattern_ += icu::UnicodeString(argument_style(kind), -1, US_INV);
   pattern_ += u'}';
-  shows_time_ = shows_time_ || ::shows_time(kind);
+  shows_time_ = shows_time_ || qzlog::shows_time(kind);
 }
 
 /// Walks the pattern as MessageFormat does when it formats. False when there is a part that only it can write.
@@ -146,3 +148,5 @@ bool IcuTemplate::append_argument_part(const icu::MessagePattern& parsed, int st
   has_formatted_parts_ = has_formatted_parts_ || !is_plain_integer;
   return true;
 }
+
+}  // namespace qzlog

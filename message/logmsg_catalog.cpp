@@ -18,9 +18,9 @@
 #include "qzlog/qz_locale.h"
 #include "util/debug_record.h"
 
-namespace {
+using namespace qzlog;
 
-using qzlog_bundle::MessageBundle;
+namespace {
 
 constexpr const char* kSource = "logmsg";
 constexpr const char* kStringTable = "STRING_TABLE";

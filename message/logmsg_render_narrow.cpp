@@ -10,6 +10,8 @@
 #include "message/logmsg_render.h"
 #include "message/template_pieces.h"
 
+using namespace qzlog;
+
 namespace {
 
 // Holds the longest text of a double with sign, percent sign or dollar sign: more than 300 digits.

@@ -6,6 +6,8 @@
 
 #include "message/template_limits.h"
 
+namespace qzlog {
+
 /// How deeply the arguments of an ICU message pattern nest. ICU parses and formats what nests by calling itself,
 /// without a limit: a pattern that is deeper than any message would exhaust the stack. The library and the tools ask
 /// here before they give ICU a pattern.
@@ -24,5 +26,7 @@ int pattern_nesting(const icu::MessagePattern& parsed);
 
 /// Parses a pattern unless it nests deeper than kMostPatternNesting: then false, and ICU has not seen it.
 bool parse_pattern(const icu::UnicodeString& pattern, icu::MessagePattern& parsed, UErrorCode& status);
+
+}  // namespace qzlog
 
 #endif  // QZLOG_MESSAGE_PATTERN_NESTING_H

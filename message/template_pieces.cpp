@@ -6,6 +6,8 @@
 #include "qzlog/qz_exception.h"
 #include "util/assertion.h"
 
+namespace qzlog {
+
 namespace {
 
 [[noreturn]] void throw_bad_reference(const char* text_before_name, const char* name) {
@@ -104,3 +106,5 @@ void TemplatePieces::add_reference(MessageFormatKind kind, const char* name, con
   piece.name = _qz_LOG_known_name::of(name);
   pieces_.push_back(piece);
 }
+
+}  // namespace qzlog

@@ -9,6 +9,8 @@
 #include "message/format_types.h"
 #include "message/logmsg_tokens.h"
 
+namespace qzlog {
+
 /// One attribute reference of a template, with the type that it has for a definition.
 struct MessageReference {
   const _qz_LOG_known_name* name;
@@ -92,5 +94,7 @@ void render_pieces(const TemplatePieces& pieces, const _qz_LOG_log_definition& d
     }
   }
 }
+
+}  // namespace qzlog
 
 #endif  // QZLOG_MESSAGE_TEMPLATE_PIECES_H

@@ -9,6 +9,8 @@
 #include "qzlog/qz_exception.h"
 #include "tests/support/support.h"
 
+using namespace qzlog;
+
 namespace qz_test {
 namespace {
 

@@ -8,6 +8,8 @@
 #include "qzlog/qz_exception.h"
 #include "tests/support/support.h"
 
+using namespace qzlog;
+
 namespace {
 
 constexpr const char* kTooSmall = "The buf length is smaller than cut length!";

@@ -80,7 +80,7 @@ bool is_known(const std::string& locale) {
 std::optional<std::string> bundle_name(const std::string& language) {
   const std::optional<std::string> tag = with_script(language);
   if (!tag || !is_tag(*tag)) return std::nullopt;
-  const IcuMemory memory;
+  const qzlog::IcuMemory memory;
   const std::string locale = part_of(*tag, uloc_canonicalize);
   const bool is_usable = !locale.empty() && locale != "root" && is_known(locale);
   if (memory.ran_out()) throw std::bad_alloc();

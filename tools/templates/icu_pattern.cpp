@@ -153,7 +153,7 @@ std::string find_failure_to_apply(const BuiltPattern& built, const std::string& 
 PatternReading read_pattern(const BuiltPattern& built, const std::string& locale) {
   UErrorCode status = U_ZERO_ERROR;
   icu::MessagePattern parsed(status);
-  if (!parse_pattern(built.text, parsed, status)) return {{}, {}, qzlog_compiler::nesting_failure()};
+  if (!qzlog::parse_pattern(built.text, parsed, status)) return {{}, {}, qzlog_compiler::nesting_failure()};
   if (U_FAILURE(status)) return {{}, {}, std::string("ICU refuses the pattern with ") + u_errorName(status)};
   PatternReading reading = PatternWalk(parsed, built).walk();
   reading.refusal = find_failure_to_apply(built, locale);
@@ -171,7 +171,7 @@ std::vector<const TemplatePart*> shown_references(const StoredTemplate& cut) {
 }
 
 PatternReading read_icu_pattern(const StoredTemplate& cut, const std::string& locale) {
-  const IcuMemory memory;
+  const qzlog::IcuMemory memory;
   const BuiltPattern built = build_pattern(cut);
   if (memory.ran_out()) throw std::bad_alloc();
   PatternReading reading = read_pattern(built, locale);

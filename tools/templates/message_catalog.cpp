@@ -22,23 +22,23 @@ namespace qzlog_tool {
 namespace {
 
 namespace fs = std::filesystem;
-using qzlog_bundle::MessageBundle;
-using qzlog_bundle::ReadResource;
-using qzlog_bundle::WholeFile;
+using qzlog::MessageBundle;
+using qzlog::ReadResource;
+using qzlog::WholeFile;
 
 constexpr const char* kStringTable = "STRING_TABLE";
 constexpr const char* kRoot = "root";
 
 /// The root locale has two names.
 std::string name_of(const std::string& locale) {
-  const IcuMemory memory;
+  const qzlog::IcuMemory memory;
   const std::string name = icu::Locale(locale.c_str()).getName();
   if (memory.ran_out()) throw std::bad_alloc();
   return name.empty() ? kRoot : name;
 }
 
 std::string utf8_of(std::u16string_view text) {
-  const IcuMemory memory;
+  const qzlog::IcuMemory memory;
   std::string converted;
   icu::UnicodeString(text.data(), static_cast<std::int32_t>(text.size())).toUTF8String(converted);
   if (memory.ran_out()) throw std::bad_alloc();
@@ -58,9 +58,9 @@ std::string why_not_read(const std::string& file) {
 
 /// Opens a bundle as the library does. Returns why it is not opened, or an empty text.
 std::string open_bundle(const std::string& folder, const CatalogBundle& bundle, MessageBundle& opened) {
-  WholeFile whole = qzlog_bundle::read_whole_file(bundle.file);
+  WholeFile whole = qzlog::read_whole_file(bundle.file);
   if (whole.state != WholeFile::State::kRead) return why_not_read(bundle.file);
-  const ReadResource file = qzlog_bundle::ResourceData::read(std::move(whole.bytes));
+  const ReadResource file = qzlog::ResourceData::read(std::move(whole.bytes));
   if (file.state != ReadResource::State::kGood) return file.problem;
   const std::string path = fs::absolute(folder).string();  // without a slash it would be a package of its own
   const std::string name = name_of(bundle.locale);

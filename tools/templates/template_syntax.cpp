@@ -38,11 +38,11 @@ std::string pattern_of(const StoredTemplate& stored) {
 std::string template_syntax_failure(std::string_view stored) {
   const StoredTemplate parts = qzlog_compiler::cut_template(stored, TemplateForm::kIcu);
   if (!parts.failure.empty()) return parts.failure;
-  const IcuMemory memory;
+  const qzlog::IcuMemory memory;
   UErrorCode status = U_ZERO_ERROR;
   const icu::UnicodeString pattern = icu::UnicodeString::fromUTF8(pattern_of(parts));
   icu::MessagePattern parsed(status);
-  const bool is_within_limits = parse_pattern(pattern, parsed, status);
+  const bool is_within_limits = qzlog::parse_pattern(pattern, parsed, status);
   if (memory.ran_out(status)) throw std::bad_alloc();
   if (!is_within_limits) return qzlog_compiler::nesting_failure();
   UParseError place;

@@ -13,7 +13,7 @@
 namespace qzlog_compiler {
 
 /// What the ICU path takes in one message.
-inline constexpr std::size_t kMaximumIcuReferences = kMostTemplateArguments;
+inline constexpr std::size_t kMaximumIcuReferences = qzlog::kMostTemplateArguments;
 
 /// The rendering path that a stored text is written for.
 enum class MessagePath { kIcu, kNarrow, kBoth };

@@ -44,10 +44,10 @@ std::string pattern_failure(const StoredTemplate& stored) {
   std::size_t references = 0;
   const std::string pattern = icu_pattern(stored, references);
   if (references > kMaximumIcuReferences) return "it has more than ten references";
-  const IcuMemory memory;
+  const qzlog::IcuMemory memory;
   UErrorCode status = U_ZERO_ERROR;
   icu::MessagePattern parsed(status);
-  const bool is_within_limits = parse_pattern(icu::UnicodeString::fromUTF8(pattern), parsed, status);
+  const bool is_within_limits = qzlog::parse_pattern(icu::UnicodeString::fromUTF8(pattern), parsed, status);
   if (memory.ran_out(status)) throw std::bad_alloc();
   if (!is_within_limits) return nesting_failure();
   if (U_FAILURE(status)) return "ICU does not take its braces for a message pattern";
@@ -57,7 +57,7 @@ std::string pattern_failure(const StoredTemplate& stored) {
 }  // namespace
 
 std::string nesting_failure() {
-  return "its arguments and their messages nest deeper than " + std::to_string(kMostPatternNesting) + " levels";
+  return "its arguments and their messages nest deeper than " + std::to_string(qzlog::kMostPatternNesting) + " levels";
 }
 
 std::string find_template_failure(std::string_view stored, TemplateForm form, const AttributeLookup& lookup) {
