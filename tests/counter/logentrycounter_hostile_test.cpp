@@ -7,6 +7,8 @@
 #include "counter/record_index.h"
 #include "tests/counter/indexed_counter.h"
 
+using namespace qzlog;
+
 namespace {
 
 using namespace qz_test;

@@ -8,6 +8,8 @@
 
 #include "tests/counter/indexed_counter.h"
 
+using namespace qzlog;
+
 namespace {
 
 using namespace qz_test;
