@@ -4,7 +4,7 @@
 #include <atomic>
 
 #include "definitions/attribute_name.h"
-#include "definitions/message_text.h"
+#include "definitions/prepared_message.h"
 #include "foundation/counted_ref.h"
 #include "foundation/hash_index.h"
 #include "foundation/no_copies.h"

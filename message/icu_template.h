@@ -9,7 +9,7 @@
 #include <unicode/messagepattern.h>
 #include <unicode/unistr.h>
 
-#include "definitions/message_text.h"
+#include "definitions/prepared_message.h"
 #include "message/template_pieces.h"
 
 namespace qzlog {

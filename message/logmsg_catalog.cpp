@@ -7,7 +7,7 @@
 #include <string_view>
 #include <utility>
 
-#include "definitions/message_text.h"
+#include "definitions/prepared_message.h"
 #include "foundation/allocate.h"
 #include "foundation/locks.h"
 #include "foundation/never_destroyed.h"

@@ -4,7 +4,7 @@
 #include <type_traits>
 
 #include "entry/logentry_i.h"
-#include "foundation/number_text.h"
+#include "foundation/append_number.h"
 #include "foundation/text_buffer.h"
 #include "message/logmsg.h"
 #include "message/logmsg_render.h"

@@ -19,7 +19,7 @@ CHAIN = [
                    "include/qzlog/debug_log.h", "include/qzlog/version.h"]),
     ("attribute types", ["entry/logattrib.*", "entry/text_limits.h", "entry/ustring.*", "include/qzlog/logattrib.h", "message/format_types.h"]),
     ("definition records", ["definitions/def_read.*", "definitions/definition_format.h"]),
-    ("entry definition", ["definitions/ldf_def.*", "definitions/attribute_name.*", "definitions/message_text.h",
+    ("entry definition", ["definitions/ldf_def.*", "definitions/attribute_name.*", "definitions/prepared_message.h",
                           "definitions/definition_reader.*"]),
     ("definition table", ["definitions/ldf_load.*", "definitions/definition_hold.*", "definitions/entry_index.*",
                           "include/qzlog/definition_cache.h"]),

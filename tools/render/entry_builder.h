@@ -9,7 +9,7 @@
 
 #include "qzlog/logentry.h"
 #include "tools/definitions/definition_files.h"
-#include "tools/options/code_page.h"
+#include "tools/options/output_code_page.h"
 #include "tools/render/json_value.h"
 #include "tools/render/kept_entry.h"
 

@@ -1,4 +1,4 @@
-#include "tools/options/code_page.h"
+#include "tools/options/output_code_page.h"
 
 #include <gtest/gtest.h>
 

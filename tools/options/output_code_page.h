@@ -1,5 +1,5 @@
-#ifndef QZLOG_TOOLS_OPTIONS_CODE_PAGE_H
-#define QZLOG_TOOLS_OPTIONS_CODE_PAGE_H
+#ifndef QZLOG_TOOLS_OPTIONS_OUTPUT_CODE_PAGE_H
+#define QZLOG_TOOLS_OPTIONS_OUTPUT_CODE_PAGE_H
 
 #include <string>
 #include <string_view>
@@ -27,4 +27,4 @@ class CodePage {
 
 }  // namespace qzlog_tool
 
-#endif  // QZLOG_TOOLS_OPTIONS_CODE_PAGE_H
+#endif  // QZLOG_TOOLS_OPTIONS_OUTPUT_CODE_PAGE_H
