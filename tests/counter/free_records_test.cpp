@@ -6,6 +6,8 @@
 
 #include "tests/support/support.h"
 
+using namespace qzlog;
+
 namespace {
 
 using namespace qz_test;

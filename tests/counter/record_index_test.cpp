@@ -6,6 +6,8 @@
 
 #include "tests/counter/counter_fixture.h"
 
+using namespace qzlog;
+
 namespace {
 
 using namespace qz_test;

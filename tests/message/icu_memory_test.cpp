@@ -14,6 +14,8 @@
 namespace qz_test {
 namespace {
 
+using namespace qzlog;
+
 TEST(IcuMemory, ErrnoSaysNoMemory_RanOutUntilTheEnd) {
   errno = EINTR;
   {

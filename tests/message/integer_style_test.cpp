@@ -12,6 +12,8 @@
 #include "tests/message/message_fixture.h"
 #include "tests/support/support.h"
 
+using namespace qzlog;
+
 namespace qz_test {
 namespace {
 

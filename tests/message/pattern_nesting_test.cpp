@@ -9,6 +9,8 @@
 #include "tests/support/rounds.h"
 #include "tests/support/seeded_random.h"
 
+using namespace qzlog;
+
 namespace qz_test {
 namespace {
 

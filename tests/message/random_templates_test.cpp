@@ -11,6 +11,8 @@
 #include "tests/message/readable_messages.h"
 #include "tests/support/rounds.h"
 
+using namespace qzlog;
+
 namespace qz_test {
 namespace {
 

@@ -11,6 +11,8 @@
 #include "tests/message/icu_templates.h"
 #include "tests/support/small_stack.h"
 
+using namespace qzlog;
+
 namespace qz_test {
 namespace {
 

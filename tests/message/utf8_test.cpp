@@ -9,6 +9,8 @@
 #include "tests/message/message_fixture.h"
 #include "tests/support/support.h"
 
+using namespace qzlog;
+
 namespace qz_test {
 namespace {
 

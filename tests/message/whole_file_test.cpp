@@ -19,14 +19,14 @@
 namespace qz_test {
 namespace {
 
-using qzlog_bundle::read_whole_file;
-using State = qzlog_bundle::WholeFile::State;
+using qzlog::read_whole_file;
+using State = qzlog::WholeFile::State;
 
 TEST(WholeFile, RegularFile_ItsBytes) {
   const TempDir folder;
   for (const std::size_t size : std::initializer_list<std::size_t>{0, 1, 4096, 300000}) {
     const std::string bytes(size, '\xAB');
-    const qzlog_bundle::WholeFile file = read_whole_file(folder.write("file", bytes));
+    const qzlog::WholeFile file = read_whole_file(folder.write("file", bytes));
     EXPECT_EQ(file.state, State::kRead);
     EXPECT_EQ(file.bytes, bytes);
   }
@@ -57,7 +57,7 @@ TEST(WholeFile, NoDescriptorLeft_Failed) {
   ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &before), 0);
   const rlimit none = {0, before.rlim_max};
   ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
-  const qzlog_bundle::WholeFile file = read_whole_file(path);
+  const qzlog::WholeFile file = read_whole_file(path);
   ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &before), 0);
   EXPECT_EQ(file.state, State::kFailed);
 }
@@ -118,7 +118,7 @@ TEST(WholeFile, LeasedToAnotherProcess_WaitedFor) {
     other.wait();
     GTEST_SKIP() << "this file system has no leases";
   }
-  const qzlog_bundle::WholeFile file = read_whole_file(path);
+  const qzlog::WholeFile file = read_whole_file(path);
   EXPECT_EQ(file.state, State::kRead);
   EXPECT_EQ(file.bytes, "bytes");
   EXPECT_EQ(other.wait(), 0);

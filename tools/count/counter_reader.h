@@ -10,11 +10,12 @@
 #include <string_view>
 #include <vector>
 
+#include "counter/record_layout.h"
 #include "tools/count/calendar_day.h"
 
 namespace qzlog_tool {
 
-inline constexpr std::size_t kCounterRecordBytes = 32;
+inline constexpr std::size_t kCounterRecordBytes = qzlog::counter_record::kSize;
 
 /// What can be wrong in a counter file. The names that users see are in `all_counter_rules()`; they never change.
 enum class CounterRule {

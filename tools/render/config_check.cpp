@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "config/configuration_format.h"
+
 namespace qzlog_tool {
 
 namespace {
@@ -15,7 +17,7 @@ constexpr ConfigRuleInfo kRules[] = {
      "The modification time of a configuration file is 1970-01-01 00:00:00 GMT: the library takes it for read."},
 };
 
-constexpr std::size_t kMaximumLineBytes = 128;
+constexpr std::size_t kMaximumLineBytes = qzlog::kMostConfigurationLineBytes;
 constexpr std::string_view kLineBreaks = "\n\r";
 constexpr std::string_view kNothing = " \t\n\r=";
 

@@ -9,7 +9,7 @@
 #include "tests/tools/resource_limit.h"
 #include "tests/tools/scoped_variable.h"
 #include "tests/tools/temporary_folder.h"
-#include "tools/catalog/resource_bundle.h"
+#include "tools/catalog/bundle_source.h"
 #include "tools/system/command_error.h"
 
 namespace qzlog_catalog {
