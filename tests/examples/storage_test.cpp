@@ -4,7 +4,6 @@
 #include <sys/wait.h>
 
 #include <fstream>
-#include <iterator>
 #include <ostream>
 #include <string>
 
@@ -30,11 +29,6 @@ Output run(const std::string& line) {
   const std::string in_folder = "cd '" + folder.path() + "' && { " + line + "\n} >out 2>err </dev/null";
   const int status = std::system(in_folder.c_str());
   return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, folder.read("out"), folder.read("err")};
-}
-
-std::string read_file(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
 }
 
 struct GoldenCase {
@@ -66,7 +60,7 @@ TEST_P(StorageExample, Run_PrintsTheGoldenFile) {
   EXPECT_EQ(output.status, 0);
   if (std::getenv("QZLOG_REWRITE_GOLDEN") != nullptr) std::ofstream(golden, std::ios::binary) << output.out;
   EXPECT_FALSE(output.out.empty());
-  EXPECT_EQ(output.out, read_file(golden));
+  EXPECT_EQ(output.out, qz_test::read_file(golden));
 }
 
 INSTANTIATE_TEST_SUITE_P(Storage, StorageExample, ::testing::ValuesIn(kCases), [](const auto& parameter) {

@@ -77,7 +77,7 @@ CommandFixture::CommandFixture() {
 }
 
 CommandResult CommandFixture::run(const std::string& shell_line) const {
-  const std::string folder = "'" + folder_.path().string() + "'";
+  const std::string folder = "'" + folder_.path() + "'";
   const std::string line = "cd " + folder + " && { " + shell_line + "\n} >stdout.txt 2>stderr.txt </dev/null";
   const int status = std::system(line.c_str());
   CommandResult result;

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "tests/tools/temporary_folder.h"
+#include "tests/support/temp_dir.h"
 
 namespace qzlog_test {
 
@@ -27,7 +27,7 @@ class CommandFixture : public ::testing::Test {
   void write(const std::string& name, std::string_view content) const { folder_.write(name, content); }
   std::string read(const std::string& name) const { return folder_.read(name); }
 
-  TemporaryFolder folder_;
+  qz_test::TempDir folder_;
 };
 
 /// The definitions that most tests of `render` use (storage.yaml in the fixture's folder).

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/tools/temporary_folder.h"
+#include "tests/support/temp_dir.h"
 #include "tools/system/file_descriptor.h"
 
 namespace {
@@ -34,7 +34,7 @@ TEST(Bar, LargestCounts_FillTheColumns) {
 TEST(Bar, NothingCounted_IsEmpty) { EXPECT_EQ(bar(0, 0, 10), ""); }
 
 std::string chart(const std::vector<DayTotal>& days, std::size_t columns) {
-  const qzlog_test::TemporaryFolder folder;
+  const qz_test::TempDir folder;
   const std::string path = folder.write("chart", "");
   const qzlog_tool::FileDescriptor file(::open(path.c_str(), O_WRONLY | O_CLOEXEC));
   qzlog_tool::BufferedOutput output(file.get(), "chart");

@@ -17,10 +17,10 @@
 
 namespace {
 
+using qz_test::read_file;
 using qzlog_test::CommandFixture;
 using qzlog_test::CommandResult;
 using qzlog_test::counter_bytes;
-using qzlog_test::TemporaryFolder;
 
 constexpr const char* kDefinitions = R"yaml(
 version: "1.0"
@@ -59,7 +59,7 @@ void expect_golden(const CommandResult& result, const std::string& name) {
                            "/" +
                            name;
   if (std::getenv("QZLOG_REWRITE_GOLDEN") != nullptr) std::ofstream(path, std::ios::binary) << result.out;
-  EXPECT_EQ(result.out, TemporaryFolder::read_path(path)) << name;
+  EXPECT_EQ(result.out, read_file(path)) << name;
   EXPECT_NE(result.out, "");
   EXPECT_EQ(result.err, "");
   EXPECT_EQ(result.status, 0);

@@ -12,8 +12,8 @@
 #include <string>
 
 #include "tests/support/descriptor_limit.h"
+#include "tests/support/temp_dir.h"
 #include "tests/tools/count/counter_bytes.h"
-#include "tests/tools/temporary_folder.h"
 #include "tools/system/command_error.h"
 
 namespace {
@@ -64,7 +64,7 @@ TEST(CounterPath, NoName_IsRefused) {
 
 class CounterFileTest : public ::testing::Test {
  protected:
-  CounterPath path() const { return parse_counter_path((folder_.path() / "events").string()); }
+  CounterPath path() const { return parse_counter_path(folder_.path("events")); }
   std::string bytes() const { return folder_.read("events.cnt"); }
   std::string refusal(MissingCounter missing) const {
     try {
@@ -78,7 +78,7 @@ class CounterFileTest : public ::testing::Test {
 
   static CalendarDay day(const char* text) { return *parse_day(text); }
 
-  qzlog_test::TemporaryFolder folder_;
+  qz_test::TempDir folder_;
 };
 
 TEST_F(CounterFileTest, Increase_DaysThatAlternateUnderOneKeyAreCountedApart) {

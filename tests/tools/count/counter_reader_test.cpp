@@ -9,16 +9,16 @@
 #include <string>
 #include <thread>
 
+#include "tests/support/temp_dir.h"
 #include "tests/tools/count/counter_bytes.h"
-#include "tests/tools/temporary_folder.h"
 #include "tools/system/command_error.h"
 #include "tools/system/file_descriptor.h"
 
 namespace {
 
+using qz_test::TempDir;
 using qzlog_test::counter_bytes;
 using qzlog_test::CounterBytes;
-using qzlog_test::TemporaryFolder;
 using qzlog_tool::CounterDamage;
 using qzlog_tool::DayCount;
 using qzlog_tool::FileDescriptor;
@@ -49,7 +49,7 @@ Content read_descriptor(int descriptor) {
 }
 
 Content read_bytes(const std::string& bytes) {
-  const TemporaryFolder folder;
+  const TempDir folder;
   const FileDescriptor file = qzlog_tool::open_input(folder.write("x.cnt", bytes));
   return read_descriptor(file.get());
 }
@@ -187,8 +187,8 @@ TEST(ReadCounts, RandomBytes_GiveOnlyRealDatesOrDamage) {
 }
 
 TEST(ReadCounts, Folder_ThrowsWithReason) {
-  const TemporaryFolder folder;
-  const FileDescriptor file = qzlog_tool::open_input(folder.path().string());
+  const TempDir folder;
+  const FileDescriptor file = qzlog_tool::open_input(folder.path());
   try {
     read_descriptor(file.get());
     FAIL() << "no exception";

@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/temp_dir.h"
 #include "tests/tools/signal_action.h"
-#include "tests/tools/temporary_folder.h"
 #include "tools/compiler/source/compiler.h"
 #include "tools/system/child_process.h"
 #include "tools/system/command_error.h"
@@ -52,7 +52,7 @@ std::string failure_of(const std::string& argument) {
 class GitInput : public ::testing::Test {
  protected:
   GitInput() : working_folder_(folder_.path()) {
-    std::filesystem::create_directory(folder_.path() / "dir");
+    std::filesystem::create_directory(folder_.path("dir"));
     git({"init", "--quiet"});
     folder_.write("dir/events.yaml", kOldSource);
     git({"add", "."});
@@ -66,7 +66,7 @@ class GitInput : public ::testing::Test {
     if (qzlog_tool::run_program(std::move(arguments)).status != 0) throw std::runtime_error("git has failed");
   }
 
-  qzlog_test::TemporaryFolder folder_;
+  qz_test::TempDir folder_;
   WorkingFolder working_folder_;
 };
 
@@ -82,14 +82,14 @@ TEST_F(GitInput, NoRevision_GivesTheIndex) {
 }
 
 TEST_F(GitInput, RelativePath_CountsFromTheWorkingFolder) {
-  const WorkingFolder inside(folder_.path() / "dir");
+  const WorkingFolder inside(folder_.path("dir"));
   EXPECT_EQ(read_definition_revision("git:HEAD:./events.yaml").content, kOldSource);
 }
 
 TEST_F(GitInput, ShellCharacters_AreNotInterpreted) {
   EXPECT_EQ(failure_of("git:HEAD:$(touch made)"),
             "cannot read 'git:HEAD:$(touch made)': git has failed with status 128");
-  EXPECT_FALSE(std::filesystem::exists(folder_.path() / "made"));
+  EXPECT_FALSE(std::filesystem::exists(folder_.path("made")));
 }
 
 TEST_F(GitInput, FileNamedLikeTheObject_IsNotTakenForAPath) {
@@ -100,7 +100,7 @@ TEST_F(GitInput, FileNamedLikeTheObject_IsNotTakenForAPath) {
 TEST_F(GitInput, RevisionLikeAnOption_IsRefused) {
   EXPECT_EQ(failure_of("git:--output=made:dir/events.yaml"),
             "'git:--output=made:dir/events.yaml': a revision does not begin with '-'");
-  EXPECT_FALSE(std::filesystem::exists(folder_.path() / "made"));
+  EXPECT_FALSE(std::filesystem::exists(folder_.path("made")));
 }
 
 TEST_F(GitInput, Folder_IsNoDefinition) {
@@ -126,12 +126,12 @@ class HostileRepository : public GitInput {
     become_partial();
   }
 
-  std::string marks() const { return (folder_.path() / "marks").string(); }
+  std::string marks() const { return folder_.path("marks"); }
   bool has_marks() const { return !std::filesystem::is_empty(marks()); }
 
   /// A name of the program, by which its mark tells what has called it.
   std::string program(const std::string& name) const {
-    const std::filesystem::path link = folder_.path() / name;
+    const std::filesystem::path link = folder_.path(name);
     std::filesystem::create_symlink("program", link);
     return link.string();
   }
@@ -154,9 +154,10 @@ class HostileRepository : public GitInput {
   void add_hooks() const {
     for (const char* const hook : {"post-index-change", "fsmonitor-watchman", "reference-transaction", "pre-auto-gc",
                                    "post-checkout", "query-watchman"}) {
-      std::filesystem::create_symlink(program(std::string("hook.") + hook), folder_.path() / ".git/hooks" / hook);
+      std::filesystem::create_symlink(program(std::string("hook.") + hook),
+                                      std::filesystem::path(folder_.path(".git/hooks")) / hook);
     }
-    git({"config", "core.hooksPath", (folder_.path() / ".git/hooks").string()});
+    git({"config", "core.hooksPath", folder_.path(".git/hooks")});
   }
 
   /// The repository says that it is a partial clone, so that git would ask "origin" for what is not there.
@@ -165,7 +166,8 @@ class HostileRepository : public GitInput {
     git({"config", "extensions.partialClone", "origin"});
     git({"config", "remote.origin.promisor", "true"});
     const std::string object = qzlog_tool::run_program({"git", "rev-parse", "HEAD:dir/events.yaml"}).output;
-    lost_ = folder_.path() / ".git/objects" / object.substr(0, 2) / object.substr(2, object.find('\n') - 2);
+    lost_ = std::filesystem::path(folder_.path(".git/objects")) / object.substr(0, 2) /
+            object.substr(2, object.find('\n') - 2);
   }
 
   std::filesystem::path lost_;
@@ -180,9 +182,8 @@ TEST_F(HostileRepository, Objects_AreReadAndNoProgramRuns) {
 }
 
 TEST_F(HostileRepository, MissingObject_IsNotFetched) {
-  for (const std::string& url :
-       {folder_.path().string(), "ext::" + (folder_.path() / "ext").string(), std::string("ssh://host/path"),
-        std::string("git://localhost:1/path"), std::string("marked::path")}) {
+  for (const std::string& url : {folder_.path(), "ext::" + folder_.path("ext"), std::string("ssh://host/path"),
+                                 std::string("git://localhost:1/path"), std::string("marked::path")}) {
     std::filesystem::remove_all(marks());
     std::filesystem::create_directory(marks());
     git({"config", "remote.origin.url", url});

@@ -6,7 +6,7 @@
 #include <string>
 
 #include "qzlog/logcfg.h"
-#include "tests/tools/temporary_folder.h"
+#include "tests/support/temp_dir.h"
 #include "tools/definitions/definition_files.h"
 #include "tools/render/entry_error.h"
 #include "tools/render/json_entry.h"
@@ -74,7 +74,7 @@ class EntryBuilderTest : public ::testing::Test {
     return "accepted";
   }
 
-  qzlog_test::TemporaryFolder folder_;
+  qz_test::TempDir folder_;
   qzlog_tool::LoadedDefinitions definitions_;
   std::string padded_;
   qzlog_tool::JsonEntryParser parser_;

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "qzlog/logcfg.h"
-#include "tests/tools/temporary_folder.h"
+#include "tests/support/temp_dir.h"
 #include "tools/definitions/definition_files.h"
 #include "tools/render/entry_builder.h"
 #include "tools/render/entry_error.h"
@@ -169,7 +169,7 @@ class KeptEntryTest : public ::testing::Test {
 
   void expect_as_anew(const std::string& line) { ASSERT_EQ(built(builder_, line), built_anew(line)) << line; }
 
-  qzlog_test::TemporaryFolder folder_;
+  qz_test::TempDir folder_;
   qzlog_tool::LoadedDefinitions definitions_;
   JsonEntryParser parser_;
   EntryBuilder builder_{&definitions_.names, nullptr};

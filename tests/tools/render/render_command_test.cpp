@@ -168,7 +168,7 @@ TEST_F(RenderCommand, Auxiliary_SourceOrCompiledOnSourceOrCompiled) {
 }
 
 TEST_F(RenderCommand, Catalog_InARelativeFolderAndForALocale) {
-  std::filesystem::create_directory(folder_.path() / "messages");
+  std::filesystem::create_directory(folder_.path("messages"));
   write("root.txt", "root { STRING_TABLE { DISK_FULL { \"%s%Name% voll%_%TIMESTAMP%\" } } }");
   write("ja.txt", "ja { STRING_TABLE { DISK_FULL { \"\u6E80\u676F %s%Name%\" } } }");
   const CommandResult built = run("genrb --encoding UTF-8 -q -d messages root.txt ja.txt");
@@ -186,12 +186,12 @@ TEST_F(RenderCommand, MessageWithLineBreaks_IsOneLine) {
 }
 
 TEST_F(RenderCommand, TemporaryFile_IsGone) {
-  std::filesystem::create_directory(folder_.path() / "temporary");
-  const qzlog_test::ScopedVariable variable("TMPDIR", (folder_.path() / "temporary").string());
+  std::filesystem::create_directory(folder_.path("temporary"));
+  const qzlog_test::ScopedVariable variable("TMPDIR", folder_.path("temporary"));
   EXPECT_EQ(render(line(kFull)).status, 0);
   write("storage.yaml", "version: [");
   EXPECT_EQ(render(line(kFull)).status, 1);
-  EXPECT_TRUE(std::filesystem::is_empty(folder_.path() / "temporary"));
+  EXPECT_TRUE(std::filesystem::is_empty(folder_.path("temporary")));
 }
 
 TEST_F(RenderCommand, EntriesOverTwoBuffers_AreAllRendered) {

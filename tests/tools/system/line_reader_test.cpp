@@ -8,13 +8,13 @@
 #include <thread>
 #include <vector>
 
-#include "tests/tools/temporary_folder.h"
+#include "tests/support/temp_dir.h"
 #include "tools/system/command_error.h"
 #include "tools/system/file_descriptor.h"
 
 namespace {
 
-using qzlog_test::TemporaryFolder;
+using qz_test::TempDir;
 using qzlog_tool::CommandError;
 using qzlog_tool::FileDescriptor;
 using qzlog_tool::LineReader;
@@ -35,7 +35,7 @@ std::vector<std::string> read_all(int descriptor, std::size_t maximum_line_bytes
 
 std::vector<std::string> lines_of(std::string_view content,
                                   std::size_t maximum_line_bytes = LineReader::kMaximumLineBytes) {
-  const TemporaryFolder folder;
+  const TempDir folder;
   const FileDescriptor file = qzlog_tool::open_input(folder.write("input", content));
   return read_all(file.get(), maximum_line_bytes);
 }
@@ -84,7 +84,7 @@ TEST(LineReader, LineLongerThanTheFirstBuffer_IsReadWhole) {
 }
 
 TEST(LineReader, BehindALine_PaddingCanBeRead) {
-  const TemporaryFolder folder;
+  const TempDir folder;
   const FileDescriptor file = qzlog_tool::open_input(folder.write("input", "1234"));
   LineReader reader(file.get(), "input", 4);
   LineReader::Line line;
@@ -110,8 +110,8 @@ TEST(LineReader, ByteOrderMarkInPieces_IsSkipped) {
 }
 
 TEST(LineReader, Folder_ThrowsWithFileAndReason) {
-  const TemporaryFolder folder;
-  const FileDescriptor file = qzlog_tool::open_input(folder.path().string());
+  const TempDir folder;
+  const FileDescriptor file = qzlog_tool::open_input(folder.path());
   LineReader reader(file.get(), "some folder");
   try {
     reader.fill();

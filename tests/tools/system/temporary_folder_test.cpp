@@ -6,9 +6,9 @@
 #include <filesystem>
 #include <string>
 
+#include "tests/support/temp_dir.h"
 #include "tests/tools/resource_limit.h"
 #include "tests/tools/scoped_variable.h"
-#include "tests/tools/temporary_folder.h"
 #include "tools/system/command_error.h"
 
 namespace {
@@ -16,15 +16,15 @@ namespace {
 using qzlog_test::ScopedVariable;
 
 TEST(TemporaryFolder, Lifetime_FolderIsThereThenGoneWithItsFiles) {
-  const qzlog_test::TemporaryFolder parent;
-  const ScopedVariable variable("TMPDIR", parent.path().string());
+  const qz_test::TempDir parent;
+  const ScopedVariable variable("TMPDIR", parent.path());
   std::string path;
   {
     const qzlog_tool::TemporaryFolder folder;
     path = folder.path();
     EXPECT_EQ(std::filesystem::path(path).parent_path(), parent.path());
     EXPECT_EQ(folder.add_file("file", "x"), path + "/file");
-    EXPECT_EQ(qzlog_test::TemporaryFolder::read_path(path + "/file"), "x");
+    EXPECT_EQ(qz_test::read_file(path + "/file"), "x");
     struct stat status = {};
     ASSERT_EQ(::stat(path.c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 0777, 0700u);
