@@ -13,7 +13,7 @@
 
 #include "qzlog/logentrycounter.h"
 #include "tests/counter/counter_fixture.h"
-#include "tests/support/descriptor_limit.h"
+#include "tests/support/resource_limit.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "tests/definitions/table_test.h"
-#include "tests/support/address_space_limit.h"
+#include "tests/support/resource_limit.h"
 
 namespace {
 

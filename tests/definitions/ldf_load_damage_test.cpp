@@ -2,7 +2,7 @@
 #include <functional>
 
 #include "tests/definitions/table_test.h"
-#include "tests/support/address_space_limit.h"
+#include "tests/support/resource_limit.h"
 
 namespace {
 

@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/resource_limit.h"
+#include "tests/support/scoped_environment.h"
 #include "tests/support/temp_dir.h"
-#include "tests/tools/resource_limit.h"
-#include "tests/tools/scoped_variable.h"
 #include "tools/catalog/resource_bundle.h"
 #include "tools/system/command_error.h"
 
@@ -44,7 +44,7 @@ TEST(RunGenrb, Results_HaveTheOrderOfTheSourcesAndAreTheSameEachTime) {
 
 TEST(RunGenrb, TemporaryFolder_IsGoneAlsoAfterAFailure) {
   const qz_test::TempDir folder;
-  const qzlog_test::ScopedVariable variable("TMPDIR", folder.path());
+  const qz_test::SetEnv variable("TMPDIR", folder.path());
   EXPECT_EQ(run_genrb("genrb", two_sources()).size(), 2u);
   EXPECT_EQ(failure("false", two_sources()).first, qzlog_tool::kExitFindings);
   EXPECT_TRUE(std::filesystem::is_empty(folder.path()));
@@ -91,7 +91,7 @@ TEST(RunGenrb, FullDisk_IsAnError) {
   const std::vector<BundleSource> sources = {bundle_source("root", {{"a", std::string(5000, 'x')}})};
   const std::size_t source_size = genrb_text(sources[0]).size();
   ASSERT_GT(run_genrb("genrb", sources)[0].content.size(), source_size);
-  const qzlog_test::ResourceLimit limit(RLIMIT_FSIZE, source_size);
+  const qz_test::ResourceLimit limit(RLIMIT_FSIZE, source_size);
   EXPECT_EQ(failure("genrb", sources).first, qzlog_tool::kExitFindings);
 }
 

@@ -11,7 +11,7 @@
 #include <random>
 #include <string>
 
-#include "tests/support/descriptor_limit.h"
+#include "tests/support/resource_limit.h"
 #include "tests/support/temp_dir.h"
 #include "tests/tools/count/counter_bytes.h"
 #include "tools/system/command_error.h"

@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/signal_action.h"
 #include "tests/support/temp_dir.h"
-#include "tests/tools/signal_action.h"
 #include "tools/compiler/source/compiler.h"
 #include "tools/system/child_process.h"
 #include "tools/system/command_error.h"
@@ -109,7 +109,7 @@ TEST_F(GitInput, Folder_IsNoDefinition) {
 
 // What the parent of this process has set must not change what is read.
 TEST_F(GitInput, IgnoredSigchld_DoesNotMatter) {
-  const qzlog_test::SignalAction ignored(SIGCHLD, SIG_IGN);
+  const qz_test::SignalAction ignored(SIGCHLD, SIG_IGN);
   EXPECT_EQ(read_definition_revision("git:HEAD:dir/events.yaml").content, kOldSource);
 }
 

@@ -6,8 +6,8 @@
 #include <ostream>
 #include <streambuf>
 
-#include "tests/support/address_space_limit.h"
 #include "tests/support/ldf_file.h"
+#include "tests/support/resource_limit.h"
 #include "tests/tools/compiler/example_model.h"
 #include "tests/tools/compiler/random_stored_model.h"
 #include "tests/tools/inspect/ldf_forms.h"

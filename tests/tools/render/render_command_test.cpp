@@ -4,8 +4,8 @@
 #include <filesystem>
 #include <string>
 
+#include "tests/support/scoped_environment.h"
 #include "tests/tools/command_fixture.h"
-#include "tests/tools/scoped_variable.h"
 
 namespace {
 
@@ -187,7 +187,7 @@ TEST_F(RenderCommand, MessageWithLineBreaks_IsOneLine) {
 
 TEST_F(RenderCommand, TemporaryFile_IsGone) {
   std::filesystem::create_directory(folder_.path("temporary"));
-  const qzlog_test::ScopedVariable variable("TMPDIR", folder_.path("temporary"));
+  const qz_test::SetEnv variable("TMPDIR", folder_.path("temporary"));
   EXPECT_EQ(render(line(kFull)).status, 0);
   write("storage.yaml", "version: [");
   EXPECT_EQ(render(line(kFull)).status, 1);

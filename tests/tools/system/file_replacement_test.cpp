@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/resource_limit.h"
 #include "tests/support/temp_dir.h"
-#include "tests/tools/resource_limit.h"
 #include "tools/system/command_error.h"
 
 namespace {
@@ -71,7 +71,7 @@ TEST_F(FileReplacementTest, Permissions_AreNeverWiderThanTheFiles) {
 }
 
 TEST_F(FileReplacementTest, FullDisk_ThrowsAndLeavesNothing) {
-  const qzlog_test::ResourceLimit limit(RLIMIT_FSIZE, 1);
+  const qz_test::ResourceLimit limit(RLIMIT_FSIZE, 1);
   try {
     replacement("new");
     FAIL() << "no exception";

@@ -7,14 +7,14 @@
 #include <fstream>
 #include <string>
 
+#include "tests/support/resource_limit.h"
 #include "tests/support/temp_dir.h"
-#include "tests/tools/resource_limit.h"
 #include "tools/system/command_error.h"
 
 namespace {
 
 using qz_test::read_file;
-using qzlog_test::ResourceLimit;
+using qz_test::ResourceLimit;
 using qzlog_tool::CommandError;
 using qzlog_tool::MemoryFile;
 

@@ -11,8 +11,8 @@
 #include <iterator>
 #include <string>
 
+#include "tests/support/resource_limit.h"
 #include "tests/support/temp_dir.h"
-#include "tests/tools/resource_limit.h"
 #include "tools/system/command_error.h"
 #include "tools/system/file_descriptor.h"
 #include "tools/system/memory_file.h"
@@ -171,7 +171,7 @@ TEST_F(WriteFile, FileInThePlaceOfOneThatWasRemoved_IsLeftAlone) {
 
 TEST_F(WriteFile, FullDisk_LeavesTheFileAsItWasAndNothingBeside) {
   write_file(path("f"), "old");
-  const qzlog_test::ResourceLimit limit(RLIMIT_FSIZE, 0);
+  const qz_test::ResourceLimit limit(RLIMIT_FSIZE, 0);
   EXPECT_EQ(error_of(path("f")), "cannot write '" + path("f") + "': File too large");
   EXPECT_EQ(read_file(path("f")), "old");
   EXPECT_EQ(files(), 1U);
@@ -197,7 +197,7 @@ TEST_F(WriteFile, Several_AreAllWritten) {
 TEST_F(WriteFile, NoDescriptorLeft_LeavesTheFileAsItWas) {
   write_file(path("f"), "old");
   {
-    const qzlog_test::ResourceLimit limit(RLIMIT_NOFILE, 3);
+    const qz_test::ResourceLimit limit(RLIMIT_NOFILE, 3);
     EXPECT_EQ(error_of(path("f")), "cannot write '" + path("f") + "': Too many open files");
   }
   EXPECT_EQ(read_file(path("f")), "old");

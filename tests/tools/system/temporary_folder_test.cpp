@@ -6,18 +6,18 @@
 #include <filesystem>
 #include <string>
 
+#include "tests/support/resource_limit.h"
+#include "tests/support/scoped_environment.h"
 #include "tests/support/temp_dir.h"
-#include "tests/tools/resource_limit.h"
-#include "tests/tools/scoped_variable.h"
 #include "tools/system/command_error.h"
 
 namespace {
 
-using qzlog_test::ScopedVariable;
+using qz_test::SetEnv;
 
 TEST(TemporaryFolder, Lifetime_FolderIsThereThenGoneWithItsFiles) {
   const qz_test::TempDir parent;
-  const ScopedVariable variable("TMPDIR", parent.path());
+  const SetEnv variable("TMPDIR", parent.path());
   std::string path;
   {
     const qzlog_tool::TemporaryFolder folder;
@@ -44,7 +44,7 @@ TEST(TemporaryFolder, MoreFilesThanAreReadAtOnce_AllGone) {
 
 TEST(TemporaryFolder, FullDisk_Throws) {
   const qzlog_tool::TemporaryFolder folder;
-  const qzlog_test::ResourceLimit limit(RLIMIT_FSIZE, 2);
+  const qz_test::ResourceLimit limit(RLIMIT_FSIZE, 2);
   try {
     folder.add_file("file", "xyz");
     FAIL() << "no exception";
@@ -54,7 +54,7 @@ TEST(TemporaryFolder, FullDisk_Throws) {
 }
 
 TEST(TemporaryFolder, NoPlace_Throws) {
-  const ScopedVariable variable("TMPDIR", "/nowhere/at/all");
+  const SetEnv variable("TMPDIR", "/nowhere/at/all");
   try {
     const qzlog_tool::TemporaryFolder folder;
     FAIL() << folder.path();
