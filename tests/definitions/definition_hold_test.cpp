@@ -256,7 +256,6 @@ TEST_F(DefinitionHold, ThreeTablesFullOfCachedDefinitions_EachRight) {
 
 TEST_F(DefinitionHold, RandomLookupsEvictionsAndReloads_AlwaysWhatTheTableAnswers) {
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   std::vector<std::pair<unsigned, _qz_LOG_definition_hold_ref>> held;
   for (int i = 0; i < 20000; ++i) {
     const auto id = static_cast<unsigned>(random.one_in(3) ? random.between(1, kIds + 5) : random.between(1, 60));
@@ -458,7 +457,6 @@ TEST(ThreadHolds, IdsThatCollide_EachItsOwn) {
 
 TEST(ThreadHolds, RandomIdsBeyondTheMost_LastKeptAlwaysFoundAndNeverAnothers) {
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   _qz_LOG_thread_holds holds;
   std::map<unsigned, std::string> newest;
   for (int i = 0; i < 20000; ++i) {

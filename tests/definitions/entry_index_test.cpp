@@ -144,7 +144,6 @@ TEST_F(EntryIndex, NoMemoryToReserve_MemoryAllocAndNothingChanged) {
 
 TEST_F(EntryIndex, RandomIds_AsAMap) {
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   std::map<unsigned, unsigned> model;
   for (unsigned i = 0; i < 30000; ++i) {
     const auto id = static_cast<unsigned>(random.one_in(2) ? random.between(0, 2000) : random.between(0, 0xFFFFFFFF));
@@ -303,7 +302,6 @@ TEST_F(IndexedFiles, AuxMapLongerThanAStreamBuffer_EachPairRead) {
 
 TEST_F(IndexedFiles, RandomAuxFiles_TracedOrNotTheSame) {
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   for (int round = 0; round < 20; ++round) {
     LdfFile aux;
     for (int i = 0; i < 150; ++i) {

@@ -137,7 +137,6 @@ TEST_F(LdfCache, HeldReference_OutlivesEvictionAndClearing) {
 
 TEST_F(LdfCache, RandomLookups_CacheAsAPlainQueue) {
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   std::vector<unsigned> queue;
   for (int i = 0; i < 1500; ++i) {
     const auto id = static_cast<unsigned>(random.between(1, 160));

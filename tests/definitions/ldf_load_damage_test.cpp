@@ -257,7 +257,6 @@ TEST_F(LdfDamage, RunsRepeated_NothingButTheStatedFailures) {
 
 TEST_F(LdfDamage, RandomBytesOverwritten_NothingButTheStatedFailures) {
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   const std::string sound = std_file().bytes();
   for (int round = 0; round < 2000; ++round) {
     std::string bytes = sound;

@@ -351,7 +351,6 @@ void change_both(SeededRandom& random, qz_String& string, std::string& model) {
 
 TEST(QzString, RandomChanges_AgreeWithAStandardString) {
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   for (int run = 0; run < 100; ++run) {
     qz_String string;
     std::string model;

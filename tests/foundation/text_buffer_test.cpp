@@ -109,7 +109,6 @@ TEST(TextBuffer, RoomReserved_FormerBytesStayAndAllOfItCanBeFilled) {
 
 TEST(TextBuffer, RandomAppends_AsAString) {
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   for (int round = 0; round < 50; ++round) {
     qz_TextBuffer buffer;
     std::string wanted;
@@ -196,7 +195,6 @@ TEST(TextCursor, NoMemoryToGrow_ThrowsAndKeepsTheText) {
 
 TEST(TextCursor, RandomAppends_AsAString) {
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   for (int round = 0; round < 50; ++round) {
     qz_TextBuffer buffer;
     std::string wanted;

@@ -73,7 +73,6 @@ TEST_F(UnsharedFile, ReadsAndSeeksAtRandom_AsAnOrdinaryStream) {
   const qz_FileHandle ordinary(QZ_fopen(path.c_str(), "rb"));
   const qz_FileHandle unshared = qz_open_unshared(path.c_str());
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   for (int i = 0; i < rounds(4000); ++i) {
     if (random.one_in(2)) {
       const long long offset = random.between(-2000, kSize + 3000);

@@ -144,7 +144,6 @@ void damage(std::string& bytes, SeededRandom& random) {
 
 TEST_F(DamagedCatalog, DamagedAtRandom_TextsOrTheStatedExceptions) {
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   unsigned failed = 0;
   for (const char* const version : kVersions) {
     const std::string whole = make_bundle(kSource, version);

@@ -18,7 +18,7 @@
 ///
 ///   SetEnv variable("NAME", "value"); UnsetEnv("NAME"); TimeZone zone("Asia/Kathmandu"); CLocale locale("C.UTF-8");
 ///
-///   SeededRandom random; SCOPED_TRACE(random.trace());             QZLOG_TEST_SEED=n repeats a failed run
+///   SeededRandom random; random.between(1, 6);       the same in every run; failures say the seed
 #include "tests/support/allocation_failure.h"
 #include "tests/support/debug_log_file.h"
 #include "tests/support/rounds.h"

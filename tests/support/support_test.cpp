@@ -1,5 +1,6 @@
 #include "tests/support/support.h"
 
+#include <gtest/gtest-spi.h>
 #include <gtest/gtest.h>
 #include <stdlib.h>
 #include <string.h>
@@ -7,6 +8,7 @@
 
 #include <filesystem>
 #include <new>
+#include <set>
 #include <stdexcept>
 #include <string>
 
@@ -159,12 +161,32 @@ TEST(TimeZone, Lifetime_LocalTimeFollows) {
   EXPECT_EQ(local.tm_gmtoff, 0);
 }
 
-TEST(SeededRandom, SeedGiven_RepeatsTheNumbers) {
-  const SetEnv seed("QZLOG_TEST_SEED", "42");
+TEST(SeededRandom, NoSeedGiven_SameNumbersInTheSameTest) {
+  const UnsetEnv seed("QZLOG_TEST_SEED");
   SeededRandom first;
   SeededRandom second;
-  EXPECT_EQ(first.trace(), "repeat with QZLOG_TEST_SEED=42");
+  EXPECT_EQ(first.seed(), 4157945556U);
   for (int i = 0; i < 100; ++i) EXPECT_EQ(first.between(-9, 9), second.between(-9, 9));
+}
+
+TEST(SeededRandom, SeedGiven_ItsNumbers) {
+  const SetEnv seed("QZLOG_TEST_SEED", "42");
+  SeededRandom random;
+  RandomNumbers same(42);
+  for (int i = 0; i < 100; ++i) EXPECT_EQ(random.below(1000), same.below(1000));
+}
+
+TEST(SeededRandom, Failure_SaysTheSeed) {
+  const SetEnv seed("QZLOG_TEST_SEED", "42");
+  const SeededRandom random;
+  EXPECT_NONFATAL_FAILURE(ADD_FAILURE() << "text", "QZLOG_TEST_SEED=42");
+}
+
+TEST(RandomNumbers, Below_ReachesEveryNumberAndNoOther) {
+  SeededRandom random;
+  std::set<std::size_t> seen;
+  for (int i = 0; i < 1000; ++i) seen.insert(random.below(4));
+  EXPECT_EQ(seen, (std::set<std::size_t>{0, 1, 2, 3}));
 }
 
 }  // namespace

@@ -192,7 +192,6 @@ std::set<std::uint32_t> diagnosed_entries(const CompileResult& result) {
 
 TEST_F(LibraryRoundTrip, RandomModel_AfterYamlAndCompiledFile_IsTheSame) {
   qz_test::SeededRandom random;
-  SCOPED_TRACE(random.trace());
   for (int i = 0; i < qz_test::rounds(50) && !HasFailure(); ++i) {
     RandomModel made = random_model::make_model(random);
     const CompileResult result = compile_source(random_model::to_yaml(made.model, random), "random.yaml", {});
@@ -221,7 +220,6 @@ TEST_F(LibraryRoundTrip, RandomModel_AfterYamlAndCompiledFile_IsTheSame) {
 
 TEST_F(LibraryRoundTrip, RandomModel_Loaded_HasTheSameAttributesAndMasks) {
   qz_test::SeededRandom random;
-  SCOPED_TRACE(random.trace());
   for (int i = 0; i < qz_test::rounds(20) && !HasFailure(); ++i) {
     const RandomModel made = random_model::make_model(random);
     const CompileResult result = compile_source(random_model::to_yaml(made.model, random), "random.yaml", {});
@@ -291,7 +289,6 @@ class MessageChecker {
 
 TEST_F(LibraryRoundTrip, RandomModel_OnEachPath_ShowsEveryMessageAsWritten) {
   qz_test::SeededRandom random;
-  SCOPED_TRACE(random.trace());
   random_model::ModelOptions options;
   options.messages = random_model::MessageKind::kEverywhere;
   for (const MessagePath path : {MessagePath::kIcu, MessagePath::kNarrow}) {
@@ -325,7 +322,6 @@ RandomModel without(const RandomModel& made, const std::set<std::uint32_t>& ids)
 /// For `--path both` a warning means that one of the paths shows another text; without one, both show it.
 TEST_F(LibraryRoundTrip, AnyText_WithoutAWarning_SurvivesOnThePathsAskedFor) {
   qz_test::SeededRandom random;
-  SCOPED_TRACE(random.trace());
   random_model::ModelOptions options;
   options.entries = 5000;
   options.messages = random_model::MessageKind::kAnything;

@@ -110,7 +110,6 @@ TEST(WriteJson, RepeatedTexts_EachHasItsBytes) {
 
 TEST(WriteJson, AnyFile_IsWellFormed) {
   qz_test::SeededRandom random;
-  SCOPED_TRACE(random.trace());
   RandomStoredModel maker(random);
   for (int round = 0; round < 1000; ++round) {
     const std::string whole = write_ldf(maker.make());

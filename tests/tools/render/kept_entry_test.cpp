@@ -3,11 +3,11 @@
 #include <gtest/gtest.h>
 #include <stdlib.h>
 
-#include <random>
 #include <string>
 #include <vector>
 
 #include "qzlog/logcfg.h"
+#include "tests/support/seeded_random.h"
 #include "tests/support/temp_dir.h"
 #include "tools/definitions/definition_files.h"
 #include "tools/render/entry_builder.h"
@@ -197,20 +197,18 @@ TEST_F(KeptEntryTest, IdsThatShareAPlace_EachAsNew) {
 }
 
 TEST_F(KeptEntryTest, RandomLines_AsEntriesBuiltAnew) {
-  const auto seed = std::random_device()();
-  SCOPED_TRACE(seed);
-  std::mt19937 random(seed);
-  const auto one_of = [&random](const std::vector<std::string>& texts) { return texts[random() % texts.size()]; };
+  qz_test::SeededRandom random;
+  const auto one_of = [&random](const std::vector<std::string>& texts) { return texts[random.below(texts.size())]; };
   for (int round = 0; round < 5000; ++round) {
     std::string line = "{\"id\":" + one_of({"7", "7", "7", "71", "8", "\"SEVEN\"", "9", "\"NINE\""});
-    if (random() % 2 == 0) line += ",\"level\":" + std::to_string(random() % 10);
+    if (random.below(2) == 0) line += ",\"level\":" + std::to_string(random.below(10));
     // Winter and summer, so that the zone's fields change, and a text that is no time.
-    if (random() % 2 == 0) {
+    if (random.below(2) == 0) {
       line += ",\"time\":\"" + one_of({"2026-11-21T08:15:30Z", "2026-07-01T00:00:00Z", "2026-07-01T00:00:01Z", "now"}) +
               "\"";
     }
     std::string attributes;
-    for (std::size_t count = random() % 4; count > 0; --count) {
+    for (std::size_t count = random.below(4); count > 0; --count) {
       attributes +=
           (attributes.empty() ? "" : ",") +
           one_of({"\"A\":5", "\"A\":255", "\"A\":256", "\"A\":\"x\"", "\"B\":\"text\"", "\"B\":\"te\\u0078t\"",

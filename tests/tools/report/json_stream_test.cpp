@@ -38,7 +38,6 @@ TEST(WriteJsonText, Pieces_ReadLikeTheWhole) {
   EXPECT_EQ(written("", 4), "\"\"");
   EXPECT_EQ(written("Gr\u00FC\u00DFe an \"\U0001F600\"\n", 4), "\"Gr\u00FC\u00DFe an \\\"\U0001F600\\\"\\n\"");
   qz_test::SeededRandom random;
-  SCOPED_TRACE(random.trace());
   for (int round = 0; round < 20000; ++round) {
     const std::string text = random_text(random);
     const auto piece = static_cast<std::size_t>(random.between(4, 12));

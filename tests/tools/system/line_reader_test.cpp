@@ -3,11 +3,11 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include <random>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "tests/support/seeded_random.h"
 #include "tests/support/temp_dir.h"
 #include "tools/system/command_error.h"
 #include "tools/system/file_descriptor.h"
@@ -145,15 +145,13 @@ Lines simple_lines(const std::string& content, std::size_t maximum) {
 }
 
 TEST(LineReader, RandomContent_EqualsThePlainAlgorithm) {
-  const unsigned seed = std::random_device{}();
-  SCOPED_TRACE("seed " + std::to_string(seed));
-  std::mt19937 random(seed);
+  qz_test::SeededRandom random;
   for (int round = 0; round < 300; ++round) {
     std::string content;
-    const std::size_t size = random() % 200;
-    const auto line_feeds = 2 + random() % 30;
-    while (content.size() < size) content.push_back(random() % line_feeds == 0 ? '\n' : 'x');
-    const std::size_t maximum = 1 + random() % 40;
+    const std::size_t size = random.below(200);
+    const auto line_feeds = 2 + random.below(30);
+    while (content.size() < size) content.push_back(random.below(line_feeds) == 0 ? '\n' : 'x');
+    const std::size_t maximum = 1 + random.below(40);
     ASSERT_EQ(lines_of(content, maximum), simple_lines(content, maximum)) << content << " maximum " << maximum;
   }
 }

@@ -175,7 +175,6 @@ std::string describe_all(bool icu) {
 TEST(MergeModelsAtRandom, OneFile_ServesCallersLikeTheTwo) {
   const qz_test::TempDir folder;
   qz_test::SeededRandom random;
-  SCOPED_TRACE(random.trace());
   ModelMaker maker(random);
   int extended = 0;
   for (int round = 0; round < qz_test::rounds(64); ++round) {
