@@ -137,7 +137,7 @@ TEST_F(DefinitionHold, FilesLoadedAgain_HeldOneStaysAndTheNextIsTheNewOne) {
 
 TEST_F(DefinitionHold, LoadingFails_LookupsFindNothing) {
   EXPECT_TRUE(is_right(table_.hold_entry(1), 1));
-  EXPECT_TRUE(fails([&] { set_std_bytes("no definition file"); }, kUnreadable));
+  EXPECT_EQ(thrown_by([&] { set_std_bytes("no definition file"); }), invalid_definition(kUnreadable));
   EXPECT_FALSE(table_.hold_entry(1));
 }
 
@@ -313,7 +313,7 @@ TEST_F(DefinitionHold, TracedWhenTheThreadHoldsTheDefinition_TheCountRecordEachT
 bool first_lookup_fails(const _qz_LOG_log_definition_tbl& table, unsigned nth) {
   bool happened = false;
   in_thread([&] {
-    const testing::AssertionResult thrown = ThrowsMemoryAlloc([&] {
+    const std::string thrown = thrown_by([&] {
       const AllocationFailure failure(nth);
       struct Note {
         ~Note() { happened = failure.happened(); }
@@ -322,7 +322,7 @@ bool first_lookup_fails(const _qz_LOG_log_definition_tbl& table, unsigned nth) {
       } note{failure, happened};
       table.hold_entry(1);
     });
-    EXPECT_EQ(static_cast<bool>(thrown), happened) << "at allocation " << nth << ": " << thrown.message();
+    EXPECT_EQ(thrown, happened ? kNoMemory : "nothing") << "at allocation " << nth;
     EXPECT_TRUE(is_right(table.hold_entry(1), 1));
     EXPECT_EQ(&table.hold_entry(1)->definition(), table.find_entry(1));
   });

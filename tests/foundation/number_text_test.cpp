@@ -228,10 +228,12 @@ TEST(AppendFixed, NoMemory_MemoryAllocAndTheTextBeforeItStays) {
   for (const double value : {1.5, -1.5, 1e300, 1e-300, -4294967296.0}) {
     qz_TextBuffer text;
     text.append(full.data(), full.size());
-    EXPECT_TRUE(ThrowsMemoryAlloc([&] {
-      const AllocationFailure failure(1);
-      qz_append_fixed(text, value);
-    })) << value;
+    EXPECT_EQ(thrown_by([&] {
+                const AllocationFailure failure(1);
+                qz_append_fixed(text, value);
+              }),
+              kNoMemory)
+        << value;
     EXPECT_EQ(std::string(text.data(), full.size()), full);
   }
 }
