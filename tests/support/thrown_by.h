@@ -22,9 +22,9 @@ inline std::string quoted_or_null(const char* text) {
   return text == nullptr ? "(null)" : "\"" + std::string(text) + "\"";
 }
 
-/// "nothing", or what `operation` throws: QZX_logging_misc "text", with the code when it is not 0. The exception classes
-/// are not polymorphic, so the class itself, not one that it is derived from, is asked of the runtime. Of exceptions of
-/// others the class alone.
+/// "nothing", or what `operation` throws: QZX_logging_misc "text", with the code when it is not 0. The exception
+/// classes are not polymorphic, so the class itself, not one that it is derived from, is asked of the runtime. Of
+/// exceptions of others the class alone.
 template <typename Operation>
 std::string thrown_by(Operation&& operation) {
   try {

@@ -137,9 +137,6 @@ std::string expected_full_path(const Resolved& resolved, const std::string& path
 /// Resolves with both functions, into rooms that end at a page that cannot be touched.
 class Paths : public testing::Test {
  protected:
-  Paths() : previous_(std::filesystem::current_path()) {}
-  ~Paths() override { std::filesystem::current_path(previous_); }
-
   Resolved resolved(const std::string& path) const {
     room_.refill();
     const int result = _get_fullpath(room_.data(), path.c_str());
@@ -187,7 +184,7 @@ class Paths : public testing::Test {
   int refused_ = 0;
 
  private:
-  std::filesystem::path previous_;
+  WorkingFolder working_folder_;
 };
 
 struct PathCase {

@@ -10,12 +10,14 @@
 
 #include "tests/support/signal_action.h"
 #include "tests/support/temp_dir.h"
+#include "tests/support/working_folder.h"
 #include "tools/compiler/source/compiler.h"
 #include "tools/system/child_process.h"
 #include "tools/system/command_error.h"
 
 namespace {
 
+using qz_test::WorkingFolder;
 using qzlog_tool::CommandError;
 using qzlog_tool::DefinitionRevision;
 using qzlog_tool::load_definition_revision;
@@ -23,20 +25,6 @@ using qzlog_tool::read_definition_revision;
 
 constexpr const char* kOldSource = "version: \"1.0\"\nentries:\n  - {id: 7, name: FULL, message: \"old\"}\n";
 constexpr const char* kNewSource = "version: \"1.1\"\nentries:\n  - {id: 7, name: FULL, message: \"new\"}\n";
-
-/// Makes a folder the working folder as long as it lives.
-class WorkingFolder {
- public:
-  explicit WorkingFolder(const std::filesystem::path& folder) : before_(std::filesystem::current_path()) {
-    std::filesystem::current_path(folder);
-  }
-  WorkingFolder(const WorkingFolder&) = delete;
-  WorkingFolder& operator=(const WorkingFolder&) = delete;
-  ~WorkingFolder() { std::filesystem::current_path(before_); }
-
- private:
-  std::filesystem::path before_;
-};
 
 std::string failure_of(const std::string& argument) {
   try {
