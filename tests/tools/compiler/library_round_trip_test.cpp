@@ -2,7 +2,6 @@
 /// every message as written wherever the compiler had nothing to say against it.
 #include <gtest/gtest.h>
 
-#include <clocale>
 #include <functional>
 #include <map>
 #include <set>
@@ -14,6 +13,7 @@
 #include "qzlog/logentry.h"
 #include "qzlog/qz_locale.h"
 #include "tests/support/rounds.h"
+#include "tests/support/scoped_environment.h"
 #include "tests/support/settings_test.h"
 #include "tests/tools/compiler/model_text.h"
 #include "tests/tools/compiler/random_model.h"
@@ -101,7 +101,6 @@ NamesAndTypes attributes_that_can_be_set(const DefinitionModel& model, const Ent
 class LibraryRoundTrip : public qz_test::SettingsTest {
  protected:
   LibraryRoundTrip() {
-    std::setlocale(LC_CTYPE, "C.UTF-8");  // ICU reads templates in the character set of the process
     qz_LOG_LogConfig::SetCodePage("UTF-8");
     qz_Locale german = QZ_LOCALE_PROCESS;
     EXPECT_TRUE(qz_I18N_find_locale("de_DE", german));
@@ -157,6 +156,8 @@ class LibraryRoundTrip : public qz_test::SettingsTest {
   MessagePath path_ = MessagePath::kIcu;
 
  private:
+  qz_test::CLocale locale_{"C.UTF-8"};  // ICU reads templates in the character set of the process
+
   /// All values of a type are the same, whatever the attribute is called; only the entry's own time differs.
   static std::string probe_key(qz_AttributeType type, const std::string& name, char format) {
     return (name == "TIMESTAMP" ? name : std::string(short_type_name(type))) + ":" + format;

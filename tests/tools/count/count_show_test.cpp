@@ -11,6 +11,7 @@
 #include <fstream>
 #include <string>
 
+#include "tests/support/scoped_environment.h"
 #include "tests/tools/command_fixture.h"
 #include "tests/tools/count/counter_bytes.h"
 #include "tools/system/file_descriptor.h"
@@ -18,6 +19,8 @@
 namespace {
 
 using qz_test::read_file;
+using qz_test::SetEnv;
+using qz_test::UnsetEnv;
 using qzlog_test::CommandFixture;
 using qzlog_test::CommandResult;
 using qzlog_test::counter_bytes;
@@ -44,12 +47,13 @@ const std::string kEvents = counter_bytes({{2026, 11, 21, 1001, 40},
 class CountShow : public CommandFixture {
  protected:
   CountShow() {
-    ::unsetenv("COLUMNS");
     write("d.yaml", kDefinitions);
     write("events.cnt", kEvents);
   }
 
   CommandResult show(const std::string& arguments) const { return run("$QZLOG count show " + arguments); }
+
+  UnsetEnv no_columns_{"COLUMNS"};
 };
 
 /// QZLOG_REWRITE_GOLDEN=1 writes what the command gives now into the file; look at the difference before keeping it.
@@ -87,7 +91,7 @@ TEST_F(CountShow, Chart_InDifferentWidths) {
 TEST_F(CountShow, ColumnsThatAreNoWidth_AreIgnored) {
   const std::string expected = show("events.cnt --chart").out;
   for (const char* const columns : {"", "0", "-5", "wide", "10001", "4e1"}) {
-    ::setenv("COLUMNS", columns, 1);
+    const SetEnv variable("COLUMNS", columns);
     EXPECT_EQ(show("events.cnt --chart").out, expected) << columns;
   }
 }
@@ -245,7 +249,7 @@ TEST_F(CountShow, ChartOnATerminal_HasItsWidth) {
   const std::string file = folder_.write("day.cnt", counter_bytes({2026, 11, 21, 1, 5}));
   EXPECT_EQ(on_a_terminal(20, file), "2026-11-21  5 ██████\r\n");
   EXPECT_EQ(on_a_terminal(24, file), "2026-11-21  5 ██████████\r\n");
-  ::setenv("COLUMNS", "16", 1);
+  const SetEnv columns("COLUMNS", "16");
   EXPECT_EQ(on_a_terminal(24, file), "2026-11-21  5 ██\r\n");
 }
 

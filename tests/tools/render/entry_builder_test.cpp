@@ -1,11 +1,11 @@
 #include "tools/render/entry_builder.h"
 
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
 #include <string>
 
 #include "qzlog/logcfg.h"
+#include "tests/support/scoped_environment.h"
 #include "tests/support/temp_dir.h"
 #include "tools/definitions/definition_files.h"
 #include "tools/render/entry_error.h"
@@ -47,7 +47,6 @@ entries:
 class EntryBuilderTest : public ::testing::Test {
  protected:
   EntryBuilderTest() {
-    ::setenv("TZ", "Asia/Kathmandu", 1);
     const std::string path = folder_.write("every.yaml", kSource);
     definitions_ = qzlog_tool::load_definitions(path, "", qzlog_compiler::MessagePath::kIcu);
   }
@@ -74,6 +73,7 @@ class EntryBuilderTest : public ::testing::Test {
     return "accepted";
   }
 
+  qz_test::TimeZone zone_{"Asia/Kathmandu"};
   qz_test::TempDir folder_;
   qzlog_tool::LoadedDefinitions definitions_;
   std::string padded_;

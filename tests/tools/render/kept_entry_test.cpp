@@ -1,12 +1,12 @@
 #include "tools/render/kept_entry.h"
 
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
 #include <string>
 #include <vector>
 
 #include "qzlog/logcfg.h"
+#include "tests/support/scoped_environment.h"
 #include "tests/support/seeded_random.h"
 #include "tests/support/temp_dir.h"
 #include "tools/definitions/definition_files.h"
@@ -138,7 +138,6 @@ class Description : public qz_LOG_AttributeVisitor {
 class KeptEntryTest : public ::testing::Test {
  protected:
   KeptEntryTest() {
-    ::setenv("TZ", "America/St_Johns", 1);
     qz_LOG_LogConfig::SetICUEnabled(false);
     const std::string path = folder_.write("kept.yaml", kSource);
     definitions_ = qzlog_tool::load_definitions(path, "", qzlog_compiler::MessagePath::kNarrow);
@@ -169,6 +168,7 @@ class KeptEntryTest : public ::testing::Test {
 
   void expect_as_anew(const std::string& line) { ASSERT_EQ(built(builder_, line), built_anew(line)) << line; }
 
+  qz_test::TimeZone zone_{"America/St_Johns"};
   qz_test::TempDir folder_;
   qzlog_tool::LoadedDefinitions definitions_;
   JsonEntryParser parser_;

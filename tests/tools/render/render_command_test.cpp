@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
 #include <filesystem>
 #include <string>
@@ -82,7 +81,7 @@ TEST_F(RenderCommand, Numbers_OfEveryType) {
 TEST_F(RenderCommand, Times_OnTheLocalClock) {
   const std::string entries = R"({"id":1005,"time":"2026-11-21T23:15:30Z"})";
   expect_success(render(entries, "--no-icu"), "At 2026-11-22 05:00:30.\n");
-  ::setenv("TZ", "America/St_Johns", 1);
+  const qz_test::SetEnv zone("TZ", "America/St_Johns");
   expect_success(render(entries, "--no-icu"), "At 2026-11-21 19:45:30.\n");
 }
 
@@ -91,7 +90,7 @@ TEST_F(RenderCommand, Texts_AreUtf8WhateverTheProcesssLocaleIs) {
   const std::string message = "Größe <Käse> <日本 😀>\n";
   for (const char* const locale : {"C", "POSIX", "C.UTF-8", "xx_XX.nonsense", "de_DE.ISO-8859-1", ""}) {
     SCOPED_TRACE(locale);
-    ::setenv("LC_ALL", locale, 1);
+    const qz_test::SetEnv variable("LC_ALL", locale);
     expect_success(render(entry), message);
     expect_success(render(entry, "--no-icu"), message);
   }

@@ -10,6 +10,7 @@
 #include <fstream>
 #include <string>
 
+#include "tests/support/scoped_environment.h"
 #include "tests/tools/command_fixture.h"
 #include "tools/system/file_descriptor.h"
 
@@ -178,7 +179,7 @@ TEST_F(RenderOutput, ErrorOnATerminal_IsColoured) {
 }
 
 TEST_F(RenderOutput, ErrorOnATerminalWithNoColor_IsPlain) {
-  ::setenv("NO_COLOR", "1", 1);
+  const qz_test::SetEnv no_color("NO_COLOR", "1");
   const std::string definitions = folder_.path("storage.yaml");
   const std::string entries = folder_.write("entries.jsonl", "{}\n");
   EXPECT_EQ(on_a_terminal(definitions, entries), entries + ":1: error: the entry has no 'id' [missing-id]\r\n");
