@@ -18,6 +18,8 @@
 ///
 ///   SetEnv variable("NAME", "value"); UnsetEnv("NAME"); TimeZone zone("Asia/Kathmandu"); CLocale locale("C.UTF-8");
 ///
+///   WorkingFolder inside(folder.path());
+///
 ///   SeededRandom random; random.between(1, 6);       the same in every run; failures say the seed
 #include "tests/support/allocation_failure.h"
 #include "tests/support/debug_log_file.h"

@@ -1,11 +1,15 @@
 #include "tests/support/support.h"
 
+#include <fcntl.h>
 #include <gtest/gtest-spi.h>
 #include <gtest/gtest.h>
+#include <signal.h>
 #include <stdlib.h>
 #include <string.h>
 #include <time.h>
+#include <unistd.h>
 
+#include <cerrno>
 #include <filesystem>
 #include <new>
 #include <set>
@@ -13,6 +17,9 @@
 #include <string>
 
 #include "qzlog/debug_log.h"
+#include "tests/support/resource_limit.h"
+#include "tests/support/signal_action.h"
+#include "tests/support/working_folder.h"
 
 namespace qz_test {
 namespace {
@@ -145,6 +152,55 @@ TEST(SetEnv, End_RestoresThePreviousState) {
     EXPECT_STREQ(getenv("QZLOG_TEST_VARIABLE"), "2");
   }
   EXPECT_EQ(getenv("QZLOG_TEST_VARIABLE"), nullptr);
+}
+
+TEST(WorkingFolder, End_RestoresTheDirectory) {
+  const auto directory = std::filesystem::current_path();
+  const TempDir folder;
+  {
+    const WorkingFolder working_folder(folder.path());
+    EXPECT_TRUE(std::filesystem::equivalent(".", folder.path()));
+    std::filesystem::current_path("/");
+  }
+  EXPECT_EQ(std::filesystem::current_path(), directory);
+}
+
+TEST(SignalAction, End_RestoresTheAction) {
+  const SignalAction outer(SIGUSR1, SIG_IGN);
+  {
+    const SignalAction inner(SIGUSR1, SIG_DFL);
+    EXPECT_EQ(signal(SIGUSR1, SIG_DFL), SIG_DFL);
+  }
+  EXPECT_EQ(signal(SIGUSR1, SIG_IGN), SIG_IGN);
+}
+
+TEST(ResourceLimit, FileSize_WritingBeyondFailsUntilTheEnd) {
+  const TempDir folder;
+  const int file = open(folder.write("file", "").c_str(), O_WRONLY | O_CLOEXEC);
+  ssize_t written = 0;
+  int error = 0;
+  {
+    const ResourceLimit disk(RLIMIT_FSIZE, 2);
+    written = pwrite(file, "abc", 3, 0);
+    if (pwrite(file, "c", 1, 2) == -1) error = errno;
+  }
+  EXPECT_EQ(written, 2);
+  EXPECT_EQ(error, EFBIG);
+  EXPECT_EQ(pwrite(file, "c", 1, 2), 1);
+  close(file);
+}
+
+TEST(DescriptorLimit, TwoToSpare_ThirdFails) {
+  int descriptors[3] = {};
+  {
+    const DescriptorLimit limit(2);
+    for (int& descriptor : descriptors) descriptor = dup(STDOUT_FILENO);
+  }
+  EXPECT_GE(descriptors[0], 0);
+  EXPECT_GE(descriptors[1], 0);
+  EXPECT_EQ(descriptors[2], -1);
+  close(descriptors[0]);
+  close(descriptors[1]);
 }
 
 TEST(TimeZone, Lifetime_LocalTimeFollows) {
