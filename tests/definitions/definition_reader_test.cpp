@@ -26,11 +26,6 @@ class DefinitionReader : public testing::Test {
     const auto offset = static_cast<unsigned>(image.record_offsets[0]);
     qzlog::read_definition(file_of(image.bytes).get(), offset, entry.id, is_aux, definition);
   }
-  template <typename Operation>
-  static testing::AssertionResult fails(Operation&& operation, const std::string& text) {
-    return ThrowsExactly<QZX_logging_invalid_definition>(operation, text.c_str());
-  }
-
   TempDir folder_;
 };
 
@@ -45,8 +40,8 @@ const LdfEntry kEntry = {.id = 7,
 
 TEST_F(DefinitionReader, FileMissing_TextNamesThePath) {
   const std::string path = folder_.path("none.ldf");
-  EXPECT_TRUE(fails([&] { qzlog::open_definition_file(path.c_str()); },
-                    "<QZX_logging_invalid_definition> Unable to access definition file \"" + path + "\"."));
+  EXPECT_EQ(thrown_by([&] { qzlog::open_definition_file(path.c_str()); }),
+            invalid_definition("<QZX_logging_invalid_definition> Unable to access definition file \"" + path + "\"."));
 }
 
 TEST_F(DefinitionReader, Header_ReadFromTheBeginningWhereverTheStreamStands) {
@@ -61,14 +56,14 @@ TEST_F(DefinitionReader, Header_ReadFromTheBeginningWhereverTheStreamStands) {
 TEST_F(DefinitionReader, HeaderCutShort_UnreadableAndRecorded) {
   const qz_FileHandle file = file_of(truncated(LdfFile{.entries = {kEntry}}.bytes(), 127));
   const DebugLogFile log(1);
-  EXPECT_TRUE(fails([&] { qzlog::read_definition_header(file.get()); }, kUnreadable));
+  EXPECT_EQ(thrown_by([&] { qzlog::read_definition_header(file.get()); }), invalid_definition(kUnreadable));
   EXPECT_EQ(log.unnumbered_records(), Texts({"ldf_load:# _throw_file_io_error()\n"}));
 }
 
 TEST_F(DefinitionReader, SeekBeforeTheBeginning_UnreadableAndRecorded) {
   const qz_FileHandle file = file_of(LdfFile{}.bytes());
   const DebugLogFile log(1);
-  EXPECT_TRUE(fails([&] { qzlog::seek_in_definition_file(file.get(), -1); }, kUnreadable));
+  EXPECT_EQ(thrown_by([&] { qzlog::seek_in_definition_file(file.get(), -1); }), invalid_definition(kUnreadable));
   EXPECT_EQ(log.unnumbered_records(), Texts({"ldf_load:# _throw_file_io_error()\n"}));
 }
 
@@ -119,7 +114,7 @@ TEST_F(DefinitionReader, RecordThatContradicts_TextSaysWhat) {
   for (const auto& [entry, text] : contradictions) {
     _qz_LOG_log_definition definition;
     read(kEntry, false, definition);
-    EXPECT_TRUE(fails([&, &record = entry] { read(record, true, definition); }, text)) << text;
+    EXPECT_EQ(thrown_by([&, &record = entry] { read(record, true, definition); }), invalid_definition(text)) << text;
   }
 }
 
@@ -128,7 +123,8 @@ TEST_F(DefinitionReader, RecordOfAnotherId_Corrupted) {
   const qz_FileHandle file = file_of(image.bytes);
   _qz_LOG_log_definition definition;
   const auto offset = static_cast<unsigned>(image.record_offsets[0]);
-  EXPECT_TRUE(fails([&] { qzlog::read_definition(file.get(), offset, 8, false, definition); }, kCorrupted));
+  EXPECT_EQ(thrown_by([&] { qzlog::read_definition(file.get(), offset, 8, false, definition); }),
+            invalid_definition(kCorrupted));
 }
 
 TEST_F(DefinitionReader, EveryPrefixOfARecord_Unreadable) {
@@ -137,8 +133,9 @@ TEST_F(DefinitionReader, EveryPrefixOfARecord_Unreadable) {
   for (std::size_t length = offset; length < image.bytes.size(); ++length) {
     const qz_FileHandle file = file_of(truncated(image.bytes, length));
     _qz_LOG_log_definition definition;
-    EXPECT_TRUE(fails([&] { qzlog::read_definition(file.get(), static_cast<unsigned>(offset), 7, false, definition); },
-                      kUnreadable))
+    EXPECT_EQ(
+        thrown_by([&] { qzlog::read_definition(file.get(), static_cast<unsigned>(offset), 7, false, definition); }),
+        invalid_definition(kUnreadable))
         << length;
   }
 }

@@ -144,7 +144,6 @@ TEST_F(EntryIndex, NoMemoryToReserve_MemoryAllocAndNothingChanged) {
 
 TEST_F(EntryIndex, RandomIds_AsAMap) {
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   std::map<unsigned, unsigned> model;
   for (unsigned i = 0; i < 30000; ++i) {
     const auto id = static_cast<unsigned>(random.one_in(2) ? random.between(0, 2000) : random.between(0, 0xFFFFFFFF));

@@ -3,7 +3,7 @@
 #include <vector>
 
 #include "tests/definitions/table_test.h"
-#include "tests/support/address_space_limit.h"
+#include "tests/support/resource_limit.h"
 
 namespace {
 
@@ -76,9 +76,9 @@ TEST_F(LdfMap, TinyFileThatClaims4BillionEntries_UnreadableWithoutMuchMemory) {
     const std::string damaged = with_int4(bytes, 48, count);
     const std::string damaged_aux = with_int4(aux_bytes, 48, count);
     const AddressSpaceLimit limit(16 << 20);
-    EXPECT_TRUE(fails([&] { set_std_bytes(damaged); }, kUnreadable)) << count;
+    EXPECT_EQ(thrown_by([&] { set_std_bytes(damaged); }), invalid_definition(kUnreadable)) << count;
     set_std_bytes(bytes);
-    EXPECT_TRUE(fails([&] { set_aux_bytes(damaged_aux); }, kUnreadable)) << count;
+    EXPECT_EQ(thrown_by([&] { set_aux_bytes(damaged_aux); }), invalid_definition(kUnreadable)) << count;
   }
 }
 
@@ -87,8 +87,9 @@ TEST_F(LdfMap, MapBehindTheEndOfTheFile_UnreadableWithoutMuchMemory) {
   for (const unsigned offset : {static_cast<unsigned>(image.bytes.size()), 0x7FFFFFFFU, 0x80000000U, 0xFFFFFFFFU}) {
     const std::string damaged = with_int4(with_int4(image.bytes, 48, 0xFFFFFFFF), 56, offset);
     const AddressSpaceLimit limit(16 << 20);
-    EXPECT_TRUE(fails([&] { set_std_bytes(damaged); }, kUnreadable)) << offset;
-    EXPECT_TRUE(fails([&] { set_std_bytes(with_int4(image.bytes, 56, offset)); }, kUnreadable)) << offset;
+    EXPECT_EQ(thrown_by([&] { set_std_bytes(damaged); }), invalid_definition(kUnreadable)) << offset;
+    EXPECT_EQ(thrown_by([&] { set_std_bytes(with_int4(image.bytes, 56, offset)); }), invalid_definition(kUnreadable))
+        << offset;
   }
 }
 
@@ -147,7 +148,6 @@ TEST_F(LdfMap, AuxMapLongerThanAStreamBuffer_EachPairRead) {
 
 TEST_F(LdfMap, RandomAuxFiles_TracedOrNotTheSame) {
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   for (int round = 0; round < 20; ++round) {
     LdfFile aux;
     for (int i = 0; i < 150; ++i) {

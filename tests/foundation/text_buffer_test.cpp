@@ -122,7 +122,6 @@ TEST(TextBuffer, RoomReserved_FormerBytesStayAndAllOfItCanBeFilled) {
 
 TEST(TextBuffer, RandomAppends_AsAString) {
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   for (int round = 0; round < 50; ++round) {
     qz_TextBuffer buffer;
     std::string wanted;
@@ -209,7 +208,6 @@ TEST(TextCursor, NoMemoryToGrow_ThrowsAndKeepsTheText) {
 
 TEST(TextCursor, RandomAppends_AsAString) {
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   for (int round = 0; round < 50; ++round) {
     qz_TextBuffer buffer;
     std::string wanted;

@@ -82,7 +82,6 @@ TEST_F(CodePage, EncodeTwice_EachTimeFromTheInitialState) {
 
 TEST_F(CodePage, DecodeRandomBytes_AsIcuDoes) {
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   const char* const pages[] = {"UTF-8", "ISO-8859-1", "Shift_JIS", "GB18030", "EUC-JP", "ISO-2022-JP", "Big5"};
   for (int i = 0; i < 5000 && !testing::Test::HasFailure(); ++i) {
     const char* const page = pages[random.between(0, 6)];
@@ -102,7 +101,6 @@ TEST_F(CodePage, DecodeByteOrderMark_AsIcuDoes) {
 
 TEST_F(CodePage, LengthExceeds_AsTheDecodedLength) {
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   const char* const pages[] = {"", "UTF-8", "ISO-8859-1", "Shift_JIS", "GB18030", "ISO-2022-JP", "no such page"};
   for (int i = 0; i < 5000 && !testing::Test::HasFailure(); ++i) {
     const char* const page = pages[random.between(0, 6)];

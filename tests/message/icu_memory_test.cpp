@@ -9,7 +9,7 @@
 #include "tests/message/message_fixture.h"
 #include "tests/message/message_oracle.h"
 #include "tests/support/blocked_heap.h"
-#include "tests/support/throws_exactly.h"
+#include "tests/support/thrown_by.h"
 
 namespace qz_test {
 namespace {
@@ -51,30 +51,32 @@ TEST(WithIcuMemory, NoMemoryAtAll_TheFailureAskedFor) {
     ++calls;
     throw IcuMayHaveRunOut();
   };
-  EXPECT_TRUE(ThrowsMemoryAlloc([&] { with_icu_memory(never); }));
+  EXPECT_EQ(thrown_by([&] { with_icu_memory(never); }), kNoMemory);
   EXPECT_EQ(calls, kIcuMemoryTries);
   EXPECT_THROW(with_icu_memory<std::bad_alloc>(never), std::bad_alloc);
 }
 
 TEST(WithIcuMemory, AnotherFailureAfterThat_TheFailureAskedFor) {
   int calls = 0;
-  EXPECT_TRUE(ThrowsMemoryAlloc([&] {
-    with_icu_memory([&] {
-      if (++calls == 1) throw IcuMayHaveRunOut();
-      throw QZX_logging_misc("the code page is not known", 0);
-    });
-  }));
+  EXPECT_EQ(thrown_by([&] {
+              with_icu_memory([&] {
+                if (++calls == 1) throw IcuMayHaveRunOut();
+                throw QZX_logging_misc("the code page is not known", 0);
+              });
+            }),
+            kNoMemory);
   EXPECT_EQ(calls, 2);
 }
 
 TEST(WithIcuMemory, FailureWithoutDoubt_NotCalledAgain) {
   int calls = 0;
-  EXPECT_TRUE(ThrowsMemoryAlloc([&] {
-    with_icu_memory([&] {
-      ++calls;
-      throw QZX_memory_alloc();
-    });
-  }));
+  EXPECT_EQ(thrown_by([&] {
+              with_icu_memory([&] {
+                ++calls;
+                throw QZX_memory_alloc();
+              });
+            }),
+            kNoMemory);
   EXPECT_EQ(calls, 1);
 }
 

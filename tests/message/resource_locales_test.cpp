@@ -125,7 +125,6 @@ TEST(ResourceLocales, AnyLocaleAndAnyCatalog_AsIcu) {
   EXPECT_GT(names.size(), 2000U);
   const Contents contents;
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   std::set<std::string> outcomes;
   for (const char* const standard : {"en_US", "de_AT", "zh_Hant_TW", "qq_QQ", "root", "pt_BR@currency=EUR"}) {
     RenderingSettings::set_icu_locale(standard);

@@ -74,17 +74,17 @@ TEST_F(TemplatePiecesTest, AttributesOfTheDefinitionChanged_TheTypesOfNow) {
 }
 
 TEST_F(TemplatePiecesTest, AttributeUnknownToTheDefinition_InvalidMessageString) {
-  EXPECT_TRUE(ThrowsExactly<QZX_logging_invalid_message_string>(
-      [&] { shown(pieces_of("%d%MISSING%")); },
-      "<QZX_logging_invalid_message_string> _qz_LOG_log_message::get_message:  "
-      "unable to find attribute value for \"MISSING\"!"));
+  EXPECT_EQ(thrown_by([&] { shown(pieces_of("%d%MISSING%")); }),
+            thrown<QZX_logging_invalid_message_string>(
+                "<QZX_logging_invalid_message_string> _qz_LOG_log_message::get_message:  "
+                "unable to find attribute value for \"MISSING\"!"));
 }
 
 TEST_F(TemplatePiecesTest, TypeThatTheFormatDoesNotAccept_InvalidMessageString) {
-  EXPECT_TRUE(ThrowsExactly<QZX_logging_invalid_message_string>(
-      [&] { shown(pieces_of("%D%NUMBER%")); },
-      "<QZX_logging_invalid_message_string> _qz_LOG_log_message::get_message:  "
-      "invalid format specifier for attribute \"NUMBER\"!"));
+  EXPECT_EQ(thrown_by([&] { shown(pieces_of("%D%NUMBER%")); }),
+            thrown<QZX_logging_invalid_message_string>(
+                "<QZX_logging_invalid_message_string> _qz_LOG_log_message::get_message:  "
+                "invalid format specifier for attribute \"NUMBER\"!"));
 }
 
 TEST_F(TemplatePiecesTest, ArgumentOf_TheArgumentBehindAFormatAlone) {

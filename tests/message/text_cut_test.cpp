@@ -35,7 +35,7 @@ TEST(TextCut, Bytes_CutThereOrFilledWithZeros) {
 }
 
 TEST(TextCut, BytesWithoutRoomForTheTerminator_IllegalArgument) {
-  EXPECT_TRUE(qz_test::ThrowsExactly<QZX_logging_illegal_argument>([] { bytes_of("ab", 4, 4); }, kTooSmall));
+  EXPECT_EQ(qz_test::thrown_by([] { bytes_of("ab", 4, 4); }), qz_test::thrown<QZX_logging_illegal_argument>(kTooSmall));
 }
 
 TEST(TextCut, Units_OfWhatTheTextStandsFor) {
@@ -49,15 +49,15 @@ TEST(TextCut, Units_OfWhatTheTextStandsFor) {
 TEST(TextCut, UnitsWithoutRoomForTheTerminator_IllegalArgument) {
   EXPECT_EQ(units_of("abcd", "UTF-8", 4, 5), "abcd");
   for (const int capacity : {1, 4}) {
-    EXPECT_TRUE(qz_test::ThrowsExactly<QZX_logging_illegal_argument>(
-        [capacity] { units_of("abcd", "UTF-8", 4, capacity); }, kTooSmall))
+    EXPECT_EQ(qz_test::thrown_by([capacity] { units_of("abcd", "UTF-8", 4, capacity); }),
+              qz_test::thrown<QZX_logging_illegal_argument>(kTooSmall))
         << capacity;
   }
 }
 
 TEST(TextCut, UnitsInAnUnknownCodePage_IllegalArgument) {
-  EXPECT_TRUE(qz_test::ThrowsExactly<QZX_logging_illegal_argument>([] { units_of("abcd", "no such page", 4, 100); },
-                                                                   kTooSmall));
+  EXPECT_EQ(qz_test::thrown_by([] { units_of("abcd", "no such page", 4, 100); }),
+            qz_test::thrown<QZX_logging_illegal_argument>(kTooSmall));
 }
 
 TEST(TextCut, CodePagesThatSwitchBetweenCharacterSets_FitIntoTheBytesThatUnitsTake) {

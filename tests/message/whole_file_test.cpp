@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -14,6 +13,7 @@
 
 #include "tests/support/call_failure.h"
 #include "tests/support/child_process.h"
+#include "tests/support/resource_limit.h"
 #include "tests/support/support.h"
 
 namespace qz_test {
@@ -53,13 +53,11 @@ TEST(WholeFile, LargerThanABundleMayBe_Failed) {
 TEST(WholeFile, NoDescriptorLeft_Failed) {
   const TempDir folder;
   const std::string path = folder.write("file", "bytes");
-  rlimit before = {};
-  ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &before), 0);
-  const rlimit none = {0, before.rlim_max};
-  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
-  const qzlog::WholeFile file = read_whole_file(path);
-  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &before), 0);
-  EXPECT_EQ(file.state, State::kFailed);
+  const auto state = [&] {
+    const ResourceLimit none(RLIMIT_NOFILE, 0);
+    return read_whole_file(path).state;
+  }();
+  EXPECT_EQ(state, State::kFailed);
 }
 
 TEST(WholeFile, NotOpenedForAReasonThatSaysNothingOfTheFile_Failed) {
