@@ -7,6 +7,7 @@
 #include <string_view>
 #include <utility>
 
+#include "config/configuration_format.h"
 #include "foundation/allocate.h"
 #include "foundation/file_handle.h"
 #include "foundation/qz_libc.h"
@@ -16,7 +17,6 @@ int _qz_LOG_file_configuration::bCfgReaded = 0;
 namespace {
 
 constexpr unsigned kTableSize = 3;
-constexpr int kMaxLineLength = 128;
 constexpr const char* kDelimiters = " \t\n=";
 constexpr const char* kFallbackSection = "global";
 
@@ -58,7 +58,7 @@ class SettingsParser {
 
   /// The first token of the next line ("" for a line without one), null when no further line is reported.
   const char* next_line_token() {
-    if (lines_.readLine(file_, line_, kMaxLineLength) != 0) return nullptr;
+    if (lines_.readLine(file_, line_, qzlog::kMostConfigurationLineBytes) != 0) return nullptr;
     const char* const token = QZ_strtok(line_, kDelimiters);
     return token != nullptr ? token : "";
   }
@@ -78,7 +78,7 @@ class SettingsParser {
   std::FILE* file_;
   _qz_LOG_log_setting_tbl& settings_;
   read_file lines_;
-  char line_[kMaxLineLength + 1];
+  char line_[qzlog::kMostConfigurationLineBytes + 1];
   qz_String section_;
 };
 

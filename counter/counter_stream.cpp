@@ -11,6 +11,8 @@
 #include "foundation/qz_libc.h"
 #include "qzlog/qz_exception.h"
 
+namespace qzlog {
+
 namespace {
 
 constexpr mode_t kAnyUser = 0666;
@@ -59,3 +61,5 @@ CounterStream open_counter_stream(const char* path) {
   if (qz_FileHandle file = stream_of(open_for_reading(path), "rb")) return {std::move(file), false, true};
   return {nullptr, false, file_exists(path)};
 }
+
+}  // namespace qzlog

@@ -9,11 +9,16 @@ struct _qz_LOG_EntryCounterStream {
   bool is_writable;    ///< open for update, else for reading only
   bool exists;         ///< also when it could not be opened
 };
+
+namespace qzlog {
+
 using CounterStream = _qz_LOG_EntryCounterStream;
 
 /// Opens a file for update; one that may not be updated for reading only; one that is missing is made. Nothing that a
 /// file holds is ever dropped. The rights that count are those of the effective user. Does not wait for a pipe's
 /// writer. QZX_memory_alloc without memory for the stream.
 CounterStream open_counter_stream(const char* path);
+
+}  // namespace qzlog
 
 #endif  // QZLOG_COUNTER_COUNTER_STREAM_H

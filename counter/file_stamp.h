@@ -3,6 +3,8 @@
 
 #include <sys/stat.h>
 
+namespace qzlog {
+
 /// Which file a descriptor stands for, its size, and when it was changed last. A file with another stamp was changed;
 /// one with the same was not, as far as the times of its file system tell one moment from the next.
 struct FileStamp {
@@ -23,5 +25,7 @@ struct FileStamp {
   }
   bool operator==(const FileStamp&) const = default;
 };
+
+}  // namespace qzlog
 
 #endif  // QZLOG_COUNTER_FILE_STAMP_H

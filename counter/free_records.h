@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <vector>
 
+namespace qzlog {
+
 /// The numbers of the free records of a file, of which the lowest is found in constant time: a bit for each record, and
 /// above them, three times, a bit for each word that has one. Throws std::bad_alloc and is then of no use any more.
 class FreeRecords {
@@ -53,5 +55,7 @@ class FreeRecords {
 
   std::array<Words, 4> levels_;  // 64 to the power of 4 is the capacity
 };
+
+}  // namespace qzlog
 
 #endif  // QZLOG_COUNTER_FREE_RECORDS_H

@@ -14,6 +14,8 @@
 #include "qzlog/qz_exception.h"
 #include "util/debug_record.h"
 
+using namespace qzlog;
+
 namespace {
 
 using Element = _qz_LOG_EntryCounterElement;
@@ -23,7 +25,9 @@ using Holds = RecordPlace::Holds;
 constexpr const char* kSource = "logentrycounter";
 
 /// The free form of a record: only what is reserved stays; the size is written as it should be.
-Element freed(const Element& record) { return {kRecordSize, 0, 0, 0, 0, 0, {record.reserved[0], record.reserved[1]}}; }
+Element freed(const Element& record) {
+  return {counter_record::kSize, 0, 0, 0, 0, 0, {record.reserved[0], record.reserved[1]}};
+}
 
 int incremented(int count) { return static_cast<int>(static_cast<unsigned>(count) + 1U); }
 
@@ -104,7 +108,7 @@ qz_String counter_path(const char* directory, const char* name) {
   path._assign(directory, static_cast<unsigned>(length));
   path += '/';
   path += name;
-  path += ".cnt";
+  path += counter_record::kFileSuffix;
   return path;
 }
 
@@ -170,7 +174,7 @@ int _qz_LOG_EntryCounter::IncreaseCount(int year, int month, int day, int entry_
   int result = 0;
   if (increase_last_record(entry_key, result)) return result;
 
-  const Element record = {kRecordSize, year, month, day, entry_key, 1, {0, 0}};
+  const Element record = {counter_record::kSize, year, month, day, entry_key, 1, {0, 0}};
   const RecordPlace place = find_record(file_, index_, record);
   if (place.holds == Holds::kUnreadable) return report_seek_error();
   if (place.holds == Holds::kRecord) return increase_record(place);
@@ -186,7 +190,7 @@ int _qz_LOG_EntryCounter::IncreaseCount(int year, int month, int day, int entry_
 bool _qz_LOG_EntryCounter::increase_last_record(int entry_key, int& result) {
   if (!has_last_record_ || entry_key != last_key_ || last_pos_ == -1) return false;
   RecordBytes bytes;
-  if (read_record_bytes(fileno(file_), last_pos_, bytes) != kRecordSize) return false;
+  if (read_record_bytes(fileno(file_), last_pos_, bytes) != counter_record::kSize) return false;
   const RecordPlace place = {Holds::kRecord, last_pos_, decode_record(bytes.data())};
   if (!is_same_combination(place.record, last_record_)) return false;
   Element record = place.record;
@@ -210,7 +214,7 @@ int _qz_LOG_EntryCounter::increase_record(const RecordPlace& place) {
 int _qz_LOG_EntryCounter::UpdateEntryCount(int year, int month, int day, int entry_key, int count) {
   if (!is_writable()) return 0;
   if (file_ == nullptr) return -1;
-  Element record = {kRecordSize, year, month, day, entry_key, count, {0, 0}};
+  Element record = {counter_record::kSize, year, month, day, entry_key, count, {0, 0}};
   const RecordPlace place = find_record(file_, index_, record);
   if (place.holds == Holds::kUnreadable) return report_seek_error();
   if (place.holds != Holds::kRecord) return add_record(place, record);
@@ -222,7 +226,7 @@ int _qz_LOG_EntryCounter::UpdateEntryCount(int year, int month, int day, int ent
 int _qz_LOG_EntryCounter::DeleteEntryElement(int year, int month, int day, int entry_key) {
   if (!is_writable()) return 0;
   if (file_ == nullptr) return -1;
-  const Element wanted = {kRecordSize, year, month, day, entry_key, 0, {0, 0}};
+  const Element wanted = {counter_record::kSize, year, month, day, entry_key, 0, {0, 0}};
   const RecordPlace place = find_record(file_, index_, wanted);
   if (place.holds == Holds::kUnreadable) return report_seek_error();
   if (place.holds != Holds::kRecord) {
@@ -283,9 +287,9 @@ bool _qz_LOG_EntryCounter::rewrite_record(const RecordPlace& place, const Elemen
 bool _qz_LOG_EntryCounter::write_record(const RecordPlace& place, const Element& record) {
   const int descriptor = fileno(file_);
   const RecordBytes bytes = encode_record(record);
-  if (QZ_fseek(file_, place.position + kRecordSize, SEEK_SET) != 0) return false;
+  if (QZ_fseek(file_, place.position + counter_record::kSize, SEEK_SET) != 0) return false;
   const ssize_t written = write_bytes(descriptor, place.position, bytes);
-  if (written == kRecordSize) {
+  if (written == counter_record::kSize) {
     if (index_ != nullptr) index_->written(descriptor, place.position, bytes);
     return true;
   }

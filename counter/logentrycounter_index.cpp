@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <new>
 
+using namespace qzlog;
+
 namespace {
 
 using Holds = RecordPlace::Holds;
@@ -15,7 +17,7 @@ constexpr long long kScansBeforeIndex = 2;
 /// An index is kept up to date for so long a part of its records in writes without a search between them.
 constexpr long long kRewritesShare = 8;
 
-long long position_of(std::uint32_t number) { return static_cast<long long>(number) * kRecordSize; }
+long long position_of(std::uint32_t number) { return static_cast<long long>(number) * counter_record::kSize; }
 
 }  // namespace
 
@@ -45,8 +47,8 @@ std::optional<RecordPlace> _qz_LOG_EntryCounterIndex::find_free(int descriptor) 
 
 void _qz_LOG_EntryCounterIndex::scanned(int descriptor, const RecordScanner& scanner) {
   is_current(descriptor);
-  scanned_records_ += scanner.position() / kRecordSize;
-  file_records_ = scanner.end() / kRecordSize;
+  scanned_records_ += scanner.position() / counter_record::kSize;
+  file_records_ = scanner.end() / counter_record::kSize;
 }
 
 /// A long run of rewrites would pay for the stamps more than for another index.
@@ -65,10 +67,11 @@ void _qz_LOG_EntryCounterIndex::written(int descriptor, long long position, cons
   stamp_ = FileStamp::of(descriptor);
   // Another size is another's doing. A position between two records is the caller's, who moved the stream there.
   is_valid_ = stamp_.device == before.device && stamp_.inode == before.inode &&
-              stamp_.size == std::max(before.size, position + kRecordSize) && position % kRecordSize == 0 &&
-              position < position_of(kMaxRecords);
+              stamp_.size == std::max(before.size, position + counter_record::kSize) &&
+              position % counter_record::kSize == 0 && position < position_of(kMaxRecords);
   try {
-    if (is_valid_) records_.set(static_cast<std::uint32_t>(position / kRecordSize), tag_of_record(bytes.data()));
+    if (is_valid_)
+      records_.set(static_cast<std::uint32_t>(position / counter_record::kSize), tag_of_record(bytes.data()));
   } catch (const std::bad_alloc&) {
     is_valid_ = false;
   }
@@ -97,7 +100,7 @@ bool _qz_LOG_EntryCounterIndex::is_current(int descriptor) {
 bool _qz_LOG_EntryCounterIndex::make(int descriptor) {
   drop();
   stamp_ = FileStamp::of(descriptor);
-  const long long count = stamp_.size / kRecordSize;
+  const long long count = stamp_.size / counter_record::kSize;
   if (!stamp_.is_regular_file || count < kMinRecords || count > kMaxRecords) return false;
   try {
     is_valid_ = read_records(descriptor);
@@ -110,7 +113,7 @@ bool _qz_LOG_EntryCounterIndex::make(int descriptor) {
 }
 
 bool _qz_LOG_EntryCounterIndex::read_records(int descriptor) {
-  const long long count = stamp_.size / kRecordSize;
+  const long long count = stamp_.size / counter_record::kSize;
   records_.reserve(static_cast<std::uint32_t>(count));
   RecordScanner scanner(descriptor, 0);
   while (records_.size() < count && scanner.next()) records_.append(tag_of_record(scanner.bytes()));
@@ -128,14 +131,14 @@ std::optional<RecordPlace> _qz_LOG_EntryCounterIndex::place_for_new(int descript
   }
   const long long end = position_of(records_.size());
   const ssize_t moved = read_record_bytes(descriptor, end, bytes);
-  if (moved >= 0 && moved < kRecordSize) return RecordPlace{Holds::kEnd, end, {}};
+  if (moved >= 0 && moved < counter_record::kSize) return RecordPlace{Holds::kEnd, end, {}};
   drop();
   return std::nullopt;
 }
 
 /// False when the record cannot be read, or is another than the index says.
 bool _qz_LOG_EntryCounterIndex::read_expected(int descriptor, std::uint32_t number, RecordBytes& bytes) {
-  if (read_record_bytes(descriptor, position_of(number), bytes) == kRecordSize &&
+  if (read_record_bytes(descriptor, position_of(number), bytes) == counter_record::kSize &&
       records_.holds(number, tag_of_record(bytes.data()))) {
     return true;
   }

@@ -29,35 +29,35 @@
 /// even if it is dropped at once, and not for small files. Without memory there is none. Never throws.
 class _qz_LOG_EntryCounterIndex {
  public:
-  static bool is_worthwhile(long long file_size) { return file_size >= kMinRecords * kRecordSize; }
+  static bool is_worthwhile(long long file_size) { return file_size >= kMinRecords * qzlog::counter_record::kSize; }
 
   /// What scan_for_record would find, or nothing: then the counter has to scan.
-  std::optional<RecordPlace> find_record(int descriptor, const CounterRecord& wanted);
+  std::optional<qzlog::RecordPlace> find_record(int descriptor, const qzlog::CounterRecord& wanted);
   /// What scan_for_free would find.
-  std::optional<RecordPlace> find_free(int descriptor);
+  std::optional<qzlog::RecordPlace> find_free(int descriptor);
   /// Comes after a scan from the start of the file, when there was no answer.
-  void scanned(int descriptor, const RecordScanner& scanner);
+  void scanned(int descriptor, const qzlog::RecordScanner& scanner);
 
   /// Comes before a write that no search preceded.
   void expect_write(int descriptor);
   /// Comes after each write.
-  void written(int descriptor, long long position, const RecordBytes& bytes);
+  void written(int descriptor, long long position, const qzlog::RecordBytes& bytes);
   void drop();
 
  private:
   static constexpr long long kMinRecords = 128;
   static constexpr long long kMaxRecords = 1LL << 23;
-  static_assert(kMaxRecords <= RecordIndex::kCapacity);
+  static_assert(kMaxRecords <= qzlog::RecordIndex::kCapacity);
 
   bool is_usable(int descriptor);
   bool is_current(int descriptor);
   bool make(int descriptor);
   bool read_records(int descriptor);
-  std::optional<RecordPlace> place_for_new(int descriptor);
-  bool read_expected(int descriptor, std::uint32_t number, RecordBytes& bytes);
+  std::optional<qzlog::RecordPlace> place_for_new(int descriptor);
+  bool read_expected(int descriptor, std::uint32_t number, qzlog::RecordBytes& bytes);
 
-  RecordIndex records_;
-  FileStamp stamp_;         // after the last own write
+  qzlog::RecordIndex records_;
+  qzlog::FileStamp stamp_;  // after the last own write
   bool is_valid_ = false;   // the records are those of a file with this stamp
   long long searches_ = 0;  // since the index was made
   long long rewrites_ = 0;  // since the last search

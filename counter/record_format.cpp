@@ -2,6 +2,8 @@
 
 #include "foundation/qz_libc.h"
 
+namespace qzlog {
+
 namespace {
 
 constexpr int kFieldCount = 6;  // before the reserved bytes
@@ -32,3 +34,5 @@ CounterRecord decode_record(const unsigned char* bytes) {
   QZ_memcpy(record.reserved, bytes, sizeof(record.reserved));
   return record;
 }
+
+}  // namespace qzlog

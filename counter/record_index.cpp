@@ -6,6 +6,8 @@
 
 #include "counter/record_format.h"
 
+namespace qzlog {
+
 namespace {
 
 std::uint64_t mixed(std::uint64_t value) {
@@ -18,8 +20,8 @@ std::uint64_t mixed(std::uint64_t value) {
 
 RecordTag tag_of_record(const unsigned char* bytes) {
   std::uint64_t halves[2];
-  static_assert(sizeof(halves) == kCombinationSize);
-  std::memcpy(halves, bytes + kDateOffset, sizeof(halves));
+  static_assert(sizeof(halves) == counter_record::kCombinationSize);
+  std::memcpy(halves, bytes + counter_record::kDateOffset, sizeof(halves));
   return {static_cast<std::uint32_t>(mixed(mixed(halves[0]) + halves[1])), is_free_record(bytes)};
 }
 
@@ -89,3 +91,5 @@ void RecordIndex::detach(std::uint32_t number) {
   while (*link != number) link = &nodes_[*link].next;
   *link = nodes_[number].next;
 }
+
+}  // namespace qzlog

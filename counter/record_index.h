@@ -6,6 +6,8 @@
 
 #include "counter/free_records.h"
 
+namespace qzlog {
+
 /// What the index keeps of a record: a hash of its date and key. Different ones may share a hash, so what is found by
 /// it has to be read.
 struct RecordTag {
@@ -61,5 +63,7 @@ class RecordIndex {
   std::vector<std::uint32_t> buckets_;  // a power of two of them: the first record of each
   FreeRecords free_;
 };
+
+}  // namespace qzlog
 
 #endif  // QZLOG_COUNTER_RECORD_INDEX_H

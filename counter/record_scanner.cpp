@@ -5,6 +5,8 @@
 
 #include <algorithm>
 
+namespace qzlog {
+
 namespace {
 
 using Holds = RecordPlace::Holds;
@@ -54,8 +56,8 @@ bool RecordScanner::read_block() {
   const BytesRead read = read_at(descriptor_, block_position_, block_, wanted);
   size_ = static_cast<int>(read.size_bytes);
   // What stands before the error counts; reading on from there meets the error again.
-  failed_ = read.failed && size_ < kRecordSize;
-  return size_ >= kRecordSize;
+  failed_ = read.failed && size_ < counter_record::kSize;
+  return size_ >= counter_record::kSize;
 }
 
 RecordPlace scan_for_record(RecordScanner& scanner, const CounterRecord& wanted) {
@@ -75,3 +77,5 @@ RecordPlace scan_for_free(RecordScanner& scanner) {
   }
   return end_place(scanner);
 }
+
+}  // namespace qzlog

@@ -8,6 +8,8 @@
 
 #include "counter/record_format.h"
 
+namespace qzlog {
+
 /// Repeats a transfer that a signal interrupted before anything was moved.
 template <typename Transfer>
 ssize_t uninterrupted(Transfer transfer) {
@@ -30,6 +32,8 @@ BytesRead read_at(int descriptor, long long position, unsigned char* target, std
 /// Reads up to a record's bytes at a position; returns how many were there, or -1.
 ssize_t read_record_bytes(int descriptor, long long position, RecordBytes& bytes);
 
+}  // namespace qzlog
+
 /// Where the record of a combination stands, or where a new one goes.
 struct _qz_LOG_EntryCounterPlace {
   enum class Holds {
@@ -41,8 +45,11 @@ struct _qz_LOG_EntryCounterPlace {
 
   Holds holds;
   long long position;
-  CounterRecord record;  // what stands there: the record or the free one
+  qzlog::CounterRecord record;  // what stands there: the record or the free one
 };
+
+namespace qzlog {
+
 using RecordPlace = _qz_LOG_EntryCounterPlace;
 
 /// Reads the records of a file from a position to its end, many at a time. A piece of a record at the end is not one.
@@ -52,8 +59,8 @@ class RecordScanner {
 
   /// False at the end of the file.
   bool next() {
-    index_ += kRecordSize;
-    return index_ + kRecordSize <= size_ || read_block();
+    index_ += counter_record::kSize;
+    return index_ + counter_record::kSize <= size_ || read_block();
   }
   /// The current record's 32 bytes; valid until the next call of next().
   const unsigned char* bytes() const { return block_ + index_; }
@@ -68,12 +75,12 @@ class RecordScanner {
  private:
   bool read_block();
 
-  static constexpr long long kBlockSize = 128LL * kRecordSize;
+  static constexpr long long kBlockSize = 128LL * counter_record::kSize;
 
   int descriptor_;
   long long end_;
   long long block_position_;
-  int index_ = -kRecordSize;
+  int index_ = -counter_record::kSize;
   int size_ = 0;
   bool failed_ = false;
   unsigned char block_[kBlockSize];
@@ -84,5 +91,7 @@ class RecordScanner {
 RecordPlace scan_for_record(RecordScanner& scanner, const CounterRecord& wanted);
 /// The first free record, else the end.
 RecordPlace scan_for_free(RecordScanner& scanner);
+
+}  // namespace qzlog
 
 #endif  // QZLOG_COUNTER_RECORD_SCANNER_H

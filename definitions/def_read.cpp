@@ -1,9 +1,11 @@
 #include "definitions/def_read.h"
 
+#include <cstddef>
 #include <cstring>
 #include <memory>
 #include <new>
 
+#include "definitions/definition_format.h"
 #include "foundation/qz_libc.h"
 #include "qzlog/file_io.h"
 #include "qzlog/qz_exception.h"
@@ -14,6 +16,16 @@ namespace {
 constexpr const char* kSource = "def_read";
 // Strings up to this size, nearly all, are read without taking memory for them.
 constexpr unsigned kStackStringSize = 1024;
+
+// The header is read field by field, in this order.
+using Header = _qz_LOG_ldf_header_struct;
+static_assert(sizeof(Header) == qzlog::ldf::kHeaderSize);
+static_assert(offsetof(Header, version_tag) == qzlog::ldf::kVersionTagOffset);
+static_assert(sizeof(Header::version_tag) == qzlog::ldf::kVersionTagSize);
+static_assert(offsetof(Header, global_attr_count) == qzlog::ldf::kGlobalCountOffset);
+static_assert(offsetof(Header, global_attr_offset) == qzlog::ldf::kGlobalOffsetOffset);
+static_assert(offsetof(Header, entry_count) == qzlog::ldf::kEntryCountOffset);
+static_assert(offsetof(Header, entry_map_offset) == qzlog::ldf::kEntryMapOffsetOffset);
 
 template <std::size_t count>
 bool read_words(std::FILE* file, unsigned (&words)[count]) {
@@ -49,7 +61,7 @@ bool read_into(std::FILE* file, char* buffer, unsigned size_bytes, qz_String& te
 }  // namespace
 
 bool _qz_LOG_read_file_header(std::FILE* file, _qz_LOG_ldf_header_struct& header) {
-  if (!qz_be_read_int4(file, &header.magic) || header.magic != kLdfMagic) return false;
+  if (!qz_be_read_int4(file, &header.magic) || header.magic != qzlog::ldf::kMagic) return false;
   return qz_read_data_chunk(file, header.format_bytes, sizeof(header.format_bytes)) &&
          read_words(file, header.reserved_at_8) &&
          qz_read_data_chunk(file, header.version_tag, sizeof(header.version_tag)) &&
@@ -85,7 +97,7 @@ bool _qz_LOG_read_property_flag(std::FILE* file, qz_String& name, unsigned int& 
 bool _qz_LOG_read_attribute(std::FILE* file, qz_String& name, qz_AttributeType& type, qz_String& redirection_name) {
   unsigned code = 0;
   if (!_qz_LOG_read_string(file, name) || !qz_be_read_int4(file, &code)) return false;
-  type = static_cast<qz_AttributeType>(code & 0xFF);
+  type = static_cast<qz_AttributeType>(code & qzlog::ldf::kTypeCodeMask);
   return _qz_LOG_read_string(file, redirection_name);
 }
 

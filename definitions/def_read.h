@@ -10,10 +10,7 @@
 /// position and leaves it behind the record; false means that the record is cut short (the position is then
 /// unspecified). None throws. Lengths are compared with what is left of the file before memory is taken for them.
 
-/// The big-endian number that every file begins with: the bytes ".LDF".
-constexpr unsigned kLdfMagic = 0x2E4C4446;
-
-/// The fixed header, 128 bytes at offset 0. Reserved words are read and kept, and nothing interprets them.
+/// The fixed header, at offset 0. Reserved words are read and kept, and nothing interprets them.
 struct _qz_LOG_ldf_header_struct {
   unsigned magic;
   unsigned char format_bytes[4];

@@ -1,10 +1,11 @@
 #include "definitions/definition_hold.h"
 
 #include "foundation/allocate.h"
+#include "qzlog/definition_cache.h"
 
 namespace {
 // What a table caches, and so the most that one table can answer with.
-constexpr unsigned kMostKept = 128;
+constexpr unsigned kMostKept = qz_DefinitionCacheSize;
 }  // namespace
 
 _qz_LOG_thread_holds::~_qz_LOG_thread_holds() {

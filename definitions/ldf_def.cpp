@@ -6,6 +6,7 @@
 #include <limits>
 #include <memory>
 
+#include "definitions/definition_format.h"
 #include "foundation/allocate.h"
 #include "foundation/hashing.h"
 #include "foundation/never_destroyed.h"
@@ -15,7 +16,8 @@ unsigned char _qz_LOG_log_definition::n_global_attr_entries = 0;
 
 namespace {
 
-constexpr unsigned char kMaxCount = std::numeric_limits<unsigned char>::max();
+constexpr unsigned char kMaxCount = qzlog::ldf::kMostElements;
+static_assert(kMaxCount == std::numeric_limits<unsigned char>::max());
 
 qz_NeverDestroyed<qz_HashIndex> global_attribute_index;
 

@@ -4,7 +4,7 @@
 #include <atomic>
 
 #include "definitions/attribute_name.h"
-#include "definitions/message_text.h"
+#include "definitions/prepared_message.h"
 #include "foundation/counted_ref.h"
 #include "foundation/hash_index.h"
 #include "foundation/no_copies.h"
@@ -91,6 +91,12 @@ class _qz_LOG_log_definition : public qz_UTIL_no_inadvertant_copies {
   /// One of the own attributes, or null.
   const _qz_LOG_attribute_entry* get_selector_attribute() const { return selector_attribute_; }
 
+  /// The numbers of a record. A property mask that is not 0 stays: an auxiliary record does not change it.
+  void set_record_numbers(unsigned int entry_id, unsigned int entry_word, unsigned int property_mask) {
+    entry_id_ = entry_id;
+    entry_word_ = entry_word;
+    if (property_mask_ == 0) property_mask_ = property_mask;
+  }
   void set_default_msg_id(const char* message_id);
   void set_default_msg_text(const char* message_text);
 

@@ -7,6 +7,8 @@
 #include "foundation/atomic_word.h"
 #include "message/code_page.h"
 
+using namespace qzlog;
+
 namespace {
 
 /// Converts between code pages; see ConvertToUTF8.

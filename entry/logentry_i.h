@@ -106,9 +106,7 @@ class _qz_LOG_log_entry_imp : public qz_UTIL_no_inadvertant_copies {
 
   /// The steps that all adds share: the definition of an attribute of exactly that type, and storing a value.
   const _qz_LOG_attribute_entry* _check_attribute(const char* name, qz_AttributeType type) const {
-    const _qz_LOG_attribute_entry* const attribute = find_defined(name);
-    if (attribute == nullptr || attribute->get_type() != type) refuse_attribute(name, attribute);
-    return attribute;
+    return require_type(name, require_definition().get_attr_info_by_name(name), type);
   }
   /// Takes ownership of `value`, also when it throws.
   void _add_attribute(const char* name, _qz_LOG_type_base* value);
@@ -187,14 +185,20 @@ class _qz_LOG_log_entry_imp : public qz_UTIL_no_inadvertant_copies {
     return hold_->definition();
   }
   [[noreturn]] static void throw_not_initialized();
-  /// The attribute of that name that the entry's ID or the globals define, or null.
-  const _qz_LOG_attribute_entry* find_defined(const char* name) const {
+  const _qz_LOG_attribute_entry* require_type(const char* name, const _qz_LOG_attribute_entry* attribute,
+                                              qz_AttributeType type) const {
+    if (attribute == nullptr || attribute->get_type() != type) refuse_attribute(name, attribute);
+    return attribute;
+  }
+  /// The attribute of that name that the entry's ID or the globals define, or null, for a value that is added: the next
+  /// one is looked for behind it first.
+  const _qz_LOG_attribute_entry* proceed_to(const char* name) {
     const _qz_LOG_attribute_entry* const expected = require_definition().get_own_attribute(next_attribute_);
-    if (expected == nullptr || QZ_strcmp(expected->get_name(), name) != 0) return find_defined_anywhere(name);
+    if (expected == nullptr || QZ_strcmp(expected->get_name(), name) != 0) return proceed_anywhere(name);
     ++next_attribute_;
     return expected;
   }
-  const _qz_LOG_attribute_entry* find_defined_anywhere(const char* name) const;
+  const _qz_LOG_attribute_entry* proceed_anywhere(const char* name);
   [[noreturn]] void refuse_attribute(const char* name, const _qz_LOG_attribute_entry* attribute) const;
   [[noreturn]] void throw_invalid_name(const char* name) const;
   template <typename Exception>
@@ -233,7 +237,7 @@ class _qz_LOG_log_entry_imp : public qz_UTIL_no_inadvertant_copies {
   int last_zone_difference_ = -1;
   mutable unsigned int last_selector_index_ = 0;
   // Attributes are nearly always added in the order of the definition: where the next one is looked for first.
-  mutable unsigned next_attribute_ = 0;
+  unsigned next_attribute_ = 0;
   mutable bool message_stale_ = true;
   mutable bool last_use_default_ = true;
   const _qz_LOG_log_definition_tbl* definition_table_;

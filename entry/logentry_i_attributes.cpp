@@ -1,7 +1,7 @@
 #include "entry/logentry_i_failures.h"
 #include "qzlog/logentry.h"
 
-const _qz_LOG_attribute_entry* _qz_LOG_log_entry_imp::find_defined_anywhere(const char* name) const {
+const _qz_LOG_attribute_entry* _qz_LOG_log_entry_imp::proceed_anywhere(const char* name) {
   const _qz_LOG_attribute_name wanted(name);
   const _qz_LOG_log_definition& definition = require_definition();
   const unsigned position = definition.find_own_position(wanted);
@@ -43,7 +43,7 @@ void _qz_LOG_log_entry_imp::add_stored(const _qz_LOG_attribute_entry& attribute,
 template <unsigned char code, typename T>
 void _qz_LOG_log_entry_imp::add_scalar(const char* name, T value) {
   reject_null_or_empty(name);
-  add_stored<code>(*_check_attribute(name, static_cast<qz_AttributeType>(code)), value);
+  add_stored<code>(*require_type(name, proceed_to(name), static_cast<qz_AttributeType>(code)), value);
 }
 
 void _qz_LOG_log_entry_imp::add_attrib_bool(const char* name, bool value) { add_scalar<TypeBool>(name, value); }
@@ -59,7 +59,7 @@ void _qz_LOG_log_entry_imp::add_attrib_float8(const char* name, double value) { 
 
 void _qz_LOG_log_entry_imp::add_attrib_time(const char* name, const qz_Time& value) {
   reject_null_or_empty(name);
-  const _qz_LOG_attribute_entry* const attribute = find_defined(name);
+  const _qz_LOG_attribute_entry* const attribute = proceed_to(name);
   if (attribute == nullptr) throw_invalid_name(name);
   switch (attribute->get_type()) {
     case TypeDate:

@@ -2,6 +2,7 @@
 #include <atomic>
 #include <cstring>
 #include <new>
+#include <utility>
 
 #include "entry/logentry_i_failures.h"
 #include "foundation/text_buffer.h"
@@ -9,6 +10,8 @@
 #include "message/icu_message.h"
 #include "message/logmsg.h"
 #include "qzlog/logcfg.h"
+
+using namespace qzlog;
 
 namespace {
 
@@ -58,13 +61,6 @@ void make_message_converter() {
   throw QZX_logging_internal_error("_qz_LOG_log_message::get_readable_message:  MessageFormat::format() failed!", 0);
 }
 
-/// As strncpy does: cut to size - 1 bytes, the rest of the buffer zeroed.
-void copy_padded(const qz_TextBuffer& message, char* buffer, std::size_t size) {
-  const std::size_t length = std::min(message.size(), size - 1);
-  std::memcpy(buffer, message.data(), length);
-  std::memset(buffer + length, 0, size - length);
-}
-
 /// With the converter of the first message. A message that is in UTF-8 already is only copied.
 bool encode_for_buffer(IcuMessage& message, char* buffer, int capacity, int& length) {
   if (!message.is_utf8() || !pConverter.is_utf8()) {
@@ -75,20 +71,6 @@ bool encode_for_buffer(IcuMessage& message, char* buffer, int capacity, int& len
   std::memcpy(buffer, text.data(), text.size());
   length = static_cast<int>(text.size());
   return true;
-}
-
-/// The message in a code page, whatever its length.
-std::string encode_message(const icu::UnicodeString& message, const char* code_page) {
-  // Room for most texts in most code pages; for the others the length that they need is known after the first try.
-  std::string text(static_cast<std::size_t>(message.length()) * 3 + 1, '\0');
-  int length = 0;
-  if (!encode_text(message, code_page, text.data(), static_cast<int>(text.size()), length)) {
-    if (length <= static_cast<int>(text.size())) throw_conversion_failure();
-    text.resize(static_cast<std::size_t>(length));
-    if (!encode_text(message, code_page, text.data(), length, length)) throw_conversion_failure();
-  }
-  text.resize(static_cast<std::size_t>(length));
-  return text;
 }
 
 }  // namespace
@@ -103,7 +85,7 @@ const char* _qz_LOG_log_entry_imp::get_readable_message(char* buffer, long size,
   if (!qz_LOG_LogConfig::IsICUEnabled()) {
     qz_TextBuffer message;
     _qz_LOG_log_message::append_narrow_message(*this, get_definition(), use_default, selector_index, message);
-    copy_padded(message, buffer, static_cast<std::size_t>(size));
+    message.copy_padded(buffer, static_cast<std::size_t>(size));
     return buffer;
   }
   IcuMessage message;
@@ -145,9 +127,11 @@ void _qz_LOG_log_entry_imp::format_message(std::string& text, bool use_default, 
   const char* const code_page = qz_LOG_LogConfig::GetCodePage();
   if (message.is_utf8() && is_utf8(code_page)) {
     text.assign(message.utf8().data(), message.utf8().size());
-  } else {
-    text = encode_message(message.to_unicode(), code_page);
+    return;
   }
+  std::string encoded;
+  if (!encode_text(message.to_unicode(), code_page, encoded)) throw_conversion_failure();
+  text = std::move(encoded);
 } catch (const std::bad_alloc&) {
   throw QZX_memory_alloc();
 }

@@ -2,6 +2,7 @@
 #include <new>
 #include <vector>
 
+#include "definitions/definition_format.h"
 #include "entry/logentry_i_failures.h"
 #include "foundation/atomic_word.h"
 #include "qzlog/logentry.h"
@@ -43,7 +44,8 @@ void visit_value(qz_LOG_AttributeVisitor& visitor, const char* name, const _qz_L
   visitor.VisitText(name, type, text.c_str(), text.length());
 }
 
-constexpr unsigned kMaxAttributes = 256;
+// More than any position in a list.
+constexpr unsigned kMaxAttributes = qzlog::ldf::kMostElements + 1;
 
 /// Where a name stands in the order of a definition: own attributes, global ones, then names that it does not know.
 unsigned position_of(const _qz_LOG_log_definition* definition, const _qz_LOG_known_name* name) {

@@ -1,39 +1,18 @@
-#include <algorithm>
-#include <cstdint>
 #include <cstring>
 
 #include "entry/logentry_i_failures.h"
+#include "entry/text_limits.h"
+#include "foundation/line_breaks.h"
+#include "foundation/text_room.h"
 #include "message/code_page.h"
-#include "message/icu_memory.h"
+#include "message/text_cut.h"
 #include "qzlog/logcfg.h"
+
+using namespace qzlog;
 
 namespace {
 
 constexpr int kTruncationCapacity = 8095;
-constexpr std::size_t kFilterCapacity = 8096;
-// The most bytes that one UTF-16 unit takes in any code page, switching between character sets included.
-constexpr int kMaxBytesPerUnit = 8;
-
-/// The limit of a text type: bytes for Char types, characters for MBChar types.
-int text_limit(unsigned char type) {
-  static constexpr int kLimits[] = {32, 64, 128, 256, 1024, 2048};
-  return kLimits[(type - TypeChar32) % 6];
-}
-
-/// Room for a text: on the stack, unless a code page with long sequences needs more.
-class TextBuffer {
- public:
-  explicit TextBuffer(std::size_t size) : size_(std::max(size, sizeof(stack_))) {
-    if (size_ > sizeof(stack_)) heap_.reset(qz_new_array<char>(size_));
-  }
-  char* data() { return heap_ != nullptr ? heap_.get() : stack_; }
-  int size() const { return static_cast<int>(size_); }
-
- private:
-  std::size_t size_;
-  std::unique_ptr<char[]> heap_;
-  char stack_[kFilterCapacity];
-};
 
 bool exceeds_character_limit(const char* value, std::size_t length, int limit) {
   if (qz_LOG_LogConfig::IsICUEnabled()) {
@@ -42,84 +21,8 @@ bool exceeds_character_limit(const char* value, std::size_t length, int limit) {
   return length > static_cast<std::size_t>(limit);
 }
 
-/// Not zero when one of eight bytes is below `limit`, which is at most 128.
-constexpr std::uint64_t find_byte_below(std::uint64_t bytes, unsigned char limit) {
-  constexpr std::uint64_t kOnes = 0x0101010101010101U;
-  return (bytes - kOnes * limit) & ~bytes & kOnes << 7;
-}
-
-std::uint64_t eight_bytes_at(const char* text) {
-  std::uint64_t bytes = 0;
-  std::memcpy(&bytes, text, sizeof(bytes));
-  return bytes;
-}
-
-bool is_line_break(char character) { return character == '\n' || character == '\r'; }
-
-/// Most texts have no control character at all, and are too short for a search routine to pay.
-bool contains_line_break(const char* text, std::size_t length) {
-  constexpr std::size_t kWord = sizeof(std::uint64_t);
-  if (length >= kWord) {
-    std::uint64_t found = find_byte_below(eight_bytes_at(text + length - kWord), ' ');
-    for (std::size_t i = 0; i + kWord < length; i += kWord) found |= find_byte_below(eight_bytes_at(text + i), ' ');
-    if (found == 0) return false;
-  }
-  return std::any_of(text, text + length, is_line_break);
-}
-
 bool changes_when_filtered(const char* text, std::size_t length, bool escape) {
   return escape ? contains_line_break(text, length) : std::memchr(text, '\\', length) != nullptr;
-}
-
-[[noreturn]] void throw_small_buffer() {
-  throw QZX_logging_illegal_argument("The buf length is smaller than cut length!", 0);
-}
-
-void cut_to_bytes(const char* value, int limit, char* buffer, int capacity) {
-  if (capacity < limit + 1) throw_small_buffer();
-  QZ_strncpy(buffer, value, static_cast<std::size_t>(limit));
-  buffer[limit] = '\0';
-}
-
-/// Cuts to UTF-16 units; a pair of them may be cut in two.
-void cut_to_units(const char* value, int limit, char* buffer, int capacity) {
-  const char* const code_page = qz_LOG_LogConfig::GetCodePage();
-  int length = 0;
-  const icu::UnicodeString text = decode_text(value, code_page);
-  const icu::UnicodeString cut = with_icu_memory([&] {
-    const IcuMemory memory;
-    icu::UnicodeString beginning(text, 0, limit);
-    memory.check(beginning);
-    return beginning;
-  });
-  if (!encode_text(cut, code_page, buffer, capacity, length) || length >= capacity) throw_small_buffer();
-  buffer[length] = '\0';
-}
-
-/// The line break that a letter behind a backslash stands for, '\0' for any other letter.
-char unescaped(char letter) { return letter == 'n' ? '\n' : letter == 'r' ? '\r' : '\0'; }
-
-/// The letter that stands for a line break, '\0' for any other character.
-char escape_letter(char character) { return character == '\n' ? 'n' : character == '\r' ? 'r' : '\0'; }
-
-void escape_line_breaks(const char* source, char* target, int size) {
-  int written = 0;
-  for (int read = 0; source[read] != '\0' && read < size - 1 && written < size - 1; ++read) {
-    const char letter = escape_letter(source[read]);
-    target[written++] = letter != '\0' ? '\\' : source[read];
-    if (letter != '\0' && written < size - 1) target[written++] = letter;
-  }
-  target[written] = '\0';
-}
-
-void unescape_line_breaks(const char* source, char* target, int size) {
-  int written = 0;
-  while (*source != '\0' && written < size - 1) {
-    const char line_break = source[0] == '\\' ? unescaped(source[1]) : '\0';
-    target[written++] = line_break != '\0' ? line_break : source[0];
-    source += line_break != '\0' ? 2 : 1;
-  }
-  target[written] = '\0';
 }
 
 }  // namespace
@@ -129,7 +32,7 @@ void _qz_LOG_log_entry_imp::add_attrib_str(const char* name, const char* value, 
     QZ_DEBUG_RECORD(1, kEntrySource, "%s:%d _qz_LOG_log_entry_imp::add_attrib_str, name or value equal NULL\n");
     throw QZX_logging_illegal_argument("invalid argument", 0);
   }
-  const _qz_LOG_attribute_entry* const attribute = find_defined(name);
+  const _qz_LOG_attribute_entry* const attribute = proceed_to(name);
   if (attribute == nullptr) {
     QZ_DEBUG_RECORD(1, kEntrySource, "%s:%d _qz_LOG_log_entry_imp::add_attrib_str, can not find attribute :%s\n", name);
     throw_invalid_name(name);
@@ -155,7 +58,7 @@ void _qz_LOG_log_entry_imp::add_attrib_mbstr(const char* name, const char* value
   if (name == nullptr || name[0] == '\0' || value == nullptr) {
     throw QZX_logging_illegal_argument("invalid argument", 0);
   }
-  const _qz_LOG_attribute_entry* const attribute = find_defined(name);
+  const _qz_LOG_attribute_entry* const attribute = proceed_to(name);
   if (attribute == nullptr) {
     QZ_DEBUG_RECORD(1, kEntrySource, "%s:%d _qz_LOG_log_entry_imp::add_attrib_mbstr, can not find attribute :%s\n",
                     name);
@@ -175,7 +78,7 @@ void _qz_LOG_log_entry_imp::add_attrib_mbstr(const char* name, const char* value
 void _qz_LOG_log_entry_imp::add_truncated_mbtext(const _qz_LOG_attribute_entry& attribute, const char* value,
                                                  bool escape) {
   const int limit = text_limit(attribute.get_type());
-  TextBuffer truncated(static_cast<std::size_t>(limit) * kMaxBytesPerUnit + 1);
+  TextRoom truncated(static_cast<std::size_t>(limit) * kMostBytesPerUnit + 1);
   truncated.data()[0] = '\0';
   truncate_mbstring(attribute.get_name(), value, limit, truncated.data(), truncated.size());
   add_filtered_text(attribute, truncated.data(), QZ_strlen(truncated.data()), escape);
@@ -186,7 +89,7 @@ void _qz_LOG_log_entry_imp::add_filtered_text(const _qz_LOG_attribute_entry& att
                                               std::size_t length, bool escape) {
   if (!changes_when_filtered(value, length, escape)) return store_text(attribute, value, length);
   // Room for every line break to take two characters.
-  TextBuffer filtered(length * 2 + 1);
+  TextRoom filtered(length * 2 + 1);
   filter_string(value, filtered.data(), filtered.size(), escape);
   store_text(attribute, filtered.data(), QZ_strlen(filtered.data()));
 }
@@ -237,7 +140,7 @@ void _qz_LOG_log_entry_imp::truncate_mbstring(const char* name, const char* valu
                                               int capacity) const {
   if (!wants_truncation(name, value, buffer)) return;
   if (qz_LOG_LogConfig::IsICUEnabled()) {
-    cut_to_units(value, limit, buffer, capacity);
+    cut_to_units(value, qz_LOG_LogConfig::GetCodePage(), limit, buffer, capacity);
   } else {
     cut_to_bytes(value, limit, buffer, capacity);
   }

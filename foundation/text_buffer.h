@@ -39,6 +39,12 @@ class qz_TextBuffer : public qz_UTIL_no_inadvertant_copies {
     return begin_ + size_;
   }
   void count_in(std::size_t count) { size_ += count; }
+  /// Copies the text as strncpy does into `size` bytes, at least one: cut to one less, the rest filled with zeros.
+  void copy_padded(char* target, std::size_t size) const {
+    const std::size_t length = std::min(size_, size - 1);
+    std::memcpy(target, begin_, length);
+    std::memset(target + length, 0, size - length);
+  }
   /// How many bytes may be appended before it has to grow.
   std::size_t room() const { return capacity_ - size_; }
 

@@ -12,6 +12,8 @@
 #include <cstddef>
 #include <cstdint>
 
+using namespace qzlog;
+
 namespace {
 
 constexpr std::size_t kStackSize = std::size_t{256} * 1024;

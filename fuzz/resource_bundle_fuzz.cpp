@@ -12,7 +12,7 @@
 
 namespace {
 
-using namespace qzlog_bundle;
+using namespace qzlog;
 
 constexpr unsigned kLevels = 3;
 

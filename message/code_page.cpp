@@ -12,6 +12,8 @@
 #include "foundation/thread_instance.h"
 #include "message/icu_memory.h"
 
+namespace qzlog {
+
 namespace {
 
 /// Null when there is no such code page.
@@ -209,6 +211,19 @@ bool encode_text(const icu::UnicodeString& text, const char* code_page, char* bu
   });
 }
 
+bool encode_text(const icu::UnicodeString& text, const char* code_page, std::string& encoded) {
+  // Room for most texts in most code pages; for the others the length that they need is known after the first try.
+  encoded.resize(static_cast<std::size_t>(text.length()) * 3 + 1);
+  int length = 0;
+  if (!encode_text(text, code_page, encoded.data(), static_cast<int>(encoded.size()), length)) {
+    if (length <= static_cast<int>(encoded.size())) return false;
+    encoded.resize(static_cast<std::size_t>(length));
+    if (!encode_text(text, code_page, encoded.data(), length, length)) return false;
+  }
+  encoded.resize(static_cast<std::size_t>(length));
+  return true;
+}
+
 bool SharedConverter::make_once(const char* code_page, bool keep_failure) {
   if (made_.load(std::memory_order_acquire)) return true;
   const qz_MutexSentry lock(making_);
@@ -225,3 +240,5 @@ bool SharedConverter::encode(const icu::UnicodeString& text, char* buffer, int c
   return with_thread_instance<ThreadClones>(
       [&](ThreadClones& clones) { return encode_with(clones.of(prototype_), text, buffer, capacity, length); });
 }
+
+}  // namespace qzlog

@@ -2,6 +2,7 @@
 #define QZLOG_MESSAGE_CODE_PAGE_H
 
 #include <atomic>
+#include <string>
 
 #include <unicode/ucnv.h>
 #include <unicode/unistr.h>
@@ -9,6 +10,8 @@
 #include "foundation/locks.h"
 #include "foundation/no_copies.h"
 #include "foundation/text_buffer.h"
+
+namespace qzlog {
 
 /// Texts in code pages. A code page is named as ICU's converters are; "" means ICU's default converter. Safe from any
 /// thread: no open converter is used by two threads. Running out of memory throws QZX_memory_alloc.
@@ -35,6 +38,9 @@ bool append_utf8(const icu::UnicodeString& text, qz_TextBuffer& target);
 /// may then hold a part of it.
 bool encode_text(const icu::UnicodeString& text, const char* code_page, char* buffer, int capacity, int& length);
 
+/// The same into a text of any length. False when the code page is unknown; the text is then of no use.
+bool encode_text(const icu::UnicodeString& text, const char* code_page, std::string& encoded);
+
 /// A converter that is made once for the whole process, on first use, and used by all threads, each through a clone of
 /// its own. Objects are static and never released, like the converter.
 class SharedConverter : public qz_UTIL_no_inadvertant_copies {
@@ -56,5 +62,7 @@ class SharedConverter : public qz_UTIL_no_inadvertant_copies {
   UConverter* prototype_ = nullptr;
   bool is_utf8_ = false;
 };
+
+}  // namespace qzlog
 
 #endif  // QZLOG_MESSAGE_CODE_PAGE_H

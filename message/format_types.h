@@ -2,9 +2,44 @@
 #define QZLOG_MESSAGE_FORMAT_TYPES_H
 
 #include "entry/logattrib.h"
-#include "message/logmsg_render.h"
 
-/// Which types of attributes each format accepts.
+namespace qzlog {
+
+/// The formats of references in message templates, and which types of attributes each accepts.
+
+/// How a reference is rendered, by its format character.
+enum class MessageFormatKind : unsigned char {
+  kUnknown,   // not an error: the reference is left out
+  kText,      // s
+  kCurrency,  // C
+  kPercent,   // P
+  kDate,      // D
+  kTime,      // T
+  kFloat,     // f
+  kInteger    // d, u
+};
+
+constexpr MessageFormatKind message_format_kind(char format) {
+  switch (format) {
+    case 's':
+      return MessageFormatKind::kText;
+    case 'C':
+      return MessageFormatKind::kCurrency;
+    case 'P':
+      return MessageFormatKind::kPercent;
+    case 'D':
+      return MessageFormatKind::kDate;
+    case 'T':
+      return MessageFormatKind::kTime;
+    case 'f':
+      return MessageFormatKind::kFloat;
+    case 'd':
+    case 'u':
+      return MessageFormatKind::kInteger;
+    default:
+      return MessageFormatKind::kUnknown;
+  }
+}
 
 using AttributeTypeSet = unsigned;
 
@@ -56,5 +91,7 @@ inline bool accepts_type(MessageFormatKind kind, qz_AttributeType type) {
   const AttributeTypeSet accepted = kAcceptedTypes[static_cast<unsigned>(kind)];
   return type < 32 ? (accepted >> type & 1U) != 0 : accepted == ~AttributeTypeSet{0};
 }
+
+}  // namespace qzlog
 
 #endif  // QZLOG_MESSAGE_FORMAT_TYPES_H

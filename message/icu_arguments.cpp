@@ -1,7 +1,10 @@
 #include "message/icu_arguments.h"
 
 #include "message/code_page.h"
+#include "message/logmsg_render.h"
 #include "qzlog/logcfg.h"
+
+namespace qzlog {
 
 namespace {
 
@@ -77,3 +80,5 @@ void fill_argument(const IcuArgument& argument, icu::Formattable& target) {
       return target.setDate(argument.number);
   }
 }
+
+}  // namespace qzlog

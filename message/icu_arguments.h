@@ -7,8 +7,10 @@
 #include <unicode/utypes.h>
 
 #include "entry/logentry_i.h"
-#include "message/logmsg_render.h"
+#include "message/template_limits.h"
 #include "message/template_pieces.h"
+
+namespace qzlog {
 
 /// The value that an entry has for one argument of an ICU pattern. A text stays where the entry has it, in the
 /// configured code page.
@@ -28,15 +30,12 @@ void fill_argument(const IcuArgument& argument, icu::Formattable& target);
 /// Reads the arguments of a template from an entry, in the order of the template.
 class IcuArguments {
  public:
-  // Templates were written for an ICU that knew the arguments 0 to 9 only; the limit is part of their contract.
-  static constexpr unsigned kMost = 10;
-
   explicit IcuArguments(const _qz_LOG_log_entry_imp& entry) : entry_(entry) {}
 
   void text(const TemplatePiece& /*piece*/) {}  // part of the pattern already
   void reference(const MessageReference& reference) {
     const IcuArgument argument = read(reference);
-    if (count_ < kMost) arguments_[count_++] = argument;
+    if (count_ < kMostTemplateArguments) arguments_[count_++] = argument;
   }
 
   unsigned count() const { return count_; }
@@ -49,7 +48,9 @@ class IcuArguments {
 
   const _qz_LOG_log_entry_imp& entry_;
   unsigned count_ = 0;
-  IcuArgument arguments_[kMost];
+  IcuArgument arguments_[kMostTemplateArguments];
 };
+
+}  // namespace qzlog
 
 #endif  // QZLOG_MESSAGE_ICU_ARGUMENTS_H

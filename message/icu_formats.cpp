@@ -10,6 +10,8 @@
 #include "message/logmsg.h"
 #include "qzlog/qz_exception.h"
 
+namespace qzlog {
+
 namespace {
 
 [[noreturn]] void throw_pattern_failure() {
@@ -117,3 +119,5 @@ KeptFormat& IcuFormats::format_of(const IcuTemplate& message_template) {
   return formats_.get(
       message_template.serial(), [locale_name](const KeptFormat& kept) { return kept.is_current(locale_name); }, make);
 }
+
+}  // namespace qzlog

@@ -16,6 +16,8 @@
 #include "message/integer_style.h"
 #include "message/recent_cache.h"
 
+namespace qzlog {
+
 /// The MessageFormat of a template for one locale and, where it shows times, one time zone.
 class KeptFormat : public qz_UTIL_no_inadvertant_copies {
  public:
@@ -67,5 +69,7 @@ class IcuFormats : public qz_UTIL_no_inadvertant_copies {
   std::string last_locale_name_;
   const IntegerStyle* last_style_ = nullptr;
 };
+
+}  // namespace qzlog
 
 #endif  // QZLOG_MESSAGE_ICU_FORMATS_H

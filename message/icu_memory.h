@@ -14,6 +14,7 @@
 #include "foundation/no_copies.h"
 #include "qzlog/qz_exception.h"
 
+namespace qzlog {
 /// ICU may have run out of memory, see with_icu_memory.
 struct IcuMayHaveRunOut : QZX_memory_alloc {};
 
@@ -83,5 +84,6 @@ auto with_icu_memory(Body&& body) {
   }
   throw Failure();
 }
+}  // namespace qzlog
 
 #endif  // QZLOG_MESSAGE_ICU_MEMORY_H

@@ -9,6 +9,8 @@
 #include "foundation/text_buffer.h"
 #include "message/icu_memory.h"
 
+namespace qzlog {
+
 /// A message of the ICU path: in UTF-8 where it could be assembled, else as ICU formatted it.
 class IcuMessage : public qz_UTIL_no_inadvertant_copies {
  public:
@@ -39,5 +41,7 @@ class IcuMessage : public qz_UTIL_no_inadvertant_copies {
   qz_TextBuffer utf8_;
   icu::UnicodeString formatted_;
 };
+
+}  // namespace qzlog
 
 #endif  // QZLOG_MESSAGE_ICU_MESSAGE_H

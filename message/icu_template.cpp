@@ -6,10 +6,12 @@
 
 #include "foundation/text_buffer.h"
 #include "message/code_page.h"
-#include "message/icu_arguments.h"
 #include "message/icu_memory.h"
 #include "message/logmsg.h"
 #include "message/pattern_nesting.h"
+#include "message/template_limits.h"
+
+namespace qzlog {
 
 namespace {
 
@@ -68,7 +70,7 @@ IcuTemplate::IcuTemplate(std::unique_ptr<const _qz_LOG_msg_token_list> tokens, c
   memory.check(pattern_);
   UErrorCode status = U_ZERO_ERROR;
   icu::MessagePattern parsed(status);
-  is_within_limits_ = argument_count() <= IcuArguments::kMost && parse_pattern(pattern_, parsed, status);
+  is_within_limits_ = argument_count() <= kMostTemplateArguments && parse_pattern(pattern_, parsed, status);
   can_be_assembled_ = is_within_limits_ && U_SUCCESS(status) && split_pattern(parsed);
   memory.check(status);
 }
@@ -94,7 +96,7 @@ void IcuTemplate::append_argument(MessageFormatKind kind) {
   pattern_ += icu::UnicodeString(number, -1, US_INV);
   pattern_ += icu::UnicodeString(argument_style(kind), -1, US_INV);
   pattern_ += u'}';
-  shows_time_ = shows_time_ || ::shows_time(kind);
+  shows_time_ = shows_time_ || qzlog::shows_time(kind);
 }
 
 /// Walks the pattern as MessageFormat does when it formats. False when there is a part that only it can write.
@@ -146,3 +148,5 @@ bool IcuTemplate::append_argument_part(const icu::MessagePattern& parsed, int st
   has_formatted_parts_ = has_formatted_parts_ || !is_plain_integer;
   return true;
 }
+
+}  // namespace qzlog

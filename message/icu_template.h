@@ -9,8 +9,10 @@
 #include <unicode/messagepattern.h>
 #include <unicode/unistr.h>
 
-#include "definitions/message_text.h"
+#include "definitions/prepared_message.h"
 #include "message/template_pieces.h"
+
+namespace qzlog {
 
 /// A template of the ICU path made ready to render: the references to read, the ICU pattern that follows, and, where
 /// the pattern is plain enough, the parts that a message is assembled from without MessageFormat. Never changes; any
@@ -71,5 +73,7 @@ class IcuTemplate : public _qz_LOG_prepared_message {
   std::vector<Part> parts_;
   std::string literals_;
 };
+
+}  // namespace qzlog
 
 #endif  // QZLOG_MESSAGE_ICU_TEMPLATE_H

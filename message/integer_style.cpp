@@ -10,6 +10,8 @@
 #include "foundation/itoa.h"
 #include "message/icu_memory.h"
 
+namespace qzlog {
+
 namespace {
 
 /// ICU's text of an integer; empty when it has none.
@@ -75,3 +77,5 @@ void IntegerStyle::append(qz_TextBuffer& text, int value) const {
   }
   if (value < 0) text.append(minus_after_.data(), minus_after_.size());
 }
+
+}  // namespace qzlog

@@ -7,6 +7,8 @@
 
 #include "foundation/text_buffer.h"
 
+namespace qzlog {
+
 /// How a locale writes the integers of messages (the pattern "##########"): digits without grouping and a sign, learnt
 /// from ICU's own texts.
 class IntegerStyle {
@@ -28,5 +30,7 @@ class IntegerStyle {
   std::string minus_before_;
   std::string minus_after_;
 };
+
+}  // namespace qzlog
 
 #endif  // QZLOG_MESSAGE_INTEGER_STYLE_H

@@ -12,9 +12,12 @@ class _qz_LOG_log_definition;
 class _qz_LOG_log_entry_imp;
 class _qz_LOG_message_text;
 class _qz_LOG_prepared_message;
-class IcuMessage;
 class _qz_LOG_msg_token_list;
 class qz_TextBuffer;
+
+namespace qzlog {
+class IcuMessage;
+}
 
 /// Readable messages: templates, their tokens and rendering, and the message catalog. Static functions only.
 ///
@@ -32,7 +35,7 @@ class _qz_LOG_log_message {
                                         bool use_default, unsigned int selector_index);
   /// The same, without the detour over Unicode where there is none to make.
   static void format_message(const _qz_LOG_log_entry_imp& entry, const _qz_LOG_log_definition* definition,
-                             bool use_default, unsigned int selector_index, IcuMessage& message);
+                             bool use_default, unsigned int selector_index, qzlog::IcuMessage& message);
   /// The message of an entry byte by byte, without ICU and without the catalog.
   static qz_String get_qzString_message(const _qz_LOG_log_entry_imp& entry, const _qz_LOG_log_definition* definition,
                                         bool use_default, unsigned int selector_index);

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <utility>
 
-#include "definitions/message_text.h"
+#include "definitions/prepared_message.h"
 #include "foundation/allocate.h"
 #include "foundation/locks.h"
 #include "foundation/never_destroyed.h"
@@ -18,9 +18,9 @@
 #include "qzlog/qz_locale.h"
 #include "util/debug_record.h"
 
-namespace {
+using namespace qzlog;
 
-using qzlog_bundle::MessageBundle;
+namespace {
 
 constexpr const char* kSource = "logmsg";
 constexpr const char* kStringTable = "STRING_TABLE";

@@ -14,6 +14,8 @@
 #include "message/logmsg.h"
 #include "qzlog/logcfg.h"
 
+using namespace qzlog;
+
 namespace {
 
 /// Puts the parts of a message together in UTF-8.

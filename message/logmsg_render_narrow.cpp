@@ -4,11 +4,13 @@
 #include <type_traits>
 
 #include "entry/logentry_i.h"
-#include "foundation/number_text.h"
+#include "foundation/append_number.h"
 #include "foundation/text_buffer.h"
 #include "message/logmsg.h"
 #include "message/logmsg_render.h"
 #include "message/template_pieces.h"
+
+using namespace qzlog;
 
 namespace {
 

@@ -2,6 +2,8 @@
 #include "message/code_page.h"
 #include "message/logmsg.h"
 
+using namespace qzlog;
+
 namespace {
 
 unsigned int selector_value(const _qz_LOG_log_entry_imp& entry, const _qz_LOG_attribute_entry& selector) {

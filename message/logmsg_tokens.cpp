@@ -6,6 +6,8 @@
 #include "message/code_page.h"
 #include "message/logmsg.h"
 
+using namespace qzlog;
+
 // One after the other rather than each its successor: a template may have more tokens than the stack has room.
 _qz_LOG_msg_token::~_qz_LOG_msg_token() {
   while (next_ != nullptr) {

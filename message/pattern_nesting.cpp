@@ -4,6 +4,8 @@
 #include <string_view>
 #include <vector>
 
+namespace qzlog {
+
 namespace {
 
 constexpr UChar kApostrophe = u'\'';
@@ -202,3 +204,5 @@ bool parse_pattern(const icu::UnicodeString& pattern, icu::MessagePattern& parse
   parsed.parse(pattern, nullptr, status);
   return U_FAILURE(status) || pattern_nesting(parsed) <= kMostPatternNesting;
 }
+
+}  // namespace qzlog

@@ -6,6 +6,8 @@
 #include <utility>
 #include <vector>
 
+namespace qzlog {
+
 /// Values that are costly to make, by key: the last kCapacity made, the oldest of which goes first. For one thread.
 template <typename Key, typename Value>
 class RecentCache {
@@ -52,5 +54,7 @@ class RecentCache {
   std::vector<const Key*> by_age_;
   std::size_t oldest_ = 0;
 };
+
+}  // namespace qzlog
 
 #endif  // QZLOG_MESSAGE_RECENT_CACHE_H

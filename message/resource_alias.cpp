@@ -7,7 +7,7 @@
 
 #include "message/resource_text.h"
 
-namespace qzlog_bundle {
+namespace qzlog {
 
 namespace {
 
@@ -91,4 +91,4 @@ bool ResourceAliases::step(const ResourcePlace& from, const std::string& key, Re
   return true;
 }
 
-}  // namespace qzlog_bundle
+}  // namespace qzlog

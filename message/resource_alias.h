@@ -6,7 +6,7 @@
 
 #include "message/resource_chain.h"
 
-namespace qzlog_bundle {
+namespace qzlog {
 
 /// A value and the bundle that it is in, which the place keeps alive.
 struct ResourcePlace {
@@ -41,6 +41,6 @@ class ResourceAliases {
   unsigned steps_ = 0;
 };
 
-}  // namespace qzlog_bundle
+}  // namespace qzlog
 
 #endif  // QZLOG_MESSAGE_RESOURCE_ALIAS_H

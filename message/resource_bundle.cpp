@@ -7,7 +7,7 @@
 #include "message/resource_alias.h"
 #include "message/resource_locales.h"
 
-namespace qzlog_bundle {
+namespace qzlog {
 
 MessageBundle::State MessageBundle::open(const std::string& path, const char* locale) {
   std::string base;
@@ -73,4 +73,4 @@ MessageBundle::Table MessageBundle::read_table(std::string_view table) const {
   return read;
 }
 
-}  // namespace qzlog_bundle
+}  // namespace qzlog

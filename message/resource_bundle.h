@@ -9,7 +9,7 @@
 #include "message/resource_alias.h"
 #include "message/resource_chain.h"
 
-namespace qzlog_bundle {
+namespace qzlog {
 
 /// The bundle of a locale and those that it falls back to, read into memory and checked as a whole: nothing that
 /// happens to the files afterwards reaches it. Only what aliases lead to is read when it is needed. Never changes; any
@@ -62,6 +62,6 @@ class MessageBundle {
   ResourceChain chain_;
 };
 
-}  // namespace qzlog_bundle
+}  // namespace qzlog
 
 #endif  // QZLOG_MESSAGE_RESOURCE_BUNDLE_H

@@ -9,7 +9,7 @@
 #include "message/resource_locales.h"
 #include "message/resource_text.h"
 
-namespace qzlog_bundle {
+namespace qzlog {
 
 namespace {
 
@@ -139,4 +139,4 @@ void ResourceChainLoader::attach_pool(const std::string& name, ResourceData& dat
   }
 }
 
-}  // namespace qzlog_bundle
+}  // namespace qzlog

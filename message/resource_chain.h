@@ -9,7 +9,7 @@
 #include "message/resource_data.h"
 #include "message/resource_files.h"
 
-namespace qzlog_bundle {
+namespace qzlog {
 
 /// A bundle's file, or none, under the name of its locale.
 struct ResourceEntry {
@@ -66,6 +66,6 @@ class ResourceChainLoader {
   ResourceFiles files_;
 };
 
-}  // namespace qzlog_bundle
+}  // namespace qzlog
 
 #endif  // QZLOG_MESSAGE_RESOURCE_CHAIN_H

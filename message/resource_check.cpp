@@ -5,7 +5,7 @@
 
 #include "message/resource_data.h"
 
-namespace qzlog_bundle {
+namespace qzlog {
 
 namespace {
 
@@ -165,4 +165,4 @@ class ResourceCheck {
 
 const char* ResourceData::check() const { return ResourceCheck(*this).run(); }
 
-}  // namespace qzlog_bundle
+}  // namespace qzlog

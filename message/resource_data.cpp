@@ -4,7 +4,7 @@
 #include <cstring>
 #include <utility>
 
-namespace qzlog_bundle {
+namespace qzlog {
 
 namespace {
 
@@ -289,4 +289,4 @@ std::u16string ResourceData::text_of(Resource resource) const {
   return offset == 0 ? std::u16string() : units((offset + 1) * kWord, word(offset));
 }
 
-}  // namespace qzlog_bundle
+}  // namespace qzlog

@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-namespace qzlog_bundle {
+namespace qzlog {
 
 /// A value in a bundle: its type in the upper 4 bits, in the others where it stands, or the value itself.
 using Resource = std::uint32_t;
@@ -148,6 +148,6 @@ class ResourceData {
   std::shared_ptr<const ResourceData> pool_;
 };
 
-}  // namespace qzlog_bundle
+}  // namespace qzlog
 
 #endif  // QZLOG_MESSAGE_RESOURCE_DATA_H

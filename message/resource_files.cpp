@@ -12,7 +12,7 @@
 
 #include "message/resource_data.h"
 
-namespace qzlog_bundle {
+namespace qzlog {
 
 namespace {
 
@@ -166,4 +166,4 @@ WholeFile ResourceFiles::find_in_icu(const std::string& name) const {
   return {State::kRead, copy_of(data.get())};
 }
 
-}  // namespace qzlog_bundle
+}  // namespace qzlog

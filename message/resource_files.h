@@ -9,7 +9,7 @@
 #include "message/resource_package.h"
 #include "message/whole_file.h"
 
-namespace qzlog_bundle {
+namespace qzlog {
 
 /// The files of a catalog, found where ICU finds those of a package: the folder that the path names, then those of
 /// ICU's data directory; single files (NAME.res), then the package file (.dat). A name without a slash may also be that
@@ -41,6 +41,6 @@ class ResourceFiles {
   ResourcePackage package_file_;
 };
 
-}  // namespace qzlog_bundle
+}  // namespace qzlog
 
 #endif  // QZLOG_MESSAGE_RESOURCE_FILES_H

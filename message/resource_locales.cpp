@@ -9,7 +9,7 @@
 #include <unicode/ures.h>
 #include <unicode/uversion.h>
 
-namespace qzlog_bundle {
+namespace qzlog {
 
 namespace {
 
@@ -117,4 +117,4 @@ bool next_locale(std::string& name, const std::string& origin) {
   return !name.empty();
 }
 
-}  // namespace qzlog_bundle
+}  // namespace qzlog

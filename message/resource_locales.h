@@ -3,7 +3,7 @@
 
 #include <string>
 
-namespace qzlog_bundle {
+namespace qzlog {
 
 /// The names of bundles for locales, as ICU has them.
 
@@ -19,6 +19,6 @@ bool chop_locale(std::string& name);
 /// is left. Throws std::bad_alloc.
 bool next_locale(std::string& name, const std::string& origin);
 
-}  // namespace qzlog_bundle
+}  // namespace qzlog
 
 #endif  // QZLOG_MESSAGE_RESOURCE_LOCALES_H

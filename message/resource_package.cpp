@@ -7,7 +7,7 @@
 
 #include "message/resource_data.h"
 
-namespace qzlog_bundle {
+namespace qzlog {
 
 namespace {
 
@@ -61,4 +61,4 @@ const std::string_view* ResourcePackage::find(std::string_view name) const {
   return found != files_.end() && found->name == name ? &found->bytes : nullptr;
 }
 
-}  // namespace qzlog_bundle
+}  // namespace qzlog

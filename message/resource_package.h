@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-namespace qzlog_bundle {
+namespace qzlog {
 
 /// An ICU package file (.dat) in memory: files by their names, in the byte order of this machine.
 class ResourcePackage {
@@ -29,6 +29,6 @@ class ResourcePackage {
   std::vector<File> files_;  // ordered by name
 };
 
-}  // namespace qzlog_bundle
+}  // namespace qzlog
 
 #endif  // QZLOG_MESSAGE_RESOURCE_PACKAGE_H

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-namespace qzlog_bundle {
+namespace qzlog {
 
 /// A name or a path that a bundle holds as a text. Those are ASCII; empty for everything else. Throws std::bad_alloc.
 inline std::string ascii_of(std::u16string_view text) {
@@ -17,6 +17,6 @@ inline std::string ascii_of(std::u16string_view text) {
   return ascii;
 }
 
-}  // namespace qzlog_bundle
+}  // namespace qzlog
 
 #endif  // QZLOG_MESSAGE_RESOURCE_TEXT_H

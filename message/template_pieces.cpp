@@ -3,8 +3,19 @@
 #include "entry/logattrib.h"
 #include "foundation/qz_libc.h"
 #include "foundation/text_buffer.h"
+#include "qzlog/qz_exception.h"
+#include "util/assertion.h"
+
+namespace qzlog {
 
 namespace {
+
+[[noreturn]] void throw_bad_reference(const char* text_before_name, const char* name) {
+  qz_String text(text_before_name);
+  text += name;
+  text += "\"!";
+  throw QZX_logging_invalid_message_string(text.c_str(), 0);
+}
 
 const qz_String& text_of(const _qz_LOG_msg_token& token) {
   return static_cast<const _qz_LOG_qzString_token&>(token).get_text();
@@ -26,6 +37,33 @@ Sizes sizes_of(const _qz_LOG_msg_token_list& tokens, TemplatePieces::Texts texts
 }
 
 }  // namespace
+
+const _qz_LOG_arg_spec_token* argument_of(const _qz_LOG_msg_token& format_token) {
+  const _qz_LOG_msg_token* const next = format_token.get_next();
+  if (next == nullptr || next->get_type() != _QZ_ARG_SPECIFIER_TOKEN) return nullptr;
+  return static_cast<const _qz_LOG_arg_spec_token*>(next);
+}
+
+void report_missing_argument() {
+  constexpr int kReportedLine = 541;
+  QZ_assertion_violation("p_token->get_type() == _QZ_ARG_SPECIFIER_TOKEN", "logmsg", kReportedLine);
+}
+
+const _qz_LOG_attribute_entry& find_referenced(const char* name, const _qz_LOG_log_definition& definition) {
+  const _qz_LOG_attribute_entry* const attribute = definition.find_attribute(_qz_LOG_attribute_name(name));
+  if (attribute != nullptr) return *attribute;
+  throw_bad_reference(
+      "<QZX_logging_invalid_message_string> _qz_LOG_log_message::get_message:  "
+      "unable to find attribute value for \"",
+      name);
+}
+
+void throw_invalid_format(const char* name) {
+  throw_bad_reference(
+      "<QZX_logging_invalid_message_string> _qz_LOG_log_message::get_message:  "
+      "invalid format specifier for attribute \"",
+      name);
+}
 
 TemplatePieces::TemplatePieces(const _qz_LOG_msg_token_list& tokens, Texts texts,
                                const _qz_LOG_log_definition& definition) {
@@ -68,3 +106,5 @@ void TemplatePieces::add_reference(MessageFormatKind kind, const char* name, con
   piece.name = _qz_LOG_known_name::of(name);
   pieces_.push_back(piece);
 }
+
+}  // namespace qzlog

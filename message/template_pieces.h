@@ -7,8 +7,23 @@
 #include "definitions/attribute_name.h"
 #include "definitions/ldf_def.h"
 #include "message/format_types.h"
-#include "message/logmsg_render.h"
 #include "message/logmsg_tokens.h"
+
+namespace qzlog {
+
+/// One attribute reference of a template, with the type that it has for a definition.
+struct MessageReference {
+  const _qz_LOG_known_name* name;
+  qz_AttributeType type;
+  MessageFormatKind kind;
+  unsigned order;  // among the references of the template, from 0
+};
+
+/// The argument token of a format token, or null when another token, or none, follows.
+const _qz_LOG_arg_spec_token* argument_of(const _qz_LOG_msg_token& format_token);
+
+/// Reports a format token without an argument, which is left out.
+void report_missing_argument();
 
 /// One step of rendering a template.
 struct TemplatePiece {
@@ -79,5 +94,7 @@ void render_pieces(const TemplatePieces& pieces, const _qz_LOG_log_definition& d
     }
   }
 }
+
+}  // namespace qzlog
 
 #endif  // QZLOG_MESSAGE_TEMPLATE_PIECES_H

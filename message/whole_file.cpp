@@ -9,7 +9,7 @@
 #include <cstddef>
 #include <iterator>
 
-namespace qzlog_bundle {
+namespace qzlog {
 
 namespace {
 
@@ -75,4 +75,4 @@ WholeFile read_whole_file(const std::string& path) {
   return whole;
 }
 
-}  // namespace qzlog_bundle
+}  // namespace qzlog

@@ -3,7 +3,7 @@
 
 #include <string>
 
-namespace qzlog_bundle {
+namespace qzlog {
 
 /// A file's bytes in memory, as they were when it was read: what happens to the file later does not reach them.
 struct WholeFile {
@@ -18,6 +18,6 @@ struct WholeFile {
 /// Throws std::bad_alloc.
 WholeFile read_whole_file(const std::string& path);
 
-}  // namespace qzlog_bundle
+}  // namespace qzlog
 
 #endif  // QZLOG_MESSAGE_WHOLE_FILE_H

@@ -182,7 +182,6 @@ TEST_F(EntryFilterTable, NoSource_AllQuestionsAsTheRulesSay) {
 // Every key absent, in the section, in "global" or, with another value, in both: 4^6 configurations.
 TEST_F(EntryFilterTable, EveryPlacingOfTheKeys_AllQuestionsAsTheRulesSay) {
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   for (unsigned placing = 0; placing < 4096 && !HasFailure(); ++placing) {
     Configuration configuration{.exists = true};
     for (std::size_t i = 0; i < kKeys.size(); ++i) {

@@ -34,8 +34,8 @@ TEST(SetFilterLogLevel, OneAboveNine_ThrowsAndKeepsTheBounds) {
   _qz_LOG_entry_filter filter = make_filter();
   filter.set_filter_log_level(2, 7);
   for (const Bounds& bad : {Bounds{0, 10}, {10, 0}, {10, 10}, {0, 0xFFFFFFFFU}, {0xFFFFFFFFU, 9}, {0x80000000U, 1}}) {
-    EXPECT_TRUE(ThrowsExactly<QZX_logging_invalid_log_level>([&] { filter.set_filter_log_level(bad.low, bad.high); },
-                                                             kIllegalLevel));
+    EXPECT_EQ(thrown_by([&] { filter.set_filter_log_level(bad.low, bad.high); }),
+              thrown<QZX_logging_invalid_log_level>(kIllegalLevel));
     EXPECT_EQ(filter.log_level_low, 2U);
     EXPECT_EQ(filter.log_level_high, 7U);
   }

@@ -19,10 +19,11 @@ namespace {
 
 using qz_test::AllocationFailure;
 using qz_test::DebugLogFile;
+using qz_test::kNoMemory;
 using qz_test::LdfFile;
 using qz_test::Texts;
-using qz_test::ThrowsExactly;
-using qz_test::ThrowsMemoryAlloc;
+using qz_test::thrown;
+using qz_test::thrown_by;
 
 using Config = qz_LOG_LogConfig;
 
@@ -32,10 +33,7 @@ constexpr const char* kUnreadable = "<QZX_logging_invalid_definition> Unable to 
 // A catalog that every installation has: part of ICU's own data.
 constexpr const char* kCatalog = U_ICUDATA_NAME "-curr";
 
-template <typename Operation>
-testing::AssertionResult throws_invalid_argument(Operation&& operation) {
-  return ThrowsExactly<QZX_logging_illegal_argument>(operation, "invalid argument");
-}
+std::string invalid_argument() { return thrown<QZX_logging_illegal_argument>("invalid argument"); }
 
 class LogCfg : public qz_test::SettingsTest {
  protected:
@@ -124,8 +122,8 @@ TEST_F(LogCfg, SetActionAttrLenExceedOutOfRange_ThrowsAndActionStays) {
   const DebugLogFile log(9);
   Config::SetActionAttrLenExceed(1);
   for (const int action : {2, -1, 3, INT_MAX, INT_MIN}) {
-    EXPECT_TRUE(ThrowsExactly<QZX_logging_illegal_argument>(
-        [&] { Config::SetActionAttrLenExceed(action); }, "The action when attribute exceeds limitation is invalid!\n"))
+    EXPECT_EQ(thrown_by([&] { Config::SetActionAttrLenExceed(action); }),
+              thrown<QZX_logging_illegal_argument>("The action when attribute exceeds limitation is invalid!\n"))
         << action;
     EXPECT_EQ(Config::GetActionAttrLenExceed(), 1);
   }
@@ -164,7 +162,7 @@ TEST_F(LogCfg, SetDefinitionPathNull_RecordedThrowsAndNothingChanges) {
   Config::SetDefinitionPath(path.c_str());
   const DebugLogFile log(1);
   // Twice: the first call must have released the lock.
-  for (int i = 0; i < 2; ++i) EXPECT_TRUE(throws_invalid_argument([] { Config::SetDefinitionPath(nullptr); }));
+  for (int i = 0; i < 2; ++i) EXPECT_EQ(thrown_by([] { Config::SetDefinitionPath(nullptr); }), invalid_argument());
   EXPECT_EQ(log.unnumbered_records(),
             Texts({record("SetDefinitionPath, path==0!"), record("SetDefinitionPath, path==0!")}));
   EXPECT_EQ(Config::GetDefinitionPath(), path);
@@ -177,8 +175,8 @@ TEST_F(LogCfg, SetDefinitionPathToAMissingFile_ThrowsWithThePathStored) {
   const std::string path = folder_.path("missing");
   const std::string text = "<QZX_logging_invalid_definition> Unable to access definition file \"" + path + "\".";
   for (int i = 0; i < 2; ++i) {
-    EXPECT_TRUE(
-        ThrowsExactly<QZX_logging_invalid_definition>([&] { Config::SetDefinitionPath(path.c_str()); }, text.c_str()));
+    EXPECT_EQ(thrown_by([&] { Config::SetDefinitionPath(path.c_str()); }),
+              thrown<QZX_logging_invalid_definition>(text));
   }
   EXPECT_EQ(Config::GetDefinitionPath(), path);
   EXPECT_FALSE(finds(5));
@@ -188,8 +186,8 @@ TEST_F(LogCfg, SetDefinitionPathToAMissingFile_ThrowsWithThePathStored) {
 TEST_F(LogCfg, SetDefinitionPathToABrokenFile_RecordsTheFailureOnly) {
   const DebugLogFile log(2);
   const std::string path = folder_.write("broken.ldf", "broken");
-  EXPECT_TRUE(
-      ThrowsExactly<QZX_logging_invalid_definition>([&] { Config::SetDefinitionPath(path.c_str()); }, kUnreadable));
+  EXPECT_EQ(thrown_by([&] { Config::SetDefinitionPath(path.c_str()); }),
+            thrown<QZX_logging_invalid_definition>(kUnreadable));
   EXPECT_EQ(log.unnumbered_records(), Texts({"ldf_load:# _throw_file_io_error()\n"}));
 }
 
@@ -205,14 +203,14 @@ TEST_F(LogCfg, SetDefinitionPathToItsOwnText_Reloaded) {
 TEST_F(LogCfg, SetDefinitionPathWithoutMemoryForTheCopy_Unset) {
   Config::SetDefinitionPath(write_definitions("std.ldf", 5).c_str());
   const auto set_without_memory = [](const char* path) {
-    return ThrowsMemoryAlloc([&] {
+    return thrown_by([&] {
       const AllocationFailure failure(1);
       Config::SetDefinitionPath(path);
     });
   };
-  EXPECT_TRUE(set_without_memory(Config::GetDefinitionPath()));
+  EXPECT_EQ(set_without_memory(Config::GetDefinitionPath()), kNoMemory);
   EXPECT_STREQ(Config::GetDefinitionPath(), "");
-  EXPECT_TRUE(set_without_memory("/some/path"));
+  EXPECT_EQ(set_without_memory("/some/path"), kNoMemory);
   EXPECT_STREQ(Config::GetDefinitionPath(), "");
   EXPECT_TRUE(finds(5));
 }
@@ -233,7 +231,7 @@ TEST_F(LogCfg, SetAuxDefinitionPathNull_RecordedThrowsAndNothingChanges) {
   const std::string path = write_definitions("aux.ldf", 6);
   Config::SetAuxDefinitionPath(path.c_str());
   const DebugLogFile log(1);
-  for (int i = 0; i < 2; ++i) EXPECT_TRUE(throws_invalid_argument([] { Config::SetAuxDefinitionPath(nullptr); }));
+  for (int i = 0; i < 2; ++i) EXPECT_EQ(thrown_by([] { Config::SetAuxDefinitionPath(nullptr); }), invalid_argument());
   EXPECT_EQ(log.unnumbered_records(),
             Texts({record("SetAuxDefinitionPath path==0"), record("SetAuxDefinitionPath path==0")}));
   EXPECT_EQ(Config::GetAuxDefinitionPath(), path);
@@ -242,9 +240,10 @@ TEST_F(LogCfg, SetAuxDefinitionPathNull_RecordedThrowsAndNothingChanges) {
 
 TEST_F(LogCfg, SetAuxDefinitionPathBeforeTheStandardOne_ThrowsWithThePathStored) {
   const std::string path = write_definitions("aux.ldf", 6);
-  EXPECT_TRUE(ThrowsExactly<QZX_logging_invalid_definition>(
-      [&] { Config::SetAuxDefinitionPath(path.c_str()); },
-      "<QZX_logging_invalid_definition> user should set STD definition file before set AUX definition file."));
+  EXPECT_EQ(
+      thrown_by([&] { Config::SetAuxDefinitionPath(path.c_str()); }),
+      thrown<QZX_logging_invalid_definition>(
+          "<QZX_logging_invalid_definition> user should set STD definition file before set AUX definition file."));
   EXPECT_EQ(Config::GetAuxDefinitionPath(), path);
   Config::SetDefinitionPath(write_definitions("std.ldf", 5).c_str());
   Config::SetAuxDefinitionPath(Config::GetAuxDefinitionPath());
@@ -254,10 +253,11 @@ TEST_F(LogCfg, SetAuxDefinitionPathBeforeTheStandardOne_ThrowsWithThePathStored)
 TEST_F(LogCfg, SetAuxDefinitionPathWithoutMemoryForTheCopy_Unset) {
   Config::SetDefinitionPath(write_definitions("std.ldf", 5).c_str());
   Config::SetAuxDefinitionPath(write_definitions("aux.ldf", 6).c_str());
-  EXPECT_TRUE(ThrowsMemoryAlloc([] {
-    const AllocationFailure failure(1);
-    Config::SetAuxDefinitionPath("/some/path");
-  }));
+  EXPECT_EQ(thrown_by([] {
+              const AllocationFailure failure(1);
+              Config::SetAuxDefinitionPath("/some/path");
+            }),
+            kNoMemory);
   EXPECT_STREQ(Config::GetAuxDefinitionPath(), "");
   EXPECT_TRUE(finds(6));
 }
@@ -330,8 +330,8 @@ TEST_F(LogCfg, SetMessageCatalogPathToAMissingOne_ThrowsAndThePathCounts) {
   const std::string path = folder_.path("missing");
   const std::string text = "<QZX_logging_missing_resource> Unable to locate resource bundle \"" + path + "\".";
   for (int i = 0; i < 2; ++i) {
-    EXPECT_TRUE(ThrowsExactly<QZX_logging_missing_resource>([&] { Config::SetMessageCatalogPath(path.c_str()); },
-                                                            text.c_str()));
+    EXPECT_EQ(thrown_by([&] { Config::SetMessageCatalogPath(path.c_str()); }),
+              thrown<QZX_logging_missing_resource>(text));
   }
   EXPECT_EQ(Config::GetMessageCatalogPath(), path);
   const std::string failure =
@@ -388,7 +388,7 @@ TEST_F(LogCfg, SetCodePage_StoredUncheckedAndRecorded) {
 TEST_F(LogCfg, SetCodePageNull_RecordedThrowsAndNothingChanges) {
   Config::SetCodePage("UTF-8");
   const DebugLogFile log(1);
-  for (int i = 0; i < 2; ++i) EXPECT_TRUE(throws_invalid_argument([] { Config::SetCodePage(nullptr); }));
+  for (int i = 0; i < 2; ++i) EXPECT_EQ(thrown_by([] { Config::SetCodePage(nullptr); }), invalid_argument());
   EXPECT_EQ(log.unnumbered_records(), Texts({record("SetCodePage codepage==0!"), record("SetCodePage codepage==0!")}));
   EXPECT_STREQ(Config::GetCodePage(), "UTF-8");
 }
@@ -401,10 +401,11 @@ TEST_F(LogCfg, SetCodePageToItsOwnText_Kept) {
 
 TEST_F(LogCfg, SetCodePageWithoutMemory_Unset) {
   Config::SetCodePage("UTF-8");
-  EXPECT_TRUE(ThrowsMemoryAlloc([] {
-    const AllocationFailure failure(1);
-    Config::SetCodePage("ISO-8859-1");
-  }));
+  EXPECT_EQ(thrown_by([] {
+              const AllocationFailure failure(1);
+              Config::SetCodePage("ISO-8859-1");
+            }),
+            kNoMemory);
   EXPECT_STREQ(Config::GetCodePage(), "");
   Config::SetCodePage("ISO-8859-1");
   EXPECT_STREQ(Config::GetCodePage(), "ISO-8859-1");
@@ -466,7 +467,7 @@ TEST_F(LogCfg, ConfigurationFileMissing_RecordedAndThrowsUnlessType1) {
   const DebugLogFile log(1);
   Texts expected;
   for (const unsigned type : {0U, 2U, 3U, 0xFFFFFFFFU}) {
-    EXPECT_TRUE(throws_invalid_argument([&] { set_source(folder_.path("missing"), type); })) << type;
+    EXPECT_EQ(thrown_by([&] { set_source(folder_.path("missing"), type); }), invalid_argument()) << type;
     expected.push_back(record("SetConfigurationSource, invalid argument!"));
   }
   EXPECT_EQ(log.unnumbered_records(), expected);
@@ -521,9 +522,9 @@ TEST_F(LogCfg, GetConfigurationIntegerValueNull_ThrowsWithOrWithoutASourceAndUnr
   const DebugLogFile log(9);
   unsigned value = 7;
   for (int i = 0; i < 2; ++i) {
-    EXPECT_TRUE(throws_invalid_argument([&] { Config::GetConfigurationIntegerValue(nullptr, "Level", value); }));
-    EXPECT_TRUE(throws_invalid_argument([&] { Config::GetConfigurationIntegerValue("app", nullptr, value); }));
-    EXPECT_TRUE(throws_invalid_argument([&] { Config::GetConfigurationIntegerValue(nullptr, nullptr, value); }));
+    EXPECT_EQ(thrown_by([&] { Config::GetConfigurationIntegerValue(nullptr, "Level", value); }), invalid_argument());
+    EXPECT_EQ(thrown_by([&] { Config::GetConfigurationIntegerValue("app", nullptr, value); }), invalid_argument());
+    EXPECT_EQ(thrown_by([&] { Config::GetConfigurationIntegerValue(nullptr, nullptr, value); }), invalid_argument());
     set_source(folder_.write("conf", kConfiguration), 0);
   }
   EXPECT_EQ(value, 7U);

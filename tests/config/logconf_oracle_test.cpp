@@ -136,7 +136,6 @@ std::set<std::pair<std::string, std::string>> questions_about(const std::map<std
 
 TEST(LogConfOracle, RandomTexts_AsThePlainReader) {
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   const TempDir folder;
   std::size_t found = 0;
   for (int round = 0; round < 2000; ++round) {
@@ -203,7 +202,6 @@ class LogConfManySettings : public testing::TestWithParam<int> {};
 
 TEST_P(LogConfManySettings, RandomFiles_EveryLookupAsInAMap) {
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   const TempDir folder;
   for (int round = 0; round < 20; ++round) {
     std::map<std::string, unsigned> settings;
@@ -223,7 +221,6 @@ TEST_P(LogConfManySettings, RandomFiles_EveryLookupAsInAMap) {
 
 TEST_P(LogConfManySettings, RandomFiles_FilterValuesAsTheLookups) {
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   const TempDir folder;
   std::size_t found = 0;
   for (int round = 0; round < 20; ++round) {

@@ -18,9 +18,9 @@
 namespace {
 
 using qz_test::FailEveryAllocation;
+using qz_test::kNoMemory;
 using qz_test::TempDir;
 using qz_test::Texts;
-using qz_test::ThrowsMemoryAlloc;
 
 using namespace std::string_literals;
 
@@ -383,7 +383,7 @@ TEST_F(LogConf, LoadWithoutMemory_Throws) {
     const _qz_LOG_file_configuration configuration(path.c_str());
     unsigned value = 0;
     bool happened = false;
-    const auto thrown = ThrowsMemoryAlloc([&] {
+    const auto thrown = qz_test::thrown_by([&] {
       const qz_test::AllocationFailure failure(nth);
       struct Note {
         ~Note() { happened = failure.happened(); }
@@ -393,7 +393,7 @@ TEST_F(LogConf, LoadWithoutMemory_Throws) {
       configuration.get_integer_value("a_section_with_quite_a_long_name", "A", value);
     });
     if (!happened) break;
-    EXPECT_TRUE(thrown) << nth;
+    EXPECT_EQ(thrown, kNoMemory) << nth;
     EXPECT_EQ(look_up(configuration, "a_section_with_quite_a_long_name", "C"), 3U) << nth;
     ++failures;
   }

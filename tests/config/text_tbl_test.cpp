@@ -99,7 +99,6 @@ TEST(TextTable, ForEach_VisitsAllAndMayChangeThem) {
 
 TEST(TextTable, RandomTexts_AsAMap) {
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   qz_TextTable<unsigned> table(3);
   std::map<std::string, unsigned> model;
   for (unsigned round = 0; round < 20000; ++round) {

@@ -3,9 +3,7 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <signal.h>
 #include <sys/prctl.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -91,27 +89,6 @@ class ReadOnlyFile {
   static constexpr uid_t kNobody = 65534;
   std::string path_;
   bool superuser_;
-};
-
-/// While it lives, no file of this process can grow or be written beyond `bytes`: a full disk.
-class FileSizeLimit {
- public:
-  explicit FileSizeLimit(std::size_t bytes) : former_handler_(signal(SIGXFSZ, SIG_IGN)) {
-    getrlimit(RLIMIT_FSIZE, &former_);
-    rlimit limit = former_;
-    limit.rlim_cur = bytes;
-    setrlimit(RLIMIT_FSIZE, &limit);
-  }
-  ~FileSizeLimit() {
-    setrlimit(RLIMIT_FSIZE, &former_);
-    signal(SIGXFSZ, former_handler_);
-  }
-  FileSizeLimit(const FileSizeLimit&) = delete;
-  FileSizeLimit& operator=(const FileSizeLimit&) = delete;
-
- private:
-  void (*former_handler_)(int);
-  rlimit former_ = {};
 };
 
 /// A counter and the file "days.cnt" in a folder of the test's own.

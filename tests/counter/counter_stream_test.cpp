@@ -13,7 +13,7 @@
 
 #include "qzlog/logentrycounter.h"
 #include "tests/counter/counter_fixture.h"
-#include "tests/support/descriptor_limit.h"
+#include "tests/support/resource_limit.h"
 
 namespace {
 
@@ -45,9 +45,9 @@ class OpenCounterFaults : public CounterTest {
     const DescriptorLimit limit(0);
     open_days();
   }
-  testing::AssertionResult open_without_a_descriptor_throws() {
-    return ThrowsExactly<QZX_logging_file_operation_failed>([&] { open_days_without_a_descriptor(); },
-                                                            "Cannot open file with read mode!\n");
+  void expect_open_without_a_descriptor_throws() {
+    EXPECT_EQ(thrown_by([&] { open_days_without_a_descriptor(); }),
+              thrown<QZX_logging_file_operation_failed>("Cannot open file with read mode!\n"));
   }
   void expect_not_opened() {
     EXPECT_EQ(counter_.GetFilePointer(), nullptr);
@@ -125,7 +125,7 @@ TEST_F(OpenCounterFaults, TwoProcessesThatCreateTheFileAtOnce_NoRecordIsLost) {
 TEST_F(OpenCounterFaults, NoDescriptorLeftForAFileThatExists_Throws) {
   const std::string bytes = record_bytes(2020, 1, 1, 7, 3);
   write(bytes);
-  EXPECT_TRUE(open_without_a_descriptor_throws());
+  expect_open_without_a_descriptor_throws();
   expect_not_opened();
   EXPECT_TRUE(holds(bytes));
 }
@@ -233,7 +233,7 @@ TEST_F(OpenCounterFaults, IsOpenAndIsWritable_AsTheFileIs) {
 
 TEST_F(OpenCounterFaults, OpenThatThrowsAfterAWritableOne_NeitherOpenNorWritable) {
   open();
-  EXPECT_TRUE(open_without_a_descriptor_throws());
+  expect_open_without_a_descriptor_throws();
   expect_not_opened();
 }
 

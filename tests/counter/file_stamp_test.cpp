@@ -7,6 +7,8 @@
 #include "tests/counter/counter_fixture.h"
 #include "tests/counter/other_process.h"
 
+using namespace qzlog;
+
 namespace {
 
 using namespace qz_test;

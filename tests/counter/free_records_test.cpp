@@ -6,6 +6,8 @@
 
 #include "tests/support/support.h"
 
+using namespace qzlog;
+
 namespace {
 
 using namespace qz_test;
@@ -46,7 +48,6 @@ TEST(FreeRecords, SeveralNumbers_TheLowestIsFirst) {
 
 TEST(FreeRecords, RandomNumbers_SameAsASet) {
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   FreeRecords records;
   std::set<std::uint32_t> model;
   for (int i = 0; i < 100000; ++i) {

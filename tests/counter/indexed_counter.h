@@ -61,7 +61,7 @@ class IndexedCounter : public CounterTest {
     model_.update(2020, 1, 1, key, 77);
     return counter_.UpdateEntryCount(2020, 1, 1, key, 77);
   }
-  void update_as(const CounterRecord& record, int count) {
+  void update_as(const qzlog::CounterRecord& record, int count) {
     model_.update(record.year, record.month, record.day, record.entry_key, count);
     EXPECT_EQ(counter_.UpdateEntryCount(record.year, record.month, record.day, record.entry_key, count), 0);
   }

@@ -114,7 +114,6 @@ class KilledCounter : public CounterTest {
 };
 
 TEST_F(KilledCounter, AtAnyMoment_LosesNothingAndTheCountIsOldOrNew) {
-  SCOPED_TRACE(random_.trace());
   write("");
   unsigned losses = 0;
   unsigned operations = 0;

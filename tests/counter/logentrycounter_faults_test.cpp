@@ -12,6 +12,7 @@
 #include "qzlog/logentrycounter.h"
 #include "tests/counter/counter_fixture.h"
 #include "tests/support/call_failure.h"
+#include "tests/support/resource_limit.h"
 
 namespace {
 
@@ -73,7 +74,7 @@ TEST_F(FullDisk, RecordRewrittenAtEveryLimit_MinusOneAndTheFormerRecordThere) {
       rewrite.prepare(counter);
       int result = 0;
       {
-        const FileSizeLimit disk(limit);
+        const ResourceLimit disk(RLIMIT_FSIZE, limit);
         result = rewrite.operation(counter);
       }
       EXPECT_EQ(result, -1);
@@ -92,7 +93,7 @@ TEST_F(FullDisk, RecordFitsExactly_Written) {
     rewrite.prepare(counter);
     int result = -1;
     {
-      const FileSizeLimit disk(96);
+      const ResourceLimit disk(RLIMIT_FSIZE, 96);
       result = rewrite.operation(counter);
     }
     EXPECT_EQ(result, 0);
@@ -109,7 +110,7 @@ TEST_F(FullDisk, RangeDeletedAtEveryLimit_EveryRecordOldOrFree) {
     reopen(counter, numbered(0, 3));
     int result = 0;
     {
-      const FileSizeLimit disk(limit);
+      const ResourceLimit disk(RLIMIT_FSIZE, limit);
       result = counter.DeleteEntryElement(moment(2020, 1, 1), moment(2020, 1, 1));
     }
     EXPECT_EQ(result, limit == 128 ? 0 : -1);
@@ -143,7 +144,7 @@ TEST_F(FullDisk, RecordAppendedAtEveryLimit_CompleteRecordsStayAndTheNextOneRepa
         reopen(counter, complete + numbered(3, 3).substr(0, piece));
         int result = 0;
         {
-          const FileSizeLimit disk(limit);
+          const ResourceLimit disk(RLIMIT_FSIZE, limit);
           result = append.operation(counter);
         }
         EXPECT_EQ(result, -1);
@@ -162,7 +163,7 @@ TEST_F(FullDisk, AppendFailed_LengthIsAMultipleOfARecord) {
     Counter counter;
     reopen(counter, numbered(0, 0));
     {
-      const FileSizeLimit disk(limit);
+      const ResourceLimit disk(RLIMIT_FSIZE, limit);
       counter.IncreaseCount(2021, 5, 6, 9);
     }
     EXPECT_TRUE(holds(numbered(0, 0))) << limit;
@@ -172,7 +173,7 @@ TEST_F(FullDisk, AppendFailed_LengthIsAMultipleOfARecord) {
 TEST_F(FullDisk, AppendFailed_OtherRecordsStillCount) {
   Counter counter;
   reopen(counter, numbered(0, 2));
-  const FileSizeLimit disk(100);
+  const ResourceLimit disk(RLIMIT_FSIZE, 100);
   EXPECT_EQ(counter.IncreaseCount(2021, 5, 6, 9), -1);
   EXPECT_EQ(counter.IncreaseCount(2020, 1, 1, 1), 0);
   EXPECT_EQ(counter.IncreaseCount(2021, 5, 6, 9), -1);

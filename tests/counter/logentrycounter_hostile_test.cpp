@@ -7,6 +7,8 @@
 #include "counter/record_index.h"
 #include "tests/counter/indexed_counter.h"
 
+using namespace qzlog;
+
 namespace {
 
 using namespace qz_test;
@@ -65,7 +67,8 @@ TEST_F(IndexedCounter, FileOfOneHash_ScannedWithTheSameResults) {
   for (std::uint64_t first = 1; first <= 200; ++first) {
     const std::uint64_t halves[2] = {first, 1 - mixed(first)};
     std::string record = record_bytes(0, 0, 0, 0, 1);
-    record.replace(kDateOffset, kCombinationSize, reinterpret_cast<const char*>(halves), kCombinationSize);
+    record.replace(qzlog::counter_record::kDateOffset, qzlog::counter_record::kCombinationSize,
+                   reinterpret_cast<const char*>(halves), qzlog::counter_record::kCombinationSize);
     bytes += record;
   }
   const auto* const last_bytes = reinterpret_cast<const unsigned char*>(bytes.data() + bytes.size() - kRecordBytes);

@@ -8,6 +8,8 @@
 
 #include "tests/counter/indexed_counter.h"
 
+using namespace qzlog;
+
 namespace {
 
 using namespace qz_test;
@@ -111,7 +113,7 @@ class EntryCounterIndex : public testing::Test {
   static CounterRecord combination(int key) { return {32, 2020, 1, 1, key, 1, {0, 0}}; }
   void write_as_the_counter(long long position, int key) {
     const RecordBytes bytes = encode_record(combination(key));
-    EXPECT_EQ(pwrite(descriptor_, bytes.data(), bytes.size(), position), kRecordSize);
+    EXPECT_EQ(pwrite(descriptor_, bytes.data(), bytes.size(), position), qzlog::counter_record::kSize);
     index_.written(descriptor_, position, bytes);
   }
 

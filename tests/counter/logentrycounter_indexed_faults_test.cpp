@@ -3,6 +3,7 @@
 #include <functional>
 
 #include "tests/counter/indexed_counter.h"
+#include "tests/support/resource_limit.h"
 
 namespace {
 
@@ -55,7 +56,7 @@ TEST_F(IndexedFaults, DiskFullAtEveryByte_FormerRecordThereAndTheNextOneCounts) 
     SCOPED_TRACE(limit);
     open_indexed(numbered(0, 199));
     {
-      const FileSizeLimit disk(limit);
+      const ResourceLimit disk(RLIMIT_FSIZE, limit);
       EXPECT_EQ(counter_.IncreaseCount(2020, 1, 1, 70), -1);
       EXPECT_EQ(counter_.IncreaseCount(2020, 1, 2, 70), -1);
     }

@@ -159,9 +159,9 @@ class UnreadableCounter : public OpenCounter {
   }
   ~UnreadableCounter() override { close(socket_); }
 
-  testing::AssertionResult open_throws() {
-    return ThrowsExactly<QZX_logging_file_operation_failed>(
-        [&] { counter_.OpenEntryCounterFile(folder_.path().c_str(), "days"); }, "Cannot open file with read mode!\n");
+  void expect_open_throws() {
+    EXPECT_EQ(thrown_by([&] { counter_.OpenEntryCounterFile(folder_.path().c_str(), "days"); }),
+              thrown<QZX_logging_file_operation_failed>("Cannot open file with read mode!\n"));
   }
 
  private:
@@ -169,7 +169,7 @@ class UnreadableCounter : public OpenCounter {
 };
 
 TEST_F(UnreadableCounter, Open_Throws) {
-  EXPECT_TRUE(open_throws());
+  expect_open_throws();
   EXPECT_EQ(counter_.GetFilePointer(), nullptr);
   expect_every_operation(0);
 }
@@ -177,18 +177,18 @@ TEST_F(UnreadableCounter, Open_Throws) {
 TEST_F(UnreadableCounter, Open_WritesADebugRecordOfLevelOne) {
   {
     const DebugLogFile log(1);
-    EXPECT_TRUE(open_throws());
+    expect_open_throws();
     EXPECT_EQ(log.unnumbered_records(),
               Texts({"logentrycounter:# Error: Cannot open file " + path() + " with read mode!\n"}));
   }
   const DebugLogFile log(0);
-  EXPECT_TRUE(open_throws());
+  expect_open_throws();
   EXPECT_FALSE(log.exists());
 }
 
 TEST_F(UnreadableCounter, OpenAfterAWritableOne_ThrowsAndNothingIsWritten) {
   EXPECT_EQ(counter_.OpenEntryCounterFile(folder_.path().c_str(), "other"), 0);
-  EXPECT_TRUE(open_throws());
+  expect_open_throws();
   expect_every_operation(0);
   EXPECT_EQ(folder_.read("other.cnt"), "");
 }

@@ -44,9 +44,9 @@ class OtherProcess {
   void change(const std::string& path, Change make_change) const {
     const int file = ::open(path.c_str(), O_RDWR | O_CLOEXEC);
     // A look at the times is itself what makes some file systems tell them finely.
-    const FileStamp before = has_ticks_ ? FileStamp::of(file) : FileStamp();
+    const qzlog::FileStamp before = has_ticks_ ? qzlog::FileStamp::of(file) : qzlog::FileStamp();
     if (file < 0 || !make_change(file)) ADD_FAILURE() << "cannot change " << path;
-    while (has_ticks_ && FileStamp::of(file) == before) futimens(file, nullptr);
+    while (has_ticks_ && qzlog::FileStamp::of(file) == before) futimens(file, nullptr);
     close(file);
   }
 
@@ -54,9 +54,9 @@ class OtherProcess {
     const int file = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644);
     int equal_stamps = 0;
     for (int i = 0; i < 100; ++i) {
-      const FileStamp before = FileStamp::of(file);
+      const qzlog::FileStamp before = qzlog::FileStamp::of(file);
       if (pwrite(file, "x", 1, 0) != 1) ADD_FAILURE() << "cannot write " << path;
-      if (i > 0 && FileStamp::of(file) == before) ++equal_stamps;
+      if (i > 0 && qzlog::FileStamp::of(file) == before) ++equal_stamps;
     }
     close(file);
     unlink(path.c_str());

@@ -7,6 +7,8 @@
 
 #include "tests/counter/counter_fixture.h"
 
+using namespace qzlog;
+
 namespace {
 
 using namespace qz_test;
@@ -25,7 +27,6 @@ TEST(EncodeRecord, AnyNumbers_BigEndianAndReservedBytesAsInMemory) {
 
 TEST(DecodeRecord, AnyBytes_EncodedAgainTheSame) {
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   for (int i = 0; i < 1000; ++i) {
     const std::string record = random.text(kRecordBytes);
     const RecordBytes bytes = encode_record(decode_record(bytes_of(record)));
@@ -35,7 +36,6 @@ TEST(DecodeRecord, AnyBytes_EncodedAgainTheSame) {
 
 TEST(RecordPredicates, BytesAndNumbers_Agree) {
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   const auto part = [&] { return static_cast<int>(random.between(0, 1)) * (random.one_in(2) ? 1 : INT_MIN); };
   for (int i = 0; i < 10000; ++i) {
     const std::string left = record_bytes(part(), part(), part(), part(), 1);

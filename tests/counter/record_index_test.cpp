@@ -6,6 +6,8 @@
 
 #include "tests/counter/counter_fixture.h"
 
+using namespace qzlog;
+
 namespace {
 
 using namespace qz_test;
@@ -143,7 +145,6 @@ class TagList {
 
 TEST(RecordIndex, RandomChanges_SameAsAList) {
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   const auto random_tag = [&] {
     return RecordTag{static_cast<std::uint32_t>(random.between(0, 20)), random.one_in(4)};
   };

@@ -7,6 +7,8 @@
 #include "tests/counter/counter_fixture.h"
 #include "tests/support/call_failure.h"
 
+using namespace qzlog;
+
 namespace {
 
 using namespace qz_test;

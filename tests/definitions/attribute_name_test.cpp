@@ -99,7 +99,6 @@ TEST(KnownName, NoMemory_MemoryAllocAndTheNextTryGivesTheName) {
 
 TEST(AttributeName, AnyText_LengthAndHashOfIt) {
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   for (int i = 0; i < 2000; ++i) {
     const std::string text = random.text(static_cast<std::size_t>(random.between(0, 100)));
     const _qz_LOG_attribute_name name(text.c_str());

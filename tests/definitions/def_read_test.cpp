@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "foundation/file_handle.h"
-#include "tests/support/address_space_limit.h"
 #include "tests/support/ldf_file.h"
+#include "tests/support/resource_limit.h"
 #include "tests/support/support.h"
 
 namespace {

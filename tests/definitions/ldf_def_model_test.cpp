@@ -81,13 +81,11 @@ void compare_with_model(SeededRandom& random, int steps, int names, int removals
 
 TEST(LdfDefModel, RandomAddsAndRemovals_AsThePlainList) {
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   compare_with_model(random, 3000, 20, 4);
 }
 
 TEST(LdfDefModel, RandomAddsBeyond255_AsThePlainList) {
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   compare_with_model(random, 3000, 1000, 1);
 }
 

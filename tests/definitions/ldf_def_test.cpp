@@ -13,7 +13,8 @@ namespace {
 
 using qz_test::FailEveryAllocation;
 using qz_test::Texts;
-using qz_test::ThrowsExactly;
+using qz_test::thrown;
+using qz_test::thrown_by;
 
 using Definition = _qz_LOG_log_definition;
 
@@ -243,28 +244,26 @@ TEST_F(LdfDef, OwnIndexAtCount_ThrowsInternalError) {
   const char* redirection_name = nullptr;
   unsigned char type = 0;
   for (const unsigned char index : {std::uint8_t{1}, std::uint8_t{2}, std::uint8_t{255}}) {
-    EXPECT_TRUE(ThrowsExactly<QZX_logging_internal_error>(
-        [&] { definition_.get_attr_info_by_index(index, name, type, redirection_name); },
-        "_qz_LOG_log_definition::get_attr_info_by_index()"));
+    EXPECT_EQ(thrown_by([&] { definition_.get_attr_info_by_index(index, name, type, redirection_name); }),
+              thrown<QZX_logging_internal_error>("_qz_LOG_log_definition::get_attr_info_by_index()"));
   }
   definition_.clear_attr_info();
-  EXPECT_TRUE(ThrowsExactly<QZX_logging_internal_error>(
-      [&] { definition_.get_attr_info_by_index(0, name, type, redirection_name); },
-      "_qz_LOG_log_definition::get_attr_info_by_index()"));
+  EXPECT_EQ(thrown_by([&] { definition_.get_attr_info_by_index(0, name, type, redirection_name); }),
+            thrown<QZX_logging_internal_error>("_qz_LOG_log_definition::get_attr_info_by_index()"));
 }
 
 TEST_F(LdfDef, GlobalIndexAtCount_ThrowsIndexOutOfBound) {
   const char* name = nullptr;
   unsigned char type = 0;
-  const auto throws_at = [&](unsigned char index) {
-    return ThrowsExactly<QZX_logging_index_out_of_bound>(
-        [&] { Definition::get_global_attr_info_by_index(index, name, type); },
-        "_qz_LOG_log_definition::get_global_attr_info_by_index()");
+  const auto thrown_at = [&](unsigned char index) {
+    return thrown_by([&] { Definition::get_global_attr_info_by_index(index, name, type); });
   };
-  EXPECT_TRUE(throws_at(0));
+  const std::string out_of_bound =
+      thrown<QZX_logging_index_out_of_bound>("_qz_LOG_log_definition::get_global_attr_info_by_index()");
+  EXPECT_EQ(thrown_at(0), out_of_bound);
   Definition::add_global_attr_info("a", 1);
-  EXPECT_TRUE(throws_at(Definition::n_global_attr_entries));
-  EXPECT_TRUE(throws_at(255));
+  EXPECT_EQ(thrown_at(Definition::n_global_attr_entries), out_of_bound);
+  EXPECT_EQ(thrown_at(255), out_of_bound);
 }
 
 TEST_F(LdfDef, SelectorMessageByIndex_StoredIndexNotPosition) {

@@ -137,7 +137,6 @@ TEST_F(LdfCache, HeldReference_OutlivesEvictionAndClearing) {
 
 TEST_F(LdfCache, RandomLookups_CacheAsAPlainQueue) {
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   std::vector<unsigned> queue;
   for (int i = 0; i < 1500; ++i) {
     const auto id = static_cast<unsigned>(random.between(1, 160));
@@ -205,8 +204,8 @@ class LdfEntries : public SettingsTest {
       EXPECT_STREQ(entry->GetAttribStr("user"), (user + number).c_str());
       EXPECT_EQ(entry->FormatMessage(), "entry " + number + " of " + user + number);
       EXPECT_EQ(entry->GetPropertyMask(), entry->GetEntryID() + 2);
-      EXPECT_TRUE(ThrowsExactly<QZX_logging_attribute_type_mismatch>([&] { entry->AddAttrib4("user", 1); },
-                                                                     wrong_method(*entry).c_str()));
+      EXPECT_EQ(thrown_by([&] { entry->AddAttrib4("user", 1); }),
+                thrown<QZX_logging_attribute_type_mismatch>(wrong_method(*entry).c_str()));
     }
   }
 
@@ -230,8 +229,8 @@ TEST_F(LdfEntries, AliveAcrossClearing_KeepTheirDefinitions) {
   make_entries(kIds);
   qz_LOG_LogConfig::ClearDefinitions();
   expect_entries_usable("second");
-  EXPECT_TRUE(
-      ThrowsExactly<QZX_logging_entry_type_not_found>([] { qz_LOG_LogEntry(1, 0); }, "Entry id argument is invalid"));
+  EXPECT_EQ(thrown_by([] { qz_LOG_LogEntry(1, 0); }),
+            thrown<QZX_logging_entry_type_not_found>("Entry id argument is invalid"));
 }
 
 TEST_F(LdfEntries, AliveAcrossReload_KeepTheirDefinitionsWhileNewOnesGetTheNew) {
@@ -247,8 +246,8 @@ TEST_F(LdfEntries, AliveAcrossReload_KeepTheirDefinitionsWhileNewOnesGetTheNew) 
 TEST_F(LdfEntries, AliveAcrossFailedReload_KeepTheirDefinitions) {
   make_entries(130);
   const std::string path = folder_.write("broken.ldf", "not a definition file");
-  EXPECT_TRUE(ThrowsExactly<QZX_logging_invalid_definition>([&] { qz_LOG_LogConfig::SetDefinitionPath(path.c_str()); },
-                                                            kUnreadable));
+  EXPECT_EQ(thrown_by([&] { qz_LOG_LogConfig::SetDefinitionPath(path.c_str()); }),
+            thrown<QZX_logging_invalid_definition>(kUnreadable));
   expect_entries_usable("second");
 }
 

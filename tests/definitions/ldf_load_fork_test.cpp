@@ -1,5 +1,4 @@
 #include <deque>
-#include <random>
 
 #include "qzlog/logcfg.h"
 #include "qzlog/logentry.h"
@@ -26,10 +25,10 @@ std::vector<LdfEntry> long_entries(unsigned first, unsigned last) {
 /// How many of the entries of random IDs, more than are kept in memory, were refused or had another message than their
 /// own.
 int wrong_entries(unsigned seed) {
-  std::minstd_rand random(seed);
+  RandomNumbers random(seed);
   int wrong = 0;
   for (int i = 0; i < kEntries; ++i) {
-    const unsigned id = 1 + static_cast<unsigned>(random()) % kIds;
+    const unsigned id = 1 + static_cast<unsigned>(random.below(kIds));
     try {
       qz_LOG_LogEntry entry(id, 1);
       entry.AddAttribStr("user", "someone");
@@ -49,16 +48,18 @@ class ForkedDefinitions : public SettingsTest {
     qz_LOG_LogConfig::SetDefinitionPath(folder_.write("std.ldf", std.bytes()).c_str());
     qz_LOG_LogConfig::SetAuxDefinitionPath(folder_.write("aux.ldf", aux.bytes()).c_str());
   }
+
+  SeededRandom random_;
 };
 
 TEST_F(ForkedDefinitions, MoreIdsThanTheCacheHolds_ParentAndChildrenReadTheirOwn) {
   set_files();
-  EXPECT_EQ(wrong_entries(1), 0);
+  EXPECT_EQ(wrong_entries(random_.seed() + 1), 0);
   std::deque<ChildProcess> children;
   for (unsigned child = 0; child < kChildren; ++child) {
-    children.emplace_back([child] { return std::min(wrong_entries(2 + child), kMostTold); });
+    children.emplace_back([this, child] { return std::min(wrong_entries(random_.seed() + 2 + child), kMostTold); });
   }
-  EXPECT_EQ(wrong_entries(100), 0) << "the parent";
+  EXPECT_EQ(wrong_entries(random_.seed() + 100), 0) << "the parent";
   for (ChildProcess& child : children) EXPECT_EQ(child.wait(), 0);
 }
 
@@ -71,7 +72,7 @@ TEST_F(ForkedDefinitions, ChildSetsAnotherFile_ParentKeepsItsOwn) {
     entry.AddAttribStr("user", "someone");
     return entry.FormatMessage() == "entry 401 of someone" ? 0 : 1;
   });
-  EXPECT_EQ(wrong_entries(1), 0);
+  EXPECT_EQ(wrong_entries(random_.seed() + 1), 0);
 }
 
 }  // namespace

@@ -90,21 +90,25 @@ TEST_F(LdfMerge, DefaultMessageOfStdEntry_SetEvenWhenEmpty) {
 }
 
 TEST_F(LdfMerge, RepeatedAttribute_Refused) {
-  EXPECT_TRUE(fails(
-      [&] {
-        merge({.attributes = {{"a", 1}}}, {.attributes = {{"b", 1}, {"a", 1}}});
-      },
-      already_exists("a")));
-  EXPECT_TRUE(fails([&] { merge({}, {.attributes = {{"b", 1}, {"b", 1}}}); }, already_exists("b")));
-  EXPECT_TRUE(fails([&] { merge({.attributes = {{"", 1}}}, {.attributes = {{"", 1}}}); }, already_exists("")));
+  EXPECT_EQ(thrown_by([&] {
+              merge({.attributes = {{"a", 1}}}, {.attributes = {{"b", 1}, {"a", 1}}});
+            }),
+            invalid_definition(already_exists("a")));
+  EXPECT_EQ(thrown_by([&] {
+              merge({}, {.attributes = {{"b", 1}, {"b", 1}}});
+            }),
+            invalid_definition(already_exists("b")));
+  EXPECT_EQ(thrown_by([&] {
+              merge({.attributes = {{"", 1}}}, {.attributes = {{"", 1}}});
+            }),
+            invalid_definition(already_exists("")));
 }
 
 TEST_F(LdfMerge, RepeatedStdSelectorThatTheAuxRecordDoesNotName_Refused) {
-  EXPECT_TRUE(fails(
-      [&] {
-        merge({.selector = "s", .attributes = {{"s", 1}}}, {.attributes = {{"s", 1}}});
-      },
-      already_exists("s")));
+  EXPECT_EQ(thrown_by([&] {
+              merge({.selector = "s", .attributes = {{"s", 1}}}, {.attributes = {{"s", 1}}});
+            }),
+            invalid_definition(already_exists("s")));
 }
 
 TEST_F(LdfMerge, AttributeNamedLikeAGlobalOne_Accepted) {
@@ -138,16 +142,14 @@ TEST_F(LdfMerge, SameSelectorRepeated_AuxAttributeReplacesIt) {
 }
 
 TEST_F(LdfMerge, OtherSelector_Conflict) {
-  EXPECT_TRUE(fails(
-      [&] {
-        merge({.selector = "s", .attributes = {{"s", 1}}}, {.selector = "t", .attributes = {{"t", 1}}});
-      },
-      kSelectorNameConflict));
-  EXPECT_TRUE(fails(
-      [&] {
-        merge({.selector = "s", .attributes = {{"s", 1}}}, {.selector = "t"});
-      },
-      kSelectorNameConflict));
+  EXPECT_EQ(thrown_by([&] {
+              merge({.selector = "s", .attributes = {{"s", 1}}}, {.selector = "t", .attributes = {{"t", 1}}});
+            }),
+            invalid_definition(kSelectorNameConflict));
+  EXPECT_EQ(thrown_by([&] {
+              merge({.selector = "s", .attributes = {{"s", 1}}}, {.selector = "t"});
+            }),
+            invalid_definition(kSelectorNameConflict));
 }
 
 TEST_F(LdfMerge, StdSelectorNameWithoutItsAttribute_NoConflict) {
@@ -171,11 +173,10 @@ TEST_F(LdfMerge, PlainStdAttributeNamedButNotRepeated_NoSelector) {
 TEST_F(LdfMerge, SelectorMessageWithStdIndexOrValue_Conflict) {
   for (const LdfSelectorMessage& message :
        {LdfSelectorMessage{2, 90}, LdfSelectorMessage{9, 20}, LdfSelectorMessage{2, 20}, LdfSelectorMessage{1, 20}}) {
-    EXPECT_TRUE(fails(
-        [&] {
-          merge({.selector_messages = {{1, 10}, {2, 20}}}, {.selector_messages = {{8, 80}, message}});
-        },
-        kSelectorMessageConflict))
+    EXPECT_EQ(thrown_by([&] {
+                merge({.selector_messages = {{1, 10}, {2, 20}}}, {.selector_messages = {{8, 80}, message}});
+              }),
+              invalid_definition(kSelectorMessageConflict))
         << message.index << "=" << message.value;
   }
 }
@@ -236,17 +237,16 @@ TEST_F(LdfMerge, OwnIdTwice_SecondRecordMergedIntoTheFirst) {
 
 TEST_F(LdfMerge, OwnIdTwiceInConflict_Refused) {
   set_std({});
-  EXPECT_TRUE(fails(
-      [&] {
-        set_aux({.entries = {{.id = 1, .attributes = {{"a", 1}}}, {.id = 1, .attributes = {{"a", 1}}}}});
-      },
-      already_exists("a")));
+  EXPECT_EQ(thrown_by([&] {
+              set_aux({.entries = {{.id = 1, .attributes = {{"a", 1}}}, {.id = 1, .attributes = {{"a", 1}}}}});
+            }),
+            invalid_definition(already_exists("a")));
   set_std({});
-  EXPECT_TRUE(fails(
-      [&] {
+  EXPECT_EQ(
+      thrown_by([&] {
         set_aux({.entries = {{.id = 1, .selector_messages = {{1, 10}}}, {.id = 1, .selector_messages = {{1, 11}}}}});
-      },
-      kSelectorMessageConflict));
+      }),
+      invalid_definition(kSelectorMessageConflict));
 }
 
 TEST_F(LdfMerge, OwnIdTwiceAtOneRecord_MergedIntoItself) {
@@ -265,8 +265,8 @@ TEST_F(LdfMerge, StdIdTwiceInTheAuxMap_BothMerged) {
 TEST_F(LdfMerge, StoredIdDiffers_KnownIdFailsTheLoadAnotherItsLookup) {
   set_std({.entries = {{.id = 1}}});
   set_aux({.entries = {{.id = 5}}, .map = {{{2, 0}}}});
-  EXPECT_TRUE(fails([&] { table_.find_entry(2); }, kCorrupted));
-  EXPECT_TRUE(fails([&] { set_aux({.entries = {{.id = 5}}, .map = {{{1, 0}}}}); }, kCorrupted));
+  EXPECT_EQ(thrown_by([&] { table_.find_entry(2); }), invalid_definition(kCorrupted));
+  EXPECT_EQ(thrown_by([&] { set_aux({.entries = {{.id = 5}}, .map = {{{1, 0}}}}); }), invalid_definition(kCorrupted));
 }
 
 TEST_F(LdfMerge, GlobalAttributesOfTheAuxFile_JoinAndReplace) {
@@ -286,7 +286,7 @@ TEST_F(LdfMerge, DefinitionLookedUpBefore_ExtendedInPlace) {
 TEST_F(LdfMerge, StdFileGivenAsItsOwnAuxFile_RepeatsItsAttributes) {
   const LdfFile file{.entries = {{.id = 1, .attributes = {{"a", 1}}}}};
   set_std(file);
-  EXPECT_TRUE(fails([&] { set_aux(file); }, already_exists("a")));
+  EXPECT_EQ(thrown_by([&] { set_aux(file); }), invalid_definition(already_exists("a")));
 }
 
 // ---- a second auxiliary file ----
@@ -315,7 +315,7 @@ TEST_F(LdfMerge, SecondAuxFile_IdsOfTheFirstLookedForInTheSecond) {
   // Records of the same sizes at the same places: 2 where the first file has it, 4 where it has 3.
   set_aux({.entries = {{.id = 2, .word = 21}, {.id = 4, .word = 41}}, .map = {{{5, 0}, {4, 1}}}});
   EXPECT_EQ(at(2).get_entry_word(), 21U);
-  EXPECT_TRUE(fails([&] { table_.find_entry(3); }, kCorrupted));
+  EXPECT_EQ(thrown_by([&] { table_.find_entry(3); }), invalid_definition(kCorrupted));
   EXPECT_EQ(at(4).get_entry_word(), 41U);
 }
 
@@ -332,9 +332,10 @@ TEST_F(LdfMerge, SecondAuxFileForAnUnreadIdOfTheFirst_LookedForInTheSecondWhileL
 TEST_F(LdfMerge, AuxFileMissingOrWithoutHeader_EverythingStays) {
   set_std({.tag = "std", .entries = {{.id = 1, .word = 10}}});
   set_aux({.tag = "aux", .entries = {{.id = 2, .word = 20}}});
-  EXPECT_TRUE(fails([&] { table_.set_precompiled_aux_definition_file_path("/no/such/file"); },
-                    "<QZX_logging_invalid_definition> Unable to access definition file \"/no/such/file\"."));
-  EXPECT_TRUE(fails([&] { table_.set_precompiled_aux_definition_file_path("/dev/null"); }, kUnreadable));
+  EXPECT_EQ(thrown_by([&] { table_.set_precompiled_aux_definition_file_path("/no/such/file"); }),
+            invalid_definition("<QZX_logging_invalid_definition> Unable to access definition file \"/no/such/file\"."));
+  EXPECT_EQ(thrown_by([&] { table_.set_precompiled_aux_definition_file_path("/dev/null"); }),
+            invalid_definition(kUnreadable));
   EXPECT_EQ(at(1).get_entry_word(), 10U);
   EXPECT_EQ(at(2).get_entry_word(), 20U);
   EXPECT_STREQ(at(2).get_version_tag(), "aux");
@@ -344,7 +345,8 @@ TEST_F(LdfMerge, AuxMapCutShort_NoAuxFileLeftButMergedRecordsStay) {
   set_std({.entries = {{.id = 1, .attributes = {{"a", 1}}}}});
   const LdfImage aux =
       LdfFile{.entries = {{.id = 1, .attributes = {{"b", 2}}}, {.id = 2}, {.id = 3}}, .region_order = "rgm"}.image();
-  EXPECT_TRUE(fails([&] { set_aux_bytes(truncated(aux.bytes, aux.bytes.size() - 1)); }, kUnreadable));
+  EXPECT_EQ(thrown_by([&] { set_aux_bytes(truncated(aux.bytes, aux.bytes.size() - 1)); }),
+            invalid_definition(kUnreadable));
   EXPECT_EQ(own_attributes(at(1)), Texts({"a:1>", "b:2>"}));
   EXPECT_EQ(table_.find_entry(2), nullptr);
   EXPECT_EQ(table_.find_entry(3), nullptr);
@@ -355,19 +357,20 @@ TEST_F(LdfMerge, AuxMapCutShort_FirstAuxFileIsLostToo) {
   set_aux({.entries = {{.id = 2}, {.id = 3}}});
   at(2);
   const LdfImage aux = LdfFile{.entries = {{.id = 4}}, .region_order = "rgm"}.image();
-  EXPECT_TRUE(fails([&] { set_aux_bytes(truncated(aux.bytes, aux.bytes.size() - 1)); }, kUnreadable));
+  EXPECT_EQ(thrown_by([&] { set_aux_bytes(truncated(aux.bytes, aux.bytes.size() - 1)); }),
+            invalid_definition(kUnreadable));
   at(2);
   EXPECT_EQ(table_.find_entry(3), nullptr);
 }
 
 TEST_F(LdfMerge, MergeFailing_AuxFileAndWhatWasReadStay) {
   set_std({.entries = {{.id = 1, .word = 10, .attributes = {{"a", 1}}}, {.id = 2, .word = 20}}});
-  EXPECT_TRUE(fails(
-      [&] {
+  EXPECT_EQ(
+      thrown_by([&] {
         set_aux(
             {.entries = {{.id = 5, .word = 50}, {.id = 1, .word = 11, .attributes = {{"b", 2}, {"a", 1}}}, {.id = 6}}});
-      },
-      already_exists("a")));
+      }),
+      invalid_definition(already_exists("a")));
   EXPECT_EQ(at(5).get_entry_word(), 50U);
   EXPECT_EQ(table_.find_entry(6), nullptr);
   // Merged up to the failure.
@@ -380,7 +383,8 @@ TEST_F(LdfMerge, GlobalAttributesCutShort_ReadOnesAndTagOfTheFailedFileStay) {
   set_std({});
   set_aux({.tag = "aux1", .entries = {{.id = 2}}});
   const LdfImage broken = LdfFile{.tag = "aux2", .globals = {{"a", 1}, {"b", 1}}}.image();
-  EXPECT_TRUE(fails([&] { set_aux_bytes(truncated(broken.bytes, broken.bytes.size() - 1)); }, kUnreadable));
+  EXPECT_EQ(thrown_by([&] { set_aux_bytes(truncated(broken.bytes, broken.bytes.size() - 1)); }),
+            invalid_definition(kUnreadable));
   EXPECT_EQ(global_attributes(), Texts({"a:1"}));
   EXPECT_STREQ(at(2).get_version_tag(), "aux2");
 }

@@ -133,7 +133,7 @@ TEST_F(LdfLoad, EntryMapPairRepeated_AsOnce) {
 TEST_F(LdfLoad, TwoIdsAtOneRecord_TheOtherIdIsCorrupted) {
   set_std({.entries = {{.id = 1}}, .map = {{{1, 0}, {2, 0}}}});
   at(1);
-  EXPECT_TRUE(fails([&] { table_.find_entry(2); }, kCorrupted));
+  EXPECT_EQ(thrown_by([&] { table_.find_entry(2); }), invalid_definition(kCorrupted));
 }
 
 TEST_F(LdfLoad, GlobalAttributes_NameAndTypeKeptRedirectionDropped) {
@@ -202,8 +202,8 @@ TEST_F(LdfLoad, EmptySelectorNameAndAttributeWithEmptyName_NoSelector) {
 TEST_F(LdfLoad, AttributeTwiceInARecord_Refused) {
   set_std({.entries = {{.id = 1, .attributes = {{"user", 1}, {"b", 2}, {"user", 3}}},
                        {.id = 2, .attributes = {{"", 1}, {"", 1}}}}});
-  EXPECT_TRUE(fails([&] { table_.find_entry(1); }, already_exists("user")));
-  EXPECT_TRUE(fails([&] { table_.find_entry(2); }, already_exists("")));
+  EXPECT_EQ(thrown_by([&] { table_.find_entry(1); }), invalid_definition(already_exists("user")));
+  EXPECT_EQ(thrown_by([&] { table_.find_entry(2); }), invalid_definition(already_exists("")));
 }
 
 TEST_F(LdfLoad, SelectorAttributeTwiceInARecord_LaterOneReplaces) {
@@ -221,8 +221,8 @@ TEST_F(LdfLoad, StoredIdDiffers_CorruptedAtEveryLookupButNotWhenSet) {
   const DebugLogFile log(0);
   set_std({.entries = {{.id = 1, .word = 5}, {.id = 2}}, .map = {{{9, 0}, {2, 1}}}});
   EnableDebugLog(3);
-  EXPECT_TRUE(fails([&] { table_.find_entry(9); }, kCorrupted));
-  EXPECT_TRUE(fails([&] { table_.find_entry(9); }, kCorrupted));
+  EXPECT_EQ(thrown_by([&] { table_.find_entry(9); }), invalid_definition(kCorrupted));
+  EXPECT_EQ(thrown_by([&] { table_.find_entry(9); }), invalid_definition(kCorrupted));
   EXPECT_EQ(log.unnumbered_records(), Texts({looks_up(0), looks_up(0)}));
   EXPECT_EQ(table_.find_entry(1), nullptr);
   at(2);
@@ -232,15 +232,15 @@ TEST_F(LdfLoad, StoredIdDiffersAndCountMissing_UnreadableComesFirst) {
   const LdfImage image = LdfFile{.entries = {{.id = 1}}, .map = {{{9, 0}}}}.image();
   const std::size_t count_position = image.record_offsets[0] + 24;
   set_std_bytes(truncated(image.bytes, count_position + 3));
-  EXPECT_TRUE(fails([&] { table_.find_entry(9); }, kUnreadable));
+  EXPECT_EQ(thrown_by([&] { table_.find_entry(9); }), invalid_definition(kUnreadable));
   set_std_bytes(truncated(image.bytes, count_position + 4));
-  EXPECT_TRUE(fails([&] { table_.find_entry(9); }, kCorrupted));
+  EXPECT_EQ(thrown_by([&] { table_.find_entry(9); }), invalid_definition(kCorrupted));
 }
 
 TEST_F(LdfLoad, RecordFailing_NotCachedAndReadAgain) {
   const LdfFile file{.entries = {full_entry()}};
   set_std_bytes(truncated(file.bytes(), file.bytes().size() - 1));
-  EXPECT_TRUE(fails([&] { table_.find_entry(7); }, kUnreadable));
+  EXPECT_EQ(thrown_by([&] { table_.find_entry(7); }), invalid_definition(kUnreadable));
   // The file is kept open, so mending it is seen.
   folder_.write("std.ldf", file.bytes());
   expect_full_entry(at(7), "");
@@ -249,40 +249,46 @@ TEST_F(LdfLoad, RecordFailing_NotCachedAndReadAgain) {
 // ---- failures of setting a file ----
 
 TEST_F(LdfLoad, AuxFileOnNewTable_Refused) {
-  EXPECT_TRUE(fails([&] { set_aux({.entries = {{.id = 1}}}); }, kAuxBeforeStd));
-  EXPECT_TRUE(fails([&] { table_.set_precompiled_aux_definition_file_path("/no/such/file"); }, kAuxBeforeStd));
+  EXPECT_EQ(thrown_by([&] { set_aux({.entries = {{.id = 1}}}); }), invalid_definition(kAuxBeforeStd));
+  EXPECT_EQ(thrown_by([&] { table_.set_precompiled_aux_definition_file_path("/no/such/file"); }),
+            invalid_definition(kAuxBeforeStd));
 }
 
 TEST_F(LdfLoad, AuxFileAfterClear_Refused) {
   set_std({.entries = {{.id = 1}}});
   table_.clear();
-  EXPECT_TRUE(fails([&] { set_aux({.entries = {{.id = 2}}}); }, kAuxBeforeStd));
+  EXPECT_EQ(thrown_by([&] { set_aux({.entries = {{.id = 2}}}); }), invalid_definition(kAuxBeforeStd));
 }
 
 TEST_F(LdfLoad, FileMissing_TextNamesThePath) {
   const std::string path = folder_.path("missing 100% \"file\"");
   const std::string text = "<QZX_logging_invalid_definition> Unable to access definition file \"" + path + "\".";
-  EXPECT_TRUE(fails([&] { table_.set_precompiled_definition_file_path(path.c_str()); }, text));
+  EXPECT_EQ(thrown_by([&] { table_.set_precompiled_definition_file_path(path.c_str()); }), invalid_definition(text));
   // The table counts as loaded all the same, so that an auxiliary file is tried.
-  EXPECT_TRUE(fails([&] { table_.set_precompiled_aux_definition_file_path(path.c_str()); }, text));
-  EXPECT_TRUE(fails([&] { table_.set_precompiled_definition_file_path(""); },
-                    "<QZX_logging_invalid_definition> Unable to access definition file \"\"."));
+  EXPECT_EQ(thrown_by([&] { table_.set_precompiled_aux_definition_file_path(path.c_str()); }),
+            invalid_definition(text));
+  EXPECT_EQ(thrown_by([&] { table_.set_precompiled_definition_file_path(""); }),
+            invalid_definition("<QZX_logging_invalid_definition> Unable to access definition file \"\"."));
 }
 
 TEST_F(LdfLoad, MagicNumberReversed_LikeATruncatedFile) {
   const DebugLogFile log(1);
   std::string bytes = LdfFile{.entries = {{.id = 1}}}.bytes();
   bytes.replace(0, 4, "FDL.");
-  EXPECT_TRUE(fails([&] { set_std_bytes(bytes); }, kUnreadable));
-  EXPECT_TRUE(fails([&] { set_std_bytes(truncated(bytes, 3)); }, kUnreadable));
+  EXPECT_EQ(thrown_by([&] { set_std_bytes(bytes); }), invalid_definition(kUnreadable));
+  EXPECT_EQ(thrown_by([&] { set_std_bytes(truncated(bytes, 3)); }), invalid_definition(kUnreadable));
   EXPECT_EQ(log.unnumbered_records(), Texts({kIoError, kIoError}));
 }
 
 TEST_F(LdfLoad, FilesThatCannotBeRead_Refused) {
-  EXPECT_TRUE(fails([&] { table_.set_precompiled_definition_file_path(folder_.path().c_str()); }, kUnreadable));
+  EXPECT_EQ(thrown_by([&] { table_.set_precompiled_definition_file_path(folder_.path().c_str()); }),
+            invalid_definition(kUnreadable));
   for (const char* path : {"/dev/null", "/dev/full", "/dev/zero"}) {
-    EXPECT_TRUE(fails([&] { table_.set_precompiled_definition_file_path(path); }, kUnreadable)) << path;
-    EXPECT_TRUE(fails([&] { table_.set_precompiled_aux_definition_file_path(path); }, kUnreadable)) << path;
+    EXPECT_EQ(thrown_by([&] { table_.set_precompiled_definition_file_path(path); }), invalid_definition(kUnreadable))
+        << path;
+    EXPECT_EQ(thrown_by([&] { table_.set_precompiled_aux_definition_file_path(path); }),
+              invalid_definition(kUnreadable))
+        << path;
   }
 }
 
@@ -290,7 +296,7 @@ TEST_F(LdfLoad, FileEndsInTheReservedWords_Refused) {
   const std::string header = LdfFile{}.bytes();
   ASSERT_EQ(header.size(), 128U);
   for (const std::size_t length : {76U, 127U}) {
-    EXPECT_TRUE(fails([&] { set_std_bytes(truncated(header, length)); }, kUnreadable)) << length;
+    EXPECT_EQ(thrown_by([&] { set_std_bytes(truncated(header, length)); }), invalid_definition(kUnreadable)) << length;
   }
   set_std_bytes(header);
   EXPECT_EQ(table_.find_entry(1), nullptr);
@@ -306,7 +312,8 @@ TEST_F(LdfLoad, StdLoadFailing_TableClearedAndAuxFileStillPossible) {
   set_std({.entries = {{.id = 1}, {.id = 2}}});
   at(1);
   const LdfImage broken = LdfFile{.tag = "bad", .entries = {{.id = 1}, {.id = 3}}}.image();
-  EXPECT_TRUE(fails([&] { set_std_bytes(truncated(broken.bytes, broken.map_offset + 12)); }, kUnreadable));
+  EXPECT_EQ(thrown_by([&] { set_std_bytes(truncated(broken.bytes, broken.map_offset + 12)); }),
+            invalid_definition(kUnreadable));
 
   const DebugLogFile log(3);
   EXPECT_EQ(table_.find_entry(1), nullptr);  // read into the index before the failure
@@ -323,12 +330,13 @@ TEST_F(LdfLoad, StdLoadFailing_TableClearedAndAuxFileStillPossible) {
 
 TEST_F(LdfLoad, StdLoadFailing_GlobalAttributesReadBeforeStay) {
   const LdfImage broken = LdfFile{.globals = {{"a", 1}, {"b", 2}}}.image();
-  EXPECT_TRUE(fails([&] { set_std_bytes(truncated(broken.bytes, broken.bytes.size() - 1)); }, kUnreadable));
+  EXPECT_EQ(thrown_by([&] { set_std_bytes(truncated(broken.bytes, broken.bytes.size() - 1)); }),
+            invalid_definition(kUnreadable));
   EXPECT_EQ(global_attributes(), Texts({"a:1"}));
 }
 
 TEST_F(LdfLoad, StdLoadFailing_TableWorksAfterTheNext) {
-  EXPECT_TRUE(fails([&] { set_std_bytes("no such thing"); }, kUnreadable));
+  EXPECT_EQ(thrown_by([&] { set_std_bytes("no such thing"); }), invalid_definition(kUnreadable));
   set_std({.tag = "2", .entries = {full_entry()}});
   expect_full_entry(at(7), "2");
 }
@@ -447,7 +455,7 @@ TEST_F(LdfLoad, DebugLevel3_AuxLoadTracesTheMerge) {
 
 TEST_F(LdfLoad, DebugLevel3_AuxFileBeforeStdTracedWithoutClearing) {
   const DebugLogFile log(3);
-  EXPECT_TRUE(fails([&] { set_aux({}); }, kAuxBeforeStd));
+  EXPECT_EQ(thrown_by([&] { set_aux({}); }), invalid_definition(kAuxBeforeStd));
   EXPECT_EQ(log.unnumbered_records(), Texts({kLoads}));
 }
 
@@ -456,7 +464,7 @@ TEST_F(LdfLoad, DebugLevel1_OnlyFailures) {
   const LdfFile file{.entries = {full_entry()}};
   set_std_bytes(truncated(file.bytes(), file.bytes().size() - 1));
   EXPECT_FALSE(log.exists());
-  EXPECT_TRUE(fails([&] { table_.find_entry(7); }, kUnreadable));
+  EXPECT_EQ(thrown_by([&] { table_.find_entry(7); }), invalid_definition(kUnreadable));
   EXPECT_EQ(log.unnumbered_records(), Texts({"def_read:# qz_be_read_string selector_msg_text error\n", kIoError}));
 }
 

@@ -100,9 +100,8 @@ class TableTest : public testing::Test {
     return definition == nullptr ? none : *definition;
   }
 
-  template <typename Operation>
-  static testing::AssertionResult fails(Operation&& operation, const std::string& text) {
-    return ThrowsExactly<QZX_logging_invalid_definition>(operation, text.c_str());
+  static std::string invalid_definition(const std::string& text) {
+    return thrown<QZX_logging_invalid_definition>(text);
   }
 
   /// A new file each time: some file systems write a file that is replaced in place to the disk at once.

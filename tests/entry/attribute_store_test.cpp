@@ -465,7 +465,6 @@ void change_at_random(SeededRandom& random, ModelledStore& values, unsigned name
 
 TEST(AttributeStore, RandomChanges_AsAMap) {
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   for (const unsigned names : {4U, 9U, 10U, 12U, 40U, 300U, 600U}) {
     ModelledStore values;
     for (int i = 0; i < 4000 && !testing::Test::HasFatalFailure(); ++i) {
@@ -478,7 +477,6 @@ TEST(AttributeStore, RandomChanges_AsAMap) {
 
 TEST(AttributeStore, RandomChangesWithAFailingAllocationNowAndThen_AsAMap) {
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   for (const unsigned names : {12U, 100U}) {
     for (unsigned i = 0; i < names + 1; ++i) name_of(numbered(i));
     ModelledStore values;

@@ -1,7 +1,6 @@
 #ifndef QZLOG_TESTS_ENTRY_ENTRY_FIXTURE_H
 #define QZLOG_TESTS_ENTRY_ENTRY_FIXTURE_H
 
-#include <cxxabi.h>
 #include <gtest/gtest.h>
 
 #include <string>
@@ -16,18 +15,6 @@
 #include "tests/support/support.h"
 
 namespace qz_test {
-
-/// "nothing", or class and message of what `operation` throws: QZX_logging_misc "text". The code must be 0.
-template <typename Operation>
-std::string thrown_by(Operation&& operation) {
-  try {
-    operation();
-  } catch (const qz_EXCEPTION_base& thrown) {
-    EXPECT_EQ(thrown.get_code(), 0);
-    return readable_name(*abi::__cxa_current_exception_type()) + " " + quoted_or_null(thrown.get_message());
-  }
-  return "nothing";
-}
 
 /// The entry's own records among what the debug log holds, line numbers replaced by "#".
 inline Texts entry_records(const DebugLogFile& log) {

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "entry/logentry_i.h"
@@ -315,6 +316,17 @@ TEST_F(EntryAttributes, CheckAttribute_RightType_GivesTheDefinition) {
   EXPECT_STREQ(entry._check_attribute("TypeUInt4", TypeUInt4)->get_name(), "TypeUInt4");
   EXPECT_EQ(entry._check_attribute("TypeGUID", TypeGUID)->get_type(), TypeGUID);
   EXPECT_EQ(entry._check_attribute("GlobalTypeDate", TypeDate)->get_type(), TypeDate);
+}
+
+TEST_F(EntryAttributes, CheckAttribute_OwnAndGlobalOnes_ChangesNothingInTheEntry) {
+  const Entry entry(kId, 0);
+  const auto bytes = [&entry] { return std::string(reinterpret_cast<const char*>(&entry), sizeof(entry)); };
+  const std::string before = bytes();
+  for (const auto& [name, type] : {std::pair("TypeBool", TypeBool), std::pair("TypeGUID", TypeGUID),
+                                   std::pair("TypeUInt4", TypeUInt4), std::pair("GlobalTypeDate", TypeDate)}) {
+    entry._check_attribute(name, type);
+    EXPECT_TRUE(bytes() == before) << name;
+  }
 }
 
 TEST_F(EntryAttributes, AddAttribute_NullOrEmptyName_ThrowsWithRecordAndFreesTheValue) {

@@ -103,7 +103,6 @@ std::string replaced(std::string text, const std::string& from, const std::strin
 // In both directions what is written is the head of what would be written without a bound.
 TEST(FilterString, EverySizeOfRandomText_WritesTheHeadOfTheWhole) {
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   constexpr char kCharacters[] = "ab\n\r\\nr\xE6";
   for (int round = 0; round < 50; ++round) {
     std::string source;

@@ -263,10 +263,11 @@ TEST_F(EntryMemory, EachAllocationOfARunTimeDefinitionFails_ItIsNotDefined) {
 TEST_F(EntryMemory, NoMemoryForAnAttributeValue_ReadsStillWork) {
   Entry entry(kId, 0);
   fill(entry);
-  EXPECT_TRUE(ThrowsMemoryAlloc([&] {
-    const AllocationFailure failure(1, AllocationFailure::kFromThenOn);
-    entry.add_attrib_str("TypeChar2K", kLong, true);
-  }));
+  EXPECT_EQ(thrown_by([&] {
+              const AllocationFailure failure(1, AllocationFailure::kFromThenOn);
+              entry.add_attrib_str("TypeChar2K", kLong, true);
+            }),
+            kNoMemory);
   EXPECT_FALSE(entry.has_value("TypeChar2K"));
   expect_filled(entry);
 }

@@ -154,8 +154,8 @@ TEST_F(ReadableMessage, IcuOneByteTooSmall_ConversionTextAndRecord) {
   for (const long size : {14L, 1L}) {
     const DebugLogFile log(1);
     MarkedBuffer buffer(18);
-    EXPECT_TRUE(ThrowsExactly<QZX_logging_internal_error>(
-        [&] { entry->get_readable_message(buffer.data(), size, false, 0); }, kConversionText));
+    EXPECT_EQ(thrown_by([&] { entry->get_readable_message(buffer.data(), size, false, 0); }),
+              thrown<QZX_logging_internal_error>(kConversionText));
     EXPECT_EQ(log.records(), Texts({kConversionRecord}));
     EXPECT_EQ(buffer.memory().substr(static_cast<std::size_t>(size)),
               std::string(18 - static_cast<std::size_t>(size), '#'));
@@ -165,8 +165,8 @@ TEST_F(ReadableMessage, IcuOneByteTooSmall_ConversionTextAndRecord) {
 TEST_F(ReadableMessage, IcuTooSmallAtLevel0_NoRecord) {
   const DebugLogFile log(0);
   char buffer[2];
-  EXPECT_TRUE(ThrowsExactly<QZX_logging_internal_error>(
-      [&] { messages_.entry("a")->get_readable_message(buffer, 1, false, 0); }, kConversionText));
+  EXPECT_EQ(thrown_by([&] { messages_.entry("a")->get_readable_message(buffer, 1, false, 0); }),
+            thrown<QZX_logging_internal_error>(kConversionText));
   EXPECT_FALSE(log.exists());
 }
 
@@ -197,9 +197,10 @@ TEST_F(ReadableMessage, RenderingFails_SameExceptionFromEveryForm) {
       "\"Missing\"!";
   for (const bool icu : {true, false}) {
     qz_LOG_LogConfig::SetICUEnabled(icu);
-    EXPECT_TRUE(ThrowsExactly<QZX_logging_invalid_message_string>([&] { buffer_form(entry); }, text));
-    EXPECT_TRUE(ThrowsExactly<QZX_logging_invalid_message_string>([&] { entry.get_readable_message(false, 0); }, text));
-    EXPECT_TRUE(ThrowsExactly<QZX_logging_invalid_message_string>([&] { entry.format_message(false, 0); }, text));
+    EXPECT_EQ(thrown_by([&] { buffer_form(entry); }), thrown<QZX_logging_invalid_message_string>(text));
+    EXPECT_EQ(thrown_by([&] { entry.get_readable_message(false, 0); }),
+              thrown<QZX_logging_invalid_message_string>(text));
+    EXPECT_EQ(thrown_by([&] { entry.format_message(false, 0); }), thrown<QZX_logging_invalid_message_string>(text));
   }
 }
 
@@ -208,9 +209,9 @@ TEST_F(ReadableMessage, EntryWithoutDefinition_NotInitializedTextFromEveryForm) 
   const char* const text = "_qz_LOG_log_entry_imp::_get_attribute_internal(): entry not initialized";
   for (const bool icu : {true, false}) {
     qz_LOG_LogConfig::SetICUEnabled(icu);
-    EXPECT_TRUE(ThrowsExactly<QZX_logging_misc>([&] { buffer_form(entry); }, text));
-    EXPECT_TRUE(ThrowsExactly<QZX_logging_misc>([&] { entry.get_readable_message(false, 0); }, text));
-    EXPECT_TRUE(ThrowsExactly<QZX_logging_misc>([&] { entry.format_message(false, 0); }, text));
+    EXPECT_EQ(thrown_by([&] { buffer_form(entry); }), thrown<QZX_logging_misc>(text));
+    EXPECT_EQ(thrown_by([&] { entry.get_readable_message(false, 0); }), thrown<QZX_logging_misc>(text));
+    EXPECT_EQ(thrown_by([&] { entry.format_message(false, 0); }), thrown<QZX_logging_misc>(text));
   }
 }
 
@@ -286,13 +287,13 @@ TEST_F(ReadableMessage, EveryChangeAfterTheShortForm_RenderedAgain) {
 
 TEST_F(ReadableMessage, ShortFormFails_NothingIsCached) {
   const auto entry = messages_.entry("a");
-  EXPECT_TRUE(ThrowsExactly<QZX_logging_invalid_message_string>(
-      [&] { entry->get_readable_message(false, 7); },
-      "<QZX_logging_invalid_message_string> Invalid selector message index specified."));
+  EXPECT_EQ(thrown_by([&] { entry->get_readable_message(false, 7); }),
+            thrown<QZX_logging_invalid_message_string>(
+                "<QZX_logging_invalid_message_string> Invalid selector message index specified."));
   EXPECT_EQ(buffer_form(*entry, false, 0), "Disk a");
-  EXPECT_TRUE(ThrowsExactly<QZX_logging_invalid_message_string>(
-      [&] { buffer_form(*entry, false, 7); },
-      "<QZX_logging_invalid_message_string> Invalid selector message index specified."));
+  EXPECT_EQ(thrown_by([&] { buffer_form(*entry, false, 7); }),
+            thrown<QZX_logging_invalid_message_string>(
+                "<QZX_logging_invalid_message_string> Invalid selector message index specified."));
 }
 
 TEST_F(ReadableMessage, ShortFormFailsAfterASuccess_TheCachedRequestStays) {
@@ -314,8 +315,8 @@ TEST_F(ReadableMessage, ShortFormThroughIcu_65536BytesAreTheLimit) {
   const auto entry = messages_.entry_with_template(std::string(65536, 'x') + "%_%TIMESTAMP%");
   EXPECT_STREQ(entry->get_readable_message(false, 0), "");
   const auto longer = messages_.entry_with_template(std::string(65537, 'x') + "%_%TIMESTAMP%");
-  EXPECT_TRUE(
-      ThrowsExactly<QZX_logging_internal_error>([&] { longer->get_readable_message(false, 0); }, kConversionText));
+  EXPECT_EQ(thrown_by([&] { longer->get_readable_message(false, 0); }),
+            thrown<QZX_logging_internal_error>(kConversionText));
   qz_LOG_LogConfig::SetICUEnabled(false);
   EXPECT_STREQ(longer->get_readable_message(false, 0), "");
 }

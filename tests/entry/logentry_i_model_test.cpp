@@ -119,7 +119,6 @@ class EntryModel : public EntryTest {
 
 TEST_F(EntryModel, RandomOperationsOnSeveralEntries_AgreeWithMaps) {
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   std::vector<Pair> pairs(4);
   const auto any = [&]() -> Pair& { return pairs[static_cast<std::size_t>(random.between(0, 3))]; };
   for (int step = 0; step < 4000 && !HasFailure(); ++step) {

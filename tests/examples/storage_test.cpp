@@ -1,13 +1,12 @@
 // The example product as its readers meet it: what its program, its demo and `qzlog render` print.
 #include <gtest/gtest.h>
-#include <stdlib.h>
 #include <sys/wait.h>
 
 #include <fstream>
-#include <iterator>
 #include <ostream>
 #include <string>
 
+#include "tests/support/scoped_environment.h"
 #include "tests/support/temp_dir.h"
 
 namespace {
@@ -22,19 +21,14 @@ struct Output {
 /// is printed: they are unusual ones here.
 Output run(const std::string& line) {
   const qz_test::TempDir folder;
-  setenv("QZLOG", QZLOG_COMMAND, 1);
-  setenv("SOURCES", QZLOG_STORAGE_SOURCES, 1);
-  setenv("BUILT", QZLOG_STORAGE_BUILD, 1);
-  setenv("LC_ALL", "de_DE.UTF-8", 1);
-  setenv("TZ", "America/St_Johns", 1);
+  const qz_test::SetEnv command("QZLOG", QZLOG_COMMAND);
+  const qz_test::SetEnv sources("SOURCES", QZLOG_STORAGE_SOURCES);
+  const qz_test::SetEnv built("BUILT", QZLOG_STORAGE_BUILD);
+  const qz_test::SetEnv locale("LC_ALL", "de_DE.UTF-8");
+  const qz_test::SetEnv zone("TZ", "America/St_Johns");
   const std::string in_folder = "cd '" + folder.path() + "' && { " + line + "\n} >out 2>err </dev/null";
   const int status = std::system(in_folder.c_str());
   return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, folder.read("out"), folder.read("err")};
-}
-
-std::string read_file(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
 }
 
 struct GoldenCase {
@@ -66,7 +60,7 @@ TEST_P(StorageExample, Run_PrintsTheGoldenFile) {
   EXPECT_EQ(output.status, 0);
   if (std::getenv("QZLOG_REWRITE_GOLDEN") != nullptr) std::ofstream(golden, std::ios::binary) << output.out;
   EXPECT_FALSE(output.out.empty());
-  EXPECT_EQ(output.out, read_file(golden));
+  EXPECT_EQ(output.out, qz_test::read_file(golden));
 }
 
 INSTANTIATE_TEST_SUITE_P(Storage, StorageExample, ::testing::ValuesIn(kCases), [](const auto& parameter) {

@@ -171,7 +171,6 @@ TEST_F(BigEndianFile, Writers_ValueClasses_HighByteFirstAndArgumentUnchanged) {
 
 TEST_F(BigEndianFile, RandomItems_ReadBackAsWritten) {
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   File output = writing();
   std::vector<unsigned> values;
   for (int i = 0; i < 3000; ++i) {
@@ -205,7 +204,6 @@ TEST_F(BigEndianFile, RandomItems_ReadBackAsWritten) {
 
 TEST_F(BigEndianFile, LargeChunk_TransfersWhole) {
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   std::string bytes = random.text(300000);
   File file = writing();
   EXPECT_TRUE(qz_write_data_chunk(file.get(), bytes.data(), 300000));

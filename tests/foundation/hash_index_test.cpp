@@ -111,7 +111,6 @@ TEST(HashIndex, ElementsOfTheSameHash_TheMatchingOne) {
 
 TEST(HashIndex, RandomAddingAndRemoving_AsLookingThrough) {
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   for (const auto& hash : kHashes) {
     SCOPED_TRACE(hash.name);
     IndexedList list(hash.hash);

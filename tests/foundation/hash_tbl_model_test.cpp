@@ -124,7 +124,6 @@ void run_random_operations(SeededRandom& random, Comparison& tables, MakeKey mak
 
 TEST(HashTableModel, RandomOperationsOnTexts_AgreeWithPlainLists) {
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   Comparison<qz_String, std::string> tables(7);
   run_random_operations(random, tables, [&] {
     const auto number = static_cast<std::size_t>(random.between(0, 99));
@@ -134,7 +133,6 @@ TEST(HashTableModel, RandomOperationsOnTexts_AgreeWithPlainLists) {
 
 TEST(HashTableModel, RandomOperationsOnNumbers_AgreeWithPlainLists) {
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   Comparison<unsigned, unsigned> tables(23);
   run_random_operations(random, tables, [&] { return static_cast<unsigned>(random.between(0, 150)) * 40000000U; });
 }

@@ -365,10 +365,11 @@ TEST(HashTable, SetSizeWithoutMemory_NoBucketsAndTheNewSize) {
 TEST(HashTable, DestructionAfterAFailedSetSize_IsSafe) {
   TextTable table(7);
   add(table, qz_String("key"), 1U);
-  EXPECT_TRUE(qz_test::ThrowsMemoryAlloc([&] {
-    const qz_test::AllocationFailure failure(1);
-    table.set_size(11);
-  }));
+  EXPECT_EQ(qz_test::thrown_by([&] {
+              const qz_test::AllocationFailure failure(1);
+              table.set_size(11);
+            }),
+            qz_test::kNoMemory);
   EXPECT_EQ(table.slots, nullptr);
 }
 

@@ -78,7 +78,6 @@ TEST(MyHashcode, FixedNames_KeepTheirValues) {
 
 TEST(MyHashcode, EveryLengthWithEveryByte_AgreesWithTheRule) {
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   for (std::size_t length = 0; length <= 300; ++length) {
     for (int repeat = 0; repeat < 10; ++repeat) {
       const std::string text = random.text(length);
@@ -89,7 +88,6 @@ TEST(MyHashcode, EveryLengthWithEveryByte_AgreesWithTheRule) {
 
 TEST(MyHashcode, LongTexts_AgreeWithTheRule) {
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   for (const std::size_t length : {1000U, 4095U, 4096U, 65535U, 1000003U}) {
     const std::string text = random.text(length);
     EXPECT_EQ(my_hashcode(text.c_str()), slow_hashcode(text)) << "length " << length;
@@ -103,7 +101,6 @@ TEST(RecommendedHashSize, AnyRequest_AtLeastOne) {
 
 TEST(RecommendedHashSize, OwnResult_IsKept) {
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   for (unsigned requested = 0; requested < 5000; ++requested) {
     const unsigned size = QZ_recommended_hash_size(requested);
     EXPECT_EQ(QZ_recommended_hash_size(size), size) << "request " << requested;
@@ -143,7 +140,6 @@ TEST(RecommendedHashSize, Table_SmallestPrimeAtOrAboveTheRequest) {
 
 TEST(QzHash, EqualKeys_GiveEqualIndexesBelowTheSize) {
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   for (int i = 0; i < 5000; ++i) {
     const auto size = static_cast<unsigned>(random.between(1, 1000));
     const std::string text = random.text(static_cast<std::size_t>(random.between(0, 60)));

@@ -47,7 +47,6 @@ TEST(MyItoa, AroundPowersOfTen_NoPaddingAndNoLostZero) {
 
 TEST(MyItoa, RandomValues_AgreeWithTheStandardLibrary) {
   qz_test::SeededRandom random;
-  SCOPED_TRACE(random.trace());
   for (int i = 0; i < 20000; ++i) {
     const auto bits = random.between(1, 32);
     const auto value = static_cast<unsigned>(random.between(0, (1LL << bits) - 1));

@@ -12,7 +12,8 @@
 namespace {
 
 using qz_test::AllocationFailure;
-using qz_test::ThrowsExactly;
+using qz_test::thrown;
+using qz_test::thrown_by;
 
 // Every class with its direct base.
 #define QZ_EXCEPTION_CLASSES(X)                           \
@@ -95,15 +96,15 @@ TEST(Exceptions, EveryClass_AddsNoFieldAndNoVirtualFunction) {
 }
 
 TEST(Exceptions, EveryClass_CarriesTextAndCode){
-#define QZ_TEST_CLASS(type, base)                                                \
-  {                                                                              \
-    const type empty;                                                            \
-    EXPECT_EQ(empty.get_message(), nullptr);                                     \
-    EXPECT_EQ(empty.get_code(), 0);                                              \
-    const type full("a text", -7);                                               \
-    EXPECT_STREQ(full.get_message(), "a text");                                  \
-    EXPECT_EQ(full.get_code(), -7);                                              \
-    EXPECT_TRUE(ThrowsExactly<type>([] { throw type("thrown", 0); }, "thrown")); \
+#define QZ_TEST_CLASS(type, base)                                                  \
+  {                                                                                \
+    const type empty;                                                              \
+    EXPECT_EQ(empty.get_message(), nullptr);                                       \
+    EXPECT_EQ(empty.get_code(), 0);                                                \
+    const type full("a text", -7);                                                 \
+    EXPECT_STREQ(full.get_message(), "a text");                                    \
+    EXPECT_EQ(full.get_code(), -7);                                                \
+    EXPECT_EQ(thrown_by([] { throw type("thrown", 0); }), thrown<type>("thrown")); \
   }
     QZ_EXCEPTION_CLASSES(QZ_TEST_CLASS)
 #undef QZ_TEST_CLASS
@@ -139,7 +140,7 @@ TEST(ExceptionMessage, TextOfATemporary_IsCopied) {
     } scribble{text};
     throw QZX_logging_misc(text.c_str(), 0);
   };
-  EXPECT_TRUE(ThrowsExactly<QZX_logging_misc>(thrower, "built at run time, and long enough to live on the heap"));
+  EXPECT_EQ(thrown_by(thrower), thrown<QZX_logging_misc>("built at run time, and long enough to live on the heap"));
 }
 
 TEST(ExceptionMessage, Copy_HasATextOfItsOwn) {

@@ -53,7 +53,6 @@ TEST(QzStrto4u, Overflow_LargestValue) {
 
 TEST(QzStrto4u, RandomValues_ReadBack) {
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   for (int i = 0; i < 5000; ++i) {
     const auto value = static_cast<unsigned>(random.between(0, 4294967295LL) >> random.between(0, 31));
     ASSERT_EQ(QZ_strto4u(std::to_string(value).c_str()), value);
@@ -93,7 +92,6 @@ TEST(QzHexto4u, Overflow_LargestValue) {
 
 TEST(QzStrings, RandomTexts_CompareAsTheSystemLibrary) {
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   for (int i = 0; i < 2000; ++i) {
     const std::string left = random.text(static_cast<std::size_t>(random.between(0, 3)));
     const std::string right = random.one_in(4) ? left : random.text(static_cast<std::size_t>(random.between(0, 3)));
@@ -210,7 +208,6 @@ TEST(QzStrtok, NewTextInBetween_StartsOver) {
 
 TEST(QzStrtok, RandomTextsAndChangingDelimiters_AsStrtok) {
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   for (int i = 0; i < 2000; ++i) {
     std::string text(static_cast<std::size_t>(random.between(0, 30)), ' ');
     for (char& character : text) character = "ab,;="[random.between(0, 4)];

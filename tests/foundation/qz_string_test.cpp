@@ -12,7 +12,8 @@ namespace {
 
 using qz_test::FailEveryAllocation;
 using qz_test::SeededRandom;
-using qz_test::ThrowsExactly;
+using qz_test::thrown;
+using qz_test::thrown_by;
 
 // Around the size up to which a text is kept inside the object, and well beyond.
 constexpr unsigned kLengths[] = {0, 1, 2, 15, 16, 17, 18, 19, 20, 21, 31, 32, 33, 39, 40, 41, 255, 256, 1000, 70000};
@@ -242,9 +243,9 @@ TEST(QzStringIndex, Positions_GiveTheCharacters) {
 TEST(QzStringIndex, NotBelowTheLength_ThrowsIndexOutOfBoundsWithoutText) {
   const qz_String string("abc");
   for (const unsigned index : {3U, 4U, 4294967295U}) {
-    EXPECT_TRUE(ThrowsExactly<QZX_index_out_of_bounds>([&] { (void)string[index]; }, nullptr)) << index;
+    EXPECT_EQ(thrown_by([&] { (void)string[index]; }), thrown<QZX_index_out_of_bounds>(nullptr)) << index;
   }
-  EXPECT_TRUE(ThrowsExactly<QZX_index_out_of_bounds>([] { (void)qz_String()[0]; }, nullptr));
+  EXPECT_EQ(thrown_by([] { (void)qz_String()[0]; }), thrown<QZX_index_out_of_bounds>(nullptr));
 }
 
 constexpr const char* kLong =
@@ -351,7 +352,6 @@ void change_both(SeededRandom& random, qz_String& string, std::string& model) {
 
 TEST(QzString, RandomChanges_AgreeWithAStandardString) {
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   for (int run = 0; run < 100; ++run) {
     qz_String string;
     std::string model;

@@ -66,7 +66,6 @@ TEST_F(QzTime, CalendarFields_OfAKnownMoment) {
 
 TEST_F(QzTime, RandomMoments_FieldsAsTheSystemLibrary) {
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   for (int i = 0; i < 5000; ++i) {
     const long long seconds = random.between(kYear0 + 100000, kYear9999 - 100000);
     const std::time_t moment = seconds;

@@ -161,7 +161,6 @@ TEST(QzTimeLocalText, PlainLocalTimes_ReadInTheZonesTime) {
 
 TEST(QzTimeZones, RandomMoments_AsTheSystemLibraryInEveryZone) {
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   for (const char* name : kZones) {
     const TimeZone zone(name);
     for (int i = 0; i < 2000; ++i) {

@@ -23,6 +23,19 @@ std::string bytes(std::size_t length) {
   return text;
 }
 
+TEST(TextBuffer, CopiedPadded_CutToOneLessAndTheRestZeros) {
+  qz_TextBuffer buffer;
+  buffer.append("abc");
+  for (std::size_t size = 1; size <= 6; ++size) {
+    std::string target(8, '~');
+    buffer.copy_padded(target.data(), size);
+    std::string expected = std::string("abc").substr(0, size - 1);
+    expected.resize(size, '\0');
+    expected.resize(8, '~');
+    EXPECT_EQ(target, expected) << size;
+  }
+}
+
 TEST(TextBuffer, NothingAppended_Empty) {
   const qz_TextBuffer buffer;
   EXPECT_EQ(buffer.size(), 0U);
@@ -109,7 +122,6 @@ TEST(TextBuffer, RoomReserved_FormerBytesStayAndAllOfItCanBeFilled) {
 
 TEST(TextBuffer, RandomAppends_AsAString) {
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   for (int round = 0; round < 50; ++round) {
     qz_TextBuffer buffer;
     std::string wanted;
@@ -196,7 +208,6 @@ TEST(TextCursor, NoMemoryToGrow_ThrowsAndKeepsTheText) {
 
 TEST(TextCursor, RandomAppends_AsAString) {
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   for (int round = 0; round < 50; ++round) {
     qz_TextBuffer buffer;
     std::string wanted;

@@ -83,8 +83,8 @@ TEST_F(ThreadInstance, ReferenceReturned_NotCopied) {
 
 TEST_F(ThreadInstance, UseThrows_ExceptionAndTheInstanceStays) {
   in_thread([] {
-    EXPECT_TRUE(ThrowsExactly<QZX_logging_misc>(
-        [] { with_thread_instance<Counting<7>>([](auto&) { throw QZX_logging_misc("mine", 0); }); }, "mine"));
+    EXPECT_EQ(thrown_by([] { with_thread_instance<Counting<7>>([](auto&) { throw QZX_logging_misc("mine", 0); }); }),
+              thrown<QZX_logging_misc>("mine"));
     EXPECT_NE(qz_ThreadInstance<Counting<7>>::find(), nullptr);
   });
   EXPECT_EQ(made, 1);
@@ -95,7 +95,7 @@ TEST_F(ThreadInstance, NoMemory_MemoryAllocAndMadeByTheNextUse) {
     const auto use = [] { with_thread_instance<Counting<8>>([](auto& mine) { ++mine.calls; }); };
     EXPECT_EQ(FailEveryAllocation(use, [] { EXPECT_EQ(qz_ThreadInstance<Counting<8>>::find(), nullptr); }), 1U);
     EXPECT_EQ(qz_ThreadInstance<Counting<8>>::find()->calls, 1);
-    EXPECT_TRUE(ThrowsMemoryAlloc([] { with_thread_instance<Counting<8>>([](auto&) { throw std::bad_alloc(); }); }));
+    EXPECT_EQ(thrown_by([] { with_thread_instance<Counting<8>>([](auto&) { throw std::bad_alloc(); }); }), kNoMemory);
   });
   EXPECT_EQ(alive, 0);
 }

@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -12,6 +11,7 @@
 
 #include "tests/support/call_failure.h"
 #include "tests/support/child_process.h"
+#include "tests/support/resource_limit.h"
 #include "tests/support/support.h"
 
 namespace {
@@ -73,7 +73,6 @@ TEST_F(UnsharedFile, ReadsAndSeeksAtRandom_AsAnOrdinaryStream) {
   const qz_FileHandle ordinary(QZ_fopen(path.c_str(), "rb"));
   const qz_FileHandle unshared = qz_open_unshared(path.c_str());
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   for (int i = 0; i < rounds(4000); ++i) {
     if (random.one_in(2)) {
       const long long offset = random.between(-2000, kSize + 3000);
@@ -177,10 +176,7 @@ TEST_F(UnsharedFile, Pipe_CannotBePositioned) {
 TEST_F(UnsharedFile, NoDescriptorLeft_Null) {
   const std::string path = write(1);
   expect_child_succeeds([&] {
-    rlimit none = {};
-    getrlimit(RLIMIT_NOFILE, &none);
-    none.rlim_cur = 0;
-    setrlimit(RLIMIT_NOFILE, &none);
+    const ResourceLimit none(RLIMIT_NOFILE, 0);
     return qz_open_unshared(path.c_str()) == nullptr && errno == EMFILE ? 0 : 1;
   });
 }

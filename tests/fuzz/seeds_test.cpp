@@ -4,11 +4,11 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <ostream>
 #include <string>
 #include <vector>
+
+#include "tests/support/temp_dir.h"
 
 namespace fs = std::filesystem;
 
@@ -58,11 +58,6 @@ std::vector<fs::path> sorted_files(const fs::path& folder) {
   return files;
 }
 
-std::string read(const fs::path& path) {
-  std::ifstream in(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(in), {}};
-}
-
 class Seeds : public testing::TestWithParam<Fuzzer> {};
 
 // A copy without room behind the end lets the address sanitizer see what reads too far.
@@ -71,7 +66,7 @@ TEST_P(Seeds, EachOne_IsTaken) {
   ASSERT_GE(seeds.size(), 5u);
   for (const fs::path& seed : seeds) {
     SCOPED_TRACE(seed);
-    const std::string content = read(seed);
+    const std::string content = qz_test::read_file(seed);
     ASSERT_EQ(content.size(), fs::file_size(seed));
     ASSERT_LE(content.size(), kMaximumSeedSize);
     const std::vector<std::uint8_t> bytes(content.begin(), content.end());

@@ -35,9 +35,9 @@ inline std::string seen_by_icu(const std::string& path, const std::string& local
   return seen;
 }
 
-inline std::string text_by_us(const qzlog_bundle::MessageBundle& bundle, const std::string& key) {
-  using State = qzlog_bundle::MessageBundle::Text::State;
-  const qzlog_bundle::MessageBundle::Text found = bundle.find_text("STRING_TABLE", key);
+inline std::string text_by_us(const qzlog::MessageBundle& bundle, const std::string& key) {
+  using State = qzlog::MessageBundle::Text::State;
+  const qzlog::MessageBundle::Text found = bundle.find_text("STRING_TABLE", key);
   if (found.state == State::kNoTable) return "no table";
   if (found.state == State::kNoText) return "no text";
   return "'" + to_utf8(icu::UnicodeString(found.text.data(), static_cast<std::int32_t>(found.text.size()))) + "'";
@@ -45,8 +45,8 @@ inline std::string text_by_us(const qzlog_bundle::MessageBundle& bundle, const s
 
 inline std::string seen_by_us(const std::string& path, const std::string& locale,
                               const std::vector<std::string>& keys) {
-  using State = qzlog_bundle::MessageBundle::State;
-  qzlog_bundle::MessageBundle bundle;
+  using State = qzlog::MessageBundle::State;
+  qzlog::MessageBundle bundle;
   const State state = bundle.open(path, icu::Locale(locale.c_str()).getName());
   if (state == State::kMissing) return "missing";
   if (state == State::kFailed) return "failed";

@@ -225,7 +225,6 @@ TEST_F(ConvertCodePage, NoMemory_ZeroAndNothingThrown) {
 
 TEST_F(ConvertCodePage, RandomTextsThereAndBack_Same) {
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   for (const char* page : {"UTF-8", "UTF-16", "UTF-32", "GB18030", "UTF-7", "SCSU"}) {
     for (int i = 0; i < 300; ++i) {
       icu::UnicodeString text;

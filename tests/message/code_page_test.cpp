@@ -10,6 +10,8 @@
 #include "tests/message/message_fixture.h"
 #include "tests/support/support.h"
 
+using namespace qzlog;
+
 namespace qz_test {
 namespace {
 
@@ -80,7 +82,6 @@ TEST_F(CodePage, EncodeTwice_EachTimeFromTheInitialState) {
 
 TEST_F(CodePage, DecodeRandomBytes_AsIcuDoes) {
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   const char* const pages[] = {"UTF-8", "ISO-8859-1", "Shift_JIS", "GB18030", "EUC-JP", "ISO-2022-JP", "Big5"};
   for (int i = 0; i < 5000 && !testing::Test::HasFailure(); ++i) {
     const char* const page = pages[random.between(0, 6)];
@@ -100,7 +101,6 @@ TEST_F(CodePage, DecodeByteOrderMark_AsIcuDoes) {
 
 TEST_F(CodePage, LengthExceeds_AsTheDecodedLength) {
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   const char* const pages[] = {"", "UTF-8", "ISO-8859-1", "Shift_JIS", "GB18030", "ISO-2022-JP", "no such page"};
   for (int i = 0; i < 5000 && !testing::Test::HasFailure(); ++i) {
     const char* const page = pages[random.between(0, 6)];
@@ -126,6 +126,24 @@ TEST_F(CodePage, EncodeOneByteShort_FalseAndTheLengthNeeded) {
   EXPECT_FALSE(encode_text(u"漢字", "UTF-8", buffer, 5, length));
   EXPECT_EQ(length, 6);
   EXPECT_EQ(std::string(buffer + 5, 3), "###");
+}
+
+TEST_F(CodePage, EncodeIntoAText_AsLongAsItGets) {
+  std::string text = "what was there";
+  ASSERT_TRUE(encode_text(u"", "UTF-8", text));
+  EXPECT_EQ(text, "");
+  icu::UnicodeString units;
+  for (int i = 0; i < 1000; ++i) units += u"a\u3042";
+  for (const char* const code_page : {"UTF-8", "ISO-2022-JP", "GB18030"}) {
+    ASSERT_TRUE(encode_text(units, code_page, text)) << code_page;
+    EXPECT_EQ(decode_text(text.c_str(), code_page), units) << code_page;
+  }
+  EXPECT_GT(text.size(), 2000U);
+}
+
+TEST_F(CodePage, EncodeIntoATextInAnUnknownCodePage_False) {
+  std::string text;
+  EXPECT_FALSE(encode_text(u"a", "no such page", text));
 }
 
 TEST_F(CodePage, EncodeUnknownCodePage_FalseAndNothingWritten) {

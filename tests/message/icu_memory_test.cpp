@@ -9,10 +9,12 @@
 #include "tests/message/message_fixture.h"
 #include "tests/message/message_oracle.h"
 #include "tests/support/blocked_heap.h"
-#include "tests/support/throws_exactly.h"
+#include "tests/support/thrown_by.h"
 
 namespace qz_test {
 namespace {
+
+using namespace qzlog;
 
 TEST(IcuMemory, ErrnoSaysNoMemory_RanOutUntilTheEnd) {
   errno = EINTR;
@@ -30,14 +32,15 @@ TEST(IcuMemory, ErrnoSaysNoMemory_RanOutUntilTheEnd) {
 /// Whether a body in which errno alone says that there was no memory is called again.
 bool is_called_again() {
   int calls = 0;
-  EXPECT_TRUE(ThrowsMemoryAlloc([&] {
-    with_icu_memory([&] {
-      const IcuMemory memory;
-      ++calls;
-      errno = ENOMEM;
-      memory.check();
-    });
-  }));
+  EXPECT_EQ(thrown_by([&] {
+              with_icu_memory([&] {
+                const IcuMemory memory;
+                ++calls;
+                errno = ENOMEM;
+                memory.check();
+              });
+            }),
+            kNoMemory);
   return calls > 1;
 }
 
@@ -57,12 +60,13 @@ TEST(WithIcuMemory, ErrnoAloneWithoutRoomBehindTheHeap_CalledAgain) {
 TEST(WithIcuMemory, IcuItselfSaysSo_NotCalledAgain) {
   const BlockedHeap blocked;
   int calls = 0;
-  EXPECT_TRUE(ThrowsMemoryAlloc([&] {
-    with_icu_memory([&] {
-      ++calls;
-      IcuMemory().check(U_MEMORY_ALLOCATION_ERROR);
-    });
-  }));
+  EXPECT_EQ(thrown_by([&] {
+              with_icu_memory([&] {
+                ++calls;
+                IcuMemory().check(U_MEMORY_ALLOCATION_ERROR);
+              });
+            }),
+            kNoMemory);
   EXPECT_EQ(calls, 1);
 }
 
@@ -88,7 +92,7 @@ TEST(WithIcuMemory, NoMemoryAtAll_TheFailureAskedFor) {
     ++calls;
     throw IcuMayHaveRunOut();
   };
-  EXPECT_TRUE(ThrowsMemoryAlloc([&] { with_icu_memory(never); }));
+  EXPECT_EQ(thrown_by([&] { with_icu_memory(never); }), kNoMemory);
   EXPECT_EQ(calls, kIcuMemoryTries);
   EXPECT_THROW(with_icu_memory<std::bad_alloc>(never), std::bad_alloc);
 }
@@ -105,12 +109,13 @@ TEST(WithIcuMemory, AnotherFailureAtALaterCall_ThatOne) {
 
 TEST(WithIcuMemory, FailureWithoutDoubt_NotCalledAgain) {
   int calls = 0;
-  EXPECT_TRUE(ThrowsMemoryAlloc([&] {
-    with_icu_memory([&] {
-      ++calls;
-      throw QZX_memory_alloc();
-    });
-  }));
+  EXPECT_EQ(thrown_by([&] {
+              with_icu_memory([&] {
+                ++calls;
+                throw QZX_memory_alloc();
+              });
+            }),
+            kNoMemory);
   EXPECT_EQ(calls, 1);
 }
 

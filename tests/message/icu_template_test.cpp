@@ -8,6 +8,8 @@
 #include "qzlog/logcfg.h"
 #include "tests/message/icu_templates.h"
 
+using namespace qzlog;
+
 namespace qz_test {
 namespace {
 

@@ -42,7 +42,7 @@ class IcuTemplates : public testing::Test {
   void set_template(const icu::UnicodeString& text) {
     definition_.set_default_msg_text("replaced by the one below");
     definition_.get_default_message().keep_prepared(MessagePath::kIcu,
-                                                    std::make_unique<IcuTemplate>(text, definition_));
+                                                    std::make_unique<qzlog::IcuTemplate>(text, definition_));
     template_ = text;
   }
   icu::UnicodeString message() const { return _qz_LOG_log_message::get_message(entry_, &definition_, false, 0); }
@@ -51,7 +51,7 @@ class IcuTemplates : public testing::Test {
   OracleEnd expect_as_oracle(const icu::Locale& locale = icu::Locale("en_US")) {
     const OracleMessage wanted = oracle_result(template_, entry_, locale);
     if (wanted.end == OracleEnd::kPatternRefused) {
-      EXPECT_TRUE(ThrowsExactly<QZX_logging_internal_error>([&] { message(); }, kPatternText)) << escaped(template_);
+      EXPECT_EQ(thrown_by([&] { message(); }), thrown<QZX_logging_internal_error>(kPatternText)) << escaped(template_);
     } else if (wanted.end == OracleEnd::kMessage) {
       EXPECT_EQ(escaped(message()), escaped(wanted.text)) << escaped(template_) << " in " << locale.getName();
     }

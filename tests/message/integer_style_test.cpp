@@ -12,6 +12,8 @@
 #include "tests/message/message_fixture.h"
 #include "tests/support/support.h"
 
+using namespace qzlog;
+
 namespace qz_test {
 namespace {
 
@@ -90,7 +92,6 @@ icu::Locale with_digits(const icu::Locale& locale, const char* digits) {
 
 TEST(IntegerStyle, EveryLocaleOfIcu_IcusTextsWhereUsable) {
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   int count = 0;
   const icu::Locale* const locales = icu::Locale::getAvailableLocales(count);
   ASSERT_GT(count, 100);
@@ -103,7 +104,6 @@ class IntegerStyleDigits : public testing::TestWithParam<Digits> {};
 
 TEST_P(IntegerStyleDigits, EveryLocaleOfIcuWithTheseDigits_IcusTextsWhereUsable) {
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   int count = 0;
   const icu::Locale* const locales = icu::Locale::getAvailableLocales(count);
   int usable = 0;
@@ -138,7 +138,6 @@ TEST(IntegerStyle, RomanNumerals_NotUsable) { EXPECT_FALSE(IntegerStyle(icu::Loc
 
 TEST(IntegerStyle, OddLocales_IcusTextsWhereUsable) {
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   for (const icu::Locale& locale :
        {icu::Locale(""), icu::Locale("xx_YY"), icu::Locale("no such locale"), icu::Locale("C"),
         icu::Locale("en@numbers=nonsense"), icu::Locale("ar@numbers=latn"), icu::Locale("th_TH_TH"),

@@ -6,6 +6,8 @@
 #include "qzlog/logcfg.h"
 #include "tests/message/icu_templates.h"
 
+using namespace qzlog;
+
 namespace qz_test {
 namespace {
 
@@ -206,14 +208,14 @@ TEST_F(KeptTemplates, AttributesMovedRemovedAndOfAnotherType_WhatTheDefinitionSa
   const char* const invalid =
       "<QZX_logging_invalid_message_string> _qz_LOG_log_message::get_message:  invalid format specifier for attribute "
       "\"TypeSInt4\"!";
-  EXPECT_TRUE(ThrowsExactly<QZX_logging_invalid_message_string>([&] { message(); }, invalid));
-  EXPECT_TRUE(ThrowsExactly<QZX_logging_invalid_message_string>([&] { narrow(); }, invalid));
+  EXPECT_EQ(thrown_by([&] { message(); }), thrown<QZX_logging_invalid_message_string>(invalid));
+  EXPECT_EQ(thrown_by([&] { narrow(); }), thrown<QZX_logging_invalid_message_string>(invalid));
   definition_.remove_attr_by_ptr(definition_.get_attr_info_by_name("TypeSInt4"));
   const char* const unknown =
       "<QZX_logging_invalid_message_string> _qz_LOG_log_message::get_message:  unable to find attribute value for "
       "\"TypeSInt4\"!";
-  EXPECT_TRUE(ThrowsExactly<QZX_logging_invalid_message_string>([&] { message(); }, unknown));
-  EXPECT_TRUE(ThrowsExactly<QZX_logging_invalid_message_string>([&] { narrow(); }, unknown));
+  EXPECT_EQ(thrown_by([&] { message(); }), thrown<QZX_logging_invalid_message_string>(unknown));
+  EXPECT_EQ(thrown_by([&] { narrow(); }), thrown<QZX_logging_invalid_message_string>(unknown));
   definition_.add_attr_info("TypeSInt4", TypeSInt4, false, nullptr);
   EXPECT_EQ(to_utf8(message()), "-1234567 é");
   EXPECT_STREQ(narrow().c_str(), "-1234567 é");
@@ -238,7 +240,7 @@ TEST_F(KeptTemplates, FirstRenderingWithoutMemory_MemoryAllocAndTheNextOneRight)
     for (bool happened = true; happened;) {
       definition_.set_default_msg_text(text);
       ++nth;
-      const auto thrown = ThrowsMemoryAlloc([&] {
+      const auto thrown = thrown_by([&] {
         const AllocationFailure failure(nth);
         struct Note {
           ~Note() { happened = failure.happened(); }
@@ -247,7 +249,7 @@ TEST_F(KeptTemplates, FirstRenderingWithoutMemory_MemoryAllocAndTheNextOneRight)
         } note{failure, happened};
         message();
       });
-      EXPECT_EQ(static_cast<bool>(thrown), happened) << text << " at allocation " << nth << ": " << thrown.message();
+      EXPECT_EQ(thrown, happened ? kNoMemory : "nothing") << text << " at allocation " << nth;
       ASSERT_EQ(to_utf8(message()), wanted) << "after allocation " << nth;
     }
     EXPECT_GT(nth, 5U) << text;

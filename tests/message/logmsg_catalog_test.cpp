@@ -25,13 +25,13 @@ std::string string_of(const char* id) { return to_utf8(_qz_LOG_log_message::_get
 
 void open(const std::string& path) { _qz_LOG_log_message::set_resource_path(path.c_str()); }
 
-testing::AssertionResult open_fails(const std::string& path, const std::string& text) {
-  return ThrowsExactly<QZX_logging_missing_resource>([&] { open(path); }, text.c_str());
+std::string thrown_by_open(const std::string& path) {
+  return thrown_by([&] { open(path); });
 }
-
-testing::AssertionResult lookup_fails(const char* id, const char* text) {
-  return ThrowsExactly<QZX_logging_missing_resource>([&] { string_of(id); }, text);
+std::string thrown_by_lookup(const char* id) {
+  return thrown_by([&] { string_of(id); });
 }
+std::string missing_resource(const std::string& text) { return thrown<QZX_logging_missing_resource>(text); }
 
 class MessageCatalog : public testing::Test {
  protected:
@@ -86,7 +86,7 @@ TEST_F(MessageCatalog, PathWithoutBundle_LocateTextAndRecord) {
        {settings_.folder().path("nothing"), settings_.folder().path(), std::string("no_such_package"),
         kCatalogs + "/whole/root.res", kCatalogs + "/without_root"}) {
     const DebugLogFile log(1);
-    EXPECT_TRUE(open_fails(path, locate_text(path)));
+    EXPECT_EQ(thrown_by_open(path), missing_resource(locate_text(path)));
     EXPECT_EQ(log.records(), Texts({"logmsg:248 _qz_LOG_log_message::set_resource_path Unable to locate resource "
                                     "bundle " +
                                     path + "!\n"}));
@@ -95,21 +95,21 @@ TEST_F(MessageCatalog, PathWithoutBundle_LocateTextAndRecord) {
 
 TEST_F(MessageCatalog, PathWithoutBundle_CountsAsOpenAndLookupsFail) {
   const std::string path = settings_.folder().path("nothing");
-  EXPECT_TRUE(open_fails(path, locate_text(path)));
+  EXPECT_EQ(thrown_by_open(path), missing_resource(locate_text(path)));
   EXPECT_TRUE(_qz_LOG_log_message::is_catalog_open());
   EXPECT_EQ(_qz_LOG_log_message::get_resource_path(), path);
-  for (int i = 0; i < 2; ++i) EXPECT_TRUE(lookup_fails("greeting", kTableText));
+  for (int i = 0; i < 2; ++i) EXPECT_EQ(thrown_by_lookup("greeting"), missing_resource(kTableText));
 }
 
 TEST_F(MessageCatalog, PathWithoutBundle_LaterMessagesFailAndNarrowOnesDoNot) {
   settings_.load({{.id = 1, .message_id = "greeting", .message_text = "text"}});
   const _qz_LOG_log_entry_imp entry(1, 0);
   const std::string path = settings_.folder().path("nothing");
-  EXPECT_TRUE(ThrowsExactly<QZX_logging_missing_resource>(
-      [&] { qz_LOG_LogConfig::SetMessageCatalogPath(path.c_str()); }, locate_text(path).c_str()));
+  EXPECT_EQ(thrown_by([&] { qz_LOG_LogConfig::SetMessageCatalogPath(path.c_str()); }),
+            thrown<QZX_logging_missing_resource>(locate_text(path).c_str()));
   EXPECT_EQ(qz_LOG_LogConfig::GetMessageCatalogPath(), path);
-  EXPECT_TRUE(ThrowsExactly<QZX_logging_missing_resource>(
-      [&] { _qz_LOG_log_message::get_message(entry, entry.get_definition(), false, 0); }, kTableText));
+  EXPECT_EQ(thrown_by([&] { _qz_LOG_log_message::get_message(entry, entry.get_definition(), false, 0); }),
+            thrown<QZX_logging_missing_resource>(kTableText));
   EXPECT_STREQ(_qz_LOG_log_message::get_qzString_message(entry, entry.get_definition(), false, 0).c_str(), "text");
 }
 
@@ -124,42 +124,43 @@ TEST_F(MessageCatalog, OpeningFailsOtherThanByAbsence_AccessTextAndRecord) {
   RenderingSettings::set_icu_locale(locale_with_a_long_name().c_str());
   const std::string path = kCatalogs + "/whole";
   const DebugLogFile log(1);
-  EXPECT_TRUE(open_fails(path, "<QZX_logging_missing_resource> Unable to access resource bundle \"" + path + "\"."));
+  EXPECT_EQ(thrown_by_open(path),
+            missing_resource("<QZX_logging_missing_resource> Unable to access resource bundle \"" + path + "\"."));
   EXPECT_EQ(
       log.records(),
       Texts({"logmsg:256 _qz_LOG_log_message::set_resource_path Unable to access resource bundle " + path + "!\n"}));
   EXPECT_EQ(_qz_LOG_log_message::get_resource_path(), path);
   EXPECT_TRUE(_qz_LOG_log_message::is_catalog_open());
-  EXPECT_TRUE(lookup_fails("greeting", kTableText));
+  EXPECT_EQ(thrown_by_lookup("greeting"), missing_resource(kTableText));
 }
 
 TEST_F(MessageCatalog, VeryLongPath_LocateText) {
   const std::string path = "/" + std::string(20000, 'x');
-  EXPECT_TRUE(open_fails(path, locate_text(path)));
+  EXPECT_EQ(thrown_by_open(path), missing_resource(locate_text(path)));
   EXPECT_EQ(_qz_LOG_log_message::get_resource_path(), path);
 }
 
 TEST_F(MessageCatalog, FailuresAtLevel0_NoRecord) {
   const DebugLogFile log(0);
-  EXPECT_TRUE(open_fails("/nothing", locate_text("/nothing")));
+  EXPECT_EQ(thrown_by_open("/nothing"), missing_resource(locate_text("/nothing")));
   EXPECT_FALSE(log.exists());
 }
 
 TEST_F(MessageCatalog, DamagedBundle_Fails) {
   settings_.folder().write("root.res", "this is not a resource bundle");
   EXPECT_THROW(open(settings_.folder().path()), QZX_logging_missing_resource);
-  EXPECT_TRUE(lookup_fails("greeting", kTableText));
+  EXPECT_EQ(thrown_by_lookup("greeting"), missing_resource(kTableText));
 }
 
 TEST_F(MessageCatalog, BundleWithoutTheTable_OpensAndLookupsFail) {
   open(kCatalogs + "/without_table");
-  EXPECT_TRUE(lookup_fails("greeting", kTableText));
+  EXPECT_EQ(thrown_by_lookup("greeting"), missing_resource(kTableText));
 }
 
 TEST_F(MessageCatalog, IdMissingOrNotAText_RetrieveText) {
   open(kCatalogs + "/whole");
   for (const char* id : {"missing", "Greeting", "", "number", "nested", "nested/inner", "greeting "}) {
-    EXPECT_TRUE(lookup_fails(id, kStringText)) << id;
+    EXPECT_EQ(thrown_by_lookup(id), missing_resource(kStringText)) << id;
   }
   EXPECT_EQ(string_of("greeting"), "Hello %s%Name%");
 }
@@ -225,18 +226,18 @@ TEST_F(MessageCatalog, SetLocaleThatTheCatalogCannotBeOpenedFor_LocaleIsSetAndLo
                    "/without_root!\n"}));
   EXPECT_EQ(qz_LOG_LogConfig::GetLocale(), QZ_LOCALE_FR_FR);
   EXPECT_TRUE(_qz_LOG_log_message::is_catalog_open());
-  EXPECT_TRUE(lookup_fails("greeting", kTableText));
+  EXPECT_EQ(thrown_by_lookup("greeting"), missing_resource(kTableText));
   qz_LOG_LogConfig::SetLocale(QZ_LOCALE_DE_DE);
   EXPECT_EQ(string_of("greeting"), "Guten Tag %s%Name%");
 }
 
 TEST_F(MessageCatalog, SetLocaleAfterAFailedCatalog_LocaleIsSetAndLookupsFail) {
   const std::string path = settings_.folder().path("nothing");
-  EXPECT_TRUE(open_fails(path, locate_text(path)));
+  EXPECT_EQ(thrown_by_open(path), missing_resource(locate_text(path)));
   EXPECT_NO_THROW(qz_LOG_LogConfig::SetLocale(QZ_LOCALE_JA_JP));
   EXPECT_EQ(qz_LOG_LogConfig::GetLocale(), QZ_LOCALE_JA_JP);
   EXPECT_EQ(_qz_LOG_log_message::get_resource_path(), path);
-  EXPECT_TRUE(lookup_fails("greeting", kTableText));
+  EXPECT_EQ(thrown_by_lookup("greeting"), missing_resource(kTableText));
 }
 
 TEST_F(MessageCatalog, SetLocaleWithoutMemory_LocaleIsSetAndTheCatalogFails) {
@@ -252,7 +253,7 @@ TEST_F(MessageCatalog, SetLocaleWithoutMemory_LocaleIsSetAndTheCatalogFails) {
     EXPECT_EQ(qz_LOG_LogConfig::GetLocale(), QZ_LOCALE_DE_DE);
     EXPECT_TRUE(_qz_LOG_log_message::is_catalog_open());
     if (happened) {
-      EXPECT_TRUE(lookup_fails("greeting", kTableText)) << "allocation " << nth + 1;
+      EXPECT_EQ(thrown_by_lookup("greeting"), missing_resource(kTableText)) << "allocation " << nth + 1;
     }
   }
   EXPECT_GT(nth, 3U);
@@ -261,7 +262,7 @@ TEST_F(MessageCatalog, SetLocaleWithoutMemory_LocaleIsSetAndTheCatalogFails) {
 
 TEST_F(MessageCatalog, OpenedAgainElsewhere_ReplacesTheBundle) {
   open(kCatalogs + "/without_table");
-  EXPECT_TRUE(lookup_fails("greeting", kTableText));
+  EXPECT_EQ(thrown_by_lookup("greeting"), missing_resource(kTableText));
   open(kCatalogs + "/whole");
   EXPECT_EQ(string_of("greeting"), "Hello %s%Name%");
   EXPECT_EQ(_qz_LOG_log_message::get_resource_path(), kCatalogs + "/whole");
@@ -269,11 +270,11 @@ TEST_F(MessageCatalog, OpenedAgainElsewhere_ReplacesTheBundle) {
 
 TEST_F(MessageCatalog, GoodAfterBadAndBadAfterGood_TheLastCounts) {
   const std::string bad = settings_.folder().path("nothing");
-  EXPECT_TRUE(open_fails(bad, locate_text(bad)));
+  EXPECT_EQ(thrown_by_open(bad), missing_resource(locate_text(bad)));
   open(kCatalogs + "/whole");
   EXPECT_EQ(string_of("greeting"), "Hello %s%Name%");
-  EXPECT_TRUE(open_fails(bad, locate_text(bad)));
-  EXPECT_TRUE(lookup_fails("greeting", kTableText));
+  EXPECT_EQ(thrown_by_open(bad), missing_resource(locate_text(bad)));
+  EXPECT_EQ(thrown_by_lookup("greeting"), missing_resource(kTableText));
   _qz_LOG_log_message::set_resource_path(nullptr);
   EXPECT_FALSE(_qz_LOG_log_message::is_catalog_open());
 }

@@ -37,7 +37,7 @@ class RenderFormats : public testing::Test {
   template <typename Exception>
   void expect_throws(const std::string& message_template, const std::string& text) {
     for (const auto& path : kPaths) {
-      EXPECT_TRUE(ThrowsExactly<Exception>([&] { (rendering_.*path.render)(message_template); }, text.c_str()))
+      EXPECT_EQ(thrown_by([&] { (rendering_.*path.render)(message_template); }), thrown<Exception>(text))
           << path.name << ": " << message_template;
     }
   }
@@ -114,8 +114,8 @@ TEST_F(RenderFormats, WideFormatCharacterWhoseLowByteIsAFormat_Counts) {
   rendering_.entry().add_attrib_4u("TypeUInt4", 5);
   // U+0164 and U+0173 end in the bytes of "d" and "s".
   EXPECT_EQ(rendering_.icu("%\u0164%TypeUInt4%"), "5");
-  EXPECT_TRUE(ThrowsExactly<QZX_logging_invalid_message_string>([&] { rendering_.icu("%\u0173%TypeUInt4%"); },
-                                                                invalid_format("TypeUInt4").c_str()));
+  EXPECT_EQ(thrown_by([&] { rendering_.icu("%\u0173%TypeUInt4%"); }),
+            thrown<QZX_logging_invalid_message_string>(invalid_format("TypeUInt4").c_str()));
 }
 
 TEST_F(RenderFormats, DroppedReferenceOfAnUnknownName_StillThrows) {
@@ -229,12 +229,12 @@ TEST_F(RenderFormats, StandardNamesThatAreDefined_ReadButTypedAsStandard) {
     return std::string(narrow.c_str());
   };
   EXPECT_EQ(render("%s%PRODUCT_ID%"), "product");
-  EXPECT_TRUE(ThrowsExactly<QZX_logging_invalid_message_string>([&] { render("%d%VERSION_ID%"); },
-                                                                invalid_format("VERSION_ID").c_str()));
-  EXPECT_TRUE(ThrowsExactly<QZX_logging_attribute_type_mismatch>([&] { render("%s%VERSION_ID%"); },
-                                                                 "Use the wrong get method under Entry ID 50 !"));
-  EXPECT_TRUE(ThrowsExactly<QZX_logging_invalid_message_string>([&] { render("%s%TIMESTAMP%"); },
-                                                                invalid_format("TIMESTAMP").c_str()));
+  EXPECT_EQ(thrown_by([&] { render("%d%VERSION_ID%"); }),
+            thrown<QZX_logging_invalid_message_string>(invalid_format("VERSION_ID").c_str()));
+  EXPECT_EQ(thrown_by([&] { render("%s%VERSION_ID%"); }),
+            thrown<QZX_logging_attribute_type_mismatch>("Use the wrong get method under Entry ID 50 !"));
+  EXPECT_EQ(thrown_by([&] { render("%s%TIMESTAMP%"); }),
+            thrown<QZX_logging_invalid_message_string>(invalid_format("TIMESTAMP").c_str()));
 }
 
 TEST_F(RenderFormats, TimestampWithTextOrNumberFormat_InvalidFormatText) {
@@ -321,7 +321,7 @@ TEST_F(RenderFormats, ReferenceLeftOpen_TextRenderedAgain) {
 
 TEST_F(RenderFormats, LonePercentAtTheEnd_ReportedThroughIcuAndOutOfBoundsNarrow) {
   expect_assertions(1, [&] { EXPECT_EQ(rendering_.icu("full %"), "full full %"); });
-  EXPECT_TRUE(ThrowsExactly<QZX_index_out_of_bounds>([&] { rendering_.narrow("full %"); }, nullptr));
+  EXPECT_EQ(thrown_by([&] { rendering_.narrow("full %"); }), thrown<QZX_index_out_of_bounds>(nullptr));
 }
 
 TEST_F(RenderFormats, FormatWithoutArgumentTwice_ReportedEachTimeItIsRendered) {
@@ -340,10 +340,11 @@ TEST_F(RenderFormats, FormatWithoutArgument_UsesNoArgumentNumber) {
 
 TEST_F(RenderFormats, NameTooLongForItsConversion_InternalErrorThroughIcuOnly) {
   rendering_.definition().add_attr_info("漢字化", TypeUInt4, false, nullptr);
-  EXPECT_TRUE(ThrowsExactly<QZX_logging_internal_error>(
-      [&] { rendering_.icu("%d%漢字化%"); },
-      "<QZX_logging_internal_error>_qz_LOG_log_message::_tokenize_string:  UnicodeConverter::fromUnicodeString() "
-      "failed!"));
+  EXPECT_EQ(
+      thrown_by([&] { rendering_.icu("%d%漢字化%"); }),
+      thrown<QZX_logging_internal_error>(
+          "<QZX_logging_internal_error>_qz_LOG_log_message::_tokenize_string:  UnicodeConverter::fromUnicodeString() "
+          "failed!"));
   EXPECT_EQ(rendering_.narrow("a%x%漢字化%b"), "ab");
 }
 

@@ -29,7 +29,7 @@ class RenderIcu : public testing::Test {
         << message_template << " in " << locale;
   }
   void expect_pattern_failure(const std::string& message_template) {
-    EXPECT_TRUE(ThrowsExactly<QZX_logging_internal_error>([&] { rendering_.icu(message_template); }, kPatternText))
+    EXPECT_EQ(thrown_by([&] { rendering_.icu(message_template); }), thrown<QZX_logging_internal_error>(kPatternText))
         << message_template;
   }
 
@@ -226,26 +226,27 @@ TEST_F(RenderIcu, TenReferencesAndDroppedOnes_Rendered) {
 
 TEST_F(RenderIcu, BadReferenceBehindTheLimit_WinsOverIt) {
   const std::string prefix = "<QZX_logging_invalid_message_string> _qz_LOG_log_message::get_message:  ";
-  EXPECT_TRUE(ThrowsExactly<QZX_logging_invalid_message_string>(
-      [&] { rendering_.icu(references(11) + "%d%Missing%"); },
-      (prefix + "unable to find attribute value for \"Missing\"!").c_str()));
-  EXPECT_TRUE(ThrowsExactly<QZX_logging_invalid_message_string>(
-      [&] { rendering_.icu(references(11) + "%d%TypeFloat%"); },
-      (prefix + "invalid format specifier for attribute \"TypeFloat\"!").c_str()));
+  EXPECT_EQ(
+      thrown_by([&] { rendering_.icu(references(11) + "%d%Missing%"); }),
+      thrown<QZX_logging_invalid_message_string>((prefix + "unable to find attribute value for \"Missing\"!").c_str()));
+  EXPECT_EQ(thrown_by([&] { rendering_.icu(references(11) + "%d%TypeFloat%"); }),
+            thrown<QZX_logging_invalid_message_string>(
+                (prefix + "invalid format specifier for attribute \"TypeFloat\"!").c_str()));
 }
 
 TEST_F(RenderIcu, BadReferenceInABadPattern_WinsOverIt) {
-  EXPECT_TRUE(ThrowsExactly<QZX_logging_invalid_message_string>(
-      [&] { rendering_.icu("{ %d%Missing%"); },
-      "<QZX_logging_invalid_message_string> _qz_LOG_log_message::get_message:  unable to find attribute value for "
-      "\"Missing\"!"));
+  EXPECT_EQ(
+      thrown_by([&] { rendering_.icu("{ %d%Missing%"); }),
+      thrown<QZX_logging_invalid_message_string>(
+          "<QZX_logging_invalid_message_string> _qz_LOG_log_message::get_message:  unable to find attribute value for "
+          "\"Missing\"!"));
 }
 
 TEST_F(RenderIcu, UnsetValueInMode1AndBadPattern_TheReadWins) {
   _qz_LOG_log_entry_imp::global_operation_mode = 1;
-  EXPECT_TRUE(ThrowsExactly<QZX_logging_attribute_not_found>(
-      [&] { rendering_.icu("{ " + references(12)); },
-      "<QZX_logging_attribute_not_found> Attribute TypeUInt4 cannot be located."));
+  EXPECT_EQ(thrown_by([&] { rendering_.icu("{ " + references(12)); }),
+            thrown<QZX_logging_attribute_not_found>(
+                "<QZX_logging_attribute_not_found> Attribute TypeUInt4 cannot be located."));
 }
 
 // ---- Times ----

@@ -212,10 +212,10 @@ TEST_F(RenderLocale, SameTemplateForADefinitionWithOtherTypes_ItsOwnTypes) {
   const char* const text =
       "<QZX_logging_invalid_message_string> _qz_LOG_log_message::get_message:  invalid format specifier for attribute "
       "\"TypeUInt4\"!";
-  EXPECT_TRUE(ThrowsExactly<QZX_logging_invalid_message_string>(
-      [&] { _qz_LOG_log_message::get_message(entry_, &other, false, 0); }, text));
-  EXPECT_TRUE(ThrowsExactly<QZX_logging_invalid_message_string>(
-      [&] { _qz_LOG_log_message::get_qzString_message(entry_, &other, false, 0); }, text));
+  EXPECT_EQ(thrown_by([&] { _qz_LOG_log_message::get_message(entry_, &other, false, 0); }),
+            thrown<QZX_logging_invalid_message_string>(text));
+  EXPECT_EQ(thrown_by([&] { _qz_LOG_log_message::get_qzString_message(entry_, &other, false, 0); }),
+            thrown<QZX_logging_invalid_message_string>(text));
   EXPECT_EQ(rendering_.icu("%d%TypeUInt4%"), "42");
 }
 
@@ -224,8 +224,8 @@ TEST_F(RenderLocale, RenderingThatFailedHalfway_NextOneComplete) {
   entry_.remove_attrib("TypeChar32");
   _qz_LOG_log_entry_imp::global_operation_mode = 1;
   const char* const not_found = "<QZX_logging_attribute_not_found> Attribute TypeChar32 cannot be located.";
-  EXPECT_TRUE(ThrowsExactly<QZX_logging_attribute_not_found>([&] { rendering_.icu(text); }, not_found));
-  EXPECT_TRUE(ThrowsExactly<QZX_logging_attribute_not_found>([&] { rendering_.narrow(text); }, not_found));
+  EXPECT_EQ(thrown_by([&] { rendering_.icu(text); }), thrown<QZX_logging_attribute_not_found>(not_found));
+  EXPECT_EQ(thrown_by([&] { rendering_.narrow(text); }), thrown<QZX_logging_attribute_not_found>(not_found));
   entry_.add_attrib_str("TypeChar32", "back", true);
   entry_.add_attrib_4u("TypeUInt4", 1);
   EXPECT_EQ(rendering_.icu(text), "1 back");
@@ -344,7 +344,6 @@ class RandomMessage {
 
 TEST_F(RenderLocale, RandomTemplatesValuesAndLocales_AsTheOracles) {
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   const char* const locales[] = {"en_US", "de_DE", "fr_FR", "ar_SA", "ar_EG", "ja_JP", "hi_IN", "pl_PL"};
   const char* const zones[] = {"UTC", "Asia/Kathmandu", "America/St_Johns"};
   RandomMessage message(random, entry_);

@@ -45,10 +45,11 @@ class MessageTemplate : public testing::Test {
   static void expect_throws(const _qz_LOG_log_entry_imp& entry, bool use_default, unsigned selector_index,
                             const char* text) {
     const auto* const definition = entry.get_definition();
-    EXPECT_TRUE(ThrowsExactly<Exception>(
-        [&] { _qz_LOG_log_message::get_qzString_message(entry, definition, use_default, selector_index); }, text));
-    EXPECT_TRUE(ThrowsExactly<Exception>(
-        [&] { _qz_LOG_log_message::get_message(entry, definition, use_default, selector_index); }, text));
+    EXPECT_EQ(
+        thrown_by([&] { _qz_LOG_log_message::get_qzString_message(entry, definition, use_default, selector_index); }),
+        thrown<Exception>(text));
+    EXPECT_EQ(thrown_by([&] { _qz_LOG_log_message::get_message(entry, definition, use_default, selector_index); }),
+              thrown<Exception>(text));
   }
 
   RenderingSettings settings_;
@@ -211,9 +212,8 @@ TEST_F(TemplateOfDefinition, NoMessageIdAndACatalog_NoDefaultMessageText) {
   definition_.add_selector_message(1, 11, nullptr, "text");
   qz_LOG_LogConfig::SetMessageCatalogPath(QZLOG_TEST_CATALOGS "/whole");
   for (const unsigned index : {0U, 1U}) {
-    EXPECT_TRUE(ThrowsExactly<QZX_logging_invalid_definition>(
-        [&] { _qz_LOG_log_message::_get_message_string(*entry_, &definition_, false, index); },
-        "<QZX_logging_invalid_definition>  no default message"));
+    EXPECT_EQ(thrown_by([&] { _qz_LOG_log_message::_get_message_string(*entry_, &definition_, false, index); }),
+              thrown<QZX_logging_invalid_definition>("<QZX_logging_invalid_definition>  no default message"));
   }
   EXPECT_STREQ(_qz_LOG_log_message::_get_message_qzString(*entry_, &definition_, true, 0).c_str(), "default");
 }
@@ -268,8 +268,9 @@ TEST_F(TemplateOfCatalog, NarrowPath_TextsOfTheDefinition) {
 }
 
 TEST_F(TemplateOfCatalog, IdMissingFromTheCatalog_RetrieveText) {
-  EXPECT_TRUE(ThrowsExactly<QZX_logging_missing_resource>(
-      [&] { icu(false, 2); }, "<QZX_logging_missing_resource> Unable to retrieve the string from the string table."));
+  EXPECT_EQ(thrown_by([&] { icu(false, 2); }),
+            thrown<QZX_logging_missing_resource>(
+                "<QZX_logging_missing_resource> Unable to retrieve the string from the string table."));
 }
 
 TEST_F(TemplateOfCatalog, CatalogClosed_TextsOfTheDefinitionAgain) {
@@ -281,7 +282,7 @@ TEST_F(TemplateOfCatalog, CatalogClosed_TextsOfTheDefinitionAgain) {
 }
 
 TEST_F(TemplateOfCatalog, BadIndex_ThrowsTheIndexText) {
-  EXPECT_TRUE(ThrowsExactly<QZX_logging_invalid_message_string>([&] { icu(false, 9); }, kIndexText));
+  EXPECT_EQ(thrown_by([&] { icu(false, 9); }), thrown<QZX_logging_invalid_message_string>(kIndexText));
 }
 
 TEST_F(TemplateOfCatalog, SetLocale_MessagesOfThatLanguage) {

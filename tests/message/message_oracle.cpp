@@ -13,120 +13,6 @@
 #include "tests/message/message_fixture.h"
 
 namespace qz_test {
-
-PlainToken text_token(const std::string& text) { return {0, text}; }
-PlainToken format_token(char format) { return {1, std::string(1, format)}; }
-PlainToken name_token(const std::string& name) { return {2, name}; }
-
-std::ostream& operator<<(std::ostream& stream, const PlainToken& token) {
-  return stream << "{" << token.type << " " << testing::PrintToString(token.text) << "}";
-}
-
-namespace {
-
-std::string utf8(const std::u16string& text) {
-  return to_utf8(icu::UnicodeString(text.data(), static_cast<int>(text.size())));
-}
-
-/// A token as it is cut, its text in UTF-16 (a format: one unit).
-struct WideToken {
-  int type;
-  std::u16string text;
-};
-struct WideResult {
-  std::vector<WideToken> tokens;
-  TokensEnd end = TokensEnd::kDone;
-};
-
-WideResult cut_wide(const std::u16string& text) {
-  WideResult result;
-  std::vector<WideToken>& tokens = result.tokens;
-  std::size_t start = 0;
-  std::size_t pos = 0;
-  int state = 0;
-  while (pos < text.size()) {
-    std::size_t p = pos;
-    while (p < text.size() && text[p] != u'%') ++p;
-    if (p == text.size()) break;
-    const char16_t next = p + 1 < text.size() ? text[p + 1] : char16_t{0xFFFF};
-    if (next == u'%') {
-      tokens.push_back({0, u"%"});
-      start = pos = p + 2;
-    } else if (state == 0) {
-      if (p != start) tokens.push_back({0, text.substr(start, p - start)});
-      tokens.push_back({1, std::u16string(1, static_cast<char16_t>(next & 0xFF))});
-      state = 1;
-      pos = p + 1;
-    } else if (state == 1) {
-      state = 2;
-      start = pos = p + 1;
-    } else {
-      state = 0;
-      if (p != start) {
-        const std::u16string name = text.substr(start, p - start);
-        if (utf8(name).size() > 2 * (p - start + 1)) {
-          result.end = TokensEnd::kNameTooLong;
-          return result;
-        }
-        tokens.push_back({2, name});
-      }
-      start = pos = p + 1;
-    }
-  }
-  if (pos != start) tokens.push_back({0, text.substr(start, pos - start)});
-  return result;
-}
-
-PlainToken plain(const WideToken& token) {
-  if (token.type == 1) return format_token(static_cast<char>(token.text[0]));
-  return token.type == 0 ? text_token(utf8(token.text)) : name_token(utf8(token.text).c_str());
-}
-
-}  // namespace
-
-PlainResult oracle_wide_tokens(const std::u16string& text) {
-  const WideResult cut = cut_wide(text);
-  PlainResult result;
-  result.end = cut.end;
-  for (const WideToken& token : cut.tokens) result.tokens.push_back(plain(token));
-  return result;
-}
-
-PlainResult oracle_narrow_tokens(const std::string& text) {
-  PlainResult result;
-  PlainTokens& tokens = result.tokens;
-  std::size_t start = 0;
-  std::size_t pos = 0;
-  int state = 0;
-  while (pos < text.size()) {
-    const std::size_t p = pos;
-    if (text[p] != '%') {
-      pos = p + 1;
-    } else if (p + 1 != text.size() && text[p + 1] == '%') {
-      tokens.push_back(text_token(std::string(37, '\0')));
-      start = pos = p + 2;
-    } else if (state == 0) {
-      if (p != start) tokens.push_back(text_token(text.substr(start, p - start).c_str()));
-      if (p + 1 == text.size()) {
-        result.end = TokensEnd::kIndexOutOfBounds;
-        return result;
-      }
-      tokens.push_back(format_token(text[p + 1]));
-      state = 1;
-      pos = p + 1;
-    } else if (state == 1) {
-      state = 2;
-      start = pos = p + 1;
-    } else {
-      state = 0;
-      if (p != start) tokens.push_back(name_token(text.substr(start, p - start).c_str()));
-      start = pos = p + 1;
-    }
-  }
-  if (start != text.size()) tokens.push_back(text_token(text.substr(start).c_str()));
-  return result;
-}
-
 namespace {
 
 /// The type of an attribute that is named after its type.
@@ -179,18 +65,18 @@ const std::map<char, std::string> kPatternPieces = {
 OracleMessage oracle_result(const icu::UnicodeString& message_template, const _qz_LOG_log_entry_imp& entry,
                             const icu::Locale& locale) {
   const std::vector<WideToken> tokens =
-      cut_wide(std::u16string(message_template.getBuffer(), static_cast<std::size_t>(message_template.length())))
+      oracle_wide_cut(std::u16string(message_template.getBuffer(), static_cast<std::size_t>(message_template.length())))
           .tokens;
   icu::UnicodeString pattern;
   std::vector<icu::Formattable> arguments;
   std::size_t formats = 0;
   for (std::size_t i = 0; i < tokens.size(); ++i) {
     const std::u16string& text = tokens[i].text;
-    if (tokens[i].type == 0) pattern.append(text.data(), static_cast<int>(text.size()));
-    if (tokens[i].type != 1) continue;
+    if (tokens[i].type == kTextToken) pattern.append(text.data(), static_cast<int>(text.size()));
+    if (tokens[i].type != kFormatToken) continue;
     ++formats;
     const auto piece = kPatternPieces.find(static_cast<char>(text[0]));
-    if (piece == kPatternPieces.end() || i + 1 == tokens.size() || tokens[i + 1].type != 2) continue;
+    if (piece == kPatternPieces.end() || i + 1 == tokens.size() || tokens[i + 1].type != kNameToken) continue;
     pattern += from_utf8("{" + std::to_string(arguments.size()) + piece->second + "}");
     arguments.push_back(argument_value(entry, plain(tokens[i + 1]).text));
   }

@@ -8,34 +8,11 @@
 #include <vector>
 
 #include "entry/logentry_i.h"
+#include "tests/support/template_tokens.h"
 
 namespace qz_test {
 
-/// The grammar of templates and the rules of rendering through ICU once more, written down slowly: character by
-/// character, without sharing anything with the library.
-
-/// A token in a form that can be compared and printed: its type code and its text in UTF-8 (a format: one byte).
-struct PlainToken {
-  int type;
-  std::string text;
-  bool operator==(const PlainToken& other) const { return type == other.type && text == other.text; }
-};
-using PlainTokens = std::vector<PlainToken>;
-
-PlainToken text_token(const std::string& text);
-PlainToken format_token(char format);
-PlainToken name_token(const std::string& name);
-std::ostream& operator<<(std::ostream& stream, const PlainToken& token);
-
-/// How cutting a template ended.
-enum class TokensEnd { kDone, kIndexOutOfBounds, kNameTooLong };
-struct PlainResult {
-  PlainTokens tokens;
-  TokensEnd end = TokensEnd::kDone;
-};
-
-PlainResult oracle_wide_tokens(const std::u16string& text);
-PlainResult oracle_narrow_tokens(const std::string& text);
+/// The rules of rendering through ICU once more, written down slowly, without sharing anything with the library.
 
 /// How rendering ended: ICU, or the limit of ten references, refuses the pattern; or ICU cannot format the values.
 enum class OracleEnd { kMessage, kPatternRefused, kCannotFormat };

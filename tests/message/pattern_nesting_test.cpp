@@ -9,6 +9,8 @@
 #include "tests/support/rounds.h"
 #include "tests/support/seeded_random.h"
 
+using namespace qzlog;
+
 namespace qz_test {
 namespace {
 
@@ -160,7 +162,6 @@ class RandomPattern {
 
 TEST(PatternNesting, RandomPatterns_AsIcuParsesThem) {
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   RandomPattern patterns(random);
   int taken = 0;
   int deep = 0;
@@ -196,7 +197,6 @@ TEST(PatternNesting, RandomUnits_NeverLessThanIcuParses) {
                                                 u"offset:1",   u"<",
                                                 u"\u2264",     u"''"};
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   for (int i = 0; i < rounds(80'000); ++i) {
     icu::UnicodeString pattern;
     for (auto length = random.between(1, 24); length > 0; --length) {

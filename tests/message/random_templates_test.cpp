@@ -11,6 +11,8 @@
 #include "tests/message/readable_messages.h"
 #include "tests/support/rounds.h"
 
+using namespace qzlog;
+
 namespace qz_test {
 namespace {
 
@@ -136,7 +138,6 @@ std::string encoded(const icu::UnicodeString& text, const char* code_page) {
 
 TEST_F(IcuTemplates, RandomTemplatesValuesLocalesAndCodePages_AsTheOracle) {
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   RandomTemplates drawn(random, entry_);
   int ends[3] = {};
   for (int i = 0; i < rounds(2500) && !testing::Test::HasFailure(); ++i) {
@@ -163,7 +164,6 @@ class CallersForms {
   /// Draws templates; `check(entry, message by the oracle)` for those that give a message.
   template <typename Check>
   void draw(int count, Check check) {
-    SCOPED_TRACE(random_.trace());
     auto* const definition = qz_LOG_LogConfig::GetDefinitionTable()->find_entry(MessageRendering::kEntryId);
     for (int i = 0; i < rounds(count) && !testing::Test::HasFailure(); ++i) {
       const icu::UnicodeString text = drawn_.text();

@@ -102,7 +102,7 @@ TEST_F(FormatMessage, WithAnUnknownCodePage_ThrowsUntilItIsAGoodOne) {
   const auto entry = messages_.entry("a");
   qz_LOG_LogConfig::SetCodePage("no such page");
   for (int i = 0; i < 2; ++i) {
-    EXPECT_TRUE(ThrowsExactly<QZX_logging_internal_error>([&] { entry->format_message(false, 0); }, kConversionText));
+    EXPECT_EQ(thrown_by([&] { entry->format_message(false, 0); }), thrown<QZX_logging_internal_error>(kConversionText));
   }
   qz_LOG_LogConfig::SetICUEnabled(false);
   EXPECT_EQ(entry->format_message(false, 0), "Disk a");
@@ -135,13 +135,13 @@ TEST(ReadableMessageConverter, UnknownCodePage_ConverterTextThenConversionTexts)
     qz_LOG_LogConfig::SetCodePage("no such page");
     const DebugLogFile log(1);
     const auto render = [&] { buffer_form(*entry); };
-    EXPECT_TRUE(ThrowsExactly<QZX_logging_internal_error>(render, kConverterText));
+    EXPECT_EQ(thrown_by(render), thrown<QZX_logging_internal_error>(kConverterText));
     EXPECT_EQ(log.records(), Texts({"logentry_i:2086 _qz_LOG_log_entry_imp::get_readable_message, UnicodeConverter "
                                     "construct error, codepage=no such page\n"}));
     log.clear();
     for (const char* page : {"no such page", "UTF-8", ""}) {
       qz_LOG_LogConfig::SetCodePage(page);
-      EXPECT_TRUE(ThrowsExactly<QZX_logging_internal_error>(render, kConversionText)) << page;
+      EXPECT_EQ(thrown_by(render), thrown<QZX_logging_internal_error>(kConversionText)) << page;
       EXPECT_EQ(log.records(), Texts({kConversionRecord})) << page;
       log.clear();
     }
@@ -156,10 +156,10 @@ TEST(ReadableMessageConverter, UnknownCodePageInTheShortForm_SameText) {
     const ReadableMessages messages;
     const auto entry = messages.entry("a");
     qz_LOG_LogConfig::SetCodePage("no such page");
-    EXPECT_TRUE(
-        ThrowsExactly<QZX_logging_internal_error>([&] { entry->get_readable_message(false, 0); }, kConverterText));
-    EXPECT_TRUE(
-        ThrowsExactly<QZX_logging_internal_error>([&] { entry->get_readable_message(false, 0); }, kConversionText));
+    EXPECT_EQ(thrown_by([&] { entry->get_readable_message(false, 0); }),
+              thrown<QZX_logging_internal_error>(kConverterText));
+    EXPECT_EQ(thrown_by([&] { entry->get_readable_message(false, 0); }),
+              thrown<QZX_logging_internal_error>(kConversionText));
   });
 }
 
@@ -232,8 +232,8 @@ TEST(ReadableMessageConverter, StatefulCodePage_EveryMessageFromTheInitialState)
     for (int i = 0; i < 3; ++i) {
       EXPECT_EQ(buffer_form(*entry), "\x1B$B4A\x1B(B");
       char small[5];
-      EXPECT_TRUE(ThrowsExactly<QZX_logging_internal_error>([&] { entry->get_readable_message(small, 4, false, 0); },
-                                                            kConversionText));
+      EXPECT_EQ(thrown_by([&] { entry->get_readable_message(small, 4, false, 0); }),
+                thrown<QZX_logging_internal_error>(kConversionText));
     }
   });
 }

@@ -6,6 +6,8 @@
 #include <stdexcept>
 #include <string>
 
+using namespace qzlog;
+
 namespace qz_test {
 namespace {
 

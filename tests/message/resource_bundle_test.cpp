@@ -16,7 +16,7 @@
 namespace qz_test {
 namespace {
 
-using qzlog_bundle::MessageBundle;
+using qzlog::MessageBundle;
 
 /// A source's text between quotes: of any length, in characters of one and two units.
 std::string text_of(std::size_t length, const std::string& character) {

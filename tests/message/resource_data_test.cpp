@@ -13,7 +13,7 @@
 namespace qz_test {
 namespace {
 
-using namespace qzlog_bundle;
+using namespace qzlog;
 
 constexpr const char* kSource =
     "STRING_TABLE { \"disk.full\" { \"Platte voll: %d%Count%\" } empty { \"\" } "

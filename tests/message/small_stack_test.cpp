@@ -11,6 +11,8 @@
 #include "tests/message/icu_templates.h"
 #include "tests/support/small_stack.h"
 
+using namespace qzlog;
+
 namespace qz_test {
 namespace {
 
@@ -49,7 +51,7 @@ class SmallStack : public IcuTemplates {
     return result;
   }
   void expect_refused(const std::string& text) {
-    EXPECT_TRUE(ThrowsExactly<QZX_logging_internal_error>([&] { rendered(text); }, kPatternText))
+    EXPECT_EQ(thrown_by([&] { rendered(text); }), thrown<QZX_logging_internal_error>(kPatternText))
         << text.substr(0, 100) << " of " << text.size() << " bytes";
   }
 };

@@ -9,6 +9,8 @@
 #include "tests/message/message_fixture.h"
 #include "tests/support/support.h"
 
+using namespace qzlog;
+
 namespace qz_test {
 namespace {
 
@@ -136,7 +138,6 @@ TEST(ValidUtf8, AtEveryPlaceOfALongerText_AsByItself) {
 
 TEST(ValidUtf8, RandomLongerTexts_AsIcuDecodesAndEncodes) {
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   const char* const pieces[] = {"a",      "bcdefgh", "ijklmnop", "é", "ß",         "漢",
                                 "\uFFFD", "\uD7FF",  "\uE000",   "😀", "\U0010FFFF"};
   int valid = 0;
@@ -232,7 +233,6 @@ TEST(AppendUtf8, BogusText_NothingAppended) {
 
 TEST(AppendUtf8, RandomTexts_WholeOrNothing) {
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   const UChar units[] = {u'a',          u'\u00E9',     u'\u6F22',     UChar{0xD83D},
                          UChar{0xDE00}, UChar{0xD800}, UChar{0xDFFF}, u'\uFFFF'};
   for (int i = 0; i < 50000 && !testing::Test::HasFatalFailure(); ++i) {

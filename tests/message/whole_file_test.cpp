@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -14,19 +13,20 @@
 
 #include "tests/support/call_failure.h"
 #include "tests/support/child_process.h"
+#include "tests/support/resource_limit.h"
 #include "tests/support/support.h"
 
 namespace qz_test {
 namespace {
 
-using qzlog_bundle::read_whole_file;
-using State = qzlog_bundle::WholeFile::State;
+using qzlog::read_whole_file;
+using State = qzlog::WholeFile::State;
 
 TEST(WholeFile, RegularFile_ItsBytes) {
   const TempDir folder;
   for (const std::size_t size : std::initializer_list<std::size_t>{0, 1, 4096, 300000}) {
     const std::string bytes(size, '\xAB');
-    const qzlog_bundle::WholeFile file = read_whole_file(folder.write("file", bytes));
+    const qzlog::WholeFile file = read_whole_file(folder.write("file", bytes));
     EXPECT_EQ(file.state, State::kRead);
     EXPECT_EQ(file.bytes, bytes);
   }
@@ -53,13 +53,11 @@ TEST(WholeFile, LargerThanABundleMayBe_Failed) {
 TEST(WholeFile, NoDescriptorLeft_Failed) {
   const TempDir folder;
   const std::string path = folder.write("file", "bytes");
-  rlimit before = {};
-  ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &before), 0);
-  const rlimit none = {0, before.rlim_max};
-  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
-  const qzlog_bundle::WholeFile file = read_whole_file(path);
-  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &before), 0);
-  EXPECT_EQ(file.state, State::kFailed);
+  const auto state = [&] {
+    const ResourceLimit none(RLIMIT_NOFILE, 0);
+    return read_whole_file(path).state;
+  }();
+  EXPECT_EQ(state, State::kFailed);
 }
 
 TEST(WholeFile, NotOpenedForAReasonThatSaysNothingOfTheFile_Failed) {
@@ -118,7 +116,7 @@ TEST(WholeFile, LeasedToAnotherProcess_WaitedFor) {
     other.wait();
     GTEST_SKIP() << "this file system has no leases";
   }
-  const qzlog_bundle::WholeFile file = read_whole_file(path);
+  const qzlog::WholeFile file = read_whole_file(path);
   EXPECT_EQ(file.state, State::kRead);
   EXPECT_EQ(file.bytes, "bytes");
   EXPECT_EQ(other.wait(), 0);

@@ -1,7 +1,6 @@
 #include "tests/processes/logging.h"
 
 #include <cstdio>
-#include <random>
 
 #include "qzlog.h"
 #include "tests/support/ldf_file.h"
@@ -74,10 +73,10 @@ bool Logging::is_right(unsigned id) const {
 }
 
 int Logging::wrong_entries(unsigned seed, int count) const {
-  std::minstd_rand random(seed);
+  RandomNumbers random(random_.seed() + seed);
   int wrong = 0;
   for (int i = 0; i < count; ++i) {
-    const unsigned id = 1 + static_cast<unsigned>(random()) % kIds;
+    const unsigned id = 1 + static_cast<unsigned>(random.below(kIds));
     try {
       wrong += is_right(id) ? 0 : 1;
     } catch (const QZX_logging_all& error) {

@@ -8,6 +8,7 @@
 #include <thread>
 #include <vector>
 
+#include "tests/support/seeded_random.h"
 #include "tests/support/temp_dir.h"
 
 namespace qz_test {
@@ -40,6 +41,7 @@ class Logging {
 
   const Path path_;
   const TempDir folder_;
+  const SeededRandom random_;
 };
 
 /// Threads that log until they are stopped. A process may end without that.

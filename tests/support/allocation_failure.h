@@ -3,7 +3,9 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/support/throws_exactly.h"
+#include <string>
+
+#include "tests/support/thrown_by.h"
 
 namespace qz_test {
 
@@ -30,7 +32,7 @@ unsigned FailEveryAllocation(Operation&& operation, Check&& check) {
   constexpr unsigned kTooMany = 100000;
   for (unsigned nth = 1; nth < kTooMany; ++nth) {
     bool happened = false;
-    const testing::AssertionResult thrown = ThrowsMemoryAlloc([&] {
+    const std::string thrown = thrown_by([&] {
       const AllocationFailure failure(nth);
       struct Note {
         ~Note() { happened = failure.happened(); }
@@ -40,7 +42,7 @@ unsigned FailEveryAllocation(Operation&& operation, Check&& check) {
       operation();
     });
     if (!happened) return nth - 1;
-    EXPECT_TRUE(thrown) << "at allocation " << nth;
+    EXPECT_EQ(thrown, kNoMemory) << "at allocation " << nth;
     check();
   }
   ADD_FAILURE() << "the operation never stops allocating";

@@ -62,17 +62,11 @@ std::optional<RecordPrefix> parse_record_prefix(const std::string& text, std::si
   return prefix;
 }
 
-DebugLogFile::DebugLogFile(int level)
-    : previous_directory_(std::filesystem::current_path()), previous_level_(GetDebugLogLevel()) {
-  std::filesystem::current_path(folder_.path());
+DebugLogFile::DebugLogFile(int level) : working_folder_(folder_.path()), previous_level_(GetDebugLogLevel()) {
   EnableDebugLog(level);
 }
 
-DebugLogFile::~DebugLogFile() {
-  EnableDebugLog(static_cast<int>(previous_level_));
-  std::error_code ignored;
-  std::filesystem::current_path(previous_directory_, ignored);
-}
+DebugLogFile::~DebugLogFile() { EnableDebugLog(static_cast<int>(previous_level_)); }
 
 Texts DebugLogFile::records() const {
   const std::string all = text();

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "tests/support/temp_dir.h"
+#include "tests/support/working_folder.h"
 
 namespace qz_test {
 
@@ -46,7 +47,7 @@ class DebugLogFile {
 
  private:
   TempDir folder_;
-  std::filesystem::path previous_directory_;
+  WorkingFolder working_folder_;
   unsigned previous_level_;
 };
 

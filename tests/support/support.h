@@ -10,21 +10,23 @@
 ///   EXPECT_EQ(log.records(), Texts({"logcfg:12 text\n"}));         date, process and thread checked and cut off
 ///   EXPECT_EQ(log.unnumbered_records(), Texts({"logcfg:# text\n"}));
 ///
-///   EXPECT_TRUE(ThrowsExactly<QZX_logging_misc>([&] { entry.use(); }, "text"));      nullptr: a null message
-///   EXPECT_TRUE(ThrowsMemoryAlloc([&] { ... }));
+///   EXPECT_EQ(thrown_by([&] { entry.use(); }), thrown<QZX_logging_misc>("text"));      nullptr: a null message
+///   EXPECT_EQ(thrown_by([&] { ... }), kNoMemory);
 ///
 ///   { AllocationFailure failure(3); use(); }         this thread's third allocation (new or strdup) fails
 ///   EXPECT_GT(FailEveryAllocation([&] { use(); }, [&] { check_that_nothing_changed(); }), 0U);
 ///
 ///   SetEnv variable("NAME", "value"); UnsetEnv("NAME"); TimeZone zone("Asia/Kathmandu"); CLocale locale("C.UTF-8");
 ///
-///   SeededRandom random; SCOPED_TRACE(random.trace());             QZLOG_TEST_SEED=n repeats a failed run
+///   WorkingFolder inside(folder.path());
+///
+///   SeededRandom random; random.between(1, 6);       the same in every run; failures say the seed
 #include "tests/support/allocation_failure.h"
 #include "tests/support/debug_log_file.h"
 #include "tests/support/rounds.h"
 #include "tests/support/scoped_environment.h"
 #include "tests/support/seeded_random.h"
 #include "tests/support/temp_dir.h"
-#include "tests/support/throws_exactly.h"
+#include "tests/support/thrown_by.h"
 
 #endif  // QZLOG_TESTS_SUPPORT_SUPPORT_H

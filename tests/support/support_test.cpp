@@ -1,36 +1,44 @@
 #include "tests/support/support.h"
 
+#include <fcntl.h>
+#include <gtest/gtest-spi.h>
 #include <gtest/gtest.h>
+#include <signal.h>
 #include <stdlib.h>
 #include <string.h>
 #include <time.h>
+#include <unistd.h>
 
+#include <cerrno>
 #include <filesystem>
 #include <new>
+#include <set>
 #include <stdexcept>
 #include <string>
 
 #include "qzlog/debug_log.h"
+#include "tests/support/resource_limit.h"
+#include "tests/support/signal_action.h"
+#include "tests/support/working_folder.h"
 
 namespace qz_test {
 namespace {
 
-TEST(ThrowsExactly, TheClassAndTextItself_Succeeds) {
-  EXPECT_TRUE(ThrowsExactly<QZX_logging_misc>([] { throw QZX_logging_misc("text"); }, "text"));
-  EXPECT_TRUE(ThrowsExactly<QZX_runtime>([] { throw QZX_runtime(); }, nullptr));
+TEST(ThrownBy, OurException_ClassItselfAndText) {
+  EXPECT_EQ(thrown_by([] { throw QZX_logging_misc("text"); }), "QZX_logging_misc \"text\"");
+  EXPECT_EQ(thrown_by([] { throw QZX_index_out_of_bounds(); }), "QZX_index_out_of_bounds (null)");
+  EXPECT_EQ(thrown_by([] { throw QZX_runtime("text\n", 7); }), "QZX_runtime \"text\n\" code 7");
 }
 
-TEST(ThrowsExactly, DerivedBaseForeignOrNoException_Fails) {
-  EXPECT_FALSE(ThrowsExactly<QZX_runtime>([] { throw QZX_index_out_of_bounds(); }, nullptr));
-  EXPECT_FALSE(ThrowsExactly<QZX_index_out_of_bounds>([] { throw QZX_runtime(); }, nullptr));
-  EXPECT_FALSE(ThrowsExactly<QZX_runtime>([] { throw std::runtime_error("text"); }, "text"));
-  EXPECT_FALSE(ThrowsExactly<QZX_runtime>([] {}, nullptr));
+TEST(ThrownBy, ForeignOrNoException_ItsClassOrNothing) {
+  EXPECT_EQ(thrown_by([] { throw std::runtime_error("text"); }), "std::runtime_error");
+  EXPECT_EQ(thrown_by([] {}), "nothing");
 }
 
-TEST(ThrowsExactly, OtherTextOrCode_Fails) {
-  EXPECT_FALSE(ThrowsExactly<QZX_runtime>([] { throw QZX_runtime("text\n"); }, "text"));
-  EXPECT_FALSE(ThrowsExactly<QZX_runtime>([] { throw QZX_runtime(""); }, nullptr));
-  EXPECT_FALSE(ThrowsExactly<QZX_runtime>([] { throw QZX_runtime("text", 1); }, "text"));
+TEST(Thrown, ClassAndText_AsThrownBySaysThem) {
+  EXPECT_EQ(thrown<QZX_logging_misc>("text"), "QZX_logging_misc \"text\"");
+  EXPECT_EQ(thrown<QZX_runtime>(nullptr), "QZX_runtime (null)");
+  EXPECT_EQ(thrown_by([] { throw QZX_memory_alloc(); }), kNoMemory);
 }
 
 // Calls of the function itself: a new expression whose memory is not used may be optimised away.
@@ -146,6 +154,55 @@ TEST(SetEnv, End_RestoresThePreviousState) {
   EXPECT_EQ(getenv("QZLOG_TEST_VARIABLE"), nullptr);
 }
 
+TEST(WorkingFolder, End_RestoresTheDirectory) {
+  const auto directory = std::filesystem::current_path();
+  const TempDir folder;
+  {
+    const WorkingFolder working_folder(folder.path());
+    EXPECT_TRUE(std::filesystem::equivalent(".", folder.path()));
+    std::filesystem::current_path("/");
+  }
+  EXPECT_EQ(std::filesystem::current_path(), directory);
+}
+
+TEST(SignalAction, End_RestoresTheAction) {
+  const SignalAction outer(SIGUSR1, SIG_IGN);
+  {
+    const SignalAction inner(SIGUSR1, SIG_DFL);
+    EXPECT_EQ(signal(SIGUSR1, SIG_DFL), SIG_DFL);
+  }
+  EXPECT_EQ(signal(SIGUSR1, SIG_IGN), SIG_IGN);
+}
+
+TEST(ResourceLimit, FileSize_WritingBeyondFailsUntilTheEnd) {
+  const TempDir folder;
+  const int file = open(folder.write("file", "").c_str(), O_WRONLY | O_CLOEXEC);
+  ssize_t written = 0;
+  int error = 0;
+  {
+    const ResourceLimit disk(RLIMIT_FSIZE, 2);
+    written = pwrite(file, "abc", 3, 0);
+    if (pwrite(file, "c", 1, 2) == -1) error = errno;
+  }
+  EXPECT_EQ(written, 2);
+  EXPECT_EQ(error, EFBIG);
+  EXPECT_EQ(pwrite(file, "c", 1, 2), 1);
+  close(file);
+}
+
+TEST(DescriptorLimit, TwoToSpare_ThirdFails) {
+  int descriptors[3] = {};
+  {
+    const DescriptorLimit limit(2);
+    for (int& descriptor : descriptors) descriptor = dup(STDOUT_FILENO);
+  }
+  EXPECT_GE(descriptors[0], 0);
+  EXPECT_GE(descriptors[1], 0);
+  EXPECT_EQ(descriptors[2], -1);
+  close(descriptors[0]);
+  close(descriptors[1]);
+}
+
 TEST(TimeZone, Lifetime_LocalTimeFollows) {
   const time_t epoch = 0;
   tm local = {};
@@ -159,12 +216,32 @@ TEST(TimeZone, Lifetime_LocalTimeFollows) {
   EXPECT_EQ(local.tm_gmtoff, 0);
 }
 
-TEST(SeededRandom, SeedGiven_RepeatsTheNumbers) {
-  const SetEnv seed("QZLOG_TEST_SEED", "42");
+TEST(SeededRandom, NoSeedGiven_SameNumbersInTheSameTest) {
+  const UnsetEnv seed("QZLOG_TEST_SEED");
   SeededRandom first;
   SeededRandom second;
-  EXPECT_EQ(first.trace(), "repeat with QZLOG_TEST_SEED=42");
+  EXPECT_EQ(first.seed(), 4157945556U);
   for (int i = 0; i < 100; ++i) EXPECT_EQ(first.between(-9, 9), second.between(-9, 9));
+}
+
+TEST(SeededRandom, SeedGiven_ItsNumbers) {
+  const SetEnv seed("QZLOG_TEST_SEED", "42");
+  SeededRandom random;
+  RandomNumbers same(42);
+  for (int i = 0; i < 100; ++i) EXPECT_EQ(random.below(1000), same.below(1000));
+}
+
+TEST(SeededRandom, Failure_SaysTheSeed) {
+  const SetEnv seed("QZLOG_TEST_SEED", "42");
+  const SeededRandom random;
+  EXPECT_NONFATAL_FAILURE(ADD_FAILURE() << "text", "QZLOG_TEST_SEED=42");
+}
+
+TEST(RandomNumbers, Below_ReachesEveryNumberAndNoOther) {
+  SeededRandom random;
+  std::set<std::size_t> seen;
+  for (int i = 0; i < 1000; ++i) seen.insert(random.below(4));
+  EXPECT_EQ(seen, (std::set<std::size_t>{0, 1, 2, 3}));
 }
 
 }  // namespace

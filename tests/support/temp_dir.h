@@ -14,6 +14,12 @@
 
 namespace qz_test {
 
+/// The file's contents, "" when there is no such file.
+inline std::string read_file(const std::filesystem::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+}
+
 /// A new empty folder, removed with everything in it at the end.
 class TempDir {
  public:
@@ -40,10 +46,7 @@ class TempDir {
   }
 
   /// The file's contents, "" when there is no such file.
-  std::string read(std::string_view name) const {
-    std::ifstream file(path(name), std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
-  }
+  std::string read(std::string_view name) const { return read_file(path(name)); }
 
   bool has(std::string_view name) const { return std::filesystem::exists(path(name)); }
 

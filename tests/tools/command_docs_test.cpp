@@ -16,7 +16,7 @@
 namespace {
 
 namespace fs = std::filesystem;
-using qzlog_test::TemporaryFolder;
+using qz_test::read_file;
 
 const fs::path kMade = QZLOG_COMMAND_DOCS;
 
@@ -82,9 +82,9 @@ TEST_F(CommandDocs, ManualPages_HaveNoFindings) {
 }
 
 TEST_F(CommandDocs, Completions_KnowTheSameCommands) {
-  const std::string bash = TemporaryFolder::read_path(kMade / "bash" / "qzlog");
-  const std::string zsh = TemporaryFolder::read_path(kMade / "zsh" / "_qzlog");
-  const std::string fish = TemporaryFolder::read_path(kMade / "fish" / "qzlog.fish");
+  const std::string bash = read_file(kMade / "bash" / "qzlog");
+  const std::string zsh = read_file(kMade / "zsh" / "_qzlog");
+  const std::string fish = read_file(kMade / "fish" / "qzlog.fish");
   for (const std::string& name : qzlog_test::command_names()) {
     EXPECT_NE(bash.find("    '" + name + "')\n"), std::string::npos) << name;
     std::string function = name;
@@ -96,7 +96,7 @@ TEST_F(CommandDocs, Completions_KnowTheSameCommands) {
 
 /// The overview is a table whose rows begin with the command: "| [`qzlog compile`](#qzlog-compile) | ...".
 TEST_F(CommandDocs, OverviewOfTheDocumentation_ListsTheSameCommands) {
-  std::istringstream page(TemporaryFolder::read_path(fs::path(QZLOG_DOCS) / "command.md"));
+  std::istringstream page(read_file(fs::path(QZLOG_DOCS) / "command.md"));
   std::set<std::string> listed{"qzlog"};
   static const std::regex kRow(R"(^\| \[`(qzlog [a-z -]+)`\]\(#([^)]+)\) \|.*)");
   std::smatch match;

@@ -1,6 +1,5 @@
 #include "tests/tools/command_fixture.h"
 
-#include <stdlib.h>
 #include <sys/wait.h>
 
 #include <cstdlib>
@@ -68,16 +67,8 @@ entries:
       - {name: Key, type: GUID}
 )yaml";
 
-CommandFixture::CommandFixture() {
-  ::setenv("QZLOG", QZLOG_COMMAND, 1);
-  ::unsetenv("NO_COLOR");
-  // Something unusual on purpose: neither may show in a message.
-  ::setenv("TZ", "Asia/Kathmandu", 1);
-  ::setenv("LC_ALL", "C", 1);
-}
-
 CommandResult CommandFixture::run(const std::string& shell_line) const {
-  const std::string folder = "'" + folder_.path().string() + "'";
+  const std::string folder = "'" + folder_.path() + "'";
   const std::string line = "cd " + folder + " && { " + shell_line + "\n} >stdout.txt 2>stderr.txt </dev/null";
   const int status = std::system(line.c_str());
   CommandResult result;

@@ -6,7 +6,8 @@
 #include <string>
 #include <string_view>
 
-#include "tests/tools/temporary_folder.h"
+#include "tests/support/scoped_environment.h"
+#include "tests/support/temp_dir.h"
 
 namespace qzlog_test {
 
@@ -19,15 +20,20 @@ struct CommandResult {
 /// Runs the built command in a folder of the test's own.
 class CommandFixture : public ::testing::Test {
  protected:
-  CommandFixture();
-
   /// Runs a line of shell; `$QZLOG` is the command. Redirections in the line come first.
   CommandResult run(const std::string& shell_line) const;
 
   void write(const std::string& name, std::string_view content) const { folder_.write(name, content); }
   std::string read(const std::string& name) const { return folder_.read(name); }
 
-  TemporaryFolder folder_;
+  qz_test::TempDir folder_;
+
+ private:
+  qz_test::SetEnv command_{"QZLOG", QZLOG_COMMAND};
+  qz_test::UnsetEnv colour_wanted_{"NO_COLOR"};
+  // Something unusual on purpose: neither may show in a message.
+  qz_test::SetEnv zone_{"TZ", "Asia/Kathmandu"};
+  qz_test::SetEnv locale_{"LC_ALL", "C"};
 };
 
 /// The definitions that most tests of `render` use (storage.yaml in the fixture's folder).

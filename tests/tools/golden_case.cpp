@@ -9,12 +9,12 @@
 #include <cstdlib>
 #include <fstream>
 #include <iostream>
-#include <iterator>
 #include <map>
 #include <regex>
 #include <sstream>
 #include <stdexcept>
 
+#include "tests/support/temp_dir.h"
 #include "tests/tools/compiler/model_text.h"
 #include "tools/command_line.h"
 #include "tools/compiler/file/ldf_reader.h"
@@ -29,11 +29,6 @@ namespace fs = std::filesystem;
 
 constexpr std::string_view kMark = "===== ";
 constexpr const char* kManifestBegin = "{\n  \"made by\": \"qzlog catalog build\"";
-
-std::string read_all(const fs::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-}
 
 void write_all(const fs::path& path, const std::string& content) { std::ofstream(path, std::ios::binary) << content; }
 
@@ -167,7 +162,7 @@ std::string describe(const std::string& bytes) {
 std::map<std::string, std::string> files_in(const fs::path& folder) {
   std::map<std::string, std::string> files;
   for (const fs::directory_entry& entry : fs::recursive_directory_iterator(folder)) {
-    if (entry.is_regular_file()) files[entry.path().lexically_relative(folder)] = read_all(entry.path());
+    if (entry.is_regular_file()) files[entry.path().lexically_relative(folder)] = qz_test::read_file(entry.path());
   }
   return files;
 }
@@ -191,7 +186,7 @@ std::string altered(const fs::path& folder, const std::string& lines) {
   std::string bytes;
   for (std::string line; std::getline(in, line);) {
     const std::vector<std::string> parts = words(line);
-    if (parts.at(0) == "from") bytes = read_all(folder / parts.at(1));
+    if (parts.at(0) == "from") bytes = qz_test::read_file(folder / parts.at(1));
     if (parts.at(0) == "append") bytes += unescaped(parts.at(1));
     if (parts.at(0) == "truncate") bytes.resize(std::stoul(parts.at(1)));
     if (parts.at(0).rfind("replace", 0) != 0) continue;
@@ -235,7 +230,7 @@ std::string test_name(const fs::path& path) {
 
 Case read_case(const fs::path& path) {
   Case result;
-  std::istringstream in(read_all(path));
+  std::istringstream in(qz_test::read_file(path));
   std::string title;
   std::string content;
   for (std::string line; std::getline(in, line);) {
@@ -262,8 +257,8 @@ std::string run_case(const Case& golden_case, const fs::path& folder) {
   const std::map<std::string, std::string> before = files_in(inside);
   std::ostringstream out;
   out << "exit status " << run_command(golden_case, inside) << '\n';
-  out << "--- standard error\n" << read_all(folder / "stderr");
-  const std::string standard_output = read_all(folder / "stdout");
+  out << "--- standard error\n" << qz_test::read_file(folder / "stderr");
+  const std::string standard_output = qz_test::read_file(folder / "stdout");
   if (!standard_output.empty()) out << "--- standard output\n" << describe(standard_output);
   for (const auto& [name, content] : files_in(inside)) {
     const auto old = before.find(name);

@@ -2,14 +2,14 @@
 
 #include <cstdlib>
 
+#include "tests/support/temp_dir.h"
 #include "tests/tools/golden_case.h"
-#include "tests/tools/temporary_folder.h"
 
 namespace golden {
 
 void expect_golden_result(const std::filesystem::path& path) {
   const Case golden_case = read_case(path);
-  const qzlog_test::TemporaryFolder folder;
+  const qz_test::TempDir folder;
   const std::string result = run_case(golden_case, folder.path());
   if (std::getenv("QZLOG_REWRITE_GOLDEN") != nullptr) rewrite_case(path, golden_case, result);
   EXPECT_EQ(result, read_case(path).result);

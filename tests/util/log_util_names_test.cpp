@@ -151,7 +151,6 @@ TEST(IsAValidTextLog, SomeOutputsNull_TheOthersAreStored) {
 
 TEST(IsAValidTextLog, MadeNames_Accepted) {
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   for (int i = 0; i < 2000; ++i) {
     const auto number = [&](int highest) { return static_cast<Number>(random.between(0, highest)); };
     const Number year = number(9999);

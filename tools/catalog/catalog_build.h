@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
+#include "tools/catalog/bundle_source.h"
 #include "tools/catalog/catalog_messages.h"
 #include "tools/catalog/language_catalog.h"
-#include "tools/catalog/resource_bundle.h"
 
 namespace qzlog_catalog {
 

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "tools/catalog/resource_bundle.h"
+#include "tools/catalog/bundle_source.h"
 #include "tools/compiler/model/model_merge.h"
 #include "tools/compiler/text/utf8_text.h"
 

@@ -9,9 +9,9 @@
 namespace qzlog_catalog {
 namespace {
 
-using qzlog_bundle::ReadResource;
-using qzlog_bundle::Resource;
-using qzlog_bundle::ResourceData;
+using qzlog::ReadResource;
+using qzlog::Resource;
+using qzlog::ResourceData;
 
 void append_utf16(std::u16string& out, char32_t code) {
   constexpr char32_t kFirstPair = 0x10000;
@@ -39,7 +39,7 @@ std::u16string utf16_of(std::string_view text) {
 /// key of that has. Of a table without items genrb makes an array.
 template <typename Meant, typename IsSame>
 bool has_all(const ResourceData& data, Resource table, const Meant& meant, const IsSame& is_same) {
-  const bool can_be_table = qzlog_bundle::is_table(table) || (meant.empty() && qzlog_bundle::is_array(table));
+  const bool can_be_table = qzlog::is_table(table) || (meant.empty() && qzlog::is_array(table));
   if (!can_be_table || data.items_of(table).count != meant.size()) return false;
   for (const auto& [key, item] : meant) {
     Resource found = 0;
@@ -50,7 +50,7 @@ bool has_all(const ResourceData& data, Resource table, const Meant& meant, const
 
 bool has_texts(const ResourceData& data, Resource table, const BundleTable& texts) {
   return has_all(data, table, texts, [&](Resource found, const std::string& text) {
-    return qzlog_bundle::is_string(found) && data.text_of(found) == utf16_of(text);
+    return qzlog::is_string(found) && data.text_of(found) == utf16_of(text);
   });
 }
 

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "tools/catalog/resource_bundle.h"
+#include "tools/catalog/bundle_source.h"
 
 namespace qzlog_catalog {
 

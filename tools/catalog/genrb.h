@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "tools/catalog/resource_bundle.h"
+#include "tools/catalog/bundle_source.h"
 
 namespace qzlog_catalog {
 

@@ -7,10 +7,10 @@
 #include <string>
 #include <vector>
 
+#include "tools/catalog/bundle_source.h"
 #include "tools/catalog/catalog_messages.h"
 #include "tools/catalog/catalog_rules.h"
 #include "tools/catalog/po_file.h"
-#include "tools/catalog/resource_bundle.h"
 
 namespace qzlog_catalog {
 

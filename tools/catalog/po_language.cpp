@@ -80,8 +80,8 @@ bool is_known(const std::string& locale) {
 std::optional<std::string> bundle_name(const std::string& language) {
   const std::optional<std::string> tag = with_script(language);
   if (!tag || !is_tag(*tag)) return std::nullopt;
-  return with_icu_memory<std::bad_alloc>([&] {
-    const IcuMemory memory;
+  return qzlog::with_icu_memory<std::bad_alloc>([&] {
+    const qzlog::IcuMemory memory;
     const std::string locale = part_of(*tag, uloc_canonicalize);
     const bool is_usable = !locale.empty() && locale != "root" && is_known(locale);
     memory.check();

@@ -7,8 +7,8 @@
 #include <utility>
 #include <vector>
 
+#include "definitions/definition_format.h"
 #include "tools/compiler/file/entry_map.h"
-#include "tools/compiler/file/ldf_format.h"
 #include "tools/compiler/file/ldf_reader.h"
 #include "tools/compiler/message/template_judge.h"
 #include "tools/compiler/model/attribute_type.h"
@@ -253,7 +253,7 @@ void check_globals(const DefinitionModel& model, CheckReport& report) {
 }
 
 void check_version(std::string_view bytes, const DefinitionModel& model, CheckReport& report) {
-  const bool has_header = qzlog_compiler::looks_like_ldf(bytes) && bytes.size() >= qzlog_compiler::ldf::kHeaderSize;
+  const bool has_header = qzlog_compiler::looks_like_ldf(bytes) && bytes.size() >= qzlog::ldf::kHeaderSize;
   if (!has_header || qzlog_compiler::is_version(model.version)) return;
   report.about_file();
   report.warning(Rule::kBadVersion, "entries cannot take their version from the tag " + quoted(model.version) +

@@ -6,10 +6,10 @@
 #include <utility>
 #include <vector>
 
+#include "definitions/definition_format.h"
 #include "qzlog/logcfg.h"
 #include "qzlog/logentry.h"
 #include "tools/compiler/file/entry_map.h"
-#include "tools/compiler/file/ldf_format.h"
 #include "tools/report/check_rules.h"
 #include "tools/report/library_text.h"
 #include "tools/system/memory_file.h"
@@ -65,7 +65,7 @@ void look_up_entries(const std::vector<EntryMapPair>& pairs, std::set<std::uint3
 class DividedFile {
  public:
   DividedFile(const std::string& bytes, const std::set<std::uint32_t>& standard_ids)
-      : header_(bytes.substr(0, qzlog_compiler::ldf::kHeaderSize)),
+      : header_(bytes.substr(0, qzlog::ldf::kHeaderSize)),
         merged_(divide(bytes, standard_ids)),
         file_(with_map(bytes)) {}
 
@@ -74,7 +74,7 @@ class DividedFile {
     load(map_offset_, new_.size());
     qzlog_compiler::leave_out_globals(header_);
   }
-  void load_merged(std::size_t i) { load(map_offset_ + (new_.size() + i) * qzlog_compiler::ldf::kMapPairSize, 1); }
+  void load_merged(std::size_t i) { load(map_offset_ + (new_.size() + i) * qzlog::ldf::kMapPairSize, 1); }
 
  private:
   std::vector<EntryMapPair> divide(const std::string& bytes, const std::set<std::uint32_t>& standard_ids) {
@@ -115,7 +115,7 @@ std::set<std::uint32_t> ids_of(const std::string& bytes) {
 /// record left, as it does in the whole file.
 std::set<std::uint32_t> load_one_by_one(const std::string& bytes, const std::string& standard, CheckReport& report) {
   std::set<std::uint32_t> refused;
-  if (bytes.size() < qzlog_compiler::ldf::kHeaderSize) return refused;
+  if (bytes.size() < qzlog::ldf::kHeaderSize) return refused;
   DividedFile file(bytes, ids_of(standard));
   if (refusal_of([&] { file.load_new_entries(); })) return refused;
   for (std::size_t i = 0; i < file.merged().size(); ++i) {

@@ -7,6 +7,7 @@
 #include <cstring>
 #include <string_view>
 
+#include "counter/record_layout.h"
 #include "qzlog/qz_exception.h"
 #include "qzlog/qz_time.h"
 #include "tools/system/command_error.h"
@@ -16,7 +17,7 @@ namespace qzlog_tool {
 
 namespace {
 
-constexpr std::string_view kSuffix = ".cnt";
+constexpr std::string_view kSuffix = qzlog::counter_record::kFileSuffix;
 
 [[noreturn]] void refuse_to_open(const std::string& file, const std::string& reason) {
   throw CommandError(kExitCannotRun, "cannot open '" + file + "' for writing: " + reason);

@@ -116,13 +116,14 @@ bool CounterRecordReader::fill() {
 bool CounterRecordReader::next(CounterRecord& record) {
   if (end_ - begin_ < kCounterRecordBytes && !fill()) return false;
   const char* const bytes = buffer_.get() + begin_;
+  namespace layout = qzlog::counter_record;
   record = {offset_,
-            signed_field(bytes),
-            signed_field(bytes + 4),
-            signed_field(bytes + 8),
-            signed_field(bytes + 12),
-            signed_field(bytes + 16),
-            big_endian(bytes + 20)};
+            signed_field(bytes + layout::kSizeOffset),
+            signed_field(bytes + layout::kYearOffset),
+            signed_field(bytes + layout::kMonthOffset),
+            signed_field(bytes + layout::kDayOffset),
+            signed_field(bytes + layout::kKeyOffset),
+            big_endian(bytes + layout::kCountOffset)};
   begin_ += kCounterRecordBytes;
   offset_ += kCounterRecordBytes;
   return true;

@@ -9,12 +9,13 @@
 #include <string>
 #include <vector>
 
+#include "counter/record_layout.h"
 #include "tools/count/calendar_day.h"
 #include "tools/report/finding.h"
 
 namespace qzlog_tool {
 
-inline constexpr std::size_t kCounterRecordBytes = 32;
+inline constexpr std::size_t kCounterRecordBytes = qzlog::counter_record::kSize;
 
 /// What can be wrong in a counter file.
 enum class CounterRule {

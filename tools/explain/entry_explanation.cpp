@@ -1,11 +1,11 @@
 #include "tools/explain/entry_explanation.h"
 
 #include <cstddef>
-#include <iterator>
 #include <set>
 #include <string_view>
 #include <utility>
 
+#include "entry/text_limits.h"
 #include "tools/compiler/message/template_judge.h"
 #include "tools/compiler/model/attribute_type.h"
 #include "tools/templates/readable_template.h"
@@ -123,12 +123,9 @@ std::string value_range(qz_AttributeType type) {
     default:
       break;
   }
-  static constexpr const char* kTextLimits[] = {
-      "at most 32 bytes",       "at most 64 bytes",       "at most 128 bytes",       "at most 256 bytes",
-      "at most 1024 bytes",     "at most 2048 bytes",     "at most 32 characters",   "at most 64 characters",
-      "at most 128 characters", "at most 256 characters", "at most 1024 characters", "at most 2048 characters"};
-  const std::size_t text_type = static_cast<std::size_t>(type) - TypeChar32;  // wraps for the types before
-  return text_type < std::size(kTextLimits) ? kTextLimits[text_type] : "";
+  if (type < TypeChar32 || type > TypeMBChar2K) return "";
+  const std::string limit = std::to_string(qzlog::text_limit(static_cast<unsigned char>(type)));
+  return "at most " + limit + (type <= TypeChar2K ? " bytes" : " characters");
 }
 
 }  // namespace qzlog_tool

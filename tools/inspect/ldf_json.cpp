@@ -4,7 +4,7 @@
 #include <ostream>
 #include <string>
 
-#include "tools/compiler/file/ldf_format.h"
+#include "definitions/definition_format.h"
 #include "tools/compiler/model/attribute_type.h"
 #include "tools/compiler/text/hexadecimal.h"
 #include "tools/compiler/text/utf8_text.h"
@@ -62,7 +62,7 @@ void write_attribute(const LdfAttributeRecord& attribute, std::ostream& out) {
   JsonObjectStream json(out);
   json.number("offset", attribute.offset);
   add_text(json, "name", attribute.name);
-  json.text("type", short_type_name(static_cast<qz_AttributeType>(attribute.type_code & ldf::kTypeCodeMask)));
+  json.text("type", short_type_name(static_cast<qz_AttributeType>(attribute.type_code & qzlog::ldf::kTypeCodeMask)));
   json.number("type_code", attribute.type_code);
   add_text(json, "redirect", attribute.redirect);
   json.end();

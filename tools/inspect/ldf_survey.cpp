@@ -5,7 +5,7 @@
 #include <tuple>
 #include <utility>
 
-#include "tools/compiler/file/ldf_format.h"
+#include "definitions/definition_format.h"
 #include "tools/compiler/file/ldf_reader.h"
 
 namespace qzlog_compiler {
@@ -52,7 +52,7 @@ LdfSurvey::LdfSurvey(std::string_view bytes) : bytes_(bytes) {
 }
 
 std::size_t LdfSurvey::pair_offset(std::size_t pair) const {
-  return header_.entry_map_offset + pair * ldf::kMapPairSize;
+  return header_.entry_map_offset + pair * qzlog::ldf::kMapPairSize;
 }
 
 void LdfSurvey::add_damage(std::optional<LdfDamage> damage) {
@@ -72,7 +72,7 @@ void LdfSurvey::survey_globals() {
 void LdfSurvey::survey_map() {
   LdfCursor cursor(bytes_, header_.entry_map_offset);
   const std::size_t left = bytes_.size() - std::min<std::size_t>(bytes_.size(), header_.entry_map_offset);
-  pairs_.reserve(std::min<std::size_t>(header_.entry_count, left / ldf::kMapPairSize));
+  pairs_.reserve(std::min<std::size_t>(header_.entry_count, left / qzlog::ldf::kMapPairSize));
   for (std::uint32_t i = 0; i < header_.entry_count && !cursor.failed(); ++i) {
     cursor.set_item("pairs", i);
     const LdfPair pair = read_ldf_pair(cursor);
@@ -160,7 +160,7 @@ std::vector<LdfRegion> LdfSurvey::regions() const {
     region.end = region.cut ? bytes_.size() : std::min(region.end, bytes_.size());
     if (region.begin < region.end) found.push_back(region);
   };
-  add({0, ldf::kHeaderSize, LdfRegion::kHeader, 0, header_damaged_});
+  add({0, qzlog::ldf::kHeaderSize, LdfRegion::kHeader, 0, header_damaged_});
   if (header_damaged_) return found;
   if (header_.global_count != 0) add({header_.global_offset, globals_end_, LdfRegion::kGlobals, 0, globals_cut_});
   if (header_.entry_count != 0) add({header_.entry_map_offset, map_end_, LdfRegion::kMap, 0, map_cut_});

@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "tools/compiler/file/ldf_format.h"
+#include "definitions/definition_format.h"
 #include "tools/compiler/text/hexadecimal.h"
 #include "tools/compiler/text/line_cut.h"
 #include "tools/compiler/text/utf8_text.h"
@@ -33,7 +33,7 @@ class TableWriter {
 
   void write() {
     write_header();
-    if (survey_.bytes().size() < ldf::kHeaderSize) return;
+    if (survey_.bytes().size() < qzlog::ldf::kHeaderSize) return;
     write_globals();
     write_map();
     for (const LdfSurveyedPair& pair : survey_.pairs()) write_entry(pair);

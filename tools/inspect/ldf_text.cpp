@@ -1,6 +1,6 @@
 #include "tools/inspect/ldf_text.h"
 
-#include "tools/compiler/file/ldf_format.h"
+#include "definitions/definition_format.h"
 #include "tools/compiler/model/attribute_type.h"
 #include "tools/compiler/text/hexadecimal.h"
 #include "tools/compiler/text/utf8_text.h"
@@ -10,8 +10,8 @@ namespace qzlog_compiler {
 std::string offset_text(std::size_t offset) { return std::to_string(offset) + " (0x" + hexadecimal(offset, 1) + ")"; }
 
 std::string type_text(std::uint32_t code) {
-  const std::string_view name = short_type_name(static_cast<qz_AttributeType>(code & ldf::kTypeCodeMask));
-  const bool plain = code <= ldf::kTypeCodeMask && find_attribute_type(name);
+  const std::string_view name = short_type_name(static_cast<qz_AttributeType>(code & qzlog::ldf::kTypeCodeMask));
+  const bool plain = code <= qzlog::ldf::kTypeCodeMask && find_attribute_type(name);
   return plain ? std::string(name) : std::string(name) + " (" + std::to_string(code) + ")";
 }
 

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "config/configuration_format.h"
+
 namespace qzlog_tool {
 
 namespace {
@@ -21,7 +23,7 @@ constexpr RuleInfo kRules[] = {
 };
 static_assert(is_whole_table(kRules, ConfigRule::kNeverRead));
 
-constexpr std::size_t kMaximumLineBytes = 128;
+constexpr std::size_t kMaximumLineBytes = qzlog::kMostConfigurationLineBytes;
 constexpr std::string_view kLineBreaks = "\n\r";
 constexpr std::string_view kNothing = " \t\n\r=";
 

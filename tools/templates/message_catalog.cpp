@@ -22,17 +22,17 @@ namespace qzlog_tool {
 namespace {
 
 namespace fs = std::filesystem;
-using qzlog_bundle::MessageBundle;
-using qzlog_bundle::ReadResource;
-using qzlog_bundle::WholeFile;
+using qzlog::MessageBundle;
+using qzlog::ReadResource;
+using qzlog::WholeFile;
 
 constexpr const char* kStringTable = "STRING_TABLE";
 constexpr const char* kRoot = "root";
 
 /// The root locale has two names.
 std::string name_of(const std::string& locale) {
-  return with_icu_memory<std::bad_alloc>([&] {
-    const IcuMemory memory;
+  return qzlog::with_icu_memory<std::bad_alloc>([&] {
+    const qzlog::IcuMemory memory;
     const std::string name = icu::Locale(locale.c_str()).getName();
     memory.check();
     return name.empty() ? kRoot : name;
@@ -40,8 +40,8 @@ std::string name_of(const std::string& locale) {
 }
 
 std::string utf8_of(std::u16string_view text) {
-  return with_icu_memory<std::bad_alloc>([&] {
-    const IcuMemory memory;
+  return qzlog::with_icu_memory<std::bad_alloc>([&] {
+    const qzlog::IcuMemory memory;
     std::string converted;
     icu::UnicodeString(text.data(), static_cast<std::int32_t>(text.size())).toUTF8String(converted);
     memory.check();
@@ -62,9 +62,9 @@ std::string why_not_read(const std::string& file) {
 
 /// Opens a bundle as the library does. Returns why it is not opened, or an empty text.
 std::string open_bundle(const std::string& folder, const CatalogBundle& bundle, MessageBundle& opened) {
-  WholeFile whole = qzlog_bundle::read_whole_file(bundle.file);
+  WholeFile whole = qzlog::read_whole_file(bundle.file);
   if (whole.state != WholeFile::State::kRead) return why_not_read(bundle.file);
-  const ReadResource file = qzlog_bundle::ResourceData::read(std::move(whole.bytes));
+  const ReadResource file = qzlog::ResourceData::read(std::move(whole.bytes));
   if (file.state != ReadResource::State::kGood) return file.problem;
   const std::string path = fs::absolute(folder).string();  // without a slash it would be a package of its own
   const std::string name = name_of(bundle.locale);

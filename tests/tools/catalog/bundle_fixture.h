@@ -8,7 +8,7 @@
 #include <optional>
 #include <string>
 
-#include "tests/tools/temporary_folder.h"
+#include "tests/support/temp_dir.h"
 #include "tools/catalog/genrb.h"
 
 namespace qzlog_catalog {
@@ -34,11 +34,11 @@ class CatalogFolder {
   }
 
   std::optional<std::string> text(const std::string& id, const char* language = "root") const {
-    return look_up(folder_.path().string(), language, id);
+    return look_up(folder_.path(), language, id);
   }
 
  private:
-  qzlog_test::TemporaryFolder folder_;
+  qz_test::TempDir folder_;
 };
 
 }  // namespace qzlog_catalog

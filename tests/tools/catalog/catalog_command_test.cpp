@@ -40,7 +40,7 @@ class CatalogCommand : public qzlog_test::CommandFixture {
   /// A file that is replaced becomes another one.
   ino_t inode(const std::string& name) const {
     struct stat status = {};
-    EXPECT_EQ(::stat((folder_.path() / name).c_str(), &status), 0) << name;
+    EXPECT_EQ(::stat(folder_.path(name).c_str(), &status), 0) << name;
     return status.st_ino;
   }
 
@@ -259,8 +259,8 @@ TEST_F(CatalogCommandInNeed, SignalWhileGenrbRuns_EndsBothAndLeavesNothing) {
             "read genrb <started; kill -" +
             signal + " $!; wait $!; kill -l $?; kill -0 $genrb 2>/dev/null && echo alive");
     EXPECT_EQ(result.out, signal + "\n");
-    EXPECT_TRUE(std::filesystem::is_empty(folder_.path() / "temporary")) << signal;
-    EXPECT_FALSE(std::filesystem::exists(folder_.path() / "messages")) << signal;
+    EXPECT_TRUE(std::filesystem::is_empty(folder_.path("temporary"))) << signal;
+    EXPECT_FALSE(std::filesystem::exists(folder_.path("messages"))) << signal;
   }
 }
 

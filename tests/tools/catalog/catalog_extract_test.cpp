@@ -68,7 +68,6 @@ TEST(UpdatePo, FuzzyWithoutAPreviousText_GetsTheOneItHad) {
 
 TEST(UpdatePo, ManyChanges_KeepEveryTranslationAndSettle) {
   qz_test::SeededRandom random;
-  SCOPED_TRACE(random.trace());
   std::map<std::string, std::string> texts;
   PoFile file = begin_language(template_of(texts), "de");
   std::set<std::string> translations;  // all that was ever written; none may get lost

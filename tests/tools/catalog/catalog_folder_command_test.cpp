@@ -18,8 +18,8 @@ using Names = std::set<std::string>;
 class CatalogFolderCommand : public qzlog_test::CommandFixture {
  protected:
   CatalogFolderCommand() {
-    std::filesystem::create_directories(folder_.path() / "po");
-    std::filesystem::create_directories(folder_.path() / "messages");
+    std::filesystem::create_directories(folder_.path("po"));
+    std::filesystem::create_directories(folder_.path("messages"));
     write("storage.yaml", qzlog_test::kStorageSource);
     write("po/de.po", po_header("de") + po_message("disk.full.lock", "{Name} is locked", "{Name} ist gesperrt"));
     write("po/ja.po", po_header("ja"));
@@ -36,12 +36,12 @@ class CatalogFolderCommand : public qzlog_test::CommandFixture {
 
   Names files() const {
     Names names;
-    for (const auto& entry : std::filesystem::directory_iterator(folder_.path() / "messages")) {
+    for (const auto& entry : std::filesystem::directory_iterator(folder_.path("messages"))) {
       names.insert(entry.path().filename().string());
     }
     return names;
   }
-  void remove(const std::string& name) const { std::filesystem::remove(folder_.path() / name); }
+  void remove(const std::string& name) const { std::filesystem::remove(folder_.path(name)); }
   std::string rendered_in(const std::string& locale) const {
     write("entries.jsonl", "{\"id\":1001,\"attributes\":{\"Name\":\"vol1\",\"Reason\":11}}\n");
     return run("$QZLOG render --definitions storage.yaml --catalog messages --locale " + locale + " entries.jsonl").out;

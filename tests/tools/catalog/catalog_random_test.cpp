@@ -74,7 +74,6 @@ std::string source_of(const std::vector<Text>& texts) {
 // The text that an author or a translator writes is the text that a reader sees.
 TEST(RandomTexts, ThroughTranslatorsFilesAndCatalogs_ReadersSeeThemUnchanged) {
   qz_test::SeededRandom random;
-  SCOPED_TRACE(random.trace());
   TextMaker maker(random);
   std::vector<Text> texts;
   std::vector<Text> translations;

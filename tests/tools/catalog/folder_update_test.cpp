@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/temp_dir.h"
 #include "tests/tools/catalog/source_messages.h"
-#include "tests/tools/temporary_folder.h"
 #include "tools/system/command_error.h"
 #include "tools/system/content_digest.h"
 
@@ -33,7 +33,7 @@ class FolderUpdateTest : public ::testing::Test {
     return said;
   }
 
-  std::string path() const { return folder_.path().string(); }
+  std::string path() const { return folder_.path(); }
   std::string in_folder(const std::string& name) const { return path() + '/' + name; }
 
   /// The files beside the manifest.
@@ -52,7 +52,7 @@ class FolderUpdateTest : public ::testing::Test {
     return result;
   }
 
-  qzlog_test::TemporaryFolder folder_;
+  qz_test::TempDir folder_;
 };
 
 CatalogManifest::Digests digests_of(const Bundles& bundles) {

@@ -6,10 +6,10 @@
 #include <string>
 #include <vector>
 
-#include "tests/tools/resource_limit.h"
-#include "tests/tools/scoped_variable.h"
-#include "tests/tools/temporary_folder.h"
-#include "tools/catalog/resource_bundle.h"
+#include "tests/support/resource_limit.h"
+#include "tests/support/scoped_environment.h"
+#include "tests/support/temp_dir.h"
+#include "tools/catalog/bundle_source.h"
 #include "tools/system/command_error.h"
 
 namespace qzlog_catalog {
@@ -43,8 +43,8 @@ TEST(RunGenrb, Results_HaveTheOrderOfTheSourcesAndAreTheSameEachTime) {
 }
 
 TEST(RunGenrb, TemporaryFolder_IsGoneAlsoAfterAFailure) {
-  const qzlog_test::TemporaryFolder folder;
-  const qzlog_test::ScopedVariable variable("TMPDIR", folder.path().string());
+  const qz_test::TempDir folder;
+  const qz_test::SetEnv variable("TMPDIR", folder.path());
   EXPECT_EQ(run_genrb("genrb", two_sources()).size(), 2u);
   EXPECT_EQ(failure("false", two_sources()).first, qzlog_tool::kExitFindings);
   EXPECT_TRUE(std::filesystem::is_empty(folder.path()));
@@ -58,21 +58,21 @@ TEST(RunGenrb, BrokenSource_FailsWithTheProgramsMessages) {
 }
 
 /// A program that runs genrb, then does something else to the folder that it has written to.
-std::string genrb_then(const qzlog_test::TemporaryFolder& folder, const std::string& command) {
+std::string genrb_then(const qz_test::TempDir& folder, const std::string& command) {
   const std::string program = folder.write("genrb", "#!/bin/sh\ngenrb \"$@\" || exit\ncd \"$5\" && " + command + "\n");
   std::filesystem::permissions(program, std::filesystem::perms::owner_all);
   return program;
 }
 
 TEST(RunGenrb, SuccessWithoutABundle_IsAnError) {
-  const qzlog_test::TemporaryFolder folder;
+  const qz_test::TempDir folder;
   const auto [status, text] = failure(genrb_then(folder, "rm de.res"), two_sources());
   EXPECT_EQ(status, qzlog_tool::kExitFindings);
   EXPECT_NE(text.find("/de.res', but says that it has"), std::string::npos) << text;
 }
 
 TEST(RunGenrb, SuccessWithHalfABundle_IsAnError) {
-  const qzlog_test::TemporaryFolder folder;
+  const qz_test::TempDir folder;
   for (const std::string size : {"0", "10", "60", "-1", "+1"}) {
     const auto [status, text] = failure(genrb_then(folder, "truncate --size=" + size + " de.res"), two_sources());
     EXPECT_EQ(status, qzlog_tool::kExitFindings) << size;
@@ -81,7 +81,7 @@ TEST(RunGenrb, SuccessWithHalfABundle_IsAnError) {
 }
 
 TEST(RunGenrb, SuccessWithAnotherBundle_IsAnError) {
-  const qzlog_test::TemporaryFolder folder;
+  const qz_test::TempDir folder;
   const auto [status, text] = failure(genrb_then(folder, "cp root.res de.res"), two_sources());
   EXPECT_EQ(status, qzlog_tool::kExitFindings);
   EXPECT_NE(text.find("/de.res' completely, but says that it has"), std::string::npos) << text;
@@ -91,7 +91,7 @@ TEST(RunGenrb, FullDisk_IsAnError) {
   const std::vector<BundleSource> sources = {bundle_source("root", {{"a", std::string(5000, 'x')}})};
   const std::size_t source_size = genrb_text(sources[0]).size();
   ASSERT_GT(run_genrb("genrb", sources)[0].content.size(), source_size);
-  const qzlog_test::ResourceLimit limit(RLIMIT_FSIZE, source_size);
+  const qz_test::ResourceLimit limit(RLIMIT_FSIZE, source_size);
   EXPECT_EQ(failure("genrb", sources).first, qzlog_tool::kExitFindings);
 }
 

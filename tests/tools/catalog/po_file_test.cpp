@@ -6,10 +6,9 @@
 #include <sstream>
 #include <string>
 
-#include "tests/support/descriptor_limit.h"
+#include "tests/support/resource_limit.h"
 #include "tests/support/seeded_random.h"
 #include "tests/tools/printed_findings.h"
-#include "tests/tools/resource_limit.h"
 #include "tools/system/command_error.h"
 
 namespace qzlog_catalog {
@@ -143,7 +142,6 @@ TEST(ParsePo, FileFromWindows_ReadsLikeAnyOther) {
 
 TEST(ParsePo, RandomTexts_SurviveWritingAndReading) {
   qz_test::SeededRandom random;
-  SCOPED_TRACE(random.trace());
   const std::string kPieces[] = {"a",   " ",  "\n",   "\t",   "\r",     "\"",     "\\",
                                  "\\n", "%s", "#",    "~",    "msgid ", "{",      "ß",
                                  "漢",  "😀",  "\x01", "\x7F", "\u2028", "\uFEFF", "a rather long word "};
@@ -182,7 +180,6 @@ TEST(ParsePo, EveryPrefixOfAFile_IsReadOrRefused) {
 
 TEST(ParsePo, FlippedBytes_AreReadOrRefused) {
   qz_test::SeededRandom random;
-  SCOPED_TRACE(random.trace());
   for (int round = 0; round < 500; ++round) {
     std::string damaged = kFull;
     for (int i = 0; i < 3; ++i) {
@@ -213,7 +210,7 @@ TEST(ParsePo, ManyMessages_AreRead) {
 TEST(ParsePo, NoDescriptorLeft_IsAnErrorAndNoEmptyFile) {
   for (const rlim_t descriptors : std::initializer_list<rlim_t>{3, 4}) {
     Findings findings;
-    const qzlog_test::ResourceLimit limit(RLIMIT_NOFILE, descriptors);
+    const qz_test::ResourceLimit limit(RLIMIT_NOFILE, descriptors);
     try {
       parse_po(kHeader, "f.po", findings);
       ADD_FAILURE() << descriptors;
@@ -242,7 +239,7 @@ TEST(WritePo, FileThatIsTooLarge_IsAnErrorAndNoHalfFile) {
   const PoFile file = parsed(kHeader + "\nmsgctxt \"k\"\nmsgid \"" + std::string(10'000, 'x') + "\"\nmsgstr \"\"\n");
   const std::size_t whole = write_po(file).size();
   for (const std::size_t size : {std::size_t{0}, std::size_t{1}, std::size_t{4096}, whole - 1}) {
-    const qzlog_test::ResourceLimit limit(RLIMIT_FSIZE, size);
+    const qz_test::ResourceLimit limit(RLIMIT_FSIZE, size);
     try {
       write_po(file);
       ADD_FAILURE() << size;

@@ -3,29 +3,21 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 
-#include "tests/tools/temporary_folder.h"
+#include "tests/support/temp_dir.h"
 
 namespace qzlog_tool {
+using qz_test::read_file;
+
 namespace {
 
 class CompileCommand : public ::testing::Test {
  protected:
-  std::string path(const char* name) const { return (folder_.path() / name).string(); }
+  std::string path(const char* name) const { return folder_.path(name); }
 
-  std::string write(const char* name, const std::string& content) const {
-    std::ofstream(path(name), std::ios::binary) << content;
-    return path(name);
-  }
-
-  static std::string content(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-  }
+  std::string write(const char* name, const std::string& content) const { return folder_.write(name, content); }
 
   /// The exit status; what goes to standard error is in `error_`.
   int run(std::vector<std::string> arguments) {
@@ -39,7 +31,7 @@ class CompileCommand : public ::testing::Test {
   std::string error_;
 
  private:
-  qzlog_test::TemporaryFolder folder_;
+  qz_test::TempDir folder_;
 };
 
 constexpr const char* kGood = "version: 1.0\nentries: [{id: 1, name: A, message: text}]\n";
@@ -48,7 +40,7 @@ constexpr const char* kBad = "version: 1.0\nentries: [{id: 1, name: a, message: 
 TEST_F(CompileCommand, GoodSource_WritesAFileAndSaysNothing) {
   EXPECT_EQ(run({write("a.yaml", kGood), "-o", path("a.ldf")}), 0);
   EXPECT_EQ(error_, "");
-  EXPECT_EQ(content(path("a.ldf")).substr(0, 4), ".LDF");
+  EXPECT_EQ(read_file(path("a.ldf")).substr(0, 4), ".LDF");
 }
 
 TEST_F(CompileCommand, SourceWithErrors_LeavesTheOldFile) {
@@ -60,7 +52,7 @@ TEST_F(CompileCommand, SourceWithErrors_LeavesTheOldFile) {
                         "    2 | entries: [{id: 1, name: a, message: text}]\n"
                         "      |                         ^\n"
                         "  hint: a name begins with A-Z and goes on with A-Z, 0-9 and _\n");
-  EXPECT_EQ(content(path("a.ldf")), "old");
+  EXPECT_EQ(read_file(path("a.ldf")), "old");
 }
 
 TEST_F(CompileCommand, MissingSource_IsStatusTwo) {
@@ -80,8 +72,8 @@ TEST_F(CompileCommand, OutputThatIsAnInput_IsRefused) {
   EXPECT_EQ(run({source, "-o", other_spelling}), 2);
   EXPECT_EQ(error_, "qzlog: error: the output '" + other_spelling + "' is one of the input files\n");
   EXPECT_EQ(run({source, "-o", standard, "--aux-of", standard}), 2);
-  EXPECT_EQ(content(source), kGood);
-  EXPECT_EQ(content(standard), kGood);
+  EXPECT_EQ(read_file(source), kGood);
+  EXPECT_EQ(read_file(standard), kGood);
 }
 
 TEST_F(CompileCommand, CompiledStandard_GivesTheSameFileAsItsSource) {
@@ -92,7 +84,7 @@ TEST_F(CompileCommand, CompiledStandard_GivesTheSameFileAsItsSource) {
   EXPECT_EQ(run({standard, "-o", path("std.ldf")}), 0);
   EXPECT_EQ(run({aux, "-o", path("one.ldf"), "--aux-of", standard}), 0);
   EXPECT_EQ(run({aux, "-o", path("two.ldf"), "--aux-of", path("std.ldf")}), 0);
-  EXPECT_EQ(content(path("one.ldf")), content(path("two.ldf")));
+  EXPECT_EQ(read_file(path("one.ldf")), read_file(path("two.ldf")));
   EXPECT_EQ(run({aux, "-o", path("three.ldf")}), 1);
 }
 

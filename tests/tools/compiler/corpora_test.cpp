@@ -1,12 +1,11 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <map>
 #include <set>
 #include <string>
 
+#include "tests/support/temp_dir.h"
 #include "tests/tools/compiler/source_fixture.h"
 #include "tools/compiler/source/compiler.h"
 #include "tools/report/source_rules.h"
@@ -16,16 +15,11 @@ namespace {
 
 const std::filesystem::path kCorpora = QZLOG_CORPORA;
 
-std::string read(const std::filesystem::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-}
-
 CompileResult compile(const std::string& name, const std::string& suffix, RenderingPaths path) {
   CompileOptions options;
   options.path = path;
   options.surprises = false;  // here texts are judged, not definitions
-  return compile_source(read(kCorpora / name / (name + suffix)), name, options);
+  return compile_source(qz_test::read_file(kCorpora / name / (name + suffix)), name, options);
 }
 
 /// The entries whose message a diagnostic is about.

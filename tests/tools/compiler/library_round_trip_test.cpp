@@ -2,7 +2,6 @@
 /// every message as written wherever the compiler had nothing to say against it.
 #include <gtest/gtest.h>
 
-#include <clocale>
 #include <functional>
 #include <map>
 #include <set>
@@ -14,6 +13,7 @@
 #include "qzlog/logentry.h"
 #include "qzlog/qz_locale.h"
 #include "tests/support/rounds.h"
+#include "tests/support/scoped_environment.h"
 #include "tests/support/settings_test.h"
 #include "tests/tools/compiler/model_text.h"
 #include "tests/tools/compiler/random_model.h"
@@ -101,7 +101,6 @@ NamesAndTypes attributes_that_can_be_set(const DefinitionModel& model, const Ent
 class LibraryRoundTrip : public qz_test::SettingsTest {
  protected:
   LibraryRoundTrip() {
-    std::setlocale(LC_CTYPE, "C.UTF-8");  // ICU reads templates in the character set of the process
     qz_LOG_LogConfig::SetCodePage("UTF-8");
     qz_Locale german = QZ_LOCALE_PROCESS;
     EXPECT_TRUE(qz_I18N_find_locale("de_DE", german));
@@ -157,6 +156,8 @@ class LibraryRoundTrip : public qz_test::SettingsTest {
   RenderingPaths path_ = RenderingPaths::kIcu;
 
  private:
+  qz_test::CLocale locale_{"C.UTF-8"};  // ICU reads templates in the character set of the process
+
   /// All values of a type are the same, whatever the attribute is called; only the entry's own time differs.
   static std::string probe_key(qz_AttributeType type, const std::string& name, char format) {
     return (name == "TIMESTAMP" ? name : std::string(short_type_name(type))) + ":" + format;
@@ -192,7 +193,6 @@ std::set<std::uint32_t> diagnosed_entries(const CompileResult& result) {
 
 TEST_F(LibraryRoundTrip, RandomModel_AfterYamlAndCompiledFile_IsTheSame) {
   qz_test::SeededRandom random;
-  SCOPED_TRACE(random.trace());
   for (int i = 0; i < qz_test::rounds(50) && !HasFailure(); ++i) {
     RandomModel made = random_model::make_model(random);
     const CompileResult result = compile_source(random_model::to_yaml(made.model, random), "random.yaml", {});
@@ -221,7 +221,6 @@ TEST_F(LibraryRoundTrip, RandomModel_AfterYamlAndCompiledFile_IsTheSame) {
 
 TEST_F(LibraryRoundTrip, RandomModel_Loaded_HasTheSameAttributesAndMasks) {
   qz_test::SeededRandom random;
-  SCOPED_TRACE(random.trace());
   for (int i = 0; i < qz_test::rounds(20) && !HasFailure(); ++i) {
     const RandomModel made = random_model::make_model(random);
     const CompileResult result = compile_source(random_model::to_yaml(made.model, random), "random.yaml", {});
@@ -291,7 +290,6 @@ class MessageChecker {
 
 TEST_F(LibraryRoundTrip, RandomModel_OnEachPath_ShowsEveryMessageAsWritten) {
   qz_test::SeededRandom random;
-  SCOPED_TRACE(random.trace());
   random_model::ModelOptions options;
   options.messages = random_model::MessageKind::kEverywhere;
   for (const RenderingPaths path : {RenderingPaths::kIcu, RenderingPaths::kNarrow}) {
@@ -325,7 +323,6 @@ RandomModel without(const RandomModel& made, const std::set<std::uint32_t>& ids)
 /// For `--path both` a warning means that one of the paths shows another text; without one, both show it.
 TEST_F(LibraryRoundTrip, AnyText_WithoutAWarning_SurvivesOnThePathsAskedFor) {
   qz_test::SeededRandom random;
-  SCOPED_TRACE(random.trace());
   random_model::ModelOptions options;
   options.entries = 5000;
   options.messages = random_model::MessageKind::kAnything;

@@ -271,7 +271,6 @@ class LibraryAnswers {
 
 TEST_F(TemplateJudgeRandom, RandomTemplates_RenderExactlyWhereTheJudgeSaysSo) {
   qz_test::SeededRandom random;
-  SCOPED_TRACE(random.trace());
   RandomTemplates drawn(random);
   std::vector<std::string> templates(static_cast<std::size_t>(qz_test::rounds(4000)));
   for (std::string& text : templates) text = drawn.draw();

@@ -5,7 +5,7 @@
 #include <time.h>
 
 #include "qzlog/qz_time.h"
-#include "tests/tools/scoped_variable.h"
+#include "tests/support/scoped_environment.h"
 
 namespace {
 
@@ -43,7 +43,7 @@ TEST(CalendarDay, NumbersThatNoCalendarTypeHolds_AreRefused) {
 
 TEST(CalendarDay, Today_IsTheLocalOne) {
   for (const char* const zone : {"Pacific/Kiritimati", "Pacific/Niue", "Asia/Kathmandu"}) {
-    const qzlog_test::ScopedVariable variable("TZ", zone);
+    const qz_test::SetEnv variable("TZ", zone);
     ::tzset();
     const auto local = [] {
       qz_Time now = qz_Time::now();

@@ -11,16 +11,19 @@
 #include <fstream>
 #include <string>
 
+#include "tests/support/scoped_environment.h"
 #include "tests/tools/command_fixture.h"
 #include "tests/tools/count/counter_bytes.h"
 #include "tools/system/file_descriptor.h"
 
 namespace {
 
+using qz_test::read_file;
+using qz_test::SetEnv;
+using qz_test::UnsetEnv;
 using qzlog_test::CommandFixture;
 using qzlog_test::CommandResult;
 using qzlog_test::counter_bytes;
-using qzlog_test::TemporaryFolder;
 
 constexpr const char* kDefinitions = R"yaml(
 version: "1.0"
@@ -44,12 +47,13 @@ const std::string kEvents = counter_bytes({{2026, 11, 21, 1001, 40},
 class CountShow : public CommandFixture {
  protected:
   CountShow() {
-    ::unsetenv("COLUMNS");
     write("d.yaml", kDefinitions);
     write("events.cnt", kEvents);
   }
 
   CommandResult show(const std::string& arguments) const { return run("$QZLOG count show " + arguments); }
+
+  UnsetEnv no_columns_{"COLUMNS"};
 };
 
 /// QZLOG_REWRITE_GOLDEN=1 writes what the command gives now into the file; look at the difference before keeping it.
@@ -59,7 +63,7 @@ void expect_golden(const CommandResult& result, const std::string& name) {
                            "/" +
                            name;
   if (std::getenv("QZLOG_REWRITE_GOLDEN") != nullptr) std::ofstream(path, std::ios::binary) << result.out;
-  EXPECT_EQ(result.out, TemporaryFolder::read_path(path)) << name;
+  EXPECT_EQ(result.out, read_file(path)) << name;
   EXPECT_NE(result.out, "");
   EXPECT_EQ(result.err, "");
   EXPECT_EQ(result.status, 0);
@@ -87,7 +91,7 @@ TEST_F(CountShow, Chart_InDifferentWidths) {
 TEST_F(CountShow, ColumnsThatAreNoWidth_AreIgnored) {
   const std::string expected = show("events.cnt --chart").out;
   for (const char* const columns : {"", "0", "-5", "wide", "10001", "4e1"}) {
-    ::setenv("COLUMNS", columns, 1);
+    const SetEnv variable("COLUMNS", columns);
     EXPECT_EQ(show("events.cnt --chart").out, expected) << columns;
   }
 }
@@ -251,7 +255,7 @@ TEST_F(CountShow, ChartOnATerminal_HasItsWidth) {
   const std::string file = folder_.write("day.cnt", counter_bytes({2026, 11, 21, 1, 5}));
   EXPECT_EQ(on_a_terminal(20, file), "2026-11-21  5 ██████\r\n");
   EXPECT_EQ(on_a_terminal(24, file), "2026-11-21  5 ██████████\r\n");
-  ::setenv("COLUMNS", "16", 1);
+  const SetEnv columns("COLUMNS", "16");
   EXPECT_EQ(on_a_terminal(24, file), "2026-11-21  5 ██\r\n");
 }
 

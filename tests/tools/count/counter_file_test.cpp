@@ -8,12 +8,12 @@
 
 #include <filesystem>
 #include <map>
-#include <random>
 #include <string>
 
-#include "tests/support/descriptor_limit.h"
+#include "tests/support/resource_limit.h"
+#include "tests/support/seeded_random.h"
+#include "tests/support/temp_dir.h"
 #include "tests/tools/count/counter_bytes.h"
-#include "tests/tools/temporary_folder.h"
 #include "tools/system/command_error.h"
 
 namespace {
@@ -64,7 +64,7 @@ TEST(CounterPath, NoName_IsRefused) {
 
 class CounterFileTest : public ::testing::Test {
  protected:
-  CounterPath path() const { return parse_counter_path((folder_.path() / "events").string()); }
+  CounterPath path() const { return parse_counter_path(folder_.path("events")); }
   std::string bytes() const { return folder_.read("events.cnt"); }
   std::string refusal(MissingCounter missing) const {
     try {
@@ -78,7 +78,7 @@ class CounterFileTest : public ::testing::Test {
 
   static CalendarDay day(const char* text) { return *parse_day(text); }
 
-  qzlog_test::TemporaryFolder folder_;
+  qz_test::TempDir folder_;
 };
 
 TEST_F(CounterFileTest, Increase_DaysThatAlternateUnderOneKeyAreCountedApart) {
@@ -91,13 +91,13 @@ TEST_F(CounterFileTest, Increase_DaysThatAlternateUnderOneKeyAreCountedApart) {
 }
 
 TEST_F(CounterFileTest, Increase_RandomSequenceGivesWhatAPlainTableHolds) {
-  std::mt19937 random(3);
+  qz_test::SeededRandom random;
   std::map<std::pair<CalendarDay, std::int32_t>, std::uint32_t> table;
   CounterFile file(path(), MissingCounter::kCreate);
   const CalendarDay days[] = {day("2026-11-21"), day("2026-11-22"), day("2025-01-31")};
   for (int round = 0; round < 2000; ++round) {
-    const std::pair combination{days[random() % 3], static_cast<std::int32_t>(random() % 2) - 1};
-    const auto times = static_cast<std::uint32_t>(random() % 3);
+    const std::pair combination{days[random.below(3)], static_cast<std::int32_t>(random.between(-1, 0))};
+    const auto times = static_cast<std::uint32_t>(random.below(3));
     file.increase(combination.first, combination.second, times);
     if (times != 0) table[combination] += times;
   }

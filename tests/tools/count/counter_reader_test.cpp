@@ -4,20 +4,20 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include <random>
 #include <string>
 #include <thread>
 
+#include "tests/support/seeded_random.h"
+#include "tests/support/temp_dir.h"
 #include "tests/tools/count/counter_bytes.h"
-#include "tests/tools/temporary_folder.h"
 #include "tools/system/command_error.h"
 #include "tools/system/file_descriptor.h"
 
 namespace {
 
+using qz_test::TempDir;
 using qzlog_test::counter_bytes;
 using qzlog_test::CounterBytes;
-using qzlog_test::TemporaryFolder;
 using qzlog_tool::DayCount;
 using qzlog_tool::FileDescriptor;
 
@@ -47,7 +47,7 @@ Content read_descriptor(int descriptor) {
 }
 
 Content read_bytes(const std::string& bytes) {
-  const TemporaryFolder folder;
+  const TempDir folder;
   const FileDescriptor file = qzlog_tool::open_input(folder.write("x.cnt", bytes));
   return read_descriptor(file.get());
 }
@@ -173,10 +173,10 @@ TEST(ReadCounts, FileLargerThanAnyBuffer_IsReadWhole) {
 }
 
 TEST(ReadCounts, RandomBytes_GiveOnlyRealDatesOrDamage) {
-  std::mt19937 random(20261121);
+  qz_test::SeededRandom random;
   for (int round = 0; round < 200; ++round) {
-    std::string bytes(random() % 400, '\0');
-    for (char& byte : bytes) byte = static_cast<char>(random() % 3 == 0 ? random() % 256 : random() % 33);
+    std::string bytes(random.below(400), '\0');
+    for (char& byte : bytes) byte = static_cast<char>(random.below(3) == 0 ? random.below(256) : random.below(33));
     const Content content = read_bytes(bytes);
     EXPECT_EQ(content.records, bytes.size() / 32);
     EXPECT_EQ(content.counts, "") << "round " << round;  // a size field of 32 by chance is one in many millions
@@ -185,8 +185,8 @@ TEST(ReadCounts, RandomBytes_GiveOnlyRealDatesOrDamage) {
 }
 
 TEST(ReadCounts, Folder_ThrowsWithReason) {
-  const TemporaryFolder folder;
-  const FileDescriptor file = qzlog_tool::open_input(folder.path().string());
+  const TempDir folder;
+  const FileDescriptor file = qzlog_tool::open_input(folder.path());
   try {
     read_descriptor(file.get());
     FAIL() << "no exception";

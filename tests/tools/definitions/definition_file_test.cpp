@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "tests/tools/temporary_folder.h"
+#include "tests/support/temp_dir.h"
 #include "tools/system/command_error.h"
 
 namespace {
@@ -30,7 +30,7 @@ class DefinitionFileTest : public ::testing::Test {
  protected:
   std::string write(const std::string& name, const std::string& content) const { return folder_.write(name, content); }
 
-  qzlog_test::TemporaryFolder folder_;
+  qz_test::TempDir folder_;
 };
 
 TEST_F(DefinitionFileTest, BeginningOrName_TellCompiledFromSource) {
@@ -63,8 +63,7 @@ TEST_F(DefinitionFileTest, BeginningOrName_TellCompiledFromSource) {
 TEST_F(DefinitionFileTest, FileThatCannotBeRead_IsNamedWithTheReason) {
   EXPECT_EQ(failure_of(read_definition_file, "absent.yaml"), "cannot open 'absent.yaml': No such file or directory");
   EXPECT_EQ(failure_of(read_definition_file, ""), "cannot open '': No such file or directory");
-  EXPECT_EQ(failure_of(read_definition_file, folder_.path().string()),
-            "cannot read '" + folder_.path().string() + "': Is a directory");
+  EXPECT_EQ(failure_of(read_definition_file, folder_.path()), "cannot read '" + folder_.path() + "': Is a directory");
   EXPECT_EQ(failure_of(read_definition_file, "git:HEAD"), "'git:HEAD' lacks a path; write git:REV:PATH");
 }
 

@@ -8,32 +8,20 @@
 #include <string>
 #include <vector>
 
-#include "tests/tools/signal_action.h"
-#include "tests/tools/temporary_folder.h"
+#include "tests/support/signal_action.h"
+#include "tests/support/temp_dir.h"
+#include "tests/support/working_folder.h"
 #include "tools/system/child_process.h"
 #include "tools/system/command_error.h"
 
 namespace {
 
+using qz_test::WorkingFolder;
 using qzlog_tool::CommandError;
 using qzlog_tool::read_git_object;
 
 constexpr const char* kOldSource = "version: \"1.0\"\nentries:\n  - {id: 7, name: FULL, message: \"old\"}\n";
 constexpr const char* kNewSource = "version: \"1.1\"\nentries:\n  - {id: 7, name: FULL, message: \"new\"}\n";
-
-/// Makes a folder the working folder as long as it lives.
-class WorkingFolder {
- public:
-  explicit WorkingFolder(const std::filesystem::path& folder) : before_(std::filesystem::current_path()) {
-    std::filesystem::current_path(folder);
-  }
-  WorkingFolder(const WorkingFolder&) = delete;
-  WorkingFolder& operator=(const WorkingFolder&) = delete;
-  ~WorkingFolder() { std::filesystem::current_path(before_); }
-
- private:
-  std::filesystem::path before_;
-};
 
 std::string failure_of(const std::string& argument) {
   try {
@@ -49,7 +37,7 @@ std::string failure_of(const std::string& argument) {
 class GitObject : public ::testing::Test {
  protected:
   GitObject() : working_folder_(folder_.path()) {
-    std::filesystem::create_directory(folder_.path() / "dir");
+    std::filesystem::create_directory(folder_.path("dir"));
     git({"init", "--quiet"});
     folder_.write("dir/events.yaml", kOldSource);
     git({"add", "."});
@@ -63,7 +51,7 @@ class GitObject : public ::testing::Test {
     if (qzlog_tool::run_program(std::move(arguments)).status != 0) throw std::runtime_error("git has failed");
   }
 
-  qzlog_test::TemporaryFolder folder_;
+  qz_test::TempDir folder_;
   WorkingFolder working_folder_;
 };
 
@@ -77,14 +65,14 @@ TEST_F(GitObject, NoRevision_GivesTheIndex) {
 }
 
 TEST_F(GitObject, RelativePath_CountsFromTheWorkingFolder) {
-  const WorkingFolder inside(folder_.path() / "dir");
+  const WorkingFolder inside(folder_.path("dir"));
   EXPECT_EQ(read_git_object("git:HEAD:./events.yaml"), kOldSource);
 }
 
 TEST_F(GitObject, ShellCharacters_AreNotInterpreted) {
   EXPECT_EQ(failure_of("git:HEAD:$(touch made)"),
             "cannot read 'git:HEAD:$(touch made)': git has failed with status 128");
-  EXPECT_FALSE(std::filesystem::exists(folder_.path() / "made"));
+  EXPECT_FALSE(std::filesystem::exists(folder_.path("made")));
 }
 
 TEST_F(GitObject, FileNamedLikeTheObject_IsNotTakenForAPath) {
@@ -95,7 +83,7 @@ TEST_F(GitObject, FileNamedLikeTheObject_IsNotTakenForAPath) {
 TEST_F(GitObject, RevisionLikeAnOption_IsRefused) {
   EXPECT_EQ(failure_of("git:--output=made:dir/events.yaml"),
             "'git:--output=made:dir/events.yaml': a revision does not begin with '-'");
-  EXPECT_FALSE(std::filesystem::exists(folder_.path() / "made"));
+  EXPECT_FALSE(std::filesystem::exists(folder_.path("made")));
 }
 
 TEST_F(GitObject, Folder_IsNoDefinition) {
@@ -104,7 +92,7 @@ TEST_F(GitObject, Folder_IsNoDefinition) {
 
 // What the parent of this process has set must not change what is read.
 TEST_F(GitObject, IgnoredSigchld_DoesNotMatter) {
-  const qzlog_test::SignalAction ignored(SIGCHLD, SIG_IGN);
+  const qz_test::SignalAction ignored(SIGCHLD, SIG_IGN);
   EXPECT_EQ(read_git_object("git:HEAD:dir/events.yaml"), kOldSource);
 }
 
@@ -121,12 +109,12 @@ class HostileRepository : public GitObject {
     become_partial();
   }
 
-  std::string marks() const { return (folder_.path() / "marks").string(); }
+  std::string marks() const { return folder_.path("marks"); }
   bool has_marks() const { return !std::filesystem::is_empty(marks()); }
 
   /// A name of the program, by which its mark tells what has called it.
   std::string program(const std::string& name) const {
-    const std::filesystem::path link = folder_.path() / name;
+    const std::filesystem::path link = folder_.path(name);
     std::filesystem::create_symlink("program", link);
     return link.string();
   }
@@ -149,9 +137,10 @@ class HostileRepository : public GitObject {
   void add_hooks() const {
     for (const char* const hook : {"post-index-change", "fsmonitor-watchman", "reference-transaction", "pre-auto-gc",
                                    "post-checkout", "query-watchman"}) {
-      std::filesystem::create_symlink(program(std::string("hook.") + hook), folder_.path() / ".git/hooks" / hook);
+      std::filesystem::create_symlink(program(std::string("hook.") + hook),
+                                      std::filesystem::path(folder_.path(".git/hooks")) / hook);
     }
-    git({"config", "core.hooksPath", (folder_.path() / ".git/hooks").string()});
+    git({"config", "core.hooksPath", folder_.path(".git/hooks")});
   }
 
   /// The repository says that it is a partial clone, so that git would ask "origin" for what is not there.
@@ -160,7 +149,8 @@ class HostileRepository : public GitObject {
     git({"config", "extensions.partialClone", "origin"});
     git({"config", "remote.origin.promisor", "true"});
     const std::string object = qzlog_tool::run_program({"git", "rev-parse", "HEAD:dir/events.yaml"}).output;
-    lost_ = folder_.path() / ".git/objects" / object.substr(0, 2) / object.substr(2, object.find('\n') - 2);
+    lost_ = std::filesystem::path(folder_.path(".git/objects")) / object.substr(0, 2) /
+            object.substr(2, object.find('\n') - 2);
   }
 
   std::filesystem::path lost_;
@@ -175,9 +165,8 @@ TEST_F(HostileRepository, Objects_AreReadAndNoProgramRuns) {
 }
 
 TEST_F(HostileRepository, MissingObject_IsNotFetched) {
-  for (const std::string& url :
-       {folder_.path().string(), "ext::" + (folder_.path() / "ext").string(), std::string("ssh://host/path"),
-        std::string("git://localhost:1/path"), std::string("marked::path")}) {
+  for (const std::string& url : {folder_.path(), "ext::" + folder_.path("ext"), std::string("ssh://host/path"),
+                                 std::string("git://localhost:1/path"), std::string("marked::path")}) {
     std::filesystem::remove_all(marks());
     std::filesystem::create_directory(marks());
     git({"config", "remote.origin.url", url});

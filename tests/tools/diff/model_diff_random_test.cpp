@@ -73,7 +73,6 @@ constexpr int kRounds = 20;
 
 TEST(ModelDiffRandom, OneChange_IsTheOnlyOneReported) {
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   for (const Mutation& mutation : all_mutations()) {
     for (int round = 0; round < kRounds; ++round) {
       const Mutated mutated = mutate(mutation, random);
@@ -84,7 +83,6 @@ TEST(ModelDiffRandom, OneChange_IsTheOnlyOneReported) {
 
 TEST(ModelDiffRandom, OneChangeInCompiledFiles_IsReportedWhereTheyKnowIt) {
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   for (const Mutation& mutation : all_mutations()) {
     if (mutation.rule == DiffRule::kEntryRenumbered) continue;  // without names: one entry gone, another added
     for (int round = 0; round < kRounds; ++round) {
@@ -111,7 +109,6 @@ TEST(ModelDiffRandom, EveryModelRule_HasAMutation) {
 
 TEST(ModelDiffRandom, SameModel_HasNoChange) {
   SeededRandom random;
-  SCOPED_TRACE(random.trace());
   for (int round = 0; round < 10 * kRounds; ++round) {
     const DefinitionModel model = lowered(random_model(random));
     DefinitionModel shuffled = model;

@@ -91,7 +91,6 @@ TEST(WriteAnnotation, EveryPrefix_IsCoveredOnce) {
 
 TEST(WriteAnnotation, DamagedFiles_AreCoveredOnce) {
   qz_test::SeededRandom random;
-  SCOPED_TRACE(random.trace());
   RandomStoredModel maker(random);
   for (int round = 0; round < qz_test::rounds(3000); ++round) {
     const std::string bytes = damaged(write_ldf(maker.make()), random);

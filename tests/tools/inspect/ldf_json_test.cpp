@@ -6,8 +6,8 @@
 #include <ostream>
 #include <streambuf>
 
-#include "tests/support/address_space_limit.h"
 #include "tests/support/ldf_file.h"
+#include "tests/support/resource_limit.h"
 #include "tests/tools/compiler/example_model.h"
 #include "tests/tools/compiler/random_stored_model.h"
 #include "tests/tools/inspect/ldf_forms.h"
@@ -112,7 +112,6 @@ TEST(WriteJson, RepeatedTexts_EachHasItsBytes) {
 
 TEST(WriteJson, AnyFile_IsWellFormed) {
   qz_test::SeededRandom random;
-  SCOPED_TRACE(random.trace());
   RandomStoredModel maker(random);
   for (int round = 0; round < 1000; ++round) {
     const std::string whole = write_ldf(maker.make());

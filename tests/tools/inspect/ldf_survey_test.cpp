@@ -177,7 +177,6 @@ TEST(LdfSurvey, HugeCounts_EndWithTheFile) {
 
 TEST(LdfSurvey, AgreesWithTheStrictReader_OnWhetherAFileIsWhole) {
   qz_test::SeededRandom random;
-  SCOPED_TRACE(random.trace());
   for (int round = 0; round < 20000; ++round) {
     const std::string bytes = damaged(example_bytes(), random);
     const LdfSurvey survey(bytes);

@@ -83,7 +83,6 @@ TEST(WriteTable, LongText_IsCutToTheColumnsAndWidensNoOtherRow) {
 
 TEST(WriteTable, AnyDamage_IsShownWithoutHarm) {
   qz_test::SeededRandom random;
-  SCOPED_TRACE(random.trace());
   RandomStoredModel maker(random);
   for (int round = 0; round < 2000; ++round) {
     const std::string text = table_of(damaged(write_ldf(maker.make()), random), 80);

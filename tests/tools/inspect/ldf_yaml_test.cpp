@@ -19,7 +19,6 @@ std::string compiled(const std::string& source) { return compile_source(source, 
 
 TEST(WriteYamlOfAFile, RandomFiles_CompileBackToTheSameBytes) {
   qz_test::SeededRandom random;
-  SCOPED_TRACE(random.trace());
   RandomStoredModel maker(random);
   for (int round = 0; round < 1000; ++round) {
     const std::string bytes = write_ldf(maker.make());
@@ -79,7 +78,6 @@ TEST(WriteYamlOfAFile, ObstacleInARecord_HasTheRecordsOffset) {
 
 TEST(WriteYamlOfAFile, AnyDamage_GivesASourceThatCompilesOrAnObstacle) {
   qz_test::SeededRandom random;
-  SCOPED_TRACE(random.trace());
   RandomStoredModel maker(random);
   for (int round = 0; round < 2000; ++round) {
     const std::string bytes = damaged(write_ldf(maker.make()), random);

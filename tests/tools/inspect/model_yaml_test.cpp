@@ -78,7 +78,6 @@ TEST(WriteYaml, NoEntries_GiveAnEmptyList) {
 
 TEST(WriteYaml, RandomModels_CompileBackToTheSameFile) {
   qz_test::SeededRandom random;
-  SCOPED_TRACE(random.trace());
   RandomStoredModel maker(random);
   for (int round = 0; round < qz_test::rounds(2000); ++round) {
     const DefinitionModel model = maker.make();

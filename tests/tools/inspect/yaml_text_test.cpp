@@ -45,7 +45,6 @@ TEST(YamlQuoted, EveryCharacter_IsReadBack) {
 
 TEST(YamlQuoted, RandomTexts_AreReadBack) {
   qz_test::SeededRandom random;
-  SCOPED_TRACE(random.trace());
   RandomStoredModel maker(random);
   for (int round = 0; round < 5000; ++round) {
     const std::string text = maker.text();

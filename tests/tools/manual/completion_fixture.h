@@ -15,7 +15,7 @@ class CompletionFixture : public CommandFixture {
     for (const char* const name : {"events.yaml", "events.ldf", "entries.jsonl", "disks.cnt", "notes.txt", "de.po"}) {
       write(name, "");
     }
-    std::filesystem::create_directory(folder_.path() / "more");
+    std::filesystem::create_directory(folder_.path("more"));
   }
 
   /// What is printed by a line of shell in which $DOCS is the folder of what was made. Nothing may go wrong.

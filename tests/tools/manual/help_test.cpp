@@ -34,7 +34,7 @@ TEST_F(Help, EveryCommand_IsTheGoldenFile) {
     const std::filesystem::path path = std::filesystem::path(QZLOG_GOLDEN "/help") / file_name(command);
     const std::string shown = help(command);
     if (std::getenv("QZLOG_REWRITE_GOLDEN") != nullptr) std::ofstream(path, std::ios::binary) << shown;
-    EXPECT_EQ(shown, qzlog_test::TemporaryFolder::read_path(path)) << path;
+    EXPECT_EQ(shown, qz_test::read_file(path)) << path;
     EXPECT_NE(shown.find("\nUsage: " + command + " "), std::string::npos) << shown;
   }
 }

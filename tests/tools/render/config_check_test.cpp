@@ -5,7 +5,7 @@
 #include <string>
 
 #include "qzlog/logcfg.h"
-#include "tests/tools/temporary_folder.h"
+#include "tests/support/temp_dir.h"
 
 namespace {
 
@@ -40,7 +40,7 @@ const Case kCases[] = {
 };
 
 TEST(CheckConfig, Warnings_AreTrueOfTheLibrary) {
-  const qzlog_test::TemporaryFolder folder;
+  const qz_test::TempDir folder;
   for (const Case& row : kCases) {
     SCOPED_TRACE(row.content);
     const std::string path = folder.write("c.conf", row.content);

@@ -11,8 +11,8 @@
 
 namespace {
 
+using qz_test::read_file;
 using qzlog_test::CommandResult;
-using qzlog_test::TemporaryFolder;
 
 const std::filesystem::path kCorpora = QZLOG_CORPORA;
 
@@ -52,7 +52,7 @@ class Corpora : public qzlog_test::CommandFixture, public ::testing::WithParamIn
 
   // Byte for byte; the first line that differs says more than two long texts.
   static void expect_messages(const CommandResult& result) {
-    const std::string expected = TemporaryFolder::read_path(file(".expected"));
+    const std::string expected = read_file(file(".expected"));
     ASSERT_FALSE(expected.empty());
     EXPECT_EQ(result.err, "");
     EXPECT_EQ(result.status, 0);

@@ -1,12 +1,12 @@
 #include "tools/render/entry_builder.h"
 
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
 #include <string>
 
 #include "qzlog/logcfg.h"
-#include "tests/tools/temporary_folder.h"
+#include "tests/support/scoped_environment.h"
+#include "tests/support/temp_dir.h"
 #include "tools/definitions/loaded_definitions.h"
 #include "tools/render/entry_error.h"
 #include "tools/render/json_entry.h"
@@ -47,7 +47,6 @@ entries:
 class EntryBuilderTest : public ::testing::Test {
  protected:
   EntryBuilderTest() {
-    ::setenv("TZ", "Asia/Kathmandu", 1);
     const std::string path = folder_.write("every.yaml", kSource);
     definitions_ = qzlog_tool::load_definitions(path, "", qzlog_compiler::RenderingPaths::kIcu);
   }
@@ -74,7 +73,8 @@ class EntryBuilderTest : public ::testing::Test {
     return "accepted";
   }
 
-  qzlog_test::TemporaryFolder folder_;
+  qz_test::TimeZone zone_{"Asia/Kathmandu"};
+  qz_test::TempDir folder_;
   qzlog_tool::LoadedDefinitions definitions_;
   std::string padded_;
   qzlog_tool::JsonEntryParser parser_;

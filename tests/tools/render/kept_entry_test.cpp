@@ -1,14 +1,14 @@
 #include "tools/render/kept_entry.h"
 
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
-#include <random>
 #include <string>
 #include <vector>
 
 #include "qzlog/logcfg.h"
-#include "tests/tools/temporary_folder.h"
+#include "tests/support/scoped_environment.h"
+#include "tests/support/seeded_random.h"
+#include "tests/support/temp_dir.h"
 #include "tools/definitions/loaded_definitions.h"
 #include "tools/render/entry_builder.h"
 #include "tools/render/entry_error.h"
@@ -138,7 +138,6 @@ class Description : public qz_LOG_AttributeVisitor {
 class KeptEntryTest : public ::testing::Test {
  protected:
   KeptEntryTest() {
-    ::setenv("TZ", "America/St_Johns", 1);
     qz_LOG_LogConfig::SetICUEnabled(false);
     const std::string path = folder_.write("kept.yaml", kSource);
     definitions_ = qzlog_tool::load_definitions(path, "", qzlog_compiler::RenderingPaths::kNarrow);
@@ -169,7 +168,8 @@ class KeptEntryTest : public ::testing::Test {
 
   void expect_as_anew(const std::string& line) { ASSERT_EQ(built(builder_, line), built_anew(line)) << line; }
 
-  qzlog_test::TemporaryFolder folder_;
+  qz_test::TimeZone zone_{"America/St_Johns"};
+  qz_test::TempDir folder_;
   qzlog_tool::LoadedDefinitions definitions_;
   JsonEntryParser parser_;
   EntryBuilder builder_{&definitions_.names, nullptr};
@@ -197,20 +197,18 @@ TEST_F(KeptEntryTest, IdsThatShareAPlace_EachAsNew) {
 }
 
 TEST_F(KeptEntryTest, RandomLines_AsEntriesBuiltAnew) {
-  const auto seed = std::random_device()();
-  SCOPED_TRACE(seed);
-  std::mt19937 random(seed);
-  const auto one_of = [&random](const std::vector<std::string>& texts) { return texts[random() % texts.size()]; };
+  qz_test::SeededRandom random;
+  const auto one_of = [&random](const std::vector<std::string>& texts) { return texts[random.below(texts.size())]; };
   for (int round = 0; round < 5000; ++round) {
     std::string line = "{\"id\":" + one_of({"7", "7", "7", "71", "8", "\"SEVEN\"", "9", "\"NINE\""});
-    if (random() % 2 == 0) line += ",\"level\":" + std::to_string(random() % 10);
+    if (random.below(2) == 0) line += ",\"level\":" + std::to_string(random.below(10));
     // Winter and summer, so that the zone's fields change, and a text that is no time.
-    if (random() % 2 == 0) {
+    if (random.below(2) == 0) {
       line += ",\"time\":\"" + one_of({"2026-11-21T08:15:30Z", "2026-07-01T00:00:00Z", "2026-07-01T00:00:01Z", "now"}) +
               "\"";
     }
     std::string attributes;
-    for (std::size_t count = random() % 4; count > 0; --count) {
+    for (std::size_t count = random.below(4); count > 0; --count) {
       attributes +=
           (attributes.empty() ? "" : ",") +
           one_of({"\"A\":5", "\"A\":255", "\"A\":256", "\"A\":\"x\"", "\"B\":\"text\"", "\"B\":\"te\\u0078t\"",

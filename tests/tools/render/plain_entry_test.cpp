@@ -2,11 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include <random>
 #include <string>
 #include <vector>
 
 #include "tests/support/rounds.h"
+#include "tests/support/seeded_random.h"
 #include "tools/render/entry_error.h"
 #include "tools/render/json_entry.h"
 #include "tools/system/line_reader.h"
@@ -196,9 +196,7 @@ std::string outcome(Parse&& parse) {
 
 class PlainEntryOracle : public ::testing::Test {
  protected:
-  PlainEntryOracle() : seed_(std::random_device()()), random_(seed_) {}
-
-  std::size_t below(std::size_t count) { return random_() % count; }
+  std::size_t below(std::size_t count) { return random_.below(count); }
 
   void expect_same(const std::string& line) {
     const std::string text = padded(line);
@@ -271,14 +269,12 @@ class PlainEntryOracle : public ::testing::Test {
     return line + blanks() + "}" + blanks();
   }
 
-  unsigned seed_;
-  std::mt19937 random_;
+  qz_test::SeededRandom random_;
   JsonEntryParser parser_;
   JsonEntryParser general_;
 };
 
 TEST_F(PlainEntryOracle, RandomLines_AsTheGeneralParser) {
-  SCOPED_TRACE(seed_);
   PlainEntryScanner scanner;
   std::size_t plain = 0;
   for (int round = 0; round < qz_test::rounds(30000); ++round) {
@@ -291,7 +287,6 @@ TEST_F(PlainEntryOracle, RandomLines_AsTheGeneralParser) {
 
 TEST_F(PlainEntryOracle, DamagedLines_AsTheGeneralParser) {
   constexpr unsigned kByteStep = 256 / qz_test::rounds(256);
-  SCOPED_TRACE(seed_);
   const std::string line =
       R"({"id":1001,"level":3,"time":"2026-11-21T08:15:30Z","attributes":{"Name":"vol1","Free":-12345678,"On":true},"default":false})";
   for (std::size_t at = 0; at <= line.size(); ++at) {

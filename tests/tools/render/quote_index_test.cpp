@@ -2,9 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include <random>
 #include <string>
 #include <vector>
+
+#include "tests/support/seeded_random.h"
 
 namespace {
 
@@ -75,14 +76,12 @@ TEST(QuoteIndex, NextText_NothingOfTheLastIsLeft) {
 }
 
 TEST(QuoteIndex, RandomTexts_AsByteForByte) {
-  const auto seed = std::random_device()();
-  SCOPED_TRACE(seed);
-  std::mt19937 random(seed);
+  qz_test::SeededRandom random;
   QuoteIndex index(kMaximumBytes);
   for (int round = 0; round < 5000; ++round) {
-    std::string text(random() % (kMaximumBytes + 1), ' ');
-    const auto quotes_in_ten = random() % 11;
-    for (char& character : text) character = random() % 10 < quotes_in_ten ? '"' : 'a';
+    std::string text(random.below(kMaximumBytes + 1), ' ');
+    const auto quotes_in_ten = random.below(11);
+    for (char& character : text) character = random.below(10) < quotes_in_ten ? '"' : 'a';
     ASSERT_TRUE(read(index, text));
     ASSERT_EQ(places_of(index, text.size()), plain_places(text)) << text;
   }

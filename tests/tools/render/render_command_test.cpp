@@ -1,11 +1,10 @@
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
 #include <filesystem>
 #include <string>
 
+#include "tests/support/scoped_environment.h"
 #include "tests/tools/command_fixture.h"
-#include "tests/tools/scoped_variable.h"
 
 namespace {
 
@@ -82,7 +81,7 @@ TEST_F(RenderCommand, Numbers_OfEveryType) {
 TEST_F(RenderCommand, Times_OnTheLocalClock) {
   const std::string entries = R"({"id":1005,"time":"2026-11-21T23:15:30Z"})";
   expect_success(render(entries, "--no-icu"), "At 2026-11-22 05:00:30.\n");
-  ::setenv("TZ", "America/St_Johns", 1);
+  const qz_test::SetEnv zone("TZ", "America/St_Johns");
   expect_success(render(entries, "--no-icu"), "At 2026-11-21 19:45:30.\n");
 }
 
@@ -91,7 +90,7 @@ TEST_F(RenderCommand, Texts_AreUtf8WhateverTheProcesssLocaleIs) {
   const std::string message = "Größe <Käse> <日本 😀>\n";
   for (const char* const locale : {"C", "POSIX", "C.UTF-8", "xx_XX.nonsense", "de_DE.ISO-8859-1", ""}) {
     SCOPED_TRACE(locale);
-    ::setenv("LC_ALL", locale, 1);
+    const qz_test::SetEnv variable("LC_ALL", locale);
     expect_success(render(entry), message);
     expect_success(render(entry, "--no-icu"), message);
   }
@@ -168,7 +167,7 @@ TEST_F(RenderCommand, Auxiliary_SourceOrCompiledOnSourceOrCompiled) {
 }
 
 TEST_F(RenderCommand, Catalog_InARelativeFolderAndForALocale) {
-  std::filesystem::create_directory(folder_.path() / "messages");
+  std::filesystem::create_directory(folder_.path("messages"));
   write("root.txt", "root { STRING_TABLE { DISK_FULL { \"%s%Name% voll%_%TIMESTAMP%\" } } }");
   write("ja.txt", "ja { STRING_TABLE { DISK_FULL { \"\u6E80\u676F %s%Name%\" } } }");
   const CommandResult built = run("genrb --encoding UTF-8 -q -d messages root.txt ja.txt");
@@ -186,12 +185,12 @@ TEST_F(RenderCommand, MessageWithLineBreaks_IsOneLine) {
 }
 
 TEST_F(RenderCommand, TemporaryFile_IsGone) {
-  std::filesystem::create_directory(folder_.path() / "temporary");
-  const qzlog_test::ScopedVariable variable("TMPDIR", (folder_.path() / "temporary").string());
+  std::filesystem::create_directory(folder_.path("temporary"));
+  const qz_test::SetEnv variable("TMPDIR", folder_.path("temporary"));
   EXPECT_EQ(render(line(kFull)).status, 0);
   write("storage.yaml", "version: [");
   EXPECT_EQ(render(line(kFull)).status, 1);
-  EXPECT_TRUE(std::filesystem::is_empty(folder_.path() / "temporary"));
+  EXPECT_TRUE(std::filesystem::is_empty(folder_.path("temporary")));
 }
 
 TEST_F(RenderCommand, EntriesOverTwoBuffers_AreAllRendered) {

@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
 #include <string>
 
+#include "tests/support/scoped_environment.h"
 #include "tests/tools/command_fixture.h"
 #include "tests/tools/count/counter_bytes.h"
 #include "tests/tools/shown_line.h"
@@ -58,7 +58,7 @@ TEST_F(RenderCount, LocalMidnight_DividesTheDays) {
   };
   for (const auto& row : cases) {
     SCOPED_TRACE(row.zone);
-    ::setenv("TZ", row.zone, 1);
+    const qz_test::SetEnv zone("TZ", row.zone);
     write("events.cnt", "");
     expect_success(render(entry("1", row.before) + entry("1", row.after) + entry("1", row.after), "events"),
                    "one\none\none\n");
@@ -107,7 +107,7 @@ TEST_F(RenderCount, TwoRunsAtTheSameTime_LoseNothing) {
 
 TEST_F(RenderCount, EntryWithoutTime_CountsToday) {
   write("e.jsonl", "{\"id\":1}\n");
-  ::setenv("TZ", "Pacific/Kiritimati", 1);
+  const qz_test::SetEnv zone("TZ", "Pacific/Kiritimati");
   const CommandResult result =
       run("date +%F >before; $QZLOG render --definitions d.yaml --count events e.jsonl; date +%F >after; "
           "$QZLOG count show events --json | grep '\"day\"' | head -1");
@@ -118,7 +118,7 @@ TEST_F(RenderCount, EntryWithoutTime_CountsToday) {
 }
 
 TEST_F(RenderCount, TheZeroTime_IsATimeToo) {
-  ::setenv("TZ", "UTC", 1);
+  const qz_test::SetEnv zone("TZ", "UTC");
   expect_success(render(entry("1", "1970-01-01T00:00:00Z"), "events"), "one\n");
   EXPECT_EQ(read("events.cnt"), counter_bytes({1970, 1, 1, 1, 1}));
 }

@@ -111,7 +111,7 @@ TEST_F(RenderFilter, LongLine_IsWarnedAbout) {
 TEST_F(RenderFilter, ModificationTimeZero_IsWarnedAbout) {
   write("log.conf", "[global]\nLogLevelLow=9\n\n");
   const utimbuf zero = {0, 0};
-  ASSERT_EQ(::utime((folder_.path() / "log.conf").c_str(), &zero), 0);
+  ASSERT_EQ(::utime(folder_.path("log.conf").c_str(), &zero), 0);
   expect(render("--config log.conf --mask 1"), "one\none\ndebug\n",
          "log.conf: warning: its modification time is 0 (1970-01-01): nothing of it is read [config-never-read]\n"
          "entries: 6 read, 3 passed, 3 refused\n");

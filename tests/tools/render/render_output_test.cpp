@@ -10,6 +10,7 @@
 #include <fstream>
 #include <string>
 
+#include "tests/support/scoped_environment.h"
 #include "tests/tools/command_fixture.h"
 #include "tools/system/file_descriptor.h"
 
@@ -42,7 +43,7 @@ TEST_F(RenderOutput, ClosedOutput_IsAnErrorWithStatus2) {
 }
 
 TEST_F(RenderOutput, ReaderThatLeaves_EndsTheCommandQuietly) {
-  write_lines(folder_.path() / "entries.jsonl", 100'000);
+  write_lines(folder_.path("entries.jsonl"), 100'000);
   const CommandResult result =
       run("{ $QZLOG render --definitions storage.yaml entries.jsonl; echo $? >status; } | head -n 1");
   EXPECT_EQ(result.out, kMessage);
@@ -51,7 +52,7 @@ TEST_F(RenderOutput, ReaderThatLeaves_EndsTheCommandQuietly) {
 }
 
 TEST_F(RenderOutput, ReaderThatLeavesWithSigpipeIgnored_EndsTheCommandQuietly) {
-  write_lines(folder_.path() / "entries.jsonl", 100'000);
+  write_lines(folder_.path("entries.jsonl"), 100'000);
   const CommandResult result =
       run("{ trap '' PIPE; $QZLOG render --definitions storage.yaml entries.jsonl; echo $? >status; } | head -n 1");
   EXPECT_EQ(result.out, kMessage);
@@ -109,7 +110,7 @@ class Conversation {
 };
 
 TEST_F(RenderOutput, InputThatGoesOn_MessagesComeAtOnce) {
-  Conversation conversation((folder_.path() / "storage.yaml").string());
+  Conversation conversation(folder_.path("storage.yaml"));
   const std::string message = kMessage;
   conversation.say(kEntry);
   ASSERT_EQ(conversation.hear(message.size()), message);
@@ -140,9 +141,9 @@ TEST_F(RenderOutput, PeakMemory_DoesNotGrowWithTheLines) {
 #ifdef QZLOG_SANITIZED
   GTEST_SKIP() << "the sanitizers' own memory grows";
 #endif
-  const std::string definitions = (folder_.path() / "storage.yaml").string();
-  const std::filesystem::path few = folder_.path() / "few.jsonl";
-  const std::filesystem::path many = folder_.path() / "many.jsonl";
+  const std::string definitions = folder_.path("storage.yaml");
+  const std::filesystem::path few = folder_.path("few.jsonl");
+  const std::filesystem::path many = folder_.path("many.jsonl");
   write_lines(few, 50'000);
   write_lines(many, 500'000);
   EXPECT_LT(peak_memory(definitions, many.string()), peak_memory(definitions, few.string()) + 1024);
@@ -171,7 +172,7 @@ std::string on_a_terminal(const std::string& definitions, const std::string& ent
 }
 
 TEST_F(RenderOutput, ErrorOnATerminal_IsColoured) {
-  const std::string definitions = (folder_.path() / "storage.yaml").string();
+  const std::string definitions = folder_.path("storage.yaml");
   const std::string entries = folder_.write("entries.jsonl", "{}\n");
   EXPECT_EQ(on_a_terminal(definitions, entries),
             entries +
@@ -181,8 +182,8 @@ TEST_F(RenderOutput, ErrorOnATerminal_IsColoured) {
 }
 
 TEST_F(RenderOutput, ErrorOnATerminalWithNoColor_IsPlain) {
-  ::setenv("NO_COLOR", "1", 1);
-  const std::string definitions = (folder_.path() / "storage.yaml").string();
+  const qz_test::SetEnv no_color("NO_COLOR", "1");
+  const std::string definitions = folder_.path("storage.yaml");
   const std::string entries = folder_.write("entries.jsonl", "{}\n");
   EXPECT_EQ(on_a_terminal(definitions, entries), entries +
                                                      ":1: error: the entry has no 'id' [missing-id]\r\n"

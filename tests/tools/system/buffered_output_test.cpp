@@ -7,24 +7,25 @@
 #include <csignal>
 #include <string>
 
-#include "tests/tools/temporary_folder.h"
+#include "tests/support/signal_action.h"
+#include "tests/support/temp_dir.h"
 #include "tools/system/command_error.h"
 #include "tools/system/file_descriptor.h"
 
 namespace {
 
-using qzlog_test::TemporaryFolder;
+using qz_test::TempDir;
 using qzlog_tool::BufferedOutput;
 using qzlog_tool::CommandError;
 using qzlog_tool::FileDescriptor;
 
 class BufferedOutputTest : public ::testing::Test {
  protected:
-  BufferedOutputTest() : file_(::open((folder_.path() / "out").c_str(), O_WRONLY | O_CREAT, 0600)) {}
+  BufferedOutputTest() : file_(::open(folder_.path("out").c_str(), O_WRONLY | O_CREAT, 0600)) {}
 
   std::string written() const { return folder_.read("out"); }
 
-  TemporaryFolder folder_;
+  TempDir folder_;
   FileDescriptor file_;
 };
 
@@ -67,7 +68,7 @@ TEST(BufferedOutput, FullDevice_FlushThrowsWithNameAndReason) {
 }
 
 TEST(BufferedOutput, PipeWithoutReader_FlushThrowsWithoutText) {
-  ASSERT_NE(std::signal(SIGPIPE, SIG_IGN), SIG_ERR);
+  const qz_test::SignalAction no_signal(SIGPIPE, SIG_IGN);
   int ends[2];
   ASSERT_EQ(::pipe(ends), 0);
   ::close(ends[0]);

@@ -7,15 +7,15 @@
 #include <initializer_list>
 #include <string>
 
-#include "tests/tools/scoped_variable.h"
-#include "tests/tools/signal_action.h"
+#include "tests/support/scoped_environment.h"
+#include "tests/support/signal_action.h"
 #include "tools/system/command_error.h"
 #include "tools/system/memory_file.h"
 #include "tools/system/signal_delay.h"
 
 namespace {
 
-using qzlog_test::SignalAction;
+using qz_test::SignalAction;
 using qzlog_tool::CommandError;
 using qzlog_tool::ProgramResult;
 using qzlog_tool::run_program;
@@ -90,8 +90,8 @@ TEST(RunProgram, DescriptorsOfOurs_AreNotTheProgramsToo) {
 }
 
 TEST(RunProgram, Variables_ComeBeforeThoseOfTheEnvironment) {
-  const qzlog_test::ScopedVariable ours("QZLOG_TEST_OURS", "old");
-  const qzlog_test::ScopedVariable kept("QZLOG_TEST_KEPT", "kept");
+  const qz_test::SetEnv ours("QZLOG_TEST_OURS", "old");
+  const qz_test::SetEnv kept("QZLOG_TEST_KEPT", "kept");
   const ProgramResult result =
       run_program({"sh", "-c", "env | grep ^QZLOG_TEST | sort"}, qzlog_tool::ProgramErrors::kToOurs,
                   {"QZLOG_TEST_OURS=new", "QZLOG_TEST_NEW=x"});

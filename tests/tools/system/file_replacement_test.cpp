@@ -7,13 +7,13 @@
 #include <string>
 #include <vector>
 
-#include "tests/tools/resource_limit.h"
-#include "tests/tools/temporary_folder.h"
+#include "tests/support/resource_limit.h"
+#include "tests/support/temp_dir.h"
 #include "tools/system/command_error.h"
 
 namespace {
 
-using qzlog_test::TemporaryFolder;
+using qz_test::TempDir;
 using qzlog_tool::CommandError;
 using qzlog_tool::FileReplacement;
 
@@ -29,7 +29,7 @@ class FileReplacementTest : public ::testing::Test {
     return names;
   }
 
-  TemporaryFolder folder_;
+  TempDir folder_;
   const std::string target_ = folder_.write("target", "old");
 };
 
@@ -65,13 +65,13 @@ TEST_F(FileReplacementTest, Permissions_AreNeverWiderThanTheFiles) {
   const FileReplacement made(target_, "shown", 04600, "secret");
   for (const std::string& name : names()) {
     struct stat status = {};
-    ASSERT_EQ(::stat((folder_.path() / name).c_str(), &status), 0);
+    ASSERT_EQ(::stat(folder_.path(name).c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 07777, name == "target" ? status.st_mode & 07777 : 0600u) << name;
   }
 }
 
 TEST_F(FileReplacementTest, FullDisk_ThrowsAndLeavesNothing) {
-  const qzlog_test::ResourceLimit limit(RLIMIT_FSIZE, 1);
+  const qz_test::ResourceLimit limit(RLIMIT_FSIZE, 1);
   try {
     replacement("new");
     FAIL() << "no exception";

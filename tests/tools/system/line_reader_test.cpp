@@ -3,18 +3,18 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include <random>
 #include <string>
 #include <thread>
 #include <vector>
 
-#include "tests/tools/temporary_folder.h"
+#include "tests/support/seeded_random.h"
+#include "tests/support/temp_dir.h"
 #include "tools/system/command_error.h"
 #include "tools/system/file_descriptor.h"
 
 namespace {
 
-using qzlog_test::TemporaryFolder;
+using qz_test::TempDir;
 using qzlog_tool::CommandError;
 using qzlog_tool::FileDescriptor;
 using qzlog_tool::LineReader;
@@ -35,7 +35,7 @@ std::vector<std::string> read_all(int descriptor, std::size_t maximum_line_bytes
 
 std::vector<std::string> lines_of(std::string_view content,
                                   std::size_t maximum_line_bytes = LineReader::kMaximumLineBytes) {
-  const TemporaryFolder folder;
+  const TempDir folder;
   const FileDescriptor file = qzlog_tool::open_input(folder.write("input", content));
   return read_all(file.get(), maximum_line_bytes);
 }
@@ -84,7 +84,7 @@ TEST(LineReader, LineLongerThanTheFirstBuffer_IsReadWhole) {
 }
 
 TEST(LineReader, BehindALine_PaddingCanBeRead) {
-  const TemporaryFolder folder;
+  const TempDir folder;
   const FileDescriptor file = qzlog_tool::open_input(folder.write("input", "1234"));
   LineReader reader(file.get(), "input", 4);
   LineReader::Line line;
@@ -110,8 +110,8 @@ TEST(LineReader, ByteOrderMarkInPieces_IsSkipped) {
 }
 
 TEST(LineReader, Folder_ThrowsWithFileAndReason) {
-  const TemporaryFolder folder;
-  const FileDescriptor file = qzlog_tool::open_input(folder.path().string());
+  const TempDir folder;
+  const FileDescriptor file = qzlog_tool::open_input(folder.path());
   LineReader reader(file.get(), "some folder");
   try {
     reader.fill();
@@ -145,15 +145,13 @@ Lines simple_lines(const std::string& content, std::size_t maximum) {
 }
 
 TEST(LineReader, RandomContent_EqualsThePlainAlgorithm) {
-  const unsigned seed = std::random_device{}();
-  SCOPED_TRACE("seed " + std::to_string(seed));
-  std::mt19937 random(seed);
+  qz_test::SeededRandom random;
   for (int round = 0; round < 300; ++round) {
     std::string content;
-    const std::size_t size = random() % 200;
-    const auto line_feeds = 2 + random() % 30;
-    while (content.size() < size) content.push_back(random() % line_feeds == 0 ? '\n' : 'x');
-    const std::size_t maximum = 1 + random() % 40;
+    const std::size_t size = random.below(200);
+    const auto line_feeds = 2 + random.below(30);
+    while (content.size() < size) content.push_back(random.below(line_feeds) == 0 ? '\n' : 'x');
+    const std::size_t maximum = 1 + random.below(40);
     ASSERT_EQ(lines_of(content, maximum), simple_lines(content, maximum)) << content << " maximum " << maximum;
   }
 }

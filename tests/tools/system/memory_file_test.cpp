@@ -7,21 +7,21 @@
 #include <fstream>
 #include <string>
 
-#include "tests/tools/resource_limit.h"
-#include "tests/tools/temporary_folder.h"
+#include "tests/support/resource_limit.h"
+#include "tests/support/temp_dir.h"
 #include "tools/system/command_error.h"
 
 namespace {
 
-using qzlog_test::ResourceLimit;
-using qzlog_test::TemporaryFolder;
+using qz_test::read_file;
+using qz_test::ResourceLimit;
 using qzlog_tool::CommandError;
 using qzlog_tool::MemoryFile;
 
 TEST(MemoryFileTest, Bytes_AreReadThroughTheName) {
   const std::string bytes("a\0b\n", 4);
   const MemoryFile file(bytes);
-  EXPECT_EQ(TemporaryFolder::read_path(file.path()), bytes);
+  EXPECT_EQ(read_file(file.path()), bytes);
   EXPECT_EQ(file.content(), bytes);
 }
 
@@ -41,7 +41,7 @@ TEST(MemoryFileTest, TwoFiles_HaveTwoNames) {
   const MemoryFile one("1");
   const MemoryFile other("2");
   EXPECT_NE(one.path(), other.path());
-  EXPECT_EQ(TemporaryFolder::read_path(one.path()), "1");
+  EXPECT_EQ(read_file(one.path()), "1");
 }
 
 std::string failure_of(std::string_view bytes) {

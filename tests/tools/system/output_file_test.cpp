@@ -11,32 +11,29 @@
 #include <iterator>
 #include <string>
 
-#include "tests/tools/resource_limit.h"
-#include "tests/tools/temporary_folder.h"
+#include "tests/support/resource_limit.h"
+#include "tests/support/temp_dir.h"
 #include "tools/system/command_error.h"
 #include "tools/system/file_descriptor.h"
 #include "tools/system/memory_file.h"
 
 namespace qzlog_tool {
+using qz_test::read_file;
+
 namespace {
 
 namespace fs = std::filesystem;
 
 class WriteFile : public ::testing::Test {
  protected:
-  std::string path(const char* name) const { return (folder_.path() / name).string(); }
-
-  static std::string content(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-  }
+  std::string path(const char* name) const { return folder_.path(name); }
 
   std::size_t files() const {
     return static_cast<std::size_t>(std::distance(fs::directory_iterator(folder_.path()), fs::directory_iterator()));
   }
 
  private:
-  qzlog_test::TemporaryFolder folder_;
+  qz_test::TempDir folder_;
 };
 
 std::string error_of(const std::string& path) {
@@ -51,7 +48,7 @@ std::string error_of(const std::string& path) {
 
 TEST_F(WriteFile, NewFile_HoldsTheContentAndNothingIsLeftBeside) {
   write_file(path("f"), std::string_view("a\0b", 3));
-  EXPECT_EQ(content(path("f")), std::string("a\0b", 3));
+  EXPECT_EQ(read_file(path("f")), std::string("a\0b", 3));
   EXPECT_EQ(files(), 1U);
 }
 
@@ -70,7 +67,7 @@ TEST_F(WriteFile, OtherContentOfOneSize_IsReplacedAndKeepsItsPermissions) {
   write_file(path("f"), "abcd");
   ASSERT_EQ(::chmod(path("f").c_str(), 0640), 0);
   write_file(path("f"), "efgh");
-  EXPECT_EQ(content(path("f")), "efgh");
+  EXPECT_EQ(read_file(path("f")), "efgh");
   EXPECT_EQ(fs::status(path("f")).permissions(), static_cast<fs::perms>(0640));
 }
 
@@ -79,7 +76,7 @@ TEST_F(WriteFile, SymbolicLink_StaysALink) {
   fs::create_symlink("target", path("link"));
   write_file(path("link"), "new");
   EXPECT_TRUE(fs::is_symlink(path("link")));
-  EXPECT_EQ(content(path("target")), "new");
+  EXPECT_EQ(read_file(path("target")), "new");
 }
 
 TEST_F(WriteFile, SetUserAndGroupId_AreDropped) {
@@ -101,15 +98,15 @@ TEST_F(WriteFile, FileLeftBehindByAProcessWithThisId_DoesNotMatter) {
   const std::string leftover = path("f") + ".tmp" + std::to_string(::getpid());
   std::ofstream(leftover) << "half";
   write_file(path("f"), "whole");
-  EXPECT_EQ(content(path("f")), "whole");
-  EXPECT_EQ(content(leftover), "half");
+  EXPECT_EQ(read_file(path("f")), "whole");
+  EXPECT_EQ(read_file(leftover), "half");
 }
 
 TEST_F(WriteFile, NameAsLongAsANameMayBe_IsWritten) {
   const std::string file = path(std::string(NAME_MAX, 'n').c_str());
   write_file(file, "x");
   write_file(file, "y");
-  EXPECT_EQ(content(file), "y");
+  EXPECT_EQ(read_file(file), "y");
   EXPECT_EQ(files(), 1U);
 }
 
@@ -120,7 +117,7 @@ TEST_F(WriteFile, LinkToAFileThatDoesNotExist_IsFollowed) {
   write_file(path("link"), "new");
   EXPECT_TRUE(fs::is_symlink(path("link")));
   EXPECT_TRUE(fs::is_symlink(path("inside/next")));
-  EXPECT_EQ(content(path("target")), "new");
+  EXPECT_EQ(read_file(path("target")), "new");
 }
 
 TEST_F(WriteFile, LinksThatLeadInACircle_AreRefused) {
@@ -140,7 +137,7 @@ TEST_F(WriteFile, NameOfADescriptor_IsWrittenWhereTheDescriptorStands) {
   fs::create_symlink(name, path("link"));
   write_file(path("link"), "linked,");
   ASSERT_EQ(write_all(file.get(), "after", 5), 0);
-  EXPECT_EQ(content(path("f")), "before,named,linked,after");
+  EXPECT_EQ(read_file(path("f")), "before,named,linked,after");
 }
 
 /// What stands for an open file of the thread's in a folder that is not the one in which descriptors are looked for.
@@ -155,7 +152,7 @@ TEST_F(WriteFile, OpenFileThatNoNameLeadsTo_IsWrittenAsItIs) {
   ASSERT_EQ(write_all(removed.get(), "a longer text", 13), 0);
   ASSERT_EQ(::unlink(path("f").c_str()), 0);
   write_file(name_for_others(removed.get()), "new");
-  EXPECT_EQ(content(name_for_others(removed.get())), "new");
+  EXPECT_EQ(read_file(name_for_others(removed.get())), "new");
   const MemoryFile memory("old");
   write_file(name_for_others(memory.descriptor()), "in memory");
   EXPECT_EQ(memory.content(), "in memory");
@@ -168,15 +165,15 @@ TEST_F(WriteFile, FileInThePlaceOfOneThatWasRemoved_IsLeftAlone) {
   ASSERT_EQ(::unlink(path("f").c_str()), 0);
   std::ofstream(path("f (deleted)")) << "precious";
   write_file(name_for_others(removed.get()), "new");
-  EXPECT_EQ(content(name_for_others(removed.get())), "new");
-  EXPECT_EQ(content(path("f (deleted)")), "precious");
+  EXPECT_EQ(read_file(name_for_others(removed.get())), "new");
+  EXPECT_EQ(read_file(path("f (deleted)")), "precious");
 }
 
 TEST_F(WriteFile, FullDisk_LeavesTheFileAsItWasAndNothingBeside) {
   write_file(path("f"), "old");
-  const qzlog_test::ResourceLimit limit(RLIMIT_FSIZE, 0);
+  const qz_test::ResourceLimit limit(RLIMIT_FSIZE, 0);
   EXPECT_EQ(error_of(path("f")), "cannot write '" + path("f") + "': File too large");
-  EXPECT_EQ(content(path("f")), "old");
+  EXPECT_EQ(read_file(path("f")), "old");
   EXPECT_EQ(files(), 1U);
 }
 
@@ -185,25 +182,25 @@ TEST_F(WriteFile, OneOfSeveralFails_AllAreAsTheyWere) {
   const std::string missing = path("no/such/file");
   const OutputFile outputs[] = {{path("a"), "new"}, {path("b"), "new"}, {missing, "new"}};
   EXPECT_THROW(write_files(outputs), CommandError);
-  EXPECT_EQ(content(path("a")), "old");
+  EXPECT_EQ(read_file(path("a")), "old");
   EXPECT_EQ(files(), 1U);
 }
 
 TEST_F(WriteFile, Several_AreAllWritten) {
   const OutputFile outputs[] = {{path("a"), "1"}, {"/dev/null", "2"}, {path("b"), "3"}};
   write_files(outputs);
-  EXPECT_EQ(content(path("a")), "1");
-  EXPECT_EQ(content(path("b")), "3");
+  EXPECT_EQ(read_file(path("a")), "1");
+  EXPECT_EQ(read_file(path("b")), "3");
   EXPECT_EQ(files(), 2U);
 }
 
 TEST_F(WriteFile, NoDescriptorLeft_LeavesTheFileAsItWas) {
   write_file(path("f"), "old");
   {
-    const qzlog_test::ResourceLimit limit(RLIMIT_NOFILE, 3);
+    const qz_test::ResourceLimit limit(RLIMIT_NOFILE, 3);
     EXPECT_EQ(error_of(path("f")), "cannot write '" + path("f") + "': Too many open files");
   }
-  EXPECT_EQ(content(path("f")), "old");
+  EXPECT_EQ(read_file(path("f")), "old");
   EXPECT_EQ(files(), 1U);
 }
 

@@ -61,7 +61,7 @@ class ClosedDescriptors : public qzlog_test::CommandFixture {
   }
 
   void begin_anew(const ClosedCase& row) const {
-    for (const std::string& file : row.files) std::filesystem::remove(folder_.path() / file);
+    for (const std::string& file : row.files) std::filesystem::remove(folder_.path(file));
   }
 
   /// What the command does where all are open, and results cannot be written if they are not to be.
@@ -94,7 +94,7 @@ TEST_F(ClosedDescriptors, StandardInputThatIsRead_IsAnError) {
   const CommandResult result = run("$QZLOG compile - -o out.ldf <&-");
   EXPECT_EQ(result.status, 2);
   EXPECT_EQ(result.err, "qzlog: error: cannot read '-': Bad file descriptor\n");
-  EXPECT_FALSE(std::filesystem::exists(folder_.path() / "out.ldf"));
+  EXPECT_FALSE(std::filesystem::exists(folder_.path("out.ldf")));
 }
 
 using ProcessStart = ClosedDescriptors;

@@ -10,7 +10,7 @@
 #include <functional>
 #include <string>
 
-#include "tests/tools/temporary_folder.h"
+#include "tests/support/temp_dir.h"
 #include "tools/system/temporary_folder.h"
 
 namespace {
@@ -32,7 +32,7 @@ int end_of(const std::function<void()>& action) {
 bool is_killed_by(int status, int signal) { return WIFSIGNALED(status) && WTERMSIG(status) == signal; }
 
 TEST(SignalDelayTest, Signal_EndsTheProcessWhenTheOutermostDies) {
-  const qzlog_test::TemporaryFolder folder;
+  const qz_test::TempDir folder;
   for (const int signal : {SIGTERM, SIGINT, SIGHUP, SIGQUIT, SIGPIPE}) {
     const int status = end_of([&] {
       std::signal(signal, SIG_DFL);
@@ -48,7 +48,7 @@ TEST(SignalDelayTest, Signal_EndsTheProcessWhenTheOutermostDies) {
     });
     EXPECT_TRUE(is_killed_by(status, signal)) << signal;
     EXPECT_EQ(folder.read(std::to_string(signal)), "finished");
-    EXPECT_FALSE(std::filesystem::exists(folder.path() / "after")) << signal;
+    EXPECT_FALSE(std::filesystem::exists(folder.path("after"))) << signal;
   }
 }
 
@@ -81,7 +81,7 @@ TEST(SignalDelayTest, BlockedSignal_StaysBlocked) {
 }
 
 TEST(SignalDelayTest, TemporaryFolder_IsRemovedBeforeTheSignalComes) {
-  const qzlog_test::TemporaryFolder parent;
+  const qz_test::TempDir parent;
   const int status = end_of([&] {
     ::setenv("TMPDIR", parent.path().c_str(), 1);
     const qzlog_tool::TemporaryFolder folder;

@@ -6,25 +6,25 @@
 #include <filesystem>
 #include <string>
 
-#include "tests/tools/resource_limit.h"
-#include "tests/tools/scoped_variable.h"
-#include "tests/tools/temporary_folder.h"
+#include "tests/support/resource_limit.h"
+#include "tests/support/scoped_environment.h"
+#include "tests/support/temp_dir.h"
 #include "tools/system/command_error.h"
 
 namespace {
 
-using qzlog_test::ScopedVariable;
+using qz_test::SetEnv;
 
 TEST(TemporaryFolder, Lifetime_FolderIsThereThenGoneWithItsFiles) {
-  const qzlog_test::TemporaryFolder parent;
-  const ScopedVariable variable("TMPDIR", parent.path().string());
+  const qz_test::TempDir parent;
+  const SetEnv variable("TMPDIR", parent.path());
   std::string path;
   {
     const qzlog_tool::TemporaryFolder folder;
     path = folder.path();
     EXPECT_EQ(std::filesystem::path(path).parent_path(), parent.path());
     EXPECT_EQ(folder.add_file("file", "x"), path + "/file");
-    EXPECT_EQ(qzlog_test::TemporaryFolder::read_path(path + "/file"), "x");
+    EXPECT_EQ(qz_test::read_file(path + "/file"), "x");
     struct stat status = {};
     ASSERT_EQ(::stat(path.c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 0777, 0700u);
@@ -44,7 +44,7 @@ TEST(TemporaryFolder, MoreFilesThanAreReadAtOnce_AllGone) {
 
 TEST(TemporaryFolder, FullDisk_Throws) {
   const qzlog_tool::TemporaryFolder folder;
-  const qzlog_test::ResourceLimit limit(RLIMIT_FSIZE, 2);
+  const qz_test::ResourceLimit limit(RLIMIT_FSIZE, 2);
   try {
     folder.add_file("file", "xyz");
     FAIL() << "no exception";
@@ -54,7 +54,7 @@ TEST(TemporaryFolder, FullDisk_Throws) {
 }
 
 TEST(TemporaryFolder, NoPlace_Throws) {
-  const ScopedVariable variable("TMPDIR", "/nowhere/at/all");
+  const SetEnv variable("TMPDIR", "/nowhere/at/all");
   try {
     const qzlog_tool::TemporaryFolder folder;
     FAIL() << folder.path();

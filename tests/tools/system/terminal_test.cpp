@@ -3,22 +3,21 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <pty.h>
-#include <stdlib.h>
 #include <unistd.h>
 
+#include "tests/support/scoped_environment.h"
 #include "tools/system/file_descriptor.h"
 
 namespace {
 
+using qz_test::SetEnv;
+using qz_test::UnsetEnv;
 using qzlog_tool::FileDescriptor;
 
 // Puts a new terminal in the place of stderr.
 class TerminalTest : public ::testing::Test {
  protected:
-  TerminalTest() : stderr_(::dup(STDERR_FILENO)) {
-    ::unsetenv("NO_COLOR");
-    ::setenv("TERM", "xterm", 1);
-  }
+  TerminalTest() : stderr_(::dup(STDERR_FILENO)) {}
   ~TerminalTest() override { ::dup2(stderr_.get(), STDERR_FILENO); }
 
   void use_terminal() {
@@ -30,6 +29,8 @@ class TerminalTest : public ::testing::Test {
     ASSERT_EQ(::dup2(terminal, STDERR_FILENO), STDERR_FILENO);
   }
 
+  UnsetEnv colour_wanted_{"NO_COLOR"};
+  SetEnv kind_of_terminal_{"TERM", "xterm"};
   FileDescriptor stderr_;
   FileDescriptor controller_{-1};
 };
@@ -41,19 +42,19 @@ TEST_F(TerminalTest, Colour_OnATerminal) {
 
 TEST_F(TerminalTest, Colour_NotWithNoColor) {
   use_terminal();
-  ::setenv("NO_COLOR", "1", 1);
+  const SetEnv no_color("NO_COLOR", "1");
   EXPECT_FALSE(qzlog_tool::stderr_has_colour());
 }
 
 TEST_F(TerminalTest, Colour_WithEmptyNoColor) {
   use_terminal();
-  ::setenv("NO_COLOR", "", 1);
+  const SetEnv no_color("NO_COLOR", "");
   EXPECT_TRUE(qzlog_tool::stderr_has_colour());
 }
 
 TEST_F(TerminalTest, Colour_NotOnADumbTerminal) {
   use_terminal();
-  ::setenv("TERM", "dumb", 1);
+  const SetEnv dumb("TERM", "dumb");
   EXPECT_FALSE(qzlog_tool::stderr_has_colour());
 }
 

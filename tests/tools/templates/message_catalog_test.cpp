@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/tools/temporary_folder.h"
+#include "tests/support/temp_dir.h"
 #include "tools/system/command_error.h"
 
 namespace {
@@ -21,12 +21,12 @@ class MessageCatalog : public ::testing::Test {
   void build(const std::string& locale, const std::string& content) const {
     const std::string source = folder_.write(locale + ".txt", locale + " { " + content + " }");
     const std::string line =
-        "genrb --quiet --encoding UTF-8 --destdir '" + folder_.path().string() + "' '" + source + "' >/dev/null";
+        "genrb --quiet --encoding UTF-8 --destdir '" + folder_.path() + "' '" + source + "' >/dev/null";
     ASSERT_EQ(std::system(line.c_str()), 0);
   }
-  std::vector<CatalogBundle> read() const { return read_catalog(folder_.path().string()); }
+  std::vector<CatalogBundle> read() const { return read_catalog(folder_.path()); }
 
-  qzlog_test::TemporaryFolder folder_;
+  qz_test::TempDir folder_;
 };
 
 TEST_F(MessageCatalog, Bundles_RootFirstThenByName) {
@@ -94,9 +94,9 @@ TEST_F(MessageCatalog, FileOfAnotherFormatVersion_IsNotTakenForAnother) {
 
 TEST_F(MessageCatalog, WhatIsNoFile_IsNoBundleAndNotWaitedFor) {
   build("root", "STRING_TABLE { A { \"a\" } }");
-  ASSERT_EQ(::mkfifo((folder_.path() / "de.res").c_str(), 0600), 0);
-  std::filesystem::create_symlink("/dev/zero", folder_.path() / "fr.res");
-  std::filesystem::create_directory(folder_.path() / "ja.res");
+  ASSERT_EQ(::mkfifo(folder_.path("de.res").c_str(), 0600), 0);
+  std::filesystem::create_symlink("/dev/zero", folder_.path("fr.res"));
+  std::filesystem::create_directory(folder_.path("ja.res"));
   const auto bundles = read();
   ASSERT_EQ(bundles.size(), 4U);
   EXPECT_EQ(bundles[0].failure, "");

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "tools/compiler/file/ldf_format.h"
+#include "definitions/definition_format.h"
 
 namespace qzlog_compiler {
 namespace {
@@ -21,14 +21,14 @@ void put_int4(std::string& bytes, std::size_t offset, std::uint32_t value) {
 
 std::vector<EntryMapPair> read_entry_map(std::string_view bytes) {
   std::vector<EntryMapPair> pairs;
-  if (bytes.size() < ldf::kHeaderSize) return pairs;
-  const std::size_t begin = int4_at(bytes, ldf::kEntryMapOffsetOffset);
+  if (bytes.size() < qzlog::ldf::kHeaderSize) return pairs;
+  const std::size_t begin = int4_at(bytes, qzlog::ldf::kEntryMapOffsetOffset);
   if (begin > bytes.size()) return pairs;
-  const std::size_t count =
-      std::min<std::size_t>(int4_at(bytes, ldf::kEntryCountOffset), (bytes.size() - begin) / ldf::kMapPairSize);
+  const std::size_t count = std::min<std::size_t>(int4_at(bytes, qzlog::ldf::kEntryCountOffset),
+                                                  (bytes.size() - begin) / qzlog::ldf::kMapPairSize);
   pairs.reserve(count);
   for (std::size_t i = 0; i < count; ++i) {
-    const std::size_t offset = begin + i * ldf::kMapPairSize;
+    const std::size_t offset = begin + i * qzlog::ldf::kMapPairSize;
     pairs.push_back({int4_at(bytes, offset), int4_at(bytes, offset + 4)});
   }
   return pairs;
@@ -36,19 +36,19 @@ std::vector<EntryMapPair> read_entry_map(std::string_view bytes) {
 
 std::size_t append_map_pairs(std::string& bytes, const std::vector<EntryMapPair>& pairs) {
   const std::size_t begin = bytes.size();
-  bytes.resize(begin + pairs.size() * ldf::kMapPairSize);
+  bytes.resize(begin + pairs.size() * qzlog::ldf::kMapPairSize);
   for (std::size_t i = 0; i < pairs.size(); ++i) {
-    put_int4(bytes, begin + i * ldf::kMapPairSize, pairs[i].id);
-    put_int4(bytes, begin + i * ldf::kMapPairSize + 4, pairs[i].record_offset);
+    put_int4(bytes, begin + i * qzlog::ldf::kMapPairSize, pairs[i].id);
+    put_int4(bytes, begin + i * qzlog::ldf::kMapPairSize + 4, pairs[i].record_offset);
   }
   return begin;
 }
 
 void set_entry_map(std::string& bytes, std::size_t offset, std::size_t count) {
-  put_int4(bytes, ldf::kEntryCountOffset, static_cast<std::uint32_t>(count));
-  put_int4(bytes, ldf::kEntryMapOffsetOffset, static_cast<std::uint32_t>(offset));
+  put_int4(bytes, qzlog::ldf::kEntryCountOffset, static_cast<std::uint32_t>(count));
+  put_int4(bytes, qzlog::ldf::kEntryMapOffsetOffset, static_cast<std::uint32_t>(offset));
 }
 
-void leave_out_globals(std::string& bytes) { put_int4(bytes, ldf::kGlobalCountOffset, 0); }
+void leave_out_globals(std::string& bytes) { put_int4(bytes, qzlog::ldf::kGlobalCountOffset, 0); }
 
 }  // namespace qzlog_compiler

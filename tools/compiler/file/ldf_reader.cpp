@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "tools/compiler/file/ldf_format.h"
+#include "definitions/definition_format.h"
 
 namespace qzlog_compiler {
 namespace {
@@ -103,7 +103,7 @@ class LdfParser {
 AttributeDefinition to_definition(const LdfAttributeRecord& record) {
   AttributeDefinition attribute;
   attribute.name = record.name.text();
-  attribute.type = static_cast<qz_AttributeType>(record.type_code & ldf::kTypeCodeMask);
+  attribute.type = static_cast<qz_AttributeType>(record.type_code & qzlog::ldf::kTypeCodeMask);
   attribute.redirect = record.redirect.text();
   return attribute;
 }

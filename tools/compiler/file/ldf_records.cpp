@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "tools/compiler/file/ldf_format.h"
+#include "definitions/definition_format.h"
 
 namespace qzlog_compiler {
 namespace {
@@ -59,15 +59,15 @@ LdfHeader read_ldf_header(LdfCursor& cursor) {
   cursor.set_region("the header");
   cursor.take_int4("magic", LdfFieldKind::kMagic);
   header.format_bytes = cursor.take_bytes("format bytes", LdfFieldKind::kBytes, 4);
-  skip_reserved(cursor, ldf::kVersionTagOffset);
-  header.version_tag = cursor.take_bytes("version tag", LdfFieldKind::kTag, ldf::kVersionTagSize);
-  skip_reserved(cursor, ldf::kGlobalCountOffset);
+  skip_reserved(cursor, qzlog::ldf::kVersionTagOffset);
+  header.version_tag = cursor.take_bytes("version tag", LdfFieldKind::kTag, qzlog::ldf::kVersionTagSize);
+  skip_reserved(cursor, qzlog::ldf::kGlobalCountOffset);
   header.global_count = cursor.take_int4("number of global attributes");
   header.global_offset = cursor.take_int4("offset of the global attributes", LdfFieldKind::kOffset);
   header.entry_count = cursor.take_int4("number of pairs in the entry map");
-  skip_reserved(cursor, ldf::kEntryMapOffsetOffset);
+  skip_reserved(cursor, qzlog::ldf::kEntryMapOffsetOffset);
   header.entry_map_offset = cursor.take_int4("offset of the entry map", LdfFieldKind::kOffset);
-  skip_reserved(cursor, ldf::kHeaderSize);
+  skip_reserved(cursor, qzlog::ldf::kHeaderSize);
   return header;
 }
 

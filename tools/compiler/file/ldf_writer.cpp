@@ -4,7 +4,7 @@
 #include <limits>
 #include <stdexcept>
 
-#include "tools/compiler/file/ldf_format.h"
+#include "definitions/definition_format.h"
 
 namespace qzlog_compiler {
 namespace {
@@ -66,13 +66,13 @@ void append_entry(std::string& out, const EntryDefinition& entry) {
 }
 
 std::string header(const DefinitionModel& model) {
-  std::string out(ldf::kHeaderSize, '\0');
-  put_int4(out, 0, ldf::kMagic);
-  if (model.version.size() > ldf::kVersionTagSize) throw std::length_error("a version of more than 8 bytes");
-  out.replace(ldf::kVersionTagOffset, model.version.size(), model.version);
-  put_int4(out, ldf::kGlobalCountOffset, checked_count(model.globals.size(), "global attributes"));
-  put_int4(out, ldf::kGlobalOffsetOffset, ldf::kHeaderSize);
-  put_int4(out, ldf::kEntryCountOffset, checked_size(model.entries.size()));
+  std::string out(qzlog::ldf::kHeaderSize, '\0');
+  put_int4(out, 0, qzlog::ldf::kMagic);
+  if (model.version.size() > qzlog::ldf::kVersionTagSize) throw std::length_error("a version of more than 8 bytes");
+  out.replace(qzlog::ldf::kVersionTagOffset, model.version.size(), model.version);
+  put_int4(out, qzlog::ldf::kGlobalCountOffset, checked_count(model.globals.size(), "global attributes"));
+  put_int4(out, qzlog::ldf::kGlobalOffsetOffset, qzlog::ldf::kHeaderSize);
+  put_int4(out, qzlog::ldf::kEntryCountOffset, checked_size(model.entries.size()));
   return out;
 }
 
@@ -91,12 +91,12 @@ std::string write_ldf(const DefinitionModel& model) {
   std::string out = header(model);
   for (const AttributeDefinition& global : model.globals) append_attribute(out, global);
   std::size_t pair_offset = out.size();
-  put_int4(out, ldf::kEntryMapOffsetOffset, checked_size(pair_offset));
-  out.append(model.entries.size() * ldf::kMapPairSize, '\0');
+  put_int4(out, qzlog::ldf::kEntryMapOffsetOffset, checked_size(pair_offset));
+  out.append(model.entries.size() * qzlog::ldf::kMapPairSize, '\0');
   for (const EntryDefinition* const entry : sorted_entries(model)) {
     put_int4(out, pair_offset, entry->id);
     put_int4(out, pair_offset + 4, checked_size(out.size()));
-    pair_offset += ldf::kMapPairSize;
+    pair_offset += qzlog::ldf::kMapPairSize;
     append_entry(out, *entry);
   }
   checked_size(out.size());

@@ -287,7 +287,7 @@ class PatternTrial {
 PatternReading read_pattern(const BuiltPattern& built, const icu::Locale& locale) {
   UErrorCode status = U_ZERO_ERROR;
   icu::MessagePattern parsed(status);
-  if (!parse_pattern(built.text, parsed, status)) return {{}, {}, PatternOutcome::kTooDeep};
+  if (!qzlog::parse_pattern(built.text, parsed, status)) return {{}, {}, PatternOutcome::kTooDeep};
   if (U_FAILURE(status)) return {{}, {}, PatternOutcome::kRefused, u_errorName(status)};
   PatternWalk walk(parsed, built, locale);
   PatternReading reading = walk.walk();
@@ -307,8 +307,8 @@ std::vector<const TemplatePart*> shown_references(const StoredTemplate& cut) {
 }
 
 PatternReading read_icu_pattern(const StoredTemplate& cut, const std::string& locale) {
-  return with_icu_memory<std::bad_alloc>([&] {
-    const IcuMemory memory;
+  return qzlog::with_icu_memory<std::bad_alloc>([&] {
+    const qzlog::IcuMemory memory;
     const BuiltPattern built = build_pattern(cut);
     memory.check();
     PatternReading reading = read_pattern(built, icu::Locale(locale.c_str()));

@@ -6,13 +6,14 @@
 #include <string_view>
 #include <vector>
 
+#include "message/template_limits.h"
 #include "tools/compiler/message/message_text.h"
 #include "tools/compiler/message/reference_formats.h"
 
 namespace qzlog_compiler {
 
 /// What the ICU path takes in one message.
-inline constexpr std::size_t kMaximumIcuReferences = 10;
+inline constexpr std::size_t kMaximumIcuReferences = qzlog::kMostTemplateArguments;
 
 /// The rendering path, or both, that a stored text is written for.
 enum class RenderingPaths { kIcu, kNarrow, kBoth };

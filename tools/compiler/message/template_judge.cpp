@@ -75,7 +75,8 @@ bool is_closing_reference(const TemplatePart& part) { return part.format == '_' 
 std::string refusal_text(const PatternReading& reading) {
   switch (reading.outcome) {
     case PatternOutcome::kTooDeep:
-      return "its arguments and their messages nest deeper than " + std::to_string(kMostPatternNesting) + " levels";
+      return "its arguments and their messages nest deeper than " + std::to_string(qzlog::kMostPatternNesting) +
+             " levels";
     case PatternOutcome::kRefused:
       return "ICU refuses the pattern with " + reading.error;
     default:

@@ -8,13 +8,14 @@
 #include <unordered_map>
 #include <vector>
 
+#include "definitions/definition_format.h"
 #include "qzlog/logattrib.h"
 #include "tools/report/finding.h"
 
 namespace qzlog_compiler {
 
 /// Counts of attributes, global attributes and selector messages are kept in 8 bits by the readers of compiled files.
-inline constexpr std::size_t kMaximumCount = 255;
+inline constexpr std::size_t kMaximumCount = qzlog::ldf::kMostElements;
 
 struct AttributeDefinition {
   std::string name;

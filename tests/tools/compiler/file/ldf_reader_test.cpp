@@ -2,8 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <random>
-
+#include "tests/support/seeded_random.h"
 #include "tests/tools/compiler/example_model.h"
 #include "tools/compiler/file/ldf_writer.h"
 
@@ -75,12 +74,10 @@ TEST(ReadLdf, Damage_IsNamedWithItsOffset) {
 }
 
 TEST(ReadLdf, AnyFlippedByte_IsReadWithoutHarm) {
-  const unsigned seed = std::random_device{}();
-  std::mt19937 random(seed);
-  SCOPED_TRACE(seed);
+  qz_test::SeededRandom random;
   for (int round = 0; round < 20000; ++round) {
     std::string bytes = example_bytes();
-    for (int flips = 0; flips < 3; ++flips) bytes[random() % bytes.size()] = static_cast<char>(random());
+    for (int flips = 0; flips < 3; ++flips) bytes[random.below(bytes.size())] = static_cast<char>(random.below(256));
     const LdfFile file = read_ldf(bytes);
     ASSERT_LE(file.model.entries.size(), bytes.size() / 8);
   }

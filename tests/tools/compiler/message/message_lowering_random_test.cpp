@@ -134,7 +134,7 @@ TEST(LowerMessageRandom, AnyText_IsShownAsWrittenOrDiagnosed) {
   qz_test::SeededRandom random;
   for (int i = 0; i < 20000 && !::testing::Test::HasFailure(); ++i) {
     const Message message = make_message(random);
-    SCOPED_TRACE(random.trace() + ", text: " + message.written);
+    SCOPED_TRACE(message.written);
     check_icu(message);
     check_narrow(message);
     check_both(message);

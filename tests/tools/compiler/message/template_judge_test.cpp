@@ -238,7 +238,6 @@ std::string random_template(qz_test::SeededRandom& random) {
 
 TEST(JudgeTemplates, RandomQuotes_HideTheReferencesThatIcuDoesNotSee) {
   qz_test::SeededRandom random;
-  SCOPED_TRACE(random.trace());
   int accepted = 0;
   for (int round = 0; round < 20000; ++round) {
     const std::string stored = random_template(random);

@@ -9,7 +9,7 @@
 #include "qzlog.h"
 #include "tests/support/rounds.h"
 #include "tests/support/seeded_random.h"
-#include "tests/tools/temporary_folder.h"
+#include "tests/support/temp_dir.h"
 #include "tools/compiler/file/ldf_writer.h"
 #include "tools/compiler/model/model_merge.h"
 #include "tools/compiler/source/aux_merge.h"
@@ -173,9 +173,8 @@ std::string describe_all(bool icu) {
 }
 
 TEST(MergeModelsAtRandom, OneFile_ServesCallersLikeTheTwo) {
-  const qzlog_test::TemporaryFolder folder;
+  const qz_test::TempDir folder;
   qz_test::SeededRandom random;
-  SCOPED_TRACE(random.trace());
   ModelMaker maker(random);
   int extended = 0;
   for (int round = 0; round < qz_test::rounds(64); ++round) {

@@ -1,4 +1,4 @@
-#include "foundation/number_text.h"
+#include "foundation/append_number.h"
 
 #include <langinfo.h>
 

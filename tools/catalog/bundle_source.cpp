@@ -1,4 +1,4 @@
-#include "tools/catalog/resource_bundle.h"
+#include "tools/catalog/bundle_source.h"
 
 #include <utility>
 

@@ -1,5 +1,5 @@
-#ifndef QZLOG_TOOLS_CATALOG_RESOURCE_BUNDLE_H
-#define QZLOG_TOOLS_CATALOG_RESOURCE_BUNDLE_H
+#ifndef QZLOG_TOOLS_CATALOG_BUNDLE_SOURCE_H
+#define QZLOG_TOOLS_CATALOG_BUNDLE_SOURCE_H
 
 #include <map>
 #include <string>
@@ -46,4 +46,4 @@ std::string genrb_text(const BundleSource& source);
 
 }  // namespace qzlog_catalog
 
-#endif  // QZLOG_TOOLS_CATALOG_RESOURCE_BUNDLE_H
+#endif  // QZLOG_TOOLS_CATALOG_BUNDLE_SOURCE_H

@@ -1,5 +1,5 @@
-#ifndef QZLOG_FOUNDATION_NUMBER_TEXT_H
-#define QZLOG_FOUNDATION_NUMBER_TEXT_H
+#ifndef QZLOG_FOUNDATION_APPEND_NUMBER_H
+#define QZLOG_FOUNDATION_APPEND_NUMBER_H
 
 #include "foundation/itoa.h"
 #include "foundation/text_buffer.h"
@@ -23,4 +23,4 @@ void qz_append_integer(Text& text, int value) {
 /// "%f": six decimals, rounded in the thread's rounding mode, with the decimal point of its C locale.
 void qz_append_fixed(qz_TextBuffer& text, double value);
 
-#endif  // QZLOG_FOUNDATION_NUMBER_TEXT_H
+#endif  // QZLOG_FOUNDATION_APPEND_NUMBER_H

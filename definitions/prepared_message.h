@@ -1,5 +1,5 @@
-#ifndef QZLOG_DEFINITIONS_MESSAGE_TEXT_H
-#define QZLOG_DEFINITIONS_MESSAGE_TEXT_H
+#ifndef QZLOG_DEFINITIONS_PREPARED_MESSAGE_H
+#define QZLOG_DEFINITIONS_PREPARED_MESSAGE_H
 
 #include <atomic>
 #include <memory>
@@ -55,4 +55,4 @@ class _qz_LOG_message_text : public qz_UTIL_no_inadvertant_copies {
   mutable Slot prepared_[2] = {};
 };
 
-#endif  // QZLOG_DEFINITIONS_MESSAGE_TEXT_H
+#endif  // QZLOG_DEFINITIONS_PREPARED_MESSAGE_H

@@ -1,9 +1,9 @@
-#ifndef QZLOG_TESTS_TOOLS_SIGNAL_ACTION_H
-#define QZLOG_TESTS_TOOLS_SIGNAL_ACTION_H
+#ifndef QZLOG_TESTS_SUPPORT_SIGNAL_ACTION_H
+#define QZLOG_TESTS_SUPPORT_SIGNAL_ACTION_H
 
 #include <signal.h>
 
-namespace qzlog_test {
+namespace qz_test {
 
 /// What this process does with a signal while the object lives.
 class SignalAction {
@@ -18,6 +18,6 @@ class SignalAction {
   sighandler_t before_;
 };
 
-}  // namespace qzlog_test
+}  // namespace qz_test
 
-#endif  // QZLOG_TESTS_TOOLS_SIGNAL_ACTION_H
+#endif  // QZLOG_TESTS_SUPPORT_SIGNAL_ACTION_H
