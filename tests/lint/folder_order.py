@@ -78,6 +78,7 @@ SHARED = {
     "counter/record_layout.h": "the tools read the file that the library counts in",
     "definitions/definition_format.h": "the tools write and show the file that the library reads",
     "entry/text_limits.h": "the tools say how long texts may be",
+    "message/format_types.h": "the tools know the formats that messages show, and of which types",
     "message/icu_memory.h": "the tools see as the library does whether ICU ran out of memory",
     "message/pattern_nesting.h": "the tools refuse the patterns that the library refuses, before ICU sees them",
     "message/template_limits.h": "the tools tell of the templates that the library does not render",

@@ -82,7 +82,7 @@ class MessageParser {
       refuse(at_, Rule::kBadPlaceholder, "a placeholder without a name", "write {Name}, or '{{' for a literal brace");
       return;
     }
-    if (has_format && (format.size() != 1 || kFormatCharacters.find(format) == std::string_view::npos)) {
+    if (has_format && (format.size() != 1 || !is_known_format(format[0]))) {
       refuse(at_, Rule::kUnknownFormat, "unknown format " + quoted(format), unknown_format_hint(format));
       format = "";
     }

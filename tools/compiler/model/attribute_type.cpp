@@ -3,6 +3,8 @@
 #include <array>
 #include <utility>
 
+#include "message/format_types.h"
+
 namespace qzlog_compiler {
 namespace {
 
@@ -15,6 +17,30 @@ constexpr std::array<std::pair<std::string_view, qz_AttributeType>, 5> kStandard
     {"COMPONENT_VERSION_ID", TypeMBChar32},
     {"TIMESTAMP", TypeTimestamp},
 }};
+
+struct FormatList {
+  std::array<char, kFormatCharacters.size()> characters{};
+  std::size_t count = 0;
+};
+
+constexpr FormatList list_accepted_formats(qz_AttributeType type) {
+  constexpr std::string_view kByPreference = "dufsDTCP";
+  static_assert(kByPreference.size() == kFormatCharacters.size());
+  FormatList list;
+  for (const char format : kByPreference) {
+    const qzlog::AttributeTypeSet accepted = qzlog::accepted_types(qzlog::message_format_kind(format));
+    if ((accepted >> type & 1U) != 0) list.characters[list.count++] = format;
+  }
+  return list;
+}
+
+constexpr auto kAcceptedFormats = [] {
+  std::array<FormatList, TypeTimestamp + 1> lists;
+  for (unsigned code = TypeUnknown + 1; code < lists.size(); ++code) {
+    lists[code] = list_accepted_formats(static_cast<qz_AttributeType>(code));
+  }
+  return lists;
+}();
 
 }  // namespace
 
@@ -39,12 +65,12 @@ std::string all_type_names() {
   return names;
 }
 
+bool is_known_format(char format) { return qzlog::message_format_kind(format) != qzlog::MessageFormatKind::kUnknown; }
+
 std::string_view accepted_formats(qz_AttributeType type) {
-  if (type >= TypeBool && type <= TypeSInt4) return "duCP";
-  if (type == TypeFloat) return "fCP";
-  if (type >= TypeChar32 && type <= TypeMBChar2K) return "s";
-  if (type >= TypeDate && type <= TypeTimestamp) return "DT";
-  return "";
+  if (static_cast<std::size_t>(type) >= kAcceptedFormats.size()) return "";
+  const FormatList& list = kAcceptedFormats[type];
+  return {list.characters.data(), list.count};
 }
 
 std::string_view default_formats(qz_AttributeType type) {

@@ -38,6 +38,13 @@ TEST(Formats, EveryType_HasItsOwn) {
   }
 }
 
+TEST(Formats, EveryCharacter_IsKnownWhereItIsListed) {
+  for (int code = 0; code < 256; ++code) {
+    const char format = static_cast<char>(code);
+    EXPECT_EQ(is_known_format(format), kFormatCharacters.find(format) != std::string_view::npos) << code;
+  }
+}
+
 TEST(SelectorValueLimit, OnlyUnsignedIntegers_HaveOne) {
   EXPECT_EQ(selector_value_limit(TypeUInt1), 255U);
   EXPECT_EQ(selector_value_limit(TypeUInt2), 65535U);
