@@ -41,6 +41,28 @@ constexpr MessageFormatKind message_format_kind(char format) {
   }
 }
 
+/// The style of an argument of ICU's in a pattern, between its number and the closing brace.
+constexpr const char* argument_style(MessageFormatKind kind) {
+  switch (kind) {
+    case MessageFormatKind::kCurrency:
+      return ",number,currency";
+    case MessageFormatKind::kPercent:
+      return ",number,percent";
+    case MessageFormatKind::kDate:
+      return ",date";
+    case MessageFormatKind::kTime:
+      return ",time";
+    case MessageFormatKind::kFloat:
+      return ",number";
+    case MessageFormatKind::kInteger:
+      return ",number,##########";
+    case MessageFormatKind::kText:
+    case MessageFormatKind::kUnknown:
+      break;
+  }
+  return "";
+}
+
 using AttributeTypeSet = unsigned;
 
 template <typename Predicate>

@@ -18,28 +18,6 @@ namespace {
 constexpr UChar kIntegerType[] = u"number";
 constexpr UChar kIntegerStyle[] = u"##########";
 
-/// The style of an argument in the pattern, between its number and the closing brace.
-const char* argument_style(MessageFormatKind kind) {
-  switch (kind) {
-    case MessageFormatKind::kCurrency:
-      return ",number,currency";
-    case MessageFormatKind::kPercent:
-      return ",number,percent";
-    case MessageFormatKind::kDate:
-      return ",date";
-    case MessageFormatKind::kTime:
-      return ",time";
-    case MessageFormatKind::kFloat:
-      return ",number";
-    case MessageFormatKind::kInteger:
-      return ",number,##########";
-    case MessageFormatKind::kText:
-    case MessageFormatKind::kUnknown:
-      break;
-  }
-  return "";
-}
-
 bool shows_time(MessageFormatKind kind) { return kind == MessageFormatKind::kDate || kind == MessageFormatKind::kTime; }
 
 std::uint64_t next_serial() {

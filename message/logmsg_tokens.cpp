@@ -1,10 +1,12 @@
 #include "message/logmsg_tokens.h"
 
 #include <memory>
+#include <optional>
 
 #include "foundation/allocate.h"
 #include "message/code_page.h"
 #include "message/logmsg.h"
+#include "message/template_walk.h"
 
 using namespace qzlog;
 
@@ -31,9 +33,6 @@ void _qz_LOG_msg_token_list::clear() {
 namespace {
 
 constexpr UChar kPercent = u'%';
-
-/// Where a tokenizer stands within a template.
-enum class State { kText, kAfterFormat, kInName };
 
 template <typename Token, typename... Arguments>
 void append_token(_qz_LOG_msg_token_list& list, const Arguments&... arguments) {
@@ -78,84 +77,72 @@ qz_String convert_name(const icu::UnicodeString& name) {
   return qz_String(buffer.get());
 }
 
+/// Tells of a template of the ICU path, and makes tokens of its parts.
+class IcuTokenizer {
+ public:
+  IcuTokenizer(const icu::UnicodeString& text, _qz_LOG_msg_token_list& list) : text_(text), list_(list) {}
+
+  std::optional<int> find_percent(int from) const {
+    const int percent = text_.indexOf(kPercent, from);
+    return percent < 0 ? std::nullopt : std::optional<int>(percent);
+  }
+  bool is_percent(int at) const { return text_.charAt(at) == kPercent; }
+  void take_text(int begin, int end) { append_text(list_, text_, begin, end); }
+  void take_escape(int /*percent*/) { append_token<_qz_LOG_string_token>(list_, icu::UnicodeString(kPercent)); }
+  /// The unit behind the last one reads as 0xFFFF.
+  void take_format(int percent) {
+    append_token<_qz_LOG_fmt_spec_token>(list_, static_cast<char>(text_.charAt(percent + 1) & 0xFF));
+  }
+  void take_name(int begin, int end) {
+    append_token<_qz_LOG_arg_spec_token>(list_, convert_name(icu::UnicodeString(text_, begin, end - begin)));
+  }
+
+ private:
+  const icu::UnicodeString& text_;
+  _qz_LOG_msg_token_list& list_;
+};
+
+/// The same of the narrow path.
+class NarrowTokenizer {
+ public:
+  NarrowTokenizer(const qz_String& text, _qz_LOG_msg_token_list& list) : text_(text), list_(list) {}
+
+  std::optional<unsigned> find_percent(unsigned from) const {
+    const unsigned length = text_.length();
+    while (from < length && text_[from] != '%') ++from;
+    return from < length ? std::optional<unsigned>(from) : std::nullopt;
+  }
+  bool is_percent(unsigned at) const { return at != text_.length() && text_[at] == '%'; }
+  void take_text(unsigned begin, unsigned end) { append_text(list_, text_, begin, end); }
+  /// As many zero bytes as the character's code, so nothing shows for it.
+  void take_escape(unsigned /*percent*/) {
+    append_token<_qz_LOG_qzString_token>(list_, qz_String(static_cast<unsigned>('%'), '\0'));
+  }
+  void take_format(unsigned percent) { append_token<_qz_LOG_fmt_spec_token>(list_, text_[percent + 1]); }
+  void take_name(unsigned begin, unsigned end) {
+    append_token<_qz_LOG_arg_spec_token>(list_, copy_terminated(text_, begin, end));
+  }
+
+ private:
+  const qz_String& text_;
+  _qz_LOG_msg_token_list& list_;
+};
+
 }  // namespace
 
 void _qz_LOG_log_message::_tokenize_string(const icu::UnicodeString& text, _qz_LOG_msg_token_list& list) {
   list.clear();
   make_name_converter();
-  const int length = text.length();
-  int start = 0;
-  int position = 0;
-  State state = State::kText;
-  while (position < length) {
-    const int percent = text.indexOf(kPercent, position);
-    if (percent < 0) break;
-    // The unit behind the last one reads as 0xFFFF.
-    const UChar next = text.charAt(percent + 1);
-    if (next == kPercent) {
-      // The pending text before the escape is dropped: stored templates rely on it.
-      append_token<_qz_LOG_string_token>(list, icu::UnicodeString(kPercent));
-      start = position = percent + 2;
-      continue;
-    }
-    position = percent + 1;
-    switch (state) {
-      case State::kText:
-        append_text(list, text, start, percent);
-        append_token<_qz_LOG_fmt_spec_token>(list, static_cast<char>(next & 0xFF));
-        state = State::kAfterFormat;
-        break;
-      case State::kAfterFormat:
-        state = State::kInName;
-        start = position;
-        break;
-      case State::kInName:
-        state = State::kText;
-        if (percent != start) {
-          append_token<_qz_LOG_arg_spec_token>(list, convert_name(icu::UnicodeString(text, start, percent - start)));
-        }
-        start = position;
-        break;
-    }
-  }
-  // Up to where the last search began: text behind the last percent sign is not part of the message.
-  append_text(list, text, start, position);
+  IcuTokenizer tokenizer(text, list);
+  const TemplateEnd<int> end = walk_template<int>(tokenizer);
+  // Text behind the last percent sign is not part of the message.
+  append_text(list, text, end.start, end.position);
 }
 
 void _qz_LOG_log_message::_tokenize_qzString(const qz_String& text, _qz_LOG_msg_token_list& list) {
   list.clear();
-  const unsigned length = text.length();
-  unsigned start = 0;
-  unsigned position = 0;
-  State state = State::kText;
-  while (position < length) {
-    const unsigned percent = position++;
-    if (text[percent] != '%') continue;
-    if (position != length && text[position] == '%') {
-      // An escape becomes as many zero bytes as the character's code, so nothing shows for it, and drops the pending
-      // text.
-      append_token<_qz_LOG_qzString_token>(list, qz_String(static_cast<unsigned>('%'), '\0'));
-      start = ++position;
-      continue;
-    }
-    switch (state) {
-      case State::kText:
-        append_text(list, text, start, percent);
-        append_token<_qz_LOG_fmt_spec_token>(list, text[position]);
-        state = State::kAfterFormat;
-        break;
-      case State::kAfterFormat:
-        state = State::kInName;
-        start = position;
-        break;
-      case State::kInName:
-        state = State::kText;
-        if (percent != start) append_token<_qz_LOG_arg_spec_token>(list, copy_terminated(text, start, percent));
-        start = position;
-        break;
-    }
-  }
-  append_text(list, text, start, length);
+  NarrowTokenizer tokenizer(text, list);
+  append_text(list, text, walk_template<unsigned>(tokenizer).start, text.length());
 }
 
 unsigned int _qz_LOG_log_message::_get_number_of_attributes(const _qz_LOG_msg_token_list& list) {

@@ -27,13 +27,14 @@ CHAIN = [
                                         "message/resource_*.*", "message/whole_file.*",
                                         "message/code_page.*", "message/icu_memory.h", "message/text_cut.*"]),
     ("message templates", ["message/icu_template.*", "message/logmsg_tokens.*", "message/pattern_nesting.*",
-                           "message/template_limits.h", "message/template_pieces.*"]),
+                           "message/template_limits.h", "message/template_pieces.*", "message/template_walk.h"]),
     ("settings", ["config/logcfg.*", "include/qzlog/logcfg.h"]),
     ("entry implementation", ["entry/*"]),
     ("rendering", ["message/*"]),
     ("readable message", ["entry/logentry_i_message.*"]),
     ("entry facade", ["entry/logentry.*", "include/qzlog/logentry.h"]),
     ("entry filter", ["config/entry_filt.*", "include/qzlog/entry_filt.h"]),
+    ("lines", ["lines/*"]),
     ("log file names", ["util/log_util.*", "include/qzlog/log_util.h"]),
     ("entry counter", ["counter/*", "include/qzlog/logentrycounter.h"]),
 ]
@@ -78,10 +79,12 @@ SHARED = {
     "counter/record_layout.h": "the tools read the file that the library counts in",
     "definitions/definition_format.h": "the tools write and show the file that the library reads",
     "entry/text_limits.h": "the tools say how long texts may be",
+    "lines/json_text.h": "one way to write a text as JSON",
     "message/format_types.h": "the tools know the formats that messages show, and of which types",
     "message/icu_memory.h": "the tools see as the library does whether ICU ran out of memory",
     "message/pattern_nesting.h": "the tools refuse the patterns that the library refuses, before ICU sees them",
     "message/template_limits.h": "the tools tell of the templates that the library does not render",
+    "message/template_walk.h": "one way through a template",
     "message/resource_*.h": "the tools see in a catalog what the library finds there",
     "message/whole_file.h": "the tools read the file of a bundle as the library does, which waits for no pipe",
 }
@@ -90,7 +93,7 @@ SHARED = {
 UNORDERED = ["tests", "fuzz"]
 
 LAYERS = [name for name, _ in CHAIN]
-OUR_FOLDERS = ["foundation", "util", "entry", "definitions", "config", "message", "counter", "tools", "examples", "bench"]
+OUR_FOLDERS = ["foundation", "util", "entry", "definitions", "config", "message", "counter", "lines", "tools", "examples", "bench"]
 INCLUDE = re.compile(r'^\s*#\s*include\s*[<"]([^>"]+)[>"]')
 
 

@@ -7,10 +7,6 @@
 
 namespace qzlog_compiler {
 
-/// Writes a text of any bytes as a JSON string; what is not UTF-8 becomes replacement characters, one for each sequence
-/// that begins like a character and does not become one, and for each byte that begins none.
-void write_json_text(std::string_view text, std::ostream& out);
-
 /// What stands between the parts of an object or a list. All texts have to outlive what is written with it.
 struct JsonLayout {
   const char* between = ",";     ///< the members or items
@@ -33,6 +29,7 @@ class JsonObjectStream {
   void signed_number(std::string_view key, std::int64_t value);
   void boolean(std::string_view key, bool value);
   void null(std::string_view key);
+  /// Of any bytes; what is not UTF-8 becomes replacement characters.
   void text(std::string_view key, std::string_view text);
   /// For a value that the caller writes.
   std::ostream& member(std::string_view key);

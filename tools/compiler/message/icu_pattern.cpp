@@ -13,6 +13,7 @@
 #include <optional>
 #include <utility>
 
+#include "message/format_types.h"
 #include "message/icu_memory.h"
 #include "message/pattern_nesting.h"
 #include "tools/compiler/model/attribute_type.h"
@@ -26,25 +27,7 @@ struct BuiltPattern {
   std::vector<icu::Formattable> values;  // one that fits each reference's format, then those that stay unset
 };
 
-const char* style_of(char format) {
-  switch (format) {
-    case 'C':
-      return ",number,currency";
-    case 'P':
-      return ",number,percent";
-    case 'D':
-      return ",date";
-    case 'T':
-      return ",time";
-    case 'f':
-      return ",number";
-    case 'd':
-    case 'u':
-      return ",number,##########";
-    default:
-      return "";
-  }
-}
+const char* style_of(char format) { return qzlog::argument_style(qzlog::message_format_kind(format)); }
 
 /// In its place: a text that ICU had no memory for cannot be copied.
 void add_value(std::vector<icu::Formattable>& values, char format) {

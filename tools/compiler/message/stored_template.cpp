@@ -1,7 +1,9 @@
 #include "tools/compiler/message/stored_template.h"
 
+#include <optional>
 #include <utility>
 
+#include "message/template_walk.h"
 #include "tools/compiler/text/utf8_text.h"
 
 namespace qzlog_compiler {
@@ -21,66 +23,46 @@ struct TokenList {
   std::string failure;
 };
 
-/// Follows the library through a template, from one percent sign to the next.
+/// Cuts a template as the library does, and tells where each token stands. Nothing is cut behind a failure.
 class Tokenizer {
  public:
   Tokenizer(std::string_view stored, RenderingPath form) : stored_(stored), form_(form) {}
 
   TokenList run() {
-    for (;;) {
-      const std::size_t percent = stored_.find('%', position_);
-      if (percent == std::string_view::npos || !list_.failure.empty()) break;
-      const bool is_escape = percent + 1 < stored_.size() && stored_[percent + 1] == '%';
-      if (is_escape) {
-        take_escape(percent);
-      } else {
-        take_percent(percent);
-      }
-    }
+    const auto end = qzlog::walk_template<std::size_t>(*this);
     // The ICU path looks no further than to the last percent sign.
-    add_text(start_, is_icu() ? position_ : stored_.size());
+    take_text(end.start, is_icu() ? end.position : stored_.size());
     return std::move(list_);
   }
 
- private:
-  enum class State { kText, kAfterFormat, kInName };
+  std::optional<std::size_t> find_percent(std::size_t from) const {
+    const std::size_t percent = stored_.find('%', from);
+    const bool is_over = percent == std::string_view::npos || !list_.failure.empty();
+    return is_over ? std::nullopt : std::optional<std::size_t>(percent);
+  }
+  bool is_percent(std::size_t at) const { return at < stored_.size() && stored_[at] == '%'; }
 
-  bool is_icu() const { return form_ == RenderingPath::kIcu; }
-
-  void add_text(std::size_t begin, std::size_t end) {
+  void take_text(std::size_t begin, std::size_t end) {
     if (begin < end) list_.tokens.push_back({Token::Kind::kText, stored_.substr(begin, end - begin), '\0', begin});
   }
-
-  /// The pending text before an escape is lost. On the narrow path the escape itself shows nothing.
+  /// On the narrow path it shows nothing.
   void take_escape(std::size_t percent) {
     list_.tokens.push_back({Token::Kind::kText, stored_.substr(percent, is_icu() ? 1 : 0), '\0', percent});
-    start_ = position_ = percent + 2;
   }
-
-  void take_percent(std::size_t percent) {
-    position_ = percent + 1;
-    switch (state_) {
-      case State::kText:
-        add_text(start_, percent);
-        add_format(percent);
-        state_ = State::kAfterFormat;
-        break;
-      case State::kAfterFormat:
-        state_ = State::kInName;
-        start_ = position_;
-        break;
-      case State::kInName:
-        state_ = State::kText;
-        add_name(stored_.substr(start_, percent - start_));
-        start_ = position_;
-        break;
+  void take_format(std::size_t percent) {
+    if (percent + 1 == stored_.size() && !is_icu()) list_.failure = "a percent sign ends the text";
+    list_.tokens.push_back({Token::Kind::kFormat, {}, format_at(percent + 1), percent});
+  }
+  void take_name(std::size_t begin, std::size_t end) {
+    const std::string_view name = stored_.substr(begin, end - begin);
+    if (is_icu() && name.size() > 2 * (utf16_length(name) + 1)) {
+      list_.failure = "the ICU path has no room for the name " + quoted(name);
     }
+    list_.tokens.push_back({Token::Kind::kName, name, '\0', begin});
   }
 
-  void add_format(std::size_t percent) {
-    if (position_ == stored_.size() && !is_icu()) list_.failure = "a percent sign ends the text";
-    list_.tokens.push_back({Token::Kind::kFormat, {}, format_at(position_), percent});
-  }
+ private:
+  bool is_icu() const { return form_ == RenderingPath::kIcu; }
 
   /// The low eight bits of the UTF-16 unit on the ICU path, which reads the unit behind the text as 0xFFFF.
   char format_at(std::size_t offset) const {
@@ -92,20 +74,9 @@ class Tokenizer {
     return static_cast<char>(unit & 0xFF);
   }
 
-  void add_name(std::string_view name) {
-    if (name.empty()) return;
-    if (is_icu() && name.size() > 2 * (utf16_length(name) + 1)) {
-      list_.failure = "the ICU path has no room for the name " + quoted(name);
-    }
-    list_.tokens.push_back({Token::Kind::kName, name, '\0', start_});
-  }
-
   std::string_view stored_;
   RenderingPath form_;
   TokenList list_;
-  std::size_t start_ = 0;
-  std::size_t position_ = 0;
-  State state_ = State::kText;
 };
 
 /// Of a format without a name: `offset` is that of its percent sign.

@@ -67,28 +67,50 @@ std::optional<std::uint32_t> read_number(const YamlNode& node, std::string_view 
   return static_cast<std::uint32_t>(*number);
 }
 
-std::optional<std::string> read_version(const YamlNode& node, Findings& diagnostics) {
-  std::optional<std::string> text = read_text(node, "the version", diagnostics);
-  if (!text || is_version(*text)) return text;
-  diagnostics.error(node.position(), Rule::kBadVersion, "bad version " + quoted(*text))
-      .with_hint("a version is MAJOR.MINOR in digits without leading zeros, at most 8 bytes, as in \"2.5\"");
+namespace {
+
+bool is_attribute_name(std::string_view text) {
+  return !text.empty() && text.find_first_of("%{}:") == std::string_view::npos;
+}
+
+/// Texts that only some are good for, and what is said of the others.
+struct TextRule {
+  std::string_view what;
+  bool (*is_good)(std::string_view);
+  Rule rule;
+  std::string_view complaint;
+  std::string_view hint;
+};
+
+std::optional<std::string> read_good_text(const YamlNode& node, const TextRule& rule, Findings& diagnostics) {
+  std::optional<std::string> text = read_text(node, rule.what, diagnostics);
+  if (!text || rule.is_good(*text)) return text;
+  diagnostics.error(node.position(), rule.rule, std::string(rule.complaint) + " " + quoted(*text))
+      .with_hint(std::string(rule.hint));
   return std::nullopt;
+}
+
+}  // namespace
+
+std::optional<std::string> read_version(const YamlNode& node, Findings& diagnostics) {
+  return read_good_text(node,
+                        {"the version", is_version, Rule::kBadVersion, "bad version",
+                         "a version is MAJOR.MINOR in digits without leading zeros, at most 8 bytes, as in \"2.5\""},
+                        diagnostics);
 }
 
 std::optional<std::string> read_entry_name(const YamlNode& node, Findings& diagnostics) {
-  std::optional<std::string> text = read_text(node, "the entry's name", diagnostics);
-  if (!text || is_entry_name(*text)) return text;
-  diagnostics.error(node.position(), Rule::kBadEntryName, "bad entry name " + quoted(*text))
-      .with_hint("a name begins with A-Z and goes on with A-Z, 0-9 and _");
-  return std::nullopt;
+  return read_good_text(node,
+                        {"the entry's name", is_entry_name, Rule::kBadEntryName, "bad entry name",
+                         "a name begins with A-Z and goes on with A-Z, 0-9 and _"},
+                        diagnostics);
 }
 
 std::optional<std::string> read_attribute_name(const YamlNode& node, Findings& diagnostics) {
-  std::optional<std::string> text = read_text(node, "the attribute's name", diagnostics);
-  if (!text || (!text->empty() && text->find_first_of("%{}:") == std::string::npos)) return text;
-  diagnostics.error(node.position(), Rule::kBadAttributeName, "bad attribute name " + quoted(*text))
-      .with_hint("messages could not refer to a name that is empty or holds one of % { } :");
-  return std::nullopt;
+  return read_good_text(node,
+                        {"the attribute's name", is_attribute_name, Rule::kBadAttributeName, "bad attribute name",
+                         "messages could not refer to a name that is empty or holds one of % { } :"},
+                        diagnostics);
 }
 
 }  // namespace qzlog_compiler
