@@ -41,7 +41,8 @@ const LdfEntry kEntry = {.id = 7,
 TEST_F(DefinitionReader, FileMissing_TextNamesThePath) {
   const std::string path = folder_.path("none.ldf");
   EXPECT_EQ(thrown_by([&] { qzlog::open_definition_file(path.c_str()); }),
-            invalid_definition("<QZX_logging_invalid_definition> Unable to access definition file \"" + path + "\"."));
+            thrown<QZX_logging_invalid_definition>(
+                "<QZX_logging_invalid_definition> Unable to access definition file \"" + path + "\"."));
 }
 
 TEST_F(DefinitionReader, Header_ReadFromTheBeginningWhereverTheStreamStands) {
@@ -56,14 +57,16 @@ TEST_F(DefinitionReader, Header_ReadFromTheBeginningWhereverTheStreamStands) {
 TEST_F(DefinitionReader, HeaderCutShort_UnreadableAndRecorded) {
   const qz_FileHandle file = file_of(truncated(LdfFile{.entries = {kEntry}}.bytes(), 127));
   const DebugLogFile log(1);
-  EXPECT_EQ(thrown_by([&] { qzlog::read_definition_header(file.get()); }), invalid_definition(kUnreadable));
+  EXPECT_EQ(thrown_by([&] { qzlog::read_definition_header(file.get()); }),
+            thrown<QZX_logging_invalid_definition>(kUnreadable));
   EXPECT_EQ(log.unnumbered_records(), Texts({"ldf_load:# _throw_file_io_error()\n"}));
 }
 
 TEST_F(DefinitionReader, SeekBeforeTheBeginning_UnreadableAndRecorded) {
   const qz_FileHandle file = file_of(LdfFile{}.bytes());
   const DebugLogFile log(1);
-  EXPECT_EQ(thrown_by([&] { qzlog::seek_in_definition_file(file.get(), -1); }), invalid_definition(kUnreadable));
+  EXPECT_EQ(thrown_by([&] { qzlog::seek_in_definition_file(file.get(), -1); }),
+            thrown<QZX_logging_invalid_definition>(kUnreadable));
   EXPECT_EQ(log.unnumbered_records(), Texts({"ldf_load:# _throw_file_io_error()\n"}));
 }
 
@@ -114,7 +117,9 @@ TEST_F(DefinitionReader, RecordThatContradicts_TextSaysWhat) {
   for (const auto& [entry, text] : contradictions) {
     _qz_LOG_log_definition definition;
     read(kEntry, false, definition);
-    EXPECT_EQ(thrown_by([&, &record = entry] { read(record, true, definition); }), invalid_definition(text)) << text;
+    EXPECT_EQ(thrown_by([&, &record = entry] { read(record, true, definition); }),
+              thrown<QZX_logging_invalid_definition>(text))
+        << text;
   }
 }
 
@@ -124,7 +129,7 @@ TEST_F(DefinitionReader, RecordOfAnotherId_Corrupted) {
   _qz_LOG_log_definition definition;
   const auto offset = static_cast<unsigned>(image.record_offsets[0]);
   EXPECT_EQ(thrown_by([&] { qzlog::read_definition(file.get(), offset, 8, false, definition); }),
-            invalid_definition(kCorrupted));
+            thrown<QZX_logging_invalid_definition>(kCorrupted));
 }
 
 TEST_F(DefinitionReader, EveryPrefixOfARecord_Unreadable) {
@@ -135,7 +140,7 @@ TEST_F(DefinitionReader, EveryPrefixOfARecord_Unreadable) {
     _qz_LOG_log_definition definition;
     EXPECT_EQ(
         thrown_by([&] { qzlog::read_definition(file.get(), static_cast<unsigned>(offset), 7, false, definition); }),
-        invalid_definition(kUnreadable))
+        thrown<QZX_logging_invalid_definition>(kUnreadable))
         << length;
   }
 }
