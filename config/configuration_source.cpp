@@ -7,22 +7,24 @@
 #include "foundation/cache_line.h"
 #include "foundation/thread_instance.h"
 
+namespace qzlog {
+
 /// What one thread uses. Claims are made when a thread finds none that is free, and never destroyed: whoever replaces
 /// the source goes through all of them.
-struct alignas(qz_kCacheLine) _qz_LOG_source_claim {
+struct alignas(kCacheLine) SourceClaim {
   std::atomic<const _qz_LOG_configuration*> noted{nullptr};
   std::atomic<bool> is_taken{true};
-  _qz_LOG_source_claim* next = nullptr;
+  SourceClaim* next = nullptr;
 };
 
 // A thread notes a source and then looks whether it is still current; who replaces it does so and then looks for notes.
 // Both need the one order of all accesses that is the default.
-constinit std::atomic<_qz_LOG_configuration*> qz_current_source{nullptr};
-constinit thread_local const _qz_LOG_configuration* qz_noted_source = nullptr;
+constinit std::atomic<_qz_LOG_configuration*> current_source{nullptr};
+constinit thread_local const _qz_LOG_configuration* noted_source = nullptr;
 
 namespace {
 
-using Claim = _qz_LOG_source_claim;
+using Claim = SourceClaim;
 using Source = _qz_LOG_configuration;
 
 constinit std::atomic<Claim*> claims{nullptr};
@@ -38,7 +40,7 @@ Claim* find_free_claim() noexcept {
 
 Claim* take_claim() {
   if (Claim* const claim = find_free_claim()) return claim;
-  Claim* const claim = qz_new<Claim>();
+  Claim* const claim = new_object<Claim>();
   claim->next = claims.load();
   while (!claims.compare_exchange_weak(claim->next, claim)) {
   }
@@ -78,10 +80,10 @@ void release_claim(Claim& claim) noexcept {
 }
 
 Source* note_current(Claim& claim) noexcept {
-  Source* source = qz_current_source.load();
+  Source* source = current_source.load();
   for (;;) {
     claim.noted.store(source);
-    Source* const now = qz_current_source.load();
+    Source* const now = current_source.load();
     if (now == source) return source;
     source = now;
   }
@@ -92,17 +94,17 @@ class ThreadClaim : public qz_UTIL_no_inadvertant_copies {
  public:
   ThreadClaim() : claim_(*take_claim()) {}
   ~ThreadClaim() {
-    qz_noted_source = nullptr;
+    noted_source = nullptr;
     release_claim(claim_);
   }
 
   Source* note_current() noexcept {
-    Source* const source = ::note_current(claim_);
-    qz_noted_source = source;
+    Source* const source = qzlog::note_current(claim_);
+    noted_source = source;
     return source;
   }
   void note_nothing() noexcept {
-    qz_noted_source = nullptr;
+    noted_source = nullptr;
     claim_.noted.store(nullptr);
   }
 
@@ -110,7 +112,7 @@ class ThreadClaim : public qz_UTIL_no_inadvertant_copies {
   Claim& claim_;
 };
 
-using ThreadClaims = qz_ThreadInstance<ThreadClaim>;
+using ThreadClaims = ThreadInstance<ThreadClaim>;
 
 /// Null where nothing can be kept for the thread, any more or at all.
 ThreadClaim* thread_claim() {
@@ -125,19 +127,19 @@ ThreadClaim* thread_claim() {
 }  // namespace
 
 _qz_LOG_configuration* current_configuration_source() {
-  Source* const source = qz_current_source.load(std::memory_order_acquire);
-  if (source == qz_noted_source) return source;
+  Source* const source = current_source.load(std::memory_order_acquire);
+  if (source == noted_source) return source;
   ThreadClaim* const claim = thread_claim();
   return claim != nullptr ? claim->note_current() : source;
 }
 
 void replace_configuration_source(std::unique_ptr<_qz_LOG_configuration> source) noexcept {
   if (ThreadClaim* const claim = ThreadClaims::find()) claim->note_nothing();
-  if (Source* const before = qz_current_source.exchange(source.release())) retire(before);
+  if (Source* const before = current_source.exchange(source.release())) retire(before);
   destroy_unused();
 }
 
-void qz_ConfigurationUse::begin() {
+void ConfigurationUse::begin() {
   if (ThreadClaim* const claim = thread_claim()) {
     source_ = claim->note_current();
   } else {
@@ -146,4 +148,6 @@ void qz_ConfigurationUse::begin() {
   }
 }
 
-void qz_ConfigurationUse::give_back() noexcept { release_claim(*borrowed_); }
+void ConfigurationUse::give_back() noexcept { release_claim(*borrowed_); }
+
+}  // namespace qzlog

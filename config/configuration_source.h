@@ -7,7 +7,9 @@
 #include "config/logconf.h"
 #include "foundation/no_copies.h"
 
-struct _qz_LOG_source_claim;
+namespace qzlog {
+
+struct SourceClaim;
 
 /// The process's configuration source, replaced while threads use it: no thread waits for another, nor does the child
 /// of a fork for a thread that it does not have.
@@ -21,27 +23,27 @@ struct _qz_LOG_source_claim;
 /// The current source, or null, for the calling thread: usable until this thread next calls this or
 /// replace_configuration_source, or ends. Without memory for a first claim QZX_memory_alloc is thrown.
 /// In a thread whose thread-local objects are destroyed already it is usable only until another thread replaces it;
-/// qz_ConfigurationUse does not have that limit.
+/// ConfigurationUse does not have that limit.
 _qz_LOG_configuration* current_configuration_source();
 
 /// Makes `source`, which may be null, the current one, and retires the one before. Any thread.
 void replace_configuration_source(std::unique_ptr<_qz_LOG_configuration> source) noexcept;
 
 /// Of this unit, for the inlined code below.
-extern constinit std::atomic<_qz_LOG_configuration*> qz_current_source;
-extern constinit thread_local const _qz_LOG_configuration* qz_noted_source;  // what this thread's claim says
+extern constinit std::atomic<_qz_LOG_configuration*> current_source;
+extern constinit thread_local const _qz_LOG_configuration* noted_source;  // what this thread's claim says
 
 /// Whether there is a source; it may have changed meanwhile.
-inline bool has_configuration_source() noexcept { return qz_current_source.load() != nullptr; }
+inline bool has_configuration_source() noexcept { return current_source.load() != nullptr; }
 
 /// The current source, or null, kept usable as long as this object lives. One at a time in a thread.
-class qz_ConfigurationUse : public qz_UTIL_no_inadvertant_copies {
+class ConfigurationUse : public qz_UTIL_no_inadvertant_copies {
  public:
-  qz_ConfigurationUse() : source_(qz_current_source.load(std::memory_order_acquire)) {
-    if (source_ != qz_noted_source) [[unlikely]]
+  ConfigurationUse() : source_(current_source.load(std::memory_order_acquire)) {
+    if (source_ != noted_source) [[unlikely]]
       begin();
   }
-  ~qz_ConfigurationUse() {
+  ~ConfigurationUse() {
     if (borrowed_ != nullptr) [[unlikely]]
       give_back();
   }
@@ -54,8 +56,10 @@ class qz_ConfigurationUse : public qz_UTIL_no_inadvertant_copies {
   void begin();
   void give_back() noexcept;
 
-  _qz_LOG_source_claim* borrowed_ = nullptr;  // a thread that has none of its own any more takes one for the time
+  SourceClaim* borrowed_ = nullptr;  // a thread that has none of its own any more takes one for the time
   const _qz_LOG_configuration* source_;
 };
+
+}  // namespace qzlog
 
 #endif  // QZLOG_CONFIG_CONFIGURATION_SOURCE_H

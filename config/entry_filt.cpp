@@ -8,6 +8,8 @@
 #include "qzlog/logcfg.h"
 #include "qzlog/qz_exception.h"
 
+using namespace qzlog;
+
 namespace {
 
 bool is_debug_entry(unsigned property_mask) { return (property_mask & _qz_LOG_entry_filter::_DEBUG_ENTRY_MASK) != 0; }
@@ -20,7 +22,7 @@ class ConfiguredValues {
       : section_(section), values_(source_ ? source_->get_filter_values(section) : nullptr) {}
 
   /// Replaces `value` by what is configured for the key, if anything is.
-  void replace(qz_FilterKey key, unsigned& value) const {
+  void replace(FilterKey key, unsigned& value) const {
     if (values_ != nullptr) {
       values_->get(key, value);
     } else if (source_) {
@@ -29,9 +31,9 @@ class ConfiguredValues {
   }
 
  private:
-  qz_ConfigurationUse source_;
+  ConfigurationUse source_;
   const char* section_;
-  const qz_FilterValues* values_;
+  const FilterValues* values_;
 };
 
 }  // namespace
@@ -48,7 +50,7 @@ void _qz_LOG_entry_filter::set_filter_log_level(unsigned low, unsigned high) {
 bool _qz_LOG_entry_filter::_check_entry_in_stages(const qz_LOG_LogEntry& entry) const {
   debug_entry = is_debug_entry(entry.GetPropertyMask());
   unsigned enabled = 0;
-  ConfiguredValues(section).replace(qz_FilterKey::kDebugEnabled, enabled);
+  ConfiguredValues(section).replace(FilterKey::kDebugEnabled, enabled);
   debug_enabled = enabled != 0;
   return _check_entry_by_callback(entry) && _check_entry_by_log_level(*entry.implementation_) &&
          _check_entry_by_property_mask(*entry.implementation_);
@@ -63,11 +65,11 @@ bool _qz_LOG_entry_filter::_check_entry_by_log_level(const _qz_LOG_log_entry_imp
   const ConfiguredValues configured(section);
   unsigned low = log_level_low;
   unsigned high = log_level_high;
-  configured.replace(qz_FilterKey::kLogLevelLow, low);
-  configured.replace(qz_FilterKey::kLogLevelHigh, high);
+  configured.replace(FilterKey::kLogLevelLow, low);
+  configured.replace(FilterKey::kLogLevelHigh, high);
   if (is_debug_entry(entry.get_property_mask())) {
-    configured.replace(qz_FilterKey::kDebugLogLevelLow, low);
-    configured.replace(qz_FilterKey::kDebugLogLevelHigh, high);
+    configured.replace(FilterKey::kDebugLogLevelLow, low);
+    configured.replace(FilterKey::kDebugLogLevelHigh, high);
   }
   return low <= entry.get_log_level() && entry.get_log_level() <= high;
 }
@@ -76,6 +78,6 @@ bool _qz_LOG_entry_filter::_check_entry_by_property_mask(const _qz_LOG_log_entry
   // Without a source the bypass of debug entries does not count either: it is switched on by the source.
   if (debug_entry && debug_enabled && has_configuration_source()) return true;
   unsigned mask = property_mask;
-  ConfiguredValues(section).replace(qz_FilterKey::kPropertyMask, mask);
+  ConfiguredValues(section).replace(FilterKey::kPropertyMask, mask);
   return (entry.get_property_mask() & mask) != 0;
 }

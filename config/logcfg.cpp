@@ -17,6 +17,8 @@
 #include "message/logmsg.h"
 #include "util/debug_record.h"
 
+using namespace qzlog;
+
 bool b_is_icu_enabled = true;
 QZLOG_PLAIN_NAME(b_is_icu_enabled);
 int action_on_exceed = QZ_ACTION_REFUSE;
@@ -32,16 +34,16 @@ qz_SynchronizationLevelType synchronization_level = QZ_SYNCHRONIZATION_FLUSH;
 bool count_config_enabled = false;
 
 // Guarded by qz_THREAD_global_lock, like the definition table and the catalog while they are loaded.
-qz_NeverDestroyed<qz_OwnedText> definition_path;
-qz_NeverDestroyed<qz_OwnedText> aux_definition_path;
-qz_NeverDestroyed<qz_OwnedText> code_page;
-qz_NeverDestroyed<_qz_LOG_log_definition_tbl> definition_table;
+NeverDestroyed<OwnedText> definition_path;
+NeverDestroyed<OwnedText> aux_definition_path;
+NeverDestroyed<OwnedText> code_page;
+NeverDestroyed<_qz_LOG_log_definition_tbl> definition_table;
 
-const char* text_or_empty(const qz_OwnedText& text) { return text != nullptr ? text.get() : ""; }
+const char* text_or_empty(const OwnedText& text) { return text != nullptr ? text.get() : ""; }
 
 /// The copy is made before the old text is released, so a setting may be set to its own text; without memory for the
 /// copy the setting is unset.
-void store_text(qz_OwnedText& setting, const char* text) {
+void store_text(OwnedText& setting, const char* text) {
   setting.reset(QZ_strdup(text));
   if (setting == nullptr) throw QZX_memory_alloc();
 }
@@ -172,7 +174,7 @@ void qz_LOG_LogConfig::SetConfigurationSource(const char* path, qz_Configuration
   const qz_THREAD_global_lock lock;
   std::unique_ptr<_qz_LOG_configuration> source;
   try {
-    source.reset(qz_new<_qz_LOG_file_configuration>(path, _qz_LOG_file_configuration::kByItself));
+    source.reset(new_object<_qz_LOG_file_configuration>(path, _qz_LOG_file_configuration::kByItself));
   } catch (const QZX_memory_alloc&) {
     set_source(nullptr, has_configuration_source_);
     throw;
@@ -182,7 +184,7 @@ void qz_LOG_LogConfig::SetConfigurationSource(const char* path, qz_Configuration
 
 bool qz_LOG_LogConfig::GetConfigurationIntegerValue(const char* section, const char* key, unsigned& value) {
   if (section == nullptr || key == nullptr) throw_invalid_argument();
-  const qz_ConfigurationUse source;
+  const ConfigurationUse source;
   return source && source->get_integer_value(section, key, value);
 }
 

@@ -12,6 +12,8 @@
 #include "foundation/file_handle.h"
 #include "foundation/qz_libc.h"
 
+using namespace qzlog;
+
 int _qz_LOG_file_configuration::bCfgReaded = 0;
 
 namespace {
@@ -58,7 +60,7 @@ class SettingsParser {
 
   /// The first token of the next line ("" for a line without one), null when no further line is reported.
   const char* next_line_token() {
-    if (lines_.readLine(file_, line_, qzlog::kMostConfigurationLineBytes) != 0) return nullptr;
+    if (lines_.readLine(file_, line_, kMostConfigurationLineBytes) != 0) return nullptr;
     const char* const token = QZ_strtok(line_, kDelimiters);
     return token != nullptr ? token : "";
   }
@@ -78,7 +80,7 @@ class SettingsParser {
   std::FILE* file_;
   _qz_LOG_log_setting_tbl& settings_;
   read_file lines_;
-  char line_[qzlog::kMostConfigurationLineBytes + 1];
+  char line_[kMostConfigurationLineBytes + 1];
   qz_String section_;
 };
 
@@ -110,10 +112,10 @@ void _qz_LOG_log_setting_tbl::clear() {
 
 void _qz_LOG_log_setting_tbl::gather_filter_values() {
   settings_.for_each([this](const qz_String& name, unsigned value) { gather_from(name, value); });
-  const qz_FilterValues* const global = filter_values_.find(kFallbackSection, "");
-  global_filter_values_ = global != nullptr ? *global : qz_FilterValues();
+  const FilterValues* const global = filter_values_.find(kFallbackSection, "");
+  global_filter_values_ = global != nullptr ? *global : FilterValues();
   filter_values_.for_each(
-      [this](const qz_String&, qz_FilterValues& values) { values.complete_from(global_filter_values_); });
+      [this](const qz_String&, FilterValues& values) { values.complete_from(global_filter_values_); });
   filter_values_gathered_ = true;
 }
 
@@ -125,13 +127,13 @@ void _qz_LOG_log_setting_tbl::gather_from(const qz_String& name, unsigned value)
     if (!text.ends_with(key)) continue;
     qz_String section;
     section._assign(text.data(), static_cast<unsigned>(text.size() - key.size()));
-    filter_values_.at(section).set(static_cast<qz_FilterKey>(index), value);
+    filter_values_.at(section).set(static_cast<FilterKey>(index), value);
   }
 }
 
-const qz_FilterValues* _qz_LOG_log_setting_tbl::find_filter_values(const char* section) const {
+const FilterValues* _qz_LOG_log_setting_tbl::find_filter_values(const char* section) const {
   if (!filter_values_gathered_) return nullptr;
-  const qz_FilterValues* const found = filter_values_.find(text_or_empty(section), "");
+  const FilterValues* const found = filter_values_.find(text_or_empty(section), "");
   return found != nullptr ? found : &global_filter_values_;
 }
 
@@ -198,7 +200,7 @@ bool _qz_LOG_file_configuration::get_integer_value(const char* section, const ch
   return load(status.st_mtime) && _find_value(section, key, value);
 }
 
-const qz_FilterValues* _qz_LOG_file_configuration::get_filter_values(const char* section) const {
+const FilterValues* _qz_LOG_file_configuration::get_filter_values(const char* section) const {
   const _qz_LOG_log_setting_tbl* const settings = settings_.load(std::memory_order_acquire);
   return settings != nullptr && is_loaded() ? settings->find_filter_values(section) : nullptr;
 }
@@ -227,11 +229,11 @@ bool _qz_LOG_file_configuration::_find_value(const char* section, const char* ke
 
 /// Null for a file that cannot be read.
 std::unique_ptr<_qz_LOG_file_configuration::Loaded> _qz_LOG_file_configuration::_save_all_from_file() const {
-  const qz_FileHandle file(QZ_fopen(path_.c_str(), "rb"));
+  const FileHandle file(QZ_fopen(path_.c_str(), "rb"));
   if (file == nullptr) return nullptr;
   // A directory can be opened, but not read.
   if (std::getc(file.get()) == EOF && std::ferror(file.get()) != 0) return nullptr;
-  std::unique_ptr<Loaded> loaded(qz_new<Loaded>());
+  std::unique_ptr<Loaded> loaded(new_object<Loaded>());
   SettingsParser(file.get(), loaded->settings).parse();
   loaded->settings.gather_filter_values();
   return loaded;

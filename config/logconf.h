@@ -22,7 +22,7 @@ class _qz_LOG_configuration : public qz_UTIL_no_inadvertant_copies {
   virtual ~_qz_LOG_configuration() = default;
   /// What get_integer_value says for all keys of a filter, at the price of one lookup. Null while lookups may still
   /// have to load something: each key has to be asked for then. Valid as long as this object. Any thread.
-  virtual const qz_FilterValues* get_filter_values(const char* section) const = 0;
+  virtual const qzlog::FilterValues* get_filter_values(const char* section) const = 0;
 
   _qz_LOG_configuration* next_retired = nullptr;  ///< of config/configuration_source
 };
@@ -44,15 +44,15 @@ class _qz_LOG_log_setting_tbl : public qz_UTIL_no_inadvertant_copies {
   /// Gathers the values of the filters' keys by section, for find_filter_values. Once all settings are there.
   void gather_filter_values();
   /// The values of a section, completed by those of the section "global"; null when they were not gathered.
-  const qz_FilterValues* find_filter_values(const char* section) const;
+  const qzlog::FilterValues* find_filter_values(const char* section) const;
 
  private:
   static void _construct_hash_key_string(const char* section, const char* key, qz_String& out);
   void gather_from(const qz_String& name, unsigned value);
 
-  qz_TextTable<unsigned> settings_;
-  qz_TextTable<qz_FilterValues> filter_values_;  // by section
-  qz_FilterValues global_filter_values_;
+  qzlog::TextTable<unsigned> settings_;
+  qzlog::TextTable<qzlog::FilterValues> filter_values_;  // by section
+  qzlog::FilterValues global_filter_values_;
   bool filter_values_gathered_ = false;
 };
 
@@ -84,7 +84,7 @@ class _qz_LOG_file_configuration : public _qz_LOG_configuration {
 
   /// The value in `section`, else in the section "global". A file that cannot be read has no values.
   bool get_integer_value(const char* section, const char* key, unsigned& value) const override;
-  const qz_FilterValues* get_filter_values(const char* section) const override;
+  const qzlog::FilterValues* get_filter_values(const char* section) const override;
   ~_qz_LOG_file_configuration() override;
 
   /// 1 after the first successful load of any instance, 0 again with every instance made. Accessed atomically.

@@ -10,10 +10,12 @@
 #include "foundation/hash_tbl.h"
 #include "qzlog/qz_string.h"
 
+namespace qzlog {
+
 /// The hash of texts given one after the other; how a text is cut into pieces does not matter.
-class qz_TextHash {
+class TextHash {
  public:
-  explicit qz_TextHash(std::uint64_t seed) : state_(seed) {}
+  explicit TextHash(std::uint64_t seed) : state_(seed) {}
 
   /// Adds a zero-terminated text and returns its length.
   std::size_t add(const char* text) {
@@ -40,16 +42,16 @@ class qz_TextHash {
 ///
 /// Each table hashes differently in each run, so that no file can be written whose texts all meet in one bucket.
 template <typename V>
-class qz_TextTable : protected qz_MISC_hash_tbl<qz_String, V> {
+class TextTable : protected qz_MISC_hash_tbl<qz_String, V> {
   using Base = qz_MISC_hash_tbl<qz_String, V>;
   using Node = typename Base::Slot::Node;
 
  public:
-  explicit qz_TextTable(unsigned requested) : qz_TextTable(requested, fresh_seed(this)) {}
+  explicit TextTable(unsigned requested) : TextTable(requested, fresh_seed(this)) {}
 
   /// The value under `prefix` followed by `suffix`, or null. Valid until the table is cleared.
   const V* find(const char* prefix, const char* suffix) const {
-    qz_TextHash hash(seed_);
+    TextHash hash(seed_);
     const std::size_t prefix_length = hash.add(prefix);
     const std::size_t suffix_length = hash.add(suffix);
     const Node* node = this->slots[hash.slot(this->size)].head;
@@ -86,7 +88,7 @@ class qz_TextTable : protected qz_MISC_hash_tbl<qz_String, V> {
   }
 
  private:
-  qz_TextTable(unsigned requested, std::uint64_t seed) : Base(requested), seed_(seed) {}
+  TextTable(unsigned requested, std::uint64_t seed) : Base(requested), seed_(seed) {}
 
   static std::uint64_t fresh_seed(const void* place) {
     const auto now = static_cast<std::uint64_t>(std::chrono::steady_clock::now().time_since_epoch().count());
@@ -94,7 +96,7 @@ class qz_TextTable : protected qz_MISC_hash_tbl<qz_String, V> {
   }
 
   unsigned _get_slot_index(const qz_String& key) const override {
-    qz_TextHash hash(seed_);
+    TextHash hash(seed_);
     hash.add(key.c_str());
     return hash.slot(this->size);
   }
@@ -102,7 +104,7 @@ class qz_TextTable : protected qz_MISC_hash_tbl<qz_String, V> {
   typename Base::Slot& slot_of(const qz_String& key) { return this->slots[_get_slot_index(key)]; }
 
   void grow() {
-    qz_TextTable larger(this->size * 2, seed_);
+    TextTable larger(this->size * 2, seed_);
     for (unsigned i = 0; i < this->size; ++i) {
       for (Node* node = std::exchange(this->slots[i].head, nullptr); node != nullptr;) {
         larger.link(*std::exchange(node, node->next));
@@ -123,5 +125,7 @@ class qz_TextTable : protected qz_MISC_hash_tbl<qz_String, V> {
   std::uint64_t seed_;
   unsigned count_ = 0;
 };
+
+}  // namespace qzlog
 
 #endif  // QZLOG_CONFIG_TEXT_TBL_H

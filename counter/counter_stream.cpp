@@ -34,9 +34,9 @@ int open_for_reading(const char* path) {
   return descriptor < 0 && errno == EWOULDBLOCK ? open_file(path, O_RDONLY) : descriptor;
 }
 
-qz_FileHandle stream_of(int descriptor, const char* mode) {
+FileHandle stream_of(int descriptor, const char* mode) {
   if (descriptor < 0) return nullptr;
-  qz_FileHandle file(fdopen(descriptor, mode));
+  FileHandle file(fdopen(descriptor, mode));
   if (file == nullptr) {
     ::close(descriptor);
     throw QZX_memory_alloc();
@@ -57,8 +57,8 @@ bool file_exists(const char* path) {
 }  // namespace
 
 CounterStream open_counter_stream(const char* path) {
-  if (qz_FileHandle file = stream_of(open_for_update(path), "rb+")) return {std::move(file), true, true};
-  if (qz_FileHandle file = stream_of(open_for_reading(path), "rb")) return {std::move(file), false, true};
+  if (FileHandle file = stream_of(open_for_update(path), "rb+")) return {std::move(file), true, true};
+  if (FileHandle file = stream_of(open_for_reading(path), "rb")) return {std::move(file), false, true};
   return {nullptr, false, file_exists(path)};
 }
 

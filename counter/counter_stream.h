@@ -5,9 +5,9 @@
 
 /// A counter file, as far as it could be opened.
 struct _qz_LOG_EntryCounterStream {
-  qz_FileHandle file;  ///< unbuffered, closed in programs that are started; null when it could not be opened
-  bool is_writable;    ///< open for update, else for reading only
-  bool exists;         ///< also when it could not be opened
+  qzlog::FileHandle file;  ///< unbuffered, closed in programs that are started; null when it could not be opened
+  bool is_writable;        ///< open for update, else for reading only
+  bool exists;             ///< also when it could not be opened
 };
 
 namespace qzlog {

@@ -9,45 +9,49 @@
 #include "foundation/locks.h"
 #include "qzlog/qz_exception.h"
 
+namespace qzlog {
+
 /// The known names of the process, never released: entries may outlive every static object. Texts are stored before
 /// their objects are entered, so that running out of memory leaves nothing half known.
-class KnownNames {
+class NameRegistry {
  public:
-  const _qz_LOG_known_name* find_or_add(const char* text) {
-    const _qz_LOG_attribute_name wanted(text);
-    const qz_MutexSentry lock(mutex_);
+  const KnownName* find_or_add(const char* text) {
+    const AttributeName wanted(text);
+    const MutexSentry lock(mutex_);
     if (names_ == nullptr) names_ = new Names;
     const auto found = names_->find(std::string_view(text, wanted.length));
     return found != names_->end() ? found->second.get() : add(wanted);
   }
 
  private:
-  const _qz_LOG_known_name* add(const _qz_LOG_attribute_name& wanted) {
+  const KnownName* add(const AttributeName& wanted) {
     // The text stands behind its object.
-    void* const storage = ::operator new(sizeof(_qz_LOG_known_name) + wanted.length + 1);
-    char* const text = static_cast<char*>(storage) + sizeof(_qz_LOG_known_name);
+    void* const storage = ::operator new(sizeof(KnownName) + wanted.length + 1);
+    char* const text = static_cast<char*>(storage) + sizeof(KnownName);
     QZ_memcpy(text, wanted.text, wanted.length + 1U);
-    Owned name(new (storage) _qz_LOG_known_name(text, wanted.hash));
+    Owned name(new (storage) KnownName(text, wanted.hash));
     return names_->emplace(std::string_view(text, wanted.length), std::move(name)).first->second.get();
   }
 
   struct Release {
-    void operator()(_qz_LOG_known_name* name) const { ::operator delete(name); }
+    void operator()(KnownName* name) const { ::operator delete(name); }
   };
-  using Owned = std::unique_ptr<_qz_LOG_known_name, Release>;
+  using Owned = std::unique_ptr<KnownName, Release>;
 
   using Names = std::unordered_map<std::string_view, Owned>;
 
-  qz_Mutex mutex_;
+  Mutex mutex_;
   Names* names_ = nullptr;
 };
 
 namespace {
-constinit KnownNames known_names;
+constinit NameRegistry known_names;
 }
 
-const _qz_LOG_known_name* _qz_LOG_known_name::of(const char* text) try {
+const KnownName* KnownName::of(const char* text) try {
   return known_names.find_or_add(text);
 } catch (const std::bad_alloc&) {
   throw QZX_memory_alloc();
 }
+
+}  // namespace qzlog

@@ -4,9 +4,11 @@
 #include "foundation/hashing.h"
 #include "foundation/qz_libc.h"
 
+namespace qzlog {
+
 /// A wanted attribute name, hashed once however many tables are then asked for it. Does not own the text.
-struct _qz_LOG_attribute_name {
-  explicit _qz_LOG_attribute_name(const char* name)
+struct AttributeName {
+  explicit AttributeName(const char* name)
       : text(name), length(static_cast<unsigned>(QZ_strlen(name))), hash(my_hashcode(name, length)) {}
 
   const char* text;
@@ -16,24 +18,24 @@ struct _qz_LOG_attribute_name {
 
 /// A known attribute name: one object for each text, so that two of them are equal when they are the same. Definitions
 /// repeat few names many times; the objects live as long as the process.
-class _qz_LOG_known_name {
+class KnownName {
  public:
   /// The object of a text, made when it is the first to ask. Any thread. Throws QZX_memory_alloc.
-  static const _qz_LOG_known_name* of(const char* text);
+  static const KnownName* of(const char* text);
 
   const char* text() const { return text_; }
   /// my_hashcode
   unsigned hash() const { return hash_; }
-  bool equals(const _qz_LOG_attribute_name& name) const {
-    return hash_ == name.hash && QZ_strcmp(text_, name.text) == 0;
-  }
+  bool equals(const AttributeName& name) const { return hash_ == name.hash && QZ_strcmp(text_, name.text) == 0; }
 
  private:
-  friend class KnownNames;
-  _qz_LOG_known_name(const char* text, unsigned hash) : hash_(hash), text_(text) {}
+  friend class NameRegistry;
+  KnownName(const char* text, unsigned hash) : hash_(hash), text_(text) {}
 
   unsigned hash_;
   const char* text_;
 };
+
+}  // namespace qzlog
 
 #endif  // QZLOG_DEFINITIONS_ATTRIBUTE_NAME_H

@@ -12,7 +12,9 @@
 #include "foundation/no_copies.h"
 #include "foundation/thread_instance.h"
 
-class _qz_LOG_thread_holds;
+namespace qzlog {
+
+class ThreadHolds;
 
 /// One thread's reference to a definition, which its entries share: threads whose entries use the same definition then
 /// do not write to the same memory.
@@ -20,9 +22,9 @@ class _qz_LOG_thread_holds;
 /// The thread that made it counts without synchronisation as long as it keeps the hold for further entries. Other
 /// threads, which may destroy the entries, count what they release in an atomic balance; when the thread gives the hold
 /// up, its own count joins the balance, and whoever brings that to zero deletes the hold.
-class alignas(qz_kCacheLine) _qz_LOG_definition_hold : public qz_UTIL_no_inadvertant_copies {
+class alignas(kCacheLine) DefinitionHold : public qz_UTIL_no_inadvertant_copies {
  public:
-  _qz_LOG_definition_hold(const _qz_LOG_thread_holds* owner, _qz_LOG_definition_ref definition)
+  DefinitionHold(const ThreadHolds* owner, DefinitionRef definition)
       : definition_(std::move(definition)), owner_(owner) {}
 
   _qz_LOG_log_definition& definition() const { return *definition_.get(); }
@@ -50,37 +52,37 @@ class alignas(qz_kCacheLine) _qz_LOG_definition_hold : public qz_UTIL_no_inadver
     if (balance_.fetch_sub(1, std::memory_order_acq_rel) == 1) delete this;
   }
 
-  _qz_LOG_definition_ref definition_;
-  std::atomic<const _qz_LOG_thread_holds*> owner_;
+  DefinitionRef definition_;
+  std::atomic<const ThreadHolds*> owner_;
   // Entries that one thread makes and another destroys move both away from zero without end.
   std::int64_t owner_count_ = 0;
   std::atomic<std::int64_t> balance_{0};
 };
 
-using _qz_LOG_definition_hold_ref = qz_CountedRef<_qz_LOG_definition_hold>;
+using DefinitionHoldRef = CountedRef<DefinitionHold>;
 
 /// The holds of one thread by entry ID. Those on definitions that no table caches any more are given up when room is
 /// needed or the thread ends: until then a thread may keep up to kMostHolds definitions alive that nothing else uses.
-class _qz_LOG_thread_holds : public qz_UTIL_no_inadvertant_copies {
+class ThreadHolds : public qz_UTIL_no_inadvertant_copies {
  public:
   static constexpr unsigned kMostHolds = 192;
 
-  _qz_LOG_thread_holds() : cells_(std::make_unique<Cell[]>(kCells)) {}
-  ~_qz_LOG_thread_holds();
+  ThreadHolds() : cells_(std::make_unique<Cell[]>(kCells)) {}
+  ~ThreadHolds();
 
   /// Null when there is none.
-  _qz_LOG_definition_hold* find(unsigned int entry_id) const {
+  DefinitionHold* find(unsigned int entry_id) const {
     const Cell& cell = cells_[cell_of(entry_id)];
     return cell.entry_id == entry_id ? cell.hold : nullptr;
   }
   /// A reference to the hold on this definition, made when there is none. Replaces a hold on another definition of the
   /// ID. QZX_memory_alloc, with nothing changed, without memory.
-  _qz_LOG_definition_hold_ref keep(unsigned int entry_id, _qz_LOG_definition_ref definition);
+  DefinitionHoldRef keep(unsigned int entry_id, DefinitionRef definition);
 
  private:
   struct Cell {
     unsigned int entry_id = 0;
-    _qz_LOG_definition_hold* hold = nullptr;  // null in a free cell
+    DefinitionHold* hold = nullptr;  // null in a free cell
   };
   // Few enough are in use that a search ends after a step or two.
   static constexpr unsigned kCellBits = 9;
@@ -100,9 +102,11 @@ class _qz_LOG_thread_holds : public qz_UTIL_no_inadvertant_copies {
   unsigned count_ = 0;
 };
 
-inline bool _qz_LOG_definition_hold::is_owned_by_this_thread() const {
-  const _qz_LOG_thread_holds* const owner = owner_.load(std::memory_order_relaxed);
-  return owner != nullptr && owner == qz_ThreadInstance<_qz_LOG_thread_holds>::find();
+inline bool DefinitionHold::is_owned_by_this_thread() const {
+  const ThreadHolds* const owner = owner_.load(std::memory_order_relaxed);
+  return owner != nullptr && owner == ThreadInstance<ThreadHolds>::find();
 }
+
+}  // namespace qzlog
 
 #endif  // QZLOG_DEFINITIONS_DEFINITION_HOLD_H

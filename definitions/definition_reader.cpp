@@ -59,7 +59,7 @@ void read_attributes(std::FILE* file, const EntryInfo& info, _qz_LOG_log_definit
     require(_qz_LOG_read_attribute(file, name, type, redirection_name));
     const bool is_selector = info.is_selector(name);
     // Only the selector attribute may be repeated; it then replaces the one that the definition has.
-    if (!is_selector && def.find_own_attribute(_qz_LOG_attribute_name(name.c_str())) != nullptr) {
+    if (!is_selector && def.find_own_attribute(AttributeName(name.c_str())) != nullptr) {
       qz_String text("<QZX_logging_invalid_definition> attribute ");
       text += name.c_str();
       text += " already exist.";
@@ -99,8 +99,8 @@ void read_selector_messages(std::FILE* file, bool is_aux, _qz_LOG_log_definition
 
 }  // namespace
 
-qz_FileHandle open_definition_file(const char* path) {
-  qz_FileHandle file = qz_open_unshared(path);
+FileHandle open_definition_file(const char* path) {
+  FileHandle file = open_unshared(path);
   if (file != nullptr) return file;
   qz_String text("<QZX_logging_invalid_definition> Unable to access definition file \"");
   text += path;

@@ -16,7 +16,7 @@ namespace qzlog {
 inline constexpr const char* kDefinitionFileSource = "ldf_load";
 
 /// The file, open for reading; no other process that this one starts gets it.
-qz_FileHandle open_definition_file(const char* path);
+FileHandle open_definition_file(const char* path);
 
 /// Records the failure and throws what every part that cannot be read throws.
 [[noreturn]] void throw_unreadable_definition_file();

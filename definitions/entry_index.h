@@ -9,10 +9,12 @@ struct _qz_LOG_log_definition_file_info_holder {
   unsigned offset;
 };
 
+namespace qzlog {
+
 /// Where every entry ID of the files stands, for the table, which locks it. Its buckets follow the number of IDs. IDs
 /// in a row stand side by side, for files are loaded in their order; files that number their entries in steps of any
 /// size fill the buckets evenly too.
-class _qz_LOG_entry_index : public qz_MISC_hash_tbl<unsigned int, _qz_LOG_log_definition_file_info_holder> {
+class EntryIndex : public qz_MISC_hash_tbl<unsigned int, _qz_LOG_log_definition_file_info_holder> {
  public:
   using qz_MISC_hash_tbl::qz_MISC_hash_tbl;
 
@@ -30,5 +32,7 @@ class _qz_LOG_entry_index : public qz_MISC_hash_tbl<unsigned int, _qz_LOG_log_de
  private:
   unsigned count_ = 0;
 };
+
+}  // namespace qzlog
 
 #endif  // QZLOG_DEFINITIONS_ENTRY_INDEX_H

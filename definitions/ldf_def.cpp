@@ -11,15 +11,17 @@
 #include "foundation/hashing.h"
 #include "foundation/never_destroyed.h"
 
+using namespace qzlog;
+
 _qz_LOG_attribute_entry** _qz_LOG_log_definition::p_global_attr_entries = nullptr;
 unsigned char _qz_LOG_log_definition::n_global_attr_entries = 0;
 
 namespace {
 
-constexpr unsigned char kMaxCount = qzlog::ldf::kMostElements;
+constexpr unsigned char kMaxCount = ldf::kMostElements;
 static_assert(kMaxCount == std::numeric_limits<unsigned char>::max());
 
-qz_NeverDestroyed<qz_HashIndex> global_attribute_index;
+NeverDestroyed<HashIndex> global_attribute_index;
 
 // The lists of attributes and of selector messages: arrays of owned elements, exactly as long as their 8-bit counts.
 
@@ -38,7 +40,7 @@ bool append_to_list(Element**& list, unsigned char& count, std::unique_ptr<Eleme
     destroy_list(list, count);
     return false;
   }
-  Element** longer = qz_new_array<Element*>(std::size_t{count} + 1);
+  Element** longer = new_array<Element*>(std::size_t{count} + 1);
   std::copy_n(list, count, longer);
   longer[count++] = element.release();
   delete[] list;
@@ -58,10 +60,10 @@ std::unique_ptr<Element> take_from_list(Element** list, unsigned char& count, co
   return taken;
 }
 
-constexpr unsigned kNone = qz_HashIndex::kNone;
+constexpr unsigned kNone = HashIndex::kNone;
 
-unsigned find_position(_qz_LOG_attribute_entry* const* list, unsigned char count, const qz_HashIndex& index,
-                       const _qz_LOG_attribute_name& name) {
+unsigned find_position(_qz_LOG_attribute_entry* const* list, unsigned char count, const HashIndex& index,
+                       const AttributeName& name) {
   const auto matches = [&](unsigned position) { return list[position]->get_known_name()->equals(name); };
   if (!index.empty() && !_qz_LOG_attribute_entry::any_renamed()) return index.find(name.hash, matches);
   for (unsigned position = 0; position < count; ++position) {
@@ -71,18 +73,18 @@ unsigned find_position(_qz_LOG_attribute_entry* const* list, unsigned char count
 }
 
 /// Room in the index for one attribute more, which a list that is short enough does not need.
-void reserve_in_index(_qz_LOG_attribute_entry* const* list, unsigned char count, qz_HashIndex& index) {
-  if (count < qz_HashIndex::kWorthwhile) return;
+void reserve_in_index(_qz_LOG_attribute_entry* const* list, unsigned char count, HashIndex& index) {
+  if (count < HashIndex::kWorthwhile) return;
   index.reserve(count + 1U, count, [list](unsigned position) { return list[position]->get_name_hash(); });
 }
 
 /// After an attribute was added at the end, or the list was emptied.
-void index_last(_qz_LOG_attribute_entry* const* list, unsigned char count, qz_HashIndex& index) {
+void index_last(_qz_LOG_attribute_entry* const* list, unsigned char count, HashIndex& index) {
   if (count == 0) return index.clear();
   if (!index.empty()) index.insert(list[count - 1]->get_name_hash(), count - 1U);
 }
 
-void reindex(_qz_LOG_attribute_entry* const* list, unsigned char count, qz_HashIndex& index) {
+void reindex(_qz_LOG_attribute_entry* const* list, unsigned char count, HashIndex& index) {
   if (index.empty()) return;
   index.reindex(count, [list](unsigned position) { return list[position]->get_name_hash(); });
 }
@@ -92,37 +94,38 @@ const char* text_or_empty(const char* text) { return text == nullptr ? "" : text
 }  // namespace
 
 _qz_LOG_attribute_entry::_qz_LOG_attribute_entry(const char* name, const char* redirection_name, unsigned char type)
-    : name_(_qz_LOG_known_name::of(name)), redirection_name_(qz_duplicate_text(redirection_name)), type_(type) {}
+    : name_(KnownName::of(name)), redirection_name_(duplicate_text(redirection_name)), type_(type) {}
 
 void _qz_LOG_attribute_entry::set_name(const char* name) {
-  name_ = _qz_LOG_known_name::of(name);
+  name_ = KnownName::of(name);
   any_renamed_.store(true, std::memory_order_relaxed);
 }
 
 void _qz_LOG_attribute_entry::set_redirection_name(const char* redirection_name) {
-  redirection_name_ = qz_duplicate_text(redirection_name);
+  redirection_name_ = duplicate_text(redirection_name);
 }
 
 _qz_LOG_selector_message::_qz_LOG_selector_message(unsigned int index, unsigned int value, const char* message_id,
                                                    const char* message_text)
-    : index_(index), value_(value), message_id_(qz_duplicate_text(message_id)), message_text_(message_text) {}
+    : index_(index), value_(value), message_id_(duplicate_text(message_id)), message_text_(message_text) {}
 
 _qz_LOG_log_definition::~_qz_LOG_log_definition() { clear_attr_info(); }
 
 void _qz_LOG_log_definition::set_default_msg_id(const char* message_id) {
-  default_msg_id_ = qz_duplicate_text(message_id);
+  default_msg_id_ = duplicate_text(message_id);
 }
 
 void _qz_LOG_log_definition::set_default_msg_text(const char* message_text) { default_msg_text_.set(message_text); }
 
 void _qz_LOG_log_definition::add_attr_info(const char* name, unsigned char type, bool is_selector,
                                            const char* redirection_name) {
-  _qz_LOG_attribute_entry* const former = find_own_attribute(_qz_LOG_attribute_name(name));
+  _qz_LOG_attribute_entry* const former = find_own_attribute(AttributeName(name));
   // Held to the end: the caller's name may be the former entry's own.
   const auto replaced = take_own_attribute(former);
   reserve_in_index(attributes_, attribute_count_, attribute_index_);
 
-  auto entry = std::unique_ptr<_qz_LOG_attribute_entry>(qz_new<_qz_LOG_attribute_entry>(name, redirection_name, type));
+  auto entry =
+      std::unique_ptr<_qz_LOG_attribute_entry>(new_object<_qz_LOG_attribute_entry>(name, redirection_name, type));
   _qz_LOG_attribute_entry* const added = entry.get();
   if (!append_to_list(attributes_, attribute_count_, std::move(entry))) {
     selector_attribute_ = nullptr;
@@ -146,7 +149,7 @@ void _qz_LOG_log_definition::add_selector_message(unsigned int index, unsigned i
                                                   const char* message_text) {
   append_to_list(selector_messages_, selector_message_count_,
                  std::unique_ptr<_qz_LOG_selector_message>(
-                     qz_new<_qz_LOG_selector_message>(index, value, message_id, message_text)));
+                     new_object<_qz_LOG_selector_message>(index, value, message_id, message_text)));
 }
 
 void _qz_LOG_log_definition::set_selector_attribute(const char* name) {
@@ -157,7 +160,7 @@ void _qz_LOG_log_definition::set_selector_attribute(const char* name) {
   }
 }
 
-_qz_LOG_attribute_entry* _qz_LOG_log_definition::find_attribute(const _qz_LOG_attribute_name& name) const {
+_qz_LOG_attribute_entry* _qz_LOG_log_definition::find_attribute(const AttributeName& name) const {
   _qz_LOG_attribute_entry* const own = find_own_attribute(name);
   return own != nullptr ? own : find_global_attribute(name);
 }
@@ -214,15 +217,15 @@ void _qz_LOG_log_definition::clear_attr_info() {
 }
 
 void _qz_LOG_log_definition::add_global_attr_info(const char* name, unsigned char type) {
-  const auto replaced = take_global_attribute(find_global_attribute(_qz_LOG_attribute_name(name)));
+  const auto replaced = take_global_attribute(find_global_attribute(AttributeName(name)));
   reserve_in_index(p_global_attr_entries, n_global_attr_entries, *global_attribute_index);
   append_to_list(p_global_attr_entries, n_global_attr_entries,
-                 std::unique_ptr<_qz_LOG_attribute_entry>(qz_new<_qz_LOG_attribute_entry>(name, nullptr, type)));
+                 std::unique_ptr<_qz_LOG_attribute_entry>(new_object<_qz_LOG_attribute_entry>(name, nullptr, type)));
   index_last(p_global_attr_entries, n_global_attr_entries, *global_attribute_index);
 }
 
 bool _qz_LOG_log_definition::get_global_attr_info_by_name(const char* name, unsigned char& type) {
-  const _qz_LOG_attribute_entry* const entry = find_global_attribute(_qz_LOG_attribute_name(name));
+  const _qz_LOG_attribute_entry* const entry = find_global_attribute(AttributeName(name));
   if (entry == nullptr) return false;
   type = entry->get_type();
   return true;
@@ -246,21 +249,21 @@ void _qz_LOG_log_definition::release() {
   if (references_.fetch_sub(1, std::memory_order_acq_rel) == 1) delete this;
 }
 
-_qz_LOG_attribute_entry* _qz_LOG_log_definition::find_own_attribute(const _qz_LOG_attribute_name& name) const {
+_qz_LOG_attribute_entry* _qz_LOG_log_definition::find_own_attribute(const AttributeName& name) const {
   const unsigned position = find_own_position(name);
   return position != kNone ? attributes_[position] : nullptr;
 }
 
-unsigned _qz_LOG_log_definition::find_own_position(const _qz_LOG_attribute_name& name) const {
+unsigned _qz_LOG_log_definition::find_own_position(const AttributeName& name) const {
   return find_position(attributes_, attribute_count_, attribute_index_, name);
 }
 
-_qz_LOG_attribute_entry* _qz_LOG_log_definition::find_global_attribute(const _qz_LOG_attribute_name& name) {
+_qz_LOG_attribute_entry* _qz_LOG_log_definition::find_global_attribute(const AttributeName& name) {
   const unsigned position = find_global_position(name);
   return position != kNone ? p_global_attr_entries[position] : nullptr;
 }
 
-unsigned _qz_LOG_log_definition::find_global_position(const _qz_LOG_attribute_name& name) {
+unsigned _qz_LOG_log_definition::find_global_position(const AttributeName& name) {
   return find_position(p_global_attr_entries, n_global_attr_entries, *global_attribute_index, name);
 }
 

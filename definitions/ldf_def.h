@@ -21,7 +21,7 @@ class _qz_LOG_attribute_entry : public qz_UTIL_no_inadvertant_copies {
   void set_redirection_name(const char* redirection_name);
 
   const char* get_name() const { return name_->text(); }
-  const _qz_LOG_known_name* get_known_name() const { return name_; }
+  const qzlog::KnownName* get_known_name() const { return name_; }
   /// Null when none was given.
   const char* get_redirection_name() const { return redirection_name_.get(); }
   unsigned char get_type() const { return type_; }
@@ -33,8 +33,8 @@ class _qz_LOG_attribute_entry : public qz_UTIL_no_inadvertant_copies {
  private:
   static inline std::atomic<bool> any_renamed_{false};
 
-  const _qz_LOG_known_name* name_;
-  qz_OwnedText redirection_name_;
+  const qzlog::KnownName* name_;
+  qzlog::OwnedText redirection_name_;
   unsigned char type_;
 };
 
@@ -47,21 +47,25 @@ class _qz_LOG_selector_message : public qz_UTIL_no_inadvertant_copies {
   unsigned int get_value() const { return value_; }
   const char* get_message_id() const { return message_id_.get(); }
   const char* get_message_text() const { return message_text_.get(); }
-  const _qz_LOG_message_text& get_message() const { return message_text_; }
+  const qzlog::DefinitionMessage& get_message() const { return message_text_; }
 
  private:
   unsigned int index_;
   unsigned int value_;
-  qz_OwnedText message_id_;
-  _qz_LOG_message_text message_text_;
+  qzlog::OwnedText message_id_;
+  qzlog::DefinitionMessage message_text_;
 };
 
+namespace qzlog {
+
 /// The numbers of a version tag "MAJOR.MINOR", read as entries with an ID read them.
-struct _qz_LOG_version_numbers {
+struct VersionNumbers {
   unsigned int major = 0;
   unsigned int minor = 0;
   bool has_minor = false;  ///< the tag has a point
 };
+
+}  // namespace qzlog
 
 class _qz_LOG_log_definition_tbl;
 
@@ -81,11 +85,11 @@ class _qz_LOG_log_definition : public qz_UTIL_no_inadvertant_copies {
   unsigned int get_property_mask() const { return property_mask_; }
   /// The tag of the file that the definition was read from, at most 8 characters.
   const char* get_version_tag() const { return version_tag_; }
-  const _qz_LOG_version_numbers& get_version_numbers() const { return version_numbers_; }
+  const qzlog::VersionNumbers& get_version_numbers() const { return version_numbers_; }
   /// Null while none was set.
   const char* get_default_msg_id() const { return default_msg_id_.get(); }
   const char* get_default_msg_text() const { return default_msg_text_.get(); }
-  const _qz_LOG_message_text& get_default_message() const { return default_msg_text_; }
+  const qzlog::DefinitionMessage& get_default_message() const { return default_msg_text_; }
   unsigned char get_attr_count() const { return attribute_count_; }
   unsigned char get_selector_msg_count() const { return selector_message_count_; }
   /// One of the own attributes, or null.
@@ -109,13 +113,13 @@ class _qz_LOG_log_definition : public qz_UTIL_no_inadvertant_copies {
 
   /// The own attribute of that name, else the global one, else null.
   _qz_LOG_attribute_entry* get_attr_info_by_name(const char* name) const {
-    return find_attribute(_qz_LOG_attribute_name(name));
+    return find_attribute(qzlog::AttributeName(name));
   }
-  _qz_LOG_attribute_entry* find_attribute(const _qz_LOG_attribute_name& name) const;
+  _qz_LOG_attribute_entry* find_attribute(const qzlog::AttributeName& name) const;
   /// Own attributes only.
-  _qz_LOG_attribute_entry* find_own_attribute(const _qz_LOG_attribute_name& name) const;
+  _qz_LOG_attribute_entry* find_own_attribute(const qzlog::AttributeName& name) const;
   /// The position of an own attribute, or of none: then it is not below get_attr_count().
-  unsigned find_own_position(const _qz_LOG_attribute_name& name) const;
+  unsigned find_own_position(const qzlog::AttributeName& name) const;
   /// The own attribute at a position, or null.
   const _qz_LOG_attribute_entry* get_own_attribute(unsigned position) const {
     return position < attribute_count_ ? attributes_[position] : nullptr;
@@ -138,9 +142,9 @@ class _qz_LOG_log_definition : public qz_UTIL_no_inadvertant_copies {
   // Global attributes: written while files are loaded or cleared, under the process-wide lock; read without a lock.
   static void add_global_attr_info(const char* name, unsigned char type);
   static bool get_global_attr_info_by_name(const char* name, unsigned char& type);
-  static _qz_LOG_attribute_entry* find_global_attribute(const _qz_LOG_attribute_name& name);
+  static _qz_LOG_attribute_entry* find_global_attribute(const qzlog::AttributeName& name);
   /// As find_own_position.
-  static unsigned find_global_position(const _qz_LOG_attribute_name& name);
+  static unsigned find_global_position(const qzlog::AttributeName& name);
   /// Throws QZX_logging_index_out_of_bound when there is no i-th global attribute: another class than for own
   /// attributes, callers tell them apart by it.
   static void get_global_attr_info_by_index(unsigned char i, const char*& name, unsigned char& type);
@@ -174,15 +178,15 @@ class _qz_LOG_log_definition : public qz_UTIL_no_inadvertant_copies {
   unsigned int entry_id_ = 0;
   unsigned int entry_word_ = 0;
   unsigned int property_mask_ = 0;
-  _qz_LOG_version_numbers version_numbers_;
+  qzlog::VersionNumbers version_numbers_;
   unsigned char attribute_count_ = 0;
   unsigned char selector_message_count_ = 0;
   char version_tag_[16] = {};
   _qz_LOG_attribute_entry** attributes_ = nullptr;
-  qz_HashIndex attribute_index_;
+  qzlog::HashIndex attribute_index_;
   _qz_LOG_attribute_entry* selector_attribute_ = nullptr;
-  _qz_LOG_message_text default_msg_text_;
-  qz_OwnedText default_msg_id_;
+  qzlog::DefinitionMessage default_msg_text_;
+  qzlog::OwnedText default_msg_id_;
   _qz_LOG_selector_message** selector_messages_ = nullptr;
   std::atomic<unsigned> references_{1};
 
@@ -191,6 +195,8 @@ class _qz_LOG_log_definition : public qz_UTIL_no_inadvertant_copies {
   static unsigned char n_global_attr_entries;
 };
 
-using _qz_LOG_definition_ref = qz_CountedRef<_qz_LOG_log_definition>;
+namespace qzlog {
+using DefinitionRef = CountedRef<_qz_LOG_log_definition>;
+}
 
 #endif  // QZLOG_DEFINITIONS_LDF_DEF_H

@@ -11,11 +11,13 @@
 #include "definitions/definition_reader.h"
 #include "foundation/allocate.h"
 
+using namespace qzlog;
+
 namespace {
 
-constexpr const char* kSource = qzlog::kDefinitionFileSource;
+constexpr const char* kSource = kDefinitionFileSource;
 constexpr unsigned kIndexSize = 23;
-constexpr long long kMapPairSize = qzlog::ldf::kMapPairSize;
+constexpr long long kMapPairSize = ldf::kMapPairSize;
 
 /// How many pairs of an entry map fit between its beginning and the end of the file; an upper bound for what a damaged
 /// header may ask for.
@@ -43,16 +45,16 @@ _qz_LOG_log_definition* _qz_LOG_log_definition_tbl::find_entry(unsigned int entr
   return acquire_entry(entry_id).get();
 }
 
-_qz_LOG_definition_ref _qz_LOG_log_definition_tbl::acquire_entry(unsigned int entry_id) const {
+DefinitionRef _qz_LOG_log_definition_tbl::acquire_entry(unsigned int entry_id) const {
   // A lookup may read the file and fill the cache: the table is const to its users only.
   return const_cast<_qz_LOG_log_definition_tbl*>(this)->_find_entry_non_const(entry_id);
 }
 
-_qz_LOG_definition_hold_ref _qz_LOG_log_definition_tbl::hold_afresh(unsigned int entry_id) const {
-  _qz_LOG_definition_ref definition = acquire_entry(entry_id);
+DefinitionHoldRef _qz_LOG_log_definition_tbl::hold_afresh(unsigned int entry_id) const {
+  DefinitionRef definition = acquire_entry(entry_id);
   if (!definition) return {};
-  return with_thread_instance<_qz_LOG_thread_holds>(
-      [&](_qz_LOG_thread_holds& holds) { return holds.keep(entry_id, std::move(definition)); });
+  return with_thread_instance<ThreadHolds>(
+      [&](ThreadHolds& holds) { return holds.keep(entry_id, std::move(definition)); });
 }
 
 void _qz_LOG_log_definition_tbl::clear() {
@@ -73,7 +75,7 @@ void _qz_LOG_log_definition_tbl::stop_buffering() {
   constexpr int kTries = 1000;
   constexpr std::timespec kPause = {0, 100'000};
   for (int i = 0; i < kTries; ++i) {
-    if (const qz_LOG_CWriterAttempt writer(lock_); writer) {
+    if (const WriterAttempt writer(lock_); writer) {
       for (std::FILE* const file : {std_file_.get(), aux_file_.get()}) {
         if (file != nullptr) std::setvbuf(file, nullptr, _IONBF, 0);
       }
@@ -83,7 +85,7 @@ void _qz_LOG_log_definition_tbl::stop_buffering() {
   }
 }
 
-qz_FileHandle _qz_LOG_log_definition_tbl::_set_definition_file_path(const char* path, bool is_aux) {
+FileHandle _qz_LOG_log_definition_tbl::_set_definition_file_path(const char* path, bool is_aux) {
   QZ_DEBUG_RECORD(3, kSource, "%s:%d _qz_LOG_log_definition_tbl::_set_definition_file_path\n");
   if (!is_aux) {
     clear();
@@ -92,12 +94,12 @@ qz_FileHandle _qz_LOG_log_definition_tbl::_set_definition_file_path(const char* 
     throw QZX_logging_invalid_definition(
         "<QZX_logging_invalid_definition> user should set STD definition file before set AUX definition file.", 0);
   }
-  qz_FileHandle file = qzlog::open_definition_file(path);
-  const _qz_LOG_ldf_header_struct header = qzlog::read_definition_header(file.get());
+  FileHandle file = open_definition_file(path);
+  const _qz_LOG_ldf_header_struct header = read_definition_header(file.get());
   char(&tag)[16] = is_aux ? aux_tag_ : std_tag_;
   QZ_bzero(tag, sizeof(tag));
   QZ_memcpy(tag, header.version_tag, sizeof(header.version_tag));
-  qzlog::read_global_attributes(file.get(), header);
+  read_global_attributes(file.get(), header);
   if (!is_aux) {
     load_entry_map(file.get(), header, false);
     return file;
@@ -112,12 +114,12 @@ void _qz_LOG_log_definition_tbl::load_entry_map(std::FILE* file, const _qz_LOG_l
   long long position = header.entry_map_offset;
   bool has_moved = true;
   for (unsigned i = 0; i < header.entry_count; ++i) {
-    if (has_moved) qzlog::seek_in_definition_file(file, position);
+    if (has_moved) seek_in_definition_file(file, position);
     unsigned entry_id = 0;
     unsigned offset = 0;
     if (!_qz_LOG_read_entry_id_offset_mapping(file, entry_id, offset)) {
       if (is_aux) aux_file_.reset();
-      qzlog::throw_unreadable_definition_file();
+      throw_unreadable_definition_file();
     }
     position += kMapPairSize;
     has_moved = index_entry(entry_id, offset, file, is_aux);
@@ -127,7 +129,7 @@ void _qz_LOG_log_definition_tbl::load_entry_map(std::FILE* file, const _qz_LOG_l
 /// Whether records may have been read, so that the stream stands elsewhere.
 bool _qz_LOG_log_definition_tbl::index_entry(unsigned int entry_id, unsigned int offset, std::FILE* file, bool is_aux) {
   const bool looked_up = may_be_known(entry_id, is_aux);
-  const _qz_LOG_definition_ref known = looked_up ? _find_entry_non_const(entry_id) : _qz_LOG_definition_ref();
+  const DefinitionRef known = looked_up ? _find_entry_non_const(entry_id) : DefinitionRef();
   index_.put(entry_id, {is_aux, offset});
   if (is_aux && known) _retrieve_entry_definition(entry_id, *known.get(), file);
   return looked_up;
@@ -138,20 +140,20 @@ bool _qz_LOG_log_definition_tbl::may_be_known(unsigned int entry_id, bool is_aux
   return (is_aux && index_.find(entry_id) != nullptr) || debug_log_wants(kTraceLevel);
 }
 
-_qz_LOG_definition_ref _qz_LOG_log_definition_tbl::_find_entry_non_const(unsigned int entry_id) {
+DefinitionRef _qz_LOG_log_definition_tbl::_find_entry_non_const(unsigned int entry_id) {
   {
     const qz_LOG_CReaderSentry reader(lock_);
     QZ_DEBUG_RECORD(3, kSource,
                     "%s:%d _qz_LOG_log_definition_tbl::_find_entry_non_const n_entry_definitions_cached:%d\n",
                     n_entry_definitions_cached);
-    if (_qz_LOG_log_definition* const cached = find_cached(entry_id)) return _qz_LOG_definition_ref::share(cached);
+    if (_qz_LOG_log_definition* const cached = find_cached(entry_id)) return DefinitionRef::share(cached);
   }
   const qz_LOG_CWriterSentry writer(lock_);
   // Another thread may have read it since.
-  if (_qz_LOG_log_definition* const cached = find_cached(entry_id)) return _qz_LOG_definition_ref::share(cached);
+  if (_qz_LOG_log_definition* const cached = find_cached(entry_id)) return DefinitionRef::share(cached);
 
-  _qz_LOG_definition_ref fresh;
-  if (find_record(entry_id) != nullptr) fresh = _qz_LOG_definition_ref(qz_new<_qz_LOG_log_definition>());
+  DefinitionRef fresh;
+  if (find_record(entry_id) != nullptr) fresh = DefinitionRef(new_object<_qz_LOG_log_definition>());
   if (!fresh || !_retrieve_entry_definition(entry_id, *fresh.get(), nullptr)) {
     QZ_DEBUG_RECORD(3, kSource, "%s:%d _qz_LOG_log_definition_tbl::_find_entry_non_const return 0 %d\n",
                     n_entry_definitions_cached);
@@ -182,7 +184,7 @@ bool _qz_LOG_log_definition_tbl::_retrieve_entry_definition(unsigned int entry_i
     QZ_DEBUG_RECORD(3, kSource, "%s:%d _qz_LOG_log_definition_tbl::_retrieve_entry_definition return false pfile=0\n");
     return false;
   }
-  qzlog::read_definition(file, indexed->offset, entry_id, is_aux, def);
+  read_definition(file, indexed->offset, entry_id, is_aux, def);
   def.set_version_tag(is_aux ? aux_tag_ : std_tag_);
   QZ_DEBUG_RECORD(3, kSource, "%s:%d _qz_LOG_log_definition_tbl::_retrieve_entry_definition return true\n");
   return true;

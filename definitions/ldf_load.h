@@ -38,17 +38,17 @@ class _qz_LOG_log_definition_tbl : public qz_UTIL_no_inadvertant_copies {
   /// the table is cleared; use acquire_entry to keep it.
   _qz_LOG_log_definition* find_entry(unsigned int entry_id) const;
   /// The same with a reference of the caller's own, taken in the same step.
-  _qz_LOG_definition_ref acquire_entry(unsigned int entry_id) const;
+  qzlog::DefinitionRef acquire_entry(unsigned int entry_id) const;
   /// The same for an entry of the calling thread: a hold that the thread's entries share. A thread that looks up an ID
   /// again reads nothing that other threads write, unless the definition was evicted or replaced meanwhile.
-  _qz_LOG_definition_hold_ref hold_entry(unsigned int entry_id) const {
-    const _qz_LOG_thread_holds* const holds = qz_ThreadInstance<_qz_LOG_thread_holds>::find();
-    _qz_LOG_definition_hold* const hold = holds != nullptr ? holds->find(entry_id) : nullptr;
+  qzlog::DefinitionHoldRef hold_entry(unsigned int entry_id) const {
+    const qzlog::ThreadHolds* const holds = qzlog::ThreadInstance<qzlog::ThreadHolds>::find();
+    qzlog::DefinitionHold* const hold = holds != nullptr ? holds->find(entry_id) : nullptr;
     // A lookup that is traced takes the way that writes the records.
-    if (hold == nullptr || !hold->definition().is_cached_in(this) || debug_log_wants(kTraceLevel)) {
+    if (hold == nullptr || !hold->definition().is_cached_in(this) || qzlog::debug_log_wants(kTraceLevel)) {
       return hold_afresh(entry_id);
     }
-    return _qz_LOG_definition_hold_ref::share(hold);
+    return qzlog::DefinitionHoldRef::share(hold);
   }
 
   /// Forgets both files, every definition and the index, but not the global attributes.
@@ -61,8 +61,8 @@ class _qz_LOG_log_definition_tbl : public qz_UTIL_no_inadvertant_copies {
  private:
   /// Returns the standard file's stream for the caller to keep; an auxiliary stream is kept before the map is read,
   /// because reading it may need auxiliary records.
-  qz_FileHandle _set_definition_file_path(const char* path, bool is_aux);
-  _qz_LOG_definition_ref _find_entry_non_const(unsigned int entry_id);
+  qzlog::FileHandle _set_definition_file_path(const char* path, bool is_aux);
+  qzlog::DefinitionRef _find_entry_non_const(unsigned int entry_id);
   /// Reads the record of an ID into `def`, or merges it when `merge_file` (which only selects the mode) is not null.
   /// False when the ID is not in the index or its file is not open.
   bool _retrieve_entry_definition(unsigned int entry_id, _qz_LOG_log_definition& def, std::FILE* merge_file);
@@ -74,18 +74,18 @@ class _qz_LOG_log_definition_tbl : public qz_UTIL_no_inadvertant_copies {
   bool may_be_known(unsigned int entry_id, bool is_aux) const;
   _qz_LOG_log_definition* find_cached(unsigned int entry_id) const;
   void store_in_cache(_qz_LOG_log_definition* definition);
-  _qz_LOG_definition_hold_ref hold_afresh(unsigned int entry_id) const;
+  qzlog::DefinitionHoldRef hold_afresh(unsigned int entry_id) const;
   static void drop_from_cache(_qz_LOG_log_definition* definition);
 
   bool std_loaded_ = false;
-  _qz_LOG_entry_index index_;
+  qzlog::EntryIndex index_;
   // The IDs of the cached definitions aside, so that a search reads few cache lines.
   unsigned cached_ids_[kCacheSize] = {};
   _qz_LOG_log_definition* cache_[kCacheSize] = {};
   unsigned next_evict_ = 0;
   unsigned n_entry_definitions_cached = 0;
-  qz_FileHandle std_file_;
-  qz_FileHandle aux_file_;
+  qzlog::FileHandle std_file_;
+  qzlog::FileHandle aux_file_;
   mutable qz_LOG_CRWLock lock_;
   char std_tag_[16] = {};
   char aux_tag_[16] = {};

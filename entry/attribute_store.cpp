@@ -2,9 +2,11 @@
 
 #include "qzlog/qz_exception.h"
 
-unsigned _qz_LOG_attribute_store::find_position(const _qz_LOG_attribute_name& name) const {
+namespace qzlog {
+
+unsigned AttributeStore::find_position(const AttributeName& name) const {
   const auto matches = [&](unsigned position) {
-    const _qz_LOG_known_name* const stored = name_at(position);
+    const KnownName* const stored = name_at(position);
     return stored != nullptr && stored->equals(name);
   };
   if (further_ != nullptr) return further_->index.find(name.hash, matches);
@@ -14,25 +16,25 @@ unsigned _qz_LOG_attribute_store::find_position(const _qz_LOG_attribute_name& na
   return kNone;
 }
 
-unsigned _qz_LOG_attribute_store::find_indexed(const _qz_LOG_known_name* name) const {
+unsigned AttributeStore::find_indexed(const KnownName* name) const {
   return further_->index.find(name->hash(), [&](unsigned position) { return name_at(position) == name; });
 }
 
-void _qz_LOG_attribute_store::put_copy(const _qz_LOG_known_name* name, const _qz_LOG_type_base& value) {
+void AttributeStore::put_copy(const KnownName* name, const _qz_LOG_type_base& value) {
   // Built aside: nothing may change when there is no memory for the copy.
   Place copy;
-  _qz_LOG_copy_value(value, copy.bytes);
+  copy_value(value, copy.bytes);
   const auto destroy = [](_qz_LOG_type_base* built) { built->~_qz_LOG_type_base(); };
   const std::unique_ptr<_qz_LOG_type_base, decltype(destroy)> guard(
       std::launder(reinterpret_cast<_qz_LOG_type_base*>(copy.bytes)), destroy);
   const unsigned position = search_position(name);
-  if (position == kNone) return _qz_LOG_move_value(*guard, claim_place(name));
+  if (position == kNone) return move_value(*guard, claim_place(name));
   _qz_LOG_type_base* const former = value_at(position);
   former->~_qz_LOG_type_base();
-  _qz_LOG_move_value(*guard, former);
+  move_value(*guard, former);
 }
 
-bool _qz_LOG_attribute_store::remove(const _qz_LOG_attribute_name& name) {
+bool AttributeStore::remove(const AttributeName& name) {
   const unsigned position = find_position(name);
   if (position == kNone) return false;
   value_at(position)->~_qz_LOG_type_base();
@@ -41,7 +43,7 @@ bool _qz_LOG_attribute_store::remove(const _qz_LOG_attribute_name& name) {
   return true;
 }
 
-void* _qz_LOG_attribute_store::claim_further_place(const _qz_LOG_known_name* name) {
+void* AttributeStore::claim_further_place(const KnownName* name) {
   unsigned position = removed_ != 0 ? 0 : count_;
   while (position < count_ && name_at(position) != nullptr) ++position;
   if (position >= kInlineValues) make_room_behind(position);
@@ -57,7 +59,7 @@ void* _qz_LOG_attribute_store::claim_further_place(const _qz_LOG_known_name* nam
 }
 
 /// A further place for the position, unless it has one, and room for it in the index.
-void _qz_LOG_attribute_store::make_room_behind(unsigned position) try {
+void AttributeStore::make_room_behind(unsigned position) try {
   std::unique_ptr<Further> first(further_ == nullptr ? new Further : nullptr);
   Further& further = first != nullptr ? *first : *further_;
   further.index.reserve(position + 1, count_, [this](unsigned i) { return hash_at(i); });
@@ -66,3 +68,5 @@ void _qz_LOG_attribute_store::make_room_behind(unsigned position) try {
 } catch (const std::bad_alloc&) {
   throw QZX_memory_alloc();
 }
+
+}  // namespace qzlog

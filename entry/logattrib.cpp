@@ -13,6 +13,8 @@
 #include "foundation/plain_name.h"
 #include "foundation/qz_libc.h"
 
+using namespace qzlog;
+
 const qz_AttributeTypeName AttributeTypeList[26] = {{"TypeBool", TypeBool},           {"TypeUInt1", TypeUInt1},
                                                     {"TypeSInt1", TypeSInt1},         {"TypeUInt2", TypeUInt2},
                                                     {"TypeSInt2", TypeSInt2},         {"TypeUInt4", TypeUInt4},
@@ -143,13 +145,13 @@ ssize_t printf_attribute_value(std::FILE* /*stream*/, const icu::UnicodeString& 
 namespace {
 
 template <unsigned char code>
-void copy_value(const _qz_LOG_type_base& value, void* storage) {
-  new (storage) _qz_LOG_stored<code>(static_cast<const _qz_LOG_stored<code>&>(value).value);
+void copy_value_of(const _qz_LOG_type_base& value, void* storage) {
+  new (storage) StoredValue<code>(static_cast<const StoredValue<code>&>(value).value);
 }
 
 template <unsigned char code>
-void move_value(_qz_LOG_type_base& value, void* storage) {
-  new (storage) _qz_LOG_stored<code>(std::move(static_cast<_qz_LOG_stored<code>&>(value).value));
+void move_value_of(_qz_LOG_type_base& value, void* storage) {
+  new (storage) StoredValue<code>(std::move(static_cast<StoredValue<code>&>(value).value));
 }
 
 using CopyValue = void (*)(const _qz_LOG_type_base& value, void* storage);
@@ -157,23 +159,23 @@ using MoveValue = void (*)(_qz_LOG_type_base& value, void* storage);
 
 template <std::size_t... index>
 constexpr std::array<CopyValue, sizeof...(index)> value_copiers(std::index_sequence<index...> /*codes*/) {
-  static_assert(((sizeof(_qz_LOG_stored<TypeBool + index>) <= _qz_LOG_kStoredSize) && ...));
-  return {copy_value<static_cast<unsigned char>(TypeBool + index)>...};
+  static_assert(((sizeof(StoredValue<TypeBool + index>) <= kStoredSize) && ...));
+  return {copy_value_of<static_cast<unsigned char>(TypeBool + index)>...};
 }
 
 template <std::size_t... index>
 constexpr std::array<MoveValue, sizeof...(index)> value_movers(std::index_sequence<index...> /*codes*/) {
-  return {move_value<static_cast<unsigned char>(TypeBool + index)>...};
+  return {move_value_of<static_cast<unsigned char>(TypeBool + index)>...};
 }
 
 }  // namespace
 
-void _qz_LOG_copy_value(const _qz_LOG_type_base& value, void* storage) {
+void qzlog::copy_value(const _qz_LOG_type_base& value, void* storage) {
   static constexpr auto kCopiers = value_copiers(std::make_index_sequence<TypeGUID>());
   kCopiers[value.get_type() - unsigned{TypeBool}](value, storage);
 }
 
-void _qz_LOG_move_value(_qz_LOG_type_base& value, void* storage) noexcept {
+void qzlog::move_value(_qz_LOG_type_base& value, void* storage) noexcept {
   static constexpr auto kMovers = value_movers(std::make_index_sequence<TypeGUID>());
   kMovers[value.get_type() - unsigned{TypeBool}](value, storage);
 }

@@ -90,32 +90,38 @@ class _qz_LOG_type_base {
   unsigned char type_;
 };
 
+namespace qzlog {
+
 /// A value of type T, whatever its type code.
 template <typename T>
-class _qz_LOG_typed_value : public _qz_LOG_type_base {
+class TypedValue : public _qz_LOG_type_base {
  public:
   void print_type(std::FILE* stream) const override { printf_attribute_value(stream, value); }
   void print_out(char* buffer) const override { printf_out_attribute_value(buffer, value); }
-  void get_and_set(_qz_LOG_type_base* other) override { value = static_cast<_qz_LOG_typed_value*>(other)->value; }
+  void get_and_set(_qz_LOG_type_base* other) override { value = static_cast<TypedValue*>(other)->value; }
 
   T value;
 
  protected:
-  explicit _qz_LOG_typed_value(unsigned char type) : _qz_LOG_type_base(type), value() {}
-  _qz_LOG_typed_value(unsigned char type, T initial) : _qz_LOG_type_base(type), value(std::move(initial)) {}
+  explicit TypedValue(unsigned char type) : _qz_LOG_type_base(type), value() {}
+  TypedValue(unsigned char type, T initial) : _qz_LOG_type_base(type), value(std::move(initial)) {}
 };
+
+}  // namespace qzlog
 
 /// A value of one type code.
 template <typename T, unsigned char code>
-class _qz_LOG_datatype : public _qz_LOG_typed_value<T> {
+class _qz_LOG_datatype : public qzlog::TypedValue<T> {
  public:
-  _qz_LOG_datatype() : _qz_LOG_typed_value<T>(code) {}
-  explicit _qz_LOG_datatype(T initial) : _qz_LOG_typed_value<T>(code, std::move(initial)) {}
+  _qz_LOG_datatype() : qzlog::TypedValue<T>(code) {}
+  explicit _qz_LOG_datatype(T initial) : qzlog::TypedValue<T>(code, std::move(initial)) {}
 };
+
+namespace qzlog {
 
 /// The value type that belongs to a type code from 1 to 24.
 template <unsigned char code>
-struct _qz_LOG_value_of {
+struct ValueOf {
   static_assert(code >= TypeBool && code <= TypeGUID);
   template <unsigned char low, unsigned char high, typename T, typename Else>
   using Between = std::conditional_t<(code >= low && code <= high), std::type_identity<T>, Else>;
@@ -136,20 +142,22 @@ struct _qz_LOG_value_of {
 
 /// The stored form of the values of one type code.
 template <unsigned char code>
-using _qz_LOG_stored = _qz_LOG_datatype<typename _qz_LOG_value_of<code>::type, code>;
+using StoredValue = _qz_LOG_datatype<typename ValueOf<code>::type, code>;
 
 /// The value of a stored attribute that holds a T.
 template <typename T>
-const T& _qz_LOG_value_as(const _qz_LOG_type_base& stored) {
-  return static_cast<const _qz_LOG_typed_value<T>&>(stored).value;
+const T& value_as(const _qz_LOG_type_base& stored) {
+  return static_cast<const TypedValue<T>&>(stored).value;
 }
 
 /// Room for the stored form of any type code, aligned as that of any.
-constexpr std::size_t _qz_LOG_kStoredSize = sizeof(_qz_LOG_stored<TypeChar32>);
+constexpr std::size_t kStoredSize = sizeof(StoredValue<TypeChar32>);
 
 /// Build in `storage` a value of the same type code with a copy of the value, or with the value itself, which is left
 /// empty. Without memory for a copy QZX_memory_alloc is thrown and nothing is built; moving never throws.
-void _qz_LOG_copy_value(const _qz_LOG_type_base& value, void* storage);
-void _qz_LOG_move_value(_qz_LOG_type_base& value, void* storage) noexcept;
+void copy_value(const _qz_LOG_type_base& value, void* storage);
+void move_value(_qz_LOG_type_base& value, void* storage) noexcept;
+
+}  // namespace qzlog
 
 #endif  // QZLOG_ENTRY_LOGATTRIB_H

@@ -38,10 +38,10 @@ qz_LOG_AttributeVisitor::~qz_LOG_AttributeVisitor() = default;
 qz_LOG_LogEntry::qz_LOG_LogEntry(_qz_LOG_log_entry_imp* implementation)
     : implementation_(implementation), head_(&implementation->get_head()) {}
 
-qz_LOG_LogEntry::qz_LOG_LogEntry() : qz_LOG_LogEntry(qz_new<_qz_LOG_log_entry_imp>()) {}
+qz_LOG_LogEntry::qz_LOG_LogEntry() : qz_LOG_LogEntry(new_object<_qz_LOG_log_entry_imp>()) {}
 
 qz_LOG_LogEntry::qz_LOG_LogEntry(unsigned int entry_id, unsigned int log_level)
-    : qz_LOG_LogEntry(qz_new<_qz_LOG_log_entry_imp>(entry_id, log_level)) {}
+    : qz_LOG_LogEntry(new_object<_qz_LOG_log_entry_imp>(entry_id, log_level)) {}
 
 qz_LOG_LogEntry::qz_LOG_LogEntry(const qz_LOG_LogEntry& other) : qz_LOG_LogEntry() {
   *implementation_ = *other.implementation_;

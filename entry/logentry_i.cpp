@@ -8,6 +8,8 @@
 #include "foundation/atomic_word.h"
 #include "qzlog/logcfg.h"
 
+using namespace qzlog;
+
 unsigned int _qz_LOG_log_entry_imp::log_major_version = 0;
 unsigned int _qz_LOG_log_entry_imp::log_minor_version = 0;
 unsigned int _qz_LOG_log_entry_imp::global_operation_mode = 2;
@@ -20,9 +22,9 @@ constexpr int kNotRecorded = -1;
 
 bool is_null_or_empty(const char* text) { return text == nullptr || text[0] == '\0'; }
 
-_qz_LOG_definition_ref find_version_definition(const _qz_LOG_log_definition_tbl& table) {
+DefinitionRef find_version_definition(const _qz_LOG_log_definition_tbl& table) {
   for (unsigned id = 0; id <= kLastVersionEntryId; ++id) {
-    _qz_LOG_definition_ref definition = table.acquire_entry(id);
+    DefinitionRef definition = table.acquire_entry(id);
     if (definition) return definition;
   }
   return {};
@@ -44,7 +46,7 @@ void store_if_changed(unsigned int& word, unsigned int value) {
 
 /// Stores a version as entries with an ID do, deliberately unlike store_version_pair: a tag without a number has the
 /// major version 0, and one without a point leaves the minor version as it was.
-void store_version_of_entry(const _qz_LOG_version_numbers& version) {
+void store_version_of_entry(const VersionNumbers& version) {
   store_if_changed(_qz_LOG_log_entry_imp::log_major_version, version.major);
   if (version.has_minor) store_if_changed(_qz_LOG_log_entry_imp::log_minor_version, version.minor);
 }
@@ -54,7 +56,7 @@ void store_version_of_entry(const _qz_LOG_version_numbers& version) {
 }  // namespace
 
 _qz_LOG_log_entry_imp::_qz_LOG_log_entry_imp() : definition_table_(qz_LOG_LogConfig::GetDefinitionTable()) {
-  const _qz_LOG_definition_ref definition = find_version_definition(*definition_table_);
+  const DefinitionRef definition = find_version_definition(*definition_table_);
   if (!definition) return;
   QZ_memcpy(version_text_, definition->get_version_tag(), sizeof(version_text_));
   store_version_pair(version_text_);
@@ -110,7 +112,7 @@ void _qz_LOG_log_entry_imp::_copy(const _qz_LOG_log_entry_imp& source) {
   if (!source.message_stale_) message_cache_ = source.message_cache_;
 
   source.attributes_.for_each(
-      [this](const _qz_LOG_known_name* name, const _qz_LOG_type_base& value) { attributes_.put_copy(name, value); });
+      [this](const KnownName* name, const _qz_LOG_type_base& value) { attributes_.put_copy(name, value); });
 }
 
 /// An entry has nothing that only a full clear empties.
@@ -177,7 +179,7 @@ void _qz_LOG_log_entry_imp::set_log_version(unsigned int major, unsigned int min
 }
 
 void _qz_LOG_log_entry_imp::get_log_version(unsigned int& major, unsigned int& minor) {
-  const _qz_LOG_definition_ref definition = find_version_definition(*qz_LOG_LogConfig::GetDefinitionTable());
+  const DefinitionRef definition = find_version_definition(*qz_LOG_LogConfig::GetDefinitionTable());
   if (definition) store_version_pair(definition->get_version_tag());
   major = load_word(log_major_version);
   minor = load_word(log_minor_version);
@@ -305,7 +307,7 @@ bool _qz_LOG_log_entry_imp::add_product_specific_attribute_definition(unsigned i
   QZ_DEBUG_RECORD(2, kEntrySource,
                   "%s:%d _qz_LOG_log_entry_imp::add_product_specific_attribute_definition, id=%d, name=%s, type=%d \n",
                   entry_id, name, type);
-  const _qz_LOG_definition_ref definition = qz_LOG_LogConfig::GetDefinitionTable()->acquire_entry(entry_id);
+  const DefinitionRef definition = qz_LOG_LogConfig::GetDefinitionTable()->acquire_entry(entry_id);
   if (!definition) {
     QZ_DEBUG_RECORD(1, kEntrySource,
                     "%s:%d _qz_LOG_log_entry_imp::add_product_specific_attribute_definition, entry id is invalid\n");

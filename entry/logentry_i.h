@@ -35,15 +35,15 @@ class _qz_LOG_log_entry_imp : public qz_UTIL_no_inadvertant_copies {
 
   // Entries come and go with every event.
   static void* operator new(std::size_t /*size*/) {
-    if (void* const block = qz_ThreadBlocks<_qz_LOG_log_entry_imp>::take()) return block;
+    if (void* const block = qzlog::ThreadBlocks<_qz_LOG_log_entry_imp>::take()) return block;
     throw std::bad_alloc();
   }
   static void* operator new(std::size_t /*size*/, const std::nothrow_t& /*tag*/) noexcept {
-    return qz_ThreadBlocks<_qz_LOG_log_entry_imp>::take();
+    return qzlog::ThreadBlocks<_qz_LOG_log_entry_imp>::take();
   }
-  static void operator delete(void* block) noexcept { qz_ThreadBlocks<_qz_LOG_log_entry_imp>::give(block); }
+  static void operator delete(void* block) noexcept { qzlog::ThreadBlocks<_qz_LOG_log_entry_imp>::give(block); }
   static void operator delete(void* block, const std::nothrow_t& /*tag*/) noexcept {
-    qz_ThreadBlocks<_qz_LOG_log_entry_imp>::give(block);
+    qzlog::ThreadBlocks<_qz_LOG_log_entry_imp>::give(block);
   }
 
   // Entry ID, level, version, time.
@@ -150,10 +150,10 @@ class _qz_LOG_log_entry_imp : public qz_UTIL_no_inadvertant_copies {
   /// The same for exactly one type.
   const _qz_LOG_type_base* _get_attribute(const char* name, qz_AttributeType type) const;
 
-  bool has_value(const char* name) const { return attributes_.find(_qz_LOG_attribute_name(name)) != nullptr; }
+  bool has_value(const char* name) const { return attributes_.find(qzlog::AttributeName(name)) != nullptr; }
   /// The stored value or null, whatever the definition says. It is looked for first where it stands if attributes were
   /// added in the order in which they are asked for.
-  const _qz_LOG_type_base* find_value(const _qz_LOG_known_name* name, unsigned expected) const {
+  const _qz_LOG_type_base* find_value(const qzlog::KnownName* name, unsigned expected) const {
     return attributes_.find(name, expected);
   }
   bool remove_attrib(const char* name);
@@ -208,18 +208,18 @@ class _qz_LOG_log_entry_imp : public qz_UTIL_no_inadvertant_copies {
   template <unsigned char code, typename T>
   void add_scalar(const char* name, T value);
   template <unsigned char code>
-  void add_stored(const _qz_LOG_attribute_entry& attribute, typename _qz_LOG_value_of<code>::type value);
+  void add_stored(const _qz_LOG_attribute_entry& attribute, typename qzlog::ValueOf<code>::type value);
   void add_argument(const char* name, qz_AttributeType type, std::va_list& arguments);
   void add_filtered_text(const _qz_LOG_attribute_entry& attribute, const char* value, std::size_t length, bool escape);
   void add_truncated_text(const _qz_LOG_attribute_entry& attribute, const char* value, bool escape);
   void add_truncated_mbtext(const _qz_LOG_attribute_entry& attribute, const char* value, bool escape);
   void store_text(const _qz_LOG_attribute_entry& attribute, const char* text, std::size_t length);
   template <unsigned char code>
-  void store_text_of(const _qz_LOG_known_name* name, const char* text, unsigned length);
+  void store_text_of(const qzlog::KnownName* name, const char* text, unsigned length);
 
   [[noreturn]] void throw_wrong_get_method() const;
   template <unsigned char code>
-  bool read_scalar(const char* name, typename _qz_LOG_value_of<code>::type& value) const;
+  bool read_scalar(const char* name, typename qzlog::ValueOf<code>::type& value) const;
   template <typename T>
   using OutParameterRead = bool (_qz_LOG_log_entry_imp::*)(const char* name, T& value) const;
   template <typename T>
@@ -241,11 +241,11 @@ class _qz_LOG_log_entry_imp : public qz_UTIL_no_inadvertant_copies {
   mutable bool message_stale_ = true;
   mutable bool last_use_default_ = true;
   const _qz_LOG_log_definition_tbl* definition_table_;
-  _qz_LOG_definition_hold_ref hold_;
+  qzlog::DefinitionHoldRef hold_;
   char version_text_[16] = {};
   qz_Time timestamp_;
   mutable _qz_LOG_ustring message_cache_;
-  _qz_LOG_attribute_store attributes_;
+  qzlog::AttributeStore attributes_;
 };
 
 #endif  // QZLOG_ENTRY_LOGENTRY_I_H

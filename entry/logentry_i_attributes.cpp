@@ -1,8 +1,10 @@
 #include "entry/logentry_i_failures.h"
 #include "qzlog/logentry.h"
 
+using namespace qzlog;
+
 const _qz_LOG_attribute_entry* _qz_LOG_log_entry_imp::proceed_anywhere(const char* name) {
-  const _qz_LOG_attribute_name wanted(name);
+  const AttributeName wanted(name);
   const _qz_LOG_log_definition& definition = require_definition();
   const unsigned position = definition.find_own_position(wanted);
   const _qz_LOG_attribute_entry* const own = definition.get_own_attribute(position);
@@ -30,12 +32,11 @@ void _qz_LOG_log_entry_imp::_add_attribute(const char* name, _qz_LOG_type_base* 
     throw QZX_logging_illegal_argument("invalid argument", 0);
   }
   message_stale_ = true;
-  attributes_.put_copy(_qz_LOG_known_name::of(name), *added);
+  attributes_.put_copy(KnownName::of(name), *added);
 }
 
 template <unsigned char code>
-void _qz_LOG_log_entry_imp::add_stored(const _qz_LOG_attribute_entry& attribute,
-                                       typename _qz_LOG_value_of<code>::type value) {
+void _qz_LOG_log_entry_imp::add_stored(const _qz_LOG_attribute_entry& attribute, typename ValueOf<code>::type value) {
   message_stale_ = true;
   attributes_.put<code>(attribute.get_known_name(), next_attribute_ - 1, std::move(value));
 }
@@ -132,14 +133,14 @@ bool _qz_LOG_log_entry_imp::remove_attrib(const char* name) {
     QZ_DEBUG_RECORD(1, kEntrySource, "%s:%d _qz_LOG_log_entry_imp::remove_attrib, name==NULL");
     throw QZX_logging_illegal_argument("invalid argument", 0);
   }
-  if (!attributes_.remove(_qz_LOG_attribute_name(name))) return false;
+  if (!attributes_.remove(AttributeName(name))) return false;
   message_stale_ = true;
   return true;
 }
 
 int _qz_LOG_log_entry_imp::check_attribute(const char* name, qz_AttributeType& type) const {
   if (name == nullptr || name[0] == '\0') return -1;
-  const _qz_LOG_attribute_name wanted(name);
+  const AttributeName wanted(name);
   if (const _qz_LOG_type_base* const value = attributes_.find(wanted)) {
     type = static_cast<qz_AttributeType>(value->get_type());
     return 0;

@@ -7,8 +7,16 @@
 
 /// What the sources of the entry implementation share beyond its class.
 
+namespace qzlog {
+
 /// They write their debug records under one name.
 constexpr const char* kEntrySource = "logentry_i";
+
+inline void reject_null_or_empty(const char* name) {
+  if (name == nullptr || name[0] == '\0') throw QZX_logging_illegal_argument("invalid argument", 0);
+}
+
+}  // namespace qzlog
 
 /// Throws `Exception` with the text, the entry's ID and " !".
 template <typename Exception>
@@ -20,10 +28,6 @@ void _qz_LOG_log_entry_imp::throw_with_id(const char* text_before_id) const {
   text += id_text;
   text += " !";
   throw Exception(text.c_str(), 0);
-}
-
-inline void reject_null_or_empty(const char* name) {
-  if (name == nullptr || name[0] == '\0') throw QZX_logging_illegal_argument("invalid argument", 0);
 }
 
 #endif  // QZLOG_ENTRY_LOGENTRY_I_FAILURES_H

@@ -66,7 +66,7 @@ bool encode_for_buffer(IcuMessage& message, char* buffer, int capacity, int& len
   if (!message.is_utf8() || !pConverter.is_utf8()) {
     return pConverter.encode(message.to_unicode(), buffer, capacity, length);
   }
-  const qz_TextBuffer& text = message.utf8();
+  const TextBuffer& text = message.utf8();
   if (text.size() > static_cast<std::size_t>(capacity)) return false;
   std::memcpy(buffer, text.data(), text.size());
   length = static_cast<int>(text.size());
@@ -83,7 +83,7 @@ const char* _qz_LOG_log_entry_imp::get_readable_message(char* buffer, long size,
   }
   if (size <= 0) return buffer;
   if (!qz_LOG_LogConfig::IsICUEnabled()) {
-    qz_TextBuffer message;
+    TextBuffer message;
     _qz_LOG_log_message::append_narrow_message(*this, get_definition(), use_default, selector_index, message);
     message.copy_padded(buffer, static_cast<std::size_t>(size));
     return buffer;
@@ -117,7 +117,7 @@ void _qz_LOG_log_entry_imp::format_message(std::string& text, bool use_default, 
     return;
   }
   if (!qz_LOG_LogConfig::IsICUEnabled()) {
-    qz_TextBuffer message;
+    TextBuffer message;
     _qz_LOG_log_message::append_narrow_message(*this, get_definition(), use_default, selector_index, message);
     text.assign(message.data(), message.size());
     return;

@@ -7,6 +7,8 @@
 #include "foundation/atomic_word.h"
 #include "qzlog/logentry.h"
 
+using namespace qzlog;
+
 namespace {
 
 constexpr unsigned kThrowWhenMissing = 1;
@@ -17,39 +19,39 @@ void visit_value(qz_LOG_AttributeVisitor& visitor, const char* name, const _qz_L
   const auto type = static_cast<qz_AttributeType>(stored.get_type());
   switch (type) {
     case TypeBool:
-      return visitor.VisitBool(name, type, _qz_LOG_value_as<bool>(stored));
+      return visitor.VisitBool(name, type, value_as<bool>(stored));
     case TypeUInt1:
-      return visitor.VisitUnsigned(name, type, _qz_LOG_value_as<unsigned char>(stored));
+      return visitor.VisitUnsigned(name, type, value_as<unsigned char>(stored));
     case TypeUInt2:
-      return visitor.VisitUnsigned(name, type, _qz_LOG_value_as<unsigned short>(stored));
+      return visitor.VisitUnsigned(name, type, value_as<unsigned short>(stored));
     case TypeUInt4:
-      return visitor.VisitUnsigned(name, type, _qz_LOG_value_as<unsigned int>(stored));
+      return visitor.VisitUnsigned(name, type, value_as<unsigned int>(stored));
     case TypeSInt1:
-      return visitor.VisitSigned(name, type, static_cast<signed char>(_qz_LOG_value_as<char>(stored)));
+      return visitor.VisitSigned(name, type, static_cast<signed char>(value_as<char>(stored)));
     case TypeSInt2:
-      return visitor.VisitSigned(name, type, _qz_LOG_value_as<short>(stored));
+      return visitor.VisitSigned(name, type, value_as<short>(stored));
     case TypeSInt4:
-      return visitor.VisitSigned(name, type, _qz_LOG_value_as<int>(stored));
+      return visitor.VisitSigned(name, type, value_as<int>(stored));
     case TypeFloat:
-      return visitor.VisitFloat(name, type, _qz_LOG_value_as<double>(stored));
+      return visitor.VisitFloat(name, type, value_as<double>(stored));
     default:
       break;
   }
-  if (is_time_attribute(type)) return visitor.VisitTime(name, type, _qz_LOG_value_as<qz_Time>(stored));
+  if (is_time_attribute(type)) return visitor.VisitTime(name, type, value_as<qz_Time>(stored));
   if (is_unicode_string_attribute(type)) {
-    const auto& text = _qz_LOG_value_as<_qz_LOG_ustring>(stored);
+    const auto& text = value_as<_qz_LOG_ustring>(stored);
     return visitor.VisitText(name, type, text.text(), text.length);
   }
-  const auto& text = _qz_LOG_value_as<qz_String>(stored);
+  const auto& text = value_as<qz_String>(stored);
   visitor.VisitText(name, type, text.c_str(), text.length());
 }
 
 // More than any position in a list.
-constexpr unsigned kMaxAttributes = qzlog::ldf::kMostElements + 1;
+constexpr unsigned kMaxAttributes = ldf::kMostElements + 1;
 
 /// Where a name stands in the order of a definition: own attributes, global ones, then names that it does not know.
-unsigned position_of(const _qz_LOG_log_definition* definition, const _qz_LOG_known_name* name) {
-  const _qz_LOG_attribute_name wanted(name->text());
+unsigned position_of(const _qz_LOG_log_definition* definition, const KnownName* name) {
+  const AttributeName wanted(name->text());
   const unsigned own = definition != nullptr ? definition->find_own_position(wanted) : kMaxAttributes;
   if (own < kMaxAttributes) return own;
   const unsigned global = _qz_LOG_log_definition::find_global_position(wanted);
@@ -60,7 +62,7 @@ unsigned position_of(const _qz_LOG_log_definition* definition, const _qz_LOG_kno
 
 const _qz_LOG_type_base* _qz_LOG_log_entry_imp::_get_attribute_internal(const char* name, unsigned char& type) const {
   reject_null_or_empty(name);
-  const _qz_LOG_attribute_name wanted(name);
+  const AttributeName wanted(name);
   if (const _qz_LOG_type_base* const stored = attributes_.find(wanted)) {
     type = stored->get_type();
     return stored;
@@ -83,10 +85,10 @@ void _qz_LOG_log_entry_imp::throw_wrong_get_method() const {
 }
 
 template <unsigned char code>
-bool _qz_LOG_log_entry_imp::read_scalar(const char* name, typename _qz_LOG_value_of<code>::type& value) const {
+bool _qz_LOG_log_entry_imp::read_scalar(const char* name, typename ValueOf<code>::type& value) const {
   const _qz_LOG_type_base* const stored = _get_attribute(name, static_cast<qz_AttributeType>(code));
   if (stored == nullptr) return false;
-  value = _qz_LOG_value_as<typename _qz_LOG_value_of<code>::type>(*stored);
+  value = value_as<typename ValueOf<code>::type>(*stored);
   return true;
 }
 
@@ -125,7 +127,7 @@ bool _qz_LOG_log_entry_imp::get_attrib_time(const char* name, qz_Time& value) co
   const _qz_LOG_type_base* const stored = _get_attribute_internal(name, type);
   if (stored == nullptr) return false;
   if (!is_time_attribute(static_cast<qz_AttributeType>(type))) throw_wrong_get_method();
-  value = _qz_LOG_value_as<qz_Time>(*stored);
+  value = value_as<qz_Time>(*stored);
   return true;
 }
 
@@ -134,7 +136,7 @@ bool _qz_LOG_log_entry_imp::get_attrib_str(const char* name, const char*& value)
   const _qz_LOG_type_base* const stored = _get_attribute_internal(name, type);
   if (!is_char_type(type)) throw_wrong_get_method();
   if (stored == nullptr) return false;
-  value = _qz_LOG_value_as<qz_String>(*stored).c_str();
+  value = value_as<qz_String>(*stored).c_str();
   return true;
 }
 
@@ -143,7 +145,7 @@ bool _qz_LOG_log_entry_imp::get_attrib_mbstr(const char* name, const char*& valu
   const _qz_LOG_type_base* const stored = _get_attribute_internal(name, type);
   if (!is_unicode_string_attribute(static_cast<qz_AttributeType>(type))) throw_wrong_get_method();
   if (stored == nullptr) return false;
-  value = _qz_LOG_value_as<_qz_LOG_ustring>(*stored).text();
+  value = value_as<_qz_LOG_ustring>(*stored).text();
   return true;
 }
 
@@ -222,7 +224,7 @@ void _qz_LOG_log_entry_imp::visit_attributes(qz_LOG_AttributeVisitor& visitor) c
 
 std::vector<_qz_LOG_log_entry_imp::NamedValue> _qz_LOG_log_entry_imp::values_in_definition_order() const try {
   std::vector<std::pair<unsigned, NamedValue>> placed;
-  attributes_.for_each([&](const _qz_LOG_known_name* name, const _qz_LOG_type_base& value) {
+  attributes_.for_each([&](const KnownName* name, const _qz_LOG_type_base& value) {
     placed.emplace_back(position_of(get_definition(), name), NamedValue{name->text(), &value});
   });
   std::sort(placed.begin(), placed.end(), [](const auto& left, const auto& right) {

@@ -95,7 +95,7 @@ void _qz_LOG_log_entry_imp::add_filtered_text(const _qz_LOG_attribute_entry& att
 }
 
 template <unsigned char code>
-void _qz_LOG_log_entry_imp::store_text_of(const _qz_LOG_known_name* name, const char* text, unsigned length) {
+void _qz_LOG_log_entry_imp::store_text_of(const KnownName* name, const char* text, unsigned length) {
   message_stale_ = true;
   if constexpr (code >= TypeMBChar32) {
     attributes_.put<code>(name, next_attribute_ - 1, _qz_LOG_ustring(text, length));
@@ -105,7 +105,7 @@ void _qz_LOG_log_entry_imp::store_text_of(const _qz_LOG_known_name* name, const 
 }
 
 void _qz_LOG_log_entry_imp::store_text(const _qz_LOG_attribute_entry& attribute, const char* text, std::size_t length) {
-  using Store = void (_qz_LOG_log_entry_imp::*)(const _qz_LOG_known_name*, const char*, unsigned);
+  using Store = void (_qz_LOG_log_entry_imp::*)(const KnownName*, const char*, unsigned);
   // In the order of the type codes.
   static constexpr Store kStores[] = {
       &_qz_LOG_log_entry_imp::store_text_of<TypeChar32>,    &_qz_LOG_log_entry_imp::store_text_of<TypeChar64>,

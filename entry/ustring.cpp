@@ -5,12 +5,14 @@
 #include "foundation/qz_libc.h"
 #include "foundation/short_text.h"
 
+using namespace qzlog;
+
 namespace {
 
 char* duplicate(const char* text, unsigned length) {
   if (text == nullptr) return nullptr;
-  char* const copy = qz_allocate_text(length);
-  qz_copy_text(copy, text, length);
+  char* const copy = allocate_text(length);
+  copy_text(copy, text, length);
   copy[length] = '\0';
   return copy;
 }
@@ -40,4 +42,4 @@ void _qz_LOG_ustring::set_zero() noexcept {
   data = nullptr;
 }
 
-void _qz_LOG_ustring::release() noexcept { qz_release_text(data, length); }
+void _qz_LOG_ustring::release() noexcept { release_text(data, length); }

@@ -10,6 +10,8 @@
 #include <cstdio>
 #include <limits>
 
+namespace qzlog {
+
 namespace {
 
 constexpr int kDecimals = 6;
@@ -58,19 +60,19 @@ void round_to_nearest(FixedPoint& fixed) {
   ++fixed.whole;
 }
 
-void append_whole(qz_TextBuffer& text, std::uint64_t whole) {
-  if (whole <= std::numeric_limits<unsigned>::max()) return qz_append_integer(text, static_cast<unsigned>(whole));
+void append_whole(TextBuffer& text, std::uint64_t whole) {
+  if (whole <= std::numeric_limits<unsigned>::max()) return append_integer(text, static_cast<unsigned>(whole));
   constexpr std::size_t kMaxDigits = 20;
   char* const begin = text.reserve(kMaxDigits);
   text.count_in(static_cast<std::size_t>(std::to_chars(begin, begin + kMaxDigits, whole).ptr - begin));
 }
 
-void append_fixed_point(qz_TextBuffer& text, bool is_negative, const FixedPoint& fixed) {
+void append_fixed_point(TextBuffer& text, bool is_negative, const FixedPoint& fixed) {
   if (is_negative) text.append('-');
   append_whole(text, fixed.whole);
   char* const point = text.reserve(kDecimals + 1);
   // A million more gives the leading zeros; its own digit is where the point belongs.
-  qz_write_integer(point + kDecimals + 1, kUnitsPerWhole + fixed.millionths);
+  write_integer(point + kDecimals + 1, kUnitsPerWhole + fixed.millionths);
   *point = '.';
   text.count_in(kDecimals + 1);
 }
@@ -81,7 +83,7 @@ bool is_point_plain() {
 }
 
 /// By the library's own means: the rounding is that of the floating-point environment unless there is nothing to round.
-void append_rounded(qz_TextBuffer& text, double value) {
+void append_rounded(TextBuffer& text, double value) {
   char* const begin = text.reserve(kMaxFixedText);
   if (std::isfinite(value) && is_point_plain() && std::fegetround() == FE_TONEAREST) {
     const auto result = std::to_chars(begin, begin + kMaxFixedText, value, std::chars_format::fixed, kDecimals);
@@ -93,10 +95,12 @@ void append_rounded(qz_TextBuffer& text, double value) {
 
 }  // namespace
 
-void qz_append_fixed(qz_TextBuffer& text, double value) {
+void append_fixed(TextBuffer& text, double value) {
   FixedPoint fixed = {};
   const bool fits = std::isfinite(value) && to_fixed_point(std::fabs(value), fixed) && is_point_plain();
   if (!fits || (fixed.rest != 0 && std::fegetround() != FE_TONEAREST)) return append_rounded(text, value);
   round_to_nearest(fixed);
   append_fixed_point(text, std::signbit(value), fixed);
 }
+
+}  // namespace qzlog

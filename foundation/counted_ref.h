@@ -3,24 +3,26 @@
 
 #include <utility>
 
+namespace qzlog {
+
 /// A counted reference to an object that counts its own references (add_reference, release), or null.
 template <typename T>
-class qz_CountedRef {
+class CountedRef {
  public:
-  qz_CountedRef() = default;
+  CountedRef() = default;
   /// Takes over a reference that the caller holds.
-  explicit qz_CountedRef(T* held) : object_(held) {}
+  explicit CountedRef(T* held) : object_(held) {}
   /// A further reference.
-  static qz_CountedRef share(T* object) {
+  static CountedRef share(T* object) {
     object->add_reference();
-    return qz_CountedRef(object);
+    return CountedRef(object);
   }
-  qz_CountedRef(qz_CountedRef&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
-  qz_CountedRef& operator=(qz_CountedRef&& other) noexcept {
+  CountedRef(CountedRef&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
+  CountedRef& operator=(CountedRef&& other) noexcept {
     std::swap(object_, other.object_);
     return *this;
   }
-  ~qz_CountedRef() {
+  ~CountedRef() {
     if (object_ != nullptr) object_->release();
   }
 
@@ -31,5 +33,7 @@ class qz_CountedRef {
  private:
   T* object_ = nullptr;
 };
+
+}  // namespace qzlog
 
 #endif  // QZLOG_FOUNDATION_COUNTED_REF_H

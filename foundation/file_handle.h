@@ -6,11 +6,15 @@
 
 #include "foundation/qz_libc.h"
 
-struct qz_FileCloser {
+namespace qzlog {
+
+struct FileCloser {
   void operator()(std::FILE* file) const { QZ_fclose(file); }
 };
 
 /// An open stdio stream, closed with its holder, or null.
-using qz_FileHandle = std::unique_ptr<std::FILE, qz_FileCloser>;
+using FileHandle = std::unique_ptr<std::FILE, FileCloser>;
+
+}  // namespace qzlog
 
 #endif  // QZLOG_FOUNDATION_FILE_HANDLE_H

@@ -7,14 +7,16 @@
 #include <ctime>
 #include <mutex>
 
+namespace qzlog {
+
 /// What fork() calls, in the thread that forks.
-struct qz_ForkHandlers {
-  using Gate = qz_ForkDelay::Gate;
+struct ForkHandlers {
+  using Gate = ForkDelay::Gate;
   static constexpr int kClosed = INT_MIN;  // added to a gate, and taken away again, modulo 2^32
 
   static Gate* assign_gate() noexcept {
     static constinit std::atomic<unsigned> threads{0};
-    return &gates[threads.fetch_add(1, std::memory_order_relaxed) % qz_ForkDelay::kGates];
+    return &gates[threads.fetch_add(1, std::memory_order_relaxed) % ForkDelay::kGates];
   }
 
   /// Closes all gates first, so that they empty side by side.
@@ -23,20 +25,19 @@ struct qz_ForkHandlers {
     for (Gate& gate : gates) gate.entered.fetch_add(kClosed, std::memory_order_relaxed);
     Patience patience;
     for (Gate& gate : gates) wait_until_empty(gate, patience);
-    own_entries = qz_ForkDelay::gate_ == nullptr ? 0 : own_entries_now();
+    own_entries = ForkDelay::gate_ == nullptr ? 0 : own_entries_now();
     // Other handlers of this fork, and the thread itself, are let through.
-    ++qz_ForkDelay::depth_;
+    ++ForkDelay::depth_;
   }
   static void parent() noexcept {
-    --qz_ForkDelay::depth_;
+    --ForkDelay::depth_;
     for (Gate& gate : gates) gate.entered.fetch_sub(kClosed, std::memory_order_release);
     one_fork.unlock();
   }
   /// Threads that were waiting before a gate are gone, and so is their count.
   static void child() noexcept {
-    --qz_ForkDelay::depth_;
-    for (Gate& gate : gates)
-      gate.entered.store(&gate == qz_ForkDelay::gate_ ? own_entries : 0, std::memory_order_relaxed);
+    --ForkDelay::depth_;
+    for (Gate& gate : gates) gate.entered.store(&gate == ForkDelay::gate_ ? own_entries : 0, std::memory_order_relaxed);
     one_fork.unlock();
   }
 
@@ -60,7 +61,7 @@ struct qz_ForkHandlers {
         sched_yield();
         return true;
       }
-      if (tries_ > kYields + qz_ForkDelay::kLongestWaitMilliseconds * kNapsInAMillisecond) return false;
+      if (tries_ > kYields + ForkDelay::kLongestWaitMilliseconds * kNapsInAMillisecond) return false;
       sleep();
       return true;
     }
@@ -85,7 +86,7 @@ struct qz_ForkHandlers {
   /// before it enters or after it has left.
   static bool is_empty(const Gate& gate) noexcept {
     const int entered = gate.entered.load(std::memory_order_acquire) - kClosed;
-    return entered == 0 || (entered == 1 && &gate == qz_ForkDelay::gate_ && qz_ForkDelay::depth_ != 0);
+    return entered == 0 || (entered == 1 && &gate == ForkDelay::gate_ && ForkDelay::depth_ != 0);
   }
   static void wait_until_empty(const Gate& gate, Patience& patience) noexcept {
     while (!is_empty(gate) && patience.wait()) {
@@ -93,11 +94,11 @@ struct qz_ForkHandlers {
   }
   /// What the thread's gate keeps from it, once the others have left.
   static int own_entries_now() noexcept {
-    return qz_ForkDelay::depth_ != 0 && qz_ForkDelay::gate_->entered.load(std::memory_order_relaxed) != kClosed ? 1 : 0;
+    return ForkDelay::depth_ != 0 && ForkDelay::gate_->entered.load(std::memory_order_relaxed) != kClosed ? 1 : 0;
   }
 
   static inline constinit int own_entries = 0;  // guarded by one_fork
-  static inline constinit Gate gates[qz_ForkDelay::kGates] = {};
+  static inline constinit Gate gates[ForkDelay::kGates] = {};
   static inline constinit std::mutex one_fork;
 };
 
@@ -108,19 +109,21 @@ namespace {
 /// later, or the locks are taken inside the gates, waiting has its bound.
 [[gnu::constructor]] void add_fork_handlers() {
   // Only memory can be missing, which the C library has set aside for the first handlers of a process.
-  static_cast<void>(pthread_atfork(qz_ForkHandlers::prepare, qz_ForkHandlers::parent, qz_ForkHandlers::child));
+  static_cast<void>(pthread_atfork(ForkHandlers::prepare, ForkHandlers::parent, ForkHandlers::child));
 }
 
 }  // namespace
 
-void qz_ForkDelay::enter_slowly() noexcept {
+void ForkDelay::enter_slowly() noexcept {
   if (gate_ == nullptr) {
-    gate_ = qz_ForkHandlers::assign_gate();
+    gate_ = ForkHandlers::assign_gate();
     if (gate_->entered.fetch_add(1, std::memory_order_acquire) >= 0) return;
   }
   bool waits = true;
   do {
     gate_->entered.fetch_sub(1, std::memory_order_relaxed);
-    waits = qz_ForkHandlers::wait_until_open(*gate_);
+    waits = ForkHandlers::wait_until_open(*gate_);
   } while (gate_->entered.fetch_add(1, std::memory_order_acquire) < 0 && waits);
 }
+
+}  // namespace qzlog

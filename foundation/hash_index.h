@@ -6,9 +6,11 @@
 
 #include "foundation/allocate.h"
 
+namespace qzlog {
+
 /// Finds the elements of a list by hash once it is too long to be looked through: an open table of positions, half
 /// empty at least. The list itself holds hashes and keys.
-class qz_HashIndex {
+class HashIndex {
  public:
   /// Lists up to this length are looked through faster than an index answers; they need none.
   static constexpr unsigned kWorthwhile = 10;
@@ -27,7 +29,7 @@ class qz_HashIndex {
     if (capacity_ >= room * 2) return;
     unsigned capacity = 32;
     while (capacity < room * 2) capacity *= 2;
-    cells_.reset(qz_new_array<std::uint32_t>(capacity));
+    cells_.reset(new_array<std::uint32_t>(capacity));
     capacity_ = capacity;
     reindex(count, hash_of);
   }
@@ -62,5 +64,7 @@ class qz_HashIndex {
   std::unique_ptr<std::uint32_t[]> cells_;
   unsigned capacity_ = 0;
 };
+
+}  // namespace qzlog
 
 #endif  // QZLOG_FOUNDATION_HASH_INDEX_H

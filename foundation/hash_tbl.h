@@ -12,24 +12,28 @@
 /// copies of key and value. It never grows by itself and has no lock; its owner guards it and picks the bucket:
 ///   table.slots[table._get_slot_index(key)].add_entry(key, value)
 
-inline bool qz_MISC_hash_keys_equal(const qz_String& left, const qz_String& right) {
+namespace qzlog {
+
+inline bool hash_keys_equal(const qz_String& left, const qz_String& right) {
   return left.compare_string(right.c_str()) == 0;
 }
-inline bool qz_MISC_hash_keys_equal(unsigned left, unsigned right) { return left == right; }
+inline bool hash_keys_equal(unsigned left, unsigned right) { return left == right; }
 
 template <typename K, typename V>
-struct _qz_MISC_hash_node {
-  _qz_MISC_hash_node* prev;
-  _qz_MISC_hash_node* next;
+struct HashNode {
+  HashNode* prev;
+  HashNode* next;
   K key;
   V value;
 };
+
+}  // namespace qzlog
 
 /// One bucket: its chain lists the keys from the most recently inserted to the oldest, each at most once.
 template <typename K, typename V>
 class _qz_MISC_hash_slot {
  public:
-  using Node = _qz_MISC_hash_node<K, V>;
+  using Node = qzlog::HashNode<K, V>;
 
   /// Inserts the pair or replaces the value of an equal key. QZX_memory_alloc, with nothing inserted, without memory.
   void add_entry(const K& key, const V& value) {
@@ -46,7 +50,7 @@ class _qz_MISC_hash_slot {
   /// The node that holds `key`, or null; callers read and write its value.
   Node* find_entry(const K& key) const {
     Node* node = head;
-    while (node != nullptr && !qz_MISC_hash_keys_equal(node->key, key)) node = node->next;
+    while (node != nullptr && !qzlog::hash_keys_equal(node->key, key)) node = node->next;
     return node;
   }
 
@@ -112,7 +116,7 @@ class qz_MISC_hash_tbl : public qz_UTIL_no_inadvertant_copies {
 template <typename K, typename V>
 class qz_MISC_hash_tbl_walker {
  public:
-  using Node = _qz_MISC_hash_node<K, V>;
+  using Node = qzlog::HashNode<K, V>;
 
   explicit qz_MISC_hash_tbl_walker(const qz_MISC_hash_tbl<K, V>& table)
       : table_(&table), count_(table.slots != nullptr ? table.size : 0) {}

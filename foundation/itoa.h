@@ -9,24 +9,25 @@
 void my_itoa(char* buffer, unsigned int value);
 void my_itoa(char* buffer, int value);
 
+namespace qzlog {
+
 /// The most characters of the above, without the terminator.
 constexpr std::size_t kMaxIntegerText = 11;
 
 /// "00", "01" ... "99".
-extern const char qz_kDigitPairs[201];
+extern const char kDigitPairs[201];
 
 /// Writes the digits, without a terminator, in front of `end`, and returns the first of them.
-inline char* qz_write_integer(char* end, unsigned int value) {
+inline char* write_integer(char* end, unsigned int value) {
   // Two digits at a time.
-  for (; value >= 100; value /= 100)
-    end = static_cast<char*>(std::memcpy(end - 2, qz_kDigitPairs + value % 100 * 2, 2));
-  if (value >= 10) return static_cast<char*>(std::memcpy(end - 2, qz_kDigitPairs + value * 2, 2));
+  for (; value >= 100; value /= 100) end = static_cast<char*>(std::memcpy(end - 2, kDigitPairs + value % 100 * 2, 2));
+  if (value >= 10) return static_cast<char*>(std::memcpy(end - 2, kDigitPairs + value * 2, 2));
   *--end = static_cast<char>('0' + value);
   return end;
 }
 
 /// How many digits the number has.
-constexpr unsigned qz_count_digits(unsigned int value) {
+constexpr unsigned count_digits(unsigned int value) {
   return value < 10           ? 1
          : value < 100        ? 2
          : value < 1000       ? 3
@@ -38,5 +39,7 @@ constexpr unsigned qz_count_digits(unsigned int value) {
          : value < 1000000000 ? 9
                               : 10;
 }
+
+}  // namespace qzlog
 
 #endif  // QZLOG_FOUNDATION_ITOA_H

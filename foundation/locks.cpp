@@ -1,7 +1,9 @@
 #include "foundation/locks.h"
 
+using namespace qzlog;
+
 namespace {
-constinit qz_Mutex global_mutex;
+constinit Mutex global_mutex;
 }
 
 qz_THREAD_global_lock::qz_THREAD_global_lock() : hold_(global_mutex) {}

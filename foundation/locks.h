@@ -9,6 +9,10 @@
 
 /// The locks of the library. None is held by another thread when a process forks, so that none is left behind locked.
 
+namespace qzlog {
+class WriterAttempt;
+}
+
 /// Many readers or one writer. A thread that holds one side never asks for the other.
 class qz_LOG_CRWLock : public qz_UTIL_no_inadvertant_copies {
  public:
@@ -18,7 +22,7 @@ class qz_LOG_CRWLock : public qz_UTIL_no_inadvertant_copies {
  private:
   friend class qz_LOG_CReaderSentry;
   friend class qz_LOG_CWriterSentry;
-  friend class qz_LOG_CWriterAttempt;
+  friend class qzlog::WriterAttempt;
   std::shared_mutex mutex_;
 };
 
@@ -28,7 +32,7 @@ class qz_LOG_CReaderSentry : public qz_UTIL_no_inadvertant_copies {
   explicit qz_LOG_CReaderSentry(qz_LOG_CRWLock& lock) : hold_(lock.mutex_) {}
 
  private:
-  qz_ForkDelay fork_delay_;
+  qzlog::ForkDelay fork_delay_;
   std::shared_lock<std::shared_mutex> hold_;
 };
 
@@ -38,40 +42,44 @@ class qz_LOG_CWriterSentry : public qz_UTIL_no_inadvertant_copies {
   explicit qz_LOG_CWriterSentry(qz_LOG_CRWLock& lock) : hold_(lock.mutex_) {}
 
  private:
-  qz_ForkDelay fork_delay_;
+  qzlog::ForkDelay fork_delay_;
   std::unique_lock<std::shared_mutex> hold_;
 };
 
+namespace qzlog {
+
 /// Holds exclusive access as long as it lives, if that was free.
-class qz_LOG_CWriterAttempt : public qz_UTIL_no_inadvertant_copies {
+class WriterAttempt : public qz_UTIL_no_inadvertant_copies {
  public:
-  explicit qz_LOG_CWriterAttempt(qz_LOG_CRWLock& lock) : hold_(lock.mutex_, std::try_to_lock) {}
+  explicit WriterAttempt(qz_LOG_CRWLock& lock) : hold_(lock.mutex_, std::try_to_lock) {}
   explicit operator bool() const { return hold_.owns_lock(); }
 
  private:
-  qz_ForkDelay fork_delay_;
+  ForkDelay fork_delay_;
   std::unique_lock<std::shared_mutex> hold_;
 };
 
 /// One holder. Never taken twice by one thread.
-class qz_Mutex : public qz_UTIL_no_inadvertant_copies {
+class Mutex : public qz_UTIL_no_inadvertant_copies {
  public:
-  constexpr qz_Mutex() = default;
+  constexpr Mutex() = default;
 
  private:
-  friend class qz_MutexSentry;
+  friend class MutexSentry;
   std::mutex mutex_;
 };
 
 /// Holds a mutex as long as it lives.
-class qz_MutexSentry : public qz_UTIL_no_inadvertant_copies {
+class MutexSentry : public qz_UTIL_no_inadvertant_copies {
  public:
-  explicit qz_MutexSentry(qz_Mutex& mutex) : hold_(mutex.mutex_) {}
+  explicit MutexSentry(Mutex& mutex) : hold_(mutex.mutex_) {}
 
  private:
-  qz_ForkDelay fork_delay_;
+  ForkDelay fork_delay_;
   std::lock_guard<std::mutex> hold_;
 };
+
+}  // namespace qzlog
 
 /// Holds the one process-wide mutex, the guard of the global settings. Never taken twice by one thread.
 class qz_THREAD_global_lock : public qz_UTIL_no_inadvertant_copies {
@@ -79,7 +87,7 @@ class qz_THREAD_global_lock : public qz_UTIL_no_inadvertant_copies {
   qz_THREAD_global_lock();
 
  private:
-  qz_MutexSentry hold_;
+  qzlog::MutexSentry hold_;
 };
 
 #endif  // QZLOG_FOUNDATION_LOCKS_H

@@ -6,13 +6,15 @@
 
 #include "foundation/no_copies.h"
 
+namespace qzlog {
+
 /// A static object without a destructor: a process may end while its threads log, and what they use then has to be
 /// there until it is gone. Made when the library is loaded; what it owns is given back by the system.
 template <typename T>
-class qz_NeverDestroyed : public qz_UTIL_no_inadvertant_copies {
+class NeverDestroyed : public qz_UTIL_no_inadvertant_copies {
  public:
   template <typename... Arguments>
-  explicit qz_NeverDestroyed(Arguments&&... arguments) {
+  explicit NeverDestroyed(Arguments&&... arguments) {
     new (static_cast<void*>(storage_)) T(std::forward<Arguments>(arguments)...);
   }
 
@@ -23,5 +25,7 @@ class qz_NeverDestroyed : public qz_UTIL_no_inadvertant_copies {
  private:
   alignas(T) unsigned char storage_[sizeof(T)];
 };
+
+}  // namespace qzlog
 
 #endif  // QZLOG_FOUNDATION_NEVER_DESTROYED_H

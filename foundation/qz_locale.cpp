@@ -4,6 +4,8 @@
 
 #include "foundation/atomic_word.h"
 
+using namespace qzlog;
+
 namespace {
 
 // In the order of the enumeration.

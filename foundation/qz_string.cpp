@@ -8,6 +8,8 @@
 
 #include "foundation/short_text.h"
 
+using namespace qzlog;
+
 namespace {
 
 constexpr unsigned kMaxLength = std::numeric_limits<unsigned>::max() - 1;
@@ -39,7 +41,7 @@ qz_String::qz_String(const qz_String& other) : qz_String() { _assign(other.text_
 qz_String::qz_String(qz_String&& other) noexcept : qz_String() { *this = std::move(other); }
 
 qz_String::~qz_String() {
-  if (!is_inline()) qz_release_text(text_, capacity_);
+  if (!is_inline()) release_text(text_, capacity_);
 }
 
 qz_String& qz_String::operator=(const qz_String& other) {
@@ -54,7 +56,7 @@ qz_String& qz_String::operator=(qz_String&& other) noexcept {
     std::memcpy(text_, other.text_, other.length_ + 1U);
     length_ = other.length_;
   } else {
-    if (!is_inline()) qz_release_text(text_, capacity_);
+    if (!is_inline()) release_text(text_, capacity_);
     text_ = std::exchange(other.text_, other.inline_text_);
     length_ = other.length_;
     capacity_ = std::exchange(other.capacity_, static_cast<unsigned>(kInlineCapacity));
@@ -73,7 +75,7 @@ void qz_String::_assign(const char* text, unsigned length) {
     *this = std::move(fresh);
     return;
   }
-  qz_copy_text(text_, text, length);
+  copy_text(text_, text, length);
   text_[length] = '\0';
   length_ = length;
 }
@@ -98,7 +100,7 @@ qz_String& qz_String::append(const char* text, unsigned length) {
     *this = std::move(grown);
     return *this;
   }
-  qz_copy_text(text_ + length_, text, length);
+  copy_text(text_ + length_, text, length);
   text_[total] = '\0';
   length_ = total;
   return *this;
@@ -112,8 +114,8 @@ char qz_String::operator[](unsigned index) const {
 /// Only called on a string without heap memory.
 void qz_String::reserve(unsigned capacity) {
   if (capacity <= capacity_) return;
-  const unsigned rounded = std::max(checked_length(capacity), qz_kShortTextLength);
-  text_ = qz_allocate_text(rounded);
+  const unsigned rounded = std::max(checked_length(capacity), kShortTextLength);
+  text_ = allocate_text(rounded);
   text_[0] = '\0';
   capacity_ = rounded;
 }

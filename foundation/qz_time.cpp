@@ -9,6 +9,8 @@
 
 #include "foundation/fork_gate.h"
 
+using namespace qzlog;
+
 namespace {
 
 using std::chrono::days;
@@ -62,7 +64,7 @@ int local_offset_at(long long unix_seconds) { return static_cast<int>(local_time
 /// The moment at which the local clock shows `clock_seconds`. Of a time shown twice it is the first, and one that is
 /// skipped counts on with the offset before the gap: unlike mktime's, the answer depends on nothing but the zone.
 long long moment_of_local_clock(long long clock_seconds) {
-  const qz_ForkDelay fork_delay;
+  const ForkDelay fork_delay;
   const long long by_offset_before = clock_seconds - local_offset_at(clock_seconds - kSecondsPerDay);
   const long long by_offset_after = clock_seconds - local_offset_at(clock_seconds + kSecondsPerDay);
   for (const long long moment : {by_offset_before, by_offset_after}) {
@@ -160,7 +162,7 @@ void qz_Time::set_GMT_time_mode(bool gmt) noexcept {
 
 void qz_Time::GMT_to_local() noexcept {
   if (!gmt_mode_) return;
-  const qz_ForkDelay fork_delay;
+  const ForkDelay fork_delay;
   local_offset_ = local_offset_at(clock_seconds_);
   clock_seconds_ += local_offset_;
   gmt_mode_ = false;
@@ -188,7 +190,7 @@ int qz_Time::compare_time(const qz_Time& other) const noexcept {
 // Taken from the moment's own offset rather than from a process-wide constant, so that zones that changed their
 // standard time, or shift by other than an hour in summer, give the true difference.
 void qz_Time::get_zone(int& timezone_offset, bool& daylight_saving) const noexcept {
-  const qz_ForkDelay fork_delay;
+  const ForkDelay fork_delay;
   const std::tm local = local_time_at(unix_seconds());
   daylight_saving = local.tm_isdst > 0;
   timezone_offset = (daylight_saving ? 60 : 0) - static_cast<int>(local.tm_gmtoff / 60);
@@ -202,7 +204,7 @@ int qz_Time::get_timezone_offset() const noexcept {
 }
 
 bool qz_Time::is_daylight_saving() const noexcept {
-  const qz_ForkDelay fork_delay;
+  const ForkDelay fork_delay;
   return local_time_at(unix_seconds()).tm_isdst > 0;
 }
 

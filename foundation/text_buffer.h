@@ -11,12 +11,14 @@
 #include "foundation/no_copies.h"
 #include "foundation/short_text.h"
 
+namespace qzlog {
+
 /// A text that grows while it is put together: most fit inside the object, on the stack of its user. Running out of
 /// memory throws QZX_memory_alloc.
-class qz_TextBuffer : public qz_UTIL_no_inadvertant_copies {
+class TextBuffer : public qz_UTIL_no_inadvertant_copies {
  public:
   // User-provided: the room is left uninitialised.
-  qz_TextBuffer() {}  // NOLINT(modernize-use-equals-default)
+  TextBuffer() {}  // NOLINT(modernize-use-equals-default)
 
   const char* data() const { return begin_; }
   std::size_t size() const { return size_; }
@@ -28,7 +30,7 @@ class qz_TextBuffer : public qz_UTIL_no_inadvertant_copies {
     ++size_;
   }
   void append(const char* text, std::size_t length) {
-    qz_copy_text(reserve(length), text, length);
+    copy_text(reserve(length), text, length);
     size_ += length;
   }
   void append(const char* text) { append(text, std::strlen(text)); }
@@ -53,7 +55,7 @@ class qz_TextBuffer : public qz_UTIL_no_inadvertant_copies {
 
   void grow(std::size_t count) {
     const std::size_t capacity = std::max(capacity_ * 2, size_ + count);
-    std::unique_ptr<char[]> larger(qz_new_array<char>(capacity));
+    std::unique_ptr<char[]> larger(new_array<char>(capacity));
     std::memcpy(larger.get(), begin_, size_);
     heap_ = std::move(larger);
     begin_ = heap_.get();
@@ -70,19 +72,19 @@ class qz_TextBuffer : public qz_UTIL_no_inadvertant_copies {
 /// Appends to a text buffer as that does, but knows the end of the text by itself: in a function that appends many
 /// short texts the compiler can keep it in registers, as long as no other function is handed the object. The buffer
 /// itself is used through with_buffer only while there is a cursor, and is complete when the cursor is gone.
-class qz_TextCursor : public qz_UTIL_no_inadvertant_copies {
+class TextCursor : public qz_UTIL_no_inadvertant_copies {
  public:
   static constexpr std::size_t kPadding = 16;
 
-  explicit qz_TextCursor(qz_TextBuffer& buffer) : buffer_(buffer) { start(); }
-  ~qz_TextCursor() { stop(); }
+  explicit TextCursor(TextBuffer& buffer) : buffer_(buffer) { start(); }
+  ~TextCursor() { stop(); }
 
   void append(char character) {
     *reserve(1) = character;
     ++end_;
   }
   void append(const char* text, std::size_t length) {
-    qz_copy_text(reserve(length), text, length);
+    copy_text(reserve(length), text, length);
     end_ += length;
   }
   void append(const char* text) { append(text, std::strlen(text)); }
@@ -95,13 +97,13 @@ class qz_TextCursor : public qz_UTIL_no_inadvertant_copies {
   }
   char* reserve(std::size_t count) {
     if (count > static_cast<std::size_t>(limit_ - end_)) {
-      with_buffer([count](qz_TextBuffer& buffer) { buffer.reserve(count); });
+      with_buffer([count](TextBuffer& buffer) { buffer.reserve(count); });
     }
     return end_;
   }
   void count_in(std::size_t count) { end_ += count; }
 
-  /// Calls append(qz_TextBuffer&).
+  /// Calls append(TextBuffer&).
   template <typename Append>
   void with_buffer(Append append) {
     stop();
@@ -116,9 +118,11 @@ class qz_TextCursor : public qz_UTIL_no_inadvertant_copies {
   }
   void stop() { buffer_.count_in(static_cast<std::size_t>(end_ - buffer_.reserve(0))); }
 
-  qz_TextBuffer& buffer_;
+  TextBuffer& buffer_;
   char* end_;
   char* limit_;
 };
+
+}  // namespace qzlog
 
 #endif  // QZLOG_FOUNDATION_TEXT_BUFFER_H

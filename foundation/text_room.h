@@ -17,7 +17,7 @@ class TextRoom : public qz_UTIL_no_inadvertant_copies {
 
   /// For `size` bytes or more. QZX_memory_alloc when there is no memory for them.
   explicit TextRoom(std::size_t size) : size_(std::max(size, sizeof(inline_))) {
-    if (size_ > sizeof(inline_)) heap_.reset(qz_new_array<char>(size_));
+    if (size_ > sizeof(inline_)) heap_.reset(new_array<char>(size_));
   }
 
   char* data() { return heap_ != nullptr ? heap_.get() : inline_; }

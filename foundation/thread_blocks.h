@@ -8,55 +8,57 @@
 #include "foundation/no_copies.h"
 #include "foundation/thread_instance.h"
 
+namespace qzlog {
+
 /// Memory for objects of one class that are made and destroyed all the time: a thread keeps a few blocks that it freed
 /// for the next ones. A block may be freed by another thread than the one that took it.
 ///
 /// What is kept is written again and again, and has its cache lines for itself. That costs memory, so a thread makes no
 /// more such blocks than it can keep.
 template <typename T>
-class alignas(qz_kCacheLine) qz_ThreadBlocks : public qz_UTIL_no_inadvertant_copies {
+class alignas(kCacheLine) ThreadBlocks : public qz_UTIL_no_inadvertant_copies {
  public:
   static constexpr unsigned kMost = QZLOG_HAS_ADDRESS_SANITIZER ? 0 : 8;
 
-  ~qz_ThreadBlocks() {
-    while (count_ != 0) qz_destroy_block(blocks_[--count_]);
+  ~ThreadBlocks() {
+    while (count_ != 0) destroy_block(blocks_[--count_]);
   }
 
   /// Null without memory.
   static void* take() noexcept {
-    qz_ThreadBlocks* const blocks = qz_ThreadInstance<qz_ThreadBlocks>::find();
+    ThreadBlocks* const blocks = ThreadInstance<ThreadBlocks>::find();
     if (blocks != nullptr && blocks->count_ != 0) [[likely]]
       return blocks->blocks_[--blocks->count_];
     return make(blocks);
   }
   static void give(void* block) noexcept {
-    qz_ThreadBlocks* blocks = qz_ThreadInstance<qz_ThreadBlocks>::find();
+    ThreadBlocks* blocks = ThreadInstance<ThreadBlocks>::find();
     if (blocks == nullptr) [[unlikely]]
       blocks = begin_to_keep();
-    if (blocks != nullptr && blocks->count_ < kMost && qz_is_apart(block)) [[likely]] {
+    if (blocks != nullptr && blocks->count_ < kMost && is_apart(block)) [[likely]] {
       blocks->blocks_[blocks->count_++] = block;
     } else {
-      qz_destroy_block(block);
+      destroy_block(block);
     }
   }
 
  private:
   template <typename U>
-  friend class qz_ThreadInstance;
-  qz_ThreadBlocks() = default;
+  friend class ThreadInstance;
+  ThreadBlocks() = default;
 
-  [[gnu::noinline]] static void* make(qz_ThreadBlocks* blocks) noexcept {
+  [[gnu::noinline]] static void* make(ThreadBlocks* blocks) noexcept {
     const bool apart = blocks != nullptr && blocks->made_apart_ < kMost;
-    void* const block = qz_make_block(sizeof(T), apart);
+    void* const block = make_block(sizeof(T), apart);
     if (apart && block != nullptr) ++blocks->made_apart_;
     return block;
   }
 
   /// Null when nothing can be kept for the thread or there is no memory: blocks are then freed at once.
-  [[gnu::noinline]] static qz_ThreadBlocks* begin_to_keep() noexcept {
+  [[gnu::noinline]] static ThreadBlocks* begin_to_keep() noexcept {
     if (kMost == 0) return nullptr;
     try {
-      return qz_ThreadInstance<qz_ThreadBlocks>::make();
+      return ThreadInstance<ThreadBlocks>::make();
     } catch (const std::bad_alloc&) {
       return nullptr;
     }
@@ -66,5 +68,7 @@ class alignas(qz_kCacheLine) qz_ThreadBlocks : public qz_UTIL_no_inadvertant_cop
   unsigned made_apart_ = 0;
   void* blocks_[kMost + 1];
 };
+
+}  // namespace qzlog
 
 #endif  // QZLOG_FOUNDATION_THREAD_BLOCKS_H

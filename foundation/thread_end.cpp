@@ -2,8 +2,10 @@
 
 #include <pthread.h>
 
+namespace qzlog {
+
 /// Made when the library is loaded. A process that has used up its keys before goes without: nothing can be added then.
-class qz_ThreadEnd::Key {
+class ThreadEnd::Key {
  public:
   Key() : is_made_(pthread_key_create(&key_, [](void* latest) { release_all(latest); }) == 0) {}
 
@@ -17,15 +19,15 @@ class qz_ThreadEnd::Key {
 };
 
 // Zero, and so not made, in static objects that are initialised earlier.
-const qz_ThreadEnd::Key qz_ThreadEnd::key_;
+const ThreadEnd::Key ThreadEnd::key_;
 
-bool qz_ThreadEnd::add(Duty* duty) noexcept {
+bool ThreadEnd::add(Duty* duty) noexcept {
   if (over_) return false;
   duty->next = key_.latest();
   return key_.set_latest(duty);
 }
 
-void qz_ThreadEnd::release_all(void* latest) noexcept {
+void ThreadEnd::release_all(void* latest) noexcept {
   over_ = true;
   auto* duty = static_cast<Duty*>(latest);
   while (duty != nullptr) {
@@ -34,3 +36,5 @@ void qz_ThreadEnd::release_all(void* latest) noexcept {
     duty = next;
   }
 }
+
+}  // namespace qzlog

@@ -1,15 +1,17 @@
 #ifndef QZLOG_FOUNDATION_THREAD_END_H
 #define QZLOG_FOUNDATION_THREAD_END_H
 
+namespace qzlog {
+
 /// What the calling thread has to release when it ends. The C library calls for it when the destructors of the thread's
 /// own thread_local objects have run, and not for a main thread that returns or calls exit, which keeps what it has
 /// until the process is over.
 ///
 /// Not a thread_local object with a destructor: registering one ends the process when there is no memory. Unlike that,
 /// this does not keep the library loaded, so it is linked never to be unloaded.
-class qz_ThreadEnd {
+class ThreadEnd {
  public:
-  /// The base of what is released: `release` destroys it. It may use qz_ThreadEnd, but adds nothing.
+  /// The base of what is released: `release` destroys it. It may use ThreadEnd, but adds nothing.
   struct Duty {
     void (*release)(Duty* duty) noexcept;
     Duty* next;
@@ -28,5 +30,7 @@ class qz_ThreadEnd {
   static const Key key_;
   static inline constinit thread_local bool over_ = false;
 };
+
+}  // namespace qzlog
 
 #endif  // QZLOG_FOUNDATION_THREAD_END_H

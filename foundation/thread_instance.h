@@ -6,19 +6,21 @@
 #include "foundation/thread_end.h"
 #include "qzlog/qz_exception.h"
 
+namespace qzlog {
+
 /// The calling thread's own T: made on first use, destroyed when the thread ends (foundation/thread_end.h). Only a
 /// pointer is thread-local, so that reaching it costs a load and the library stays within what a process has room for
 /// when it loads one at run time.
 template <typename T>
-class qz_ThreadInstance {
+class ThreadInstance {
  public:
   /// Null before the first use and after the thread's end.
   static T* find() noexcept { return instance_; }
   /// Null when nothing can be kept for the thread, any more or at all. Throws std::bad_alloc.
   static T* make() {
-    if (qz_ThreadEnd::is_over()) return nullptr;
+    if (ThreadEnd::is_over()) return nullptr;
     auto* const kept = new Kept;
-    if (!qz_ThreadEnd::add(kept)) {
+    if (!ThreadEnd::add(kept)) {
       delete kept;
       return nullptr;
     }
@@ -26,7 +28,7 @@ class qz_ThreadInstance {
   }
 
  private:
-  struct Kept : qz_ThreadEnd::Duty {
+  struct Kept : ThreadEnd::Duty {
     // cppcheck-suppress uninitDerivedMemberVar
     Kept() : Duty{&release, nullptr} {}
     // It is still found while it is destroyed.
@@ -45,13 +47,15 @@ class qz_ThreadInstance {
 template <typename T, typename Use>
 decltype(auto) with_thread_instance(Use&& use) {
   try {
-    if (T* const instance = qz_ThreadInstance<T>::find()) return use(*instance);
-    if (T* const instance = qz_ThreadInstance<T>::make()) return use(*instance);
+    if (T* const instance = ThreadInstance<T>::find()) return use(*instance);
+    if (T* const instance = ThreadInstance<T>::make()) return use(*instance);
     T temporary;
     return use(temporary);
   } catch (const std::bad_alloc&) {
     throw QZX_memory_alloc();
   }
 }
+
+}  // namespace qzlog
 
 #endif  // QZLOG_FOUNDATION_THREAD_INSTANCE_H

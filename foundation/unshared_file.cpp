@@ -11,6 +11,8 @@
 #include "foundation/allocate.h"
 #include "foundation/no_copies.h"
 
+namespace qzlog {
+
 namespace {
 
 /// A descriptor with a position of its own, and the buffer of the stream that reads from it.
@@ -18,7 +20,7 @@ class UnsharedFile : public qz_UTIL_no_inadvertant_copies {
  public:
   static constexpr std::size_t kBufferSize = 4096;
 
-  explicit UnsharedFile(qz_FileHandle file)
+  explicit UnsharedFile(FileHandle file)
       : file_(std::move(file)), is_seekable_(lseek(descriptor(), 0, SEEK_CUR) >= 0) {}
 
   char* buffer() { return buffer_; }
@@ -50,7 +52,7 @@ class UnsharedFile : public qz_UTIL_no_inadvertant_copies {
   }
   int descriptor() const { return fileno(file_.get()); }
 
-  const qz_FileHandle file_;
+  const FileHandle file_;
   const bool is_seekable_;
   off64_t position_ = 0;
   char buffer_[kBufferSize] = {};
@@ -71,12 +73,14 @@ int close_file(void* file) {
 
 }  // namespace
 
-qz_FileHandle qz_open_unshared(const char* path) {
-  qz_FileHandle opened(QZ_fopen(path, "rb"));
+FileHandle open_unshared(const char* path) {
+  FileHandle opened(QZ_fopen(path, "rb"));
   if (opened == nullptr) return nullptr;
-  std::unique_ptr<UnsharedFile> file(qz_new<UnsharedFile>(std::move(opened)));
-  qz_FileHandle stream(fopencookie(file.get(), "rb", {read_file, nullptr, seek_file, close_file}));
+  std::unique_ptr<UnsharedFile> file(new_object<UnsharedFile>(std::move(opened)));
+  FileHandle stream(fopencookie(file.get(), "rb", {read_file, nullptr, seek_file, close_file}));
   if (stream == nullptr) return nullptr;
   std::setvbuf(stream.get(), file.release()->buffer(), _IOFBF, UnsharedFile::kBufferSize);
   return stream;
 }
+
+}  // namespace qzlog

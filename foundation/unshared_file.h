@@ -3,11 +3,15 @@
 
 #include "foundation/file_handle.h"
 
+namespace qzlog {
+
 /// Opens a file for reading as QZ_fopen(path, "rb") does; null when that fails. QZX_memory_alloc without memory.
 ///
 /// The stream's position belongs to the process. The one of a descriptor belongs to the open file, which a process and
 /// those that it forks have in common: each would read on where another has stopped. Such a stream has no fileno, and
 /// is closed in programs that the process executes.
-qz_FileHandle qz_open_unshared(const char* path);
+FileHandle open_unshared(const char* path);
+
+}  // namespace qzlog
 
 #endif  // QZLOG_FOUNDATION_UNSHARED_FILE_H

@@ -32,7 +32,7 @@ UConverter* open_converter(const char* code_page) {
 class ThreadConverter : public qz_UTIL_no_inadvertant_copies {
  public:
   ~ThreadConverter() {
-    const qz_ForkDelay fork_delay;
+    const ForkDelay fork_delay;
     ucnv_close(converter_);
   }
 
@@ -55,7 +55,7 @@ class ThreadConverter : public qz_UTIL_no_inadvertant_copies {
 class ThreadClones : public qz_UTIL_no_inadvertant_copies {
  public:
   ~ThreadClones() {
-    const qz_ForkDelay fork_delay;
+    const ForkDelay fork_delay;
     for (const Clone& clone : clones_) ucnv_close(clone.converter);
   }
 
@@ -108,7 +108,7 @@ std::size_t length_of_sequence(const unsigned char* bytes, std::size_t left) {
 #if U_CHARSET_IS_UTF8
   return true;
 #else
-  const qz_ForkDelay fork_delay;
+  const ForkDelay fork_delay;
   return ucnv_compareNames(ucnv_getDefaultName(), "UTF-8") == 0;
 #endif
 }
@@ -125,13 +125,13 @@ bool encode_with(UConverter* converter, const icu::UnicodeString& text, char* bu
 
 /// With ICU's default converter, which threads share under a lock.
 icu::UnicodeString decode_by_default(const char* text) {
-  const qz_ForkDelay fork_delay;
+  const ForkDelay fork_delay;
   return icu::UnicodeString(text);
 }
 
 /// Bogus when there is no such code page.
 icu::UnicodeString decode_in_named_page(const char* text, const char* code_page) {
-  const qz_ForkDelay fork_delay;
+  const ForkDelay fork_delay;
   return with_thread_instance<ThreadConverter>([&](ThreadConverter& converters) {
     UConverter* const converter = converters.get(code_page);
     if (converter == nullptr) {
@@ -192,7 +192,7 @@ bool is_valid_utf8(const char* text, std::size_t length) {
   return true;
 }
 
-bool append_utf8(const icu::UnicodeString& text, qz_TextBuffer& target) {
+bool append_utf8(const icu::UnicodeString& text, TextBuffer& target) {
   const int capacity = text.length() * 3;
   char* const begin = target.reserve(static_cast<std::size_t>(capacity));
   int length = 0;
@@ -204,7 +204,7 @@ bool append_utf8(const icu::UnicodeString& text, qz_TextBuffer& target) {
 }
 
 bool encode_text(const icu::UnicodeString& text, const char* code_page, char* buffer, int capacity, int& length) {
-  const qz_ForkDelay fork_delay;
+  const ForkDelay fork_delay;
   return with_thread_instance<ThreadConverter>([&](ThreadConverter& converters) {
     UConverter* const converter = converters.get(code_page);
     return converter != nullptr && encode_with(converter, text, buffer, capacity, length);
@@ -226,7 +226,7 @@ bool encode_text(const icu::UnicodeString& text, const char* code_page, std::str
 
 bool SharedConverter::make_once(const char* code_page, bool keep_failure) {
   if (made_.load(std::memory_order_acquire)) return true;
-  const qz_MutexSentry lock(making_);
+  const MutexSentry lock(making_);
   if (made_.load(std::memory_order_relaxed)) return true;
   prototype_ = open_converter(code_page);
   is_utf8_ = prototype_ != nullptr && ucnv_getType(prototype_) == UCNV_UTF8;
@@ -236,7 +236,7 @@ bool SharedConverter::make_once(const char* code_page, bool keep_failure) {
 
 bool SharedConverter::encode(const icu::UnicodeString& text, char* buffer, int capacity, int& length) const {
   if (!made_.load(std::memory_order_acquire) || prototype_ == nullptr) return false;
-  const qz_ForkDelay fork_delay;
+  const ForkDelay fork_delay;
   return with_thread_instance<ThreadClones>(
       [&](ThreadClones& clones) { return encode_with(clones.of(prototype_), text, buffer, capacity, length); });
 }

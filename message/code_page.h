@@ -31,7 +31,7 @@ bool decoded_length_exceeds(const char* text, std::size_t length, const char* co
 bool is_valid_utf8(const char* text, std::size_t length);
 
 /// Appends `text` in UTF-8. False, with nothing appended, when it has half a surrogate pair.
-bool append_utf8(const icu::UnicodeString& text, qz_TextBuffer& target);
+bool append_utf8(const icu::UnicodeString& text, TextBuffer& target);
 
 /// Encodes into `buffer` of `capacity` bytes; no terminator is written when the text fills it. `length` becomes the
 /// number of bytes that the whole text needs. False when the code page is unknown or the text does not fit; the buffer
@@ -57,7 +57,7 @@ class SharedConverter : public qz_UTIL_no_inadvertant_copies {
   bool encode(const icu::UnicodeString& text, char* buffer, int capacity, int& length) const;
 
  private:
-  qz_Mutex making_;
+  Mutex making_;
   std::atomic<bool> made_{false};
   UConverter* prototype_ = nullptr;
   bool is_utf8_ = false;

@@ -45,14 +45,14 @@ IcuArgument IcuArguments::read_text(const MessageReference& reference) const {
   const bool fits = stored != nullptr && stored->get_type() == reference.type;
   if (is_unicode_string_attribute(reference.type)) {
     if (fits) {
-      const auto& text = _qz_LOG_value_as<_qz_LOG_ustring>(*stored);
+      const auto& text = value_as<_qz_LOG_ustring>(*stored);
       return text_argument(text.text(), text.length);
     }
     const char* const text = entry_.get_attrib_mbstr(reference.name->text());
     return text_argument(text, QZ_strlen(text));
   }
   if (fits && reference.type != TypeGUID) {
-    const auto& text = _qz_LOG_value_as<qz_String>(*stored);
+    const auto& text = value_as<qz_String>(*stored);
     return text_argument(text.c_str(), text.length());
   }
   const char* const text = entry_.get_attrib_str(reference.name->text());
@@ -62,8 +62,8 @@ IcuArgument IcuArguments::read_text(const MessageReference& reference) const {
 IcuArgument IcuArguments::read_integer(const MessageReference& reference) const {
   const _qz_LOG_type_base* const stored = entry_.find_value(reference.name, reference.order);
   if (stored != nullptr && stored->get_type() == reference.type) {
-    if (reference.type == TypeUInt4) return integer_argument(static_cast<int>(_qz_LOG_value_as<unsigned>(*stored)));
-    if (reference.type == TypeSInt4) return integer_argument(_qz_LOG_value_as<int>(*stored));
+    if (reference.type == TypeUInt4) return integer_argument(static_cast<int>(value_as<unsigned>(*stored)));
+    if (reference.type == TypeSInt4) return integer_argument(value_as<int>(*stored));
   }
   return integer_argument(entry_.get_attrib_as_4(reference.name->text()));
 }

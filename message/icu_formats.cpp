@@ -75,7 +75,7 @@ icu::UnicodeString KeptFormat::format(const icu::Formattable* values, int count)
   });
 }
 
-bool KeptFormat::append(unsigned index, const IcuArgument& value, qz_TextBuffer& text) {
+bool KeptFormat::append(unsigned index, const IcuArgument& value, TextBuffer& text) {
   Formatter& formatter = formatters_[index];
   if (formatter.format == nullptr) return false;
   const bool is_time = value.type == IcuArgument::Type::kTime;
@@ -99,7 +99,7 @@ bool KeptFormat::append(unsigned index, const IcuArgument& value, qz_TextBuffer&
 }
 
 IcuFormats::~IcuFormats() {
-  const qz_ForkDelay fork_delay;
+  const ForkDelay fork_delay;
   formats_.clear();
 }
 

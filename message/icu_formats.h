@@ -31,7 +31,7 @@ class KeptFormat : public qz_UTIL_no_inadvertant_copies {
   icu::UnicodeString format(const icu::Formattable* values, int count);
   /// Appends what the formatter of a top-level argument writes for a value. False when it has no formatter of its own,
   /// or writes what UTF-8 cannot say.
-  bool append(unsigned index, const IcuArgument& value, qz_TextBuffer& text);
+  bool append(unsigned index, const IcuArgument& value, TextBuffer& text);
 
  private:
   /// What `write` appends to a text, ICU's failures dealt with.

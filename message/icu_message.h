@@ -19,7 +19,7 @@ class IcuMessage : public qz_UTIL_no_inadvertant_copies {
     utf8_.clear();
   }
   bool is_utf8() const { return is_utf8_; }
-  qz_TextBuffer& utf8() { return utf8_; }
+  TextBuffer& utf8() { return utf8_; }
   void set_formatted(icu::UnicodeString&& text) {
     formatted_ = std::move(text);
     is_utf8_ = false;
@@ -38,7 +38,7 @@ class IcuMessage : public qz_UTIL_no_inadvertant_copies {
 
  private:
   bool is_utf8_ = true;
-  qz_TextBuffer utf8_;
+  TextBuffer utf8_;
   icu::UnicodeString formatted_;
 };
 

@@ -97,7 +97,7 @@ bool IcuTemplate::split_pattern(const icu::MessagePattern& parsed) {
 /// False when the text has half a surrogate pair, which what follows might complete.
 bool IcuTemplate::append_literal(int begin, int end) {
   if (begin == end) return true;
-  qz_TextBuffer bytes;
+  TextBuffer bytes;
   if (!append_utf8(pattern_.tempSubStringBetween(begin, end), bytes)) return false;
   parts_.push_back(
       {Part::Kind::kLiteral, 0, 0, static_cast<unsigned>(literals_.size()), static_cast<unsigned>(bytes.size())});

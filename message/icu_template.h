@@ -17,7 +17,7 @@ namespace qzlog {
 /// A template of the ICU path made ready to render: the references to read, the ICU pattern that follows, and, where
 /// the pattern is plain enough, the parts that a message is assembled from without MessageFormat. Never changes; any
 /// thread.
-class IcuTemplate : public _qz_LOG_prepared_message {
+class IcuTemplate : public PreparedMessage {
  public:
   /// A part of a message: literal text, an argument's text, an argument as an integer (IntegerStyle), or an argument
   /// that an ICU formatter of the pattern's writes.

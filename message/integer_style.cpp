@@ -54,18 +54,18 @@ void IntegerStyle::learn(const icu::Locale& locale) {
   minus_after_ = minus_seven.substr(seven_at + digits_[7].size());
 
   for (const int sample : {0, 1, -1, 10, 1000, 12345, 1234567890, -1234567890, INT_MAX, INT_MIN}) {
-    qz_TextBuffer text;
+    TextBuffer text;
     append(text, sample);
     if (text_of(format, sample) != std::string(text.data(), text.size())) return;
   }
   usable_ = true;
 }
 
-void IntegerStyle::append(qz_TextBuffer& text, int value) const {
+void IntegerStyle::append(TextBuffer& text, int value) const {
   char digits[kMaxIntegerText];
   const char* const end = digits + kMaxIntegerText;
-  const char* const begin = qz_write_integer(
-      digits + kMaxIntegerText, value < 0 ? 0U - static_cast<unsigned>(value) : static_cast<unsigned>(value));
+  const char* const begin = write_integer(digits + kMaxIntegerText,
+                                          value < 0 ? 0U - static_cast<unsigned>(value) : static_cast<unsigned>(value));
   if (value < 0) text.append(minus_before_.data(), minus_before_.size());
   if (ascii_digits_) {
     text.append(begin, static_cast<std::size_t>(end - begin));

@@ -19,7 +19,7 @@ class IntegerStyle {
   /// False for a locale that writes them in a way that digit for digit does not describe; append must not be used.
   bool is_usable() const { return usable_; }
   /// Appends the text that ICU gives, in UTF-8.
-  void append(qz_TextBuffer& text, int value) const;
+  void append(TextBuffer& text, int value) const;
 
  private:
   void learn(const icu::Locale& locale);

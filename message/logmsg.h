@@ -10,14 +10,14 @@
 
 class _qz_LOG_log_definition;
 class _qz_LOG_log_entry_imp;
-class _qz_LOG_message_text;
-class _qz_LOG_prepared_message;
 class _qz_LOG_msg_token_list;
-class qz_TextBuffer;
 
 namespace qzlog {
+class DefinitionMessage;
 class IcuMessage;
-}
+class PreparedMessage;
+class TextBuffer;
+}  // namespace qzlog
 
 /// Readable messages: templates, their tokens and rendering, and the message catalog. Static functions only.
 ///
@@ -42,7 +42,7 @@ class _qz_LOG_log_message {
 
   /// The same, appended to a buffer.
   static void append_narrow_message(const _qz_LOG_log_entry_imp& entry, const _qz_LOG_log_definition* definition,
-                                    bool use_default, unsigned int selector_index, qz_TextBuffer& message);
+                                    bool use_default, unsigned int selector_index, qzlog::TextBuffer& message);
 
   /// The template of each path.
   static icu::UnicodeString _get_message_string(const _qz_LOG_log_entry_imp& entry,
@@ -52,9 +52,9 @@ class _qz_LOG_log_message {
                                          bool use_default, unsigned int selector_index);
 
   /// Where the two come from: the text that a definition has for an entry, or the ID that the catalog is asked for.
-  static const _qz_LOG_message_text& choose_message_text(const _qz_LOG_log_entry_imp& entry,
-                                                         const _qz_LOG_log_definition* definition, bool use_default,
-                                                         unsigned int selector_index);
+  static const qzlog::DefinitionMessage& choose_message_text(const _qz_LOG_log_entry_imp& entry,
+                                                             const _qz_LOG_log_definition* definition, bool use_default,
+                                                             unsigned int selector_index);
   static const char* choose_message_id(const _qz_LOG_log_entry_imp& entry, const _qz_LOG_log_definition* definition,
                                        bool use_default, unsigned int selector_index);
 
@@ -81,11 +81,11 @@ class _qz_LOG_log_message {
   static icu::UnicodeString _get_string(const char* message_id);
 
   /// What `prepare` made of the catalog's template for a message ID; made once while the catalog stays open.
-  using PrepareMessage = std::unique_ptr<const _qz_LOG_prepared_message> (*)(const icu::UnicodeString& text,
-                                                                             const _qz_LOG_log_definition& definition);
-  static const _qz_LOG_prepared_message& prepare_catalog_message(const char* message_id,
-                                                                 const _qz_LOG_log_definition& definition,
-                                                                 PrepareMessage prepare);
+  using PrepareMessage = std::unique_ptr<const qzlog::PreparedMessage> (*)(const icu::UnicodeString& text,
+                                                                           const _qz_LOG_log_definition& definition);
+  static const qzlog::PreparedMessage& prepare_catalog_message(const char* message_id,
+                                                               const _qz_LOG_log_definition& definition,
+                                                               PrepareMessage prepare);
 
   /// The name of the locale below. Valid as long as the locale is in force. Both throw QZX_memory_alloc.
   static const char* get_locale_name();

@@ -29,14 +29,13 @@ constexpr const char* kStringTable = "STRING_TABLE";
 class CatalogTemplates {
  public:
   /// Null when it is not there.
-  const _qz_LOG_prepared_message* find(std::string_view message_id) const {
+  const PreparedMessage* find(std::string_view message_id) const {
     const qz_LOG_CReaderSentry reader(lock_);
     const auto found = templates_.find(message_id);
     return found != templates_.end() ? found->second.get() : nullptr;
   }
   /// Returns the one that is kept: another thread's, if that was faster.
-  const _qz_LOG_prepared_message& keep(std::string_view message_id,
-                                       std::unique_ptr<const _qz_LOG_prepared_message> fresh) {
+  const PreparedMessage& keep(std::string_view message_id, std::unique_ptr<const PreparedMessage> fresh) {
     const qz_LOG_CWriterSentry writer(lock_);
     return *templates_.emplace(message_id, std::move(fresh)).first->second;
   }
@@ -47,7 +46,7 @@ class CatalogTemplates {
 
  private:
   mutable qz_LOG_CRWLock lock_{nullptr};
-  std::map<std::string, std::unique_ptr<const _qz_LOG_prepared_message>, std::less<>> templates_;
+  std::map<std::string, std::unique_ptr<const PreparedMessage>, std::less<>> templates_;
 };
 
 // Guarded by the process-wide lock of the settings.
@@ -57,7 +56,7 @@ struct Catalog {
   CatalogTemplates templates;
 };
 
-qz_NeverDestroyed<Catalog> catalog;
+NeverDestroyed<Catalog> catalog;
 
 void close_bundle() {
   catalog->templates.clear();
@@ -111,7 +110,7 @@ void _qz_LOG_log_message::set_resource_path(const char* path) try {
   }
   catalog->path = qz_String(path);
   close_bundle();
-  catalog->bundle.reset(qz_new<MessageBundle>());
+  catalog->bundle.reset(new_object<MessageBundle>());
   const MessageBundle::State state = open_bundle();
   if (state == MessageBundle::State::kMissing) {
     throw_bundle_failure("<QZX_logging_missing_resource> Unable to locate resource bundle \"");
@@ -139,7 +138,7 @@ void _qz_LOG_log_message::reopen_catalog() noexcept {
 }
 
 icu::UnicodeString _qz_LOG_log_message::_get_string(const char* message_id) try {
-  const qz_ForkDelay fork_delay;
+  const ForkDelay fork_delay;
   MessageBundle::Text found = catalog->bundle->find_text(kStringTable, message_id);
   if (found.state == MessageBundle::Text::State::kNoTable) {
     throw QZX_logging_missing_resource("< QZX_logging_missing_resource> Unable to access the string table resource.",
@@ -156,22 +155,22 @@ icu::UnicodeString _qz_LOG_log_message::_get_string(const char* message_id) try 
   throw QZX_memory_alloc();
 }
 
-const _qz_LOG_prepared_message& _qz_LOG_log_message::prepare_catalog_message(const char* message_id,
-                                                                             const _qz_LOG_log_definition& definition,
-                                                                             PrepareMessage prepare) {
-  const _qz_LOG_prepared_message* const known = catalog->templates.find(message_id);
+const PreparedMessage& _qz_LOG_log_message::prepare_catalog_message(const char* message_id,
+                                                                    const _qz_LOG_log_definition& definition,
+                                                                    PrepareMessage prepare) {
+  const PreparedMessage* const known = catalog->templates.find(message_id);
   return known != nullptr ? *known : catalog->templates.keep(message_id, prepare(_get_string(message_id), definition));
 }
 
 const char* _qz_LOG_log_message::get_locale_name() {
   const char* const name = qz_I18N_get_locale_name(qz_I18N_get_locale());
   if (name[0] != '\0') return name;
-  const qz_ForkDelay fork_delay;
+  const ForkDelay fork_delay;
   return default_locale().getName();
 }
 
 icu::Locale _qz_LOG_log_message::get_locale() {
-  const qz_ForkDelay fork_delay;
+  const ForkDelay fork_delay;
   return with_icu_memory([] {
     const IcuMemory memory;
     const char* const name = qz_I18N_get_locale_name(qz_I18N_get_locale());

@@ -28,7 +28,7 @@ class MessageAssembly {
         kept_(message_template.has_formatted_parts() ? &formats.format_of(message_template) : nullptr) {}
 
   /// False when MessageFormat has to write the message after all; the text is then of no use.
-  bool append_to(qz_TextBuffer& message) const {
+  bool append_to(TextBuffer& message) const {
     for (const IcuTemplate::Part& part : template_.parts()) {
       if (!append(part, message)) return false;
     }
@@ -36,7 +36,7 @@ class MessageAssembly {
   }
 
  private:
-  bool append(const IcuTemplate::Part& part, qz_TextBuffer& message) const {
+  bool append(const IcuTemplate::Part& part, TextBuffer& message) const {
     switch (part.kind) {
       case IcuTemplate::Part::Kind::kLiteral:
         message.append(template_.literals().data() + part.begin, part.length);
@@ -51,7 +51,7 @@ class MessageAssembly {
     return false;
   }
 
-  static bool append_text(const IcuArgument& argument, qz_TextBuffer& message) {
+  static bool append_text(const IcuArgument& argument, TextBuffer& message) {
     const char* const code_page = qz_LOG_LogConfig::GetCodePage();
     if (is_utf8(code_page) && is_valid_utf8(argument.text, argument.length)) {
       message.append(argument.text, argument.length);
@@ -60,7 +60,7 @@ class MessageAssembly {
     return append_utf8(decode_text(argument.text, code_page), message);
   }
 
-  bool append_integer(int value, qz_TextBuffer& message) const {
+  bool append_integer(int value, TextBuffer& message) const {
     if (style_ == nullptr || !style_->is_usable()) return false;
     style_->append(message, value);
     return true;
@@ -83,7 +83,7 @@ icu::UnicodeString format_whole(const IcuTemplate& message_template, const IcuAr
 
 void render(const IcuTemplate& message_template, const _qz_LOG_log_entry_imp& entry,
             const _qz_LOG_log_definition& definition, IcuMessage& message) {
-  const qz_ForkDelay fork_delay;  // ICU locks what it keeps
+  const ForkDelay fork_delay;  // ICU locks what it keeps
   IcuArguments arguments(entry);
   render_pieces(message_template.pieces(), definition, arguments);
   with_thread_instance<IcuFormats>([&](IcuFormats& formats) {
@@ -93,14 +93,14 @@ void render(const IcuTemplate& message_template, const _qz_LOG_log_entry_imp& en
   });
 }
 
-std::unique_ptr<const _qz_LOG_prepared_message> make_template(const icu::UnicodeString& text,
-                                                              const _qz_LOG_log_definition& definition) {
+std::unique_ptr<const PreparedMessage> make_template(const icu::UnicodeString& text,
+                                                     const _qz_LOG_log_definition& definition) {
   return std::make_unique<IcuTemplate>(text, definition);
 }
 
 /// The template is decoded with ICU's default converter, which is taken to be the same as long as the text lives.
-const _qz_LOG_prepared_message& prepare(const _qz_LOG_message_text& text, const _qz_LOG_log_definition& definition) {
-  const _qz_LOG_prepared_message* const prepared = text.find_prepared(MessagePath::kIcu);
+const PreparedMessage& prepare(const DefinitionMessage& text, const _qz_LOG_log_definition& definition) {
+  const PreparedMessage* const prepared = text.find_prepared(MessagePath::kIcu);
   if (prepared != nullptr) return *prepared;
   const char* const bytes = text.get();
   return text.keep_prepared(
@@ -113,13 +113,13 @@ void _qz_LOG_log_message::format_message(const _qz_LOG_log_entry_imp& entry, con
                                          bool use_default, unsigned int selector_index, IcuMessage& message) try {
   with_icu_memory([&] {
     message.clear();
-    const _qz_LOG_prepared_message* prepared = nullptr;
+    const PreparedMessage* prepared = nullptr;
     // Each choice refuses an entry without a definition.
     if (is_catalog_open()) {
       const char* const id = choose_message_id(entry, definition, use_default, selector_index);
       prepared = &prepare_catalog_message(id, *definition, make_template);
     } else {
-      const _qz_LOG_message_text& text = choose_message_text(entry, definition, use_default, selector_index);
+      const DefinitionMessage& text = choose_message_text(entry, definition, use_default, selector_index);
       prepared = &prepare(text, *definition);
     }
     render(static_cast<const IcuTemplate&>(*prepared), entry, *definition, message);

@@ -21,7 +21,7 @@ constexpr unsigned kTimeTextSize = 32;
 /// Appends the parts of a message to a text.
 class NarrowMessage {
  public:
-  NarrowMessage(const _qz_LOG_log_entry_imp& entry, qz_TextBuffer& message) : entry_(entry), message_(message) {}
+  NarrowMessage(const _qz_LOG_log_entry_imp& entry, TextBuffer& message) : entry_(entry), message_(message) {}
 
   void text(const TemplatePiece& piece) { message_.append_padded(piece.text, piece.length); }
 
@@ -52,7 +52,7 @@ class NarrowMessage {
   const T* find_value(const MessageReference& reference) const {
     const _qz_LOG_type_base* const stored = entry_.find_value(reference.name, reference.order);
     const bool fits = stored != nullptr && stored->get_type() == reference.type;
-    return fits ? &_qz_LOG_value_as<T>(*stored) : nullptr;
+    return fits ? &value_as<T>(*stored) : nullptr;
   }
 
   void append_text(const MessageReference& reference) {
@@ -124,11 +124,11 @@ class NarrowMessage {
     const T value = stored != nullptr ? *stored : (entry_.*get)(reference.name->text());
     // A plain char may be unsigned; the attribute's is not.
     using Signed = std::conditional_t<std::is_same_v<T, char>, signed char, T>;
-    qz_append_integer(message_, Shown{static_cast<Signed>(value)});
+    qzlog::append_integer(message_, Shown{static_cast<Signed>(value)});
   }
 
   void append_number(double number) {
-    message_.with_buffer([number](qz_TextBuffer& buffer) { qz_append_fixed(buffer, number); });
+    message_.with_buffer([number](TextBuffer& buffer) { append_fixed(buffer, number); });
   }
 
   void append_formatted(const char* format, long long number) {
@@ -138,10 +138,10 @@ class NarrowMessage {
   }
 
   const _qz_LOG_log_entry_imp& entry_;
-  qz_TextCursor message_;
+  TextCursor message_;
 };
 
-class NarrowTemplate : public _qz_LOG_prepared_message {
+class NarrowTemplate : public PreparedMessage {
  public:
   NarrowTemplate(const _qz_LOG_msg_token_list& tokens, const _qz_LOG_log_definition& definition)
       : pieces_(tokens, TemplatePieces::Texts::kNarrow, definition) {}
@@ -152,16 +152,16 @@ class NarrowTemplate : public _qz_LOG_prepared_message {
 };
 
 /// As choose_message_text, which most entries need not ask.
-const _qz_LOG_message_text& choose_text(const _qz_LOG_log_entry_imp& entry, const _qz_LOG_log_definition* definition,
-                                        bool use_default, unsigned int selector_index) {
+const DefinitionMessage& choose_text(const _qz_LOG_log_entry_imp& entry, const _qz_LOG_log_definition* definition,
+                                     bool use_default, unsigned int selector_index) {
   const bool has_one_message =
       definition != nullptr && selector_index == 0 && definition->get_selector_attribute() == nullptr;
   return has_one_message ? definition->get_default_message()
                          : _qz_LOG_log_message::choose_message_text(entry, definition, use_default, selector_index);
 }
 
-const NarrowTemplate& prepare(const _qz_LOG_message_text& text, const _qz_LOG_log_definition& definition) try {
-  const _qz_LOG_prepared_message* prepared = text.find_prepared(MessagePath::kNarrow);
+const NarrowTemplate& prepare(const DefinitionMessage& text, const _qz_LOG_log_definition& definition) try {
+  const PreparedMessage* prepared = text.find_prepared(MessagePath::kNarrow);
   if (prepared == nullptr) {
     _qz_LOG_msg_token_list tokens;
     _qz_LOG_log_message::_tokenize_qzString(qz_String(text.get()), tokens);
@@ -176,8 +176,8 @@ const NarrowTemplate& prepare(const _qz_LOG_message_text& text, const _qz_LOG_lo
 
 void _qz_LOG_log_message::append_narrow_message(const _qz_LOG_log_entry_imp& entry,
                                                 const _qz_LOG_log_definition* definition, bool use_default,
-                                                unsigned int selector_index, qz_TextBuffer& message) {
-  const _qz_LOG_message_text& text = choose_text(entry, definition, use_default, selector_index);
+                                                unsigned int selector_index, TextBuffer& message) {
+  const DefinitionMessage& text = choose_text(entry, definition, use_default, selector_index);
   NarrowMessage sink(entry, message);
   render_pieces(prepare(text, *definition).pieces(), *definition, sink);
 }
@@ -185,7 +185,7 @@ void _qz_LOG_log_message::append_narrow_message(const _qz_LOG_log_entry_imp& ent
 qz_String _qz_LOG_log_message::get_qzString_message(const _qz_LOG_log_entry_imp& entry,
                                                     const _qz_LOG_log_definition* definition, bool use_default,
                                                     unsigned int selector_index) {
-  qz_TextBuffer message;
+  TextBuffer message;
   append_narrow_message(entry, definition, use_default, selector_index, message);
   qz_String copy;
   copy._assign(message.data(), static_cast<unsigned>(message.size()));

@@ -44,9 +44,9 @@ const _qz_LOG_selector_message* choose_selector_message(const _qz_LOG_log_entry_
 
 }  // namespace
 
-const _qz_LOG_message_text& _qz_LOG_log_message::choose_message_text(const _qz_LOG_log_entry_imp& entry,
-                                                                     const _qz_LOG_log_definition* definition,
-                                                                     bool use_default, unsigned int selector_index) {
+const DefinitionMessage& _qz_LOG_log_message::choose_message_text(const _qz_LOG_log_entry_imp& entry,
+                                                                  const _qz_LOG_log_definition* definition,
+                                                                  bool use_default, unsigned int selector_index) {
   const _qz_LOG_selector_message* const chosen =
       choose_selector_message(entry, definition, use_default, selector_index);
   return chosen != nullptr && chosen->get_message_text() != nullptr ? chosen->get_message()

@@ -36,7 +36,7 @@ constexpr UChar kPercent = u'%';
 
 template <typename Token, typename... Arguments>
 void append_token(_qz_LOG_msg_token_list& list, const Arguments&... arguments) {
-  list.add_to_tail(qz_new<Token>(arguments...));
+  list.add_to_tail(new_object<Token>(arguments...));
 }
 
 void append_text(_qz_LOG_msg_token_list& list, const icu::UnicodeString& text, int begin, int end) {
@@ -65,7 +65,7 @@ void make_name_converter() {
 /// The name in UTF-8. It has two bytes for each unit and two more: a longer one fails.
 qz_String convert_name(const icu::UnicodeString& name) {
   const int capacity = 2 * (name.length() + 1);
-  const std::unique_ptr<char[]> buffer(qz_new_array<char>(static_cast<std::size_t>(capacity) + 1));
+  const std::unique_ptr<char[]> buffer(new_array<char>(static_cast<std::size_t>(capacity) + 1));
   int length = 0;
   if (!pUConv.encode(name, buffer.get(), capacity, length)) {
     throw QZX_logging_internal_error(

@@ -6,7 +6,7 @@
 #include "foundation/no_copies.h"
 #include "qzlog/qz_string.h"
 
-enum _qz_LOG_token_type : int { _QZ_STRING_TOKEN = 0, _QZ_FMT_SPECIFIER_TOKEN = 1, _QZ_ARG_SPECIFIER_TOKEN = 2 };
+enum : int { _QZ_STRING_TOKEN = 0, _QZ_FMT_SPECIFIER_TOKEN = 1, _QZ_ARG_SPECIFIER_TOKEN = 2 };
 
 /// One token of a message template, linked to the one behind it.
 class _qz_LOG_msg_token : public qz_UTIL_no_inadvertant_copies {

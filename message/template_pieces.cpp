@@ -50,7 +50,7 @@ void report_missing_argument() {
 }
 
 const _qz_LOG_attribute_entry& find_referenced(const char* name, const _qz_LOG_log_definition& definition) {
-  const _qz_LOG_attribute_entry* const attribute = definition.find_attribute(_qz_LOG_attribute_name(name));
+  const _qz_LOG_attribute_entry* const attribute = definition.find_attribute(AttributeName(name));
   if (attribute != nullptr) return *attribute;
   throw_bad_reference(
       "<QZX_logging_invalid_message_string> _qz_LOG_log_message::get_message:  "
@@ -69,7 +69,7 @@ TemplatePieces::TemplatePieces(const _qz_LOG_msg_token_list& tokens, Texts texts
                                const _qz_LOG_log_definition& definition) {
   const Sizes sizes = sizes_of(tokens, texts);
   pieces_.reserve(sizes.pieces);
-  if (texts == Texts::kNarrow) texts_ = std::make_unique<char[]>(sizes.text_bytes + qz_TextCursor::kPadding);
+  if (texts == Texts::kNarrow) texts_ = std::make_unique<char[]>(sizes.text_bytes + TextCursor::kPadding);
   for (const _qz_LOG_msg_token* token = tokens.get_head(); token != nullptr; token = token->get_next()) {
     if (token->get_type() == _QZ_STRING_TOKEN && texts == Texts::kNarrow) add_text(text_of(*token));
     if (token->get_type() != _QZ_FMT_SPECIFIER_TOKEN) continue;
@@ -96,14 +96,14 @@ void TemplatePieces::add_text(const qz_String& text) {
 void TemplatePieces::add_reference(MessageFormatKind kind, const char* name, const _qz_LOG_log_definition& definition) {
   qz_AttributeType standard_type = TypeUnknown;
   is_default_info_fields(name, standard_type);
-  const unsigned position = definition.find_own_position(_qz_LOG_attribute_name(name));
+  const unsigned position = definition.find_own_position(AttributeName(name));
   TemplatePiece piece{TemplatePiece::Step::kReference,
                       kind,
                       static_cast<unsigned char>(standard_type),
                       static_cast<unsigned char>(position),
                       reference_count_++,
                       {nullptr}};
-  piece.name = _qz_LOG_known_name::of(name);
+  piece.name = KnownName::of(name);
   pieces_.push_back(piece);
 }
 

@@ -13,7 +13,7 @@ namespace qzlog {
 
 /// One attribute reference of a template, with the type that it has for a definition.
 struct MessageReference {
-  const _qz_LOG_known_name* name;
+  const KnownName* name;
   qz_AttributeType type;
   MessageFormatKind kind;
   unsigned order;  // among the references of the template, from 0
@@ -35,8 +35,8 @@ struct TemplatePiece {
   unsigned char own_position;   // where the definition had the attribute when the template was made ready
   unsigned length;              // of a text; of a reference its order among the references
   union {
-    const char* text;                // terminated, and padded for qz_TextCursor
-    const _qz_LOG_known_name* name;  // of a reference
+    const char* text;       // terminated, and padded for TextCursor
+    const KnownName* name;  // of a reference
   };
 };
 

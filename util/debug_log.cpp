@@ -11,6 +11,8 @@
 #include "foundation/plain_name.h"
 #include "util/debug_record.h"
 
+using namespace qzlog;
+
 unsigned debug_log_level = 0;
 QZLOG_PLAIN_NAME(debug_log_level);
 
@@ -35,7 +37,7 @@ void write_record(std::FILE* file, const char* format, std::va_list arguments) {
 void LogDebugMessage(unsigned level, const char* format, ...) {
   if (!debug_log_wants(level)) return;
   // The C library locks its time zone; and a process that is forked with a record half written would write it too.
-  const qz_ForkDelay fork_delay;
+  const ForkDelay fork_delay;
   std::FILE* file = std::fopen(kDebugLogFile, "a+e");
   if (file == nullptr) return;
   std::va_list arguments;

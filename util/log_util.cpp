@@ -14,6 +14,8 @@
 #include "qzlog/qz_string.h"
 #include "util/assertion.h"
 
+using namespace qzlog;
+
 namespace {
 
 constexpr const char* kSource = "log_util";
@@ -121,7 +123,7 @@ char* make_text_log_filename(const char* log_prefix, unsigned short year, unsign
   const int length = std::snprintf(nullptr, 0, kFormat, directory, separator, prefix, year, month, day, sequence);
   if (length < 0) throw QZX_memory_alloc();
   const std::size_t size = static_cast<std::size_t>(length) + 1;
-  char* const name = qz_new_array<char>(size);
+  char* const name = new_array<char>(size);
   std::snprintf(name, size, kFormat, directory, separator, prefix, year, month, day, sequence);
   return name;
 }

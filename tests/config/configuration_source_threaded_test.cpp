@@ -18,6 +18,8 @@
 #include "tests/config/entry_filt_fixture.h"
 #include "tests/support/support.h"
 
+using namespace qzlog;
+
 namespace {
 
 using Config = qz_LOG_LogConfig;
@@ -130,7 +132,7 @@ class CountedSource : public _qz_LOG_configuration {
     value = kValue;
     return true;
   }
-  const qz_FilterValues* get_filter_values(const char* /*section*/) const override { return nullptr; }
+  const FilterValues* get_filter_values(const char* /*section*/) const override { return nullptr; }
 
   static unsigned value_of(const _qz_LOG_configuration& source) {
     unsigned value = 0;
@@ -170,7 +172,7 @@ TEST_F(CountedSources, ReplacedInALoopWhileThreadsUseThem_NeverMoreThanThreads) 
   for (unsigned number = 0; number < kReaders; ++number) {
     users.emplace_back([&] {
       while (!over) {
-        const qz_ConfigurationUse source;
+        const ConfigurationUse source;
         if (source && CountedSource::value_of(*source.get()) != CountedSource::kValue) ++wrong;
       }
     });
@@ -224,7 +226,7 @@ TEST_F(CountedSources, ReplacedByAnother_ThePointerStaysUsable) {
 /// Looks up after everything thread-local of the library is gone: it is made before.
 struct LateUser {
   ~LateUser() {
-    const qz_ConfigurationUse source;
+    const ConfigurationUse source;
     std::thread([] { replace(); }).join();
     value = CountedSource::value_of(*source.get());
   }

@@ -11,6 +11,8 @@
 #include "config/logconf.h"
 #include "tests/support/support.h"
 
+using namespace qzlog;
+
 namespace {
 
 using namespace std::string_literals;
@@ -231,10 +233,10 @@ TEST_P(LogConfManySettings, RandomFiles_FilterValuesAsTheLookups) {
     configuration.get_integer_value("", "", value);
     for (int question = 0; question < 500; ++question) {
       const std::string section = random.one_in(20) ? "" : random_name(random);
-      const qz_FilterValues* const values = configuration.get_filter_values(section.c_str());
+      const FilterValues* const values = configuration.get_filter_values(section.c_str());
       ASSERT_NE(values, nullptr);
       for (std::size_t key = 0; key < kFilterKeyCount; ++key) {
-        const bool has_value = values->get(static_cast<qz_FilterKey>(key), value);
+        const bool has_value = values->get(static_cast<FilterKey>(key), value);
         ASSERT_EQ(has_value ? std::optional<unsigned>(value) : std::nullopt,
                   plain_lookup(settings, section, kFilterKeyNames[key]))
             << "section " << section << " key " << kFilterKeyNames[key];

@@ -15,6 +15,8 @@
 #include "foundation/file_handle.h"
 #include "tests/support/support.h"
 
+using namespace qzlog;
+
 namespace {
 
 using qz_test::FailEveryAllocation;
@@ -337,13 +339,13 @@ TEST_F(LogConf, ByItself_LoadedThoughAnotherInstanceWasFirst) {
 TEST_F(LogConf, LoadedAgain_ValuesGivenBeforeStayUsable) {
   configure("[app]\nLogLevelLow=3\n\n");
   EXPECT_EQ(value("app", "LogLevelLow"), 3U);
-  const qz_FilterValues* const before = configuration_->get_filter_values("app");
+  const FilterValues* const before = configuration_->get_filter_values("app");
   const _qz_LOG_file_configuration second("/no/such/file");
   folder_.write("conf", "[app]\nLogLevelLow=4\n\n");
   set_modification_time(folder_.path("conf"), 1000000000);
   EXPECT_EQ(value("app", "LogLevelLow"), 4U);
   unsigned low = 0;
-  EXPECT_TRUE(before != nullptr && before->get(qz_FilterKey::kLogLevelLow, low));
+  EXPECT_TRUE(before != nullptr && before->get(FilterKey::kLogLevelLow, low));
   EXPECT_EQ(low, 3U);
 }
 
@@ -474,7 +476,7 @@ void PrintTo(const Line& line, std::ostream* out) { *out << line.result << " \""
 /// What `count` calls of the reader give for a file of these bytes.
 std::vector<Line> read_lines(const std::string& bytes, int max, int count) {
   const TempDir folder;
-  const qz_FileHandle file(std::fopen(folder.write("lines", bytes).c_str(), "rb"));
+  const FileHandle file(std::fopen(folder.write("lines", bytes).c_str(), "rb"));
   read_file reader;
   std::vector<Line> lines;
   for (int i = 0; i < count; ++i) {
@@ -519,12 +521,12 @@ TEST(LogConfReadLine, AtMostMaxCharacters_OneMoreGivesMinus1AgainAndAgain) {
 
 TEST(LogConfReadLine, ZeroBytesAndHighBytes_StoredLikeOthers) {
   const TempDir folder;
-  const qz_FileHandle file(std::fopen(folder
-                                          .write("lines",
-                                                 "a\0\xFF"
-                                                 "b\nc"s)
-                                          .c_str(),
-                                      "rb"));
+  const FileHandle file(std::fopen(folder
+                                       .write("lines",
+                                              "a\0\xFF"
+                                              "b\nc"s)
+                                       .c_str(),
+                                   "rb"));
   read_file reader;
   char buffer[9] = {};
   EXPECT_EQ(reader.readLine(file.get(), buffer, 8), 0);
@@ -535,7 +537,7 @@ TEST(LogConfReadLine, ZeroBytesAndHighBytes_StoredLikeOthers) {
 
 TEST(LogConfReadLine, StreamMovedBetweenCalls_ReaderKeepsItsOwnPosition) {
   const TempDir folder;
-  const qz_FileHandle file(std::fopen(folder.write("lines", "ab\ncd\nef").c_str(), "rb"));
+  const FileHandle file(std::fopen(folder.write("lines", "ab\ncd\nef").c_str(), "rb"));
   read_file reader;
   char buffer[9] = {};
   EXPECT_EQ(reader.readLine(file.get(), buffer, 8), 0);
@@ -547,7 +549,7 @@ TEST(LogConfReadLine, StreamMovedBetweenCalls_ReaderKeepsItsOwnPosition) {
 TEST(LogConfReadLine, StreamThatCannotBePositioned_Minus1) {
   int ends[2];
   ASSERT_EQ(pipe(ends), 0);
-  const qz_FileHandle file(fdopen(ends[0], "rb"));
+  const FileHandle file(fdopen(ends[0], "rb"));
   close(ends[1]);
   read_file reader;
   char buffer[9] = {};

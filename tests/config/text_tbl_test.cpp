@@ -10,6 +10,8 @@
 
 #include "tests/support/support.h"
 
+using namespace qzlog;
+
 namespace {
 
 using qz_test::AllocationFailure;
@@ -17,9 +19,9 @@ using qz_test::FailEveryAllocation;
 using qz_test::SeededRandom;
 
 /// Shows how many entries share a bucket.
-class OpenTable : public qz_TextTable<unsigned> {
+class OpenTable : public TextTable<unsigned> {
  public:
-  using qz_TextTable::qz_TextTable;
+  using TextTable::TextTable;
 
   std::size_t longest_chain() const {
     std::size_t longest = 0;
@@ -32,20 +34,19 @@ class OpenTable : public qz_TextTable<unsigned> {
   }
 };
 
-std::optional<unsigned> find(const qz_TextTable<unsigned>& table, const std::string& prefix,
-                             const std::string& suffix) {
+std::optional<unsigned> find(const TextTable<unsigned>& table, const std::string& prefix, const std::string& suffix) {
   const unsigned* const value = table.find(prefix.c_str(), suffix.c_str());
   return value == nullptr ? std::nullopt : std::optional<unsigned>(*value);
 }
 
 TEST(TextTable, Empty_FindsNothing) {
-  const qz_TextTable<unsigned> table(3);
+  const TextTable<unsigned> table(3);
   EXPECT_EQ(find(table, "", ""), std::nullopt);
   EXPECT_EQ(find(table, "a", "b"), std::nullopt);
 }
 
 TEST(TextTable, TextInTwoPieces_FoundHoweverItIsCut) {
-  qz_TextTable<unsigned> table(3);
+  TextTable<unsigned> table(3);
   table.at("storage.LogLevelLow") = 5;
   const std::string name = "storage.LogLevelLow";
   for (std::size_t cut = 0; cut <= name.size(); ++cut) {
@@ -57,13 +58,13 @@ TEST(TextTable, TextInTwoPieces_FoundHoweverItIsCut) {
 }
 
 TEST(TextTable, EmptyText_IsAKey) {
-  qz_TextTable<unsigned> table(3);
+  TextTable<unsigned> table(3);
   table.at("") = 7;
   EXPECT_EQ(find(table, "", ""), 7U);
 }
 
 TEST(TextTable, KeyAgain_KeepsItsValue) {
-  qz_TextTable<unsigned> table(3);
+  TextTable<unsigned> table(3);
   table.at("a") = 7;
   EXPECT_EQ(table.at("a"), 7U);
   table.at("a") = 8;
@@ -71,7 +72,7 @@ TEST(TextTable, KeyAgain_KeepsItsValue) {
 }
 
 TEST(TextTable, Cleared_EmptyAndUsable) {
-  qz_TextTable<unsigned> table(3);
+  TextTable<unsigned> table(3);
   for (unsigned i = 0; i < 100; ++i) table.at(std::to_string(i).c_str()) = i;
   table.clear();
   EXPECT_EQ(find(table, "5", ""), std::nullopt);
@@ -83,7 +84,7 @@ TEST(TextTable, Cleared_EmptyAndUsable) {
 }
 
 TEST(TextTable, ForEach_VisitsAllAndMayChangeThem) {
-  qz_TextTable<unsigned> table(3);
+  TextTable<unsigned> table(3);
   for (unsigned i = 0; i < 50; ++i) table.at(std::to_string(i).c_str()) = i;
   std::map<std::string, unsigned> visited;
   table.for_each([&visited](const qz_String& key, unsigned& value) {
@@ -99,7 +100,7 @@ TEST(TextTable, ForEach_VisitsAllAndMayChangeThem) {
 
 TEST(TextTable, RandomTexts_AsAMap) {
   SeededRandom random;
-  qz_TextTable<unsigned> table(3);
+  TextTable<unsigned> table(3);
   std::map<std::string, unsigned> model;
   for (unsigned round = 0; round < 20000; ++round) {
     // Few letters: texts repeat, and begin and end alike.
@@ -131,7 +132,7 @@ TEST(TextTable, ThousandsOfAlikeTexts_ChainsStayShort) {
 }
 
 TEST(TextTable, Find_TakesNoMemory) {
-  qz_TextTable<unsigned> table(3);
+  TextTable<unsigned> table(3);
   const std::string name(100, 'n');
   table.at((name + "key").c_str()) = 5;
   const unsigned* value = nullptr;
@@ -147,7 +148,7 @@ TEST(TextTable, Find_TakesNoMemory) {
 }
 
 TEST(TextTable, NoMemoryToAddOrToGrow_ThrowsAndTheOthersStay) {
-  qz_TextTable<unsigned> table(3);
+  TextTable<unsigned> table(3);
   for (const std::string key : {"a", "b", "c"}) table.at(key.c_str()) = static_cast<unsigned>(key[0]);
   const std::string long_key(100, 'k');  // longer than the texts for which a thread keeps memory
   const auto others_stay = [&table] {

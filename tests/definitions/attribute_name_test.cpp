@@ -8,17 +8,19 @@
 
 #include "tests/support/support.h"
 
+using namespace qzlog;
+
 namespace {
 
 using namespace qz_test;  // NOLINT(google-build-using-namespace): the vocabulary of support.h
 
 void expect_known(const std::string& text) {
-  const _qz_LOG_known_name* const name = _qz_LOG_known_name::of(text.c_str());
+  const KnownName* const name = KnownName::of(text.c_str());
   ASSERT_NE(name, nullptr);
   EXPECT_EQ(std::string(name->text()), text);
   EXPECT_EQ(name->hash(), my_hashcode(text.c_str()));
-  EXPECT_EQ(_qz_LOG_known_name::of(std::string(text).c_str()), name);
-  EXPECT_TRUE(name->equals(_qz_LOG_attribute_name(text.c_str())));
+  EXPECT_EQ(KnownName::of(std::string(text).c_str()), name);
+  EXPECT_TRUE(name->equals(AttributeName(text.c_str())));
 }
 
 /// Texts of more than 15 characters, of which my_hashcode sees about eight: these differ in what it does not see.
@@ -34,16 +36,16 @@ TEST(KnownName, AskedForAgain_SameObject) {
 
 TEST(KnownName, CallersTextChangedAfterwards_NameStays) {
   char text[] = "changing_name";
-  const _qz_LOG_known_name* const name = _qz_LOG_known_name::of(text);
+  const KnownName* const name = KnownName::of(text);
   text[0] = 'X';
   EXPECT_STREQ(name->text(), "changing_name");
-  EXPECT_NE(_qz_LOG_known_name::of(text), name);
-  EXPECT_EQ(_qz_LOG_known_name::of("changing_name"), name);
+  EXPECT_NE(KnownName::of(text), name);
+  EXPECT_EQ(KnownName::of("changing_name"), name);
 }
 
 TEST(KnownName, OwnTextAsked_SameObject) {
-  const _qz_LOG_known_name* const name = _qz_LOG_known_name::of("own");
-  EXPECT_EQ(_qz_LOG_known_name::of(name->text()), name);
+  const KnownName* const name = KnownName::of("own");
+  EXPECT_EQ(KnownName::of(name->text()), name);
 }
 
 TEST(KnownName, EmptyName_OneObject) { expect_known(""); }
@@ -55,42 +57,42 @@ TEST(KnownName, LengthsUpTo300AndVeryLong_OneObjectEach) {
 }
 
 TEST(KnownName, EqualHashes_DifferentObjects) {
-  std::set<const _qz_LOG_known_name*> names;
+  std::set<const KnownName*> names;
   for (char difference = 'a'; difference <= 'z'; ++difference) {
     const std::string text = unseen_difference(difference);
     ASSERT_EQ(my_hashcode(text.c_str()), my_hashcode(unseen_difference('a').c_str()));
     expect_known(text);
-    names.insert(_qz_LOG_known_name::of(text.c_str()));
+    names.insert(KnownName::of(text.c_str()));
   }
   EXPECT_EQ(names.size(), 26U);
-  const auto* const first = _qz_LOG_known_name::of(unseen_difference('a').c_str());
-  EXPECT_FALSE(first->equals(_qz_LOG_attribute_name(unseen_difference('b').c_str())));
-  EXPECT_TRUE(first->equals(_qz_LOG_attribute_name(unseen_difference('a').c_str())));
+  const auto* const first = KnownName::of(unseen_difference('a').c_str());
+  EXPECT_FALSE(first->equals(AttributeName(unseen_difference('b').c_str())));
+  EXPECT_TRUE(first->equals(AttributeName(unseen_difference('a').c_str())));
 }
 
 TEST(KnownName, EqualHashesOfShortNames_DifferentObjects) {
   // 'a' * 37 + 'y' == 'b' * 37 + 'T'
   ASSERT_EQ(my_hashcode("ay"), my_hashcode("bT"));
-  EXPECT_NE(_qz_LOG_known_name::of("ay"), _qz_LOG_known_name::of("bT"));
+  EXPECT_NE(KnownName::of("ay"), KnownName::of("bT"));
 }
 
 TEST(KnownName, ManyNames_StayWhereTheyAre) {
-  std::vector<const _qz_LOG_known_name*> names;
-  for (int i = 0; i < 20000; ++i) names.push_back(_qz_LOG_known_name::of(("many_" + std::to_string(i)).c_str()));
+  std::vector<const KnownName*> names;
+  for (int i = 0; i < 20000; ++i) names.push_back(KnownName::of(("many_" + std::to_string(i)).c_str()));
   for (int i = 0; i < 20000; ++i) {
     const std::string text = "many_" + std::to_string(i);
     ASSERT_STREQ(names[static_cast<std::size_t>(i)]->text(), text.c_str());
-    ASSERT_EQ(_qz_LOG_known_name::of(text.c_str()), names[static_cast<std::size_t>(i)]);
+    ASSERT_EQ(KnownName::of(text.c_str()), names[static_cast<std::size_t>(i)]);
   }
 }
 
 TEST(KnownName, NoMemory_MemoryAllocAndTheNextTryGivesTheName) {
   // Known ones take no memory. A new one takes its object and its place in the table, which grows now and then.
   expect_known("remembered");
-  EXPECT_EQ(FailEveryAllocation([] { _qz_LOG_known_name::of("remembered"); }), 0U);
+  EXPECT_EQ(FailEveryAllocation([] { KnownName::of("remembered"); }), 0U);
   for (int i = 0; i < 3000; ++i) {
     const std::string text = "short of memory " + std::to_string(i);
-    const unsigned allocations = FailEveryAllocation([&] { _qz_LOG_known_name::of(text.c_str()); });
+    const unsigned allocations = FailEveryAllocation([&] { KnownName::of(text.c_str()); });
     ASSERT_GE(allocations, 2U);
     ASSERT_LE(allocations, 3U);
     expect_known(text);
@@ -101,7 +103,7 @@ TEST(AttributeName, AnyText_LengthAndHashOfIt) {
   SeededRandom random;
   for (int i = 0; i < 2000; ++i) {
     const std::string text = random.text(static_cast<std::size_t>(random.between(0, 100)));
-    const _qz_LOG_attribute_name name(text.c_str());
+    const AttributeName name(text.c_str());
     ASSERT_EQ(name.text, text.c_str());
     ASSERT_EQ(name.length, text.size());
     ASSERT_EQ(name.hash, my_hashcode(text.c_str()));

@@ -11,6 +11,8 @@
 #include "tests/support/resource_limit.h"
 #include "tests/support/support.h"
 
+using namespace qzlog;
+
 namespace {
 
 using qz_test::AddressSpaceLimit;
@@ -40,7 +42,7 @@ class DefRead : public testing::TestWithParam<StreamKind> {
 
   DebugLogFile log_{1};
   std::string bytes_;
-  qz_FileHandle stream_;
+  FileHandle stream_;
 };
 
 INSTANTIATE_TEST_SUITE_P(Streams, DefRead, testing::Values(kFile, kMemory),
@@ -222,7 +224,7 @@ TEST_P(DefRead, StringWithoutMemory_ReportedAndFalseButNothingThrown) {
 }
 
 TEST(DefReadDevices, FullDevice_ReadsAsZeroBytes) {
-  const qz_FileHandle file(std::fopen("/dev/full", "rb"));
+  const FileHandle file(std::fopen("/dev/full", "rb"));
   ASSERT_NE(file, nullptr);
   qz_String text("former");
   EXPECT_TRUE(_qz_LOG_read_string(file.get(), text));
@@ -233,7 +235,7 @@ TEST(DefReadDevices, FullDevice_ReadsAsZeroBytes) {
 
 TEST(DefReadDevices, StreamThatCannotBeRead_FalseAndReported) {
   const DebugLogFile log(1);
-  const qz_FileHandle file(std::fopen("/dev/full", "wb"));
+  const FileHandle file(std::fopen("/dev/full", "wb"));
   ASSERT_NE(file, nullptr);
   qz_String text;
   EXPECT_FALSE(_qz_LOG_read_string(file.get(), text));
@@ -242,7 +244,7 @@ TEST(DefReadDevices, StreamThatCannotBeRead_FalseAndReported) {
 
 TEST(DefReadDevices, DebugLevelZero_FailureLeavesNoRecord) {
   const DebugLogFile log(0);
-  const qz_FileHandle file(std::fopen("/dev/null", "rb"));
+  const FileHandle file(std::fopen("/dev/null", "rb"));
   qz_String text;
   EXPECT_FALSE(_qz_LOG_read_string(file.get(), text));
   EXPECT_FALSE(log.exists());

@@ -11,6 +11,8 @@
 #include "qzlog/debug_log.h"
 #include "tests/definitions/table_test.h"
 
+using namespace qzlog;
+
 namespace {
 
 using namespace qz_test;  // NOLINT(google-build-using-namespace): the vocabulary of table_test.h
@@ -23,7 +25,7 @@ bool is_right(const _qz_LOG_log_definition& definition, unsigned id) {
          default_message(definition) == "MSG_" + std::to_string(id) + "|entry " + std::to_string(id) + " of %s%user%";
 }
 
-bool is_right(const _qz_LOG_definition_hold_ref& hold, unsigned id) { return hold && is_right(hold->definition(), id); }
+bool is_right(const DefinitionHoldRef& hold, unsigned id) { return hold && is_right(hold->definition(), id); }
 
 // ---- the holds of a table's lookups ----
 
@@ -142,12 +144,12 @@ TEST_F(DefinitionHold, LoadingFails_LookupsFindNothing) {
 }
 
 TEST_F(DefinitionHold, MadeByAThreadThatEnded_GoodAndReleasedElsewhere) {
-  _qz_LOG_definition_hold_ref held;
+  DefinitionHoldRef held;
   in_thread([&] { held = table_.hold_entry(1); });
   EXPECT_TRUE(is_right(held, 1));
   table_.clear();
   EXPECT_TRUE(is_right(held, 1));
-  in_thread([moved = std::make_shared<_qz_LOG_definition_hold_ref>(std::move(held))]() mutable {
+  in_thread([moved = std::make_shared<DefinitionHoldRef>(std::move(held))]() mutable {
     EXPECT_TRUE(is_right(*moved, 1));
     moved.reset();
   });
@@ -157,12 +159,12 @@ TEST_F(DefinitionHold, ReleasedInEveryOrderByItsThreadAnotherAndTheThreadsEnd_Go
   std::vector<std::string> orders = {"end", "other", "own"};  // sorted
   do {
     set_std({.entries = numbered_entries(1, kIds)});
-    _qz_LOG_definition_hold_ref own;
-    _qz_LOG_definition_hold_ref other;
+    DefinitionHoldRef own;
+    DefinitionHoldRef other;
     auto step = orders.begin();
     const auto take_steps = [&] {
       for (; step != orders.end() && *step != "end"; ++step) {
-        _qz_LOG_definition_hold_ref& released = *step == "own" ? own : other;
+        DefinitionHoldRef& released = *step == "own" ? own : other;
         EXPECT_TRUE(is_right(released, 1));
         if (*step == "own") {
           released = {};
@@ -184,7 +186,7 @@ TEST_F(DefinitionHold, ReleasedInEveryOrderByItsThreadAnotherAndTheThreadsEnd_Go
 
 TEST_F(DefinitionHold, MadeHereAndReleasedElsewhereOverAndOver_Good) {
   for (int round = 0; round < 50; ++round) {
-    std::vector<_qz_LOG_definition_hold_ref> handed_over;
+    std::vector<DefinitionHoldRef> handed_over;
     for (int i = 0; i < 100; ++i) handed_over.push_back(table_.hold_entry(1));
     const auto kept = table_.hold_entry(1);
     in_thread([&] { handed_over.clear(); });
@@ -218,7 +220,7 @@ TEST_F(DefinitionHold, TwoTablesWithTheSameId_EachItsOwnDefinition) {
 
 TEST_F(DefinitionHold, TableAtThePlaceOfADestroyedOne_ItsOwnDefinitions) {
   std::optional<_qz_LOG_log_definition_tbl> table;
-  _qz_LOG_definition_hold_ref held;
+  DefinitionHoldRef held;
   for (const char* const text : {"first", "second", "third"}) {
     const LdfFile file{.entries = {{.id = 1, .message_text = text}}};
     table.emplace().set_precompiled_definition_file_path(write("one.ldf", file.bytes()).c_str());
@@ -231,7 +233,7 @@ TEST_F(DefinitionHold, TableAtThePlaceOfADestroyedOne_ItsOwnDefinitions) {
 }
 
 TEST_F(DefinitionHold, MoreIdsThanAThreadHoldsAllInUse_EachRight) {
-  std::vector<_qz_LOG_definition_hold_ref> held;
+  std::vector<DefinitionHoldRef> held;
   for (unsigned id = 1; id <= kIds; ++id) held.push_back(table_.hold_entry(id));
   for (unsigned id = 1; id <= kIds; ++id) ASSERT_TRUE(is_right(held[id - 1], id)) << id;
   for (unsigned id = kIds; id > 0; --id) ASSERT_TRUE(is_right(table_.hold_entry(id), id)) << id;
@@ -256,7 +258,7 @@ TEST_F(DefinitionHold, ThreeTablesFullOfCachedDefinitions_EachRight) {
 
 TEST_F(DefinitionHold, RandomLookupsEvictionsAndReloads_AlwaysWhatTheTableAnswers) {
   SeededRandom random;
-  std::vector<std::pair<unsigned, _qz_LOG_definition_hold_ref>> held;
+  std::vector<std::pair<unsigned, DefinitionHoldRef>> held;
   for (int i = 0; i < 20000; ++i) {
     const auto id = static_cast<unsigned>(random.one_in(3) ? random.between(1, kIds + 5) : random.between(1, 60));
     auto hold = table_.hold_entry(id);
@@ -286,7 +288,7 @@ TEST_F(DefinitionHold, Traced_RecordsOfAPlainLookup) {
   const Texts wanted = records_of(path, [](auto& table, unsigned id) { table.find_entry(id); });
   EXPECT_GT(wanted.size(), 300U);
   EXPECT_EQ(records_of(path, [](auto& table, unsigned id) { table.hold_entry(id); }), wanted);
-  std::vector<_qz_LOG_definition_hold_ref> held;
+  std::vector<DefinitionHoldRef> held;
   EXPECT_EQ(records_of(path, [&](auto& table, unsigned id) { held.push_back(table.hold_entry(id)); }), wanted);
 }
 
@@ -344,10 +346,10 @@ TEST_F(DefinitionHold, FirstLookupOfAThreadWithoutMemory_MemoryAllocAndTheNextLo
 }
 
 TEST_F(DefinitionHold, RoomForMoreIdsWithoutMemory_MemoryAllocAndAllHoldsStay) {
-  std::vector<_qz_LOG_definition_hold_ref> held;
+  std::vector<DefinitionHoldRef> held;
   in_thread([&] {
-    for (unsigned id = 1; id <= _qz_LOG_thread_holds::kMostHolds; ++id) held.push_back(table_.hold_entry(id));
-    const unsigned next = _qz_LOG_thread_holds::kMostHolds + 1;
+    for (unsigned id = 1; id <= ThreadHolds::kMostHolds; ++id) held.push_back(table_.hold_entry(id));
+    const unsigned next = ThreadHolds::kMostHolds + 1;
     at(next);
     EXPECT_EQ(FailEveryAllocation([&] { table_.hold_entry(next); }, [&] { EXPECT_TRUE(is_right(held.front(), 1)); }),
               2U);
@@ -365,17 +367,17 @@ struct LookUpAtTheEnd {
     const auto hold = table->hold_entry(1);
     const auto again = table->hold_entry(1);
     *good = is_right(hold, 1) && is_right(again, 1) && is_right(*kept, 1);
-    kept->~qz_CountedRef();
-    new (kept) _qz_LOG_definition_hold_ref(table->hold_entry(2));
+    kept->~CountedRef();
+    new (kept) DefinitionHoldRef(table->hold_entry(2));
   }
   const _qz_LOG_log_definition_tbl* table = nullptr;
   bool* good = nullptr;
-  _qz_LOG_definition_hold_ref* kept = nullptr;
+  DefinitionHoldRef* kept = nullptr;
 };
 
 TEST_F(DefinitionHold, LookupsInDestructorsAfterTheThreadsHoldsAreGone_Right) {
   bool good = false;
-  _qz_LOG_definition_hold_ref kept;
+  DefinitionHoldRef kept;
   in_thread([&] {
     static thread_local LookUpAtTheEnd at_end;
     at_end.table = &table_;
@@ -390,23 +392,23 @@ TEST_F(DefinitionHold, LookupsInDestructorsAfterTheThreadsHoldsAreGone_Right) {
 
 // ---- one thread's holds by themselves ----
 
-_qz_LOG_definition_ref new_definition(const std::string& text) {
-  _qz_LOG_definition_ref definition(new _qz_LOG_log_definition);
+DefinitionRef new_definition(const std::string& text) {
+  DefinitionRef definition(new _qz_LOG_log_definition);
   definition->set_default_msg_text(text.c_str());
   return definition;
 }
 
-std::string text_of(const _qz_LOG_definition_hold* hold) {
+std::string text_of(const qzlog::DefinitionHold* hold) {
   return hold == nullptr ? "(none)" : hold->definition().get_default_msg_text();
 }
 
 TEST(ThreadHolds, NothingKept_NothingFound) {
-  const _qz_LOG_thread_holds holds;
+  const ThreadHolds holds;
   for (const unsigned id : {0U, 1U, 511U, 512U, 0xFFFFFFFFU}) EXPECT_EQ(holds.find(id), nullptr) << id;
 }
 
 TEST(ThreadHolds, Id0_FoundOnlyWhenKept) {
-  _qz_LOG_thread_holds holds;
+  ThreadHolds holds;
   holds.keep(1, new_definition("one"));
   EXPECT_EQ(holds.find(0), nullptr);
   holds.keep(0, new_definition("zero"));
@@ -415,16 +417,16 @@ TEST(ThreadHolds, Id0_FoundOnlyWhenKept) {
 }
 
 TEST(ThreadHolds, SameDefinitionKeptAgain_SameHold) {
-  _qz_LOG_thread_holds holds;
+  ThreadHolds holds;
   const auto definition = new_definition("same");
-  const auto first = holds.keep(7, _qz_LOG_definition_ref::share(definition.get()));
-  const auto second = holds.keep(7, _qz_LOG_definition_ref::share(definition.get()));
+  const auto first = holds.keep(7, DefinitionRef::share(definition.get()));
+  const auto second = holds.keep(7, DefinitionRef::share(definition.get()));
   EXPECT_EQ(first.get(), second.get());
   EXPECT_EQ(holds.find(7), first.get());
 }
 
 TEST(ThreadHolds, AnotherDefinitionOfTheId_ReplacesWhoseHoldersKeepTheirs) {
-  _qz_LOG_thread_holds holds;
+  ThreadHolds holds;
   const auto former = holds.keep(7, new_definition("former"));
   const auto latter = holds.keep(7, new_definition("latter"));
   EXPECT_EQ(text_of(former.get()), "former");
@@ -444,7 +446,7 @@ std::vector<unsigned> ids_of_cell(unsigned cell, std::size_t count) {
 
 TEST(ThreadHolds, IdsThatCollide_EachItsOwn) {
   for (const unsigned cell : {0U, 300U, 511U}) {
-    _qz_LOG_thread_holds holds;
+    ThreadHolds holds;
     const std::vector<unsigned> ids = ids_of_cell(cell, 150);
     for (const unsigned id : ids) holds.keep(id, new_definition(std::to_string(id)));
     for (const unsigned id : ids) ASSERT_EQ(text_of(holds.find(id)), std::to_string(id)) << id;
@@ -457,7 +459,7 @@ TEST(ThreadHolds, IdsThatCollide_EachItsOwn) {
 
 TEST(ThreadHolds, RandomIdsBeyondTheMost_LastKeptAlwaysFoundAndNeverAnothers) {
   SeededRandom random;
-  _qz_LOG_thread_holds holds;
+  ThreadHolds holds;
   std::map<unsigned, std::string> newest;
   for (int i = 0; i < 20000; ++i) {
     const auto id = static_cast<unsigned>(random.one_in(2) ? random.between(0, 400) : random.between(0, 400) << 22);
@@ -467,7 +469,7 @@ TEST(ThreadHolds, RandomIdsBeyondTheMost_LastKeptAlwaysFoundAndNeverAnothers) {
     ASSERT_EQ(text_of(holds.find(id)), text);
     const auto other = static_cast<unsigned>(random.between(0, 400));
     // It may have been given up, but it is not a former one.
-    const _qz_LOG_definition_hold* const found = holds.find(other);
+    const qzlog::DefinitionHold* const found = holds.find(other);
     ASSERT_TRUE(found == nullptr || text_of(found) == newest[other]);
   }
 }

@@ -11,6 +11,8 @@
 #include "tests/definitions/table_test.h"
 #include "tests/support/settings_test.h"
 
+using namespace qzlog;
+
 namespace {
 
 using namespace qz_test;  // NOLINT(google-build-using-namespace): the vocabulary of table_test.h
@@ -68,7 +70,7 @@ TEST_F(HoldThreads, SameIdsWhileOthersEvict_HoldsRight) {
 TEST_F(HoldThreads, MoreIdsThanAThreadHoldsWhileOthersEvict_HoldsRight) {
   in_threads(
       [&](unsigned number) {
-        std::vector<_qz_LOG_definition_hold_ref> held;
+        std::vector<DefinitionHoldRef> held;
         for (unsigned i = 0; i < 1500; ++i) {
           const unsigned id = 1 + (i * 7 + number * 37) % kIds;
           held.push_back(table_.hold_entry(id));
@@ -86,7 +88,7 @@ TEST_F(HoldThreads, MoreIdsThanAThreadHoldsWhileOthersEvict_HoldsRight) {
 TEST_F(HoldThreads, ThreadsThatEnd_TheirHoldsReleasedByOthers) {
   for (int round = 0; round < 20; ++round) {
     std::mutex mutex;
-    std::vector<_qz_LOG_definition_hold_ref> handed_over;
+    std::vector<DefinitionHoldRef> handed_over;
     in_threads(
         [&](unsigned number) {
           for (unsigned id = number + 1; id < number + 20; ++id) {
@@ -107,7 +109,7 @@ TEST_F(HoldThreads, ThreadsThatEnd_TheirHoldsReleasedByOthers) {
 
 TEST_F(HoldThreads, LastReferenceReleasedWhileItsThreadEnds_ReleasedOnce) {
   for (unsigned round = 0; round < 500; ++round) {
-    _qz_LOG_definition_hold_ref handed_over;
+    DefinitionHoldRef handed_over;
     std::atomic<bool> is_there{false};
     std::thread maker([&] {
       handed_over = table_.hold_entry(1);

@@ -7,6 +7,8 @@
 
 #include "tests/definitions/table_test.h"
 
+using namespace qzlog;
+
 namespace {
 
 using namespace qz_test;  // NOLINT(google-build-using-namespace): the vocabulary of table_test.h
@@ -17,7 +19,7 @@ class DefinitionReader : public testing::Test {
   DefinitionReader() { _qz_LOG_log_definition::clear_global_attr_info(); }
   ~DefinitionReader() override { _qz_LOG_log_definition::clear_global_attr_info(); }
 
-  qz_FileHandle file_of(const std::string& bytes) const {
+  FileHandle file_of(const std::string& bytes) const {
     return qzlog::open_definition_file(folder_.write("a.ldf", bytes).c_str());
   }
   /// Reads the record of the only entry of a file.
@@ -46,7 +48,7 @@ TEST_F(DefinitionReader, FileMissing_TextNamesThePath) {
 }
 
 TEST_F(DefinitionReader, Header_ReadFromTheBeginningWhereverTheStreamStands) {
-  const qz_FileHandle file = file_of(LdfFile{.tag = "1.25", .entries = {kEntry}}.bytes());
+  const FileHandle file = file_of(LdfFile{.tag = "1.25", .entries = {kEntry}}.bytes());
   qzlog::seek_in_definition_file(file.get(), 40);
   const _qz_LOG_ldf_header_struct header = qzlog::read_definition_header(file.get());
   EXPECT_EQ(header.magic, 0x2E4C4446U);
@@ -55,7 +57,7 @@ TEST_F(DefinitionReader, Header_ReadFromTheBeginningWhereverTheStreamStands) {
 }
 
 TEST_F(DefinitionReader, HeaderCutShort_UnreadableAndRecorded) {
-  const qz_FileHandle file = file_of(truncated(LdfFile{.entries = {kEntry}}.bytes(), 127));
+  const FileHandle file = file_of(truncated(LdfFile{.entries = {kEntry}}.bytes(), 127));
   const DebugLogFile log(1);
   EXPECT_EQ(thrown_by([&] { qzlog::read_definition_header(file.get()); }),
             thrown<QZX_logging_invalid_definition>(kUnreadable));
@@ -63,7 +65,7 @@ TEST_F(DefinitionReader, HeaderCutShort_UnreadableAndRecorded) {
 }
 
 TEST_F(DefinitionReader, SeekBeforeTheBeginning_UnreadableAndRecorded) {
-  const qz_FileHandle file = file_of(LdfFile{}.bytes());
+  const FileHandle file = file_of(LdfFile{}.bytes());
   const DebugLogFile log(1);
   EXPECT_EQ(thrown_by([&] { qzlog::seek_in_definition_file(file.get(), -1); }),
             thrown<QZX_logging_invalid_definition>(kUnreadable));
@@ -72,7 +74,7 @@ TEST_F(DefinitionReader, SeekBeforeTheBeginning_UnreadableAndRecorded) {
 
 TEST_F(DefinitionReader, GlobalAttributes_AddedToThoseOfTheProcess) {
   _qz_LOG_log_definition::add_global_attr_info("first", TypeBool);
-  const qz_FileHandle file = file_of(LdfFile{.globals = {{"second", TypeDate, "column"}, {"third", TypeGUID}}}.bytes());
+  const FileHandle file = file_of(LdfFile{.globals = {{"second", TypeDate, "column"}, {"third", TypeGUID}}}.bytes());
   qzlog::read_global_attributes(file.get(), qzlog::read_definition_header(file.get()));
   EXPECT_EQ(global_attributes(), Texts({"first:1", "second:21", "third:24"}));
 }
@@ -125,7 +127,7 @@ TEST_F(DefinitionReader, RecordThatContradicts_TextSaysWhat) {
 
 TEST_F(DefinitionReader, RecordOfAnotherId_Corrupted) {
   const LdfImage image = LdfFile{.entries = {kEntry}}.image();
-  const qz_FileHandle file = file_of(image.bytes);
+  const FileHandle file = file_of(image.bytes);
   _qz_LOG_log_definition definition;
   const auto offset = static_cast<unsigned>(image.record_offsets[0]);
   EXPECT_EQ(thrown_by([&] { qzlog::read_definition(file.get(), offset, 8, false, definition); }),
@@ -136,7 +138,7 @@ TEST_F(DefinitionReader, EveryPrefixOfARecord_Unreadable) {
   const LdfImage image = LdfFile{.entries = {kEntry}}.image();
   const std::size_t offset = image.record_offsets[0];
   for (std::size_t length = offset; length < image.bytes.size(); ++length) {
-    const qz_FileHandle file = file_of(truncated(image.bytes, length));
+    const FileHandle file = file_of(truncated(image.bytes, length));
     _qz_LOG_log_definition definition;
     EXPECT_EQ(
         thrown_by([&] { qzlog::read_definition(file.get(), static_cast<unsigned>(offset), 7, false, definition); }),

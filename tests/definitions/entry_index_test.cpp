@@ -7,6 +7,8 @@
 
 #include "tests/support/support.h"
 
+using namespace qzlog;
+
 namespace {
 
 using qz_test::FailEveryAllocation;
@@ -16,7 +18,7 @@ constexpr unsigned kFirstSize = 23;
 constexpr unsigned kMany = 100000;
 
 /// The most IDs that share a bucket.
-unsigned longest_chain(const _qz_LOG_entry_index& index) {
+unsigned longest_chain(const qzlog::EntryIndex& index) {
   unsigned longest = 0;
   for (unsigned i = 0; i < index.size; ++i) {
     unsigned length = 0;
@@ -26,7 +28,7 @@ unsigned longest_chain(const _qz_LOG_entry_index& index) {
   return longest;
 }
 
-std::size_t count_of(const _qz_LOG_entry_index& index) {
+std::size_t count_of(const qzlog::EntryIndex& index) {
   std::size_t count = 0;
   qz_MISC_hash_tbl_walker<unsigned, _qz_LOG_log_definition_file_info_holder> walker(index);
   while (walker._next_key() != nullptr) ++count;
@@ -47,7 +49,7 @@ class EntryIndex : public testing::Test {
     }
   }
 
-  _qz_LOG_entry_index index_{kFirstSize};
+  qzlog::EntryIndex index_{kFirstSize};
 };
 
 TEST_F(EntryIndex, Empty_FindsNothing) {

@@ -9,6 +9,8 @@
 #include "foundation/hashing.h"
 #include "tests/support/support.h"
 
+using namespace qzlog;
+
 namespace {
 
 using qz_test::FailEveryAllocation;
@@ -462,13 +464,13 @@ TEST_F(LdfDef, SelectorMessages_255FitAndThe256thEmptiesTheList) {
 // ---- references ----
 
 TEST(LdfDefReference, DefinitionLivesUntilTheLastOneIsGone) {
-  _qz_LOG_definition_ref first(new Definition);
+  DefinitionRef first(new Definition);
   first->set_default_msg_text("text");
-  _qz_LOG_definition_ref second = _qz_LOG_definition_ref::share(first.get());
-  first = _qz_LOG_definition_ref();
+  DefinitionRef second = DefinitionRef::share(first.get());
+  first = DefinitionRef();
   ASSERT_TRUE(static_cast<bool>(second));
   EXPECT_STREQ(second->get_default_msg_text(), "text");
-  const _qz_LOG_definition_ref moved(std::move(second));
+  const DefinitionRef moved(std::move(second));
   EXPECT_STREQ(moved->get_default_msg_text(), "text");
 }
 
@@ -494,10 +496,10 @@ TEST_F(LdfDef, AttributeEntryWithAKnownName_TakesNoMemory) {
 
 TEST_F(LdfDef, KnownNames_AreTheSameForTheSameTextOnly) {
   const std::string copy = std::string("kno") + "wn";
-  EXPECT_EQ(_qz_LOG_known_name::of("known"), _qz_LOG_known_name::of(copy.c_str()));
-  EXPECT_NE(_qz_LOG_known_name::of("known"), _qz_LOG_known_name::of("knowN"));
-  EXPECT_STREQ(_qz_LOG_known_name::of("")->text(), "");
-  EXPECT_EQ(_qz_LOG_known_name::of("known")->hash(), my_hashcode("known"));
+  EXPECT_EQ(KnownName::of("known"), KnownName::of(copy.c_str()));
+  EXPECT_NE(KnownName::of("known"), KnownName::of("knowN"));
+  EXPECT_STREQ(KnownName::of("")->text(), "");
+  EXPECT_EQ(KnownName::of("known")->hash(), my_hashcode("known"));
 }
 
 TEST_F(LdfDef, RenamedAttributeOfALongList_IsFoundUnderItsNewName) {

@@ -9,6 +9,8 @@
 #include "tests/definitions/table_test.h"
 #include "tests/support/settings_test.h"
 
+using namespace qzlog;
+
 namespace {
 
 using namespace qz_test;  // NOLINT(google-build-using-namespace): the vocabulary of table_test.h
@@ -61,7 +63,7 @@ TEST_F(LdfThreads, MoreIdsThanTheCacheHolds_EveryReferenceStaysGood) {
   set_std({.entries = numbered_entries(1, kIds)});
   std::atomic<int> wrong = 0;
   in_threads([&](unsigned number) {
-    std::vector<_qz_LOG_definition_ref> held;
+    std::vector<DefinitionRef> held;
     for (unsigned i = 0; i < 600; ++i) {
       const unsigned id = 1 + (i * 7 + number * 37) % kIds;
       held.push_back(table_.acquire_entry(id));

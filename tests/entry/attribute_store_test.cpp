@@ -13,6 +13,8 @@
 
 #include "tests/support/support.h"
 
+using namespace qzlog;
+
 namespace {
 
 using namespace qz_test;  // NOLINT(google-build-using-namespace): the vocabulary of support.h
@@ -34,16 +36,16 @@ T value_of_number(unsigned number) {
 }
 
 template <unsigned char code>
-void put_number(_qz_LOG_attribute_store& store, const _qz_LOG_known_name* name, unsigned number) {
-  store.put<code>(name, number % 15, value_of_number<typename _qz_LOG_value_of<code>::type>(number));
+void put_number(AttributeStore& store, const KnownName* name, unsigned number) {
+  store.put<code>(name, number % 15, value_of_number<typename ValueOf<code>::type>(number));
 }
 
 template <unsigned char code>
 std::unique_ptr<_qz_LOG_type_base> new_number(unsigned number) {
-  return std::make_unique<_qz_LOG_stored<code>>(value_of_number<typename _qz_LOG_value_of<code>::type>(number));
+  return std::make_unique<StoredValue<code>>(value_of_number<typename ValueOf<code>::type>(number));
 }
 
-using Put = void (*)(_qz_LOG_attribute_store& store, const _qz_LOG_known_name* name, unsigned number);
+using Put = void (*)(AttributeStore& store, const KnownName* name, unsigned number);
 using Make = std::unique_ptr<_qz_LOG_type_base> (*)(unsigned number);
 
 template <std::size_t... index>
@@ -57,7 +59,7 @@ constexpr std::array<Make, sizeof...(index)> all_makers(std::index_sequence<inde
 constexpr auto kPuts = all_puts(std::make_index_sequence<24>());
 constexpr auto kMakers = all_makers(std::make_index_sequence<24>());
 
-const _qz_LOG_known_name* name_of(const std::string& text) { return _qz_LOG_known_name::of(text.c_str()); }
+const KnownName* name_of(const std::string& text) { return KnownName::of(text.c_str()); }
 
 /// "code value" as the value prints itself; strings in full.
 std::string shown(const _qz_LOG_type_base* value) {
@@ -80,18 +82,18 @@ class ModelledStore {
     model[name] = shown(code, number);
   }
   void remove(const std::string& name) {
-    ASSERT_EQ(store.remove(_qz_LOG_attribute_name(name.c_str())), model.erase(name) == 1) << name;
+    ASSERT_EQ(store.remove(AttributeName(name.c_str())), model.erase(name) == 1) << name;
   }
   void clear() {
     store.clear();
     model.clear();
   }
 
-  std::string find(const std::string& name) const { return shown(store.find(_qz_LOG_attribute_name(name.c_str()))); }
+  std::string find(const std::string& name) const { return shown(store.find(AttributeName(name.c_str()))); }
 
   void expect_right() const {
     std::map<std::string, std::string> found;
-    store.for_each([&](const _qz_LOG_known_name* name, const _qz_LOG_type_base& value) {
+    store.for_each([&](const KnownName* name, const _qz_LOG_type_base& value) {
       ASSERT_TRUE(found.emplace(name->text(), shown(&value)).second) << name->text() << " twice";
       ASSERT_EQ(store.find(name, 0), &value) << name->text();
     });
@@ -99,7 +101,7 @@ class ModelledStore {
     for (const auto& [name, value] : model) ASSERT_EQ(find(name), value) << name;
   }
 
-  _qz_LOG_attribute_store store;
+  AttributeStore store;
   std::map<std::string, std::string> model;
 };
 
@@ -155,12 +157,12 @@ TEST(AttributeStore, ValuesUpTo600_EachFoundAtEveryCount) {
 TEST(AttributeStore, MoreValuesThan16BitsCount_EachFound) {
   // An entry whose ID changes keeps its values: over many IDs they become that many.
   constexpr unsigned kMany = 66000;
-  _qz_LOG_attribute_store store;
+  AttributeStore store;
   for (unsigned i = 0; i < kMany; ++i) store.put<TypeUInt4>(name_of(numbered(i)), i, static_cast<unsigned>(i));
   unsigned lost = 0;
   for (unsigned i = 0; i < kMany; ++i) {
-    const _qz_LOG_type_base* const value = store.find(_qz_LOG_attribute_name(numbered(i).c_str()));
-    if (value == nullptr || _qz_LOG_value_as<unsigned>(*value) != i) ++lost;
+    const _qz_LOG_type_base* const value = store.find(AttributeName(numbered(i).c_str()));
+    if (value == nullptr || value_as<unsigned>(*value) != i) ++lost;
   }
   EXPECT_EQ(lost, 0U);
 }
@@ -221,7 +223,7 @@ TEST(AttributeStore, AnyExpectedPlace_SameValue) {
   ModelledStore values;
   for (unsigned count = 0; count <= 25; ++count) {
     for (unsigned i = 0; i < 27; ++i) {
-      const _qz_LOG_known_name* const name = name_of(numbered(i));
+      const KnownName* const name = name_of(numbered(i));
       const _qz_LOG_type_base* const found = values.store.find(name, count);
       for (unsigned expected = 0; expected <= 30; ++expected) EXPECT_EQ(values.store.find(name, expected), found);
       EXPECT_EQ(values.store.find(name, 0xFFFFFFFFU), found);
@@ -248,11 +250,11 @@ TEST(AttributeStore, ExpectedAtThePlaceOfARemovedValue_None) {
 
 // ---- what callers hold on to ----
 
-const char* char_text(const _qz_LOG_attribute_store& store, const std::string& name) {
-  return _qz_LOG_value_as<qz_String>(*store.find(name_of(name), 0)).c_str();
+const char* char_text(const AttributeStore& store, const std::string& name) {
+  return value_as<qz_String>(*store.find(name_of(name), 0)).c_str();
 }
-const char* mbchar_text(const _qz_LOG_attribute_store& store, const std::string& name) {
-  return _qz_LOG_value_as<_qz_LOG_ustring>(*store.find(name_of(name), 0)).text();
+const char* mbchar_text(const AttributeStore& store, const std::string& name) {
+  return value_as<_qz_LOG_ustring>(*store.find(name_of(name), 0)).text();
 }
 
 TEST(AttributeStore, OthersAddedReplacedAndRemoved_TextsStayWhereTheyAre) {
@@ -304,7 +306,7 @@ TEST(AttributeStore, ShortText_StoredInPlaceOfEveryType) {
       values.put("user", former, 59);
       values.put("other", former, 58);
       const std::string text(length, 's');
-      const _qz_LOG_known_name* const name = name_of("user");
+      const KnownName* const name = name_of("user");
       const unsigned failures =
           FailEveryAllocation([&] { values.store.put_text<TypeChar128>(name, 0, text.c_str(), length); });
       EXPECT_EQ(failures, 0U) << former;
@@ -318,10 +320,10 @@ TEST(AttributeStore, ShortTextNewAmongFewAndMany_Stored) {
   ModelledStore values;
   for (unsigned i = 0; i < 40; ++i) {
     const std::string name = numbered(i);
-    const _qz_LOG_known_name* const known = name_of(name);
+    const KnownName* const known = name_of(name);
     const unsigned failures = FailEveryAllocation([&] { values.store.put_text<TypeChar32>(known, i, "short", 5); },
                                                   [&] { values.expect_right(); });
-    EXPECT_EQ(failures == 0, i < _qz_LOG_attribute_store::kInlineValues) << i;
+    EXPECT_EQ(failures == 0, i < AttributeStore::kInlineValues) << i;
     values.model[name] = "9 short";
     values.expect_right();
   }
@@ -354,34 +356,33 @@ TEST(AttributeStore, ValueItselfMovedOrCopiedIntoItsPlace_Unchanged) {
   }
   ModelledStore texts;
   texts.put("text", TypeChar32, 59);
-  auto& stored = static_cast<_qz_LOG_stored<TypeChar32>&>(*texts.store.find(name_of("text"), 0));
+  auto& stored = static_cast<StoredValue<TypeChar32>&>(*texts.store.find(name_of("text"), 0));
   texts.store.put<TypeChar32>(name_of("text"), 0, std::move(stored.value));
   texts.expect_right();
   texts.put("wide", TypeMBChar32, 59);
-  auto& wide = static_cast<_qz_LOG_stored<TypeMBChar32>&>(*texts.store.find(name_of("wide"), 1));
+  auto& wide = static_cast<StoredValue<TypeMBChar32>&>(*texts.store.find(name_of("wide"), 1));
   texts.store.put<TypeMBChar32>(name_of("wide"), 0, std::move(wide.value));
   texts.expect_right();
 }
 
 TEST(AttributeStore, ValueOfAnotherStore_CopiedAndIndependent) {
   ModelledStore values;
-  _qz_LOG_attribute_store copy;
+  AttributeStore copy;
   for (unsigned i = 0; i < 48; ++i) values.put(numbered(i), 1 + i % 24, 50 + i);
-  values.store.for_each(
-      [&](const _qz_LOG_known_name* name, const _qz_LOG_type_base& value) { copy.put_copy(name, value); });
+  values.store.for_each([&](const KnownName* name, const _qz_LOG_type_base& value) { copy.put_copy(name, value); });
   for (unsigned i = 0; i < 48; ++i) EXPECT_EQ(shown(copy.find(name_of(numbered(i)), i)), values.find(numbered(i)));
   copy.clear();
   values.expect_right();
 }
 
 TEST(AttributeStore, TextWithZeroBytes_CopiedWhole) {
-  _qz_LOG_attribute_store store;
+  AttributeStore store;
   qz_String text;
   text._assign("a\0b and more than fits inside", 29);
-  store.put_copy(name_of("text"), _qz_LOG_stored<TypeChar32>(text));
-  EXPECT_EQ(_qz_LOG_value_as<qz_String>(*store.find(name_of("text"), 0)).length(), 29U);
-  store.put_copy(name_of("wide"), _qz_LOG_stored<TypeMBChar32>(_qz_LOG_ustring("a\0b", 3)));
-  EXPECT_EQ(_qz_LOG_value_as<_qz_LOG_ustring>(*store.find(name_of("wide"), 7)).length, 3U);
+  store.put_copy(name_of("text"), StoredValue<TypeChar32>(text));
+  EXPECT_EQ(value_as<qz_String>(*store.find(name_of("text"), 0)).length(), 29U);
+  store.put_copy(name_of("wide"), StoredValue<TypeMBChar32>(_qz_LOG_ustring("a\0b", 3)));
+  EXPECT_EQ(value_as<_qz_LOG_ustring>(*store.find(name_of("wide"), 7)).length, 3U);
 }
 
 // ---- out of memory ----
@@ -393,7 +394,7 @@ TEST(AttributeStore, NoMemoryForAFurtherValue_MemoryAllocAndNothingChanged) {
     for (unsigned i = 0; i < count; ++i) values.put(numbered(i), 1 + i % 24, 50 + i);
     for (const unsigned code : {6U, 9U, 15U}) {
       const std::string name = "new " + std::to_string(code);
-      const _qz_LOG_known_name* const known = name_of(name);
+      const KnownName* const known = name_of(name);
       const std::unique_ptr<_qz_LOG_type_base> value = kMakers[code - 1](59);
       failures += FailEveryAllocation([&] { values.store.put_copy(known, *value); }, [&] { values.expect_right(); });
       values.model[name] = shown(value.get());
@@ -407,10 +408,10 @@ TEST(AttributeStore, NoMemoryForAScalar_InlineOnesNeedNone) {
   ModelledStore values;
   for (unsigned i = 0; i < 40; ++i) {
     const std::string name = numbered(i);
-    const _qz_LOG_known_name* const known = name_of(name);
+    const KnownName* const known = name_of(name);
     const unsigned failures = FailEveryAllocation(
         [&] { values.store.put<TypeUInt4>(known, i, static_cast<unsigned>(i)); }, [&] { values.expect_right(); });
-    EXPECT_EQ(failures == 0, i < _qz_LOG_attribute_store::kInlineValues) << i;
+    EXPECT_EQ(failures == 0, i < AttributeStore::kInlineValues) << i;
     values.model[name] = shown(TypeUInt4, i);
     values.expect_right();
   }
@@ -434,7 +435,7 @@ TEST(AttributeStore, NoMemoryAfterRemoving_PlacesUsedAgainNeedNone) {
   for (unsigned i = 0; i < 30; ++i) values.put(numbered(i), 9, i);
   for (unsigned i = 0; i < 30; i += 2) values.remove(numbered(i));
   for (unsigned i = 0; i < 30; i += 2) {
-    const _qz_LOG_known_name* const known = name_of(numbered(i));
+    const KnownName* const known = name_of(numbered(i));
     EXPECT_EQ(FailEveryAllocation([&] { values.store.put<TypeUInt4>(known, i, static_cast<unsigned>(i)); }), 0U);
     values.model[numbered(i)] = shown(TypeUInt4, i);
   }
@@ -483,7 +484,7 @@ TEST(AttributeStore, RandomChangesWithAFailingAllocationNowAndThen_AsAMap) {
     for (int i = 0; i < 4000 && !testing::Test::HasFatalFailure(); ++i) {
       change_at_random(random, values, names);
       const std::string name = numbered(static_cast<unsigned>(random.between(0, names)));
-      const _qz_LOG_known_name* const known = name_of(name);
+      const KnownName* const known = name_of(name);
       const std::unique_ptr<_qz_LOG_type_base> value = kMakers[static_cast<std::size_t>(random.between(0, 23))](59);
       const auto nth = static_cast<unsigned>(random.between(1, 4));
       bool stored = true;
@@ -528,7 +529,7 @@ TEST(AttributeStore, LongTextWithoutMemory_FormerValueStays) {
 TEST(AttributeStore, LongTextReplacedByOneThatFits_KeepsItsMemory) {
   ModelledStore values;
   const std::string text(500, 'l');
-  const _qz_LOG_known_name* const name = name_of("user");
+  const KnownName* const name = name_of("user");
   values.store.put_text<TypeChar128>(name, 0, text.c_str(), 500);
   for (const unsigned length : {499U, 0U, 20U, 500U}) {
     EXPECT_EQ(FailEveryAllocation([&] { values.store.put_text<TypeChar128>(name, 0, text.c_str(), length); }), 0U);

@@ -10,6 +10,8 @@
 #include "entry/logattrib.h"
 #include "tests/support/support.h"
 
+using namespace qzlog;
+
 namespace {
 
 using qz_test::FailEveryAllocation;
@@ -42,7 +44,7 @@ T sample() {
 
 template <unsigned char code>
 Value make_value() {
-  return std::make_unique<_qz_LOG_stored<code>>(sample<typename _qz_LOG_value_of<code>::type>());
+  return std::make_unique<StoredValue<code>>(sample<typename ValueOf<code>::type>());
 }
 
 template <std::size_t... index>
@@ -69,7 +71,7 @@ std::string printed(const _qz_LOG_type_base& value) {
 }
 
 template <unsigned char code, typename T>
-constexpr bool holds = std::is_same_v<typename _qz_LOG_value_of<code>::type, T>;
+constexpr bool holds = std::is_same_v<typename ValueOf<code>::type, T>;
 
 TEST(AttributeValue, TypesOfTheCodes_AsTheTable) {
   static_assert(holds<1, bool> && holds<2, unsigned char> && holds<3, char> && holds<4, unsigned short>);
@@ -96,8 +98,8 @@ TEST(AttributeValue, EveryType_PrintsIntoABuffer) {
 
 TEST(AttributeValue, Print_AppendsToTheBuffer) {
   char buffer[64] = "a";
-  const _qz_LOG_stored<TypeSInt4> number(-7);
-  const _qz_LOG_stored<TypeSInt1> byte(static_cast<char>(-8));
+  const StoredValue<TypeSInt4> number(-7);
+  const StoredValue<TypeSInt1> byte(static_cast<char>(-8));
   number.print_out(buffer);
   byte.print_out(buffer);
   EXPECT_STREQ(buffer, "a-7-8");
@@ -121,14 +123,14 @@ TEST(AttributeValue, NullStream_PrintsNothing) {
 
 TEST(AttributeValue, LocalTime_PrintedInGmt) {
   const TimeZone zone("Australia/Lord_Howe");
-  const _qz_LOG_stored<TypeTimestamp> time(sample_time(false));
+  const StoredValue<TypeTimestamp> time(sample_time(false));
   EXPECT_EQ(printed(time), "2026-11-21 08:15:30 GMT");
 }
 
 template <unsigned char code, typename T>
 void expect_value_taken_over(const T& from, const T& to) {
-  _qz_LOG_stored<code> source(from);
-  _qz_LOG_stored<code> target(to);
+  StoredValue<code> source(from);
+  StoredValue<code> target(to);
   const std::string text = printed(source);
   EXPECT_NE(printed(target), text);
   target.get_and_set(&source);
@@ -157,9 +159,9 @@ TEST(AttributeValueGetAndSet, EveryKindOfValue_TakenOver) {
 }
 
 TEST(AttributeValueGetAndSet, SourceDeletedAfterwards_TextIsACopy) {
-  _qz_LOG_stored<TypeMBChar64> target{_qz_LOG_ustring()};
+  StoredValue<TypeMBChar64> target{_qz_LOG_ustring()};
   {
-    _qz_LOG_stored<TypeMBChar64> source{_qz_LOG_ustring(kText)};
+    StoredValue<TypeMBChar64> source{_qz_LOG_ustring(kText)};
     target.get_and_set(&source);
   }
   EXPECT_EQ(printed(target), kText);
@@ -167,8 +169,8 @@ TEST(AttributeValueGetAndSet, SourceDeletedAfterwards_TextIsACopy) {
 
 TEST(AttributeValueGetAndSet, LocalTime_KeepsItsMode) {
   const TimeZone zone("Australia/Lord_Howe");
-  _qz_LOG_stored<TypeTime> source(sample_time(false));
-  _qz_LOG_stored<TypeTime> target{qz_Time()};
+  StoredValue<TypeTime> source(sample_time(false));
+  StoredValue<TypeTime> target{qz_Time()};
   target.get_and_set(&source);
   EXPECT_FALSE(target.value.is_GMT_time_mode());
   EXPECT_EQ(target.value.get_hour(), 19);
@@ -176,11 +178,11 @@ TEST(AttributeValueGetAndSet, LocalTime_KeepsItsMode) {
 
 TEST(AttributeValueGetAndSet, NoMemory_ThrowsAndTheValueIsKept) {
   { const _qz_LOG_ustring first("from now on the thread keeps memory"); }
-  _qz_LOG_stored<TypeChar256> source{qz_String(kText)};
-  _qz_LOG_stored<TypeChar256> target{qz_String("old")};
+  StoredValue<TypeChar256> source{qz_String(kText)};
+  StoredValue<TypeChar256> target{qz_String("old")};
   EXPECT_GE(FailEveryAllocation([&] { target.get_and_set(&source); }, [&] { EXPECT_EQ(printed(target), "old"); }), 1U);
-  _qz_LOG_stored<TypeMBChar256> wide_source{_qz_LOG_ustring(kText)};
-  _qz_LOG_stored<TypeMBChar256> wide_target{_qz_LOG_ustring("old")};
+  StoredValue<TypeMBChar256> wide_source{_qz_LOG_ustring(kText)};
+  StoredValue<TypeMBChar256> wide_target{_qz_LOG_ustring("old")};
   EXPECT_GE(FailEveryAllocation([&] { wide_target.get_and_set(&wide_source); },
                                 [&] { EXPECT_EQ(printed(wide_target), "old"); }),
             1U);
@@ -197,11 +199,11 @@ class Built {
   Built& operator=(const Built&) = delete;
 
   _qz_LOG_type_base& copy(const _qz_LOG_type_base& source) {
-    _qz_LOG_copy_value(source, storage_);
+    copy_value(source, storage_);
     return adopt();
   }
   _qz_LOG_type_base& move(_qz_LOG_type_base& source) {
-    _qz_LOG_move_value(source, storage_);
+    move_value(source, storage_);
     return adopt();
   }
 
@@ -211,7 +213,7 @@ class Built {
     return *value_;
   }
 
-  alignas(std::max_align_t) unsigned char storage_[_qz_LOG_kStoredSize];
+  alignas(std::max_align_t) unsigned char storage_[kStoredSize];
   _qz_LOG_type_base* value_ = nullptr;
 };
 
@@ -227,9 +229,9 @@ TEST(CopyValue, EveryType_SameCodeAndTextAndAnObjectOfItsOwn) {
 }
 
 TEST(CopyValue, UstringWithoutText_CopiesAsNoText) {
-  const _qz_LOG_stored<TypeMBChar32> value{_qz_LOG_ustring(nullptr)};
+  const StoredValue<TypeMBChar32> value{_qz_LOG_ustring(nullptr)};
   Built built;
-  EXPECT_EQ(static_cast<_qz_LOG_stored<TypeMBChar32>&>(built.copy(value)).value.data, nullptr);
+  EXPECT_EQ(static_cast<StoredValue<TypeMBChar32>&>(built.copy(value)).value.data, nullptr);
 }
 
 TEST(CopyValue, NoMemory_ThrowsAndLeavesTheOriginal) {

@@ -7,6 +7,8 @@
 #include "entry/logentry_i.h"
 #include "tests/entry/entry_fixture.h"
 
+using namespace qzlog;
+
 namespace {
 
 using namespace qz_test;
@@ -332,15 +334,15 @@ TEST_F(EntryAttributes, CheckAttribute_OwnAndGlobalOnes_ChangesNothingInTheEntry
 TEST_F(EntryAttributes, AddAttribute_NullOrEmptyName_ThrowsWithRecordAndFreesTheValue) {
   Entry entry(kId, 0);
   for (const char* name : {static_cast<const char*>(nullptr), ""}) {
-    EXPECT_EQ(thrown_by([&] { entry._add_attribute(name, new _qz_LOG_stored<TypeUInt4>(7)); }), kIllegal);
-    EXPECT_EQ(records_at(1, [&] { entry._add_attribute(name, new _qz_LOG_stored<TypeUInt4>(7)); }),
+    EXPECT_EQ(thrown_by([&] { entry._add_attribute(name, new StoredValue<TypeUInt4>(7)); }), kIllegal);
+    EXPECT_EQ(records_at(1, [&] { entry._add_attribute(name, new StoredValue<TypeUInt4>(7)); }),
               Texts({"logentry_i:# _qz_LOG_log_entry_imp::_add_attribute, name=NULL\n"}));
   }
 }
 
 TEST_F(EntryAttributes, AddAttribute_AnyName_IsStoredUnchecked) {
   Entry entry;
-  entry._add_attribute("Nowhere", new _qz_LOG_stored<TypeUInt4>(7));
+  entry._add_attribute("Nowhere", new StoredValue<TypeUInt4>(7));
   EXPECT_EQ(entry.get_attrib_4u("Nowhere"), 7U);
 }
 

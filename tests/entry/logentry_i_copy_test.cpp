@@ -7,6 +7,8 @@
 #include "entry/logentry_i.h"
 #include "tests/entry/entry_fixture.h"
 
+using namespace qzlog;
+
 namespace {
 
 using namespace qz_test;
@@ -36,7 +38,7 @@ class EntryCopy : public EntryTest {
     for (int code = TypeDate; code <= TypeTimestamp; ++code) {
       entry.add_attrib_time(type_name(code), qz_Time::from_unix_seconds(code));
     }
-    entry._add_attribute("TypeGUID", new _qz_LOG_stored<TypeGUID>("0123"));
+    entry._add_attribute("TypeGUID", new StoredValue<TypeGUID>("0123"));
     entry.add_attrib_4u("GlobalTypeUInt4", 8);
   }
 
@@ -69,7 +71,7 @@ class EntryCopy : public EntryTest {
     const _qz_LOG_type_base* guid = entry._get_attribute_internal("TypeGUID", type);
     ASSERT_NE(guid, nullptr);
     EXPECT_EQ(type, TypeGUID);
-    EXPECT_STREQ(_qz_LOG_value_as<qz_String>(*guid).c_str(), "0123");
+    EXPECT_STREQ(value_as<qz_String>(*guid).c_str(), "0123");
   }
 };
 

@@ -6,6 +6,8 @@
 #include "entry/logentry_i.h"
 #include "tests/entry/entry_fixture.h"
 
+using namespace qzlog;
+
 namespace {
 
 using namespace qz_test;
@@ -183,22 +185,22 @@ void add_text(Entry& entry, const std::string& name, int code) {
 /// Gives every attribute that can hold one a value other than the default and other than 1.
 void fill_all(Entry& entry) {
   for (const std::string& prefix : {std::string(), std::string("Global")}) {
-    entry._add_attribute((prefix + "TypeBool").c_str(), new _qz_LOG_stored<TypeBool>(true));
-    entry._add_attribute((prefix + "TypeUInt1").c_str(), new _qz_LOG_stored<TypeUInt1>(2));
-    entry._add_attribute((prefix + "TypeSInt1").c_str(), new _qz_LOG_stored<TypeSInt1>(3));
-    entry._add_attribute((prefix + "TypeUInt2").c_str(), new _qz_LOG_stored<TypeUInt2>(4));
-    entry._add_attribute((prefix + "TypeSInt2").c_str(), new _qz_LOG_stored<TypeSInt2>(5));
-    entry._add_attribute((prefix + "TypeUInt4").c_str(), new _qz_LOG_stored<TypeUInt4>(6));
-    entry._add_attribute((prefix + "TypeSInt4").c_str(), new _qz_LOG_stored<TypeSInt4>(7));
-    entry._add_attribute((prefix + "TypeFloat").c_str(), new _qz_LOG_stored<TypeFloat>(8.5));
+    entry._add_attribute((prefix + "TypeBool").c_str(), new StoredValue<TypeBool>(true));
+    entry._add_attribute((prefix + "TypeUInt1").c_str(), new StoredValue<TypeUInt1>(2));
+    entry._add_attribute((prefix + "TypeSInt1").c_str(), new StoredValue<TypeSInt1>(3));
+    entry._add_attribute((prefix + "TypeUInt2").c_str(), new StoredValue<TypeUInt2>(4));
+    entry._add_attribute((prefix + "TypeSInt2").c_str(), new StoredValue<TypeSInt2>(5));
+    entry._add_attribute((prefix + "TypeUInt4").c_str(), new StoredValue<TypeUInt4>(6));
+    entry._add_attribute((prefix + "TypeSInt4").c_str(), new StoredValue<TypeSInt4>(7));
+    entry._add_attribute((prefix + "TypeFloat").c_str(), new StoredValue<TypeFloat>(8.5));
     for (int code = TypeChar32; code <= TypeMBChar2K; ++code) {
       add_text(entry, prefix + type_name(code), code);
     }
     const qz_Time time = qz_Time::from_unix_seconds(77);
-    entry._add_attribute((prefix + "TypeDate").c_str(), new _qz_LOG_stored<TypeDate>(time));
-    entry._add_attribute((prefix + "TypeTime").c_str(), new _qz_LOG_stored<TypeTime>(time));
-    entry._add_attribute((prefix + "TypeTimestamp").c_str(), new _qz_LOG_stored<TypeTimestamp>(time));
-    entry._add_attribute((prefix + "TypeGUID").c_str(), new _qz_LOG_stored<TypeGUID>("0123"));
+    entry._add_attribute((prefix + "TypeDate").c_str(), new StoredValue<TypeDate>(time));
+    entry._add_attribute((prefix + "TypeTime").c_str(), new StoredValue<TypeTime>(time));
+    entry._add_attribute((prefix + "TypeTimestamp").c_str(), new StoredValue<TypeTimestamp>(time));
+    entry._add_attribute((prefix + "TypeGUID").c_str(), new StoredValue<TypeGUID>("0123"));
   }
 }
 
@@ -406,7 +408,7 @@ TEST_F(EntryReads, Internal_SetOrDefined_GivesTheTypeCode) {
   const _qz_LOG_type_base* value = entry._get_attribute_internal("TypeUInt4", type);
   ASSERT_NE(value, nullptr);
   EXPECT_EQ(type, TypeUInt4);
-  EXPECT_EQ(_qz_LOG_value_as<unsigned>(*value), 7U);
+  EXPECT_EQ(value_as<unsigned>(*value), 7U);
   EXPECT_EQ(entry._get_attribute_internal("GlobalTypeGUID", type), nullptr);
   EXPECT_EQ(type, TypeGUID);
 }
@@ -422,7 +424,7 @@ TEST_F(EntryReads, ExactType_SetOrDefined_GivesTheValueOrNull) {
 
 TEST_F(EntryReads, StoredTextWithoutBuffer_ReadsAsEmptyText) {
   Entry entry(kId, 0);
-  entry._add_attribute("TypeMBChar32", new _qz_LOG_stored<TypeMBChar32>(_qz_LOG_ustring(nullptr)));
+  entry._add_attribute("TypeMBChar32", new StoredValue<TypeMBChar32>(_qz_LOG_ustring(nullptr)));
   const char* text = nullptr;
   EXPECT_TRUE(entry.get_attrib_mbstr("TypeMBChar32", text));
   EXPECT_STREQ(text, "");

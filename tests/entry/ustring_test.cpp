@@ -7,6 +7,8 @@
 #include "foundation/thread_blocks.h"
 #include "tests/support/support.h"
 
+using namespace qzlog;
+
 namespace {
 
 using qz_test::FailEveryAllocation;
@@ -124,7 +126,7 @@ TEST(UstringMemory, MoreShortTextsThanAThreadKeepsMemoryFor_Throw) {
 }
 
 TEST(UstringMemory, ShortTextAgain_TakesTheMemoryOfTheOneBefore) {
-  if (qz_ThreadBlocks<int>::kMost == 0) GTEST_SKIP() << "every object has memory of its own here";
+  if (ThreadBlocks<int>::kMost == 0) GTEST_SKIP() << "every object has memory of its own here";
   // The first makes the thread begin to keep memory, the second leaves its own.
   for (const char* const text : {"text", "other"}) const _qz_LOG_ustring value(text);
   EXPECT_EQ(FailEveryAllocation([] { const _qz_LOG_ustring value("another"); }), 0U);

@@ -28,7 +28,7 @@ class AfterThreadEnd {
 
   /// In the thread whose end it is.
   void arm() {
-    EXPECT_TRUE(qz_ThreadEnd::add(&anything_));
+    EXPECT_TRUE(qzlog::ThreadEnd::add(&anything_));
     rearm();
   }
 
@@ -36,12 +36,12 @@ class AfterThreadEnd {
   void rearm() { EXPECT_EQ(pthread_setspecific(key_, this), 0); }
   static void run(void* value) {
     auto* const self = static_cast<AfterThreadEnd*>(value);
-    if (!qz_ThreadEnd::is_over()) return self->rearm();
+    if (!qzlog::ThreadEnd::is_over()) return self->rearm();
     self->work_();
     self->done_ = true;
   }
 
-  qz_ThreadEnd::Duty anything_ = {[](qz_ThreadEnd::Duty*) noexcept {}, nullptr};
+  qzlog::ThreadEnd::Duty anything_ = {[](qzlog::ThreadEnd::Duty*) noexcept {}, nullptr};
   std::function<void()> work_;
   pthread_key_t key_ = {};
   bool done_ = false;

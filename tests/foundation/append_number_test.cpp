@@ -24,22 +24,24 @@
 #include <sanitizer/lsan_interface.h>
 #endif
 
+using namespace qzlog;
+
 namespace {
 
 using namespace qz_test;  // NOLINT(google-build-using-namespace): the vocabulary of support.h
 
 template <typename Number>
 std::string integer(Number value) {
-  qz_TextBuffer text;
+  TextBuffer text;
   text.append('<');
-  qz_append_integer(text, value);
+  append_integer(text, value);
   text.append('>');
   return std::string(text.data(), text.size());
 }
 
 std::string fixed(double value) {
-  qz_TextBuffer text;
-  qz_append_fixed(text, value);
+  TextBuffer text;
+  append_fixed(text, value);
   return std::string(text.data(), text.size());
 }
 
@@ -83,12 +85,12 @@ TEST(AppendInteger, RandomNumbers_AsPrintf) {
 }
 
 TEST(AppendInteger, AtEveryPlaceOfAGrowingText_OnlyItsDigits) {
-  qz_TextBuffer text;
+  TextBuffer text;
   std::string wanted;
   for (unsigned i = 0; i < 3000; ++i) {
-    qz_append_integer(text, i * 1234567);
+    append_integer(text, i * 1234567);
     wanted += std::to_string(i * 1234567);
-    qz_append_integer(text, -static_cast<int>(i));
+    append_integer(text, -static_cast<int>(i));
     wanted += std::to_string(-static_cast<int>(i));
   }
   EXPECT_EQ(std::string(text.data(), text.size()), wanted);
@@ -211,11 +213,11 @@ TEST(AppendFixed, RoundingModeOfTheThread_ThatThreadsTextsOnly) {
 }
 
 TEST(AppendFixed, AtEveryPlaceOfAGrowingText_OnlyTheNumber) {
-  qz_TextBuffer text;
+  TextBuffer text;
   std::string wanted;
   for (int i = 0; i < 500; ++i) {
     const double value = i % 50 == 0 ? DBL_MAX / (i + 1) : i / 7.0;
-    qz_append_fixed(text, value);
+    append_fixed(text, value);
     wanted += printed("%f", value);
     text.append('|');
     wanted += '|';
@@ -226,11 +228,11 @@ TEST(AppendFixed, AtEveryPlaceOfAGrowingText_OnlyTheNumber) {
 TEST(AppendFixed, NoMemory_MemoryAllocAndTheTextBeforeItStays) {
   const std::string full(1020, 'f');
   for (const double value : {1.5, -1.5, 1e300, 1e-300, -4294967296.0}) {
-    qz_TextBuffer text;
+    TextBuffer text;
     text.append(full.data(), full.size());
     EXPECT_EQ(thrown_by([&] {
                 const AllocationFailure failure(1);
-                qz_append_fixed(text, value);
+                append_fixed(text, value);
               }),
               kNoMemory)
         << value;

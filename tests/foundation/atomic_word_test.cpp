@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace qzlog;
+
 namespace {
 
 TEST(AtomicWord, StoreThenLoad_GivesTheValue) {

@@ -6,6 +6,8 @@
 #include <utility>
 #include <vector>
 
+using namespace qzlog;
+
 namespace {
 
 struct Counted {
@@ -13,7 +15,7 @@ struct Counted {
   void release() { --references; }
   int references = 1;
 };
-using Ref = qz_CountedRef<Counted>;
+using Ref = CountedRef<Counted>;
 
 static_assert(!std::is_copy_constructible_v<Ref> && !std::is_copy_assignable_v<Ref>);
 static_assert(std::is_nothrow_move_constructible_v<Ref> && std::is_nothrow_move_assignable_v<Ref>);

@@ -17,6 +17,8 @@
 #include "foundation/locks.h"
 #include "tests/support/child_process.h"
 
+using namespace qzlog;
+
 namespace {
 
 using qz_test::ChildProcess;
@@ -28,8 +30,8 @@ int succeed() { return 0; }
 
 /// Every gate can be passed, by threads too.
 int pass() {
-  const qz_ForkDelay delay;
-  const qz_ForkDelay nested;
+  const ForkDelay delay;
+  const ForkDelay nested;
   return 0;
 }
 
@@ -45,7 +47,7 @@ class ThreadInside {
  public:
   ThreadInside() {
     thread_ = std::thread([this] {
-      const qz_ForkDelay delay;
+      const ForkDelay delay;
       inside_.count_down();
       while (!leaving_) std::this_thread::yield();
       left_ = true;
@@ -101,7 +103,7 @@ TEST(ForkGate, ManyThreadsInside_ForkWaitsForAll) {
   std::vector<std::thread> threads;
   for (unsigned i = 0; i < kMoreThreadsThanGates; ++i) {
     threads.emplace_back([&] {
-      const qz_ForkDelay delay;
+      const ForkDelay delay;
       inside.count_down();
       while (!leaving) std::this_thread::yield();
       ++left;
@@ -117,8 +119,8 @@ TEST(ForkGate, ManyThreadsInside_ForkWaitsForAll) {
 
 TEST(ForkGate, ForkingThreadInsideItself_DoesNotWaitForItself) {
   for (int i = 0; i < 3; ++i) {
-    const qz_ForkDelay delay;
-    const qz_ForkDelay nested;
+    const ForkDelay delay;
+    const ForkDelay nested;
     expect_child_succeeds([] { return pass() + ChildProcess(pass).wait(); });
   }
   expect_child_succeeds(pass);
@@ -130,7 +132,7 @@ TEST(ForkGate, ChildLeavesWhatTheForkingThreadEntered_GatesOpen) {
   const auto leave_in_child = [] {
     pid_t child = 0;
     {
-      const qz_ForkDelay delay;
+      const ForkDelay delay;
       child = fork();
     }
     if (child == 0) _exit(ChildProcess(pass).wait());
@@ -212,7 +214,7 @@ TEST(ForkGate, SignalHandlersThatFork_DoNotWaitForTheirOwnThread) {
 #ifdef QZLOG_EMULATED
   GTEST_SKIP() << "the emulator holds locks of its own while a handler forks";
 #endif
-  const auto longest = std::chrono::milliseconds(qz_ForkDelay::kLongestWaitMilliseconds);
+  const auto longest = std::chrono::milliseconds(ForkDelay::kLongestWaitMilliseconds);
   bool in_time = false;
   for (int attempt = 0; attempt < 5 && !in_time; ++attempt) {
     in_time = time_of_forks([] { pass(); }) < time_of_forks([] {}) + longest;
@@ -237,7 +239,7 @@ TEST(ForkGate, HandlerHoldsWhatAThreadInsideWaitsFor_ForkGoesOn) {
   std::atomic<bool> done{false};
   std::thread inside([&] {
     while (!done) {
-      const qz_ForkDelay delay;
+      const ForkDelay delay;
       const std::lock_guard<std::mutex> hold(lock);
     }
   });
@@ -254,7 +256,7 @@ std::atomic<bool> handlers_enter{false};
 
 void enter_in_handler() {
   if (!handlers_enter) return;
-  const qz_ForkDelay delay;
+  const ForkDelay delay;
   ++passed_in_handlers;
 }
 
@@ -301,8 +303,8 @@ TEST(ForkWhileLocked, ByWriters_FreeInTheChild) {
 }
 
 TEST(ForkWhileLocked, ByHoldersOfAMutex_FreeInTheChild) {
-  qz_Mutex mutex;
-  expect_lock_free_in_children([&] { const qz_MutexSentry sentry(mutex); });
+  Mutex mutex;
+  expect_lock_free_in_children([&] { const MutexSentry sentry(mutex); });
 }
 
 TEST(ForkWhileLocked, ByTheSettings_FreeInTheChild) {

@@ -8,6 +8,8 @@
 
 #include "tests/support/support.h"
 
+using namespace qzlog;
+
 namespace {
 
 using namespace qz_test;  // NOLINT(google-build-using-namespace): the vocabulary of support.h
@@ -34,17 +36,17 @@ class IndexedList {
   }
   unsigned count() const { return static_cast<unsigned>(keys_.size()); }
   int key_at(unsigned position) const { return keys_[position]; }
-  qz_HashIndex& index() { return index_; }
+  HashIndex& index() { return index_; }
 
  private:
   std::function<unsigned(int)> hash_;
   std::vector<int> keys_;
-  qz_HashIndex index_;
+  HashIndex index_;
 };
 
 void expect_every_key_found(const IndexedList& list) {
   for (unsigned i = 0; i < list.count(); ++i) ASSERT_EQ(list.find(list.key_at(i)), i);
-  ASSERT_EQ(list.find(-1), qz_HashIndex::kNone);
+  ASSERT_EQ(list.find(-1), HashIndex::kNone);
 }
 
 const struct {
@@ -57,7 +59,7 @@ const struct {
                {"few", [](int key) { return static_cast<unsigned>(key % 5); }}};
 
 TEST(HashIndex, NeverReserved_Empty) {
-  qz_HashIndex index;
+  HashIndex index;
   EXPECT_TRUE(index.empty());
   index.clear();
   EXPECT_TRUE(index.empty());
@@ -66,10 +68,10 @@ TEST(HashIndex, NeverReserved_Empty) {
 }
 
 TEST(HashIndex, Reserved_NotEmptyAndFindsNothing) {
-  qz_HashIndex index;
+  HashIndex index;
   index.reserve(1, 0, [](unsigned) { return 0U; });
   EXPECT_FALSE(index.empty());
-  EXPECT_EQ(index.find(0, [](unsigned) { return true; }), qz_HashIndex::kNone);
+  EXPECT_EQ(index.find(0, [](unsigned) { return true; }), HashIndex::kNone);
   index.clear();
   EXPECT_TRUE(index.empty());
 }
@@ -81,7 +83,7 @@ TEST(HashIndex, PositionsUpTo600AnyHashes_EachFound) {
     for (int key = 0; key < 600; ++key) {
       list.add(key * 3);
       ASSERT_EQ(list.find(key * 3), static_cast<unsigned>(key));
-      ASSERT_EQ(list.find(key * 3 + 1), qz_HashIndex::kNone);
+      ASSERT_EQ(list.find(key * 3 + 1), HashIndex::kNone);
     }
     expect_every_key_found(list);
   }
@@ -122,7 +124,7 @@ TEST(HashIndex, RandomAddingAndRemoving_AsLookingThrough) {
         const auto position = static_cast<unsigned>(random.between(0, list.count() - 1));
         const int key = list.key_at(position);
         list.remove_at(position);
-        ASSERT_EQ(list.find(key), qz_HashIndex::kNone);
+        ASSERT_EQ(list.find(key), HashIndex::kNone);
       }
       if (i % 20 == 0) expect_every_key_found(list);
     }
@@ -136,7 +138,7 @@ TEST(HashIndex, NoMemory_MemoryAllocAndTheIndexUnchanged) {
   EXPECT_EQ(FailEveryAllocation([&] { list.index().reserve(17, 16, hash_of); }, [&] { expect_every_key_found(list); }),
             1U);
   expect_every_key_found(list);
-  qz_HashIndex index;
+  HashIndex index;
   EXPECT_EQ(FailEveryAllocation([&] { index.reserve(1, 0, [](unsigned) { return 0U; }); },
                                 [&] { EXPECT_TRUE(index.empty()); }),
             1U);

@@ -8,6 +8,8 @@
 
 #include "tests/support/support.h"
 
+using namespace qzlog;
+
 namespace {
 
 /// The text written for `value`; a test failure when a byte after its terminator was touched.
@@ -68,11 +70,11 @@ std::string written(unsigned value) {
   char memory[kMaxIntegerText + 20];
   std::memset(memory, '#', sizeof(memory));
   char* const end = memory + 10 + kMaxIntegerText;
-  char* const begin = qz_write_integer(end, value);
+  char* const begin = write_integer(end, value);
   for (const char* byte = memory; byte != memory + sizeof(memory); ++byte) {
     EXPECT_TRUE(*byte == '#' || (byte >= begin && byte < end)) << value;
   }
-  EXPECT_EQ(static_cast<unsigned>(end - begin), qz_count_digits(value)) << value;
+  EXPECT_EQ(static_cast<unsigned>(end - begin), count_digits(value)) << value;
   return std::string(begin, end);
 }
 

@@ -11,6 +11,8 @@
 #include <type_traits>
 #include <vector>
 
+using namespace qzlog;
+
 namespace {
 
 constexpr int kThreads = 6;
@@ -113,7 +115,7 @@ TEST(RWLock, WriterAttempt_HoldsOnlyWhatIsFree) {
   qz_LOG_CRWLock lock(nullptr);
   const auto attempt = [&] {
     bool held = false;
-    std::thread([&] { held = static_cast<bool>(qz_LOG_CWriterAttempt(lock)); }).join();
+    std::thread([&] { held = static_cast<bool>(WriterAttempt(lock)); }).join();
     return held;
   };
   EXPECT_TRUE(attempt());
@@ -122,7 +124,7 @@ TEST(RWLock, WriterAttempt_HoldsOnlyWhatIsFree) {
     EXPECT_FALSE(attempt());
   }
   {
-    const qz_LOG_CWriterAttempt writer(lock);
+    const WriterAttempt writer(lock);
     EXPECT_TRUE(writer);
     EXPECT_FALSE(attempt());
   }

@@ -9,6 +9,8 @@
 
 #include "tests/support/support.h"
 
+using namespace qzlog;
+
 namespace {
 
 using namespace qz_test;  // NOLINT(google-build-using-namespace): the vocabulary of support.h
@@ -24,7 +26,7 @@ std::vector<Block> make_blocks() {
   std::vector<Block> blocks;
   for (std::size_t size = 1; size <= 200; ++size) {
     for (const bool apart : {false, true, false}) {
-      blocks.push_back({qz_make_block(size, apart), size, apart});
+      blocks.push_back({make_block(size, apart), size, apart});
       std::memset(blocks.back().memory, static_cast<int>(size), size);
     }
   }
@@ -32,13 +34,13 @@ std::vector<Block> make_blocks() {
 }
 
 void destroy(const std::vector<Block>& blocks) {
-  for (const Block& block : blocks) qz_destroy_block(block.memory);
+  for (const Block& block : blocks) destroy_block(block.memory);
 }
 
 std::set<std::uintptr_t> lines_of(const Block& block) {
   const auto begin = reinterpret_cast<std::uintptr_t>(block.memory);
   std::set<std::uintptr_t> lines;
-  for (std::size_t i = 0; i < block.size_bytes; ++i) lines.insert((begin + i) / qz_kCacheLine);
+  for (std::size_t i = 0; i < block.size_bytes; ++i) lines.insert((begin + i) / kCacheLine);
   return lines;
 }
 
@@ -57,7 +59,7 @@ TEST(MemoryBlock, Apart_SharesNoLineWithOthers) {
   const std::vector<Block> blocks = make_blocks();
   std::set<std::uintptr_t> lines_apart;
   for (const Block& block : blocks) {
-    EXPECT_EQ(qz_is_apart(block.memory), block.apart);
+    EXPECT_EQ(is_apart(block.memory), block.apart);
     if (!block.apart) continue;
     for (const std::uintptr_t line : lines_of(block)) EXPECT_TRUE(lines_apart.insert(line).second);
   }
@@ -73,7 +75,7 @@ TEST(MemoryBlock, NoMemory_Null) {
     void* block = nullptr;
     {
       const AllocationFailure failure(1);
-      block = qz_make_block(100, apart);
+      block = make_block(100, apart);
     }
     EXPECT_EQ(block, nullptr);
   }

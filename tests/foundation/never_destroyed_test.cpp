@@ -6,6 +6,8 @@
 #include <type_traits>
 #include <utility>
 
+using namespace qzlog;
+
 namespace {
 
 struct Counted {
@@ -18,21 +20,21 @@ struct Counted {
 TEST(NeverDestroyed, AtItsEnd_NoDestructor) {
   int destroyed = 0;
   {
-    qz_NeverDestroyed<Counted> object(&destroyed, "short");
+    NeverDestroyed<Counted> object(&destroyed, "short");
     EXPECT_EQ(object->name, "short");
     EXPECT_EQ((*object).name, object.get()->name);
   }
   EXPECT_EQ(destroyed, 0);
-  static_assert(std::is_trivially_destructible_v<qz_NeverDestroyed<Counted>>);
+  static_assert(std::is_trivially_destructible_v<NeverDestroyed<Counted>>);
 }
 
 TEST(NeverDestroyed, Type_CannotBeCopiedAndHasItsObjectsSizeAndAlignment) {
   struct alignas(64) Aligned {
     char bytes[64];
   };
-  static_assert(!std::is_copy_constructible_v<qz_NeverDestroyed<std::string>>);
-  static_assert(sizeof(qz_NeverDestroyed<Aligned>) == sizeof(Aligned));
-  static_assert(alignof(qz_NeverDestroyed<Aligned>) == alignof(Aligned));
+  static_assert(!std::is_copy_constructible_v<NeverDestroyed<std::string>>);
+  static_assert(sizeof(NeverDestroyed<Aligned>) == sizeof(Aligned));
+  static_assert(alignof(NeverDestroyed<Aligned>) == alignof(Aligned));
   SUCCEED();
 }
 

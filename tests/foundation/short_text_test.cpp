@@ -8,6 +8,8 @@
 
 #include "tests/support/support.h"
 
+using namespace qzlog;
+
 namespace {
 
 using namespace qz_test;  // NOLINT(google-build-using-namespace): the vocabulary of support.h
@@ -25,7 +27,7 @@ TEST(CopyText, EveryLength_CopiesThoseBytesOnly) {
   for (std::size_t length = 0; length <= kLongest; ++length) {
     const std::string text = bytes(length);
     std::string target(length + 2, '.');
-    qz_copy_text(&target[1], text.data(), length);
+    copy_text(&target[1], text.data(), length);
     EXPECT_EQ(target, "." + text + ".") << length;
   }
 }
@@ -36,7 +38,7 @@ TEST(CopyText, ExactMemory_NothingBesideIsRead) {
     const std::unique_ptr<char[]> source(new char[length]);
     const std::unique_ptr<char[]> target(new char[length]);
     text.copy(source.get(), length);
-    qz_copy_text(target.get(), source.get(), length);
+    copy_text(target.get(), source.get(), length);
     EXPECT_EQ(std::string(target.get(), length), text);
   }
 }
@@ -48,7 +50,7 @@ TEST(CopyText, OverlappingEitherWay_AsThoughCopiedAside) {
         std::string text = bytes(40 + kLongest);
         std::string wanted = text;
         wanted.replace(to, length, text, from, length);
-        qz_copy_text(&text[to], &text[from], length);
+        copy_text(&text[to], &text[from], length);
         ASSERT_EQ(text, wanted) << length << " bytes from " << from << " to " << to;
       }
     }
@@ -57,27 +59,27 @@ TEST(CopyText, OverlappingEitherWay_AsThoughCopiedAside) {
 
 TEST(TextMemory, EveryLength_HoldsTheTextAndItsTerminator) {
   std::vector<char*> texts;
-  for (unsigned length = 0; length <= 2 * qz_kShortTextLength; ++length) {
-    texts.push_back(qz_allocate_text(length));
+  for (unsigned length = 0; length <= 2 * kShortTextLength; ++length) {
+    texts.push_back(allocate_text(length));
     std::char_traits<char>::assign(texts.back(), length, 'a');
     texts.back()[length] = '\0';
   }
   for (unsigned length = 0; length < texts.size(); ++length) {
     EXPECT_EQ(std::string(texts[length]), std::string(length, 'a'));
-    qz_release_text(texts[length], length);
+    release_text(texts[length], length);
   }
 }
 
 TEST(TextMemory, NoMemory_Throws) {
-  for (const unsigned length : {0U, qz_kShortTextLength, qz_kShortTextLength + 1, 5000U}) {
+  for (const unsigned length : {0U, kShortTextLength, kShortTextLength + 1, 5000U}) {
     // More than a thread keeps.
     std::vector<char*> texts(20, nullptr);
     FailEveryAllocation([&] {
       for (char*& text : texts) {
-        if (text == nullptr) text = qz_allocate_text(length);
+        if (text == nullptr) text = allocate_text(length);
       }
     });
-    for (char* const text : texts) qz_release_text(text, length);
+    for (char* const text : texts) release_text(text, length);
   }
 }
 

@@ -8,13 +8,15 @@
 
 #include "tests/support/support.h"
 
+using namespace qzlog;
+
 namespace {
 
 using namespace qz_test;  // NOLINT(google-build-using-namespace): the vocabulary of support.h
 
 constexpr std::size_t kInlineCapacity = 1024;
 
-std::string text_of(const qz_TextBuffer& buffer) { return std::string(buffer.data(), buffer.size()); }
+std::string text_of(const TextBuffer& buffer) { return std::string(buffer.data(), buffer.size()); }
 
 /// `length` different bytes, zero bytes among them.
 std::string bytes(std::size_t length) {
@@ -24,7 +26,7 @@ std::string bytes(std::size_t length) {
 }
 
 TEST(TextBuffer, CopiedPadded_CutToOneLessAndTheRestZeros) {
-  qz_TextBuffer buffer;
+  TextBuffer buffer;
   buffer.append("abc");
   for (std::size_t size = 1; size <= 6; ++size) {
     std::string target(8, '~');
@@ -37,13 +39,13 @@ TEST(TextBuffer, CopiedPadded_CutToOneLessAndTheRestZeros) {
 }
 
 TEST(TextBuffer, NothingAppended_Empty) {
-  const qz_TextBuffer buffer;
+  const TextBuffer buffer;
   EXPECT_EQ(buffer.size(), 0U);
   EXPECT_NE(buffer.data(), nullptr);
 }
 
 TEST(TextBuffer, EveryFormOfAppending_BytesInOrder) {
-  qz_TextBuffer buffer;
+  TextBuffer buffer;
   buffer.append("text");
   buffer.append('\0');
   buffer.append("a\0b and not this", 3);
@@ -60,7 +62,7 @@ TEST(TextBuffer, EveryFormOfAppending_BytesInOrder) {
 TEST(TextBuffer, AppendedAcrossTheInlineSize_FormerBytesStay) {
   for (std::size_t before = kInlineCapacity - 20; before <= kInlineCapacity + 20; ++before) {
     for (const std::size_t more : {0U, 1U, 15U, 16U, 17U, 2000U, 100000U}) {
-      qz_TextBuffer buffer;
+      TextBuffer buffer;
       buffer.append(bytes(before).data(), before);
       buffer.append(bytes(more).data(), more);
       ASSERT_EQ(text_of(buffer), bytes(before) + bytes(more)) << before << " + " << more;
@@ -69,7 +71,7 @@ TEST(TextBuffer, AppendedAcrossTheInlineSize_FormerBytesStay) {
 }
 
 TEST(TextBuffer, CharacterByCharacter_GrowsAsOften) {
-  qz_TextBuffer buffer;
+  TextBuffer buffer;
   const std::string wanted = bytes(20000);
   for (const char character : wanted) buffer.append(character);
   EXPECT_EQ(text_of(buffer), wanted);
@@ -78,15 +80,15 @@ TEST(TextBuffer, CharacterByCharacter_GrowsAsOften) {
 TEST(TextBuffer, Padded_OnlyTheTextCountsAtEveryLength) {
   for (std::size_t length = 0; length <= 40; ++length) {
     for (std::size_t before = 0; before <= 40; ++before) {
-      qz_TextBuffer buffer;
+      TextBuffer buffer;
       // Behind the text stands exactly what may be read.
-      const std::string source = bytes(length) + std::string(qz_TextCursor::kPadding, '!');
+      const std::string source = bytes(length) + std::string(TextCursor::kPadding, '!');
       const std::unique_ptr<char[]> exact(new char[source.size()]);
       std::memcpy(exact.get(), source.data(), source.size());
       buffer.append(bytes(before).data(), before);
-      qz_TextCursor(buffer).append_padded(exact.get(), length);
+      TextCursor(buffer).append_padded(exact.get(), length);
       ASSERT_EQ(text_of(buffer), bytes(before) + bytes(length)) << before << " + " << length;
-      qz_TextCursor(buffer).append_padded(exact.get(), length);
+      TextCursor(buffer).append_padded(exact.get(), length);
       buffer.append('.');
       ASSERT_EQ(text_of(buffer), bytes(before) + bytes(length) + bytes(length) + ".") << before << " + " << length;
     }
@@ -94,19 +96,19 @@ TEST(TextBuffer, Padded_OnlyTheTextCountsAtEveryLength) {
 }
 
 TEST(TextBuffer, PaddedAcrossTheInlineSize_OnlyTheTextCounts) {
-  const std::string source = bytes(40) + std::string(qz_TextCursor::kPadding, '!');
+  const std::string source = bytes(40) + std::string(TextCursor::kPadding, '!');
   for (std::size_t before = kInlineCapacity - 45; before <= kInlineCapacity + 2; ++before) {
     for (std::size_t length = 0; length <= 40; ++length) {
-      qz_TextBuffer buffer;
+      TextBuffer buffer;
       buffer.append(bytes(before).data(), before);
-      qz_TextCursor(buffer).append_padded(source.data(), length);
+      TextCursor(buffer).append_padded(source.data(), length);
       ASSERT_EQ(text_of(buffer), bytes(before) + bytes(length)) << before << " + " << length;
     }
   }
 }
 
 TEST(TextBuffer, RoomReserved_FormerBytesStayAndAllOfItCanBeFilled) {
-  qz_TextBuffer buffer;
+  TextBuffer buffer;
   std::string wanted;
   for (std::size_t count = 0; count < 3000; count += 101) {
     char* const room = buffer.reserve(count);
@@ -123,14 +125,14 @@ TEST(TextBuffer, RoomReserved_FormerBytesStayAndAllOfItCanBeFilled) {
 TEST(TextBuffer, RandomAppends_AsAString) {
   SeededRandom random;
   for (int round = 0; round < 50; ++round) {
-    qz_TextBuffer buffer;
+    TextBuffer buffer;
     std::string wanted;
     while (wanted.size() < 6000) {
       const std::string more = random.text(static_cast<std::size_t>(random.between(0, 200)));
       if (random.one_in(3)) {
         buffer.append(more.c_str());
       } else if (random.one_in(2)) {
-        qz_TextCursor(buffer).append_padded((more + std::string(qz_TextCursor::kPadding, '?')).data(), more.size());
+        TextCursor(buffer).append_padded((more + std::string(TextCursor::kPadding, '?')).data(), more.size());
       } else {
         buffer.append(more.data(), more.size());
       }
@@ -141,7 +143,7 @@ TEST(TextBuffer, RandomAppends_AsAString) {
 }
 
 TEST(TextBuffer, NoMemory_MemoryAllocAndTheTextUnchanged) {
-  qz_TextBuffer buffer;
+  TextBuffer buffer;
   buffer.append(bytes(1000).data(), 1000);
   const std::string more = bytes(100);
   EXPECT_EQ(FailEveryAllocation([&] { buffer.append(more.data(), more.size()); },
@@ -153,17 +155,17 @@ TEST(TextBuffer, NoMemory_MemoryAllocAndTheTextUnchanged) {
 }
 
 TEST(TextCursor, EveryFormOfAppending_BytesInOrder) {
-  qz_TextBuffer buffer;
+  TextBuffer buffer;
   buffer.append("before ");
   {
-    qz_TextCursor cursor(buffer);
+    TextCursor cursor(buffer);
     cursor.append("text");
     cursor.append('\0');
     cursor.append("a\0b and not this", 3);
     cursor.append("", 0);
     std::memcpy(cursor.reserve(10), "xy", 2);
     cursor.count_in(2);
-    cursor.with_buffer([](qz_TextBuffer& whole) {
+    cursor.with_buffer([](TextBuffer& whole) {
       EXPECT_EQ(text_of(whole), std::string("before text\0a\0bxy", 17));
       whole.append("whole");
     });
@@ -173,20 +175,20 @@ TEST(TextCursor, EveryFormOfAppending_BytesInOrder) {
 }
 
 TEST(TextCursor, NothingAppended_BufferAsItWas) {
-  qz_TextBuffer buffer;
-  { const qz_TextCursor cursor(buffer); }
+  TextBuffer buffer;
+  { const TextCursor cursor(buffer); }
   EXPECT_EQ(buffer.size(), 0U);
   buffer.append("text");
-  { const qz_TextCursor cursor(buffer); }
+  { const TextCursor cursor(buffer); }
   EXPECT_EQ(text_of(buffer), "text");
 }
 
 TEST(TextCursor, AppendedAcrossTheInlineSize_FormerBytesStay) {
   for (std::size_t before = kInlineCapacity - 40; before <= kInlineCapacity + 20; ++before) {
     for (const std::size_t more : {0U, 1U, 15U, 16U, 17U, 33U, 2000U, 100000U}) {
-      qz_TextBuffer buffer;
+      TextBuffer buffer;
       {
-        qz_TextCursor cursor(buffer);
+        TextCursor cursor(buffer);
         cursor.append(bytes(before).data(), before);
         cursor.append(bytes(more).data(), more);
         cursor.append('|');
@@ -197,9 +199,9 @@ TEST(TextCursor, AppendedAcrossTheInlineSize_FormerBytesStay) {
 }
 
 TEST(TextCursor, NoMemoryToGrow_ThrowsAndKeepsTheText) {
-  qz_TextBuffer buffer;
+  TextBuffer buffer;
   {
-    qz_TextCursor cursor(buffer);
+    TextCursor cursor(buffer);
     cursor.append(bytes(kInlineCapacity).data(), kInlineCapacity);
     EXPECT_EQ(FailEveryAllocation([&] { cursor.append("more"); }), 1U);
   }
@@ -209,14 +211,14 @@ TEST(TextCursor, NoMemoryToGrow_ThrowsAndKeepsTheText) {
 TEST(TextCursor, RandomAppends_AsAString) {
   SeededRandom random;
   for (int round = 0; round < 50; ++round) {
-    qz_TextBuffer buffer;
+    TextBuffer buffer;
     std::string wanted;
     {
-      qz_TextCursor cursor(buffer);
+      TextCursor cursor(buffer);
       while (wanted.size() < 6000) {
         const std::string more = random.text(static_cast<std::size_t>(random.between(0, 80)));
         if (random.one_in(4)) {
-          cursor.with_buffer([&](qz_TextBuffer& whole) { whole.append(more.data(), more.size()); });
+          cursor.with_buffer([&](TextBuffer& whole) { whole.append(more.data(), more.size()); });
         } else {
           cursor.append(more.data(), more.size());
         }

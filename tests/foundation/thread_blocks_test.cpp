@@ -14,6 +14,8 @@
 #include "tests/foundation/after_thread_end.h"
 #include "tests/support/support.h"
 
+using namespace qzlog;
+
 namespace {
 
 using namespace qz_test;  // NOLINT(google-build-using-namespace): the vocabulary of support.h
@@ -21,7 +23,7 @@ using namespace qz_test;  // NOLINT(google-build-using-namespace): the vocabular
 struct Large {
   unsigned char bytes[700];
 };
-using Blocks = qz_ThreadBlocks<Large>;
+using Blocks = ThreadBlocks<Large>;
 
 /// A block whose every byte is written, so that the sanitizers see one that is too small or used twice.
 void* take_filled(unsigned char filling) {
@@ -68,10 +70,10 @@ TEST(ThreadBlocks, Kept_HasItsCacheLinesForItself) {
     Blocks::give(take_filled(0));
     std::vector<void*> blocks;
     for (unsigned i = 0; i < 40; ++i) blocks.push_back(take_filled(1));
-    EXPECT_EQ(std::count_if(blocks.begin(), blocks.end(), qz_is_apart), Blocks::kMost) << "as many as can be kept";
+    EXPECT_EQ(std::count_if(blocks.begin(), blocks.end(), is_apart), Blocks::kMost) << "as many as can be kept";
     for (void* const block : blocks) Blocks::give(block);
     void* const kept = Blocks::take();
-    EXPECT_TRUE(qz_is_apart(kept));
+    EXPECT_TRUE(is_apart(kept));
     Blocks::give(kept);
   });
 }

@@ -8,17 +8,19 @@
 
 #include "tests/foundation/after_thread_end.h"
 
+using namespace qzlog;
+
 namespace qz_test {
 namespace {
 
 /// Writes its name into a record when it is released.
-struct Named : qz_ThreadEnd::Duty {
+struct Named : ThreadEnd::Duty {
   Named(char letter, std::string& into) : Duty{&write, nullptr}, name(letter), record(into) {}
   static void write(Duty* duty) noexcept {
     auto* const self = static_cast<Named*>(duty);
     self->record += self->name;
-    self->record += qz_ThreadEnd::is_over() ? "" : "?";
-    self->record += qz_ThreadEnd::add(self) ? "!" : "";
+    self->record += ThreadEnd::is_over() ? "" : "?";
+    self->record += ThreadEnd::add(self) ? "!" : "";
   }
   char name;
   std::string& record;
@@ -28,8 +30,8 @@ TEST(ThreadEnd, Duties_ReleasedWhenTheThreadEndsTheLatestFirst) {
   std::string record;
   std::vector<Named> duties = {{'a', record}, {'b', record}, {'c', record}};
   in_thread([&] {
-    for (Named& duty : duties) EXPECT_TRUE(qz_ThreadEnd::add(&duty));
-    EXPECT_FALSE(qz_ThreadEnd::is_over());
+    for (Named& duty : duties) EXPECT_TRUE(ThreadEnd::add(&duty));
+    EXPECT_FALSE(ThreadEnd::is_over());
     EXPECT_EQ(record, "");
   });
   EXPECT_EQ(record, "cba");
@@ -40,8 +42,8 @@ TEST(ThreadEnd, EachThread_ItsOwn) {
   Named outer('o', record);
   Named inner('i', record);
   in_thread([&] {
-    EXPECT_TRUE(qz_ThreadEnd::add(&outer));
-    in_thread([&] { EXPECT_TRUE(qz_ThreadEnd::add(&inner)); });
+    EXPECT_TRUE(ThreadEnd::add(&outer));
+    in_thread([&] { EXPECT_TRUE(ThreadEnd::add(&inner)); });
     EXPECT_EQ(record, "i");
   });
   EXPECT_EQ(record, "io");
@@ -52,11 +54,11 @@ TEST(ThreadEnd, AfterTheEnd_OverAndNothingAdded) {
   Named duty('a', record);
   Named late('z', record);
   AfterThreadEnd after([&] {
-    EXPECT_TRUE(qz_ThreadEnd::is_over());
-    EXPECT_FALSE(qz_ThreadEnd::add(&late));
+    EXPECT_TRUE(ThreadEnd::is_over());
+    EXPECT_FALSE(ThreadEnd::add(&late));
   });
   in_thread([&] {
-    EXPECT_TRUE(qz_ThreadEnd::add(&duty));
+    EXPECT_TRUE(ThreadEnd::add(&duty));
     after.arm();
   });
   EXPECT_EQ(record, "a");

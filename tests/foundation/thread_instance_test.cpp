@@ -9,6 +9,8 @@
 #include "tests/foundation/after_thread_end.h"
 #include "tests/support/support.h"
 
+using namespace qzlog;
+
 namespace {
 
 using namespace qz_test;  // NOLINT(google-build-using-namespace): the vocabulary of support.h
@@ -32,7 +34,7 @@ class ThreadInstance : public testing::Test {
 };
 
 TEST_F(ThreadInstance, BeforeTheFirstUse_Null) {
-  in_thread([] { EXPECT_EQ(qz_ThreadInstance<Counting<1>>::find(), nullptr); });
+  in_thread([] { EXPECT_EQ(qzlog::ThreadInstance<Counting<1>>::find(), nullptr); });
   EXPECT_EQ(made, 0);
 }
 
@@ -41,7 +43,7 @@ TEST_F(ThreadInstance, UsedOften_OneUntilTheThreadEnds) {
     for (int i = 1; i <= 5; ++i) {
       EXPECT_EQ(with_thread_instance<Counting<2>>([](auto& mine) { return ++mine.calls; }), i);
     }
-    EXPECT_EQ(qz_ThreadInstance<Counting<2>>::find()->calls, 5);
+    EXPECT_EQ(qzlog::ThreadInstance<Counting<2>>::find()->calls, 5);
     EXPECT_EQ(alive, 1);
   });
   EXPECT_EQ(made, 1);
@@ -66,7 +68,7 @@ TEST_F(ThreadInstance, ManyThreads_OneEach) {
       with_thread_instance<Counting<5>>([](auto& mine) { ++mine.calls; });
       --waiting;
       while (waiting > 0) std::this_thread::yield();
-      EXPECT_EQ(qz_ThreadInstance<Counting<5>>::find()->calls, 1);
+      EXPECT_EQ(qzlog::ThreadInstance<Counting<5>>::find()->calls, 1);
     });
   }
   for (std::thread& thread : threads) thread.join();
@@ -77,7 +79,7 @@ TEST_F(ThreadInstance, ManyThreads_OneEach) {
 TEST_F(ThreadInstance, ReferenceReturned_NotCopied) {
   in_thread([] {
     auto& mine = with_thread_instance<Counting<6>>([](auto& instance) -> auto& { return instance; });
-    EXPECT_EQ(&mine, qz_ThreadInstance<Counting<6>>::find());
+    EXPECT_EQ(&mine, qzlog::ThreadInstance<Counting<6>>::find());
   });
 }
 
@@ -85,7 +87,7 @@ TEST_F(ThreadInstance, UseThrows_ExceptionAndTheInstanceStays) {
   in_thread([] {
     EXPECT_EQ(thrown_by([] { with_thread_instance<Counting<7>>([](auto&) { throw QZX_logging_misc("mine", 0); }); }),
               thrown<QZX_logging_misc>("mine"));
-    EXPECT_NE(qz_ThreadInstance<Counting<7>>::find(), nullptr);
+    EXPECT_NE(qzlog::ThreadInstance<Counting<7>>::find(), nullptr);
   });
   EXPECT_EQ(made, 1);
 }
@@ -93,8 +95,8 @@ TEST_F(ThreadInstance, UseThrows_ExceptionAndTheInstanceStays) {
 TEST_F(ThreadInstance, NoMemory_MemoryAllocAndMadeByTheNextUse) {
   in_thread([] {
     const auto use = [] { with_thread_instance<Counting<8>>([](auto& mine) { ++mine.calls; }); };
-    EXPECT_EQ(FailEveryAllocation(use, [] { EXPECT_EQ(qz_ThreadInstance<Counting<8>>::find(), nullptr); }), 1U);
-    EXPECT_EQ(qz_ThreadInstance<Counting<8>>::find()->calls, 1);
+    EXPECT_EQ(FailEveryAllocation(use, [] { EXPECT_EQ(qzlog::ThreadInstance<Counting<8>>::find(), nullptr); }), 1U);
+    EXPECT_EQ(qzlog::ThreadInstance<Counting<8>>::find()->calls, 1);
     EXPECT_EQ(thrown_by([] { with_thread_instance<Counting<8>>([](auto&) { throw std::bad_alloc(); }); }), kNoMemory);
   });
   EXPECT_EQ(alive, 0);
@@ -122,11 +124,11 @@ TEST_F(ThreadInstance, UsedInDestructorsOfTheThread_StillThere) {
 TEST_F(ThreadInstance, UsedAfterItsEnd_OneOfItsOwnPerCall) {
   AfterThreadEnd after([] {
     EXPECT_EQ(alive, 0);
-    EXPECT_EQ(qz_ThreadInstance<Counting<10>>::find(), nullptr);
+    EXPECT_EQ(qzlog::ThreadInstance<Counting<10>>::find(), nullptr);
     for (int i = 0; i < 2; ++i) {
       with_thread_instance<Counting<10>>([](auto& mine) { EXPECT_EQ(++mine.calls, 1); });
       with_thread_instance<Counting<11>>([](auto& mine) { EXPECT_EQ(++mine.calls, 1); });  // used for the first time
-      EXPECT_EQ(qz_ThreadInstance<Counting<10>>::find(), nullptr);
+      EXPECT_EQ(qzlog::ThreadInstance<Counting<10>>::find(), nullptr);
     }
   });
   in_thread([&] {
@@ -140,8 +142,8 @@ TEST_F(ThreadInstance, UsedAfterItsEnd_OneOfItsOwnPerCall) {
 /// Finds itself while it is destroyed, and the others that are not yet.
 struct Looking {
   ~Looking() {
-    found_itself = qz_ThreadInstance<Looking>::find() == this;
-    found_earlier = qz_ThreadInstance<Counting<12>>::find() != nullptr;
+    found_itself = qzlog::ThreadInstance<Looking>::find() == this;
+    found_earlier = qzlog::ThreadInstance<Counting<12>>::find() != nullptr;
   }
   static inline bool found_itself = false;
   static inline bool found_earlier = false;

@@ -14,6 +14,8 @@
 #include "tests/support/resource_limit.h"
 #include "tests/support/support.h"
 
+using namespace qzlog;
+
 namespace {
 
 using namespace qz_test;  // NOLINT(google-build-using-namespace): the vocabulary of support.h
@@ -70,8 +72,8 @@ class UnsharedFile : public testing::Test {
 TEST_F(UnsharedFile, ReadsAndSeeksAtRandom_AsAnOrdinaryStream) {
   constexpr long long kSize = 20000;
   const std::string path = write(kSize);
-  const qz_FileHandle ordinary(QZ_fopen(path.c_str(), "rb"));
-  const qz_FileHandle unshared = qz_open_unshared(path.c_str());
+  const FileHandle ordinary(QZ_fopen(path.c_str(), "rb"));
+  const FileHandle unshared = open_unshared(path.c_str());
   SeededRandom random;
   for (int i = 0; i < rounds(4000); ++i) {
     if (random.one_in(2)) {
@@ -88,8 +90,8 @@ TEST_F(UnsharedFile, ReadsAndSeeksAtRandom_AsAnOrdinaryStream) {
 
 TEST_F(UnsharedFile, OffsetsWithoutAPlace_AsOfAnOrdinaryStream) {
   const std::string path = write(10);
-  const qz_FileHandle ordinary(QZ_fopen(path.c_str(), "rb"));
-  const qz_FileHandle unshared = qz_open_unshared(path.c_str());
+  const FileHandle ordinary(QZ_fopen(path.c_str(), "rb"));
+  const FileHandle unshared = open_unshared(path.c_str());
   const struct {
     long long offset;
     int origin;
@@ -104,7 +106,7 @@ TEST_F(UnsharedFile, OffsetsWithoutAPlace_AsOfAnOrdinaryStream) {
 
 TEST_F(UnsharedFile, GrownAndCutWhileOpen_EndAsItIsNow) {
   const std::string path = write(10);
-  const qz_FileHandle file = qz_open_unshared(path.c_str());
+  const FileHandle file = open_unshared(path.c_str());
   EXPECT_EQ(seek(file.get(), 0, SEEK_END).position, 10);
   folder_.write("file", numbered_bytes(9000));
   EXPECT_EQ(seek(file.get(), 0, SEEK_END).position, 9000);
@@ -119,7 +121,7 @@ TEST_F(UnsharedFile, ReadInPieces_EveryByte) {
   constexpr std::size_t kSize = 20000;
   const std::string path = write(kSize);
   for (const std::size_t at_once : {1U, 4U, 100U, 5000U, 20000U}) {
-    const qz_FileHandle file = qz_open_unshared(path.c_str());
+    const FileHandle file = open_unshared(path.c_str());
     const ShortTransfers pieces;
     std::string bytes;
     for (std::string part = read_some(file.get(), at_once); !part.empty(); part = read_some(file.get(), at_once)) {
@@ -132,28 +134,28 @@ TEST_F(UnsharedFile, ReadInPieces_EveryByte) {
 }
 
 TEST_F(UnsharedFile, ErrorBehindAPiece_ReadFails) {
-  const qz_FileHandle file = qz_open_unshared(write(20000).c_str());
+  const FileHandle file = open_unshared(write(20000).c_str());
   const ShortTransfers pieces(0, 1, EIO);
   EXPECT_LT(read_some(file.get(), 20000).size(), 20000U);
   EXPECT_TRUE(std::ferror(file.get()));
 }
 
 TEST_F(UnsharedFile, EmptyFile_AtItsEnd) {
-  const qz_FileHandle file = qz_open_unshared(write(0).c_str());
+  const FileHandle file = open_unshared(write(0).c_str());
   EXPECT_EQ(read(file.get(), 1), (Seen{0, "", true, false, 0}));
 }
 
 TEST_F(UnsharedFile, MissingFileAndOneNotAllowed_NullAndTheReason) {
   errno = 0;
-  EXPECT_EQ(qz_open_unshared(folder_.path("none").c_str()), nullptr);
+  EXPECT_EQ(open_unshared(folder_.path("none").c_str()), nullptr);
   EXPECT_EQ(errno, ENOENT);
-  EXPECT_EQ(qz_open_unshared((write(1) + "/below").c_str()), nullptr);
+  EXPECT_EQ(open_unshared((write(1) + "/below").c_str()), nullptr);
   EXPECT_EQ(errno, ENOTDIR);
 }
 
 TEST_F(UnsharedFile, Directory_OpensAndCannotBeRead) {
-  const qz_FileHandle ordinary(QZ_fopen(folder_.path().c_str(), "rb"));
-  const qz_FileHandle unshared = qz_open_unshared(folder_.path().c_str());
+  const FileHandle ordinary(QZ_fopen(folder_.path().c_str(), "rb"));
+  const FileHandle unshared = open_unshared(folder_.path().c_str());
   ASSERT_NE(unshared, nullptr);
   EXPECT_EQ(seek(unshared.get(), 0, SEEK_SET), seek(ordinary.get(), 0, SEEK_SET));
   EXPECT_EQ(read(unshared.get(), 4), read(ordinary.get(), 4));
@@ -165,7 +167,7 @@ TEST_F(UnsharedFile, Pipe_CannotBePositioned) {
   ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
   const int writer = open(path.c_str(), O_RDWR);
   ASSERT_GE(writer, 0);
-  const qz_FileHandle file = qz_open_unshared(path.c_str());
+  const FileHandle file = open_unshared(path.c_str());
   ASSERT_NE(file, nullptr);
   EXPECT_EQ(QZ_fseek(file.get(), 0, SEEK_SET), -1);
   EXPECT_EQ(errno, ESPIPE);
@@ -177,27 +179,27 @@ TEST_F(UnsharedFile, NoDescriptorLeft_Null) {
   const std::string path = write(1);
   expect_child_succeeds([&] {
     const ResourceLimit none(RLIMIT_NOFILE, 0);
-    return qz_open_unshared(path.c_str()) == nullptr && errno == EMFILE ? 0 : 1;
+    return open_unshared(path.c_str()) == nullptr && errno == EMFILE ? 0 : 1;
   });
 }
 
 TEST_F(UnsharedFile, NoMemory_MemoryAllocAndNothingOpenLeft) {
   const std::string path = write(1);
   const int before = next_descriptor();
-  EXPECT_EQ(FailEveryAllocation([&] { qz_open_unshared(path.c_str()); }), 1U);
+  EXPECT_EQ(FailEveryAllocation([&] { open_unshared(path.c_str()); }), 1U);
   EXPECT_EQ(next_descriptor(), before);
 }
 
 TEST_F(UnsharedFile, Descriptor_ClosedByExec) {
   const int next = next_descriptor();
-  const qz_FileHandle file = qz_open_unshared(write(1).c_str());
+  const FileHandle file = open_unshared(write(1).c_str());
   EXPECT_EQ(fcntl(next, F_GETFD), FD_CLOEXEC);
 }
 
 TEST_F(UnsharedFile, Forked_EachReadsOnWhereItStands) {
   constexpr std::size_t kSize = 30000;
   const std::string bytes = numbered_bytes(kSize);
-  const qz_FileHandle file = qz_open_unshared(write(kSize).c_str());
+  const FileHandle file = open_unshared(write(kSize).c_str());
   EXPECT_EQ(read_some(file.get(), 100), bytes.substr(0, 100));
   expect_child_succeeds([&] {
     const bool right = read_some(file.get(), 12000) == bytes.substr(100, 12000);

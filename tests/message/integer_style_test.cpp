@@ -39,7 +39,7 @@ class IcuIntegers {
 };
 
 std::string appended(const IntegerStyle& style, int value) {
-  qz_TextBuffer text;
+  TextBuffer text;
   text.append('<');
   style.append(text, value);
   text.append('>');

@@ -195,7 +195,7 @@ bool has_half_a_pair(const icu::UnicodeString& text) {
 }
 
 void expect_appended(const icu::UnicodeString& text, std::size_t before) {
-  qz_TextBuffer buffer;
+  TextBuffer buffer;
   const std::string former(before, 'f');
   buffer.append(former.data(), former.size());
   const bool wanted = !has_half_a_pair(text);
@@ -225,7 +225,7 @@ TEST(AppendUtf8, TextsWithAndWithoutHalvesOfPairs_WholeOrNothing) {
 TEST(AppendUtf8, BogusText_NothingAppended) {
   icu::UnicodeString text;
   text.setToBogus();
-  qz_TextBuffer buffer;
+  TextBuffer buffer;
   buffer.append('a');
   EXPECT_TRUE(append_utf8(text, buffer));
   EXPECT_EQ(std::string(buffer.data(), buffer.size()), "a");

@@ -1,6 +1,6 @@
 #!/bin/bash
 # Fails when the library asks for a destructor at the end of the process: its threads may still log then. Static objects
-# with one belong into qz_NeverDestroyed. Usage: static_destructors.sh libqzlog.so
+# with one belong into qzlog::NeverDestroyed. Usage: static_destructors.sh libqzlog.so
 set -euo pipefail
 
 symbols=$(nm --dynamic --undefined-only "$1")
