@@ -22,6 +22,7 @@
 #include "tools/render/entry_error.h"
 #include "tools/report/check_rules.h"
 #include "tools/report/source_rules.h"
+#include "tools/system/out_of_memory.h"
 #include "tools/system/output_file.h"
 #include "tools/system/process_start.h"
 
@@ -90,6 +91,7 @@ void print_rules() {
 
 int main(int argc, char** argv) {
   qzlog_tool::prepare_process();
+  qzlog_tool::end_where_memory_runs_out();
   if (argc != 2) {
     std::cerr << "Usage: qzlog_command_docs FOLDER | --rules\n";
     return 2;

@@ -20,6 +20,7 @@ void use_utf8() {
 int main(int argc, char** argv) {
   qzlog_tool::prepare_process();
   qzlog_tool::end_where_memory_runs_out();
+  qzlog_tool::read_time_zone();
   use_utf8();
   // A caller may leave out even the program's name.
   return qzlog_tool::run_command_line(argc > 1 ? std::vector<std::string>(argv + 1, argv + argc)

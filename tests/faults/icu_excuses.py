@@ -4,21 +4,27 @@ import judge
 
 # How the C library waits for a lock: the innermost calls of a thread that waits in vain.
 WAITS = ("futex_wait", "lll_lock_wait", "pthread_mutex_lock", "pthread_cond_wait", "pthread_once_slow", "pthread_once")
+# Functions of ICU's that are given nothing: what they use when they crash is ICU's own, whoever calls them.
+GIVEN_NOTHING = ("uloc_getDefault", "locale_get_default")
 FAILED = b"failed: "
 
 
 def excuse_ending(verdict, frames):
-    """A crash is ICU's own when nothing but the C library stands between it and ICU, which called itself to get there: what ICU's
-    functions were given by others they look at first. A hang is one when ICU waits for a lock."""
+    """A crash is ICU's own when nothing but the C library stands between it and ICU, which called itself to get there, or was given
+    nothing: what ICU's functions were given by others they look at first. A hang is one when ICU waits for a lock."""
     outside = [frame for frame in frames if not frame.startswith(("libc.so", "ld-linux"))]
     own = 0
     while own < len(outside) and outside[own].startswith("libicu"):
         own += 1
-    if verdict.outcome == judge.CRASH and own >= 2:
+    if verdict.outcome == judge.CRASH and (own >= 2 or (own == 1 and _is_given_nothing(outside[0]))):
         return judge.Verdict(judge.ICU_CRASH, judge.calls_text(outside[:4]))
     if verdict.outcome == judge.HANG and own >= 1 and _is_wait(frames[0]):
         return judge.Verdict(judge.ICU_HANG, judge.calls_text(outside[:4]))
     return verdict
+
+
+def _is_given_nothing(frame):
+    return frame.partition(" ")[2].startswith(GIVEN_NOTHING)
 
 
 def _is_wait(frame):

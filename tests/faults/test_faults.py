@@ -124,6 +124,10 @@ class ExcuseOfIcusEndings(unittest.TestCase):
         self.assertEqual(self.outcome("libicuuc.so.72 f", "libicui18n.so.72 g", "libqzlog.so.1 h"), judge.ICU_CRASH)
         self.assertEqual(self.outcome("libc.so.6 strlen", "libicui18n.so.72 f", "libicui18n.so.72 g"), judge.ICU_CRASH)
 
+    def test_crash_of_a_function_that_is_given_nothing_is_excused(self):
+        self.assertEqual(self.outcome("libicuuc.so.72 locale_get_default_72", "libqzlog.so.1 g"), judge.ICU_CRASH)
+        self.assertEqual(self.outcome("libicuuc.so.72 uloc_getName_72", "libqzlog.so.1 g"), judge.CRASH)
+
     def test_crash_at_what_icu_was_given_is_not(self):
         self.assertEqual(self.outcome("libicuuc.so.72 f", "libqzlog.so.1 g"), judge.CRASH)
         self.assertEqual(self.outcome("libc.so.6 strlen", "libicuuc.so.72 f", "libqzlog.so.1 g"), judge.CRASH)

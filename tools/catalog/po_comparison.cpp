@@ -32,6 +32,7 @@ std::set<std::string> reference_words(const PoMessage& message) {
     std::string_view file = reference.file;
     while (file.starts_with("./")) file.remove_prefix(2);
     std::istringstream text(std::string(trimmed(file)) + (reference.line ? ':' + std::to_string(*reference.line) : ""));
+    text.exceptions(std::ios::badbit);  // without memory for a word too
     for (std::string word; text >> word;) words.insert(word);
   }
   return words;

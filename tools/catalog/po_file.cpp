@@ -8,11 +8,13 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <new>
 #include <utility>
 
 #include "tools/catalog/po_comparison.h"
 #include "tools/catalog/po_lines.h"
 #include "tools/compiler/text/utf8_text.h"
+#include "tools/system/child_process.h"
 #include "tools/system/command_error.h"
 #include "tools/system/file_descriptor.h"
 #include "tools/system/memory_file.h"
@@ -311,6 +313,32 @@ void write_messages(const PoFile& file, const std::string& path) {
   throw CommandError(qzlog_tool::kExitFindings, "cannot make a PO file" + reason);
 }
 
+constexpr int kOutOfMemory = 3;  // no exit status of a command
+
+/// What write_messages throws becomes a status, and its text the content of `reason`.
+int write_messages_or_tell(const PoFile& file, const std::string& path, MemoryFile& reason) {
+  try {
+    write_messages(file, path);
+    return qzlog_tool::kExitSuccess;
+  } catch (const CommandError& error) {
+    reason.overwrite_beginning(error.what());
+    return error.exit_status();
+  } catch (const std::bad_alloc&) {
+    return kOutOfMemory;
+  }
+}
+
+/// Without memory libgettextpo ends its process, or crashes: it gets one of its own.
+void write_messages_apart(const PoFile& file, const std::string& path) {
+  MemoryFile reason;
+  const int status = qzlog_tool::run_apart("libgettextpo", [&] { return write_messages_or_tell(file, path, reason); });
+  if (status == qzlog_tool::kExitSuccess) return;
+  if (status == kOutOfMemory) throw std::bad_alloc();
+  const std::string text = reason.content();
+  throw CommandError(text.empty() ? qzlog_tool::kExitCannotRun : status,
+                     text.empty() ? "cannot make a PO file: libgettextpo has ended (memory may be used up)" : text);
+}
+
 /// libgettextpo does not report a write that fails.
 bool holds(const std::string& text, PoFile file) {
   std::erase_if(file.messages, [](const PoMessage& message) { return message.is_left_over(); });
@@ -355,7 +383,7 @@ std::optional<PoFile> parse_po(std::string_view content, const std::string& file
 
 std::string write_po(const PoFile& file) {
   const MemoryFile out;
-  write_messages(file, out.path());
+  write_messages_apart(file, out.path());
   std::string text = out.content();
   if (holds(text, file)) return text;
   throw CommandError(qzlog_tool::kExitFindings,

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <signal.h>
 #include <spawn.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -185,6 +186,19 @@ ProgramResult run_program(std::vector<std::string> program_and_arguments, Progra
   result.status = child.wait();
   result.output = output.content();
   return result;
+}
+
+int run_apart(const std::string& name, const std::function<int()>& work) {
+  const SignalDelay delay;
+  const ChildNotice notice;
+  const pid_t process = ::fork();
+  if (process < 0) refuse_to_start(name, errno);
+  if (process == 0) {
+    ::prctl(PR_SET_DUMPABLE, 0);  // its end is expected, and leaves no file behind
+    ::sigprocmask(SIG_SETMASK, &SignalDelay::mask_before(), nullptr);
+    ::_exit(work());
+  }
+  return Child(process, name).wait();
 }
 
 }  // namespace qzlog_tool

@@ -1,6 +1,7 @@
 #ifndef QZLOG_TOOLS_SYSTEM_CHILD_PROCESS_H
 #define QZLOG_TOOLS_SYSTEM_CHILD_PROCESS_H
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -18,6 +19,11 @@ enum class ProgramErrors { kToOurs, kWithOutput };
 /// A signal that ends this process ends the program first. Throws CommandError (cannot run) when it cannot be started.
 ProgramResult run_program(std::vector<std::string> program_and_arguments, ProgramErrors errors = ProgramErrors::kToOurs,
                           std::vector<std::string> variables = {});
+
+/// Runs `work` in a copy of this process and returns what it returns, or 128 and the signal that ended the copy: for
+/// what may end its process. What `work` changes in memory stays there. It must not throw; where memory runs out it
+/// gets std::bad_alloc. Throws CommandError (cannot run) when there can be no copy. `name` is what error texts call it.
+int run_apart(const std::string& name, const std::function<int()>& work);
 
 }  // namespace qzlog_tool
 

@@ -9,6 +9,10 @@ namespace qzlog_tool {
 /// error of the write, not a signal.
 void prepare_process() noexcept;
 
+/// Has the C library read the time zone now. Without memory for it the C library takes another zone, without a word and
+/// for as long as the process lives; the process ends then, as where memory runs out.
+void read_time_zone() noexcept;
+
 }  // namespace qzlog_tool
 
 #endif  // QZLOG_TOOLS_SYSTEM_PROCESS_START_H

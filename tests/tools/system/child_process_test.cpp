@@ -109,4 +109,21 @@ TEST(RunProgram, SignalForUs_EndsTheProgramAndIsStillThere) {
   EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1) << "a child is left";
 }
 
+TEST(RunApart, Status_IsWhatTheWorkReturns) {
+  const SignalAction ignored(SIGCHLD, SIG_IGN);
+  EXPECT_EQ(qzlog_tool::run_apart("a test", [] { return 0; }), 0);
+  EXPECT_EQ(qzlog_tool::run_apart("a test", [] { return 7; }), 7);
+}
+
+TEST(RunApart, EndOfTheCopy_IsNotOurs) {
+  EXPECT_EQ(qzlog_tool::run_apart("a test", [] { return ::raise(SIGKILL); }), 128 + SIGKILL);
+  EXPECT_EQ(qzlog_tool::run_apart("a test", []() -> int { ::_exit(3); }), 3);
+}
+
+TEST(RunApart, WhatItChanges_StaysInTheCopy) {
+  int number = 1;
+  EXPECT_EQ(qzlog_tool::run_apart("a test", [&] { return ++number; }), 2);
+  EXPECT_EQ(number, 1);
+}
+
 }  // namespace
