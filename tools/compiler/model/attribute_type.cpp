@@ -68,8 +68,9 @@ std::string all_type_names() {
 bool is_known_format(char format) { return qzlog::message_format_kind(format) != qzlog::MessageFormatKind::kUnknown; }
 
 std::string_view accepted_formats(qz_AttributeType type) {
-  if (static_cast<std::size_t>(type) >= kAcceptedFormats.size()) return "";
-  const FormatList& list = kAcceptedFormats[type];
+  const auto code = static_cast<std::size_t>(type);
+  if (code >= kAcceptedFormats.size()) return "";
+  const FormatList& list = kAcceptedFormats[code];
   return {list.characters.data(), list.count};
 }
 
