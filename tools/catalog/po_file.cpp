@@ -284,17 +284,21 @@ PoFilePointer read_po(const std::string& path, const std::string& file_name, con
 }
 
 /// libgettextpo opens a file that it writes, makes a copy of the descriptor and does not look whether there is one.
-void require_two_descriptors() {
-  const auto take = [] {
-    const int copy = ::fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
-    if (copy >= 0) return qzlog_tool::FileDescriptor(copy);
-    throw CommandError(qzlog_tool::kExitCannotRun, "cannot make a PO file" + last_reason());
+bool has_two_descriptors() {
+  const auto copy = [] {
+    return qzlog_tool::FileDescriptor(::fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
   };
-  const qzlog_tool::FileDescriptor first = take();
-  const qzlog_tool::FileDescriptor second = take();
+  const qzlog_tool::FileDescriptor first = copy();
+  const qzlog_tool::FileDescriptor second = copy();
+  return second.get() >= 0;
 }
 
-void write_messages(const PoFile& file, const std::string& path) {
+struct WriteFailure {
+  int status;
+  std::string reason;
+};
+
+std::optional<WriteFailure> write_messages(const PoFile& file, const std::string& path) {
   const PoFilePointer po(po_file_create());
   const IteratorPointer iterator(po_message_iterator(po.get(), nullptr));
   for (const PoMessage& message : file.messages) {
@@ -302,27 +306,25 @@ void write_messages(const PoFile& file, const std::string& path) {
   }
   Findings findings;
   const ErrorTaker errors(path, findings);
-  require_two_descriptors();
+  if (!has_two_descriptors()) return WriteFailure{qzlog_tool::kExitCannotRun, last_reason()};
   try {
     errno = 0;
-    if (po_file_write(po.get(), path.c_str(), errors.handler()) != nullptr && !errors.has_errors()) return;
+    if (po_file_write(po.get(), path.c_str(), errors.handler()) != nullptr && !errors.has_errors()) return std::nullopt;
   } catch (const GivenUp&) {
     errno = 0;
   }
-  const std::string reason = errors.has_errors() ? ": " + findings.all()[0].text : last_reason();
-  throw CommandError(qzlog_tool::kExitFindings, "cannot make a PO file" + reason);
+  return WriteFailure{qzlog_tool::kExitFindings, errors.has_errors() ? ": " + findings.all()[0].text : last_reason()};
 }
 
 constexpr int kOutOfMemory = 3;  // no exit status of a command
 
-/// What write_messages throws becomes a status, and its text the content of `reason`.
+/// The reason of a failure becomes the content of `reason`.
 int write_messages_or_tell(const PoFile& file, const std::string& path, MemoryFile& reason) {
   try {
-    write_messages(file, path);
-    return qzlog_tool::kExitSuccess;
-  } catch (const CommandError& error) {
-    reason.overwrite_beginning(error.what());
-    return error.exit_status();
+    const std::optional<WriteFailure> failure = write_messages(file, path);
+    if (!failure) return qzlog_tool::kExitSuccess;
+    reason.overwrite_beginning(failure->reason);
+    return failure->status;
   } catch (const std::bad_alloc&) {
     return kOutOfMemory;
   }
@@ -335,8 +337,9 @@ void write_messages_apart(const PoFile& file, const std::string& path) {
   if (status == qzlog_tool::kExitSuccess) return;
   if (status == kOutOfMemory) throw std::bad_alloc();
   const std::string text = reason.content();
-  throw CommandError(text.empty() ? qzlog_tool::kExitCannotRun : status,
-                     text.empty() ? "cannot make a PO file: libgettextpo has ended (memory may be used up)" : text);
+  throw CommandError(
+      text.empty() ? qzlog_tool::kExitCannotRun : status,
+      "cannot make a PO file" + (text.empty() ? ": libgettextpo has ended (memory may be used up)" : text));
 }
 
 /// libgettextpo does not report a write that fails.
