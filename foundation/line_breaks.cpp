@@ -13,7 +13,7 @@ char escape_letter(char character) { return character == '\n' ? 'n' : character 
 
 void escape_line_breaks(const char* source, char* target, int size) {
   int written = 0;
-  for (int read = 0; source[read] != '\0' && read < size - 1 && written < size - 1; ++read) {
+  for (int read = 0; read < size - 1 && written < size - 1 && source[read] != '\0'; ++read) {
     const char letter = escape_letter(source[read]);
     target[written++] = letter != '\0' ? '\\' : source[read];
     if (letter != '\0' && written < size - 1) target[written++] = letter;

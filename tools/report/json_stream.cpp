@@ -16,7 +16,9 @@ void write_text(std::string_view text, std::ostream& out) {
 
 }  // namespace
 
-JsonObjectStream::JsonObjectStream(std::ostream& out, JsonLayout layout) : out_(out), layout_(layout) { out_ << '{'; }
+JsonObjectStream::JsonObjectStream(std::ostream& out, const JsonLayout& layout) : out_(out), layout_(layout) {
+  out_ << '{';
+}
 
 void JsonObjectStream::number(std::string_view key, std::uint64_t value) { member(key) << value; }
 
@@ -37,7 +39,9 @@ std::ostream& JsonObjectStream::member(std::string_view key) {
 
 void JsonObjectStream::end() { out_ << (empty_ ? "" : layout_.before_end) << '}'; }
 
-JsonListStream::JsonListStream(std::ostream& out, JsonLayout layout) : out_(out), layout_(layout) { out_ << '['; }
+JsonListStream::JsonListStream(std::ostream& out, const JsonLayout& layout) : out_(out), layout_(layout) {
+  out_ << '[';
+}
 
 std::ostream& JsonListStream::item() {
   out_ << (empty_ ? "" : layout_.between) << layout_.before_each;

@@ -23,7 +23,7 @@ inline constexpr JsonLayout kResultListLayout = {",", "\n    ", "\n  "};
 class JsonObjectStream {
  public:
   /// `out` has to outlive this object.
-  explicit JsonObjectStream(std::ostream& out, JsonLayout layout = {});
+  explicit JsonObjectStream(std::ostream& out, const JsonLayout& layout = {});
 
   void number(std::string_view key, std::uint64_t value);
   void signed_number(std::string_view key, std::int64_t value);
@@ -46,7 +46,7 @@ class JsonObjectStream {
 class JsonListStream {
  public:
   /// `out` has to outlive this object.
-  explicit JsonListStream(std::ostream& out, JsonLayout layout = {});
+  explicit JsonListStream(std::ostream& out, const JsonLayout& layout = {});
 
   /// For the next item, which the caller writes.
   std::ostream& item();

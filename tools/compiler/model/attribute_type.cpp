@@ -34,13 +34,16 @@ constexpr FormatList list_accepted_formats(qz_AttributeType type) {
   return list;
 }
 
-constexpr auto kAcceptedFormats = [] {
-  std::array<FormatList, TypeTimestamp + 1> lists;
-  for (unsigned code = TypeUnknown + 1; code < lists.size(); ++code) {
-    lists[code] = list_accepted_formats(static_cast<qz_AttributeType>(code));
-  }
+using FormatLists = std::array<FormatList, TypeTimestamp + 1>;
+
+constexpr FormatLists list_accepted_formats() {
+  FormatLists lists;
+  unsigned code = TypeUnknown;
+  while (++code < lists.size()) lists[code] = list_accepted_formats(static_cast<qz_AttributeType>(code));
   return lists;
-}();
+}
+
+constexpr FormatLists kAcceptedFormats = list_accepted_formats();
 
 }  // namespace
 

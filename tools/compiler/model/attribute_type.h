@@ -29,8 +29,8 @@ bool is_known_format(char format);
 /// One of the formats that show the same: d and u are one.
 constexpr char canonical_format(char format) { return format == 'u' ? 'd' : format; }
 
-/// The formats that both rendering paths accept for a type, the one that suits it best first; empty for GUID, which cannot be set, and
-/// for unknown types.
+/// The formats that both rendering paths accept for a type, the one that suits it best first; empty for GUID, which
+/// cannot be set, and for unknown types.
 std::string_view accepted_formats(qz_AttributeType type);
 
 /// The formats that a placeholder without one stands for: one character, or "DT" for a date, a blank and a time.
