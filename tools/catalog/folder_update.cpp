@@ -24,17 +24,20 @@ constexpr const char* kNoDigest = "";  ///< of what is there, but no file
   throw qzlog_tool::CommandError(qzlog_tool::kExitCannotRun, std::string(what) + " '" + path + "': " + error.message());
 }
 
-bool is_there(const std::string& path) {
+using AskStatus = fs::file_status (*)(const fs::path&, std::error_code&);
+
+/// A link in a circle is a link. What cannot be known is not taken for something else.
+fs::file_type type_of(const std::string& path, AskStatus ask) {
   std::error_code error;
-  const fs::file_type type = fs::symlink_status(path, error).type();
+  const fs::file_type type = ask(path, error).type();
+  if (error == std::errc::too_many_symbolic_link_levels) return fs::file_type::symlink;
   if (type == fs::file_type::none) fail("cannot read", path, error);
-  return type != fs::file_type::not_found;
+  return type;
 }
 
-bool is_file(const std::string& path) {
-  std::error_code error;
-  return fs::is_regular_file(path, error);
-}
+bool is_there(const std::string& path) { return type_of(path, fs::symlink_status) != fs::file_type::not_found; }
+
+bool is_file(const std::string& path) { return type_of(path, fs::status) == fs::file_type::regular; }
 
 /// None when nothing of this name is there.
 std::optional<std::string> digest_of(const std::string& path) {

@@ -149,6 +149,17 @@ TEST_F(FolderUpdateTest, StaleLink_IsRemovedAndNotWhatItLeadsTo) {
   EXPECT_EQ(folder_.read("elsewhere/ja.res"), "j1");
 }
 
+// Taken for a file of somebody else's it would stay, and its readers would get old messages.
+TEST_F(FolderUpdateTest, WhatCannotBeLookedAt_IsAnError) {
+  update(kFirst);
+  fs::remove(in_folder("ja.res"));
+  fs::create_symlink(std::string(300, 'x'), in_folder("ja.res"));  // longer than a name may be
+  EXPECT_THROW(update(kSecond), qzlog_tool::CommandError);
+  fs::remove(in_folder("ja.res"));
+  fs::create_symlink("ja.res", in_folder("ja.res"));  // in a circle
+  EXPECT_NE(update(kSecond).find("[foreign-bundle]"), std::string::npos);
+}
+
 TEST_F(FolderUpdateTest, FolderThatDoesNotExist_HasNothingInTheWay) {
   Findings findings;
   EXPECT_TRUE(FolderUpdate(in_folder("new/folder"), kFirst).prepare(false, findings));
