@@ -27,7 +27,14 @@ void expect_children_succeed(const Logging& logging, int forks) {
   }
 }
 
-class ForkWhileThreadsLog : public testing::TestWithParam<Path> {};
+class ForkWhileThreadsLog : public testing::TestWithParam<Path> {
+ protected:
+  void SetUp() override {
+#ifdef QZLOG_EMULATED
+    GTEST_SKIP() << "the emulator's own lock of paths may be held by another thread, and stays so in the child";
+#endif
+  }
+};
 
 TEST_P(ForkWhileThreadsLog, ManyForks_EveryChildLogsAndRenders) {
   const Logging logging(GetParam());
