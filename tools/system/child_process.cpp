@@ -90,10 +90,11 @@ class ChildNotice {
   sigset_t mask_before_ = {};
 };
 
-/// A program that runs; one that nobody has waited for is killed.
+/// A program that runs; one that nobody has waited for is killed. The name has to outlive it: a copy might find no
+/// memory once the program runs.
 class Child {
  public:
-  Child(pid_t process, std::string program) : process_(process), program_(std::move(program)) {}
+  Child(pid_t process, const std::string& program) : process_(process), program_(program) {}
   Child(const Child&) = delete;
   Child& operator=(const Child&) = delete;
   ~Child() {
@@ -137,7 +138,7 @@ class Child {
   }
 
   pid_t process_;
-  std::string program_;
+  const std::string& program_;
 };
 
 /// Pointers as the system takes them; the texts stay the caller's.

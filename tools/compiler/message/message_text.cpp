@@ -13,12 +13,8 @@ namespace {
 
 std::string unknown_format_hint(std::string_view format) {
   std::array<std::string_view, kFormatCharacters.size()> formats;
-  std::string list;
-  for (std::size_t i = 0; i < formats.size(); ++i) {
-    formats[i] = kFormatCharacters.substr(i, 1);
-    list.append(" ").append(formats[i]);
-  }
-  return did_you_mean(format, formats, "formats are" + list);
+  for (std::size_t i = 0; i < formats.size(); ++i) formats[i] = kFormatCharacters.substr(i, 1);
+  return did_you_mean(format, formats, "formats are " + listed_formats(kFormatCharacters));
 }
 
 class MessageParser {

@@ -65,19 +65,10 @@ class FormatResolver {
       add(Severity::kError, Rule::kFormatTypeMismatch,
           "the format '" + std::string(1, placeholder_.format) + "' does not accept " +
               std::string(short_type_name(type)) + " attributes as " + quoted(placeholder_.text),
-          accepted.empty() ? "" : "the type is shown by " + spaced(accepted));
+          accepted.empty() ? "" : "the type is shown by " + listed_formats(accepted));
       return "";
     }
     return std::string(1, placeholder_.format);
-  }
-
-  static std::string spaced(std::string_view characters) {
-    std::string list;
-    for (const char character : characters) {
-      if (!list.empty()) list += ' ';
-      list += character;
-    }
-    return list;
   }
 
   void add(Severity severity, Rule rule, std::string text, std::string hint) {

@@ -166,7 +166,7 @@ class Judge {
       add(TemplateReason::kUnknownFormat, part,
           "the format " + quoted(std::string_view(&part.format, 1)) + " of " + quoted(part.text) +
               " does not exist, so the reference shows nothing",
-          "formats are s C P D T f d u");
+          "formats are " + listed_formats(kFormatCharacters));
     }
   }
 

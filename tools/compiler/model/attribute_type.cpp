@@ -68,6 +68,15 @@ std::string all_type_names() {
   return names;
 }
 
+std::string listed_formats(std::string_view formats) {
+  std::string list;
+  for (const char format : formats) {
+    if (!list.empty()) list += ' ';
+    list += format;
+  }
+  return list;
+}
+
 bool is_known_format(char format) { return qzlog::message_format_kind(format) != qzlog::MessageFormatKind::kUnknown; }
 
 std::string_view accepted_formats(qz_AttributeType type) {

@@ -23,6 +23,9 @@ std::string all_type_names();
 /// Every format character that a placeholder can ask for.
 inline constexpr std::string_view kFormatCharacters = "sCPDTfdu";
 
+/// Format characters as texts list them, with a blank between.
+std::string listed_formats(std::string_view formats);
+
 /// A reference with another format shows nothing.
 bool is_known_format(char format);
 
