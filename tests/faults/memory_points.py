@@ -8,7 +8,7 @@ import runners
 import scenarios
 
 ONCE, FROM_THEN_ON = "once", "from then on"
-SHORT_POINTS = 20
+SHORT_POINTS = 16
 
 
 @dataclasses.dataclass(frozen=True)
