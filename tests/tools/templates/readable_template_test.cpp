@@ -2,11 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include <iterator>
 #include <string>
 #include <vector>
 
 #include "tests/support/seeded_random.h"
+#include "tests/tools/templates/random_template.h"
 #include "tools/compiler/message/message_lowering.h"
 #include "tools/compiler/message/template_judge.h"
 
@@ -69,15 +69,10 @@ std::string without_doubled_braces(const std::string& text) {
 }
 
 TEST(ReadableTemplate, RandomTextsLoweredForEitherPath_ReadAsTheyWereWritten) {
-  const char* const kPieces[] = {"a", " ", "'", "''",    "{{", "}}", "é",       "漢",         "\"",      "#",
-                                 "|", ",", "0", "{{0}}", "\\", "\n", "{Name} ", "{Count:P} ", "{When} ", " {Name}."};
   qz_test::SeededRandom random;
   int read = 0;
   for (int i = 0; i < 3000; ++i) {
-    std::string text;
-    for (long long pieces = random.between(0, 11); pieces > 0; --pieces) {
-      text += kPieces[random.between(0, std::ssize(kPieces) - 1)];
-    }
+    const std::string text = qz_test::random_template(random);
     for (const auto& [path, form] : {std::pair(RenderingPaths::kIcu, RenderingPath::kIcu),
                                      std::pair(RenderingPaths::kNarrow, RenderingPath::kNarrow)}) {
       const auto lowered = qzlog_compiler::lower_message(text, type_of, path);
