@@ -1,12 +1,15 @@
 #include "definitions/attribute_name.h"
 
+#include <cstring>
 #include <memory>
 #include <new>
+#include <string>
 #include <string_view>
 #include <unordered_map>
 #include <utility>
 
 #include "foundation/locks.h"
+#include "lines/json_text.h"
 #include "qzlog/qz_exception.h"
 
 namespace qzlog {
@@ -25,11 +28,18 @@ class NameRegistry {
 
  private:
   const KnownName* add(const AttributeName& wanted) {
-    // The text stands behind its object.
-    void* const storage = ::operator new(sizeof(KnownName) + wanted.length + 1);
+    std::string key = ",";
+    append_json_text(std::string_view(wanted.text, wanted.length), key);
+    key += ':';
+    // The texts stand behind their object.
+    const std::size_t text_size = wanted.length + 1U;
+    void* const storage = ::operator new(sizeof(KnownName) + text_size + key.size() + KnownName::kJsonKeyPadding);
     char* const text = static_cast<char*>(storage) + sizeof(KnownName);
-    QZ_memcpy(text, wanted.text, wanted.length + 1U);
-    Owned name(new (storage) KnownName(text, wanted.hash));
+    char* const json_key = text + text_size;
+    QZ_memcpy(text, wanted.text, text_size);
+    QZ_memcpy(json_key, key.data(), key.size());
+    std::memset(json_key + key.size(), 0, KnownName::kJsonKeyPadding);
+    Owned name(new (storage) KnownName(text, wanted.hash, std::string_view(json_key, key.size())));
     return names_->emplace(std::string_view(text, wanted.length), std::move(name)).first->second.get();
   }
 

@@ -1,6 +1,9 @@
 #ifndef QZLOG_DEFINITIONS_ATTRIBUTE_NAME_H
 #define QZLOG_DEFINITIONS_ATTRIBUTE_NAME_H
 
+#include <cstddef>
+#include <string_view>
+
 #include "foundation/hashing.h"
 #include "foundation/qz_libc.h"
 
@@ -24,16 +27,22 @@ class KnownName {
   static const KnownName* of(const char* text);
 
   const char* text() const { return text_; }
+  /// The name as the key of a JSON object's member that follows another one: `,"NAME":`, behind which kJsonKeyPadding
+  /// bytes may be read. What of the name is not UTF-8 became replacement characters.
+  std::string_view json_key() const { return json_key_; }
+  static constexpr std::size_t kJsonKeyPadding = 16;
   /// my_hashcode
   unsigned hash() const { return hash_; }
   bool equals(const AttributeName& name) const { return hash_ == name.hash && QZ_strcmp(text_, name.text) == 0; }
 
  private:
   friend class NameRegistry;
-  KnownName(const char* text, unsigned hash) : hash_(hash), text_(text) {}
+  KnownName(const char* text, unsigned hash, std::string_view json_key)
+      : hash_(hash), text_(text), json_key_(json_key) {}
 
   unsigned hash_;
   const char* text_;
+  std::string_view json_key_;
 };
 
 }  // namespace qzlog

@@ -54,6 +54,11 @@ class _qz_LOG_log_entry_imp : public qz_UTIL_no_inadvertant_copies {
   const char* get_version_text() const { return version_text_; }
   /// Null while the entry has no ID.
   const _qz_LOG_log_definition* get_definition() const { return hold_ ? &hold_->definition() : nullptr; }
+  /// Throws QZX_logging_misc then.
+  const _qz_LOG_log_definition& require_definition() const {
+    if (!hold_) throw_not_initialized();
+    return hold_->definition();
+  }
   void set_entry_id(unsigned int entry_id);
   void set_log_level(unsigned int log_level);
   static void set_log_major_version(unsigned int major);
@@ -63,6 +68,8 @@ class _qz_LOG_log_entry_imp : public qz_UTIL_no_inadvertant_copies {
   static unsigned int get_log_minor_version();
   static void get_log_version(unsigned int& major, unsigned int& minor);
   qz_Time get_timestamp(bool gmt) const;
+  /// The moment of the entry's time; 0 while it is not set.
+  long long get_unix_seconds() const { return timestamp_.unix_seconds(); }
   void set_timestamp(const qz_Time& time, bool gmt);
 
   // Standard information attributes.
@@ -160,6 +167,12 @@ class _qz_LOG_log_entry_imp : public qz_UTIL_no_inadvertant_copies {
   void clear_attribs(bool full);
   int check_attribute(const char* name, qz_AttributeType& type) const;
   void visit_attributes(qz_LOG_AttributeVisitor& visitor) const;
+  /// The same at once: calls visit(const qzlog::KnownName*, const _qz_LOG_type_base&) for each attribute that is set,
+  /// in the order in which they were added; one under a new name takes the place of one that was removed.
+  template <typename Visit>
+  void for_each_value(Visit visit) const {
+    attributes_.for_each(visit);
+  }
 
   // The readable message.
   const char* get_readable_message(char* buffer, long size, bool use_default, unsigned int selector_index) const;
@@ -180,10 +193,6 @@ class _qz_LOG_log_entry_imp : public qz_UTIL_no_inadvertant_copies {
   void take_from_definition();
 
   /// The checks that the attribute operations share, each with its own exception and text.
-  const _qz_LOG_log_definition& require_definition() const {
-    if (!hold_) throw_not_initialized();
-    return hold_->definition();
-  }
   [[noreturn]] static void throw_not_initialized();
   const _qz_LOG_attribute_entry* require_type(const char* name, const _qz_LOG_attribute_entry* attribute,
                                               qz_AttributeType type) const {

@@ -1,11 +1,16 @@
 #include "lines/json_text.h"
 
 #include <cstddef>
+#include <cstring>
+
+#include "lines/json_escape.h"
+#include "lines/line_output.h"
 
 namespace qzlog {
 namespace {
 
 constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
+constexpr unsigned kMostFollowing = 3;
 
 struct ByteRange {
   unsigned char first = 0x80;
@@ -16,7 +21,7 @@ struct ByteRange {
 
 /// What a byte begins: how many bytes follow it, and which the first of these can be.
 struct LeadByte {
-  std::size_t following = 0;
+  unsigned following = 0;
   ByteRange second = {};
 };
 
@@ -28,67 +33,62 @@ LeadByte read_lead_byte(unsigned char byte) {
     if (byte == 0xE0) return {2, {0xA0, 0xBF}};
     return {2, {0x80, static_cast<unsigned char>(byte == 0xED ? 0x9F : 0xBF)}};  // surrogates are no characters
   }
-  if (byte == 0xF0) return {3, {0x90, 0xBF}};
-  return {3, {0x80, static_cast<unsigned char>(byte == 0xF4 ? 0x8F : 0xBF)}};
+  if (byte == 0xF0) return {kMostFollowing, {0x90, 0xBF}};
+  return {kMostFollowing, {0x80, static_cast<unsigned char>(byte == 0xF4 ? 0x8F : 0xBF)}};
 }
 
-/// What a text begins with.
-struct Piece {
-  std::size_t size = 1;
-  bool is_plain = false;  ///< stands for itself in a JSON string
-};
+JsonPiece write_replacement(unsigned taken, char* target) {
+  std::memcpy(target, kReplacement.data(), kReplacement.size());
+  return {taken, static_cast<unsigned>(kReplacement.size()), false};
+}
 
-/// A character, or as many bytes as begin like one.
-Piece multibyte_piece(std::string_view text) {
+/// A character, or the replacement of as many bytes as begin like one.
+JsonPiece write_multibyte(const char* text, std::size_t length, char* target) {
   const LeadByte lead = read_lead_byte(static_cast<unsigned char>(text[0]));
-  if (lead.following == 0) return {};
+  if (lead.following == 0) return write_replacement(1, target);
   ByteRange allowed = lead.second;
-  for (std::size_t at = 1; at <= lead.following; ++at) {
-    if (at == text.size() || !allowed.has(static_cast<unsigned char>(text[at]))) return {at, false};
+  for (unsigned at = 1; at <= lead.following; ++at) {
+    if (at == length || !allowed.has(static_cast<unsigned char>(text[at]))) return write_replacement(at, target);
     allowed = {};
   }
-  return {1 + lead.following, true};
+  std::memcpy(target, text, lead.following + 1);
+  return {lead.following + 1, lead.following + 1, true};
 }
 
-/// `text` is not empty.
-Piece first_piece(std::string_view text) {
-  const auto byte = static_cast<unsigned char>(text[0]);
-  if (byte >= 0x80) return multibyte_piece(text);
-  return {1, byte >= 0x20 && byte != '"' && byte != '\\'};
-}
-
-/// For a byte of ASCII that cannot stand for itself, or the first of bytes that are no character.
-void append_escape(unsigned char byte, std::string& out) {
+/// The letter behind the backslash of an escape; 0 where there is none.
+char escape_letter(unsigned char byte) {
   constexpr std::string_view kNamed = "\b\f\n\r\t\"\\";
   constexpr std::string_view kLetters = "bfnrt\"\\";
   const std::size_t named = kNamed.find(static_cast<char>(byte));
-  if (byte >= 0x80) {
-    out += kReplacement;
-  } else if (named != std::string_view::npos) {
-    out += '\\';
-    out += kLetters[named];
-  } else {
-    out += byte < 0x10 ? "\\u000" : "\\u001";
-    out += "0123456789abcdef"[byte & 0xFU];
-  }
+  return named != std::string_view::npos ? kLetters[named] : '\0';
 }
 
 }  // namespace
 
-void append_json_text(std::string_view text, std::string& out) {
-  out += '"';
-  std::size_t written = 0;
-  for (std::size_t at = 0; at < text.size();) {
-    const Piece piece = first_piece(text.substr(at));
-    if (!piece.is_plain) {
-      out += text.substr(written, at - written);
-      append_escape(static_cast<unsigned char>(text[at]), out);
-      written = at + piece.size;
-    }
-    at += piece.size;
+JsonPiece write_json_piece(const char* text, std::size_t length, char* target) {
+  const auto byte = static_cast<unsigned char>(text[0]);
+  if (byte >= 0x80) return write_multibyte(text, length, target);
+  if (const char letter = escape_letter(byte)) {
+    target[0] = '\\';
+    target[1] = letter;
+    return {1, 2, true};
   }
-  out += text.substr(written);
-  out += '"';
+  if (byte >= 0x20) {
+    target[0] = text[0];
+    return {1, 1, true};
+  }
+  std::memcpy(target, "\\u0000", kMaxJsonPiece);
+  target[4] = byte < 0x10 ? '0' : '1';
+  target[5] = "0123456789abcdef"[byte & 0xFU];
+  return {1, kMaxJsonPiece, true};
+}
+
+void append_json_text(std::string_view text, std::string& out) {
+  LineOutput output(out);
+  output.append('"');
+  escape_json(text.data(), text.size(), output);
+  output.append('"');
+  output.finish();
 }
 
 }  // namespace qzlog

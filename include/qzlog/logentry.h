@@ -9,6 +9,10 @@
 
 class _qz_LOG_log_entry_imp;
 
+namespace qzlog {
+class EntryLines;
+}
+
 /// What a filter decides by, where inlined code finds it.
 struct _qz_LOG_entry_head {
   unsigned int entry_id;
@@ -183,6 +187,29 @@ class QZLOG_EXPORT qz_LOG_LogEntry {
   /// GetReadableMessage(false, 0).
   operator const char*() const;  // NOLINT(google-explicit-constructor): callers pass entries as texts
 
+  /// The entry as a JSON object on one line, without a line end, as `qzlog render` and readers of entries take it: the
+  /// members "id", "level", "time" (RFC 3339, in GMT; only when it is set), "default" and "selector" (only when they
+  /// are not false and 0: the caller's choice of message, as FormatMessage takes it), "name" (the event's, where the
+  /// definitions know it) and "attributes", name to value, in the order in which they were added. Those that the
+  /// definition does not know, as the ID was changed, are among them. Times have no mode in it: a moment is the same on
+  /// every clock.
+  ///
+  ///   std::string line = entry.ToJson();
+  ///   {"id":1001,"level":3,"attributes":{"Name":"vol1","Load":0.875}}
+  ///
+  /// It is always valid JSON and UTF-8. Texts are read in the configured code page (SetCodePage, whether ICU is enabled
+  /// or not; without one ICU's default, or UTF-8 while ICU is switched off). A text whose UTF-8 form does not lead back
+  /// to its bytes also stands in the member "bytes", name to base64: there what is not UTF-8 has become replacement
+  /// characters. Floating point numbers have the fewest digits that read back as the same number, and a point or an
+  /// exponent; those that JSON lacks are the texts "NaN", "Infinity" and "-Infinity".
+  ///
+  /// AppendJson appends to `line`, whose memory is used again: for callers that write one entry after the other. When
+  /// it throws, `line` is as it was. Throws QZX_logging_misc for an entry without an ID, QZX_logging_illegal_argument
+  /// while the configured code page is unknown or one whose texts have zero bytes (UTF-16, UTF-32), and
+  /// QZX_memory_alloc.
+  void AppendJson(std::string& line, bool use_default = false, unsigned int selector_index = 0) const;
+  std::string ToJson(bool use_default = false, unsigned int selector_index = 0) const;
+
   /// Convert a zero-terminated `source` from a code page to UTF-8, and back. `target` must hold `size` + 1 bytes: the
   /// terminator comes on top of `size`. Return 1 and set `size` to the bytes written without the terminator, or return
   /// 0 when an argument is null, `size` is 0, the code page is unknown or the text does not fit (`target` may then hold
@@ -205,6 +232,7 @@ class QZLOG_EXPORT qz_LOG_LogEntry {
 
  private:
   friend class _qz_LOG_entry_filter;
+  friend class qzlog::EntryLines;
   QZLOG_NO_EXPORT explicit qz_LOG_LogEntry(_qz_LOG_log_entry_imp* implementation);
 
   _qz_LOG_log_entry_imp* implementation_;

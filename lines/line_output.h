@@ -1,0 +1,79 @@
+#ifndef QZLOG_LINES_LINE_OUTPUT_H
+#define QZLOG_LINES_LINE_OUTPUT_H
+
+#include <cstddef>
+#include <cstring>
+#include <string>
+
+namespace qzlog {
+
+/// Appends to a text what is put together piece by piece: on the stack, which most lines never leave before they are
+/// complete. Unless finish() was reached the text is as it was. Throws std::bad_alloc.
+class LineOutput {
+ public:
+  static constexpr std::size_t kChunkBytes = 2048;
+
+  explicit LineOutput(std::string& target) : target_(target), size_before_(target.size()) {}
+  ~LineOutput() {
+    if (!is_finished_) target_.resize(size_before_);
+  }
+  LineOutput(const LineOutput&) = delete;
+  LineOutput& operator=(const LineOutput&) = delete;
+
+  /// Room for `count` bytes, kChunkBytes at most, which the caller fills and then counts in.
+  char* reserve(std::size_t count) {
+    if (count > kChunkBytes - size_) flush();
+    return chunk_ + size_;
+  }
+  void count_in(std::size_t count) { size_ += count; }
+  /// The same by where the text ends that was written to what reserve() gave.
+  void count_up_to(const char* end) { size_ = static_cast<std::size_t>(end - chunk_); }
+
+  void append(char character) {
+    *reserve(1) = character;
+    ++size_;
+  }
+  template <std::size_t size>
+  void append(const char (&literal)[size]) {
+    std::memcpy(reserve(size - 1), literal, size - 1);
+    size_ += size - 1;
+  }
+  /// Of any length.
+  void append(const char* text, std::size_t length) {
+    if (length > kChunkBytes) {
+      flush();
+      target_.append(text, length);
+      return;
+    }
+    std::memcpy(reserve(length), text, length);
+    size_ += length;
+  }
+  /// The same for a text behind which kPadding bytes may be read: most are shorter.
+  static constexpr std::size_t kPadding = 16;
+  void append_padded(const char* text, std::size_t length) {
+    if (length > kPadding) return append(text, length);
+    std::memcpy(reserve(kPadding), text, kPadding);
+    size_ += length;
+  }
+
+  void finish() {
+    flush();
+    is_finished_ = true;
+  }
+
+ private:
+  void flush() {
+    target_.append(chunk_, size_);
+    size_ = 0;
+  }
+
+  std::string& target_;
+  std::size_t size_before_;
+  std::size_t size_ = 0;
+  bool is_finished_ = false;
+  char chunk_[kChunkBytes];
+};
+
+}  // namespace qzlog
+
+#endif  // QZLOG_LINES_LINE_OUTPUT_H

@@ -1,0 +1,110 @@
+#include "lines/text_code_page.h"
+
+#include <atomic>
+#include <cstdint>
+#include <cstring>
+#include <memory>
+#include <new>
+
+#include "foundation/locks.h"
+#include "foundation/never_destroyed.h"
+#include "message/code_page.h"
+#include "qzlog/logcfg.h"
+#include "qzlog/qz_exception.h"
+
+namespace qzlog {
+
+namespace {
+
+constexpr char kFirstPrintable = ' ';
+constexpr char kLastPrintable = '~';
+
+/// Every printable character of ASCII behind every other one, and itself: what one means may depend on the one before.
+std::string printable_pairs() {
+  std::string text;
+  for (char first = kFirstPrintable; first <= kLastPrintable; ++first) {
+    for (char second = kFirstPrintable; second <= kLastPrintable; ++second) {
+      text += first;
+      text += second;
+    }
+  }
+  return text;
+}
+
+[[noreturn]] void refuse(const char* reason, const char* code_page) {
+  throw QZX_logging_illegal_argument((std::string(reason) + code_page).c_str(), 0);
+}
+
+/// Whether texts in it can hold zero bytes; every code page without them has a form without them for these characters.
+bool has_zero_bytes(const char* code_page) {
+  std::string encoded;
+  if (!encode_text(icu::UnicodeString(u"A a\u00E9\u20AC"), code_page, encoded)) {
+    refuse("entries cannot be written as JSON: there is no code page ", code_page);
+  }
+  return encoded.find('\0') != std::string::npos;
+}
+
+bool has_plain_printables(const char* code_page) {
+  const std::string text = printable_pairs();
+  const icu::UnicodeString decoded = decode_text(text.c_str(), code_page);
+  std::string encoded;
+  return decoded == icu::UnicodeString::fromUTF8(text) && encode_text(decoded, code_page, encoded) && encoded == text;
+}
+
+}  // namespace
+
+TextCodePage::TextCodePage(const char* name) : name_(name), is_utf8_(qzlog::is_utf8(name)), has_plain_ascii_(is_utf8_) {
+  if (is_utf8_) return;
+  if (has_zero_bytes(name)) refuse("entries cannot be written as JSON: texts have zero bytes in the code page ", name);
+  has_plain_ascii_ = has_plain_printables(name);
+}
+
+/// Those that were in force in the process, never released: few, and threads that still run use them at its end.
+class TextCodePages {
+ public:
+  const TextCodePage& find(const char* name) {
+    const TextCodePage* const last = last_.load(std::memory_order_acquire);
+    if (last != nullptr && std::strcmp(last->name(), name) == 0) [[likely]]
+      return *last;
+    return find_or_add(name);
+  }
+
+ private:
+  const TextCodePage& find_or_add(const char* name) {
+    const MutexSentry lock(mutex_);
+    const TextCodePage* found = first_;
+    while (found != nullptr && std::strcmp(found->name(), name) != 0) found = found->next_;
+    if (found == nullptr) {
+      std::unique_ptr<TextCodePage> added(new TextCodePage(name));
+      added->next_ = first_;
+      first_ = found = added.release();
+    }
+    last_.store(found, std::memory_order_release);
+    return *found;
+  }
+
+  std::atomic<const TextCodePage*> last_{nullptr};
+  Mutex mutex_;
+  const TextCodePage* first_ = nullptr;
+};
+
+namespace {
+NeverDestroyed<TextCodePages> code_pages;
+}
+
+const TextCodePage& TextCodePage::current() try {
+  const char* const name = qz_LOG_LogConfig::GetCodePage();
+  const bool is_utf8_by_itself = name[0] == '\0' && !qz_LOG_LogConfig::IsICUEnabled();
+  return code_pages->find(is_utf8_by_itself ? "UTF-8" : name);
+} catch (const std::bad_alloc&) {
+  throw QZX_memory_alloc();
+}
+
+bool is_printable_ascii(const char* text, std::size_t length) {
+  for (std::size_t i = 0; i < length; ++i) {
+    if (text[i] < kFirstPrintable || text[i] > kLastPrintable) return false;
+  }
+  return true;
+}
+
+}  // namespace qzlog
