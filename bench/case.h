@@ -141,6 +141,7 @@ void add_catalog_cases(CaseList& cases);
 void add_configuration_cases(CaseList& cases);
 void add_counter_cases(CaseList& cases);
 void add_debug_log_cases(CaseList& cases);
+void add_entry_line_cases(CaseList& cases);
 void add_filter_cases(CaseList& cases);
 void add_find_entry_cases(CaseList& cases);
 void add_floor_cases(CaseList& cases);

@@ -21,6 +21,7 @@ CaseList all_cases() {
   add_variant_map_cases(cases);
   add_boost_log_cases(cases);
   add_json_cases(cases);
+  add_entry_line_cases(cases);
   add_message_format_cases(cases);
   add_format_cases(cases);
   add_catalog_cases(cases);

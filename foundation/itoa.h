@@ -40,6 +40,36 @@ constexpr unsigned count_digits(unsigned int value) {
                               : 10;
 }
 
+/// The same from the first digit on: writes to `target` and returns the end.
+inline char* write_digit_pair(char* target, unsigned below_100) {
+  return static_cast<char*>(std::memcpy(target, kDigitPairs + below_100 * 2, 2)) + 2;
+}
+inline char* write_four_digits(char* target, unsigned below_10000) {
+  return write_digit_pair(write_digit_pair(target, below_10000 / 100), below_10000 % 100);
+}
+inline char* write_number_below_100(char* target, unsigned value) {
+  if (value >= 10) return write_digit_pair(target, value);
+  *target = static_cast<char>('0' + value);
+  return target + 1;
+}
+inline char* write_number_below_10000(char* target, unsigned value) {
+  if (value < 100) return write_number_below_100(target, value);
+  return write_digit_pair(write_number_below_100(target, value / 100), value % 100);
+}
+inline char* write_number(char* target, unsigned int value) {
+  constexpr unsigned kEightDigits = 100'000'000;
+  if (value < 10000) return write_number_below_10000(target, value);
+  if (value < kEightDigits) return write_four_digits(write_number_below_10000(target, value / 10000), value % 10000);
+  target = write_number_below_100(target, value / kEightDigits);
+  value %= kEightDigits;
+  return write_four_digits(write_four_digits(target, value / 10000), value % 10000);
+}
+inline char* write_number(char* target, int value) {
+  if (value >= 0) return write_number(target, static_cast<unsigned>(value));
+  *target = '-';
+  return write_number(target + 1, 0U - static_cast<unsigned>(value));
+}
+
 }  // namespace qzlog
 
 #endif  // QZLOG_FOUNDATION_ITOA_H

@@ -20,7 +20,6 @@ constexpr int kExponentOfUnits = 1075;
 constexpr std::uint64_t kImplicitBit = std::uint64_t{1} << kMantissaBits;
 constexpr std::uint64_t kSignBit = std::uint64_t{1} << 63;
 
-constexpr unsigned kDecimals = 6;
 constexpr unsigned kUnitsPerWhole = 1000000;
 // Numbers from 2^-11 to below 2^30: there doubles stand closer than millionths, so that one number of millionths at
 // most reads back as a given double. It has the fewest digits once the zeros at its end are left out.
@@ -31,20 +30,18 @@ char* write_whole(char* target, std::uint64_t whole) {
   if (whole > std::numeric_limits<unsigned>::max()) {
     return std::to_chars(target, target + kMaxShortestFloat, whole).ptr;
   }
-  const auto number = static_cast<unsigned>(whole);
-  const unsigned digits = count_digits(number);
-  write_integer(target + digits, number);
-  return target + digits;
+  return write_number(target, static_cast<unsigned>(whole));
 }
 
 /// The point, and as many of six decimals as are not zeros at the end, one at least.
 char* write_decimals(char* target, unsigned millionths) {
-  // A million more gives the leading zeros; its own digit is where the point belongs.
-  write_integer(target + kDecimals + 1, kUnitsPerWhole + millionths);
-  *target = '.';
-  char* end = target + kDecimals + 1;
-  while (end[-1] == '0' && end > target + 2) --end;
-  return end;
+  *target++ = '.';
+  target = write_digit_pair(target, millionths / 10000);
+  if (const unsigned rest = millionths % 10000; rest != 0) {
+    target = write_digit_pair(target, rest / 100);
+    if (rest % 100 != 0) target = write_digit_pair(target, rest % 100);
+  }
+  return target[-1] == '0' ? target - 1 : target;
 }
 
 /// Null when no number of millionths reads back as the double, or that is not certain.

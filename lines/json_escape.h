@@ -21,50 +21,77 @@ constexpr unsigned kMaxJsonPiece = 6;
 /// for each sequence that begins like a character and does not become one, and for each byte that begins none.
 JsonPiece write_json_piece(const char* text, std::size_t length, char* target);
 
-/// How many of the first `count` bytes of a block are whole characters that stand for themselves; `ends_inside` becomes
-/// true where what follows them is the beginning of one that the block may only cut off.
+/// What a block begins with.
+struct PlainPrefix {
+  unsigned count;    ///< bytes of whole characters that stand for themselves
+  bool ends_inside;  ///< behind them begins a character that the block may only cut off
+};
+
+/// For a block of `count` bytes, of which some are none of ASCII's.
 template <typename Block>
-unsigned plain_prefix(const Block& block, unsigned count, bool& ends_inside) {
+PlainPrefix multibyte_prefix(const Block& block, unsigned count, unsigned special_or_high) {
   const unsigned end = 1U << count;
-  const unsigned stops = (block.special_or_high() & (end - 1)) | end;
-  if ((block.high() & (end - 1)) == 0) return static_cast<unsigned>(std::countr_zero(stops));
   const SequenceMasks masks = block.sequences();
   const unsigned leads = masks.two | masks.three;
-  const unsigned wanted = masks.two << 1 | masks.three << 1 | masks.three << 2;
+  const unsigned wanted = leads << 1 | masks.three << 2;
   // The first byte that cannot stand for itself, or the end.
-  const unsigned stop = (stops & ~(masks.following | leads)) | end;
-  const unsigned up_to_stop = stop ^ (stop - 1);
+  const unsigned stop = (special_or_high & ~(masks.following | leads)) | end;
   // A character that is cut off shows as a byte that is wanted and missing, behind the block too.
-  const unsigned wrong = (wanted ^ masks.following) & up_to_stop;
-  if (wrong == 0) return static_cast<unsigned>(std::countr_zero(stop));
+  const unsigned wrong = (wanted ^ masks.following) & (stop ^ (stop - 1));
+  if (wrong == 0) return {stop == end ? count : static_cast<unsigned>(std::countr_zero(stop)), false};
   const auto place = static_cast<unsigned>(std::countr_zero(wrong));
-  if ((wanted >> place & 1U) == 0) return place;
-  ends_inside = place == count;
-  return (leads >> (place - 1) & 1U) != 0 ? place - 1 : place - 2;
+  if ((wanted >> place & 1U) == 0) return {place, false};
+  return {(leads >> (place - 1) & 1U) != 0 ? place - 1 : place - 2, place == count};
 }
 
+template <typename Block>
+PlainPrefix plain_prefix(const Block& block, unsigned count) {
+  const unsigned special_or_high = block.special_or_high() & ((1U << count) - 1);
+  if (special_or_high == 0) return {count, false};
+  if ((block.high() & special_or_high) != 0) return multibyte_prefix(block, count, special_or_high);
+  return {static_cast<unsigned>(std::countr_zero(special_or_high)), false};
+}
+
+/// How much of a text is written between two looks at the room that is left, and the room that it may take, with a
+/// block and a character beyond.
+constexpr std::size_t kEscapedAtOnce = 256;
+constexpr std::size_t kRoomToEscape = (kEscapedAtOnce + 20) * kMaxJsonPiece + 16;
+
 /// Writes a text of any bytes as what stands between the quotes of a JSON string. False when something of it was not
-/// UTF-8. An Output has `char* reserve(std::size_t)`, room that may be written to, and `count_in(std::size_t)`.
+/// UTF-8. An Output has `char* reserve(std::size_t)`, room that may be written to, and `count_up_to(const char*)`.
 template <typename Block, typename Output>
 bool escape_json_by(const char* text, std::size_t length, Output& out) {
   bool is_valid = true;
-  while (length != 0) {
-    const bool is_whole = length >= Block::kBytes;
-    const unsigned count = is_whole ? Block::kBytes : static_cast<unsigned>(length);
-    const Block block = is_whole ? Block(text) : Block(text, count);
-    char* const target = out.reserve(Block::kBytes + kMaxJsonPiece);
-    block.store(target);
-    bool ends_inside = false;
-    const unsigned plain = plain_prefix(block, count, ends_inside);
-    text += plain;
-    length -= plain;
-    out.count_in(plain);
-    if (plain == count || (ends_inside && length > count - plain)) continue;
-    const JsonPiece piece = write_json_piece(text, length, target + plain);
-    is_valid = is_valid && piece.is_valid;
-    text += piece.taken;
-    length -= piece.taken;
-    out.count_in(piece.written);
+  const char* const end = text + length;
+  while (text != end) {
+    const char* const pause = static_cast<std::size_t>(end - text) > kEscapedAtOnce ? text + kEscapedAtOnce : end;
+    char* target = out.reserve(kRoomToEscape);
+    while (text < pause) {
+      const auto left = static_cast<std::size_t>(end - text);
+      PlainPrefix plain;
+      if (left >= Block::kBytes) {
+        const Block block(text);
+        block.store(target);
+        plain = plain_prefix(block, Block::kBytes);
+        if (plain.count == Block::kBytes) {
+          text += Block::kBytes;
+          target += Block::kBytes;
+          continue;
+        }
+      } else {
+        const Block block(text, static_cast<unsigned>(left));
+        block.store(target);
+        plain = plain_prefix(block, static_cast<unsigned>(left));
+      }
+      text += plain.count;
+      target += plain.count;
+      if (plain.count == left || (plain.ends_inside && left > Block::kBytes)) continue;
+      const JsonPiece piece = write_json_piece(text, left - plain.count, target);
+      is_valid = is_valid && piece.is_valid;
+      text += piece.taken;
+      target += piece.written;
+    }
+    out.count_up_to(target);
   }
   return is_valid;
 }

@@ -48,14 +48,6 @@ class LineOutput {
     std::memcpy(reserve(length), text, length);
     size_ += length;
   }
-  /// The same for a text behind which kPadding bytes may be read: most are shorter.
-  static constexpr std::size_t kPadding = 16;
-  void append_padded(const char* text, std::size_t length) {
-    if (length > kPadding) return append(text, length);
-    std::memcpy(reserve(kPadding), text, kPadding);
-    size_ += length;
-  }
-
   void finish() {
     flush();
     is_finished_ = true;

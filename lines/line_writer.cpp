@@ -7,7 +7,7 @@
 
 #include <unicode/ustring.h>
 
-#include "foundation/append_number.h"
+#include "foundation/itoa.h"
 #include "foundation/sha256.h"
 #include "foundation/shortest_float.h"
 #include "foundation/text_buffer.h"
@@ -43,25 +43,56 @@ bool is_text(const _qz_LOG_type_base& value) {
   return is_string_attribute(type) || is_unicode_string_attribute(type);
 }
 
-void append_moment(long long unix_seconds, LineOutput& out) {
-  char* const begin = out.reserve(kMomentText + 3);
-  *begin = '"';
-  char* const end = write_moment(begin + 1, unix_seconds);
-  std::memcpy(end, "Z\"", 2);
-  out.count_up_to(end + 2);
+// What follows writes to room that there is, and returns the end.
+
+template <std::size_t size>
+char* write_literal(char* target, const char (&literal)[size]) {
+  std::memcpy(target, literal, size - 1);
+  return target + size - 1;
 }
 
-void append_float(double value, LineOutput& out) {
-  if (std::isfinite(value)) [[likely]] {
-    out.count_up_to(write_shortest_float(out.reserve(kMaxShortestFloat), value));
-  } else if (std::isnan(value)) {
-    out.append("\"NaN\"");
-  } else if (value > 0) {
-    out.append("\"Infinity\"");
-  } else {
-    out.append("\"-Infinity\"");
+char* write_quoted_moment(char* target, long long unix_seconds) {
+  *target = '"';
+  return write_literal(write_moment(target + 1, unix_seconds), "Z\"");
+}
+
+char* write_float(char* target, double value) {
+  if (std::isfinite(value)) [[likely]]
+    return write_shortest_float(target, value);
+  if (std::isnan(value)) return write_literal(target, "\"NaN\"");
+  return value > 0 ? write_literal(target, "\"Infinity\"") : write_literal(target, "\"-Infinity\"");
+}
+
+/// A value that is no text.
+char* write_short_value(char* target, const _qz_LOG_type_base& value) {
+  switch (value.get_type()) {
+    case TypeBool:
+      return value_as<bool>(value) ? write_literal(target, "true") : write_literal(target, "false");
+    case TypeUInt1:
+      return write_number(target, unsigned{value_as<unsigned char>(value)});
+    case TypeUInt2:
+      return write_number(target, unsigned{value_as<unsigned short>(value)});
+    case TypeUInt4:
+      return write_number(target, value_as<unsigned>(value));
+    case TypeSInt1:
+      return write_number(target, int{static_cast<signed char>(value_as<char>(value))});
+    case TypeSInt2:
+      return write_number(target, int{value_as<short>(value)});
+    case TypeSInt4:
+      return write_number(target, value_as<int>(value));
+    case TypeFloat:
+      return write_float(target, value_as<double>(value));
+    default:
+      return write_quoted_moment(target, value_as<qz_Time>(value).unix_seconds());
   }
 }
+constexpr std::size_t kMaxShortValue = kMaxShortestFloat;
+static_assert(kMaxShortValue >= kMomentText + 3);
+
+/// The room that a line's beginning may take, up to what has no bound.
+constexpr std::size_t kMaxHead = 160;
+/// Names up to this length, as nearly all are, are copied in whole blocks.
+constexpr std::size_t kShortKey = 64;
 
 /// The digits say whether texts are the same, and little else.
 void append_hash(const StoredText& stored, LineOutput& out) {
@@ -124,19 +155,16 @@ class EntryWriter {
 
  private:
   void write_head(const MessageChoice& choice) {
-    out_.append("\"id\":");
-    append_integer(out_, entry_.get_entry_id());
-    out_.append(",\"level\":");
-    out_.append(static_cast<char>('0' + entry_.get_log_level()));
+    char* at = write_literal(out_.reserve(kMaxHead), "\"id\":");
+    at = write_number(at, entry_.get_entry_id());
+    at = write_literal(at, ",\"level\":");
+    *at++ = static_cast<char>('0' + entry_.get_log_level());
     if (const long long time = entry_.get_unix_seconds(); time != 0) {
-      out_.append(",\"time\":");
-      append_moment(time, out_);
+      at = write_quoted_moment(write_literal(at, ",\"time\":"), time);
     }
-    if (choice.use_default) out_.append(",\"default\":true");
-    if (choice.selector_index != 0) {
-      out_.append(",\"selector\":");
-      append_integer(out_, choice.selector_index);
-    }
+    if (choice.use_default) at = write_literal(at, ",\"default\":true");
+    if (choice.selector_index != 0) at = write_number(write_literal(at, ",\"selector\":"), choice.selector_index);
+    out_.count_up_to(at);
     if (marks_.event_name == nullptr) return;
     out_.append(",\"name\":\"");
     escape_json(marks_.event_name, std::strlen(marks_.event_name), out_);
@@ -147,12 +175,23 @@ class EntryWriter {
     return marks_.sensitivity == nullptr ? Sensitivity::kKeep : marks_.sensitivity(definition_, name);
   }
 
-  /// The key and a colon, behind a comma unless it is the first.
-  void write_key(const KnownName* name, bool& is_first) {
+  /// The key and a colon, behind a comma unless it is the first; then there is room for `more` bytes.
+  char* write_key(const KnownName* name, bool& is_first, std::size_t more) {
     std::string_view key = name->json_key();
     if (is_first) key.remove_prefix(1);
     is_first = false;
-    out_.append_padded(key.data(), key.size());
+    if (key.size() > kShortKey) [[unlikely]] {
+      out_.append(key.data(), key.size());
+      return out_.reserve(more);
+    }
+    constexpr std::size_t kBlock = KnownName::kJsonKeyPadding;
+    char* const target = out_.reserve(kShortKey + kBlock + more);
+    std::size_t copied = 0;
+    do {
+      std::memcpy(target + copied, key.data() + copied, kBlock);
+      copied += kBlock;
+    } while (copied < key.size());
+    return target + key.size();
   }
 
   void write_attributes() {
@@ -160,44 +199,23 @@ class EntryWriter {
     entry_.for_each_value([&](const KnownName* name, const _qz_LOG_type_base& value) {
       const Sensitivity sensitivity = sensitivity_of(name);
       if (sensitivity == Sensitivity::kKeep) [[likely]] {
-        write_key(name, is_first);
-        write_value(value);
+        char* const target = write_key(name, is_first, kMaxShortValue);
+        if (is_text(value)) {
+          *target = '"';
+          out_.count_up_to(target + 1);
+          write_text(text_of(value));
+        } else {
+          out_.count_up_to(write_short_value(target, value));
+        }
       } else if (sensitivity == Sensitivity::kHash && is_text(value)) {
-        write_key(name, is_first);
+        out_.count_up_to(write_key(name, is_first, 0));
         append_hash(text_of(value), out_);
       }
     });
   }
 
-  void write_value(const _qz_LOG_type_base& value) {
-    switch (value.get_type()) {
-      case TypeBool:
-        return value_as<bool>(value) ? out_.append("true") : out_.append("false");
-      case TypeUInt1:
-        return append_integer(out_, unsigned{value_as<unsigned char>(value)});
-      case TypeUInt2:
-        return append_integer(out_, unsigned{value_as<unsigned short>(value)});
-      case TypeUInt4:
-        return append_integer(out_, value_as<unsigned>(value));
-      case TypeSInt1:
-        return append_integer(out_, int{static_cast<signed char>(value_as<char>(value))});
-      case TypeSInt2:
-        return append_integer(out_, int{value_as<short>(value)});
-      case TypeSInt4:
-        return append_integer(out_, value_as<int>(value));
-      case TypeFloat:
-        return append_float(value_as<double>(value), out_);
-      case TypeDate:
-      case TypeTime:
-      case TypeTimestamp:
-        return append_moment(value_as<qz_Time>(value).unix_seconds(), out_);
-      default:
-        return write_text(text_of(value));
-    }
-  }
-
+  /// What stands behind the opening quote.
   void write_text(const StoredText& stored) {
-    out_.append('"');
     if (code_page_.is_utf8()) [[likely]] {
       if (!escape_json(stored.text, stored.length, out_)) has_other_bytes_ = true;
     } else if (code_page_.has_plain_ascii() && is_printable_ascii(stored.text, stored.length)) {
@@ -223,7 +241,7 @@ class EntryWriter {
       if (!is_text(value) || sensitivity_of(name) != Sensitivity::kKeep) return;
       const StoredText stored = text_of(value);
       if (leads_back(stored, code_page_)) return;
-      write_key(name, is_first);
+      out_.count_up_to(write_key(name, is_first, 0));
       out_.append('"');
       append_base64(stored.text, stored.length, out_);
       out_.append('"');
@@ -240,10 +258,10 @@ class EntryWriter {
 
 }  // namespace
 
-void append_entry_json(const char* beginning, const _qz_LOG_log_entry_imp& entry, const MessageChoice& choice,
+void append_entry_json(LineBeginning beginning, const _qz_LOG_log_entry_imp& entry, const MessageChoice& choice,
                        const EntryMarks& marks, std::string& out) try {
   LineOutput output(out);
-  output.append(beginning, std::strlen(beginning));
+  if (beginning == LineBeginning::kBrace) output.append('{');
   EntryWriter(entry, marks, output).write(choice);
   output.finish();
 } catch (const std::bad_alloc&) {
@@ -253,7 +271,7 @@ void append_entry_json(const char* beginning, const _qz_LOG_log_entry_imp& entry
 /// What may look behind the facade.
 class EntryLines {
  public:
-  static void append(const char* beginning, const qz_LOG_LogEntry& entry, const MessageChoice& choice,
+  static void append(LineBeginning beginning, const qz_LOG_LogEntry& entry, const MessageChoice& choice,
                      std::string& out) {
     const _qz_LOG_log_entry_imp& implementation = *entry.implementation_;
     append_entry_json(beginning, implementation, choice, marks_of(implementation.require_definition()), out);
@@ -261,13 +279,13 @@ class EntryLines {
 };
 
 void append_entry_body(const qz_LOG_LogEntry& entry, bool use_default, unsigned selector_index, std::string& out) {
-  EntryLines::append("", entry, {use_default, selector_index}, out);
+  EntryLines::append(LineBeginning::kNone, entry, {use_default, selector_index}, out);
 }
 
 }  // namespace qzlog
 
 void qz_LOG_LogEntry::AppendJson(std::string& line, bool use_default, unsigned int selector_index) const {
-  qzlog::EntryLines::append("{", *this, {use_default, selector_index}, line);
+  qzlog::EntryLines::append(qzlog::LineBeginning::kBrace, *this, {use_default, selector_index}, line);
 }
 
 std::string qz_LOG_LogEntry::ToJson(bool use_default, unsigned int selector_index) const {

@@ -21,8 +21,11 @@ struct MessageChoice {
 /// may use different entries at once.
 void append_entry_body(const qz_LOG_LogEntry& entry, bool use_default, unsigned selector_index, std::string& out);
 
-/// The same for an entry's implementation behind `beginning`, with what is said of its attributes.
-void append_entry_json(const char* beginning, const _qz_LOG_log_entry_imp& entry, const MessageChoice& choice,
+/// What stands in front of the member "id".
+enum class LineBeginning { kNone, kBrace };
+
+/// The same for an entry's implementation, with what is said of its event and attributes.
+void append_entry_json(LineBeginning beginning, const _qz_LOG_log_entry_imp& entry, const MessageChoice& choice,
                        const EntryMarks& marks, std::string& out);
 
 }  // namespace qzlog

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <cstring>
 
 #include "foundation/itoa.h"
 
@@ -19,13 +18,8 @@ constexpr long long kSecondsPerDay = 86400;
 constexpr long long kEarliestSecond = -62167219200;
 constexpr long long kLatestSecond = 253402300799;
 
-char* write_pair(char* target, unsigned number) {
-  std::memcpy(target, kDigitPairs + number * 2, 2);
-  return target + 2;
-}
-
 char* write_pair_and(char* target, unsigned number, char separator) {
-  target = write_pair(target, number);
+  target = write_digit_pair(target, number);
   *target = separator;
   return target + 1;
 }
@@ -40,13 +34,13 @@ char* write_moment(char* target, long long unix_seconds) {
   const auto second_of_day = static_cast<unsigned>(seconds % kSecondsPerDay);
   const year_month_day date(sys_days(days(day + kEarliestSecond / kSecondsPerDay)));
   const auto year = static_cast<unsigned>(static_cast<int>(date.year()));
-  target = write_pair(target, year / 100);
+  target = write_digit_pair(target, year / 100);
   target = write_pair_and(target, year % 100, '-');
   target = write_pair_and(target, static_cast<unsigned>(date.month()), '-');
   target = write_pair_and(target, static_cast<unsigned>(date.day()), 'T');
   target = write_pair_and(target, second_of_day / 3600, ':');
   target = write_pair_and(target, second_of_day / 60 % 60, ':');
-  return write_pair(target, second_of_day % 60);
+  return write_digit_pair(target, second_of_day % 60);
 }
 
 }  // namespace qzlog

@@ -64,16 +64,16 @@ class TextCodePages {
  public:
   const TextCodePage& find(const char* name) {
     const TextCodePage* const last = last_.load(std::memory_order_acquire);
-    if (last != nullptr && std::strcmp(last->name(), name) == 0) [[likely]]
+    if (last != nullptr && last->has_name(name)) [[likely]]
       return *last;
     return find_or_add(name);
   }
 
  private:
-  const TextCodePage& find_or_add(const char* name) {
+  const TextCodePage& find_or_add(const char* name) try {
     const MutexSentry lock(mutex_);
     const TextCodePage* found = first_;
-    while (found != nullptr && std::strcmp(found->name(), name) != 0) found = found->next_;
+    while (found != nullptr && !found->has_name(name)) found = found->next_;
     if (found == nullptr) {
       std::unique_ptr<TextCodePage> added(new TextCodePage(name));
       added->next_ = first_;
@@ -81,6 +81,8 @@ class TextCodePages {
     }
     last_.store(found, std::memory_order_release);
     return *found;
+  } catch (const std::bad_alloc&) {
+    throw QZX_memory_alloc();
   }
 
   std::atomic<const TextCodePage*> last_{nullptr};
@@ -89,15 +91,22 @@ class TextCodePages {
 };
 
 namespace {
+
 NeverDestroyed<TextCodePages> code_pages;
+NeverDestroyed<TextCodePage> utf8_page("UTF-8");
+
+/// Under the name that is used most. A call would take longer.
+bool is_plainly_utf8(const char* name) {
+  return name[0] == 'U' && name[1] == 'T' && name[2] == 'F' && name[3] == '-' && name[4] == '8' && name[5] == '\0';
 }
 
-const TextCodePage& TextCodePage::current() try {
+}  // namespace
+
+const TextCodePage& TextCodePage::current() {
   const char* const name = qz_LOG_LogConfig::GetCodePage();
-  const bool is_utf8_by_itself = name[0] == '\0' && !qz_LOG_LogConfig::IsICUEnabled();
-  return code_pages->find(is_utf8_by_itself ? "UTF-8" : name);
-} catch (const std::bad_alloc&) {
-  throw QZX_memory_alloc();
+  if (is_plainly_utf8(name)) return *utf8_page;
+  if (name[0] == '\0' && !qz_LOG_LogConfig::IsICUEnabled()) return *utf8_page;
+  return code_pages->find(name);
 }
 
 bool is_printable_ascii(const char* text, std::size_t length) {

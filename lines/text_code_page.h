@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <string>
 
+#include "foundation/never_destroyed.h"
+
 namespace qzlog {
 
 /// The code page that the texts of entries are in, Char and MBChar alike: the configured one, whether ICU renders
@@ -23,7 +25,10 @@ class TextCodePage {
 
  private:
   friend class TextCodePages;
+  template <typename T>
+  friend class NeverDestroyed;
   explicit TextCodePage(const char* name);
+  bool has_name(const char* name) const { return name_ == name; }
 
   std::string name_;
   bool is_utf8_ = false;

@@ -17,7 +17,7 @@ TEST(LineOutput, Finished_EverythingIsBehindTheText) {
   std::memcpy(room, "def", 3);
   output.count_in(1);
   output.count_up_to(room + 3);
-  output.append_padded("ghi, and sixteen more bytes", 3);
+  output.append("ghi", 3);
   output.finish();
   EXPECT_EQ(text, "before abcdefghi");
 }
