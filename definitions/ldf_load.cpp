@@ -35,9 +35,11 @@ _qz_LOG_log_definition_tbl::~_qz_LOG_log_definition_tbl() { clear(); }
 
 void _qz_LOG_log_definition_tbl::set_precompiled_definition_file_path(const char* path) {
   std_file_ = _set_definition_file_path(path, false);
+  digest_.forget();
 }
 
 void _qz_LOG_log_definition_tbl::set_precompiled_aux_definition_file_path(const char* path) {
+  digest_.forget();
   _set_definition_file_path(path, true);
 }
 
@@ -57,7 +59,14 @@ DefinitionHoldRef _qz_LOG_log_definition_tbl::hold_afresh(unsigned int entry_id)
       [&](ThreadHolds& holds) { return holds.keep(entry_id, std::move(definition)); });
 }
 
+/// Under the lock that reading records takes: the streams have one position each.
+const char* _qz_LOG_log_definition_tbl::make_digest() const {
+  const qz_LOG_CWriterSentry writer(lock_);
+  return digest_.make(std_file_.get(), aux_file_.get());
+}
+
 void _qz_LOG_log_definition_tbl::clear() {
+  digest_.forget();
   std_file_.reset();
   aux_file_.reset();
   for (unsigned i = 0; i < n_entry_definitions_cached; ++i) drop_from_cache(cache_[i]);

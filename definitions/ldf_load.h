@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "definitions/definition_hold.h"
+#include "definitions/definitions_digest.h"
 #include "definitions/entry_index.h"
 #include "definitions/ldf_def.h"
 #include "foundation/file_handle.h"
@@ -51,6 +52,15 @@ class _qz_LOG_log_definition_tbl : public qz_UTIL_no_inadvertant_copies {
     return qzlog::DefinitionHoldRef::share(hold);
   }
 
+  /// What tells the loaded files apart (see DefinitionsDigest): "" while none is loaded, or one cannot be read. Made of
+  /// the files when it is asked for the first time, without a lock from then on. The text lives as long as the process.
+  const char* definitions_digest() const {
+    const char* const made = digest_.find();
+    return made != nullptr ? made : make_digest();
+  }
+  /// The same, but null when nobody has asked for it since files were loaded.
+  const char* find_definitions_digest() const noexcept { return digest_.find(); }
+
   /// Forgets both files, every definition and the index, but not the global attributes.
   void clear();
 
@@ -75,6 +85,7 @@ class _qz_LOG_log_definition_tbl : public qz_UTIL_no_inadvertant_copies {
   _qz_LOG_log_definition* find_cached(unsigned int entry_id) const;
   void store_in_cache(_qz_LOG_log_definition* definition);
   qzlog::DefinitionHoldRef hold_afresh(unsigned int entry_id) const;
+  const char* make_digest() const;
   static void drop_from_cache(_qz_LOG_log_definition* definition);
 
   bool std_loaded_ = false;
@@ -87,6 +98,7 @@ class _qz_LOG_log_definition_tbl : public qz_UTIL_no_inadvertant_copies {
   qzlog::FileHandle std_file_;
   qzlog::FileHandle aux_file_;
   mutable qz_LOG_CRWLock lock_;
+  mutable qzlog::DefinitionsDigest digest_;
   char std_tag_[16] = {};
   char aux_tag_[16] = {};
 };

@@ -12,11 +12,13 @@
 #include "foundation/shortest_float.h"
 #include "foundation/text_buffer.h"
 #include "lines/base64_text.h"
+#include "lines/entry_access.h"
 #include "lines/json_escape.h"
 #include "lines/line_output.h"
 #include "lines/moment_text.h"
-#include "lines/text_code_page.h"
+#include "lines/stored_code_page.h"
 #include "message/code_page.h"
+#include "qzlog/logcfg.h"
 #include "qzlog/qz_exception.h"
 
 namespace qzlog {
@@ -112,7 +114,7 @@ struct DecodedText {
 };
 
 /// Half a surrogate pair has no UTF-8, and a zero character no place in a text.
-void decode(const StoredText& stored, const TextCodePage& code_page, DecodedText& decoded) {
+void decode(const StoredText& stored, const StoredCodePage& code_page, DecodedText& decoded) {
   decoded.text = decode_text(stored.text, code_page.name());
   const int capacity = decoded.text.length() * 3;
   int length = 0;
@@ -125,7 +127,7 @@ void decode(const StoredText& stored, const TextCodePage& code_page, DecodedText
   decoded.is_whole = replaced == 0 && decoded.text.indexOf(u'\0') < 0;
 }
 
-bool leads_back(const StoredText& stored, const TextCodePage& code_page) {
+bool leads_back(const StoredText& stored, const StoredCodePage& code_page) {
   if (code_page.is_utf8()) return is_valid_utf8(stored.text, stored.length);
   if (code_page.has_plain_ascii() && is_printable_ascii(stored.text, stored.length)) return true;
   DecodedText decoded;
@@ -142,7 +144,7 @@ class EntryWriter {
       : entry_(entry),
         definition_(entry.require_definition()),
         marks_(marks),
-        code_page_(TextCodePage::current()),
+        code_page_(StoredCodePage::current()),
         out_(out) {}
 
   void write(const MessageChoice& choice) {
@@ -251,7 +253,7 @@ class EntryWriter {
   const _qz_LOG_log_entry_imp& entry_;
   const _qz_LOG_log_definition& definition_;
   const EntryMarks& marks_;
-  const TextCodePage& code_page_;
+  const StoredCodePage& code_page_;
   LineOutput& out_;
   bool has_other_bytes_ = false;
 };
@@ -268,24 +270,19 @@ void append_entry_json(LineBeginning beginning, const _qz_LOG_log_entry_imp& ent
   throw QZX_memory_alloc();
 }
 
-/// What may look behind the facade.
-class EntryLines {
- public:
-  static void append(LineBeginning beginning, const qz_LOG_LogEntry& entry, const MessageChoice& choice,
-                     std::string& out) {
-    const _qz_LOG_log_entry_imp& implementation = *entry.implementation_;
-    append_entry_json(beginning, implementation, choice, marks_of(implementation.require_definition()), out);
-  }
-};
-
 void append_entry_body(const qz_LOG_LogEntry& entry, bool use_default, unsigned selector_index, std::string& out) {
-  EntryLines::append(LineBeginning::kNone, entry, {use_default, selector_index}, out);
+  const _qz_LOG_log_entry_imp& implementation = EntryAccess::of(entry);
+  const EntryMarks marks = marks_of(implementation.require_definition());
+  qz_LOG_LogConfig::GetDefinitionTable()->definitions_digest();
+  append_entry_json(LineBeginning::kNone, implementation, {use_default, selector_index}, marks, out);
 }
 
 }  // namespace qzlog
 
 void qz_LOG_LogEntry::AppendJson(std::string& line, bool use_default, unsigned int selector_index) const {
-  qzlog::EntryLines::append(qzlog::LineBeginning::kBrace, *this, {use_default, selector_index}, line);
+  const qzlog::MessageChoice choice = {use_default, selector_index};
+  qzlog::append_entry_json(qzlog::LineBeginning::kBrace, *implementation_, choice,
+                           qzlog::marks_of(implementation_->require_definition()), line);
 }
 
 std::string qz_LOG_LogEntry::ToJson(bool use_default, unsigned int selector_index) const {

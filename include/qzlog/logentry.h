@@ -10,7 +10,7 @@
 class _qz_LOG_log_entry_imp;
 
 namespace qzlog {
-class EntryLines;
+struct EntryAccess;
 }
 
 /// What a filter decides by, where inlined code finds it.
@@ -197,8 +197,8 @@ class QZLOG_EXPORT qz_LOG_LogEntry {
   ///   std::string line = entry.ToJson();
   ///   {"id":1001,"level":3,"attributes":{"Name":"vol1","Load":0.875}}
   ///
-  /// It is always valid JSON and UTF-8. Texts are read in the configured code page (SetCodePage, whether ICU is enabled
-  /// or not; without one ICU's default, or UTF-8 while ICU is switched off). A text whose UTF-8 form does not lead back
+  /// It is always valid JSON and UTF-8. Texts are read in the configured code page (SetCodePage; without one ICU's
+  /// default), or as UTF-8 while ICU is switched off. A text whose UTF-8 form does not lead back
   /// to its bytes also stands in the member "bytes", name to base64: there what is not UTF-8 has become replacement
   /// characters. Floating point numbers have the fewest digits that read back as the same number, and a point or an
   /// exponent; those that JSON lacks are the texts "NaN", "Infinity" and "-Infinity".
@@ -232,7 +232,7 @@ class QZLOG_EXPORT qz_LOG_LogEntry {
 
  private:
   friend class _qz_LOG_entry_filter;
-  friend class qzlog::EntryLines;
+  friend struct qzlog::EntryAccess;
   QZLOG_NO_EXPORT explicit qz_LOG_LogEntry(_qz_LOG_log_entry_imp* implementation);
 
   _qz_LOG_log_entry_imp* implementation_;

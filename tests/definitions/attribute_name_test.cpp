@@ -86,6 +86,14 @@ TEST(KnownName, ManyNames_StayWhereTheyAre) {
   }
 }
 
+TEST(KnownName, JsonKey_EscapedAndWhole) {
+  EXPECT_EQ(KnownName::of("user")->json_key(), ",\"user\":");
+  EXPECT_EQ(KnownName::of("")->json_key(), ",\"\":");
+  EXPECT_EQ(KnownName::of("Gr\u00F6\u00DFe \"\\\n\x01\xFF")->json_key(),
+            ",\"Gr\u00F6\u00DFe \\\"\\\\\\n\\u0001\uFFFD\":");
+  EXPECT_EQ(KnownName::of(std::string(5000, 'n').c_str())->json_key(), ",\"" + std::string(5000, 'n') + "\":");
+}
+
 TEST(KnownName, NoMemory_MemoryAllocAndTheNextTryGivesTheName) {
   // Known ones take no memory. A new one takes its object and its place in the table, which grows now and then.
   expect_known("remembered");

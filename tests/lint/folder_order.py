@@ -22,7 +22,7 @@ CHAIN = [
     ("definition records", ["definitions/def_read.*", "definitions/definition_format.h"]),
     ("entry definition", ["definitions/ldf_def.*", "definitions/attribute_name.*", "definitions/prepared_message.h",
                           "definitions/definition_reader.*"]),
-    ("definition table", ["definitions/ldf_load.*", "definitions/definition_hold.*", "definitions/entry_index.*",
+    ("definition table", ["definitions/ldf_load.*", "definitions/definition_hold.*", "definitions/entry_index.*", "definitions/definitions_digest.*",
                           "include/qzlog/definition_cache.h"]),
     ("configuration file and catalog", ["config/logconf.*", "config/configuration_format.h", "config/configuration_source.*", "config/filter_values.h", "config/text_tbl.h", "message/logmsg.h", "message/logmsg_catalog.*",
                                         "message/resource_*.*", "message/whole_file.*",

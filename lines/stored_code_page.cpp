@@ -1,4 +1,4 @@
-#include "lines/text_code_page.h"
+#include "lines/stored_code_page.h"
 
 #include <atomic>
 #include <cstdint>
@@ -53,29 +53,30 @@ bool has_plain_printables(const char* code_page) {
 
 }  // namespace
 
-TextCodePage::TextCodePage(const char* name) : name_(name), is_utf8_(qzlog::is_utf8(name)), has_plain_ascii_(is_utf8_) {
+StoredCodePage::StoredCodePage(const char* name)
+    : name_(name), is_utf8_(qzlog::is_utf8(name)), has_plain_ascii_(is_utf8_) {
   if (is_utf8_) return;
   if (has_zero_bytes(name)) refuse("entries cannot be written as JSON: texts have zero bytes in the code page ", name);
   has_plain_ascii_ = has_plain_printables(name);
 }
 
 /// Those that were in force in the process, never released: few, and threads that still run use them at its end.
-class TextCodePages {
+class StoredCodePages {
  public:
-  const TextCodePage& find(const char* name) {
-    const TextCodePage* const last = last_.load(std::memory_order_acquire);
+  const StoredCodePage& find(const char* name) {
+    const StoredCodePage* const last = last_.load(std::memory_order_acquire);
     if (last != nullptr && last->has_name(name)) [[likely]]
       return *last;
     return find_or_add(name);
   }
 
  private:
-  const TextCodePage& find_or_add(const char* name) try {
+  const StoredCodePage& find_or_add(const char* name) try {
     const MutexSentry lock(mutex_);
-    const TextCodePage* found = first_;
+    const StoredCodePage* found = first_;
     while (found != nullptr && !found->has_name(name)) found = found->next_;
     if (found == nullptr) {
-      std::unique_ptr<TextCodePage> added(new TextCodePage(name));
+      std::unique_ptr<StoredCodePage> added(new StoredCodePage(name));
       added->next_ = first_;
       first_ = found = added.release();
     }
@@ -85,15 +86,15 @@ class TextCodePages {
     throw QZX_memory_alloc();
   }
 
-  std::atomic<const TextCodePage*> last_{nullptr};
+  std::atomic<const StoredCodePage*> last_{nullptr};
   Mutex mutex_;
-  const TextCodePage* first_ = nullptr;
+  const StoredCodePage* first_ = nullptr;
 };
 
 namespace {
 
-NeverDestroyed<TextCodePages> code_pages;
-NeverDestroyed<TextCodePage> utf8_page("UTF-8");
+NeverDestroyed<StoredCodePages> code_pages;
+NeverDestroyed<StoredCodePage> utf8_page("UTF-8");
 
 /// Under the name that is used most. A call would take longer.
 bool is_plainly_utf8(const char* name) {
@@ -102,10 +103,10 @@ bool is_plainly_utf8(const char* name) {
 
 }  // namespace
 
-const TextCodePage& TextCodePage::current() {
+const StoredCodePage& StoredCodePage::current() {
+  if (!qz_LOG_LogConfig::IsICUEnabled()) return *utf8_page;
   const char* const name = qz_LOG_LogConfig::GetCodePage();
   if (is_plainly_utf8(name)) return *utf8_page;
-  if (name[0] == '\0' && !qz_LOG_LogConfig::IsICUEnabled()) return *utf8_page;
   return code_pages->find(name);
 }
 
