@@ -47,6 +47,8 @@ GATES = [
     against("A ICU, plain", "A/icu_plain/qzlog", "MessageFormat_kept", 0.5),
     against("B ICU, plain", "B/icu_plain/qzlog", "MessageFormat_kept", 0.55),
     against("C ICU, plain", "C/icu_plain/qzlog", "MessageFormat_kept", 0.5),
+    against("A line", "A/line/qzlog", "rapidjson", 0.33),
+    against("C line", "C/line/qzlog", "rapidjson", 0.36),
     against("formats ICU", "formats/en/qzlog", "MessageFormat_kept", 1.1),
     Gate("D by its level", "D/narrow_before_attributes/qzlog",
          [(1.0, "operation/construct"), (0.8, "D/disabled/spdlog")], "construction, 0.8 x disabled spdlog", 1.0),

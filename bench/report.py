@@ -99,6 +99,27 @@ def narrow_table(measured, instructions, verdict):
     print_table("The whole job on the narrow path, in multiples of its peers", header, rows)
 
 
+LINE_PEERS = {"nlohmann": 0.12, "rapidjson": 0.25}
+LINE_NANOSECONDS = 50
+
+
+def line_table(measured, verdict):
+    rows = []
+    for workload in ("A", "B", "C"):
+        group = f"{workload}/line"
+        added = measured.time(f"{group}/qzlog_with_build") - measured.time(f"{group}/build")
+        row = [workload, nanoseconds(measured.time(f"{group}/qzlog")), nanoseconds(added)]
+        if workload == "A":
+            row[2] = f"{nanoseconds(added)} of {LINE_NANOSECONDS} ns {verdict.mark(added <= LINE_NANOSECONDS)}"
+            row += [verdict.at_most(measured.ratio(f"{group}/qzlog", f"{group}/{peer}"), target)
+                    for peer, target in LINE_PEERS.items()]
+        else:
+            row += [f"{measured.ratio(f'{group}/qzlog', f'{group}/{peer}'):.2f} x" for peer in LINE_PEERS]
+        rows.append([*row, verdict.at_most(measured.allocations(f"{group}/qzlog"), 0, "")])
+    print_table("An entry as a line of JSON, in multiples of its peers",
+                ["", "AppendJson", "on top of building", "nlohmann dump", "RapidJSON Writer", "allocations"], rows)
+
+
 # Row, group of cases, targets for MessageFormat kept and (as n of 1/n) made per message.
 PLAIN = (0.5, 28)
 OTHER = (1.1, 12)
@@ -240,6 +261,7 @@ def main():
     verdict = Verdict()
     narrow_table(measured, instructions, verdict)
     icu_table(measured, verdict)
+    line_table(measured, verdict)
     information_table(measured)
     refused_table(measured, verdict)
     thread_table(measured, verdict)

@@ -29,7 +29,8 @@ struct PlainPrefix {
 
 /// For a block of `count` bytes, of which some are none of ASCII's.
 template <typename Block>
-PlainPrefix multibyte_prefix(const Block& block, unsigned count, unsigned special_or_high) {
+[[gnu::always_inline]] inline PlainPrefix multibyte_prefix(const Block& block, unsigned count,
+                                                           unsigned special_or_high) {
   const unsigned end = 1U << count;
   const SequenceMasks masks = block.sequences();
   const unsigned leads = masks.two | masks.three;
@@ -58,7 +59,7 @@ constexpr std::size_t kEscapedAtOnce = 256;
 constexpr std::size_t kRoomToEscape = (kEscapedAtOnce + 20) * kMaxJsonPiece + 16;
 
 /// Writes a text of any bytes as what stands between the quotes of a JSON string. False when something of it was not
-/// UTF-8. An Output has `char* reserve(std::size_t)`, room that may be written to, and `count_up_to(const char*)`.
+/// UTF-8. An Output has `char* reserve(std::size_t)`, room that may be written to, and `count_up_to(char*)`.
 template <typename Block, typename Output>
 bool escape_json_by(const char* text, std::size_t length, Output& out) {
   bool is_valid = true;

@@ -22,21 +22,21 @@ class LineOutput {
 
   /// Room for `count` bytes, kChunkBytes at most, which the caller fills and then counts in.
   char* reserve(std::size_t count) {
-    if (count > kChunkBytes - size_) flush();
-    return chunk_ + size_;
+    if (count > static_cast<std::size_t>(chunk_ + kChunkBytes - end_)) flush();
+    return end_;
   }
-  void count_in(std::size_t count) { size_ += count; }
+  void count_in(std::size_t count) { end_ += count; }
   /// The same by where the text ends that was written to what reserve() gave.
-  void count_up_to(const char* end) { size_ = static_cast<std::size_t>(end - chunk_); }
+  void count_up_to(char* end) { end_ = end; }
 
   void append(char character) {
     *reserve(1) = character;
-    ++size_;
+    ++end_;
   }
   template <std::size_t size>
   void append(const char (&literal)[size]) {
     std::memcpy(reserve(size - 1), literal, size - 1);
-    size_ += size - 1;
+    end_ += size - 1;
   }
   /// Of any length.
   void append(const char* text, std::size_t length) {
@@ -46,7 +46,7 @@ class LineOutput {
       return;
     }
     std::memcpy(reserve(length), text, length);
-    size_ += length;
+    end_ += length;
   }
   void finish() {
     flush();
@@ -55,14 +55,14 @@ class LineOutput {
 
  private:
   void flush() {
-    target_.append(chunk_, size_);
-    size_ = 0;
+    target_.append(chunk_, end_);
+    end_ = chunk_;
   }
 
   std::string& target_;
   std::size_t size_before_;
-  std::size_t size_ = 0;
   bool is_finished_ = false;
+  char* end_ = chunk_;
   char chunk_[kChunkBytes];
 };
 

@@ -201,19 +201,19 @@ class EntryWriter {
     entry_.for_each_value([&](const KnownName* name, const _qz_LOG_type_base& value) {
       const Sensitivity sensitivity = sensitivity_of(name);
       if (sensitivity == Sensitivity::kKeep) [[likely]] {
-        char* const target = write_key(name, is_first, kMaxShortValue);
-        if (is_text(value)) {
-          *target = '"';
-          out_.count_up_to(target + 1);
-          write_text(text_of(value));
-        } else {
-          out_.count_up_to(write_short_value(target, value));
-        }
+        write_value(write_key(name, is_first, kMaxShortValue), value);
       } else if (sensitivity == Sensitivity::kHash && is_text(value)) {
         out_.count_up_to(write_key(name, is_first, 0));
         append_hash(text_of(value), out_);
       }
     });
+  }
+
+  void write_value(char* target, const _qz_LOG_type_base& value) {
+    if (!is_text(value)) return out_.count_up_to(write_short_value(target, value));
+    *target = '"';
+    out_.count_up_to(target + 1);
+    write_text(text_of(value));
   }
 
   /// What stands behind the opening quote.
