@@ -16,7 +16,6 @@ struct SequenceMasks {
   unsigned following = 0;  ///< 80 to BF
   unsigned two = 0;        ///< begins a character of two bytes
   unsigned three = 0;      ///< begins one of three bytes, each of those that follow being any from 80 to BF
-  unsigned other = 0;      ///< begins any other character, or none
 };
 
 /// Sixteen bytes of a text, looked at one by one: for any processor.
@@ -41,7 +40,6 @@ class PlainJsonBlock {
     masks.following = mask([](unsigned byte) { return byte >= 0x80 && byte < 0xC0; });
     masks.two = mask([](unsigned byte) { return byte >= 0xC2 && byte < 0xE0; });
     masks.three = mask([](unsigned byte) { return byte > 0xE0 && byte < 0xF0 && byte != 0xED; });
-    masks.other = high() & ~(masks.following | masks.two | masks.three);
     return masks;
   }
 
@@ -77,7 +75,6 @@ class SseJsonBlock {
     masks.following = mask(below(byte(0xC0)));
     masks.two = mask(_mm_and_si128(above(byte(0xC1)), below(byte(0xE0))));
     masks.three = mask(_mm_andnot_si128(equal(byte(0xED)), _mm_and_si128(above(byte(0xE0)), below(byte(0xF0)))));
-    masks.other = high() & ~(masks.following | masks.two | masks.three);
     return masks;
   }
 
