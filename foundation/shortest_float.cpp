@@ -3,7 +3,6 @@
 #include <bit>
 #include <charconv>
 #include <cstdint>
-#include <cstring>
 #include <limits>
 
 #include "foundation/itoa.h"
@@ -83,12 +82,13 @@ char* write_common(char* target, std::uint64_t bits) {
 }
 
 char* write_any(char* target, double magnitude) {
-  char* const end = std::to_chars(target, target + kMaxShortestFloat - 1, magnitude).ptr;
+  char* end = std::to_chars(target, target + kMaxShortestFloat - 1, magnitude).ptr;
   for (const char* at = target; at != end; ++at) {
     if (*at == '.' || *at == 'e') return end;
   }
-  std::memcpy(end, ".0", 2);
-  return end + 2;
+  *end++ = '.';
+  *end++ = '0';
+  return end;
 }
 
 }  // namespace

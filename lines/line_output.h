@@ -13,6 +13,8 @@ class LineOutput {
  public:
   static constexpr std::size_t kChunkBytes = 2048;
 
+  // The chunk is left uninitialised.
+  // cppcheck-suppress uninitMemberVar
   explicit LineOutput(std::string& target) : target_(target), size_before_(target.size()) {}
   ~LineOutput() {
     if (!is_finished_) target_.resize(size_before_);

@@ -127,14 +127,18 @@ void decode(const StoredText& stored, const StoredCodePage& code_page, DecodedTe
   decoded.is_whole = replaced == 0 && decoded.text.indexOf(u'\0') < 0;
 }
 
+bool leads_back(const DecodedText& decoded, const StoredText& stored, const StoredCodePage& code_page) {
+  std::string encoded;
+  return decoded.is_whole && encode_text(decoded.text, code_page.name(), encoded) &&
+         encoded == std::string_view(stored.text, stored.length);
+}
+
 bool leads_back(const StoredText& stored, const StoredCodePage& code_page) {
   if (code_page.is_utf8()) return is_valid_utf8(stored.text, stored.length);
   if (code_page.has_plain_ascii() && is_printable_ascii(stored.text, stored.length)) return true;
   DecodedText decoded;
   decode(stored, code_page, decoded);
-  std::string encoded;
-  return decoded.is_whole && encode_text(decoded.text, code_page.name(), encoded) &&
-         encoded == std::string_view(stored.text, stored.length);
+  return leads_back(decoded, stored, code_page);
 }
 
 /// Writes one entry. What it is asked for each attribute it knows beforehand.
@@ -232,7 +236,7 @@ class EntryWriter {
     DecodedText decoded;
     decode(stored, code_page_, decoded);
     escape_json(decoded.utf8.data(), decoded.utf8.size(), out_);
-    has_other_bytes_ = has_other_bytes_ || !leads_back(stored, code_page_);
+    has_other_bytes_ = has_other_bytes_ || !leads_back(decoded, stored, code_page_);
   }
 
   /// Texts that do not lead back to their bytes are rare: which they are is found out once more.

@@ -49,7 +49,7 @@ Escaped plainly_escaped(std::string_view text) {
 
 void check(std::string_view text) {
   const Escaped expected = plainly_escaped(text);
-  EXPECT_EQ(escaped_by<PlainJsonBlock>(text), expected) << testing::PrintToString(text);
+  EXPECT_EQ(escaped_by<WordJsonBlock>(text), expected) << testing::PrintToString(text);
   EXPECT_EQ(escaped_by<JsonBlock>(text), expected) << testing::PrintToString(text);
 }
 
