@@ -72,7 +72,7 @@ TEST(EscapeJson, PiecesOfCharactersAtEveryPlace_AsOneByOne) {
       "\xF4\x90\x80\x80", "\xE2\x82\"", "\xC3\\",     "\xE2\xC3\xA4", "\xC3\xC3\xA4", "\xE4\xBD\xA0\xE5\xA5\xBD"};
   for (const char* const piece : pieces) {
     for (std::size_t before = 0; before <= 33; ++before) {
-      for (const std::size_t behind : {0, 1, 2, 15, 16, 17}) {
+      for (const std::size_t behind : {0U, 1U, 2U, 15U, 16U, 17U}) {
         check(std::string(before, 'x') + piece + std::string(behind, 'y'));
         check(std::string(before, 'x') + piece + piece + std::string(behind, 'y'));
       }

@@ -185,7 +185,7 @@ TEST_F(LineWriter, MoreAttributesThanFitInside_AllAreThere) {
 }
 
 TEST_F(LineWriter, NamesOfAnyLengthAndCharacters_AreValid) {
-  for (const std::size_t length : {1, 14, 15, 16, 30, 31, 32, 46, 47, 48, 60, 61, 62, 63, 200, 3000}) {
+  for (const std::size_t length : {1U, 14U, 15U, 16U, 30U, 31U, 32U, 46U, 47U, 48U, 60U, 61U, 62U, 63U, 200U, 3000U}) {
     const std::string name(length, 'n');
     qz_LOG_LogEntry::AddAttributeDefinition(kPlainId, name.c_str(), TypeUInt1);
     qz_LOG_LogEntry entry(kPlainId, 0);

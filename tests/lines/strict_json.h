@@ -9,29 +9,53 @@
 
 namespace qz_test {
 
+struct JsonMember;
+
 /// A value of JSON as it stands in a text.
 struct JsonNode {
   enum Kind { kNull, kBool, kNumber, kText, kArray, kObject };
 
   Kind kind = kNull;
   std::string text;  ///< of a number as written, of a text what it means, "true" or "false"
-  std::vector<std::pair<std::string, JsonNode>> members;
+  std::vector<JsonMember> members;
   std::vector<JsonNode> elements;
 
+  JsonNode();
+  explicit JsonNode(Kind own_kind, std::string own_text = "");
+  ~JsonNode();
+  JsonNode(JsonNode&& other) noexcept;
+  JsonNode& operator=(JsonNode&& other) noexcept;
+
   /// Null when there is none.
-  const JsonNode* find(std::string_view name) const {
-    for (const auto& [key, value] : members) {
-      if (key == name) return &value;
-    }
-    return nullptr;
-  }
-  /// The names of an object's members in their order, behind a blank each.
-  std::string names() const {
-    std::string all;
-    for (const auto& member : members) all += ' ' + member.first;
-    return all;
-  }
+  const JsonNode* find(std::string_view name) const;
+  /// The names of an object's members in their order, a blank before each.
+  std::string names() const;
 };
+
+struct JsonMember {
+  std::string name;
+  JsonNode value;
+};
+
+// Where a member is complete.
+inline JsonNode::JsonNode() = default;
+inline JsonNode::JsonNode(Kind own_kind, std::string own_text) : kind(own_kind), text(std::move(own_text)) {}
+inline JsonNode::~JsonNode() = default;
+inline JsonNode::JsonNode(JsonNode&& other) noexcept = default;
+inline JsonNode& JsonNode::operator=(JsonNode&& other) noexcept = default;
+
+inline const JsonNode* JsonNode::find(std::string_view name) const {
+  for (const JsonMember& member : members) {
+    if (member.name == name) return &member.value;
+  }
+  return nullptr;
+}
+
+inline std::string JsonNode::names() const {
+  std::string all;
+  for (const JsonMember& member : members) all += ' ' + member.name;
+  return all;
+}
 
 /// Reads one value of RFC 8259 and nothing else: no blanks, UTF-8 alone, no name twice. Anything else throws
 /// std::runtime_error. Plain and slow.
@@ -67,29 +91,29 @@ class StrictJson {
   JsonNode value() {
     if (next() == '{') return object();
     if (next() == '[') return array();
-    if (next() == '"') return {JsonNode::kText, text(), {}, {}};
-    if (take_if("true")) return {JsonNode::kBool, "true", {}, {}};
-    if (take_if("false")) return {JsonNode::kBool, "false", {}, {}};
+    if (next() == '"') return JsonNode(JsonNode::kText, text());
+    if (take_if("true")) return JsonNode(JsonNode::kBool, "true");
+    if (take_if("false")) return JsonNode(JsonNode::kBool, "false");
     if (take_if("null")) return {};
     return number();
   }
 
   JsonNode object() {
-    JsonNode node{JsonNode::kObject, "", {}, {}};
+    JsonNode node(JsonNode::kObject);
     expect("{");
     if (take_if("}")) return node;
     do {
       std::string name = text();
       if (node.find(name) != nullptr) fail("the name " + name + " is there twice");
       expect(":");
-      node.members.emplace_back(std::move(name), value());
+      node.members.push_back({std::move(name), value()});
     } while (take_if(","));
     expect("}");
     return node;
   }
 
   JsonNode array() {
-    JsonNode node{JsonNode::kArray, "", {}, {}};
+    JsonNode node(JsonNode::kArray);
     expect("[");
     if (take_if("]")) return node;
     do {
@@ -105,7 +129,7 @@ class StrictJson {
   }
 
   JsonNode number() {
-    JsonNode node{JsonNode::kNumber, "", {}, {}};
+    JsonNode node(JsonNode::kNumber);
     if (take_if("-")) node.text += '-';
     if (take_if("0")) {
       node.text += '0';
