@@ -52,6 +52,8 @@ class _qz_LOG_log_entry_imp : public qz_UTIL_no_inadvertant_copies {
   unsigned int get_log_level() const { return head_.log_level; }
   unsigned int get_property_mask() const { return head_.property_mask; }
   const char* get_version_text() const { return version_text_; }
+  /// Whether the definition is still the one that a new entry of this ID would get.
+  bool has_current_definition() const { return hold_ && hold_->definition().is_cached_in(definition_table_); }
   /// Null while the entry has no ID.
   const _qz_LOG_log_definition* get_definition() const { return hold_ ? &hold_->definition() : nullptr; }
   /// Throws QZX_logging_misc then.
@@ -108,6 +110,30 @@ class _qz_LOG_log_entry_imp : public qz_UTIL_no_inadvertant_copies {
   /// `escape` turns line breaks into backslash and letter, false turns these back.
   void add_attrib_str(const char* name, const char* value, bool escape);
   void add_attrib_mbstr(const char* name, const char* value, bool escape);
+  /// For a Char or MBChar attribute: takes what an entry gave for its text, with the line breaks escaped already. It
+  /// may be longer than the type's limit, which counts each of them once. What is too long all the same is treated as
+  /// the other adds do. `length` bytes, with a zero byte behind them; false for `escape` stores line breaks as they
+  /// are.
+  void add_stored_text(const char* name, const char* text, std::size_t length, bool escape);
+  /// Where an attribute stands among those of the entry's own ID; kNoPosition for a global one.
+  static constexpr unsigned kNoPosition = static_cast<unsigned>(-1);
+  unsigned find_own_position(const char* name) const {
+    const unsigned position = require_definition().find_own_position(qzlog::AttributeName(name));
+    return require_definition().get_own_attribute(position) != nullptr ? position : kNoPosition;
+  }
+  /// The adds for an attribute of the entry's own ID at such a position, which has to be of that type: its name is not
+  /// compared. `expected` is where the value stands if that many values were added before it, as in AttributeStore.
+  template <unsigned char code>
+  void add_own(unsigned position, unsigned expected, typename qzlog::ValueOf<code>::type value) {
+    message_stale_ = true;
+    attributes_.put<code>(hold_->definition().get_own_attribute(position)->get_known_name(), expected,
+                          std::move(value));
+  }
+  /// The text has to be within its type's limit, and a zero byte to stand behind it.
+  void add_own_text(unsigned position, unsigned expected, const char* text, std::size_t length) {
+    next_attribute_ = expected + 1;
+    add_filtered_text(*hold_->definition().get_own_attribute(position), text, length, true);
+  }
   /// Pairs of name and value up to a null or empty name.
   void add_attributes(std::va_list arguments);
 
@@ -223,6 +249,7 @@ class _qz_LOG_log_entry_imp : public qz_UTIL_no_inadvertant_copies {
   void add_truncated_text(const _qz_LOG_attribute_entry& attribute, const char* value, bool escape);
   void add_truncated_mbtext(const _qz_LOG_attribute_entry& attribute, const char* value, bool escape);
   void store_text(const _qz_LOG_attribute_entry& attribute, const char* text, std::size_t length);
+  static bool exceeds_limit_unescaped(unsigned char type, const char* text, std::size_t length);
   template <unsigned char code>
   void store_text_of(const qzlog::KnownName* name, const char* text, unsigned length);
 

@@ -84,6 +84,29 @@ void _qz_LOG_log_entry_imp::add_truncated_mbtext(const _qz_LOG_attribute_entry& 
   add_filtered_text(attribute, truncated.data(), QZ_strlen(truncated.data()), escape);
 }
 
+void _qz_LOG_log_entry_imp::add_stored_text(const char* name, const char* text, std::size_t length, bool escape) {
+  const _qz_LOG_attribute_entry* const attribute = proceed_to(name);
+  if (attribute == nullptr) throw_invalid_name(name);
+  const unsigned char type = attribute->get_type();
+  const bool is_char = type >= TypeChar32 && type <= TypeChar2K;
+  if (!is_char && !is_unicode_string_attribute(static_cast<qz_AttributeType>(type))) {
+    throw_with_id<QZX_logging_attribute_type_mismatch>("Used the wrong add method under Entry ID ");
+  }
+  if (exceeds_limit_unescaped(type, text, length)) {
+    return is_char ? add_truncated_text(*attribute, text, true) : add_truncated_mbtext(*attribute, text, true);
+  }
+  if (escape) return add_filtered_text(*attribute, text, length, true);
+  store_text(*attribute, text, length);
+}
+
+bool _qz_LOG_log_entry_imp::exceeds_limit_unescaped(unsigned char type, const char* text, std::size_t length) {
+  TextRoom plain(length + 1);
+  unescape_line_breaks(text, plain.data(), static_cast<int>(length + 1));
+  const std::size_t plain_length = QZ_strlen(plain.data());
+  if (type <= TypeChar2K) return plain_length > static_cast<std::size_t>(text_limit(type));
+  return exceeds_character_limit(plain.data(), plain_length, text_limit(type));
+}
+
 /// Stores a text of a Char or MBChar type after filtering it, if there is anything to filter.
 void _qz_LOG_log_entry_imp::add_filtered_text(const _qz_LOG_attribute_entry& attribute, const char* value,
                                               std::size_t length, bool escape) {

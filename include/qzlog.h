@@ -5,6 +5,7 @@
 #include "qzlog/debug_log.h"
 #include "qzlog/definition_cache.h"
 #include "qzlog/entry_filt.h"
+#include "qzlog/entry_lines.h"
 #include "qzlog/export.h"
 #include "qzlog/file_io.h"
 #include "qzlog/log_util.h"

@@ -35,7 +35,7 @@ CHAIN = [
     ("readable message", ["entry/logentry_i_message.*"]),
     ("entry facade", ["entry/logentry.*", "include/qzlog/logentry.h"]),
     ("entry filter", ["config/entry_filt.*", "include/qzlog/entry_filt.h"]),
-    ("lines", ["lines/*"]),
+    ("lines", ["lines/*", "include/qzlog/entry_lines.h"]),
     ("log file names", ["util/log_util.*", "include/qzlog/log_util.h"]),
     ("entry counter", ["counter/*", "include/qzlog/logentrycounter.h"]),
 ]
@@ -81,6 +81,9 @@ SHARED = {
     "definitions/definition_format.h": "the tools write and show the file that the library reads",
     "entry/text_limits.h": "the tools say how long texts may be",
     "lines/json_text.h": "one way to write a text as JSON",
+    "lines/library_text.h": "the library's failures in the same words, whoever shows them",
+    "lines/line_rule.h": "the tools document the rules that the library reports",
+    "lines/utf8_text.h": "one way to show texts that can hold anything",
     "message/format_types.h": "the tools know the formats that messages show, and of which types",
     "message/icu_memory.h": "the tools see as the library does whether ICU ran out of memory",
     "message/pattern_nesting.h": "the tools refuse the patterns that the library refuses, before ICU sees them",

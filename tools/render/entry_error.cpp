@@ -10,6 +10,8 @@ using qzlog_compiler::RuleInfo;
 
 constexpr RuleInfo kRules[] = {
     {EntryRule::kLongLine, "long-line", "A line is longer than 16 MiB."},
+    {EntryRule::kTornLine, "torn-line",
+     "The last line has no end and breaks off: its writer is still at work on it, or was ended."},
     {EntryRule::kBadJson, "bad-json",
      "A line is not well-formed JSON in UTF-8, or a number in it needs more than 64 bits."},
     {EntryRule::kNotAnObject, "not-an-object", "A line holds JSON, but not an object."},
@@ -25,6 +27,9 @@ constexpr RuleInfo kRules[] = {
     {EntryRule::kTimeGlobals, "time-globals",
      "An entry with a `time` needs TIMEZONE_DIFFERENCE (SInt2) and DAYLIGHT_SAVING_ACTIVE (Bool) to be defined."},
     {EntryRule::kBadChoice, "bad-choice", "`default` is not true or false, or `selector` is not a number."},
+    {EntryRule::kBadEnvelope, "bad-envelope",
+     "What a writer adds to its lines (`writer`, `seq`, `written`, `definitions`, `name`) is not of its form."},
+    {EntryRule::kBadLost, "bad-lost", "`lost` is no list of lost entries, or stands in a line with an entry."},
     {EntryRule::kBadAttributes, "bad-attributes", "`attributes` is not an object."},
     {EntryRule::kUnknownAttribute, "unknown-attribute", "Neither the entry nor the globals define this attribute."},
     {EntryRule::kDuplicateAttribute, "duplicate-attribute", "An attribute is given twice."},
@@ -34,6 +39,8 @@ constexpr RuleInfo kRules[] = {
      "A value is of another kind than its attribute, such as a text for a number."},
     {EntryRule::kOutOfRange, "out-of-range", "A number does not fit the type of its attribute."},
     {EntryRule::kNulCharacter, "nul-character", "A text holds U+0000, at which it would end."},
+    {EntryRule::kBadBytes, "bad-bytes",
+     "`bytes` is not an object of texts in base64, or holds one for an attribute that is no text."},
     {EntryRule::kRefusedValue, "refused-value", "The library refused a value, for instance a text that is too long."},
     {EntryRule::kNoMessage, "no-message", "The library could not render the message of an entry."},
     {EntryRule::kBrokenPattern, "broken-pattern",

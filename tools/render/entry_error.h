@@ -11,6 +11,7 @@ namespace qzlog_tool {
 /// What can be wrong with one line of entries.
 enum class EntryRule {
   kLongLine,
+  kTornLine,
   kBadJson,
   kNotAnObject,
   kUnknownKey,
@@ -24,6 +25,8 @@ enum class EntryRule {
   kBadTime,
   kTimeGlobals,
   kBadChoice,
+  kBadEnvelope,
+  kBadLost,
   kBadAttributes,
   kUnknownAttribute,
   kDuplicateAttribute,
@@ -31,6 +34,7 @@ enum class EntryRule {
   kWrongKind,
   kOutOfRange,
   kNulCharacter,
+  kBadBytes,
   kRefusedValue,
   kNoMessage,
   kBrokenPattern,

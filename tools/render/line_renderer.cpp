@@ -1,21 +1,35 @@
 #include "tools/render/line_renderer.h"
 
+#include <cstddef>
+
 #include "tools/render/entry_error.h"
 #include "tools/render/library_call.h"
 
 namespace qzlog_tool {
 
-std::optional<std::string_view> LineRenderer::render(std::string_view line) {
-  const JsonEntry source = parser_.parse(line);
-  call_for_entry(EntryRule::kRefusedValue, [&] { entry_ = &builder_.build(source); });
-  has_time_ = source.time != nullptr;
-  if (filter_ != nullptr && !filter_->lets_through(*entry_)) return std::nullopt;
-  call_for_entry(EntryRule::kNoMessage, [&] { entry_->FormatMessage(message_, source.use_default, source.selector); });
-  if (message_code_page_ == nullptr) return message_;
-  if (!message_code_page_->from_utf8(message_.c_str(), message_.size(), converted_)) {
-    throw EntryError{EntryRule::kNoMessage, "the message cannot be converted to " + message_code_page_->name()};
+std::optional<std::string_view> LineRenderer::render(const qz_LOG_EntryLine& line) {
+  if (line.IsLoss()) return tell_loss(line);
+  const qz_LOG_LogEntry& entry = line.GetEntry();
+  if (filter_ != nullptr && !filter_->lets_through(entry)) return std::nullopt;
+  call_for_entry(EntryRule::kNoMessage,
+                 [&] { entry.FormatMessage(message_, line.GetUseDefault(), line.GetSelectorIndex()); });
+  if (code_page_ == nullptr) return message_;
+  if (!code_page_->from_utf8(message_.c_str(), message_.size(), converted_)) {
+    throw EntryError{EntryRule::kNoMessage, "the message cannot be converted to " + code_page_->name()};
   }
   return converted_;
+}
+
+// In ASCII, whatever the code page of the messages.
+std::string_view LineRenderer::tell_loss(const qz_LOG_EntryLine& line) {
+  message_ = "lost:";
+  for (std::size_t index = 0; index < line.GetLostCount(); ++index) {
+    const qz_LOG_LostEntries lost = line.GetLost(index);
+    message_ += (index > 0 ? "; " : " ") + std::to_string(lost.count) + " of entry ID " + std::to_string(lost.id) +
+                ", level " + std::to_string(lost.level);
+    if (lost.since[0] != '\0') message_.append(", since ").append(lost.since);
+  }
+  return message_;
 }
 
 }  // namespace qzlog_tool

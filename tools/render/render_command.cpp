@@ -10,23 +10,25 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
+#include "qzlog/entry_lines.h"
 #include "qzlog/logcfg.h"
 #include "qzlog/qz_locale.h"
 #include "tools/count/entry_counting.h"
 #include "tools/definitions/loaded_definitions.h"
+#include "tools/definitions/source_names.h"
 #include "tools/options/line_code_page.h"
 #include "tools/options/locale_names.h"
 #include "tools/options/option_checks.h"
 #include "tools/render/entry_error.h"
 #include "tools/render/line_renderer.h"
 #include "tools/render/render_filter.h"
+#include "tools/render/render_input.h"
 #include "tools/report/finding_printer.h"
 #include "tools/report/library_text.h"
 #include "tools/system/buffered_output.h"
 #include "tools/system/command_error.h"
-#include "tools/system/file_descriptor.h"
-#include "tools/system/line_reader.h"
 #include "tools/system/out_of_memory.h"
 #include "tools/system/standard_input.h"
 #include "tools/system/terminal.h"
@@ -103,40 +105,70 @@ void open_catalog(const std::string& folder) {
   }
 }
 
+/// The row of one of the reader's rules.
+const qzlog_compiler::RuleInfo& reader_rule(std::string_view name) {
+  const qzlog_compiler::RuleInfo* const row = qzlog_compiler::find_rule(all_entry_rules(), name);
+  return row != nullptr ? *row : rule_info(EntryRule::kRefusedValue);
+}
+
+/// A line of entries as errors show it.
+struct ShownLine {
+  std::uint64_t number;
+  std::string_view text;
+
+  static ShownLine of(const qz_LOG_EntryLine& line) {
+    return {line.GetLine(), {line.GetSource(), line.GetSourceLength()}};
+  }
+};
+
 /// Says on stderr which lines have no message, and counts them.
-class LineErrors {
+class LineErrors : public qz_LOG_LineErrorHandler {
  public:
   LineErrors(std::string file_name, BufferedOutput& output, ProgressLine& progress)
       : file_name_(std::move(file_name)), output_(output), progress_(progress) {}
 
-  void report(const LineReader::Line& line, const EntryError& error) {
+  void TakeLineError(const qz_LOG_LineError& error) override {
+    ++wrong_lines_;
+    report({error.line, {error.source, error.source_length}}, qzlog_compiler::AnyRule(reader_rule(error.rule)),
+           error.text);
+  }
+
+  void report(const ShownLine& line, const EntryError& error) { report(line, error.rule, error.text); }
+
+  std::uint64_t count() const noexcept { return count_; }
+  /// Those that are no entry.
+  std::uint64_t wrong_lines() const noexcept { return wrong_lines_; }
+
+ private:
+  void report(const ShownLine& line, qzlog_compiler::AnyRule rule, const std::string& text) {
     ++count_;
     output_.flush();  // where both go to one place, the error comes after the messages before it
     progress_.clear();
     // A line that is too long is not read.
-    if (!line.too_long) printer_.add_source(file_name_, line.text, qzlog_compiler::LineBreaks::kLineFeed, line.number);
+    if (!line.text.empty()) {
+      printer_.add_source(file_name_, line.text, qzlog_compiler::LineBreaks::kLineFeed, line.number);
+    }
     text_.clear();
-    printer_.append({file_name_, line.number, qzlog_compiler::Severity::kError, error.rule, error.text}, text_);
+    printer_.append({file_name_, line.number, qzlog_compiler::Severity::kError, rule, text}, text_);
     write_all(STDERR_FILENO, text_.data(), text_.size());
   }
 
-  std::uint64_t count() const noexcept { return count_; }
-
- private:
   std::string file_name_;
   BufferedOutput& output_;
   ProgressLine& progress_;
   FindingPrinter printer_{stderr_has_colour()};
   std::string text_;
   std::uint64_t count_ = 0;
+  std::uint64_t wrong_lines_ = 0;
 };
 
 /// Renders the lines of one file.
 class FileRenderer {
  public:
-  /// `counting` is null where nothing is counted. What the arguments refer to has to outlive this object.
-  FileRenderer(const std::string& path, LineRenderer& renderer, EntryCounting* counting)
-      : shown_path_(display_name(path)), file_(open_input(path)), renderer_(renderer), counting_(counting) {
+  /// `names` and `counting` are null where no names are known and nothing is counted. What the arguments refer to has
+  /// to outlive this object.
+  FileRenderer(const std::string& path, LineRenderer& renderer, const qz_LOG_EventNames* names, EntryCounting* counting)
+      : input_(path, output_), renderer_(renderer), names_(names), counting_(counting) {
     // A message that is out is counted, whenever the command is killed.
     if (counting_ != nullptr) output_.before_flush([this] { counting_->flush(); });
     current_ = this;
@@ -151,24 +183,20 @@ class FileRenderer {
 
   void render() {
     const MemoryErrors errors_of_lines;
-    LineReader reader(file_.get(), shown_path_);
-    for (;;) {
-      while (reader.next(line_)) {
-        render_line(line_);
-        progress_.update(line_.number);
-      }
-      output_.flush();
-      if (reader.at_end()) return;
-      reader.fill();
+    qz_LOG_EntryReader reader = qz_LOG_EntryReader::FromSource(input_, input_.shown_path().c_str(), &errors_, names_);
+    while (reader.Next(line_)) {
+      render_line();
+      progress_.update(line_.GetLine());
     }
+    output_.flush();
   }
 
   bool has_errors() const { return errors_.count() != 0; }
 
   void print_summary() {
     progress_.clear();
-    std::string text = "entries: " + std::to_string(read_) + " read, " + std::to_string(passed_) + " passed, " +
-                       std::to_string(refused_) + " refused";
+    std::string text = "entries: " + std::to_string(entries_ + errors_.wrong_lines()) + " read, " +
+                       std::to_string(passed_) + " passed, " + std::to_string(refused_) + " refused";
     if (errors_.count() != 0) text += ", " + std::to_string(errors_.count()) + " wrong";
     text += '\n';
     write_all(STDERR_FILENO, text.data(), text.size());
@@ -180,30 +208,30 @@ class FileRenderer {
   static void report_abort(int /*signal*/) {
     std::signal(SIGABRT, SIG_DFL);
     current_->errors_.report(
-        current_->line_, {EntryRule::kBrokenPattern,
-                          "ICU takes the message's pattern but cannot apply it; nothing behind this line is rendered"});
+        ShownLine::of(current_->line_),
+        {EntryRule::kBrokenPattern,
+         "ICU takes the message's pattern but cannot apply it; nothing behind this line is rendered"});
     _exit(kExitFindings);
   }
 
-  void render_line(const LineReader::Line& line) {
+  void render_line() {
+    if (!line_.IsLoss()) ++entries_;
     try {
-      if (!line.too_long && is_blank(line.text)) return;
-      ++read_;
-      if (line.too_long) throw EntryError{EntryRule::kLongLine, "the line is longer than 16 MiB"};
-      const std::optional<std::string_view> message = renderer_.render(line.text);
+      const std::optional<std::string_view> message = renderer_.render(line_);
       if (message) {
         write(*message);
       } else {
         ++refused_;
       }
     } catch (const EntryError& error) {
-      errors_.report(line, error);
+      errors_.report(ShownLine::of(line_), error);
     }
   }
 
   void write(std::string_view message) {
+    if (line_.IsLoss()) return output_.write_line(message);
     ++passed_;
-    const bool counted = counting_ == nullptr || counting_->add(renderer_.entry(), renderer_.has_time());
+    const bool counted = counting_ == nullptr || counting_->add(line_.GetEntry(), line_.HasTime());
     output_.write_line(message);
     if (!counted) {
       throw EntryError{EntryRule::kUncountableDate,
@@ -211,15 +239,15 @@ class FileRenderer {
     }
   }
 
-  std::string shown_path_;
-  FileDescriptor file_;
-  LineRenderer& renderer_;
-  EntryCounting* counting_;
   BufferedOutput output_{STDOUT_FILENO, "standard output"};
+  RenderInput input_;
+  LineRenderer& renderer_;
+  const qz_LOG_EventNames* names_;
+  EntryCounting* counting_;
   ProgressLine progress_{"lines"};
-  LineErrors errors_{shown_path_, output_, progress_};
-  LineReader::Line line_;
-  std::uint64_t read_ = 0;
+  LineErrors errors_{input_.shown_path(), output_, progress_};
+  qz_LOG_EntryLine line_;
+  std::uint64_t entries_ = 0;
   std::uint64_t passed_ = 0;
   std::uint64_t refused_ = 0;
 
@@ -237,15 +265,16 @@ int render(const RenderOptions& options) {
                        options.no_icu ? qzlog_compiler::RenderingPaths::kNarrow : qzlog_compiler::RenderingPaths::kIcu);
   open_catalog(options.catalog);
 
-  // Through ICU the library takes and gives texts in the code page; narrowly it passes bytes on as they are.
-  const LineCodePage* const conversion = code_page.is_utf8() ? nullptr : &code_page;
-  const RenderCodePages code_pages{options.no_icu ? nullptr : conversion, options.no_icu ? conversion : nullptr};
   std::optional<RenderFilter> filter;
   if (options.filter.active) filter.emplace(options.filter);
   std::optional<EntryCounting> counting;
   if (!options.counter.empty()) counting.emplace(options.counter);
-  LineRenderer renderer(definitions.has_source ? &definitions.names : nullptr, code_pages, filter ? &*filter : nullptr);
-  FileRenderer file(options.entries, renderer, counting ? &*counting : nullptr);
+  // Through ICU the library takes and gives texts in the code page; narrowly it passes bytes on as they are.
+  const bool converts = options.no_icu && !code_page.is_utf8();
+  LineRenderer renderer(converts ? &code_page : nullptr, filter ? &*filter : nullptr);
+  const SourceNames names(definitions.names);
+  FileRenderer file(options.entries, renderer, definitions.has_source ? &names : nullptr,
+                    counting ? &*counting : nullptr);
   file.render();
   if (filter) file.print_summary();
   if (counting) counting->close();

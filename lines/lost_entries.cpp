@@ -1,0 +1,91 @@
+#include "lines/lost_entries.h"
+
+#include <string_view>
+
+#include "lines/envelope_form.h"
+#include "lines/line_fault.h"
+#include "lines/line_fields.h"
+#include "lines/utf8_text.h"
+
+namespace qzlog {
+namespace {
+
+constexpr const char* kRowText =
+    "an element of 'lost' has to be an object with 'id', 'level' and 'count', which are integers, and maybe 'since', "
+    "which is a date and time with its zone";
+
+/// One element of the list.
+class RowReader {
+ public:
+  RowReader(JsonPlace row, const char* line) : row_(row), line_(line) {}
+
+  LostEntries read() {
+    if (row_.kind() != JsonKind::kObject) throw fault(row_, kRowText);
+    std::string key;
+    row_.for_each_member(key, [this](std::string_view name, JsonPlace value) { read_member(name, value); });
+    if (seen_[kId] && seen_[kLevel] && seen_[kCount]) return entries_;
+    throw fault(row_, kRowText);
+  }
+
+ private:
+  enum Field { kId, kLevel, kCount, kSince, kFields };
+
+  LineFault fault(JsonPlace at, std::string text) const {
+    return {LineRule::kBadLost, std::move(text), static_cast<std::size_t>(at.address() - line_)};
+  }
+
+  void read_member(std::string_view name, JsonPlace value) {
+    if (name == "id") {
+      entries_.id = static_cast<std::uint32_t>(read_number(kId, value, kMaximumId));
+    } else if (name == "level") {
+      entries_.level = static_cast<std::uint32_t>(read_number(kLevel, value, kMaximumLevel));
+    } else if (name == "count") {
+      entries_.count = read_number(kCount, value, UINT64_MAX);
+    } else if (name == "since") {
+      read_since(value);
+    } else {
+      throw fault(value,
+                  "unknown key " + quoted(name) + " in 'lost'; an element has 'id', 'level', 'count' and 'since'");
+    }
+  }
+
+  void see(Field field, JsonPlace value) {
+    if (seen_[field]) throw fault(value, "a key of an element of 'lost' is given twice");
+    seen_[field] = true;
+  }
+
+  std::uint64_t read_number(Field field, JsonPlace place, std::uint64_t maximum) {
+    see(field, place);
+    std::string unused;
+    const JsonValue value = place.value(unused);
+    if (value.kind == JsonKind::kLargeInteger && value.large_integer <= maximum) return value.large_integer;
+    const bool is_number = value.kind == JsonKind::kInteger && value.integer >= 0;
+    if (!is_number || static_cast<std::uint64_t>(value.integer) > maximum) throw fault(place, kRowText);
+    return static_cast<std::uint64_t>(value.integer);
+  }
+
+  void read_since(JsonPlace place) {
+    see(kSince, place);
+    if (place.value(entries_.since).kind != JsonKind::kText || !is_moment_form(entries_.since)) {
+      throw fault(place, kRowText);
+    }
+  }
+
+  JsonPlace row_;
+  const char* line_;
+  LostEntries entries_;
+  bool seen_[kFields] = {};
+};
+
+}  // namespace
+
+void read_lost_entries(JsonPlace list, const char* line, std::vector<LostEntries>& rows) {
+  rows.clear();
+  if (list.kind() != JsonKind::kArray) {
+    throw LineFault{LineRule::kBadLost, "'lost' has to be an array, not " + std::string(kind_name(list.kind())),
+                    static_cast<std::size_t>(list.address() - line)};
+  }
+  list.for_each_element([&](JsonPlace row) { rows.push_back(RowReader(row, line).read()); });
+}
+
+}  // namespace qzlog

@@ -1,0 +1,61 @@
+#include "lines/quote_index.h"
+
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
+#include <cstring>
+
+namespace qzlog {
+
+namespace {
+
+// Sixteen characters, on which the compiler computes at once.
+using Block = unsigned char __attribute__((vector_size(16)));
+
+constexpr Block kQuote = Block{} + '"';
+constexpr Block kBackslash = Block{} + '\\';
+constexpr Block kFirstPrintable = Block{} + ' ';
+
+Block load(const char* at) {
+  Block block;
+  std::memcpy(&block, at, sizeof block);
+  return block;
+}
+
+/// The highest bits of the characters, the first character's lowest.
+std::uint64_t high_bits(Block block) {
+#ifdef __SSE2__
+  __m128i bytes;
+  std::memcpy(&bytes, &block, sizeof bytes);
+  return static_cast<std::uint64_t>(_mm_movemask_epi8(bytes));
+#else
+  std::uint64_t bits = 0;
+  for (unsigned i = 0; i < sizeof block; ++i) bits |= std::uint64_t{block[i]} >> 7 << i;
+  return bits;
+#endif
+}
+
+}  // namespace
+
+bool QuoteIndex::read(const char* text, std::size_t size) {
+  Block all{};
+  Block refused{};
+  for (std::size_t at = 0; at < size; at += kPieceBytes) {
+    std::uint64_t quotes = 0;
+    for (std::size_t offset = 0; offset < kPieceBytes; offset += sizeof(Block)) {
+      const Block block = load(text + at + offset);
+      all |= block;
+      refused |= static_cast<Block>(block == kBackslash) | static_cast<Block>(block < kFirstPrintable);
+      quotes |= high_bits(static_cast<Block>(block == kQuote)) << offset;
+    }
+    pieces_[at / kPieceBytes] = quotes;
+  }
+  const std::uint64_t end = std::uint64_t{1} << (size % kPieceBytes);
+  if (size % kPieceBytes == 0) pieces_[size / kPieceBytes] = 0;
+  pieces_[size / kPieceBytes] |= end;
+  has_high_bytes_ = high_bits(all) != 0;
+  return high_bits(refused) == 0;
+}
+
+}  // namespace qzlog

@@ -1,0 +1,30 @@
+#ifndef QZLOG_LINES_TEXT_CODE_PAGE_H
+#define QZLOG_LINES_TEXT_CODE_PAGE_H
+
+#include <string>
+#include <string_view>
+
+namespace qzlog {
+
+/// The code page in which entries keep texts: the configured one where ICU renders messages. Without ICU texts are
+/// bytes that are passed on as they are: lines have UTF-8.
+class TextCodePage {
+ public:
+  /// Looks at the settings.
+  void update();
+
+  /// Makes of `text`, which is UTF-8 with a zero byte behind it, what is to be stored, valid until the next call.
+  /// Characters that the code page lacks become its substitution character. False when it cannot be converted.
+  bool convert(std::string_view& text);
+  bool is_utf8() const { return is_utf8_; }
+  const std::string& name() const { return name_; }
+
+ private:
+  std::string name_ = "UTF-8";
+  bool is_utf8_ = true;
+  std::string converted_;  // kept, so that not every text takes memory anew
+};
+
+}  // namespace qzlog
+
+#endif  // QZLOG_LINES_TEXT_CODE_PAGE_H

@@ -1,0 +1,36 @@
+#ifndef QZLOG_TOOLS_RENDER_RENDER_INPUT_H
+#define QZLOG_TOOLS_RENDER_RENDER_INPUT_H
+
+#include <string>
+#include <utility>
+
+#include "qzlog/entry_lines.h"
+#include "tools/system/buffered_output.h"
+#include "tools/system/file_descriptor.h"
+
+namespace qzlog_tool {
+
+/// The file of entries. What was made of the lines so far is written out before more are waited for.
+class RenderInput : public qz_LOG_ByteSource {
+ public:
+  /// `path` as open_input takes it. `output` has to outlive this object.
+  RenderInput(const std::string& path, BufferedOutput& output)
+      : shown_path_(display_name(path)), file_(open_input(path)), output_(output) {}
+
+  /// "<stdin>" for standard input.
+  const std::string& shown_path() const noexcept { return shown_path_; }
+
+  std::size_t Read(char* buffer, std::size_t size) override {
+    output_.flush();
+    return read_some(file_.get(), buffer, size, shown_path_);
+  }
+
+ private:
+  std::string shown_path_;
+  FileDescriptor file_;
+  BufferedOutput& output_;
+};
+
+}  // namespace qzlog_tool
+
+#endif  // QZLOG_TOOLS_RENDER_RENDER_INPUT_H
