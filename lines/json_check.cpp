@@ -3,6 +3,7 @@
 #include <bitset>
 #include <string>
 
+#include "lines/json_unescape.h"
 #include "lines/json_number.h"
 #include "lines/json_walk.h"
 #include "lines/utf8_text.h"

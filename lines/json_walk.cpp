@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "lines/json_unescape.h"
 #include "lines/json_number.h"
 
 namespace qzlog {
@@ -24,30 +25,7 @@ bool holds_special(const char* at) {
   return (halves[0] | halves[1]) != 0;
 }
 
-void append_utf8(std::uint32_t code, std::string& text) {
-  const auto append = [&text](std::uint32_t byte) { text += static_cast<char>(byte); };
-  if (code < 0x80) return append(code);
-  if (code < 0x800) {
-    append(0xC0 | code >> 6);
-  } else {
-    if (code < 0x10000) {
-      append(0xE0 | code >> 12);
-    } else {
-      append(0xF0 | code >> 18);
-      append(0x80 | (code >> 12 & 0x3F));
-    }
-    append(0x80 | (code >> 6 & 0x3F));
-  }
-  append(0x80 | (code & 0x3F));
-}
-
 }  // namespace
-
-int hexadecimal_value(char digit) {
-  if (digit >= '0' && digit <= '9') return digit - '0';
-  const char letter = static_cast<char>(digit | 0x20);
-  return letter >= 'a' && letter <= 'f' ? letter - 'a' + 10 : -1;
-}
 
 const char* find_json_special(const char* at, const char* end) {
   while (static_cast<std::size_t>(end - at) >= sizeof(Block) && !holds_special(at)) at += sizeof(Block);
@@ -81,39 +59,11 @@ void JsonPlace::skip_value() {
 }
 
 void JsonPlace::read_text(std::string& text) {
-  text.clear();
-  ++at_;
-  for (;;) {
-    const char* const special = find_json_special(at_, end_);
-    text.append(at_, special);
-    at_ = special + 1;
-    if (*special == '"') return;
-    append_escaped(text);
-  }
-}
-
-/// Behind the backslash.
-void JsonPlace::append_escaped(std::string& text) {
-  constexpr std::string_view kLetters = "bfnrt";
-  constexpr std::string_view kCharacters = "\b\f\n\r\t";
-  const char letter = *at_++;
-  if (letter != 'u') {
-    const std::size_t place = kLetters.find(letter);
-    text += place != std::string_view::npos ? kCharacters[place] : letter;
-    return;
-  }
-  std::uint32_t code = read_code_unit();
-  if (code >= 0xD800 && code <= 0xDFFF) {
-    at_ += 2;
-    code = 0x10000 + ((code - 0xD800) << 10) + (read_code_unit() - 0xDC00);
-  }
-  append_utf8(code, text);
-}
-
-unsigned JsonPlace::read_code_unit() {
-  unsigned unit = 0;
-  for (int digit = 0; digit < 4; ++digit) unit = unit * 16 + static_cast<unsigned>(hexadecimal_value(*at_++));
-  return unit;
+  const char* const begin = at_ + 1;
+  skip_text();
+  text.assign(begin, at_ - 1);
+  if (text.find('\\') == std::string::npos) return;
+  text.resize(static_cast<std::size_t>(decode_json_escapes(text.data(), text.data() + text.size()) - text.data()));
 }
 
 JsonValue JsonPlace::value_of_scalar() const {

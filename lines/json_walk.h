@@ -12,9 +12,6 @@ constexpr bool is_json_blank(char character) {
   return character == ' ' || character == '\t' || character == '\r' || character == '\n';
 }
 
-/// The value of a hexadecimal digit, -1 of another character.
-int hexadecimal_value(char digit);
-
 /// The first quote, backslash or control character, or `end`.
 const char* find_json_special(const char* at, const char* end);
 
@@ -77,8 +74,6 @@ class JsonPlace {
   void skip_value();
   void skip_text();
   void read_text(std::string& text);
-  void append_escaped(std::string& text);
-  unsigned read_code_unit();
   JsonValue value_of_scalar() const;
 
   const char* at_ = nullptr;

@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "lines/envelope_form.h"
+#include "lines/json_unescape.h"
 #include "lines/json_number.h"
 #include "message/code_page.h"
 
@@ -52,8 +53,10 @@ LeadingDigits leading_digits(const char* at) {
 /// somewhere on the way; the line is then not plain.
 class Cursor {
  public:
-  /// A quote stands at each place of `quotes`, and nothing that would need a second look stands anywhere.
-  Cursor(char* text, QuoteIndex::Places quotes) : text_(text), at_(text), quotes_(quotes) {}
+  /// A quote that nothing escapes stands at each place of `quotes`, and control characters nowhere. `has_escapes` says
+  /// whether texts may hold escapes.
+  Cursor(char* text, QuoteIndex::Places quotes, bool has_escapes)
+      : text_(text), at_(text), quotes_(quotes), has_escapes_(has_escapes) {}
 
   bool take(char expected) {
     if (*at_ != expected) skip_blanks();
@@ -67,8 +70,10 @@ class Cursor {
     quotes_.next();  // the one just taken
     char* const end = text_ + quotes_.next();
     if (*end != '"') return false;
-    *end = '\0';
-    text = std::string_view(at_, static_cast<std::size_t>(end - at_));
+    char* const text_end = has_escapes_ ? decode_escapes(at_, end) : end;
+    if (text_end == nullptr) return false;
+    *text_end = '\0';
+    text = std::string_view(at_, static_cast<std::size_t>(text_end - at_));
     at_ = end + 1;
     return true;
   }
@@ -134,6 +139,17 @@ class Cursor {
     while (*at_ == ' ') ++at_;
   }
 
+  /// Null when an escape is wrong or stands for U+0000, which no text can hold.
+  static char* decode_escapes(char* begin, char* end) {
+    const auto size = static_cast<std::size_t>(end - begin);
+    if (size == 0 || std::memchr(begin, '\\', size) == nullptr) return end;
+    char* const text_end = decode_json_escapes(begin, end);
+    if (text_end == nullptr || std::memchr(begin, '\0', static_cast<std::size_t>(text_end - begin)) != nullptr) {
+      return nullptr;
+    }
+    return text_end;
+  }
+
   bool take_number(JsonValue& value) {
     const char* const begin = at_;
     const bool is_integer = take_integer(value.integer);
@@ -149,13 +165,14 @@ class Cursor {
   char* text_;
   char* at_;
   QuoteIndex::Places quotes_;
+  bool has_escapes_;
 };
 
 /// Reads the fields of one entry.
 class PlainLine {
  public:
-  PlainLine(char* text, QuoteIndex::Places quotes, LineFields& fields, std::vector<LineAttribute>& attributes)
-      : cursor_(text, quotes), fields_(fields), attributes_(attributes) {}
+  PlainLine(char* text, const QuoteIndex& quotes, LineFields& fields, std::vector<LineAttribute>& attributes)
+      : cursor_(text, quotes.places(), quotes.has_backslashes()), fields_(fields), attributes_(attributes) {}
 
   bool read() {
     if (!cursor_.take('{')) return false;
@@ -282,7 +299,7 @@ bool PlainLineScanner::scan(std::string_view line, LineFields& fields) {
   if (!quotes_.read(text_.get(), line.size())) return false;
   if (quotes_.has_high_bytes() && !is_valid_utf8(line.data(), line.size())) return false;
   text_[line.size()] = '\0';
-  return PlainLine(text_.get(), quotes_.places(), fields, attributes_).read();
+  return PlainLine(text_.get(), quotes_, fields, attributes_).read();
 }
 
 }  // namespace qzlog

@@ -11,7 +11,7 @@
 
 namespace qzlog {
 
-/// A quick way through the lines that most entries are: known keys, each once; texts without escapes; numbers, true
+/// A quick way through the lines that most entries are: known keys, each once; texts, numbers, true
 /// and false. It says nothing about other lines, right or wrong: they are the general parser's.
 class PlainLineScanner {
  public:

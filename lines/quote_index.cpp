@@ -36,18 +36,50 @@ std::uint64_t high_bits(Block block) {
 #endif
 }
 
+std::uint64_t backslashes_in_piece(const char* piece) {
+  std::uint64_t backslashes = 0;
+  for (std::size_t offset = 0; offset < QuoteIndex::kPieceBytes; offset += sizeof(Block)) {
+    backslashes |= high_bits(static_cast<Block>(load(piece + offset) == kBackslash)) << offset;
+  }
+  return backslashes;
+}
+
+/// The characters of a piece that a backslash escapes. `is_escaped` says whether one in the last piece escapes the
+/// first character, and becomes that for the next.
+std::uint64_t escaped_by(std::uint64_t backslashes, bool& is_escaped) {
+  std::uint64_t escaped = is_escaped ? 1 : 0;
+  is_escaped = false;
+  backslashes &= ~escaped;
+  while (backslashes != 0) {
+    const auto place = static_cast<unsigned>(std::countr_zero(backslashes));
+    is_escaped = place == QuoteIndex::kPieceBytes - 1;
+    if (is_escaped) break;
+    escaped |= std::uint64_t{2} << place;
+    backslashes &= ~(std::uint64_t{3} << place);
+  }
+  return escaped;
+}
+
 }  // namespace
 
 bool QuoteIndex::read(const char* text, std::size_t size) {
   Block all{};
   Block refused{};
+  bool is_escaped = false;
+  has_backslashes_ = false;
   for (std::size_t at = 0; at < size; at += kPieceBytes) {
     std::uint64_t quotes = 0;
+    Block backslashes{};
     for (std::size_t offset = 0; offset < kPieceBytes; offset += sizeof(Block)) {
       const Block block = load(text + at + offset);
       all |= block;
-      refused |= static_cast<Block>(block == kBackslash) | static_cast<Block>(block < kFirstPrintable);
+      refused |= static_cast<Block>(block < kFirstPrintable);
       quotes |= high_bits(static_cast<Block>(block == kQuote)) << offset;
+      backslashes |= static_cast<Block>(block == kBackslash);
+    }
+    if (is_escaped || high_bits(backslashes) != 0) {
+      has_backslashes_ = true;
+      quotes &= ~escaped_by(backslashes_in_piece(text + at), is_escaped);
     }
     pieces_[at / kPieceBytes] = quotes;
   }

@@ -8,7 +8,7 @@
 
 namespace qzlog {
 
-/// Where the quotes of a text stand, found many characters at a time.
+/// Where the quotes of a text stand that no backslash escapes, found many characters at a time.
 class QuoteIndex {
  public:
   /// Texts are read in pieces: so many bytes from the last piece's beginning have to be readable.
@@ -40,17 +40,19 @@ class QuoteIndex {
     if (size / kPieceBytes >= pieces_.size()) pieces_.resize(size / kPieceBytes + 1);
   }
 
-  /// Reads `size` bytes, and what follows them to the end of the last piece. False when a backslash or a control
-  /// character is among them. Room for them has to be there.
+  /// Reads `size` bytes, and what follows them to the end of the last piece. False when a control character
+  /// is among them. Room for them has to be there.
   bool read(const char* text, std::size_t size);
 
   Places places() const { return Places(pieces_.data()); }
   /// Whether bytes of 0x80 and above were read.
   bool has_high_bytes() const { return has_high_bytes_; }
+  bool has_backslashes() const { return has_backslashes_; }
 
  private:
   std::vector<std::uint64_t> pieces_;  // a bit for each character of a piece
   bool has_high_bytes_ = false;
+  bool has_backslashes_ = false;
 };
 
 }  // namespace qzlog
