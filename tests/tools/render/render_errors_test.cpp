@@ -95,6 +95,14 @@ TEST_F(RenderErrors, EveryLineBad_EveryLineIsReported) {
   EXPECT_EQ(result.status, 1);
 }
 
+TEST_F(RenderErrors, TornLastLine_IsToldApart) {
+  const CommandResult result = render("{\"id\":1006}\n{\"id\":10");
+  EXPECT_EQ(result.out, "first\\nsecond\\rthird\n");
+  EXPECT_EQ(result.err, "entries.jsonl:2: error: the last line breaks off: it is not written whole [torn-line]\n" +
+                            shown_line(2, "{\"id\":10"));
+  EXPECT_EQ(result.status, 1);
+}
+
 TEST_F(RenderErrors, StandardInput_HasAName) {
   const CommandResult result = run("echo 1 | $QZLOG render --definitions storage.yaml");
   EXPECT_EQ(result.err,

@@ -28,6 +28,22 @@ void write_lines(const std::filesystem::path& path, int count) {
   for (int line = 0; line < count; ++line) file << kEntry;
 }
 
+TEST_F(RenderOutput, LinesOfAWriter_AreRenderedAndLossesShown) {
+  const CommandResult result = render(
+      R"({"writer":"host/12/34","seq":1,"written":"2026-11-21T08:15:30.5Z","definitions":"0123456789abcdef","id":1006,"name":"X"})"
+      "\n"
+      R"({"lost":[{"id":1001,"level":3,"count":12,"since":"2026-11-21T08:15:30Z"},{"id":7,"level":0,"count":1}],"seq":2})"
+      "\n"
+      R"({"id":1001,"attributes":{"Name":"?","Free":1,"Total":2},"bytes":{"Name":"w6Q="}})"
+      "\n",
+      "--level-low 0");
+  EXPECT_EQ(result.out, std::string(kMessage) +
+                            "lost: 12 of entry ID 1001, level 3, since 2026-11-21T08:15:30Z; 1 of entry ID 7, level 0\n"
+                            "Disk ä is full: 1 of 2 blocks free\n");
+  EXPECT_EQ(result.err, "entries: 2 read, 2 passed, 0 refused\n");
+  EXPECT_EQ(result.status, 0);
+}
+
 TEST_F(RenderOutput, FullDevice_IsAnErrorWithStatus2) {
   write("entries.jsonl", kEntry);
   const CommandResult result = run("$QZLOG render --definitions storage.yaml entries.jsonl >/dev/full");
