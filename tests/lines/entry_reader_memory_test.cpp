@@ -81,6 +81,9 @@ TEST_F(EntryReaderMemory, Making_ThrowsWithoutMemory) {
 }
 
 TEST_F(EntryReaderMemory, SteadyState_TakesNoMemory) {
+#ifdef QZLOG_SANITIZED
+  GTEST_SKIP() << "the library keeps no memory for the next text under the sanitizers";
+#endif
   std::string text;
   for (int count = 0; count < 1000; ++count) {
     text +=

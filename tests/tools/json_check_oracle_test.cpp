@@ -30,10 +30,12 @@ std::string described(element value) {
   if (value.is_double()) return number_text(value.get_double().value_unsafe());
   if (value.is_string()) return "'" + std::string(value.get_string().value_unsafe()) + "'";
   if (value.is_array()) {
-    for (const element item : value.get_array().value_unsafe()) text += described(item) + ",";
+    const simdjson::dom::array items = value.get_array().value_unsafe();
+    for (const element item : items) text += described(item) + ",";
     return "[" + text + "]";
   }
-  for (const auto field : value.get_object().value_unsafe()) {
+  const simdjson::dom::object fields = value.get_object().value_unsafe();
+  for (const auto field : fields) {
     text += std::string(field.key) + ":" + described(field.value) + ",";
   }
   return "{" + text + "}";
