@@ -70,7 +70,7 @@ bool qz_LOG_EntryLine::IsLoss() const { return static_cast<bool>(implementation_
 
 std::size_t qz_LOG_EntryLine::GetLostCount() const { return implementation_->lost().size(); }
 
-qz_LOG_LostEntries qz_LOG_EntryLine::GetLost(std::size_t index) const {
+qz_LOG_LostEntries qz_LOG_EntryLine::GetLost(unsigned long index) const {
   if (index >= GetLostCount()) throw QZX_logging_illegal_argument("invalid argument: no such lost entries", 0);
   const LostEntries& row = implementation_->lost()[index];
   return {row.id, row.level, row.count, row.since.c_str()};

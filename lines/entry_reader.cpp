@@ -121,7 +121,8 @@ qz_LOG_EntryReader qz_LOG_EntryReader::FromDescriptor(int descriptor, const char
   throw QZX_memory_alloc();
 }
 
-qz_LOG_EntryReader qz_LOG_EntryReader::FromMemory(const void* bytes, std::size_t size, qz_LOG_LineErrorHandler* handler,
+qz_LOG_EntryReader qz_LOG_EntryReader::FromMemory(const void* bytes, unsigned long size,
+                                                  qz_LOG_LineErrorHandler* handler,
                                                   const qz_LOG_EventNames* names) try {
   const std::string_view text(size != 0 ? static_cast<const char*>(bytes) : "", size);
   return qz_LOG_EntryReader(Implementation::make(std::make_unique<MemorySource>(text), "", handler, names));

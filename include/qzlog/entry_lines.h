@@ -105,7 +105,7 @@ class QZLOG_EXPORT qz_LOG_EntryLine {
   bool IsLoss() const;
   std::size_t GetLostCount() const;
   /// From 0 to GetLostCount() - 1, else QZX_logging_illegal_argument.
-  qz_LOG_LostEntries GetLost(std::size_t index) const;
+  qz_LOG_LostEntries GetLost(unsigned long index) const;
 
   const char* GetFile() const;           ///< as named to the reader; "" for memory
   unsigned long long GetLine() const;    ///< from 1; 0 before the first line
@@ -123,8 +123,8 @@ class QZLOG_EXPORT qz_LOG_EntryLine {
 
 /// Reads lines, each as an entry of the definitions that are loaded (qz_LOG_LogConfig). Lines end with a line feed,
 /// with or without a carriage return before it; the last one may lack it. Blank lines are passed over, and so is a byte
-/// order mark at the beginning. A line may have 16 MiB; the reader takes at most twice that, and 256 KiB where lines
-/// are shorter.
+/// order mark at the beginning. A line may have 16 MiB. Where lines are long, reader and line together take up to four
+/// times as much as the longest; where they are short, about 300 KiB.
 ///
 /// A line that is no entry is told to the handler and counted, and reading goes on with the next one. A last line
 /// without a line feed that breaks off in the middle has the rule "torn-line": its writer is still writing it, or was
@@ -152,7 +152,8 @@ class QZLOG_EXPORT qz_LOG_EntryReader {
                                            qz_LOG_LineErrorHandler* handler = nullptr,
                                            const qz_LOG_EventNames* names = nullptr);
   /// From `size` bytes at `bytes`, which have to stay. Null is allowed with a size of 0.
-  static qz_LOG_EntryReader FromMemory(const void* bytes, std::size_t size, qz_LOG_LineErrorHandler* handler = nullptr,
+  static qz_LOG_EntryReader FromMemory(const void* bytes, unsigned long size,
+                                       qz_LOG_LineErrorHandler* handler = nullptr,
                                        const qz_LOG_EventNames* names = nullptr);
   /// From a source of the caller's, which has to outlive the reader.
   static qz_LOG_EntryReader FromSource(qz_LOG_ByteSource& source, const char* file_name,

@@ -128,6 +128,22 @@ TEST_F(EntryBuilderTest, Texts_AreConvertedToTheCodePage) {
   EXPECT_STREQ(entry().GetAttribMBStr("M"), "\xD6l");
 }
 
+TEST_F(EntryBuilderTest, CodePageWithZeroBytesInTexts_IsRefused) {
+  qz_LOG_LogConfig::SetCodePage("UTF-16BE");
+  EXPECT_EQ(refusal("C", "\"a\""), "refused-value: attribute 'C': cannot be converted to UTF-16BE");
+  qz_LOG_LogConfig::SetCodePage("no such code page");
+  EXPECT_EQ(refusal("C", "\"a\""), "refused-value: attribute 'C': cannot be converted to no such code page");
+}
+
+TEST_F(EntryBuilderTest, NegativeZero_KeepsItsSign) {
+  for (const char* const value : {"-0", "-0.0", "-0e5"}) {
+    set("F", value);
+    EXPECT_TRUE(std::signbit(entry().GetAttribFloat8("F"))) << value;
+  }
+  set("S4", "-0");
+  EXPECT_EQ(entry().GetAttrib4("S4"), 0);
+}
+
 TEST_F(EntryBuilderTest, LineBreakInAText_IsStoredAsTwoCharacters) {
   set("C", R"("a\nb\r")");
   EXPECT_STREQ(entry().GetAttribStr("C"), "a\\nb\\r");

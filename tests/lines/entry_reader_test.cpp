@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <deque>
@@ -13,6 +14,7 @@
 #include <vector>
 
 #include "tests/lines/lines_fixture.h"
+#include "tests/support/call_failure.h"
 
 namespace {
 
@@ -326,6 +328,19 @@ TEST_F(EntryReaderTest, FileThatCannotBeRead_IsNamedWithTheReason) {
   qz_LOG_EntryReader closed = qz_LOG_EntryReader::FromDescriptor(-1, "gone");
   EXPECT_EQ(thrown_by([&] { closed.Next(line_); }),
             thrown<QZX_logging_file_operation_failed>("cannot read 'gone': Bad file descriptor"));
+}
+
+TEST_F(EntryReaderTest, FailureOfTheSystem_IsTold) {
+  const std::string path = folder_.write("a.jsonl", "{}");
+  {
+    const qz_test::CallFailure failure(qz_test::FileCall::kOpen, EMFILE);
+    EXPECT_EQ(thrown_by([&] { qz_LOG_EntryReader::FromPath(path.c_str()); }),
+              thrown<QZX_logging_file_operation_failed>("cannot open '" + path + "': Too many open files"));
+  }
+  // Nothing of a process stands at its first address.
+  qz_LOG_EntryReader reader = qz_LOG_EntryReader::FromPath("/proc/self/mem");
+  EXPECT_EQ(thrown_by([&] { reader.Next(line_); }),
+            thrown<QZX_logging_file_operation_failed>("cannot read '/proc/self/mem': Input/output error"));
 }
 
 TEST_F(EntryReaderTest, FileThatGrowsIsCutAndDisappears_IsReadAsFarAsItGoes) {

@@ -8,7 +8,6 @@
 namespace qzlog_tool {
 
 std::optional<std::string_view> LineRenderer::render(const qz_LOG_EntryLine& line) {
-  if (line.IsLoss()) return tell_loss(line);
   const qz_LOG_LogEntry& entry = line.GetEntry();
   if (filter_ != nullptr && !filter_->lets_through(entry)) return std::nullopt;
   call_for_entry(EntryRule::kNoMessage,

@@ -11,20 +11,20 @@
 
 namespace qzlog_tool {
 
-/// Makes a readable message from a line of entries.
+/// Makes readable messages from lines of entries.
 class LineRenderer {
  public:
   /// Messages are converted to `code_page`; null writes them as the library returns them. A null filter lets every
   /// entry through. What the arguments point to has to outlive this object.
   LineRenderer(const LineCodePage* code_page, const RenderFilter* filter) : code_page_(code_page), filter_(filter) {}
 
-  /// The message, valid until the next call; nothing for an entry that the filter refuses. Of a line that tells of lost
-  /// entries what it tells. Throws EntryError for an entry that has none.
+  /// The message, valid until the next call; nothing for an entry that the filter refuses. Throws EntryError for an
+  /// entry that has none.
   std::optional<std::string_view> render(const qz_LOG_EntryLine& line);
-
- private:
+  /// What a line says that tells of lost entries, valid as long.
   std::string_view tell_loss(const qz_LOG_EntryLine& line);
 
+ private:
   const LineCodePage* code_page_;
   const RenderFilter* filter_;
   std::string message_;

@@ -215,7 +215,8 @@ class FileRenderer {
   }
 
   void render_line() {
-    if (!line_.IsLoss()) ++entries_;
+    if (line_.IsLoss()) return output_.write_line(renderer_.tell_loss(line_));
+    ++entries_;
     try {
       const std::optional<std::string_view> message = renderer_.render(line_);
       if (message) {
@@ -229,7 +230,6 @@ class FileRenderer {
   }
 
   void write(std::string_view message) {
-    if (line_.IsLoss()) return output_.write_line(message);
     ++passed_;
     const bool counted = counting_ == nullptr || counting_->add(line_.GetEntry(), line_.HasTime());
     output_.write_line(message);
