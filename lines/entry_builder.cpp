@@ -239,7 +239,7 @@ std::uint32_t EntryBuilder::find_id(const LineFields& source, const qz_LOG_Event
 }
 
 const qz_LOG_LogEntry& EntryBuilder::build(const LineFields& source, const qz_LOG_EventNames* names) {
-  code_page_.update();
+  encoder_.update();
   const std::uint32_t id = find_id(source, names);
   KeptEntry& kept = kept_entry(id, source);
   place_ = LineFault::kWholeLine;
@@ -352,12 +352,12 @@ void EntryBuilder::add_text(const LineAttribute& source, const EntryAttribute& a
   const qz_AttributeType type = attribute.type;
   const char* const name = source.name.data();
   std::string_view text = text_of(source, type, "a text");
-  if (!code_page_.is_utf8() && !code_page_.convert(text)) {
-    throw LineFault{LineRule::kRefusedValue, about(name) + "cannot be converted to " + code_page_.name(), source.place};
+  if (!encoder_.is_utf8() && !code_page_.convert(text)) {
+    throw LineFault{LineRule::kRefusedValue, about(name) + "cannot be converted to " + encoder_.name(), source.place};
   }
   // No UTF-8 text has more characters than bytes.
   const bool is_short = text.size() <= static_cast<std::size_t>(text_limit(static_cast<unsigned char>(type)));
-  const bool counts_bytes = type <= TypeChar2K || code_page_.is_utf8();
+  const bool counts_bytes = type <= TypeChar2K || encoder_.is_utf8();
   if (is_short && counts_bytes && attribute.position != _qz_LOG_log_entry_imp::kNoPosition) {
     EntryAccess::of(entry).add_own_text(attribute.position, attribute.expected, text.data(), text.size());
   } else if (!is_short && text.find('\\') != std::string_view::npos) {

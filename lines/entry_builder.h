@@ -8,7 +8,7 @@
 
 #include "lines/kept_entry.h"
 #include "lines/line_fields.h"
-#include "lines/text_code_page.h"
+#include "lines/text_encoder.h"
 #include "qzlog/entry_lines.h"
 #include "qzlog/logentry.h"
 
@@ -37,7 +37,7 @@ class EntryBuilder {
   void add_text(const LineAttribute& source, const EntryAttribute& attribute, qz_LOG_LogEntry& entry);
 
   std::vector<std::unique_ptr<KeptEntry>> kept_;  // by the last bits of their IDs; behind them one for other lines
-  TextCodePage code_page_;
+  TextEncoder encoder_;
   std::vector<std::string> names_in_bytes_;
   std::string bytes_;
   std::size_t place_ = 0;  // of the value at hand

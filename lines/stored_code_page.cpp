@@ -103,9 +103,12 @@ bool is_plainly_utf8(const char* name) {
 
 }  // namespace
 
+const char* stored_code_page_name() {
+  return qz_LOG_LogConfig::IsICUEnabled() ? qz_LOG_LogConfig::GetCodePage() : "UTF-8";
+}
+
 const StoredCodePage& StoredCodePage::current() {
-  if (!qz_LOG_LogConfig::IsICUEnabled()) return *utf8_page;
-  const char* const name = qz_LOG_LogConfig::GetCodePage();
+  const char* const name = stored_code_page_name();
   if (is_plainly_utf8(name)) return *utf8_page;
   return code_pages->find(name);
 }

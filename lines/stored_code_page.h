@@ -36,6 +36,10 @@ class StoredCodePage {
   const StoredCodePage* next_ = nullptr;
 };
 
+/// The name of the code page in force, whether or not lines can be written in it: what settings name, "UTF-8" while ICU
+/// is switched off. Valid until the settings change.
+const char* stored_code_page_name();
+
 /// Whether a text has characters of ASCII from the blank to the tilde only.
 bool is_printable_ascii(const char* text, std::size_t length);
 

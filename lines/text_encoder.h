@@ -1,14 +1,13 @@
-#ifndef QZLOG_LINES_TEXT_CODE_PAGE_H
-#define QZLOG_LINES_TEXT_CODE_PAGE_H
+#ifndef QZLOG_LINES_TEXT_ENCODER_H
+#define QZLOG_LINES_TEXT_ENCODER_H
 
 #include <string>
 #include <string_view>
 
 namespace qzlog {
 
-/// The code page in which entries keep texts: the configured one where ICU renders messages. Without ICU texts are
-/// bytes that are passed on as they are: lines have UTF-8.
-class TextCodePage {
+/// Makes texts of lines, which are UTF-8, what entries keep: texts in the stored code page (see StoredCodePage).
+class TextEncoder {
  public:
   /// Looks at the settings.
   void update();
@@ -27,4 +26,4 @@ class TextCodePage {
 
 }  // namespace qzlog
 
-#endif  // QZLOG_LINES_TEXT_CODE_PAGE_H
+#endif  // QZLOG_LINES_TEXT_ENCODER_H

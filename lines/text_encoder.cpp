@@ -1,18 +1,18 @@
-#include "lines/text_code_page.h"
+#include "lines/text_encoder.h"
 
+#include "lines/stored_code_page.h"
 #include "message/code_page.h"
-#include "qzlog/logcfg.h"
 
 namespace qzlog {
 
-void TextCodePage::update() {
-  const char* const name = qz_LOG_LogConfig::IsICUEnabled() ? qz_LOG_LogConfig::GetCodePage() : "UTF-8";
+void TextEncoder::update() {
+  const char* const name = stored_code_page_name();
   if (name_ == name) return;
   name_ = name;
   is_utf8_ = qzlog::is_utf8(name);
 }
 
-bool TextCodePage::convert(std::string_view& text) {
+bool TextEncoder::convert(std::string_view& text) {
   const icu::UnicodeString decoded = decode_text(text.data(), "UTF8");
   if (decoded.isBogus() || !encode_text(decoded, name_.c_str(), converted_)) return false;
   text = converted_;
