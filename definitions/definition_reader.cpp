@@ -1,6 +1,7 @@
 #include "definitions/definition_reader.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "foundation/unshared_file.h"
 #include "qzlog/file_io.h"
@@ -51,12 +52,12 @@ void check_selector_attribute(const EntryInfo& info, const _qz_LOG_log_definitio
   }
 }
 
-void read_attributes(std::FILE* file, const EntryInfo& info, _qz_LOG_log_definition& def) {
+void read_attributes(const DefinitionStream& stream, const EntryInfo& info, _qz_LOG_log_definition& def) {
   qz_String name;
   qz_String redirection_name;
   qz_AttributeType type = TypeUnknown;
   for (unsigned i = 0; i < info.attribute_count; ++i) {
-    require(_qz_LOG_read_attribute(file, name, type, redirection_name));
+    require(_qz_LOG_read_attribute(stream.get(), name, type, redirection_name));
     const bool is_selector = info.is_selector(name);
     // Only the selector attribute may be repeated; it then replaces the one that the definition has.
     if (!is_selector && def.find_own_attribute(AttributeName(name.c_str())) != nullptr) {
@@ -65,7 +66,8 @@ void read_attributes(std::FILE* file, const EntryInfo& info, _qz_LOG_log_definit
       text += " already exist.";
       throw QZX_logging_invalid_definition(text.c_str(), 0);
     }
-    def.add_attr_info(name.c_str(), static_cast<unsigned char>(type), is_selector, redirection_name.c_str());
+    def.add_attr_info(name.c_str(), static_cast<unsigned char>(type), is_selector, redirection_name.c_str(),
+                      stream.names());
   }
 }
 
@@ -99,9 +101,10 @@ void read_selector_messages(std::FILE* file, bool is_aux, _qz_LOG_log_definition
 
 }  // namespace
 
-FileHandle open_definition_file(const char* path) {
-  FileHandle file = open_unshared(path);
-  if (file != nullptr) return file;
+DefinitionStream open_definition_file(const char* path) {
+  int descriptor = -1;
+  FileHandle file = open_unshared(path, &descriptor);
+  if (file != nullptr) return {std::move(file), descriptor};
   qz_String text("<QZX_logging_invalid_definition> Unable to access definition file \"");
   text += path;
   text += "\".";
@@ -123,22 +126,25 @@ _qz_LOG_ldf_header_struct read_definition_header(std::FILE* file) {
   return header;
 }
 
-void read_global_attributes(std::FILE* file, const _qz_LOG_ldf_header_struct& header) {
+void read_global_attributes(const DefinitionStream& stream, const _qz_LOG_ldf_header_struct& header) {
+  std::FILE* const file = stream.get();
   seek_in_definition_file(file, header.global_attr_offset);
   for (unsigned i = 0; i < header.global_attr_count; ++i) {
     qz_String name;
     qz_String redirection_name;
     qz_AttributeType type = TypeUnknown;
     require(_qz_LOG_read_attribute(file, name, type, redirection_name));
-    _qz_LOG_log_definition::add_global_attr_info(name.c_str(), static_cast<unsigned char>(type));
+    _qz_LOG_log_definition::add_global_attr_info(name.c_str(), static_cast<unsigned char>(type), stream.names());
   }
 }
 
-void read_definition(std::FILE* file, unsigned offset, unsigned entry_id, bool is_aux, _qz_LOG_log_definition& def) {
+void read_definition(const DefinitionStream& stream, unsigned offset, unsigned entry_id, bool is_aux,
+                     _qz_LOG_log_definition& def) {
+  std::FILE* const file = stream.get();
   seek_in_definition_file(file, offset);
   const EntryInfo info = read_entry_info(file, entry_id);
   if (is_aux) check_selector_attribute(info, def);
-  read_attributes(file, info, def);
+  read_attributes(stream, info, def);
   read_selector_messages(file, is_aux, def);
   def.set_record_numbers(info.entry_id, info.entry_word, info.property_mask);
   if (!is_aux || (!info.default_msg_id.empty() && !info.default_msg_text.empty())) {

@@ -1,8 +1,10 @@
 #include "definitions/definitions_digest.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 
+#include "definitions/names_trailer.h"
 #include "foundation/allocate.h"
 #include "foundation/locks.h"
 #include "foundation/qz_libc.h"
@@ -42,7 +44,7 @@ bool write_digest(std::FILE* file, char* target) {
   long long left = size_of(file);
   if (left < 0) return false;
   left = digested_bytes(file, left);
-  if (QZ_fseek(file, 0, SEEK_SET) != 0) return false;
+  if (left < 0 || QZ_fseek(file, 0, SEEK_SET) != 0) return false;
   Sha256 hash;
   char bytes[4096];
   while (left > 0) {
@@ -64,7 +66,14 @@ bool write_digests(std::FILE* std_file, std::FILE* aux_file, char* target) {
 
 }  // namespace
 
-long long digested_bytes(std::FILE* /*file*/, long long size) { return size; }
+long long digested_bytes(std::FILE* file, long long size) {
+  char bytes[ldf::kTrailerSize];
+  if (size < static_cast<long long>(sizeof bytes)) return size;
+  if (QZ_fseek(file, size - static_cast<long long>(sizeof bytes), SEEK_SET) != 0) return -1;
+  if (std::fread(bytes, 1, sizeof bytes, file) != sizeof bytes) return -1;
+  const auto trailer = read_names_trailer({bytes, sizeof bytes}, static_cast<std::uint64_t>(size));
+  return trailer ? trailer->offset : size;
+}
 
 const char* DefinitionsDigest::make(std::FILE* std_file, std::FILE* aux_file) {
   if (const char* const made = find()) return made;

@@ -8,8 +8,8 @@
 
 namespace qzlog {
 
-/// How many bytes of a compiled definition file count for its digest: those of its records. What a file may have behind
-/// them says nothing of how entries are read.
+/// How many bytes of a compiled definition file of `size` bytes count for its digest: those of its records. The names
+/// section behind them says nothing of how entries are read. Negative when the file cannot be read.
 long long digested_bytes(std::FILE* file, long long size);
 
 /// Tells definition files apart: the first 16 hexadecimal digits of the SHA-256 of the standard file, and behind a plus

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <limits>
 #include <memory>
+#include <utility>
 
 #include "definitions/definition_format.h"
 #include "foundation/allocate.h"
@@ -91,10 +92,24 @@ void reindex(_qz_LOG_attribute_entry* const* list, unsigned char count, HashInde
 
 const char* text_or_empty(const char* text) { return text == nullptr ? "" : text; }
 
+FileNamesRef share_or_none(FileNames* names) { return names != nullptr ? FileNamesRef::share(names) : FileNamesRef(); }
+
+const EventNames& names_of(const FileNames* file) { return file != nullptr ? file->get() : EventNames::none(); }
+
+bool is_unreadable(const EventNames& names) { return &names == &EventNames::unreadable(); }
+
+/// What is known of the marks of the global attributes. Reset where these are changed.
+enum class GlobalMarks : unsigned char { kUnknown, kUnmarked, kMarked };
+std::atomic<GlobalMarks> global_marks{GlobalMarks::kUnknown};
+
 }  // namespace
 
-_qz_LOG_attribute_entry::_qz_LOG_attribute_entry(const char* name, const char* redirection_name, unsigned char type)
-    : name_(KnownName::of(name)), redirection_name_(duplicate_text(redirection_name)), type_(type) {}
+_qz_LOG_attribute_entry::_qz_LOG_attribute_entry(const char* name, const char* redirection_name, unsigned char type,
+                                                 FileNames* names)
+    : name_(KnownName::of(name)),
+      redirection_name_(duplicate_text(redirection_name)),
+      type_(type),
+      file_names_(share_or_none(names)) {}
 
 void _qz_LOG_attribute_entry::set_name(const char* name) {
   name_ = KnownName::of(name);
@@ -118,14 +133,14 @@ void _qz_LOG_log_definition::set_default_msg_id(const char* message_id) {
 void _qz_LOG_log_definition::set_default_msg_text(const char* message_text) { default_msg_text_.set(message_text); }
 
 void _qz_LOG_log_definition::add_attr_info(const char* name, unsigned char type, bool is_selector,
-                                           const char* redirection_name) {
+                                           const char* redirection_name, FileNames* names) {
   _qz_LOG_attribute_entry* const former = find_own_attribute(AttributeName(name));
   // Held to the end: the caller's name may be the former entry's own.
   const auto replaced = take_own_attribute(former);
   reserve_in_index(attributes_, attribute_count_, attribute_index_);
 
-  auto entry =
-      std::unique_ptr<_qz_LOG_attribute_entry>(new_object<_qz_LOG_attribute_entry>(name, redirection_name, type));
+  auto entry = std::unique_ptr<_qz_LOG_attribute_entry>(
+      new_object<_qz_LOG_attribute_entry>(name, redirection_name, type, names));
   _qz_LOG_attribute_entry* const added = entry.get();
   if (!append_to_list(attributes_, attribute_count_, std::move(entry))) {
     selector_attribute_ = nullptr;
@@ -216,11 +231,13 @@ void _qz_LOG_log_definition::clear_attr_info() {
   destroy_list(selector_messages_, selector_message_count_);
 }
 
-void _qz_LOG_log_definition::add_global_attr_info(const char* name, unsigned char type) {
+void _qz_LOG_log_definition::add_global_attr_info(const char* name, unsigned char type, FileNames* names) {
+  global_marks.store(GlobalMarks::kUnknown, std::memory_order_relaxed);
   const auto replaced = take_global_attribute(find_global_attribute(AttributeName(name)));
   reserve_in_index(p_global_attr_entries, n_global_attr_entries, *global_attribute_index);
-  append_to_list(p_global_attr_entries, n_global_attr_entries,
-                 std::unique_ptr<_qz_LOG_attribute_entry>(new_object<_qz_LOG_attribute_entry>(name, nullptr, type)));
+  append_to_list(
+      p_global_attr_entries, n_global_attr_entries,
+      std::unique_ptr<_qz_LOG_attribute_entry>(new_object<_qz_LOG_attribute_entry>(name, nullptr, type, names)));
   index_last(p_global_attr_entries, n_global_attr_entries, *global_attribute_index);
 }
 
@@ -242,6 +259,58 @@ void _qz_LOG_log_definition::get_global_attr_info_by_index(unsigned char i, cons
 void _qz_LOG_log_definition::clear_global_attr_info() {
   destroy_list(p_global_attr_entries, n_global_attr_entries);
   global_attribute_index->clear();
+  global_marks.store(GlobalMarks::kUnknown, std::memory_order_relaxed);
+}
+
+void _qz_LOG_log_definition::set_file_names(FileNames* standard, FileNames* auxiliary) {
+  standard_names_ = share_or_none(standard);
+  auxiliary_names_ = share_or_none(auxiliary);
+  names_resolved_.store(false, std::memory_order_relaxed);
+}
+
+/// Several threads may be here at once, and find the same.
+void _qz_LOG_log_definition::read_names() const {
+  const EventNames& standard = names_of(standard_names_.get());
+  const EventNames& auxiliary = names_of(auxiliary_names_.get());
+  for (unsigned i = 0; i < attribute_count_; ++i) {
+    const _qz_LOG_attribute_entry& attribute = *attributes_[i];
+    attribute.set_sensitivity(names_of(attribute.get_file_names()).sensitivity(entry_id_, attribute.get_name()));
+  }
+  const char* const name = standard.find_name(entry_id_);
+  event_name_.store(name != nullptr ? name : auxiliary.find_name(entry_id_), std::memory_order_relaxed);
+  may_have_marks_.store(standard.has_marks() || auxiliary.has_marks(), std::memory_order_relaxed);
+  if (is_unreadable(standard) || is_unreadable(auxiliary)) return;  // asked again
+  names_resolved_.store(true, std::memory_order_release);
+}
+
+bool _qz_LOG_log_definition::any_global_marked() {
+  const GlobalMarks known = global_marks.load(std::memory_order_acquire);
+  if (known != GlobalMarks::kUnknown) return known == GlobalMarks::kMarked;
+  bool any_marked = false;
+  bool any_unreadable = false;
+  for (unsigned i = 0; i < n_global_attr_entries; ++i) {
+    const _qz_LOG_attribute_entry& attribute = *p_global_attr_entries[i];
+    const EventNames& names = names_of(attribute.get_file_names());
+    attribute.set_sensitivity(names.global_sensitivity(attribute.get_name()));
+    any_marked = any_marked || attribute.get_sensitivity() != Sensitivity::kKeep;
+    any_unreadable = any_unreadable || is_unreadable(names);
+  }
+  if (!any_unreadable) {
+    global_marks.store(any_marked ? GlobalMarks::kMarked : GlobalMarks::kUnmarked, std::memory_order_release);
+  }
+  return any_marked;
+}
+
+Sensitivity _qz_LOG_log_definition::find_mark(const KnownName* name) const {
+  any_global_marked();  // so that theirs are known
+  for (const auto& [list, count] :
+       {std::pair(attributes_, attribute_count_), std::pair(p_global_attr_entries, n_global_attr_entries)}) {
+    for (unsigned i = 0; i < count; ++i) {
+      if (list[i]->get_known_name() == name) return list[i]->get_sensitivity();
+    }
+  }
+  return std::max(names_of(standard_names_.get()).strictest(name->text()),
+                  names_of(auxiliary_names_.get()).strictest(name->text()));
 }
 
 // The release pairs with the acquire of the last holder, so that it destroys what all others have finished reading.

@@ -4,6 +4,7 @@
 #include <atomic>
 
 #include "definitions/attribute_name.h"
+#include "definitions/file_names.h"
 #include "definitions/prepared_message.h"
 #include "foundation/counted_ref.h"
 #include "foundation/hash_index.h"
@@ -14,8 +15,9 @@
 /// One attribute that entries may carry.
 class _qz_LOG_attribute_entry : public qz_UTIL_no_inadvertant_copies {
  public:
-  /// Copies the texts; a null redirection name means none.
-  _qz_LOG_attribute_entry(const char* name, const char* redirection_name, unsigned char type);
+  /// Copies the texts; a null redirection name means none. `names` are those of its file, null for no file.
+  _qz_LOG_attribute_entry(const char* name, const char* redirection_name, unsigned char type,
+                          qzlog::FileNames* names = nullptr);
 
   void set_name(const char* name);
   void set_redirection_name(const char* redirection_name);
@@ -27,6 +29,13 @@ class _qz_LOG_attribute_entry : public qz_UTIL_no_inadvertant_copies {
   unsigned char get_type() const { return type_; }
   /// my_hashcode of the name.
   unsigned get_name_hash() const { return name_->hash(); }
+  /// The names of the file that it came from, null for none.
+  const qzlog::FileNames* get_file_names() const { return file_names_.get(); }
+  /// What was set; each thread that sets it finds the same.
+  qzlog::Sensitivity get_sensitivity() const { return sensitivity_.load(std::memory_order_relaxed); }
+  void set_sensitivity(qzlog::Sensitivity sensitivity) const {
+    sensitivity_.store(sensitivity, std::memory_order_relaxed);
+  }
   /// Whether any attribute was ever renamed: lists that hold it then know it under its former name.
   static bool any_renamed() { return any_renamed_.load(std::memory_order_relaxed); }
 
@@ -36,6 +45,8 @@ class _qz_LOG_attribute_entry : public qz_UTIL_no_inadvertant_copies {
   const qzlog::KnownName* name_;
   qzlog::OwnedText redirection_name_;
   unsigned char type_;
+  mutable std::atomic<qzlog::Sensitivity> sensitivity_{qzlog::Sensitivity::kKeep};
+  qzlog::FileNamesRef file_names_;
 };
 
 /// A message that the value of the selector attribute, or an explicit index, picks instead of the default message.
@@ -106,7 +117,8 @@ class _qz_LOG_log_definition : public qz_UTIL_no_inadvertant_copies {
 
   /// Adds an own attribute at the last position. One of the same name is removed first, and stays removed when there is
   /// no memory for the new one.
-  void add_attr_info(const char* name, unsigned char type, bool is_selector, const char* redirection_name);
+  void add_attr_info(const char* name, unsigned char type, bool is_selector, const char* redirection_name,
+                     qzlog::FileNames* names = nullptr);
   void add_selector_message(unsigned int index, unsigned int value, const char* message_id, const char* message_text);
   /// Makes an own attribute the selector attribute; does nothing when there is none of that name.
   void set_selector_attribute(const char* name);
@@ -140,7 +152,7 @@ class _qz_LOG_log_definition : public qz_UTIL_no_inadvertant_copies {
   void clear_attr_info();
 
   // Global attributes: written while files are loaded or cleared, under the process-wide lock; read without a lock.
-  static void add_global_attr_info(const char* name, unsigned char type);
+  static void add_global_attr_info(const char* name, unsigned char type, qzlog::FileNames* names = nullptr);
   static bool get_global_attr_info_by_name(const char* name, unsigned char& type);
   static _qz_LOG_attribute_entry* find_global_attribute(const qzlog::AttributeName& name);
   /// As find_own_position.
@@ -150,6 +162,25 @@ class _qz_LOG_log_definition : public qz_UTIL_no_inadvertant_copies {
   static void get_global_attr_info_by_index(unsigned char i, const char*& name, unsigned char& type);
   static void clear_global_attr_info();
   static unsigned char get_global_attr_count() { return n_global_attr_entries; }
+
+  // What the names sections of the files say. The first to ask reads them, and may throw QZX_memory_alloc then; a file
+  // that cannot be read is asked again by the next. Any thread.
+
+  /// The event's name, null where no file knows it. Lives as long as the definition.
+  const char* get_event_name() const {
+    resolve_names();
+    return event_name_.load(std::memory_order_relaxed);
+  }
+  /// Whether some attribute of an entry with this definition may be marked; most files mark none.
+  bool may_have_marks() const {
+    resolve_names();
+    return may_have_marks_.load(std::memory_order_relaxed) || any_global_marked();
+  }
+  /// What becomes of the value of an attribute. One that the definition does not know, which an entry keeps from
+  /// another ID, is treated as the strictest mark for an attribute of its name asks for.
+  qzlog::Sensitivity find_sensitivity(const qzlog::KnownName* name) const {
+    return may_have_marks() ? find_mark(name) : qzlog::Sensitivity::kKeep;
+  }
 
   /// Whether `table` would answer a lookup with this definition now.
   bool is_cached_in(const _qz_LOG_log_definition_tbl* table) const {
@@ -164,6 +195,14 @@ class _qz_LOG_log_definition : public qz_UTIL_no_inadvertant_copies {
   friend class _qz_LOG_log_definition_tbl;
 
   void set_version_tag(const char (&tag)[16]);
+  /// The files that may know its name, either of which may be null.
+  void set_file_names(qzlog::FileNames* standard, qzlog::FileNames* auxiliary);
+  void resolve_names() const {
+    if (!names_resolved_.load(std::memory_order_acquire)) read_names();
+  }
+  void read_names() const;
+  qzlog::Sensitivity find_mark(const qzlog::KnownName* name) const;
+  static bool any_global_marked();
   void set_caching_table(const _qz_LOG_log_definition_tbl* table) {
     caching_table_.store(table, std::memory_order_release);
   }
@@ -188,6 +227,11 @@ class _qz_LOG_log_definition : public qz_UTIL_no_inadvertant_copies {
   qzlog::DefinitionMessage default_msg_text_;
   qzlog::OwnedText default_msg_id_;
   _qz_LOG_selector_message** selector_messages_ = nullptr;
+  mutable std::atomic<const char*> event_name_{nullptr};
+  mutable std::atomic<bool> names_resolved_{false};
+  mutable std::atomic<bool> may_have_marks_{false};
+  qzlog::FileNamesRef standard_names_;
+  qzlog::FileNamesRef auxiliary_names_;
   std::atomic<unsigned> references_{1};
 
  public:

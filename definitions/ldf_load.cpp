@@ -65,6 +65,21 @@ const char* _qz_LOG_log_definition_tbl::make_digest() const {
   return digest_.make(std_file_.get(), aux_file_.get());
 }
 
+const char* _qz_LOG_log_definition_tbl::find_event_name(unsigned int entry_id) const {
+  for (const DefinitionStream* const file : {&std_file_, &aux_file_}) {
+    const char* const name = file->names() != nullptr ? file->names()->get().find_name(entry_id) : nullptr;
+    if (name != nullptr) return name;
+  }
+  return nullptr;
+}
+
+bool _qz_LOG_log_definition_tbl::find_event_id(std::string_view name, unsigned int& entry_id) const {
+  for (const DefinitionStream* const file : {&std_file_, &aux_file_}) {
+    if (file->names() != nullptr && file->names()->get().find_id(name, entry_id)) return true;
+  }
+  return false;
+}
+
 void _qz_LOG_log_definition_tbl::clear() {
   digest_.forget();
   std_file_.reset();
@@ -94,7 +109,7 @@ void _qz_LOG_log_definition_tbl::stop_buffering() {
   }
 }
 
-FileHandle _qz_LOG_log_definition_tbl::_set_definition_file_path(const char* path, bool is_aux) {
+DefinitionStream _qz_LOG_log_definition_tbl::_set_definition_file_path(const char* path, bool is_aux) {
   QZ_DEBUG_RECORD(3, kSource, "%s:%d _qz_LOG_log_definition_tbl::_set_definition_file_path\n");
   if (!is_aux) {
     clear();
@@ -103,19 +118,19 @@ FileHandle _qz_LOG_log_definition_tbl::_set_definition_file_path(const char* pat
     throw QZX_logging_invalid_definition(
         "<QZX_logging_invalid_definition> user should set STD definition file before set AUX definition file.", 0);
   }
-  FileHandle file = open_definition_file(path);
+  DefinitionStream file = open_definition_file(path);
   const _qz_LOG_ldf_header_struct header = read_definition_header(file.get());
   char(&tag)[16] = is_aux ? aux_tag_ : std_tag_;
   QZ_bzero(tag, sizeof(tag));
   QZ_memcpy(tag, header.version_tag, sizeof(header.version_tag));
-  read_global_attributes(file.get(), header);
+  read_global_attributes(file, header);
   if (!is_aux) {
     load_entry_map(file.get(), header, false);
     return file;
   }
   aux_file_ = std::move(file);
   load_entry_map(aux_file_.get(), header, true);
-  return nullptr;
+  return {};
 }
 
 void _qz_LOG_log_definition_tbl::load_entry_map(std::FILE* file, const _qz_LOG_ldf_header_struct& header, bool is_aux) {
@@ -188,13 +203,14 @@ bool _qz_LOG_log_definition_tbl::_retrieve_entry_definition(unsigned int entry_i
   const _qz_LOG_log_definition_file_info_holder* const indexed = find_record(entry_id);
   if (indexed == nullptr) return false;
   const bool is_aux = merge_file != nullptr || indexed->is_aux;
-  std::FILE* const file = is_aux ? aux_file_.get() : std_file_.get();
-  if (file == nullptr) {
+  const DefinitionStream& file = is_aux ? aux_file_ : std_file_;
+  if (file.get() == nullptr) {
     QZ_DEBUG_RECORD(3, kSource, "%s:%d _qz_LOG_log_definition_tbl::_retrieve_entry_definition return false pfile=0\n");
     return false;
   }
   read_definition(file, indexed->offset, entry_id, is_aux, def);
   def.set_version_tag(is_aux ? aux_tag_ : std_tag_);
+  def.set_file_names(std_file_.names(), aux_file_.names());
   QZ_DEBUG_RECORD(3, kSource, "%s:%d _qz_LOG_log_definition_tbl::_retrieve_entry_definition return true\n");
   return true;
 }

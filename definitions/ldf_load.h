@@ -2,12 +2,13 @@
 #define QZLOG_DEFINITIONS_LDF_LOAD_H
 
 #include <cstdio>
+#include <string_view>
 
 #include "definitions/definition_hold.h"
 #include "definitions/definitions_digest.h"
 #include "definitions/entry_index.h"
+#include "definitions/file_names.h"
 #include "definitions/ldf_def.h"
-#include "foundation/file_handle.h"
 #include "foundation/locks.h"
 #include "foundation/thread_instance.h"
 #include "qzlog/definition_cache.h"
@@ -61,6 +62,13 @@ class _qz_LOG_log_definition_tbl : public qz_UTIL_no_inadvertant_copies {
   /// The same, but null when nobody has asked for it since files were loaded.
   const char* find_definitions_digest() const noexcept { return digest_.find(); }
 
+  /// The name of an event as the files' names sections have it, the standard one first; null where none has it. Valid
+  /// until a file is replaced or cleared. This and the next read the sections when they are the first to ask; they
+  /// throw QZX_memory_alloc, and must not run while files are loaded or cleared.
+  const char* find_event_name(unsigned int entry_id) const;
+  /// The ID of an event; false, with the ID as it was, for a name that no file has.
+  bool find_event_id(std::string_view name, unsigned int& entry_id) const;
+
   /// Forgets both files, every definition and the index, but not the global attributes.
   void clear();
 
@@ -71,7 +79,7 @@ class _qz_LOG_log_definition_tbl : public qz_UTIL_no_inadvertant_copies {
  private:
   /// Returns the standard file's stream for the caller to keep; an auxiliary stream is kept before the map is read,
   /// because reading it may need auxiliary records.
-  qzlog::FileHandle _set_definition_file_path(const char* path, bool is_aux);
+  qzlog::DefinitionStream _set_definition_file_path(const char* path, bool is_aux);
   qzlog::DefinitionRef _find_entry_non_const(unsigned int entry_id);
   /// Reads the record of an ID into `def`, or merges it when `merge_file` (which only selects the mode) is not null.
   /// False when the ID is not in the index or its file is not open.
@@ -95,8 +103,8 @@ class _qz_LOG_log_definition_tbl : public qz_UTIL_no_inadvertant_copies {
   _qz_LOG_log_definition* cache_[kCacheSize] = {};
   unsigned next_evict_ = 0;
   unsigned n_entry_definitions_cached = 0;
-  qzlog::FileHandle std_file_;
-  qzlog::FileHandle aux_file_;
+  qzlog::DefinitionStream std_file_;
+  qzlog::DefinitionStream aux_file_;
   mutable qz_LOG_CRWLock lock_;
   mutable qzlog::DefinitionsDigest digest_;
   char std_tag_[16] = {};

@@ -73,9 +73,10 @@ int close_file(void* file) {
 
 }  // namespace
 
-FileHandle open_unshared(const char* path) {
+FileHandle open_unshared(const char* path, int* descriptor) {
   FileHandle opened(QZ_fopen(path, "rb"));
   if (opened == nullptr) return nullptr;
+  if (descriptor != nullptr) *descriptor = fileno(opened.get());
   std::unique_ptr<UnsharedFile> file(new_object<UnsharedFile>(std::move(opened)));
   FileHandle stream(fopencookie(file.get(), "rb", {read_file, nullptr, seek_file, close_file}));
   if (stream == nullptr) return nullptr;

@@ -9,8 +9,9 @@ namespace qzlog {
 ///
 /// The stream's position belongs to the process. The one of a descriptor belongs to the open file, which a process and
 /// those that it forks have in common: each would read on where another has stopped. Such a stream has no fileno, and
-/// is closed in programs that the process executes.
-FileHandle open_unshared(const char* path);
+/// is closed in programs that the process executes. `descriptor` gets the one that it reads from, for pread, as long as
+/// the stream is open; null for nobody who asks.
+FileHandle open_unshared(const char* path, int* descriptor = nullptr);
 
 }  // namespace qzlog
 

@@ -19,14 +19,14 @@ class DefinitionReader : public testing::Test {
   DefinitionReader() { _qz_LOG_log_definition::clear_global_attr_info(); }
   ~DefinitionReader() override { _qz_LOG_log_definition::clear_global_attr_info(); }
 
-  FileHandle file_of(const std::string& bytes) const {
+  DefinitionStream file_of(const std::string& bytes) const {
     return qzlog::open_definition_file(folder_.write("a.ldf", bytes).c_str());
   }
   /// Reads the record of the only entry of a file.
   void read(const LdfEntry& entry, bool is_aux, _qz_LOG_log_definition& definition) const {
     const LdfImage image = LdfFile{.entries = {entry}}.image();
     const auto offset = static_cast<unsigned>(image.record_offsets[0]);
-    qzlog::read_definition(file_of(image.bytes).get(), offset, entry.id, is_aux, definition);
+    qzlog::read_definition(file_of(image.bytes), offset, entry.id, is_aux, definition);
   }
   TempDir folder_;
 };
@@ -48,7 +48,7 @@ TEST_F(DefinitionReader, FileMissing_TextNamesThePath) {
 }
 
 TEST_F(DefinitionReader, Header_ReadFromTheBeginningWhereverTheStreamStands) {
-  const FileHandle file = file_of(LdfFile{.tag = "1.25", .entries = {kEntry}}.bytes());
+  const DefinitionStream file = file_of(LdfFile{.tag = "1.25", .entries = {kEntry}}.bytes());
   qzlog::seek_in_definition_file(file.get(), 40);
   const _qz_LOG_ldf_header_struct header = qzlog::read_definition_header(file.get());
   EXPECT_EQ(header.magic, 0x2E4C4446U);
@@ -57,7 +57,7 @@ TEST_F(DefinitionReader, Header_ReadFromTheBeginningWhereverTheStreamStands) {
 }
 
 TEST_F(DefinitionReader, HeaderCutShort_UnreadableAndRecorded) {
-  const FileHandle file = file_of(truncated(LdfFile{.entries = {kEntry}}.bytes(), 127));
+  const DefinitionStream file = file_of(truncated(LdfFile{.entries = {kEntry}}.bytes(), 127));
   const DebugLogFile log(1);
   EXPECT_EQ(thrown_by([&] { qzlog::read_definition_header(file.get()); }),
             thrown<QZX_logging_invalid_definition>(kUnreadable));
@@ -65,7 +65,7 @@ TEST_F(DefinitionReader, HeaderCutShort_UnreadableAndRecorded) {
 }
 
 TEST_F(DefinitionReader, SeekBeforeTheBeginning_UnreadableAndRecorded) {
-  const FileHandle file = file_of(LdfFile{}.bytes());
+  const DefinitionStream file = file_of(LdfFile{}.bytes());
   const DebugLogFile log(1);
   EXPECT_EQ(thrown_by([&] { qzlog::seek_in_definition_file(file.get(), -1); }),
             thrown<QZX_logging_invalid_definition>(kUnreadable));
@@ -74,8 +74,8 @@ TEST_F(DefinitionReader, SeekBeforeTheBeginning_UnreadableAndRecorded) {
 
 TEST_F(DefinitionReader, GlobalAttributes_AddedToThoseOfTheProcess) {
   _qz_LOG_log_definition::add_global_attr_info("first", TypeBool);
-  const FileHandle file = file_of(LdfFile{.globals = {{"second", TypeDate, "column"}, {"third", TypeGUID}}}.bytes());
-  qzlog::read_global_attributes(file.get(), qzlog::read_definition_header(file.get()));
+  const DefinitionStream file = file_of(LdfFile{.globals = {{"second", TypeDate, "column"}, {"third", TypeGUID}}}.bytes());
+  qzlog::read_global_attributes(file, qzlog::read_definition_header(file.get()));
   EXPECT_EQ(global_attributes(), Texts({"first:1", "second:21", "third:24"}));
 }
 
@@ -127,10 +127,10 @@ TEST_F(DefinitionReader, RecordThatContradicts_TextSaysWhat) {
 
 TEST_F(DefinitionReader, RecordOfAnotherId_Corrupted) {
   const LdfImage image = LdfFile{.entries = {kEntry}}.image();
-  const FileHandle file = file_of(image.bytes);
+  const DefinitionStream file = file_of(image.bytes);
   _qz_LOG_log_definition definition;
   const auto offset = static_cast<unsigned>(image.record_offsets[0]);
-  EXPECT_EQ(thrown_by([&] { qzlog::read_definition(file.get(), offset, 8, false, definition); }),
+  EXPECT_EQ(thrown_by([&] { qzlog::read_definition(file, offset, 8, false, definition); }),
             thrown<QZX_logging_invalid_definition>(kCorrupted));
 }
 
@@ -138,10 +138,10 @@ TEST_F(DefinitionReader, EveryPrefixOfARecord_Unreadable) {
   const LdfImage image = LdfFile{.entries = {kEntry}}.image();
   const std::size_t offset = image.record_offsets[0];
   for (std::size_t length = offset; length < image.bytes.size(); ++length) {
-    const FileHandle file = file_of(truncated(image.bytes, length));
+    const DefinitionStream file = file_of(truncated(image.bytes, length));
     _qz_LOG_log_definition definition;
     EXPECT_EQ(
-        thrown_by([&] { qzlog::read_definition(file.get(), static_cast<unsigned>(offset), 7, false, definition); }),
+        thrown_by([&] { qzlog::read_definition(file, static_cast<unsigned>(offset), 7, false, definition); }),
         thrown<QZX_logging_invalid_definition>(kUnreadable))
         << length;
   }
