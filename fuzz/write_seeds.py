@@ -8,6 +8,7 @@ import struct
 import subprocess
 import sys
 import tempfile
+import zlib
 
 SEEDS = pathlib.Path(__file__).parent / "seeds"
 
@@ -76,6 +77,17 @@ def int4(data, offset):
 
 def with_int4(data, offset, value):
     return data[:offset] + struct.pack(">I", value) + data[offset + 4:]
+
+
+def names_section(file):
+    """The names behind the records, which the last 24 bytes tell of."""
+    offset, size = struct.unpack_from(">II", file, len(file) - 16)
+    return file[offset:offset + size]
+
+
+def with_trailer_of_version_2(file):
+    trailer = with_int4(file[-24:], 4, 2)[:20]
+    return file[:-24] + trailer + struct.pack(">I", zlib.crc32(trailer))
 
 
 def damaged_forms(file, entry_count):
@@ -147,9 +159,12 @@ def main():
     minimal = compile_source('version: "1.0"\nentries: [{id: 1, name: A, message: "a"}]')
     old = compile_source(OLD)
     new = compile_source(NEW)
+    stripped = compile_source(OLD, "--strip")
 
     files = {"minimal.ldf": minimal, "everything.ldf": everything, "several.ldf": old, "shorter_than_magic.ldf": b".LD",
-             **damaged_forms(old, 3)}
+             "stripped.ldf": stripped, "names_damaged.ldf": old[:-30] + b"?" + old[-29:],
+             "names_cut.ldf": old[:-30], "names_of_version_2.ldf": with_trailer_of_version_2(old),
+             **damaged_forms(stripped, 3)}
     write("compiled_file", files)
     write("inspect", files)
     write("definition_file", {
@@ -158,7 +173,16 @@ def main():
         "colliding_pair.ldf": half_and_half(old, new),
         "auxiliary_alone.ldf": half_and_half(b"", auxiliary),
         "deep_pattern.ldf": compile_source(DEEP_PATTERN),
-        **damaged_forms(old, 3),
+        **damaged_forms(stripped, 3),
+    })
+    write("names_section", {
+        "everything.bin": names_section(everything),
+        "auxiliary.bin": names_section(auxiliary),
+        "no_parts.bin": b"QNAM",
+        "unknown_part.bin": b"QNAM" + struct.pack(">II", 3, 4) + b"more" + names_section(minimal)[4:],
+        "huge_count.bin": with_int4(names_section(old), 12, 0xFFFFFFFF),
+        "events_twice.bin": names_section(minimal) + names_section(minimal)[4:],
+        "cut.bin": names_section(everything)[:-3],
     })
     write("resource_bundle", bundle_seeds())
     write("diff", {

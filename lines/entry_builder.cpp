@@ -229,7 +229,7 @@ std::uint32_t EntryBuilder::find_id(const LineFields& source, const qz_LOG_Event
   };
   if (names == nullptr) {
     throw unknown("the name " + quoted(source.symbolic_id) +
-                  " needs a definition source: compiled files hold only IDs");
+                  " needs definitions with names: these hold only IDs");
   }
   unsigned id = 0;
   if (source.symbolic_id.find('\0') != std::string_view::npos || !names->FindEventId(source.symbolic_id.data(), id)) {

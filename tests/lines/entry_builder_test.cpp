@@ -252,7 +252,7 @@ TEST_F(EntryBuilderTest, UnknownName_IsRefused) {
   const std::string line = R"({"id":"EVERY_TYPE"})";
   EXPECT_FALSE(qz_LOG_EntryReader::FromMemory(line.data(), line.size(), &errors).Next(line_));
   EXPECT_EQ(errors.notes.at(0),
-            "1:7: unknown-name: the name 'EVERY_TYPE' needs a definition source: compiled files hold only IDs");
+            "1:7: unknown-name: the name 'EVERY_TYPE' needs definitions with names: these hold only IDs");
 }
 
 TEST_F(EntryBuilderTest, TimeWithoutItsGlobals_IsRefusedWithAHint) {

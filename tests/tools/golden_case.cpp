@@ -93,6 +93,8 @@ void take_section(Case& result, const std::string& title, const std::string& con
     result.files.push_back({parts[1], escaped ? expanded(content) : content});
   } else if (parts.size() == 2 && parts[0] == "definitions") {
     result.files.push_back({parts[1], expanded(content), InputFile::Kind::kDefinitions});
+  } else if (parts.size() == 3 && parts[0] == "definitions" && parts[2] == "(names)") {
+    result.files.push_back({parts[1], expanded(content), InputFile::Kind::kNamedDefinitions});
   } else if (parts.size() == 2 && parts[0] == "altered") {
     result.files.push_back({parts[1], content, InputFile::Kind::kAltered});
   } else if (parts.size() == 2 && parts[0] == "bundle") {
@@ -154,6 +156,7 @@ std::string describe(const std::string& bytes) {
   if (!qzlog_compiler::looks_like_ldf(bytes)) return bytes;
   const qzlog_compiler::LdfFile file = qzlog_compiler::read_ldf(bytes);
   out << model_text(file.model);
+  if (!file.model.has_names) out << "no names\n";
   if (file.damage) out << "damaged: " << file.damage->reason << '\n';
   return shortened(out.str());
 }
@@ -168,8 +171,11 @@ std::map<std::string, std::string> files_in(const fs::path& folder) {
 }
 
 /// What the compiler makes of a source, mistakes included: a file that it would not write.
-std::string compiled_all_the_same(const std::string& source) {
-  return qzlog_compiler::write_ldf(qzlog_compiler::compile_source(source, "", {}).model);
+std::string compiled_all_the_same(const std::string& source, bool names) {
+  const qzlog_compiler::DefinitionModel model = qzlog_compiler::compile_source(source, "", {}).model;
+  std::string bytes = qzlog_compiler::write_ldf(model);
+  if (names) qzlog_compiler::append_names(model, bytes);
+  return bytes;
 }
 
 void build_bundle(const fs::path& source) {
@@ -199,7 +205,8 @@ std::string altered(const fs::path& folder, const std::string& lines) {
 }
 
 std::string content_of(const InputFile& file, const fs::path& folder) {
-  if (file.kind == InputFile::Kind::kDefinitions) return compiled_all_the_same(file.content);
+  if (file.kind == InputFile::Kind::kDefinitions) return compiled_all_the_same(file.content, false);
+  if (file.kind == InputFile::Kind::kNamedDefinitions) return compiled_all_the_same(file.content, true);
   return file.kind == InputFile::Kind::kAltered ? altered(folder, file.content) : file.content;
 }
 

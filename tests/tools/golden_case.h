@@ -15,7 +15,8 @@
 ///     ...
 ///     ===== file odd.yaml (escaped)        backslash escapes; "@repeat 3 item #" writes item 1, item 2, item 3
 ///     ===== definitions std.ldf            escaped as well: a source, compiled even with mistakes that the compiler
-///     refuses
+///     refuses, without names
+///     ===== definitions std.ldf (names)    the same with a names section
 ///     ===== altered bad.ldf                changes to another of the files: "from std.ldf", "replace A B", "truncate
 ///     300"
 ///     ===== bundle messages/de.txt         built with genrb into messages/de.res
@@ -25,7 +26,7 @@
 namespace golden {
 
 struct InputFile {
-  enum class Kind { kPlain, kDefinitions, kAltered, kBundle };
+  enum class Kind { kPlain, kDefinitions, kNamedDefinitions, kAltered, kBundle };
 
   std::string name;
   std::string content;

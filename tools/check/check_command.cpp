@@ -89,6 +89,7 @@ class Check {
     std::optional<Definitions> auxiliary;
     if (!options_.auxiliary.empty()) auxiliary = check_auxiliary(standard, loaded);
     if (!options_.catalog.empty()) check_languages(standard, auxiliary ? &*auxiliary : nullptr);
+    name_entries({standard.model, auxiliary ? &auxiliary->model : nullptr});
     return std::move(result_);
   }
 
@@ -104,8 +105,10 @@ class Check {
 
   /// Counts that the library wraps are told one by one with the rest of the content.
   void report_damage(const Definitions& definitions) {
-    if (definitions.is_source || definitions.is_whole) return;
-    result_.findings.push_back(definitions.diagnostics.front());
+    if (definitions.is_source) return;
+    for (const Finding& found : definitions.diagnostics) {
+      if (!definitions.is_whole || !qzlog_compiler::is_error(found)) result_.findings.push_back(found);
+    }
   }
 
   /// What a file says, apart from what the library does with it. `standard` is null for a standard file.
@@ -134,6 +137,16 @@ class Check {
     if (!standard.is_whole || (auxiliary != nullptr && !auxiliary->is_whole)) return;
     const DefinitionPair definitions(standard.model, auxiliary != nullptr ? &auxiliary->model : nullptr);
     check_catalog(bundles, options_.catalog, definitions, options_.source_language, result_.findings);
+  }
+
+  void name_entries(const DefinitionPair& definitions) {
+    for (Finding& found : result_.findings) {
+      if (!found.entry_id) continue;
+      for (const auto* const entry :
+           {definitions.find_standard(*found.entry_id), definitions.find_auxiliary(*found.entry_id)}) {
+        if (entry != nullptr && found.entry_name.empty()) found.entry_name = entry->name;
+      }
+    }
   }
 
   const CheckOptions& options_;

@@ -268,6 +268,7 @@ DefinitionModel with_places(const DefinitionModel& model) {
     EntryDefinition& entry = placed.entries[i];
     const SourcePosition place{static_cast<std::uint32_t>(i + 1), 1};
     entry.position = entry.selector.position = place;
+    if (!entry.name.empty()) entry.name_position = place;
     for (AttributeDefinition& attribute : entry.attributes) attribute.position = place;
     for (SelectorMessage& message : entry.selector.messages) message.index_position = message.value_position = place;
     if (entry.mask != 0) entry.mask_position = place;

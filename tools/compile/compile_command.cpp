@@ -33,6 +33,10 @@ constexpr const char* kCompileFooter =
     "text for\n"
     "the ICU path. Nothing is written when there is an error, and a file that would not change is not rewritten.\n"
     "\n"
+    "Behind the records stand the names and summaries of the entries, and which attributes are sensitive: where the "
+    "file is,\n"
+    "commands need no source beside it.\n"
+    "\n"
     "Exit status: 0 success, 1 errors in a source, 2 wrong usage or a file that cannot be read or written.\n"
     "\n"
     "Examples:\n"
@@ -53,6 +57,7 @@ struct CompileCommandOptions {
   std::string path = "both";
   std::string json;
   std::string dependencies;
+  bool strip = false;
 };
 
 std::vector<std::string> given(std::initializer_list<std::string> paths) {
@@ -97,7 +102,7 @@ void check_usage(const CompileCommandOptions& options) {
 
 /// Compiles the source, and says what is to be said about it. None where there is an error.
 std::optional<Definitions> compile_source(const CompileCommandOptions& options) {
-  ReadingOptions reading{.path = message_path_of(options.path)};
+  ReadingOptions reading{.path = message_path_of(options.path), .names = !options.strip};
   Definitions standard;
   if (!options.standard.empty()) {
     standard = read_without_errors(read_definition_file(options.standard), {}, kExitFindings);
@@ -109,8 +114,8 @@ std::optional<Definitions> compile_source(const CompileCommandOptions& options) 
 }
 
 std::optional<Definitions> merge_source(const Definitions& standard, const CompileCommandOptions& options) {
-  Definitions merged =
-      merge_definitions(standard, read_definition_source(options.auxiliary), message_path_of(options.path));
+  Definitions merged = merge_definitions(standard, read_definition_source(options.auxiliary),
+                                         message_path_of(options.path), !options.strip);
   print_findings(merged, &standard);
   return merged.ok() ? std::optional(std::move(merged)) : std::nullopt;
 }
@@ -164,6 +169,8 @@ void add_compile_command(CLI::App& app, int& exit_status) {
       ->type_name("AUX.yaml")
       ->excludes(standard);
   add_message_path_option(*command, options->path, "Rendering path that the texts have to come out right on");
+  command->add_flag("--strip", options->strip,
+                    "Leave the names section out: the file then knows entries by ID and no attribute as sensitive");
   command->add_flag(
       "--emit-json{-}", options->json,
       "Write the definitions with all defaults filled in as JSON: to standard output, or =FILE to a file");

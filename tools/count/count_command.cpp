@@ -46,7 +46,7 @@ constexpr const char* kAddFooter =
 
 Examples:
   qzlog count add events --key 1001
-  qzlog count add /var/lib/storage/events --date 2026-11-21 --key DISK_FULL --definitions storage.yaml
+  qzlog count add /var/lib/storage/events --date 2026-11-21 --key DISK_FULL --definitions storage.ldf
 )";
 
 constexpr const char* kSetFooter = R"(The file is made where there was none.
@@ -126,8 +126,10 @@ CLI::App* add_change(CLI::App& count_command, const char* name, const char* help
 }
 
 CLI::Option* add_key_option(CLI::App& command, ChangeOptions& options) {
-  command.add_option("--definitions", options.definitions, "A definition source that says which key a name means")
-      ->type_name("SRC.yaml")
+  command
+      .add_option("--definitions", options.definitions,
+                  "Definitions, compiled or a source, that say which key a name means")
+      ->type_name("STD.ldf|STD.yaml")
       ->check(check_not_empty);
   return command.add_option("--key", options.key, "The key: a number, or an entry's name")->type_name("N|NAME");
 }

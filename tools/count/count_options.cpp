@@ -37,8 +37,10 @@ void refuse_reversed_days(const std::string& from, const std::string& to) {
   }
 }
 
-Definitions read_named_entries(const std::string& source) {
-  return read_without_errors(read_definition_source(source), {}, kExitFindings);
+Definitions read_named_entries(const std::string& path) {
+  Definitions definitions = read_without_errors(read_definition_file(path), {}, kExitFindings);
+  if (definitions.model.has_names) return definitions;
+  throw CommandError(kExitCannotRun, "'" + definitions.shown_path + "' has no names; give its source");
 }
 
 std::int32_t read_key(const std::string& text, const std::string& definitions) {
@@ -50,7 +52,7 @@ std::int32_t read_key(const std::string& text, const std::string& definitions) {
     throw CommandError(kExitCannotRun, "'" + text + "' is no key from -2147483648 to 4294967295");
   }
   if (definitions.empty()) {
-    throw CommandError(kExitCannotRun, "the name '" + text + "' needs --definitions with a definition source");
+    throw CommandError(kExitCannotRun, "the name '" + text + "' needs --definitions");
   }
   const Definitions read = read_named_entries(definitions);
   const auto* const entry = DefinitionPair(read.model, nullptr).find_by_name(text);

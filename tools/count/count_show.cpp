@@ -51,7 +51,7 @@ the exit status is then 1. The file is only read, never changed. '-' is standard
 
 Examples:
   qzlog count show events.cnt
-  qzlog count show events.cnt --definitions storage.yaml --from 2026-11-01 --to 2026-11-30
+  qzlog count show events.cnt --definitions storage.ldf --from 2026-11-01 --to 2026-11-30
   qzlog count show events.cnt --chart
   qzlog count show events.cnt --json | jq .total
 )";
@@ -109,7 +109,7 @@ std::optional<KeyNames> key_names(const std::string& definitions) {
   if (definitions.empty()) return std::nullopt;
   KeyNames names;
   for (const auto& entry : read_named_entries(definitions).model.entries)
-    names.emplace(counter_key(entry.id), entry.name);
+    if (!entry.name.empty()) names.emplace(counter_key(entry.id), entry.name);
   return names;
 }
 
@@ -146,8 +146,10 @@ void add_count_show(CLI::App& count_command, int& exit_status) {
   command->add_option("FILE", options->file, "The counter file; the suffix .cnt may be left out")
       ->type_name("FILE.cnt")
       ->required();
-  command->add_option("--definitions", options->definitions, "A definition source: keys are shown with entry names")
-      ->type_name("SRC.yaml")
+  command
+      ->add_option("--definitions", options->definitions,
+                   "Definitions, compiled or a source: keys are shown with entry names")
+      ->type_name("STD.ldf|STD.yaml")
       ->check(check_not_empty);
   add_day_option(*command, "--from", options->from, "Leave earlier days out");
   add_day_option(*command, "--to", options->to, "Leave later days out");

@@ -1,6 +1,5 @@
 #include "tools/definitions/definitions.h"
 
-#include <functional>
 #include <iostream>
 #include <stdexcept>
 #include <utility>
@@ -8,6 +7,7 @@
 #include "tools/compiler/file/ldf_reader.h"
 #include "tools/compiler/source/compiler.h"
 #include "tools/report/finding_printer.h"
+#include "tools/report/source_rules.h"
 #include "tools/system/command_error.h"
 #include "tools/system/terminal.h"
 
@@ -17,6 +17,7 @@ namespace {
 
 using qzlog_compiler::CompileOptions;
 using qzlog_compiler::CompileResult;
+using qzlog_compiler::Finding;
 using qzlog_compiler::RenderingPaths;
 
 Definitions read_compiled(DefinitionFile file) {
@@ -26,6 +27,9 @@ Definitions read_compiled(DefinitionFile file) {
   qzlog_compiler::LdfFile read = qzlog_compiler::read_ldf(definitions.bytes);
   definitions.is_whole = !read.damage;
   definitions.diagnostics = qzlog_compiler::errors_of(read, definitions.shown_path);
+  for (Finding& warning : qzlog_compiler::warnings_of(read, definitions.shown_path)) {
+    definitions.diagnostics.push_back(std::move(warning));
+  }
   definitions.model = std::move(read.model);
   return definitions;
 }
@@ -52,7 +56,7 @@ Definitions compile_file(DefinitionFile file, Compile compile) {
 
 Definitions read_definitions(DefinitionFile file, const ReadingOptions& options) {
   if (!file.is_source) return read_compiled(std::move(file));
-  CompileOptions compiler_options{.path = options.path, .surprises = options.surprises};
+  CompileOptions compiler_options{.path = options.path, .surprises = options.surprises, .names = options.names};
   if (options.standard != nullptr) {
     compiler_options.standard = &options.standard->model;
     compiler_options.standard_file = options.standard->shown_path;
@@ -65,7 +69,9 @@ Definitions read_definitions(DefinitionFile file, const ReadingOptions& options)
 Definitions read_errors_only(DefinitionFile file, ReadingOptions options) {
   options.surprises = false;
   Definitions definitions = read_definitions(std::move(file), options);
-  std::erase_if(definitions.diagnostics, std::not_fn(qzlog_compiler::is_error));
+  std::erase_if(definitions.diagnostics, [](const Finding& found) {
+    return !is_error(found) && found.rule != qzlog_compiler::Rule::kBadNamesSection;
+  });
   return definitions;
 }
 
@@ -76,9 +82,9 @@ Definitions read_without_errors(DefinitionFile file, const ReadingOptions& optio
   return definitions;
 }
 
-Definitions merge_definitions(const Definitions& standard, DefinitionFile auxiliary, RenderingPaths path) {
+Definitions merge_definitions(const Definitions& standard, DefinitionFile auxiliary, RenderingPaths path, bool names) {
   return compile_file(std::move(auxiliary), [&](const std::string& text, const std::string& name) {
-    return qzlog_compiler::compile_merged(standard.model, standard.shown_path, text, name, path);
+    return qzlog_compiler::compile_merged(standard.model, standard.shown_path, text, name, path, names);
   });
 }
 

@@ -21,7 +21,7 @@ struct Definitions {
   std::string bytes;   ///< the compiled file; empty for a source with errors
   qzlog_compiler::DefinitionModel model;
   /// Those of a source, sorted; one error for a compiled file that is damaged, or in which there is more of something
-  /// than the library counts.
+  /// than the library counts, and one warning where its names are damaged.
   std::vector<qzlog_compiler::Finding> diagnostics;
 
   bool ok() const { return !qzlog_compiler::has_errors(diagnostics); }
@@ -32,12 +32,14 @@ struct ReadingOptions {
   qzlog_compiler::RenderingPaths path = qzlog_compiler::RenderingPaths::kBoth;
   /// With the warnings about what surprises readers, which matter to those who write definitions.
   bool surprises = true;
+  bool names = true;  ///< sources are compiled with a names section
 };
 
 /// Throws CommandError (findings) for a source that would give too large a compiled file.
 Definitions read_definitions(DefinitionFile file, const ReadingOptions& options);
 
-/// The same for what builds on the definitions and is not asked about them: the diagnostics hold errors only.
+/// The same for what builds on the definitions and is not asked about them: the diagnostics hold errors, and of the
+/// warnings the one that a compiled file's names are damaged.
 Definitions read_errors_only(DefinitionFile file, ReadingOptions options);
 
 /// The same for what cannot go on with errors: prints them on standard error and throws CommandError(`exit_status`),
@@ -48,7 +50,7 @@ Definitions read_without_errors(DefinitionFile file, const ReadingOptions& optio
 /// library holds after loading the two. The diagnostics are those of the auxiliary source. Throws as read_definitions
 /// does.
 Definitions merge_definitions(const Definitions& standard, DefinitionFile auxiliary,
-                              qzlog_compiler::RenderingPaths path);
+                              qzlog_compiler::RenderingPaths path, bool names);
 
 /// Shows the diagnostics on standard error, with the lines of the source and of the one that it extends.
 void print_findings(const Definitions& definitions, const Definitions* standard);

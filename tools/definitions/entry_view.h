@@ -20,7 +20,7 @@ class DefinitionPair {
 
   /// The IDs of both, in the order of the files, each once.
   std::vector<std::uint32_t> entry_ids() const;
-  /// Null for an unknown name. Names are known of sources only.
+  /// Null for an unknown name. Compiled files without a names section know none.
   const qzlog_compiler::EntryDefinition* find_by_name(std::string_view name) const;
 
   const qzlog_compiler::EntryDefinition* find_standard(std::uint32_t id) const { return standard_.find_entry(id); }

@@ -7,6 +7,8 @@
 #include <utility>
 
 #include "qzlog/logcfg.h"
+#include "tools/compiler/file/ldf_names.h"
+#include "tools/compiler/source/compiler.h"
 #include "tools/definitions/definition_file.h"
 #include "tools/definitions/definitions.h"
 #include "tools/report/finding_printer.h"
@@ -57,8 +59,20 @@ void load_compiled(LoadFile load, const DefinitionFile& file) {
 }
 
 void add_names(const DefinitionModel& model, LoadedDefinitions& loaded) {
-  loaded.has_source = true;
+  loaded.has_names = true;
   for (const auto& entry : model.entries) loaded.names.emplace(entry.name, entry.id);
+}
+
+/// Of a compiled file, whose records are read only where what is behind them may be a damaged section.
+void add_names(const DefinitionFile& file, LoadedDefinitions& loaded) {
+  const auto names = qzlog_compiler::read_ldf_names(file.content, file.content.size());
+  if (!names || names->damage) {
+    const auto warnings = qzlog_compiler::warnings_of(qzlog_compiler::read_ldf(file.content), file.shown_path);
+    FindingPrinter(stderr_has_colour()).print(warnings, std::cerr);
+    return;
+  }
+  loaded.has_names = true;
+  for (const auto& event : names->events) loaded.names.emplace(event.name, event.id);
 }
 
 /// Of the warnings it prints those about texts only: whoever uses definitions did not write them.
@@ -86,6 +100,7 @@ LoadedDefinitions load_definitions(const std::string& standard, const std::strin
     extended = load_source(qz_LOG_LogConfig::SetDefinitionPath, std::move(file), options, loaded);
   } else {
     load_compiled(qz_LOG_LogConfig::SetDefinitionPath, file);
+    add_names(file, loaded);
     if (auxiliary_file && auxiliary_file->is_source) extended = read_without_errors(std::move(file), {}, kExitFindings);
   }
   options.standard = &extended;
@@ -93,6 +108,7 @@ LoadedDefinitions load_definitions(const std::string& standard, const std::strin
     load_source(qz_LOG_LogConfig::SetAuxDefinitionPath, std::move(*auxiliary_file), options, loaded);
   } else if (auxiliary_file) {
     load_compiled(qz_LOG_LogConfig::SetAuxDefinitionPath, *auxiliary_file);
+    add_names(*auxiliary_file, loaded);
   }
   return loaded;
 }

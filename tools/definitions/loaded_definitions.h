@@ -14,8 +14,8 @@ using EntryNames = std::unordered_map<std::string, std::uint32_t>;
 
 /// What the library was given to know.
 struct LoadedDefinitions {
-  EntryNames names;         ///< of the entries that a source defines
-  bool has_source = false;  ///< false: only compiled files, `names` is empty
+  EntryNames names;        ///< of the entries that a source defines, or a compiled file with names
+  bool has_names = false;  ///< false: only compiled files without names, `names` is empty
 };
 
 /// Hands definitions to the library: compiled ones as they are, sources compiled for `path`. `auxiliary` may be

@@ -37,8 +37,9 @@ using qzlog_compiler::RenderingPaths;
 
 constexpr const char* kDiffFooter =
     R"(OLD and NEW, and what --aux and --aux-of name, are definition sources, compiled files or git:REV:PATH, as in
-git:HEAD:storage.yaml; - is standard input. Compiled files know neither the names and summaries of entries nor
-how a text was written, so these are compared between two sources only.
+git:HEAD:storage.yaml; - is standard input. Compiled files do not know how a text was written, and with
+--strip neither the names and summaries of entries nor which attributes are sensitive: such things are compared where
+both know them.
 
 Exit status: 0 no break, or every one accepted; 1 breaks; 2 wrong usage, a file that cannot be read, or one with errors.
 

@@ -53,7 +53,7 @@ constexpr DiffRuleInfo kRules[] = {
      "The entry of this name has another ID; older entries and auxiliary files have the old one.",
      "{id: 7, name: FULL}", "{id: 8, name: FULL}"},
     {DiffRule::kSummaryChanged, "summary-changed", "summary", kSafe, Step::kNone, Aux::kNo,
-     "Documentation only; compiled files do not hold it.", "summary: No blocks left.", "summary: No free blocks left."},
+     "Documentation only.", "summary: No blocks left.", "summary: No free blocks left."},
     {DiffRule::kMaskChanged, "mask-changed", "mask", kFilter, Step::kMajor, Aux::kNo,
      "Filters compare the property mask with theirs, so other entries pass.", "mask: 0x1", "mask: 0x4"},
     {DiffRule::kWordChanged, "word-changed", "word", kSafe, Step::kNone, Aux::kNo,
@@ -112,6 +112,9 @@ constexpr DiffRuleInfo kRules[] = {
     {DiffRule::kTypeChanged, "type-changed", "type", kSource | kBinary | kRender, Step::kMajor, Aux::kNo,
      "A value of another kind: other methods, other values, and formats in texts may not accept it.",
      "{name: Free, type: UInt4}", "{name: Free, type: Char32}"},
+    {DiffRule::kSensitivityChanged, "sensitivity-changed", "sensitivity", kRender, Step::kMinor, Aux::kNo,
+     "Entries that are written hold a value, its hash or nothing instead of what they held before.",
+     "{name: User, type: Char64}", "{name: User, type: Char64, sensitive: drop}"},
     {DiffRule::kSelectorAdded, "selector-added", "selector", kRender, Step::kMinor, Aux::kMay,
      "Values of the attribute pick other messages than before. An auxiliary file may have a selector for "
      "the entry.",

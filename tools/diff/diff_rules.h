@@ -49,6 +49,7 @@ enum class DiffRule {
   kTextLimitLowered,
   kTimeKindChanged,
   kTypeChanged,
+  kSensitivityChanged,
   kSelectorAdded,
   kSelectorRemoved,
   kSelectorAttributeChanged,

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "tools/compiler/model/attribute_type.h"
+#include "tools/compiler/model/sensitivity.h"
 #include "tools/compiler/text/hexadecimal.h"
 #include "tools/diff/attribute_diff.h"
 #include "tools/diff/text_diff.h"
@@ -171,7 +172,7 @@ class ModelDiff {
 
   void compare_fields(const DiffPlace& place, const EntryDefinition& before, const EntryDefinition& after) {
     add_if_changed(DiffRule::kEntryRenumbered, place, std::to_string(before.id), std::to_string(after.id));
-    if (!before.name.empty() && !after.name.empty()) {  // both from sources
+    if (!before.name.empty() && !after.name.empty()) {  // files without names do not know
       add_if_changed(DiffRule::kEntryRenamed, place, before.name, after.name);
       if (before.summary != after.summary) {
         add(DiffRule::kSummaryChanged, place, text_or_none(before.summary), text_or_none(after.summary));
@@ -225,7 +226,15 @@ class ModelDiff {
       if (pair.before->redirect != pair.after->redirect) {
         add(rules.redirected, place, text_or_none(pair.before->redirect), text_or_none(pair.after->redirect));
       }
+      compare_sensitivities(place, *pair.before, *pair.after);
     }
+  }
+
+  void compare_sensitivities(const DiffPlace& place, const AttributeDefinition& before,
+                             const AttributeDefinition& after) {
+    if (!old_index_.model().has_names || !new_index_.model().has_names) return;
+    add_if_changed(DiffRule::kSensitivityChanged, place, std::string(sensitivity_name(before.sensitivity)),
+                   std::string(sensitivity_name(after.sensitivity)));
   }
 
   /// Entries have their own attributes and the global ones, so what moves from one list to the other stays.
@@ -238,6 +247,7 @@ class ModelDiff {
     add(is_added ? DiffRule::kAttributeMadeOwn : DiffRule::kAttributeMadeGlobal, place, is_added ? "global" : "entry",
         is_added ? "entry" : "global");
     compare_types(place, *place.old_attribute, *place.new_attribute);
+    compare_sensitivities(place, *place.old_attribute, *place.new_attribute);
     return true;
   }
 

@@ -73,7 +73,7 @@ std::uint32_t find_entry_id(const std::string& text, const DefinitionPair& defin
   const std::vector<std::string_view> names = all_names(definitions, ids);
   if (names.empty() && !ids.empty()) {
     throw CommandError(kExitFindings,
-                       "the definitions have no names: compiled files hold only IDs, give the source of " +
+                       "the definitions have no names: these compiled files hold only IDs, give the source of " +
                            qzlog_compiler::quoted(text) + " [unknown-name]");
   }
   refuse(qzlog_compiler::quoted(text), "unknown-name", near_names(text, names));

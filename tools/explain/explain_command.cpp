@@ -34,14 +34,14 @@ struct ExplainOptions {
 constexpr const char* kExplainFooter =
     R"(The entry is shown as the library has it: an entry that both files define with the attributes and messages of both.
 Messages read as their readers see them, with {Name} where the value of an attribute comes, or {Name:F} where its format F
-does not follow from its type. Names and summaries stand in sources only; a compiled file knows its entries by ID.
+does not follow from its type. A file that was compiled with --strip has no names and summaries, and knows its entries by ID.
 
 Exit status: 0 success, 1 no such entry or bad definitions, 2 wrong usage or a file that cannot be read.
 
 Examples:
   qzlog explain 1001 --definitions storage.ldf
   qzlog explain 0x3E9 --definitions storage.yaml --aux site.yaml
-  qzlog explain DISK_FULL --definitions storage.yaml --catalog messages
+  qzlog explain DISK_FULL --definitions storage.ldf --catalog messages
   qzlog explain DISK_FULL --definitions storage.yaml --catalog messages --locale de_DE --json
 )";
 

@@ -3,6 +3,7 @@
 #include <string_view>
 
 #include "tools/compiler/model/attribute_type.h"
+#include "tools/compiler/model/sensitivity.h"
 #include "tools/compiler/text/hexadecimal.h"
 #include "tools/compiler/text/utf8_text.h"
 #include "tools/explain/entry_explanation.h"
@@ -19,6 +20,7 @@ using qzlog_compiler::bits_text;
 using qzlog_compiler::EntryDefinition;
 using qzlog_compiler::hexadecimal;
 using qzlog_compiler::printable;
+using qzlog_compiler::sensitivity_name;
 using qzlog_compiler::short_type_name;
 using qzlog_compiler::TextRow;
 
@@ -42,6 +44,10 @@ void print_attributes(std::ostream& out, const char* title, const std::vector<At
   for (const AttributeDefinition& attribute : attributes) {
     std::string remark = attribute.name == selector ? "selects the message" : "";
     if (!attribute.redirect.empty()) remark += (remark.empty() ? "redirect " : ", redirect ") + attribute.redirect;
+    if (attribute.sensitivity != qzlog::Sensitivity::kKeep) {
+      remark +=
+          (remark.empty() ? "sensitive: " : ", sensitive: ") + std::string(sensitivity_name(attribute.sensitivity));
+    }
     rows.push_back({attribute.name, std::string(short_type_name(attribute.type)), value_range(attribute.type), remark});
   }
   print_rows(out, rows);
@@ -76,6 +82,7 @@ ordered_json attribute_json(const AttributeDefinition& attribute) {
   item["type"] = short_type_name(attribute.type);
   if (const std::string range = value_range(attribute.type); !range.empty()) item["range"] = range;
   if (!attribute.redirect.empty()) item["redirect"] = attribute.redirect;
+  if (attribute.sensitivity != qzlog::Sensitivity::kKeep) item["sensitive"] = sensitivity_name(attribute.sensitivity);
   return item;
 }
 

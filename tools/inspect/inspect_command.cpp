@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "tools/compiler/source/compiler.h"
 #include "tools/definitions/definition_file.h"
 #include "tools/definitions/definitions.h"
 #include "tools/inspect/inspect_rules.h"
@@ -41,7 +42,10 @@ constexpr const char* kInspectFooter =
     "a\n"
     "terminal, lines are cut to its width. A damaged file is shown as far as it can be read; each damage is reported "
     "on\n"
-    "standard error with its offset, as FILE: offset N: error: REASON [rule-name].\n"
+    "standard error with its offset, as FILE: offset N: error: REASON [rule-name]. Damaged names are a warning: "
+    "nothing "
+    "else\n"
+    "depends on them.\n"
     "\n"
     "Exit status: 0 success, 1 the file is damaged or has no source, 2 wrong usage or a file that cannot be read.\n"
     "\n"
@@ -75,6 +79,11 @@ std::vector<Finding> damages_of(const LdfSurvey& survey, const std::string& file
   return findings;
 }
 
+std::vector<Finding> warnings_of(const LdfSurvey& survey, const std::string& file) {
+  if (!survey.names() || !survey.names()->damage) return {};
+  return {qzlog_compiler::names_warning(*survey.names()->damage, display_name(file))};
+}
+
 /// Prints some of the findings of a rule, and says how many there are besides.
 void print(std::span<const Finding> findings, std::size_t count, const std::string& file, AnyRule rule) {
   FindingPrinter(stderr_has_colour()).print(findings, std::cerr);
@@ -100,11 +109,11 @@ bool print_yaml(const LdfSurvey& survey, const InspectOptions& options) {
   return yaml.obstacles.empty();
 }
 
-bool print_form(const LdfSurvey& survey, std::span<const Finding> damages, const InspectOptions& options) {
+bool print_form(const LdfSurvey& survey, std::span<const Finding> findings, const InspectOptions& options) {
   if (options.yaml) return print_yaml(survey, options);
   const std::size_t columns = ::isatty(STDOUT_FILENO) == 1 ? output_columns() : 0;
   if (options.json) {
-    qzlog_compiler::write_json(survey, damages, std::cout);
+    qzlog_compiler::write_json(survey, findings, std::cout);
   } else if (options.annotate) {
     qzlog_compiler::write_annotation(survey, columns, std::cout);
   } else {
@@ -118,9 +127,13 @@ int inspect(const InspectOptions& options) {
   const std::string bytes = read_definition_file(options.file).content;
   const LdfSurvey survey(bytes);
   const std::vector<Finding> damages = damages_of(survey, options.file);
-  const bool printed = print_form(survey, damages, options);
+  const std::vector<Finding> warnings = warnings_of(survey, options.file);
+  std::vector<Finding> findings = damages;
+  findings.insert(findings.end(), warnings.begin(), warnings.end());
+  const bool printed = print_form(survey, findings, options);
   flush_standard_output();
   print(damages, survey.damage_count(), options.file, Rule::kBadDefinitionFile);
+  FindingPrinter(stderr_has_colour()).print(warnings, std::cerr);
   return printed && survey.damage_count() == 0 ? kExitSuccess : kExitFindings;
 }
 

@@ -6,6 +6,7 @@
 
 #include "definitions/definition_format.h"
 #include "tools/compiler/model/attribute_type.h"
+#include "tools/compiler/model/sensitivity.h"
 #include "tools/compiler/text/hexadecimal.h"
 #include "tools/compiler/text/utf8_text.h"
 #include "tools/report/finding_json.h"
@@ -128,6 +129,44 @@ class EntryWriter {
   JsonObjectStream json_;
 };
 
+void write_event(const LdfNamedEvent& event, std::ostream& out) {
+  JsonObjectStream json(out);
+  json.number("offset", event.offset);
+  json.number("id", event.id);
+  add_text(json, "name", event.name, event.name, true);
+  add_text(json, "summary", event.summary, event.summary, true);
+  json.end();
+}
+
+void write_marked_attribute(const LdfMarkedAttribute& marked, std::ostream& out) {
+  JsonObjectStream json(out);
+  json.number("offset", marked.offset);
+  if (!marked.is_global()) json.number("entry", marked.entry_id);
+  add_text(json, "attribute", marked.name, marked.name, true);
+  json.text("sensitive", sensitivity_name(sensitivity_of_mark(marked.mark)));
+  json.number("mark", marked.mark);
+  json.end();
+}
+
+/// Nothing but its place of a damaged one.
+void write_names(const LdfNames& names, std::ostream& out) {
+  JsonObjectStream json(out);
+  json.number("offset", names.begin);
+  if (names.has_trailer) json.number("version", names.version);
+  if (names.damage) {
+    write_damage(*names.damage, json.member("damage"));
+  } else {
+    JsonListStream events(json.member("events"));
+    for (const LdfNamedEvent& event : names.events) write_event(event, events.item());
+    events.end();
+    JsonListStream marks(json.member("sensitive"));
+    for (const LdfMarkedAttribute& marked : names.marks) write_marked_attribute(marked, marks.item());
+    marks.end();
+    json.number("unknown_parts", names.unknown_part_count);
+  }
+  json.end();
+}
+
 template <class WriteItems>
 void add_list(JsonObjectStream& json, const char* name, WriteItems write_items) {
   JsonListStream list(json.member(name), kResultListLayout);
@@ -137,9 +176,9 @@ void add_list(JsonObjectStream& json, const char* name, WriteItems write_items) 
 
 }  // namespace
 
-void write_json(const LdfSurvey& survey, std::span<const Finding> damages, std::ostream& out) {
+void write_json(const LdfSurvey& survey, std::span<const Finding> findings, std::ostream& out) {
   JsonObjectStream json(out, kResultLayout);
-  qzlog_tool::add_json_beginning(damages, json);
+  qzlog_tool::add_json_beginning(findings, json);
   json.number("file_size", survey.bytes().size());
   write_header(survey.header(), json.member("header"));
   const auto globals = [&](JsonListStream& list) {
@@ -156,6 +195,7 @@ void write_json(const LdfSurvey& survey, std::span<const Finding> damages, std::
   add_list(json, "globals", globals);
   add_list(json, "entry_map", pairs);
   add_list(json, "entries", entries);
+  if (survey.names()) write_names(*survey.names(), json.member("names"));
   json.number("damage_count", survey.damage_count());
   json.end();
   out << '\n';

@@ -45,6 +45,7 @@ LdfSurvey::LdfSurvey(std::string_view bytes) : bytes_(bytes) {
     mark_replaced();
     survey_records();
     mark_shared();
+    survey_names();
     find_overlaps();
   }
   std::stable_sort(damages_.begin(), damages_.end(),
@@ -169,10 +170,17 @@ std::vector<LdfRegion> LdfSurvey::regions() const {
     if (!pair.unread && !pair.shared)
       add({pair.record_offset, pair.record_offset + pair.record_size, LdfRegion::kRecord, i, pair.cut});
   }
+  if (names_ && names_->has_trailer) add({names_->begin, bytes_.size(), LdfRegion::kNames, 0, false});
   std::sort(found.begin(), found.end(), [](const LdfRegion& a, const LdfRegion& b) {
     return std::tie(a.begin, a.kind, a.pair) < std::tie(b.begin, b.kind, b.pair);
   });
   return found;
+}
+
+void LdfSurvey::survey_names() {
+  std::size_t records_end = qzlog::ldf::kHeaderSize;
+  for (const LdfRegion& region : regions()) records_end = std::max(records_end, region.end);
+  names_ = read_ldf_names(bytes_, records_end);
 }
 
 /// A region that is cut has no end of its own, so that it is not said to overlap what follows.
@@ -205,6 +213,8 @@ std::optional<LdfDamage> LdfSurvey::walk(const LdfRegion& region, std::size_t en
       break;
     case LdfRegion::kRecord:
       return damage_of(pairs_[region.pair], read_ldf_entry(cursor, {}));
+    case LdfRegion::kNames:
+      return walk_ldf_names(bytes_, *names_, end, sink);
   }
   return cursor.damage();
 }
@@ -217,6 +227,8 @@ std::string LdfSurvey::region_name(const LdfRegion& region) const {
       return "the list of global attributes";
     case LdfRegion::kMap:
       return "the entry map";
+    case LdfRegion::kNames:
+      return "the names section";
     default:
       return "the record of " + entry_text(pairs_[region.pair].id);
   }

@@ -8,13 +8,14 @@
 #include <string_view>
 #include <vector>
 
+#include "tools/compiler/file/ldf_names.h"
 #include "tools/compiler/file/ldf_records.h"
 
 namespace qzlog_compiler {
 
 /// A run of bytes that belongs together. Offsets are clipped to the file.
 struct LdfRegion {
-  enum Kind { kHeader, kGlobals, kMap, kRecord };
+  enum Kind { kHeader, kGlobals, kMap, kRecord, kNames };
   std::size_t begin = 0;
   std::size_t end = 0;  ///< of a region that is cut: the end of the file
   Kind kind = kHeader;
@@ -52,6 +53,8 @@ class LdfSurvey {
   /// Those that are whole, in the order of the map.
   const std::vector<LdfSurveyedPair>& pairs() const { return pairs_; }
   std::size_t pair_offset(std::size_t pair) const;
+  /// None where the file has no names section; a damaged one is none of the damages.
+  const std::optional<LdfNames>& names() const { return names_; }
   const std::vector<LdfDamage>& damages() const { return damages_; }
   std::size_t damage_count() const { return damage_count_; }
 
@@ -76,6 +79,7 @@ class LdfSurvey {
   void survey_records();
   void mark_shared();
   void find_overlaps();
+  void survey_names();
 
   std::string_view bytes_;
   LdfHeader header_;
@@ -83,6 +87,7 @@ class LdfSurvey {
   std::size_t globals_end_ = 0;
   bool globals_cut_ = false;
   std::vector<LdfSurveyedPair> pairs_;
+  std::optional<LdfNames> names_;
   std::size_t map_end_ = 0;
   bool map_cut_ = false;
   std::vector<LdfDamage> damages_;

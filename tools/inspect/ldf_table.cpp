@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "definitions/definition_format.h"
+#include "tools/compiler/model/sensitivity.h"
 #include "tools/compiler/text/hexadecimal.h"
 #include "tools/compiler/text/line_cut.h"
 #include "tools/compiler/text/utf8_text.h"
@@ -37,6 +38,7 @@ class TableWriter {
     write_globals();
     write_map();
     for (const LdfSurveyedPair& pair : survey_.pairs()) write_entry(pair);
+    if (survey_.names()) write_names(*survey_.names());
   }
 
  private:
@@ -165,6 +167,32 @@ class TableWriter {
     };
     write_text_table({{">offset", ">hex", ">index", ">value", "ID", "text"}, record.selector_messages.size(), row},
                      2 * kIndent, columns_, out_);
+  }
+
+  void write_names(const LdfNames& names) {
+    line(0, "\nnames, section at offset " + offset_text(names.begin));
+    if (names.damage) {
+      damage("offset " + offset_text(names.damage->offset) + ": " + names.damage->reason);
+      return;
+    }
+    field("events", std::to_string(names.events.size()));
+    const auto event_row = [&](std::size_t i) -> TextRow {
+      const LdfNamedEvent& event = names.events[i];
+      return {std::to_string(event.offset), hexadecimal_offset(event.offset), std::to_string(event.id),
+              printable(event.name), event.summary.empty() ? "-" : printable(event.summary)};
+    };
+    write_text_table({{">offset", ">hex", ">ID", "name", "summary"}, names.events.size(), event_row}, 2 * kIndent,
+                     columns_, out_);
+    field("sensitive", std::to_string(names.marks.size()));
+    const auto mark_row = [&](std::size_t i) -> TextRow {
+      const LdfMarkedAttribute& mark = names.marks[i];
+      return {std::to_string(mark.offset), hexadecimal_offset(mark.offset),
+              mark.is_global() ? "global" : std::to_string(mark.entry_id), printable(mark.name),
+              std::string(sensitivity_name(sensitivity_of_mark(mark.mark)))};
+    };
+    write_text_table({{">offset", ">hex", ">entry", "attribute", "mark"}, names.marks.size(), mark_row}, 2 * kIndent,
+                     columns_, out_);
+    if (names.unknown_part_count != 0) field("unknown parts", std::to_string(names.unknown_part_count));
   }
 
   const LdfSurvey& survey_;

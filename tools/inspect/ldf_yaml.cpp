@@ -23,6 +23,7 @@ DefinitionModel to_model(const LdfSurvey& survey, const std::vector<LdfSurveyedP
   model.version = survey.header().version();
   for (const LdfAttributeRecord& global : survey.globals()) model.globals.push_back(to_definition(global));
   for (const LdfSurveyedPair& pair : pairs) model.entries.push_back(to_definition(survey.entry(pair)));
+  if (survey.names()) apply_names(*survey.names(), model);
   return model;
 }
 

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "tools/compiler/model/attribute_type.h"
+#include "tools/compiler/model/sensitivity.h"
 #include "tools/compiler/source/compiler.h"
 #include "tools/compiler/text/hexadecimal.h"
 #include "tools/compiler/text/utf8_text.h"
@@ -74,6 +75,9 @@ class YamlWriter {
     for (const AttributeDefinition& attribute : attributes) {
       std::string line = indent + "  - {name: " + text(attribute.name, what) + ", type: " + type(attribute);
       if (!attribute.redirect.empty()) line += ", redirect: " + text(attribute.redirect, "the redirection name");
+      if (attribute.sensitivity != qzlog::Sensitivity::kKeep) {
+        line += ", sensitive: " + std::string(sensitivity_name(attribute.sensitivity));
+      }
       write_line(line + "}");
     }
   }

@@ -273,7 +273,7 @@ int render(const RenderOptions& options) {
   const bool converts = options.no_icu && !code_page.is_utf8();
   LineRenderer renderer(converts ? &code_page : nullptr, filter ? &*filter : nullptr);
   const SourceNames names(definitions.names);
-  FileRenderer file(options.entries, renderer, definitions.has_source ? &names : nullptr,
+  FileRenderer file(options.entries, renderer, definitions.has_names ? &names : nullptr,
                     counting ? &*counting : nullptr);
   file.render();
   if (filter) file.print_summary();

@@ -63,6 +63,7 @@ struct Finding {
   std::string hint = {};                       ///< what to do about it; may be empty
   std::optional<std::uint64_t> offset = {};    ///< the place in a file that is no text
   std::optional<std::uint32_t> entry_id = {};  ///< of the entry that it is about
+  std::string entry_name = {};                 ///< the same entry's; empty where it is not known
   std::string subject = {};                    ///< within the entry or the file: "selector message 3"; may be empty
 
   /// Adds a place in the same file. Does nothing for an unknown one.

@@ -37,6 +37,7 @@ ordered_json to_json(const Finding& finding) {
   add_place(finding.place, json);
   if (finding.offset) json["offset"] = *finding.offset;
   if (finding.entry_id) json["entry"] = *finding.entry_id;
+  if (!finding.entry_name.empty()) json["entry_name"] = finding.entry_name;
   if (!finding.subject.empty()) json["subject"] = finding.subject;
   json["severity"] = severity_name(finding.severity);
   json["rule"] = finding.rule.name();

@@ -26,9 +26,10 @@ void append_place(const std::string& file, TextPlace place, std::string& out) {
   out += ' ';
 }
 
-/// "entry 1, selector message 3: "
+/// "entry 1 (FULL), selector message 3: "
 void append_subject(const Finding& finding, std::string& out) {
   if (finding.entry_id) out.append("entry ").append(std::to_string(*finding.entry_id));
+  if (finding.entry_id && !finding.entry_name.empty()) out.append(" (").append(printable(finding.entry_name)) += ')';
   if (finding.entry_id && !finding.subject.empty()) out += ", ";
   out += printable(finding.subject);
   if (finding.entry_id || !finding.subject.empty()) out += ": ";

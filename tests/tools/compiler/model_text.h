@@ -19,6 +19,8 @@ inline void describe_attribute(std::ostream& out, const char* what,
                                const qzlog_compiler::AttributeDefinition& attribute) {
   out << what << ' ' << attribute.name << ' ' << _qz_LOG_get_attribute_type_string(attribute.type);
   if (!attribute.redirect.empty()) out << " -> " << attribute.redirect;
+  if (attribute.sensitivity == qzlog::Sensitivity::kHash) out << " (hash)";
+  if (attribute.sensitivity == qzlog::Sensitivity::kDrop) out << " (drop)";
   out << '\n';
 }
 

@@ -26,6 +26,17 @@ class RandomStoredModel {
     return model;
   }
 
+  /// Gives the entries names and some of them summaries, and marks some of the attributes.
+  void name_everything(DefinitionModel& model) {
+    model.has_names = true;
+    mark(model.globals);
+    for (EntryDefinition& entry : model.entries) {
+      entry.name = "E_" + std::to_string(entry.id);
+      if (random_.one_in(2)) entry.summary = text();
+      mark(entry.attributes);
+    }
+  }
+
   /// UTF-8 without zero bytes, with every character that a source could lose.
   std::string text(long long longest = 12) {
     static constexpr std::string_view kPieces[] = {
@@ -43,6 +54,14 @@ class RandomStoredModel {
   }
 
  private:
+  void mark(std::vector<AttributeDefinition>& attributes) {
+    for (AttributeDefinition& attribute : attributes) {
+      const bool can_be_hashed = attribute.type >= TypeChar32 && attribute.type <= TypeMBChar2K;
+      if (random_.one_in(3)) attribute.sensitivity = qzlog::Sensitivity::kDrop;
+      if (random_.one_in(3) && can_be_hashed) attribute.sensitivity = qzlog::Sensitivity::kHash;
+    }
+  }
+
   std::uint32_t number() {
     return static_cast<std::uint32_t>(random_.one_in(2) ? random_.between(0, 9) : random_.between(0, 0xFFFFFFFF));
   }

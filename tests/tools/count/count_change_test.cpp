@@ -95,7 +95,7 @@ TEST_F(CountChange, WrongUse_IsExplainedWithStatus2AndChangesNothing) {
       {"add events --key 4294967296", "'4294967296' is no key from -2147483648 to 4294967295\n"},
       {"add events --key -2147483649", "'-2147483649' is no key from -2147483648 to 4294967295\n"},
       {"add events --key 7a", "'7a' is no key from -2147483648 to 4294967295\n"},
-      {"add events --key ONE", "the name 'ONE' needs --definitions with a definition source\n"},
+      {"add events --key ONE", "the name 'ONE' needs --definitions\n"},
       {"add events --key TWO --definitions d.yaml", "the definitions have no entry 'TWO'\n"},
       {"add events --key ONE --definitions none.yaml", "cannot open 'none.yaml': No such file or directory\n"},
       {"add none/events --key 1", "cannot open 'none/events.cnt' for writing: No such file or directory\n"},

@@ -118,6 +118,12 @@ TEST_F(CountShow, FromAndTo_AreAnIntervalWithBothEnds) {
   }
 }
 
+TEST_F(CountShow, CompiledFileWithNames_ShowsThem) {
+  ASSERT_EQ(run("$QZLOG compile d.yaml -o d.ldf").status, 0);
+  expect_golden(show("events.cnt --definitions d.ldf"), "table-names.txt");
+  expect_golden(show("events.cnt --json --definitions d.ldf"), "counts-names.json");
+}
+
 TEST_F(CountShow, NoCounts_TotalIsZero) {
   write("empty.cnt", "");
   EXPECT_EQ(show("empty.cnt").out, "day    key  count\ntotal           0\n");
@@ -185,7 +191,7 @@ TEST_F(CountShow, WhatIsNoRegularFile_IsRefused) {
 }
 
 TEST_F(CountShow, WrongUse_IsExplainedWithStatus2) {
-  ASSERT_EQ(run("$QZLOG compile d.yaml -o d.ldf").status, 0);
+  ASSERT_EQ(run("$QZLOG compile d.yaml -o d.ldf --strip").status, 0);
   const std::string usage = "\nRun 'qzlog --help' or 'qzlog COMMAND --help' for the usage.\n";
   const struct {
     const char* arguments;
@@ -203,7 +209,7 @@ TEST_F(CountShow, WrongUse_IsExplainedWithStatus2) {
       {"none.cnt", "cannot open 'none.cnt': No such file or directory\n"},
       {"none/", "'none/' names no counter; it is given as DIR/NAME\n"},
       {"events.cnt --definitions none.yaml", "cannot open 'none.yaml': No such file or directory\n"},
-      {"events.cnt --definitions d.ldf", "'d.ldf' is a compiled definition file; give its source\n"},
+      {"events.cnt --definitions d.ldf", "'d.ldf' has no names; give its source\n"},
   };
   for (const auto& row : cases) {
     const CommandResult result = show(row.arguments);

@@ -138,11 +138,20 @@ TEST_F(DefinitionCommands, CompiledFileForASource_IsToldTheSameWayByAll) {
            "catalog extract s.ldf -o -",
            "catalog extract s.yaml s.ldf -o -",
            "catalog status s.ldf --po .",
-           "count show c.cnt --definitions s.ldf",
-           "count add c --key FULL --definitions s.ldf",
        }) {
     const CommandResult result = run("$QZLOG " + line);
     EXPECT_EQ(result.err, "qzlog: error: 's.ldf' is a compiled definition file; give its source\n") << line;
+    EXPECT_EQ(result.out, "") << line;
+    EXPECT_EQ(result.status, 2) << line;
+  }
+}
+
+TEST_F(DefinitionCommands, CompiledFileWhereNamesAreWanted_HasToHaveThem) {
+  ASSERT_EQ(run("$QZLOG compile s.yaml -o stripped.ldf --strip").status, 0);
+  for (const std::string line : {"count show c.cnt --definitions ", "count add c --key FULL --definitions "}) {
+    EXPECT_EQ(run("$QZLOG " + line + "s.ldf").status, 0) << line;
+    const CommandResult result = run("$QZLOG " + line + "stripped.ldf");
+    EXPECT_EQ(result.err, "qzlog: error: 'stripped.ldf' has no names; give its source\n") << line;
     EXPECT_EQ(result.out, "") << line;
     EXPECT_EQ(result.status, 2) << line;
   }

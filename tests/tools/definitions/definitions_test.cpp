@@ -45,7 +45,27 @@ TEST(ReadDefinitions, SourceAndItsCompiledFile_SayTheSame) {
   EXPECT_EQ(read.source, "");
   ASSERT_EQ(read.model.entries.size(), 1U);
   EXPECT_EQ(read.model.entries[0].message.stored, written.model.entries[0].message.stored);
-  EXPECT_EQ(read.model.entries[0].name, "");
+  EXPECT_TRUE(read.model.has_names);
+  EXPECT_EQ(read.model.entries[0].name, written.model.entries[0].name);
+}
+
+TEST(ReadDefinitions, WithoutNames_GivesTheRecordsAlone) {
+  const Definitions named = read_definitions(source(kSource), {});
+  const Definitions stripped = read_definitions(source(kSource), {.names = false});
+  EXPECT_TRUE(named.bytes.starts_with(stripped.bytes));
+  EXPECT_LT(stripped.bytes.size(), named.bytes.size());
+  const Definitions read = read_definitions(compiled(stripped.bytes), {});
+  EXPECT_FALSE(read.model.has_names);
+  EXPECT_EQ(read.model.entries.at(0).name, "");
+}
+
+TEST(ReadErrorsOnly, DamagedNames_AreToldAllTheSame) {
+  std::string bytes = read_definitions(source(kSource), {}).bytes;
+  bytes[bytes.size() - 30] ^= 1;
+  const Definitions read = qzlog_tool::read_errors_only(compiled(bytes), {});
+  EXPECT_TRUE(read.ok() && read.is_whole);
+  EXPECT_EQ(printed(read).substr(0, 14), "c.ldf: offset ");
+  EXPECT_NE(printed(read).find("[bad-names-section]"), std::string::npos);
 }
 
 TEST(ReadDefinitions, SourceWithErrors_IsNotWhole) {
@@ -107,7 +127,7 @@ TEST(MergeDefinitions, TwoSources_GiveOneFile) {
   const Definitions merged = merge_definitions(
       standard,
       {"a.yaml", "a.yaml", "version: \"2.5\"\nentries:\n  - {id: 8, name: EMPTY, message: \"empty\"}\n", true},
-      qzlog_compiler::RenderingPaths::kBoth);
+      qzlog_compiler::RenderingPaths::kBoth, true);
   EXPECT_TRUE(merged.ok());
   EXPECT_EQ(merged.shown_path, "a.yaml");
   EXPECT_EQ(read_definitions(compiled(merged.bytes), {}).model.entries.size(), 2U);

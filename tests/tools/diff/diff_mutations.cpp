@@ -203,11 +203,11 @@ void add_entry_mutations(std::vector<Mutation>& list) {
                     model.entries.pop_back();
                     return std::optional(Place{id, "", 0});
                   }});
-  list.push_back({DiffRule::kEntryRenamed, "source", Known::kInSources,
+  list.push_back({DiffRule::kEntryRenamed, "source", Known::kWithNames,
                   on_entry([](EntryDefinition& entry, SeededRandom&) { return !(entry.name += "_NEW").empty(); })});
-  list.push_back({DiffRule::kEntryRenumbered, "source binary extension", Known::kInSources,
+  list.push_back({DiffRule::kEntryRenumbered, "source binary extension", Known::kWithNames,
                   on_entry([](EntryDefinition& entry, SeededRandom&) { return (entry.id += 5) != 0; })});
-  list.push_back({DiffRule::kSummaryChanged, "", Known::kInSources,
+  list.push_back({DiffRule::kSummaryChanged, "", Known::kWithNames,
                   on_entry([](EntryDefinition& entry, SeededRandom&) { return !(entry.summary += ".").empty(); })});
   list.push_back({DiffRule::kMaskChanged, "filter", Known::kEverywhere,
                   on_entry([](EntryDefinition& entry, SeededRandom&) { return (entry.mask ^= 0x4000000) != 0; })});
@@ -295,6 +295,16 @@ void add_attribute_mutations(std::vector<Mutation>& list) {
                   on_free_attribute([](EntryDefinition& entry, std::size_t i) {
                     std::string& redirect = entry.attributes[i].redirect;
                     redirect = redirect.empty() ? "to" : "";
+                    return true;
+                  })});
+  list.push_back({DiffRule::kSensitivityChanged, "render", Known::kWithNames,
+                  on_free_attribute([](EntryDefinition& entry, std::size_t i) {
+                    entry.attributes[i].sensitivity = qzlog::Sensitivity::kDrop;
+                    return true;
+                  })});
+  list.push_back({DiffRule::kSensitivityChanged, "render", Known::kWithNames,
+                  on_free_global([](DefinitionModel& model, std::size_t i) {
+                    model.globals[i].sensitivity = qzlog::Sensitivity::kHash;
                     return true;
                   })});
 }
@@ -392,6 +402,7 @@ void add_selector_mutations(std::vector<Mutation>& list) {
 DefinitionModel random_model(SeededRandom& random) {
   DefinitionModel model;
   model.version = "2.5";
+  model.has_names = true;
   for (long long i = random.between(0, 4); i > 0; --i) {
     model.globals.push_back({"G" + std::to_string(i), pick(kTypes, random), "", {}});
   }

@@ -21,7 +21,8 @@ struct Place {
   std::uint32_t selector_index = 0;
 };
 
-enum class Known { kEverywhere, kInSources };
+/// Who knows of a change: compiled files, those with names alone, or sources alone.
+enum class Known { kEverywhere, kWithNames, kInSources };
 
 /// Makes one change, or none when the model has no place for it.
 struct Mutation {

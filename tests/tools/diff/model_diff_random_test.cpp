@@ -31,6 +31,14 @@ DefinitionModel compiled(const DefinitionModel& model) {
   return std::move(file.model);
 }
 
+DefinitionModel compiled_with_names(const DefinitionModel& model) {
+  std::string bytes = write_ldf(model);
+  append_names(model, bytes);
+  LdfFile file = read_ldf(bytes);
+  EXPECT_FALSE(file.damage || file.names_damage);
+  return std::move(file.model);
+}
+
 std::string described(const DiffChange& change) {
   const DiffPlace& place = change.place;
   const DiffRuleInfo& info = diff_rule_info(change.rule);
@@ -92,6 +100,18 @@ TEST(ModelDiffRandom, OneChangeInCompiledFiles_IsReportedWhereTheyKnowIt) {
           mutation.known == Known::kEverywhere ? described(mutation, mutated.place) : std::string();
       ASSERT_EQ(described(before, compiled(mutated.after)), expected);
       ASSERT_EQ(described(before, mutated.after), expected);
+    }
+  }
+}
+
+TEST(ModelDiffRandom, OneChangeInCompiledFilesWithNames_IsReportedWhereTheyKnowIt) {
+  SeededRandom random;
+  for (const Mutation& mutation : all_mutations()) {
+    for (int round = 0; round < kRounds; ++round) {
+      const Mutated mutated = mutate(mutation, random);
+      const std::string expected =
+          mutation.known != Known::kInSources ? described(mutation, mutated.place) : std::string();
+      ASSERT_EQ(described(compiled_with_names(mutated.before), compiled_with_names(mutated.after)), expected);
     }
   }
 }

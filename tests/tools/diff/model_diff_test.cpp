@@ -55,8 +55,22 @@ TEST(CompareModels, RenumberedEntry_IsComparedOn) {
             "entry-renumbered 2 <1> <2>\nmask-changed 2 <0x00000001> <0x00000002>\n");
 }
 
-TEST(CompareModels, CompiledFiles_DoNotKnowNames) {
-  CompileResult before = compile_source("version: \"1.0\"\nentries: [{id: 1, name: A, message: x}]", "a.yaml", {});
+TEST(CompareModels, CompiledFilesWithNames_KnowThem) {
+  const CompileResult before = compile_source(
+      "version: \"1.0\"\nentries: [{id: 1, name: A, message: x, attributes: [{name: N, type: Char32}]}]", "a.yaml", {});
+  const CompileResult after = compile_source(
+      "version: \"1.0\"\nentries: [{id: 2, name: A, summary: s, message: x, "
+      "attributes: [{name: N, type: Char32, sensitive: hash}]}]",
+      "b.yaml", {});
+  EXPECT_EQ(described(compare_models(read_ldf(before.bytes).model, read_ldf(after.bytes).model)),
+            described(compare_models(before.model, after.model)));
+  EXPECT_EQ(described(compare_models(before.model, after.model)),
+            "entry-renumbered 2 <1> <2>\nsummary-changed 2 - <s>\nsensitivity-changed 2 N <keep> <hash>\n");
+}
+
+TEST(CompareModels, CompiledFilesWithoutNames_DoNotKnowThem) {
+  CompileResult before =
+      compile_source("version: \"1.0\"\nentries: [{id: 1, name: A, message: x}]", "a.yaml", {.names = false});
   CompileResult after = compile_source("version: \"1.0\"\nentries: [{id: 2, name: A, message: x}]", "b.yaml", {});
   const DefinitionModel compiled = read_ldf(before.bytes).model;
   EXPECT_EQ(described(compare_models(compiled, after.model)),

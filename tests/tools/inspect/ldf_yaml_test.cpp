@@ -15,7 +15,7 @@ namespace {
 
 LdfYaml yaml_of(const std::string& bytes) { return write_yaml(LdfSurvey(bytes), nullptr); }
 
-std::string compiled(const std::string& source) { return compile_source(source, "", {}).bytes; }
+std::string compiled(const std::string& source) { return compile_source(source, "", {.names = false}).bytes; }
 
 TEST(WriteYamlOfAFile, RandomFiles_CompileBackToTheSameBytes) {
   qz_test::SeededRandom random;
@@ -25,6 +25,20 @@ TEST(WriteYamlOfAFile, RandomFiles_CompileBackToTheSameBytes) {
     const LdfYaml yaml = yaml_of(bytes);
     ASSERT_TRUE(yaml.obstacles.empty()) << yaml.obstacles[0].text;
     ASSERT_EQ(compiled(yaml.source), bytes) << yaml.source;
+  }
+}
+
+TEST(WriteYamlOfAFile, RandomFilesWithNames_CompileBackToTheSameBytes) {
+  qz_test::SeededRandom random;
+  RandomStoredModel maker(random);
+  for (int round = 0; round < 1000; ++round) {
+    DefinitionModel model = maker.make();
+    maker.name_everything(model);
+    std::string bytes = write_ldf(model);
+    append_names(model, bytes);
+    const LdfYaml yaml = yaml_of(bytes);
+    ASSERT_TRUE(yaml.obstacles.empty()) << yaml.obstacles[0].text;
+    ASSERT_EQ(compile_source(yaml.source, "", {}).bytes, bytes) << yaml.source;
   }
 }
 

@@ -12,7 +12,8 @@
 namespace qzlog_compiler {
 namespace {
 
-std::string compiled(const std::string& source, const CompileOptions& options = {}) {
+std::string compiled(const std::string& source, CompileOptions options = {}) {
+  options.names = false;
   const CompileResult result = compile_source(source, "made.yaml", options);
   std::string errors;
   for (const Finding& found : result.diagnostics) {

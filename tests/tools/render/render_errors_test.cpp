@@ -140,15 +140,39 @@ TEST_F(RenderErrors, LineOf16MiB_IsRendered) {
   EXPECT_EQ(result.status, 0);
 }
 
-TEST_F(RenderErrors, SymbolicNameWithACompiledFile_IsExplained) {
+TEST_F(RenderErrors, SymbolicNameWithACompiledFileWithoutNames_IsExplained) {
   write("entries.jsonl", R"({"id":"DISK_FULL"})");
   const CommandResult result =
-      run("$QZLOG compile storage.yaml -o storage.ldf; $QZLOG render --definitions storage.ldf entries.jsonl");
+      run("$QZLOG compile storage.yaml --strip -o storage.ldf; $QZLOG render --definitions storage.ldf entries.jsonl");
   EXPECT_EQ(result.err,
-            "entries.jsonl:1: error: the name 'DISK_FULL' needs a definition source: compiled files hold only IDs "
+            "entries.jsonl:1: error: the name 'DISK_FULL' needs definitions with names: these hold only IDs "
             "[unknown-name]\n" +
                 shown_line(1, R"({"id":"DISK_FULL"})"));
   EXPECT_EQ(result.status, 1);
+}
+
+TEST_F(RenderErrors, SymbolicNameWithACompiledFileThatKnowsIt_IsTaken) {
+  write("entries.jsonl", R"({"id":"DISK_FULL"})");
+  const CommandResult by_name =
+      run("$QZLOG compile storage.yaml -o storage.ldf; $QZLOG render --definitions storage.ldf entries.jsonl");
+  write("entries.jsonl", R"({"id":1001})");
+  const CommandResult by_id = run("$QZLOG render --definitions storage.ldf entries.jsonl");
+  EXPECT_EQ(by_name.err, "");
+  EXPECT_EQ(by_name.out, by_id.out);
+  EXPECT_EQ(by_name.status, 0);
+}
+
+TEST_F(RenderErrors, CompiledFileWithDamagedNames_IsWarnedOf) {
+  write("entries.jsonl", R"({"id":1001})");
+  const CommandResult result =
+      run("$QZLOG compile storage.yaml -o storage.ldf; truncate -s -1 storage.ldf; "
+          "$QZLOG render --definitions storage.ldf entries.jsonl");
+  EXPECT_NE(result.err.find("the names section is damaged (its end is missing or damaged) and is ignored "
+                            "[bad-names-section]\n"),
+            std::string::npos)
+      << result.err;
+  EXPECT_NE(result.out, "");
+  EXPECT_EQ(result.status, 0);
 }
 
 constexpr const char* kBrokenSource = R"(version: "1.0"
@@ -187,7 +211,7 @@ TEST_F(RenderErrors, NameWithControlCharacters_IsShownWithEscapes) {
 TEST_F(RenderErrors, RecordCutOff_IsReportedAndTheOthersAreRendered) {
   write("entries.jsonl", "{\"id\":1006}\n{\"id\":1007}\n{\"id\":1006}\n");
   const CommandResult result =
-      run("$QZLOG compile storage.yaml -o - | head -c -4 >storage.ldf; "
+      run("$QZLOG compile storage.yaml --strip -o - | head -c -4 >storage.ldf; "
           "$QZLOG render --definitions storage.ldf entries.jsonl");
   EXPECT_EQ(result.out, "first\\nsecond\\rthird\nfirst\\nsecond\\rthird\n");
   EXPECT_EQ(result.err,

@@ -1,11 +1,13 @@
 #include "tools/compiler/file/ldf_reader.h"
 
+#include <algorithm>
 #include <string>
 #include <unordered_map>
 #include <utility>
 #include <vector>
 
 #include "definitions/definition_format.h"
+#include "tools/compiler/file/ldf_names.h"
 
 namespace qzlog_compiler {
 namespace {
@@ -36,7 +38,8 @@ class LdfParser {
     const LdfHeader header = take_header();
     take_globals(header);
     for (const LdfPair& pair : take_entry_map(header)) take_entry(pair);
-    return {std::move(model_), std::move(damage_)};
+    std::optional<LdfDamage> names_damage = take_names();
+    return {std::move(model_), std::move(damage_), std::move(names_damage)};
   }
 
  private:
@@ -58,6 +61,7 @@ class LdfParser {
     read_ldf_globals(cursor, header.global_count,
                      [this](const LdfAttributeRecord& global) { model_.globals.push_back(to_definition(global)); });
     damage_ = cursor.damage();
+    note_end(cursor);
   }
 
   std::vector<LdfPair> take_entry_map(const LdfHeader& header) {
@@ -75,6 +79,7 @@ class LdfParser {
         pairs[place->second].record_offset = pair.record_offset;
       }
     }
+    note_end(cursor);
     return pairs;
   }
 
@@ -90,12 +95,24 @@ class LdfParser {
       damage_ = {record.offset, "entry records overlap"};
     }
     if (!damage_) model_.entries.push_back(to_definition(record));
+    note_end(cursor);
+  }
+
+  void note_end(const LdfCursor& cursor) { records_end_ = std::max(records_end_, cursor.offset()); }
+
+  /// Where a damage ends the records, nobody knows what the bytes behind it are.
+  std::optional<LdfDamage> take_names() {
+    const std::optional<LdfNames> names = read_ldf_names(bytes_, damage_ ? bytes_.size() : records_end_);
+    if (!names) return std::nullopt;
+    apply_names(*names, model_);
+    return names->damage;
   }
 
   std::string_view bytes_;
   DefinitionModel model_;
   std::optional<LdfDamage> damage_;
   std::size_t record_bytes_ = 0;
+  std::size_t records_end_ = qzlog::ldf::kHeaderSize;
 };
 
 }  // namespace

@@ -12,6 +12,8 @@ namespace qzlog_compiler {
 struct LdfFile {
   DefinitionModel model;  ///< everything before the damage, texts as `raw`
   std::optional<LdfDamage> damage;
+  /// Of the names section alone, without which everything else is right: `model` then has no names.
+  std::optional<LdfDamage> names_damage = {};
 };
 
 /// True when the bytes begin like a compiled definition file.

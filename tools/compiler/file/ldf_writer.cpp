@@ -2,9 +2,14 @@
 
 #include <algorithm>
 #include <limits>
+#include <map>
 #include <stdexcept>
+#include <string_view>
+#include <tuple>
 
 #include "definitions/definition_format.h"
+#include "definitions/names_format.h"
+#include "foundation/crc32.h"
 
 namespace qzlog_compiler {
 namespace {
@@ -85,6 +90,64 @@ std::vector<const EntryDefinition*> sorted_entries(const DefinitionModel& model)
   return entries;
 }
 
+void append_part(std::string& section, std::uint32_t type, std::uint32_t count, const std::string& items) {
+  if (count == 0) return;
+  append_int4(section, type);
+  append_int4(section, checked_size(items.size() + 4));
+  append_int4(section, count);
+  section += items;
+}
+
+void append_events(const DefinitionModel& model, std::string& section) {
+  std::string items;
+  std::uint32_t count = 0;
+  for (const EntryDefinition* const entry : sorted_entries(model)) {
+    if (entry->name.empty()) continue;
+    ++count;
+    append_int4(items, entry->id);
+    append_string(items, entry->name);
+    append_string(items, entry->summary);
+  }
+  append_part(section, qzlog::ldf::kEventsPart, count, items);
+}
+
+/// By owner, ID and name.
+using Marks = std::map<std::tuple<std::uint32_t, std::uint32_t, std::string_view>, qzlog::Sensitivity>;
+
+void collect_marks(std::uint32_t owner, std::uint32_t entry_id, const std::vector<AttributeDefinition>& attributes,
+                   Marks& marks) {
+  for (const AttributeDefinition& attribute : attributes) {
+    if (attribute.sensitivity == qzlog::Sensitivity::kKeep) continue;
+    marks.insert_or_assign({owner, entry_id, attribute.name}, attribute.sensitivity);
+  }
+}
+
+void append_marks(const DefinitionModel& model, std::string& section) {
+  Marks marks;
+  collect_marks(qzlog::ldf::kGlobalMark, 0, model.globals, marks);
+  for (const EntryDefinition& entry : model.entries) {
+    collect_marks(qzlog::ldf::kEntryMark, entry.id, entry.attributes, marks);
+  }
+  std::string items;
+  for (const auto& [key, sensitivity] : marks) {
+    append_int4(items, std::get<0>(key));
+    append_int4(items, std::get<1>(key));
+    append_string(items, std::string(std::get<2>(key)));
+    append_int4(items, static_cast<std::uint32_t>(sensitivity));
+  }
+  append_part(section, qzlog::ldf::kMarksPart, static_cast<std::uint32_t>(marks.size()), items);
+}
+
+void append_trailer(std::size_t section_offset, const std::string& section, std::string& file) {
+  const std::size_t begin = file.size();
+  append_int4(file, qzlog::ldf::kNamesMagic);
+  append_int4(file, qzlog::ldf::kNamesVersion);
+  append_int4(file, checked_size(section_offset));
+  append_int4(file, checked_size(section.size()));
+  append_int4(file, qzlog::crc32(section));
+  append_int4(file, qzlog::crc32(std::string_view(file).substr(begin)));
+}
+
 }  // namespace
 
 std::string write_ldf(const DefinitionModel& model) {
@@ -101,6 +164,21 @@ std::string write_ldf(const DefinitionModel& model) {
   }
   checked_size(out.size());
   return out;
+}
+
+void append_names(const DefinitionModel& model, std::string& file) {
+  std::string section;
+  append_int4(section, qzlog::ldf::kNamesMagic);
+  append_events(model, section);
+  append_marks(model, section);
+  if (section.size() == qzlog::ldf::kNamesMagicSize) return;
+  if (section.size() > qzlog::ldf::kLargestNames) {
+    throw std::length_error("a names section holds at most 64 MiB; leave it out with --strip");
+  }
+  const std::size_t offset = file.size();
+  file += section;
+  append_trailer(offset, section, file);
+  checked_size(file.size());
 }
 
 }  // namespace qzlog_compiler

@@ -13,6 +13,10 @@ namespace qzlog_compiler {
 /// selector messages, a version over 8 bytes, a file over 4 GiB.
 std::string write_ldf(const DefinitionModel& model);
 
+/// Appends the names section and its trailer to the records of a model: the names and summaries of its entries and the
+/// marks of its attributes. Nothing where it has neither. Throws `std::length_error` for more than the format holds.
+void append_names(const DefinitionModel& model, std::string& file);
+
 }  // namespace qzlog_compiler
 
 #endif  // QZLOG_TOOLS_COMPILER_FILE_LDF_WRITER_H

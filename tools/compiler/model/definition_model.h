@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "definitions/definition_format.h"
+#include "definitions/names_format.h"
 #include "qzlog/logattrib.h"
 #include "tools/report/finding.h"
 
@@ -22,6 +23,7 @@ struct AttributeDefinition {
   qz_AttributeType type = TypeUnknown;
   std::string redirect;
   SourcePosition position;
+  qzlog::Sensitivity sensitivity = qzlog::Sensitivity::kKeep;
 };
 
 /// A message as its author wrote it and as the compiled file stores it. The position is unknown where the source leaves
@@ -51,7 +53,7 @@ struct Selector {
 
 struct EntryDefinition {
   std::uint32_t id = 0;
-  std::string name;     ///< empty where it was read from a compiled file
+  std::string name;     ///< empty where a compiled file does not know it
   std::string summary;  ///< documentation only
   std::uint32_t mask = 0;
   std::uint32_t word = 0;
@@ -72,6 +74,9 @@ struct DefinitionModel {
   std::string version;
   std::vector<AttributeDefinition> globals;
   std::vector<EntryDefinition> entries;
+  /// It knows the entries' names and summaries and the attributes' marks: those of a source, or of a compiled file with
+  /// a names section.
+  bool has_names = false;
 };
 
 const AttributeDefinition* find_attribute(const std::vector<AttributeDefinition>& attributes, std::string_view name);

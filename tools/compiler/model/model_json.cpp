@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include "tools/compiler/model/attribute_type.h"
+#include "tools/compiler/model/sensitivity.h"
 
 namespace qzlog_compiler {
 namespace {
@@ -24,6 +25,7 @@ Json attribute_json(const AttributeDefinition& attribute) {
   Json json = {{"name", attribute.name}, {"type", short_type_name(attribute.type)}};
   if (!find_attribute_type(short_type_name(attribute.type))) json["type_code"] = static_cast<unsigned>(attribute.type);
   json["redirect"] = attribute.redirect;
+  json["sensitive"] = sensitivity_name(attribute.sensitivity);
   add_line(json, attribute.position);
   return json;
 }

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "tools/compiler/model/attribute_type.h"
+#include "tools/compiler/model/sensitivity.h"
 #include "tools/compiler/source/mapping_fields.h"
 #include "tools/compiler/source/scalar_values.h"
 #include "tools/compiler/text/nearest_word.h"
@@ -13,7 +14,7 @@
 namespace qzlog_compiler {
 namespace {
 
-constexpr std::array<KnownKey, 3> kAttributeFields = {{{"name", true}, {"type", true}, {"redirect"}}};
+constexpr std::array<KnownKey, 4> kAttributeFields = {{{"name", true}, {"type", true}, {"redirect"}, {"sensitive"}}};
 
 struct ListKindTraits {
   std::string_view what;
@@ -65,6 +66,7 @@ class AttributeListLoader {
     if (name_node != nullptr) name = read_attribute_name(*name_node, diagnostics_);
     const qz_AttributeType type = load_type(fields.find("type"), name_node);
     std::string redirect = load_redirect(fields.find("redirect"));
+    const qzlog::Sensitivity sensitivity = load_sensitivity(fields.find("sensitive"), type);
     if (!name) {
       names_.set_incomplete();
       return;
@@ -77,7 +79,7 @@ class AttributeListLoader {
           .with_note(first, "the first is here");
       return;
     }
-    attributes_.push_back({std::move(*name), type, std::move(redirect), name_node->position()});
+    attributes_.push_back({std::move(*name), type, std::move(redirect), name_node->position(), sensitivity});
   }
 
   qz_AttributeType load_type(const YamlNode* node, const YamlNode* name_node) {
@@ -95,6 +97,23 @@ class AttributeListLoader {
   std::string load_redirect(const YamlNode* node) {
     if (node == nullptr) return "";
     return read_text(*node, "the attribute's redirection name", diagnostics_).value_or("");
+  }
+
+  qzlog::Sensitivity load_sensitivity(const YamlNode* node, qz_AttributeType type) {
+    const std::optional<std::string> name =
+        node == nullptr ? std::nullopt : read_text(*node, "the attribute's sensitivity", diagnostics_);
+    if (!name) return qzlog::Sensitivity::kKeep;
+    const std::optional<qzlog::Sensitivity> sensitivity = find_sensitivity(*name);
+    if (!sensitivity) {
+      diagnostics_.error(node->position(), Rule::kBadSensitivity, "unknown sensitivity " + quoted(*name))
+          .with_hint(did_you_mean(*name, all_sensitivity_names(), "it is one of keep, hash and drop"));
+    } else if (sensitivity == qzlog::Sensitivity::kHash && type != TypeUnknown && !can_be_hashed(type)) {
+      diagnostics_
+          .error(node->position(), Rule::kHashedType,
+                 std::string(short_type_name(type)) + " cannot be hashed: a hash takes the place of a text")
+          .with_hint("leave the value out with drop");
+    }
+    return sensitivity.value_or(qzlog::Sensitivity::kKeep);
   }
 
   ListKindTraits traits_;

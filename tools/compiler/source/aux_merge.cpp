@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "tools/compiler/model/attribute_type.h"
+#include "tools/compiler/model/sensitivity.h"
 #include "tools/compiler/text/hexadecimal.h"
 #include "tools/compiler/text/utf8_text.h"
 #include "tools/report/source_rules.h"
@@ -26,6 +27,18 @@ class MergeReport {
     return with_place(diagnostics_.warning(position, rule, std::move(text)), in_standard);
   }
 
+  /// What changes with an attribute that stands in both.
+  void redefinition(const AttributeDefinition& aux, const AttributeDefinition& standard, std::string_view what) {
+    type_change(aux, standard, what);
+    if (aux.sensitivity >= standard.sensitivity) return;
+    warning(aux.position, Rule::kAuxSensitivityLowered,
+            std::string(what) + " " + quoted(aux.name) + " becomes less sensitive: the standard definitions say " +
+                std::string(sensitivity_name(standard.sensitivity)) + ", this one " +
+                std::string(sensitivity_name(aux.sensitivity)),
+            standard.position);
+  }
+
+ private:
   void type_change(const AttributeDefinition& aux, const AttributeDefinition& standard, std::string_view what) {
     if (aux.type == standard.type || aux.type == TypeUnknown) return;
     warning(aux.position, Rule::kAuxTypeChanged,
@@ -34,7 +47,6 @@ class MergeReport {
             standard.position);
   }
 
- private:
   Finding& with_place(Finding& diagnostic, SourcePosition in_standard) {
     if (in_standard.known()) diagnostic.notes.push_back({standard_file_, in_standard, "the standard one is here"});
     return diagnostic;
@@ -104,7 +116,7 @@ class EntryMerge {
                    found->second->position)
             .with_hint("leave it out here; messages can refer to it all the same");
       } else {
-        report_.type_change(attribute, *found->second, "the selector attribute");
+        report_.redefinition(attribute, *found->second, "the selector attribute");
       }
     }
     report_count(count, Rule::kTooManyAttributes, "attributes");
@@ -171,7 +183,7 @@ void check_globals(const DefinitionModel& aux, const ModelIndex& standard, Merge
   for (const AttributeDefinition& global : aux.globals) {
     const AttributeDefinition* const replaced = standard.find_global(global.name);
     if (replaced != nullptr) {
-      report.type_change(global, *replaced, "the global attribute");
+      report.redefinition(global, *replaced, "the global attribute");
     } else if (++count == kMaximumCount + 1) {
       report.error(global.position, Rule::kTooManyGlobals,
                    "together with the standard definitions there are more than " + std::to_string(kMaximumCount) +

@@ -63,6 +63,7 @@ CompileResult compile_source(std::string_view text, const std::string& file_name
   result.model = analyse(text, options, accepted, diagnostics);
   const bool complete = !diagnostics.has_errors();
   if (complete) result.bytes = write_ldf(result.model);
+  if (complete && options.names) append_names(result.model, result.bytes);
   if (complete && options.surprises) add_model_warnings(result.model, file_name, options, diagnostics);
   accepted.remove_accepted(diagnostics);
   if (complete && options.surprises) accepted.report_unused(options.path, diagnostics);
@@ -71,7 +72,7 @@ CompileResult compile_source(std::string_view text, const std::string& file_name
 }
 
 CompileResult compile_merged(DefinitionModel standard, const std::string& standard_file, std::string_view text,
-                             const std::string& file_name, RenderingPaths path) {
+                             const std::string& file_name, RenderingPaths path, bool names) {
   CompileResult aux =
       compile_source(text, file_name, {.path = path, .standard = &standard, .standard_file = standard_file});
   // What the library forgets when it reads an entry of two files again cannot be forgotten of one file.
@@ -81,7 +82,21 @@ CompileResult compile_merged(DefinitionModel standard, const std::string& standa
   if (!merged.ok()) return merged;
   merged.model = merge_models(std::move(standard), aux.model);
   merged.bytes = write_ldf(merged.model);
+  if (names) append_names(merged.model, merged.bytes);
   return merged;
+}
+
+Finding names_warning(const LdfDamage& damage, const std::string& file_name) {
+  const std::string detail = damage.detail.empty() ? "" : " (" + damage.detail + ")";
+  Finding warning{
+      file_name, {}, Severity::kWarning, Rule::kBadNamesSection, damage.reason + detail + " and is ignored"};
+  warning.offset = damage.offset;
+  return warning;
+}
+
+std::vector<Finding> warnings_of(const LdfFile& file, const std::string& file_name) {
+  if (!file.names_damage) return {};
+  return {names_warning(*file.names_damage, file_name)};
 }
 
 std::vector<Finding> errors_of(const LdfFile& file, const std::string& file_name) {

@@ -20,6 +20,7 @@ struct CompileOptions {
   /// Also warn about what is legal but would surprise readers, and about accepted warnings that do not occur: for those
   /// who write definitions, not for those who use them.
   bool surprises = true;
+  bool names = true;  ///< with a names section in the compiled file
 };
 
 struct CompileResult {
@@ -38,7 +39,12 @@ CompileResult compile_source(std::string_view text, const std::string& file_name
 /// library holds after loading the two. `standard_file` is what diagnostics call the standard source. The diagnostics
 /// are those of the auxiliary source. Throws as `compile_source` does.
 CompileResult compile_merged(DefinitionModel standard, const std::string& standard_file, std::string_view text,
-                             const std::string& file_name, RenderingPaths path);
+                             const std::string& file_name, RenderingPaths path, bool names = true);
+
+/// The warning that the names of a compiled file are damaged.
+Finding names_warning(const LdfDamage& damage, const std::string& file_name);
+/// The same for a file that was read, if its names are.
+std::vector<Finding> warnings_of(const LdfFile& file, const std::string& file_name);
 
 /// What forbids to build on the definitions of a compiled file: damage, or more of something than the library counts.
 /// At most one error.

@@ -26,6 +26,7 @@ class SourceLoader {
         entry_loader_({source, path, standard, &globals_, &diagnostics, &accepted}) {}
 
   DefinitionModel load(const YamlNode& root) {
+    model_.has_names = true;
     const MappingFields fields(root, kSourceFields, "a definition source", diagnostics_);
     if (const YamlNode* const version = fields.find("version")) {
       model_.version = read_version(*version, diagnostics_).value_or("");

@@ -28,6 +28,7 @@ TEST(ModelJson, CompiledSource_HasEveryDefaultFilledInAndItsLines) {
       "name": "HOST",
       "type": "MBChar64",
       "redirect": "",
+      "sensitive": "keep",
       "line": 2
     }
   ],
@@ -59,7 +60,7 @@ TEST(ModelJson, ModelWithoutASource_HasNoLines) {
   EXPECT_EQ(json["entries"][1], parsed(R"({
     "id": 7, "name": "", "summary": "", "mask": 5, "word": 9, "message_id": "m",
     "message": {"text": "", "raw": false, "template": "%d%R%"},
-    "attributes": [{"name": "R", "type": "UInt2", "redirect": "r"}],
+    "attributes": [{"name": "R", "type": "UInt2", "redirect": "r", "sensitive": "keep"}],
     "selector": {"attribute": "R", "messages": [
       {"index": 1, "value": 16, "message_id": "s", "message": {"text": "", "raw": false, "template": "é"}}]}})"));
 }
@@ -76,7 +77,7 @@ TEST(ModelJson, TypeCodeWithoutAName_IsShownAsItsNumber) {
   DefinitionModel model;
   model.globals = {{"G", static_cast<qz_AttributeType>(200), "", {}}};
   EXPECT_EQ(to_json(model)["globals"],
-            parsed(R"([{"name": "G", "type": "Unknown", "type_code": 200, "redirect": ""}])"));
+            parsed(R"([{"name": "G", "type": "Unknown", "type_code": 200, "redirect": "", "sensitive": "keep"}])"));
 }
 
 TEST(ModelJson, BytesThatAreNotUtf8_AreReplaced) {

@@ -8,6 +8,7 @@
 #include "tests/tools/compiler/example_model.h"
 #include "tests/tools/compiler/source_fixture.h"
 #include "tools/compiler/file/ldf_reader.h"
+#include "tools/compiler/file/ldf_writer.h"
 
 namespace qzlog_compiler {
 namespace {
@@ -28,7 +29,7 @@ entries:
 )";
 
 TEST(CompileSource, ExampleSource_GivesTheBytesOfTheFormat) {
-  const CompileResult result = compile_source(kExample, "f", {});
+  const CompileResult result = compile_source(kExample, "f", {.names = false});
   EXPECT_EQ(
       printed(result.diagnostics),
       "f:5:65: warning: an empty catalog key: the message fails wherever a catalog is in use [empty-message-id]\n");
@@ -40,9 +41,17 @@ TEST(CompileSource, ByteOrderMarkAndLineEndsOfWindows_ChangeNothing) {
   std::string text = "\xEF\xBB\xBF";
   for (const char character : std::string(kExample))
     text += character == '\n' ? std::string("\r\n") : std::string(1, character);
-  const CompileResult result = compile_source(text, "f", {});
+  const CompileResult result = compile_source(text, "f", {.names = false});
   EXPECT_EQ(result.bytes, example_bytes());
   EXPECT_EQ(result.diagnostics.at(0).place, TextPlace(5, 65));
+}
+
+TEST(CompileSource, Names_StandBehindTheRecords) {
+  const CompileResult result = compile_source(kExample, "f", {});
+  std::string expected = example_bytes();
+  append_names(result.model, expected);
+  EXPECT_EQ(result.bytes, expected);
+  EXPECT_NE(expected, example_bytes());
 }
 
 TEST(CompileSource, AnyError_LeavesNoBytes) {
