@@ -19,7 +19,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
   }
   if (!result.ok()) return 0;
   const qzlog_compiler::LdfFile again = qzlog_compiler::read_ldf(result.bytes);
-  if (!errors_of(again, "input.ldf").empty() || again.names_damage || again.model.entries.size() != result.model.entries.size())
+  if (!errors_of(again, "input.ldf").empty() || again.names_damage ||
+      again.model.entries.size() != result.model.entries.size())
     __builtin_trap();
   find_model_warnings(again.model, nullptr, qzlog_compiler::RenderingPaths::kBoth);
   return 0;

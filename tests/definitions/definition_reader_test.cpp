@@ -74,7 +74,8 @@ TEST_F(DefinitionReader, SeekBeforeTheBeginning_UnreadableAndRecorded) {
 
 TEST_F(DefinitionReader, GlobalAttributes_AddedToThoseOfTheProcess) {
   _qz_LOG_log_definition::add_global_attr_info("first", TypeBool);
-  const DefinitionStream file = file_of(LdfFile{.globals = {{"second", TypeDate, "column"}, {"third", TypeGUID}}}.bytes());
+  const DefinitionStream file =
+      file_of(LdfFile{.globals = {{"second", TypeDate, "column"}, {"third", TypeGUID}}}.bytes());
   qzlog::read_global_attributes(file, qzlog::read_definition_header(file.get()));
   EXPECT_EQ(global_attributes(), Texts({"first:1", "second:21", "third:24"}));
 }
@@ -140,9 +141,8 @@ TEST_F(DefinitionReader, EveryPrefixOfARecord_Unreadable) {
   for (std::size_t length = offset; length < image.bytes.size(); ++length) {
     const DefinitionStream file = file_of(truncated(image.bytes, length));
     _qz_LOG_log_definition definition;
-    EXPECT_EQ(
-        thrown_by([&] { qzlog::read_definition(file, static_cast<unsigned>(offset), 7, false, definition); }),
-        thrown<QZX_logging_invalid_definition>(kUnreadable))
+    EXPECT_EQ(thrown_by([&] { qzlog::read_definition(file, static_cast<unsigned>(offset), 7, false, definition); }),
+              thrown<QZX_logging_invalid_definition>(kUnreadable))
         << length;
   }
 }

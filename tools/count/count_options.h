@@ -21,8 +21,8 @@ CLI::Option* add_day_option(CLI::App& command, const std::string& name, std::str
 /// Throws CommandError (cannot run) when both are given and `from` is the later one.
 void refuse_reversed_days(const std::string& from, const std::string& to);
 
-/// What definitions say, for the names of their entries. Throws CommandError: cannot run when they cannot be read or are
-/// a compiled file without names, findings when they have errors, which are printed.
+/// What definitions say, for the names of their entries. Throws CommandError: cannot run when they cannot be read or
+/// are a compiled file without names, findings when they have errors, which are printed.
 Definitions read_named_entries(const std::string& path);
 
 /// The key that `text` gives: a number (entry IDs above 2147483647 become negative), or an entry's name in the
