@@ -24,6 +24,8 @@ class EventNames::Parser {
   }
 
  private:
+  static constexpr std::string_view kEmpty = "";  // with a zero byte behind it
+
   std::string_view take_bytes(std::size_t size) {
     good_ = good_ && size <= left_.size();
     if (!good_) return {};
@@ -38,10 +40,10 @@ class EventNames::Parser {
   /// Views the bytes before the one zero byte, the last.
   std::string_view take_text() {
     const std::uint32_t size = take_int4();
-    if (size == 0) return {"", 0};
+    if (size == 0) return kEmpty;
     const std::string_view stored = take_bytes(size);
     good_ = good_ && stored.find('\0') + 1 == size;
-    return good_ ? stored.substr(0, size - 1) : std::string_view("", 0);
+    return good_ ? stored.substr(0, size - 1) : kEmpty;
   }
   /// A count that the bytes that are left may hold.
   std::uint32_t take_count(std::size_t smallest_size) {

@@ -98,10 +98,6 @@ const EventNames& names_of(const FileNames* file) { return file != nullptr ? fil
 
 bool is_unreadable(const EventNames& names) { return &names == &EventNames::unreadable(); }
 
-/// What is known of the marks of the global attributes. Reset where these are changed.
-enum class GlobalMarks : unsigned char { kUnknown, kUnmarked, kMarked };
-std::atomic<GlobalMarks> global_marks{GlobalMarks::kUnknown};
-
 }  // namespace
 
 _qz_LOG_attribute_entry::_qz_LOG_attribute_entry(const char* name, const char* redirection_name, unsigned char type,
@@ -232,7 +228,7 @@ void _qz_LOG_log_definition::clear_attr_info() {
 }
 
 void _qz_LOG_log_definition::add_global_attr_info(const char* name, unsigned char type, FileNames* names) {
-  global_marks.store(GlobalMarks::kUnknown, std::memory_order_relaxed);
+  global_marks_.store(GlobalMarks::kUnknown, std::memory_order_relaxed);
   const auto replaced = take_global_attribute(find_global_attribute(AttributeName(name)));
   reserve_in_index(p_global_attr_entries, n_global_attr_entries, *global_attribute_index);
   append_to_list(
@@ -259,7 +255,7 @@ void _qz_LOG_log_definition::get_global_attr_info_by_index(unsigned char i, cons
 void _qz_LOG_log_definition::clear_global_attr_info() {
   destroy_list(p_global_attr_entries, n_global_attr_entries);
   global_attribute_index->clear();
-  global_marks.store(GlobalMarks::kUnknown, std::memory_order_relaxed);
+  global_marks_.store(GlobalMarks::kUnknown, std::memory_order_relaxed);
 }
 
 void _qz_LOG_log_definition::set_file_names(FileNames* standard, FileNames* auxiliary) {
@@ -269,9 +265,10 @@ void _qz_LOG_log_definition::set_file_names(FileNames* standard, FileNames* auxi
 }
 
 /// Several threads may be here at once, and find the same.
-void _qz_LOG_log_definition::read_names() const {
+bool _qz_LOG_log_definition::read_names() const {
   const EventNames& standard = names_of(standard_names_.get());
   const EventNames& auxiliary = names_of(auxiliary_names_.get());
+  if (is_unreadable(standard) || is_unreadable(auxiliary)) return false;
   for (unsigned i = 0; i < attribute_count_; ++i) {
     const _qz_LOG_attribute_entry& attribute = *attributes_[i];
     attribute.set_sensitivity(names_of(attribute.get_file_names()).sensitivity(entry_id_, attribute.get_name()));
@@ -279,30 +276,25 @@ void _qz_LOG_log_definition::read_names() const {
   const char* const name = standard.find_name(entry_id_);
   event_name_.store(name != nullptr ? name : auxiliary.find_name(entry_id_), std::memory_order_relaxed);
   may_have_marks_.store(standard.has_marks() || auxiliary.has_marks(), std::memory_order_relaxed);
-  if (is_unreadable(standard) || is_unreadable(auxiliary)) return;  // asked again
   names_resolved_.store(true, std::memory_order_release);
+  return true;
 }
 
-bool _qz_LOG_log_definition::any_global_marked() {
-  const GlobalMarks known = global_marks.load(std::memory_order_acquire);
-  if (known != GlobalMarks::kUnknown) return known == GlobalMarks::kMarked;
-  bool any_marked = false;
-  bool any_unreadable = false;
+_qz_LOG_log_definition::GlobalMarks _qz_LOG_log_definition::read_global_marks() {
+  GlobalMarks found = GlobalMarks::kUnmarked;
   for (unsigned i = 0; i < n_global_attr_entries; ++i) {
     const _qz_LOG_attribute_entry& attribute = *p_global_attr_entries[i];
     const EventNames& names = names_of(attribute.get_file_names());
+    if (is_unreadable(names)) return GlobalMarks::kUnknown;
     attribute.set_sensitivity(names.global_sensitivity(attribute.get_name()));
-    any_marked = any_marked || attribute.get_sensitivity() != Sensitivity::kKeep;
-    any_unreadable = any_unreadable || is_unreadable(names);
+    if (attribute.get_sensitivity() != Sensitivity::kKeep) found = GlobalMarks::kMarked;
   }
-  if (!any_unreadable) {
-    global_marks.store(any_marked ? GlobalMarks::kMarked : GlobalMarks::kUnmarked, std::memory_order_release);
-  }
-  return any_marked;
+  global_marks_.store(found, std::memory_order_release);
+  return found;
 }
 
 Sensitivity _qz_LOG_log_definition::find_mark(const KnownName* name) const {
-  any_global_marked();  // so that theirs are known
+  if (!resolve_names() || resolve_global_marks() == GlobalMarks::kUnknown) return Sensitivity::kDrop;
   for (const auto& [list, count] :
        {std::pair(attributes_, attribute_count_), std::pair(p_global_attr_entries, n_global_attr_entries)}) {
     for (unsigned i = 0; i < count; ++i) {

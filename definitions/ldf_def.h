@@ -31,7 +31,7 @@ class _qz_LOG_attribute_entry : public qz_UTIL_no_inadvertant_copies {
   unsigned get_name_hash() const { return name_->hash(); }
   /// The names of the file that it came from, null for none.
   const qzlog::FileNames* get_file_names() const { return file_names_.get(); }
-  /// What was set; each thread that sets it finds the same.
+  /// What was set. Each thread that sets it sets the same.
   qzlog::Sensitivity get_sensitivity() const { return sensitivity_.load(std::memory_order_relaxed); }
   void set_sensitivity(qzlog::Sensitivity sensitivity) const {
     sensitivity_.store(sensitivity, std::memory_order_relaxed);
@@ -167,14 +167,11 @@ class _qz_LOG_log_definition : public qz_UTIL_no_inadvertant_copies {
   // that cannot be read is asked again by the next. Any thread.
 
   /// The event's name, null where no file knows it. Lives as long as the definition.
-  const char* get_event_name() const {
-    resolve_names();
-    return event_name_.load(std::memory_order_relaxed);
-  }
+  const char* get_event_name() const { return resolve_names() ? event_name_.load(std::memory_order_relaxed) : nullptr; }
   /// Whether some attribute of an entry with this definition may be marked; most files mark none.
   bool may_have_marks() const {
-    resolve_names();
-    return may_have_marks_.load(std::memory_order_relaxed) || any_global_marked();
+    return !resolve_names() || may_have_marks_.load(std::memory_order_relaxed) ||
+           resolve_global_marks() != GlobalMarks::kUnmarked;
   }
   /// What becomes of the value of an attribute. One that the definition does not know, which an entry keeps from
   /// another ID, is treated as the strictest mark for an attribute of its name asks for.
@@ -197,12 +194,18 @@ class _qz_LOG_log_definition : public qz_UTIL_no_inadvertant_copies {
   void set_version_tag(const char (&tag)[16]);
   /// The files that may know its name, either of which may be null.
   void set_file_names(qzlog::FileNames* standard, qzlog::FileNames* auxiliary);
-  void resolve_names() const {
-    if (!names_resolved_.load(std::memory_order_acquire)) read_names();
-  }
-  void read_names() const;
+  /// False while the files cannot be read.
+  bool resolve_names() const { return names_resolved_.load(std::memory_order_acquire) || read_names(); }
+  bool read_names() const;
   qzlog::Sensitivity find_mark(const qzlog::KnownName* name) const;
-  static bool any_global_marked();
+
+  enum class GlobalMarks : unsigned char { kUnknown, kUnmarked, kMarked };
+  /// kUnknown while a file cannot be read.
+  static GlobalMarks resolve_global_marks() {
+    const GlobalMarks known = global_marks_.load(std::memory_order_acquire);
+    return known != GlobalMarks::kUnknown ? known : read_global_marks();
+  }
+  static GlobalMarks read_global_marks();
   void set_caching_table(const _qz_LOG_log_definition_tbl* table) {
     caching_table_.store(table, std::memory_order_release);
   }
@@ -233,6 +236,8 @@ class _qz_LOG_log_definition : public qz_UTIL_no_inadvertant_copies {
   qzlog::FileNamesRef standard_names_;
   qzlog::FileNamesRef auxiliary_names_;
   std::atomic<unsigned> references_{1};
+  // Whether any global attribute is marked. Forgotten where they are changed.
+  static inline std::atomic<GlobalMarks> global_marks_{GlobalMarks::kUnknown};
 
  public:
   static _qz_LOG_attribute_entry** p_global_attr_entries;

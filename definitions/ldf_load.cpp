@@ -82,9 +82,10 @@ bool _qz_LOG_log_definition_tbl::find_event_id(std::string_view name, unsigned i
 
 void _qz_LOG_log_definition_tbl::clear() {
   digest_.forget();
+  // Before the files are closed, which look after the names for whoever still needs them.
+  for (unsigned i = 0; i < n_entry_definitions_cached; ++i) drop_from_cache(cache_[i]);
   std_file_.reset();
   aux_file_.reset();
-  for (unsigned i = 0; i < n_entry_definitions_cached; ++i) drop_from_cache(cache_[i]);
   std::fill(std::begin(cache_), std::end(cache_), nullptr);
   next_evict_ = 0;
   n_entry_definitions_cached = 0;
