@@ -93,7 +93,7 @@ TEST(WriteAnnotation, DamagedFiles_AreCoveredOnce) {
   qz_test::SeededRandom random;
   RandomStoredModel maker(random);
   for (int round = 0; round < qz_test::rounds(3000); ++round) {
-    const std::string bytes = damaged(write_ldf(maker.make()), random);
+    const std::string bytes = damaged(random_file(maker, random), random);
     ASSERT_EQ(shown_bytes(annotation_of(bytes)), bytes);
   }
 }

@@ -6,6 +6,8 @@
 #include <string_view>
 
 #include "tests/support/seeded_random.h"
+#include "tests/tools/compiler/random_stored_model.h"
+#include "tools/compiler/file/ldf_writer.h"
 #include "tools/inspect/ldf_annotation.h"
 #include "tools/inspect/ldf_json.h"
 #include "tools/inspect/ldf_survey.h"
@@ -29,6 +31,16 @@ inline std::string table_of(std::string_view bytes, std::size_t columns = 0) {
   std::ostringstream out;
   write_table(LdfSurvey(bytes), columns, out);
   return out.str();
+}
+
+/// A file of random definitions, every other one with names.
+inline std::string random_file(RandomStoredModel& maker, qz_test::SeededRandom& random) {
+  DefinitionModel model = maker.make();
+  if (random.one_in(2)) return write_ldf(model);
+  maker.name_everything(model);
+  std::string bytes = write_ldf(model);
+  append_names(model, bytes);
+  return bytes;
 }
 
 /// A copy with a few bytes changed, or four of them set to a number that leads somewhere.

@@ -114,7 +114,7 @@ TEST(WriteJson, AnyFile_IsWellFormed) {
   qz_test::SeededRandom random;
   RandomStoredModel maker(random);
   for (int round = 0; round < 1000; ++round) {
-    const std::string whole = write_ldf(maker.make());
+    const std::string whole = random_file(maker, random);
     const std::string bytes =
         random.one_in(2)
             ? damaged(whole, random)

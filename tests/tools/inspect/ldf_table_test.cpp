@@ -85,7 +85,7 @@ TEST(WriteTable, AnyDamage_IsShownWithoutHarm) {
   qz_test::SeededRandom random;
   RandomStoredModel maker(random);
   for (int round = 0; round < 2000; ++round) {
-    const std::string text = table_of(damaged(write_ldf(maker.make()), random), 80);
+    const std::string text = table_of(damaged(random_file(maker, random), random), 80);
     ASSERT_TRUE(text.starts_with("header\n")) << text;
   }
   const std::string bytes = example_bytes();

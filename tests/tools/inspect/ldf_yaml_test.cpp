@@ -94,7 +94,7 @@ TEST(WriteYamlOfAFile, AnyDamage_GivesASourceThatCompilesOrAnObstacle) {
   qz_test::SeededRandom random;
   RandomStoredModel maker(random);
   for (int round = 0; round < 2000; ++round) {
-    const std::string bytes = damaged(write_ldf(maker.make()), random);
+    const std::string bytes = damaged(random_file(maker, random), random);
     const LdfYaml yaml = yaml_of(bytes);
     ASSERT_EQ(yaml.source.empty(), !yaml.obstacles.empty());
     if (!yaml.source.empty()) {
