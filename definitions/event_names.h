@@ -30,6 +30,7 @@ class EventNames : public qz_UTIL_no_inadvertant_copies {
   const char* find_name(unsigned int entry_id) const;
   /// Null for an ID without a name; empty for an event without a summary.
   const char* find_summary(unsigned int entry_id) const;
+  bool has_names() const { return !events_.empty(); }
   /// False for a name that no event has; of several the event with the lowest ID counts.
   bool find_id(std::string_view name, unsigned int& entry_id) const;
 

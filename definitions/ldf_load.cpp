@@ -80,6 +80,13 @@ bool _qz_LOG_log_definition_tbl::find_event_id(std::string_view name, unsigned i
   return false;
 }
 
+bool _qz_LOG_log_definition_tbl::has_event_names() const {
+  for (const DefinitionStream* const file : {&std_file_, &aux_file_}) {
+    if (file->names() != nullptr && file->names()->get().has_names()) return true;
+  }
+  return false;
+}
+
 void _qz_LOG_log_definition_tbl::clear() {
   digest_.forget();
   // Before the files are closed, which look after the names for whoever still needs them.

@@ -68,6 +68,8 @@ class _qz_LOG_log_definition_tbl : public qz_UTIL_no_inadvertant_copies {
   const char* find_event_name(unsigned int entry_id) const;
   /// The ID of an event; false, with the ID as it was, for a name that no file has.
   bool find_event_id(std::string_view name, unsigned int& entry_id) const;
+  /// Whether a file has names at all.
+  bool has_event_names() const;
 
   /// Forgets both files, every definition and the index, but not the global attributes.
   void clear();

@@ -5,6 +5,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "config/loaded_names.h"
 #include "entry/text_limits.h"
 #include "lines/base64_decode.h"
 #include "lines/entry_access.h"
@@ -222,25 +223,22 @@ class TimeFields {
 
 EntryBuilder::EntryBuilder() : kept_(kKeptEntries + 1) { kept_.back() = std::make_unique<KeptEntry>(); }
 
-std::uint32_t EntryBuilder::find_id(const LineFields& source, const qz_LOG_EventNames* names) {
+std::uint32_t EntryBuilder::find_id(const LineFields& source) {
   if (source.symbolic_id.empty()) return source.id;
   const auto unknown = [&source](std::string text) {
     return LineFault{LineRule::kUnknownName, std::move(text), source.id_place};
   };
-  if (names == nullptr) {
-    throw unknown("the name " + quoted(source.symbolic_id) +
-                  " needs definitions with names: these hold only IDs");
-  }
   unsigned id = 0;
-  if (source.symbolic_id.find('\0') != std::string_view::npos || !names->FindEventId(source.symbolic_id.data(), id)) {
-    throw unknown("the definitions have no entry " + quoted(source.symbolic_id));
+  if (find_event_id(source.symbolic_id, id)) return id;
+  if (!has_event_names()) {
+    throw unknown("the name " + quoted(source.symbolic_id) + " needs definitions with names: these hold only IDs");
   }
-  return id;
+  throw unknown("the definitions have no entry " + quoted(source.symbolic_id));
 }
 
-const qz_LOG_LogEntry& EntryBuilder::build(const LineFields& source, const qz_LOG_EventNames* names) {
+const qz_LOG_LogEntry& EntryBuilder::build(const LineFields& source) {
   encoder_.update();
-  const std::uint32_t id = find_id(source, names);
+  const std::uint32_t id = find_id(source);
   KeptEntry& kept = kept_entry(id, source);
   place_ = LineFault::kWholeLine;
   try {
@@ -352,7 +350,7 @@ void EntryBuilder::add_text(const LineAttribute& source, const EntryAttribute& a
   const qz_AttributeType type = attribute.type;
   const char* const name = source.name.data();
   std::string_view text = text_of(source, type, "a text");
-  if (!encoder_.is_utf8() && !code_page_.convert(text)) {
+  if (!encoder_.is_utf8() && !encoder_.convert(text)) {
     throw LineFault{LineRule::kRefusedValue, about(name) + "cannot be converted to " + encoder_.name(), source.place};
   }
   // No UTF-8 text has more characters than bytes.

@@ -22,12 +22,12 @@ class EntryBuilder {
   EntryBuilder();
 
   /// The entry that `source` describes, valid until the next call. `names` is null where no names are known.
-  const qz_LOG_LogEntry& build(const LineFields& source, const qz_LOG_EventNames* names);
+  const qz_LOG_LogEntry& build(const LineFields& source);
   /// An entry without an ID, or whatever the last line that was not read quickly made of it.
   const qz_LOG_LogEntry& spare_entry() const { return kept_.back()->entry; }
 
  private:
-  std::uint32_t find_id(const LineFields& source, const qz_LOG_EventNames* names);
+  std::uint32_t find_id(const LineFields& source);
   KeptEntry& kept_entry(std::uint32_t id, const LineFields& source);
   void replace_values(const LineFields& source, KeptEntry& kept);
   void build_anew(std::uint32_t id, const LineFields& source, KeptEntry& kept);

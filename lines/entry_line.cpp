@@ -23,15 +23,14 @@ void qz_LOG_EntryLine::Implementation::clear() {
   source_ = {};
 }
 
-void qz_LOG_EntryLine::Implementation::read(const LineCutter::Line& line, const FileName& file,
-                                            const qz_LOG_EventNames* names) {
+void qz_LOG_EntryLine::Implementation::read(const LineCutter::Line& line, const FileName& file) {
   parser_.parse(line.text, fields_);
   if (!lost_.empty()) lost_.clear();
   if (fields_.lost) {
     read_lost_entries(fields_.lost, line.text.data(), lost_);
     entry_ = &builder_.spare_entry();
   } else {
-    entry_ = &builder_.build(fields_, names);
+    entry_ = &builder_.build(fields_);
   }
   if (file_ != file) file_ = file;
   number_ = line.number;

@@ -21,7 +21,7 @@ class QZLOG_NO_EXPORT qz_LOG_EntryLine::Implementation {
   /// The line is none yet.
   void clear();
   /// Reads a line. Throws LineFault for one that is none, and what the library throws; it is to be cleared then.
-  void read(const qzlog::LineCutter::Line& line, const FileName& file, const qz_LOG_EventNames* names);
+  void read(const qzlog::LineCutter::Line& line, const FileName& file);
 
   const qz_LOG_LogEntry& entry() const { return *entry_; }
   const qzlog::LineFields& fields() const { return fields_; }

@@ -25,23 +25,21 @@ bool is_blank(std::string_view line) {
 }  // namespace
 
 qz_LOG_LineErrorHandler::~qz_LOG_LineErrorHandler() = default;
-qz_LOG_EventNames::~qz_LOG_EventNames() = default;
 qz_LOG_ByteSource::~qz_LOG_ByteSource() = default;
 
 class QZLOG_NO_EXPORT qz_LOG_EntryReader::Implementation {
  public:
   Implementation(std::unique_ptr<qz_LOG_ByteSource> own_source, qz_LOG_ByteSource& source, const char* file,
-                 qz_LOG_LineErrorHandler* handler, const qz_LOG_EventNames* names)
+                 qz_LOG_LineErrorHandler* handler)
       : own_source_(std::move(own_source)),
         cutter_(source),
         file_(std::make_shared<const std::string>(file != nullptr ? file : "")),
-        handler_(handler),
-        names_(names) {}
+        handler_(handler) {}
 
   static Implementation* make(std::unique_ptr<qz_LOG_ByteSource> source, const char* file,
-                              qz_LOG_LineErrorHandler* handler, const qz_LOG_EventNames* names) {
+                              qz_LOG_LineErrorHandler* handler) {
     qz_LOG_ByteSource& used = *source;
-    return new Implementation(std::move(source), used, file, handler, names);
+    return new Implementation(std::move(source), used, file, handler);
   }
 
   bool next(qz_LOG_EntryLine::Implementation& line) {
@@ -63,7 +61,7 @@ class QZLOG_NO_EXPORT qz_LOG_EntryReader::Implementation {
   bool read(const LineCutter::Line& raw, qz_LOG_EntryLine::Implementation& line) {
     try {
       if (raw.too_long) throw LineFault{LineRule::kLongLine, "the line is longer than 16 MiB"};
-      line.read(raw, file_, names_);
+      line.read(raw, file_);
       return true;
     } catch (const LineFault& fault) {
       report(raw, line, fault);
@@ -97,43 +95,37 @@ class QZLOG_NO_EXPORT qz_LOG_EntryReader::Implementation {
   LineCutter cutter_;
   qz_LOG_EntryLine::Implementation::FileName file_;
   qz_LOG_LineErrorHandler* handler_;
-  const qz_LOG_EventNames* names_;
   unsigned long long error_count_ = 0;
 };
 
 qz_LOG_EntryReader::qz_LOG_EntryReader(Implementation* implementation) : implementation_(implementation) {}
 
-qz_LOG_EntryReader qz_LOG_EntryReader::FromPath(const char* path, qz_LOG_LineErrorHandler* handler,
-                                                const qz_LOG_EventNames* names) try {
+qz_LOG_EntryReader qz_LOG_EntryReader::FromPath(const char* path, qz_LOG_LineErrorHandler* handler) try {
   if (path == nullptr) throw QZX_logging_illegal_argument("invalid argument", 0);
-  return qz_LOG_EntryReader(Implementation::make(std::make_unique<DescriptorSource>(path), path, handler, names));
+  return qz_LOG_EntryReader(Implementation::make(std::make_unique<DescriptorSource>(path), path, handler));
 } catch (const std::bad_alloc&) {
   throw QZX_memory_alloc();
 }
 
 qz_LOG_EntryReader qz_LOG_EntryReader::FromDescriptor(int descriptor, const char* file_name,
-                                                      qz_LOG_LineErrorHandler* handler,
-                                                      const qz_LOG_EventNames* names) try {
+                                                      qz_LOG_LineErrorHandler* handler) try {
   const char* const name = file_name != nullptr ? file_name : "";
-  return qz_LOG_EntryReader(
-      Implementation::make(std::make_unique<DescriptorSource>(descriptor, name), name, handler, names));
+  return qz_LOG_EntryReader(Implementation::make(std::make_unique<DescriptorSource>(descriptor, name), name, handler));
 } catch (const std::bad_alloc&) {
   throw QZX_memory_alloc();
 }
 
 qz_LOG_EntryReader qz_LOG_EntryReader::FromMemory(const void* bytes, unsigned long size,
-                                                  qz_LOG_LineErrorHandler* handler,
-                                                  const qz_LOG_EventNames* names) try {
+                                                  qz_LOG_LineErrorHandler* handler) try {
   const std::string_view text(size != 0 ? static_cast<const char*>(bytes) : "", size);
-  return qz_LOG_EntryReader(Implementation::make(std::make_unique<MemorySource>(text), "", handler, names));
+  return qz_LOG_EntryReader(Implementation::make(std::make_unique<MemorySource>(text), "", handler));
 } catch (const std::bad_alloc&) {
   throw QZX_memory_alloc();
 }
 
 qz_LOG_EntryReader qz_LOG_EntryReader::FromSource(qz_LOG_ByteSource& source, const char* file_name,
-                                                  qz_LOG_LineErrorHandler* handler,
-                                                  const qz_LOG_EventNames* names) try {
-  return qz_LOG_EntryReader(new Implementation(nullptr, source, file_name, handler, names));
+                                                  qz_LOG_LineErrorHandler* handler) try {
+  return qz_LOG_EntryReader(new Implementation(nullptr, source, file_name, handler));
 } catch (const std::bad_alloc&) {
   throw QZX_memory_alloc();
 }

@@ -44,14 +44,6 @@ class QZLOG_EXPORT qz_LOG_LineErrorHandler {
   virtual void TakeLineError(const qz_LOG_LineError& error) = 0;
 };
 
-/// Finds events by their symbolic names, for lines whose "id" is a text.
-class QZLOG_EXPORT qz_LOG_EventNames {
- public:
-  virtual ~qz_LOG_EventNames();
-  /// False, with `entry_id` untouched, for a name that is not known. `name` is UTF-8, zero-terminated and not empty.
-  virtual bool FindEventId(const char* name, unsigned int& entry_id) const = 0;
-};
-
 /// Where a reader takes its bytes from. One thread at a time.
 class QZLOG_EXPORT qz_LOG_ByteSource {
  public:
@@ -142,23 +134,19 @@ class QZLOG_EXPORT qz_LOG_EntryLine {
 class QZLOG_EXPORT qz_LOG_EntryReader {
  public:
   /// From a file, a FIFO or a device, which are waited for. Throws QZX_logging_illegal_argument for a null path and
-  /// QZX_logging_file_operation_failed, with the path and the reason, when it cannot be opened. `handler` and `names`
-  /// may be null and have to outlive the reader, here and below; without memory all of these throw QZX_memory_alloc.
-  static qz_LOG_EntryReader FromPath(const char* path, qz_LOG_LineErrorHandler* handler = nullptr,
-                                     const qz_LOG_EventNames* names = nullptr);
+  /// QZX_logging_file_operation_failed, with the path and the reason, when it cannot be opened. `handler` may
+  /// be null and has to outlive the reader, here and below; without memory all of these throw QZX_memory_alloc.
+  static qz_LOG_EntryReader FromPath(const char* path, qz_LOG_LineErrorHandler* handler = nullptr);
   /// From a descriptor, at its position, which has to stay open and is not closed; one that does not block is waited
   /// for. `file_name` (null: "") is what errors call it.
   static qz_LOG_EntryReader FromDescriptor(int descriptor, const char* file_name,
-                                           qz_LOG_LineErrorHandler* handler = nullptr,
-                                           const qz_LOG_EventNames* names = nullptr);
+                                           qz_LOG_LineErrorHandler* handler = nullptr);
   /// From `size` bytes at `bytes`, which have to stay. Null is allowed with a size of 0.
   static qz_LOG_EntryReader FromMemory(const void* bytes, unsigned long size,
-                                       qz_LOG_LineErrorHandler* handler = nullptr,
-                                       const qz_LOG_EventNames* names = nullptr);
+                                       qz_LOG_LineErrorHandler* handler = nullptr);
   /// From a source of the caller's, which has to outlive the reader.
   static qz_LOG_EntryReader FromSource(qz_LOG_ByteSource& source, const char* file_name,
-                                       qz_LOG_LineErrorHandler* handler = nullptr,
-                                       const qz_LOG_EventNames* names = nullptr);
+                                       qz_LOG_LineErrorHandler* handler = nullptr);
   ~qz_LOG_EntryReader();
   /// What was moved from can only be destroyed or assigned to.
   qz_LOG_EntryReader(qz_LOG_EntryReader&& other) noexcept;

@@ -26,7 +26,7 @@ class EntryReaderMemory : public qz_test::LinesTest {
     Rules rules;
     unsigned lines = 0;
     bool thrown = false;
-    qz_LOG_EntryReader reader = qz_LOG_EntryReader::FromMemory(text.data(), text.size(), &rules, &names_);
+    qz_LOG_EntryReader reader = qz_LOG_EntryReader::FromMemory(text.data(), text.size(), &rules);
     qz_LOG_EntryLine line;
     {
       const AllocationFailure failure(nth, reach);

@@ -30,7 +30,7 @@ class EntryReaderTest : public qz_test::LinesTest {
  protected:
   qz_LOG_EntryReader reader_of(const std::string& text) {
     const std::string& kept = texts_.emplace_back(text);
-    return qz_LOG_EntryReader::FromMemory(kept.data(), kept.size(), &errors_, &names_);
+    return qz_LOG_EntryReader::FromMemory(kept.data(), kept.size(), &errors_);
   }
   /// The IDs of all entries, and -1 for losses.
   std::vector<long> ids(qz_LOG_EntryReader& reader) {

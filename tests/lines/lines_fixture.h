@@ -5,7 +5,6 @@
 
 #include <bit>
 #include <cstdint>
-#include <map>
 #include <string>
 #include <vector>
 
@@ -13,22 +12,10 @@
 #include "qzlog/logcfg.h"
 #include "qzlog/logentry.h"
 #include "tests/support/ldf_file.h"
+#include "tests/support/names_section.h"
 #include "tests/support/support.h"
 
 namespace qz_test {
-
-/// Names by which lines call events.
-class MapOfNames : public qz_LOG_EventNames {
- public:
-  std::map<std::string, unsigned> ids;
-
-  bool FindEventId(const char* name, unsigned int& entry_id) const override {
-    const auto found = ids.find(name);
-    if (found == ids.end()) return false;
-    entry_id = found->second;
-    return true;
-  }
-};
 
 /// Says everything that can be read from an entry; doubles by their bits, texts with their lengths.
 class EntryDescription : public qz_LOG_AttributeVisitor {
@@ -99,8 +86,7 @@ class LinesTest : public ::testing::Test {
                         {"D", TypeDate},         {"T", TypeTime},         {"S", TypeTimestamp},  {"G", TypeGUID}}},
         {.id = 71, .mask = 2, .message_text = "also", .attributes = {{"A", TypeSInt4}, {"B", TypeMBChar32}}},
         {.id = 8, .mask = 4, .message_text = "eight", .attributes = {{"B", TypeSInt2}}}};
-    load(file);
-    names_.ids = {{"EVERY_TYPE", 7}, {"SEVENTY_ONE", 71}};
+    load(with_names(file.bytes(), {.events = {{7, {"EVERY_TYPE", ""}}, {71, {"SEVENTY_ONE", ""}}}}));
   }
   ~LinesTest() override {
     qz_LOG_LogConfig::ClearDefinitions();
@@ -108,14 +94,15 @@ class LinesTest : public ::testing::Test {
     qz_LOG_LogConfig::SetCodePage("UTF-8");
   }
 
-  void load(const LdfFile& file) {
-    qz_LOG_LogConfig::SetDefinitionPath(folder_.write("lines.ldf", file.bytes()).c_str());
+  void load(const LdfFile& file) { load(file.bytes()); }
+  void load(const std::string& bytes) {
+    qz_LOG_LogConfig::SetDefinitionPath(folder_.write("lines.ldf", bytes).c_str());
   }
 
   /// What a line becomes: the entry's description, else "rule: text" of the error.
   std::string outcome(qz_LOG_EntryLine& line, const std::string& text) {
     ErrorNotes errors;
-    qz_LOG_EntryReader reader = qz_LOG_EntryReader::FromMemory(text.data(), text.size(), &errors, &names_);
+    qz_LOG_EntryReader reader = qz_LOG_EntryReader::FromMemory(text.data(), text.size(), &errors);
     if (reader.Next(line)) return described(line.GetEntry());
     return errors.notes.empty() ? "nothing" : errors.notes[0].substr(errors.notes[0].find(": ") + 2);
   }
@@ -123,7 +110,6 @@ class LinesTest : public ::testing::Test {
 
   TimeZone zone_{"Asia/Kathmandu"};
   TempDir folder_;
-  MapOfNames names_;
   qz_LOG_EntryLine line_;
 };
 

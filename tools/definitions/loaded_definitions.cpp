@@ -22,7 +22,6 @@ namespace qzlog_tool {
 
 namespace {
 
-using qzlog_compiler::DefinitionModel;
 using qzlog_compiler::Finding;
 
 /// Gives the library the file of a name.
@@ -58,59 +57,47 @@ void load_compiled(LoadFile load, const DefinitionFile& file) {
   }
 }
 
-void add_names(const DefinitionModel& model, LoadedDefinitions& loaded) {
-  loaded.has_names = true;
-  for (const auto& entry : model.entries) loaded.names.emplace(entry.name, entry.id);
-}
-
-/// Of a compiled file, whose records are read only where what is behind them may be a damaged section.
-void add_names(const DefinitionFile& file, LoadedDefinitions& loaded) {
+/// The library passes over a damaged names section without a word. The records are read only where what is behind them
+/// may be one.
+void warn_of_damaged_names(const DefinitionFile& file) {
   const auto names = qzlog_compiler::read_ldf_names(file.content, file.content.size());
-  if (!names || names->damage) {
-    const auto warnings = qzlog_compiler::warnings_of(qzlog_compiler::read_ldf(file.content), file.shown_path);
-    FindingPrinter(stderr_has_colour()).print(warnings, std::cerr);
-    return;
-  }
-  loaded.has_names = true;
-  for (const auto& event : names->events) loaded.names.emplace(event.name, event.id);
+  if (names && !names->damage) return;
+  const auto warnings = qzlog_compiler::warnings_of(qzlog_compiler::read_ldf(file.content), file.shown_path);
+  FindingPrinter(stderr_has_colour()).print(warnings, std::cerr);
 }
 
 /// Of the warnings it prints those about texts only: whoever uses definitions did not write them.
-Definitions load_source(LoadFile load, DefinitionFile file, ReadingOptions options, LoadedDefinitions& loaded) {
+Definitions load_source(LoadFile load, DefinitionFile file, ReadingOptions options) {
   options.surprises = false;
   Definitions definitions = read_definitions(std::move(file), options);
   print_findings(definitions, options.standard);
   if (!definitions.ok()) throw CommandError(kExitFindings, "");
   load_bytes(load, definitions.bytes, definitions.shown_path);
-  add_names(definitions.model, loaded);
   return definitions;
 }
 
 }  // namespace
 
-LoadedDefinitions load_definitions(const std::string& standard, const std::string& auxiliary,
-                                   qzlog_compiler::RenderingPaths path) {
-  LoadedDefinitions loaded;
+void load_definitions(const std::string& standard, const std::string& auxiliary, qzlog_compiler::RenderingPaths path) {
   DefinitionFile file = read_definition_file(standard);
   std::optional<DefinitionFile> auxiliary_file;
   if (!auxiliary.empty()) auxiliary_file = read_definition_file(auxiliary);
   ReadingOptions options{.path = path};
   Definitions extended;
   if (file.is_source) {
-    extended = load_source(qz_LOG_LogConfig::SetDefinitionPath, std::move(file), options, loaded);
+    extended = load_source(qz_LOG_LogConfig::SetDefinitionPath, std::move(file), options);
   } else {
     load_compiled(qz_LOG_LogConfig::SetDefinitionPath, file);
-    add_names(file, loaded);
+    warn_of_damaged_names(file);
     if (auxiliary_file && auxiliary_file->is_source) extended = read_without_errors(std::move(file), {}, kExitFindings);
   }
   options.standard = &extended;
   if (auxiliary_file && auxiliary_file->is_source) {
-    load_source(qz_LOG_LogConfig::SetAuxDefinitionPath, std::move(*auxiliary_file), options, loaded);
+    load_source(qz_LOG_LogConfig::SetAuxDefinitionPath, std::move(*auxiliary_file), options);
   } else if (auxiliary_file) {
     load_compiled(qz_LOG_LogConfig::SetAuxDefinitionPath, *auxiliary_file);
-    add_names(*auxiliary_file, loaded);
+    warn_of_damaged_names(*auxiliary_file);
   }
-  return loaded;
 }
 
 }  // namespace qzlog_tool

@@ -17,7 +17,6 @@
 #include "qzlog/qz_locale.h"
 #include "tools/count/entry_counting.h"
 #include "tools/definitions/loaded_definitions.h"
-#include "tools/definitions/source_names.h"
 #include "tools/options/line_code_page.h"
 #include "tools/options/locale_names.h"
 #include "tools/options/option_checks.h"
@@ -165,10 +164,9 @@ class LineErrors : public qz_LOG_LineErrorHandler {
 /// Renders the lines of one file.
 class FileRenderer {
  public:
-  /// `names` and `counting` are null where no names are known and nothing is counted. What the arguments refer to has
-  /// to outlive this object.
-  FileRenderer(const std::string& path, LineRenderer& renderer, const qz_LOG_EventNames* names, EntryCounting* counting)
-      : input_(path, output_), renderer_(renderer), names_(names), counting_(counting) {
+  /// `counting` is null where nothing is counted. What the arguments refer to has to outlive this object.
+  FileRenderer(const std::string& path, LineRenderer& renderer, EntryCounting* counting)
+      : input_(path, output_), renderer_(renderer), counting_(counting) {
     // A message that is out is counted, whenever the command is killed.
     if (counting_ != nullptr) output_.before_flush([this] { counting_->flush(); });
     current_ = this;
@@ -183,7 +181,7 @@ class FileRenderer {
 
   void render() {
     const MemoryErrors errors_of_lines;
-    qz_LOG_EntryReader reader = qz_LOG_EntryReader::FromSource(input_, input_.shown_path().c_str(), &errors_, names_);
+    qz_LOG_EntryReader reader = qz_LOG_EntryReader::FromSource(input_, input_.shown_path().c_str(), &errors_);
     while (reader.Next(line_)) {
       render_line();
       progress_.update(line_.GetLine());
@@ -242,7 +240,6 @@ class FileRenderer {
   BufferedOutput output_{STDOUT_FILENO, "standard output"};
   RenderInput input_;
   LineRenderer& renderer_;
-  const qz_LOG_EventNames* names_;
   EntryCounting* counting_;
   ProgressLine progress_{"lines"};
   LineErrors errors_{input_.shown_path(), output_, progress_};
@@ -260,9 +257,8 @@ int render(const RenderOptions& options) {
   qz_LOG_LogConfig::SetICUEnabled(!options.no_icu);
   qz_LOG_LogConfig::SetCodePage(code_page.name().c_str());
   set_locale(options.locale);
-  const LoadedDefinitions definitions =
-      load_definitions(options.definitions, options.auxiliary,
-                       options.no_icu ? qzlog_compiler::RenderingPaths::kNarrow : qzlog_compiler::RenderingPaths::kIcu);
+  load_definitions(options.definitions, options.auxiliary,
+                   options.no_icu ? qzlog_compiler::RenderingPaths::kNarrow : qzlog_compiler::RenderingPaths::kIcu);
   open_catalog(options.catalog);
 
   std::optional<RenderFilter> filter;
@@ -272,9 +268,7 @@ int render(const RenderOptions& options) {
   // Through ICU the library takes and gives texts in the code page; narrowly it passes bytes on as they are.
   const bool converts = options.no_icu && !code_page.is_utf8();
   LineRenderer renderer(converts ? &code_page : nullptr, filter ? &*filter : nullptr);
-  const SourceNames names(definitions.names);
-  FileRenderer file(options.entries, renderer, definitions.has_names ? &names : nullptr,
-                    counting ? &*counting : nullptr);
+  FileRenderer file(options.entries, renderer, counting ? &*counting : nullptr);
   file.render();
   if (filter) file.print_summary();
   if (counting) counting->close();
