@@ -158,6 +158,22 @@ def information_table(measured):
                 ["", "fmt, other text", "MessageFormat kept", "MessageFormat per message"], rows)
 
 
+def sink_table(measured, verdict):
+    def counter(name):
+        return measured.counter("sink/lines", name)
+    rows = []
+    for way, peer, least in (("write", "floor", 0.75), ("shared", "spdlog", 2.0), ("buffered", "spdlog", 2.2)):
+        speed = counter(f"{peer}_ns") / counter(f"{way}_ns")
+        pause = counter(f"{way}_pause_ms") - counter("floor_pause_ms")
+        rows.append([way, nanoseconds(counter(f"{way}_ns")), f"{speed:.2f} x {peer} of {least:g} x {verdict.mark(speed >= least)}",
+                     f"{pause:.2f} ms of 3 ms {verdict.mark(pause <= 3)}"])
+    rows.append(["refused by Wants", nanoseconds(measured.time("sink/refused/qzlog")),
+                 f"1 ns {verdict.mark(measured.time('sink/refused/qzlog') <= 1)}", ""])
+    print_table(f"Entries of A built and written, lines per second in multiples of spdlog's rotating sink "
+                f"({nanoseconds(counter('spdlog_ns'))})\nand of a loop of write ({nanoseconds(counter('floor_ns'))}); the longest pause beyond "
+                "that of the loop", ["", "per line", "lines per second", "longest pause"], rows)
+
+
 def refused_table(measured, verdict):
     construct = "operation/construct"
     limit = measured.time(construct) + 0.8 * measured.time("D/disabled/spdlog")
@@ -264,6 +280,7 @@ def main():
     line_table(measured, verdict)
     information_table(measured)
     refused_table(measured, verdict)
+    sink_table(measured, verdict)
     thread_table(measured, verdict)
     lookup_table(measured, verdict)
     growth_table(measured, verdict)

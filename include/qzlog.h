@@ -8,6 +8,7 @@
 #include "qzlog/entry_lines.h"
 #include "qzlog/export.h"
 #include "qzlog/file_io.h"
+#include "qzlog/file_sink.h"
 #include "qzlog/log_util.h"
 #include "qzlog/logattrib.h"
 #include "qzlog/logcfg.h"
@@ -17,6 +18,7 @@
 #include "qzlog/qz_locale.h"
 #include "qzlog/qz_string.h"
 #include "qzlog/qz_time.h"
+#include "qzlog/sink.h"
 #include "qzlog/version.h"
 
 #endif  // QZLOG_H

@@ -38,6 +38,7 @@ CHAIN = [
     ("lines", ["lines/*", "include/qzlog/entry_lines.h"]),
     ("log file names", ["util/log_util.*", "include/qzlog/log_util.h"]),
     ("entry counter", ["counter/*", "include/qzlog/logentrycounter.h"]),
+    ("sinks", ["sinks/*", "include/qzlog/sink.h", "include/qzlog/file_sink.h"]),
 ]
 
 # Layers that use less than everything above them.
@@ -49,6 +50,7 @@ ONLY = {
 # Includes that the order would forbid, each with its reason.
 ALLOWED = {
     ("entry implementation", "include/qzlog/logentry.h"): "declares qz_LOG_AttributeVisitor, which the implementation calls",
+    ("sinks", "include/qzlog/log_util.h"): "the names of the files of a series",
 }
 
 # The command: a folder includes only what stands before it. The subcommands, which stand behind all of it, use nothing of each other
@@ -99,7 +101,7 @@ SHARED = {
 UNORDERED = ["tests", "fuzz"]
 
 LAYERS = [name for name, _ in CHAIN]
-OUR_FOLDERS = ["foundation", "util", "entry", "definitions", "config", "message", "counter", "lines", "tools", "examples", "bench"]
+OUR_FOLDERS = ["foundation", "util", "entry", "definitions", "config", "message", "counter", "lines", "sinks", "tools", "examples", "bench"]
 INCLUDE = re.compile(r'^\s*#\s*include\s*[<"]([^>"]+)[>"]')
 
 

@@ -86,12 +86,12 @@ class FolderOrder(TreeTest):
         self.write(".clang-tidy", "HeaderFilterRegex: '/(foundation)/[^/]*\\.h$'\n")
         self.write("tools/.clang-tidy", "HeaderFilterRegex: '/tools/[^/]*\\.h$'\n")
         self.write("foundation/a/b.h", "")
-        self.write("sinks/a.h", "")
+        self.write("newcomer/a.h", "")
         self.assertEqual(folder_order.check_lists(self.root), [
             "foundation/ is not in SOURCE_FOLDERS of dev",
-            "sinks/ is not in OUR_FOLDERS of folder_order.py",
-            "sinks/ is not in SOURCE_FOLDERS of dev",
-            "sinks/ is not in INTERNAL_FOLDERS of check_headers.py",
+            "newcomer/ is not in OUR_FOLDERS of folder_order.py",
+            "newcomer/ is not in SOURCE_FOLDERS of dev",
+            "newcomer/ is not in INTERNAL_FOLDERS of check_headers.py",
             "foundation/a/ does not match HeaderFilterRegex in .clang-tidy"])
 
     def test_example_includes_public_headers_only(self):
