@@ -51,13 +51,18 @@ unsigned long long start_of(const std::string& writer) { return std::stoull(writ
 
 }  // namespace
 
-FileSinkCore::FileSinkCore(const qz_LOG_FileSinkSettings& settings)
-    : settings_(settings), writer_(new_writer()), way_(settings.way), envelope_(writer_), destination_(settings_) {}
+FileSinkCore::FileSinkCore(const qz_LOG_FileSinkSettings& settings, Lines lines)
+    : settings_(settings),
+      lines_(lines),
+      writer_(new_writer()),
+      way_(settings.way),
+      envelope_(writer_),
+      destination_(settings_) {}
 
 FileSinkCore::~FileSinkCore() { ForkRegistry::remove(*this); }
 
-std::shared_ptr<FileSinkCore> FileSinkCore::open(const qz_LOG_FileSinkSettings& settings, bool must_open) {
-  const auto core = std::make_shared<FileSinkCore>(settings);
+std::shared_ptr<FileSinkCore> FileSinkCore::open(const qz_LOG_FileSinkSettings& settings, Lines lines, bool must_open) {
+  const auto core = std::make_shared<FileSinkCore>(settings, lines);
   ForkRegistry::add(*core);
   core->open_files(must_open);
   core->open_buffer(core);

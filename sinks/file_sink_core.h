@@ -27,10 +27,15 @@ namespace qzlog {
 /// line. Nobody writes to a file with `putting_` held, but for a line that is longer than the buffer.
 class FileSinkCore : public ForkRegistry::Member {
  public:
+  enum class Lines {
+    kNumbered,  ///< JSON, with a head that tells writer and number
+    kPlain      ///< of any kind, without a head; never kShared
+  };
   struct Left {
     unsigned long long by_level[qz_LOG_SinkCounts::kLevels] = {};
     unsigned long long entries = 0;
     unsigned long long bytes = 0;
+    bool is_kept_for_next_open = false;
   };
 
   /// What a line needs before its body, for its head.
@@ -38,8 +43,8 @@ class FileSinkCore : public ForkRegistry::Member {
 
   /// Opens the file. With `must_open` throws QZX_logging_file_operation_failed when that does not work; without, it is
   /// tried again with the first line. QZX_memory_alloc, std::bad_alloc.
-  static std::shared_ptr<FileSinkCore> open(const qz_LOG_FileSinkSettings& settings, bool must_open);
-  explicit FileSinkCore(const qz_LOG_FileSinkSettings& settings);
+  static std::shared_ptr<FileSinkCore> open(const qz_LOG_FileSinkSettings& settings, Lines lines, bool must_open);
+  FileSinkCore(const qz_LOG_FileSinkSettings& settings, Lines lines);
   ~FileSinkCore();
 
   /// `text` has kRoomBefore bytes and behind them the body of a line, and gets a line end. Returns the bytes of the
@@ -49,9 +54,8 @@ class FileSinkCore : public ForkRegistry::Member {
   void note_loss(unsigned id, unsigned level) noexcept;
 
   bool flush(unsigned milliseconds);
-  /// What is left afterwards. Of that, the pending file keeps what is_kept_for_next_open() tells.
+  /// What is left afterwards.
   Left close(unsigned milliseconds);
-  bool is_kept_for_next_open() const { return way_ == qz_LOG_FileSinkSettings::kShared; }
 
   bool reopen();
   bool rotate();
@@ -78,6 +82,7 @@ class FileSinkCore : public ForkRegistry::Member {
   Put put(std::string_view body, unsigned level, std::size_t& bytes, std::uint64_t& seq);
   void put_at(char* place, std::string_view body, unsigned level, std::size_t& bytes);
   std::size_t append_line(const SeriesHold& hold, std::string& text);
+  char* write_head(char* place, const std::timespec& now) noexcept;
 
   // Lines go: file_sink_flush.cpp.
   static void* run_thread(void* self);
@@ -96,6 +101,7 @@ class FileSinkCore : public ForkRegistry::Member {
   Left count_left() const;
 
   const qz_LOG_FileSinkSettings settings_;
+  const Lines lines_;
   const std::string writer_;
   qz_LOG_FileSinkSettings::Way way_;
   LossTable losses_;

@@ -214,6 +214,7 @@ FileSinkCore::Left FileSinkCore::count_left() const {
   const std::lock_guard putting(putting_);
   Left left;
   left.entries = buffer_.count_left(left.by_level, left.bytes);
+  left.is_kept_for_next_open = way_ == qz_LOG_FileSinkSettings::kShared;
   return left;
 }
 

@@ -4,6 +4,7 @@
 
 #include "qzlog/qz_exception.h"
 #include "sinks/loss_body.h"
+#include "sinks/setting_checks.h"
 
 namespace qzlog {
 
@@ -16,11 +17,6 @@ constexpr std::size_t kLongestPath = 3800;
 
 void require(bool holds, const std::string& text) {
   if (!holds) throw QZX_logging_illegal_argument(text.c_str(), 0);
-}
-
-void require_range(const char* name, unsigned long long value, unsigned long long least, unsigned long long most) {
-  require(value >= least && value <= most, std::string(name) + ": " + std::to_string(value) + " is not from " +
-                                               std::to_string(least) + " to " + std::to_string(most));
 }
 
 bool has_zero(const std::string& text) { return text.find('\0') != std::string::npos; }

@@ -29,7 +29,7 @@ std::size_t FileSinkCore::append_line(const SeriesHold& hold, std::string& text)
   text += '\n';
   if (!destination_.prepare(hold, now, text.size())) return 0;
   char head[kRoomBefore];
-  const auto head_bytes = static_cast<std::size_t>(envelope_.write_head(head, seq_ + 1, now) - head);
+  const auto head_bytes = static_cast<std::size_t>(write_head(head, now) - head);
   char* const line = text.data() + kRoomBefore - head_bytes;
   std::memcpy(line, head, head_bytes);
   const std::string_view whole(line, text.size() - kRoomBefore + head_bytes);
@@ -96,11 +96,16 @@ FileSinkCore::Put FileSinkCore::put(std::string_view body, unsigned level, std::
 }
 
 void FileSinkCore::put_at(char* place, std::string_view body, unsigned level, std::size_t& bytes) {
-  char* const end = envelope_.write_head(place, seq_ + 1, SinkClock::now());
+  char* const end = write_head(place, SinkClock::now());
   std::memcpy(end, body.data(), body.size());
   end[body.size()] = '\n';
   bytes = static_cast<std::size_t>(end - place) + body.size() + 1;
   buffer_.commit(bytes, ++seq_, level);
+}
+
+/// Of the next line.
+char* FileSinkCore::write_head(char* place, const std::timespec& now) noexcept {
+  return lines_ == Lines::kNumbered ? envelope_.write_head(place, seq_ + 1, now) : place;
 }
 
 /// What waits goes first. Others wait meanwhile: the order of the lines is the order of their numbers.

@@ -43,7 +43,7 @@ std::vector<LossBody> loss_bodies(const LossTable& losses, unsigned lost_event_i
   if (rows.empty()) return bodies;
   if (lost_event_id == 0) {
     bodies.push_back({std::string(room_before, ' '), rows});
-    append_lost_body(rows, bodies.back().text);
+    append_told_body(ToldOf::kLost, rows, bodies.back().text);
     return bodies;
   }
   for (const LossTable::Row& row : rows) {

@@ -52,8 +52,8 @@ void LossTable::take(const std::vector<Row>& rows) noexcept {
   rows_used_.store(static_cast<unsigned>(end - rows_), std::memory_order_relaxed);
 }
 
-void append_lost_body(const std::vector<LossTable::Row>& rows, std::string& out) {
-  out += "\"lost\":[";
+void append_told_body(ToldOf kind, const std::vector<LossTable::Row>& rows, std::string& out) {
+  out += kind == ToldOf::kLost ? "\"lost\":[" : "\"held\":[";
   for (const LossTable::Row& row : rows) {
     if (&row != rows.data()) out += ',';
     out += "{\"id\":" + std::to_string(row.id) + ",\"level\":" + std::to_string(row.level) +

@@ -36,8 +36,15 @@ class LossTable {
   Row rows_[kRows];
 };
 
-/// The rows as a body of a line: `"lost":[{"id":1001,"level":3,"count":12,"since":"TIME"},...]}`.
-void append_lost_body(const std::vector<LossTable::Row>& rows, std::string& out);
+/// What lines tell of entries that are not there, which is the member's name.
+enum class ToldOf {
+  kLost,  ///< something did not work
+  kHeld,  ///< they were over a limit
+};
+
+/// The rows as a body of a line: `"lost":[{"id":1001,"level":3,"count":12,"since":"TIME"},...]}`, or the same of
+/// "held".
+void append_told_body(ToldOf kind, const std::vector<LossTable::Row>& rows, std::string& out);
 
 }  // namespace qzlog
 

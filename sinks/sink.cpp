@@ -15,19 +15,26 @@ void qz_LOG_Sink::SetWanted(unsigned lowest_level, unsigned mask) noexcept {
 }
 
 bool qz_LOG_Sink::Write(const qz_LOG_LogEntry& entry, bool use_default, unsigned selector_index) noexcept {
+  return HandOn(*this, entry, use_default, selector_index) == kWritten;
+}
+
+qz_LOG_Sink::Outcome qz_LOG_Sink::HandOn(qz_LOG_Sink& sink, const qz_LOG_LogEntry& entry, bool use_default,
+                                         unsigned selector_index) noexcept {
   const unsigned level = entry.GetLogLevel();
   Outcome outcome = kDropped;
   unsigned long long bytes = 0;
-  if (Wants(level, entry.GetPropertyMask())) {
+  if (sink.Wants(level, entry.GetPropertyMask())) {
     try {
-      outcome = WriteEntry(entry, use_default, selector_index, bytes);
+      outcome = sink.WriteEntry(entry, use_default, selector_index, bytes);
     } catch (...) {
       outcome = kFailed;
     }
   }
-  counters_->count(outcome, level, outcome == kWritten ? bytes : 0);
-  return outcome == kWritten;
+  sink.counters_->count(outcome, level, outcome == kWritten ? bytes : 0);
+  return outcome;
 }
+
+bool qz_LOG_Sink::TellHeld(const qz_LOG_HeldEntries* /*held*/, unsigned long /*count*/) { return false; }
 
 bool qz_LOG_Sink::Flush(unsigned milliseconds) noexcept {
   try {

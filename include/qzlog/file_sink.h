@@ -8,7 +8,7 @@
 #include "qzlog/sink.h"
 
 namespace qzlog {
-class FileSinkCore;
+class FileSinkCores;
 }
 
 /// What a qz_LOG_FileSink is opened with. Either `path`, or `prefix` with `folder`, has to be given.
@@ -97,12 +97,10 @@ class QZLOG_EXPORT qz_LOG_FileSink : public qz_LOG_Sink {
                      unsigned long long& bytes) override;
   bool FlushEntries(unsigned milliseconds) override;
   unsigned long long CloseEntries(unsigned milliseconds) override;
+  bool TellHeld(const qz_LOG_HeldEntries* held, unsigned long count) override;
 
  private:
-  QZLOG_NO_EXPORT qzlog::FileSinkCore* core() const;
-
-  class QZLOG_NO_EXPORT Cores;
-  const std::unique_ptr<Cores> cores_;
+  const std::unique_ptr<qzlog::FileSinkCores> cores_;
 };
 
 #endif  // QZLOG_FILE_SINK_H

@@ -20,6 +20,15 @@ struct qz_LOG_SinkCounts {
   unsigned long long dropped_by_level[kLevels];
 };
 
+/// So many entries of one event that a sink held back, because they were too many.
+struct qz_LOG_HeldEntries {
+  unsigned id;
+  unsigned level;  ///< the highest of theirs
+  unsigned count;
+  long long since_seconds;     ///< when the first of them came: seconds since 1970-01-01 00:00:00 GMT
+  unsigned since_nanoseconds;  ///< of that second
+};
+
 /// Where entries go. Every function may be called by any thread at any time before the destructor begins.
 ///
 ///   if (sink.Wants(7, 1)) {
@@ -29,7 +38,12 @@ struct qz_LOG_SinkCounts {
 ///   }
 ///
 /// For a sink of one's own derive a class and implement WriteEntry, FlushEntries and CloseEntries. One that hands
-/// entries on to another sink owns that sink, and counts for itself what it was given.
+/// entries on to another sink owns that sink, counts for itself what it was given, and uses HandOn:
+///
+///   Outcome WriteEntry(const qz_LOG_LogEntry& entry, bool use_default, unsigned selector_index,
+///                      unsigned long long&) override {
+///     return is_night() ? HandOn(*inner_, entry, use_default, selector_index) : kDropped;
+///   }
 class QZLOG_EXPORT qz_LOG_Sink {
  public:
   enum : unsigned { kEveryMask = ~0U };
@@ -75,6 +89,18 @@ class QZLOG_EXPORT qz_LOG_Sink {
   /// Flush and Close. What they throw counts as false, and as one entry left.
   virtual bool FlushEntries(unsigned milliseconds) = 0;
   virtual unsigned long long CloseEntries(unsigned milliseconds) = 0;
+
+  /// Writes a line that tells of entries that a sink in front of this one held back; with a count of 0 nothing. False
+  /// when that did not work, and always for a sink that has no such lines: where this is not implemented.
+  virtual bool TellHeld(const qz_LOG_HeldEntries* held, unsigned long count);
+
+  /// What a sink that hands on does with the one that it owns: Write, which tells apart why an entry was not taken, and
+  /// TellHeld.
+  static Outcome HandOn(qz_LOG_Sink& sink, const qz_LOG_LogEntry& entry, bool use_default,
+                        unsigned selector_index) noexcept;
+  static bool HandOnHeld(qz_LOG_Sink& sink, const qz_LOG_HeldEntries* held, unsigned long count) {
+    return sink.TellHeld(held, count);
+  }
 
   /// Takes back that so many entries of a level, of so many bytes, were written: they failed later.
   void CountAsFailed(unsigned level, unsigned long long entries, unsigned long long bytes) noexcept;

@@ -25,6 +25,7 @@ int fuzz_inspect(const std::uint8_t* bytes, std::size_t size);
 int fuzz_names_section(const std::uint8_t* bytes, std::size_t size);
 int fuzz_pattern_nesting(const std::uint8_t* bytes, std::size_t size);
 int fuzz_resource_bundle(const std::uint8_t* bytes, std::size_t size);
+int fuzz_sink_file(const std::uint8_t* bytes, std::size_t size);
 }
 
 namespace {
@@ -51,6 +52,7 @@ const Fuzzer kFuzzers[] = {
     {"names_section", fuzz_names_section},
     {"pattern_nesting", fuzz_pattern_nesting},
     {"resource_bundle", fuzz_resource_bundle},
+    {"sink_file", fuzz_sink_file},
 };
 
 std::vector<fs::path> sorted_files(const fs::path& folder) {

@@ -12,7 +12,7 @@
 #include "lines/line_writer.h"
 #include "qzlog/logentry.h"
 #include "tests/entry/entry_fixture.h"
-#include "tests/lines/strict_json.h"
+#include "tests/support/strict_json.h"
 
 namespace qzlog {
 namespace {

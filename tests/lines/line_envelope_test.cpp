@@ -7,7 +7,7 @@
 #include "foundation/sha256.h"
 #include "lines/line_writer.h"
 #include "tests/entry/entry_fixture.h"
-#include "tests/lines/strict_json.h"
+#include "tests/support/strict_json.h"
 
 namespace qzlog {
 namespace {

@@ -9,7 +9,7 @@
 #include "entry/logentry_i.h"
 #include "qzlog/logentry.h"
 #include "tests/entry/entry_fixture.h"
-#include "tests/lines/strict_json.h"
+#include "tests/support/strict_json.h"
 
 namespace qzlog {
 namespace {

@@ -15,7 +15,7 @@
 #include "message/code_page.h"
 #include "qzlog/logentry.h"
 #include "tests/entry/entry_fixture.h"
-#include "tests/lines/strict_json.h"
+#include "tests/support/strict_json.h"
 
 namespace qzlog {
 namespace {

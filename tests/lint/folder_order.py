@@ -38,7 +38,7 @@ CHAIN = [
     ("lines", ["lines/*", "include/qzlog/entry_lines.h"]),
     ("log file names", ["util/log_util.*", "include/qzlog/log_util.h"]),
     ("entry counter", ["counter/*", "include/qzlog/logentrycounter.h"]),
-    ("sinks", ["sinks/*", "include/qzlog/sink.h", "include/qzlog/file_sink.h"]),
+    ("sinks", ["sinks/*", "include/qzlog/sink.h", "include/qzlog/*_sink.h", "include/qzlog/open_sinks.h"]),
 ]
 
 # Layers that use less than everything above them.

@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "qzlog/file_sink.h"
-#include "tests/sinks/sink_fixture.h"
+#include "tests/sinks/file_sink_fixture.h"
 #include "tests/support/child_process.h"
 #include "tests/support/rounds.h"
 #include "tests/support/seeded_random.h"

@@ -19,7 +19,7 @@
 #include "sinks/log_file.h"
 #include "sinks/log_series.h"
 #include "sinks/sink_clock.h"
-#include "tests/sinks/sink_fixture.h"
+#include "tests/sinks/file_sink_fixture.h"
 #include "tests/support/child_process.h"
 #include "tests/support/debug_log_file.h"
 #include "tests/support/scoped_environment.h"

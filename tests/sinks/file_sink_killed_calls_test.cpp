@@ -9,7 +9,7 @@
 
 #include "qzlog/file_sink.h"
 #include "tests/sinks/file_call_failure.h"
-#include "tests/sinks/sink_fixture.h"
+#include "tests/sinks/file_sink_fixture.h"
 #include "tests/support/rounds.h"
 #include "tests/support/seeded_random.h"
 

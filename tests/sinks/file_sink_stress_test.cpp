@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "qzlog/file_sink.h"
-#include "tests/sinks/sink_fixture.h"
+#include "tests/sinks/file_sink_fixture.h"
 #include "tests/support/rounds.h"
 
 namespace qz_test {

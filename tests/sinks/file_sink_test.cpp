@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "sinks/sink_clock.h"
-#include "tests/sinks/sink_fixture.h"
+#include "tests/sinks/file_sink_fixture.h"
 #include "tests/support/thrown_by.h"
 
 namespace qz_test {

@@ -1,5 +1,5 @@
-#ifndef QZLOG_TESTS_LINES_STRICT_JSON_H
-#define QZLOG_TESTS_LINES_STRICT_JSON_H
+#ifndef QZLOG_TESTS_SUPPORT_STRICT_JSON_H
+#define QZLOG_TESTS_SUPPORT_STRICT_JSON_H
 
 #include <stdexcept>
 #include <string>
@@ -66,6 +66,14 @@ class StrictJson {
     JsonNode node = parser.value();
     if (!parser.rest_.empty()) fail("something follows the value");
     return node;
+  }
+  static bool is_value(std::string_view text) {
+    try {
+      parse(text);
+      return true;
+    } catch (const std::runtime_error&) {
+      return false;
+    }
   }
 
  private:
@@ -207,4 +215,4 @@ class StrictJson {
 
 }  // namespace qz_test
 
-#endif  // QZLOG_TESTS_LINES_STRICT_JSON_H
+#endif  // QZLOG_TESTS_SUPPORT_STRICT_JSON_H

@@ -1,5 +1,5 @@
-#ifndef QZLOG_TESTS_SINKS_SINK_FIXTURE_H
-#define QZLOG_TESTS_SINKS_SINK_FIXTURE_H
+#ifndef QZLOG_TESTS_SINKS_FILE_SINK_FIXTURE_H
+#define QZLOG_TESTS_SINKS_FILE_SINK_FIXTURE_H
 
 #include <gtest/gtest.h>
 
@@ -11,9 +11,9 @@
 
 #include "qzlog/file_sink.h"
 #include "qzlog/log_util.h"
-#include "tests/sinks/strict_json.h"
 #include "tests/support/ldf_file.h"
 #include "tests/support/settings_test.h"
+#include "tests/support/strict_json.h"
 
 namespace qz_test {
 
@@ -180,4 +180,4 @@ constexpr qz_LOG_FileSinkSettings::Way kWays[] = {qz_LOG_FileSinkSettings::kWrit
 
 }  // namespace qz_test
 
-#endif  // QZLOG_TESTS_SINKS_SINK_FIXTURE_H
+#endif  // QZLOG_TESTS_SINKS_FILE_SINK_FIXTURE_H
