@@ -18,7 +18,7 @@ using namespace qz_test;
 
 constexpr int kThreads = 4;
 
-class OtherSinksThreaded : public SinksTest {
+class SinksThreaded : public SinksTest {
  protected:
   /// Runs the same in several threads, which know their number.
   template <typename Job>
@@ -58,7 +58,7 @@ class ReadLines {
   std::thread thread_;
 };
 
-TEST_F(OtherSinksThreaded, LinesOfSeveralThreads_AreWholeAndInTheirOrder) {
+TEST_F(SinksThreaded, LinesOfSeveralThreads_AreWholeAndInTheirOrder) {
   const int entries = rounds(2000);
   for (const int flags : {0, O_NONBLOCK}) {
     Pipe pipe(flags);
@@ -108,7 +108,7 @@ class PassingClock {
   static inline std::atomic<std::time_t> seconds_;
 };
 
-TEST_F(OtherSinksThreaded, LimitedEntries_AreTakenOrToldExactly) {
+TEST_F(SinksThreaded, LimitedEntries_AreTakenOrToldExactly) {
   const int entries = rounds(4000);
   const PassingClock clock;
   qz_LOG_MemorySinkSettings large;
@@ -139,7 +139,7 @@ TEST_F(OtherSinksThreaded, LimitedEntries_AreTakenOrToldExactly) {
   EXPECT_EQ(told, sink.GetCounts().dropped);
 }
 
-TEST_F(OtherSinksThreaded, SettingsCountsAndEnd_WhileOthersWrite_CountEachEntryOnce) {
+TEST_F(SinksThreaded, SettingsCountsAndEnd_WhileOthersWrite_CountEachEntryOnce) {
   const int entries = rounds(2000);
   const int nowhere = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
   std::vector<std::unique_ptr<qz_LOG_Sink>> sinks;
@@ -162,7 +162,7 @@ TEST_F(OtherSinksThreaded, SettingsCountsAndEnd_WhileOthersWrite_CountEachEntryO
   EXPECT_GT(sink.GetCounts().failed, 0U);
 }
 
-TEST_F(OtherSinksThreaded, ForksWhileOthersWrite_LeaveTheChildrenFree) {
+TEST_F(SinksThreaded, ForksWhileOthersWrite_LeaveTheChildrenFree) {
   const int nowhere = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
   std::vector<std::unique_ptr<qz_LOG_Sink>> sinks;
   sinks.push_back(std::make_unique<qz_LOG_StreamSink>(nowhere, true));
