@@ -62,7 +62,7 @@ FileSinkCore::FileSinkCore(const qz_LOG_FileSinkSettings& settings, Lines lines)
 FileSinkCore::~FileSinkCore() { ForkRegistry::remove(*this); }
 
 std::shared_ptr<FileSinkCore> FileSinkCore::open(const qz_LOG_FileSinkSettings& settings, Lines lines, bool must_open) {
-  const auto core = std::make_shared<FileSinkCore>(settings, lines);
+  auto core = std::make_shared<FileSinkCore>(settings, lines);
   ForkRegistry::add(*core);
   core->open_files(must_open);
   core->open_buffer(core);

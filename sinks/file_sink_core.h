@@ -25,7 +25,7 @@ namespace qzlog {
 ///
 /// Two locks, taken in this order: `flushing_` for the files, `putting_` for the buffer and the number of the last
 /// line. Nobody writes to a file with `putting_` held, but for a line that is longer than the buffer.
-class FileSinkCore : public ForkRegistry::Member {
+class FileSinkCore final : public ForkRegistry::Member {
  public:
   enum class Lines {
     kNumbered,  ///< JSON, with a head that tells writer and number

@@ -44,7 +44,7 @@ FileSinkCore& FileSinkCores::renew() {
 void FileSinkCores::leave_to_parent() {
   auto* const left = new (std::nothrow) std::shared_ptr<FileSinkCore>(owner_);
   static_cast<void>(left);
-}
+}  // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks): it is never destroyed
 
 bool FileSinkCores::close(unsigned milliseconds, FileSinkCore::Left& left) {
   FileSinkCore* const core = current_.load(std::memory_order_acquire);

@@ -14,7 +14,7 @@ struct SeriesFile {
 
   unsigned day = 0;
   unsigned number = 0;
-  auto operator<=>(const SeriesFile&) const = default;
+  auto operator<=>(const SeriesFile&) const = default;  // NOLINT(modernize-use-nullptr)
 };
 
 /// The files of one prefix in one folder.
