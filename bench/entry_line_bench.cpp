@@ -88,6 +88,7 @@ class Dump {
   Dump() {
     object_["id"] = Workload::kEntryId;
     object_["level"] = kLogLevel;
+    object_["name"] = Workload::kName;
     auto& attributes = object_["attributes"];
     for_each_value(
         Workload(), [&](const char* name, const auto& value) { attributes[name] = value; },
@@ -133,6 +134,8 @@ class RapidJson {
     writer.Uint(Workload::kEntryId);
     writer.Key("level");
     writer.Uint(kLogLevel);
+    writer.Key("name");
+    writer.String(Workload::kName);
     writer.Key("attributes");
     writer.StartObject();
     for_each_value(
@@ -166,12 +169,13 @@ void add_cases(CaseList& cases, const std::string& expected) {
 
 void add_entry_line_cases(CaseList& cases) {
   add_cases<WorkloadA>(
-      cases, R"({"id":1001,"level":3,"attributes":{"Name":"volume-0042","Blocks":123456,"Delta":-77,"Load":0.875,)"
-             R"("Label":"Größenprüfung in Köln läuft bis Mai"}})");
-  add_cases<WorkloadB>(cases, R"({"id":1005,"level":3,"attributes":{"Number":123456}})");
+      cases,
+      R"({"id":1001,"level":3,"name":"A","attributes":{"Name":"volume-0042","Blocks":123456,"Delta":-77,"Load":0.875,)"
+      R"("Label":"Größenprüfung in Köln läuft bis Mai"}})");
+  add_cases<WorkloadB>(cases, R"({"id":1005,"level":3,"name":"B","attributes":{"Number":123456}})");
   add_cases<WorkloadC>(
       cases,
-      R"({"id":1006,"level":3,"attributes":{"Name":"volume-0042","Host":"storage-17.example.org","Blocks":123456,)"
+      R"({"id":1006,"level":3,"name":"C","attributes":{"Name":"volume-0042","Host":"storage-17.example.org","Blocks":123456,)"
       R"("Free":65536,"Delta":-77,"Load":0.875,"Queue":1024,"Drift":-12,"Retries":3,)"
       R"("Label":"Größenprüfung in Köln läuft bis Mai"}})");
 }

@@ -39,7 +39,7 @@ constexpr std::size_t kFileBytes = 8U << 20;
 
 constexpr char kFmtLine[] =
     R"({{"writer":"localhost/123456/1795248930123456789","seq":{},"written":"2026-11-21T08:15:30.123456789Z",)"
-    R"("definitions":"0123456789abcdef","id":1001,"level":3,"attributes":{{"Name":"{}","Blocks":{},"Delta":{},"Load":{},)"
+    R"("definitions":"0123456789abcdef","id":1001,"level":3,"name":"A","attributes":{{"Name":"{}","Blocks":{},"Delta":{},"Load":{},)"
     R"("Label":"{}"}}}})";
 
 /// A new folder, removed with everything in it.

@@ -22,9 +22,11 @@ inline bool find_event_id(std::string_view name, unsigned int& entry_id) {
 
 inline bool has_event_names() { return qz_LOG_LogConfig::GetDefinitionTable()->has_event_names(); }
 
-/// Of a definition: the event's name, as long as the definition lives, and what becomes of an attribute's value.
+/// Of a definition: the event's name, or null, and what becomes of an attribute's value.
 /// Without a lock once they were asked for the first time.
-inline const char* find_event_name(const _qz_LOG_log_definition& definition) { return definition.get_event_name(); }
+inline const KnownName* find_event_name(const _qz_LOG_log_definition& definition) {
+  return definition.get_event_name();
+}
 inline Sensitivity sensitivity_of(const _qz_LOG_log_definition& definition, const KnownName* name) {
   return definition.find_sensitivity(name);
 }

@@ -19,14 +19,16 @@ struct AttributeName {
   unsigned hash;  ///< my_hashcode
 };
 
-/// A known attribute name: one object for each text, so that two of them are equal when they are the same. Definitions
-/// repeat few names many times; the objects live as long as the process.
+/// A known name of attributes or of an event: one object for each text, so that two of them are equal when they are the
+/// same. Definitions repeat few names many times; the objects live as long as the process.
 class KnownName {
  public:
   /// The object of a text, made when it is the first to ask. Any thread. Throws QZX_memory_alloc.
   static const KnownName* of(const char* text);
 
   const char* text() const { return text_; }
+  /// The name as a text of JSON, with its quotes.
+  std::string_view json_text() const { return json_key_.substr(1, json_key_.size() - 2); }
   /// The name as the key of a JSON object's member that follows another one: `,"NAME":`, behind which kJsonKeyPadding
   /// bytes may be read. What of the name is not UTF-8 became replacement characters.
   std::string_view json_key() const { return json_key_; }

@@ -273,8 +273,9 @@ bool _qz_LOG_log_definition::read_names() const {
     const _qz_LOG_attribute_entry& attribute = *attributes_[i];
     attribute.set_sensitivity(names_of(attribute.get_file_names()).sensitivity(entry_id_, attribute.get_name()));
   }
-  const char* const name = standard.find_name(entry_id_);
-  event_name_.store(name != nullptr ? name : auxiliary.find_name(entry_id_), std::memory_order_relaxed);
+  const char* const own_name = standard.find_name(entry_id_);
+  const char* const name = own_name != nullptr ? own_name : auxiliary.find_name(entry_id_);
+  event_name_.store(name != nullptr ? KnownName::of(name) : nullptr, std::memory_order_relaxed);
   may_have_marks_.store(standard.has_marks() || auxiliary.has_marks(), std::memory_order_relaxed);
   names_resolved_.store(true, std::memory_order_release);
   return true;

@@ -166,8 +166,10 @@ class _qz_LOG_log_definition : public qz_UTIL_no_inadvertant_copies {
   // What the names sections of the files say. The first to ask reads them, and may throw QZX_memory_alloc then; a file
   // that cannot be read is asked again by the next. Any thread.
 
-  /// The event's name, null where no file knows it. Lives as long as the definition.
-  const char* get_event_name() const { return resolve_names() ? event_name_.load(std::memory_order_relaxed) : nullptr; }
+  /// The event's name, null where no file knows it.
+  const qzlog::KnownName* get_event_name() const {
+    return resolve_names() ? event_name_.load(std::memory_order_relaxed) : nullptr;
+  }
   /// Whether some attribute of an entry with this definition may be marked; most files mark none.
   bool may_have_marks() const {
     return !resolve_names() || may_have_marks_.load(std::memory_order_relaxed) ||
@@ -230,7 +232,7 @@ class _qz_LOG_log_definition : public qz_UTIL_no_inadvertant_copies {
   qzlog::DefinitionMessage default_msg_text_;
   qzlog::OwnedText default_msg_id_;
   _qz_LOG_selector_message** selector_messages_ = nullptr;
-  mutable std::atomic<const char*> event_name_{nullptr};
+  mutable std::atomic<const qzlog::KnownName*> event_name_{nullptr};
   mutable std::atomic<bool> names_resolved_{false};
   mutable std::atomic<bool> may_have_marks_{false};
   qzlog::FileNamesRef standard_names_;

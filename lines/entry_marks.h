@@ -9,7 +9,7 @@ namespace qzlog {
 
 /// What definitions say of an entry beside its message.
 struct EntryMarks {
-  const char* event_name = nullptr;  ///< null when it has none
+  const KnownName* event_name = nullptr;  ///< null when it has none
   /// Null when all attributes are kept.
   Sensitivity (*sensitivity)(const _qz_LOG_log_definition& definition, const KnownName* name) = nullptr;
 };

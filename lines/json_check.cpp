@@ -3,8 +3,8 @@
 #include <bitset>
 #include <string>
 
-#include "lines/json_unescape.h"
 #include "lines/json_number.h"
+#include "lines/json_unescape.h"
 #include "lines/json_walk.h"
 #include "lines/utf8_text.h"
 #include "message/code_page.h"

@@ -2,8 +2,8 @@
 
 #include <cstring>
 
-#include "lines/json_unescape.h"
 #include "lines/json_number.h"
+#include "lines/json_unescape.h"
 
 namespace qzlog {
 namespace {

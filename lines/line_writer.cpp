@@ -172,9 +172,9 @@ class EntryWriter {
     if (choice.selector_index != 0) at = write_number(write_literal(at, ",\"selector\":"), choice.selector_index);
     out_.count_up_to(at);
     if (marks_.event_name == nullptr) return;
-    out_.append(",\"name\":\"");
-    escape_json(marks_.event_name, std::strlen(marks_.event_name), out_);
-    out_.append('"');
+    const std::string_view name = marks_.event_name->json_text();
+    out_.append(",\"name\":");
+    out_.append(name.data(), name.size());
   }
 
   Sensitivity sensitivity_of(const KnownName* name) const {

@@ -6,8 +6,8 @@
 #include <cstring>
 
 #include "lines/envelope_form.h"
-#include "lines/json_unescape.h"
 #include "lines/json_number.h"
+#include "lines/json_unescape.h"
 #include "message/code_page.h"
 
 namespace qzlog {

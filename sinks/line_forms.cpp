@@ -56,7 +56,7 @@ void TextForm::append_entry(const qz_LOG_LogEntry& entry, bool use_default, unsi
             : append_message_line(shown_copy(entry, marks), use_default, selector_index, rooms.message, rooms.line);
     if (!is_rendered) failures_.fetch_add(1, std::memory_order_relaxed);
     format_.append({entry.GetEntryID(), entry.GetLogLevel(), entry.GetTimestamp(true).unix_seconds(), SinkClock::now(),
-                    marks.event_name != nullptr ? marks.event_name : "", rooms.line},
+                    marks.event_name != nullptr ? marks.event_name->text() : "", rooms.line},
                    out);
   });
 }

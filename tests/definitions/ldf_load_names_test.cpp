@@ -55,7 +55,7 @@ TEST_F(LdfNames, FileWithSection_KnowsNamesAndMarks) {
   EXPECT_EQ(name(7), "FULL");
   EXPECT_EQ(name(8), "(null)");
   EXPECT_EQ(id_of("READY"), "9");
-  EXPECT_STREQ(at(7).get_event_name(), "FULL");
+  EXPECT_STREQ(at(7).get_event_name()->text(), "FULL");
   EXPECT_EQ(mark(at(7), "Secret"), "drop");
   EXPECT_EQ(mark(at(7), "N"), "keep");
   EXPECT_EQ(mark(at(7), "USER"), "hash");
@@ -95,7 +95,7 @@ TEST_F(LdfNames, LoadingAndLookups_LeaveTheRecordsThatTheyLeftBefore) {
 TEST_F(LdfNames, TwoFiles_StandardNameFirst) {
   set_std_bytes(with_names(kFile.bytes(), kNames));
   const auto before = table_.acquire_entry(7);
-  EXPECT_STREQ(before->get_event_name(), "FULL");
+  EXPECT_STREQ(before->get_event_name()->text(), "FULL");
   const LdfFile aux{.entries = {{.id = 7, .attributes = {{"Pool", TypeChar32}}},
                                 {.id = 11, .message_text = "m", .attributes = {{"Key", TypeChar32}}}}};
   set_aux_bytes(with_names(aux.bytes(), {.events = {{7, {"OTHER", ""}}, {11, {"MORE", ""}}},
@@ -103,7 +103,7 @@ TEST_F(LdfNames, TwoFiles_StandardNameFirst) {
   EXPECT_EQ(name(7), "FULL");
   EXPECT_EQ(name(11), "MORE");
   EXPECT_EQ(id_of("OTHER"), "7");
-  EXPECT_STREQ(at(7).get_event_name(), "FULL");
+  EXPECT_STREQ(at(7).get_event_name()->text(), "FULL");
   EXPECT_EQ(mark(at(7), "Secret"), "drop");
   EXPECT_EQ(mark(at(7), "Pool"), "hash");
   EXPECT_EQ(mark(at(11), "Key"), "drop");
@@ -127,7 +127,7 @@ TEST_F(LdfNames, DefinitionThatOutlivesItsFile_KnowsItsNameAndMarks) {
   table_.clear();
   EXPECT_EQ(open_file_count(), files - 1);
   EXPECT_EQ(name(7), "(null)");
-  EXPECT_STREQ(held->get_event_name(), "FULL");
+  EXPECT_STREQ(held->get_event_name()->text(), "FULL");
   EXPECT_EQ(mark(*held.get(), "Secret"), "drop");
 }
 
@@ -166,9 +166,9 @@ TEST_F(LdfNames, EvictedDefinition_ReadAgainWithItsName) {
   set_std_bytes(with_names(file.bytes(), {.events = {{1, {"ONE", ""}}, {200, {"LAST", ""}}}}));
   const auto held = table_.acquire_entry(1);
   for (unsigned id = 1; id <= 200; ++id) at(id);
-  EXPECT_STREQ(held->get_event_name(), "ONE");
-  EXPECT_STREQ(at(1).get_event_name(), "ONE");
-  EXPECT_STREQ(at(200).get_event_name(), "LAST");
+  EXPECT_STREQ(held->get_event_name()->text(), "ONE");
+  EXPECT_STREQ(at(1).get_event_name()->text(), "ONE");
+  EXPECT_STREQ(at(200).get_event_name()->text(), "LAST");
 }
 
 // ---- damage ----
@@ -213,7 +213,7 @@ TEST_F(LdfNames, FileThatCannotBeRead_AskedAgain) {
     EXPECT_EQ(held->get_event_name(), nullptr);
     EXPECT_EQ(mark(*held.get(), "N"), "drop") << "what may be marked must not be written";
   }
-  EXPECT_STREQ(held->get_event_name(), "FULL");
+  EXPECT_STREQ(held->get_event_name()->text(), "FULL");
   EXPECT_EQ(mark(*held.get(), "N"), "keep");
 }
 
@@ -227,7 +227,7 @@ TEST_F(LdfNames, NoMemory_ThrownAndAskedAgain) {
   set_std_bytes(with_names(kFile.bytes(), kNames));
   const auto held = table_.acquire_entry(7);
   EXPECT_GT(FailEveryAllocation([&] { held->get_event_name(); }), 3U);
-  EXPECT_STREQ(held->get_event_name(), "FULL");
+  EXPECT_STREQ(held->get_event_name()->text(), "FULL");
 }
 
 TEST_F(LdfNames, FileCutAfterItWasLoaded_SectionUnknown) {

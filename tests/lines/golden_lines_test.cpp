@@ -51,7 +51,7 @@ std::string line_of_a_writer(LineEnvelope& envelope) {
   entry.add_attrib_4u("TypeUInt4", 7);
   std::string line;
   envelope.append_head(line, 1, {1795248930, 123456789});
-  append_entry_json(LineBeginning::kNone, entry, {}, {"DISK_FULL", nullptr}, line);
+  append_entry_json(LineBeginning::kNone, entry, {}, {KnownName::of("DISK_FULL"), nullptr}, line);
   return line;
 }
 

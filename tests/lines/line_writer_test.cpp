@@ -41,7 +41,7 @@ TEST_F(LineWriter, EveryMember_InItsPlace) {
   entry.set_timestamp(qz_Time::from_unix_seconds(1795248930), true);
   entry.add_attrib_mbstr("TypeMBChar32", "\xFF", true);
   std::string line = "before";
-  append_entry_json(LineBeginning::kBrace, entry, {true, 7}, {"DISK_FULL", nullptr}, line);
+  append_entry_json(LineBeginning::kBrace, entry, {true, 7}, {KnownName::of("DISK_FULL"), nullptr}, line);
   EXPECT_EQ(
       line,
       R"(before{"id":1001,"level":3,"time":"2026-11-21T08:15:30Z","default":true,"selector":7,"name":"DISK_FULL",)"
