@@ -27,7 +27,7 @@ class KnownName {
   static const KnownName* of(const char* text);
 
   const char* text() const { return text_; }
-  /// The name as a text of JSON, with its quotes.
+  /// The name as a text of JSON, with its quotes; the same may be read behind it.
   std::string_view json_text() const { return json_key_.substr(1, json_key_.size() - 2); }
   /// The name as the key of a JSON object's member that follows another one: `,"NAME":`, behind which kJsonKeyPadding
   /// bytes may be read. What of the name is not UTF-8 became replacement characters.

@@ -58,19 +58,25 @@ PlainPrefix plain_prefix(const Block& block, unsigned count) {
 constexpr std::size_t kEscapedAtOnce = 256;
 constexpr std::size_t kRoomToEscape = (kEscapedAtOnce + 20) * kMaxJsonPiece + 16;
 
-/// Writes a text of any bytes as what stands between the quotes of a JSON string. False when something of it was not
-/// UTF-8. An Output has `char* reserve(std::size_t)`, room that may be written to, `count_in(std::size_t)` and
-/// `count_up_to(char*)`.
+/// Where a text ends that was written, and whether all of it was UTF-8.
+struct EscapedText {
+  char* end;
+  bool is_valid;
+};
+
+/// Writes a text of any bytes as what stands between the quotes of a JSON string. An Output has `char*
+/// reserve_behind(char* end, std::size_t)`, see LineOutput; `target` is the end of what was written to it.
 template <typename Block, typename Output>
-bool escape_json_by(const char* text, std::size_t length, Output& out) {
+EscapedText escape_json_by(const char* text, std::size_t length, char* target, Output& out) {
   bool is_valid = true;
   const char* const end = text + length;
   while (text != end) {
     const char* const pause = static_cast<std::size_t>(end - text) > kEscapedAtOnce ? text + kEscapedAtOnce : end;
-    char* target = out.reserve(kRoomToEscape);
+    target = out.reserve_behind(target, kRoomToEscape);
     while (text < pause) {
       const auto left = static_cast<std::size_t>(end - text);
       PlainPrefix plain;
+      // Where all of a block is plain the ends are told by its size: they need not wait for what it holds.
       if (left >= Block::kBytes) {
         const Block block(text);
         block.store(target);
@@ -84,32 +90,32 @@ bool escape_json_by(const char* text, std::size_t length, Output& out) {
         const Block block(text, static_cast<unsigned>(left));
         block.store(target);
         plain = plain_prefix(block, static_cast<unsigned>(left));
+        if (plain.count == left) return {target + left, is_valid};
       }
       text += plain.count;
       target += plain.count;
-      if (plain.count == left || (plain.ends_inside && left > Block::kBytes)) continue;
+      if (plain.ends_inside && left > Block::kBytes) continue;
       const JsonPiece piece = write_json_piece(text, left - plain.count, target);
       is_valid = is_valid && piece.is_valid;
       text += piece.taken;
       target += piece.written;
     }
-    out.count_up_to(target);
   }
-  return is_valid;
+  return {target, is_valid};
 }
 
 /// By the quickest way of this processor; most texts are short and plain.
 template <typename Output>
-bool escape_json(const char* text, std::size_t length, Output& out) {
+EscapedText escape_json(const char* text, std::size_t length, char* target, Output& out) {
   if (length - 1 < JsonBlock::kBytes - 1) {
     const JsonBlock block(text, static_cast<unsigned>(length));
     if ((block.special_or_high() & ((1U << length) - 1)) == 0) {
-      block.store(out.reserve(JsonBlock::kBytes));
-      out.count_in(length);
-      return true;
+      target = out.reserve_behind(target, JsonBlock::kBytes);
+      block.store(target);
+      return {target + length, true};
     }
   }
-  return escape_json_by<JsonBlock>(text, length, out);
+  return escape_json_by<JsonBlock>(text, length, target, out);
 }
 
 }  // namespace qzlog

@@ -86,7 +86,7 @@ JsonPiece write_json_piece(const char* text, std::size_t length, char* target) {
 void append_json_text(std::string_view text, std::string& out) {
   LineOutput output(out);
   output.append('"');
-  escape_json(text.data(), text.size(), output);
+  output.count_up_to(escape_json(text.data(), text.size(), output.end(), output).end);
   output.append('"');
   output.finish();
 }

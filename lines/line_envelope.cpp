@@ -9,6 +9,7 @@
 #include "foundation/itoa.h"
 #include "lines/json_escape.h"
 #include "lines/json_text.h"
+#include "lines/moment_text.h"
 #include "qzlog/logcfg.h"
 #include "qzlog/qz_exception.h"
 
@@ -62,26 +63,73 @@ LineEnvelope::LineEnvelope(std::string_view writer) try {
   throw QZX_memory_alloc();
 }
 
-char* LineEnvelope::write_head(char* target, unsigned long long seq, const std::timespec& written) noexcept {
-  if (!has_second_ || written.tv_sec != second_) {
-    has_second_ = true;
+void LineEnvelope::make_head(unsigned long long seq, std::time_t second, const char* digest) noexcept {
+  char text[kMaxHead];
+  char* end = write_text(text, beginning_);
+  end = std::to_chars(end, end + kMaxSeq, seq).ptr;
+  const char* const seq_end = end;
+  end = write_moment(write_text(end, kWritten), second);
+  const char* const fraction = end;
+  end = write_text(write_fraction(end, 0), "Z\"");
+  if (digest[0] != '\0') {
+    end = write_text(write_text(end, kDefinitions), digest);
+    *end++ = '"';
+  }
+  *end++ = ',';
+  head_bytes_ = static_cast<std::size_t>(end - text);
+  seq_place_ = static_cast<std::size_t>(end - seq_end);
+  fraction_place_ = static_cast<std::size_t>(end - fraction);
+  std::memcpy(end_of_head() - head_bytes_, text, head_bytes_);
+  seq_ = seq;
+  second_ = second;
+  digest_ = digest;
+}
+
+/// The head is right then, but for the fraction.
+void LineEnvelope::renew(unsigned long long seq, const std::timespec& written) noexcept {
+  const char* digest = qz_LOG_LogConfig::GetDefinitionTable()->find_definitions_digest();
+  if (digest == nullptr) digest = "";
+  if (head_bytes_ == 0 || seq != seq_ || digest != digest_) [[unlikely]] {
+    make_head(seq, written.tv_sec, digest);
+  } else if (written.tv_sec != second_) [[unlikely]] {
     second_ = written.tv_sec;
-    write_moment(second_text_, second_);
+    write_moment(end_of_head() - fraction_place_ - kMomentText, second_);
   }
-  target = write_text(target, beginning_);
-  target = std::to_chars(target, target + kMaxSeq, seq).ptr;
-  target = write_text(target, kWritten);
-  target = write_text(target, {second_text_, kMomentText});
-  target = write_fraction(target, static_cast<unsigned>(written.tv_nsec));
-  target = write_text(target, "Z\"");
-  const char* const digest = qz_LOG_LogConfig::GetDefinitionTable()->find_definitions_digest();
-  if (digest != nullptr && digest[0] != '\0') {
-    target = write_text(target, kDefinitions);
-    target = write_text(target, digest);
-    *target++ = '"';
+}
+
+/// Numbers mostly follow each other. What was just written is not copied soon: the processor would have to wait for it.
+void LineEnvelope::count_up() noexcept {
+  char* digit = end_of_head() - seq_place_ - 1;
+  for (; *digit == '9'; --digit) *digit = '0';
+  ++seq_;
+  if (*digit == ':' || seq_ == 0) {
+    head_bytes_ = 0;  // there is room for as many digits as there were
+  } else {
+    ++*digit;
   }
-  *target++ = ',';
+}
+
+char* LineEnvelope::write_head(char* target, unsigned long long seq, const std::timespec& written) noexcept {
+  renew(seq, written);
+  const char* const head = end_of_head() - head_bytes_;
+  for (std::size_t copied = 0; copied < head_bytes_; copied += kBlock) {
+    std::memcpy(target + copied, head + copied, kBlock);
+  }
+  target += head_bytes_;
+  write_fraction(target - fraction_place_, static_cast<unsigned>(written.tv_nsec));
+  count_up();
   return target;
+}
+
+char* LineEnvelope::write_head_before(char* end, unsigned long long seq, const std::timespec& written) noexcept {
+  renew(seq, written);
+  for (std::size_t copied = 0; copied < head_bytes_; copied += kBlock) {
+    std::memcpy(end - copied - kBlock, end_of_head() - copied - kBlock, kBlock);
+  }
+  write_fraction(end - fraction_place_, static_cast<unsigned>(written.tv_nsec));
+  char* const begin = end - head_bytes_;
+  count_up();
+  return begin;
 }
 
 void LineEnvelope::append_head(std::string& out, unsigned long long seq, const std::timespec& written) {

@@ -23,10 +23,15 @@ class LineOutput {
   LineOutput& operator=(const LineOutput&) = delete;
 
   /// Room for `count` bytes, kChunkBytes at most, which the caller fills and then counts in.
-  char* reserve(std::size_t count) {
-    if (count > static_cast<std::size_t>(chunk_ + kChunkBytes - end_)) flush();
-    return end_;
+  char* reserve(std::size_t count) { return end_ = reserve_behind(end_, count); }
+  /// The same for a writer that knows by itself where what it has written ends, so that the compiler can keep that in a
+  /// register: what it writes next goes to what this returns. The output learns of it by count_up_to().
+  char* reserve_behind(char* end, std::size_t count) {
+    if (count > static_cast<std::size_t>(chunk_ + kChunkBytes - end)) [[unlikely]]
+      return start_again_behind(end);
+    return end;
   }
+  char* end() { return end_; }
   void count_in(std::size_t count) { end_ += count; }
   /// The same by where the text ends that was written to what reserve() gave.
   void count_up_to(char* end) { end_ = end; }
@@ -56,6 +61,11 @@ class LineOutput {
   }
 
  private:
+  [[gnu::noinline]] char* start_again_behind(char* end) {
+    end_ = end;
+    flush();
+    return end_;
+  }
   void flush() {
     target_.append(chunk_, end_);
     end_ = chunk_;

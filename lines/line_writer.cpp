@@ -94,17 +94,18 @@ static_assert(kMaxShortValue >= kMomentText + 3);
 /// The room that a line's beginning may take, up to what has no bound.
 constexpr std::size_t kMaxHead = 160;
 /// Names up to this length, as nearly all are, are copied in whole blocks.
-constexpr std::size_t kShortKey = 64;
+constexpr std::size_t kShortName = 64;
 
 /// The digits say whether texts are the same, and little else.
-void append_hash(const StoredText& stored, LineOutput& out) {
+char* write_hash(char* target, const StoredText& stored) {
   Sha256 hash;
   hash.add(stored.text, stored.length);
-  out.append("\"sha256:");
-  write_short_digest(hash.digest(), out.reserve(kShortDigestDigits));
-  out.count_in(kShortDigestDigits);
-  out.append('"');
+  target = write_literal(target, "\"sha256:");
+  write_short_digest(hash.digest(), target);
+  target[kShortDigestDigits] = '"';
+  return target + kShortDigestDigits + 1;
 }
+constexpr std::size_t kMaxHash = kShortDigestDigits + 16;
 
 /// A text of a code page, and what encoding it again needs to know.
 struct DecodedText {
@@ -141,7 +142,8 @@ bool leads_back(const StoredText& stored, const StoredCodePage& code_page) {
   return leads_back(decoded, stored, code_page);
 }
 
-/// Writes one entry. What it is asked for each attribute it knows beforehand.
+/// Writes one entry. What it is asked for each attribute it knows beforehand. Its functions hand around where the line
+/// ends, and behind what they return is no room but where they say so.
 class EntryWriter {
  public:
   EntryWriter(const _qz_LOG_log_entry_imp& entry, const EntryMarks& marks, LineOutput& out)
@@ -152,16 +154,15 @@ class EntryWriter {
         out_(out) {}
 
   void write(const MessageChoice& choice) {
-    write_head(choice);
-    out_.append(",\"attributes\":{");
-    write_attributes();
-    if (has_other_bytes_) write_bytes();
-    out_.append("}}");
+    char* at = write_head(out_.end(), choice);
+    at = write_attributes(at);
+    if (has_other_bytes_) at = write_bytes(at);
+    out_.count_up_to(write_literal(out_.reserve_behind(at, 2), "}}"));
   }
 
  private:
-  void write_head(const MessageChoice& choice) {
-    char* at = write_literal(out_.reserve(kMaxHead), "\"id\":");
+  char* write_head(char* at, const MessageChoice& choice) {
+    at = write_literal(out_.reserve_behind(at, kMaxHead), "\"id\":");
     at = write_number(at, entry_.get_entry_id());
     at = write_literal(at, ",\"level\":");
     *at++ = static_cast<char>('0' + entry_.get_log_level());
@@ -170,11 +171,13 @@ class EntryWriter {
     }
     if (choice.use_default) at = write_literal(at, ",\"default\":true");
     if (choice.selector_index != 0) at = write_number(write_literal(at, ",\"selector\":"), choice.selector_index);
-    out_.count_up_to(at);
-    if (marks_.event_name == nullptr) return;
-    const std::string_view name = marks_.event_name->json_text();
-    out_.append(",\"name\":");
-    out_.append(name.data(), name.size());
+    if (marks_.event_name != nullptr) at = write_event_name(at);
+    return write_literal(out_.reserve_behind(at, kMaxHead), ",\"attributes\":{");
+  }
+
+  char* write_event_name(char* at) {
+    at = write_literal(out_.reserve_behind(at, kMaxHead), ",\"name\":");
+    return write_prepared(at, marks_.event_name->json_text(), kMaxHead);
   }
 
   Sensitivity sensitivity_of(const KnownName* name) const {
@@ -182,76 +185,86 @@ class EntryWriter {
   }
 
   /// The key and a colon, behind a comma unless it is the first; then there is room for `more` bytes.
-  char* write_key(const KnownName* name, bool& is_first, std::size_t more) {
+  char* write_key(char* at, const KnownName* name, bool& is_first, std::size_t more) {
     std::string_view key = name->json_key();
     if (is_first) key.remove_prefix(1);
     is_first = false;
-    if (key.size() > kShortKey) [[unlikely]] {
-      out_.append(key.data(), key.size());
-      return out_.reserve(more);
-    }
-    constexpr std::size_t kBlock = KnownName::kJsonKeyPadding;
-    char* const target = out_.reserve(kShortKey + kBlock + more);
-    std::size_t copied = 0;
-    do {
-      std::memcpy(target + copied, key.data() + copied, kBlock);
-      copied += kBlock;
-    } while (copied < key.size());
-    return target + key.size();
+    return write_prepared(at, key, more);
   }
 
-  void write_attributes() {
+  /// A name's text, behind which a block may be read; then there is room for `more` bytes.
+  char* write_prepared(char* at, std::string_view text, std::size_t more) {
+    if (text.size() > kShortName) [[unlikely]]
+      return out_.reserve_behind(write_long_name(at, text), more);
+    constexpr std::size_t kBlock = KnownName::kJsonKeyPadding;
+    at = out_.reserve_behind(at, kShortName + kBlock + more);
+    std::size_t copied = 0;
+    do {
+      std::memcpy(at + copied, text.data() + copied, kBlock);
+      copied += kBlock;
+    } while (copied < text.size());
+    return at + text.size();
+  }
+
+  [[gnu::noinline]] char* write_long_name(char* at, std::string_view text) {
+    out_.count_up_to(at);
+    out_.append(text.data(), text.size());
+    return out_.end();
+  }
+
+  char* write_attributes(char* at) {
     bool is_first = true;
     entry_.for_each_value([&](const KnownName* name, const _qz_LOG_type_base& value) {
       const Sensitivity sensitivity = sensitivity_of(name);
       if (sensitivity == Sensitivity::kKeep) [[likely]] {
-        write_value(write_key(name, is_first, kMaxShortValue), value);
+        at = write_value(write_key(at, name, is_first, kMaxShortValue), value);
       } else if (sensitivity == Sensitivity::kHash && is_text(value)) {
-        out_.count_up_to(write_key(name, is_first, 0));
-        append_hash(text_of(value), out_);
+        at = write_hash(write_key(at, name, is_first, kMaxHash), text_of(value));
       }
     });
+    return at;
   }
 
-  void write_value(char* target, const _qz_LOG_type_base& value) {
-    if (!is_text(value)) return out_.count_up_to(write_short_value(target, value));
-    *target = '"';
-    out_.count_up_to(target + 1);
-    write_text(text_of(value));
+  char* write_value(char* at, const _qz_LOG_type_base& value) {
+    if (!is_text(value)) return write_short_value(at, value);
+    *at = '"';
+    at = write_text(at + 1, text_of(value));
+    return write_literal(out_.reserve_behind(at, 1), "\"");
   }
 
-  /// What stands behind the opening quote.
-  void write_text(const StoredText& stored) {
-    if (code_page_.is_utf8()) [[likely]] {
-      if (!escape_json(stored.text, stored.length, out_)) has_other_bytes_ = true;
-    } else if (code_page_.has_plain_ascii() && is_printable_ascii(stored.text, stored.length)) {
-      escape_json(stored.text, stored.length, out_);
-    } else {
-      write_decoded_text(stored);
+  /// What stands between the quotes.
+  char* write_text(char* at, const StoredText& stored) {
+    const bool is_utf8 = code_page_.is_utf8();
+    if (is_utf8 || (code_page_.has_plain_ascii() && is_printable_ascii(stored.text, stored.length))) [[likely]] {
+      const EscapedText escaped = escape_json(stored.text, stored.length, at, out_);
+      if (!escaped.is_valid) has_other_bytes_ = true;
+      return escaped.end;
     }
-    out_.append('"');
+    return write_decoded_text(at, stored);
   }
 
-  [[gnu::noinline]] void write_decoded_text(const StoredText& stored) {
+  [[gnu::noinline]] char* write_decoded_text(char* at, const StoredText& stored) {
     DecodedText decoded;
     decode(stored, code_page_, decoded);
-    escape_json(decoded.utf8.data(), decoded.utf8.size(), out_);
     has_other_bytes_ = has_other_bytes_ || !leads_back(decoded, stored, code_page_);
+    return escape_json(decoded.utf8.data(), decoded.utf8.size(), at, out_).end;
   }
 
   /// Texts that do not lead back to their bytes are rare: which they are is found out once more.
-  [[gnu::noinline]] void write_bytes() {
+  [[gnu::noinline]] char* write_bytes(char* at) {
+    out_.count_up_to(at);
     out_.append("},\"bytes\":{");
     bool is_first = true;
     entry_.for_each_value([&](const KnownName* name, const _qz_LOG_type_base& value) {
       if (!is_text(value) || sensitivity_of(name) != Sensitivity::kKeep) return;
       const StoredText stored = text_of(value);
       if (leads_back(stored, code_page_)) return;
-      out_.count_up_to(write_key(name, is_first, 0));
+      out_.count_up_to(write_key(out_.end(), name, is_first, 0));
       out_.append('"');
       append_base64(stored.text, stored.length, out_);
       out_.append('"');
     });
+    return out_.end();
   }
 
   const _qz_LOG_log_entry_imp& entry_;

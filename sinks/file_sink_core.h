@@ -83,6 +83,7 @@ class FileSinkCore final : public ForkRegistry::Member {
   void put_at(char* place, std::string_view body, unsigned level, std::size_t& bytes);
   std::size_t append_line(const SeriesHold& hold, std::string& text);
   char* write_head(char* place, const std::timespec& now) noexcept;
+  char* write_head_before(char* body, const std::timespec& now) noexcept;
 
   // Lines go: file_sink_flush.cpp.
   static void* run_thread(void* self);

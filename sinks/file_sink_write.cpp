@@ -28,11 +28,8 @@ std::size_t FileSinkCore::append_line(const SeriesHold& hold, std::string& text)
   const std::timespec now = SinkClock::now();
   text += '\n';
   if (!destination_.prepare(hold, now, text.size())) return 0;
-  char head[kRoomBefore];
-  const auto head_bytes = static_cast<std::size_t>(write_head(head, now) - head);
-  char* const line = text.data() + kRoomBefore - head_bytes;
-  std::memcpy(line, head, head_bytes);
-  const std::string_view whole(line, text.size() - kRoomBefore + head_bytes);
+  const char* const line = write_head_before(text.data() + kRoomBefore, now);
+  const std::string_view whole(line, static_cast<std::size_t>(text.data() + text.size() - line));
   if (destination_.append(hold, whole) != whole.size()) return 0;
   ++seq_;
   return whole.size();
@@ -106,6 +103,10 @@ void FileSinkCore::put_at(char* place, std::string_view body, unsigned level, st
 /// Of the next line.
 char* FileSinkCore::write_head(char* place, const std::timespec& now) noexcept {
   return lines_ == Lines::kNumbered ? envelope_.write_head(place, seq_ + 1, now) : place;
+}
+
+char* FileSinkCore::write_head_before(char* body, const std::timespec& now) noexcept {
+  return lines_ == Lines::kNumbered ? envelope_.write_head_before(body, seq_ + 1, now) : body;
 }
 
 /// What waits goes first. Others wait meanwhile: the order of the lines is the order of their numbers.

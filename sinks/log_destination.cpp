@@ -53,7 +53,7 @@ void LogDestination::set_torn(const SeriesHold& hold, bool torn) {
   if (hold.page() != nullptr) hold.page()->is_torn = torn ? 1 : 0;
 }
 
-bool LogDestination::prepare(const SeriesHold& hold, const std::timespec& now, std::size_t bytes) {
+bool LogDestination::settle(const SeriesHold& hold, const std::timespec& now, std::size_t bytes) {
   if (hold.is_after_death() && file_.is_open()) {
     // Whoever was killed may have begun a file, too.
     if (!open_current(hold, now)) return false;
@@ -73,12 +73,8 @@ bool LogDestination::prepare(const SeriesHold& hold, const std::timespec& now, s
   if (now.tv_sec != checked_ && !check_name(hold, now)) return false;
   // Where the next file cannot be had, the lines go to this one.
   if (is_due(hold, now, bytes) && !rotate(hold, now)) retry_rotation_ = now.tv_sec + 1;
+  settled_ = now.tv_sec;
   return true;
-}
-
-bool LogDestination::is_replaced_by_others(const SeriesHold& hold) const {
-  const SeriesLock::Page* const page = hold.page();
-  return is_series() && page != nullptr && page->day != 0 && SeriesFile{page->day, page->sequence} != current_;
 }
 
 bool LogDestination::is_due(const SeriesHold& hold, const std::timespec& now, std::size_t bytes) {
@@ -125,6 +121,7 @@ SeriesFile LogDestination::choose_file(const SeriesHold& hold, std::timespec now
 
 bool LogDestination::open_current(const SeriesHold& hold, std::timespec now) {
   const ForkDelay fork_delay;
+  settled_ = kNever;
   SeriesFile place;
   if (is_series()) place = choose_file(hold, now);
   LogFile opened;

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <ctime>
+#include <limits>
 #include <string>
 #include <string_view>
 
@@ -41,7 +42,9 @@ class LogDestination : public qz_UTIL_no_inadvertant_copies {
   SeriesLock& lock() { return lock_; }
 
   /// Sees to it that the right file is open for so many bytes at that time. False with errno.
-  bool prepare(const SeriesHold& hold, const std::timespec& now, std::size_t bytes);
+  bool prepare(const SeriesHold& hold, const std::timespec& now, std::size_t bytes) {
+    return is_settled(hold, now, bytes) || settle(hold, now, bytes);
+  }
   /// Appends lines. Returns how many bytes of whole lines are in the file; errno has the reason when that is not all.
   std::size_t append(const SeriesHold& hold, std::string_view lines);
   /// Where the next line begins, unless others write the file without asking. False when the system does not tell.
@@ -59,6 +62,8 @@ class LogDestination : public qz_UTIL_no_inadvertant_copies {
   unsigned long long sync_failures() const { return counts_.sync_failures + work_.sync_failures(); }
 
  private:
+  static constexpr std::time_t kNever = std::numeric_limits<std::time_t>::min();
+
   bool is_series() const { return !settings_.prefix.empty(); }
   std::uint64_t size(const SeriesHold& hold) const { return hold.page() != nullptr ? hold.page()->size : size_; }
   void set_size(const SeriesHold& hold, std::uint64_t size);
@@ -66,10 +71,22 @@ class LogDestination : public qz_UTIL_no_inadvertant_copies {
   void set_torn(const SeriesHold& hold, bool torn);
   bool end_fragment(const SeriesHold& hold, std::size_t bytes);
 
+  /// Whether everything was right earlier in this second, and the only thing that can have changed since has not.
+  bool is_settled(const SeriesHold& hold, const std::timespec& now, std::size_t bytes) const {
+    return now.tv_sec == settled_ && !hold.is_after_death() && !is_replaced_by_others(hold) &&
+           (!is_series() || size(hold) + bytes <= largest_bytes());
+  }
+  bool settle(const SeriesHold& hold, const std::timespec& now, std::size_t bytes);
+  std::uint64_t largest_bytes() const {
+    return settings_.largest_file_bytes != 0 ? settings_.largest_file_bytes : UINT64_MAX;
+  }
   bool open_current(const SeriesHold& hold, std::timespec now);
   SeriesFile choose_file(const SeriesHold& hold, std::timespec now);
   bool adopt(const SeriesHold& hold, LogFile& file, SeriesFile place);
-  bool is_replaced_by_others(const SeriesHold& hold) const;
+  bool is_replaced_by_others(const SeriesHold& hold) const {
+    const SeriesLock::Page* const page = hold.page();
+    return is_series() && page != nullptr && page->day != 0 && SeriesFile{page->day, page->sequence} != current_;
+  }
   bool check_name(const SeriesHold& hold, const std::timespec& now);
   bool is_due(const SeriesHold& hold, const std::timespec& now, std::size_t bytes);
   void tell_exhaustion();
@@ -85,6 +102,7 @@ class LogDestination : public qz_UTIL_no_inadvertant_copies {
   std::uint64_t size_ = 0;
   bool is_torn_ = false;
   std::time_t checked_ = 0;
+  std::time_t settled_ = kNever;  // the second in which everything was found right, while this file is open
   std::time_t retry_rotation_ = 0;
   long long retry_open_ = 0;
   RotationWork work_;

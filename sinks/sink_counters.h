@@ -6,8 +6,8 @@
 #include "foundation/cache_line.h"
 #include "qzlog/sink.h"
 
-/// The counts of a sink. Threads mostly count in different places, so that they do not take cache lines from each
-/// other.
+/// The counts of a sink. Threads count in different places, so that they neither take cache lines from each other nor
+/// need locked instructions; only where there are more threads than places some share one.
 class qz_LOG_Sink::Counters {
  public:
   void count(Outcome outcome, unsigned level, unsigned long long bytes) noexcept;
@@ -23,8 +23,6 @@ class qz_LOG_Sink::Counters {
     std::atomic<unsigned long long> bytes{0};
     std::atomic<unsigned long long> entries[kOutcomes][qz_LOG_SinkCounts::kLevels] = {};
   };
-
-  Place& own_place() noexcept;
 
   Place places_[kPlaces];
 };

@@ -29,7 +29,9 @@ Escaped escaped_by(std::string_view text) {
   text.copy(copy.get(), text.size());
   Escaped result;
   LineOutput output(result.json);
-  result.is_valid = escape_json_by<Block>(copy.get(), text.size(), output);
+  const EscapedText escaped = escape_json_by<Block>(copy.get(), text.size(), output.end(), output);
+  output.count_up_to(escaped.end);
+  result.is_valid = escaped.is_valid;
   output.finish();
   return result;
 }
