@@ -106,7 +106,7 @@ EscapedText escape_json_by(const char* text, std::size_t length, char* target, O
 
 /// By the quickest way of this processor; most texts are short and plain.
 template <typename Output>
-EscapedText escape_json(const char* text, std::size_t length, char* target, Output& out) {
+[[gnu::always_inline]] inline EscapedText escape_json(const char* text, std::size_t length, char* target, Output& out) {
   if (length - 1 < JsonBlock::kBytes - 1) {
     const JsonBlock block(text, static_cast<unsigned>(length));
     if ((block.special_or_high() & ((1U << length) - 1)) == 0) {

@@ -44,19 +44,19 @@ class NoPipeSignal : public qz_UTIL_no_inadvertant_copies {
   bool was_pending_;
 };
 
-/// Writes until something does not work any more.
-std::size_t write_while_possible(int file, std::string_view bytes) {
-  std::size_t written = 0;
-  while (written < bytes.size()) {
-    const ssize_t count = ::write(file, bytes.data() + written, bytes.size() - written);
-    if (count > 0) {
-      written += static_cast<std::size_t>(count);
-    } else if (count == 0) {
-      errno = ENOSPC;
-      break;
-    } else if (errno != EINTR) {
-      break;
-    }
+/// Counts in what a write returned. False when it did not work; errno then has the reason.
+bool count_in(ssize_t count, std::size_t& written) {
+  if (count > 0) {
+    written += static_cast<std::size_t>(count);
+    return true;
+  }
+  if (count == 0) errno = ENOSPC;
+  return count < 0 && errno == EINTR;
+}
+
+/// Writes what is left until something does not work any more. Returns how many bytes are written in all.
+std::size_t write_while_possible(int file, std::string_view bytes, std::size_t written = 0) {
+  while (written < bytes.size() && count_in(::write(file, bytes.data() + written, bytes.size() - written), written)) {
   }
   return written;
 }
@@ -133,9 +133,10 @@ bool LogFile::is_named() const {
   return stat(path_.c_str(), &status) == 0 && identity_of(status) == identity_;
 }
 
-std::size_t LogFile::append(std::string_view lines, unsigned longest_wait_milliseconds) const {
-  if (is_regular_) return write_while_possible(file_.get(), lines);
-  return append_to_pipe(lines, longest_wait_milliseconds);
+/// The first write returned `first_count`, which is not all.
+std::size_t LogFile::append_rest(std::string_view lines, ssize_t first_count) const {
+  std::size_t written = 0;
+  return count_in(first_count, written) ? write_while_possible(file_.get(), lines, written) : written;
 }
 
 std::size_t LogFile::append_to_pipe(std::string_view lines, unsigned longest_wait_milliseconds) const {

@@ -3,6 +3,7 @@
 
 #include <sys/stat.h>
 #include <sys/types.h>
+#include <unistd.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -43,12 +44,20 @@ class LogFile : public qz_UTIL_no_inadvertant_copies {
 
   /// Appends in as few writes as possible, waiting so long for a pipe's reader. Returns how many bytes are in the
   /// file, at the end of which there may be a part of a line; errno has the reason when they are not all.
-  std::size_t append(std::string_view lines, unsigned longest_wait_milliseconds) const;
+  std::size_t append(std::string_view lines, unsigned longest_wait_milliseconds) const {
+    if (!is_regular_) [[unlikely]]
+      return append_to_pipe(lines, longest_wait_milliseconds);
+    const ssize_t count = ::write(file_.get(), lines.data(), lines.size());
+    if (count == static_cast<ssize_t>(lines.size())) [[likely]]
+      return lines.size();
+    return append_rest(lines, count);
+  }
   /// Takes so many bytes from the end.
   bool cut(std::size_t bytes) const;
   bool sync() const;
 
  private:
+  std::size_t append_rest(std::string_view lines, ssize_t first_count) const;
   std::size_t append_to_pipe(std::string_view lines, unsigned longest_wait_milliseconds) const;
 
   Descriptor file_;

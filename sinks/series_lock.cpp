@@ -102,9 +102,7 @@ void SeriesLock::close() {
   file_.reset();
 }
 
-SeriesLock::State SeriesLock::lock() noexcept {
-  if (page_ == nullptr) return State::kNotHeld;
-  int error = pthread_mutex_trylock(&page_->mutex);
+SeriesLock::State SeriesLock::wait_for_lock(int error) noexcept {
   // In slices, so that a clock that is set back does not make one long.
   for (int slice = 0; slice < 20 && (error == EBUSY || error == ETIMEDOUT); ++slice) {
     std::timespec until = {};

@@ -40,7 +40,13 @@ class SeriesLock : public qz_UTIL_no_inadvertant_copies {
   friend class SeriesHold;
   enum class State { kNotHeld, kHeld, kAfterDeath };
 
-  State lock() noexcept;
+  State lock() noexcept {
+    if (page_ == nullptr) return State::kNotHeld;
+    const int error = pthread_mutex_trylock(&page_->mutex);
+    return error == 0 ? State::kHeld : wait_for_lock(error);
+  }
+  /// An attempt has ended with `error`.
+  State wait_for_lock(int error) noexcept;
   bool open_file(const std::string& path, mode_t permissions);
   bool enter();
   bool map();
