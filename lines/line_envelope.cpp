@@ -111,23 +111,20 @@ void LineEnvelope::count_up() noexcept {
 
 char* LineEnvelope::write_head(char* target, unsigned long long seq, const std::timespec& written) noexcept {
   renew(seq, written);
-  const char* const head = end_of_head() - head_bytes_;
-  for (std::size_t copied = 0; copied < head_bytes_; copied += kBlock) {
-    std::memcpy(target + copied, head + copied, kBlock);
-  }
-  target += head_bytes_;
-  write_fraction(target - fraction_place_, static_cast<unsigned>(written.tv_nsec));
+  char* const end = target + head_bytes_;
+  const char* head = end_of_head() - head_bytes_;
+  for (; target < end; target += kBlock, head += kBlock) std::memcpy(target, head, kBlock);
+  write_fraction(end - fraction_place_, static_cast<unsigned>(written.tv_nsec));
   count_up();
-  return target;
+  return end;
 }
 
 char* LineEnvelope::write_head_before(char* end, unsigned long long seq, const std::timespec& written) noexcept {
   renew(seq, written);
-  for (std::size_t copied = 0; copied < head_bytes_; copied += kBlock) {
-    std::memcpy(end - copied - kBlock, end_of_head() - copied - kBlock, kBlock);
-  }
-  write_fraction(end - fraction_place_, static_cast<unsigned>(written.tv_nsec));
   char* const begin = end - head_bytes_;
+  const char* head = end_of_head();
+  for (char* target = end; target > begin;) std::memcpy(target -= kBlock, head -= kBlock, kBlock);
+  write_fraction(end - fraction_place_, static_cast<unsigned>(written.tv_nsec));
   count_up();
   return begin;
 }

@@ -43,11 +43,6 @@ LogDestination::LogDestination(const qz_LOG_FileSinkSettings& settings)
 
 void LogDestination::open_lock() { lock_.open(lock_path(folder_, hidden_name_), settings_.file_permissions); }
 
-void LogDestination::set_size(const SeriesHold& hold, std::uint64_t size) {
-  size_ = size;
-  if (hold.page() != nullptr) hold.page()->size = size;
-}
-
 void LogDestination::set_torn(const SeriesHold& hold, bool torn) {
   is_torn_ = torn;
   if (hold.page() != nullptr) hold.page()->is_torn = torn ? 1 : 0;
@@ -154,18 +149,19 @@ bool LogDestination::adopt(const SeriesHold& hold, LogFile& file, SeriesFile pla
   return true;
 }
 
-std::size_t LogDestination::append(const SeriesHold& hold, std::string_view lines) {
-  if (is_torn(hold)) {
-    if (file_.append("\n", settings_.longest_wait_milliseconds) != 1) return 0;
-    ++counts_.fragments;
-    set_torn(hold, false);
-  }
-  const std::size_t written = file_.append(lines, settings_.longest_wait_milliseconds);
-  set_size(hold, size(hold) + written);
-  if (written == lines.size()) return written;
+/// By a line break.
+bool LogDestination::close_fragment(const SeriesHold& hold) {
+  if (file_.append("\n", settings_.longest_wait_milliseconds) != 1) return false;
+  ++counts_.fragments;
+  set_torn(hold, false);
+  return true;
+}
+
+/// After a write that did not write all: the bytes of the whole lines among those that it wrote.
+std::size_t LogDestination::cut_to_lines(const SeriesHold& hold, std::string_view written) {
   const int error = errno;
-  const std::size_t whole = lines.substr(0, written).rfind('\n') + 1;  // npos + 1 is 0
-  if (written > whole && !end_fragment(hold, written - whole)) set_torn(hold, true);
+  const std::size_t whole = written.rfind('\n') + 1;  // npos + 1 is 0
+  if (written.size() > whole && !end_fragment(hold, written.size() - whole)) set_torn(hold, true);
   errno = error;
   return whole;
 }

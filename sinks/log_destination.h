@@ -46,7 +46,13 @@ class LogDestination : public qz_UTIL_no_inadvertant_copies {
     return is_settled(hold, now, bytes) || settle(hold, now, bytes);
   }
   /// Appends lines. Returns how many bytes of whole lines are in the file; errno has the reason when that is not all.
-  std::size_t append(const SeriesHold& hold, std::string_view lines);
+  std::size_t append(const SeriesHold& hold, std::string_view lines) {
+    if (is_torn(hold) && !close_fragment(hold)) [[unlikely]]
+      return 0;
+    const std::size_t written = file_.append(lines, settings_.longest_wait_milliseconds);
+    set_size(hold, size(hold) + written);
+    return written == lines.size() ? written : cut_to_lines(hold, lines.substr(0, written));
+  }
   /// Where the next line begins, unless others write the file without asking. False when the system does not tell.
   bool get_end(std::uint64_t& end) const { return file_.get_size(end); }
 
@@ -66,9 +72,14 @@ class LogDestination : public qz_UTIL_no_inadvertant_copies {
 
   bool is_series() const { return !settings_.prefix.empty(); }
   std::uint64_t size(const SeriesHold& hold) const { return hold.page() != nullptr ? hold.page()->size : size_; }
-  void set_size(const SeriesHold& hold, std::uint64_t size);
+  void set_size(const SeriesHold& hold, std::uint64_t size) {
+    size_ = size;
+    if (SeriesLock::Page* const page = hold.page()) page->size = size;
+  }
   bool is_torn(const SeriesHold& hold) const { return hold.page() != nullptr ? hold.page()->is_torn != 0 : is_torn_; }
   void set_torn(const SeriesHold& hold, bool torn);
+  bool close_fragment(const SeriesHold& hold);
+  std::size_t cut_to_lines(const SeriesHold& hold, std::string_view written);
   bool end_fragment(const SeriesHold& hold, std::size_t bytes);
 
   /// Whether everything was right earlier in this second, and the only thing that can have changed since has not.

@@ -38,16 +38,19 @@ class OwnPlace {
   unsigned number_;
 };
 
-/// That of the calling thread; without memory, and in what still runs after the thread's end, everybody's.
-unsigned place_of_thread() noexcept {
-  if (const OwnPlace* const own = ThreadInstance<OwnPlace>::find()) [[likely]]
-    return own->number();
+/// Without memory, and in what still runs after the thread's end, it is everybody's.
+[[gnu::noinline]] unsigned make_place_of_thread() noexcept {
   try {
     const OwnPlace* const made = ThreadInstance<OwnPlace>::make();
     return made != nullptr ? made->number() : OwnPlace::kSharedPlace;
   } catch (const std::bad_alloc&) {
     return OwnPlace::kSharedPlace;
   }
+}
+
+unsigned place_of_thread() noexcept {
+  const OwnPlace* const own = ThreadInstance<OwnPlace>::find();
+  return own != nullptr ? own->number() : make_place_of_thread();
 }
 
 /// Nobody else writes to a place that is a thread's own: what others read is whole all the same.
