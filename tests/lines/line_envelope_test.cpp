@@ -2,11 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include <climits>
 #include <string>
 
 #include "foundation/sha256.h"
 #include "lines/line_writer.h"
+#include "lines/moment_text.h"
 #include "tests/entry/entry_fixture.h"
+#include "tests/support/seeded_random.h"
 #include "tests/support/strict_json.h"
 
 namespace qzlog {
@@ -49,6 +52,44 @@ TEST_F(LineEnvelopeTest, TimesBackAndForth_EachItsOwn) {
     char text[kMomentText];
     write_moment(text, second);
     EXPECT_NE(head_of(envelope, 1, {second, 0}).find(std::string(text, kMomentText)), std::string::npos) << second;
+  }
+}
+
+/// In front of a body.
+std::string head_before(LineEnvelope& envelope, unsigned long long seq, const std::timespec& written) {
+  std::string line(LineEnvelope::kMaxHead, ' ');
+  line += "body";
+  char* const body = line.data() + LineEnvelope::kMaxHead;
+  char* const head = envelope.write_head_before(body, seq, written);
+  EXPECT_EQ(line.substr(LineEnvelope::kMaxHead), "body");
+  return std::string(head, body);
+}
+
+TEST_F(LineEnvelopeTest, NumbersThatCountUp_EachItsOwn) {
+  LineEnvelope envelope("a/1/2");
+  for (unsigned long long seq = 1; seq <= 1100; ++seq) {
+    const std::string number = std::to_string(seq);
+    EXPECT_EQ(head_before(envelope, seq, {0, 7}),
+              R"({"writer":"a/1/2","seq":)" + number + R"(,"written":"1970-01-01T00:00:00.000000007Z",)");
+  }
+}
+
+TEST_F(LineEnvelopeTest, NumbersAndTimesByChance_AsThoseOfANewEnvelope) {
+  SeededRandom random;
+  LineEnvelope envelope("host/1/2");
+  unsigned long long seq = 0;
+  std::timespec now = {1795248930, 0};
+  for (int round = 0; round < 20000; ++round) {
+    const auto choice = static_cast<int>(random.below(20));
+    if (choice == 0) seq = ULLONG_MAX >> random.below(64);
+    if (choice > 1) ++seq;
+    if (choice == 2) now.tv_sec += static_cast<std::time_t>(random.below(100)) - 30;
+    now.tv_nsec = static_cast<long>(random.below(1000000000));
+    if (choice == 3 && round % 5 == 0) load_auxiliary({.entries = {{.id = random.one_in(2) ? 5U : 6U}}});
+    if (choice == 4) qz_LOG_LogConfig::GetDefinitionTable()->definitions_digest();
+    LineEnvelope fresh("host/1/2");
+    const std::string expected = head_of(fresh, seq, now);
+    ASSERT_EQ(choice % 2 == 0 ? head_of(envelope, seq, now) : head_before(envelope, seq, now), expected);
   }
 }
 

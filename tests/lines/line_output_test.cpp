@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <string>
 
@@ -33,6 +34,23 @@ TEST(LineOutput, MoreThanAChunk_IsWhole) {
   }
   output.finish();
   EXPECT_EQ(text, expected);
+}
+
+TEST(LineOutput, EndHandedAround_EverythingIsThere) {
+  std::string text = "before ";
+  std::string expected = text;
+  LineOutput output(text);
+  char* end = output.end();
+  for (int i = 0; i < 1000; ++i) {
+    const std::string number = std::to_string(i);
+    end = output.reserve_behind(end, number.size());
+    end = std::copy(number.begin(), number.end(), end);
+    expected += number;
+  }
+  output.count_up_to(end);
+  output.append('.');
+  output.finish();
+  EXPECT_EQ(text, expected + '.');
 }
 
 TEST(LineOutput, NotFinished_TheTextIsAsItWas) {

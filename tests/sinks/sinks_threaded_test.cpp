@@ -29,6 +29,44 @@ class SinksThreaded : public SinksTest {
   }
 };
 
+/// Takes every other entry.
+class EveryOtherSink : public qz_LOG_Sink {
+ protected:
+  Outcome WriteEntry(const qz_LOG_LogEntry&, bool, unsigned, unsigned long long& bytes) override {
+    static thread_local unsigned number = 0;
+    if (++number % 2 == 0) return kFailed;
+    bytes = 3;
+    return kWritten;
+  }
+  bool FlushEntries(unsigned) override { return true; }
+  unsigned long long CloseEntries(unsigned) override { return 0; }
+};
+
+TEST_F(OtherSinksThreaded, Counts_OfMoreThreadsThanPlacesOneAfterAnother_AreExact) {
+  constexpr int kGenerations = 4;
+  constexpr int kManyThreads = 24;
+  constexpr unsigned kEntries = 500;
+  EveryOtherSink sinks[2];
+  for (int generation = 0; generation < kGenerations; ++generation) {
+    std::vector<std::thread> threads;
+    for (int i = 0; i < kManyThreads; ++i) {
+      threads.emplace_back([&sinks, i] {
+        const qz_LOG_LogEntry entry(kDisk, static_cast<unsigned>(i % 3));
+        for (unsigned count = 0; count < 2 * kEntries; ++count) sinks[count / 2 % 2].Write(entry);
+      });
+    }
+    for (std::thread& thread : threads) thread.join();
+  }
+  for (const EveryOtherSink& sink : sinks) {
+    const qz_LOG_SinkCounts counts = sink.GetCounts();
+    constexpr unsigned long long kHalf = kGenerations * kManyThreads * kEntries / 2;
+    EXPECT_EQ(counts.written, kHalf);
+    EXPECT_EQ(counts.failed, kHalf);
+    EXPECT_EQ(counts.bytes, 3 * kHalf);
+    for (const unsigned level : {0U, 1U, 2U}) EXPECT_EQ(counts.failed_by_level[level], kHalf / 3) << level;
+  }
+}
+
 unsigned long long given(const qz_LOG_Sink& sink) {
   const qz_LOG_SinkCounts counts = sink.GetCounts();
   return counts.written + counts.failed + counts.dropped;
