@@ -44,6 +44,7 @@ std::string new_writer() { return host_name() + '/' + std::to_string(getpid()) +
 unsigned long long start_of(const std::string& writer) { return std::stoull(writer.substr(writer.rfind('/') + 1)); }
 
 [[noreturn]] void throw_open_failure(const std::string& path, int error) {
+  if (error == ENOMEM) throw QZX_memory_alloc();
   char reason[128];
   const std::string text = "The log file " + path + " cannot be opened: " + strerror_r(error, reason, sizeof reason);
   throw QZX_logging_file_operation_failed(text.c_str(), 0);

@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <new>
 
 #include "foundation/fork_gate.h"
 #include "qzlog/log_util.h"
+#include "qzlog/qz_exception.h"
 #include "sinks/sink_clock.h"
 #include "util/debug_record.h"
 
@@ -31,6 +33,19 @@ std::string lock_path(const std::string& folder, const std::string& hidden_name)
   char name[256];
   get_plockname(hidden_name.c_str(), "lock", name);
   return folder + '/' + name;
+}
+
+/// What a step returns; false with errno when it finds no memory: it is tried again, as after other errors.
+template <typename Step>
+bool with_memory_or_not(Step step) {
+  try {
+    return step();
+  } catch (const std::bad_alloc&) {
+    errno = ENOMEM;
+  } catch (const QZX_memory_alloc&) {
+    errno = ENOMEM;
+  }
+  return false;
 }
 
 }  // namespace
@@ -108,17 +123,23 @@ bool LogDestination::check_name(const SeriesHold& hold, const std::timespec& now
   return true;
 }
 
-SeriesFile LogDestination::choose_file(const SeriesHold& hold, std::timespec now) {
-  SeriesFile latest = series_.latest();
-  if (const SeriesLock::Page* const page = hold.page()) latest = std::max(latest, {page->day, page->sequence});
-  return std::max(latest, {local_day_.number_of(now.tv_sec), 1});
+bool LogDestination::choose_file(const SeriesHold& hold, std::timespec now, SeriesFile& chosen) {
+  if (!is_series()) return true;
+  if (!series_.find_latest(chosen)) return false;
+  if (const SeriesLock::Page* const page = hold.page()) chosen = std::max(chosen, {page->day, page->sequence});
+  chosen = std::max(chosen, {local_day_.number_of(now.tv_sec), 1});
+  return true;
 }
 
 bool LogDestination::open_current(const SeriesHold& hold, std::timespec now) {
+  return with_memory_or_not([&] { return open_latest(hold, now); });
+}
+
+bool LogDestination::open_latest(const SeriesHold& hold, std::timespec now) {
   const ForkDelay fork_delay;
   settled_ = kNever;
   SeriesFile place;
-  if (is_series()) place = choose_file(hold, now);
+  if (!choose_file(hold, now, place)) return false;
   LogFile opened;
   const bool is_open = opened.open(is_series() ? series_.path_of(place) : settings_.path, settings_.file_permissions);
   if (!is_open) {
@@ -132,16 +153,14 @@ bool LogDestination::open_current(const SeriesHold& hold, std::timespec now) {
 }
 
 bool LogDestination::adopt(const SeriesHold& hold, LogFile& file, SeriesFile place) {
+  const long long repaired = file.is_regular() ? repair_end(file.path(), file.identity(), hold.is_held()) : 0;
+  if (repaired > 0) counts_.damaged += static_cast<unsigned long long>(repaired);
   file_.swap(file);
   current_ = place;
   set_torn(hold, false);
   if (SeriesLock::Page* const page = hold.page(); page != nullptr && is_series()) {
     page->day = place.day;
     page->sequence = place.number;
-  }
-  if (file_.is_regular()) {
-    const long long repaired = repair_end(file_.path(), file_.identity(), hold.is_held());
-    if (repaired > 0) counts_.damaged += static_cast<unsigned long long>(repaired);
   }
   std::uint64_t actual = 0;
   if (!file_.get_size(actual)) return false;
@@ -181,7 +200,10 @@ bool LogDestination::reopen(const SeriesHold& hold, const std::timespec& now) {
 }
 
 bool LogDestination::rotate(const SeriesHold& hold, const std::timespec& now) {
-  if (!is_series()) return false;
+  return is_series() && with_memory_or_not([&] { return begin_next_file(hold, now); });
+}
+
+bool LogDestination::begin_next_file(const SeriesHold& hold, const std::timespec& now) {
   if (!file_.is_open() || is_replaced_by_others(hold)) return open_current(hold, now);
   const unsigned today = local_day_.number_of(now.tv_sec);
   SeriesFile next = today > current_.day ? SeriesFile{today, 1} : SeriesFile{current_.day, current_.number + 1};

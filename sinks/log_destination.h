@@ -92,7 +92,9 @@ class LogDestination : public qz_UTIL_no_inadvertant_copies {
     return settings_.largest_file_bytes != 0 ? settings_.largest_file_bytes : UINT64_MAX;
   }
   bool open_current(const SeriesHold& hold, std::timespec now);
-  SeriesFile choose_file(const SeriesHold& hold, std::timespec now);
+  bool open_latest(const SeriesHold& hold, std::timespec now);
+  bool begin_next_file(const SeriesHold& hold, const std::timespec& now);
+  bool choose_file(const SeriesHold& hold, std::timespec now, SeriesFile& chosen);
   bool adopt(const SeriesHold& hold, LogFile& file, SeriesFile place);
   bool is_replaced_by_others(const SeriesHold& hold) const {
     const SeriesLock::Page* const page = hold.page();

@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <memory>
 #include <utility>
 
@@ -57,11 +58,11 @@ std::string LogSeries::path_of(SeriesFile file) const {
   return name.get();
 }
 
-std::vector<SeriesFile> LogSeries::list() const {
-  std::vector<SeriesFile> files;
+bool LogSeries::list(std::vector<SeriesFile>& files) const {
   const ForkDelay fork_delay;
   const std::unique_ptr<DIR, FolderCloser> folder(opendir(folder_.c_str()));
-  if (folder == nullptr) return files;
+  if (folder == nullptr) return errno == EACCES;
+  errno = 0;
   while (const dirent* const entry = readdir(folder.get())) {
     unsigned short year = 0;
     unsigned short month = 0;
@@ -70,18 +71,21 @@ std::vector<SeriesFile> LogSeries::list() const {
     if (is_a_valid_text_log(entry->d_name, prefix_.c_str(), &year, &month, &day, &number) == 0 || number == 0) continue;
     files.push_back({year * 10000U + month * 100U + day, number});
   }
+  if (errno != 0) return false;
   std::sort(files.begin(), files.end());
-  return files;
+  return true;
 }
 
-SeriesFile LogSeries::latest() const {
-  const std::vector<SeriesFile> files = list();
-  return files.empty() ? SeriesFile() : files.back();
+bool LogSeries::find_latest(SeriesFile& latest) const {
+  std::vector<SeriesFile> files;
+  if (!list(files)) return false;
+  if (!files.empty()) latest = files.back();
+  return true;
 }
 
 void LogSeries::delete_old(unsigned keep_files, unsigned keep_days, std::time_t now) const {
-  std::vector<SeriesFile> files = list();
-  if (files.empty()) return;
+  std::vector<SeriesFile> files;
+  if (!list(files) || files.empty()) return;
   files.pop_back();
   const std::size_t surplus = keep_files == 0 || files.size() + 1 <= keep_files ? 0 : files.size() + 1 - keep_files;
   const unsigned earliest = keep_days == 0 ? 0 : earliest_day_kept(keep_days, now);

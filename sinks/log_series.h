@@ -23,10 +23,11 @@ class LogSeries {
   LogSeries(std::string folder, std::string prefix) : folder_(std::move(folder)), prefix_(std::move(prefix)) {}
 
   std::string path_of(SeriesFile file) const;
-  /// In order; empty also when the folder cannot be read.
-  std::vector<SeriesFile> list() const;
-  /// {} when there is none.
-  SeriesFile latest() const;
+  /// Adds them to `files`, in order. False with errno when they cannot be found out; std::bad_alloc. In a folder that
+  /// may be written to but not be read there are none.
+  bool list(std::vector<SeriesFile>& files) const;
+  /// `latest` stays as it is when there is none. Otherwise as list().
+  bool find_latest(SeriesFile& latest) const;
   /// Deletes the earliest ones: all but `keep_files`, and those before the last `keep_days` days (0: no bound), never
   /// the latest, and none that a writer holds.
   void delete_old(unsigned keep_files, unsigned keep_days, std::time_t now) const;

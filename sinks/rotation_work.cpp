@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <new>
 #include <utility>
 
 #include "sinks/descriptor.h"
@@ -26,9 +27,14 @@ bool sync_file(const std::string& path) {
 
 }  // namespace
 
-void RotationWork::start(Task task) {
+void RotationWork::start(Task task) noexcept {
   if (task.path_to_sync.empty() && task.keep_files == 0 && task.keep_days == 0) return;
-  auto job = std::make_unique<Job>(Job{std::move(task), state_});
+  const bool syncs = !task.path_to_sync.empty();
+  std::unique_ptr<Job> job(new (std::nothrow) Job{std::move(task), state_});
+  if (job == nullptr) {
+    if (syncs) state_->sync_failures.fetch_add(1);
+    return;
+  }
   state_->running.fetch_add(1);
   if (!start_silent_thread(run, job.get())) run(job.get());
   static_cast<void>(job.release());  // run() has it

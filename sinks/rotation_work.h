@@ -23,7 +23,8 @@ class RotationWork {
     std::time_t now;
   };
 
-  void start(Task task);
+  /// Without memory old files stay until the next rotation, and what is not synced is counted.
+  void start(Task task) noexcept;
   /// Waits so long for everything that was started.
   void wait(unsigned milliseconds) const;
   unsigned long long sync_failures() const { return state_->sync_failures.load(std::memory_order_relaxed); }

@@ -168,11 +168,12 @@ void expect_same(const EventNames& names, const NamesSection& plain, RandomNumbe
     ASSERT_EQ(text_of(names.find_name(id)), known ? found->second.first : "(null)");
     ASSERT_EQ(text_of(names.find_summary(id)), known ? found->second.second : "(null)");
   }
-  for (const auto& [id, event] : plain.events) {
+  for (const auto& event : plain.events) {
+    const std::string& name = event.second.first;
     const auto lowest = std::find_if(plain.events.begin(), plain.events.end(),
-                                     [&](const auto& other) { return other.second.first == event.first; });
+                                     [&name](const auto& other) { return other.second.first == name; });
     unsigned found = 0;
-    ASSERT_TRUE(names.find_id(event.first, found));
+    ASSERT_TRUE(names.find_id(name, found));
     ASSERT_EQ(found, lowest->first);
   }
   for (int i = 0; i < 20; ++i) {

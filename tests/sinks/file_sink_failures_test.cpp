@@ -274,5 +274,43 @@ TEST_F(FileSinkFailuresTest, Memory_OpeningThrowsAndWritingCounts) {
   }
 }
 
+/// The sink's own thread has none either: it flushes, rotates and deletes files meanwhile.
+TEST_F(FileSinkFailuresTest, NoMemoryInAnyThread_NothingThatWasTakenIsLost) {
+  for (const Settings::Way way : kWays) {
+    Settings settings = small_files(folder_.path(""), way);
+    settings.keep_files = 1000;
+    settings.longest_wait_milliseconds = 10000;
+    qz_LOG_LogEntry entry(kEvent, 3);
+    entry.AddAttrib4u("Source", static_cast<unsigned>(way));
+    entry.AddAttrib4u("Number", 1);
+    qz_LOG_FileSink sink(settings);
+    EXPECT_TRUE(sink.Write(entry));  // what a thread keeps for its lines is there
+    unsigned taken = 1;
+    unsigned refused = 0;
+    {
+      const MemoryOutage outage;
+      for (unsigned number = 0; number < 2000; ++number) ++(sink.Write(entry) ? taken : refused);
+      sink.Flush(100);
+    }
+    EXPECT_TRUE(sink.Write(entry));
+    ++taken;
+    EXPECT_TRUE(sink.Flush(10000));
+    const qz_LOG_SinkCounts counts = sink.GetCounts();
+    EXPECT_EQ(counts.written, taken);
+    EXPECT_EQ(counts.failed, refused);
+    EXPECT_GT(taken, 100U);
+    EXPECT_EQ(sink.Close(10000), 0U);
+    WrittenLines written;
+    written.take_series(folder_.path(""), "app");
+    EXPECT_EQ(written.damaged, std::vector<std::string>());
+    EXPECT_EQ(written.numbers[way].size(), taken);
+    unsigned long long told = 0;
+    for (const auto& [event, count] : written.lost) told += static_cast<unsigned long long>(count);
+    EXPECT_EQ(told, refused);
+    std::filesystem::remove_all(folder_.path(""));
+    std::filesystem::create_directory(folder_.path(""));
+  }
+}
+
 }  // namespace
 }  // namespace qz_test

@@ -1,5 +1,6 @@
 #include "tests/support/allocation_failure.h"
 
+#include <atomic>
 #include <cstdlib>
 #include <cstring>
 #include <new>
@@ -13,7 +14,10 @@ struct Countdown {
 };
 thread_local Countdown countdown;
 
+constinit std::atomic<bool> is_out = false;
+
 bool next_fails() {
+  if (is_out.load(std::memory_order_relaxed)) return true;
   if (countdown.until_failure == 0) return false;
   if (countdown.until_failure > 1) {
     --countdown.until_failure;
@@ -43,6 +47,9 @@ namespace qz_test {
 AllocationFailure::AllocationFailure(unsigned nth, Reach reach) { countdown = {nth, reach == kFromThenOn, false}; }
 AllocationFailure::~AllocationFailure() { countdown = {}; }
 bool AllocationFailure::happened() const { return countdown.happened; }
+
+MemoryOutage::MemoryOutage() { is_out = true; }
+MemoryOutage::~MemoryOutage() { is_out = false; }
 
 }  // namespace qz_test
 

@@ -25,6 +25,15 @@ class AllocationFailure {
   bool happened() const;
 };
 
+/// While it lives, no thread gets memory in these ways. One at a time in a process, under the same condition.
+class MemoryOutage {
+ public:
+  MemoryOutage();
+  ~MemoryOutage();
+  MemoryOutage(const MemoryOutage&) = delete;
+  MemoryOutage& operator=(const MemoryOutage&) = delete;
+};
+
 /// Runs `operation` with its first, then its second, ... allocation failing until none is left to fail, and returns how
 /// many there were. Each failing run must throw QZX_memory_alloc; `check` is called after each, with memory available.
 template <typename Operation, typename Check>
