@@ -27,7 +27,7 @@ void qz_LOG_EntryLine::Implementation::read(const LineCutter::Line& line, const 
   parser_.parse(line.text, fields_);
   if (!lost_.empty()) lost_.clear();
   if (fields_.lost) {
-    read_lost_entries(fields_.lost, line.text.data(), lost_);
+    read_lost_entries(fields_.lost, line.text.data(), fields_.is_held ? "held" : "lost", lost_);
     entry_ = &builder_.spare_entry();
   } else {
     entry_ = &builder_.build(fields_);
@@ -65,7 +65,11 @@ const char* qz_LOG_EntryLine::GetDefinitions() const { return text_or_empty(impl
 
 const char* qz_LOG_EntryLine::GetName() const { return text_or_empty(implementation_->fields().name); }
 
-bool qz_LOG_EntryLine::IsLoss() const { return static_cast<bool>(implementation_->fields().lost); }
+bool qz_LOG_EntryLine::IsLoss() const {
+  return static_cast<bool>(implementation_->fields().lost) && !implementation_->fields().is_held;
+}
+
+bool qz_LOG_EntryLine::IsHeld() const { return implementation_->fields().is_held; }
 
 std::size_t qz_LOG_EntryLine::GetLostCount() const { return implementation_->lost().size(); }
 

@@ -79,9 +79,10 @@ struct LineFields {
   bool use_default = false;
   bool has_seq = false;
   bool has_bytes = false;
+  bool is_held = false;  ///< the entries of `lost` were held back on purpose
   LineAttributes attributes;
   LineAttributes bytes;  ///< stored texts in base64, by the names of attributes
-  JsonPlace lost;        ///< of a line that tells of lost entries, which has no `id`
+  JsonPlace lost;        ///< of a line that tells of entries that were not written, which has no `id`
 
   // What a writer adds. Empty when absent.
   std::uint64_t seq = 0;

@@ -98,6 +98,11 @@ void read_bytes(const Member& member, LineFields& fields) {
 
 void read_lost(const Member& member, LineFields& fields) { fields.lost = member.value; }
 
+void read_held(const Member& member, LineFields& fields) {
+  fields.lost = member.value;
+  fields.is_held = true;
+}
+
 void read_seq(const Member& member, LineFields& fields) {
   const JsonValue value = member.value.value(member.texts.value);
   fields.has_seq = true;
@@ -145,6 +150,7 @@ struct Key {
 constexpr Key kKeys[] = {
     {"id", read_id, true},
     {"lost", read_lost, false},
+    {"held", read_held, false},
     {"level", read_level, true},
     {"time", read_time, true},
     {"attributes", read_attributes, true},
@@ -179,18 +185,20 @@ class SeenKeys {
     seen_[key] = true;
   }
 
-  void require_entry_or_loss() const {
+  /// An entry, what was lost, or what was held back.
+  void require_one_kind() const {
     constexpr std::size_t kId = 0;
     constexpr std::size_t kLost = 1;
-    if (!seen_[kLost]) {
+    constexpr std::size_t kHeld = 2;
+    const std::size_t kind = seen_[kLost] ? kLost : kHeld;
+    if (!seen_[kind]) {
       if (!seen_[kId]) throw LineFault{LineRule::kMissingId, "the entry has no 'id'"};
       return;
     }
     for (std::size_t key = 0; key < kKeyCount; ++key) {
-      if (seen_[key] && kKeys[key].is_of_entry) {
-        throw LineFault{LineRule::kBadLost,
-                        "a line with 'lost' is no entry, and has no '" + std::string(kKeys[key].name) + "'"};
-      }
+      if (!seen_[key] || key == kind || (!kKeys[key].is_of_entry && key != kHeld)) continue;
+      throw LineFault{LineRule::kBadLost, "a line with '" + std::string(kKeys[kind].name) +
+                                              "' is no entry, and has no '" + std::string(kKeys[key].name) + "'"};
     }
   }
 
@@ -228,7 +236,7 @@ void LineParser::parse_any(std::string_view line, LineFields& fields) {
     seen.add(key, place);
     kKeys[key].read({value, place, line.data(), texts_}, fields);
   });
-  seen.require_entry_or_loss();
+  seen.require_one_kind();
 }
 
 }  // namespace qzlog

@@ -10,21 +10,17 @@
 namespace qzlog {
 namespace {
 
-constexpr const char* kRowText =
-    "an element of 'lost' has to be an object with 'id', 'level' and 'count', which are integers, and maybe 'since', "
-    "which is a date and time with its zone";
-
 /// One element of the list.
 class RowReader {
  public:
-  RowReader(JsonPlace row, const char* line) : row_(row), line_(line) {}
+  RowReader(JsonPlace row, const char* line, const char* member) : row_(row), line_(line), member_(member) {}
 
   LostEntries read() {
-    if (row_.kind() != JsonKind::kObject) throw fault(row_, kRowText);
+    if (row_.kind() != JsonKind::kObject) throw wrong_row(row_);
     std::string key;
     row_.for_each_member(key, [this](std::string_view name, JsonPlace value) { read_member(name, value); });
     if (seen_[kId] && seen_[kLevel] && seen_[kCount]) return entries_;
-    throw fault(row_, kRowText);
+    throw wrong_row(row_);
   }
 
  private:
@@ -32,6 +28,12 @@ class RowReader {
 
   LineFault fault(JsonPlace at, std::string text) const {
     return {LineRule::kBadLost, std::move(text), static_cast<std::size_t>(at.address() - line_)};
+  }
+
+  LineFault wrong_row(JsonPlace at) const {
+    return fault(at, std::string("an element of '") + member_ +
+                         "' has to be an object with 'id', 'level' and 'count', which are integers, and maybe "
+                         "'since', which is a date and time with its zone");
   }
 
   void read_member(std::string_view name, JsonPlace value) {
@@ -44,13 +46,13 @@ class RowReader {
     } else if (name == "since") {
       read_since(value);
     } else {
-      throw fault(value,
-                  "unknown key " + quoted(name) + " in 'lost'; an element has 'id', 'level', 'count' and 'since'");
+      throw fault(value, "unknown key " + quoted(name) + " in '" + member_ +
+                             "'; an element has 'id', 'level', 'count' and 'since'");
     }
   }
 
   void see(Field field, JsonPlace value) {
-    if (seen_[field]) throw fault(value, "a key of an element of 'lost' is given twice");
+    if (seen_[field]) throw fault(value, std::string("a key of an element of '") + member_ + "' is given twice");
     seen_[field] = true;
   }
 
@@ -60,32 +62,34 @@ class RowReader {
     const JsonValue value = place.value(unused);
     if (value.kind == JsonKind::kLargeInteger && value.large_integer <= maximum) return value.large_integer;
     const bool is_number = value.kind == JsonKind::kInteger && value.integer >= 0;
-    if (!is_number || static_cast<std::uint64_t>(value.integer) > maximum) throw fault(place, kRowText);
+    if (!is_number || static_cast<std::uint64_t>(value.integer) > maximum) throw wrong_row(place);
     return static_cast<std::uint64_t>(value.integer);
   }
 
   void read_since(JsonPlace place) {
     see(kSince, place);
     if (place.value(entries_.since).kind != JsonKind::kText || !is_moment_form(entries_.since)) {
-      throw fault(place, kRowText);
+      throw wrong_row(place);
     }
   }
 
   JsonPlace row_;
   const char* line_;
+  const char* member_;
   LostEntries entries_;
   bool seen_[kFields] = {};
 };
 
 }  // namespace
 
-void read_lost_entries(JsonPlace list, const char* line, std::vector<LostEntries>& rows) {
+void read_lost_entries(JsonPlace list, const char* line, const char* member, std::vector<LostEntries>& rows) {
   rows.clear();
   if (list.kind() != JsonKind::kArray) {
-    throw LineFault{LineRule::kBadLost, "'lost' has to be an array, not " + std::string(kind_name(list.kind())),
+    throw LineFault{LineRule::kBadLost,
+                    std::string("'") + member + "' has to be an array, not " + std::string(kind_name(list.kind())),
                     static_cast<std::size_t>(list.address() - line)};
   }
-  list.for_each_element([&](JsonPlace row) { rows.push_back(RowReader(row, line).read()); });
+  list.for_each_element([&](JsonPlace row) { rows.push_back(RowReader(row, line, member).read()); });
 }
 
 }  // namespace qzlog

@@ -10,7 +10,7 @@
 
 namespace qzlog {
 
-/// What a writer lost of one ID and level.
+/// What a writer lost, or held back, of one ID and level.
 struct LostEntries {
   std::uint32_t id = 0;
   std::uint32_t level = 0;
@@ -19,8 +19,9 @@ struct LostEntries {
 };
 
 /// Reads a list [{"id":…,"level":…,"count":…,"since":"…"},…], in which "since" alone may be absent, in place of what
-/// `rows` holds. `line` is where the places of faults are counted from. Throws LineFault.
-void read_lost_entries(JsonPlace list, const char* line, std::vector<LostEntries>& rows);
+/// `rows` holds. `line` is where the places of faults are counted from, `member` the name of the line's member that has
+/// the list. Throws LineFault.
+void read_lost_entries(JsonPlace list, const char* line, const char* member, std::vector<LostEntries>& rows);
 
 }  // namespace qzlog
 

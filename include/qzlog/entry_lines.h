@@ -20,8 +20,8 @@
 ///   qz_LOG_EntryReader reader = qz_LOG_EntryReader::FromPath("/var/log/shop.jsonl", &complaints);
 ///   qz_LOG_EntryLine line;
 ///   while (reader.Next(line)) {
-///     if (!line.IsLoss()) std::puts(line.GetEntry().FormatMessage(line.GetUseDefault(),
-///     line.GetSelectorIndex()).c_str());
+///     if (line.IsLoss() || line.IsHeld()) continue;  // no entry, but how many were not written
+///     std::puts(line.GetEntry().FormatMessage(line.GetUseDefault(), line.GetSelectorIndex()).c_str());
 ///   }
 
 /// Where and why a line is no entry. All texts are zero-terminated and valid during the call that hands it over.
@@ -54,18 +54,17 @@ class QZLOG_EXPORT qz_LOG_ByteSource {
   virtual std::size_t Read(char* buffer, std::size_t size) = 0;
 };
 
-/// So many entries that a writer could not write, of one ID and level.
+/// So many entries of one ID and level that were not written: a writer could not, or held them back.
 struct qz_LOG_LostEntries {
   unsigned int id;
   unsigned int level;
   unsigned long long count;
-  const char*
-      since;  ///< when the first of them was lost, RFC 3339; "" when the line does not say. Valid as the line is
+  const char* since;  ///< when the first of them was due, RFC 3339; "" when the line does not say. Valid as the line is
 };
 
-/// A line that was read: an entry, or what a writer lost (IsLoss). Entry and texts are valid until the line is read
-/// into again or destroyed, whatever becomes of the reader. Reading a million lines into one object takes no memory
-/// beyond that of the first ones; copy GetEntry() to keep an entry. One thread at a time.
+/// A line that was read: an entry, what a writer lost (IsLoss) or held back (IsHeld). Entry and texts are valid until
+/// the line is read into again or destroyed, whatever becomes of the reader. Reading a million lines into one object
+/// takes no memory beyond that of the first ones; copy GetEntry() to keep an entry. One thread at a time.
 ///
 /// Texts are zero-terminated UTF-8, and "" where the line does not have them.
 class QZLOG_EXPORT qz_LOG_EntryLine {
@@ -76,7 +75,7 @@ class QZLOG_EXPORT qz_LOG_EntryLine {
   qz_LOG_EntryLine(const qz_LOG_EntryLine&) = delete;
   qz_LOG_EntryLine& operator=(const qz_LOG_EntryLine&) = delete;
 
-  /// Of a line that tells of lost entries, and before the first line, some entry that means nothing.
+  /// Of a line that is no entry (IsLoss, IsHeld), and before the first line, some entry that means nothing.
   const qz_LOG_LogEntry& GetEntry() const;
   /// False: the line gave no "time", and the entry's is zero.
   bool HasTime() const;
@@ -95,6 +94,10 @@ class QZLOG_EXPORT qz_LOG_EntryLine {
 
   /// Whether the line tells of entries that were lost ("lost"), and has none itself.
   bool IsLoss() const;
+  /// Whether the line tells of entries that its writer held back because there were more of them than it was to write
+  /// ("held"), and has none itself.
+  bool IsHeld() const;
+  /// How many kinds of entries such a line tells of: 0 for an entry.
   std::size_t GetLostCount() const;
   /// From 0 to GetLostCount() - 1, else QZX_logging_illegal_argument.
   qz_LOG_LostEntries GetLost(unsigned long index) const;
@@ -152,10 +155,10 @@ class QZLOG_EXPORT qz_LOG_EntryReader {
   qz_LOG_EntryReader(qz_LOG_EntryReader&& other) noexcept;
   qz_LOG_EntryReader& operator=(qz_LOG_EntryReader&& other) noexcept;
 
-  /// Reads the next line that is an entry or tells of lost ones. False at the end, and then ever after; `line` then is
-  /// as new. Throws QZX_logging_file_operation_failed, with the file's name and the reason, when reading fails,
-  /// QZX_memory_alloc without memory for the bytes, and what handler and source throw; it may be called again. A line
-  /// for whose entry there is no memory is an error of that line ("out-of-memory").
+  /// Reads the next line that is an entry or tells of some that were not written. False at the end, and then ever
+  /// after; `line` then is as new. Throws QZX_logging_file_operation_failed, with the file's name and the reason, when
+  /// reading fails, QZX_memory_alloc without memory for the bytes, and what handler and source throw; it may be called
+  /// again. A line for whose entry there is no memory is an error of that line ("out-of-memory").
   bool Next(qz_LOG_EntryLine& line);
   /// How many lines were errors so far.
   unsigned long long GetErrorCount() const;

@@ -35,7 +35,8 @@ class EntryReaderTest : public qz_test::LinesTest {
   /// The IDs of all entries, and -1 for losses.
   std::vector<long> ids(qz_LOG_EntryReader& reader) {
     std::vector<long> result;
-    while (reader.Next(line_)) result.push_back(line_.IsLoss() ? -1 : static_cast<long>(line_.GetEntry().GetEntryID()));
+    while (reader.Next(line_))
+      result.push_back(line_.IsLoss() || line_.IsHeld() ? -1 : static_cast<long>(line_.GetEntry().GetEntryID()));
     return result;
   }
   std::vector<long> ids(const std::string& text) {
@@ -115,12 +116,41 @@ TEST_F(EntryReaderTest, Loss_HoldsItsRows) {
   EXPECT_EQ(line_.GetLostCount(), 0U);
 }
 
+TEST_F(EntryReaderTest, HeldEntries_HaveRowsLikeLostOnes) {
+  const std::string text =
+      R"({"writer":"h/1/2","seq":7,"held":[{"id":1001,"level":3,"count":990,"since":"2026-11-21T08:15:30.250000000Z"}]})"
+      "\n"
+      R"({"lost":[]})"
+      "\n"
+      R"({"id":8})";
+  qz_LOG_EntryReader reader = reader_of(text);
+  ASSERT_TRUE(reader.Next(line_)) << errors_.notes.at(0);
+  EXPECT_TRUE(line_.IsHeld());
+  EXPECT_FALSE(line_.IsLoss());
+  ASSERT_EQ(line_.GetLostCount(), 1U);
+  EXPECT_EQ(line_.GetLost(0).id, 1001U);
+  EXPECT_EQ(line_.GetLost(0).level, 3U);
+  EXPECT_EQ(line_.GetLost(0).count, 990U);
+  EXPECT_STREQ(line_.GetLost(0).since, "2026-11-21T08:15:30.250000000Z");
+  EXPECT_STREQ(line_.GetWriter(), "h/1/2");
+  EXPECT_EQ(line_.GetSeq(), 7U);
+  ASSERT_TRUE(reader.Next(line_));
+  EXPECT_TRUE(line_.IsLoss());
+  EXPECT_FALSE(line_.IsHeld());
+  ASSERT_TRUE(reader.Next(line_));
+  EXPECT_FALSE(line_.IsLoss() || line_.IsHeld());
+  EXPECT_EQ(line_.GetLostCount(), 0U);
+}
+
 TEST_F(EntryReaderTest, WrongLines_AreToldWithTheirPlacesAndReadingGoesOn) {
   const std::string good = R"({"id":8})";
   constexpr const char* kRow =
       "bad-lost: an element of 'lost' has to be an object with 'id', 'level' and 'count', which are integers, and "
       "maybe "
       "'since', which is a date and time with its zone";
+  constexpr const char* kHeldRow =
+      "bad-lost: an element of 'held' has to be an object with 'id', 'level' and 'count', which are integers, and "
+      "maybe 'since', which is a date and time with its zone";
   const struct {
     std::string line;
     std::string note;
@@ -155,6 +185,14 @@ TEST_F(EntryReaderTest, WrongLines_AreToldWithTheirPlacesAndReadingGoesOn) {
       {R"({"lost":[{"id":1,"id":2}]})", "23: bad-lost: a key of an element of 'lost' is given twice"},
       {R"({"lost":[{"x":1}]})",
        "15: bad-lost: unknown key 'x' in 'lost'; an element has 'id', 'level', 'count' and 'since'"},
+      {R"({"id":8,"held":[]})", "0: bad-lost: a line with 'held' is no entry, and has no 'id'"},
+      {R"({"held":[],"level":1})", "0: bad-lost: a line with 'held' is no entry, and has no 'level'"},
+      {R"({"held":[],"lost":[]})", "0: bad-lost: a line with 'lost' is no entry, and has no 'held'"},
+      {R"({"held":5})", "9: bad-lost: 'held' has to be an array, not an integer"},
+      {R"({"held":[{"id":1,"level":2}]})", "10: "s + kHeldRow},
+      {R"({"held":[{"id":1,"id":2}]})", "23: bad-lost: a key of an element of 'held' is given twice"},
+      {R"({"held":[{"x":1}]})",
+       "15: bad-lost: unknown key 'x' in 'held'; an element has 'id', 'level', 'count' and 'since'"},
       {R"({"id":7,"bytes":[]})", "17: bad-bytes: 'bytes' has to be an object, not an array"},
       {R"({"id":7,"bytes":{"C":5}})", "22: bad-bytes: attribute 'C': 'bytes' takes a text, not an integer"},
       {R"({"id":7,"bytes":{"C":"x"}})", "22: bad-bytes: attribute 'C': the text in 'bytes' is not base64"},

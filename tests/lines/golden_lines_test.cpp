@@ -61,6 +61,12 @@ std::string line_of_a_loss(LineEnvelope& envelope) {
   return line + R"("lost":[{"id":1001,"level":3,"count":12,"since":"2026-11-21T08:15:30Z"}]})";
 }
 
+std::string line_of_held_ones(LineEnvelope& envelope) {
+  std::string line;
+  envelope.append_head(line, 3, {1795248932, 0});
+  return line + R"("held":[{"id":1001,"level":3,"count":990,"since":"2026-11-21T08:15:30.250000000Z"}]})";
+}
+
 class GoldenLines : public EntryTest {};
 
 TEST_F(GoldenLines, AreWrittenAsBefore) {
@@ -70,7 +76,7 @@ TEST_F(GoldenLines, AreWrittenAsBefore) {
   LineEnvelope envelope("filer-1/4711/20261121T081530.000000001");
   std::string lines;
   for (const std::string& line : {plain_line(), line_with_every_type(), line_with_bytes(), line_of_a_writer(envelope),
-                                  line_of_a_loss(envelope)}) {
+                                  line_of_a_loss(envelope), line_of_held_ones(envelope)}) {
     EXPECT_NO_THROW(StrictJson::parse(line)) << line;
     lines += line + '\n';
   }

@@ -291,7 +291,7 @@ class PlainEntryOracle : public ::testing::Test {
   std::string any_field() {
     static const std::vector<std::string> keys = {"id",       "level", "time",   "attributes", "default",
                                                   "selector", "seq",   "writer", "written",    "definitions",
-                                                  "name",     "bytes", "lost",   "other"};
+                                                  "name",     "bytes", "lost",   "held",       "other"};
     static const std::vector<std::string> forms = {"\"host/12/34\"",
                                                    "\"a/b/12/x\"",
                                                    "\"2026-11-21T08:15:30.123456789Z\"",

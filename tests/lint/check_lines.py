@@ -7,6 +7,7 @@ be valid; what is made of it by leaving its ID out, adding a member, or saying s
 Usage: check_lines.py [ROOT]      Needs Debian's python3-jsonschema. Exit status 1 for a finding.
 """
 import copy
+import itertools
 import json
 import pathlib
 import sys
@@ -37,6 +38,7 @@ IMPOSSIBLE = {
     "lost": [{}, 1, [1], [{}], [{"id": 1, "level": 10, "count": 1}], [{"id": 1, "level": 1, "count": -1}],
              [{"id": 1, "level": 1, "count": 1, "since": "now"}], [{"id": 1, "level": 1, "count": 1, "more": 1}]],
 }
+IMPOSSIBLE["held"] = IMPOSSIBLE["lost"]
 
 
 def lines_of_pages(root):
@@ -57,10 +59,11 @@ def all_lines(root):
 
 def wrong_lines(line):
     """Pairs of what was done to a line, and what came of it."""
-    for key in {"id", "lost"} & line.keys():
+    for key in {"id", "lost", "held"} & line.keys():
         yield f"without {key}", {name: value for name, value in line.items() if name != key}
     yield "with another member", {**line, "another": 1}
-    yield "that is an entry and a loss", {**line, "id": 1, "lost": []}
+    for kind, other in itertools.combinations(({"id": 1}, {"lost": []}, {"held": []}), 2):
+        yield f"with {list(kind)} and {list(other)}", {**line, **kind, **other}
     for key, values in IMPOSSIBLE.items():
         if key in line:
             for value in values:

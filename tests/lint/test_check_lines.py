@@ -48,7 +48,7 @@ class Check(unittest.TestCase):
         for key in check_lines.IMPOSSIBLE:
             path = self.root / check_lines.SCHEMA
             schema = json.loads((ROOT / check_lines.SCHEMA).read_text(encoding="utf-8"))
-            for kind in ("entry", "loss"):
+            for kind in ("entry", "loss", "holding_back"):
                 if key in schema["definitions"][kind]["properties"]:
                     schema["definitions"][kind]["properties"][key] = {}
             path.write_text(json.dumps(schema), encoding="utf-8")
