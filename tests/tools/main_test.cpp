@@ -32,7 +32,6 @@ TEST_F(MainCommand, WrongUsage_IsExplainedWithStatus2) {
       {"rendre", "'rendre' was not expected; the commands are" + commands},
       {"render", "--definitions is required"},
       {"render --definitions x.ldf --colour", "The following argument was not expected: --colour"},
-      {"render --definitions x.ldf one.jsonl two.jsonl", "The following argument was not expected: two.jsonl"},
       {"render --definitions", "--definitions: 1 required STD.ldf|STD.yaml missing"},
   };
   for (const auto& row : cases) {

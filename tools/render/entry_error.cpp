@@ -29,7 +29,8 @@ constexpr RuleInfo kRules[] = {
     {EntryRule::kBadChoice, "bad-choice", "`default` is not true or false, or `selector` is not a number."},
     {EntryRule::kBadEnvelope, "bad-envelope",
      "What a writer adds to its lines (`writer`, `seq`, `written`, `definitions`, `name`) is not of its form."},
-    {EntryRule::kBadLost, "bad-lost", "`lost` is no list of lost entries, or stands in a line with an entry."},
+    {EntryRule::kBadLost, "bad-lost",
+     "`lost` or `held` is no list of entries that were not written, or stands in a line with an entry."},
     {EntryRule::kBadAttributes, "bad-attributes", "`attributes` is not an object."},
     {EntryRule::kUnknownAttribute, "unknown-attribute", "Neither the entry nor the globals define this attribute."},
     {EntryRule::kDuplicateAttribute, "duplicate-attribute", "An attribute is given twice."},
@@ -47,6 +48,10 @@ constexpr RuleInfo kRules[] = {
      "ICU takes the pattern of an entry's message but cannot apply it: the command ends at this line."},
     {EntryRule::kUncountableDate, "uncountable-date",
      "The local date of an entry's time is outside the years 1 to 9999: its message is written, but not counted."},
+    {EntryRule::kMissingLines, "missing-lines",
+     "The running numbers (`seq`) of a writer's lines leave some out, which `--check-gaps` looks for."},
+    {EntryRule::kDoubledLine, "doubled-line",
+     "Two lines of a writer have the same running number (`seq`), which `--check-gaps` looks for."},
     {EntryRule::kOutOfMemory, "out-of-memory", "There was no memory for an entry."},
 };
 static_assert(is_whole_table(kRules, EntryRule::kOutOfMemory));

@@ -39,6 +39,8 @@ enum class EntryRule {
   kNoMessage,
   kBrokenPattern,
   kUncountableDate,
+  kMissingLines,
+  kDoubledLine,
   kOutOfMemory,
 };
 

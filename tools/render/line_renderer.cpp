@@ -21,7 +21,7 @@ std::optional<std::string_view> LineRenderer::render(const qz_LOG_EntryLine& lin
 
 // In ASCII, whatever the code page of the messages.
 std::string_view LineRenderer::tell_loss(const qz_LOG_EntryLine& line) {
-  message_ = "lost:";
+  message_ = line.IsHeld() ? "held back:" : "lost:";
   for (std::size_t index = 0; index < line.GetLostCount(); ++index) {
     const qz_LOG_LostEntries lost = line.GetLost(index);
     message_ += (index > 0 ? "; " : " ") + std::to_string(lost.count) + " of entry ID " + std::to_string(lost.id) +

@@ -21,7 +21,7 @@ class LineRenderer {
   /// The message, valid until the next call; nothing for an entry that the filter refuses. Throws EntryError for an
   /// entry that has none.
   std::optional<std::string_view> render(const qz_LOG_EntryLine& line);
-  /// What a line says that tells of lost entries, valid as long.
+  /// What a line says that tells of entries that were lost or held back, valid as long.
   std::string_view tell_loss(const qz_LOG_EntryLine& line);
 
  private:

@@ -1,18 +1,13 @@
 #include "tools/render/render_command.h"
 
-#include <unistd.h>
-
 #include <CLI/CLI.hpp>
 #include <csignal>
-#include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
-#include <string_view>
-#include <utility>
+#include <vector>
 
-#include "qzlog/entry_lines.h"
 #include "qzlog/logcfg.h"
 #include "qzlog/qz_locale.h"
 #include "tools/count/entry_counting.h"
@@ -20,17 +15,16 @@
 #include "tools/options/line_code_page.h"
 #include "tools/options/locale_names.h"
 #include "tools/options/option_checks.h"
-#include "tools/render/entry_error.h"
+#include "tools/render/entry_rendering.h"
+#include "tools/render/gap_check.h"
 #include "tools/render/line_renderer.h"
+#include "tools/render/log_follower.h"
+#include "tools/render/log_reading.h"
 #include "tools/render/render_filter.h"
-#include "tools/render/render_input.h"
-#include "tools/report/finding_printer.h"
+#include "tools/render/stop_signals.h"
 #include "tools/report/library_text.h"
-#include "tools/system/buffered_output.h"
 #include "tools/system/command_error.h"
-#include "tools/system/out_of_memory.h"
 #include "tools/system/standard_input.h"
-#include "tools/system/terminal.h"
 
 namespace qzlog_tool {
 
@@ -45,7 +39,9 @@ struct RenderOptions {
   bool no_icu = false;
   FilterOptions filter;
   std::string counter;
-  std::string entries = "-";
+  std::vector<std::string> entries = {"-"};
+  bool follow = false;
+  bool check_gaps = false;
 };
 
 constexpr const char* kRenderFooter = R"(An entry is one line of JSON:
@@ -57,6 +53,19 @@ mark at the beginning. A line may have 16 MiB.
 A line that is wrong is reported on standard error, as FILE:LINE: error: REASON [rule-name]. The others are still rendered;
 the exit status is then 1. Line feeds and carriage returns inside a message are written as \n and \r. Characters that the
 code page lacks come out as its substitution character. Messages are written out before waiting for more input.
+
+Inputs are read in the order given. A folder stands for the logs in it: the series PREFIX.YYYYMMDD.NNNN that a file sink
+writes, by name, day and number, then its files *.jsonl. DIR/PREFIX stands for one series. What cannot be read is reported,
+the other inputs are rendered all the same, and the exit status is 2.
+
+With --follow (-f) the command goes on as the files grow: into the next file of a series, and through rotation by others:
+of a file that was renamed the rest is read before the new one of its name; one that became shorter is read from its
+beginning, which is said. What is not there yet is waited for. A line is rendered when its line feed is there. The first
+SIGINT, SIGTERM or SIGHUP, or a reader that leaves, ends it as it ends 'tail -f'. Pipes are read to their end.
+
+With --check-gaps the running numbers ("seq") of each writer's lines are looked at. A line that comes twice is reported
+where it does, lines that never come at the end, at the line behind them. What stands before a writer's first line is not
+missing: old files are deleted. Standard error says in the end what was seen; the exit status is 1 for a finding.
 
 With --config, --mask, --level-low or --level-high only the entries that the library's filter lets through are rendered;
 at the end, standard error says how many were read, passed and refused. A section of the configuration file may set
@@ -70,7 +79,9 @@ killed then. Two commands may count in one file at the same time.
 
 Examples:
   qzlog render --definitions storage.yaml entries.jsonl
-  tail -f entries.jsonl | qzlog render --definitions storage.ldf --aux site.ldf
+  qzlog render --definitions storage.ldf --aux site.ldf /var/log/storage old.jsonl
+  qzlog render --definitions storage.ldf --follow /var/log/storage/events
+  qzlog render --definitions storage.ldf --check-gaps /var/log/storage > messages.txt
   qzlog render --definitions storage.ldf --catalog messages --locale de_DE entries.jsonl
   qzlog render --definitions storage.yaml --no-icu --code-page ISO-8859-1 < entries.jsonl
   qzlog render --definitions storage.yaml --config log.conf --section storage entries.jsonl
@@ -104,155 +115,29 @@ void open_catalog(const std::string& folder) {
   }
 }
 
-/// The row of one of the reader's rules.
-const qzlog_compiler::RuleInfo& reader_rule(std::string_view name) {
-  const qzlog_compiler::RuleInfo* const row = qzlog_compiler::find_rule(all_entry_rules(), name);
-  return row != nullptr ? *row : rule_info(EntryRule::kRefusedValue);
+LogFollower::End read_entries(const RenderOptions& options, EntryRendering& rendering) {
+  if (options.follow) return LogFollower(rendering).follow(options.entries);
+  LogFollower::End end;
+  end.all_read = read_inputs(options.entries, rendering);
+  return end;
 }
 
-/// A line of entries as errors show it.
-struct ShownLine {
-  std::uint64_t number;
-  std::string_view text;
-
-  static ShownLine of(const qz_LOG_EntryLine& line) {
-    return {line.GetLine(), {line.GetSource(), line.GetSourceLength()}};
+/// The status of the command, unless it is ended as whoever follows a file is: by the signal that asked for the end, or
+/// by the one of a pipe without a reader.
+int end_command(const LogFollower::End& end, bool has_errors) {
+  if (end.signal != 0) end_by_signal(end.signal);
+  if (end.output_gone) {
+    end_by_signal(SIGPIPE);
+    return kExitReaderGone;
   }
-};
-
-/// Says on stderr which lines have no message, and counts them.
-class LineErrors : public qz_LOG_LineErrorHandler {
- public:
-  LineErrors(std::string file_name, BufferedOutput& output, ProgressLine& progress)
-      : file_name_(std::move(file_name)), output_(output), progress_(progress) {}
-
-  void TakeLineError(const qz_LOG_LineError& error) override {
-    ++wrong_lines_;
-    report({error.line, {error.source, error.source_length}}, qzlog_compiler::AnyRule(reader_rule(error.rule)),
-           error.text);
-  }
-
-  void report(const ShownLine& line, const EntryError& error) { report(line, error.rule, error.text); }
-
-  std::uint64_t count() const noexcept { return count_; }
-  /// Those that are no entry.
-  std::uint64_t wrong_lines() const noexcept { return wrong_lines_; }
-
- private:
-  void report(const ShownLine& line, qzlog_compiler::AnyRule rule, const std::string& text) {
-    ++count_;
-    output_.flush();  // where both go to one place, the error comes after the messages before it
-    progress_.clear();
-    // A line that is too long is not read.
-    if (!line.text.empty()) {
-      printer_.add_source(file_name_, line.text, qzlog_compiler::LineBreaks::kLineFeed, line.number);
-    }
-    text_.clear();
-    printer_.append({file_name_, line.number, qzlog_compiler::Severity::kError, rule, text}, text_);
-    write_all(STDERR_FILENO, text_.data(), text_.size());
-  }
-
-  std::string file_name_;
-  BufferedOutput& output_;
-  ProgressLine& progress_;
-  FindingPrinter printer_{stderr_has_colour()};
-  std::string text_;
-  std::uint64_t count_ = 0;
-  std::uint64_t wrong_lines_ = 0;
-};
-
-/// Renders the lines of one file.
-class FileRenderer {
- public:
-  /// `counting` is null where nothing is counted. What the arguments refer to has to outlive this object.
-  FileRenderer(const std::string& path, LineRenderer& renderer, EntryCounting* counting)
-      : input_(path, output_), renderer_(renderer), counting_(counting) {
-    // A message that is out is counted, whenever the command is killed.
-    if (counting_ != nullptr) output_.before_flush([this] { counting_->flush(); });
-    current_ = this;
-    std::signal(SIGABRT, report_abort);
-  }
-  ~FileRenderer() {
-    std::signal(SIGABRT, SIG_DFL);
-    current_ = nullptr;
-  }
-  FileRenderer(const FileRenderer&) = delete;
-  FileRenderer& operator=(const FileRenderer&) = delete;
-
-  void render() {
-    const MemoryErrors errors_of_lines;
-    qz_LOG_EntryReader reader = qz_LOG_EntryReader::FromSource(input_, input_.shown_path().c_str(), &errors_);
-    while (reader.Next(line_)) {
-      render_line();
-      progress_.update(line_.GetLine());
-    }
-    output_.flush();
-  }
-
-  bool has_errors() const { return errors_.count() != 0; }
-
-  void print_summary() {
-    progress_.clear();
-    std::string text = "entries: " + std::to_string(entries_ + errors_.wrong_lines()) + " read, " +
-                       std::to_string(passed_) + " passed, " + std::to_string(refused_) + " refused";
-    if (errors_.count() != 0) text += ", " + std::to_string(errors_.count()) + " wrong";
-    text += '\n';
-    write_all(STDERR_FILENO, text.data(), text.size());
-  }
-
- private:
-  // The library ends the process where ICU takes a pattern and then cannot apply it. It does so from within a call of
-  // this thread, so what is rendered can still be written, and the line be named.
-  static void report_abort(int /*signal*/) {
-    std::signal(SIGABRT, SIG_DFL);
-    current_->errors_.report(
-        ShownLine::of(current_->line_),
-        {EntryRule::kBrokenPattern,
-         "ICU takes the message's pattern but cannot apply it; nothing behind this line is rendered"});
-    _exit(kExitFindings);
-  }
-
-  void render_line() {
-    if (line_.IsLoss()) return output_.write_line(renderer_.tell_loss(line_));
-    ++entries_;
-    try {
-      const std::optional<std::string_view> message = renderer_.render(line_);
-      if (message) {
-        write(*message);
-      } else {
-        ++refused_;
-      }
-    } catch (const EntryError& error) {
-      errors_.report(ShownLine::of(line_), error);
-    }
-  }
-
-  void write(std::string_view message) {
-    ++passed_;
-    const bool counted = counting_ == nullptr || counting_->add(line_.GetEntry(), line_.HasTime());
-    output_.write_line(message);
-    if (!counted) {
-      throw EntryError{EntryRule::kUncountableDate,
-                       "the message is not counted: the local date of 'time' is outside the years 1 to 9999"};
-    }
-  }
-
-  BufferedOutput output_{STDOUT_FILENO, "standard output"};
-  RenderInput input_;
-  LineRenderer& renderer_;
-  EntryCounting* counting_;
-  ProgressLine progress_{"lines"};
-  LineErrors errors_{input_.shown_path(), output_, progress_};
-  qz_LOG_EntryLine line_;
-  std::uint64_t entries_ = 0;
-  std::uint64_t passed_ = 0;
-  std::uint64_t refused_ = 0;
-
-  static inline FileRenderer* current_ = nullptr;
-};
+  if (!end.all_read) return kExitCannotRun;
+  return has_errors ? kExitFindings : kExitSuccess;
+}
 
 int render(const RenderOptions& options) {
-  refuse_repeated_standard_input({options.definitions, options.auxiliary, options.filter.config, options.entries});
+  std::vector<std::string> read_files = {options.definitions, options.auxiliary, options.filter.config};
+  read_files.insert(read_files.end(), options.entries.begin(), options.entries.end());
+  refuse_repeated_standard_input(read_files);
   const LineCodePage code_page(options.code_page);
   qz_LOG_LogConfig::SetICUEnabled(!options.no_icu);
   qz_LOG_LogConfig::SetCodePage(code_page.name().c_str());
@@ -268,11 +153,15 @@ int render(const RenderOptions& options) {
   // Through ICU the library takes and gives texts in the code page; narrowly it passes bytes on as they are.
   const bool converts = options.no_icu && !code_page.is_utf8();
   LineRenderer renderer(converts ? &code_page : nullptr, filter ? &*filter : nullptr);
-  FileRenderer file(options.entries, renderer, counting ? &*counting : nullptr);
-  file.render();
-  if (filter) file.print_summary();
+  std::optional<GapCheck> gaps;
+  if (options.check_gaps) gaps.emplace();
+  EntryRendering rendering(renderer, counting ? &*counting : nullptr, gaps ? &*gaps : nullptr);
+  const LogFollower::End end = read_entries(options, rendering);
+  rendering.finish();
+  if (filter) rendering.print_filter_summary();
+  if (gaps) rendering.print_gap_summary();
   if (counting) counting->close();
-  return file.has_errors() ? kExitFindings : kExitSuccess;
+  return end_command(end, rendering.has_errors());
 }
 
 }  // namespace
@@ -302,8 +191,12 @@ void add_render_command(CLI::App& app, int& exit_status) {
   command->add_option("--count", options->counter, "Count what is rendered, by day and entry ID, in DIR/NAME.cnt")
       ->type_name("DIR/NAME")
       ->check(check_not_empty);
-  command->add_option("ENTRIES", options->entries, "The entries; '-' or nothing is standard input")
-      ->type_name("FILE.jsonl");
+  command->add_flag("-f,--follow", options->follow, "Go on as the files grow, until a signal comes");
+  command->add_flag("--check-gaps", options->check_gaps, "Report lines that are missing or doubled");
+  command
+      ->add_option("ENTRIES", options->entries,
+                   "Files, folders and series of files with entries; '-' or nothing is standard input")
+      ->type_name("FILE.jsonl|DIR|DIR/PREFIX");
   command->callback([options, &exit_status] { exit_status = render(*options); });
 }
 

@@ -1,28 +1,39 @@
 #ifndef QZLOG_TOOLS_RENDER_RENDER_INPUT_H
 #define QZLOG_TOOLS_RENDER_RENDER_INPUT_H
 
+#include <stdexcept>
 #include <string>
 #include <utility>
 
 #include "qzlog/entry_lines.h"
 #include "tools/system/buffered_output.h"
+#include "tools/system/command_error.h"
 #include "tools/system/file_descriptor.h"
 
 namespace qzlog_tool {
 
-/// The file of entries. What was made of the lines so far is written out before more are waited for.
+/// Thrown, with the reason, for a file that cannot be read any further; others still can.
+struct UnreadableInput : std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
+
+/// A file of entries. What was made of the lines so far is written out before more are waited for.
 class RenderInput : public qz_LOG_ByteSource {
  public:
-  /// `path` as open_input takes it. `output` has to outlive this object.
-  RenderInput(const std::string& path, BufferedOutput& output)
-      : shown_path_(display_name(path)), file_(open_input(path)), output_(output) {}
+  /// `path` as open_input takes it, which `file` was opened with. `output` has to outlive this object.
+  RenderInput(const std::string& path, FileDescriptor file, BufferedOutput& output)
+      : shown_path_(display_name(path)), file_(std::move(file)), output_(output) {}
 
   /// "<stdin>" for standard input.
   const std::string& shown_path() const noexcept { return shown_path_; }
 
   std::size_t Read(char* buffer, std::size_t size) override {
     output_.flush();
-    return read_some(file_.get(), buffer, size, shown_path_);
+    try {
+      return read_some(file_.get(), buffer, size, shown_path_);
+    } catch (const CommandError& error) {
+      throw UnreadableInput(error.what());
+    }
   }
 
  private:

@@ -238,7 +238,6 @@ const Refusal kRefusals[] = {
      "qzlog: error: cannot open 'none.yaml': No such file or directory\n"},
     {"MissingEntries", "--definitions storage.yaml none.jsonl", 2,
      "qzlog: error: cannot open 'none.jsonl': No such file or directory\n"},
-    {"FolderAsEntries", "--definitions storage.yaml .", 2, "qzlog: error: cannot read '.': Is a directory\n"},
     {"FolderAsDefinitions", "--definitions . entries.jsonl", 2, "qzlog: error: cannot read '.': Is a directory\n"},
     {"StandardInputTwice", "--definitions -", 2, "qzlog: error: standard input can be read for one file only\n"},
     {"DamagedDefinitions", "--definitions damaged.ldf entries.jsonl", 1,
