@@ -1,6 +1,7 @@
 // A storage product and its events: what a program does with qzlog, from its settings to readable messages.
 //
 // Usage: storage_events FOLDER [SECTION...]
+//        storage_events keep FOLDER SINKS.conf
 // FOLDER holds storage.ldf, storage_aux.ldf and the resource bundles in messages/, as the build makes them.
 #include <qzlog.h>
 #include <stdlib.h>
@@ -12,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "keep_entries.h"
 #include "sections.h"
 
 namespace {
@@ -33,7 +35,9 @@ constexpr Section kSections[] = {
 };
 
 int usage() {
-  std::cerr << "Usage: storage_events FOLDER [SECTION...]\nSections:";
+  std::cerr << "Usage: storage_events FOLDER [SECTION...]\n"
+               "       storage_events keep FOLDER SINKS.conf\n"
+               "Sections:";
   for (const Section& section : kSections) std::cerr << ' ' << section.name;
   std::cerr << '\n';
   return 2;
@@ -61,23 +65,30 @@ void show(const std::string& folder, const std::vector<std::string>& wanted) {
   }
 }
 
+/// Prints the sections, or keeps entries; the exit status.
+int run(const std::vector<std::string>& arguments) {
+  if (arguments.empty()) return usage();
+  if (arguments[0] == "keep") {
+    if (arguments.size() != 3) return usage();
+    configure(arguments[1]);
+    return keep_entries(arguments[1], arguments[2]) ? 0 : 1;
+  }
+  const std::vector<std::string> wanted(arguments.begin() + 1, arguments.end());
+  if (!std::all_of(wanted.begin(), wanted.end(), is_section)) return usage();
+  configure(arguments[0]);
+  show(arguments[0], wanted);
+  return 0;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
-  const std::vector<std::string> arguments(argv + 1, argv + argc);
-  if (arguments.empty()) return usage();
-  const std::string& folder = arguments[0];
-  const std::vector<std::string> wanted(arguments.begin() + 1, arguments.end());
-  if (!std::all_of(wanted.begin(), wanted.end(), is_section)) return usage();
   try {
-    configure(folder);
-    show(folder, wanted);
+    return run(std::vector<std::string>(argv + 1, argv + argc));
   } catch (const QZX_logging_all& error) {
     std::cerr << "storage_events: " << error.get_message() << '\n';
-    return 1;
   } catch (const QZX_memory_alloc&) {
     std::cerr << "storage_events: out of memory\n";
-    return 1;
   }
-  return 0;
+  return 1;
 }
