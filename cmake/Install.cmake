@@ -29,6 +29,9 @@ install(FILES ${PROJECT_BINARY_DIR}/qzlog-config.cmake ${PROJECT_BINARY_DIR}/qzl
 # The schema of definition sources, for editors, and those of what the command writes as JSON.
 install(DIRECTORY schema/ DESTINATION ${CMAKE_INSTALL_DATADIR}/qzlog FILES_MATCHING PATTERN "*.schema.json")
 
+# How lnav shows lines of entries: `lnav -i` takes it into use.
+install(FILES ${CMAKE_CURRENT_LIST_DIR}/qzlog-lnav.json DESTINATION ${CMAKE_INSTALL_DATADIR}/qzlog/lnav RENAME qzlog_entries.json)
+
 # The .pc file gives its prefix relative to itself, so `cmake --install --prefix` may choose any.
 file(RELATIVE_PATH qzlog_pc_to_prefix ${qzlog_pkgconfig_dir} ${CMAKE_INSTALL_PREFIX})
 string(REGEX REPLACE "/$" "" qzlog_pc_to_prefix ${qzlog_pc_to_prefix})

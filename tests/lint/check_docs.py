@@ -7,7 +7,8 @@ A comment before a fenced block says what becomes of it:
     <!-- run -->           lines that begin with "$ " are run by bash, the other lines are what they print
     <!-- not run: WHY -->  the block is only read
 
-The blocks of one page share one temporary folder, in the order of the page. Every fenced block needs such a comment.
+The blocks of one page share one temporary folder, in the order of the page, which is the home folder too, so that programs leave
+their settings there. Every fenced block needs such a comment.
 
 Usage: check_docs.py PREFIX PAGE...     PREFIX is an installed qzlog. Exit status 1 if anything differs.
 """
@@ -90,7 +91,7 @@ def check_page(page, env):
     findings = check_links(page, text)
     with tempfile.TemporaryDirectory(prefix="qzlog-docs.") as folder:
         for block in blocks_of(text):
-            findings += check_block(page, block, folder, env)
+            findings += check_block(page, block, folder, dict(env, HOME=folder))
     return findings
 
 

@@ -10,7 +10,8 @@ rm -rf "$3"
 for name in qzlog qzlog-compile qzlog-render qzlog-count-show; do
   [[ -s $3/share/man/man1/$name.1 ]] || missing+=("$name.1")
 done
-for file in bash-completion/completions/qzlog zsh/site-functions/_qzlog fish/vendor_completions.d/qzlog.fish; do
+for file in bash-completion/completions/qzlog zsh/site-functions/_qzlog fish/vendor_completions.d/qzlog.fish \
+  qzlog/lnav/qzlog_entries.json; do
   [[ -s $3/share/$file ]] || missing+=("$file")
 done
 if ((${#missing[@]})); then
