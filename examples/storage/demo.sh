@@ -32,7 +32,7 @@ render() { run "head -3 storage.jsonl | qzlog render --definitions storage.ldf $
 rm -rf "$build/demo"
 mkdir "$build/demo"
 cd "$build/demo"
-cp -R "$sources"/*.yaml "$sources"/*.jsonl "$sources"/po .
+cp -R "$sources"/*.yaml "$sources"/*.jsonl "$sources"/*.conf "$sources"/po .
 echo "# In $build/demo; the time zone is $TZ."
 
 say "One of the product's events, as its author writes it in storage.yaml:"
@@ -52,3 +52,51 @@ render --catalog messages --locale en_US
 render --catalog messages --locale de_DE
 render --catalog messages --locale ja_JP
 render --no-icu
+
+say "The same program keeps entries while it works. Where they go says sinks.conf:"
+sed -n '/^\[log\]/,/^sync_level/p' sinks.conf
+
+# follow LOCALE: shows the errors in the log as they come, in the language of the locale, until finish_following.
+followers=() printers=()
+trap '((${#followers[@]} == 0)) || kill "${followers[@]}"' EXIT
+follow() {
+  local messages
+  : >"messages.$1"
+  exec {messages}> >(exec sed -u -e "s/^/$1  /" -e "w messages.$1")
+  printers+=($!)
+  qzlog render --definitions storage.ldf --catalog messages --locale "$1" --level-low 7 --follow logs/storage 2>/dev/null 1>&"$messages" &
+  followers+=($!)
+  exec {messages}>&-
+}
+
+# Ends the followers when each has shown so many messages. False when one has not after ten seconds.
+finish_following() {
+  local locale all=0 until=$((SECONDS + 10))
+  for locale in "${locales[@]}"; do
+    while (($(wc -l <"messages.$locale") < $1 && SECONDS < until)); do sleep 0.05; done
+    (($(wc -l <"messages.$locale") == $1)) || all=1
+  done
+  kill "${followers[@]}"
+  wait "${followers[@]}" "${printers[@]}" 2>/dev/null || true
+  followers=()
+  return $all
+}
+
+say "One process writes, others follow, each in the language of its readers:"
+locales=(en_US de_DE ja_JP)
+mkdir logs
+for locale in "${locales[@]}"; do
+  printf '$ %s &\n' "qzlog render --definitions storage.ldf --catalog messages --locale $locale --level-low 7 --follow logs/storage"
+  follow "$locale"
+done
+run "storage_events keep . sinks.conf 2>console.txt"
+finish_following "$(cat logs/storage.* | grep -c '"level":[789],')"
+
+say "An operator's terminal had the warnings and errors, but not the same one over and over:"
+run "head -4 console.txt"
+grep -m 1 HELD console.txt
+
+say "The log is a series of files; each line tells its writer and has a number. Is one missing?"
+run "ls logs"
+run "head -1 logs/storage.*1"
+run "qzlog render --definitions storage.ldf --check-gaps logs/storage >all.txt"

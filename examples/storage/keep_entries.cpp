@@ -50,12 +50,13 @@ qz_LOG_LogEntry almost_full(unsigned round) {
 }
 
 void work(EventLog& log, unsigned round) {
+  constexpr qz_LOG_LogEntry (*kErrors[])() = {disk_failed, backup_finished, controller_restarted};
   log.tell(kTrace, volume_mounted);
   log.tell(kNotice, setting_changed);
   log.tell(kNotice, share_created);
   log.tell(kWarning, [round] { return almost_full(round); });
   log.tell(kWarning, replication_slow);
-  log.tell(kError, disk_failed);
+  log.tell(kError, kErrors[round % 3]);
   for (int reading = 0; reading < 5; ++reading) log.tell(kWarning, disk_temperature);
 }
 

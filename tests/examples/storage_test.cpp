@@ -4,6 +4,7 @@
 
 #include <fstream>
 #include <ostream>
+#include <regex>
 #include <string>
 
 #include "tests/support/scoped_environment.h"
@@ -100,6 +101,7 @@ TEST(StorageProgram, UnknownSection_ShowsItsUsage) {
   EXPECT_EQ(output.out, "");
   EXPECT_EQ(output.err,
             "Usage: storage_events FOLDER [SECTION...]\n"
+            "       storage_events keep FOLDER SINKS.conf\n"
             "Sections: entries attributes messages choices refusals auxiliary\n");
 }
 
@@ -112,14 +114,31 @@ TEST(StorageProgram, FolderWithoutDefinitions_SaysWhatIsMissing) {
             "\"nowhere/storage.ldf\".\n");
 }
 
+// The folder logs is not there.
+TEST(StorageProgram, SinksThatCannotBeOpened_SaysWhichAndWhy) {
+  const Output output = run("$BUILT/storage_events keep $BUILT $SOURCES/sinks.conf");
+  EXPECT_EQ(output.status, 1);
+  EXPECT_EQ(output.out, "");
+  EXPECT_TRUE(std::regex_match(
+      output.err,
+      std::regex("storage_events: .*/sinks\\.conf:10: The log file logs/storage\\.[0-9]{8}\\.0001 cannot be "
+                 "opened: No such file or directory\n")))
+      << output.err;
+}
+
 TEST(StorageDemo, BuiltTree_ShowsEveryStepWithItsTime) {
   const Output output = run("$SOURCES/demo.sh " QZLOG_BUILD_DIR);
   EXPECT_EQ(output.status, 0);
-  for (const char* const shown : {"$ qzlog compile storage.yaml -o storage.ldf\n-- ", "$ storage_events . messages\n",
-                                  "--locale en_US\nThe self-test of filer-1", "--locale de_DE\nSelbsttest von filer-1",
-                                  "--locale ja_JP\nfiler-1 のセルフテスト", "--no-icu\nSelf-test of filer-1"}) {
+  for (const char* const shown :
+       {"$ qzlog compile storage.yaml -o storage.ldf\n-- ", "$ storage_events . messages\n",
+        "--locale en_US\nThe self-test of filer-1", "--locale de_DE\nSelbsttest von filer-1",
+        "--locale ja_JP\nfiler-1 のセルフテスト", "--no-icu\nSelf-test of filer-1", "\nen_US  Disk 7 in shelf 2",
+        "\nde_DE  Laufwerk 7 in Gehäuse 2", "\nja_JP  シェルフ 2 のディスク 7",
+        "\nEntries written: 132, failed: 0, left: 0\n", "warning ENTRIES_HELD_BACK: ", "\nstorage.2"}) {
     EXPECT_NE(output.out.find(shown), std::string::npos) << shown << "\nis not in\n" << output.out;
   }
+  const std::string no_gaps = "seq: 132 lines of 1 writer, 0 missing, 0 doubled\n";
+  EXPECT_NE(output.err.find(no_gaps), std::string::npos) << output.err;
 }
 
 }  // namespace
