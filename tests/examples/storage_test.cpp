@@ -119,10 +119,9 @@ TEST(StorageProgram, SinksThatCannotBeOpened_SaysWhichAndWhy) {
   const Output output = run("$BUILT/storage_events keep $BUILT $SOURCES/sinks.conf");
   EXPECT_EQ(output.status, 1);
   EXPECT_EQ(output.out, "");
-  EXPECT_TRUE(std::regex_match(
-      output.err,
-      std::regex("storage_events: .*/sinks\\.conf:10: The log file logs/storage\\.[0-9]{8}\\.0001 cannot be "
-                 "opened: No such file or directory\n")))
+  EXPECT_TRUE(
+      std::regex_match(output.err, std::regex("storage_events: .*/sinks\\.conf:10: The log file logs/.* cannot be "
+                                              "opened: No such file or directory\n")))
       << output.err;
 }
 
