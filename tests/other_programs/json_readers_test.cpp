@@ -59,7 +59,7 @@ TEST_F(JsonReadersTest, Python_AcceptsEveryLineAndFindsTheStoredBytes) {
   for (const Written& entry : written()) expected += entry.code_page + "," + hexadecimal(entry.stored) + "\n";
   const std::string list = folder_.write("expected.csv", expected);
   const ShellResult result =
-      run_shell("python3 -B '" QZLOG_OTHER_PROGRAMS "/check_lines.py' '" + list + "'" + quoted(files()));
+      run_shell("python3 -B '" QZLOG_OTHER_PROGRAMS "/compare_stored_texts.py' '" + list + "'" + quoted(files()));
   EXPECT_EQ(result.output, std::to_string(count()) + " entries\n");
   EXPECT_EQ(result.status, 0);
 }

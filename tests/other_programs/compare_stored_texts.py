@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Reads lines of entries with Python's json, strictly, and compares the texts with those that were stored.
 
-Usage: check_lines.py EXPECTED FILE...     EXPECTED has a line "CODE PAGE,HEXADECIMAL" for each Number. Exit status 1 for a finding.
+Usage: compare_stored_texts.py EXPECTED FILE...     EXPECTED has a line "CODE PAGE,HEXADECIMAL" for each Number. Exit status 1 for a finding.
 """
 import base64
 import collections
