@@ -151,7 +151,7 @@ qz_LOG_FileSinkStatus FileSinkCore::status() const {
           recovered_,
           damaged_ + counts.damaged,
           counts.fragments,
-          destination_.sync_failures()};
+          destination_.sync_failures() + syncs_given_up_.load()};
 }
 
 }  // namespace qzlog

@@ -76,7 +76,7 @@ class FileSinkCore final : public ForkRegistry::Member {
   // Entries come: file_sink_write.cpp.
   std::size_t write_through(std::string& text, unsigned level);
   std::size_t write_buffered(std::string& text, unsigned level);
-  std::size_t write_past_buffer(std::string& text);
+  std::size_t write_past_buffer(std::string& text, unsigned level);
   bool wait_for_room(std::uint32_t ticket, long long& deadline);
   void wait_until_synced(std::uint64_t seq);
   Put put(std::string_view body, unsigned level, std::size_t& bytes, std::uint64_t& seq);
@@ -127,6 +127,7 @@ class FileSinkCore final : public ForkRegistry::Member {
   std::atomic<std::uint64_t> sync_asked_{0};  // lines up to this number are to be on the disk
   std::atomic<std::uint64_t> flushed_{0};
   std::atomic<std::uint64_t> synced_{0};
+  std::atomic<unsigned long long> syncs_given_up_{0};
   std::atomic<bool> is_closed_{false};  // set with putting_ held, at the latest before the files are closed
   std::atomic<bool> is_done_{false};
 };

@@ -48,7 +48,7 @@ std::size_t FileSinkCore::write_buffered(std::string& text, unsigned level) {
           wait_until_synced(seq);
         return bytes;
       case Put::kTooLong:
-        return write_past_buffer(text);
+        return write_past_buffer(text, level);
       case Put::kClosed:
         return 0;
       case Put::kFull:
@@ -110,7 +110,7 @@ char* FileSinkCore::write_head_before(char* body, const std::timespec& now) noex
 }
 
 /// What waits goes first. Others wait meanwhile: the order of the lines is the order of their numbers.
-std::size_t FileSinkCore::write_past_buffer(std::string& text) {
+std::size_t FileSinkCore::write_past_buffer(std::string& text, unsigned level) {
   const std::lock_guard flushing(flushing_);
   const std::lock_guard putting(putting_);
   if (is_closed_) return 0;
@@ -121,6 +121,7 @@ std::size_t FileSinkCore::write_past_buffer(std::string& text) {
   const SeriesHold hold(destination_.lock());
   const std::size_t bytes = append_line(hold, text);
   if (bytes != 0) flushed_.store(seq_);
+  if (bytes != 0 && level >= settings_.sync_level) destination_.sync();
   settle(bytes != 0);
   return bytes;
 }
@@ -134,9 +135,11 @@ void FileSinkCore::wait_until_synced(std::uint64_t seq) {
   while (true) {
     const std::uint32_t ticket = space_.ticket();
     const long long left = deadline - SinkClock::steady_milliseconds();
-    if (synced_.load() >= seq || left <= 0 || !working_.load(std::memory_order_relaxed)) return;
+    if (synced_.load() >= seq) return;
+    if (left <= 0 || !working_.load(std::memory_order_relaxed)) break;
     space_.wait(ticket, left);
   }
+  syncs_given_up_.fetch_add(1, std::memory_order_relaxed);
 }
 
 }  // namespace qzlog

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <new>
+#include <utility>
 
 #include "foundation/fork_gate.h"
 #include "qzlog/log_util.h"
@@ -125,9 +126,11 @@ bool LogDestination::check_name(const SeriesHold& hold, const std::timespec& now
 
 bool LogDestination::choose_file(const SeriesHold& hold, std::timespec now, SeriesFile& chosen) {
   if (!is_series()) return true;
-  if (!series_.find_latest(chosen)) return false;
+  chosen = {local_day_.number_of(now.tv_sec), 1};
   if (const SeriesLock::Page* const page = hold.page()) chosen = std::max(chosen, {page->day, page->sequence});
-  chosen = std::max(chosen, {local_day_.number_of(now.tv_sec), 1});
+  SeriesFile latest;
+  if (!series_.find_latest(latest)) return false;
+  chosen = std::max(chosen, latest);
   return true;
 }
 
@@ -139,22 +142,21 @@ bool LogDestination::open_latest(const SeriesHold& hold, std::timespec now) {
   const ForkDelay fork_delay;
   settled_ = kNever;
   SeriesFile place;
-  if (!choose_file(hold, now, place)) return false;
+  int error = choose_file(hold, now, place) ? 0 : errno;
+  std::string path = is_series() ? series_.path_of(place) : settings_.path;
   LogFile opened;
-  const bool is_open = opened.open(is_series() ? series_.path_of(place) : settings_.path, settings_.file_permissions);
-  if (!is_open) {
-    const int error = errno;
-    file_.swap(opened);  // not open, but its path is the one to be told
-    opened.close();
-    errno = error;
-    return false;
-  }
-  return adopt(hold, opened, place);
+  if (error == 0 && opened.open(path, settings_.file_permissions)) return adopt(hold, opened, place);
+  if (error == 0) error = errno;
+  file_.close_for(std::move(path));
+  errno = error;
+  return false;
 }
 
 bool LogDestination::adopt(const SeriesHold& hold, LogFile& file, SeriesFile place) {
   const long long repaired = file.is_regular() ? repair_end(file.path(), file.identity(), hold.is_held()) : 0;
   if (repaired > 0) counts_.damaged += static_cast<unsigned long long>(repaired);
+  // Whoever asks for what is in the file that is left means the next one by then.
+  if (settings_.sync_level != qz_LOG_FileSinkSettings::kNever && is_unsynced_ && file_.is_open()) sync();
   file_.swap(file);
   current_ = place;
   set_torn(hold, false);
@@ -225,6 +227,7 @@ bool LogDestination::begin_next_file(const SeriesHold& hold, const std::timespec
 }
 
 bool LogDestination::sync() {
+  is_unsynced_ = false;
   if (file_.sync()) return true;
   ++counts_.sync_failures;
   return false;

@@ -50,6 +50,7 @@ class LogDestination : public qz_UTIL_no_inadvertant_copies {
     if (is_torn(hold) && !close_fragment(hold)) [[unlikely]]
       return 0;
     const std::size_t written = file_.append(lines, settings_.longest_wait_milliseconds);
+    is_unsynced_ = true;
     set_size(hold, size(hold) + written);
     return written == lines.size() ? written : cut_to_lines(hold, lines.substr(0, written));
   }
@@ -114,6 +115,7 @@ class LogDestination : public qz_UTIL_no_inadvertant_copies {
   LocalDay local_day_;
   std::uint64_t size_ = 0;
   bool is_torn_ = false;
+  bool is_unsynced_ = false;  // lines were written to the file since it was last brought to the disk
   std::time_t checked_ = 0;
   std::time_t settled_ = kNever;  // the second in which everything was found right, while this file is open
   std::time_t retry_rotation_ = 0;

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "sinks/descriptor.h"
 
@@ -28,6 +29,11 @@ class LogFile : public qz_UTIL_no_inadvertant_copies {
   /// Closes what was open, and opens or makes this. False with errno.
   bool open(const std::string& path, mode_t permissions);
   void close() { file_.reset(); }
+  /// The same; the path is the one that should have been opened.
+  void close_for(std::string path) {
+    file_.reset();
+    path_ = std::move(path);
+  }
   /// Closes nothing: the number belongs to something else by now.
   void forget() { static_cast<void>(file_.release()); }
   bool is_open() const { return static_cast<bool>(file_); }

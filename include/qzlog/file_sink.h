@@ -39,7 +39,10 @@ struct qz_LOG_FileSinkSettings {
   unsigned buffer_bytes = 128U << 10;  ///< of kShared and kBuffered: 16384 to 2^28. Longer lines are written by Write
   unsigned longest_delay_milliseconds = 100;  ///< after which a line has left the buffer: 1 to 60000
   unsigned longest_wait_milliseconds = 1000;  ///< that Write waits for room or a pipe's reader: 0 to 60000
-  unsigned sync_level = kNever;      ///< entries of this level and above are on the disk (fdatasync) when Write returns
+  /// Entries of this level and above are on the disk (fdatasync) when Write returns, unless that fails or takes longer
+  /// than longest_wait_milliseconds: qz_LOG_FileSinkStatus::sync_failures tells. Such a log is also brought to the disk
+  /// where the next file begins.
+  unsigned sync_level = kNever;
   bool sync_at_rotation = false;     ///< a file of a series is brought to the disk when the next one begins
   unsigned file_permissions = 0640;  ///< of new files, less the process's umask
 
@@ -61,7 +64,7 @@ struct qz_LOG_FileSinkStatus {
   unsigned long long recovered;      ///< entries of ended processes that were written to the log
   unsigned long long damaged;        ///< bytes that ended processes left and that were no whole lines
   unsigned long long fragments;      ///< parts of lines that could not be cut off, and were closed by a line break
-  unsigned long long sync_failures;  ///< fdatasync reported an error
+  unsigned long long sync_failures;  ///< fdatasync reported an error, or was not waited for any longer
 };
 
 /// Entries as JSON Lines in a file, or a series of files, that several threads and processes may write at once. Each

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <signal.h>
 #include <sys/mman.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/uio.h>
 #include <unistd.h>
@@ -12,6 +13,8 @@
 #include <cerrno>
 #include <cstdarg>
 #include <cstddef>
+#include <map>
+#include <mutex>
 
 namespace qz_test {
 
@@ -41,6 +44,21 @@ int failure_of(FileCallKind kind) {
   return call - g_plan.nth + 1;
 }
 
+struct Synced {
+  std::atomic<bool> on{false};
+  std::mutex mutex;
+  std::map<ino_t, off_t> bytes;
+};
+Synced g_synced;
+
+void note_sync(int descriptor) {
+  struct stat status = {};
+  if (!g_synced.on || fstat(descriptor, &status) != 0) return;
+  const std::lock_guard hold(g_synced.mutex);
+  off_t& bytes = g_synced.bytes[status.st_ino];
+  bytes = std::max(bytes, status.st_size);
+}
+
 bool fails(FileCallKind kind) {
   if (failure_of(kind) == 0) return false;
   errno = g_plan.error;
@@ -67,6 +85,20 @@ void FileCallFailure::set_part(std::size_t bytes) { g_plan.part = bytes; }
 void FileCallFailure::set_cut_fails(bool fails) { g_plan.cut_fails = fails; }
 
 bool FileCallFailure::happened() const { return g_plan.happened; }
+
+SyncNotes::SyncNotes() { g_synced.on = true; }
+SyncNotes::~SyncNotes() {
+  g_synced.on = false;
+  g_synced.bytes.clear();
+}
+
+off_t SyncNotes::synced_bytes(const std::string& path) {
+  struct stat status = {};
+  if (stat(path.c_str(), &status) != 0) return 0;
+  const std::lock_guard hold(g_synced.mutex);
+  const auto found = g_synced.bytes.find(status.st_ino);
+  return found == g_synced.bytes.end() ? 0 : found->second;
+}
 
 }  // namespace qz_test
 
@@ -104,7 +136,11 @@ ssize_t write(int descriptor, const void* source, std::size_t size) {
 }
 
 // Nothing is brought to a disk: that takes milliseconds.
-int fdatasync(int /*descriptor*/) { return qz_test::fails(FileCallKind::kSync) ? -1 : 0; }
+int fdatasync(int descriptor) {
+  if (qz_test::fails(FileCallKind::kSync)) return -1;
+  qz_test::note_sync(descriptor);
+  return 0;
+}
 
 int ftruncate(int descriptor, off_t size) noexcept {
   if (qz_test::g_plan.cut_fails) errno = EPERM;

@@ -1,7 +1,10 @@
 #ifndef QZLOG_TESTS_SINKS_FILE_CALL_FAILURE_H
 #define QZLOG_TESTS_SINKS_FILE_CALL_FAILURE_H
 
+#include <sys/types.h>
+
 #include <cstddef>
+#include <string>
 
 namespace qz_test {
 
@@ -26,6 +29,18 @@ class FileCallFailure {
   FileCallFailure& operator=(const FileCallFailure&) = delete;
 
   bool happened() const;
+};
+
+/// While it lives, notes what of which file is brought to the disk. One at a time.
+class SyncNotes {
+ public:
+  SyncNotes();
+  ~SyncNotes();
+  SyncNotes(const SyncNotes&) = delete;
+  SyncNotes& operator=(const SyncNotes&) = delete;
+
+  /// So many bytes of the file from its beginning.
+  static off_t synced_bytes(const std::string& path);
 };
 
 }  // namespace qz_test

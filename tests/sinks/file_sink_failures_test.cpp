@@ -3,9 +3,12 @@
 
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
+#include <filesystem>
 #include <memory>
 #include <string>
+#include <thread>
 
 #include "qzlog/file_sink.h"
 #include "tests/sinks/file_call_failure.h"
@@ -272,6 +275,66 @@ TEST_F(FileSinkFailuresTest, Memory_OpeningThrowsAndWritingCounts) {
     const qz_LOG_SinkCounts counts = sink.GetCounts();
     EXPECT_EQ(counts.written + counts.failed, built);
   }
+}
+
+/// Whether the line that says `number` is in a file that was brought to the disk behind it.
+bool is_synced(const std::string& folder, unsigned number) {
+  const std::string key = "\"Number\":" + std::to_string(number) + "}";
+  for (const auto& file : std::filesystem::directory_iterator(folder)) {
+    if (!file.path().filename().string().starts_with("app.")) continue;
+    const std::size_t at = read_file(file.path()).find(key);
+    if (at != std::string::npos) return SyncNotes::synced_bytes(file.path()) > static_cast<off_t>(at);
+  }
+  return false;
+}
+
+TEST_F(FileSinkFailuresTest, RotatedAtAnyMoment_WhatIsToBeOnTheDiskIsThere) {
+  for (const Settings::Way way : kWays) {
+    const SyncNotes notes;
+    Settings settings = series(way);
+    settings.sync_level = 8;
+    settings.keep_files = 8;
+    settings.longest_wait_milliseconds = 60000;
+    qz_LOG_FileSink sink(settings);
+    std::atomic<bool> stops{false};
+    std::thread rotator([&] {
+      while (!stops) {
+        sink.Rotate();
+        usleep(200);
+      }
+    });
+    unsigned not_synced = 0;
+    for (unsigned number = 1; number <= 300; ++number) {
+      EXPECT_TRUE(write_entry(sink, 1, number, {}, 8));
+      if (!is_synced(logs(), number)) ++not_synced;
+    }
+    stops = true;
+    rotator.join();
+    EXPECT_EQ(not_synced, 0U);
+    EXPECT_EQ(sink.GetStatus().sync_failures, 0U);
+    EXPECT_EQ(sink.Close(10000), 0U);
+    std::filesystem::remove_all(logs());
+    std::filesystem::create_directory(logs());
+  }
+}
+
+TEST_F(FileSinkFailuresTest, LineLongerThanTheBuffer_IsBroughtToTheDisk) {
+  const SyncNotes notes;
+  Settings settings = single(Settings::kBuffered);
+  settings.buffer_bytes = 16384;
+  settings.sync_level = 8;
+  qz_LOG_FileSink sink(settings);
+  const std::string text(2000, '\x01');  // six bytes each in the line
+  EXPECT_TRUE(write_entry(sink, 1, 1, text, 8));
+  EXPECT_GT(SyncNotes::synced_bytes(log_path()), 12000);
+  EXPECT_EQ(SyncNotes::synced_bytes(log_path()), static_cast<off_t>(std::filesystem::file_size(log_path())));
+}
+
+TEST_F(FileSinkFailuresTest, SeriesInAFolderThatIsNotThere_NamesTheFile) {
+  Settings settings = series(Settings::kWrite);
+  settings.folder = logs() + "/none";
+  const std::string thrown = thrown_by([&] { qz_LOG_FileSink sink(settings); });
+  EXPECT_NE(thrown.find(settings.folder + "/app."), std::string::npos) << thrown;
 }
 
 /// The sink's own thread has none either: it flushes, rotates and deletes files meanwhile.
