@@ -30,7 +30,7 @@ TEST_F(LdfNamesThreads, FirstQuestionsAtOnceAndWhileTheFileIsCleared_AllAnswered
     for (int i = 0; i < kThreads; ++i) {
       threads.emplace_back([&] {
         start.arrive_and_wait();
-        right += held->get_event_name() == std::string("FULL") &&
+        right += held->get_event_name()->text() == std::string("FULL") &&
                  held->find_sensitivity(KnownName::of("Secret")) == Sensitivity::kDrop &&
                  held->find_sensitivity(KnownName::of("USER")) == Sensitivity::kHash;
       });
