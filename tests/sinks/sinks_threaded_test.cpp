@@ -42,7 +42,7 @@ class EveryOtherSink : public qz_LOG_Sink {
   unsigned long long CloseEntries(unsigned) override { return 0; }
 };
 
-TEST_F(OtherSinksThreaded, Counts_OfMoreThreadsThanPlacesOneAfterAnother_AreExact) {
+TEST_F(SinksThreaded, Counts_OfMoreThreadsThanPlacesOneAfterAnother_AreExact) {
   constexpr int kGenerations = 4;
   constexpr int kManyThreads = 24;
   constexpr unsigned kEntries = 500;
