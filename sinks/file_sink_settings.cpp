@@ -3,8 +3,8 @@
 #include <string>
 
 #include "qzlog/qz_exception.h"
-#include "sinks/loss_body.h"
 #include "sinks/setting_checks.h"
+#include "sinks/told_event.h"
 
 namespace qzlog {
 
@@ -64,7 +64,7 @@ void check_settings(const Settings& settings) {
   require_range("sync_level", settings.sync_level, 0, Settings::kNever);
   require((settings.file_permissions & ~0777U) == 0 && (settings.file_permissions & 0600U) == 0600U,
           "file_permissions: the owner has to be able to read and write (0600), and there is nothing above 0777");
-  if (settings.lost_event_id != 0) check_lost_event(settings.lost_event_id);
+  if (settings.lost_event_id != 0) check_told_event(ToldOf::kLost, settings.lost_event_id);
 }
 
 }  // namespace qzlog

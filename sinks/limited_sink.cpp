@@ -8,6 +8,7 @@
 #include "sinks/setting_checks.h"
 #include "sinks/sink_clock.h"
 #include "sinks/stream_lock.h"
+#include "sinks/told_event.h"
 
 using namespace qzlog;
 
@@ -25,7 +26,7 @@ void check(const qz_LOG_Sink* sink, const qz_LOG_LimitedSinkSettings& settings) 
   if (sink == nullptr) refuse_setting("sink", "it is null");
   require_range("entries_per_second", settings.entries_per_second, 1, 1'000'000'000);
   require_range("unlimited_level", settings.unlimited_level, 0, qz_LOG_LimitedSinkSettings::kNever);
-  if (settings.held_event_id != 0) check_held_event(settings.held_event_id);
+  if (settings.held_event_id != 0) check_told_event(ToldOf::kHeld, settings.held_event_id);
 }
 
 }  // namespace
@@ -71,7 +72,8 @@ bool qz_LOG_LimitedSink::TellRows(bool everything) {
   if (by_line && !rows.empty() && !HandOnHeld(*sink_, held_of(rows).data(), rows.size())) return false;
   bool is_all_told = true;
   for (const EventLimits::Row& row : rows) {
-    const bool is_told = by_line || HandOn(*sink_, held_entry(settings_.held_event_id, row), false, 0) != kFailed;
+    const bool is_told =
+        by_line || HandOn(*sink_, told_entry(ToldOf::kHeld, settings_.held_event_id, row), false, 0) != kFailed;
     if (is_told) events.take(row);
     is_all_told = is_all_told && is_told;
   }

@@ -19,9 +19,6 @@ struct LossBody {
 /// entry throws.
 std::vector<LossBody> loss_bodies(const LossTable& losses, unsigned lost_event_id, std::size_t room_before);
 
-/// Throws QZX_logging_illegal_argument, naming the setting, unless the event has the attributes that tell of losses.
-void check_lost_event(unsigned lost_event_id);
-
 }  // namespace qzlog
 
 #endif  // QZLOG_SINKS_LOSS_BODY_H

@@ -20,7 +20,7 @@ constexpr RuleInfo kRules[] = {
     {EntryRule::kMissingId, "missing-id", "The entry has no `id`."},
     {EntryRule::kBadId, "bad-id", "`id` is neither a number from 0 to 4294967295 nor a name."},
     {EntryRule::kUnknownId, "unknown-id", "No definition file defines this entry ID."},
-    {EntryRule::kUnknownName, "unknown-name", "No definition source defines an entry of this name."},
+    {EntryRule::kUnknownName, "unknown-name", "The definitions have no entry of this name."},
     {EntryRule::kBadDefinitionFile, "bad-definition-file", "The entry's definition cannot be read from its file."},
     {EntryRule::kBadLevel, "bad-level", "`level` is not a number from 0 to 9."},
     {EntryRule::kBadTime, "bad-time", "A time is not a date and time as RFC 3339 writes it."},
