@@ -36,7 +36,7 @@ struct qz_LOG_FileSinkSettings {
   unsigned keep_files =
       0;                   ///< so many files of a series are kept, the latest; 0: all. One that is written to always is
   unsigned keep_days = 0;  ///< files of the last so many days are kept; 0: all
-  unsigned buffer_bytes = 128U << 10;  ///< of kShared and kBuffered: 16384 to 2^28. Longer lines are written by Write
+  unsigned buffer_bytes = 512U << 10;  ///< of kShared and kBuffered: 16384 to 2^28. Longer lines are written by Write
   unsigned longest_delay_milliseconds = 100;  ///< after which a line has left the buffer: 1 to 60000
   unsigned longest_wait_milliseconds = 1000;  ///< that Write waits for room or a pipe's reader: 0 to 60000
   /// Entries of this level and above are on the disk (fdatasync) when Write returns, unless that fails or takes longer

@@ -373,6 +373,7 @@ TEST_F(FileSinkFilesTest, DiskOf1MiB_LossIsToldWhenThereIsRoomAgain) {
                            { std::ofstream(ballast) << std::string(300000, 'x'); }
                            Settings settings = single(way);
                            settings.longest_wait_milliseconds = 50;
+                           settings.buffer_bytes = 128U << 10;  // so much of the disk is left for the log
                            qz_LOG_FileSink sink(settings);
                            long long failed = 0;
                            std::vector<long long> taken;

@@ -84,6 +84,7 @@ TEST_F(FileSinkKilledCallsTest, InTheMiddleOfALargeWrite_NothingIsLostOrDoubled)
     TempDir own;
     Settings settings = settings_for(own.path(), Settings::kShared, false);
     settings.longest_delay_milliseconds = 60000;
+    settings.buffer_bytes = 128U << 10;
     SharedCount taken;
     // Halves of 64 KiB: the second or third write is of a whole one.
     const auto part = static_cast<std::size_t>(random.between(0, 66000));
