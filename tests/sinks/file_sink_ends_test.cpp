@@ -289,12 +289,17 @@ TEST_F(FileSinkEndsTest, ParentKilledWhileItsForkLives_IsRecovered) {
   if (parent == 0) {
     auto* const sink = new qz_LOG_FileSink(settings);
     for (unsigned number = 0; number < 10; ++number) write_entry(*sink, 1, number);
+    int runs[2];
+    if (pipe(runs) != 0) _exit(1);
+    char byte = 0;
     if (fork() == 0) {
-      char byte = 0;
       close(alive[1]);
+      if (write(runs[1], "", 1) != 1) _exit(1);
       static_cast<void>(read(alive[0], &byte, 1) + 1);  // until the test has looked
       _exit(0);
     }
+    // From its first instructions on the child holds nothing of its parent's files.
+    static_cast<void>(read(runs[0], &byte, 1) + 1);
     kill(getpid(), SIGKILL);
   }
   waitpid(parent, nullptr, 0);
