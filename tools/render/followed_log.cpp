@@ -17,9 +17,10 @@ namespace {
 
 using qzlog_compiler::Severity;
 
-bool find_status(const std::string& path, struct stat& status) {
-  return ::stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
-}
+/// For opening one more file.
+struct NoRoom : UnreadableInput {
+  using UnreadableInput::UnreadableInput;
+};
 
 FileIdentity identity_of(const struct stat& status) {
   return {static_cast<std::uint64_t>(status.st_dev), static_cast<std::uint64_t>(status.st_ino)};
@@ -35,10 +36,10 @@ FollowedLog::File::File(FileDescriptor descriptor, const std::string& file_path,
       reader(qz_LOG_EntryReader::FromSource(bytes, path.c_str(), &rendering)) {}
 
 FollowedLog::FollowedLog(LogName name, EntryRendering& rendering, ChangeWatch& watch)
-    : name_(std::move(name)), rendering_(&rendering), watch_(&watch) {}
+    : name_(std::move(name)), rendering_(rendering), watch_(watch) {}
 
 FollowedLog::~FollowedLog() {
-  for (const OpenFile& file : files_) watch_->forget_file(file->watch);
+  for (const OpenFile& file : files_) watch_.forget_file(file->watch);
 }
 
 void FollowedLog::read(bool names_changed) {
@@ -51,8 +52,8 @@ void FollowedLog::read(bool names_changed) {
 
 // Before it is looked for names, so that none comes up unseen.
 void FollowedLog::watch_names() {
-  if (!name_.path.empty()) watch_->watch_folder(folder_of(name_.path));
-  if (name_.series) watch_->watch_folder(name_.series->folder);
+  if (!name_.path.empty()) watch_.watch_folder(folder_of(name_.path));
+  if (name_.series) watch_.watch_folder(name_.series->folder);
 }
 
 void FollowedLog::read_files() {
@@ -63,35 +64,36 @@ void FollowedLog::read_files() {
 void FollowedLog::read_file(File& file) {
   try {
     if (!file.bytes.look()) {
-      rendering_->errors().report(Severity::kWarning,
-                                  "'" + file.path + "' became shorter: it is read from its beginning");
+      rendering_.errors().report(Severity::kWarning,
+                                 "'" + file.path + "' became shorter: it is read from its beginning");
       file.bytes.begin_again();
-      file.reader = qz_LOG_EntryReader::FromSource(file.bytes, file.path.c_str(), rendering_);
+      file.reader = qz_LOG_EntryReader::FromSource(file.bytes, file.path.c_str(), &rendering_);
       file.bytes.look();
     }
-    if (file.bytes.has_lines()) rendering_->render(file.reader);
+    if (file.bytes.has_lines()) rendering_.render(file.reader);
   } catch (const NothingYet&) {
     file.latest_growth = Clock::now();
   } catch (const UnreadableInput& failure) {
-    complain(failure.what());
+    tell(failure.what(), file.told_failure);
   }
 }
 
 /// Goes over to the file that comes next, if there is one.
 bool FollowedLog::open_next() {
-  OpenFile next = find_next();
+  std::string failure;
+  OpenFile next = find_next(failure);
+  tell(failure, told_failure_);
   if (next == nullptr) return false;
   // The former file may have got its last lines after it was read, but before the next one was begun.
   if (!files_.empty()) read_file(*files_.back());
   if (name_.series) tell_deleted(next->place);
   latest_ = next->place;
-  complaint_.clear();
   files_.push_back(std::move(next));
   while (files_.size() > kMostFiles) close_first();
   return true;
 }
 
-FollowedLog::OpenFile FollowedLog::find_next() {
+FollowedLog::OpenFile FollowedLog::find_next(std::string& failure) {
   try {
     if (!name_.path.empty()) {
       OpenFile file = find_by_path();
@@ -99,11 +101,11 @@ FollowedLog::OpenFile FollowedLog::find_next() {
       if (file != nullptr) name_.series.reset();
       if (file != nullptr || !name_.series) return file;
     }
-    OpenFile file = find_in_series();
+    OpenFile file = find_in_series(failure);
     if (file != nullptr) name_.path.clear();
     return file;
-  } catch (const UnreadableInput& failure) {
-    complain(failure.what());
+  } catch (const UnreadableInput& reason) {
+    failure = reason.what();
     return nullptr;
   }
 }
@@ -112,45 +114,55 @@ FollowedLog::OpenFile FollowedLog::find_by_path() {
   return is_open_already(name_.path) ? nullptr : open(name_.path, {});
 }
 
-/// Also where there is no such file.
 bool FollowedLog::is_open_already(const std::string& path) {
   struct stat status = {};
-  if (!find_status(path, status)) return true;
+  if (::stat(path.c_str(), &status) != 0) return false;
   const auto found = std::find_if(files_.begin(), files_.end(),
                                   [&](const OpenFile& file) { return file->bytes.identity() == identity_of(status); });
   if (found == files_.end()) return false;
-  std::rotate(found, found + 1, files_.end());  // a former file has its name back
+  std::rotate(found, found + 1, files_.end());  // a former file may have its name back
   return true;
 }
 
-FollowedLog::OpenFile FollowedLog::find_in_series() {
+// One that cannot be opened is left out when the next one can. Only where there is no room, it is waited for.
+FollowedLog::OpenFile FollowedLog::find_in_series(std::string& failure) {
   const LogSeries& series = *name_.series;
   if (later_.empty()) {
     later_ = series_files(series);
     std::erase_if(later_, [this](SeriesPlace place) { return place < latest_; });
     std::reverse(later_.begin(), later_.end());
   }
-  while (!later_.empty()) {
+  OpenFile file;
+  while (file == nullptr && !later_.empty()) {
     const SeriesPlace place = later_.back();
-    later_.pop_back();
     const std::string path = series.path_of(place);
-    if (place == latest_ && is_open_already(path)) continue;
-    if (OpenFile file = open(path, place)) return file;
+    try {
+      if (place != latest_ || !is_open_already(path)) file = open(path, place);
+    } catch (const NoRoom&) {
+      throw;
+    } catch (const UnreadableInput& reason) {
+      failure = reason.what();
+      latest_ = place;
+    }
+    later_.pop_back();
   }
-  return nullptr;
+  return file;
 }
 
 /// Null where there is no such file. Throws UnreadableInput for one that cannot be opened.
 FollowedLog::OpenFile FollowedLog::open(const std::string& path, SeriesPlace place) {
   struct stat status = {};
-  if (!find_status(path, status)) return nullptr;
+  if (::stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) return nullptr;
   FileDescriptor descriptor(open_path(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
   if (descriptor.get() < 0) {
-    if (errno == ENOENT) return nullptr;
-    throw UnreadableInput("cannot open '" + path + "': " + std::strerror(errno));
+    const int error = errno;
+    if (error == ENOENT || error == ENOTDIR) return nullptr;
+    const std::string text = "cannot open '" + path + "': " + std::strerror(error);
+    if (error == EMFILE || error == ENFILE || error == ENOMEM) throw NoRoom(text);
+    throw UnreadableInput(text);
   }
-  auto file = std::make_unique<File>(std::move(descriptor), path, place, *rendering_);
-  file->watch = watch_->watch_file(file->bytes.descriptor());
+  auto file = std::make_unique<File>(std::move(descriptor), path, place, rendering_);
+  file->watch = watch_.watch_file(file->bytes.descriptor());
   return file;
 }
 
@@ -158,10 +170,10 @@ FollowedLog::OpenFile FollowedLog::open(const std::string& path, SeriesPlace pla
 void FollowedLog::tell_deleted(SeriesPlace found) const {
   if (found.day != latest_.day || found.number <= latest_.number + 1) return;
   const unsigned count = found.number - latest_.number - 1;
-  rendering_->errors().report(Severity::kWarning, (count == 1 ? "a file" : std::to_string(count) + " files") +
-                                                      " between '" + name_.series->path_of(latest_) + "' and '" +
-                                                      name_.series->path_of(found) + (count == 1 ? "' was" : "' were") +
-                                                      " deleted before being read");
+  rendering_.errors().report(Severity::kWarning, (count == 1 ? "a file" : std::to_string(count) + " files") +
+                                                     " between '" + name_.series->path_of(latest_) + "' and '" +
+                                                     name_.series->path_of(found) + (count == 1 ? "' was" : "' were") +
+                                                     " deleted before being read");
 }
 
 void FollowedLog::close_quiet_files() {
@@ -174,21 +186,21 @@ bool FollowedLog::is_quiet(const File& file) const { return Clock::now() - file.
 void FollowedLog::close_first() {
   const OpenFile file = std::move(files_.front());
   files_.pop_front();
-  watch_->forget_file(file->watch);
+  watch_.forget_file(file->watch);
   try {
     file->bytes.finish();
-    rendering_->render(file->reader);
+    rendering_.render(file->reader);
   } catch (const NothingYet&) {  // it was asked to end meanwhile
   } catch (const UnreadableInput& failure) {
-    complain(failure.what());
+    tell(failure.what(), file->told_failure);
   }
 }
 
 /// Once, and not at each look.
-void FollowedLog::complain(const std::string& text) {
-  if (text == complaint_) return;
-  complaint_ = text;
-  rendering_->errors().report(Severity::kError, text);
+void FollowedLog::tell(const std::string& failure, std::string& told) const {
+  if (failure == told) return;
+  told = failure;
+  if (!failure.empty()) rendering_.errors().report(Severity::kError, failure);
 }
 
 }  // namespace qzlog_tool

@@ -36,15 +36,15 @@ class FollowedLog {
   /// What the arguments refer to has to outlive this object.
   FollowedLog(LogName name, EntryRendering& rendering, ChangeWatch& watch);
   ~FollowedLog();
-  FollowedLog(FollowedLog&&) noexcept = default;
-  FollowedLog& operator=(FollowedLog&&) = delete;
-
-  const LogName& name() const noexcept { return name_; }
+  FollowedLog(const FollowedLog&) = delete;
+  FollowedLog& operator=(const FollowedLog&) = delete;
 
   /// Renders what there is. `names_changed`: files may have come, gone or changed their names.
   void read(bool names_changed);
   /// No file of the log is there.
   bool is_absent() const noexcept { return files_.empty(); }
+  /// One that is there could not be opened when names were looked at last, as stderr says.
+  bool has_failed() const noexcept { return !told_failure_.empty(); }
 
  private:
   using Clock = std::chrono::steady_clock;
@@ -56,6 +56,7 @@ class FollowedLog {
     std::string path;
     SeriesPlace place;
     qz_LOG_EntryReader reader;
+    std::string told_failure;
     Clock::time_point latest_growth = Clock::now();
     int watch = -1;
   };
@@ -65,24 +66,24 @@ class FollowedLog {
   void read_files();
   void read_file(File& file);
   bool open_next();
-  OpenFile find_next();
+  OpenFile find_next(std::string& failure);
   OpenFile find_by_path();
-  OpenFile find_in_series();
+  OpenFile find_in_series(std::string& failure);
   OpenFile open(const std::string& path, SeriesPlace place);
   bool is_open_already(const std::string& path);
   void tell_deleted(SeriesPlace found) const;
   void close_quiet_files();
   bool is_quiet(const File& file) const;
   void close_first();
-  void complain(const std::string& text);
+  void tell(const std::string& failure, std::string& told) const;
 
   LogName name_;
-  EntryRendering* rendering_;
-  ChangeWatch* watch_;
+  EntryRendering& rendering_;
+  ChangeWatch& watch_;
   std::deque<OpenFile> files_;      // the last one is the current one
   SeriesPlace latest_;              // of a series: the current file, or the one before
   std::vector<SeriesPlace> later_;  // files that were found behind it, the next one at the end
-  std::string complaint_;
+  std::string told_failure_;
 };
 
 }  // namespace qzlog_tool

@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <optional>
-#include <utility>
 
 #include "tools/render/log_inputs.h"
 #include "tools/render/log_reading.h"
@@ -70,7 +69,7 @@ void LogFollower::begin(const std::string& operand) {
 void LogFollower::begin_log(const std::string& path) {
   FollowedLog& log = operands_.emplace_back(LogName{path, series_of(path)}, rendering_, watch_);
   log.read(true);
-  if (log.is_absent())
+  if (log.is_absent() && !log.has_failed())
     rendering_.errors().report(Severity::kWarning, "'" + path + "' is not there yet: waiting for it");
 }
 
@@ -91,8 +90,8 @@ void LogFollower::look_into(Folder& folder) {
   for (const std::string& file : logs.files) add("file " + file, {file, std::nullopt});
 }
 
-void LogFollower::add(const std::string& key, LogName name) {
-  const auto [at, is_new] = found_.try_emplace(key, std::move(name), rendering_, watch_);
+void LogFollower::add(const std::string& key, const LogName& name) {
+  const auto [at, is_new] = found_.try_emplace(key, name, rendering_, watch_);
   if (is_new) at->second.read(true);
 }
 
@@ -101,7 +100,7 @@ void LogFollower::read_all(bool names_changed) {
   for (FollowedLog& log : operands_) log.read(names_changed);
   for (auto& [key, log] : found_) log.read(names_changed);
   if (!names_changed) return;
-  std::erase_if(found_, [](const auto& found) { return found.second.is_absent(); });
+  std::erase_if(found_, [](const auto& found) { return found.second.is_absent() && !found.second.has_failed(); });
   for (Folder& folder : folders_) look_into(folder);
 }
 

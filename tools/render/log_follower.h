@@ -39,7 +39,7 @@ class LogFollower {
   void begin(const std::string& operand);
   void begin_log(const std::string& path);
   void look_into(Folder& folder);
-  void add(const std::string& key, LogName name);
+  void add(const std::string& key, const LogName& name);
   bool must_end();
   void read_all(bool names_changed);
 

@@ -93,7 +93,7 @@ std::optional<LogSeries> series_of(const std::string& path) {
 // A folder that changes while it is read may show a new file and not the one that was begun just before it. Those that
 // are shown once have all been begun when it is read again.
 std::vector<SeriesPlace> series_files(const LogSeries& series) {
-  const std::vector<SeriesPlace> first = scan(series);
+  std::vector<SeriesPlace> first = scan(series);
   if (first.size() < 2) return first;
   std::vector<SeriesPlace> places = scan(series);
   std::erase_if(places, [&](SeriesPlace place) { return place > first.back(); });

@@ -13,7 +13,7 @@ namespace qzlog_tool {
 struct SeriesPlace {
   unsigned day = 0;
   unsigned number = 0;
-  auto operator<=>(const SeriesPlace&) const = default;
+  auto operator<=>(const SeriesPlace&) const = default;  // NOLINT(modernize-use-nullptr)
 };
 
 /// A series of log files, PREFIX.YYYYMMDD.NNNN.
@@ -47,14 +47,15 @@ std::string path_in(const std::string& folder, std::string_view name);
 /// The folder that a path is in; "" is the working folder.
 std::string folder_of(const std::string& path);
 
-/// The files that an operand of the command stands for, in order: a file (which need not be there), "-", all logs of a
-/// folder, or a series as FOLDER/PREFIX where no such file is there. Those that were found may be gone when it is their
-/// turn: whoever keeps a log deletes its oldest files. Throws CommandError (cannot run) for a folder without logs, or
-/// one that cannot be read.
+/// Files in their order.
 struct InputFiles {
   std::vector<std::string> paths;
-  bool were_found = false;
+  bool were_found = false;  ///< in a folder: one may be gone when it is its turn, for old files are deleted
 };
+
+/// What an operand of the command stands for: a file (which need not be there), "-", all logs of a folder, or a series
+/// as FOLDER/PREFIX where no such file is there. Throws CommandError (cannot run) for a folder without logs, or one
+/// that cannot be read.
 InputFiles input_files(const std::string& operand);
 
 }  // namespace qzlog_tool
