@@ -45,6 +45,11 @@ def make_material(tools, examples, folder):
     tree = {name: (storage / name).read_bytes() for name in (*BOTH.split(), "storage.jsonl")}
     tree["entries.jsonl"] = tree.pop("storage.jsonl")
     tree["bad.jsonl"] = tree["entries.jsonl"][:600] + b"\n{\"id\": 99999}\nno entry\n"
+    # A log of a writer that misses a line, in two files.
+    lines = [b'{"writer":"host/1/1","seq":%d,' % seq + line[1:] + b"\n"
+             for seq, line in enumerate(tree["entries.jsonl"].splitlines(), 1) if seq != 2]
+    tree["log"] = folders.FOLDER
+    tree["log/storage.20261121.0001"], tree["log/storage.20261121.0002"] = b"".join(lines[:2]), b"".join(lines[2:])
     tree["old.yaml"] = tree["storage.yaml"].replace(b"projects", b"things").replace(b" is ", b" has become ")
     tree["many.yaml"] = process_points.definition_source().encode()
     tree["broken.yaml"], tree["log.conf"] = BROKEN.encode(), CONFIGURATION.encode()

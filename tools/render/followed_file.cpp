@@ -8,8 +8,8 @@
 #include <cstring>
 #include <utility>
 
-#include "tools/render/render_input.h"
 #include "tools/render/stop_signals.h"
+#include "tools/render/unreadable_input.h"
 
 namespace qzlog_tool {
 

@@ -8,8 +8,8 @@
 #include <cstring>
 #include <utility>
 
-#include "tools/render/render_input.h"
 #include "tools/render/stop_signals.h"
+#include "tools/render/unreadable_input.h"
 
 namespace qzlog_tool {
 
@@ -116,9 +116,12 @@ FollowedLog::OpenFile FollowedLog::find_by_path() {
 
 bool FollowedLog::is_open_already(const std::string& path) {
   struct stat status = {};
-  if (::stat(path.c_str(), &status) != 0) return false;
+  return ::stat(path.c_str(), &status) == 0 && is_open_already(identity_of(status));
+}
+
+bool FollowedLog::is_open_already(const FileIdentity& identity) {
   const auto found = std::find_if(files_.begin(), files_.end(),
-                                  [&](const OpenFile& file) { return file->bytes.identity() == identity_of(status); });
+                                  [&](const OpenFile& file) { return file->bytes.identity() == identity; });
   if (found == files_.end()) return false;
   std::rotate(found, found + 1, files_.end());  // a former file may have its name back
   return true;
@@ -149,7 +152,7 @@ FollowedLog::OpenFile FollowedLog::find_in_series(std::string& failure) {
   return file;
 }
 
-/// Null where there is no such file. Throws UnreadableInput for one that cannot be opened.
+/// Null where there is no such file, or where it is open. Throws UnreadableInput for one that cannot be opened.
 FollowedLog::OpenFile FollowedLog::open(const std::string& path, SeriesPlace place) {
   struct stat status = {};
   if (::stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) return nullptr;
@@ -162,6 +165,7 @@ FollowedLog::OpenFile FollowedLog::open(const std::string& path, SeriesPlace pla
     throw UnreadableInput(text);
   }
   auto file = std::make_unique<File>(std::move(descriptor), path, place, rendering_);
+  if (is_open_already(file->bytes.identity())) return nullptr;
   file->watch = watch_.watch_file(file->bytes.descriptor());
   return file;
 }

@@ -71,6 +71,7 @@ class FollowedLog {
   OpenFile find_in_series(std::string& failure);
   OpenFile open(const std::string& path, SeriesPlace place);
   bool is_open_already(const std::string& path);
+  bool is_open_already(const FileIdentity& identity);
   void tell_deleted(SeriesPlace found) const;
   void close_quiet_files();
   bool is_quiet(const File& file) const;

@@ -8,7 +8,7 @@
 #include "tools/render/log_inputs.h"
 #include "tools/render/log_reading.h"
 #include "tools/render/stop_signals.h"
-#include "tools/system/command_error.h"
+#include "tools/render/unreadable_input.h"
 
 namespace qzlog_tool {
 
@@ -79,7 +79,7 @@ void LogFollower::look_into(Folder& folder) {
   std::string complaint;
   try {
     logs = logs_in(folder.path);
-  } catch (const CommandError& failure) {
+  } catch (const UnreadableInput& failure) {
     complaint = failure.what();
   }
   if (!complaint.empty() && folder.complaint != complaint) rendering_.errors().report(Severity::kError, complaint);

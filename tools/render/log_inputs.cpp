@@ -11,7 +11,7 @@
 #include <set>
 
 #include "qzlog/log_util.h"
-#include "tools/system/command_error.h"
+#include "tools/render/unreadable_input.h"
 
 namespace qzlog_tool {
 
@@ -46,18 +46,24 @@ std::optional<SeriesPlace> place_of(const char* name, const std::string& prefix)
   return SeriesPlace{year * 10000U + month * 100U + day, number};
 }
 
+[[noreturn]] void refuse_folder(const std::string& folder, int error) {
+  throw UnreadableInput("cannot read '" + (folder.empty() ? "." : folder) + "': " + std::strerror(error));
+}
+
 std::vector<SeriesPlace> scan(const LogSeries& series) {
   std::vector<SeriesPlace> places;
-  for_each_name(series.folder, [&](const char* name) {
+  const int error = for_each_name(series.folder, [&](const char* name) {
     if (const std::optional<SeriesPlace> place = place_of(name, series.prefix)) places.push_back(*place);
   });
+  if (error != 0 && error != ENOENT && error != ENOTDIR) refuse_folder(series.folder, error);
   std::sort(places.begin(), places.end());
   return places;
 }
 
-bool is_regular(const std::string& path) {
+/// A file of which nothing is to be known stays in: opening it will tell why.
+bool is_no_file(const std::string& path) {
   struct stat status = {};
-  return ::stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
+  return ::stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode);
 }
 
 bool is_folder(const std::string& path) {
@@ -108,13 +114,13 @@ FolderLogs logs_in(const std::string& folder) {
     if (name.starts_with('.')) return;
     if (name.ends_with(kLinesSuffix)) {
       const std::string path = path_in(folder, name);
-      if (is_regular(path)) logs.files.push_back(path);
+      if (!is_no_file(path)) logs.files.push_back(path);
     } else if (name.size() > kSeriesSuffix) {
       std::string prefix(name.substr(0, name.size() - kSeriesSuffix));
       if (place_of(text, prefix)) prefixes.insert(std::move(prefix));
     }
   });
-  if (error != 0) throw CommandError(kExitCannotRun, "cannot read '" + folder + "': " + std::strerror(error));
+  if (error != 0) refuse_folder(folder, error);
   for (const std::string& prefix : prefixes) logs.series.push_back({folder, prefix});
   std::sort(logs.files.begin(), logs.files.end());
   return logs;
@@ -141,8 +147,7 @@ InputFiles input_files(const std::string& operand) {
     for (const LogSeries& series : logs.series) add_files(series, files.paths);
     files.paths.insert(files.paths.end(), logs.files.begin(), logs.files.end());
     if (!files.paths.empty()) return files;
-    throw CommandError(kExitCannotRun,
-                       "the folder '" + operand + "' has no log: neither files PREFIX.YYYYMMDD.NNNN nor *.jsonl");
+    throw UnreadableInput("the folder '" + operand + "' has no log: neither files PREFIX.YYYYMMDD.NNNN nor *.jsonl");
   }
   const std::optional<LogSeries> series = series_of(operand);
   if (series && !is_there(operand)) add_files(*series, files.paths);

@@ -28,17 +28,17 @@ struct LogSeries {
 /// The series that FOLDER/PREFIX names, whether there are files of it or not; nothing for a path without a last name.
 std::optional<LogSeries> series_of(const std::string& path);
 
-/// The files of a series, in order; empty also where the folder cannot be read. Files are begun in order, and none that
-/// is there stays out when another one, behind it, is in.
+/// The files of a series, in order; none where the folder is not there. Throws UnreadableInput where it cannot be read.
+/// Files are begun in order, and none that is there stays out when another one, behind it, is in.
 std::vector<SeriesPlace> series_files(const LogSeries& series);
 
 /// What a folder has of logs.
 struct FolderLogs {
   std::vector<LogSeries> series;   ///< by prefix
-  std::vector<std::string> files;  ///< paths of regular files *.jsonl, by name
+  std::vector<std::string> files;  ///< paths of files *.jsonl, by name; no folders, pipes and devices
 };
 
-/// Hidden files are left out. Throws CommandError (cannot run) for a folder that cannot be read.
+/// Hidden files are left out. Throws UnreadableInput for a folder that cannot be read.
 FolderLogs logs_in(const std::string& folder);
 
 /// The name in a folder.
@@ -54,7 +54,7 @@ struct InputFiles {
 };
 
 /// What an operand of the command stands for: a file (which need not be there), "-", all logs of a folder, or a series
-/// as FOLDER/PREFIX where no such file is there. Throws CommandError (cannot run) for a folder without logs, or one
+/// as FOLDER/PREFIX where no such file is there. Throws UnreadableInput for a folder without logs, or one
 /// that cannot be read.
 InputFiles input_files(const std::string& operand);
 

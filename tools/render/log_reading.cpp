@@ -22,7 +22,7 @@ bool read_operand(const std::string& operand, EntryRendering& rendering) {
   InputFiles files;
   try {
     files = input_files(operand);
-  } catch (const CommandError& failure) {
+  } catch (const UnreadableInput& failure) {
     return fail(failure.what(), rendering);
   }
   bool all_read = true;

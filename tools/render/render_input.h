@@ -1,21 +1,16 @@
 #ifndef QZLOG_TOOLS_RENDER_RENDER_INPUT_H
 #define QZLOG_TOOLS_RENDER_RENDER_INPUT_H
 
-#include <stdexcept>
 #include <string>
 #include <utility>
 
 #include "qzlog/entry_lines.h"
+#include "tools/render/unreadable_input.h"
 #include "tools/system/buffered_output.h"
 #include "tools/system/command_error.h"
 #include "tools/system/file_descriptor.h"
 
 namespace qzlog_tool {
-
-/// Thrown, with the reason, for a file that cannot be read any further; others still can.
-struct UnreadableInput : std::runtime_error {
-  using std::runtime_error::runtime_error;
-};
 
 /// A file of entries. What was made of the lines so far is written out before more are waited for.
 class RenderInput : public qz_LOG_ByteSource {

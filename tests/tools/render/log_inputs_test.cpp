@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "tests/support/temp_dir.h"
-#include "tools/system/command_error.h"
+#include "tools/render/unreadable_input.h"
 
 namespace qzlog_tool {
 namespace {
@@ -32,8 +32,7 @@ class LogInputs : public ::testing::Test {
   std::string refusal(const std::string& operand) const {
     try {
       input_files(operand);
-    } catch (const CommandError& error) {
-      EXPECT_EQ(error.exit_status(), kExitCannotRun);
+    } catch (const UnreadableInput& error) {
       return error.what();
     }
     return "";
@@ -89,7 +88,7 @@ TEST_F(LogInputs, FolderWithoutLogs_IsRefused) {
 TEST_F(LogInputs, FolderThatCannotBeRead_IsRefused) {
   EXPECT_EQ(refusal("/proc/self/fdinfo/"),
             "the folder '/proc/self/fdinfo/' has no log: neither files PREFIX.YYYYMMDD.NNNN nor *.jsonl");
-  EXPECT_THROW(logs_in(folder_.path("none")), CommandError);
+  EXPECT_THROW(logs_in(folder_.path("none")), UnreadableInput);
 }
 
 TEST_F(LogInputs, SeriesOfAFolderThatIsNotThere_IsEmpty) {
