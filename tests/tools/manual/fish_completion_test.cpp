@@ -51,6 +51,7 @@ TEST_F(FishCompletion, Lines_GetWhatFits) {
       {"qzlog catalog extract one.yaml ", "events.yaml more/"},
       {"qzlog render --code-page ", ""},
       {"qzlog render --code-page count ", "entries.jsonl more/"},
+      {"qzlog render --follow entries.jsonl ", "entries.jsonl more/"},
   };
   for (const auto& row : rows) EXPECT_EQ(complete(row.line), std::string(row.offered) + "\n") << row.line;
 }

@@ -7,6 +7,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <cstdlib>
@@ -15,6 +16,7 @@
 #include <functional>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "qzlog/file_sink.h"
@@ -77,11 +79,11 @@ class Following {
     }
     return heard;
   }
-  /// What comes within a moment in which nothing should.
+  /// What comes until nothing does for a moment.
   std::string overhear(int milliseconds = 100) {
     while (take(milliseconds)) {
     }
-    return held_;
+    return std::exchange(held_, "");
   }
   /// Everything to the end of the output.
   std::string hear_rest() {
@@ -444,6 +446,19 @@ TEST_F(RenderFollow, FileThatCannotBeOpened_IsToldOnceAndTheOthersAreFollowed) {
   EXPECT_EQ(following.hear(1), "4\n");
 }
 
+TEST_F(RenderFollow, SignalWhileMuchIsRead_EndsItSoon) {
+  std::string lines;
+  for (int number = 0; number < 10'000; ++number) lines += entry(number);
+  for (int count = 0; count < 50; ++count) append("a.jsonl", lines);
+  Following following = follow({"a.jsonl", "a.jsonl", "a.jsonl", "a.jsonl", "a.jsonl", "a.jsonl"});
+  EXPECT_EQ(following.hear(3), "0\n1\n2\n");
+  following.send(SIGTERM);
+  const std::string rest = following.hear_rest();
+  EXPECT_EQ(following.wait(), -SIGTERM);
+  EXPECT_LT(std::count(rest.begin(), rest.end(), '\n'), 3'000'000 - 3);
+  EXPECT_EQ(rest.back(), '\n');
+}
+
 TEST_F(RenderFollow, GapsAreToldAtTheEnd) {
   const auto numbered = [](int seq) {
     return R"({"writer":"h/1/1","seq":)" + std::to_string(seq) + R"(,"id":1,"attributes":{"N":)" + std::to_string(seq) +
@@ -552,6 +567,11 @@ class RenderFollowsASink : public RenderFollow {
         << said;
   }
 
+  void expect_successful_writer(int count) {
+    qz_test::ChildProcess writer([&] { return write_through_a_sink(folder_.path("d.ldf"), settings_, count); });
+    EXPECT_EQ(writer.wait(), 0);
+  }
+
   qz_LOG_FileSinkSettings settings_;
 };
 
@@ -571,6 +591,61 @@ TEST_F(RenderFollowsASink, Series_EveryLineOnceAndInOrder) {
 TEST_F(RenderFollowsASink, Folder_EveryLineOnceAndInOrder) {
   settings_.way = qz_LOG_FileSinkSettings::kWrite;
   expect_every_line(20'000, {"--check-gaps", "logs"});
+}
+
+// What logrotate does, several times, to a file that a sink writes. The sink looks each second whether it still has its
+// name.
+TEST_F(RenderFollowsASink, RenamedFile_EveryLineOnceAndInOrder) {
+  settings_ = qz_LOG_FileSinkSettings();
+  settings_.path = folder_.path("logs/s.jsonl");
+  settings_.way = qz_LOG_FileSinkSettings::kWrite;
+  append("logs/s.jsonl", "");
+  std::atomic<bool> is_done{false};
+  std::thread rotation([&] {
+    for (int number = 1; !is_done; ++number) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(300));
+      if (folder_.has("logs/s.jsonl")) rename("logs/s.jsonl", "logs/s.jsonl." + std::to_string(number));
+    }
+  });
+  expect_every_line(300'000, {"--check-gaps", "logs/s.jsonl"});
+  is_done = true;
+  rotation.join();
+  EXPECT_TRUE(folder_.has("logs/s.jsonl.1"));
+}
+
+/// Processes that write one series at once, some of which are killed: what they have left is written by the next.
+TEST_F(RenderFollowsASink, ProcessesThatAreKilled_EveryLineOfEachOnce) {
+  constexpr int kProcesses = 4;
+  constexpr int kRounds = 6;
+  qz_test::SeededRandom random;
+  settings_.longest_delay_milliseconds = 5;
+  Following following = follow({"--check-gaps", "logs/s"});
+  following.wait_for_word("waiting");
+  for (int round = 0; round < kRounds; ++round) {
+    std::vector<pid_t> processes;
+    for (int number = 0; number < kProcesses; ++number) {
+      processes.push_back(::fork());
+      if (processes.back() == 0) {
+        write_through_a_sink(folder_.path("d.ldf"), settings_, 1'000'000);
+        ::_exit(0);
+      }
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(random.between(20, 150)));
+    for (const pid_t process : processes) ::kill(process, SIGKILL);
+    for (const pid_t process : processes) ::waitpid(process, nullptr, 0);
+  }
+  expect_successful_writer(1);  // writes what the last ones have left
+  std::string text;
+  for (std::string more = following.overhear(1000); !more.empty(); more = following.overhear(1000)) text += more;
+  EXPECT_EQ(following.end(), -SIGTERM);
+  const std::string said = read("said");
+  EXPECT_NE(said.find(" writers, 0 missing, 0 doubled\n"), std::string::npos) << said.substr(0, 3000);
+  EXPECT_NE(text, "");
+  write("followed", text);
+  EXPECT_EQ(
+      run("$QZLOG render --no-icu --definitions d.yaml --check-gaps logs/s | sort >all && sort followed | cmp - all")
+          .out,
+      "");
 }
 
 }  // namespace

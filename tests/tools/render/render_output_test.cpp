@@ -138,12 +138,12 @@ TEST_F(RenderOutput, InputThatGoesOn_MessagesComeAtOnce) {
 }
 
 // The largest amount of memory that the command held, in KiB.
-long peak_memory(const std::string& definitions, const std::string& entries) {
+long peak_memory(const std::string& definitions, const std::string& entries, const char* option = "--no-icu") {
   const pid_t process = ::fork();
   if (process == 0) {
     const int null = ::open("/dev/null", O_WRONLY);
     ::dup2(null, STDOUT_FILENO);
-    ::execl(QZLOG_COMMAND, "qzlog", "render", "--definitions", definitions.c_str(), entries.c_str(), nullptr);
+    ::execl(QZLOG_COMMAND, "qzlog", "render", option, "--definitions", definitions.c_str(), entries.c_str(), nullptr);
     ::_exit(127);
   }
   int status = 0;
@@ -163,6 +163,23 @@ TEST_F(RenderOutput, PeakMemory_DoesNotGrowWithTheLines) {
   write_lines(few, 50'000);
   write_lines(many, 500'000);
   EXPECT_LT(peak_memory(definitions, many.string()), peak_memory(definitions, few.string()) + 1024);
+}
+
+TEST_F(RenderOutput, PeakMemoryOfTheCheckForGaps_DoesNotGrowWithTheLines) {
+#ifdef QZLOG_SANITIZED
+  GTEST_SKIP() << "the sanitizers' own memory grows";
+#endif
+  const auto write_numbered = [this](const std::string& name, int count) {
+    std::ofstream file(folder_.path(name));
+    for (int seq = 1; seq <= count; ++seq) {
+      file << "{\"writer\":\"h/1/" << seq % 3 << "\",\"seq\":" << seq / 3 + 1 << ",\"id\":1006}\n";
+    }
+    return folder_.path(name);
+  };
+  const std::string definitions = folder_.path("storage.yaml");
+  const std::string few = write_numbered("few.jsonl", 50'000);
+  const std::string many = write_numbered("many.jsonl", 500'000);
+  EXPECT_LT(peak_memory(definitions, many, "--check-gaps"), peak_memory(definitions, few, "--check-gaps") + 1024);
 }
 
 // Runs with a terminal for stderr; what stands on it in the end.
