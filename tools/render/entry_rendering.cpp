@@ -15,6 +15,9 @@ namespace {
 /// Of the process: where a signal finds it.
 EntryRendering* current = nullptr;
 
+constexpr const char* kUncountable =
+    "the message is not counted: the local date of 'time' is outside the years 1 to 9999";
+
 std::string gap_text(const GapCheck::Gap& gap) {
   const std::uint64_t count = gap.last - gap.first + 1;
   std::string numbers = "seq " + std::to_string(gap.first);
@@ -47,6 +50,26 @@ void EntryRendering::report_abort(int /*signal*/) {
   ::_exit(kExitFindings);
 }
 
+// Inline: a call for each line shows.
+inline void EntryRendering::render_line() {
+  if (gaps_ != nullptr) check_number();
+  if (line_.IsLoss() || line_.IsHeld()) return output_.write_line(renderer_.tell_loss(line_));
+  ++entries_;
+  try {
+    const std::optional<std::string_view> message = renderer_.render(line_);
+    if (!message) {
+      ++refused_;
+      return;
+    }
+    ++passed_;
+    const bool is_counted = counting_ == nullptr || counting_->add(line_.GetEntry(), line_.HasTime());
+    output_.write_line(*message);
+    if (!is_counted) report({EntryRule::kUncountableDate, kUncountable});
+  } catch (const EntryError& error) {
+    report(error);
+  }
+}
+
 void EntryRendering::render(qz_LOG_EntryReader& reader) {
   const MemoryErrors errors_of_lines;
   while (reader.Next(line_)) {
@@ -62,32 +85,6 @@ void EntryRendering::TakeLineError(const qz_LOG_LineError& error) {
   if (gaps_ == nullptr) return;
   const std::optional<LineIdentity> identity = line_identity(line.text);
   if (identity) check_number(identity->writer, identity->seq, line);
-}
-
-void EntryRendering::render_line() {
-  if (gaps_ != nullptr) check_number();
-  if (line_.IsLoss() || line_.IsHeld()) return output_.write_line(renderer_.tell_loss(line_));
-  ++entries_;
-  try {
-    const std::optional<std::string_view> message = renderer_.render(line_);
-    if (message) {
-      write(*message);
-    } else {
-      ++refused_;
-    }
-  } catch (const EntryError& error) {
-    report(error);
-  }
-}
-
-void EntryRendering::write(std::string_view message) {
-  ++passed_;
-  const bool counted = counting_ == nullptr || counting_->add(line_.GetEntry(), line_.HasTime());
-  output_.write_line(message);
-  if (!counted) {
-    throw EntryError{EntryRule::kUncountableDate,
-                     "the message is not counted: the local date of 'time' is outside the years 1 to 9999"};
-  }
 }
 
 void EntryRendering::check_number() {

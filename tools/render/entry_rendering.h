@@ -47,7 +47,6 @@ class EntryRendering : public qz_LOG_LineErrorHandler {
   static void report_abort(int signal);
   void report(const EntryError& error) { errors_.report(ShownLine::of(line_), error.rule, error.text); }
   void render_line();
-  void write(std::string_view message);
   void check_number();
   void check_number(std::string_view writer, std::uint64_t seq, const ShownLine& line);
   void print(const std::string& line);
