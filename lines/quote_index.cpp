@@ -17,14 +17,11 @@ constexpr Block kQuote = Block{} + '"';
 constexpr Block kBackslash = Block{} + '\\';
 constexpr Block kFirstPrintable = Block{} + ' ';
 
-Block load(const char* at) {
-  Block block;
-  std::memcpy(&block, at, sizeof block);
-  return block;
-}
+// By reference: to return a vector, or to be given one, is another matter where the processor has no registers for it.
+void load(const char* at, Block& block) { std::memcpy(&block, at, sizeof block); }
 
 /// The highest bits of the characters, the first character's lowest.
-std::uint64_t high_bits(Block block) {
+std::uint64_t high_bits(const Block& block) {
 #ifdef __SSE2__
   __m128i bytes;
   std::memcpy(&bytes, &block, sizeof bytes);
@@ -39,7 +36,9 @@ std::uint64_t high_bits(Block block) {
 std::uint64_t backslashes_in_piece(const char* piece) {
   std::uint64_t backslashes = 0;
   for (std::size_t offset = 0; offset < QuoteIndex::kPieceBytes; offset += sizeof(Block)) {
-    backslashes |= high_bits(static_cast<Block>(load(piece + offset) == kBackslash)) << offset;
+    Block block;
+    load(piece + offset, block);
+    backslashes |= high_bits(static_cast<Block>(block == kBackslash)) << offset;
   }
   return backslashes;
 }
@@ -71,7 +70,8 @@ bool QuoteIndex::read(const char* text, std::size_t size) {
     std::uint64_t quotes = 0;
     Block backslashes{};
     for (std::size_t offset = 0; offset < kPieceBytes; offset += sizeof(Block)) {
-      const Block block = load(text + at + offset);
+      Block block;
+      load(text + at + offset, block);
       all |= block;
       refused |= static_cast<Block>(block < kFirstPrintable);
       quotes |= high_bits(static_cast<Block>(block == kQuote)) << offset;

@@ -155,7 +155,7 @@ unsigned long long PendingBuffer::count_left(unsigned long long (&by_level)[qz_L
   unsigned long long entries = 0;
   for (const Half& half : halves_) {
     bytes += half.used - half.taken;
-    for (std::size_t line = half.ever - half.lines; line < half.ever; ++line) {
+    for (std::size_t line = half.ever - static_cast<std::size_t>(half.lines); line < half.ever; ++line) {
       if (half.levels[line] >= qz_LOG_SinkCounts::kLevels) continue;
       ++by_level[half.levels[line]];
       ++entries;

@@ -93,15 +93,20 @@ TEST_F(FileSinkStressTest, Soak_MemoryAndDescriptorsStayFlat) {
   const char* const given = std::getenv("QZLOG_STRESS_SECONDS");
   const std::chrono::seconds time(!is_long() ? 1 : given != nullptr ? std::atoi(given) : 600);
   Settings settings = series(Settings::kShared);
-  settings.largest_file_bytes = 1U << 20;
+  settings.largest_file_bytes = is_long() ? 8U << 20 : 1U << 20;
   settings.keep_files = 4;
   qz_LOG_FileSink sink(settings);
   std::atomic<bool> stop{false};
   std::vector<std::thread> threads;
   std::atomic<unsigned long long> failed{0};
+  // As many as the numbers of a day last for: the file behind them takes all the rest, and would fill the disk.
+  constexpr unsigned kEntriesEachMillisecond = 100;
   for (unsigned thread = 0; thread < 2; ++thread) {
     threads.emplace_back([&, thread] {
-      for (unsigned number = 0; !stop; ++number) failed += write_entry(sink, thread, number, "some text") ? 0 : 1;
+      for (unsigned number = 0; !stop; ++number) {
+        failed += write_entry(sink, thread, number, "some text") ? 0 : 1;
+        if (number % kEntriesEachMillisecond == 0) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+      }
     });
   }
   std::this_thread::sleep_for(time / 4);
@@ -117,6 +122,7 @@ TEST_F(FileSinkStressTest, Soak_MemoryAndDescriptorsStayFlat) {
   EXPECT_LE(memory_after, memory + 2048);
   EXPECT_LE(descriptors_after, descriptors + 4);
   EXPECT_EQ(failed, 0U);
+  EXPECT_FALSE(sink.GetStatus().numbers_exhausted);
   std::printf("%llu entries, %llu rotations, %ld KiB before, %ld KiB after\n", sink.GetCounts().written,
               sink.GetStatus().rotations, memory, memory_after);
 }
