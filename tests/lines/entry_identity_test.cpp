@@ -136,7 +136,7 @@ class EntryIdentity : public qz_test::LinesTest {
     if (type == TypeSInt1) entry.AddAttrib1(name, static_cast<char>(random_.below(256)));
     if (type == TypeUInt2) entry.AddAttrib2u(name, static_cast<unsigned short>(random_.below(65536)));
     if (type == TypeSInt2) entry.AddAttrib2(name, static_cast<short>(random_.between(-32768, 32767)));
-    if (type == TypeUInt4) entry.AddAttrib4u(name, static_cast<unsigned>(random_.below(std::size_t{1} << 32)));
+    if (type == TypeUInt4) entry.AddAttrib4u(name, static_cast<unsigned>(random_.between(0, UINT32_MAX)));
     if (type == TypeSInt4) entry.AddAttrib4(name, static_cast<int>(random_.between(INT32_MIN, INT32_MAX)));
     if (type == TypeFloat) entry.AddAttribFloat8(name, any_double());
     if (type >= TypeDate && type <= TypeTimestamp) entry.AddAttribTime(name, any_time());

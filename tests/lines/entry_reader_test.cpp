@@ -252,7 +252,7 @@ TEST_F(EntryReaderTest, EveryByteOfALineFlipped_IsAnEntryOrAnError) {
       std::string damaged = entry;
       damaged[at] = static_cast<char>(static_cast<unsigned char>(damaged[at]) ^ flip);
       qz_LOG_EntryReader reader = reader_of(damaged + "\n" + good);
-      std::size_t lines = reader.GetErrorCount();
+      unsigned long long lines = reader.GetErrorCount();
       while (reader.Next(line_)) ++lines;
       ASSERT_EQ(line_.GetLine(), 0U);
       ASSERT_GE(lines + reader.GetErrorCount(), 2U);
