@@ -37,9 +37,10 @@ bool GapCheck::add(std::string_view name, std::uint64_t seq, const LinePlace& pl
 
 GapCheck::Writer& GapCheck::find(std::string_view name, bool& is_new) {
   if (latest_ == nullptr || latest_->first != name) {
-    const auto found = writers_.try_emplace(std::string(name));
-    latest_ = &*found.first;
-    is_new = found.second;
+    const std::size_t known = writers_.size();
+    auto& writer = *writers_.try_emplace(std::string(name)).first;
+    latest_ = &writer;
+    is_new = writers_.size() != known;
   }
   return latest_->second;
 }
