@@ -66,8 +66,7 @@ void read_attributes(const DefinitionStream& stream, const EntryInfo& info, _qz_
       text += " already exist.";
       throw QZX_logging_invalid_definition(text.c_str(), 0);
     }
-    def.add_attr_info(name.c_str(), static_cast<unsigned char>(type), is_selector, redirection_name.c_str(),
-                      stream.names());
+    def.add_attr_info(name.c_str(), static_cast<unsigned char>(type), is_selector, redirection_name.c_str());
   }
 }
 

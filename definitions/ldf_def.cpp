@@ -98,14 +98,49 @@ const EventNames& names_of(const FileNames* file) { return file != nullptr ? fil
 
 bool is_unreadable(const EventNames& names) { return &names == &EventNames::unreadable(); }
 
+/// Of which file each global attribute is. Attributes of several files live together, and long after their files are
+/// closed; those of entries have their definition's files.
+class GlobalNames {
+ public:
+  void add(const _qz_LOG_attribute_entry* entry, FileNames* names) {
+    files_[count_] = {entry, FileNamesRef::share(names)};
+    ++count_;
+  }
+  const FileNames* find(const _qz_LOG_attribute_entry* entry) const {
+    for (unsigned i = 0; i < count_; ++i) {
+      if (files_[i].entry == entry) return files_[i].names.get();
+    }
+    return nullptr;
+  }
+  void remove(const _qz_LOG_attribute_entry* entry) {
+    for (unsigned i = 0; i < count_; ++i) {
+      if (files_[i].entry != entry) continue;
+      std::swap(files_[i], files_[--count_]);
+      files_[count_] = {};
+      return;
+    }
+  }
+  void clear() {
+    while (count_ != 0) files_[--count_] = {};
+  }
+
+ private:
+  static constexpr unsigned kMost = 255;
+
+  struct File {
+    const _qz_LOG_attribute_entry* entry = nullptr;
+    FileNamesRef names;
+  };
+  File files_[kMost];
+  unsigned count_ = 0;
+};
+
+NeverDestroyed<GlobalNames> global_names;
+
 }  // namespace
 
-_qz_LOG_attribute_entry::_qz_LOG_attribute_entry(const char* name, const char* redirection_name, unsigned char type,
-                                                 FileNames* names)
-    : name_(KnownName::of(name)),
-      redirection_name_(duplicate_text(redirection_name)),
-      type_(type),
-      file_names_(share_or_none(names)) {}
+_qz_LOG_attribute_entry::_qz_LOG_attribute_entry(const char* name, const char* redirection_name, unsigned char type)
+    : name_(KnownName::of(name)), redirection_name_(duplicate_text(redirection_name)), type_(type) {}
 
 void _qz_LOG_attribute_entry::set_name(const char* name) {
   name_ = KnownName::of(name);
@@ -129,14 +164,14 @@ void _qz_LOG_log_definition::set_default_msg_id(const char* message_id) {
 void _qz_LOG_log_definition::set_default_msg_text(const char* message_text) { default_msg_text_.set(message_text); }
 
 void _qz_LOG_log_definition::add_attr_info(const char* name, unsigned char type, bool is_selector,
-                                           const char* redirection_name, FileNames* names) {
+                                           const char* redirection_name) {
   _qz_LOG_attribute_entry* const former = find_own_attribute(AttributeName(name));
   // Held to the end: the caller's name may be the former entry's own.
   const auto replaced = take_own_attribute(former);
   reserve_in_index(attributes_, attribute_count_, attribute_index_);
 
-  auto entry = std::unique_ptr<_qz_LOG_attribute_entry>(
-      new_object<_qz_LOG_attribute_entry>(name, redirection_name, type, names));
+  auto entry =
+      std::unique_ptr<_qz_LOG_attribute_entry>(new_object<_qz_LOG_attribute_entry>(name, redirection_name, type));
   _qz_LOG_attribute_entry* const added = entry.get();
   if (!append_to_list(attributes_, attribute_count_, std::move(entry))) {
     selector_attribute_ = nullptr;
@@ -231,10 +266,12 @@ void _qz_LOG_log_definition::add_global_attr_info(const char* name, unsigned cha
   global_marks_.store(GlobalMarks::kUnknown, std::memory_order_relaxed);
   const auto replaced = take_global_attribute(find_global_attribute(AttributeName(name)));
   reserve_in_index(p_global_attr_entries, n_global_attr_entries, *global_attribute_index);
-  append_to_list(
-      p_global_attr_entries, n_global_attr_entries,
-      std::unique_ptr<_qz_LOG_attribute_entry>(new_object<_qz_LOG_attribute_entry>(name, nullptr, type, names)));
+  std::unique_ptr<_qz_LOG_attribute_entry> added(new_object<_qz_LOG_attribute_entry>(name, nullptr, type));
+  const _qz_LOG_attribute_entry* const entry = added.get();
+  const bool is_kept = append_to_list(p_global_attr_entries, n_global_attr_entries, std::move(added));
   index_last(p_global_attr_entries, n_global_attr_entries, *global_attribute_index);
+  if (!is_kept) global_names->clear();
+  if (is_kept && names != nullptr) global_names->add(entry, names);
 }
 
 bool _qz_LOG_log_definition::get_global_attr_info_by_name(const char* name, unsigned char& type) {
@@ -254,6 +291,7 @@ void _qz_LOG_log_definition::get_global_attr_info_by_index(unsigned char i, cons
 
 void _qz_LOG_log_definition::clear_global_attr_info() {
   destroy_list(p_global_attr_entries, n_global_attr_entries);
+  global_names->clear();
   global_attribute_index->clear();
   global_marks_.store(GlobalMarks::kUnknown, std::memory_order_relaxed);
 }
@@ -271,7 +309,8 @@ bool _qz_LOG_log_definition::read_names() const {
   if (is_unreadable(standard) || is_unreadable(auxiliary)) return false;
   for (unsigned i = 0; i < attribute_count_; ++i) {
     const _qz_LOG_attribute_entry& attribute = *attributes_[i];
-    attribute.set_sensitivity(names_of(attribute.get_file_names()).sensitivity(entry_id_, attribute.get_name()));
+    attribute.set_sensitivity(std::max(standard.sensitivity(entry_id_, attribute.get_name()),
+                                       auxiliary.sensitivity(entry_id_, attribute.get_name())));
   }
   const char* const own_name = standard.find_name(entry_id_);
   const char* const name = own_name != nullptr ? own_name : auxiliary.find_name(entry_id_);
@@ -285,7 +324,7 @@ _qz_LOG_log_definition::GlobalMarks _qz_LOG_log_definition::read_global_marks() 
   GlobalMarks found = GlobalMarks::kUnmarked;
   for (unsigned i = 0; i < n_global_attr_entries; ++i) {
     const _qz_LOG_attribute_entry& attribute = *p_global_attr_entries[i];
-    const EventNames& names = names_of(attribute.get_file_names());
+    const EventNames& names = names_of(global_names->find(&attribute));
     if (is_unreadable(names)) return GlobalMarks::kUnknown;
     attribute.set_sensitivity(names.global_sensitivity(attribute.get_name()));
     if (attribute.get_sensitivity() != Sensitivity::kKeep) found = GlobalMarks::kMarked;
@@ -333,6 +372,7 @@ unsigned _qz_LOG_log_definition::find_global_position(const AttributeName& name)
 std::unique_ptr<_qz_LOG_attribute_entry> _qz_LOG_log_definition::take_global_attribute(
     const _qz_LOG_attribute_entry* entry) {
   auto taken = take_from_list(p_global_attr_entries, n_global_attr_entries, entry);
+  if (taken != nullptr) global_names->remove(taken.get());
   if (taken != nullptr) reindex(p_global_attr_entries, n_global_attr_entries, *global_attribute_index);
   return taken;
 }

@@ -15,9 +15,8 @@
 /// One attribute that entries may carry.
 class _qz_LOG_attribute_entry : public qz_UTIL_no_inadvertant_copies {
  public:
-  /// Copies the texts; a null redirection name means none. `names` are those of its file, null for no file.
-  _qz_LOG_attribute_entry(const char* name, const char* redirection_name, unsigned char type,
-                          qzlog::FileNames* names = nullptr);
+  /// Copies the texts; a null redirection name means none.
+  _qz_LOG_attribute_entry(const char* name, const char* redirection_name, unsigned char type);
 
   void set_name(const char* name);
   void set_redirection_name(const char* redirection_name);
@@ -29,8 +28,6 @@ class _qz_LOG_attribute_entry : public qz_UTIL_no_inadvertant_copies {
   unsigned char get_type() const { return type_; }
   /// my_hashcode of the name.
   unsigned get_name_hash() const { return name_->hash(); }
-  /// The names of the file that it came from, null for none.
-  const qzlog::FileNames* get_file_names() const { return file_names_.get(); }
   /// What was set. Each thread that sets it sets the same.
   qzlog::Sensitivity get_sensitivity() const { return sensitivity_.load(std::memory_order_relaxed); }
   void set_sensitivity(qzlog::Sensitivity sensitivity) const {
@@ -46,7 +43,6 @@ class _qz_LOG_attribute_entry : public qz_UTIL_no_inadvertant_copies {
   qzlog::OwnedText redirection_name_;
   unsigned char type_;
   mutable std::atomic<qzlog::Sensitivity> sensitivity_{qzlog::Sensitivity::kKeep};
-  qzlog::FileNamesRef file_names_;
 };
 
 /// A message that the value of the selector attribute, or an explicit index, picks instead of the default message.
@@ -117,8 +113,7 @@ class _qz_LOG_log_definition : public qz_UTIL_no_inadvertant_copies {
 
   /// Adds an own attribute at the last position. One of the same name is removed first, and stays removed when there is
   /// no memory for the new one.
-  void add_attr_info(const char* name, unsigned char type, bool is_selector, const char* redirection_name,
-                     qzlog::FileNames* names = nullptr);
+  void add_attr_info(const char* name, unsigned char type, bool is_selector, const char* redirection_name);
   void add_selector_message(unsigned int index, unsigned int value, const char* message_id, const char* message_text);
   /// Makes an own attribute the selector attribute; does nothing when there is none of that name.
   void set_selector_attribute(const char* name);
@@ -152,6 +147,7 @@ class _qz_LOG_log_definition : public qz_UTIL_no_inadvertant_copies {
   void clear_attr_info();
 
   // Global attributes: written while files are loaded or cleared, under the process-wide lock; read without a lock.
+  /// `names` are those of its file, null for no file.
   static void add_global_attr_info(const char* name, unsigned char type, qzlog::FileNames* names = nullptr);
   static bool get_global_attr_info_by_name(const char* name, unsigned char& type);
   static _qz_LOG_attribute_entry* find_global_attribute(const qzlog::AttributeName& name);
