@@ -65,7 +65,7 @@ class FileSinkFilesTest : public SinkTest {
   }
 
  private:
-  const TimeZone zone_{"XXX-05:30"};  // east of Greenwich
+  const TimeZone zone_{"IST-05:30"};  // east of Greenwich
 };
 
 TEST_F(FileSinkFilesTest, Midnight_BeginsAFileOfTheLocalDay) {

@@ -10,6 +10,8 @@
 #include <cstdarg>
 #include <cstddef>
 
+#include "tests/support/open_call.h"
+
 namespace qz_test {
 
 namespace {
@@ -64,14 +66,11 @@ extern "C" {
 
 int open(const char* path, int flags, ...) {
   if (qz_test::fails(FileCall::kOpen)) return -1;
-  mode_t mode = 0;
-  if ((flags & O_CREAT) != 0) {
-    va_list arguments;
-    va_start(arguments, flags);
-    mode = va_arg(arguments, mode_t);
-    va_end(arguments);
-  }
-  return openat(AT_FDCWD, path, flags, mode);
+  va_list arguments;
+  va_start(arguments, flags);
+  const int descriptor = qz_test::hand_on_open(path, flags, arguments);
+  va_end(arguments);
+  return descriptor;
 }
 
 int fstat(int descriptor, struct stat* status) noexcept {

@@ -1,48 +1,27 @@
 #ifndef QZLOG_TOOLS_RENDER_ENTRY_ERROR_H
 #define QZLOG_TOOLS_RENDER_ENTRY_ERROR_H
 
+#include <cstddef>
+#include <iterator>
 #include <span>
 #include <string>
 
+#include "lines/line_rule.h"
 #include "tools/report/rule_table.h"
 
 namespace qzlog_tool {
 
-/// What can be wrong with one line of entries.
-enum class EntryRule {
-  kLongLine,
-  kTornLine,
-  kBadJson,
-  kNotAnObject,
-  kUnknownKey,
-  kDuplicateKey,
-  kMissingId,
-  kBadId,
-  kUnknownId,
-  kUnknownName,
-  kBadDefinitionFile,
-  kBadLevel,
-  kBadTime,
-  kTimeGlobals,
-  kBadChoice,
-  kBadEnvelope,
-  kBadLost,
-  kBadAttributes,
-  kUnknownAttribute,
-  kDuplicateAttribute,
-  kUnsupportedType,
-  kWrongKind,
-  kOutOfRange,
-  kNulCharacter,
-  kBadBytes,
-  kRefusedValue,
-  kNoMessage,
+/// What can be wrong with one line of entries: first what the library's reader finds (qzlog::LineRule), then what
+/// rendering and looking for gaps do.
+enum class EntryRule : std::size_t {
+  kNoMessage = std::size(qzlog::kLineRuleNames),
   kBrokenPattern,
   kUncountableDate,
   kMissingLines,
   kDoubledLine,
-  kOutOfMemory,
 };
+
+constexpr EntryRule entry_rule(qzlog::LineRule rule) { return static_cast<EntryRule>(rule); }
 
 /// All rules, in the order of `EntryRule`.
 std::span<const qzlog_compiler::RuleInfo> all_entry_rules();

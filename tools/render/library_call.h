@@ -13,7 +13,7 @@ void call_for_entry(EntryRule rule, Function&& function) {
   try {
     function();
   } catch (const QZX_memory_alloc& failure) {
-    throw EntryError{EntryRule::kOutOfMemory, library_text(failure)};
+    throw EntryError{entry_rule(qzlog::LineRule::kOutOfMemory), library_text(failure)};
   } catch (const qz_EXCEPTION_base& failure) {
     throw EntryError{rule, library_text(failure)};
   }

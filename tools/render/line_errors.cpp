@@ -40,7 +40,7 @@ void LineErrors::report(Severity severity, const std::string& text) {
 
 const qzlog_compiler::RuleInfo& reader_rule(std::string_view name) {
   const qzlog_compiler::RuleInfo* const row = qzlog_compiler::find_rule(all_entry_rules(), name);
-  return row != nullptr ? *row : rule_info(EntryRule::kRefusedValue);
+  return row != nullptr ? *row : rule_info(entry_rule(qzlog::LineRule::kRefusedValue));
 }
 
 }  // namespace qzlog_tool

@@ -1,183 +1,24 @@
+// `qzlog render --follow` over files that grow, are renamed, cut and deleted by others.
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <poll.h>
 #include <signal.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <atomic>
 #include <chrono>
-#include <cstdlib>
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <string>
 #include <thread>
-#include <utility>
 #include <vector>
 
-#include "qzlog/file_sink.h"
-#include "qzlog/logcfg.h"
-#include "qzlog/logentry.h"
-#include "tests/support/child_process.h"
 #include "tests/support/seeded_random.h"
-#include "tests/tools/command_fixture.h"
-#include "tools/system/file_descriptor.h"
+#include "tests/tools/render/render_follow_fixture.h"
 
+namespace qzlog_test {
 namespace {
-
-using qzlog_tool::FileDescriptor;
-
-constexpr std::chrono::seconds kPatience{60};
-
-/// `qzlog render --follow` at work.
-class Following {
- public:
-  /// In a folder; what it says on stderr goes into the file "said" there.
-  Following(const std::string& folder, const std::vector<std::string>& arguments) : folder_(folder) {
-    int ends[2];
-    if (::pipe2(ends, O_CLOEXEC) != 0) std::abort();
-    std::vector<std::string> words = {"qzlog", "render", "--no-icu", "--definitions", "d.yaml", "--follow"};
-    words.insert(words.end(), arguments.begin(), arguments.end());
-    std::vector<char*> pointers;
-    for (std::string& word : words) pointers.push_back(word.data());
-    pointers.push_back(nullptr);
-    process_ = ::fork();
-    if (process_ == 0) {
-      if (::chdir(folder.c_str()) != 0) ::_exit(127);
-      ::dup2(ends[1], STDOUT_FILENO);
-      ::dup2(::open("said", O_WRONLY | O_CREAT | O_APPEND, 0600), STDERR_FILENO);
-      ::dup2(::open("/dev/null", O_RDONLY), STDIN_FILENO);
-      for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGPIPE}) ::signal(signal, SIG_DFL);
-      ::execv(QZLOG_COMMAND, pointers.data());
-      ::_exit(127);
-    }
-    ::close(ends[1]);
-    output_ = FileDescriptor(ends[0]);
-  }
-  ~Following() {
-    if (process_ < 0) return;
-    ::kill(process_, SIGKILL);
-    ::waitpid(process_, nullptr, 0);
-  }
-  Following(const Following&) = delete;
-  Following& operator=(const Following&) = delete;
-
-  /// Waits for so many lines.
-  std::string hear(std::size_t lines) {
-    std::string heard;
-    for (; lines > 0; --lines) {
-      const std::string line = hear_line();
-      heard += line;
-      if (line.empty() || line.back() != '\n') return heard + "(nothing more came)";
-    }
-    return heard;
-  }
-  /// What comes until nothing does for a moment.
-  std::string overhear(int milliseconds = 100) {
-    while (take(milliseconds)) {
-    }
-    return std::exchange(held_, "");
-  }
-  /// Everything to the end of the output.
-  std::string hear_rest() {
-    while (take(static_cast<int>(std::chrono::milliseconds(kPatience).count()))) {
-    }
-    return std::move(held_);
-  }
-  void close_output() { output_ = FileDescriptor(-1); }
-
-  /// What it has said on stderr, once it holds `text`.
-  std::string wait_for_word(const std::string& text) const {
-    const auto end = std::chrono::steady_clock::now() + kPatience;
-    std::string said;
-    do {
-      said = qz_test::read_file(folder_ + "/said");
-      if (said.find(text) != std::string::npos) return said;
-      std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    } while (std::chrono::steady_clock::now() < end);
-    return said;
-  }
-
-  void send(int signal) const { ::kill(process_, signal); }
-  /// The exit status, or minus the signal that ended it.
-  int wait() {
-    int status = 0;
-    ::waitpid(process_, &status, 0);
-    process_ = -1;
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
-  }
-  int end() {
-    send(SIGTERM);
-    return wait();
-  }
-  /// From now on it can have so many descriptors more.
-  void limit_descriptors(std::size_t spare) const {
-    const rlimit limit = {descriptors() + spare, descriptors() + spare};
-    ASSERT_EQ(::prlimit(process_, RLIMIT_NOFILE, &limit, nullptr), 0);
-  }
-  std::size_t descriptors() const {
-    std::size_t count = 0;
-    for ([[maybe_unused]] const auto& entry :
-         std::filesystem::directory_iterator("/proc/" + std::to_string(process_) + "/fd")) {
-      ++count;
-    }
-    return count;
-  }
-
- private:
-  bool take(int milliseconds) {
-    pollfd waiting = {output_.get(), POLLIN, 0};
-    if (::poll(&waiting, 1, milliseconds) != 1) return false;
-    char buffer[65536];
-    const std::size_t count = qzlog_tool::read_some(output_.get(), buffer, sizeof buffer, "the command");
-    held_.append(buffer, count);
-    return count > 0;
-  }
-  std::string hear_line() {
-    std::size_t end = held_.find('\n');
-    while (end == std::string::npos) {
-      if (!take(static_cast<int>(std::chrono::milliseconds(kPatience).count()))) return std::move(held_);
-      end = held_.find('\n');
-    }
-    std::string line = held_.substr(0, end + 1);
-    held_.erase(0, end + 1);
-    return line;
-  }
-
-  std::string folder_;
-  pid_t process_ = -1;
-  FileDescriptor output_{-1};
-  std::string held_;
-};
-
-class RenderFollow : public qzlog_test::CommandFixture {
- protected:
-  RenderFollow() {
-    write("d.yaml",
-          "version: \"1.0\"\naccept: [{rule: negative-unsigned, reason: numbers stay small}]\n"
-          "entries:\n  - {id: 1, name: N, message: \"{N}\", attributes: [{name: N, type: UInt4}]}\n");
-    std::filesystem::create_directory(folder_.path("logs"));
-  }
-
-  static std::string entry(int number) { return R"({"id":1,"attributes":{"N":)" + std::to_string(number) + "}}\n"; }
-  /// The messages of entries.
-  static std::string numbers(int first, int last) {
-    std::string text;
-    for (int number = first; number <= last; ++number) text += std::to_string(number) + '\n';
-    return text;
-  }
-  void append(const std::string& name, const std::string& text) const {
-    std::ofstream(folder_.path(name), std::ios::app) << text;
-  }
-  void rename(const std::string& from, const std::string& to) const {
-    std::filesystem::rename(folder_.path(from), folder_.path(to));
-  }
-  Following follow(const std::vector<std::string>& arguments) const { return {folder_.path(), arguments}; }
-};
 
 TEST_F(RenderFollow, FileThatGrows_IsRenderedLineByLine) {
   append("a.jsonl", entry(1));
@@ -229,7 +70,7 @@ TEST_F(RenderFollow, ReaderThatLeaves_EndsIt) {
 
 TEST_F(RenderFollow, ReaderThatLeavesWithSigpipeIgnored_EndsItQuietly) {
   append("a.jsonl", entry(1));
-  const qzlog_test::CommandResult result =
+  const CommandResult result =
       run("{ trap '' PIPE; $QZLOG render -f --definitions d.yaml a.jsonl; echo $? >status; } | head -n 1");
   EXPECT_EQ(result.out, "1\n");
   EXPECT_EQ(result.err, "");
@@ -241,7 +82,7 @@ TEST_F(RenderFollow, StandardInputAndPipes_HaveTheirEnd) {
   EXPECT_EQ(run("$QZLOG render -f --definitions d.yaml <a.jsonl").out, "1\n");
   EXPECT_EQ(run("cat a.jsonl | $QZLOG render -f --definitions d.yaml -").out, "1\n");
   ASSERT_EQ(::mkfifo(folder_.path("pipe").c_str(), 0600), 0);
-  const qzlog_test::CommandResult result = run("cat a.jsonl >pipe & $QZLOG render -f --definitions d.yaml pipe");
+  const CommandResult result = run("cat a.jsonl >pipe & $QZLOG render -f --definitions d.yaml pipe");
   EXPECT_EQ(result.out, "1\n");
   EXPECT_EQ(result.status, 0);
 }
@@ -533,139 +374,5 @@ TEST_F(RenderFollow, RandomRotations_LoseAndDoubleNothing) {
   EXPECT_EQ(read("said"), "");
 }
 
-/// Writes numbers through a file sink until it is told to stop; returns how many.
-int write_through_a_sink(const std::string& definitions, const qz_LOG_FileSinkSettings& settings, int count) {
-  qz_LOG_LogConfig::SetDefinitionPath(definitions.c_str());
-  qz_LOG_FileSink sink(settings);
-  for (int number = 1; number <= count; ++number) {
-    qz_LOG_LogEntry entry(1, 3);
-    entry.AddAttrib4u("N", static_cast<unsigned>(number));
-    if (!sink.Write(entry)) return 1;
-    if (number % 500 == 0) std::this_thread::sleep_for(std::chrono::milliseconds(1));
-  }
-  return sink.Close(60'000) == 0 ? 0 : 2;
-}
-
-class RenderFollowsASink : public RenderFollow {
- protected:
-  RenderFollowsASink() {
-    EXPECT_EQ(run("$QZLOG compile d.yaml -o d.ldf").err, "");
-    settings_.folder = folder_.path("logs");
-    settings_.prefix = "s";
-    settings_.largest_file_bytes = 4096;
-  }
-
-  /// A writer in a process of its own while another one follows: every line once, and in order.
-  void expect_every_line(int count, const std::vector<std::string>& arguments) {
-    Following following = follow(arguments);
-    if (arguments.back() == "logs/s") following.wait_for_word("waiting");
-    qz_test::ChildProcess writer([&] { return write_through_a_sink(folder_.path("d.ldf"), settings_, count); });
-    std::size_t most = 0;
-    for (int number = 1; number <= count; ++number) {
-      ASSERT_EQ(following.hear(1), std::to_string(number) + '\n');
-      heard_ = number;
-      if (number % 1000 == 0) most = std::max(most, following.descriptors());
-    }
-    EXPECT_EQ(writer.wait(), 0);
-    EXPECT_EQ(following.overhear(), "");
-    EXPECT_LE(most, 16U);
-    EXPECT_EQ(following.end(), -SIGTERM);
-    const std::string said = read("said");
-    EXPECT_NE(said.find("seq: " + std::to_string(count) + " lines of 1 writer, 0 missing, 0 doubled\n"),
-              std::string::npos)
-        << said;
-  }
-
-  void expect_successful_writer(int count) {
-    qz_test::ChildProcess writer([&] { return write_through_a_sink(folder_.path("d.ldf"), settings_, count); });
-    EXPECT_EQ(writer.wait(), 0);
-  }
-
-  /// What the first line of a file says; 0 while there is none.
-  int first_number_in(const std::string& name) const {
-    std::ifstream file(folder_.path(name));
-    std::string line;
-    std::getline(file, line);
-    const std::size_t at = line.find("\"N\":");
-    return at == std::string::npos ? 0 : std::stoi(line.substr(at + 4));
-  }
-
-  qz_LOG_FileSinkSettings settings_;
-  std::atomic<int> heard_{0};
-};
-
-TEST_F(RenderFollowsASink, Series_EveryLineOnceAndInOrder) {
-  for (const auto way :
-       {qz_LOG_FileSinkSettings::kWrite, qz_LOG_FileSinkSettings::kShared, qz_LOG_FileSinkSettings::kBuffered}) {
-    SCOPED_TRACE(way);
-    settings_.way = way;
-    settings_.longest_delay_milliseconds = 1;
-    expect_every_line(20'000, {"--check-gaps", "logs/s"});
-    std::filesystem::remove_all(folder_.path("logs"));
-    std::filesystem::create_directory(folder_.path("logs"));
-    std::filesystem::remove(folder_.path("said"));
-  }
-}
-
-TEST_F(RenderFollowsASink, Folder_EveryLineOnceAndInOrder) {
-  settings_.way = qz_LOG_FileSinkSettings::kWrite;
-  expect_every_line(20'000, {"--check-gaps", "logs"});
-}
-
-// What logrotate does, several times, to a file that a sink writes. The sink looks each second whether it still has its
-// name; the file is renamed when who follows has seen it, however busy the machine is.
-TEST_F(RenderFollowsASink, RenamedFile_EveryLineOnceAndInOrder) {
-  settings_ = qz_LOG_FileSinkSettings();
-  settings_.path = folder_.path("logs/s.jsonl");
-  settings_.way = qz_LOG_FileSinkSettings::kWrite;
-  append("logs/s.jsonl", "");
-  std::atomic<bool> is_done{false};
-  std::thread rotation([&] {
-    for (int number = 1; !is_done;) {
-      std::this_thread::sleep_for(std::chrono::milliseconds(300));
-      const int first = first_number_in("logs/s.jsonl");
-      if (first != 0 && first <= heard_) rename("logs/s.jsonl", "logs/s.jsonl." + std::to_string(number++));
-    }
-  });
-  expect_every_line(300'000, {"--check-gaps", "logs/s.jsonl"});
-  is_done = true;
-  rotation.join();
-  EXPECT_TRUE(folder_.has("logs/s.jsonl.1"));
-}
-
-/// Processes that write one series at once, some of which are killed: what they have left is written by the next.
-TEST_F(RenderFollowsASink, ProcessesThatAreKilled_EveryLineOfEachOnce) {
-  constexpr int kProcesses = 4;
-  constexpr int kRounds = 6;
-  qz_test::SeededRandom random;
-  settings_.longest_delay_milliseconds = 5;
-  Following following = follow({"--check-gaps", "logs/s"});
-  following.wait_for_word("waiting");
-  for (int round = 0; round < kRounds; ++round) {
-    std::vector<pid_t> processes;
-    for (int number = 0; number < kProcesses; ++number) {
-      processes.push_back(::fork());
-      if (processes.back() == 0) {
-        write_through_a_sink(folder_.path("d.ldf"), settings_, 1'000'000);
-        ::_exit(0);
-      }
-    }
-    std::this_thread::sleep_for(std::chrono::milliseconds(random.between(20, 150)));
-    for (const pid_t process : processes) ::kill(process, SIGKILL);
-    for (const pid_t process : processes) ::waitpid(process, nullptr, 0);
-  }
-  expect_successful_writer(1);  // writes what the last ones have left
-  std::string text;
-  for (std::string more = following.overhear(1000); !more.empty(); more = following.overhear(1000)) text += more;
-  EXPECT_EQ(following.end(), -SIGTERM);
-  const std::string said = read("said");
-  EXPECT_NE(said.find(" writers, 0 missing, 0 doubled\n"), std::string::npos) << said.substr(0, 3000);
-  EXPECT_NE(text, "");
-  write("followed", text);
-  EXPECT_EQ(
-      run("$QZLOG render --no-icu --definitions d.yaml --check-gaps logs/s | sort >all && sort followed | cmp - all")
-          .out,
-      "");
-}
-
 }  // namespace
+}  // namespace qzlog_test

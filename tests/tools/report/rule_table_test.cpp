@@ -55,8 +55,9 @@ TEST(AnyRule, RulesOfOneTable_AreTheirRows) {
 }
 
 TEST(AnyRule, RulesOfOneNameInTwoTables_AreNotTheSame) {
-  EXPECT_EQ(rule_name(Rule::kBadDefinitionFile), rule_name(qzlog_tool::EntryRule::kBadDefinitionFile));
-  EXPECT_FALSE(AnyRule(Rule::kBadDefinitionFile) == qzlog_tool::EntryRule::kBadDefinitionFile);
+  EXPECT_EQ(rule_name(Rule::kBadDefinitionFile),
+            rule_name(qzlog_tool::entry_rule(qzlog::LineRule::kBadDefinitionFile)));
+  EXPECT_FALSE(AnyRule(Rule::kBadDefinitionFile) == qzlog_tool::entry_rule(qzlog::LineRule::kBadDefinitionFile));
 }
 
 void expect_names_and_meanings(std::span<const RuleInfo> table) {
