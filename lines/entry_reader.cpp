@@ -25,6 +25,7 @@ bool is_blank(std::string_view line) {
 }  // namespace
 
 qz_LOG_LineErrorHandler::~qz_LOG_LineErrorHandler() = default;
+qz_LOG_LineChoice::~qz_LOG_LineChoice() = default;
 qz_LOG_ByteSource::~qz_LOG_ByteSource() = default;
 
 class QZLOG_NO_EXPORT qz_LOG_EntryReader::Implementation {
@@ -49,14 +50,24 @@ class QZLOG_NO_EXPORT qz_LOG_EntryReader::Implementation {
         line.clear();  // while it is waited for, and at the end
         if (cutter_.at_end()) return false;
         cutter_.fill();
-      } else if ((raw.too_long || !is_blank(raw.text)) && read(raw, line)) {
+      } else if ((raw.too_long || !is_blank(raw.text)) && !is_refused(raw) && read(raw, line)) {
         return true;
       }
     }
   }
+  void set_choice(qz_LOG_LineChoice* choice) { choice_ = choice; }
+  unsigned long long refused_count() const { return refused_count_; }
   unsigned long long error_count() const { return error_count_; }
 
  private:
+  // A line without its end may be a part of one.
+  bool is_refused(const LineCutter::Line& raw) {
+    if (choice_ == nullptr || raw.too_long || !raw.has_end) return false;
+    if (choice_->TakesLine(raw.text.data(), raw.text.size())) return false;
+    ++refused_count_;
+    return true;
+  }
+
   /// False for a line that is an error.
   bool read(const LineCutter::Line& raw, qz_LOG_EntryLine::Implementation& line) {
     try {
@@ -95,7 +106,9 @@ class QZLOG_NO_EXPORT qz_LOG_EntryReader::Implementation {
   LineCutter cutter_;
   qz_LOG_EntryLine::Implementation::FileName file_;
   qz_LOG_LineErrorHandler* handler_;
+  qz_LOG_LineChoice* choice_ = nullptr;
   unsigned long long error_count_ = 0;
+  unsigned long long refused_count_ = 0;
 };
 
 qz_LOG_EntryReader::qz_LOG_EntryReader(Implementation* implementation) : implementation_(implementation) {}
@@ -141,5 +154,9 @@ qz_LOG_EntryReader& qz_LOG_EntryReader::operator=(qz_LOG_EntryReader&& other) no
 }
 
 bool qz_LOG_EntryReader::Next(qz_LOG_EntryLine& line) { return implementation_->next(*line.implementation_); }
+
+void qz_LOG_EntryReader::SetLineChoice(qz_LOG_LineChoice* choice) { implementation_->set_choice(choice); }
+
+unsigned long long qz_LOG_EntryReader::GetRefusedCount() const { return implementation_->refused_count(); }
 
 unsigned long long qz_LOG_EntryReader::GetErrorCount() const { return implementation_->error_count(); }

@@ -44,6 +44,17 @@ class QZLOG_EXPORT qz_LOG_LineErrorHandler {
   virtual void TakeLineError(const qz_LOG_LineError& error) = 0;
 };
 
+/// Decides on lines by their bytes, before anything is read from them: for callers that want few lines of many.
+class QZLOG_EXPORT qz_LOG_LineChoice {
+ public:
+  virtual ~qz_LOG_LineChoice();
+  /// Asked by qz_LOG_EntryReader::Next, in its thread, for each line that ends with a line feed, is not blank and is
+  /// not too long: `line` has `length` bytes without the line feed, is not zero-terminated, valid during the call and
+  /// may hold anything. False leaves the line out: it is not looked at further, right or wrong, and counts as refused.
+  /// What it throws ends Next and reaches its caller; the line counts as read.
+  virtual bool TakesLine(const char* line, std::size_t length) = 0;
+};
+
 /// Where a reader takes its bytes from. One thread at a time.
 class QZLOG_EXPORT qz_LOG_ByteSource {
  public:
@@ -160,6 +171,11 @@ class QZLOG_EXPORT qz_LOG_EntryReader {
   /// reading fails, QZX_memory_alloc without memory for the bytes, and what handler and source throw; it may be called
   /// again. A line for whose entry there is no memory is an error of that line ("out-of-memory").
   bool Next(qz_LOG_EntryLine& line);
+  /// From the next line on `choice` is asked for each; null, as at first, takes them all. It has to outlive the reader,
+  /// or the next call.
+  void SetLineChoice(qz_LOG_LineChoice* choice);
+  /// How many lines it refused so far. Numbers and offsets of the others count them too.
+  unsigned long long GetRefusedCount() const;
   /// How many lines were errors so far.
   unsigned long long GetErrorCount() const;
 
