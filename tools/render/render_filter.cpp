@@ -5,11 +5,9 @@
 #include <CLI/CLI.hpp>
 #include <cstdint>
 #include <iostream>
-#include <limits>
 #include <vector>
 
 #include "qzlog/logcfg.h"
-#include "tools/compiler/text/number_text.h"
 #include "tools/options/option_checks.h"
 #include "tools/render/config_check.h"
 #include "tools/report/finding_printer.h"
@@ -24,16 +22,8 @@ using qzlog_compiler::Finding;
 
 constexpr std::uint32_t kAllProperties = 0xFFFFFFFF;
 
-std::optional<std::int64_t> parse_mask(const std::string& text) {
-  return qzlog_compiler::parse_number(text, 0, std::numeric_limits<std::uint32_t>::max());
-}
-
-std::string check_mask(const std::string& text) {
-  return parse_mask(text) ? "" : "'" + text + "' is no number from 0 to 0xFFFFFFFF";
-}
-
 std::uint32_t mask_of(const FilterOptions& options) {
-  return options.mask.empty() ? kAllProperties : static_cast<std::uint32_t>(*parse_mask(options.mask));
+  return options.mask.empty() ? kAllProperties : *parse_mask(options.mask);
 }
 
 }  // namespace

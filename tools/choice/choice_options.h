@@ -1,0 +1,62 @@
+#ifndef QZLOG_TOOLS_CHOICE_CHOICE_OPTIONS_H
+#define QZLOG_TOOLS_CHOICE_CHOICE_OPTIONS_H
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace CLI {
+class App;
+}
+
+namespace qzlog_tool {
+
+/// Which entries are wanted, as the command line says. Texts were checked as far as they can be without the
+/// definitions; empty ones were not given.
+struct ChoiceOptions {
+  std::string since = {};
+  std::string until = {};
+  std::vector<std::string> ids = {};
+  std::vector<std::string> names = {};
+  std::string level = {};
+  std::string mask = {};
+  std::vector<std::string> writers = {};
+  std::string where = {};
+  std::size_t head = 0;  ///< 0: all
+  std::size_t tail = 0;  ///< 0: all
+  bool unique = false;
+
+  /// One of them was given.
+  bool is_given() const {
+    return !since.empty() || !until.empty() || !ids.empty() || !names.empty() || !level.empty() || !mask.empty() ||
+           !writers.empty() || !where.empty() || head != 0 || tail != 0 || unique;
+  }
+};
+
+enum class MaskOption { kAdd, kLeaveOut };
+
+/// Adds --since, --until, --id, --name, --level, --mask, --writer, --where, --head, --tail and --unique; --mask not
+/// where the command has one of its own. `options` has to outlive the parsing.
+void add_choice_options(CLI::App& command, ChoiceOptions& options, MaskOption mask = MaskOption::kAdd);
+
+/// What help pages say of them, behind their options.
+inline constexpr const char* kChoiceFooter =
+    R"(Times are written as 2026-11-21T08:15:30Z, 2026-11-21, '2026-11-21 08:15',
+today, yesterday, now, -2h (units s, m, h, d, w) or @1795248930; without a zone
+they are the reader's. --since and --until include the second that they name; a
+date is its beginning. They leave out entries without a time, and count them.
+
+--where takes comparisons with and, or, not and parentheses:
+  Free < 10 and (Name ~ "vol*" or Reason = 10) and exists(Pool)
+Comparisons are = != < <= > >=, ~ and !~ for texts with the wildcards * and ?,
+in (1, 2), not in (1, 2), exists(Pool) and missing(Pool). Values are numbers,
+"texts", true, false, and times, in quotes or as 2026-11-21. @id, @level, @mask,
+@name, @seq, @time and @writer ask for the line's own. An attribute that an
+entry does not have makes each comparison false, != too: missing(Pool) or
+Pool != "a". Names with other characters stand in backquotes. What the types of
+the definitions do not have is an error.
+)";
+
+}  // namespace qzlog_tool
+
+#endif  // QZLOG_TOOLS_CHOICE_CHOICE_OPTIONS_H

@@ -1,0 +1,178 @@
+#include "tools/choice/entry_choice.h"
+
+#include <algorithm>
+#include <limits>
+#include <utility>
+
+#include "qzlog/qz_time.h"
+#include "tools/choice/reader_moment.h"
+#include "tools/compiler/text/nearest_word.h"
+#include "tools/compiler/text/utf8_text.h"
+#include "tools/options/option_checks.h"
+#include "tools/report/finding_printer.h"
+#include "tools/system/command_error.h"
+
+namespace qzlog_tool {
+
+namespace {
+
+using qzlog_compiler::quoted;
+
+constexpr std::uint32_t kMostId = std::numeric_limits<std::uint32_t>::max();
+constexpr std::uint32_t kMostLevel = 9;
+
+std::optional<long long> read_moment(const std::string& text, const char* option, long long now) {
+  if (text.empty()) return std::nullopt;
+  const std::optional<long long> moment = find_moment(text, now);
+  if (!moment) throw CommandError(kExitCannotRun, std::string(option) + ": " + quoted(text) + " is no time");
+  return moment;
+}
+
+std::vector<Wildcard> read_patterns(const std::vector<std::string>& texts) {
+  std::vector<Wildcard> patterns;
+  for (const std::string& text : texts) patterns.emplace_back(text);
+  return patterns;
+}
+
+bool any_matches(const std::vector<Wildcard>& patterns, std::string_view text) {
+  return std::any_of(patterns.begin(), patterns.end(), [text](const Wildcard& own) { return own.matches(text); });
+}
+
+bool any_matches(const std::vector<Wildcard>& patterns, const std::vector<std::string>& texts) {
+  return std::any_of(texts.begin(), texts.end(), [&](const std::string& text) { return any_matches(patterns, text); });
+}
+
+bool shares_bit(const std::vector<std::uint32_t>& masks, std::uint32_t mask) {
+  return std::any_of(masks.begin(), masks.end(), [mask](std::uint32_t own) { return (own & mask) != 0; });
+}
+
+}  // namespace
+
+EntryChoice::EntryChoice(const ChoiceOptions& options, const KnownDefinitions& known, long long now)
+    : known_(known),
+      since_(read_moment(options.since, "--since", now)),
+      until_(read_moment(options.until, "--until", now)),
+      writers_(read_patterns(options.writers)),
+      head_(options.head) {
+  if (since_) since_text_ = line_moment_text(*since_);
+  if (until_) until_text_ = line_moment_text(*until_);
+  if (!options.level.empty()) levels_ = parse_range(options.level, kMostLevel).value_or(levels_);
+  if (!options.mask.empty()) mask_ = parse_mask(options.mask);
+  read_ids(options.ids);
+  read_names(options.names);
+  if (!options.where.empty()) read_where(options.where, now);
+  if (options.unique) seen_.emplace();
+  find_refused_events();
+  decides_on_bytes_ = since_ || until_ || ids_ || mask_ || !names_.empty() || !writers_.empty() || where_ ||
+                      levels_ != NumberRange{0, kMostLevel};
+}
+
+void EntryChoice::read_ids(const std::vector<std::string>& ids) {
+  std::vector<NumberRange> ranges;
+  for (const std::string& text : ids) {
+    for (const NumberRange range : parse_ranges(text, kMostId).value_or(std::vector<NumberRange>())) {
+      if (range.first == range.last && known_.find_event(range.first) == nullptr) {
+        throw CommandError(kExitCannotRun, "--id: the definitions have no entry " + std::to_string(range.first));
+      }
+      ranges.push_back(range);
+    }
+  }
+  if (!ids.empty()) ids_.emplace(std::move(ranges));
+}
+
+// Where some events have no name, a line may bring one.
+void EntryChoice::read_names(const std::vector<std::string>& names) {
+  names_ = read_patterns(names);
+  if (!known_.knows_all_names()) return;
+  const std::vector<std::string_view> known = known_.event_names();
+  for (std::size_t index = 0; index < names.size(); ++index) {
+    const Wildcard& pattern = names_[index];
+    if (std::any_of(known.begin(), known.end(), [&](std::string_view name) { return pattern.matches(name); })) continue;
+    const std::string hint = qzlog_compiler::did_you_mean(names[index], known);
+    throw CommandError(kExitCannotRun, "--name: the definitions have no event " + quoted(names[index]) +
+                                           (hint.empty() ? "" : "; " + hint));
+  }
+}
+
+void EntryChoice::read_where(const std::string& where, long long now) {
+  const std::string name = "--where";
+  qzlog_compiler::Findings findings(name);
+  where_ = Where::compile(where, known_, now, findings);
+  if (where_) return;
+  print_findings(findings.all(), name, where);
+  throw CommandError(kExitCannotRun, "");
+}
+
+void EntryChoice::find_refused_events() {
+  std::vector<NumberRange> refused;
+  for (const auto& [id, event] : known_.events()) {
+    const bool has_wanted_name = names_.empty() || event.names.empty() || any_matches(names_, event.names);
+    const bool has_wanted_mask = !mask_ || shares_bit(event.masks, *mask_);
+    if (!has_wanted_name || !has_wanted_mask) refused.push_back({id, id});
+  }
+  refused_events_ = NumberSet(std::move(refused));
+}
+
+bool EntryChoice::takes(const qz_LOG_EntryLine& line) {
+  if (is_complete() || !(line.IsLoss() ? takes_loss(line) : takes_entry(line)) || !is_new(line)) return false;
+  ++taken_;
+  return true;
+}
+
+bool EntryChoice::takes_entry(const qz_LOG_EntryLine& line) {
+  const qz_LOG_LogEntry& entry = line.GetEntry();
+  if (!takes_id(entry.GetEntryID()) || !levels_.holds(entry.GetLogLevel())) return false;
+  if (mask_ && (entry.GetPropertyMask() & *mask_) == 0) return false;
+  if (!takes_name(entry.GetEntryID(), line.GetName()) || !takes_writer(line.GetWriter())) return false;
+  const bool needs_time = since_ || until_;
+  if (needs_time && line.HasTime() && !takes_moment(entry.GetTimestamp(true).unix_seconds())) return false;
+  if (where_ && !where_->holds(line)) return false;
+  if (needs_time && !line.HasTime()) {
+    ++without_time_;
+    return false;
+  }
+  return true;
+}
+
+bool EntryChoice::takes_loss(const qz_LOG_EntryLine& line) const {
+  if (!takes_writer(line.GetWriter())) return false;
+  qz_Time written;
+  if (since_ && written.set_to_string_value(line.GetWritten()) && written.unix_seconds() < *since_) return false;
+  for (std::size_t index = 0; index < line.GetLostCount(); ++index) {
+    const qz_LOG_LostEntries lost = line.GetLost(index);
+    if (takes_id(lost.id) && levels_.holds(lost.level) && !refused_events_.holds(lost.id)) return true;
+  }
+  return false;
+}
+
+// Which of several definition files' names the entry was read with is not known here: one of them is enough.
+bool EntryChoice::takes_name(std::uint32_t id, const char* own_name) const {
+  if (names_.empty()) return true;
+  const KnownEvent* const event = known_.find_event(id);
+  if (event != nullptr && !event->names.empty()) return any_matches(names_, event->names);
+  return own_name[0] != '\0' && any_matches(names_, std::string_view(own_name));
+}
+
+bool EntryChoice::takes_writer(std::string_view writer) const {
+  return writers_.empty() || (!writer.empty() && any_matches(writers_, writer));
+}
+
+// Lines without a number cannot be told apart from others: they are all kept.
+bool EntryChoice::is_new(const qz_LOG_EntryLine& line) {
+  if (!seen_ || !line.HasSeq() || line.GetWriter()[0] == '\0') return true;
+  return seen_->add(line.GetWriter(), line.GetSeq());
+}
+
+bool EntryChoice::TakesLine(const char* text, std::size_t length) {
+  const RawLine line({text, length});
+  if (!line.time().empty()) {
+    if (since_ && line.time() < since_text_) return false;
+    if (until_ && line.time() > until_text_) return false;
+  }
+  if (line.has_level() && !levels_.holds(line.level())) return false;
+  if (line.has_id() && (!takes_id(line.id()) || refused_events_.holds(line.id()))) return false;
+  if (line.has_writer() && !takes_writer(line.writer())) return false;
+  return !where_ || where_->may_hold(line);
+}
+
+}  // namespace qzlog_tool
