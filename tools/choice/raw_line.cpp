@@ -139,24 +139,19 @@ class RawLine::Reader {
 RawLine::RawLine(std::string_view line) : line_(line) { Reader(*this).read(); }
 
 // The key's bytes with both quotes stand in no text, whose quotes are escaped. Behind a colon they are a value; behind
-// a brace or a comma they are a key, for a text that ends there with a comma could not go on so. Twice, as where
-// "bytes" has the name too, they are left to the reader.
+// a brace or a comma they are a key, for a text that ends there with a comma could not go on so. A second time they
+// would be the same attribute again, which no entry has, or one of "bytes", for which may_give_bytes is there.
 RawValue RawLine::find(const RawKey& key) const {
   if (attributes_ == 0) return {};
   const ByteSearch search(key.text());
-  RawValue value{RawValue::Kind::kAbsent};
-  bool was_found = false;
-  for (std::size_t at = search.find_in(line_, attributes_); at != std::string_view::npos;
-       at = search.find_in(line_, at + 1)) {
+  for (std::size_t at = attributes_;; ++at) {
+    at = search.find_in(line_, at);
+    if (at == std::string_view::npos)
+      return {has_escaped_characters() ? RawValue::Kind::kUnknown : RawValue::Kind::kAbsent};
     const char before = line_[at - 1];
-    if (before == ':') continue;
-    if (was_found || (before != '{' && before != ',')) return {};
-    was_found = true;
-    value = value_at(at + search.size());
-    if (value.kind == RawValue::Kind::kUnknown) return {};
+    if (before == '{' || before == ',') return value_at(at + search.size());
+    if (before != ':') return {};
   }
-  if (!was_found && has_escaped_characters()) return {};
-  return value;
 }
 
 bool RawLine::has_escaped_characters() const {
@@ -169,16 +164,32 @@ RawValue RawLine::value_at(std::size_t place) const {
   if (place + 1 >= line_.size() || line_[place] != ':') return {};
   ++place;
   if (line_[place] == '"') return text_at(place + 1);
-  std::string_view text = line_.substr(place, line_.substr(place).find_first_of(",}"));
-  if (text == "true" || text == "false") return {RawValue::Kind::kBool, 0, text == "true"};
+  const std::string_view rest = line_.substr(place);
+  if (rest.starts_with("true")) return bool_at(true, place + 4);
+  if (rest.starts_with("false")) return bool_at(false, place + 5);
+  return integer_at(place);
+}
+
+bool RawLine::ends_value(std::size_t place) const {
+  return place < line_.size() && (line_[place] == ',' || line_[place] == '}');
+}
+
+RawValue RawLine::bool_at(bool truth, std::size_t end) const {
+  if (!ends_value(end)) return {};
+  return {RawValue::Kind::kBool, 0, truth};
+}
+
+RawValue RawLine::integer_at(std::size_t place) const {
   constexpr std::size_t kMostDigits = 18;
-  const bool is_negative = text.starts_with('-');
-  if (is_negative) text.remove_prefix(1);
-  if (text.empty() || text.size() > kMostDigits || !std::all_of(text.begin(), text.end(), is_digit)) return {};
-  RawValue value{RawValue::Kind::kInteger};
-  for (const char digit : text) value.integer = value.integer * 10 + (digit - '0');
-  if (is_negative) value.integer = -value.integer;
-  return value;
+  const bool is_negative = line_[place] == '-';
+  if (is_negative) ++place;
+  const std::size_t begin = place;
+  long long magnitude = 0;
+  while (place < line_.size() && is_digit(line_[place]) && place - begin < kMostDigits) {
+    magnitude = magnitude * 10 + (line_[place++] - '0');
+  }
+  if (place == begin || !ends_value(place)) return {};
+  return {RawValue::Kind::kInteger, is_negative ? -magnitude : magnitude};
 }
 
 RawValue RawLine::text_at(std::size_t place) const {

@@ -68,6 +68,9 @@ class RawLine {
 
   RawValue value_at(std::size_t place) const;
   RawValue text_at(std::size_t place) const;
+  RawValue bool_at(bool truth, std::size_t end) const;
+  RawValue integer_at(std::size_t place) const;
+  bool ends_value(std::size_t place) const;
   bool has_escaped_characters() const;
 
   std::string_view line_;

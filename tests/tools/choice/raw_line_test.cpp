@@ -94,8 +94,11 @@ TEST(RawLine, Attribute_IsKnownWhereItsBytesLeaveNoDoubt) {
       {R"({"B\"A":1}})", Kind::kUnknown},
       {R"({"\u0041":1}})", Kind::kUnknown},
       {R"({"B":"\u0041"}})", Kind::kUnknown},
-      {R"({"A":1,"A":2}})", Kind::kUnknown},
-      {R"({"A":"x"},"bytes":{"A":"eA=="}})", Kind::kUnknown},
+      {R"({"A":1,"A":2}})", Kind::kInteger},  // no entry
+      {R"({"A":truest}})", Kind::kUnknown},
+      {R"({"A":true)", Kind::kUnknown},
+      {R"({"A":-}})", Kind::kUnknown},
+      {R"({"A":-1)", Kind::kUnknown},
   };
   for (const Case& tested : cases) {
     const std::string line = R"({"id":7,"level":3,"attributes":)" + std::string(tested.attributes);
