@@ -72,9 +72,19 @@ std::string quoted(const std::string& text) {
   return json + '"';
 }
 
+/// How rarely a line is other than writers write it: nearly so as well as not at all.
+struct Disguise {
+  RandomNumbers& random;
+  int rarity = random.one_in(2) ? 3 : 40;
+
+  bool now() const { return random.one_in(rarity); }
+  std::string blank() const { return random.one_in(2 * rarity) ? " " : ""; }
+};
+
 /// With a letter as its number.
-std::string disguised_text(const std::string& text, RandomNumbers& random) {
-  if (text.empty() || !random.one_in(3)) return quoted(text);
+std::string disguised_text(const std::string& text, const Disguise& disguise) {
+  RandomNumbers& random = disguise.random;
+  if (text.empty() || !disguise.now()) return quoted(text);
   const std::size_t place = random.below(text.size());
   const char character = text[place];
   if (static_cast<unsigned char>(character) >= 0x80 || character == '"' || character == '\\') return quoted(text);
@@ -132,15 +142,14 @@ std::string base64(const std::string& bytes) {
   return text;
 }
 
-std::string blank(RandomNumbers& random) { return random.one_in(6) ? " " : ""; }
-
-std::string joined(std::vector<std::string> members, bool shuffled, RandomNumbers* random) {
-  if (shuffled) {
-    for (std::size_t i = members.size(); i > 1; --i) std::swap(members[i - 1], members[random->below(i)]);
+/// In another order, with blanks, where there is a disguise.
+std::string joined(std::vector<std::string> members, const Disguise* disguise = nullptr) {
+  if (disguise != nullptr && disguise->now()) {
+    for (std::size_t i = members.size(); i > 1; --i) std::swap(members[i - 1], members[disguise->random.below(i)]);
   }
   std::string text = "{";
   for (const std::string& member : members) {
-    if (text.size() > 1) text += ',' + (random != nullptr ? blank(*random) : "");
+    if (text.size() > 1) text += ',' + (disguise != nullptr ? disguise->blank() : "");
     text += member;
   }
   return text + '}';
@@ -201,21 +210,22 @@ std::string canonical_line(const RandomEntry& entry) {
   members.push_back("\"level\":" + std::to_string(entry.level));
   if (entry.time) members.push_back("\"time\":" + moment(*entry.time));
   if (!entry.name.empty()) members.push_back("\"name\":" + quoted(entry.name));
-  members.push_back("\"attributes\":" + joined(attributes, false, nullptr));
-  return joined(members, false, nullptr);
+  members.push_back("\"attributes\":" + joined(attributes));
+  return joined(members);
 }
 
 std::string disguised_line(const RandomEntry& entry, RandomNumbers& random) {
+  const Disguise disguise{random};
   const auto key = [&](const std::string& name) {
-    return disguised_text(name, random) + blank(random) + ':' + blank(random);
+    return disguised_text(name, disguise) + disguise.blank() + ':' + disguise.blank();
   };
-  const auto text = [&](const std::string& own) { return disguised_text(own, random); };
+  const auto text = [&](const std::string& own) { return disguised_text(own, disguise); };
   const auto moment = [&](long long seconds) { return disguised_moment(seconds, random); };
   std::vector<std::string> attributes;
   std::vector<std::string> bytes;
   for (const auto& [name, value] : entry.attributes) {
     const auto* const own = std::get_if<std::string>(&value);
-    if (own != nullptr && random.one_in(4)) {
+    if (own != nullptr && disguise.now()) {
       bytes.push_back(key(name) + '"' + base64(*own) + '"');
       if (random.one_in(2)) attributes.push_back(key(name) + "\"b\"");
     } else {
@@ -223,16 +233,15 @@ std::string disguised_line(const RandomEntry& entry, RandomNumbers& random) {
     }
   }
   std::vector<std::string> members;
-  const bool orderly = random.one_in(2);
   if (!entry.writer.empty()) members.push_back(key("writer") + text(entry.writer));
   if (entry.seq) members.push_back(key("seq") + std::to_string(*entry.seq));
-  members.push_back(key("id") + (random.one_in(4) ? text(entry.event_name()) : std::to_string(entry.id)));
-  if (entry.level != 0 || random.one_in(2)) members.push_back(key("level") + std::to_string(entry.level));
+  members.push_back(key("id") + (disguise.now() ? text(entry.event_name()) : std::to_string(entry.id)));
+  if (entry.level != 0 || !disguise.now()) members.push_back(key("level") + std::to_string(entry.level));
   if (entry.time) members.push_back(key("time") + moment(*entry.time));
   if (!entry.name.empty()) members.push_back(key("name") + text(entry.name));
-  members.push_back(key("attributes") + joined(attributes, !orderly, &random));
-  if (!bytes.empty()) members.push_back(key("bytes") + joined(bytes, !orderly, &random));
-  return joined(members, !orderly, &random);
+  members.push_back(key("attributes") + joined(attributes, &disguise));
+  if (!bytes.empty()) members.push_back(key("bytes") + joined(bytes, &disguise));
+  return joined(members, &disguise);
 }
 
 }  // namespace qz_test
