@@ -26,6 +26,7 @@ int fuzz_names_section(const std::uint8_t* bytes, std::size_t size);
 int fuzz_pattern_nesting(const std::uint8_t* bytes, std::size_t size);
 int fuzz_resource_bundle(const std::uint8_t* bytes, std::size_t size);
 int fuzz_sink_file(const std::uint8_t* bytes, std::size_t size);
+int fuzz_where(const std::uint8_t* bytes, std::size_t size);
 }
 
 namespace {
@@ -53,6 +54,7 @@ const Fuzzer kFuzzers[] = {
     {"pattern_nesting", fuzz_pattern_nesting},
     {"resource_bundle", fuzz_resource_bundle},
     {"sink_file", fuzz_sink_file},
+    {"where", fuzz_where},
 };
 
 std::vector<fs::path> sorted_files(const fs::path& folder) {
