@@ -65,7 +65,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
   qz_LOG_LogConfig::SetCodePage("UTF-8");
   const std::string expression(input.substr(0, input.find('\n')));
   qzlog_compiler::Findings findings("--where");
-  std::optional<Where> where = Where::compile(expression, known, kNow, findings);
+  std::optional<Where> where = Where::compile(expression, known, process_clock(kNow), findings);
   require(where.has_value() == findings.all().empty());
   for (const qzlog_compiler::Finding& finding : findings.all()) {
     require(finding.place.column >= 1 && finding.place.column <= expression.size() + 1 && !finding.text.empty());

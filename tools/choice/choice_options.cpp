@@ -18,7 +18,7 @@ namespace {
 using qzlog_compiler::quoted;
 
 std::string check_moment(const std::string& text) {
-  if (find_moment(text, std::time(nullptr))) return "";
+  if (find_moment(text, process_clock(std::time(nullptr)))) return "";
   return quoted(text) + " is no time; times are " + std::string(kMomentForms);
 }
 

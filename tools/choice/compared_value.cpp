@@ -140,8 +140,8 @@ void take_number(const Literal& literal, const ComparedThing& thing, ComparedVal
   if (!literal.negative || literal.magnitude == 0) value.natural = literal.magnitude;
 }
 
-void take_moment(const Literal& literal, const ComparedThing& thing, long long now, ComparedValue& value) {
-  value.moment = find_moment(literal.text, now);
+void take_moment(const Literal& literal, const ComparedThing& thing, const ReaderClock& clock, ComparedValue& value) {
+  value.moment = find_moment(literal.text, clock);
   if (value.moment) {
     value.moment_text = line_moment_text(*value.moment);
   } else if (!thing.types.meets(kTextTypes)) {
@@ -213,7 +213,8 @@ ComparedThing compared_field(const WrittenComparison& written, qz_AttributeType 
   return thing;
 }
 
-ComparedValue compared_value(const Literal& literal, Relation relation, const ComparedThing& thing, long long now) {
+ComparedValue compared_value(const Literal& literal, Relation relation, const ComparedThing& thing,
+                             const ReaderClock& clock) {
   if (!takes(thing.types, literal.kind)) {
     throw no_comparison(literal.offset,
                         thing.name + (thing.type_text == thing.name ? "" : ", of type " + thing.type_text + ",") +
@@ -231,7 +232,7 @@ ComparedValue compared_value(const Literal& literal, Relation relation, const Co
       value.truth = literal.truth;
       break;
     default:
-      if (thing.types.meets(kTimeTypes)) take_moment(literal, thing, now, value);
+      if (thing.types.meets(kTimeTypes)) take_moment(literal, thing, clock, value);
       if (literal.kind == Literal::Kind::kText) take_text(literal, relation, thing, value);
   }
   return value;

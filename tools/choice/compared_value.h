@@ -8,6 +8,7 @@
 
 #include "tools/choice/expression.h"
 #include "tools/choice/known_definitions.h"
+#include "tools/choice/reader_moment.h"
 #include "tools/choice/wildcard.h"
 
 namespace qzlog_tool {
@@ -38,8 +39,9 @@ ComparedThing compared_attribute(const WrittenComparison& written, const KnownAt
 /// A field of the line, with the type that its values have; `most` bounds numbers.
 ComparedThing compared_field(const WrittenComparison& written, qz_AttributeType type, std::uint64_t most);
 
-/// Throws ExpressionFault for a value that none of the types has. `now`: the present moment.
-ComparedValue compared_value(const Literal& literal, Relation relation, const ComparedThing& thing, long long now);
+/// Throws ExpressionFault for a value that none of the types has. `clock`: the reader's.
+ComparedValue compared_value(const Literal& literal, Relation relation, const ComparedThing& thing,
+                             const ReaderClock& clock);
 
 }  // namespace qzlog_tool
 

@@ -108,7 +108,8 @@ bool holds_order(Relation relation, std::partial_ordering order) {
 
 }  // namespace
 
-Comparison Comparison::compile(const WrittenComparison& written, const KnownDefinitions& known, long long now) {
+Comparison Comparison::compile(const WrittenComparison& written, const KnownDefinitions& known,
+                               const ReaderClock& clock) {
   Comparison made(known);
   ComparedThing thing;
   made.relation_ = written.relation;
@@ -124,7 +125,7 @@ Comparison Comparison::compile(const WrittenComparison& written, const KnownDefi
     made.key_ = RawKey(made.name_);
   }
   for (const Literal& literal : written.values) {
-    made.values_.push_back(compared_value(literal, written.relation, thing, now));
+    made.values_.push_back(compared_value(literal, written.relation, thing, clock));
   }
   return made;
 }

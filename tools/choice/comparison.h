@@ -13,6 +13,7 @@
 #include "tools/choice/expression.h"
 #include "tools/choice/known_definitions.h"
 #include "tools/choice/raw_line.h"
+#include "tools/choice/reader_moment.h"
 #include "tools/choice/stored_text.h"
 
 namespace qzlog_tool {
@@ -27,8 +28,8 @@ enum class LineField { kId, kLevel, kMask, kName, kSeq, kTime, kWriter };
 /// value: = is false then and != true.
 class Comparison {
  public:
-  /// Throws ExpressionFault. `known` has to outlive this object; `now`: the present moment.
-  static Comparison compile(const WrittenComparison& written, const KnownDefinitions& known, long long now);
+  /// Throws ExpressionFault. `known` has to outlive this object; `clock`: the reader's.
+  static Comparison compile(const WrittenComparison& written, const KnownDefinitions& known, const ReaderClock& clock);
 
   /// Takes no memory. The line has to be one of an entry.
   bool holds(const qz_LOG_EntryLine& line, StoredTexts& texts) const;

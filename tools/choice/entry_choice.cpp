@@ -21,9 +21,9 @@ using qzlog_compiler::quoted;
 constexpr std::uint32_t kMostId = std::numeric_limits<std::uint32_t>::max();
 constexpr std::uint32_t kMostLevel = 9;
 
-std::optional<long long> read_moment(const std::string& text, const char* option, long long now) {
+std::optional<long long> read_moment(const std::string& text, const char* option, const ReaderClock& clock) {
   if (text.empty()) return std::nullopt;
-  const std::optional<long long> moment = find_moment(text, now);
+  const std::optional<long long> moment = find_moment(text, clock);
   if (!moment) throw CommandError(kExitCannotRun, std::string(option) + ": " + quoted(text) + " is no time");
   return moment;
 }
@@ -48,10 +48,10 @@ bool shares_bit(const std::vector<std::uint32_t>& masks, std::uint32_t mask) {
 
 }  // namespace
 
-EntryChoice::EntryChoice(const ChoiceOptions& options, const KnownDefinitions& known, long long now)
+EntryChoice::EntryChoice(const ChoiceOptions& options, const KnownDefinitions& known, const ReaderClock& clock)
     : known_(known),
-      since_(read_moment(options.since, "--since", now)),
-      until_(read_moment(options.until, "--until", now)),
+      since_(read_moment(options.since, "--since", clock)),
+      until_(read_moment(options.until, "--until", clock)),
       writers_(read_patterns(options.writers)),
       head_(options.head) {
   if (since_) since_text_ = line_moment_text(*since_);
@@ -60,7 +60,7 @@ EntryChoice::EntryChoice(const ChoiceOptions& options, const KnownDefinitions& k
   if (!options.mask.empty()) mask_ = parse_mask(options.mask);
   read_ids(options.ids);
   read_names(options.names);
-  if (!options.where.empty()) read_where(options.where, now);
+  if (!options.where.empty()) read_where(options.where, clock);
   if (options.unique) seen_.emplace();
   find_refused_events();
   decides_on_bytes_ = since_ || until_ || ids_ || mask_ || !names_.empty() || !writers_.empty() || where_ ||
@@ -94,10 +94,10 @@ void EntryChoice::read_names(const std::vector<std::string>& names) {
   }
 }
 
-void EntryChoice::read_where(const std::string& where, long long now) {
+void EntryChoice::read_where(const std::string& where, const ReaderClock& clock) {
   const std::string name = "--where";
   qzlog_compiler::Findings findings(name);
-  where_ = Where::compile(where, known_, now, findings);
+  where_ = Where::compile(where, known_, clock, findings);
   if (where_) return;
   print_findings(findings.all(), name, where);
   throw CommandError(kExitCannotRun, "");

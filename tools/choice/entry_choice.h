@@ -13,6 +13,7 @@
 #include "tools/choice/known_definitions.h"
 #include "tools/choice/number_ranges.h"
 #include "tools/choice/raw_line.h"
+#include "tools/choice/reader_moment.h"
 #include "tools/choice/seen_numbers.h"
 #include "tools/choice/where.h"
 #include "tools/choice/wildcard.h"
@@ -21,7 +22,7 @@ namespace qzlog_tool {
 
 /// Decides which lines of entries are wanted.
 ///
-///   EntryChoice choice(options, definitions, std::time(nullptr));
+///   EntryChoice choice(options, definitions, process_clock(std::time(nullptr)));
 ///   reader.SetLineChoice(choice.line_choice());
 ///   while (!choice.is_complete() && reader.Next(line)) {
 ///     if (choice.takes(line)) show(line);
@@ -34,9 +35,9 @@ namespace qzlog_tool {
 class EntryChoice : private qz_LOG_LineChoice {
  public:
   /// Throws CommandError (cannot run) for what the definitions do not know; what is wrong with --where is shown on
-  /// stderr. `known` has to outlive this object. `now` is the present moment. Time zone and code page are those of the
-  /// process and of the library's settings.
-  EntryChoice(const ChoiceOptions& options, const KnownDefinitions& known, long long now);
+  /// stderr. `known` has to outlive this object. Times are read on `clock`, texts in the code page
+  /// of the library's settings.
+  EntryChoice(const ChoiceOptions& options, const KnownDefinitions& known, const ReaderClock& clock);
 
   /// Whether the line is wanted. Counts: each line is asked about once.
   bool takes(const qz_LOG_EntryLine& line);
@@ -55,7 +56,7 @@ class EntryChoice : private qz_LOG_LineChoice {
 
   void read_ids(const std::vector<std::string>& ids);
   void read_names(const std::vector<std::string>& names);
-  void read_where(const std::string& where, long long now);
+  void read_where(const std::string& where, const ReaderClock& clock);
   void find_refused_events();
 
   bool takes_entry(const qz_LOG_EntryLine& line);

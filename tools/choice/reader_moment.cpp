@@ -1,10 +1,9 @@
 #include "tools/choice/reader_moment.h"
 
+#include <algorithm>
 #include <charconv>
-#include <chrono>
-#include <cstdio>
+#include <ctime>
 #include <system_error>
-#include <utility>
 
 #include "qzlog/qz_time.h"
 
@@ -18,6 +17,8 @@ constexpr long long kLatest = 253402300799;
 
 constexpr std::size_t kDateSize = std::string_view("2026-11-21").size();
 constexpr std::size_t kMinuteSize = std::string_view("2026-11-21 08:15").size();
+constexpr std::size_t kSecondSize = std::string_view("2026-11-21 08:15:30").size();
+constexpr long long kDay = 86400;
 
 std::optional<long long> in_range(long long moment) {
   return moment >= kEarliest && moment <= kLatest ? std::optional(moment) : std::nullopt;
@@ -38,9 +39,9 @@ std::optional<long long> seconds_of_unit(char unit) {
     case 'h':
       return 3600;
     case 'd':
-      return 86400;
+      return kDay;
     case 'w':
-      return 604800;
+      return 7 * kDay;
     default:
       return std::nullopt;
   }
@@ -55,44 +56,64 @@ std::optional<long long> moment_before(std::string_view text, long long now) {
   return in_range(now - *count * *unit);
 }
 
-/// The form that qz_Time reads: with seconds, and a blank where there is no zone.
-std::optional<long long> calendar_moment(std::string text) {
-  if (text.size() == kDateSize) text += " 00:00:00";
-  if (text.size() == kMinuteSize) text += ":00";
-  const bool has_zone = text.size() > kMinuteSize + 3;
-  if (!has_zone && text.size() > kDateSize && text[kDateSize] == 'T') text[kDateSize] = ' ';
+/// A text with its zone, or one that is read as GMT's.
+std::optional<long long> calendar_seconds(const std::string& text) {
   qz_Time time;
-  return time.set_to_string_value(text.c_str()) ? in_range(time.unix_seconds()) : std::nullopt;
+  time.set_GMT_time_mode(false);
+  if (!time.set_to_string_value(text.c_str()) || !time.is_GMT_time_mode()) return std::nullopt;
+  return in_range(time.unix_seconds());
 }
 
-/// The beginning of a day so many days from that of `now`. The calendar's day is taken: it may have more or fewer
-/// hours.
-std::optional<long long> beginning_of_day(long long now, int days_later) {
-  qz_Time time = qz_Time::from_unix_seconds(now);
-  time.GMT_to_local();
-  const std::chrono::year_month_day today{std::chrono::year(time.get_year()),
-                                          std::chrono::month(static_cast<unsigned>(time.get_month())),
-                                          std::chrono::day(static_cast<unsigned>(time.get_day()))};
-  const std::chrono::year_month_day day(std::chrono::sys_days(today) + std::chrono::days(days_later));
-  char text[32];
-  std::snprintf(text, sizeof text, "%04d-%02u-%02u", static_cast<int>(day.year()), static_cast<unsigned>(day.month()),
-                static_cast<unsigned>(day.day()));
-  return calendar_moment(text);
+/// The moment at which a clock shows so many seconds since it showed 1970-01-01 00:00:00. No zone changes twice in two
+/// days.
+long long moment_of(long long shown, const ReaderClock& clock) {
+  const long before = clock.offset_at(shown - kDay);
+  const long after = clock.offset_at(shown + kDay);
+  const bool is_before = clock.offset_at(shown - before) == before;
+  const bool is_after = clock.offset_at(shown - after) == after;
+  if (is_before && is_after) return shown - std::max(before, after);
+  return shown - (is_after ? after : before);
+}
+
+std::optional<long long> calendar_moment(std::string text, const ReaderClock& clock) {
+  if (text.size() > kSecondSize) return calendar_seconds(text);
+  if (text.size() == kDateSize) text += " 00:00:00";
+  if (text.size() == kMinuteSize) text += ":00";
+  if (text.size() != kSecondSize) return std::nullopt;
+  if (text[kDateSize] == 'T') text[kDateSize] = ' ';
+  const std::optional<long long> shown = calendar_seconds(text + " GMT");
+  return shown ? in_range(moment_of(*shown, clock)) : std::nullopt;
+}
+
+/// The beginning of the present day, or of one so many before. Days of the calendar may have more or fewer hours.
+std::optional<long long> beginning_of_day(int days_before, const ReaderClock& clock) {
+  const long long shown = clock.now + clock.offset_at(clock.now);
+  const long long second_of_day = (shown % kDay + kDay) % kDay;
+  return in_range(moment_of(shown - second_of_day - days_before * kDay, clock));
 }
 
 }  // namespace
 
-std::optional<long long> find_moment(std::string_view text, long long now) {
-  if (text == "now") return now;
-  if (text == "today") return beginning_of_day(now, 0);
-  if (text == "yesterday") return beginning_of_day(now, -1);
-  if (text.starts_with('-')) return moment_before(text.substr(1), now);
+ReaderClock process_clock(long long now) {
+  return {now, [](long long moment) {
+            const std::time_t seconds = moment;
+            std::tm local = {};
+            localtime_r(&seconds, &local);
+            return local.tm_gmtoff;
+          }};
+}
+
+std::optional<long long> find_moment(std::string_view text, const ReaderClock& clock) {
+  if (text == "now") return clock.now;
+  if (text == "today") return beginning_of_day(0, clock);
+  if (text == "yesterday") return beginning_of_day(1, clock);
+  if (text.starts_with('-')) return moment_before(text.substr(1), clock.now);
   if (text.starts_with('@')) {
     const std::optional<long long> seconds = whole_number(text.substr(1));
     return seconds ? in_range(*seconds) : std::nullopt;
   }
   if (text.find('\0') != std::string_view::npos) return std::nullopt;
-  return calendar_moment(std::string(text));
+  return calendar_moment(std::string(text), clock);
 }
 
 std::string line_moment_text(long long moment) {

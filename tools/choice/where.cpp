@@ -29,7 +29,7 @@ void add(const ExpressionFault& fault, std::string_view text, qzlog_compiler::Fi
 
 }  // namespace
 
-std::optional<Where> Where::compile(const std::string& text, const KnownDefinitions& known, long long now,
+std::optional<Where> Where::compile(const std::string& text, const KnownDefinitions& known, const ReaderClock& clock,
                                     qzlog_compiler::Findings& findings) {
   Expression expression;
   try {
@@ -42,7 +42,7 @@ std::optional<Where> Where::compile(const std::string& text, const KnownDefiniti
   std::size_t errors = 0;
   for (const WrittenComparison& written : expression.comparisons) {
     try {
-      where.comparisons_.push_back(Comparison::compile(written, known, now));
+      where.comparisons_.push_back(Comparison::compile(written, known, clock));
     } catch (const ExpressionFault& fault) {
       add(fault, text, findings);
       if (++errors == kMostErrors) return std::nullopt;

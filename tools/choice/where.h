@@ -10,6 +10,7 @@
 #include "tools/choice/comparison.h"
 #include "tools/choice/known_definitions.h"
 #include "tools/choice/raw_line.h"
+#include "tools/choice/reader_moment.h"
 #include "tools/choice/stored_text.h"
 #include "tools/report/finding.h"
 
@@ -19,9 +20,9 @@ namespace qzlog_tool {
 class Where {
  public:
   /// Nothing, with errors in `findings`, for an expression that is wrong; of an expression whose form is right up to 20
-  /// errors. `known` has to outlive the result; `now`: the present moment. Texts are compared in the code page that the
+  /// errors. `known` has to outlive the result; `clock`: the reader's. Texts are compared in the code page that the
   /// library's settings have now.
-  static std::optional<Where> compile(const std::string& text, const KnownDefinitions& known, long long now,
+  static std::optional<Where> compile(const std::string& text, const KnownDefinitions& known, const ReaderClock& clock,
                                       qzlog_compiler::Findings& findings);
 
   /// Whether the line, which has to be one of an entry, is wanted. Takes no memory.

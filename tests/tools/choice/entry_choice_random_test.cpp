@@ -25,7 +25,7 @@ class EntryChoiceRandom : public qz_test::ChoiceTest {
   };
 
   Outcome choose(const ChoiceOptions& options, const std::string& lines, bool on_bytes) {
-    EntryChoice choice(options, known_, qz_test::kNow);
+    EntryChoice choice(options, known_, qzlog_tool::process_clock(qz_test::kNow));
     qz_LOG_EntryReader reader = qz_LOG_EntryReader::FromMemory(lines.data(), lines.size());
     if (on_bytes) reader.SetLineChoice(choice.line_choice());
     Outcome outcome;
@@ -60,7 +60,9 @@ ChoiceOptions random_options(RandomNumbers& random) {
 
 /// What a line has to say for the options, but for --where, said anew.
 bool is_wanted(const ChoiceOptions& options, const RandomEntry& entry) {
-  const auto moment = [](const std::string& text) { return *qzlog_tool::find_moment(text, 0); };
+  const auto moment = [](const std::string& text) {
+    return *qzlog_tool::find_moment(text, qzlog_tool::process_clock(0));
+  };
   const bool needs_time = !options.since.empty() || !options.until.empty();
   if (needs_time && !entry.time) return false;
   if (!options.since.empty() && *entry.time < moment(options.since)) return false;

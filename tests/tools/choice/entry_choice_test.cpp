@@ -23,7 +23,7 @@ class EntryChoiceTest : public qz_test::ChoiceTest {
   }
 
   std::vector<int> taken(const ChoiceOptions& options, bool on_bytes) {
-    EntryChoice choice(options, known_, qz_test::kNow);
+    EntryChoice choice(options, known_, qzlog_tool::process_clock(qz_test::kNow));
     qz_LOG_EntryReader reader = qz_LOG_EntryReader::FromMemory(lines_.data(), lines_.size());
     if (on_bytes) reader.SetLineChoice(choice.line_choice());
     std::vector<int> numbers;
@@ -37,7 +37,7 @@ class EntryChoiceTest : public qz_test::ChoiceTest {
 
   std::string refusal(const ChoiceOptions& options) {
     try {
-      EntryChoice choice(options, known_, qz_test::kNow);
+      EntryChoice choice(options, known_, qzlog_tool::process_clock(qz_test::kNow));
       return "";
     } catch (const CommandError& error) {
       EXPECT_EQ(error.exit_status(), qzlog_tool::kExitCannotRun);
@@ -62,7 +62,7 @@ using Numbers = std::vector<int>;
 TEST_F(EntryChoiceTest, NoOption_TakesAll) {
   EXPECT_FALSE(ChoiceOptions().is_given());
   EXPECT_EQ(taken({}), (Numbers{1, 2, 3, 4, 5, 6, 7}));
-  EXPECT_EQ(EntryChoice({}, known_, qz_test::kNow).line_choice(), nullptr);
+  EXPECT_EQ(EntryChoice({}, known_, qzlog_tool::process_clock(qz_test::kNow)).line_choice(), nullptr);
 }
 
 TEST_F(EntryChoiceTest, SinceAndUntil_IncludeTheirSecondAndLeaveOutWhatHasNoTime) {
@@ -98,7 +98,7 @@ TEST_F(EntryChoiceTest, IdsNamesLevelsMasksAndWriters_AreTaken) {
 TEST_F(EntryChoiceTest, Head_EndsTheReading) {
   EXPECT_EQ(taken({.ids = {"1"}, .head = 2}), (Numbers{1, 4}));
   EXPECT_EQ(taken({.head = 100}), (Numbers{1, 2, 3, 4, 5, 6, 7}));
-  EntryChoice choice({.head = 1}, known_, qz_test::kNow);
+  EntryChoice choice({.head = 1}, known_, qzlog_tool::process_clock(qz_test::kNow));
   EXPECT_FALSE(choice.is_complete());
   EXPECT_TRUE(choice.takes(line(R"({"id":1})")));
   EXPECT_TRUE(choice.is_complete());

@@ -12,6 +12,7 @@ namespace {
 
 using qzlog_tool::find_moment;
 using qzlog_tool::line_moment_text;
+using qzlog_tool::process_clock;
 
 constexpr long long kNow = 1795248930;  // 2026-11-21 08:15:30 GMT, 14:00:30 in Kathmandu
 
@@ -54,7 +55,8 @@ TEST_F(ReaderMoment, EachForm_GivesItsMoment) {
       {"@0", 0},
       {"@-1", -1},
   };
-  for (const Case& tested : cases) EXPECT_EQ(find_moment(tested.text, kNow), tested.moment) << tested.text;
+  for (const Case& tested : cases)
+    EXPECT_EQ(find_moment(tested.text, process_clock(kNow)), tested.moment) << tested.text;
 }
 
 TEST_F(ReaderMoment, OtherTexts_GiveNone) {
@@ -93,17 +95,17 @@ TEST_F(ReaderMoment, OtherTexts_GiveNone) {
                            "@9223372036854775807",
                            "@99999999999999999999",
                            "-1000000w"}) {
-    EXPECT_EQ(find_moment(text, kNow), std::nullopt) << text;
+    EXPECT_EQ(find_moment(text, process_clock(kNow)), std::nullopt) << text;
   }
-  EXPECT_EQ(find_moment(std::string("today\0", 6), kNow), std::nullopt);
-  EXPECT_EQ(find_moment(std::string("2026-11-21\0", 11), kNow), std::nullopt);
+  EXPECT_EQ(find_moment(std::string("today\0", 6), process_clock(kNow)), std::nullopt);
+  EXPECT_EQ(find_moment(std::string("2026-11-21\0", 11), process_clock(kNow)), std::nullopt);
 }
 
 TEST_F(ReaderMoment, LineText_IsAsWritersWriteIt) {
   EXPECT_EQ(line_moment_text(kNow), "2026-11-21T08:15:30Z");
   EXPECT_EQ(line_moment_text(0), "1970-01-01T00:00:00Z");
-  EXPECT_EQ(line_moment_text(*find_moment("0001-01-01T00:00:00Z", 0)), "0001-01-01T00:00:00Z");
-  EXPECT_EQ(line_moment_text(*find_moment("9999-12-31T23:59:59Z", 0)), "9999-12-31T23:59:59Z");
+  EXPECT_EQ(line_moment_text(*find_moment("0001-01-01T00:00:00Z", process_clock(0))), "0001-01-01T00:00:00Z");
+  EXPECT_EQ(line_moment_text(*find_moment("9999-12-31T23:59:59Z", process_clock(0))), "9999-12-31T23:59:59Z");
 }
 
 }  // namespace

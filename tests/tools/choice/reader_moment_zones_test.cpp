@@ -11,6 +11,7 @@
 namespace {
 
 using qzlog_tool::find_moment;
+using qzlog_tool::process_clock;
 
 // Two of the south, half an hour, quarters, changes at midnight, a day left out, none at all.
 constexpr const char* kZones[] = {"Europe/Berlin",       "America/New_York", "America/Sao_Paulo", "America/Havana",
@@ -91,7 +92,7 @@ TEST_P(ReaderMomentZones, ClocksAroundChanges_AreReadAsThePlainModelReadsThem) {
       gmtime_r(&clock, &calendar);
       char text[32];
       std::strftime(text, sizeof text, "%Y-%m-%d %H:%M", &calendar);
-      ASSERT_EQ(find_moment(text, 0), plain_moment(text, change)) << text;
+      ASSERT_EQ(find_moment(text, process_clock(0)), plain_moment(text, change)) << text;
     }
   }
 }
@@ -100,10 +101,10 @@ TEST_P(ReaderMomentZones, DaysAroundChanges_BeginWithTheirFirstMoment) {
   for (const std::time_t change : changes(2010, 2024)) {
     for (std::time_t now = change - 30 * kHour; now < change + 30 * kHour; now += 9 * kHour + 11 * kMinute) {
       const std::time_t today = plain_beginning_of_day(now);
-      ASSERT_EQ(find_moment("today", now), today) << clock_text(now);
-      ASSERT_EQ(find_moment(date_text(now), 0), today) << clock_text(now);
+      ASSERT_EQ(find_moment("today", process_clock(now)), today) << clock_text(now);
+      ASSERT_EQ(find_moment(date_text(now), process_clock(0)), today) << clock_text(now);
       if (GetParam() != std::string("Pacific/Apia")) {  // which left out a day
-        ASSERT_EQ(find_moment("yesterday", now), plain_beginning_of_day(today - 1)) << clock_text(now);
+        ASSERT_EQ(find_moment("yesterday", process_clock(now)), plain_beginning_of_day(today - 1)) << clock_text(now);
       }
     }
   }
@@ -111,8 +112,8 @@ TEST_P(ReaderMomentZones, DaysAroundChanges_BeginWithTheirFirstMoment) {
 
 TEST_P(ReaderMomentZones, SpansOfTime_AreThoseOfASteadyClock) {
   for (const std::time_t change : changes(2010, 2024)) {
-    ASSERT_EQ(find_moment("-2h", change + kHour), change - kHour);
-    ASSERT_EQ(find_moment("-1d", change + kHour), change + kHour - kDay);
+    ASSERT_EQ(find_moment("-2h", process_clock(change + kHour)), change - kHour);
+    ASSERT_EQ(find_moment("-1d", process_clock(change + kHour)), change + kHour - kDay);
   }
 }
 
@@ -126,10 +127,10 @@ INSTANTIATE_TEST_SUITE_P(Zones, ReaderMomentZones, testing::ValuesIn(kZones), []
 
 TEST(ReaderMomentLeftOutDay, ZoneThatLeftOutADay_CountsItsTimesOn) {
   const qz_test::TimeZone zone("Pacific/Apia");
-  const auto after = find_moment("2011-12-31", 0);
-  EXPECT_EQ(find_moment("2011-12-30", 0), after);
-  EXPECT_EQ(find_moment("2011-12-29 23:59", 0), *after - 60);
-  EXPECT_EQ(find_moment("yesterday", *after + 3600), after);
+  const auto after = find_moment("2011-12-31", process_clock(0));
+  EXPECT_EQ(find_moment("2011-12-30", process_clock(0)), after);
+  EXPECT_EQ(find_moment("2011-12-29 23:59", process_clock(0)), *after - 60);
+  EXPECT_EQ(find_moment("yesterday", process_clock(*after + 3600)), after);
 }
 
 }  // namespace

@@ -18,7 +18,8 @@ class WhereErrors : public qz_test::ChoiceTest {
  protected:
   std::string said_of(const std::string& expression) {
     qzlog_compiler::Findings findings("--where");
-    const bool is_right = Where::compile(expression, known_, qz_test::kNow, findings).has_value();
+    const bool is_right =
+        Where::compile(expression, known_, qzlog_tool::process_clock(qz_test::kNow), findings).has_value();
     EXPECT_EQ(is_right, findings.all().empty());
     qzlog_tool::FindingPrinter printer(false);
     printer.add_source("--where", expression, qzlog_compiler::LineBreaks::kLineFeed);
@@ -305,7 +306,7 @@ TEST_F(WhereErrors, ManyErrors_EndAfterTwenty) {
   std::string expression = "Fre = 1";
   for (int i = 0; i < 5000; ++i) expression += " or Fre = 1";
   qzlog_compiler::Findings findings("--where");
-  EXPECT_FALSE(Where::compile(expression, known_, qz_test::kNow, findings));
+  EXPECT_FALSE(Where::compile(expression, known_, qzlog_tool::process_clock(qz_test::kNow), findings));
   EXPECT_EQ(findings.all().size(), 20u);
 }
 

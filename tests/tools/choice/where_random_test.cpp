@@ -294,7 +294,7 @@ TEST_P(WhereRandom, ExpressionsOnEntries_HoldAsASlowEvaluatorSays) {
   for (int round = 0; round < count; ++round) {
     const Made made = expressions.make(static_cast<int>(random.below(5)));
     qzlog_compiler::Findings findings("--where");
-    std::optional<Where> where = Where::compile(made.text, known_, qz_test::kNow, findings);
+    std::optional<Where> where = Where::compile(made.text, known_, qzlog_tool::process_clock(qz_test::kNow), findings);
     ASSERT_TRUE(where) << made.text << ": " << findings.all().front().text;
     for (int i = 0; i < 20; ++i) {
       const RandomEntry entry = qz_test::random_entry(random);

@@ -14,7 +14,7 @@ class WhereTest : public qz_test::ChoiceTest {
  protected:
   Where compiled(const std::string& expression) {
     qzlog_compiler::Findings findings("--where");
-    std::optional<Where> where = Where::compile(expression, known_, qz_test::kNow, findings);
+    std::optional<Where> where = Where::compile(expression, known_, qzlog_tool::process_clock(qz_test::kNow), findings);
     for (const qzlog_compiler::Finding& finding : findings.all()) ADD_FAILURE() << expression << ": " << finding.text;
     return std::move(where).value();
   }
