@@ -10,6 +10,7 @@
 #include <string_view>
 
 #include "tools/catalog/catalog_rules.h"
+#include "tools/choice/choice_rules.h"
 #include "tools/command_line.h"
 #include "tools/count/counter_reader.h"
 #include "tools/diff/diff_rules.h"
@@ -80,6 +81,7 @@ void print_rules() {
   tables["catalog"] = table_json(qzlog_catalog::all_catalog_rules());
   tables["check"] = table_json(qzlog_tool::all_check_rules());
   tables["entries"] = table_json(qzlog_tool::all_entry_rules());
+  tables["choice"] = table_json(qzlog_tool::all_choice_rules());
   tables["configuration"] = table_json(qzlog_tool::all_config_rules());
   tables["count"] = table_json(qzlog_tool::all_counter_rules());
   tables["inspect"] = table_json(qzlog_tool::all_inspect_rules());

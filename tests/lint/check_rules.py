@@ -21,7 +21,7 @@ TABLES = {
     "catalog": "tests/tools/golden/catalog",
     "check": "tests/tools/golden/check",
 }
-OTHER_TABLES = ["entries", "configuration", "count", "inspect"]
+OTHER_TABLES = ["entries", "choice", "configuration", "count", "inspect"]
 PAGE = "docs/diagnostics.md"
 
 DIFF_PAGE = "docs/compatibility.md"
