@@ -10,6 +10,7 @@
 #include "tools/catalog/catalog_command.h"
 #include "tools/check/check_command.h"
 #include "tools/compile/compile_command.h"
+#include "tools/complete/complete_command.h"
 #include "tools/count/count_command.h"
 #include "tools/diff/diff_command.h"
 #include "tools/explain/explain_command.h"
@@ -39,8 +40,8 @@ Exit status: 0 success; 1 findings or bad input; 2 wrong usage, or a file that c
 
 /// Each adds one subcommand, which runs while the command line is parsed.
 constexpr void (*kCommands[])(CLI::App& app, int& exit_status) = {
-    add_compile_command, add_inspect_command, add_check_command, add_diff_command,
-    add_explain_command, add_render_command,  add_count_command, add_catalog_command,
+    add_compile_command, add_inspect_command, add_check_command,   add_diff_command,     add_explain_command,
+    add_render_command,  add_count_command,   add_catalog_command, add_complete_command,
 };
 
 /// A subcommand stores its exit status in `exit_status`, which has to outlive `app`.
@@ -61,7 +62,9 @@ std::string usage_error(const CLI::App& app, const CLI::ParseError& error) {
   std::string text = "'" + unknown.front() + "' was not expected";
   if (!app.get_subcommands().empty()) return text;
   text += "; the commands are";
-  for (const CLI::App* const command : app.get_subcommands({})) text += ' ' + command->get_name();
+  for (const CLI::App* const command : app.get_subcommands({})) {
+    if (!command->get_group().empty()) text += ' ' + command->get_name();
+  }
   return text;
 }
 

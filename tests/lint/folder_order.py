@@ -59,6 +59,7 @@ TOOLS = ["compiler/text", "system", "report", "options", "compiler/model", "comp
          "definitions", "choice", "templates", "manual"]
 SUBCOMMANDS = {
     "compile": [],
+    "complete": [],
     "inspect": [],
     "diff": [],
     "check": [],

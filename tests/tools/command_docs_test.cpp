@@ -135,8 +135,8 @@ TEST_F(CommandDocs, Rules_AreThoseOfTheTables) {
   const nlohmann::json tables = nlohmann::json::parse(result.out);
   std::set<std::string> names;
   for (const auto& [name, table] : tables.items()) names.insert(name);
-  EXPECT_EQ(names, (std::set<std::string>{"catalog", "check", "compile", "configuration", "count", "diff", "entries",
-                                          "inspect"}));
+  EXPECT_EQ(names, (std::set<std::string>{"catalog", "check", "choice", "compile", "configuration", "count", "diff",
+                                          "entries", "inspect"}));
   EXPECT_EQ(tables["compile"].size(), qzlog_compiler::all_rules().size());
   EXPECT_EQ(tables["inspect"][0],
             nlohmann::json({{"name", "no-yaml-form"},

@@ -9,7 +9,7 @@ namespace qzlog_tool {
 
 namespace {
 
-constexpr const char* kHelpers = R"(# Completion of qzlog for bash.
+constexpr const char* kHelpers = R"shell(# Completion of qzlog for bash.
 
 _qzlog_words() { # WORDS CURRENT
   mapfile -t COMPREPLY < <(compgen -W "$1" -- "$2")
@@ -36,7 +36,24 @@ _qzlog_files() { # CURRENT SUFFIX...: folders, and files with one of the suffixe
   done < <(compgen -f -- "$current")
 }
 
-)";
+# Of the definitions that the line names before the cursor; a standard stream is left to the command.
+_qzlog_names() { # events|attributes
+  local files=() i
+  for ((i = 1; i < COMP_CWORD - 1; ++i)); do
+    [[ ${COMP_WORDS[i]} == --definitions || ${COMP_WORDS[i]} == --aux ]] || continue
+    if [[ ${COMP_WORDS[i + 1]} == '=' ]]; then ((++i)); fi
+    if [[ ${COMP_WORDS[i + 1]} != - ]]; then files+=("${COMP_WORDS[i + 1]/#\~/$HOME}"); fi
+  done
+  if ((${#files[@]})); then qzlog complete "$1" "${files[@]}" 2>/dev/null; fi
+}
+
+_qzlog_expression() { # CURRENT: the attribute at its end
+  local current=${1#[\"\']} beginning
+  beginning=${current%"${current##*[ (]}"}
+  mapfile -t COMPREPLY < <(compgen -P "$beginning" -W "$(_qzlog_names attributes)" -- "${current#"$beginning"}")
+}
+
+)shell";
 
 // What was typed is walked to find the command and the option whose value stands at the cursor. bash makes a word of
 // the "=" between an option and its value. A word after an option is its value even if it is the "-" for a standard
@@ -94,6 +111,10 @@ std::string action(const ValueKind& value) {
       return "_qzlog_folders \"$2\"";
     case ValueKind::Type::kFile:
       return "_qzlog_files \"$2\"" + (value.items.empty() ? "" : " " + joined(value.items, " "));
+    case ValueKind::Type::kEvent:
+      return "_qzlog_words \"$(_qzlog_names events)\" \"$2\"";
+    case ValueKind::Type::kExpression:
+      return "_qzlog_expression \"$2\"";
     default:
       return "";
   }

@@ -63,6 +63,7 @@ CommandNode read_node(const CLI::App& app, const std::string& name) {
     (option->get_positional() ? node.positionals : node.options).push_back(read_option(*option));
   }
   for (const CLI::App* const subcommand : app.get_subcommands([](const CLI::App*) { return true; })) {
+    if (subcommand->get_group().empty()) continue;
     node.subcommands.push_back(read_node(*subcommand, name + " " + subcommand->get_name()));
   }
   return node;

@@ -10,7 +10,7 @@ namespace {
 
 // The command whose words stand before the cursor: values cannot be taken for subcommands, as a command that has
 // subcommands has no options with values.
-constexpr const char* kHelpers = R"(
+constexpr const char* kHelpers = R"shell(
 function __qzlog_at --description 'Whether the words before the cursor are those of a command'
     set -l command qzlog
     for word in (commandline -opc)[2..]
@@ -37,8 +37,31 @@ function __qzlog_files --description 'Folders, and files with one of the suffixe
     __fish_complete_path $current | string match --regex -- ".*(?:/|$suffixes)(?:\t.*)?\$"
 end
 
+function __qzlog_names --description 'Names in the definitions that the line gives before the cursor'
+    set -l words (commandline -opc)
+    set -l files
+    for i in (seq 2 (count $words))
+        switch $words[$i]
+            case --definitions --aux
+                set -a files $words[(math $i + 1)]
+            case '--definitions=*' '--aux=*'
+                set -a files (string replace --regex -- '^[^=]*=' '' $words[$i])
+        end
+    end
+    set files (string match --invert -- - $files)
+    test -n "$files"; and qzlog complete $argv $files 2>/dev/null
+end
+
+function __qzlog_expression --description 'An expression with the attribute at its end'
+    set -l current (commandline -ct | string replace --regex -- '^--[^=]*=' '' | string replace --regex -- '^["\']' '')
+    set -l beginning (string replace --regex -- '[^ (]*$' '' "$current")
+    for name in (__qzlog_names attributes)
+        echo "$beginning$name"
+    end
+end
+
 complete -c qzlog -f
-)";
+)shell";
 
 std::string quoted(std::string_view text) { return "'" + with_backslashes(text, "'\\") + "'"; }
 
@@ -50,6 +73,10 @@ std::string value_arguments(const ValueKind& value) {
       return " -a '(__fish_complete_directories (commandline -ct))'";
     case ValueKind::Type::kFile:
       return value.items.empty() ? " -F" : " -a '(__qzlog_files " + joined(value.items, " ") + ")'";
+    case ValueKind::Type::kEvent:
+      return " -a '(__qzlog_names events)'";
+    case ValueKind::Type::kExpression:
+      return " -a '(__qzlog_expression)'";
     default:
       return "";
   }

@@ -9,7 +9,7 @@ namespace qzlog_tool {
 
 namespace {
 
-constexpr const char* kBegin = R"(#compdef qzlog
+constexpr const char* kBegin = R"shell(#compdef qzlog
 # Completion of qzlog for zsh.
 
 # Where the last option before the cursor is one of these, takes all its values but the first from the line: _arguments
@@ -30,7 +30,30 @@ _qzlog_one_value() { # OPTION...
     compstate[restore]=  # else both are as before once this function returns
   fi
 }
-)";
+
+# Of the definitions that the line names before the cursor; a standard stream is left to the command.
+_qzlog_names() { # events|attributes
+  local -a files names
+  local -i i
+  for ((i = 1; i < CURRENT; ++i)); do
+    case $words[i] in
+      --definitions|--aux) if ((i + 1 < CURRENT)); then files+=("${(Q)words[i+1]}"); fi ;;
+      --definitions=*|--aux=*) files+=("${(Q)${words[i]#*=}}") ;;
+    esac
+  done
+  files=(${files:#-})
+  ((${#files})) || return 1
+  names=(${(f)"$(qzlog complete $1 ${files/#\~/$HOME} 2>/dev/null)"})
+  compadd -a names
+}
+
+_qzlog_events() { _qzlog_names events }
+
+_qzlog_expression() { # the attribute at its end
+  compset -P '*[ (]'
+  _qzlog_names attributes
+}
+)shell";
 constexpr const char* kEnd = R"(
 # Completes when it is autoloaded, and registers itself when it is sourced.
 if [[ $funcstack[1] == _qzlog ]]; then
@@ -58,6 +81,10 @@ std::string action(const ValueKind& value) {
       return "_files -/";
     case ValueKind::Type::kFile:
       return value.items.empty() ? "_files" : "_files -g \"" + suffix_pattern(value.items) + "\"";
+    case ValueKind::Type::kEvent:
+      return "_qzlog_events";
+    case ValueKind::Type::kExpression:
+      return "_qzlog_expression";
     default:
       return " ";  // nothing to offer, but the name of the value is shown
   }

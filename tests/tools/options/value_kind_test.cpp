@@ -33,6 +33,8 @@ TEST(ValueKind, NamesOfValues_TellWhatTheyAre) {
       {"FILE", Type::kFile, {}},
       {"DIR/NAME", Type::kFile, {}},
       {"DIR", Type::kFolder, {}},
+      {"EVENT", Type::kEvent, {}},
+      {"EXPRESSION", Type::kExpression, {}},
       {"N", Type::kText, {}},
       {"N|NAME", Type::kText, {}},
       {"YYYY-MM-DD", Type::kText, {}},
