@@ -89,18 +89,18 @@ bool holds_order(Relation relation, std::partial_ordering order) {
   switch (relation) {
     case Relation::kEqual:
     case Relation::kIn:
-      return order == 0;
+      return std::is_eq(order);
     case Relation::kNotEqual:
     case Relation::kNotIn:
-      return order != 0;
+      return std::is_neq(order);
     case Relation::kLess:
-      return order < 0;
+      return std::is_lt(order);
     case Relation::kLessOrEqual:
-      return order <= 0;
+      return std::is_lteq(order);
     case Relation::kGreater:
-      return order > 0;
+      return std::is_gt(order);
     case Relation::kGreaterOrEqual:
-      return order >= 0;
+      return std::is_gteq(order);
     default:
       return false;
   }
@@ -130,17 +130,22 @@ Comparison Comparison::compile(const WrittenComparison& written, const KnownDefi
   return made;
 }
 
-template <class Own, class Member>
-bool Comparison::compare(const Own& own, Member&& member) const {
-  const auto order_of = [&](const ComparedValue& value) {
-    const auto& compared = value.*member;
-    return compared ? std::partial_ordering(own <=> *compared) : std::partial_ordering::unordered;
-  };
+/// `order_of`: the value's own order to one of the expression.
+template <class OrderOf>
+bool Comparison::compare_by(OrderOf&& order_of) const {
   if (relation_ == Relation::kNotIn) {
-    return std::all_of(values_.begin(), values_.end(), [&](const auto& value) { return order_of(value) != 0; });
+    return std::all_of(values_.begin(), values_.end(), [&](const auto& value) { return std::is_neq(order_of(value)); });
   }
   return std::any_of(values_.begin(), values_.end(),
                      [&](const auto& value) { return holds_order(relation_, order_of(value)); });
+}
+
+template <class Own, class Member>
+bool Comparison::compare(const Own& own, Member&& member) const {
+  return compare_by([&](const ComparedValue& value) {
+    const auto& compared = value.*member;
+    return compared ? std::partial_ordering(own <=> *compared) : std::partial_ordering::unordered;
+  });
 }
 
 bool Comparison::compare_text(std::string_view own) const {
@@ -150,12 +155,7 @@ bool Comparison::compare_text(std::string_view own) const {
 }
 
 bool Comparison::compare_line_time(std::string_view own) const {
-  const auto order_of = [own](const ComparedValue& value) { return own <=> std::string_view(value.moment_text); };
-  if (relation_ == Relation::kNotIn) {
-    return std::all_of(values_.begin(), values_.end(), [&](const auto& value) { return order_of(value) != 0; });
-  }
-  return std::any_of(values_.begin(), values_.end(),
-                     [&](const auto& value) { return holds_order(relation_, order_of(value)); });
+  return compare_by([own](const ComparedValue& value) { return own <=> std::string_view(value.moment_text); });
 }
 
 bool Comparison::holds(const qz_LOG_EntryLine& line, StoredTexts& texts) const {

@@ -47,6 +47,8 @@ class Comparison {
   std::optional<bool> field_known_from(const RawLine& line) const;
   std::optional<bool> event_known_from(const RawLine& line) const;
 
+  template <class OrderOf>
+  bool compare_by(OrderOf&& order_of) const;
   template <class Own, class Member>
   bool compare(const Own& own, Member&& member) const;
   bool compare_integer(long long own) const { return compare(own, &ComparedValue::integer); }

@@ -28,12 +28,6 @@ std::optional<long long> read_moment(const std::string& text, const char* option
   return moment;
 }
 
-std::vector<Wildcard> read_patterns(const std::vector<std::string>& texts) {
-  std::vector<Wildcard> patterns;
-  for (const std::string& text : texts) patterns.emplace_back(text);
-  return patterns;
-}
-
 bool any_matches(const std::vector<Wildcard>& patterns, std::string_view text) {
   return std::any_of(patterns.begin(), patterns.end(), [text](const Wildcard& own) { return own.matches(text); });
 }
@@ -52,7 +46,7 @@ EntryChoice::EntryChoice(const ChoiceOptions& options, const KnownDefinitions& k
     : known_(known),
       since_(read_moment(options.since, "--since", clock)),
       until_(read_moment(options.until, "--until", clock)),
-      writers_(read_patterns(options.writers)),
+      writers_(options.writers.begin(), options.writers.end()),
       head_(options.head) {
   if (since_) since_text_ = line_moment_text(*since_);
   if (until_) until_text_ = line_moment_text(*until_);
@@ -82,7 +76,7 @@ void EntryChoice::read_ids(const std::vector<std::string>& ids) {
 
 // Where some events have no name, a line may bring one.
 void EntryChoice::read_names(const std::vector<std::string>& names) {
-  names_ = read_patterns(names);
+  names_ = std::vector<Wildcard>(names.begin(), names.end());
   if (!known_.knows_all_names()) return;
   const std::vector<std::string_view> known = known_.event_names();
   for (std::size_t index = 0; index < names.size(); ++index) {
