@@ -7,7 +7,7 @@ import check_rules
 
 RULES = {
     "compile": [{"name": "bad-number", "meaning": "Not a | number."}],
-    "catalog": [], "check": [], "configuration": [], "count": [], "inspect": [],
+    "catalog": [], "check": [], "choice": [], "configuration": [], "count": [], "inspect": [],
     "entries": [{"name": "bad-id", "meaning": "No ID."}],
     "diff": [{"name": "entry-added", "meaning": "One more.", "breaks": [], "version_step": "minor", "may_collide": True,
               "before": "", "after": "{id: 7}"}],
