@@ -21,6 +21,7 @@
 #include "tools/system/out_of_memory.h"
 #include "tools/system/standard_output.h"
 #include "tools/system/terminal.h"
+#include "tools/system/terminal_text.h"
 
 namespace qzlog_tool {
 
@@ -53,7 +54,11 @@ void add_commands(CLI::App& app, int& exit_status) {
   for (const auto add_command : kCommands) add_command(app, exit_status);
 }
 
-void print_error(const std::string& text) { std::cerr << "qzlog: " << error_label() << ' ' << text << '\n'; }
+void print_error(const std::string& text) {
+  std::cerr << "qzlog: ";
+  write_as_it_is(std::cerr, error_label());
+  std::cerr << ' ' << text << '\n';
+}
 
 // The parser complains about what is missing before it complains about what is unknown, which is the likelier mistake.
 std::string usage_error(const CLI::App& app, const CLI::ParseError& error) {

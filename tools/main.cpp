@@ -5,6 +5,7 @@
 #include "tools/command_line.h"
 #include "tools/system/out_of_memory.h"
 #include "tools/system/process_start.h"
+#include "tools/system/terminal_text.h"
 
 namespace {
 
@@ -22,6 +23,7 @@ int main(int argc, char** argv) {
   qzlog_tool::end_where_memory_runs_out();
   qzlog_tool::read_time_zone();
   use_utf8();
+  const qzlog_tool::TerminalGuard guard;
   // A caller may leave out even the program's name.
   return qzlog_tool::run_command_line(argc > 1 ? std::vector<std::string>(argv + 1, argv + argc)
                                                : std::vector<std::string>());

@@ -8,6 +8,7 @@
 #include "tools/compiler/text/utf8_text.h"
 #include "tools/report/finding_json.h"
 #include "tools/system/terminal.h"
+#include "tools/system/terminal_text.h"
 
 namespace qzlog_tool {
 namespace {
@@ -83,8 +84,8 @@ std::string description(const DiffChange& change) {
   return subject + ": " + shown(*change.before) + " -> " + shown(*change.after);
 }
 
-std::string styled(std::string_view word, TextStyle style, bool colour) {
-  return colour ? coloured(word, style) : std::string(word);
+void print_styled(std::ostream& out, std::string_view word, TextStyle style, bool colour) {
+  write_as_it_is(out, colour ? coloured(word, style) : std::string(word));
 }
 
 void print_change(std::ostream& out, const ReportedChange& reported, bool knows_aux, bool colour) {
@@ -93,10 +94,12 @@ void print_change(std::ostream& out, const ReportedChange& reported, bool knows_
   out << "  ";
   switch (weight_of(reported)) {
     case Weight::kBreak:
-      out << styled("breaks", TextStyle::kError, colour) << ' ' << verdicts;
+      print_styled(out, "breaks", TextStyle::kError, colour);
+      out << ' ' << verdicts;
       break;
     case Weight::kAccepted:
-      out << styled("accepted", TextStyle::kWarning, colour) << " (" << verdicts << ')';
+      print_styled(out, "accepted", TextStyle::kWarning, colour);
+      out << " (" << verdicts << ')';
       break;
     case Weight::kSafe:
       out << "safe" << (info.collision == Collision::kMay && !knows_aux ? " unless an auxiliary file collides" : "");

@@ -14,6 +14,7 @@
 #include "tools/explain/entry_explanation.h"
 #include "tools/explain/entry_search.h"
 #include "tools/options/option_checks.h"
+#include "tools/options/raw_option.h"
 #include "tools/system/command_error.h"
 #include "tools/system/standard_input.h"
 #include "tools/templates/message_catalog.h"
@@ -113,6 +114,7 @@ void add_explain_command(CLI::App& app, int& exit_status) {
       ->check(check_not_empty)
       ->needs(catalog);
   command->add_flag("--json", options->json, "Print the entry as a JSON object");
+  add_raw_option(*command);
   command->callback([options, &exit_status] { exit_status = explain(*options); });
 }
 

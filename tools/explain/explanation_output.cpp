@@ -5,10 +5,10 @@
 #include "tools/compiler/model/attribute_type.h"
 #include "tools/compiler/model/sensitivity.h"
 #include "tools/compiler/text/hexadecimal.h"
-#include "tools/compiler/text/utf8_text.h"
 #include "tools/explain/entry_explanation.h"
 #include "tools/report/finding_json.h"
 #include "tools/report/text_table.h"
+#include "tools/system/terminal_text.h"
 
 namespace qzlog_tool {
 
@@ -19,7 +19,6 @@ using qzlog_compiler::AttributeDefinition;
 using qzlog_compiler::bits_text;
 using qzlog_compiler::EntryDefinition;
 using qzlog_compiler::hexadecimal;
-using qzlog_compiler::printable;
 using qzlog_compiler::sensitivity_name;
 using qzlog_compiler::short_type_name;
 using qzlog_compiler::TextRow;
@@ -28,7 +27,7 @@ using qzlog_compiler::TextRow;
 void print_rows(std::ostream& out, const std::vector<TextRow>& rows) {
   const auto row = [&rows](std::size_t i) {
     TextRow cells;
-    for (const std::string& cell : rows[i]) cells.push_back(printable(cell));
+    for (const std::string& cell : rows[i]) cells.push_back(shown_value(cell));
     return cells;
   };
   if (rows.empty()) return;
@@ -54,11 +53,11 @@ void print_attributes(std::ostream& out, const char* title, const std::vector<At
 }
 
 std::string title_of(const ExplainedMessage& message, const EntryDefinition& entry) {
-  std::string title = message.key.empty() ? "Message without a catalog key" : "Message " + printable(message.key);
+  std::string title = message.key.empty() ? "Message without a catalog key" : "Message " + shown_value(message.key);
   if (!message.index) return title;
   title += ", index " + std::to_string(*message.index);
   if (qzlog_compiler::selector_attribute(entry) == nullptr) return title;
-  return title + ", for " + printable(entry.selector.attribute) + " = " + std::to_string(*message.value);
+  return title + ", for " + shown_value(entry.selector.attribute) + " = " + std::to_string(*message.value);
 }
 
 void print_message(std::ostream& out, const ExplainedMessage& message, const EntryDefinition& entry) {
@@ -117,7 +116,7 @@ void print_explanation(std::ostream& out, const EntryExplanation& explanation) {
   const EntryDefinition& entry = explanation.entry;
   out << entry.id << " ("
       << "0x" + hexadecimal(entry.id, 1) << ")" << (entry.name.empty() ? "" : " " + entry.name) << '\n';
-  if (!entry.summary.empty()) out << printable(entry.summary) << '\n';
+  if (!entry.summary.empty()) out << shown_value(entry.summary) << '\n';
   out << '\n';
   print_rows(out, {{"version", explanation.version},
                    {"file", files_of(explanation)},

@@ -19,6 +19,7 @@
 #include "tools/inspect/ldf_survey.h"
 #include "tools/inspect/ldf_table.h"
 #include "tools/inspect/ldf_yaml.h"
+#include "tools/options/raw_option.h"
 #include "tools/report/finding_printer.h"
 #include "tools/report/source_rules.h"
 #include "tools/system/command_error.h"
@@ -156,6 +157,7 @@ void add_inspect_command(CLI::App& app, int& exit_status) {
       ->type_name("STD")
       ->needs(yaml);
   command->footer(kInspectFooter);
+  add_raw_option(*command);
   command->callback([options, &exit_status] { exit_status = inspect(*options); });
 }
 

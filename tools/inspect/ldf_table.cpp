@@ -10,16 +10,18 @@
 #include "tools/compiler/model/sensitivity.h"
 #include "tools/compiler/text/hexadecimal.h"
 #include "tools/compiler/text/line_cut.h"
-#include "tools/compiler/text/utf8_text.h"
 #include "tools/inspect/ldf_text.h"
 #include "tools/report/text_table.h"
+#include "tools/system/terminal_text.h"
 
 namespace qzlog_compiler {
 namespace {
 
+using qzlog_tool::shown_value;
+
 constexpr std::size_t kIndent = 2;
 
-std::string cell(const LdfText& text) { return text.text().empty() ? "-" : printable(text.text()); }
+std::string cell(const LdfText& text) { return text.text().empty() ? "-" : shown_value(text.text()); }
 std::string hexadecimal_id(std::uint32_t id) { return "0x" + hexadecimal(id, 1); }
 std::string hexadecimal_offset(std::size_t offset) { return "0x" + hexadecimal(offset, 1); }
 
@@ -179,7 +181,7 @@ class TableWriter {
     const auto event_row = [&](std::size_t i) -> TextRow {
       const LdfNamedEvent& event = names.events[i];
       return {std::to_string(event.offset), hexadecimal_offset(event.offset), std::to_string(event.id),
-              printable(event.name), event.summary.empty() ? "-" : printable(event.summary)};
+              shown_value(event.name), event.summary.empty() ? "-" : shown_value(event.summary)};
     };
     write_text_table({{">offset", ">hex", ">ID", "name", "summary"}, names.events.size(), event_row}, 2 * kIndent,
                      columns_, out_);
@@ -187,7 +189,7 @@ class TableWriter {
     const auto mark_row = [&](std::size_t i) -> TextRow {
       const LdfMarkedAttribute& mark = names.marks[i];
       return {std::to_string(mark.offset), hexadecimal_offset(mark.offset),
-              mark.is_global() ? "global" : std::to_string(mark.entry_id), printable(mark.name),
+              mark.is_global() ? "global" : std::to_string(mark.entry_id), shown_value(mark.name),
               std::string(sensitivity_name(sensitivity_of_mark(mark.mark)))};
     };
     write_text_table({{">offset", ">hex", ">entry", "attribute", "mark"}, names.marks.size(), mark_row}, 2 * kIndent,

@@ -3,7 +3,7 @@
 #include "definitions/definition_format.h"
 #include "tools/compiler/model/attribute_type.h"
 #include "tools/compiler/text/hexadecimal.h"
-#include "tools/compiler/text/utf8_text.h"
+#include "tools/system/terminal_text.h"
 
 namespace qzlog_compiler {
 
@@ -15,6 +15,6 @@ std::string type_text(std::uint32_t code) {
   return plain ? std::string(name) : std::string(name) + " (" + std::to_string(code) + ")";
 }
 
-std::string shown_text(std::string_view text) { return '"' + printable(text) + '"'; }
+std::string shown_text(std::string_view text) { return '"' + qzlog_tool::shown_value(text) + '"'; }
 
 }  // namespace qzlog_compiler

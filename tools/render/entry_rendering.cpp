@@ -28,8 +28,8 @@ std::string gap_text(const GapCheck::Gap& gap) {
 
 }  // namespace
 
-EntryRendering::EntryRendering(LineRenderer& renderer, EntryCounting* counting, GapCheck* gaps)
-    : renderer_(renderer), counting_(counting), gaps_(gaps) {
+EntryRendering::EntryRendering(TextBytes bytes, LineRenderer& renderer, EntryCounting* counting, GapCheck* gaps)
+    : output_(STDOUT_FILENO, "standard output", bytes), renderer_(renderer), counting_(counting), gaps_(gaps) {
   // A message that is out is counted, whenever the command is killed.
   if (counting_ != nullptr) output_.before_flush([this] { counting_->flush(); });
   current = this;

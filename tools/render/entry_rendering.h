@@ -14,15 +14,16 @@
 #include "tools/render/line_renderer.h"
 #include "tools/system/buffered_output.h"
 #include "tools/system/terminal.h"
+#include "tools/system/terminal_text.h"
 
 namespace qzlog_tool {
 
 /// Renders lines of entries to standard output, from whichever files they come. One object at a time.
 class EntryRendering : public qz_LOG_LineErrorHandler {
  public:
-  /// `counting` and `gaps` are null where nothing is counted or checked. What the arguments refer to has to outlive
-  /// this object.
-  EntryRendering(LineRenderer& renderer, EntryCounting* counting, GapCheck* gaps);
+  /// Messages are made of `bytes`. `counting` and `gaps` are null where nothing is counted or checked. What the
+  /// arguments refer to has to outlive this object.
+  EntryRendering(TextBytes bytes, LineRenderer& renderer, EntryCounting* counting, GapCheck* gaps);
   ~EntryRendering() override;
   EntryRendering(const EntryRendering&) = delete;
   EntryRendering& operator=(const EntryRendering&) = delete;
@@ -51,7 +52,7 @@ class EntryRendering : public qz_LOG_LineErrorHandler {
   void check_number(std::string_view writer, std::uint64_t seq, const ShownLine& line);
   void print(const std::string& line);
 
-  BufferedOutput output_{STDOUT_FILENO, "standard output"};
+  BufferedOutput output_;
   LineRenderer& renderer_;
   EntryCounting* counting_;
   GapCheck* gaps_;

@@ -15,6 +15,7 @@
 #include "tools/options/line_code_page.h"
 #include "tools/options/locale_names.h"
 #include "tools/options/option_checks.h"
+#include "tools/options/raw_option.h"
 #include "tools/render/entry_rendering.h"
 #include "tools/render/gap_check.h"
 #include "tools/render/line_renderer.h"
@@ -25,6 +26,7 @@
 #include "tools/report/library_text.h"
 #include "tools/system/command_error.h"
 #include "tools/system/standard_input.h"
+#include "tools/system/terminal_text.h"
 
 namespace qzlog_tool {
 
@@ -155,7 +157,8 @@ int render(const RenderOptions& options) {
   LineRenderer renderer(converts ? &code_page : nullptr, filter ? &*filter : nullptr);
   std::optional<GapCheck> gaps;
   if (options.check_gaps) gaps.emplace();
-  EntryRendering rendering(renderer, counting ? &*counting : nullptr, gaps ? &*gaps : nullptr);
+  EntryRendering rendering(code_page.is_utf8() ? TextBytes::kUtf8 : TextBytes::kOther, renderer,
+                           counting ? &*counting : nullptr, gaps ? &*gaps : nullptr);
   const LogFollower::End end = read_entries(options, rendering);
   rendering.finish();
   if (filter) rendering.print_filter_summary();
@@ -197,6 +200,7 @@ void add_render_command(CLI::App& app, int& exit_status) {
       ->add_option("ENTRIES", options->entries,
                    "Files, folders and series of files with entries; '-' or nothing is standard input")
       ->type_name("FILE.jsonl|DIR|DIR/PREFIX");
+  add_raw_option(*command);
   command->callback([options, &exit_status] { exit_status = render(*options); });
 }
 

@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "tools/compiler/text/utf8_text.h"
+#include "tools/system/terminal_text.h"
 
 namespace qzlog_tool {
 
@@ -47,7 +48,7 @@ void FindingPrinter::print(std::span<const Finding> findings, std::ostream& out)
   for (const Finding& finding : findings) {
     text.clear();
     append(finding, text);
-    out << text;
+    write_as_it_is(out, text);
   }
 }
 

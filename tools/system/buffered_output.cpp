@@ -26,24 +26,48 @@ bool has_line_break(std::string_view text) {
 
 }  // namespace
 
-BufferedOutput::BufferedOutput(int descriptor, std::string name) : descriptor_(descriptor), name_(std::move(name)) {
+BufferedOutput::BufferedOutput(int descriptor, std::string name, TextBytes bytes)
+    : descriptor_(descriptor), name_(std::move(name)), bytes_(bytes), is_escaped_(is_escaped(descriptor)) {
   held_.reserve(2 * kFlushBytes);
 }
 
 void BufferedOutput::write_line(std::string_view text) {
   if (has_line_break(text)) {
-    append_escaped(text);
+    append_without_line_breaks(text);
   } else {
-    held_.append(text);
+    append(text);
   }
   held_.push_back('\n');
+  flush_when_full();
+}
+
+void BufferedOutput::write_lines(std::string_view lines) { write_lines(lines, 0, {}, {}); }
+
+void BufferedOutput::write_lines(std::string_view lines, std::size_t coloured_bytes, std::string_view colour,
+                                 std::string_view end) {
+  held_.append(colour);
+  append(lines.substr(0, coloured_bytes));
+  held_.append(end);
+  append(lines.substr(coloured_bytes));
+  flush_when_full();
+}
+
+void BufferedOutput::flush_when_full() {
   if (held_.size() >= kFlushBytes) flush();
 }
 
-void BufferedOutput::append_escaped(std::string_view text) {
+void BufferedOutput::append(std::string_view text) {
+  if (is_escaped_) {
+    append_terminal_text(text, held_, bytes_);
+  } else {
+    held_.append(text);
+  }
+}
+
+void BufferedOutput::append_without_line_breaks(std::string_view text) {
   for (std::size_t at = 0; at < text.size();) {
     const std::size_t line_break = std::min(text.find_first_of(kLineBreaks, at), text.size());
-    held_.append(text, at, line_break - at);
+    append(text.substr(at, line_break - at));
     if (line_break < text.size()) held_.append(text[line_break] == '\n' ? "\\n" : "\\r");
     at = line_break + 1;
   }

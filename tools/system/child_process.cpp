@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <iostream>
 #include <string_view>
 
 #include "tools/system/command_error.h"
@@ -26,13 +27,11 @@ namespace {
 /// Where the program's standard descriptors lead.
 class ChildStreams {
  public:
-  ChildStreams(int output, ProgramErrors errors) {
+  ChildStreams(int output, int errors) {
     ::posix_spawn_file_actions_init(&actions_);
     ::posix_spawn_file_actions_addopen(&actions_, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
     ::posix_spawn_file_actions_adddup2(&actions_, output, STDOUT_FILENO);
-    if (errors == ProgramErrors::kWithOutput) {
-      ::posix_spawn_file_actions_adddup2(&actions_, output, STDERR_FILENO);
-    }
+    ::posix_spawn_file_actions_adddup2(&actions_, errors, STDERR_FILENO);
   }
   ChildStreams(const ChildStreams&) = delete;
   ChildStreams& operator=(const ChildStreams&) = delete;
@@ -161,8 +160,7 @@ std::vector<std::string> environment_with(std::vector<std::string> variables) {
   return variables;
 }
 
-pid_t start(std::vector<std::string>& arguments, std::vector<std::string> environment, int output,
-            ProgramErrors errors) {
+pid_t start(std::vector<std::string>& arguments, std::vector<std::string> environment, int output, int errors) {
   const ChildStreams streams(output, errors);
   const ChildSignals signals;
   pid_t child = 0;
@@ -174,18 +172,24 @@ pid_t start(std::vector<std::string>& arguments, std::vector<std::string> enviro
 
 }  // namespace
 
-// The output goes into memory and not through a pipe, so that there is only one thing to wait for.
+// The output goes into memory and not through a pipe, so that there is only one thing to wait for. So do errors: our
+// standard error shows them as it shows ours, safe for a terminal.
 ProgramResult run_program(std::vector<std::string> program_and_arguments, ProgramErrors errors,
                           std::vector<std::string> variables) {
   const std::string program = program_and_arguments.at(0);
   std::vector<std::string> environment = environment_with(std::move(variables));
   const MemoryFile output;
+  const MemoryFile error_output;
+  const bool is_one = errors == ProgramErrors::kWithOutput;
   const SignalDelay delay;
   const ChildNotice notice;
-  Child child(start(program_and_arguments, std::move(environment), output.descriptor(), errors), program);
+  Child child(start(program_and_arguments, std::move(environment), output.descriptor(),
+                    is_one ? output.descriptor() : error_output.descriptor()),
+              program);
   ProgramResult result;
   result.status = child.wait();
   result.output = output.content();
+  std::cerr << error_output.content();
   return result;
 }
 

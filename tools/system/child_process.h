@@ -15,8 +15,9 @@ struct ProgramResult {
 enum class ProgramErrors { kToOurs, kWithOutput };
 
 /// Runs a program, found through PATH, with its arguments as they stand: no shell sees them. Its standard input is
-/// empty; `errors` says where its standard error goes; `variables` ("NAME=VALUE") come before those of the environment.
-/// A signal that ends this process ends the program first. Throws CommandError (cannot run) when it cannot be started.
+/// empty; `errors` says where its standard error goes when it has ended; `variables` ("NAME=VALUE") come before those
+/// of the environment. A signal that ends this process ends the program first. Throws CommandError (cannot run) when it
+/// cannot be started.
 ProgramResult run_program(std::vector<std::string> program_and_arguments, ProgramErrors errors = ProgramErrors::kToOurs,
                           std::vector<std::string> variables = {});
 

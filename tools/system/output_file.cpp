@@ -17,6 +17,7 @@
 #include "tools/system/file_descriptor.h"
 #include "tools/system/file_replacement.h"
 #include "tools/system/signal_delay.h"
+#include "tools/system/terminal_text.h"
 
 namespace qzlog_tool {
 namespace {
@@ -26,6 +27,11 @@ namespace fs = std::filesystem;
 constexpr int kMaximumLinks = 40;  ///< as many as the system follows
 
 void write_content(int descriptor, std::string_view content, const std::string& path) {
+  std::string escaped;
+  if (is_escaped(descriptor)) {
+    append_terminal_text(content, escaped);
+    content = escaped;
+  }
   const int error = write_all(descriptor, content.data(), content.size());
   if (error != 0) refuse_to_write(path, error);
 }

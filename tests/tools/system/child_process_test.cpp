@@ -85,8 +85,8 @@ TEST(RunProgram, Signals_AreAsAProgramExpectsThem) {
 
 TEST(RunProgram, DescriptorsOfOurs_AreNotTheProgramsToo) {
   const qzlog_tool::MemoryFile file("x");
-  EXPECT_EQ(run_program({"sh", "-c", "readlink /proc/$$/fd/* | grep --count memfd:qzlog"}).output, "1\n")
-      << "its output alone";
+  EXPECT_EQ(run_program({"sh", "-c", "readlink /proc/$$/fd/* | grep --count memfd:qzlog"}).output, "2\n")
+      << "its output and its errors alone";
 }
 
 TEST(RunProgram, Variables_ComeBeforeThoseOfTheEnvironment) {

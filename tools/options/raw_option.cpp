@@ -1,0 +1,13 @@
+#include "tools/options/raw_option.h"
+
+#include <CLI/CLI.hpp>
+
+#include "tools/system/terminal_text.h"
+
+namespace qzlog_tool {
+
+void add_raw_option(CLI::App& command) {
+  command.add_flag_callback("--raw", want_raw_texts, "Show control characters as they are, on a terminal too");
+}
+
+}  // namespace qzlog_tool
