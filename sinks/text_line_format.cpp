@@ -9,10 +9,12 @@
 #include <new>
 
 #include "foundation/itoa.h"
+#include "lines/level_name.h"
 #include "lines/moment_text.h"
 #include "lines/stored_code_page.h"
 #include "qzlog/qz_exception.h"
 #include "qzlog/qz_time.h"
+#include "sinks/brace_format.h"
 #include "sinks/setting_checks.h"
 
 namespace qzlog {
@@ -20,8 +22,6 @@ namespace qzlog {
 namespace {
 
 constexpr std::string_view kNoName = "-";
-constexpr const char* kLevelNames[] = {"debug",   "debug",   "info",  "info",     "notice",
-                                       "warning", "warning", "error", "critical", "alert"};
 
 [[noreturn]] void refuse(const std::string& text) { refuse_setting("format", text); }
 
@@ -113,26 +113,32 @@ TextLineFormat::Field TextLineFormat::field_of(std::string_view name, std::size_
                           "message)");
 }
 
+/// Makes pieces of what split_format finds.
+class TextLineFormat::Parts {
+ public:
+  explicit Parts(std::vector<Piece>& pieces) : pieces_(pieces) { pieces_.emplace_back(); }
+
+  void take_text(std::string_view text, std::size_t place) {
+    const auto* const control =
+        std::find_if(text.begin(), text.end(), [](char each) { return is_control(each) && each != '\t'; });
+    if (control != text.end()) refuse(place + static_cast<std::size_t>(control - text.begin()), "control character");
+    pieces_.back().text += text;
+  }
+  void take_field(std::string_view name, std::size_t place) {
+    pieces_.back().field = field_of(name, place);
+    pieces_.emplace_back();
+  }
+  [[noreturn]] static void refuse(std::size_t place, const char* reason) { refuse_at(place, reason); }
+
+ private:
+  std::vector<Piece>& pieces_;
+};
+
 TextLineFormat::TextLineFormat(std::string_view format) try {
   if (format.empty()) refuse("it is empty");
   if (format.size() > kMostBytes) refuse("it is longer than " + std::to_string(kMostBytes) + " bytes");
-  pieces_.emplace_back();
-  for (std::size_t at = 0; at < format.size(); ++at) {
-    const char character = format[at];
-    if (is_control(character) && character != '\t') refuse_at(at, "control character");
-    const bool is_doubled = at + 1 < format.size() && format[at + 1] == character;
-    if (character == '}' && !is_doubled) refuse_at(at, "'}' without '{' (write '}}' for the character)");
-    if (character != '{' || is_doubled) {
-      pieces_.back().text += character;
-      if (character == '{' || character == '}') ++at;
-      continue;
-    }
-    const std::size_t end = format.find('}', at);
-    if (end == std::string_view::npos) refuse_at(at, "'{' without '}' (write '{{' for the character)");
-    pieces_.back().field = field_of(format.substr(at + 1, end - at - 1), at);
-    pieces_.emplace_back();
-    at = end;
-  }
+  Parts parts(pieces_);
+  split_format(format, parts);
 } catch (const std::bad_alloc&) {
   throw QZX_memory_alloc();
 }
@@ -160,7 +166,7 @@ void TextLineFormat::append_field(Field field, const Line& line, std::string& ou
     case Field::kLevel:
       return append_number(line.level, out);
     case Field::kLevelName:
-      out += kLevelNames[std::min<std::size_t>(line.level, std::size(kLevelNames) - 1)];
+      out += level_name(line.level);
       return;
     case Field::kId:
       return append_number(line.id, out);

@@ -39,6 +39,7 @@ class TextLineFormat {
     std::string text;
     Field field = Field::kNone;
   };
+  class Parts;
   struct FieldName {
     std::string_view name;
     Field field;

@@ -56,7 +56,7 @@ ALLOWED = {
 # The command: a folder includes only what stands before it. The subcommands, which stand behind all of it, use nothing of each other
 # but what is named; the files in tools/ itself use everything.
 TOOLS = ["compiler/text", "system", "report", "options", "compiler/model", "compiler/file", "compiler/message", "compiler/source",
-         "definitions", "choice", "templates", "manual"]
+         "definitions", "choice", "shown", "templates", "manual"]
 SUBCOMMANDS = {
     "compile": [],
     "complete": [],
@@ -85,6 +85,7 @@ SHARED = {
     "definitions/names_*.h": "the tools write, show and check the names that the library reads",
     "entry/text_limits.h": "the tools say how long texts may be",
     "foundation/crc32.h": "the tools give the checksum that the library looks for",
+    "lines/level_name.h": "levels have the same names everywhere",
     "lines/json_text.h": "one way to write a text as JSON",
     "lines/library_text.h": "the library's failures in the same words, whoever shows them",
     "lines/line_rule.h": "the tools document the rules that the library reports",
@@ -95,6 +96,8 @@ SHARED = {
     "message/template_limits.h": "the tools tell of the templates that the library does not render",
     "message/template_walk.h": "one way through a template",
     "message/resource_*.h": "the tools see in a catalog what the library finds there",
+    "sinks/brace_format.h": "formats of lines are cut in one way",
+    "sinks/line_colour.h": "levels have the same colours everywhere",
     "message/whole_file.h": "the tools read the file of a bundle as the library does, which waits for no pipe",
 }
 

@@ -1,0 +1,147 @@
+#include "tools/options/reader_zone.h"
+
+#include <cmath>
+#include <cstdlib>
+#include <ctime>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include <unicode/strenum.h>
+#include <unicode/unistr.h>
+
+#include "message/icu_memory.h"
+#include "tools/compiler/text/nearest_word.h"
+#include "tools/compiler/text/utf8_text.h"
+#include "tools/system/process_start.h"
+
+namespace qzlog_tool {
+
+namespace {
+
+// Zones change their offset at full quarters of an hour, but for some long ago.
+constexpr long long kBlockSeconds = 900;
+constexpr const char* kVariable = "TZ";
+/// Winters and summers of the years in which most logs were written.
+constexpr long long kSampleFirst = 1'262'304'000;  // 2010-01-01
+constexpr long long kSampleStep = 91LL * 24 * 3600;
+constexpr int kSampleCount = 120;
+
+long long floor_to(long long value, long long step) {
+  const long long rest = value % step;
+  return value - (rest < 0 ? rest + step : rest);
+}
+
+long local_offset(long long moment) {
+  const auto time = static_cast<std::time_t>(moment);
+  std::tm fields = {};
+  return ::localtime_r(&time, &fields) != nullptr ? fields.tm_gmtoff : 0;
+}
+
+long offset_of(const icu::TimeZone& zone, long long moment) {
+  std::int32_t raw = 0;
+  std::int32_t saving = 0;
+  UErrorCode status = U_ZERO_ERROR;
+  zone.getOffset(static_cast<double>(moment) * 1000, 0, raw, saving, status);
+  return U_SUCCESS(status) ? (raw + saving) / 1000 : 0;
+}
+
+std::unique_ptr<icu::TimeZone> make_zone(const std::string& name) {
+  return qzlog::with_icu_memory([&] {
+    const qzlog::IcuMemory memory;
+    std::unique_ptr<icu::TimeZone> zone(icu::TimeZone::createTimeZone(icu::UnicodeString::fromUTF8(name)));
+    memory.check_made(zone.get());
+    memory.check();
+    return zone;
+  });
+}
+
+std::vector<std::string> zone_names() {
+  return qzlog::with_icu_memory([] {
+    const qzlog::IcuMemory memory;
+    UErrorCode status = U_ZERO_ERROR;
+    const std::unique_ptr<icu::StringEnumeration> all(
+        icu::TimeZone::createTimeZoneIDEnumeration(UCAL_ZONE_TYPE_ANY, nullptr, nullptr, status));
+    memory.check(status);
+    std::vector<std::string> names;
+    std::int32_t length = 0;
+    while (const char* const name = all->next(&length, status)) {
+      // What ICU calls Etc/Unknown is no zone.
+      if (std::string_view(name) != "Etc/Unknown") names.emplace_back(name, static_cast<std::size_t>(length));
+    }
+    memory.check(status);
+    return names;
+  });
+}
+
+class ProcessZone {
+ public:
+  ProcessZone() {
+    if (const char* const before = std::getenv(kVariable)) before_ = before;
+  }
+  static void set(const std::string& name) {
+    ::setenv(kVariable, name.c_str(), 1);
+    read_time_zone();
+  }
+  void bring_back() const {
+    before_ ? ::setenv(kVariable, before_->c_str(), 1) : ::unsetenv(kVariable);
+    read_time_zone();
+  }
+
+ private:
+  std::optional<std::string> before_;
+};
+
+}  // namespace
+
+ReaderZone ReaderZone::utc() {
+  ReaderZone zone;
+  zone.kind_ = Kind::kUtc;
+  return zone;
+}
+
+ReaderZone ReaderZone::named(const std::string& name) {
+  ReaderZone zone;
+  zone.kind_ = Kind::kNamed;
+  zone.zone_ = make_zone(name);
+  return zone;
+}
+
+void ReaderZone::keep(long long moment) {
+  const long long begin = floor_to(moment, kBlockSeconds);
+  kept_offset_ = ask(moment);
+  const bool is_same = ask(begin) == kept_offset_ && ask(begin + kBlockSeconds - 1) == kept_offset_;
+  kept_from_ = is_same ? begin : moment;
+  kept_to_ = is_same ? begin + kBlockSeconds : moment + 1;
+}
+
+long ReaderZone::ask(long long moment) const {
+  if (kind_ == Kind::kUtc) return 0;
+  return kind_ == Kind::kNamed ? offset_of(*zone_, moment) : local_offset(moment);
+}
+
+std::string check_time_zone(const std::string& name) {
+  const std::vector<std::string> names = zone_names();
+  const std::vector<std::string_view> candidates(names.begin(), names.end());
+  for (const std::string_view known : candidates) {
+    if (known == name) return "";
+  }
+  const std::string question = qzlog_compiler::did_you_mean(name, candidates);
+  return "unknown time zone " + qzlog_compiler::quoted(name) + "; " +
+         (question.empty() ? "zones are called as in Europe/Berlin, or UTC" : question);
+}
+
+bool use_time_zone(const std::string& name) {
+  const ProcessZone zone;
+  const std::unique_ptr<const icu::TimeZone> known = make_zone(name);
+  ProcessZone::set(name);
+  for (int sample = 0; sample < kSampleCount; ++sample) {
+    const long long moment = kSampleFirst + sample * kSampleStep;
+    if (local_offset(moment) == offset_of(*known, moment)) continue;
+    zone.bring_back();
+    return false;
+  }
+  return true;
+}
+
+}  // namespace qzlog_tool

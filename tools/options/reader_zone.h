@@ -1,0 +1,51 @@
+#ifndef QZLOG_TOOLS_OPTIONS_READER_ZONE_H
+#define QZLOG_TOOLS_OPTIONS_READER_ZONE_H
+
+#include <memory>
+#include <string>
+
+#include <unicode/timezone.h>
+
+namespace qzlog_tool {
+
+/// The clock that a reader goes by. One thread uses it.
+class ReaderZone {
+ public:
+  /// That of the process: TZ, or the system's.
+  ReaderZone() = default;
+  static ReaderZone utc();
+  /// A zone of the time zone database, by a name that check_time_zone takes.
+  static ReaderZone named(const std::string& name);
+
+  bool is_utc() const { return kind_ == Kind::kUtc; }
+
+  /// Seconds east of Greenwich at a moment, in seconds since 1970-01-01 00:00:00 GMT. Takes no memory, and little time
+  /// while moments are near each other.
+  long offset_at(long long moment) {
+    if (moment < kept_from_ || moment >= kept_to_) keep(moment);
+    return kept_offset_;
+  }
+
+ private:
+  enum class Kind { kProcess, kUtc, kNamed };
+
+  void keep(long long moment);
+  long ask(long long moment) const;
+
+  Kind kind_ = Kind::kProcess;
+  std::shared_ptr<const icu::TimeZone> zone_;
+  long long kept_from_ = 0;
+  long long kept_to_ = 0;
+  long kept_offset_ = 0;
+};
+
+/// For an option: "" for a zone of the database ("Europe/Berlin", "UTC"), else what is wrong, with a suggestion.
+std::string check_time_zone(const std::string& name);
+
+/// Makes it the process's, so that messages show their times by it too. False when the C library does not have it, or
+/// has other rules for it; the process then keeps the zone that it had.
+bool use_time_zone(const std::string& name);
+
+}  // namespace qzlog_tool
+
+#endif  // QZLOG_TOOLS_OPTIONS_READER_ZONE_H

@@ -1,0 +1,184 @@
+#include "tools/shown/line_presentations.h"
+
+#include <algorithm>
+
+#include "lines/json_text.h"
+#include "lines/level_name.h"
+#include "qzlog/logentry.h"
+#include "tools/compiler/model/attribute_type.h"
+
+namespace qzlog_tool {
+
+namespace {
+
+constexpr std::string_view kNoValue = "-";
+constexpr std::string_view kJsonBlanks = " \t\r\n";
+
+/// The attributes of an entry, one on a line.
+class AttributeLines : public qz_LOG_AttributeVisitor {
+ public:
+  AttributeLines(ShownTimes& times, std::string& out) : times_(times), out_(out) {}
+
+  void VisitBool(const char* name, qz_AttributeType type, bool value) override {
+    begin(name);
+    out_ += value ? "true" : "false";
+    end(type);
+  }
+  void VisitUnsigned(const char* name, qz_AttributeType type, unsigned value) override {
+    begin(name);
+    append_number(value, out_);
+    end(type);
+  }
+  void VisitSigned(const char* name, qz_AttributeType type, int value) override {
+    begin(name);
+    append_signed_number(value, out_);
+    end(type);
+  }
+  void VisitFloat(const char* name, qz_AttributeType type, double value) override {
+    begin(name);
+    append_floating_number(value, out_);
+    end(type);
+  }
+  void VisitText(const char* name, qz_AttributeType type, const char* text, unsigned length) override {
+    begin(name);
+    qzlog::append_json_text({text, length}, out_);
+    end(type);
+  }
+  void VisitTime(const char* name, qz_AttributeType type, const qz_Time& value) override {
+    begin(name);
+    const long long moment = value.unix_seconds();
+    if (type == TypeDate) {
+      times_.append_date(moment, out_);
+    } else if (type == TypeTime) {
+      times_.append_clock(moment, out_);
+    } else {
+      times_.append(moment, out_);
+    }
+    end(type);
+  }
+
+ private:
+  void begin(const char* name) {
+    out_ += "  ";
+    append_safely(name, CellSafety::kLine, out_);
+    out_ += ": ";
+  }
+  void end(qz_AttributeType type) { out_.append(" (").append(qzlog_compiler::short_type_name(type)).append(")\n"); }
+
+  ShownTimes& times_;
+  std::string& out_;
+};
+
+/// The line without its last brace. What stands between the parts of an object may be carriage returns, which would end
+/// the line for some readers.
+void append_open_object(std::string_view source, std::string& out) {
+  source = source.substr(0, source.find_last_not_of(kJsonBlanks) + 1);
+  source.remove_suffix(source.ends_with('}') ? 1 : 0);
+  const std::size_t begin = out.size();
+  out += source;
+  std::replace(out.begin() + static_cast<std::ptrdiff_t>(begin), out.end(), '\r', ' ');
+}
+
+void append_text_member(std::string_view name, std::string_view text, std::string& out) {
+  out.append(",\"").append(name).append("\":");
+  qzlog::append_json_text(text, out);
+}
+
+}  // namespace
+
+std::size_t MessagePresentation::append(const ShownLine& shown, std::string& out) {
+  append_safely(shown.message, CellSafety::kLine, out);
+  out += '\n';
+  return 0;
+}
+
+std::size_t FormatPresentation::append(const ShownLine& shown, std::string& out) {
+  const std::size_t begin = out.size();
+  format_.append(shown, is_terminal_, values_, out);
+  const std::size_t size = out.size() - begin;
+  out += '\n';
+  return size;
+}
+
+std::size_t JsonPresentation::append(const ShownLine& shown, std::string& out) {
+  const qz_LOG_EntryLine& line = shown.line;
+  append_open_object({line.GetSource(), line.GetSourceLength()}, out);
+  if (!line.IsLoss()) {
+    append_text_member("level_name", qzlog::level_name(line.GetEntry().GetLogLevel()), out);
+    const std::string_view name = *line.GetName() == '\0' ? values_.name_of(line) : std::string_view();
+    if (!name.empty()) append_text_member("name", name, out);
+  }
+  append_text_member("message", shown.message, out);
+  out += "}\n";
+  return 0;
+}
+
+std::size_t LongPresentation::append(const ShownLine& shown, std::string& out) {
+  const std::size_t begin = out.size();
+  append_title(shown, out);
+  const std::size_t coloured = out.size() - begin;
+  out += "\n  ";
+  append_safely(shown.message, CellSafety::kLine, out);
+  out += '\n';
+  if (!shown.line.IsLoss()) {
+    append_summary(shown, out);
+    AttributeLines attributes(times_, out);
+    shown.line.GetEntry().VisitAttributes(attributes);
+  }
+  append_origin(shown, out);
+  out += '\n';
+  return coloured;
+}
+
+/// "2026-11-21T09:15:30+01:00 error DISK_FULL (1001)"
+void LongPresentation::append_title(const ShownLine& shown, std::string& out) {
+  append_value(ShownField::kTime, shown, out);
+  out += ' ';
+  if (shown.line.IsLoss()) {
+    out += "lost entries";
+    return;
+  }
+  append_value(ShownField::kLevelName, shown, out);
+  out += ' ';
+  append_value(ShownField::kName, shown, out);
+  out += " (";
+  append_value(ShownField::kId, shown, out);
+  out += ')';
+}
+
+void LongPresentation::append_summary(const ShownLine& shown, std::string& out) {
+  const std::string_view summary = values_.summary_of(shown.line);
+  if (summary.empty()) return;
+  out += "  meaning: ";
+  append_safely(summary, CellSafety::kLine, out);
+  out += '\n';
+}
+
+/// "mask 0x00000005, writer web1/4711/1795853730, seq 7 ... at entries.jsonl:1"
+void LongPresentation::append_origin(const ShownLine& shown, std::string& out) {
+  constexpr struct {
+    std::string_view title;
+    ShownField field;
+  } kMembers[] = {
+      {"mask ", ShownField::kMask},       {"writer ", ShownField::kWriter},           {"seq ", ShownField::kSeq},
+      {"written ", ShownField::kWritten}, {"definitions ", ShownField::kDefinitions}, {"at ", ShownField::kFile}};
+  std::string_view between = "  ";
+  for (const auto& [title, field] : kMembers) {
+    value_.clear();
+    if (!values_.append({field, {}}, shown, value_)) continue;
+    out.append(between).append(title);
+    append_safely(value_, CellSafety::kLine, out);
+    between = ", ";
+  }
+  out += shown.line.GetFile()[0] != '\0' ? ":" : between == "  " ? "  line " : ", line ";
+  append_number(shown.line.GetLine(), out);
+  out += '\n';
+}
+
+void LongPresentation::append_value(ShownField field, const ShownLine& shown, std::string& out) {
+  value_.clear();
+  if (!values_.append({field, {}}, shown, value_)) value_ = kNoValue;
+  append_safely(value_, CellSafety::kLine, out);
+}
+
+}  // namespace qzlog_tool

@@ -1,0 +1,137 @@
+#include "tools/shown/show_options.h"
+
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <iostream>
+#include <utility>
+#include <vector>
+
+#include "tools/compiler/text/utf8_text.h"
+#include "tools/options/option_checks.h"
+#include "tools/options/raw_option.h"
+#include "tools/options/reader_locale.h"
+#include "tools/options/reader_zone.h"
+#include "tools/shown/column_presentations.h"
+#include "tools/shown/line_presentations.h"
+#include "tools/system/command_error.h"
+#include "tools/system/terminal.h"
+#include "tools/system/terminal_text.h"
+
+namespace qzlog_tool {
+
+namespace {
+
+constexpr std::string_view kShortFormat = "{time} {level_name:<8} {name} {message}";
+constexpr std::string_view kCsvColumns = "time,level,level_name,id,name,message";
+constexpr std::string_view kTableColumns = "time,level_name,name,message";
+
+TimeStyle style_of(const std::string& name) {
+  if (name == "locale") return TimeStyle::kLocale;
+  return name == "short" ? TimeStyle::kShort : TimeStyle::kIso;
+}
+
+bool has_columns(const ShowOptions& options) { return options.output == "csv" || options.output == "table"; }
+
+void tell_remark(std::string_view option, const std::string& remark) {
+  std::cerr << "qzlog: " << option << ": " << remark << '\n';
+}
+
+std::vector<FieldChoice> columns_of(const ShowOptions& options, std::string_view usual, const ShownEvents& events) {
+  std::vector<FieldChoice> columns =
+      read_columns(options.columns.empty() ? usual : std::string_view(options.columns), events);
+  for (const FieldChoice& column : columns) {
+    if (column.hides_attribute && !options.columns.empty()) tell_remark("--columns", remark_of_hidden(column.name));
+  }
+  return columns;
+}
+
+LineFormat format_of(const ShowOptions& options, const ShownEvents& events) {
+  if (options.format.empty()) return LineFormat(kShortFormat, events);
+  LineFormat format(options.format, events);
+  for (const std::string& remark : format.remarks()) tell_remark("--format", remark);
+  return format;
+}
+
+CLI::Option* add_choice(CLI::App& command, const char* name, std::string& value, const char* choices,
+                        const char* description) {
+  std::vector<std::string> items;
+  const std::string_view all(choices);
+  for (std::size_t at = 0; at <= all.size();) {
+    const std::size_t end = std::min(all.find('|', at), all.size());
+    items.emplace_back(all.substr(at, end - at));
+    at = end + 1;
+  }
+  return command.add_option(name, value, description)
+      ->type_name(choices)
+      ->check(CLI::IsMember(std::move(items)).description(""))
+      ->capture_default_str();
+}
+
+}  // namespace
+
+void add_show_options(CLI::App& command, ShowOptions& options) {
+  CLI::Option* const output = add_choice(command, "--output", options.output, "text|short|long|json|table|csv",
+                                         "The form in which entries are shown");
+  command.add_option("--format", options.format, "A line of fields in braces, such as {time} {message}")
+      ->type_name("FORMAT")
+      ->check(check_not_empty)
+      ->excludes(output);
+  command.add_option("--columns", options.columns, "The fields of a table, with commas between")
+      ->type_name("NAMES")
+      ->check(check_not_empty)
+      ->needs(output);
+  command.add_option("--locale", options.locale, "The reader's locale; default: the process's")
+      ->type_name("ll_CC")
+      ->check(check_reader_locale);
+  CLI::Option* const zone =
+      command.add_option("--time-zone", options.time_zone, "The reader's time zone; default: the process's")
+          ->type_name("ZONE")
+          ->check(check_time_zone);
+  command.add_flag("--utc", options.utc, "Show times in UTC")->excludes(zone);
+  add_choice(command, "--time-style", options.time_style, "iso|locale|short", "How times are written");
+  add_raw_option(command);
+}
+
+void check_show_options(const ShowOptions& options) {
+  if (!options.columns.empty() && !has_columns(options)) {
+    throw CommandError(kExitCannotRun, "--columns needs --output table or csv");
+  }
+}
+
+void use_reader_settings(const ShowOptions& options) {
+  use_reader_locale(options.locale);
+  const std::string zone = options.utc ? "UTC" : options.time_zone;
+  if (zone.empty() || use_time_zone(zone)) return;
+  std::cerr << "qzlog: the system does not have the time zone " << qzlog_compiler::quoted(zone)
+            << "; times within messages are those of the process's zone\n";
+}
+
+ShownTimes make_times(const ShowOptions& options) {
+  const std::string locale = options.locale.empty() ? "" : find_reader_locale(options.locale)->name;
+  ReaderZone zone;
+  if (options.utc) zone = ReaderZone::utc();
+  if (!options.time_zone.empty()) zone = ReaderZone::named(options.time_zone);
+  return {std::move(zone), style_of(options.time_style), locale};
+}
+
+std::unique_ptr<Presentation> make_presentation(const ShowOptions& options, const ShownPlace& place,
+                                                const ShownEvents& events, ShownTimes& times) {
+  if (options.shows_messages_alone()) return std::make_unique<MessagePresentation>();
+  if (options.output == "long") return std::make_unique<LongPresentation>(events, times);
+  if (options.output == "json") return std::make_unique<JsonPresentation>(events, times);
+  if (options.output == "csv") {
+    return std::make_unique<CsvPresentation>(columns_of(options, kCsvColumns, events), events, times);
+  }
+  if (options.output == "table") {
+    return std::make_unique<TablePresentation>(columns_of(options, kTableColumns, events), place, events, times);
+  }
+  return std::make_unique<FormatPresentation>(format_of(options, events), place, events, times);
+}
+
+ShownPlace place_of_standard_output() {
+  if (::isatty(STDOUT_FILENO) != 1) return {};
+  return {is_escaped(STDOUT_FILENO), output_columns()};
+}
+
+}  // namespace qzlog_tool

@@ -1,0 +1,41 @@
+#include "tools/shown/shown_events.h"
+
+#include <algorithm>
+
+#include "tools/compiler/text/display_width.h"
+
+namespace qzlog_tool {
+
+using qzlog_compiler::AttributeDefinition;
+using qzlog_compiler::DefinitionModel;
+using qzlog_compiler::EntryDefinition;
+
+void ShownEvents::add(const DefinitionModel& model) {
+  add(model.globals);
+  for (const EntryDefinition& entry : model.entries) {
+    ShownEvent& event = events_[entry.id];
+    if (event.name.empty()) event.name = entry.name;
+    if (event.summary.empty()) event.summary = entry.summary;
+    widest_name_ = std::max(widest_name_, qzlog_compiler::display_width(event.name));
+    widest_id_ = std::max(widest_id_, std::to_string(entry.id).size());
+    add(entry.attributes);
+  }
+}
+
+void ShownEvents::add(const std::vector<AttributeDefinition>& attributes) {
+  for (const AttributeDefinition& attribute : attributes) attributes_.try_emplace(attribute.name, attribute.type);
+}
+
+qz_AttributeType ShownEvents::type_of(std::string_view name) const {
+  const auto found = attributes_.find(name);
+  return found != attributes_.end() ? found->second : TypeUnknown;
+}
+
+std::vector<std::string_view> ShownEvents::attribute_names() const {
+  std::vector<std::string_view> names;
+  names.reserve(attributes_.size());
+  for (const auto& [name, type] : attributes_) names.push_back(name);
+  return names;
+}
+
+}  // namespace qzlog_tool

@@ -1,0 +1,59 @@
+#ifndef QZLOG_TOOLS_SHOWN_SHOWN_EVENTS_H
+#define QZLOG_TOOLS_SHOWN_SHOWN_EVENTS_H
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "qzlog/logattrib.h"
+#include "tools/compiler/model/definition_model.h"
+
+namespace qzlog_tool {
+
+/// What definitions say of an event beside what an entry knows itself.
+struct ShownEvent {
+  std::string name;     ///< empty where it is not known, as below
+  std::string summary;  ///< what it means
+};
+
+/// What is known of the events and attributes that lines may hold.
+class ShownEvents {
+ public:
+  /// Adds what a file defines; what another one said before of an ID stays. Nothing of the model is referred to.
+  void add(const qzlog_compiler::DefinitionModel& model);
+
+  /// Null for an ID that no file defines. Valid until more is added.
+  const ShownEvent* find(std::uint32_t id) const {
+    const auto found = events_.find(id);
+    return found != events_.end() ? &found->second : nullptr;
+  }
+
+  /// Whether some event, or every one, may have an attribute of this name.
+  bool has_attribute(std::string_view name) const { return attributes_.contains(name); }
+  /// The type of the first that was added; TypeUnknown for a name without attribute.
+  qz_AttributeType type_of(std::string_view name) const;
+  /// The names of all attributes, sorted. Valid until more is added.
+  std::vector<std::string_view> attribute_names() const;
+
+  /// The columns of the longest name of an event.
+  std::size_t widest_name() const { return widest_name_; }
+  /// The digits of the largest ID.
+  std::size_t widest_id() const { return widest_id_; }
+
+ private:
+  void add(const std::vector<qzlog_compiler::AttributeDefinition>& attributes);
+
+  std::unordered_map<std::uint32_t, ShownEvent> events_;
+  std::map<std::string, qz_AttributeType, std::less<>> attributes_;
+  std::size_t widest_name_ = 0;
+  std::size_t widest_id_ = 0;
+};
+
+}  // namespace qzlog_tool
+
+#endif  // QZLOG_TOOLS_SHOWN_SHOWN_EVENTS_H

@@ -1,0 +1,188 @@
+#include "tools/shown/shown_times.h"
+
+#include <chrono>
+#include <utility>
+
+#include <unicode/calendar.h>
+#include <unicode/datefmt.h>
+#include <unicode/fieldpos.h>
+#include <unicode/locid.h>
+#include <unicode/unistr.h>
+
+#include "message/icu_memory.h"
+#include "qzlog/qz_time.h"
+#include "tools/compiler/text/display_width.h"
+
+namespace qzlog_tool {
+
+namespace {
+
+constexpr long kSecondsPerMinute = 60;
+/// A Wednesday in September, which is long in most languages.
+constexpr long long kSampleMoment = 1'790'171'730;
+
+char* write_pair(char* target, unsigned below_100) {
+  *target++ = static_cast<char>('0' + below_100 / 10);
+  *target++ = static_cast<char>('0' + below_100 % 10);
+  return target;
+}
+
+/// The calendar and the clock at so many seconds of the reader's clock.
+class ClockFields {
+ public:
+  explicit ClockFields(long long clock_seconds) {
+    using namespace std::chrono;
+    const seconds since{clock_seconds};
+    const auto day = floor<days>(since);
+    date_ = year_month_day(sys_days(day));
+    clock_ = static_cast<unsigned>((since - day).count());
+  }
+
+  /// YYYY-MM-DD. Years beyond four digits, which no line has, have their last ones.
+  char* write_date(char* target) const {
+    const auto year = static_cast<unsigned>(((static_cast<int>(date_.year()) % 10000) + 10000) % 10000);
+    target = write_pair(write_pair(target, year / 100), year % 100);
+    *target++ = '-';
+    target = write_pair(target, static_cast<unsigned>(date_.month()));
+    *target++ = '-';
+    return write_pair(target, static_cast<unsigned>(date_.day()));
+  }
+  /// HH:MM:SS
+  char* write_clock(char* target) const {
+    target = write_pair(target, clock_ / 3600);
+    *target++ = ':';
+    target = write_pair(target, clock_ / 60 % 60);
+    *target++ = ':';
+    return write_pair(target, clock_ % 60);
+  }
+
+ private:
+  std::chrono::year_month_day date_;
+  unsigned clock_ = 0;
+};
+
+void append_both(long long clock_seconds, char between, std::string& out) {
+  char text[19];
+  const ClockFields fields(clock_seconds);
+  char* const end = fields.write_date(text);
+  *end = between;
+  out.append(text, fields.write_clock(end + 1));
+}
+
+}  // namespace
+
+/// A date and a time as a locale has them. The zone is added beforehand: the reader's clock is ICU's GMT.
+class ShownTimes::LocaleFormat {
+ public:
+  explicit LocaleFormat(const std::string& locale_name) {
+    qzlog::with_icu_memory([&] {
+      const qzlog::IcuMemory memory;
+      const icu::Locale locale = locale_name.empty() ? icu::Locale::getDefault() : icu::Locale(locale_name.c_str());
+      format_.reset(
+          icu::DateFormat::createDateTimeInstance(icu::DateFormat::kMedium, icu::DateFormat::kMedium, locale));
+      memory.check_made(format_.get());
+      format_->setTimeZone(*icu::TimeZone::getGMT());
+      calendar_.reset(format_->getCalendar()->clone());
+      memory.check_made(calendar_.get());
+      memory.check();
+    });
+  }
+
+  // Lines near each other have the same second more often than not.
+  void append(long long clock_seconds, std::string& out) {
+    if (!has_text_ || clock_seconds != second_) format(clock_seconds);
+    out += text_;
+  }
+
+ private:
+  void format(long long clock_seconds) {
+    qzlog::with_icu_memory([&] {
+      const qzlog::IcuMemory memory;
+      UErrorCode status = U_ZERO_ERROR;
+      calendar_->setTime(static_cast<double>(clock_seconds) * 1000, status);
+      room_.remove();
+      icu::FieldPosition ignored(icu::FieldPosition::DONT_CARE);
+      format_->format(*calendar_, room_, ignored);
+      memory.check(room_, status);
+      text_.clear();
+      room_.toUTF8String(text_);
+    });
+    second_ = clock_seconds;
+    has_text_ = true;
+  }
+
+  std::unique_ptr<icu::DateFormat> format_;
+  std::unique_ptr<icu::Calendar> calendar_;
+  icu::UnicodeString room_;
+  std::string text_;
+  long long second_ = 0;
+  bool has_text_ = false;
+};
+
+ShownTimes::ShownTimes(ReaderZone zone, TimeStyle style, const std::string& locale)
+    : zone_(std::move(zone)), style_(style) {
+  if (style == TimeStyle::kLocale) format_ = std::make_unique<LocaleFormat>(locale);
+}
+
+ShownTimes::ShownTimes(ShownTimes&&) noexcept = default;
+ShownTimes::~ShownTimes() = default;
+
+void ShownTimes::append(long long moment, std::string_view fraction, std::string& out) {
+  const long offset = zone_.offset_at(moment);
+  if (style_ == TimeStyle::kLocale) return format_->append(moment + offset, out);
+  if (style_ == TimeStyle::kShort) {
+    append_both(moment + offset, ' ', out);
+    out += fraction;
+    return;
+  }
+  // RFC 3339 has no seconds in offsets, as zones had before they kept to the hour.
+  const long minutes = offset / kSecondsPerMinute;
+  append_both(moment + minutes * kSecondsPerMinute, 'T', out);
+  out += fraction;
+  append_zone(minutes, out);
+}
+
+void ShownTimes::append_zone(long minutes, std::string& out) const {
+  if (zone_.is_utc()) {
+    out += 'Z';
+    return;
+  }
+  const auto size = static_cast<unsigned>(minutes < 0 ? -minutes : minutes);
+  char text[6] = {minutes < 0 ? '-' : '+'};
+  char* const colon = write_pair(text + 1, size / 60 % 100);
+  *colon = ':';
+  out.append(text, write_pair(colon + 1, size % 60));
+}
+
+void ShownTimes::append_local(long long moment, std::string& out) {
+  append_both(moment + zone_.offset_at(moment), ' ', out);
+}
+
+void ShownTimes::append_date(long long moment, std::string& out) {
+  char text[10];
+  out.append(text, ClockFields(moment + zone_.offset_at(moment)).write_date(text));
+}
+
+void ShownTimes::append_clock(long long moment, std::string& out) {
+  char text[8];
+  out.append(text, ClockFields(moment + zone_.offset_at(moment)).write_clock(text));
+}
+
+std::size_t ShownTimes::columns() {
+  std::string sample;
+  append(kSampleMoment, sample);
+  return qzlog_compiler::display_width(sample);
+}
+
+bool read_moment(const char* text, WrittenMoment& moment) {
+  qz_Time time;
+  if (!time.set_to_string_value(text)) return false;
+  moment.seconds = time.unix_seconds();
+  const std::string_view whole(text);
+  const std::size_t point = whole.find('.');
+  const std::size_t end = whole.find_first_not_of("0123456789", point == std::string_view::npos ? point : point + 1);
+  moment.fraction = point == std::string_view::npos ? std::string_view() : whole.substr(point, end - point);
+  return true;
+}
+
+}  // namespace qzlog_tool
