@@ -14,60 +14,7 @@ namespace {
 constexpr std::string_view kNoValue = "-";
 constexpr std::string_view kJsonBlanks = " \t\r\n";
 
-/// The attributes of an entry, one on a line.
-class AttributeLines : public qz_LOG_AttributeVisitor {
- public:
-  AttributeLines(ShownTimes& times, std::string& out) : times_(times), out_(out) {}
-
-  void VisitBool(const char* name, qz_AttributeType type, bool value) override {
-    begin(name);
-    out_ += value ? "true" : "false";
-    end(type);
-  }
-  void VisitUnsigned(const char* name, qz_AttributeType type, unsigned value) override {
-    begin(name);
-    append_number(value, out_);
-    end(type);
-  }
-  void VisitSigned(const char* name, qz_AttributeType type, int value) override {
-    begin(name);
-    append_signed_number(value, out_);
-    end(type);
-  }
-  void VisitFloat(const char* name, qz_AttributeType type, double value) override {
-    begin(name);
-    append_floating_number(value, out_);
-    end(type);
-  }
-  void VisitText(const char* name, qz_AttributeType type, const char* text, unsigned length) override {
-    begin(name);
-    qzlog::append_json_text({text, length}, out_);
-    end(type);
-  }
-  void VisitTime(const char* name, qz_AttributeType type, const qz_Time& value) override {
-    begin(name);
-    const long long moment = value.unix_seconds();
-    if (type == TypeDate) {
-      times_.append_date(moment, out_);
-    } else if (type == TypeTime) {
-      times_.append_clock(moment, out_);
-    } else {
-      times_.append(moment, out_);
-    }
-    end(type);
-  }
-
- private:
-  void begin(const char* name) {
-    out_ += "  ";
-    append_safely(name, CellSafety::kLine, out_);
-    out_ += ": ";
-  }
-  void end(qz_AttributeType type) { out_.append(" (").append(qzlog_compiler::short_type_name(type)).append(")\n"); }
-
-  ShownTimes& times_;
-  std::string& out_;
-};
+bool is_text(qz_AttributeType type) { return type >= TypeChar32 && type <= TypeMBChar2K; }
 
 /// The line without its last brace. What stands between the parts of an object may be carriage returns, which would end
 /// the line for some readers.
@@ -122,8 +69,7 @@ std::size_t LongPresentation::append(const ShownLine& shown, std::string& out) {
   out += '\n';
   if (!shown.line.IsLoss()) {
     append_summary(shown, out);
-    AttributeLines attributes(times_, out);
-    shown.line.GetEntry().VisitAttributes(attributes);
+    append_attributes(shown.line.GetEntry(), out);
   }
   append_origin(shown, out);
   out += '\n';
@@ -152,6 +98,31 @@ void LongPresentation::append_summary(const ShownLine& shown, std::string& out) 
   out += "  meaning: ";
   append_safely(summary, CellSafety::kLine, out);
   out += '\n';
+}
+
+// In the order of the definitions; the library's own order is made anew for each entry.
+void LongPresentation::append_attributes(const qz_LOG_LogEntry& entry, std::string& out) {
+  const ShownEvent* const event = events_.find(entry.GetEntryID());
+  if (event != nullptr) {
+    for (const std::string& name : event->attributes) append_attribute_line(entry, name, out);
+  }
+  for (const std::string& name : events_.globals()) append_attribute_line(entry, name, out);
+}
+
+/// "Name: "vol1" (Char32)"; nothing for one that is not set.
+void LongPresentation::append_attribute_line(const qz_LOG_LogEntry& entry, const std::string& name, std::string& out) {
+  qz_AttributeType type = TypeUnknown;
+  value_.clear();
+  if (entry.CheckAttribute(name.c_str(), type) != 0 || !append_attribute(entry, name.c_str(), times_, value_)) return;
+  out += "  ";
+  append_safely(name, CellSafety::kLine, out);
+  out += ": ";
+  if (is_text(type)) {
+    qzlog::append_json_text(value_, out);
+  } else {
+    out += value_;
+  }
+  out.append(" (").append(qzlog_compiler::short_type_name(type)).append(")\n");
 }
 
 /// "mask 0x00000005, writer web1/4711/1795853730, seq 7 ... at entries.jsonl:1"

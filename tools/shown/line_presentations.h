@@ -59,7 +59,8 @@ class JsonPresentation : public Presentation {
 /// and an empty line.
 class LongPresentation : public Presentation {
  public:
-  LongPresentation(const ShownEvents& events, ShownTimes& times) : times_(times), values_(events, times) {}
+  LongPresentation(const ShownEvents& events, ShownTimes& times)
+      : events_(events), times_(times), values_(events, times) {}
 
   bool shows_message() const override { return true; }
   std::size_t append(const ShownLine& shown, std::string& out) override;
@@ -67,9 +68,12 @@ class LongPresentation : public Presentation {
  private:
   void append_title(const ShownLine& shown, std::string& out);
   void append_summary(const ShownLine& shown, std::string& out);
+  void append_attributes(const qz_LOG_LogEntry& entry, std::string& out);
+  void append_attribute_line(const qz_LOG_LogEntry& entry, const std::string& name, std::string& out);
   void append_origin(const ShownLine& shown, std::string& out);
   void append_value(ShownField field, const ShownLine& shown, std::string& out);
 
+  const ShownEvents& events_;
   ShownTimes& times_;
   FieldValues values_;
   std::string value_;

@@ -11,19 +11,24 @@ using qzlog_compiler::DefinitionModel;
 using qzlog_compiler::EntryDefinition;
 
 void ShownEvents::add(const DefinitionModel& model) {
-  add(model.globals);
+  add(model.globals, globals_);
   for (const EntryDefinition& entry : model.entries) {
     ShownEvent& event = events_[entry.id];
     if (event.name.empty()) event.name = entry.name;
     if (event.summary.empty()) event.summary = entry.summary;
     widest_name_ = std::max(widest_name_, qzlog_compiler::display_width(event.name));
     widest_id_ = std::max(widest_id_, std::to_string(entry.id).size());
-    add(entry.attributes);
+    add(entry.attributes, event.attributes);
   }
 }
 
-void ShownEvents::add(const std::vector<AttributeDefinition>& attributes) {
-  for (const AttributeDefinition& attribute : attributes) attributes_.try_emplace(attribute.name, attribute.type);
+void ShownEvents::add(const std::vector<AttributeDefinition>& attributes, std::vector<std::string>& names) {
+  const auto known = static_cast<std::ptrdiff_t>(names.size());
+  for (const AttributeDefinition& attribute : attributes) {
+    attributes_.try_emplace(attribute.name, attribute.type);
+    const auto end = names.begin() + known;
+    if (std::find(names.begin(), end, attribute.name) == end) names.push_back(attribute.name);
+  }
 }
 
 qz_AttributeType ShownEvents::type_of(std::string_view name) const {

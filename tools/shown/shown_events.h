@@ -17,14 +17,16 @@ namespace qzlog_tool {
 
 /// What definitions say of an event beside what an entry knows itself.
 struct ShownEvent {
-  std::string name;     ///< empty where it is not known, as below
-  std::string summary;  ///< what it means
+  std::string name;                          ///< empty where it is not known, as below
+  std::string summary;                       ///< what it means
+  std::vector<std::string> attributes = {};  ///< its own, in the order of the definitions
 };
 
 /// What is known of the events and attributes that lines may hold.
 class ShownEvents {
  public:
-  /// Adds what a file defines; what another one said before of an ID stays. Nothing of the model is referred to.
+  /// Adds what a file defines; what another one said before of an ID stays, but for attributes, which are added.
+  /// Nothing of the model is referred to.
   void add(const qzlog_compiler::DefinitionModel& model);
 
   /// Null for an ID that no file defines. Valid until more is added.
@@ -33,6 +35,8 @@ class ShownEvents {
     return found != events_.end() ? &found->second : nullptr;
   }
 
+  /// The names of the attributes that every entry may have.
+  const std::vector<std::string>& globals() const { return globals_; }
   /// Whether some event, or every one, may have an attribute of this name.
   bool has_attribute(std::string_view name) const { return attributes_.contains(name); }
   /// The type of the first that was added; TypeUnknown for a name without attribute.
@@ -46,10 +50,11 @@ class ShownEvents {
   std::size_t widest_id() const { return widest_id_; }
 
  private:
-  void add(const std::vector<qzlog_compiler::AttributeDefinition>& attributes);
+  void add(const std::vector<qzlog_compiler::AttributeDefinition>& attributes, std::vector<std::string>& names);
 
   std::unordered_map<std::uint32_t, ShownEvent> events_;
   std::map<std::string, qz_AttributeType, std::less<>> attributes_;
+  std::vector<std::string> globals_;
   std::size_t widest_name_ = 0;
   std::size_t widest_id_ = 0;
 };

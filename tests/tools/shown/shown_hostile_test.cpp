@@ -80,28 +80,31 @@ TEST_P(Hostile, Terminal_GetsNothingToObey) {
   EXPECT_EQ(given.find("\u009B"), std::string::npos);
 }
 
-TEST_P(Hostile, LineOfATable_FitsTheTerminal) {
-  if (output() != "table" || columns() == 0) GTEST_SKIP() << "no table on a terminal";
-  std::istringstream lines(show(lines_with(hostile_texts()), options_for(output()), place()));
-  for (std::string line; std::getline(lines, line);) EXPECT_LE(qzlog_tool::cell_columns(line), columns()) << line;
-}
-
-TEST_P(Hostile, EachEntry_IsOneLine) {
-  if (output() == "long" || output() == "csv") GTEST_SKIP() << "has several";
-  const std::vector<std::string> texts = hostile_texts();
-  std::size_t lines = output() == "table" ? 1 : 0;
-  for (const std::string& text : texts) {
-    const std::string shown = show(lines_with({text}), options_for(output()), place());
-    EXPECT_EQ(static_cast<std::size_t>(std::count(shown.begin(), shown.end(), '\n')), lines + 1) << shown;
-    EXPECT_TRUE(output() == "json" || shown.find('\r') == std::string::npos);
-  }
-}
-
 INSTANTIATE_TEST_SUITE_P(
     Outputs, Hostile,
     ::testing::Combine(::testing::Values("text", "short", "long", "json", "table", "csv", "format"),
                        ::testing::Values(std::size_t{0}, std::size_t{40}, std::size_t{200})),
     [](const auto& of) { return std::string(std::get<0>(of.param)) + std::to_string(std::get<1>(of.param)); });
+
+TEST_F(ShownFixture, HostileTable_FitsTheTerminal) {
+  for (const std::size_t columns : {1u, 20u, 40u, 200u}) {
+    std::istringstream lines(show(lines_with(hostile_texts()), options_for("table"), {true, columns}));
+    for (std::string line; std::getline(lines, line);) EXPECT_LE(qzlog_tool::cell_columns(line), columns) << line;
+  }
+}
+
+TEST_F(ShownFixture, HostileEntry_IsOneLine) {
+  for (const char* const output : {"text", "short", "json", "format", "table"}) {
+    for (const std::size_t columns : {0u, 40u}) {
+      const ShownPlace place = {columns > 0, columns};
+      const auto heading = show("", options_for(output), place);
+      const std::vector<std::string> texts = hostile_texts();
+      const std::string shown = show(lines_with(texts), options_for(output), place).substr(heading.size());
+      EXPECT_EQ(static_cast<std::size_t>(std::count(shown.begin(), shown.end(), '\n')), texts.size()) << shown;
+      EXPECT_EQ(shown.find('\r'), std::string::npos) << shown;
+    }
+  }
+}
 
 TEST_F(ShownFixture, HostileJson_ReadsBack) {
   for (const std::string& text : hostile_texts()) {
