@@ -22,6 +22,7 @@ int fuzz_definition_source(const std::uint8_t* bytes, std::size_t size);
 int fuzz_diff(const std::uint8_t* bytes, std::size_t size);
 int fuzz_entry_line(const std::uint8_t* bytes, std::size_t size);
 int fuzz_inspect(const std::uint8_t* bytes, std::size_t size);
+int fuzz_line_format(const std::uint8_t* bytes, std::size_t size);
 int fuzz_names_section(const std::uint8_t* bytes, std::size_t size);
 int fuzz_pattern_nesting(const std::uint8_t* bytes, std::size_t size);
 int fuzz_resource_bundle(const std::uint8_t* bytes, std::size_t size);
@@ -50,6 +51,7 @@ const Fuzzer kFuzzers[] = {
     {"diff", fuzz_diff},
     {"entry_line", fuzz_entry_line},
     {"inspect", fuzz_inspect},
+    {"line_format", fuzz_line_format},
     {"names_section", fuzz_names_section},
     {"pattern_nesting", fuzz_pattern_nesting},
     {"resource_bundle", fuzz_resource_bundle},

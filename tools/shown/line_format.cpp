@@ -71,6 +71,24 @@ std::optional<CellLayout> read_layout(std::string_view text) {
   return layout;
 }
 
+/// Fields of digits, letters and their like.
+bool is_safe(ShownField field) {
+  switch (field) {
+    case ShownField::kTime:
+    case ShownField::kLocalTime:
+    case ShownField::kWritten:
+    case ShownField::kLevel:
+    case ShownField::kLevelName:
+    case ShownField::kId:
+    case ShownField::kMask:
+    case ShownField::kSeq:
+    case ShownField::kLine:
+      return true;
+    default:
+      return false;
+  }
+}
+
 }  // namespace
 
 /// Makes pieces of what split_format finds.
@@ -134,8 +152,12 @@ void LineFormat::append(const ShownLine& shown, bool for_terminal, FieldValues& 
 // Most values have no layout, and most of these no line break.
 void LineFormat::append_value(const Piece& piece, const ShownLine& shown, bool for_terminal, FieldValues& values,
                               std::string& out) {
-  if (piece.choice.field == ShownField::kMessage && piece.layout.is_plain()) {
-    return append_safely(shown.message, CellSafety::kLine, out);
+  if (piece.layout.is_plain()) {
+    if (piece.choice.field == ShownField::kMessage) return append_safely(shown.message, CellSafety::kLine, out);
+    if (is_safe(piece.choice.field)) {
+      if (!values.append(piece.choice, shown, out)) out += kNoValue;
+      return;
+    }
   }
   value_.clear();
   if (!values.append(piece.choice, shown, value_)) value_ = kNoValue;
