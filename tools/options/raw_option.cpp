@@ -7,7 +7,7 @@
 namespace qzlog_tool {
 
 void add_raw_option(CLI::App& command) {
-  command.add_flag_callback("--raw", want_raw_texts, "Show control characters as they are, on a terminal too");
+  command.add_flag_callback("--raw", want_raw_texts, "Show control characters on a terminal as they are");
 }
 
 }  // namespace qzlog_tool

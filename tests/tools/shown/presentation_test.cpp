@@ -8,15 +8,15 @@
 #include "tests/support/thrown_by.h"
 #include "tests/tools/shown/shown_fixture.h"
 #include "tools/compiler/text/display_width.h"
-#include "tools/shown/show_options.h"
+#include "tools/shown/shown_options.h"
 #include "tools/system/command_error.h"
 
 namespace {
 
 using qzlog_test::ShownFixture;
 using qzlog_tool::CommandError;
+using qzlog_tool::ShownOptions;
 using qzlog_tool::ShownPlace;
-using qzlog_tool::ShowOptions;
 
 constexpr std::string_view kFull =
     R"({"writer":"web1/4711/1795853730","seq":7,"written":"2026-11-21T08:15:30.000120000Z","definitions":"0123456789abcdef","id":1001,"level":7,"time":"2026-11-21T08:15:29Z","attributes":{"Name":"vol1","Free":0}})"
@@ -30,20 +30,20 @@ constexpr std::string_view kLoss =
 
 class PresentationTest : public ShownFixture {
  protected:
-  static ShowOptions output(const std::string& name) {
-    ShowOptions options;
+  static ShownOptions output(const std::string& name) {
+    ShownOptions options;
     options.output = name;
     return options;
   }
-  static ShowOptions format(const std::string& text) {
-    ShowOptions options;
+  static ShownOptions format(const std::string& text) {
+    ShownOptions options;
     options.format = text;
     return options;
   }
   std::string formatted(const std::string& text, std::string_view line = kFull) const {
     return show(line, format(text));
   }
-  std::string refusal(const ShowOptions& options) const {
+  std::string refusal(const ShownOptions& options) const {
     try {
       show("", options);
     } catch (const CommandError& error) {
@@ -117,7 +117,7 @@ TEST_F(PresentationTest, Csv_HasAHeadingAndQuotes) {
   EXPECT_EQ(show(kFull, output("csv")),
             "time,level,level_name,id,name,message\r\n"
             "2026-11-21T14:00:29+05:45,7,error,1001,DISK_FULL,Disk vol1 is full: 0 blocks free\r\n");
-  ShowOptions options = output("csv");
+  ShownOptions options = output("csv");
   options.columns = "id,C,Name,F";
   EXPECT_EQ(show(kKinds, options), "id,C,Name,F\r\n7,\"a\"\"b\\n\",,0.1\r\n");
   options.columns = "Name";
@@ -128,7 +128,7 @@ TEST_F(PresentationTest, Table_IsAsWideAsTheDefinitionsSay) {
   EXPECT_EQ(show(kFull, output("table")),
             "time                       level_name  name       message\n"
             "2026-11-21T14:00:29+05:45  error       DISK_FULL  Disk vol1 is full: 0 blocks free\n");
-  ShowOptions options = output("table");
+  ShownOptions options = output("table");
   options.columns = "Name,Free,level,id";
   EXPECT_EQ(show(kFull, options),
             "Name                            Free  level    id\n"
@@ -209,7 +209,7 @@ TEST_F(PresentationTest, FormatThatCannotBe_IsRefusedWithItsPlace) {
 }
 
 TEST_F(PresentationTest, ColumnsThatCannotBe_AreRefusedWithTheirPlace) {
-  ShowOptions options = output("csv");
+  ShownOptions options = output("csv");
   options.columns = "id,Nmae";
   EXPECT_EQ(refusal(options),
             "--columns: unknown field 'Nmae'\n"

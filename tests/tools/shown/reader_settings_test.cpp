@@ -17,7 +17,7 @@ using qzlog_test::ShownFixture;
 using qzlog_tool::check_reader_locale;
 using qzlog_tool::check_time_zone;
 using qzlog_tool::find_reader_locale;
-using qzlog_tool::ShowOptions;
+using qzlog_tool::ShownOptions;
 
 TEST(ReaderLocale, NamesOfIcu_AreTaken) {
   const struct {
@@ -85,7 +85,7 @@ class ReaderSettings : public ShownFixture {
   static constexpr const char* kLine =
       "{\"id\":1001,\"level\":7,\"time\":\"2026-11-21T08:15:29Z\",\"attributes\":{\"Name\":\"v\",\"Free\":12}}\n";
 
-  std::string shown_with(const ShowOptions& options) {
+  std::string shown_with(const ShownOptions& options) {
     testing::internal::CaptureStderr();
     use_reader_settings(options);
     said_ = testing::internal::GetCapturedStderr();
@@ -97,7 +97,7 @@ class ReaderSettings : public ShownFixture {
 };
 
 TEST_F(ReaderSettings, LocaleThatTheLibraryLacks_IsThatOfMessagesToo) {
-  ShowOptions options;
+  ShownOptions options;
   options.locale = "ar-EG";
   EXPECT_EQ(shown_with(options), "Disk v is full: \u0661\u0662 blocks free\n");
   EXPECT_EQ(said_, "");
@@ -106,7 +106,7 @@ TEST_F(ReaderSettings, LocaleThatTheLibraryLacks_IsThatOfMessagesToo) {
 }
 
 TEST_F(ReaderSettings, Fallback_IsTold) {
-  ShowOptions options;
+  ShownOptions options;
   options.locale = "ar-JP";
   options.format = "{time}";
   options.time_style = "locale";
@@ -116,7 +116,7 @@ TEST_F(ReaderSettings, Fallback_IsTold) {
 }
 
 TEST_F(ReaderSettings, ZoneOfTheReader_IsThatOfTheProcess) {
-  ShowOptions options;
+  ShownOptions options;
   options.time_zone = "America/New_York";
   options.output = "short";
   EXPECT_EQ(shown_with(options), "2026-11-21T03:15:29-05:00 error    DISK_FULL Disk v is full: 12 blocks free\n");

@@ -5,9 +5,9 @@
 namespace qzlog_test {
 
 using qzlog_tool::Presentation;
+using qzlog_tool::ShownOptions;
 using qzlog_tool::ShownPlace;
 using qzlog_tool::ShownTimes;
-using qzlog_tool::ShowOptions;
 
 const std::string_view kShownSource = R"yaml(version: "1.0"
 globals:
@@ -55,7 +55,7 @@ ShownFixture::ShownFixture() {
 
 ShownFixture::~ShownFixture() { qz_LOG_LogConfig::ClearDefinitions(); }
 
-std::string ShownFixture::show(std::string_view lines, const ShowOptions& options, const ShownPlace& place) const {
+std::string ShownFixture::show(std::string_view lines, const ShownOptions& options, const ShownPlace& place) const {
   ShownTimes times = make_times(options);
   const std::unique_ptr<Presentation> presentation = make_presentation(options, place, events_, times);
   std::string out;

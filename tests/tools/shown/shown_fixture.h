@@ -13,8 +13,8 @@
 #include "tests/support/temp_dir.h"
 #include "tools/definitions/definitions.h"
 #include "tools/shown/presentation.h"
-#include "tools/shown/show_options.h"
 #include "tools/shown/shown_events.h"
+#include "tools/shown/shown_options.h"
 
 namespace qzlog_test {
 
@@ -28,7 +28,7 @@ class ShownFixture : public ::testing::Test {
   ~ShownFixture() override;
 
   /// What stands in `lines`, heading included. The time zone of the process is Asia/Kathmandu.
-  std::string show(std::string_view lines, const qzlog_tool::ShowOptions& options,
+  std::string show(std::string_view lines, const qzlog_tool::ShownOptions& options,
                    const qzlog_tool::ShownPlace& place = {}) const;
 
   qzlog_tool::ShownEvents events_;

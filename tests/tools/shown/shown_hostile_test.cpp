@@ -20,8 +20,8 @@
 namespace {
 
 using qzlog_test::ShownFixture;
+using qzlog_tool::ShownOptions;
 using qzlog_tool::ShownPlace;
-using qzlog_tool::ShowOptions;
 
 std::vector<std::string> hostile_texts() {
   return {"\033]0;owned\a\u009B2J\x7F",
@@ -48,8 +48,8 @@ std::string lines_with(const std::vector<std::string>& texts) {
   return lines;
 }
 
-ShowOptions options_for(const std::string& output) {
-  ShowOptions options;
+ShownOptions options_for(const std::string& output) {
+  ShownOptions options;
   if (output == "format") {
     options.format = "{time:>30} {level:<3}{Name:<20.30}|{message:^10}|{Name}";
   } else {
@@ -135,7 +135,7 @@ std::string as_stored(std::string text) {
 
 TEST_F(ShownFixture, HostileCsv_IsReadBackByPython) {
   if (std::system("python3 -c 'import csv' 2>/dev/null") != 0) GTEST_SKIP() << "no python3";
-  ShowOptions options = options_for("csv");
+  ShownOptions options = options_for("csv");
   options.columns = "id,Name,level_name,message";
   const qz_test::TempDir folder;
   folder.write("shown.csv", show(lines_with(hostile_texts()), options));

@@ -11,8 +11,8 @@ namespace {
 
 using qzlog_test::ShownFixture;
 using qzlog_tool::Presentation;
+using qzlog_tool::ShownOptions;
 using qzlog_tool::ShownTimes;
-using qzlog_tool::ShowOptions;
 
 std::string many_lines() {
   std::string lines;
@@ -30,7 +30,7 @@ TEST_F(ShownFixture, LinesAlike_TakeNoMemory) {
   GTEST_SKIP() << "the sanitizers have an allocator of their own";
 #endif
   for (const char* const output : {"text", "short", "long", "json", "csv", "table", "format"}) {
-    ShowOptions options;
+    ShownOptions options;
     options.output = output;
     if (options.output == "format") {
       options.output = "text";

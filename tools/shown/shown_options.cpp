@@ -1,4 +1,4 @@
-#include "tools/shown/show_options.h"
+#include "tools/shown/shown_options.h"
 
 #include <unistd.h>
 
@@ -31,13 +31,13 @@ TimeStyle style_of(const std::string& name) {
   return name == "short" ? TimeStyle::kShort : TimeStyle::kIso;
 }
 
-bool has_columns(const ShowOptions& options) { return options.output == "csv" || options.output == "table"; }
+bool has_columns(const ShownOptions& options) { return options.output == "csv" || options.output == "table"; }
 
 void tell_remark(std::string_view option, const std::string& remark) {
   std::cerr << "qzlog: " << option << ": " << remark << '\n';
 }
 
-std::vector<FieldChoice> columns_of(const ShowOptions& options, std::string_view usual, const ShownEvents& events) {
+std::vector<FieldChoice> columns_of(const ShownOptions& options, std::string_view usual, const ShownEvents& events) {
   std::vector<FieldChoice> columns =
       read_columns(options.columns.empty() ? usual : std::string_view(options.columns), events);
   for (const FieldChoice& column : columns) {
@@ -46,15 +46,15 @@ std::vector<FieldChoice> columns_of(const ShowOptions& options, std::string_view
   return columns;
 }
 
-LineFormat format_of(const ShowOptions& options, const ShownEvents& events) {
+LineFormat format_of(const ShownOptions& options, const ShownEvents& events) {
   if (options.format.empty()) return LineFormat(kShortFormat, events);
   LineFormat format(options.format, events);
   for (const std::string& remark : format.remarks()) tell_remark("--format", remark);
   return format;
 }
 
-CLI::Option* add_choice(CLI::App& command, const char* name, std::string& value, const char* choices,
-                        const char* description) {
+CLI::Option* add_word_option(CLI::App& command, const char* name, std::string& value, const char* choices,
+                             const char* description) {
   std::vector<std::string> items;
   const std::string_view all(choices);
   for (std::size_t at = 0; at <= all.size();) {
@@ -70,44 +70,44 @@ CLI::Option* add_choice(CLI::App& command, const char* name, std::string& value,
 
 }  // namespace
 
-void add_show_options(CLI::App& command, ShowOptions& options) {
-  CLI::Option* const output = add_choice(command, "--output", options.output, "text|short|long|json|table|csv",
-                                         "The form in which entries are shown");
-  command.add_option("--format", options.format, "A line of fields in braces, such as {time} {message}")
+void add_shown_options(CLI::App& command, ShownOptions& options) {
+  CLI::Option* const output = add_word_option(command, "--output", options.output, "text|short|long|json|table|csv",
+                                              "The form in which entries are shown");
+  command.add_option("--format", options.format, "A line with fields: '{time} {message}'")
       ->type_name("FORMAT")
       ->check(check_not_empty)
       ->excludes(output);
-  command.add_option("--columns", options.columns, "The fields of a table, with commas between")
+  command.add_option("--columns", options.columns, "The fields of a table: time,name,message")
       ->type_name("NAMES")
       ->check(check_not_empty)
       ->needs(output);
-  command.add_option("--locale", options.locale, "The reader's locale; default: the process's")
+  command.add_option("--locale", options.locale, "The reader's locale: de_AT, zh-Hant")
       ->type_name("ll_CC")
       ->check(check_reader_locale);
   CLI::Option* const zone =
-      command.add_option("--time-zone", options.time_zone, "The reader's time zone; default: the process's")
+      command.add_option("--time-zone", options.time_zone, "The reader's time zone: Europe/Berlin")
           ->type_name("ZONE")
           ->check(check_time_zone);
   command.add_flag("--utc", options.utc, "Show times in UTC")->excludes(zone);
-  add_choice(command, "--time-style", options.time_style, "iso|locale|short", "How times are written");
+  add_word_option(command, "--time-style", options.time_style, "iso|locale|short", "How times are written");
   add_raw_option(command);
 }
 
-void check_show_options(const ShowOptions& options) {
+void check_shown_options(const ShownOptions& options) {
   if (!options.columns.empty() && !has_columns(options)) {
     throw CommandError(kExitCannotRun, "--columns needs --output table or csv");
   }
 }
 
-void use_reader_settings(const ShowOptions& options) {
+void use_reader_settings(const ShownOptions& options) {
   use_reader_locale(options.locale);
   const std::string zone = options.utc ? "UTC" : options.time_zone;
   if (zone.empty() || use_time_zone(zone)) return;
   std::cerr << "qzlog: the system does not have the time zone " << qzlog_compiler::quoted(zone)
-            << "; times within messages are those of the process's zone\n";
+            << "; only the times that are shown beside messages are in it\n";
 }
 
-ShownTimes make_times(const ShowOptions& options) {
+ShownTimes make_times(const ShownOptions& options) {
   const std::string locale = options.locale.empty() ? "" : find_reader_locale(options.locale)->name;
   ReaderZone zone;
   if (options.utc) zone = ReaderZone::utc();
@@ -115,7 +115,7 @@ ShownTimes make_times(const ShowOptions& options) {
   return {std::move(zone), style_of(options.time_style), locale};
 }
 
-std::unique_ptr<Presentation> make_presentation(const ShowOptions& options, const ShownPlace& place,
+std::unique_ptr<Presentation> make_presentation(const ShownOptions& options, const ShownPlace& place,
                                                 const ShownEvents& events, ShownTimes& times) {
   if (options.shows_messages_alone()) return std::make_unique<MessagePresentation>();
   if (options.output == "long") return std::make_unique<LongPresentation>(events, times);
