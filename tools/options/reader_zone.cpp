@@ -38,6 +38,12 @@ long local_offset(long long moment) {
   return ::localtime_r(&time, &fields) != nullptr ? fields.tm_gmtoff : 0;
 }
 
+bool is_process_in_utc() {
+  const std::time_t time = 0;
+  std::tm fields = {};
+  return ::localtime_r(&time, &fields) != nullptr && std::string_view(fields.tm_zone) == "UTC";
+}
+
 long offset_of(const icu::TimeZone& zone, long long moment) {
   std::int32_t raw = 0;
   std::int32_t saving = 0;
@@ -94,15 +100,13 @@ class ProcessZone {
 
 }  // namespace
 
-ReaderZone ReaderZone::utc() {
-  ReaderZone zone;
-  zone.kind_ = Kind::kUtc;
-  return zone;
-}
+ReaderZone::ReaderZone() : kind_(is_process_in_utc() ? Kind::kUtc : Kind::kProcess) {}
+
+ReaderZone ReaderZone::utc() { return ReaderZone(Kind::kUtc); }
 
 ReaderZone ReaderZone::named(const std::string& name) {
-  ReaderZone zone;
-  zone.kind_ = Kind::kNamed;
+  if (name == "UTC") return utc();
+  ReaderZone zone(Kind::kNamed);
   zone.zone_ = make_zone(name);
   return zone;
 }

@@ -12,11 +12,12 @@ namespace qzlog_tool {
 class ReaderZone {
  public:
   /// That of the process: TZ, or the system's.
-  ReaderZone() = default;
+  ReaderZone();
   static ReaderZone utc();
   /// A zone of the time zone database, by a name that check_time_zone takes.
   static ReaderZone named(const std::string& name);
 
+  /// UTC itself, not a zone that has the same time.
   bool is_utc() const { return kind_ == Kind::kUtc; }
 
   /// Seconds east of Greenwich at a moment, in seconds since 1970-01-01 00:00:00 GMT. Takes no memory, and little time
@@ -29,10 +30,12 @@ class ReaderZone {
  private:
   enum class Kind { kProcess, kUtc, kNamed };
 
+  explicit ReaderZone(Kind kind) : kind_(kind) {}
+
   void keep(long long moment);
   long ask(long long moment) const;
 
-  Kind kind_ = Kind::kProcess;
+  Kind kind_;
   std::shared_ptr<const icu::TimeZone> zone_;
   long long kept_from_ = 0;
   long long kept_to_ = 0;

@@ -107,12 +107,14 @@ void use_reader_settings(const ShownOptions& options) {
             << "; only the times that are shown beside messages are in it\n";
 }
 
+ReaderZone zone_of(const ShownOptions& options) {
+  if (options.utc) return ReaderZone::utc();
+  return options.time_zone.empty() ? ReaderZone() : ReaderZone::named(options.time_zone);
+}
+
 ShownTimes make_times(const ShownOptions& options) {
   const std::string locale = options.locale.empty() ? "" : find_reader_locale(options.locale)->name;
-  ReaderZone zone;
-  if (options.utc) zone = ReaderZone::utc();
-  if (!options.time_zone.empty()) zone = ReaderZone::named(options.time_zone);
-  return {std::move(zone), style_of(options.time_style), locale};
+  return {zone_of(options), style_of(options.time_style), locale};
 }
 
 std::unique_ptr<Presentation> make_presentation(const ShownOptions& options, const ShownPlace& place,

@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 
+#include "tools/options/reader_zone.h"
 #include "tools/shown/presentation.h"
 #include "tools/shown/shown_events.h"
 #include "tools/shown/shown_times.h"
@@ -61,7 +62,8 @@ void use_reader_settings(const ShownOptions& options);
 /// What --columns says is refused here where no table is shown. Throws CommandError (cannot run).
 void check_shown_options(const ShownOptions& options);
 
-/// The reader's clock.
+/// The reader's clock, and times as it shows them.
+ReaderZone zone_of(const ShownOptions& options);
 ShownTimes make_times(const ShownOptions& options);
 
 /// Says on standard error which fields hide attributes. Throws CommandError (cannot run) for names that nothing has.
