@@ -152,7 +152,7 @@ void tell_of_catalog_fallback(const std::string& folder, const std::string& loca
   };
   if (bundles.empty() || std::any_of(bundles.begin(), bundles.end(), is_of_language)) return;
   std::cerr << "qzlog: the catalog " << qzlog_compiler::quoted(folder) << " has no messages for the locale "
-            << qzlog_compiler::quoted(locale) << "; those of another language are shown\n";
+            << qzlog_compiler::quoted(locale) << "; what it falls back to is shown\n";
 }
 
 }  // namespace qzlog_tool

@@ -140,7 +140,7 @@ TEST_F(ReaderSettings, CatalogWithoutTheLanguage_IsTold) {
   EXPECT_EQ(told("fr-CA"), "");
   EXPECT_EQ(told(""), "");
   EXPECT_EQ(told("de-AT"), "qzlog: the catalog '" + catalog.path() +
-                               "' has no messages for the locale 'de-AT'; those of another language are shown\n");
+                               "' has no messages for the locale 'de-AT'; what it falls back to is shown\n");
 }
 
 }  // namespace
