@@ -1,9 +1,8 @@
 #include "tools/options/reader_zone.h"
 
-#include <cmath>
 #include <cstdlib>
 #include <ctime>
-#include <optional>
+#include <fstream>
 #include <string_view>
 #include <vector>
 
@@ -22,11 +21,6 @@ namespace {
 // Zones change their offset at full quarters of an hour, but for some long ago.
 constexpr long long kBlockSeconds = 900;
 constexpr const char* kVariable = "TZ";
-/// Winters and summers of the years in which most logs were written.
-constexpr long long kSampleFirst = 1'262'304'000;  // 2010-01-01
-constexpr long long kSampleStep = 91LL * 24 * 3600;
-constexpr int kSampleCount = 120;
-
 long long floor_to(long long value, long long step) {
   const long long rest = value % step;
   return value - (rest < 0 ? rest + step : rest);
@@ -80,23 +74,20 @@ std::vector<std::string> zone_names() {
   });
 }
 
-class ProcessZone {
- public:
-  ProcessZone() {
-    if (const char* const before = std::getenv(kVariable)) before_ = before;
-  }
-  static void set(const std::string& name) {
-    ::setenv(kVariable, name.c_str(), 1);
-    read_time_zone();
-  }
-  void bring_back() const {
-    before_ ? ::setenv(kVariable, before_->c_str(), 1) : ::unsetenv(kVariable);
-    read_time_zone();
-  }
+/// Whether the system's database has the zone. A name cannot lead out of it.
+bool is_in_system(const std::string& name) {
+  constexpr std::string_view kMagic = "TZif";
+  if (name.empty() || name.front() == '/' || name.find("..") != std::string::npos) return false;
+  const char* const folder = std::getenv("TZDIR");
+  std::ifstream file(std::string(folder != nullptr ? folder : "/usr/share/zoneinfo") + '/' + name, std::ios::binary);
+  char beginning[kMagic.size()] = {};
+  return file.read(beginning, sizeof beginning) && std::string_view(beginning, sizeof beginning) == kMagic;
+}
 
- private:
-  std::optional<std::string> before_;
-};
+bool is_of_process(const std::string& name) {
+  const char* const zone = std::getenv(kVariable);
+  return zone != nullptr && name == zone && is_in_system(name);
+}
 
 }  // namespace
 
@@ -106,6 +97,7 @@ ReaderZone ReaderZone::utc() { return ReaderZone(Kind::kUtc); }
 
 ReaderZone ReaderZone::named(const std::string& name) {
   if (name == "UTC") return utc();
+  if (is_of_process(name)) return {};
   ReaderZone zone(Kind::kNamed);
   zone.zone_ = make_zone(name);
   return zone;
@@ -125,6 +117,7 @@ long ReaderZone::ask(long long moment) const {
 }
 
 std::string check_time_zone(const std::string& name) {
+  if (is_in_system(name)) return "";
   const std::vector<std::string> names = zone_names();
   const std::vector<std::string_view> candidates(names.begin(), names.end());
   for (const std::string_view known : candidates) {
@@ -136,15 +129,9 @@ std::string check_time_zone(const std::string& name) {
 }
 
 bool use_time_zone(const std::string& name) {
-  const ProcessZone zone;
-  const std::unique_ptr<const icu::TimeZone> known = make_zone(name);
-  ProcessZone::set(name);
-  for (int sample = 0; sample < kSampleCount; ++sample) {
-    const long long moment = kSampleFirst + sample * kSampleStep;
-    if (local_offset(moment) == offset_of(*known, moment)) continue;
-    zone.bring_back();
-    return false;
-  }
+  if (!is_in_system(name)) return false;
+  ::setenv(kVariable, name.c_str(), 1);
+  read_time_zone();
   return true;
 }
 

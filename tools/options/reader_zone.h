@@ -14,7 +14,8 @@ class ReaderZone {
   /// That of the process: TZ, or the system's.
   ReaderZone();
   static ReaderZone utc();
-  /// A zone of the time zone database, by a name that check_time_zone takes.
+  /// A zone of the time zone database, by a name that check_time_zone takes: the process's where use_time_zone has made
+  /// it that, else as ICU knows it.
   static ReaderZone named(const std::string& name);
 
   /// UTC itself, not a zone that has the same time.
@@ -42,11 +43,12 @@ class ReaderZone {
   long kept_offset_ = 0;
 };
 
-/// For an option: "" for a zone of the database ("Europe/Berlin", "UTC"), else what is wrong, with a suggestion.
+/// For an option: "" for a zone that the system's database or ICU's has ("Europe/Berlin", "UTC"), else what is wrong,
+/// with a suggestion.
 std::string check_time_zone(const std::string& name);
 
-/// Makes it the process's, so that messages show their times by it too. False when the C library does not have it, or
-/// has other rules for it; the process then keeps the zone that it had.
+/// Makes it the process's, so that messages show their times by it too, and whoever asks for the process's clock. False
+/// where the system's database does not have it: the process then keeps the zone that it had.
 bool use_time_zone(const std::string& name);
 
 }  // namespace qzlog_tool

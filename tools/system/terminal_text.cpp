@@ -17,6 +17,8 @@ using qzlog_compiler::Utf8Character;
 
 bool raw_texts_are_wanted = false;  // of the process, which has one thread
 
+bool is_raw(int descriptor) { return descriptor == STDOUT_FILENO && raw_texts_are_wanted; }
+
 bool is_line_end_or_tab(std::string_view text, std::size_t offset) {
   const char byte = text[offset];
   return byte == '\n' || byte == '\t' || (byte == '\r' && text.substr(offset + 1, 1) == "\n");
@@ -59,9 +61,7 @@ std::size_t unfinished_bytes(std::string_view text) {
 
 }  // namespace
 
-bool is_escaped(int descriptor) {
-  return ::isatty(descriptor) == 1 && (descriptor != STDOUT_FILENO || !raw_texts_are_wanted);
-}
+bool is_escaped(int descriptor) { return !is_raw(descriptor) && ::isatty(descriptor) == 1; }
 
 void want_raw_texts() noexcept { raw_texts_are_wanted = true; }
 
@@ -109,7 +109,7 @@ class TerminalGuard::Buffer : public std::streambuf {
   bool write(std::size_t size) {
     const std::string_view text = std::string_view(held_).substr(0, size);
     bool is_written = false;
-    if (is_escaped(descriptor_)) {
+    if (!is_raw(descriptor_)) {
       escaped_.clear();
       append_terminal_text(text, escaped_);
       is_written = put(escaped_);

@@ -68,7 +68,8 @@ TEST(ReaderZone, Names_AreThoseOfTheDatabase) {
   EXPECT_EQ(check_time_zone("europe/berlin"), "unknown time zone 'europe/berlin'; did you mean 'Europe/Berlin'?");
   EXPECT_EQ(check_time_zone("GMT+02:00"),
             "unknown time zone 'GMT+02:00'; zones are called as in Europe/Berlin, or UTC");
-  for (const char* const name : {"", "Etc/Unknown", "CET-1CEST,M3.5.0,M10.5.0/3", ":/etc/localtime", "\033"}) {
+  for (const char* const name : {"", "Etc/Unknown", "CET-1CEST,M3.5.0,M10.5.0/3", ":/etc/localtime", "\033", "Europe",
+                                 "/usr/share/zoneinfo/Europe/Berlin", "../zoneinfo/UTC", "tzdata.zi"}) {
     EXPECT_NE(check_time_zone(name), "") << name;
   }
 }
@@ -125,6 +126,19 @@ TEST_F(ReaderSettings, ZoneOfTheReader_IsThatOfTheProcess) {
   ::localtime_r(&moment, &fields);
   EXPECT_EQ(fields.tm_gmtoff, -5 * 3600);
   EXPECT_EQ(said_, "");
+}
+
+// ICU has zones of its own.
+TEST_F(ReaderSettings, ZoneThatTheSystemLacks_IsThatOfTimesBesideMessages) {
+  const qz_test::TempDir empty;
+  const qz_test::SetEnv folder("TZDIR", empty.path());
+  ShownOptions options;
+  options.time_zone = "Pacific/Chatham";
+  options.output = "short";
+  EXPECT_EQ(shown_with(options), "2026-11-21T22:00:29+13:45 error    DISK_FULL Disk v is full: 12 blocks free\n");
+  EXPECT_EQ(said_,
+            "qzlog: the system does not have the time zone 'Pacific/Chatham'; only the times that are shown beside "
+            "messages are in it\n");
 }
 
 TEST_F(ReaderSettings, CatalogWithoutTheLanguage_IsTold) {

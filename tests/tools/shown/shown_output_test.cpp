@@ -82,8 +82,7 @@ TEST_F(ShownOutputTest, Csv_KeepsItsLineEndsOnATerminal) {
 
 TEST_F(ShownOutputTest, CodePage_IsThatOfTheWholeLine) {
   const LineCodePage latin1("ISO-8859-1");
-  EXPECT_EQ(on_a_terminal("text", false, &latin1).substr(0, 45),
-            "Disk \\x1B[2J\xE4\\x9B is full: 0 blocks free\nDisk");
+  EXPECT_EQ(on_a_terminal("text", false, &latin1).substr(0, 45), "Disk \\x1B[2J\xE4\\x9B is full: 0 blocks free\nDisk");
 }
 
 TEST_F(ShownOutputTest, InAFile_ValuesAreAsTheyCame) {
