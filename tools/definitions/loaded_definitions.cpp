@@ -78,7 +78,8 @@ Definitions load_source(LoadFile load, DefinitionFile file, ReadingOptions optio
 
 }  // namespace
 
-void load_definitions(const std::string& standard, const std::string& auxiliary, qzlog_compiler::RenderingPaths path) {
+void load_definitions(const std::string& standard, const std::string& auxiliary, qzlog_compiler::RenderingPaths path,
+                      const UseModel& use) {
   DefinitionFile file = read_definition_file(standard);
   std::optional<DefinitionFile> auxiliary_file;
   if (!auxiliary.empty()) auxiliary_file = read_definition_file(auxiliary);
@@ -89,15 +90,21 @@ void load_definitions(const std::string& standard, const std::string& auxiliary,
   } else {
     load_compiled(qz_LOG_LogConfig::SetDefinitionPath, file);
     warn_of_damaged_names(file);
-    if (auxiliary_file && auxiliary_file->is_source) extended = read_without_errors(std::move(file), {}, kExitFindings);
+    const bool is_extended = auxiliary_file && auxiliary_file->is_source;
+    if (is_extended || use) extended = read_without_errors(std::move(file), {}, kExitFindings);
   }
+  if (use) use(extended.model);
+  if (!auxiliary_file) return;
   options.standard = &extended;
-  if (auxiliary_file && auxiliary_file->is_source) {
-    load_source(qz_LOG_LogConfig::SetAuxDefinitionPath, std::move(*auxiliary_file), options);
-  } else if (auxiliary_file) {
-    load_compiled(qz_LOG_LogConfig::SetAuxDefinitionPath, *auxiliary_file);
-    warn_of_damaged_names(*auxiliary_file);
+  if (auxiliary_file->is_source) {
+    const Definitions extending =
+        load_source(qz_LOG_LogConfig::SetAuxDefinitionPath, std::move(*auxiliary_file), options);
+    if (use) use(extending.model);
+    return;
   }
+  load_compiled(qz_LOG_LogConfig::SetAuxDefinitionPath, *auxiliary_file);
+  warn_of_damaged_names(*auxiliary_file);
+  if (use) use(read_without_errors(std::move(*auxiliary_file), {}, kExitFindings).model);
 }
 
 }  // namespace qzlog_tool

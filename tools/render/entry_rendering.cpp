@@ -2,6 +2,7 @@
 
 #include <csignal>
 #include <optional>
+#include <utility>
 
 #include "tools/render/line_identity.h"
 #include "tools/system/command_error.h"
@@ -28,10 +29,14 @@ std::string gap_text(const GapCheck::Gap& gap) {
 
 }  // namespace
 
-EntryRendering::EntryRendering(TextBytes bytes, LineRenderer& renderer, EntryCounting* counting, GapCheck* gaps)
-    : output_(STDOUT_FILENO, "standard output", bytes), renderer_(renderer), counting_(counting), gaps_(gaps) {
+EntryRendering::EntryRendering(BufferedOutput& output, LineRenderer& renderer, const RenderingParts& parts)
+    : output_(output),
+      renderer_(renderer),
+      parts_(parts),
+      needs_messages_(parts.shown == nullptr || parts.shown->shows_message()) {
   // A message that is out is counted, whenever the command is killed.
-  if (counting_ != nullptr) output_.before_flush([this] { counting_->flush(); });
+  if (parts_.counting != nullptr) output_.before_flush([this] { parts_.counting->flush(); });
+  if (parts_.shown != nullptr) parts_.shown->write_heading();
   current = this;
   std::signal(SIGABRT, report_abort);
 }
@@ -50,60 +55,97 @@ void EntryRendering::report_abort(int /*signal*/) {
   ::_exit(kExitFindings);
 }
 
+ErrorLine EntryRendering::place() const {
+  ErrorLine line = ErrorLine::of(line_);
+  if (place_in_log_ != nullptr) {
+    line.file = *place_in_log_->file;
+    line.number = place_in_log_->line;
+  }
+  return line;
+}
+
 // Inline: a call for each line shows.
-inline void EntryRendering::render_line() {
-  if (gaps_ != nullptr) check_number();
-  if (line_.IsLoss() || line_.IsHeld()) return output_.write_line(renderer_.tell_loss(line_));
-  ++entries_;
+inline void EntryRendering::show(std::string_view message) {
+  if (parts_.shown == nullptr) return output_.write_line(message);
+  if (place_in_log_ == nullptr) return parts_.shown->write({line_, message});
+  parts_.shown->write({line_, message, place_in_log_->file->c_str(), place_in_log_->line});
+}
+
+inline void EntryRendering::show_line() {
+  if (line_.IsLoss() || line_.IsHeld()) return show(renderer_.tell_loss(line_));
   try {
-    const std::optional<std::string_view> message = renderer_.render(line_);
-    if (!message) {
-      ++refused_;
-      return;
-    }
+    const std::string_view message = needs_messages_ ? renderer_.render(line_) : std::string_view();
     ++passed_;
-    const bool is_counted = counting_ == nullptr || counting_->add(line_.GetEntry(), line_.HasTime());
-    output_.write_line(*message);
+    const bool is_counted = parts_.counting == nullptr || parts_.counting->add(line_.GetEntry(), line_.HasTime());
+    show(message);
     if (!is_counted) report({EntryRule::kUncountableDate, kUncountable});
   } catch (const EntryError& error) {
     report(error);
   }
 }
 
+inline void EntryRendering::take_line() {
+  if (parts_.gaps != nullptr) check_number();
+  const bool is_entry = !line_.IsLoss() && !line_.IsHeld();
+  if (is_entry) ++entries_;
+  if (is_entry && parts_.filter != nullptr && !parts_.filter->lets_through(line_.GetEntry())) {
+    ++refused_;
+    return;
+  }
+  if (parts_.choice != nullptr && !parts_.choice->takes(line_)) return;
+  if (parts_.tail != nullptr) return parts_.tail->add(line_);
+  show_line();
+}
+
 void EntryRendering::render(qz_LOG_EntryReader& reader) {
   const MemoryErrors errors_of_lines;
-  while (reader.Next(line_)) {
-    render_line();
+  // Numbers are those of all lines.
+  if (parts_.choice != nullptr && parts_.gaps == nullptr) reader.SetLineChoice(parts_.choice->line_choice());
+  while (!is_complete() && reader.Next(line_)) {
+    take_line();
     progress_.update(++lines_);
   }
 }
 
+void EntryRendering::catch_up() {
+  if (parts_.tail != nullptr) {
+    LineTail& tail = *std::exchange(parts_.tail, nullptr);
+    qz_LOG_EntryReader reader = qz_LOG_EntryReader::FromSource(tail, "", this);
+    while (reader.Next(line_)) {
+      place_in_log_ = &tail.place(line_.GetLine());
+      show_line();
+    }
+    place_in_log_ = nullptr;
+  }
+  output_.flush();
+}
+
 void EntryRendering::TakeLineError(const qz_LOG_LineError& error) {
   ++unread_;
-  const ShownLine line = {error.file, error.line, {error.source, error.source_length}};
+  const ErrorLine line = {error.file, error.line, {error.source, error.source_length}};
   errors_.report(line, qzlog_compiler::AnyRule(reader_rule(error.rule)), error.text);
-  if (gaps_ == nullptr) return;
+  if (parts_.gaps == nullptr) return;
   const std::optional<LineIdentity> identity = line_identity(line.text);
   if (identity) check_number(identity->writer, identity->seq, line);
 }
 
 void EntryRendering::check_number() {
   const std::string_view writer = line_.GetWriter();
-  if (writer.empty() || !line_.HasSeq()) return gaps_->add_unnumbered();
-  check_number(writer, line_.GetSeq(), ShownLine::of(line_));
+  if (writer.empty() || !line_.HasSeq()) return parts_.gaps->add_unnumbered();
+  check_number(writer, line_.GetSeq(), place());
 }
 
-void EntryRendering::check_number(std::string_view writer, std::uint64_t seq, const ShownLine& line) {
-  if (gaps_->add(writer, seq, {line.file, line.number})) return;
+void EntryRendering::check_number(std::string_view writer, std::uint64_t seq, const ErrorLine& line) {
+  if (parts_.gaps->add(writer, seq, {line.file, line.number})) return;
   ++numbers_;
   errors_.report(line, EntryRule::kDoubledLine,
                  "the writer " + std::string(writer) + " has a line with this seq already: " + std::to_string(seq));
 }
 
 void EntryRendering::finish() {
-  output_.flush();
-  if (gaps_ == nullptr) return;
-  for (const GapCheck::Gap& gap : gaps_->gaps()) {
+  catch_up();
+  if (parts_.gaps == nullptr) return;
+  for (const GapCheck::Gap& gap : parts_.gaps->gaps()) {
     ++numbers_;
     errors_.report({gap.file, gap.line, ""}, EntryRule::kMissingLines, gap_text(gap));
   }
@@ -117,7 +159,16 @@ void EntryRendering::print_filter_summary() {
   print(text);
 }
 
-void EntryRendering::print_gap_summary() { print(gaps_->summary()); }
+void EntryRendering::print_gap_summary() { print(parts_.gaps->summary()); }
+
+void EntryRendering::print_choice_summary() {
+  if (const std::uint64_t count = parts_.choice->without_time(); count != 0) {
+    print("entries without a time, left out: " + std::to_string(count));
+  }
+  if (const std::uint64_t count = parts_.choice->forgotten(); count != 0) {
+    print("ranges of numbers that --unique had to forget: " + std::to_string(count));
+  }
+}
 
 void EntryRendering::print(const std::string& line) {
   progress_.clear();

@@ -1,29 +1,39 @@
 #ifndef QZLOG_TOOLS_RENDER_ENTRY_RENDERING_H
 #define QZLOG_TOOLS_RENDER_ENTRY_RENDERING_H
 
-#include <unistd.h>
-
 #include <cstdint>
 #include <string>
 #include <string_view>
 
 #include "qzlog/entry_lines.h"
+#include "tools/choice/entry_choice.h"
+#include "tools/choice/line_tail.h"
 #include "tools/count/entry_counting.h"
 #include "tools/render/gap_check.h"
 #include "tools/render/line_errors.h"
 #include "tools/render/line_renderer.h"
+#include "tools/render/render_filter.h"
+#include "tools/shown/shown_output.h"
 #include "tools/system/buffered_output.h"
 #include "tools/system/terminal.h"
-#include "tools/system/terminal_text.h"
 
 namespace qzlog_tool {
 
-/// Renders lines of entries to standard output, from whichever files they come. One object at a time.
+/// What is done with lines beside rendering their messages; null where it was not asked for.
+struct RenderingParts {
+  ShownOutput* shown = nullptr;          ///< else messages are written as they are
+  EntryChoice* choice = nullptr;         ///< which lines are wanted
+  LineTail* tail = nullptr;              ///< holds the wanted ones until the last of them are known
+  const RenderFilter* filter = nullptr;  ///< the library's
+  EntryCounting* counting = nullptr;
+  GapCheck* gaps = nullptr;
+};
+
+/// Renders lines of entries to an output, from whichever files they come. One object at a time.
 class EntryRendering : public qz_LOG_LineErrorHandler {
  public:
-  /// Messages are made of `bytes`. `counting` and `gaps` are null where nothing is counted or checked. What the
-  /// arguments refer to has to outlive this object.
-  EntryRendering(TextBytes bytes, LineRenderer& renderer, EntryCounting* counting, GapCheck* gaps);
+  /// What the arguments refer to has to outlive this object.
+  EntryRendering(BufferedOutput& output, LineRenderer& renderer, const RenderingParts& parts);
   ~EntryRendering() override;
   EntryRendering(const EntryRendering&) = delete;
   EntryRendering& operator=(const EntryRendering&) = delete;
@@ -36,29 +46,42 @@ class EntryRendering : public qz_LOG_LineErrorHandler {
   BufferedOutput& output() noexcept { return output_; }
   LineErrors& errors() noexcept { return errors_; }
   bool has_errors() const noexcept { return errors_.count() != 0; }
+  /// Something was shown.
+  bool has_shown() const noexcept { return passed_ != 0; }
+  /// As many lines as were asked for are there: no other is shown.
+  bool is_complete() const { return parts_.choice != nullptr && parts_.choice->is_complete(); }
 
-  /// Writes out what is held, and says which lines are missing.
+  /// Before more lines are waited for: shows what was held as the last lines, from now on each at once, and writes out
+  /// what is held.
+  void catch_up();
+  /// Catches up, and says which lines are missing.
   void finish();
   /// Says on stderr how many entries were read, passed and refused.
   void print_filter_summary();
   /// Says there what the check for gaps has seen.
   void print_gap_summary();
+  /// Says there what was left out, or not held, though it may be wanted.
+  void print_choice_summary();
 
  private:
   static void report_abort(int signal);
-  void report(const EntryError& error) { errors_.report(ShownLine::of(line_), error.rule, error.text); }
-  void render_line();
+  void report(const EntryError& error) { errors_.report(place(), error.rule, error.text); }
+  ErrorLine place() const;
+  void take_line();
+  void show_line();
+  void show(std::string_view message);
   void check_number();
-  void check_number(std::string_view writer, std::uint64_t seq, const ShownLine& line);
+  void check_number(std::string_view writer, std::uint64_t seq, const ErrorLine& line);
   void print(const std::string& line);
 
-  BufferedOutput output_;
+  BufferedOutput& output_;
   LineRenderer& renderer_;
-  EntryCounting* counting_;
-  GapCheck* gaps_;
+  RenderingParts parts_;
+  const bool needs_messages_;
   ProgressLine progress_{"lines"};
   LineErrors errors_{output_, progress_};
   qz_LOG_EntryLine line_;
+  const LineTail::Place* place_in_log_ = nullptr;  // of a line that is read from the tail
   std::uint64_t lines_ = 0;
   std::uint64_t entries_ = 0;
   std::uint64_t passed_ = 0;

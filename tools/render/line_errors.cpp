@@ -15,7 +15,7 @@ void LineErrors::begin() {
   progress_.clear();
 }
 
-void LineErrors::report(const ShownLine& line, qzlog_compiler::AnyRule rule, const std::string& text) {
+void LineErrors::report(const ErrorLine& line, qzlog_compiler::AnyRule rule, const std::string& text) {
   ++count_;
   begin();
   const std::string file(line.file);

@@ -14,12 +14,12 @@
 namespace qzlog_tool {
 
 /// A line of entries as errors show it.
-struct ShownLine {
+struct ErrorLine {
   std::string_view file;
   std::uint64_t number;
   std::string_view text;
 
-  static ShownLine of(const qz_LOG_EntryLine& line) {
+  static ErrorLine of(const qz_LOG_EntryLine& line) {
     return {line.GetFile(), line.GetLine(), {line.GetSource(), line.GetSourceLength()}};
   }
 };
@@ -30,7 +30,7 @@ class LineErrors {
   /// What the arguments refer to has to outlive this object.
   LineErrors(BufferedOutput& output, ProgressLine& progress) : output_(output), progress_(progress) {}
 
-  void report(const ShownLine& line, qzlog_compiler::AnyRule rule, const std::string& text);
+  void report(const ErrorLine& line, qzlog_compiler::AnyRule rule, const std::string& text);
   /// What is wrong with a file, or not as expected.
   void report(qzlog_compiler::Severity severity, const std::string& text);
 

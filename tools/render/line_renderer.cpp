@@ -7,9 +7,8 @@
 
 namespace qzlog_tool {
 
-std::optional<std::string_view> LineRenderer::render(const qz_LOG_EntryLine& line) {
+std::string_view LineRenderer::render(const qz_LOG_EntryLine& line) {
   const qz_LOG_LogEntry& entry = line.GetEntry();
-  if (filter_ != nullptr && !filter_->lets_through(entry)) return std::nullopt;
   call_for_entry(EntryRule::kNoMessage,
                  [&] { entry.FormatMessage(message_, line.GetUseDefault(), line.GetSelectorIndex()); });
   if (code_page_ == nullptr) return message_;

@@ -1,32 +1,28 @@
 #ifndef QZLOG_TOOLS_RENDER_LINE_RENDERER_H
 #define QZLOG_TOOLS_RENDER_LINE_RENDERER_H
 
-#include <optional>
 #include <string>
 #include <string_view>
 
 #include "qzlog/entry_lines.h"
 #include "tools/options/line_code_page.h"
-#include "tools/render/render_filter.h"
 
 namespace qzlog_tool {
 
 /// Makes readable messages from lines of entries.
 class LineRenderer {
  public:
-  /// Messages are converted to `code_page`; null writes them as the library returns them. A null filter lets every
-  /// entry through. What the arguments point to has to outlive this object.
-  LineRenderer(const LineCodePage* code_page, const RenderFilter* filter) : code_page_(code_page), filter_(filter) {}
+  /// Messages are converted to `code_page`, which has to outlive this object; null writes them as the library returns
+  /// them.
+  explicit LineRenderer(const LineCodePage* code_page) : code_page_(code_page) {}
 
-  /// The message, valid until the next call; nothing for an entry that the filter refuses. Throws EntryError for an
-  /// entry that has none.
-  std::optional<std::string_view> render(const qz_LOG_EntryLine& line);
+  /// The message, valid until the next call. Throws EntryError for an entry that has none.
+  std::string_view render(const qz_LOG_EntryLine& line);
   /// What a line says that tells of entries that were lost or held back, valid as long.
   std::string_view tell_loss(const qz_LOG_EntryLine& line);
 
  private:
   const LineCodePage* code_page_;
-  const RenderFilter* filter_;
   std::string message_;
   std::string converted_;
 };

@@ -44,7 +44,7 @@ LogFollower::End LogFollower::follow(const std::vector<std::string>& operands) {
   if (folders_.empty() && operands_.empty()) return end_;
   const StopSignals signals;
   while (!must_end()) {
-    rendering_.output().flush();
+    rendering_.catch_up();
     const ChangeWatch::Change change = watch_.wait();
     end_.output_gone = change.output_gone;
     if (!must_end()) read_all(change.names);
@@ -54,7 +54,7 @@ LogFollower::End LogFollower::follow(const std::vector<std::string>& operands) {
 
 bool LogFollower::must_end() {
   end_.signal = StopSignals::requested();
-  return end_.output_gone || end_.signal != 0;
+  return end_.output_gone || end_.signal != 0 || rendering_.is_complete();
 }
 
 void LogFollower::begin(const std::string& operand) {

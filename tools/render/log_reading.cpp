@@ -26,7 +26,10 @@ bool read_operand(const std::string& operand, EntryRendering& rendering) {
     return fail(failure.what(), rendering);
   }
   bool all_read = true;
-  for (const std::string& path : files.paths) all_read = read_input(path, files.were_found, rendering) && all_read;
+  for (const std::string& path : files.paths) {
+    if (rendering.is_complete()) break;
+    all_read = read_input(path, files.were_found, rendering) && all_read;
+  }
   return all_read;
 }
 
@@ -50,7 +53,10 @@ bool read_input(const std::string& path, bool may_be_gone, EntryRendering& rende
 
 bool read_inputs(const std::vector<std::string>& operands, EntryRendering& rendering) {
   bool all_read = true;
-  for (const std::string& operand : operands) all_read = read_operand(operand, rendering) && all_read;
+  for (const std::string& operand : operands) {
+    if (rendering.is_complete()) break;
+    all_read = read_operand(operand, rendering) && all_read;
+  }
   return all_read;
 }
 

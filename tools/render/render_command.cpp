@@ -1,7 +1,10 @@
 #include "tools/render/render_command.h"
 
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
 #include <csignal>
+#include <ctime>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -9,13 +12,16 @@
 #include <vector>
 
 #include "qzlog/logcfg.h"
-#include "qzlog/qz_locale.h"
+#include "tools/choice/choice_options.h"
+#include "tools/choice/entry_choice.h"
+#include "tools/choice/known_definitions.h"
+#include "tools/choice/line_tail.h"
+#include "tools/choice/reader_moment.h"
 #include "tools/count/entry_counting.h"
 #include "tools/definitions/loaded_definitions.h"
 #include "tools/options/line_code_page.h"
-#include "tools/options/locale_names.h"
 #include "tools/options/option_checks.h"
-#include "tools/options/raw_option.h"
+#include "tools/options/reader_locale.h"
 #include "tools/render/entry_rendering.h"
 #include "tools/render/gap_check.h"
 #include "tools/render/line_renderer.h"
@@ -24,8 +30,12 @@
 #include "tools/render/render_filter.h"
 #include "tools/render/stop_signals.h"
 #include "tools/report/library_text.h"
+#include "tools/shown/shown_options.h"
+#include "tools/shown/shown_output.h"
+#include "tools/system/buffered_output.h"
 #include "tools/system/command_error.h"
 #include "tools/system/standard_input.h"
+#include "tools/system/terminal.h"
 #include "tools/system/terminal_text.h"
 
 namespace qzlog_tool {
@@ -36,7 +46,9 @@ struct RenderOptions {
   std::string definitions;
   std::string auxiliary;
   std::string catalog;
-  std::string locale;
+  ShownOptions shown;
+  ChoiceOptions choice;
+  bool exit_status = false;
   std::string code_page = "UTF-8";
   bool no_icu = false;
   FilterOptions filter;
@@ -90,22 +102,6 @@ Examples:
   qzlog render --definitions storage.yaml --level-low 3 --count /var/lib/storage/events entries.jsonl
 )";
 
-std::string known_locales() {
-  std::string names;
-  for (const std::string& name : locale_names()) names += (names.empty() ? "" : ", ") + name;
-  return names;
-}
-
-std::string check_locale(const std::string& name) {
-  qz_Locale locale = QZ_LOCALE_PROCESS;
-  return qz_I18N_find_locale(name.c_str(), locale) ? "" : "unknown locale '" + name + "'; known are " + known_locales();
-}
-
-void set_locale(const std::string& name) {
-  qz_Locale locale = QZ_LOCALE_PROCESS;
-  if (!name.empty() && qz_I18N_find_locale(name.c_str(), locale)) qz_LOG_LogConfig::SetLocale(locale);
-}
-
 // ICU takes a path without a slash for the name of a package of its own data.
 void open_catalog(const std::string& folder) {
   if (folder.empty()) return;
@@ -126,45 +122,111 @@ LogFollower::End read_entries(const RenderOptions& options, EntryRendering& rend
 
 /// The status of the command, unless it is ended as whoever follows a file is: by the signal that asked for the end, or
 /// by the one of a pipe without a reader.
-int end_command(const LogFollower::End& end, bool has_errors) {
+int end_command(const LogFollower::End& end, bool is_right) {
   if (end.signal != 0) end_by_signal(end.signal);
   if (end.output_gone) {
     end_by_signal(SIGPIPE);
     return kExitReaderGone;
   }
   if (!end.all_read) return kExitCannotRun;
-  return has_errors ? kExitFindings : kExitSuccess;
+  return is_right ? kExitSuccess : kExitFindings;
 }
 
-int render(const RenderOptions& options) {
+/// Everything between an entry and standard output that is no message alone.
+class ShownEntries {
+ public:
+  ShownEntries(const ShownOptions& options, const ShownEvents& events, BufferedOutput& output,
+               const LineCodePage* code_page)
+      : times_(make_times(options)),
+        presentation_(make_presentation(options, place_of_standard_output(), events, times_)),
+        output_(*presentation_, output, options.may_have_colour() && stdout_has_colour(), code_page) {}
+
+  ShownOutput* output() { return &output_; }
+
+ private:
+  ShownTimes times_;
+  std::unique_ptr<Presentation> presentation_;
+  ShownOutput output_;
+};
+
+/// What an option asked for, or null.
+template <typename Part>
+Part* pointer_to(std::optional<Part>& part) {
+  return part ? &*part : nullptr;
+}
+
+ReaderClock clock_of(const ShownOptions& options) {
+  const auto zone = std::make_shared<ReaderZone>(zone_of(options));
+  return {std::time(nullptr), [zone](long long moment) { return zone->offset_at(moment); }};
+}
+
+/// What the definitions say, as far as somebody asks.
+struct RenderDefinitions {
+  ShownEvents events;
+  KnownDefinitions known;
+};
+
+RenderDefinitions load(const RenderOptions& options) {
+  RenderDefinitions definitions;
+  const bool is_asked = !options.shown.shows_messages_alone() || options.choice.is_given();
+  const auto use_model = [&definitions](const qzlog_compiler::DefinitionModel& model) {
+    definitions.events.add(model);
+    definitions.known.add(model);
+  };
+  load_definitions(options.definitions, options.auxiliary,
+                   options.no_icu ? qzlog_compiler::RenderingPaths::kNarrow : qzlog_compiler::RenderingPaths::kIcu,
+                   is_asked ? UseModel(use_model) : UseModel());
+  return definitions;
+}
+
+void refuse_what_contradicts(const RenderOptions& options, const LineCodePage& code_page) {
+  check_shown_options(options.shown);
   std::vector<std::string> read_files = {options.definitions, options.auxiliary, options.filter.config};
   read_files.insert(read_files.end(), options.entries.begin(), options.entries.end());
   refuse_repeated_standard_input(read_files);
-  const LineCodePage code_page(options.code_page);
-  qz_LOG_LogConfig::SetICUEnabled(!options.no_icu);
-  qz_LOG_LogConfig::SetCodePage(code_page.name().c_str());
-  set_locale(options.locale);
-  load_definitions(options.definitions, options.auxiliary,
-                   options.no_icu ? qzlog_compiler::RenderingPaths::kNarrow : qzlog_compiler::RenderingPaths::kIcu);
-  open_catalog(options.catalog);
+  if (options.shown.output == "json" && !code_page.is_utf8()) {
+    throw CommandError(kExitCannotRun, "JSON is in UTF-8; leave out --code-page");
+  }
+}
 
+int render(const RenderOptions& options) {
+  const LineCodePage code_page(options.code_page);
+  refuse_what_contradicts(options, code_page);
+  const bool is_shown = !options.shown.shows_messages_alone();
+  qz_LOG_LogConfig::SetICUEnabled(!options.no_icu);
+  // What is shown beside messages is UTF-8, and converted with them.
+  qz_LOG_LogConfig::SetCodePage(is_shown ? "UTF-8" : code_page.name().c_str());
+  use_reader_settings(options.shown);
+  const RenderDefinitions definitions = load(options);
+  open_catalog(options.catalog);
+  tell_of_catalog_fallback(options.catalog, options.shown.locale);
+
+  BufferedOutput output(STDOUT_FILENO, "standard output", code_page.is_utf8() ? TextBytes::kUtf8 : TextBytes::kOther);
+  std::optional<ShownEntries> shown;
+  if (is_shown) shown.emplace(options.shown, definitions.events, output, code_page.is_utf8() ? nullptr : &code_page);
+  std::optional<EntryChoice> choice;
+  if (options.choice.is_given()) choice.emplace(options.choice, definitions.known, clock_of(options.shown));
+  std::optional<LineTail> tail;
+  if (options.choice.tail != 0) tail.emplace(options.choice.tail);
   std::optional<RenderFilter> filter;
   if (options.filter.active) filter.emplace(options.filter);
   std::optional<EntryCounting> counting;
   if (!options.counter.empty()) counting.emplace(options.counter);
-  // Through ICU the library takes and gives texts in the code page; narrowly it passes bytes on as they are.
-  const bool converts = options.no_icu && !code_page.is_utf8();
-  LineRenderer renderer(converts ? &code_page : nullptr, filter ? &*filter : nullptr);
   std::optional<GapCheck> gaps;
   if (options.check_gaps) gaps.emplace();
-  EntryRendering rendering(code_page.is_utf8() ? TextBytes::kUtf8 : TextBytes::kOther, renderer,
-                           counting ? &*counting : nullptr, gaps ? &*gaps : nullptr);
+  // Through ICU the library takes and gives texts in the code page; narrowly it passes bytes on as they are.
+  const bool converts = options.no_icu && !code_page.is_utf8() && !is_shown;
+  LineRenderer renderer(converts ? &code_page : nullptr);
+  EntryRendering rendering(output, renderer,
+                           {shown ? shown->output() : nullptr, pointer_to(choice), pointer_to(tail), pointer_to(filter),
+                            pointer_to(counting), pointer_to(gaps)});
   const LogFollower::End end = read_entries(options, rendering);
   rendering.finish();
   if (filter) rendering.print_filter_summary();
+  if (choice) rendering.print_choice_summary();
   if (gaps) rendering.print_gap_summary();
   if (counting) counting->close();
-  return end_command(end, rendering.has_errors());
+  return end_command(end, !rendering.has_errors() && (!options.exit_status || rendering.has_shown()));
 }
 
 }  // namespace
@@ -179,9 +241,6 @@ void add_render_command(CLI::App& app, int& exit_status) {
       ->required();
   command->add_option("--aux", options->auxiliary, "An auxiliary definition file, compiled or a source")
       ->type_name("AUX.ldf|AUX.yaml");
-  command->add_option("--locale", options->locale, "The locale of messages, numbers and dates; default: the process's")
-      ->type_name("ll_CC")
-      ->check(check_locale);
   command->add_option("--code-page", options->code_page, "The code page of the messages")
       ->type_name("NAME")
       ->capture_default_str();
@@ -200,7 +259,9 @@ void add_render_command(CLI::App& app, int& exit_status) {
       ->add_option("ENTRIES", options->entries,
                    "Files, folders and series of files with entries; '-' or nothing is standard input")
       ->type_name("FILE.jsonl|DIR|DIR/PREFIX");
-  add_raw_option(*command);
+  add_shown_options(*command, options->shown);
+  add_choice_options(*command, options->choice, MaskOption::kLeaveOut);
+  command->add_flag("--exit-status", options->exit_status, "End with status 1 where no entry was shown");
   command->callback([options, &exit_status] { exit_status = render(*options); });
 }
 

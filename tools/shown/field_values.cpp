@@ -163,7 +163,7 @@ bool FieldValues::append(const FieldChoice& choice, const ShownLine& shown, std:
     case ShownField::kMask:
       return append_of_entry(choice.field, line, out);
     default:
-      return append_of_line(choice.field, line, out);
+      return append_of_line(choice.field, shown, out);
   }
 }
 
@@ -205,7 +205,8 @@ bool FieldValues::append_of_entry(ShownField field, const qz_LOG_EntryLine& line
   }
 }
 
-bool FieldValues::append_of_line(ShownField field, const qz_LOG_EntryLine& line, std::string& out) {
+bool FieldValues::append_of_line(ShownField field, const ShownLine& shown, std::string& out) {
+  const qz_LOG_EntryLine& line = shown.line;
   switch (field) {
     case ShownField::kWriter:
       return append_text(line.GetWriter(), out);
@@ -216,9 +217,9 @@ bool FieldValues::append_of_line(ShownField field, const qz_LOG_EntryLine& line,
     case ShownField::kDefinitions:
       return append_text(line.GetDefinitions(), out);
     case ShownField::kFile:
-      return append_text(line.GetFile(), out);
+      return append_text(shown.file_name(), out);
     case ShownField::kLine:
-      append_number(line.GetLine(), out);
+      append_number(shown.line_number(), out);
       return true;
     default:
       if (line.HasSeq()) append_number(line.GetSeq(), out);

@@ -16,6 +16,11 @@ namespace qzlog_tool {
 struct ShownLine {
   const qz_LOG_EntryLine& line;
   std::string_view message;
+  const char* file = nullptr;  ///< where it was read first, when `line` was read from a copy; else null
+  std::uint64_t number = 0;    ///< of the line there
+
+  const char* file_name() const { return file != nullptr ? file : line.GetFile(); }
+  std::uint64_t line_number() const { return file != nullptr ? number : line.GetLine(); }
 };
 
 /// Looks up what fields show of lines. Takes no memory but that of the text. One thread uses it.
@@ -35,7 +40,7 @@ class FieldValues {
  private:
   bool append_time(ShownField field, const qz_LOG_EntryLine& line, std::string& out);
   bool append_of_entry(ShownField field, const qz_LOG_EntryLine& line, std::string& out);
-  bool append_of_line(ShownField field, const qz_LOG_EntryLine& line, std::string& out);
+  bool append_of_line(ShownField field, const ShownLine& shown, std::string& out);
   const ShownEvent* event_of(const qz_LOG_EntryLine& line);
 
   const ShownEvents& events_;

@@ -141,8 +141,8 @@ void LongPresentation::append_origin(const ShownLine& shown, std::string& out) {
     append_safely(value_, CellSafety::kLine, out);
     between = ", ";
   }
-  out += shown.line.GetFile()[0] != '\0' ? ":" : between == "  " ? "  line " : ", line ";
-  append_number(shown.line.GetLine(), out);
+  out += shown.file_name()[0] != '\0' ? ":" : between == "  " ? "  line " : ", line ";
+  append_number(shown.line_number(), out);
   out += '\n';
 }
 
