@@ -175,7 +175,10 @@ TEST_F(RenderCommand, Catalog_InARelativeFolderAndForALocale) {
   ASSERT_EQ(built.status, 0) << built.err;
   write("entries.jsonl", line(kFull));
   const std::string command = "$QZLOG render --definitions storage.yaml --catalog messages entries.jsonl --locale ";
-  expect_success(run(command + "en_US"), "vol1 voll\n");
+  const CommandResult fallback = run(command + "en_US");
+  EXPECT_EQ(fallback.out, "vol1 voll\n");
+  EXPECT_EQ(fallback.err,
+            "qzlog: the catalog 'messages' has no messages for the locale 'en_US'; what it falls back to is shown\n");
   expect_success(run(command + "ja_JP"), "\u6E80\u676F vol1\n");
 }
 
