@@ -9,7 +9,7 @@
 #include <utility>
 
 #include "tools/render/stop_signals.h"
-#include "tools/render/unreadable_input.h"
+#include "tools/logs/unreadable_input.h"
 
 namespace qzlog_tool {
 

@@ -12,7 +12,7 @@
 #include "tools/render/change_watch.h"
 #include "tools/render/entry_rendering.h"
 #include "tools/render/followed_file.h"
-#include "tools/render/log_inputs.h"
+#include "tools/logs/log_inputs.h"
 
 namespace qzlog_tool {
 

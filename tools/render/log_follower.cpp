@@ -5,10 +5,10 @@
 
 #include <optional>
 
-#include "tools/render/log_inputs.h"
+#include "tools/logs/log_inputs.h"
 #include "tools/render/log_reading.h"
 #include "tools/render/stop_signals.h"
-#include "tools/render/unreadable_input.h"
+#include "tools/logs/unreadable_input.h"
 
 namespace qzlog_tool {
 

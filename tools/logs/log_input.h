@@ -1,11 +1,11 @@
-#ifndef QZLOG_TOOLS_RENDER_RENDER_INPUT_H
-#define QZLOG_TOOLS_RENDER_RENDER_INPUT_H
+#ifndef QZLOG_TOOLS_LOGS_LOG_INPUT_H
+#define QZLOG_TOOLS_LOGS_LOG_INPUT_H
 
 #include <string>
 #include <utility>
 
 #include "qzlog/entry_lines.h"
-#include "tools/render/unreadable_input.h"
+#include "tools/logs/unreadable_input.h"
 #include "tools/system/buffered_output.h"
 #include "tools/system/command_error.h"
 #include "tools/system/file_descriptor.h"
@@ -13,10 +13,10 @@
 namespace qzlog_tool {
 
 /// A file of entries. What was made of the lines so far is written out before more are waited for.
-class RenderInput : public qz_LOG_ByteSource {
+class LogInput : public qz_LOG_ByteSource {
  public:
   /// `path` as open_input takes it, which `file` was opened with. `output` has to outlive this object.
-  RenderInput(const std::string& path, FileDescriptor file, BufferedOutput& output)
+  LogInput(const std::string& path, FileDescriptor file, BufferedOutput& output)
       : shown_path_(display_name(path)), file_(std::move(file)), output_(output) {}
 
   /// "<stdin>" for standard input.
@@ -39,4 +39,4 @@ class RenderInput : public qz_LOG_ByteSource {
 
 }  // namespace qzlog_tool
 
-#endif  // QZLOG_TOOLS_RENDER_RENDER_INPUT_H
+#endif  // QZLOG_TOOLS_LOGS_LOG_INPUT_H

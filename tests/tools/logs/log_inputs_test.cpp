@@ -1,4 +1,4 @@
-#include "tools/render/log_inputs.h"
+#include "tools/logs/log_inputs.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "tests/support/temp_dir.h"
-#include "tools/render/unreadable_input.h"
+#include "tools/logs/unreadable_input.h"
 
 namespace qzlog_tool {
 namespace {

@@ -1,5 +1,5 @@
-#ifndef QZLOG_TOOLS_RENDER_UNREADABLE_INPUT_H
-#define QZLOG_TOOLS_RENDER_UNREADABLE_INPUT_H
+#ifndef QZLOG_TOOLS_LOGS_UNREADABLE_INPUT_H
+#define QZLOG_TOOLS_LOGS_UNREADABLE_INPUT_H
 
 #include <stdexcept>
 
@@ -12,4 +12,4 @@ struct UnreadableInput : std::runtime_error {
 
 }  // namespace qzlog_tool
 
-#endif  // QZLOG_TOOLS_RENDER_UNREADABLE_INPUT_H
+#endif  // QZLOG_TOOLS_LOGS_UNREADABLE_INPUT_H

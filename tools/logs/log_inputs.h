@@ -1,5 +1,5 @@
-#ifndef QZLOG_TOOLS_RENDER_LOG_INPUTS_H
-#define QZLOG_TOOLS_RENDER_LOG_INPUTS_H
+#ifndef QZLOG_TOOLS_LOGS_LOG_INPUTS_H
+#define QZLOG_TOOLS_LOGS_LOG_INPUTS_H
 
 #include <compare>
 #include <optional>
@@ -60,4 +60,4 @@ InputFiles input_files(const std::string& operand);
 
 }  // namespace qzlog_tool
 
-#endif  // QZLOG_TOOLS_RENDER_LOG_INPUTS_H
+#endif  // QZLOG_TOOLS_LOGS_LOG_INPUTS_H

@@ -1,4 +1,4 @@
-#include "tools/render/log_inputs.h"
+#include "tools/logs/log_inputs.h"
 
 #include <dirent.h>
 #include <sys/stat.h>
@@ -11,7 +11,7 @@
 #include <set>
 
 #include "qzlog/log_util.h"
-#include "tools/render/unreadable_input.h"
+#include "tools/logs/unreadable_input.h"
 
 namespace qzlog_tool {
 
