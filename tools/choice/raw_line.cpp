@@ -99,7 +99,9 @@ class RawLine::Reader {
     }
     std::string_view text;
     if (take("\"written\":\"") && !(take_text(text) && take(","))) return false;
-    return !take("\"definitions\":\"") || (take_text(text) && take(","));
+    if (!take("\"definitions\":\"")) return true;
+    line_.has_definitions_ = take_text(line_.definitions_) && take(",");
+    return line_.has_definitions_;
   }
 
   bool read_id() {

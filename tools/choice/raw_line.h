@@ -57,6 +57,9 @@ class RawLine {
   std::string_view writer() const { return writer_; }
   bool has_seq() const { return has_seq_; }
   std::uint64_t seq() const { return seq_; }
+  bool has_definitions() const { return has_definitions_; }
+  /// What tells the definitions apart that its writer had.
+  std::string_view definitions() const { return definitions_; }
 
   /// `key` has to be plain.
   RawValue find(const RawKey& key) const;
@@ -76,6 +79,7 @@ class RawLine {
   std::string_view line_;
   std::string_view time_ = {};
   std::string_view writer_ = {};
+  std::string_view definitions_ = {};
   std::uint64_t seq_ = 0;
   std::size_t attributes_ = 0;  // behind their brace; 0: not known
   std::uint32_t id_ = 0;
@@ -84,6 +88,7 @@ class RawLine {
   bool has_level_ = false;
   bool has_writer_ = false;
   bool has_seq_ = false;
+  bool has_definitions_ = false;
 };
 
 }  // namespace qzlog_tool

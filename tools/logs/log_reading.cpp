@@ -7,7 +7,6 @@
 #include <cstring>
 #include <utility>
 
-#include "tools/logs/log_input.h"
 #include "tools/logs/log_inputs.h"
 
 namespace qzlog_tool {
@@ -36,15 +35,18 @@ bool read_operand(const std::string& operand, const LogReading& reading) {
 
 }  // namespace
 
-bool read_log(const std::string& path, bool may_be_gone, const LogReading& reading) {
+std::unique_ptr<LogInput> open_log(const std::string& path, bool may_be_gone, BufferedOutput& output) {
   FileDescriptor file(path == "-" ? STDIN_FILENO : open_path(path, O_RDONLY | O_CLOEXEC));
-  if (file.get() < 0) {
-    if (may_be_gone && errno == ENOENT) return true;
-    return fail("cannot open '" + path + "': " + std::strerror(errno), reading);
-  }
-  LogInput input(path, std::move(file), reading.output);
+  if (file.get() >= 0) return std::make_unique<LogInput>(path, std::move(file), output);
+  if (may_be_gone && errno == ENOENT) return nullptr;
+  throw UnreadableInput("cannot open '" + path + "': " + std::strerror(errno));
+}
+
+bool read_log(const std::string& path, bool may_be_gone, const LogReading& reading) {
   try {
-    qz_LOG_EntryReader reader = qz_LOG_EntryReader::FromSource(input, input.shown_path().c_str(), &reading.handler);
+    const std::unique_ptr<LogInput> input = open_log(path, may_be_gone, reading.output);
+    if (input == nullptr) return true;
+    qz_LOG_EntryReader reader = qz_LOG_EntryReader::FromSource(*input, input->shown_path().c_str(), &reading.handler);
     reading.read(reader);
   } catch (const UnreadableInput& failure) {
     return fail(failure.what(), reading);

@@ -2,10 +2,12 @@
 #define QZLOG_TOOLS_LOGS_LOG_READING_H
 
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "qzlog/entry_lines.h"
+#include "tools/logs/log_input.h"
 #include "tools/system/buffered_output.h"
 
 namespace qzlog_tool {
@@ -21,6 +23,9 @@ struct LogReading {
   /// Nothing more is wanted: other files are not opened.
   std::function<bool()> is_complete = [] { return false; };
 };
+
+/// Opens a file, or standard input ("-"). Null where it is gone and `may_be_gone`. Throws UnreadableInput.
+std::unique_ptr<LogInput> open_log(const std::string& path, bool may_be_gone, BufferedOutput& output);
 
 /// Reads one file, or standard input ("-"). False when it cannot be opened or read; one that `may_be_gone` is no
 /// failure when it is.
