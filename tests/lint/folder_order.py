@@ -84,6 +84,7 @@ SHARED = {
     "definitions/definition_format.h": "the tools write and show the file that the library reads",
     "definitions/names_*.h": "the tools write, show and check the names that the library reads",
     "entry/text_limits.h": "the tools say how long texts may be",
+    "foundation/sha256.h": "the tools name definitions as lines do",
     "foundation/crc32.h": "the tools give the checksum that the library looks for",
     "lines/level_name.h": "levels have the same names everywhere",
     "lines/json_text.h": "one way to write a text as JSON",

@@ -1,0 +1,133 @@
+#include "tools/merge/definition_layers.h"
+
+#include <algorithm>
+
+namespace qzlog_tool {
+
+namespace {
+
+using qzlog_compiler::AttributeDefinition;
+using qzlog_compiler::DefinitionModel;
+using qzlog_compiler::EntryDefinition;
+using qzlog_compiler::SelectorMessage;
+
+bool alike(const AttributeDefinition& left, const AttributeDefinition& right) {
+  return left.name == right.name && left.type == right.type && left.redirect == right.redirect &&
+         left.sensitivity == right.sensitivity;
+}
+
+bool alike(const SelectorMessage& left, const SelectorMessage& right) {
+  return left.index == right.index && left.value == right.value && left.id == right.id &&
+         left.message.stored == right.message.stored;
+}
+
+template <class Value>
+bool alike(const std::vector<Value>& left, const std::vector<Value>& right) {
+  return std::equal(left.begin(), left.end(), right.begin(), right.end(),
+                    [](const Value& own, const Value& other) { return alike(own, other); });
+}
+
+bool alike(const EntryDefinition& left, const EntryDefinition& right) {
+  return left.id == right.id && left.name == right.name && left.mask == right.mask && left.word == right.word &&
+         left.message_id == right.message_id && left.message.stored == right.message.stored &&
+         left.selector.attribute == right.selector.attribute && alike(left.attributes, right.attributes) &&
+         alike(left.selector.messages, right.selector.messages);
+}
+
+/// Whether a message shows VERSION_ID or COMPONENT_VERSION_ID.
+bool tells_version(const EntryDefinition& entry) {
+  const auto tells = [](const std::string& stored) { return stored.find("VERSION_ID") != std::string::npos; };
+  return tells(entry.message.stored) ||
+         std::any_of(entry.selector.messages.begin(), entry.selector.messages.end(),
+                     [&](const SelectorMessage& message) { return tells(message.message.stored); });
+}
+
+/// The attributes that an entry may have, as its own.
+std::vector<AttributeDefinition> all_attributes(const EntryDefinition& entry, const DefinitionModel& model) {
+  std::vector<AttributeDefinition> all = entry.attributes;
+  for (const AttributeDefinition& global : model.globals) {
+    if (find_attribute(entry.attributes, global.name) == nullptr) all.push_back(global);
+  }
+  return all;
+}
+
+}  // namespace
+
+DefinitionLayers::DefinitionLayers(std::vector<DefinitionSet> sets, bool exact_versions)
+    : exact_versions_(exact_versions) {
+  fold_globals(sets);
+  for (const DefinitionSet& set : sets) add(set);
+  DefinitionModel empty;
+  if (!sets.empty()) empty.version = sets.front().model.version;
+  layers_.push_back(std::move(empty));
+  indexes_.emplace_back();
+}
+
+// Global attributes are those of a whole layer. Where the sets do not agree on them, each entry takes those of its set.
+void DefinitionLayers::fold_globals(std::vector<DefinitionSet>& sets) {
+  const auto agrees = [&](const DefinitionSet& set) { return alike(set.model.globals, sets.front().model.globals); };
+  if (std::all_of(sets.begin(), sets.end(), agrees)) return;
+  for (DefinitionSet& set : sets) {
+    const bool fits =
+        std::all_of(set.model.entries.begin(), set.model.entries.end(), [&](const EntryDefinition& entry) {
+          return all_attributes(entry, set.model).size() <= qzlog_compiler::kMaximumCount;
+        });
+    if (!fits) continue;
+    for (EntryDefinition& entry : set.model.entries) entry.attributes = all_attributes(entry, set.model);
+    set.model.globals.clear();
+  }
+}
+
+void DefinitionLayers::add(const DefinitionSet& set) {
+  auto& places = places_.emplace_back();
+  auto& names = names_.emplace_back();
+  for (const EntryDefinition& entry : set.model.entries) {
+    const auto own = set.versions.find(entry.id);
+    const std::string& version = own != set.versions.end() ? own->second : set.model.version;
+    places[entry.id] = layer_for(entry, version, set.model.globals);
+    if (!entry.name.empty()) names.emplace(entry.name, entry.id);
+  }
+}
+
+std::size_t DefinitionLayers::layer_for(const EntryDefinition& entry, const std::string& version,
+                                        const std::vector<AttributeDefinition>& globals) {
+  const bool any_version = !exact_versions_ && !tells_version(entry);
+  std::size_t at = 0;
+  for (; at < layers_.size(); ++at) {
+    if (alike(layers_[at].globals, globals) && (any_version || layers_[at].version == version) && fits(at, entry))
+      break;
+  }
+  if (at == layers_.size()) {
+    DefinitionModel& layer = layers_.emplace_back();
+    layer.version = version;
+    layer.globals = globals;
+    layer.has_names = true;
+    indexes_.emplace_back();
+  }
+  Index& index = indexes_[at];
+  if (!index.entries.try_emplace(entry.id, layers_[at].entries.size()).second) return at;
+  layers_[at].entries.push_back(entry);
+  if (!entry.name.empty()) index.names.emplace(entry.name, entry.id);
+  return at;
+}
+
+/// Whether a layer has the entry already, or nothing in its place.
+bool DefinitionLayers::fits(std::size_t layer, const EntryDefinition& entry) const {
+  const Index& index = indexes_[layer];
+  if (const auto found = index.entries.find(entry.id); found != index.entries.end()) {
+    return alike(layers_[layer].entries[found->second], entry);
+  }
+  return entry.name.empty() || !index.names.contains(entry.name);
+}
+
+std::optional<std::uint32_t> DefinitionLayers::find_id(std::size_t set, std::string_view name) const {
+  const auto found = names_[set].find(std::string(name));
+  return found != names_[set].end() ? std::optional(found->second) : std::nullopt;
+}
+
+std::size_t DefinitionLayers::layer_of(std::size_t set, std::uint32_t id, std::size_t current) const {
+  if (const auto found = places_[set].find(id); found != places_[set].end()) return found->second;
+  return indexes_[current].entries.contains(id) ? empty_layer() : current;
+}
+
+}  // namespace qzlog_tool

@@ -1,0 +1,62 @@
+#ifndef QZLOG_TOOLS_MERGE_DEFINITION_LAYERS_H
+#define QZLOG_TOOLS_MERGE_DEFINITION_LAYERS_H
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "tools/compiler/model/definition_model.h"
+
+namespace qzlog_tool {
+
+/// What a standard file and an auxiliary one over it define.
+struct DefinitionSet {
+  qzlog_compiler::DefinitionModel model;
+  std::unordered_map<std::uint32_t, std::string> versions = {};  ///< of entries whose version is not the model's
+};
+
+/// Several sets of definitions, dealt out to as few as can stand for them: the library holds one at a time, and going
+/// over from one to another takes as long as many lines. An entry that several sets define alike is in one layer, and
+/// so are entries of different sets that do not contradict each other. Only those of which there are several lie on
+/// top of each other.
+class DefinitionLayers {
+ public:
+  /// With `exact_versions` entries stay with those of their version, else only those whose messages tell it.
+  DefinitionLayers(std::vector<DefinitionSet> sets, bool exact_versions);
+
+  /// Each can be loaded; the last one is empty.
+  const std::vector<qzlog_compiler::DefinitionModel>& layers() const { return layers_; }
+
+  bool has(std::size_t set, std::uint32_t id) const { return places_[set].contains(id); }
+  std::optional<std::uint32_t> find_id(std::size_t set, std::string_view name) const;
+  /// The layer that reads entries of an ID as the set defines them; one that does not know the ID where the set does
+  /// not, `current` if that is one.
+  std::size_t layer_of(std::size_t set, std::uint32_t id, std::size_t current) const;
+  std::size_t empty_layer() const { return layers_.size() - 1; }
+
+ private:
+  struct Index {
+    std::unordered_map<std::uint32_t, std::size_t> entries;  // by ID, their places in the model
+    std::unordered_map<std::string, std::uint32_t> names;
+  };
+
+  static void fold_globals(std::vector<DefinitionSet>& sets);
+  void add(const DefinitionSet& set);
+  std::size_t layer_for(const qzlog_compiler::EntryDefinition& entry, const std::string& version,
+                        const std::vector<qzlog_compiler::AttributeDefinition>& globals);
+  bool fits(std::size_t layer, const qzlog_compiler::EntryDefinition& entry) const;
+
+  bool exact_versions_;
+  std::vector<qzlog_compiler::DefinitionModel> layers_;
+  std::vector<Index> indexes_;                                          // of the layers
+  std::vector<std::unordered_map<std::uint32_t, std::size_t>> places_;  // of each set: the layers of its IDs
+  std::vector<std::unordered_map<std::string, std::uint32_t>> names_;   // of each set
+};
+
+}  // namespace qzlog_tool
+
+#endif  // QZLOG_TOOLS_MERGE_DEFINITION_LAYERS_H
