@@ -34,14 +34,6 @@ bool alike(const EntryDefinition& left, const EntryDefinition& right) {
          alike(left.selector.messages, right.selector.messages);
 }
 
-/// Whether a message shows VERSION_ID or COMPONENT_VERSION_ID.
-bool tells_version(const EntryDefinition& entry) {
-  const auto tells = [](const std::string& stored) { return stored.find("VERSION_ID") != std::string::npos; };
-  return tells(entry.message.stored) ||
-         std::any_of(entry.selector.messages.begin(), entry.selector.messages.end(),
-                     [&](const SelectorMessage& message) { return tells(message.message.stored); });
-}
-
 /// The attributes that an entry may have, as its own.
 std::vector<AttributeDefinition> all_attributes(const EntryDefinition& entry, const DefinitionModel& model) {
   std::vector<AttributeDefinition> all = entry.attributes;
@@ -53,55 +45,43 @@ std::vector<AttributeDefinition> all_attributes(const EntryDefinition& entry, co
 
 }  // namespace
 
-DefinitionLayers::DefinitionLayers(std::vector<DefinitionSet> sets, bool exact_versions)
-    : exact_versions_(exact_versions) {
+DefinitionLayers::DefinitionLayers(std::vector<DefinitionModel> sets) {
   fold_globals(sets);
-  for (const DefinitionSet& set : sets) add(set);
+  for (const DefinitionModel& set : sets) add(set);
   DefinitionModel empty;
-  if (!sets.empty()) empty.version = sets.front().model.version;
+  if (!sets.empty()) empty.version = sets.front().version;
   layers_.push_back(std::move(empty));
   indexes_.emplace_back();
 }
 
 // Global attributes are those of a whole layer. Where the sets do not agree on them, each entry takes those of its set.
-void DefinitionLayers::fold_globals(std::vector<DefinitionSet>& sets) {
-  const auto agrees = [&](const DefinitionSet& set) { return alike(set.model.globals, sets.front().model.globals); };
+void DefinitionLayers::fold_globals(std::vector<DefinitionModel>& sets) {
+  const auto agrees = [&](const DefinitionModel& set) { return alike(set.globals, sets.front().globals); };
   if (std::all_of(sets.begin(), sets.end(), agrees)) return;
-  for (DefinitionSet& set : sets) {
-    const bool fits =
-        std::all_of(set.model.entries.begin(), set.model.entries.end(), [&](const EntryDefinition& entry) {
-          return all_attributes(entry, set.model).size() <= qzlog_compiler::kMaximumCount;
-        });
+  for (DefinitionModel& set : sets) {
+    const bool fits = std::all_of(set.entries.begin(), set.entries.end(), [&](const EntryDefinition& entry) {
+      return all_attributes(entry, set).size() <= qzlog_compiler::kMaximumCount;
+    });
     if (!fits) continue;
-    for (EntryDefinition& entry : set.model.entries) entry.attributes = all_attributes(entry, set.model);
-    set.model.globals.clear();
+    for (EntryDefinition& entry : set.entries) entry.attributes = all_attributes(entry, set);
+    set.globals.clear();
   }
 }
 
-void DefinitionLayers::add(const DefinitionSet& set) {
+void DefinitionLayers::add(const DefinitionModel& set) {
   auto& places = places_.emplace_back();
   auto& names = names_.emplace_back();
-  for (const EntryDefinition& entry : set.model.entries) {
-    const auto own = set.versions.find(entry.id);
-    const std::string& version = own != set.versions.end() ? own->second : set.model.version;
-    places[entry.id] = layer_for(entry, version, set.model.globals);
+  for (const EntryDefinition& entry : set.entries) {
+    places[entry.id] = layer_for(entry, set);
     if (!entry.name.empty()) names.emplace(entry.name, entry.id);
   }
 }
 
-std::size_t DefinitionLayers::layer_for(const EntryDefinition& entry, const std::string& version,
-                                        const std::vector<AttributeDefinition>& globals) {
-  const bool any_version = !exact_versions_ && !tells_version(entry);
+std::size_t DefinitionLayers::layer_for(const EntryDefinition& entry, const DefinitionModel& set) {
   std::size_t at = 0;
-  for (; at < layers_.size(); ++at) {
-    if (alike(layers_[at].globals, globals) && (any_version || layers_[at].version == version) && fits(at, entry))
-      break;
-  }
+  while (at < layers_.size() && !(alike(layers_[at].globals, set.globals) && fits(at, entry))) ++at;
   if (at == layers_.size()) {
-    DefinitionModel& layer = layers_.emplace_back();
-    layer.version = version;
-    layer.globals = globals;
-    layer.has_names = true;
+    layers_.push_back({set.version, set.globals, {}, true});
     indexes_.emplace_back();
   }
   Index& index = indexes_[at];
@@ -128,6 +108,18 @@ std::optional<std::uint32_t> DefinitionLayers::find_id(std::size_t set, std::str
 std::size_t DefinitionLayers::layer_of(std::size_t set, std::uint32_t id, std::size_t current) const {
   if (const auto found = places_[set].find(id); found != places_[set].end()) return found->second;
   return indexes_[current].entries.contains(id) ? empty_layer() : current;
+}
+
+// The library says more of a name that it does not know where there are names at all.
+std::size_t DefinitionLayers::layer_without(std::string_view name, std::size_t set, std::size_t current) const {
+  if (names_[set].empty()) return empty_layer();
+  const auto lacks = [&](std::size_t layer) {
+    return !indexes_[layer].names.empty() && !indexes_[layer].names.contains(std::string(name));
+  };
+  if (lacks(current)) return current;
+  std::size_t layer = 0;
+  while (layer < empty_layer() && !lacks(layer)) ++layer;
+  return layer;
 }
 
 }  // namespace qzlog_tool

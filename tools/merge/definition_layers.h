@@ -13,20 +13,14 @@
 
 namespace qzlog_tool {
 
-/// What a standard file and an auxiliary one over it define.
-struct DefinitionSet {
-  qzlog_compiler::DefinitionModel model;
-  std::unordered_map<std::uint32_t, std::string> versions = {};  ///< of entries whose version is not the model's
-};
-
 /// Several sets of definitions, dealt out to as few as can stand for them: the library holds one at a time, and going
 /// over from one to another takes as long as many lines. An entry that several sets define alike is in one layer, and
 /// so are entries of different sets that do not contradict each other. Only those of which there are several lie on
 /// top of each other.
 class DefinitionLayers {
  public:
-  /// With `exact_versions` entries stay with those of their version, else only those whose messages tell it.
-  DefinitionLayers(std::vector<DefinitionSet> sets, bool exact_versions);
+  /// Each set is what a standard file and an auxiliary one over it define together.
+  explicit DefinitionLayers(std::vector<qzlog_compiler::DefinitionModel> sets);
 
   /// Each can be loaded; the last one is empty.
   const std::vector<qzlog_compiler::DefinitionModel>& layers() const { return layers_; }
@@ -36,7 +30,8 @@ class DefinitionLayers {
   /// The layer that reads entries of an ID as the set defines them; one that does not know the ID where the set does
   /// not, `current` if that is one.
   std::size_t layer_of(std::size_t set, std::uint32_t id, std::size_t current) const;
-  std::size_t empty_layer() const { return layers_.size() - 1; }
+  /// One that does not know a name that the set does not know either, `current` if that is one.
+  std::size_t layer_without(std::string_view name, std::size_t set, std::size_t current) const;
 
  private:
   struct Index {
@@ -44,13 +39,12 @@ class DefinitionLayers {
     std::unordered_map<std::string, std::uint32_t> names;
   };
 
-  static void fold_globals(std::vector<DefinitionSet>& sets);
-  void add(const DefinitionSet& set);
-  std::size_t layer_for(const qzlog_compiler::EntryDefinition& entry, const std::string& version,
-                        const std::vector<qzlog_compiler::AttributeDefinition>& globals);
+  static void fold_globals(std::vector<qzlog_compiler::DefinitionModel>& sets);
+  void add(const qzlog_compiler::DefinitionModel& set);
+  std::size_t layer_for(const qzlog_compiler::EntryDefinition& entry, const qzlog_compiler::DefinitionModel& set);
+  std::size_t empty_layer() const { return layers_.size() - 1; }
   bool fits(std::size_t layer, const qzlog_compiler::EntryDefinition& entry) const;
 
-  bool exact_versions_;
   std::vector<qzlog_compiler::DefinitionModel> layers_;
   std::vector<Index> indexes_;                                          // of the layers
   std::vector<std::unordered_map<std::uint32_t, std::size_t>> places_;  // of each set: the layers of its IDs

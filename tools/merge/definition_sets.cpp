@@ -58,11 +58,11 @@ Definitions read_auxiliary(const std::string& path, const Definitions& standard,
 
 }  // namespace
 
-DefinitionSets::DefinitionSets(const std::vector<DefinitionPaths>& paths, const Options& options, Warn warn,
+DefinitionSets::DefinitionSets(const std::vector<DefinitionPaths>& paths, RenderingPaths path, Warn warn,
                                const UseModel& use)
     : warn_(std::move(warn)) {
-  for (const DefinitionPaths& own : paths) add(own, options.path, use);
-  make_layers(options.has_catalog);
+  for (const DefinitionPaths& own : paths) add(own, path, use);
+  make_layers();
   load(0);
 }
 
@@ -72,21 +72,19 @@ void DefinitionSets::add(const DefinitionPaths& paths, RenderingPaths path, cons
       read_without_errors(read_definition_file(paths.standard), {.path = path, .surprises = false}, kExitFindings);
   if (use) use(standard.model);
   std::string digest = digest_of(standard.bytes);
-  DefinitionSet set{qzlog_compiler::read_ldf(standard.bytes).model};
+  DefinitionModel set = qzlog_compiler::read_ldf(standard.bytes).model;
   if (!paths.auxiliary.empty()) {
     const Definitions auxiliary = read_auxiliary(paths.auxiliary, standard, path);
     if (use) use(auxiliary.model);
     digest += '+' + digest_of(auxiliary.bytes);
-    const DefinitionModel model = qzlog_compiler::read_ldf(auxiliary.bytes).model;
-    set.model = qzlog_compiler::merge_models(std::move(set.model), model);
-    for (const qzlog_compiler::EntryDefinition& entry : model.entries) set.versions[entry.id] = model.version;
+    set = qzlog_compiler::merge_models(std::move(set), qzlog_compiler::read_ldf(auxiliary.bytes).model);
   }
   models_.push_back(std::move(set));
   digests_.push_back(std::move(digest));
 }
 
-void DefinitionSets::make_layers(bool exact_versions) try {
-  layers_.emplace(std::exchange(models_, {}), exact_versions);
+void DefinitionSets::make_layers() try {
+  layers_.emplace(std::exchange(models_, {}));
   for (const DefinitionModel& layer : layers_->layers()) {
     std::string bytes = qzlog_compiler::write_ldf(layer);
     qzlog_compiler::append_names(layer, bytes);
@@ -127,14 +125,14 @@ void DefinitionSets::use_for(std::string_view definitions, std::uint32_t id) {
   if (layer != loaded_) load(layer);
 }
 
-// Of a name that its definitions do not have, those without any say so.
 void DefinitionSets::use_for_name(std::string_view definitions, const std::string& name) {
   std::optional<std::size_t> set = find_set(definitions);
   for (std::size_t other = 0; !set && other < digests_.size(); ++other) {
     if (layers_->find_id(other, name)) set = other;
   }
   const std::optional<std::uint32_t> id = layers_->find_id(set.value_or(0), name);
-  const std::size_t layer = id ? layers_->layer_of(*set, *id, loaded_) : layers_->empty_layer();
+  const std::size_t layer =
+      id ? layers_->layer_of(set.value_or(0), *id, loaded_) : layers_->layer_without(name, set.value_or(0), loaded_);
   if (layer != loaded_) load(layer);
 }
 

@@ -23,6 +23,8 @@ namespace qzlog_tool {
 struct DefinitionPaths {
   std::string standard;
   std::string auxiliary;
+
+  bool operator==(const DefinitionPaths&) const = default;
 };
 
 /// Has the library read each line of a log against those of several definitions that the line names, else against the
@@ -31,14 +33,10 @@ class DefinitionSets {
  public:
   using Warn = std::function<void(const std::string& text)>;
 
-  struct Options {
-    qzlog_compiler::RenderingPaths path = qzlog_compiler::RenderingPaths::kIcu;
-    bool has_catalog = false;  ///< whose messages may tell versions
-  };
-
   /// Loads them, as load_definitions does with one. `warn` is told, once for each, of definitions that lines name and
   /// that are none of these. One object at a time: the library's settings are the process's.
-  DefinitionSets(const std::vector<DefinitionPaths>& paths, const Options& options, Warn warn, const UseModel& use);
+  DefinitionSets(const std::vector<DefinitionPaths>& paths, qzlog_compiler::RenderingPaths path, Warn warn,
+                 const UseModel& use);
 
   /// Right before the line is read.
   void use_for(std::string_view line);
@@ -51,7 +49,7 @@ class DefinitionSets {
 
  private:
   void add(const DefinitionPaths& paths, qzlog_compiler::RenderingPaths path, const UseModel& use);
-  void make_layers(bool exact_versions);
+  void make_layers();
   void use_for(std::string_view definitions, std::uint32_t id);
   void use_for_name(std::string_view definitions, const std::string& name);
   std::optional<std::size_t> find_set(std::string_view definitions);
@@ -59,7 +57,7 @@ class DefinitionSets {
   void load(std::size_t layer);
 
   Warn warn_;
-  std::vector<DefinitionSet> models_;  // until there are layers
+  std::vector<qzlog_compiler::DefinitionModel> models_;  // until there are layers
   std::vector<std::string> digests_;
   std::optional<DefinitionLayers> layers_;
   std::vector<MemoryFile> files_;  // of the layers
