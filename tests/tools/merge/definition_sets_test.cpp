@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "qzlog/file_sink.h"
 #include "qzlog/logcfg.h"
-#include "qzlog/stream_sink.h"
 #include "tests/support/seeded_random.h"
 #include "tests/support/temp_dir.h"
 #include "tools/definitions/definitions.h"
@@ -102,11 +102,12 @@ TEST_F(DefinitionSetsTest, Digest_IsTheOneThatWritersOfLinesName) {
   for (const std::string& auxiliary : {std::string(), x}) {
     DefinitionSets sets = make({{a, auxiliary}});
     qzlog_tool::load_definitions(a, auxiliary, RenderingPaths::kNarrow);
-    const qzlog_tool::MemoryFile file;
-    qz_LOG_StreamSink sink(file.descriptor(), false);
+    qz_LOG_FileSinkSettings settings;
+    settings.path = folder_.path("lines" + std::to_string(auxiliary.size()));
+    qz_LOG_FileSink sink(settings);
     sink.Write(qz_LOG_LogEntry(1, 0));
     sink.Close(1000);
-    const std::string written = file.content();
+    const std::string written = qz_test::read_file(settings.path);
     EXPECT_NE(written.find(R"("definitions":")" + sets.digest(0) + '"'), std::string::npos) << written;
   }
 }
