@@ -1,0 +1,75 @@
+#ifndef QZLOG_TOOLS_RENDER_RENDER_HELP_H
+#define QZLOG_TOOLS_RENDER_RENDER_HELP_H
+
+/// What the help page of `render` says behind its options, beside what the options of all readers say.
+namespace qzlog_tool {
+
+inline constexpr const char* kEntriesHelp = R"(An entry is one line of JSON:
+  {"id":1001,"level":3,"time":"2026-11-21T08:15:30Z",
+   "attributes":{"Name":"vol1","Free":0}}
+"id" is a number, or the entry's name where the definitions have it. The rest
+may be left out; "default":true skips the selector messages and "selector":N
+asks for the one with index N. Blank lines are skipped, and so is a byte order
+mark at the beginning. A line may have 16 MiB.
+
+A line that is wrong is reported on standard error, as FILE:LINE: error: REASON
+[rule-name]. The others are still rendered; the exit status is then 1. Line
+feeds and carriage returns inside a message are written as \n and \r.
+Characters that the code page lacks come out as its substitution character.
+Messages are written out before waiting for more input.
+
+Inputs are read in the order given. A folder stands for the logs in it: the
+series PREFIX.YYYYMMDD.NNNN that a file sink writes, by name, day and number,
+then its files *.jsonl. DIR/PREFIX stands for one series. What cannot be read
+is reported, the other inputs are rendered all the same, and the exit status
+is 2.
+
+With --follow (-f) the command goes on as the files grow: into the next file of
+a series, and through rotation by others: of a file that was renamed the rest is
+read before the new one of its name; one that became shorter is read from its
+beginning, which is said. What is not there yet is waited for. A line is
+rendered when its line feed is there; --tail counts what is there at first. The
+first SIGINT, SIGTERM or SIGHUP, or a reader that leaves, ends it as it ends
+'tail -f'. Pipes are read to their end.
+)";
+
+inline constexpr const char* kRenderChecksHelp =
+    R"(With --check-gaps the running numbers ("seq") of each writer's lines are looked
+at, of those too that are not wanted. A line that comes twice is reported where
+it does, lines that never come at the end, at the line behind them. What stands
+before a writer's first line is not missing: old files are deleted. Standard
+error says in the end what was seen; the exit status is 1 for a finding.
+
+With --config, --mask, --level-low or --level-high only the entries that the
+library's filter lets through are rendered; at the end, standard error says how
+many were read, passed and refused. A section of the configuration file may set
+PropertyMask, LogLevelLow, LogLevelHigh, DebugEnabled, DebugLogLevelLow and
+DebugLogLevelHigh; it wins over the options, and the section 'global' counts
+for what it leaves out. An entry whose mask has the bit 0x4000000 is a debug
+entry. The last line of the file needs an empty line behind it to be read.
+
+With --count each message is counted on the local date of the entry's time,
+today where it has none, in a file that 'qzlog count show' reads. Counts are
+written just before the messages are: what is out is counted, even if the
+command is killed then. Two commands may count in one file at the same time.
+)";
+
+inline constexpr const char* kRenderExamples = R"(Examples:
+  qzlog render --definitions storage.yaml entries.jsonl
+  qzlog render --definitions storage.ldf --output short --tail 20 /var/log/storage
+  qzlog render --definitions storage.ldf --output short --follow /var/log/storage
+  qzlog render --definitions storage.ldf --since -2h --level 5.. /var/log/storage
+  qzlog render --definitions storage.ldf --where 'Free < 10' events.jsonl
+  qzlog render --definitions storage.ldf --id 1001 --output long events.jsonl
+  qzlog render --definitions storage.ldf --format '{time} {Name}: {message}' e.jsonl
+  qzlog render --definitions storage.ldf --output csv --columns time,Name,Free e.jsonl
+  qzlog render --definitions storage.ldf --catalog messages --locale de_DE e.jsonl
+  qzlog render --definitions storage.ldf --check-gaps /var/log/storage > all.txt
+  qzlog render --definitions storage.yaml --no-icu --code-page ISO-8859-1 < e.jsonl
+  qzlog render --definitions storage.yaml --config log.conf --section disk e.jsonl
+  qzlog render --definitions storage.yaml --level-low 3 --count counts/storage e.jsonl
+)";
+
+}  // namespace qzlog_tool
+
+#endif  // QZLOG_TOOLS_RENDER_RENDER_HELP_H
