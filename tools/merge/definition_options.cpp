@@ -42,7 +42,7 @@ void add_definition_options(CLI::App& command, std::vector<DefinitionPaths>& pat
   const auto given = std::make_shared<Given>();
   const auto* const standard = command
                                    .add_option("--definitions", given->standard,
-                                               "The log definition file, compiled or a source; again for others")
+                                               "The log definition file, compiled or a source; others may follow")
                                    ->type_name("STD.ldf|STD.yaml")
                                    ->expected(1)
                                    ->allow_extra_args(false)

@@ -97,10 +97,27 @@ inline void EntryRendering::take_line() {
   show_line();
 }
 
+// Numbers are those of all lines.
+qz_LOG_LineChoice* EntryRendering::line_choice() const {
+  return parts_.choice != nullptr && parts_.gaps == nullptr ? parts_.choice->line_choice() : nullptr;
+}
+
 void EntryRendering::render(qz_LOG_EntryReader& reader) {
+  if (parts_.sets == nullptr) {
+    reader.SetLineChoice(line_choice());
+    return take_lines(reader);
+  }
+  LineDefinitions definitions(*parts_.sets, line_choice());
+  reader.SetLineChoice(&definitions);
+  take_lines(reader);
+  reader.SetLineChoice(nullptr);
+}
+
+void EntryRendering::render(MergedLogs& logs) { take_lines(logs); }
+
+template <typename Reader>
+void EntryRendering::take_lines(Reader& reader) {
   const MemoryErrors errors_of_lines;
-  // Numbers are those of all lines.
-  if (parts_.choice != nullptr && parts_.gaps == nullptr) reader.SetLineChoice(parts_.choice->line_choice());
   while (!is_complete() && reader.Next(line_)) {
     take_line();
     progress_.update(++lines_);
@@ -111,6 +128,8 @@ void EntryRendering::catch_up() {
   if (parts_.tail != nullptr) {
     LineTail& tail = *std::exchange(parts_.tail, nullptr);
     qz_LOG_EntryReader reader = qz_LOG_EntryReader::FromSource(tail, "", this);
+    std::optional<LineDefinitions> definitions;
+    if (parts_.sets != nullptr) reader.SetLineChoice(&definitions.emplace(*parts_.sets, nullptr));
     while (reader.Next(line_)) {
       place_in_log_ = &tail.place(line_.GetLine());
       show_line();

@@ -9,6 +9,8 @@
 #include "tools/choice/entry_choice.h"
 #include "tools/choice/line_tail.h"
 #include "tools/count/entry_counting.h"
+#include "tools/merge/definition_sets.h"
+#include "tools/merge/merged_logs.h"
 #include "tools/render/gap_check.h"
 #include "tools/render/line_errors.h"
 #include "tools/render/line_renderer.h"
@@ -27,6 +29,7 @@ struct RenderingParts {
   const RenderFilter* filter = nullptr;  ///< the library's
   EntryCounting* counting = nullptr;
   GapCheck* gaps = nullptr;
+  DefinitionSets* sets = nullptr;  ///< where there are several definitions
 };
 
 /// Renders lines of entries to an output, from whichever files they come. One object at a time.
@@ -41,7 +44,17 @@ class EntryRendering : public qz_LOG_LineErrorHandler {
   /// The lines of a reader that was made with this object as its handler, until its end. What its source throws goes
   /// on, and the rest may be rendered afterwards.
   void render(qz_LOG_EntryReader& reader);
+  /// The same for logs that are read with line_choice() and use_definitions.
+  void render(MergedLogs& logs);
   void TakeLineError(const qz_LOG_LineError& error) override;
+
+  /// Decides on lines by their bytes; may be null.
+  qz_LOG_LineChoice* line_choice() const;
+  /// Before a line is read.
+  void use_definitions(std::string_view line) {
+    if (parts_.sets != nullptr) parts_.sets->use_for(line);
+  }
+  bool has_several_definitions() const { return parts_.sets != nullptr; }
 
   BufferedOutput& output() noexcept { return output_; }
   LineErrors& errors() noexcept { return errors_; }
@@ -67,6 +80,8 @@ class EntryRendering : public qz_LOG_LineErrorHandler {
   static void report_abort(int signal);
   void report(const EntryError& error) { errors_.report(place(), error.rule, error.text); }
   ErrorLine place() const;
+  template <typename Reader>
+  void take_lines(Reader& reader);
   void take_line();
   void show_line();
   void show(std::string_view message);

@@ -1,6 +1,11 @@
 #include "tools/render/log_reading.h"
 
+#include <utility>
+
 #include "tools/logs/log_reading.h"
+#include "tools/logs/unreadable_input.h"
+#include "tools/merge/merge_inputs.h"
+#include "tools/merge/merged_logs.h"
 
 namespace qzlog_tool {
 
@@ -16,6 +21,36 @@ LogReading reading_of(EntryRendering& rendering) {
       .is_complete = [&rendering] { return rendering.is_complete(); }};
 }
 
+bool read_lines(std::vector<InputFiles> inputs, MergedLogs::Order order, EntryRendering& rendering) {
+  const LogReading reading = reading_of(rendering);
+  qz_LOG_EntryLine nothing;
+  MergedLogs logs(std::move(inputs), order,
+                  {.open = [&](const std::string& path, bool may_be_gone) -> std::unique_ptr<qz_LOG_ByteSource> {
+                     return open_log(path, may_be_gone, reading.output);
+                   },
+                   .fail = reading.fail,
+                   .handler = &rendering,
+                   .choice = rendering.line_choice(),
+                   .before_line = [&](std::string_view line) { rendering.use_definitions(line); },
+                   .nothing = nothing});
+  rendering.render(logs);
+  return logs.all_read();
+}
+
+bool read_in_order(const std::vector<std::string>& operands, MergedLogs::Order order, EntryRendering& rendering) {
+  bool all_found = true;
+  std::vector<InputFiles> inputs;
+  for (const std::string& operand : operands) {
+    try {
+      for (InputFiles& files : merge_inputs(operand)) inputs.push_back(std::move(files));
+    } catch (const UnreadableInput& failure) {
+      all_found = false;
+      rendering.errors().report(qzlog_compiler::Severity::kError, failure.what());
+    }
+  }
+  return read_lines(std::move(inputs), order, rendering) && all_found;
+}
+
 }  // namespace
 
 bool read_input(const std::string& path, bool may_be_gone, EntryRendering& rendering) {
@@ -23,7 +58,12 @@ bool read_input(const std::string& path, bool may_be_gone, EntryRendering& rende
 }
 
 bool read_inputs(const std::vector<std::string>& operands, EntryRendering& rendering) {
-  return read_logs(operands, reading_of(rendering));
+  if (!rendering.has_several_definitions()) return read_logs(operands, reading_of(rendering));
+  return read_in_order(operands, MergedLogs::Order::kAsGiven, rendering);
+}
+
+bool read_merged(const std::vector<std::string>& operands, EntryRendering& rendering) {
+  return read_in_order(operands, MergedLogs::Order::kByTime, rendering);
 }
 
 }  // namespace qzlog_tool

@@ -16,6 +16,9 @@ bool read_input(const std::string& path, bool may_be_gone, EntryRendering& rende
 /// stderr, when not all of it could be read.
 bool read_inputs(const std::vector<std::string>& operands, EntryRendering& rendering);
 
+/// The same, with the lines of all in the order of their times.
+bool read_merged(const std::vector<std::string>& operands, EntryRendering& rendering);
+
 }  // namespace qzlog_tool
 
 #endif  // QZLOG_TOOLS_RENDER_LOG_READING_H

@@ -19,6 +19,8 @@
 #include "tools/choice/reader_moment.h"
 #include "tools/count/entry_counting.h"
 #include "tools/definitions/loaded_definitions.h"
+#include "tools/merge/definition_options.h"
+#include "tools/merge/definition_sets.h"
 #include "tools/options/line_code_page.h"
 #include "tools/options/option_checks.h"
 #include "tools/options/reader_locale.h"
@@ -44,8 +46,7 @@ namespace qzlog_tool {
 namespace {
 
 struct RenderOptions {
-  std::string definitions;
-  std::string auxiliary;
+  std::vector<DefinitionPaths> definitions;
   std::string catalog;
   ShownOptions shown;
   ChoiceOptions choice;
@@ -56,6 +57,7 @@ struct RenderOptions {
   std::string counter;
   std::vector<std::string> entries = {"-"};
   bool follow = false;
+  bool merge_by_time = false;
   bool check_gaps = false;
 };
 
@@ -73,7 +75,8 @@ void open_catalog(const std::string& folder) {
 LogFollower::End read_entries(const RenderOptions& options, EntryRendering& rendering) {
   if (options.follow) return LogFollower(rendering).follow(options.entries);
   LogFollower::End end;
-  end.all_read = read_inputs(options.entries, rendering);
+  end.all_read =
+      options.merge_by_time ? read_merged(options.entries, rendering) : read_inputs(options.entries, rendering);
   return end;
 }
 
@@ -121,26 +124,33 @@ ReaderClock clock_of(const ShownOptions& options) {
 struct RenderDefinitions {
   ShownEvents events;
   KnownDefinitions known;
+  std::optional<DefinitionSets> sets;  // where there are several
 };
 
-RenderDefinitions load(const RenderOptions& options) {
-  RenderDefinitions definitions;
+void load(const RenderOptions& options, const DefinitionSets::Warn& warn, RenderDefinitions& definitions) {
   const bool is_asked = !options.shown.shows_messages_alone() || options.choice.is_given();
   const auto use_model = [&definitions](const qzlog_compiler::DefinitionModel& model) {
     definitions.events.add(model);
     definitions.known.add(model);
   };
-  load_definitions(options.definitions, options.auxiliary,
-                   options.no_icu ? qzlog_compiler::RenderingPaths::kNarrow : qzlog_compiler::RenderingPaths::kIcu,
-                   is_asked ? UseModel(use_model) : UseModel());
-  return definitions;
+  const UseModel use = is_asked ? UseModel(use_model) : UseModel();
+  const auto path = options.no_icu ? qzlog_compiler::RenderingPaths::kNarrow : qzlog_compiler::RenderingPaths::kIcu;
+  if (options.definitions.size() > 1) {
+    definitions.sets.emplace(options.definitions, path, warn, use);
+  } else {
+    load_definitions(options.definitions.front().standard, options.definitions.front().auxiliary, path, use);
+  }
 }
 
 void refuse_what_contradicts(const RenderOptions& options, const LineCodePage& code_page) {
   check_shown_options(options.shown);
-  std::vector<std::string> read_files = {options.definitions, options.auxiliary, options.filter.config};
+  std::vector<std::string> read_files = files_of(options.definitions);
+  read_files.push_back(options.filter.config);
   read_files.insert(read_files.end(), options.entries.begin(), options.entries.end());
   refuse_repeated_standard_input(read_files);
+  if (options.follow && options.merge_by_time) {
+    throw CommandError(kExitCannotRun, "--merge-by-time takes logs that have an end: leave out --follow");
+  }
   if (options.shown.output == "json" && !code_page.is_utf8()) {
     throw CommandError(kExitCannotRun, "JSON is in UTF-8; leave out --code-page");
   }
@@ -154,7 +164,12 @@ int render(const RenderOptions& options) {
   // What is shown beside messages is UTF-8, and converted with them.
   qz_LOG_LogConfig::SetCodePage(is_shown ? "UTF-8" : code_page.name().c_str());
   use_reader_settings(options.shown);
-  const RenderDefinitions definitions = load(options);
+  EntryRendering* teller = nullptr;  // when lines are read
+  const auto warn = [&teller](const std::string& text) {
+    teller->errors().report(qzlog_compiler::Severity::kWarning, text);
+  };
+  RenderDefinitions definitions;
+  load(options, warn, definitions);
   open_catalog(options.catalog);
   tell_of_catalog_fallback(options.catalog, options.shown.locale);
 
@@ -176,7 +191,8 @@ int render(const RenderOptions& options) {
   LineRenderer renderer(converts ? &code_page : nullptr);
   EntryRendering rendering(output, renderer,
                            {shown ? shown->output() : nullptr, pointer_to(choice), pointer_to(tail), pointer_to(filter),
-                            pointer_to(counting), pointer_to(gaps)});
+                            pointer_to(counting), pointer_to(gaps), pointer_to(definitions.sets)});
+  teller = &rendering;
   const LogFollower::End end = read_entries(options, rendering);
   rendering.finish();
   if (filter) rendering.print_filter_summary();
@@ -194,11 +210,7 @@ void add_render_command(CLI::App& app, int& exit_status) {
   const auto options = std::make_shared<RenderOptions>();
   command->footer(std::string(kEntriesHelp) + '\n' + kChoiceFooter + '\n' + kShownFooter + '\n' + kRenderChecksHelp +
                   '\n' + kRenderExamples);
-  command->add_option("--definitions", options->definitions, "The log definition file, compiled or a source")
-      ->type_name("STD.ldf|STD.yaml")
-      ->required();
-  command->add_option("--aux", options->auxiliary, "An auxiliary definition file, compiled or a source")
-      ->type_name("AUX.ldf|AUX.yaml");
+  add_definition_options(*command, options->definitions);
   command->add_option("--code-page", options->code_page, "The code page of the messages")
       ->type_name("NAME")
       ->capture_default_str();
@@ -212,6 +224,7 @@ void add_render_command(CLI::App& app, int& exit_status) {
       ->type_name("DIR/NAME")
       ->check(check_not_empty);
   command->add_flag("-f,--follow", options->follow, "Go on as the files grow, until a signal comes");
+  command->add_flag("--merge-by-time", options->merge_by_time, "Read several logs as one, in the order of times");
   command->add_flag("--check-gaps", options->check_gaps, "Report lines that are missing or doubled");
   command
       ->add_option("ENTRIES", options->entries,

@@ -24,6 +24,16 @@ then its files *.jsonl. DIR/PREFIX stands for one series. What cannot be read
 is reported, the other inputs are rendered all the same, and the exit status
 is 2.
 
+With --merge-by-time the lines of up to 500 logs, a series counted as one, come
+in the order of their times; those of one second in the order in which the logs
+were given. A line without a time, or with an earlier one than a line before it
+in its log, comes directly behind the line before it. What a line says of lost
+entries comes when it was written.
+
+With several --definitions, each with an --aux behind it if it has one, a line
+is read against those that it names ("definitions"); where it names none or
+others, against the first that have its ID. Standard error says which others.
+
 With --follow (-f) the command goes on as the files grow: into the next file of
 a series, and through rotation by others: of a file that was renamed the rest is
 read before the new one of its name; one that became shorter is read from its
@@ -63,6 +73,8 @@ inline constexpr const char* kRenderExamples = R"(Examples:
   qzlog render --definitions storage.ldf --id 1001 --output long events.jsonl
   qzlog render --definitions storage.ldf --format '{time} {Name}: {message}' e.jsonl
   qzlog render --definitions storage.ldf --output csv --columns time,Name,Free e.jsonl
+  qzlog render --definitions storage.ldf --merge-by-time host1/ host2/ host3/
+  qzlog render --definitions new.ldf --definitions old.ldf --aux site.ldf e.jsonl
   qzlog render --definitions storage.ldf --catalog messages --locale de_DE e.jsonl
   qzlog render --definitions storage.ldf --check-gaps /var/log/storage > all.txt
   qzlog render --definitions storage.yaml --no-icu --code-page ISO-8859-1 < e.jsonl
