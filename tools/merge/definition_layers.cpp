@@ -1,6 +1,8 @@
 #include "tools/merge/definition_layers.h"
 
 #include <algorithm>
+#include <limits>
+#include <utility>
 
 namespace qzlog_tool {
 
@@ -48,10 +50,24 @@ std::vector<AttributeDefinition> all_attributes(const EntryDefinition& entry, co
 DefinitionLayers::DefinitionLayers(std::vector<DefinitionModel> sets) {
   fold_globals(sets);
   for (const DefinitionModel& set : sets) add(set);
+  add_stranger();
   DefinitionModel empty;
   if (!sets.empty()) empty.version = sets.front().version;
   layers_.push_back(std::move(empty));
   indexes_.emplace_back();
+}
+
+// One that no line has, so that there are names where a name is not known.
+void DefinitionLayers::add_stranger() {
+  const auto is_known = [&](std::uint32_t id) {
+    return std::any_of(places_.begin(), places_.end(), [id](const auto& places) { return places.contains(id); });
+  };
+  EntryDefinition stranger;
+  stranger.id = std::numeric_limits<std::uint32_t>::max();
+  while (is_known(stranger.id)) --stranger.id;
+  stranger.name = "QZLOG_NO_EVENT";
+  indexes_.push_back({{{stranger.id, 0}}, {{stranger.name, stranger.id}}});
+  layers_.push_back({"1.0", {}, {std::move(stranger)}, true});
 }
 
 // Global attributes are those of a whole layer. Where the sets do not agree on them, each entry takes those of its set.

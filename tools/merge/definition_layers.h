@@ -41,6 +41,7 @@ class DefinitionLayers {
 
   static void fold_globals(std::vector<qzlog_compiler::DefinitionModel>& sets);
   void add(const qzlog_compiler::DefinitionModel& set);
+  void add_stranger();
   std::size_t layer_for(const qzlog_compiler::EntryDefinition& entry, const qzlog_compiler::DefinitionModel& set);
   std::size_t empty_layer() const { return layers_.size() - 1; }
   bool fits(std::size_t layer, const qzlog_compiler::EntryDefinition& entry) const;
