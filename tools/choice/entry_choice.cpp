@@ -108,7 +108,8 @@ void EntryChoice::find_refused_events() {
 }
 
 bool EntryChoice::takes(const qz_LOG_EntryLine& line) {
-  if (is_complete() || !(line.IsLoss() ? takes_loss(line) : takes_entry(line)) || !is_new(line)) return false;
+  if (is_complete() || !(line.IsLoss() || line.IsHeld() ? takes_loss(line) : takes_entry(line)) || !is_new(line))
+    return false;
   ++taken_;
   return true;
 }

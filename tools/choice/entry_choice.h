@@ -28,10 +28,10 @@ namespace qzlog_tool {
 ///     if (choice.takes(line)) show(line);
 ///   }
 ///
-/// A line that tells of lost entries has no ID, level or attributes of its own: it is wanted where an entry that it
-/// counts may have been. Of its `lost` rows one has to have a wanted ID, name, mask and level, its `writer` has to be
-/// wanted, and `written`, which says when the loss was told, must not be before --since. --until and --where are not
-/// asked.
+/// A line that tells of entries that were lost or held back has no ID, level or attributes of its own: it is wanted
+/// where an entry that it counts may have been. Of its `lost` rows one has to have a wanted ID, name, mask and level,
+/// its `writer` has to be wanted, and `written`, which says when the loss was told, must not be before --since. --until
+/// and --where are not asked.
 class EntryChoice : private qz_LOG_LineChoice {
  public:
   /// Throws CommandError (cannot run) for what the definitions do not know; what is wrong with --where is shown on

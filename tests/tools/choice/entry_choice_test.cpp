@@ -131,6 +131,15 @@ TEST_F(EntryChoiceTest, Losses_AreTakenWhereAnEntryThatIsWantedMayBeAmongThem) {
   EXPECT_EQ(taken({.where = "Free = 1"}), all);
 }
 
+TEST_F(EntryChoiceTest, WhatWasHeldBack_IsTakenAsLossesAre) {
+  lines_ = R"({"writer":"alpha/1/x","seq":1,"held":[{"id":1,"level":3,"count":5}]})"
+           "\n";
+  EXPECT_EQ(taken({.ids = {"1"}}), Numbers{1});
+  EXPECT_EQ(taken({.ids = {"2"}}), Numbers{});
+  EXPECT_EQ(taken({.level = "4.."}), Numbers{});
+  EXPECT_EQ(taken({.where = "Free = 1"}), Numbers{1});
+}
+
 TEST_F(EntryChoiceTest, WhatTheDefinitionsDoNotKnow_IsRefusedWithASuggestion) {
   EXPECT_EQ(refusal({.ids = {"1..9,4"}}), "--id: the definitions have no entry 4");
   EXPECT_EQ(refusal({.ids = {"7..9"}}), "");
