@@ -68,7 +68,7 @@ ValueKind value_kind(std::string_view whole_name) {
   const std::string_view name = whole_name.substr(0, whole_name.find(' '));
   if (name == "ll_CC") return {Type::kChoice, locale_names()};
   if (name == "EVENT") return {Type::kEvent, {}};
-  if (name == "EXPRESSION") return {Type::kExpression, {}};
+  if (name == "EXPRESSION" || name == "ATTRIBUTE") return {Type::kExpression, {}};
   if (name == "DIR") return {Type::kFolder, {}};
   if (name.size() == 3 && is_digit(name[0]) && name[1] == '-' && is_digit(name[2])) {
     return {Type::kChoice, digits(name[0], name[2])};

@@ -6,6 +6,7 @@
 
 #include "lines/level_name.h"
 #include "tools/options/option_error.h"
+#include "tools/shown/csv_value.h"
 
 namespace qzlog_tool {
 
@@ -98,19 +99,6 @@ bool is_flush_right(const FieldChoice& choice, const ShownEvents& events) {
   }
 }
 
-void append_csv(std::string_view value, std::string& out) {
-  if (value.find_first_of("\",\r\n") == std::string_view::npos) {
-    out += value;
-    return;
-  }
-  out += '"';
-  for (const char character : value) {
-    if (character == '"') out += '"';
-    out += character;
-  }
-  out += '"';
-}
-
 }  // namespace
 
 std::vector<FieldChoice> read_columns(std::string_view names, const ShownEvents& events) {
@@ -136,7 +124,7 @@ void CsvPresentation::append_heading(std::string& out) {
     if (&column != &columns_.front()) out += ',';
     append_csv(column.name, out);
   }
-  out += "\r\n";
+  out += kCsvEnd;
 }
 
 std::size_t CsvPresentation::append(const ShownLine& shown, std::string& out) {
@@ -153,7 +141,7 @@ std::size_t CsvPresentation::append(const ShownLine& shown, std::string& out) {
   }
   // An empty line would be no record.
   if (out.size() == begin) out += "\"\"";
-  out += "\r\n";
+  out += kCsvEnd;
   return 0;
 }
 

@@ -3,7 +3,9 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <ctime>
 #include <iostream>
+#include <memory>
 #include <utility>
 #include <vector>
 
@@ -70,6 +72,14 @@ CLI::Option* add_word_option(CLI::App& command, const char* name, std::string& v
 
 }  // namespace
 
+void add_zone_options(CLI::App& command, ShownOptions& options) {
+  CLI::Option* const zone =
+      command.add_option("--time-zone", options.time_zone, "The reader's time zone: Europe/Berlin")
+          ->type_name("ZONE")
+          ->check(check_time_zone);
+  command.add_flag("--utc", options.utc, "Show times in UTC")->excludes(zone);
+}
+
 void add_shown_options(CLI::App& command, ShownOptions& options) {
   CLI::Option* const output = add_word_option(command, "--output", options.output, "text|short|long|json|table|csv",
                                               "The form in which entries are shown");
@@ -84,11 +94,7 @@ void add_shown_options(CLI::App& command, ShownOptions& options) {
   command.add_option("--locale", options.locale, "The reader's locale: de_AT, zh-Hant")
       ->type_name("ll_CC")
       ->check(check_reader_locale);
-  CLI::Option* const zone =
-      command.add_option("--time-zone", options.time_zone, "The reader's time zone: Europe/Berlin")
-          ->type_name("ZONE")
-          ->check(check_time_zone);
-  command.add_flag("--utc", options.utc, "Show times in UTC")->excludes(zone);
+  add_zone_options(command, options);
   add_word_option(command, "--time-style", options.time_style, "iso|locale|short", "How times are written");
   add_raw_option(command);
 }
@@ -110,6 +116,11 @@ void use_reader_settings(const ShownOptions& options) {
 ReaderZone zone_of(const ShownOptions& options) {
   if (options.utc) return ReaderZone::utc();
   return options.time_zone.empty() ? ReaderZone() : ReaderZone::named(options.time_zone);
+}
+
+ReaderClock reader_clock(const ShownOptions& options) {
+  const auto zone = std::make_shared<ReaderZone>(zone_of(options));
+  return {std::time(nullptr), [zone](long long moment) { return zone->offset_at(moment); }};
 }
 
 ShownTimes make_times(const ShownOptions& options) {

@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 
+#include "tools/choice/reader_moment.h"
 #include "tools/options/reader_zone.h"
 #include "tools/shown/presentation.h"
 #include "tools/shown/shown_events.h"
@@ -34,6 +35,8 @@ struct ShownOptions {
 /// Adds --output, --format, --columns, --locale, --time-zone, --utc, --time-style and --raw; `options` has to outlive
 /// the parsing.
 void add_shown_options(CLI::App& command, ShownOptions& options);
+/// --time-zone and --utc alone, for commands that show times otherwise.
+void add_zone_options(CLI::App& command, ShownOptions& options);
 
 /// What help pages say of them, behind their options.
 inline constexpr const char* kShownFooter =
@@ -65,6 +68,8 @@ void check_shown_options(const ShownOptions& options);
 /// The reader's clock, and times as it shows them.
 ReaderZone zone_of(const ShownOptions& options);
 ShownTimes make_times(const ShownOptions& options);
+/// The same clock for those who read times, at the present moment.
+ReaderClock reader_clock(const ShownOptions& options);
 
 /// Says on standard error which fields hide attributes. Throws CommandError (cannot run) for names that nothing has.
 /// `events` and `times` have to outlive the result.
