@@ -17,7 +17,7 @@ import jsonschema
 import check_docs
 
 # The commands that give a result as JSON. What the others write is lines of JSON, or a value of its own.
-COMMANDS = ["check", "inspect", "diff", "explain", "catalog status", "count show"]
+COMMANDS = ["check", "inspect", "diff", "explain", "catalog status", "count show", "stats"]
 SHARED = "qzlog-findings.schema.json"
 CASES = "tests/tools/golden/*/*.case"
 OUTPUTS = {"count show": "tests/tools/golden/count/*.json"}  # what tests keep without a case around it

@@ -67,6 +67,7 @@ SUBCOMMANDS = {
     "catalog": [],
     "count": [],
     "render": ["count"],  # counts what it renders
+    "stats": ["count", "render"],  # has the bars of counts, and tells of lines that are wrong as `render` does
 }
 
 # Folders whose files may include public headers and the folders named here, nothing else of ours.
@@ -86,6 +87,7 @@ SHARED = {
     "entry/text_limits.h": "the tools say how long texts may be",
     "foundation/sha256.h": "the tools name definitions as lines do",
     "foundation/crc32.h": "the tools give the checksum that the library looks for",
+    "lines/envelope_form.h": "what a writer adds to its lines has one form",
     "lines/level_name.h": "levels have the same names everywhere",
     "lines/json_text.h": "one way to write a text as JSON",
     "lines/library_text.h": "the library's failures in the same words, whoever shows them",

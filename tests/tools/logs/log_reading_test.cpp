@@ -29,7 +29,7 @@ class LogReadingTest : public ::testing::Test, public qz_LOG_LineErrorHandler {
             .fail = [this](const std::string& reason) { failures_.push_back(reason); }};
   }
 
-  TempDir folder_;
+  qz_test::TempDir folder_;
   BufferedOutput output_{1, "standard output"};
   Texts lines_;
   Texts failures_;

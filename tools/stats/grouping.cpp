@@ -1,0 +1,172 @@
+#include "tools/stats/grouping.h"
+
+#include <charconv>
+#include <utility>
+#include <vector>
+
+#include "tools/compiler/text/nearest_word.h"
+#include "tools/compiler/text/utf8_text.h"
+#include "tools/shown/field_values.h"
+#include "tools/system/command_error.h"
+
+namespace qzlog_tool {
+
+namespace {
+
+using qzlog_compiler::quoted;
+
+constexpr long long kHour = 3600;
+constexpr long long kDay = 24 * kHour;
+
+struct ByWord {
+  std::string_view word;
+  GroupBy by;
+};
+constexpr ByWord kWords[] = {{"event", GroupBy::kEvent},
+                             {"level", GroupBy::kLevel},
+                             {"hour", GroupBy::kHour},
+                             {"day", GroupBy::kDay},
+                             {"writer", GroupBy::kWriter}};
+constexpr std::string_view kAttributePrefix = "attribute:";
+
+const KnownAttribute& require_attribute(const char* option, const std::string& name, const KnownDefinitions& known,
+                                        std::vector<std::string_view> candidates) {
+  if (const KnownAttribute* const attribute = known.find_attribute(name)) return *attribute;
+  const std::string hint = qzlog_compiler::did_you_mean(name, candidates);
+  throw CommandError(kExitCannotRun, std::string(option) + ": the definitions have no attribute " + quoted(name) +
+                                         (hint.empty() ? "" : "; " + hint));
+}
+
+/// The remainder is not negative.
+long long remainder(long long number, long long divisor) { return (number % divisor + divisor) % divisor; }
+
+std::optional<double> number_of(const qz_LOG_LogEntry& entry, const char* name, ShownTimes& times, std::string& room) {
+  qz_AttributeType type = TypeUnknown;
+  if (entry.CheckAttribute(name, type) != 0) return std::nullopt;
+  double number = 0;
+  if (type == TypeFloat) return entry.GetAttribFloat8(name, number) ? std::optional(number) : std::nullopt;
+  if (!kIntegerTypes.has(type)) return std::nullopt;
+  room.clear();
+  if (!append_attribute(entry, name, times, room)) return std::nullopt;
+  std::from_chars(room.data(), room.data() + room.size(), number);
+  return number;
+}
+
+}  // namespace
+
+CountedBy CountedBy::read(const std::string& by, const std::string& numbers_of, const KnownDefinitions& known) {
+  CountedBy counted;
+  std::vector<std::string_view> names = known.attribute_names();
+  counted.numbers_of = numbers_of;
+  if (!numbers_of.empty()) {
+    const TypeSet types = require_attribute("--of", numbers_of, known, names).types;
+    if (!types.meets(kIntegerTypes) && !types.meets(kFloatTypes)) {
+      throw CommandError(kExitCannotRun, "--of: the attribute " + quoted(numbers_of) + " has no numbers");
+    }
+    counted.has_fractions = types.meets(kFloatTypes);
+  }
+  for (const ByWord& row : kWords) {
+    if (row.word == by) {
+      counted.by = row.by;
+      return counted;
+    }
+    names.push_back(row.word);
+  }
+  counted.by = GroupBy::kAttribute;
+  counted.attribute = by.starts_with(kAttributePrefix) ? by.substr(kAttributePrefix.size()) : by;
+  counted.has_integers = require_attribute("--by", counted.attribute, known, names).types.is_within(kIntegerTypes);
+  return counted;
+}
+
+Grouping::Grouping(CountedBy counted, ReaderZone zone)
+    : counted_(std::move(counted)), zone_(zone), times_(std::move(zone), TimeStyle::kIso) {}
+
+void Grouping::count(const qz_LOG_EntryLine& line, GroupTable& table) {
+  const qz_LOG_LogEntry& entry = line.GetEntry();
+  Group& group = table.count(key_of(line));
+  if (line.HasTime()) group.add_moment(entry.GetTimestamp(true).unix_seconds());
+  if (counted_.numbers_of.empty()) return;
+  const std::optional<double> number = number_of(entry, counted_.numbers_of.c_str(), times_, value_);
+  if (number) table.add_number(group, *number);
+}
+
+void Grouping::count(const ScannedEntry& entry, GroupTable& table) {
+  Group& group = table.count(key_of(entry));
+  if (entry.has_time) group.add_moment(entry.moment);
+  if (counted_.numbers_of.empty()) return;
+  const ScannedValue& number = entry.values[counted_.numbers_of == counted_.attribute ? 0 : 1];
+  if (number.kind == ScannedValue::Kind::kInteger) table.add_number(group, static_cast<double>(number.integer));
+}
+
+GroupKey Grouping::key_of(const qz_LOG_EntryLine& line) {
+  const qz_LOG_LogEntry& entry = line.GetEntry();
+  switch (counted_.by) {
+    case GroupBy::kEvent:
+      return GroupKey::of(entry.GetEntryID());
+    case GroupBy::kLevel:
+      return GroupKey::of(entry.GetLogLevel());
+    case GroupBy::kHour:
+    case GroupBy::kDay:
+      return line.HasTime() ? key_of_moment(entry.GetTimestamp(true).unix_seconds()) : GroupKey();
+    case GroupBy::kWriter:
+      return line.GetWriter()[0] != '\0' ? GroupKey::of(std::string_view(line.GetWriter())) : GroupKey();
+    case GroupBy::kAttribute:
+      break;
+  }
+  value_.clear();
+  return append_attribute(entry, counted_.attribute.c_str(), times_, value_) ? key_of_text(value_) : GroupKey();
+}
+
+GroupKey Grouping::key_of(const ScannedEntry& entry) {
+  switch (counted_.by) {
+    case GroupBy::kEvent:
+      return GroupKey::of(entry.id);
+    case GroupBy::kLevel:
+      return GroupKey::of(entry.level);
+    case GroupBy::kHour:
+    case GroupBy::kDay:
+      return entry.has_time ? key_of_moment(entry.moment) : GroupKey();
+    case GroupBy::kWriter:
+      return !entry.writer.empty() ? GroupKey::of(entry.writer) : GroupKey();
+    case GroupBy::kAttribute:
+      break;
+  }
+  return key_of_value(entry.values[0]);
+}
+
+// Hours by their first moment: one that a clock shows twice is two. Days as numbers of days on the reader's clock.
+GroupKey Grouping::key_of_moment(long long moment) {
+  const long long clock = moment + zone_.offset_at(moment);
+  if (counted_.by == GroupBy::kHour) return GroupKey::of(moment - remainder(clock, kHour));
+  return GroupKey::of((clock - remainder(clock, kDay)) / kDay);
+}
+
+GroupKey Grouping::key_of_value(const ScannedValue& value) {
+  switch (value.kind) {
+    case ScannedValue::Kind::kAbsent:
+      return {};
+    case ScannedValue::Kind::kBool:
+      return GroupKey::of(std::string_view(value.truth ? "true" : "false"));
+    case ScannedValue::Kind::kText:
+      return GroupKey::of(value.text);
+    case ScannedValue::Kind::kInteger:
+      break;
+  }
+  if (counted_.has_integers) return GroupKey::of(value.integer);
+  value_.clear();
+  if (value.is_float) {
+    append_floating_number(static_cast<double>(value.integer), value_);
+  } else {
+    append_signed_number(value.integer, value_);
+  }
+  return GroupKey::of(std::string_view(value_));
+}
+
+GroupKey Grouping::key_of_text(std::string_view text) const {
+  if (!counted_.has_integers) return GroupKey::of(text);
+  long long integer = 0;
+  std::from_chars(text.data(), text.data() + text.size(), integer);
+  return GroupKey::of(integer);
+}
+
+}  // namespace qzlog_tool

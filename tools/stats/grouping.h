@@ -1,0 +1,61 @@
+#ifndef QZLOG_TOOLS_STATS_GROUPING_H
+#define QZLOG_TOOLS_STATS_GROUPING_H
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "qzlog/entry_lines.h"
+#include "tools/choice/known_definitions.h"
+#include "tools/options/reader_zone.h"
+#include "tools/shown/shown_times.h"
+#include "tools/stats/entry_scan.h"
+#include "tools/stats/group_table.h"
+
+namespace qzlog_tool {
+
+enum class GroupBy { kEvent, kLevel, kHour, kDay, kWriter, kAttribute };
+
+/// How lines are counted, as the command line says.
+struct CountedBy {
+  GroupBy by = GroupBy::kEvent;
+  std::string attribute = {};   ///< for kAttribute
+  bool has_integers = false;    ///< its values are integers, whatever the event
+  std::string numbers_of = {};  ///< the attribute whose numbers are looked at; empty: none
+  bool has_fractions = false;   ///< they may have some
+
+  /// `by` is event, level, hour, day, writer, an attribute's name, or attribute:NAME; `numbers_of` an attribute's name
+  /// or empty. Throws CommandError (cannot run) for attributes that the definitions do not have, and for numbers of one
+  /// that has none.
+  static CountedBy read(const std::string& by, const std::string& numbers_of, const KnownDefinitions& known);
+};
+
+/// Finds the group of a line and its number, from its entry or from its bytes, which come to the same.
+class Grouping {
+ public:
+  Grouping(CountedBy counted, ReaderZone zone);
+
+  const CountedBy& counted() const { return counted_; }
+  /// The attributes that a scan has to find: [0] is grouped by, [1] numbers.
+  std::vector<std::string> scanned_attributes() const { return {counted_.attribute, counted_.numbers_of}; }
+
+  void count(const qz_LOG_EntryLine& line, GroupTable& table);
+  void count(const ScannedEntry& entry, GroupTable& table);
+
+ private:
+  GroupKey key_of(const qz_LOG_EntryLine& line);
+  GroupKey key_of(const ScannedEntry& entry);
+  GroupKey key_of_moment(long long moment);
+  GroupKey key_of_value(const ScannedValue& value);
+  GroupKey key_of_text(std::string_view text) const;
+
+  CountedBy counted_;
+  ReaderZone zone_;
+  ShownTimes times_;
+  std::string value_;
+};
+
+}  // namespace qzlog_tool
+
+#endif  // QZLOG_TOOLS_STATS_GROUPING_H

@@ -1,0 +1,51 @@
+#include "tools/stats/line_tally.h"
+
+#include <string>
+
+#include "tools/system/out_of_memory.h"
+
+namespace qzlog_tool {
+
+void LineTally::read(qz_LOG_EntryReader& reader) {
+  const MemoryErrors errors_of_lines;
+  reader.SetLineChoice(choice_ != nullptr ? choice_->line_choice() : this);
+  while (!is_complete() && reader.Next(line_)) {
+    take_line();
+    progress_.update(++lines_);
+  }
+}
+
+// What is counted here need not be read.
+bool LineTally::TakesLine(const char* line, std::size_t length) {
+  if (!scan_.scan({line, length}, scanned_)) return true;
+  grouping_.count(scanned_, table_);
+  progress_.update(++lines_);
+  return false;
+}
+
+void LineTally::take_line() {
+  if (choice_ != nullptr && !choice_->takes(line_)) return;
+  if (tail_ != nullptr) return tail_->add(line_);
+  count_line();
+}
+
+void LineTally::count_line() {
+  if (!line_.IsLoss() && !line_.IsHeld()) return grouping_.count(line_, table_);
+  std::uint64_t& count = line_.IsLoss() ? lost_ : held_;
+  for (std::size_t index = 0; index < line_.GetLostCount(); ++index) count += line_.GetLost(index).count;
+}
+
+void LineTally::finish() {
+  if (tail_ == nullptr) return;
+  qz_LOG_EntryReader reader = qz_LOG_EntryReader::FromSource(*tail_, "", this);
+  while (reader.Next(line_)) count_line();
+}
+
+void LineTally::TakeLineError(const qz_LOG_LineError& error) {
+  const qzlog_compiler::AnyRule rule(reader_rule(error.rule));
+  errors_.report({error.file, error.line, {error.source, error.source_length}}, rule, error.text);
+  if (findings_.size() == kKeptFindings) return;
+  findings_.push_back({error.file, error.line, qzlog_compiler::Severity::kError, rule, error.text});
+}
+
+}  // namespace qzlog_tool

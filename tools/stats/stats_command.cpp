@@ -1,0 +1,179 @@
+#include "tools/stats/stats_command.h"
+
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <cstddef>
+#include <cstdint>
+#include <iostream>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "qzlog/logcfg.h"
+#include "tools/choice/choice_options.h"
+#include "tools/choice/entry_choice.h"
+#include "tools/choice/known_definitions.h"
+#include "tools/choice/line_tail.h"
+#include "tools/definitions/loaded_definitions.h"
+#include "tools/logs/log_reading.h"
+#include "tools/options/option_checks.h"
+#include "tools/shown/shown_options.h"
+#include "tools/stats/entry_scan.h"
+#include "tools/stats/grouping.h"
+#include "tools/stats/line_tally.h"
+#include "tools/stats/stats_output.h"
+#include "tools/stats/stats_report.h"
+#include "tools/system/command_error.h"
+#include "tools/system/standard_input.h"
+#include "tools/system/terminal.h"
+
+namespace qzlog_tool {
+
+namespace {
+
+struct StatsOptions {
+  std::string definitions;
+  std::string auxiliary;
+  std::vector<std::string> entries = {"-"};
+  std::string by = "event";
+  std::string numbers_of;
+  std::size_t top = 0;
+  bool json = false;
+  bool csv = false;
+  ShownOptions shown;
+  ChoiceOptions choice;
+};
+
+constexpr const char* kStatsFooter = R"(The table has a line for each group, with its share of all and a bar, then what
+other groups have, then all. Times and levels are in their order, other groups
+by their counts. --by counts by event, level, hour, day, writer, or the values of
+an attribute: --by Reason, or attribute:level where the attribute has the name
+of one of these. What has no such value, or no time, has the group -.
+
+--of looks at the numbers of an attribute: how many there are, the smallest, the
+median, the one that 99 % do not exceed, the largest and the mean. Median and
+99 % are exact up to 500000 numbers, and within 1 % beyond (see "error" in
+--json). Numbers that are not finite are left out.
+
+Hours and days are those of --time-zone, else of the process. Inputs are read as
+by 'qzlog render': files, folders and series of files. A line that is wrong is
+reported on standard error and not counted; the exit status is then 1. Where
+there are more groups than memory is for, small ones are added to the others, and
+standard error says so.
+)";
+
+constexpr const char* kStatsExamples = R"(
+Examples:
+  qzlog stats --definitions storage.ldf /var/log/storage
+  qzlog stats --definitions storage.ldf --by hour --since today /var/log/storage
+  qzlog stats --definitions storage.ldf --by Name --name DISK_FULL --top 10 entries.jsonl
+  qzlog stats --definitions storage.ldf --of Free --where 'Free < 1000' entries.jsonl
+  qzlog stats --definitions storage.ldf --by level --json entries.jsonl | jq .total.count
+)";
+
+std::string check_top(const std::string& text) {
+  constexpr std::int64_t kMost = 1'000'000;
+  return qzlog_compiler::parse_number(text, 1, kMost) ? "" : "'" + text + "' is no number from 1 to 1000000";
+}
+
+bool read_entries(const StatsOptions& options, LineTally& tally) {
+  const bool all_read = read_logs(
+      options.entries,
+      {.output = tally.output(),
+       .handler = tally,
+       .read = [&tally](qz_LOG_EntryReader& reader) { tally.read(reader); },
+       .fail = [&tally](const std::string& reason) { tally.errors().report(qzlog_compiler::Severity::kError, reason); },
+       .is_complete = [&tally] { return tally.is_complete(); }});
+  tally.finish();
+  return all_read;
+}
+
+void tell(std::uint64_t count, const char* what) {
+  if (count != 0) std::cerr << what << ": " << count << '\n';
+}
+
+/// What a reader of the numbers has to know.
+void tell_bounds(const StatsReport& report, const EntryChoice* choice, const LineTail* tail) {
+  tell(report.missed, "qzlog: more groups than memory is for; lines that a group may lack");
+  if (choice != nullptr) {
+    tell(choice->without_time(), "entries without a time, left out");
+    tell(choice->forgotten(), "ranges of numbers that --unique had to forget");
+  }
+  if (tail != nullptr) tell(tail->dropped(), "lines that --tail had no memory for");
+}
+
+void write(const StatsOptions& options, const StatsReport& report, const LineTally& tally, const StatsTexts& texts) {
+  const StatsRemarks remarks = {tally.lost(), tally.held(), tally.errors().count(), tally.findings()};
+  if (options.json) return write_stats_json(report, remarks, texts, std::cout);
+  if (options.csv) return write_stats_csv(report, texts, std::cout);
+  write_stats_table(report, remarks, texts, output_columns(), ::isatty(STDOUT_FILENO) == 1, std::cout);
+}
+
+int run(const StatsOptions& options) {
+  std::vector<std::string> read_files = {options.definitions, options.auxiliary};
+  read_files.insert(read_files.end(), options.entries.begin(), options.entries.end());
+  refuse_repeated_standard_input(read_files);
+  qz_LOG_LogConfig::SetICUEnabled(true);
+  qz_LOG_LogConfig::SetCodePage("UTF-8");
+  use_reader_settings(options.shown);
+  KnownDefinitions known;
+  std::vector<qzlog_compiler::DefinitionModel> models;
+  load_definitions(options.definitions, options.auxiliary, qzlog_compiler::RenderingPaths::kIcu,
+                   [&](const qzlog_compiler::DefinitionModel& model) {
+                     known.add(model);
+                     models.push_back(model);
+                   });
+  Grouping grouping(CountedBy::read(options.by, options.numbers_of, known), zone_of(options.shown));
+  EntryScan scan(grouping.scanned_attributes());
+  for (const qzlog_compiler::DefinitionModel& model : std::exchange(models, {})) scan.add(model);
+  std::optional<EntryChoice> choice;
+  if (options.choice.is_given()) choice.emplace(options.choice, known, reader_clock(options.shown));
+  std::optional<LineTail> tail;
+  if (options.choice.tail != 0) tail.emplace(options.choice.tail);
+
+  LineTally tally(grouping, scan, choice ? &*choice : nullptr, tail ? &*tail : nullptr);
+  const bool all_read = read_entries(options, tally);
+  const StatsReport report = make_stats_report(tally.table(), grouping.counted(), options.top);
+  ShownTimes times(zone_of(options.shown), TimeStyle::kIso);
+  write(options, report, tally, {known, times});
+  tell_bounds(report, choice ? &*choice : nullptr, tail ? &*tail : nullptr);
+  if (!all_read) return kExitCannotRun;
+  return tally.errors().count() == 0 ? kExitSuccess : kExitFindings;
+}
+
+}  // namespace
+
+void add_stats_command(CLI::App& app, int& exit_status) {
+  CLI::App* const command = app.add_subcommand("stats", "Count entries by event, level, time or what they hold");
+  const auto options = std::make_shared<StatsOptions>();
+  command->footer(std::string(kStatsFooter) + '\n' + kChoiceFooter + kStatsExamples);
+  command->add_option("--definitions", options->definitions, "The log definition file, compiled or a source")
+      ->type_name("STD.ldf|STD.yaml")
+      ->required();
+  command->add_option("--aux", options->auxiliary, "An auxiliary definition file, compiled or a source")
+      ->type_name("AUX.ldf|AUX.yaml");
+  command->add_option("--by", options->by, "What to count by: event, level, hour, day, writer or an attribute")
+      ->type_name("ATTRIBUTE")
+      ->check(check_not_empty)
+      ->capture_default_str();
+  command->add_option("--of", options->numbers_of, "An attribute whose numbers are looked at")
+      ->type_name("ATTRIBUTE")
+      ->check(check_not_empty);
+  command->add_option("--top", options->top, "Only so many groups, the largest; the others are added up")
+      ->type_name("N")
+      ->check(check_top);
+  CLI::Option* const json = command->add_flag("--json", options->json, "Write one JSON object");
+  command->add_flag("--csv", options->csv, "Write the groups as CSV")->excludes(json);
+  command
+      ->add_option("ENTRIES", options->entries,
+                   "Files, folders and series of files with entries; '-' or nothing is standard input")
+      ->type_name("FILE.jsonl|DIR|DIR/PREFIX");
+  add_zone_options(*command, options->shown);
+  add_choice_options(*command, options->choice);
+  command->callback([options, &exit_status] { exit_status = run(*options); });
+}
+
+}  // namespace qzlog_tool
