@@ -26,6 +26,7 @@ bool is_blank(std::string_view line) {
 
 qz_LOG_LineErrorHandler::~qz_LOG_LineErrorHandler() = default;
 qz_LOG_LineChoice::~qz_LOG_LineChoice() = default;
+bool qz_LOG_LineChoice::TakesLastLine(const char* /*line*/, std::size_t /*length*/) { return true; }
 qz_LOG_ByteSource::~qz_LOG_ByteSource() = default;
 
 class QZLOG_NO_EXPORT qz_LOG_EntryReader::Implementation {
@@ -60,12 +61,15 @@ class QZLOG_NO_EXPORT qz_LOG_EntryReader::Implementation {
   unsigned long long error_count() const { return error_count_; }
 
  private:
-  // A line without its end may be a part of one.
   bool is_refused(const LineCutter::Line& raw) {
-    if (choice_ == nullptr || raw.too_long || !raw.has_end) return false;
-    if (choice_->TakesLine(raw.text.data(), raw.text.size())) return false;
+    if (choice_ == nullptr || raw.too_long || is_taken(raw)) return false;
     ++refused_count_;
     return true;
+  }
+
+  bool is_taken(const LineCutter::Line& raw) {
+    return raw.has_end ? choice_->TakesLine(raw.text.data(), raw.text.size())
+                       : choice_->TakesLastLine(raw.text.data(), raw.text.size());
   }
 
   /// False for a line that is an error.

@@ -53,6 +53,9 @@ class QZLOG_EXPORT qz_LOG_LineChoice {
   /// may hold anything. False leaves the line out: it is not looked at further, right or wrong, and counts as refused.
   /// What it throws ends Next and reaches its caller; the line counts as read.
   virtual bool TakesLine(const char* line, std::size_t length) = 0;
+  /// Asked likewise for a last line without a line feed, which may be a whole one or the beginning of one. Takes it
+  /// unless it is overridden: what breaks off is told.
+  virtual bool TakesLastLine(const char* line, std::size_t length);
 };
 
 /// Where a reader takes its bytes from. One thread at a time.

@@ -58,6 +58,30 @@ TEST_F(EntryReaderChoiceTest, RefusedLines_AreNeitherReadNorReportedButCounted) 
             (std::vector<std::string>{"{\"id\":8}", "no entry", "{\"id\":7}\r", "{\"id\":8,\"level\":1}"}));
 }
 
+TEST_F(EntryReaderChoiceTest, LastLineWithoutItsEnd_IsAskedAboutApart) {
+  class LastLines : public qz_LOG_LineChoice {
+   public:
+    bool TakesLine(const char* /*line*/, std::size_t /*length*/) override { return true; }
+    bool TakesLastLine(const char* line, std::size_t length) override {
+      last.assign(line, length);
+      return takes;
+    }
+    std::string last;
+    bool takes = false;
+  } choice;
+  for (const bool takes : {false, true}) {
+    choice.takes = takes;
+    const std::string text = "{\"id\":8}\n{\"id\":7}";
+    qz_LOG_EntryReader reader = reader_of(text);
+    reader.SetLineChoice(&choice);
+    ASSERT_TRUE(reader.Next(line_));
+    EXPECT_EQ(choice.last, "");
+    EXPECT_EQ(reader.Next(line_), takes);
+    EXPECT_EQ(reader.GetRefusedCount(), takes ? 0u : 1u);
+    EXPECT_EQ(std::exchange(choice.last, ""), "{\"id\":7}");
+  }
+}
+
 TEST_F(EntryReaderChoiceTest, TakenLineThatIsWrong_IsReported) {
   const std::string text = "no entry\n";
   NotingChoice choice([](std::string_view) { return true; });
