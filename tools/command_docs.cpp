@@ -20,7 +20,7 @@
 #include "tools/manual/manual_page.h"
 #include "tools/manual/zsh_completion.h"
 #include "tools/render/config_check.h"
-#include "tools/render/entry_error.h"
+#include "tools/logs/entry_error.h"
 #include "tools/report/check_rules.h"
 #include "tools/report/source_rules.h"
 #include "tools/system/out_of_memory.h"

@@ -85,11 +85,22 @@ void DefinitionLayers::fold_globals(std::vector<DefinitionModel>& sets) {
 }
 
 void DefinitionLayers::add(const DefinitionModel& set) {
-  auto& places = places_.emplace_back();
+  std::unordered_map<std::uint32_t, std::size_t> places;
   auto& names = names_.emplace_back();
   for (const EntryDefinition& entry : set.entries) {
     places[entry.id] = layer_for(entry, set);
     if (!entry.name.empty()) names.emplace(entry.name, entry.id);
+  }
+  note_contradictions(places);
+  places_.push_back(std::move(places));
+}
+
+void DefinitionLayers::note_contradictions(const std::unordered_map<std::uint32_t, std::size_t>& places) {
+  for (const auto& [id, layer] : places) {
+    for (const auto& others : places_) {
+      const auto found = others.find(id);
+      if (found != others.end() && found->second != layer) contradicted_.insert(id);
+    }
   }
 }
 

@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include "tools/compiler/model/definition_model.h"
@@ -26,6 +27,8 @@ class DefinitionLayers {
   const std::vector<qzlog_compiler::DefinitionModel>& layers() const { return layers_; }
 
   bool has(std::size_t set, std::uint32_t id) const { return places_[set].contains(id); }
+  /// Whether sets define an ID differently.
+  bool is_contradicted(std::uint32_t id) const { return contradicted_.contains(id); }
   std::optional<std::uint32_t> find_id(std::size_t set, std::string_view name) const;
   /// The layer that reads entries of an ID as the set defines them; one that does not know the ID where the set does
   /// not, `current` if that is one.
@@ -41,6 +44,7 @@ class DefinitionLayers {
 
   static void fold_globals(std::vector<qzlog_compiler::DefinitionModel>& sets);
   void add(const qzlog_compiler::DefinitionModel& set);
+  void note_contradictions(const std::unordered_map<std::uint32_t, std::size_t>& places);
   void add_stranger();
   std::size_t layer_for(const qzlog_compiler::EntryDefinition& entry, const qzlog_compiler::DefinitionModel& set);
   std::size_t empty_layer() const { return layers_.size() - 1; }
@@ -50,6 +54,7 @@ class DefinitionLayers {
   std::vector<Index> indexes_;                                          // of the layers
   std::vector<std::unordered_map<std::uint32_t, std::size_t>> places_;  // of each set: the layers of its IDs
   std::vector<std::unordered_map<std::string, std::uint32_t>> names_;   // of each set
+  std::unordered_set<std::uint32_t> contradicted_;
 };
 
 }  // namespace qzlog_tool

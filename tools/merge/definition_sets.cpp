@@ -120,6 +120,7 @@ void DefinitionSets::use_for(std::string_view definitions, std::uint32_t id) {
   } else {
     while (set < digests_.size() && !layers_->has(set, id)) ++set;
     if (set == digests_.size()) set = 0;
+    if (definitions.empty()) complain_of_none(id);
   }
   const std::size_t layer = layers_->layer_of(set, id, loaded_);
   if (layer != loaded_) load(layer);
@@ -131,6 +132,7 @@ void DefinitionSets::use_for_name(std::string_view definitions, const std::strin
     if (layers_->find_id(other, name)) set = other;
   }
   const std::optional<std::uint32_t> id = layers_->find_id(set.value_or(0), name);
+  if (id && definitions.empty()) complain_of_none(*id);
   const std::size_t layer =
       id ? layers_->layer_of(set.value_or(0), *id, loaded_) : layers_->layer_without(name, set.value_or(0), loaded_);
   if (layer != loaded_) load(layer);
@@ -151,6 +153,21 @@ void DefinitionSets::complain(const std::string& definitions) {
   if (unknown_.size() == kMostComplaints || !unknown_.insert(definitions).second) return;
   warn_("lines name the definitions " + definitions + ", which are not given: the first that have their IDs are used");
   if (unknown_.size() == kMostComplaints) warn_("of further definitions that lines name nothing is said");
+}
+
+void DefinitionSets::complain_of_none(std::uint32_t id) {
+  if (complained_of_none_ || !layers_->is_contradicted(id)) return;
+  complained_of_none_ = true;
+  warn_("lines name no definitions, and the ID " + std::to_string(id) +
+        " has several: the first that have their IDs are used");
+}
+
+void load_definitions(const std::vector<DefinitionPaths>& paths, RenderingPaths path, LineReporter& reporter,
+                      const UseModel& use, std::optional<DefinitionSets>& sets) {
+  if (paths.size() == 1) return load_definitions(paths.front().standard, paths.front().auxiliary, path, use);
+  sets.emplace(
+      paths, path, [&reporter](const std::string& text) { reporter.report(qzlog_compiler::Severity::kWarning, text); },
+      use);
 }
 
 }  // namespace qzlog_tool

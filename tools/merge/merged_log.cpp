@@ -109,13 +109,13 @@ void MergedLog::take(std::size_t end, bool has_line_feed) {
   is_too_long_ = line_end_ - line_begin_ > kMostLineBytes;
 }
 
-// As the reader decides it. Of a line without its end it does not ask the choice: it may be a part of one.
+// As the reader decides it.
 bool MergedLog::is_wanted() {
-  if (reading_.choice == nullptr || !has_line_feed_ || reading_.choice->TakesLine(line().data(), line().size())) {
-    return true;
-  }
-  ++refused_;
-  return false;
+  if (reading_.choice == nullptr) return true;
+  const bool is_taken = has_line_feed_ ? reading_.choice->TakesLine(line().data(), line().size())
+                                       : reading_.choice->TakesLastLine(line().data(), line().size());
+  if (!is_taken) ++refused_;
+  return is_taken;
 }
 
 void MergedLog::fill() {

@@ -8,9 +8,8 @@
 
 namespace qzlog_tool {
 
-MergedLogs::MergedLogs(std::vector<InputFiles> inputs, Order order, MergeReading reading)
-    : reading_(std::move(reading)), order_(order) {
-  if (order == Order::kByTime && inputs.size() > kMostLogs) {
+MergedLogs::MergedLogs(std::vector<InputFiles> inputs, MergeReading reading) : reading_(std::move(reading)) {
+  if (inputs.size() > kMostLogs) {
     throw CommandError(kExitCannotRun, "--merge-by-time takes " + std::to_string(kMostLogs) +
                                            " logs at most, a series as one: these are " +
                                            std::to_string(inputs.size()));
@@ -19,23 +18,16 @@ MergedLogs::MergedLogs(std::vector<InputFiles> inputs, Order order, MergeReading
 }
 
 bool MergedLogs::Next(qz_LOG_EntryLine& line) {
-  while (order_ == Order::kByTime ? find_turn_by_time() : find_turn()) {
+  while (find_turn()) {
     if (logs_[current_]->read(line)) return true;
   }
   return false;
 }
 
-bool MergedLogs::find_turn() {
-  for (; current_ < logs_.size(); ++current_) {
-    if (find_next()) return true;
-  }
-  return false;
-}
-
 // The log whose line was read last goes on only now: what it says of its next lines comes behind that line.
-bool MergedLogs::find_turn_by_time() {
+bool MergedLogs::find_turn() {
   if (!has_begun_) {
-    begin_by_time();
+    begin();
   } else if (current_ < logs_.size() && find_next()) {
     const Turn own = {logs_[current_]->moment(), current_};
     if (waiting_.empty() || own < waiting_.front()) return true;
@@ -49,7 +41,7 @@ bool MergedLogs::find_turn_by_time() {
   return true;
 }
 
-void MergedLogs::begin_by_time() {
+void MergedLogs::begin() {
   has_begun_ = true;
   for (current_ = 0; current_ < logs_.size(); ++current_) {
     if (find_next()) wait({logs_[current_]->moment(), current_});

@@ -14,9 +14,9 @@
 
 namespace qzlog_tool {
 
-/// The lines of several logs as those of one.
+/// The lines of several logs as those of one, by time.
 ///
-/// By time, a log's lines stay in their order: one that says no time, or an earlier one than a line before it, comes
+/// A log's lines stay in their order: one that says no time, or an earlier one than a line before it, comes
 /// directly behind the line before it; at the beginning of a log it comes first. Among lines of one second those of the
 /// log that was given first come first. What a line says of lost entries comes when it was written.
 ///
@@ -24,13 +24,11 @@ namespace qzlog_tool {
 /// any reader up to four times as much as the longest.
 class MergedLogs {
  public:
-  enum class Order { kAsGiven, kByTime };
-
   /// How many logs are merged at most. A process may open 1,024 files unless it is told otherwise.
   static constexpr std::size_t kMostLogs = 500;
 
-  /// Nothing is opened yet. Throws CommandError (cannot run) for more logs than can be merged by time.
-  MergedLogs(std::vector<InputFiles> inputs, Order order, MergeReading reading);
+  /// Nothing is opened yet. Throws CommandError (cannot run) for more logs than can be merged.
+  MergedLogs(std::vector<InputFiles> inputs, MergeReading reading);
   MergedLogs(const MergedLogs&) = delete;
   MergedLogs& operator=(const MergedLogs&) = delete;
 
@@ -50,15 +48,13 @@ class MergedLogs {
   };
 
   bool find_turn();
-  bool find_turn_by_time();
   bool find_next();
-  void begin_by_time();
+  void begin();
   void wait(Turn turn);
 
   MergeReading reading_;
   std::vector<std::unique_ptr<MergedLog>> logs_;  // null: has ended
-  Order order_;
-  std::vector<Turn> waiting_;  // a heap, the next turn on top
+  std::vector<Turn> waiting_;                     // a heap, the next turn on top
   std::size_t current_ = 0;
   bool has_begun_ = false;
   bool all_read_ = true;

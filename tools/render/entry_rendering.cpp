@@ -1,12 +1,10 @@
 #include "tools/render/entry_rendering.h"
 
 #include <csignal>
-#include <optional>
 #include <utility>
 
 #include "tools/render/line_identity.h"
 #include "tools/system/command_error.h"
-#include "tools/system/file_descriptor.h"
 #include "tools/system/out_of_memory.h"
 
 namespace qzlog_tool {
@@ -29,8 +27,10 @@ std::string gap_text(const GapCheck::Gap& gap) {
 
 }  // namespace
 
-EntryRendering::EntryRendering(BufferedOutput& output, LineRenderer& renderer, const RenderingParts& parts)
+EntryRendering::EntryRendering(BufferedOutput& output, LineReporter& reporter, LineRenderer& renderer,
+                               const RenderingParts& parts)
     : output_(output),
+      reporter_(reporter),
       renderer_(renderer),
       parts_(parts),
       needs_messages_(parts.shown == nullptr || parts.shown->shows_message()) {
@@ -103,14 +103,9 @@ qz_LOG_LineChoice* EntryRendering::line_choice() const {
 }
 
 void EntryRendering::render(qz_LOG_EntryReader& reader) {
-  if (parts_.sets == nullptr) {
-    reader.SetLineChoice(line_choice());
-    return take_lines(reader);
-  }
-  LineDefinitions definitions(*parts_.sets, line_choice());
-  reader.SetLineChoice(&definitions);
+  LineDefinitions definitions(parts_.sets, line_choice());
+  reader.SetLineChoice(definitions.line_choice());
   take_lines(reader);
-  reader.SetLineChoice(nullptr);
 }
 
 void EntryRendering::render(MergedLogs& logs) { take_lines(logs); }
@@ -120,7 +115,7 @@ void EntryRendering::take_lines(Reader& reader) {
   const MemoryErrors errors_of_lines;
   while (!is_complete() && reader.Next(line_)) {
     take_line();
-    progress_.update(++lines_);
+    reporter_.update(++lines_);
   }
 }
 
@@ -128,8 +123,8 @@ void EntryRendering::catch_up() {
   if (parts_.tail != nullptr) {
     LineTail& tail = *std::exchange(parts_.tail, nullptr);
     qz_LOG_EntryReader reader = qz_LOG_EntryReader::FromSource(tail, "", this);
-    std::optional<LineDefinitions> definitions;
-    if (parts_.sets != nullptr) reader.SetLineChoice(&definitions.emplace(*parts_.sets, nullptr));
+    LineDefinitions definitions(parts_.sets, nullptr);
+    reader.SetLineChoice(definitions.line_choice());
     while (reader.Next(line_)) {
       place_in_log_ = &tail.place(line_.GetLine());
       show_line();
@@ -142,7 +137,7 @@ void EntryRendering::catch_up() {
 void EntryRendering::TakeLineError(const qz_LOG_LineError& error) {
   ++unread_;
   const ErrorLine line = {error.file, error.line, {error.source, error.source_length}};
-  errors_.report(line, qzlog_compiler::AnyRule(reader_rule(error.rule)), error.text);
+  reporter_.report(line, qzlog_compiler::AnyRule(reader_rule(error.rule)), error.text);
   if (parts_.gaps == nullptr) return;
   const std::optional<LineIdentity> identity = line_identity(line.text);
   if (identity) check_number(identity->writer, identity->seq, line);
@@ -157,8 +152,8 @@ void EntryRendering::check_number() {
 void EntryRendering::check_number(std::string_view writer, std::uint64_t seq, const ErrorLine& line) {
   if (parts_.gaps->add(writer, seq, {line.file, line.number})) return;
   ++numbers_;
-  errors_.report(line, EntryRule::kDoubledLine,
-                 "the writer " + std::string(writer) + " has a line with this seq already: " + std::to_string(seq));
+  reporter_.report(line, EntryRule::kDoubledLine,
+                   "the writer " + std::string(writer) + " has a line with this seq already: " + std::to_string(seq));
 }
 
 void EntryRendering::finish() {
@@ -166,33 +161,16 @@ void EntryRendering::finish() {
   if (parts_.gaps == nullptr) return;
   for (const GapCheck::Gap& gap : parts_.gaps->gaps()) {
     ++numbers_;
-    errors_.report({gap.file, gap.line, ""}, EntryRule::kMissingLines, gap_text(gap));
+    reporter_.report({gap.file, gap.line, ""}, EntryRule::kMissingLines, gap_text(gap));
   }
 }
 
-void EntryRendering::print_filter_summary() {
+std::string EntryRendering::filter_summary() const {
   std::string text = "entries: " + std::to_string(entries_ + unread_) + " read, " + std::to_string(passed_) +
                      " passed, " + std::to_string(refused_) + " refused";
-  const std::uint64_t wrong = errors_.count() - numbers_;
+  const std::uint64_t wrong = reporter_.count() - numbers_;
   if (wrong != 0) text += ", " + std::to_string(wrong) + " wrong";
-  print(text);
-}
-
-void EntryRendering::print_gap_summary() { print(parts_.gaps->summary()); }
-
-void EntryRendering::print_choice_summary() {
-  if (const std::uint64_t count = parts_.choice->without_time(); count != 0) {
-    print("entries without a time, left out: " + std::to_string(count));
-  }
-  if (const std::uint64_t count = parts_.choice->forgotten(); count != 0) {
-    print("ranges of numbers that --unique had to forget: " + std::to_string(count));
-  }
-}
-
-void EntryRendering::print(const std::string& line) {
-  progress_.clear();
-  const std::string text = line + '\n';
-  write_all(STDERR_FILENO, text.data(), text.size());
+  return text;
 }
 
 }  // namespace qzlog_tool

@@ -9,15 +9,14 @@
 #include "tools/choice/entry_choice.h"
 #include "tools/choice/line_tail.h"
 #include "tools/count/entry_counting.h"
+#include "tools/logs/line_reporter.h"
 #include "tools/merge/definition_sets.h"
 #include "tools/merge/merged_logs.h"
 #include "tools/render/gap_check.h"
-#include "tools/render/line_errors.h"
 #include "tools/render/line_renderer.h"
 #include "tools/render/render_filter.h"
 #include "tools/shown/shown_output.h"
 #include "tools/system/buffered_output.h"
-#include "tools/system/terminal.h"
 
 namespace qzlog_tool {
 
@@ -36,7 +35,7 @@ struct RenderingParts {
 class EntryRendering : public qz_LOG_LineErrorHandler {
  public:
   /// What the arguments refer to has to outlive this object.
-  EntryRendering(BufferedOutput& output, LineRenderer& renderer, const RenderingParts& parts);
+  EntryRendering(BufferedOutput& output, LineReporter& reporter, LineRenderer& renderer, const RenderingParts& parts);
   ~EntryRendering() override;
   EntryRendering(const EntryRendering&) = delete;
   EntryRendering& operator=(const EntryRendering&) = delete;
@@ -54,11 +53,9 @@ class EntryRendering : public qz_LOG_LineErrorHandler {
   void use_definitions(std::string_view line) {
     if (parts_.sets != nullptr) parts_.sets->use_for(line);
   }
-  bool has_several_definitions() const { return parts_.sets != nullptr; }
 
   BufferedOutput& output() noexcept { return output_; }
-  LineErrors& errors() noexcept { return errors_; }
-  bool has_errors() const noexcept { return errors_.count() != 0; }
+  LineReporter& reporter() noexcept { return reporter_; }
   /// Something was shown.
   bool has_shown() const noexcept { return passed_ != 0; }
   /// As many lines as were asked for are there: no other is shown.
@@ -69,16 +66,12 @@ class EntryRendering : public qz_LOG_LineErrorHandler {
   void catch_up();
   /// Catches up, and says which lines are missing.
   void finish();
-  /// Says on stderr how many entries were read, passed and refused.
-  void print_filter_summary();
-  /// Says there what the check for gaps has seen.
-  void print_gap_summary();
-  /// Says there what was left out, or not held, though it may be wanted.
-  void print_choice_summary();
+  /// How many entries were read, passed and refused.
+  std::string filter_summary() const;
 
  private:
   static void report_abort(int signal);
-  void report(const EntryError& error) { errors_.report(place(), error.rule, error.text); }
+  void report(const EntryError& error) { reporter_.report(place(), error.rule, error.text); }
   ErrorLine place() const;
   template <typename Reader>
   void take_lines(Reader& reader);
@@ -87,14 +80,12 @@ class EntryRendering : public qz_LOG_LineErrorHandler {
   void show(std::string_view message);
   void check_number();
   void check_number(std::string_view writer, std::uint64_t seq, const ErrorLine& line);
-  void print(const std::string& line);
 
   BufferedOutput& output_;
+  LineReporter& reporter_;
   LineRenderer& renderer_;
   RenderingParts parts_;
   const bool needs_messages_;
-  ProgressLine progress_{"lines"};
-  LineErrors errors_{output_, progress_};
   qz_LOG_EntryLine line_;
   const LineTail::Place* place_in_log_ = nullptr;  // of a line that is read from the tail
   std::uint64_t lines_ = 0;

@@ -8,8 +8,8 @@
 #include <cstring>
 #include <utility>
 
-#include "tools/render/stop_signals.h"
 #include "tools/logs/unreadable_input.h"
+#include "tools/render/stop_signals.h"
 
 namespace qzlog_tool {
 

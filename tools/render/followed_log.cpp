@@ -8,8 +8,8 @@
 #include <cstring>
 #include <utility>
 
-#include "tools/render/stop_signals.h"
 #include "tools/logs/unreadable_input.h"
+#include "tools/render/stop_signals.h"
 
 namespace qzlog_tool {
 
@@ -64,8 +64,8 @@ void FollowedLog::read_files() {
 void FollowedLog::read_file(File& file) {
   try {
     if (!file.bytes.look()) {
-      rendering_.errors().report(Severity::kWarning,
-                                 "'" + file.path + "' became shorter: it is read from its beginning");
+      rendering_.reporter().report(Severity::kWarning,
+                                   "'" + file.path + "' became shorter: it is read from its beginning");
       file.bytes.begin_again();
       file.reader = qz_LOG_EntryReader::FromSource(file.bytes, file.path.c_str(), &rendering_);
       file.bytes.look();
@@ -174,10 +174,10 @@ FollowedLog::OpenFile FollowedLog::open(const std::string& path, SeriesPlace pla
 void FollowedLog::tell_deleted(SeriesPlace found) const {
   if (found.day != latest_.day || found.number <= latest_.number + 1) return;
   const unsigned count = found.number - latest_.number - 1;
-  rendering_.errors().report(Severity::kWarning, (count == 1 ? "a file" : std::to_string(count) + " files") +
-                                                     " between '" + name_.series->path_of(latest_) + "' and '" +
-                                                     name_.series->path_of(found) + (count == 1 ? "' was" : "' were") +
-                                                     " deleted before being read");
+  rendering_.reporter().report(Severity::kWarning,
+                               (count == 1 ? "a file" : std::to_string(count) + " files") + " between '" +
+                                   name_.series->path_of(latest_) + "' and '" + name_.series->path_of(found) +
+                                   (count == 1 ? "' was" : "' were") + " deleted before being read");
 }
 
 void FollowedLog::close_quiet_files() {
@@ -204,7 +204,7 @@ void FollowedLog::close_first() {
 void FollowedLog::tell(const std::string& failure, std::string& told) const {
   if (failure == told) return;
   told = failure;
-  if (!failure.empty()) rendering_.errors().report(Severity::kError, failure);
+  if (!failure.empty()) rendering_.reporter().report(Severity::kError, failure);
 }
 
 }  // namespace qzlog_tool

@@ -9,10 +9,10 @@
 #include <string>
 #include <vector>
 
+#include "tools/logs/log_inputs.h"
 #include "tools/render/change_watch.h"
 #include "tools/render/entry_rendering.h"
 #include "tools/render/followed_file.h"
-#include "tools/logs/log_inputs.h"
 
 namespace qzlog_tool {
 

@@ -2,7 +2,7 @@
 #define QZLOG_TOOLS_RENDER_LIBRARY_CALL_H
 
 #include "qzlog/qz_exception.h"
-#include "tools/render/entry_error.h"
+#include "tools/logs/entry_error.h"
 #include "tools/report/library_text.h"
 
 namespace qzlog_tool {

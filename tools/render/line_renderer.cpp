@@ -2,7 +2,7 @@
 
 #include <cstddef>
 
-#include "tools/render/entry_error.h"
+#include "tools/logs/entry_error.h"
 #include "tools/render/library_call.h"
 
 namespace qzlog_tool {

@@ -6,9 +6,9 @@
 #include <optional>
 
 #include "tools/logs/log_inputs.h"
+#include "tools/logs/unreadable_input.h"
 #include "tools/render/log_reading.h"
 #include "tools/render/stop_signals.h"
-#include "tools/logs/unreadable_input.h"
 
 namespace qzlog_tool {
 
@@ -70,7 +70,7 @@ void LogFollower::begin_log(const std::string& path) {
   FollowedLog& log = operands_.emplace_back(LogName{path, series_of(path)}, rendering_, watch_);
   log.read(true);
   if (log.is_absent() && !log.has_failed())
-    rendering_.errors().report(Severity::kWarning, "'" + path + "' is not there yet: waiting for it");
+    rendering_.reporter().report(Severity::kWarning, "'" + path + "' is not there yet: waiting for it");
 }
 
 void LogFollower::look_into(Folder& folder) {
@@ -82,7 +82,7 @@ void LogFollower::look_into(Folder& folder) {
   } catch (const UnreadableInput& failure) {
     complaint = failure.what();
   }
-  if (!complaint.empty() && folder.complaint != complaint) rendering_.errors().report(Severity::kError, complaint);
+  if (!complaint.empty() && folder.complaint != complaint) rendering_.reporter().report(Severity::kError, complaint);
   folder.complaint = complaint;
   for (const LogSeries& series : logs.series) {
     add("series " + path_in(series.folder, series.prefix), {"", series});

@@ -17,14 +17,14 @@ LogReading reading_of(EntryRendering& rendering) {
       .handler = rendering,
       .read = [&rendering](qz_LOG_EntryReader& reader) { rendering.render(reader); },
       .fail = [&rendering](
-                  const std::string& reason) { rendering.errors().report(qzlog_compiler::Severity::kError, reason); },
+                  const std::string& reason) { rendering.reporter().report(qzlog_compiler::Severity::kError, reason); },
       .is_complete = [&rendering] { return rendering.is_complete(); }};
 }
 
-bool read_lines(std::vector<InputFiles> inputs, MergedLogs::Order order, EntryRendering& rendering) {
+bool read_lines(std::vector<InputFiles> inputs, EntryRendering& rendering) {
   const LogReading reading = reading_of(rendering);
   qz_LOG_EntryLine nothing;
-  MergedLogs logs(std::move(inputs), order,
+  MergedLogs logs(std::move(inputs),
                   {.open = [&](const std::string& path, bool may_be_gone) -> std::unique_ptr<qz_LOG_ByteSource> {
                      return open_log(path, may_be_gone, reading.output);
                    },
@@ -37,20 +37,6 @@ bool read_lines(std::vector<InputFiles> inputs, MergedLogs::Order order, EntryRe
   return logs.all_read();
 }
 
-bool read_in_order(const std::vector<std::string>& operands, MergedLogs::Order order, EntryRendering& rendering) {
-  bool all_found = true;
-  std::vector<InputFiles> inputs;
-  for (const std::string& operand : operands) {
-    try {
-      for (InputFiles& files : merge_inputs(operand)) inputs.push_back(std::move(files));
-    } catch (const UnreadableInput& failure) {
-      all_found = false;
-      rendering.errors().report(qzlog_compiler::Severity::kError, failure.what());
-    }
-  }
-  return read_lines(std::move(inputs), order, rendering) && all_found;
-}
-
 }  // namespace
 
 bool read_input(const std::string& path, bool may_be_gone, EntryRendering& rendering) {
@@ -58,12 +44,21 @@ bool read_input(const std::string& path, bool may_be_gone, EntryRendering& rende
 }
 
 bool read_inputs(const std::vector<std::string>& operands, EntryRendering& rendering) {
-  if (!rendering.has_several_definitions()) return read_logs(operands, reading_of(rendering));
-  return read_in_order(operands, MergedLogs::Order::kAsGiven, rendering);
+  return read_logs(operands, reading_of(rendering));
 }
 
 bool read_merged(const std::vector<std::string>& operands, EntryRendering& rendering) {
-  return read_in_order(operands, MergedLogs::Order::kByTime, rendering);
+  bool all_found = true;
+  std::vector<InputFiles> inputs;
+  for (const std::string& operand : operands) {
+    try {
+      for (InputFiles& files : merge_inputs(operand)) inputs.push_back(std::move(files));
+    } catch (const UnreadableInput& failure) {
+      all_found = false;
+      rendering.reporter().report(qzlog_compiler::Severity::kError, failure.what());
+    }
+  }
+  return read_lines(std::move(inputs), rendering) && all_found;
 }
 
 }  // namespace qzlog_tool

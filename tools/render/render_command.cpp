@@ -4,7 +4,6 @@
 
 #include <CLI/CLI.hpp>
 #include <csignal>
-#include <ctime>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -13,12 +12,12 @@
 
 #include "qzlog/logcfg.h"
 #include "tools/choice/choice_options.h"
+#include "tools/choice/choice_remarks.h"
 #include "tools/choice/entry_choice.h"
 #include "tools/choice/known_definitions.h"
 #include "tools/choice/line_tail.h"
-#include "tools/choice/reader_moment.h"
 #include "tools/count/entry_counting.h"
-#include "tools/definitions/loaded_definitions.h"
+#include "tools/logs/line_reporter.h"
 #include "tools/merge/definition_options.h"
 #include "tools/merge/definition_sets.h"
 #include "tools/options/line_code_page.h"
@@ -115,11 +114,6 @@ Part* pointer_to(std::optional<Part>& part) {
   return part ? &*part : nullptr;
 }
 
-ReaderClock clock_of(const ShownOptions& options) {
-  const auto zone = std::make_shared<ReaderZone>(zone_of(options));
-  return {std::time(nullptr), [zone](long long moment) { return zone->offset_at(moment); }};
-}
-
 /// What the definitions say, as far as somebody asks.
 struct RenderDefinitions {
   ShownEvents events;
@@ -127,7 +121,7 @@ struct RenderDefinitions {
   std::optional<DefinitionSets> sets;  // where there are several
 };
 
-void load(const RenderOptions& options, const DefinitionSets::Warn& warn, RenderDefinitions& definitions) {
+void load(const RenderOptions& options, LineReporter& reporter, RenderDefinitions& definitions) {
   const bool is_asked = !options.shown.shows_messages_alone() || options.choice.is_given();
   const auto use_model = [&definitions](const qzlog_compiler::DefinitionModel& model) {
     definitions.events.add(model);
@@ -135,11 +129,7 @@ void load(const RenderOptions& options, const DefinitionSets::Warn& warn, Render
   };
   const UseModel use = is_asked ? UseModel(use_model) : UseModel();
   const auto path = options.no_icu ? qzlog_compiler::RenderingPaths::kNarrow : qzlog_compiler::RenderingPaths::kIcu;
-  if (options.definitions.size() > 1) {
-    definitions.sets.emplace(options.definitions, path, warn, use);
-  } else {
-    load_definitions(options.definitions.front().standard, options.definitions.front().auxiliary, path, use);
-  }
+  load_definitions(options.definitions, path, reporter, use, definitions.sets);
 }
 
 void refuse_what_contradicts(const RenderOptions& options, const LineCodePage& code_page) {
@@ -164,20 +154,17 @@ int render(const RenderOptions& options) {
   // What is shown beside messages is UTF-8, and converted with them.
   qz_LOG_LogConfig::SetCodePage(is_shown ? "UTF-8" : code_page.name().c_str());
   use_reader_settings(options.shown);
-  EntryRendering* teller = nullptr;  // when lines are read
-  const auto warn = [&teller](const std::string& text) {
-    teller->errors().report(qzlog_compiler::Severity::kWarning, text);
-  };
+  BufferedOutput output(STDOUT_FILENO, "standard output", code_page.is_utf8() ? TextBytes::kUtf8 : TextBytes::kOther);
+  LineReporter reporter(output);
   RenderDefinitions definitions;
-  load(options, warn, definitions);
+  load(options, reporter, definitions);
   open_catalog(options.catalog);
   tell_of_catalog_fallback(options.catalog, options.shown.locale);
 
-  BufferedOutput output(STDOUT_FILENO, "standard output", code_page.is_utf8() ? TextBytes::kUtf8 : TextBytes::kOther);
   std::optional<ShownEntries> shown;
   if (is_shown) shown.emplace(options.shown, definitions.events, output, code_page.is_utf8() ? nullptr : &code_page);
   std::optional<EntryChoice> choice;
-  if (options.choice.is_given()) choice.emplace(options.choice, definitions.known, clock_of(options.shown));
+  if (options.choice.is_given()) choice.emplace(options.choice, definitions.known, reader_clock(options.shown));
   std::optional<LineTail> tail;
   if (options.choice.tail != 0) tail.emplace(options.choice.tail);
   std::optional<RenderFilter> filter;
@@ -189,17 +176,16 @@ int render(const RenderOptions& options) {
   // Through ICU the library takes and gives texts in the code page; narrowly it passes bytes on as they are.
   const bool converts = options.no_icu && !code_page.is_utf8() && !is_shown;
   LineRenderer renderer(converts ? &code_page : nullptr);
-  EntryRendering rendering(output, renderer,
+  EntryRendering rendering(output, reporter, renderer,
                            {shown ? shown->output() : nullptr, pointer_to(choice), pointer_to(tail), pointer_to(filter),
                             pointer_to(counting), pointer_to(gaps), pointer_to(definitions.sets)});
-  teller = &rendering;
   const LogFollower::End end = read_entries(options, rendering);
   rendering.finish();
-  if (filter) rendering.print_filter_summary();
-  if (choice) rendering.print_choice_summary();
-  if (gaps) rendering.print_gap_summary();
+  if (filter) reporter.summarize(rendering.filter_summary());
+  for (const std::string& remark : choice_remarks(pointer_to(choice), pointer_to(tail))) reporter.summarize(remark);
+  if (gaps) reporter.summarize(gaps->summary());
   if (counting) counting->close();
-  return end_command(end, !rendering.has_errors() && (!options.exit_status || rendering.has_shown()));
+  return end_command(end, reporter.count() == 0 && (!options.exit_status || rendering.has_shown()));
 }
 
 }  // namespace
@@ -230,8 +216,8 @@ void add_render_command(CLI::App& app, int& exit_status) {
       ->add_option("ENTRIES", options->entries,
                    "Files, folders and series of files with entries; '-' or nothing is standard input")
       ->type_name("FILE.jsonl|DIR|DIR/PREFIX");
-  add_shown_options(*command, options->shown);
   add_choice_options(*command, options->choice, MaskOption::kLeaveOut);
+  add_shown_options(*command, options->shown);
   command->add_flag("--exit-status", options->exit_status, "End with status 1 where no entry was shown");
   command->callback([options, &exit_status] { exit_status = render(*options); });
 }

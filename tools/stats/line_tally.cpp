@@ -7,11 +7,16 @@
 namespace qzlog_tool {
 
 void LineTally::read(qz_LOG_EntryReader& reader) {
+  take_lines(reader, parts_.choice != nullptr ? parts_.choice->line_choice() : this);
+}
+
+void LineTally::take_lines(qz_LOG_EntryReader& reader, qz_LOG_LineChoice* choice) {
   const MemoryErrors errors_of_lines;
-  reader.SetLineChoice(choice_ != nullptr ? choice_->line_choice() : this);
+  LineDefinitions definitions(parts_.sets, choice);
+  reader.SetLineChoice(definitions.line_choice());
   while (!is_complete() && reader.Next(line_)) {
     take_line();
-    progress_.update(++lines_);
+    reporter_.update(++lines_);
   }
 }
 
@@ -19,13 +24,13 @@ void LineTally::read(qz_LOG_EntryReader& reader) {
 bool LineTally::TakesLine(const char* line, std::size_t length) {
   if (!scan_.scan({line, length}, scanned_)) return true;
   grouping_.count(scanned_, table_);
-  progress_.update(++lines_);
+  reporter_.update(++lines_);
   return false;
 }
 
 void LineTally::take_line() {
-  if (choice_ != nullptr && !choice_->takes(line_)) return;
-  if (tail_ != nullptr) return tail_->add(line_);
+  if (parts_.choice != nullptr && !parts_.choice->takes(line_)) return;
+  if (parts_.tail != nullptr) return parts_.tail->add(line_);
   count_line();
 }
 
@@ -36,14 +41,16 @@ void LineTally::count_line() {
 }
 
 void LineTally::finish() {
-  if (tail_ == nullptr) return;
-  qz_LOG_EntryReader reader = qz_LOG_EntryReader::FromSource(*tail_, "", this);
+  if (parts_.tail == nullptr) return;
+  qz_LOG_EntryReader reader = qz_LOG_EntryReader::FromSource(*parts_.tail, "", this);
+  LineDefinitions definitions(parts_.sets, nullptr);
+  reader.SetLineChoice(definitions.line_choice());
   while (reader.Next(line_)) count_line();
 }
 
 void LineTally::TakeLineError(const qz_LOG_LineError& error) {
   const qzlog_compiler::AnyRule rule(reader_rule(error.rule));
-  errors_.report({error.file, error.line, {error.source, error.source_length}}, rule, error.text);
+  reporter_.report({error.file, error.line, {error.source, error.source_length}}, rule, error.text);
   if (findings_.size() == kKeptFindings) return;
   findings_.push_back({error.file, error.line, qzlog_compiler::Severity::kError, rule, error.text});
 }

@@ -14,11 +14,14 @@
 
 #include "qzlog/logcfg.h"
 #include "tools/choice/choice_options.h"
+#include "tools/choice/choice_remarks.h"
 #include "tools/choice/entry_choice.h"
 #include "tools/choice/known_definitions.h"
 #include "tools/choice/line_tail.h"
-#include "tools/definitions/loaded_definitions.h"
+#include "tools/logs/line_reporter.h"
 #include "tools/logs/log_reading.h"
+#include "tools/merge/definition_options.h"
+#include "tools/merge/definition_sets.h"
 #include "tools/options/option_checks.h"
 #include "tools/shown/shown_options.h"
 #include "tools/stats/entry_scan.h"
@@ -26,6 +29,7 @@
 #include "tools/stats/line_tally.h"
 #include "tools/stats/stats_output.h"
 #include "tools/stats/stats_report.h"
+#include "tools/system/buffered_output.h"
 #include "tools/system/command_error.h"
 #include "tools/system/standard_input.h"
 #include "tools/system/terminal.h"
@@ -35,8 +39,7 @@ namespace qzlog_tool {
 namespace {
 
 struct StatsOptions {
-  std::string definitions;
-  std::string auxiliary;
+  std::vector<DefinitionPaths> definitions;
   std::vector<std::string> entries = {"-"};
   std::string by = "event";
   std::string numbers_of;
@@ -79,53 +82,42 @@ std::string check_top(const std::string& text) {
   return qzlog_compiler::parse_number(text, 1, kMost) ? "" : "'" + text + "' is no number from 1 to 1000000";
 }
 
-bool read_entries(const StatsOptions& options, LineTally& tally) {
+bool read_entries(const StatsOptions& options, BufferedOutput& output, LineReporter& reporter, LineTally& tally) {
   const bool all_read = read_logs(
       options.entries,
-      {.output = tally.output(),
+      {.output = output,
        .handler = tally,
        .read = [&tally](qz_LOG_EntryReader& reader) { tally.read(reader); },
-       .fail = [&tally](const std::string& reason) { tally.errors().report(qzlog_compiler::Severity::kError, reason); },
+       .fail = [&reporter](const std::string& reason) { reporter.report(qzlog_compiler::Severity::kError, reason); },
        .is_complete = [&tally] { return tally.is_complete(); }});
   tally.finish();
   return all_read;
 }
 
-void tell(std::uint64_t count, const char* what) {
-  if (count != 0) std::cerr << what << ": " << count << '\n';
-}
-
-/// What a reader of the numbers has to know.
-void tell_bounds(const StatsReport& report, const EntryChoice* choice, const LineTail* tail) {
-  tell(report.missed, "qzlog: more groups than memory is for; lines that a group may lack");
-  if (choice != nullptr) {
-    tell(choice->without_time(), "entries without a time, left out");
-    tell(choice->forgotten(), "ranges of numbers that --unique had to forget");
-  }
-  if (tail != nullptr) tell(tail->dropped(), "lines that --tail had no memory for");
-}
-
-void write(const StatsOptions& options, const StatsReport& report, const LineTally& tally, const StatsTexts& texts) {
-  const StatsRemarks remarks = {tally.lost(), tally.held(), tally.errors().count(), tally.findings()};
+void write(const StatsOptions& options, const StatsReport& report, const StatsRemarks& remarks,
+           const StatsTexts& texts) {
   if (options.json) return write_stats_json(report, remarks, texts, std::cout);
   if (options.csv) return write_stats_csv(report, texts, std::cout);
   write_stats_table(report, remarks, texts, output_columns(), ::isatty(STDOUT_FILENO) == 1, std::cout);
 }
 
 int run(const StatsOptions& options) {
-  std::vector<std::string> read_files = {options.definitions, options.auxiliary};
+  std::vector<std::string> read_files = files_of(options.definitions);
   read_files.insert(read_files.end(), options.entries.begin(), options.entries.end());
   refuse_repeated_standard_input(read_files);
   qz_LOG_LogConfig::SetICUEnabled(true);
   qz_LOG_LogConfig::SetCodePage("UTF-8");
   use_reader_settings(options.shown);
+  BufferedOutput output(STDOUT_FILENO, "standard output");  // lines that are wrong are told behind what is written
+  LineReporter reporter(output);
   KnownDefinitions known;
   std::vector<qzlog_compiler::DefinitionModel> models;
-  load_definitions(options.definitions, options.auxiliary, qzlog_compiler::RenderingPaths::kIcu,
-                   [&](const qzlog_compiler::DefinitionModel& model) {
-                     known.add(model);
-                     models.push_back(model);
-                   });
+  std::optional<DefinitionSets> sets;
+  const auto use_model = [&](const qzlog_compiler::DefinitionModel& model) {
+    known.add(model);
+    models.push_back(model);
+  };
+  load_definitions(options.definitions, qzlog_compiler::RenderingPaths::kIcu, reporter, use_model, sets);
   Grouping grouping(CountedBy::read(options.by, options.numbers_of, known), zone_of(options.shown));
   EntryScan scan(grouping.scanned_attributes());
   for (const qzlog_compiler::DefinitionModel& model : std::exchange(models, {})) scan.add(model);
@@ -134,14 +126,20 @@ int run(const StatsOptions& options) {
   std::optional<LineTail> tail;
   if (options.choice.tail != 0) tail.emplace(options.choice.tail);
 
-  LineTally tally(grouping, scan, choice ? &*choice : nullptr, tail ? &*tail : nullptr);
-  const bool all_read = read_entries(options, tally);
+  LineTally tally(grouping, scan, reporter,
+                  {choice ? &*choice : nullptr, tail ? &*tail : nullptr, sets ? &*sets : nullptr});
+  const bool all_read = read_entries(options, output, reporter, tally);
   const StatsReport report = make_stats_report(tally.table(), grouping.counted(), options.top);
   ShownTimes times(zone_of(options.shown), TimeStyle::kIso);
-  write(options, report, tally, {known, times});
-  tell_bounds(report, choice ? &*choice : nullptr, tail ? &*tail : nullptr);
+  write(options, report, {tally.lost(), tally.held(), reporter.count(), tally.findings()}, {known, times});
+  if (report.missed != 0) {
+    reporter.summarize("more groups than memory is for; lines that a group may lack: " + std::to_string(report.missed));
+  }
+  for (const std::string& remark : choice_remarks(choice ? &*choice : nullptr, tail ? &*tail : nullptr)) {
+    reporter.summarize(remark);
+  }
   if (!all_read) return kExitCannotRun;
-  return tally.errors().count() == 0 ? kExitSuccess : kExitFindings;
+  return reporter.count() == 0 ? kExitSuccess : kExitFindings;
 }
 
 }  // namespace
@@ -150,11 +148,7 @@ void add_stats_command(CLI::App& app, int& exit_status) {
   CLI::App* const command = app.add_subcommand("stats", "Count entries by event, level, time or what they hold");
   const auto options = std::make_shared<StatsOptions>();
   command->footer(std::string(kStatsFooter) + '\n' + kChoiceFooter + kStatsExamples);
-  command->add_option("--definitions", options->definitions, "The log definition file, compiled or a source")
-      ->type_name("STD.ldf|STD.yaml")
-      ->required();
-  command->add_option("--aux", options->auxiliary, "An auxiliary definition file, compiled or a source")
-      ->type_name("AUX.ldf|AUX.yaml");
+  add_definition_options(*command, options->definitions);
   command->add_option("--by", options->by, "What to count by: event, level, hour, day, writer or an attribute")
       ->type_name("ATTRIBUTE")
       ->check(check_not_empty)
@@ -171,8 +165,8 @@ void add_stats_command(CLI::App& app, int& exit_status) {
       ->add_option("ENTRIES", options->entries,
                    "Files, folders and series of files with entries; '-' or nothing is standard input")
       ->type_name("FILE.jsonl|DIR|DIR/PREFIX");
-  add_zone_options(*command, options->shown);
   add_choice_options(*command, options->choice);
+  add_zone_options(*command, options->shown);
   command->callback([options, &exit_status] { exit_status = run(*options); });
 }
 

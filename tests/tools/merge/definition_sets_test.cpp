@@ -68,8 +68,8 @@ class DefinitionSetsTest : public ::testing::Test {
     return "{" + (definitions.empty() ? "" : R"("definitions":")" + definitions + "\",") + rest + "}\n";
   }
   static Texts read(DefinitionSets& sets, const std::string& lines) {
-    qzlog_tool::LineDefinitions choice(sets, nullptr);
-    return LineTexts().read(lines, &choice);
+    qzlog_tool::LineDefinitions definitions(&sets, nullptr);
+    return LineTexts().read(lines, definitions.line_choice());
   }
 
   qz_test::TempDir folder_;
@@ -93,7 +93,8 @@ TEST_F(DefinitionSetsTest, LinesThatAlternate_AreEachReadAgainstTheirDefinitions
                    R"(b x {"id":1,"level":0,"name":"B","attributes":{"N":"x"}})",
                    R"(b y {"id":1,"level":0,"name":"B","attributes":{"N":"y"}})"}));
   EXPECT_EQ(sets.switches(), 4U);
-  EXPECT_EQ(warnings_, Texts());
+  EXPECT_EQ(warnings_, Texts{"lines name no definitions, and the ID 1 has several: the first that have their IDs are "
+                             "used"});
 }
 
 TEST_F(DefinitionSetsTest, Digest_IsTheOneThatWritersOfLinesName) {

@@ -41,15 +41,14 @@ class MergeFixture : public ::testing::Test, public qz_LOG_LineErrorHandler {
   }
 
   /// Each path is a log of its own. What is seen: FILE:LINE for an entry, with its rule behind it for an error.
-  Texts merge(const Texts& paths, qzlog_tool::MergedLogs::Order order = qzlog_tool::MergedLogs::Order::kByTime) {
+  Texts merge(const Texts& paths) {
     std::vector<qzlog_tool::InputFiles> inputs;
     for (const std::string& path : paths) inputs.push_back({{path}, false});
-    return merge(std::move(inputs), order);
+    return merge(std::move(inputs));
   }
-  Texts merge(std::vector<qzlog_tool::InputFiles> inputs,
-              qzlog_tool::MergedLogs::Order order = qzlog_tool::MergedLogs::Order::kByTime) {
+  Texts merge(std::vector<qzlog_tool::InputFiles> inputs) {
     seen_.clear();
-    qzlog_tool::MergedLogs logs(std::move(inputs), order, reading());
+    qzlog_tool::MergedLogs logs(std::move(inputs), reading());
     while (logs.Next(line_)) seen_.push_back(name_of(line_.GetFile()) + ":" + std::to_string(line_.GetLine()));
     all_read_ = logs.all_read();
     refused_ = logs.refused_count();

@@ -74,10 +74,10 @@ TEST_F(MergedLogsTest, Series_IsOneLogWhoseFilesAreReadInTheirOrder) {
   EXPECT_TRUE(all_read_);
 }
 
-TEST_F(MergedLogsTest, AsGiven_LogsAreReadOneAfterTheOther) {
-  const std::string a = folder_.write("a", at(9) + at(1));
+TEST_F(MergedLogsTest, LogThatCannotBeOpened_IsToldAndTheOthersAreRead) {
+  const std::string a = folder_.write("a", at(1) + at(9));
   const std::string b = folder_.write("b", at(2));
-  EXPECT_EQ(merge(Texts{a, folder_.path("none"), b}, MergedLogs::Order::kAsGiven), (Texts{"a:1", "a:2", "b:1"}));
+  EXPECT_EQ(merge(Texts{a, folder_.path("none"), b}), (Texts{"a:1", "b:1", "a:2"}));
   EXPECT_FALSE(all_read_);
   EXPECT_EQ(failures_, Texts{"cannot open '" + folder_.path("none") + "': No such file or directory"});
 }
@@ -113,8 +113,7 @@ TEST_F(MergedLogsTest, LinesThatTheChoiceRefuses_AreCountedAndPassedOver) {
   const std::string b = folder_.write("b", at(0, 7) + at(1, 1));
   WithText choice(R"("N":7})");
   choice_ = &choice;
-  EXPECT_EQ(merge(Texts{a, b}, MergedLogs::Order::kByTime),
-            (Texts{"b:1", "a:1001", "a:2002", "a:3003", "a:4004", "a:5005"}));
+  EXPECT_EQ(merge(Texts{a, b}), (Texts{"b:1", "a:1001", "a:2002", "a:3003", "a:4004", "a:5005"}));
   EXPECT_EQ(refused_, 5001U);
 }
 
@@ -199,7 +198,7 @@ TEST_F(MergedLogsTest, RandomLogs_ComeAsAStableSortHasThem) {
 TEST_F(MergedLogsTest, MoreLogsThanCanBeMerged_AreRefused) {
   const std::vector<InputFiles> inputs(MergedLogs::kMostLogs + 1, InputFiles{{"none"}, false});
   try {
-    MergedLogs(inputs, MergedLogs::Order::kByTime, reading());
+    MergedLogs(inputs, reading());
     FAIL();
   } catch (const qzlog_tool::CommandError& error) {
     EXPECT_STREQ(error.what(), "--merge-by-time takes 500 logs at most, a series as one: these are 501");
@@ -221,7 +220,7 @@ TEST_F(MergedLogsTest, AsManyLogsAsCanBeMerged_TakeAStatedMemory) {
   for (std::size_t log = 0; log < MergedLogs::kMostLogs; ++log)
     inputs.push_back({{folder_.write("log" + std::to_string(log), text)}, false});
   const long before = resident_kib();
-  MergedLogs logs(std::move(inputs), MergedLogs::Order::kByTime, reading());
+  MergedLogs logs(std::move(inputs), reading());
   std::size_t lines = 0;
   long most = 0;
   while (logs.Next(line_)) {

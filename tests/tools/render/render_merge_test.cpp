@@ -75,6 +75,8 @@ TEST_F(RenderMerge, SeveralDefinitions_AreTakenAsLinesNameThem) {
     const CommandResult result = render("--definitions e.yaml " + std::string(options) + "a.jsonl");
     EXPECT_EQ(result.out, "1\n7\nother\ntext x\n") << options;
     EXPECT_EQ(result.err,
+              "qzlog: warning: lines name no definitions, and the ID 1 has several: the first that have their IDs are "
+              "used\n"
               "qzlog: warning: lines name the definitions 0123456789abcdef, which are not given: the first that have "
               "their IDs are used\n");
     EXPECT_EQ(result.status, 0);

@@ -9,7 +9,7 @@
 #include "tools/diff/diff_rules.h"
 #include "tools/inspect/inspect_rules.h"
 #include "tools/render/config_check.h"
-#include "tools/render/entry_error.h"
+#include "tools/logs/entry_error.h"
 #include "tools/report/check_rules.h"
 #include "tools/report/source_rules.h"
 

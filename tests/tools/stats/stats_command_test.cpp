@@ -287,4 +287,16 @@ TEST_F(Stats, Corpora_AreCountedAsByAPlainScript) {
   }
 }
 
+TEST_F(Stats, SeveralDefinitions_AreTakenAsLinesNameThem) {
+  write("other.yaml",
+        "version: \"1.0\"\nentries:\n  - {id: 3, name: OTHER, message: o, attributes: [{name: Free, type: UInt1}]}\n");
+  write("more.jsonl", std::string(kEntries) + R"({"id":3,"attributes":{"Free":9}})");
+  const CommandResult result =
+      run("$QZLOG stats --definitions d.yaml --definitions other.yaml --of Free --csv --where 'Free > 4' more.jsonl");
+  EXPECT_EQ(result.err, "");
+  EXPECT_EQ(result.status, 0);
+  EXPECT_NE(result.out.find("DISK_FULL"), std::string::npos) << result.out;
+  EXPECT_NE(result.out.find("OTHER"), std::string::npos) << result.out;
+}
+
 }  // namespace

@@ -1,4 +1,4 @@
-#include "tools/render/entry_error.h"
+#include "tools/logs/entry_error.h"
 
 #include <cstddef>
 #include <string_view>

@@ -1,5 +1,5 @@
-#ifndef QZLOG_TOOLS_RENDER_ENTRY_ERROR_H
-#define QZLOG_TOOLS_RENDER_ENTRY_ERROR_H
+#ifndef QZLOG_TOOLS_LOGS_ENTRY_ERROR_H
+#define QZLOG_TOOLS_LOGS_ENTRY_ERROR_H
 
 #include <cstddef>
 #include <iterator>
@@ -36,4 +36,4 @@ struct EntryError {
 
 }  // namespace qzlog_tool
 
-#endif  // QZLOG_TOOLS_RENDER_ENTRY_ERROR_H
+#endif  // QZLOG_TOOLS_LOGS_ENTRY_ERROR_H

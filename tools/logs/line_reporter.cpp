@@ -1,21 +1,22 @@
-#include "tools/render/line_errors.h"
+#include "tools/logs/line_reporter.h"
 
-#include <unistd.h>
+#include <iostream>
 
+#include "tools/report/command_message.h"
 #include "tools/report/finding_printer.h"
-#include "tools/system/file_descriptor.h"
 
 namespace qzlog_tool {
 
+using qzlog_compiler::Finding;
 using qzlog_compiler::Severity;
 
 // Where both go to one place, the error comes after the messages before it.
-void LineErrors::begin() {
+void LineReporter::begin() {
   output_.flush();
   progress_.clear();
 }
 
-void LineErrors::report(const ErrorLine& line, qzlog_compiler::AnyRule rule, const std::string& text) {
+void LineReporter::report(const ErrorLine& line, qzlog_compiler::AnyRule rule, const std::string& text) {
   ++count_;
   begin();
   const std::string file(line.file);
@@ -24,18 +25,18 @@ void LineErrors::report(const ErrorLine& line, qzlog_compiler::AnyRule rule, con
   if (!line.text.empty()) {
     printer.add_source(file, line.text, qzlog_compiler::LineBreaks::kLineFeed, line.number);
   }
-  std::string shown;
-  printer.append({file, line.number, Severity::kError, rule, text}, shown);
-  write_all(STDERR_FILENO, shown.data(), shown.size());
+  const Finding finding = {file, line.number, Severity::kError, rule, text};
+  printer.print({&finding, 1}, std::cerr);
 }
 
-void LineErrors::report(Severity severity, const std::string& text) {
+void LineReporter::report(Severity severity, const std::string& text) {
   begin();
-  const std::string label = severity == Severity::kError ? std::string(error_label())
-                            : colour_                    ? coloured("warning:", TextStyle::kWarning)
-                                                         : "warning:";
-  const std::string shown = "qzlog: " + label + ' ' + text + '\n';
-  write_all(STDERR_FILENO, shown.data(), shown.size());
+  print_command_message(severity, text);
+}
+
+void LineReporter::summarize(const std::string& text) {
+  begin();
+  std::cerr << text + '\n';
 }
 
 const qzlog_compiler::RuleInfo& reader_rule(std::string_view name) {

@@ -1,12 +1,12 @@
-#ifndef QZLOG_TOOLS_RENDER_LINE_ERRORS_H
-#define QZLOG_TOOLS_RENDER_LINE_ERRORS_H
+#ifndef QZLOG_TOOLS_LOGS_LINE_REPORTER_H
+#define QZLOG_TOOLS_LOGS_LINE_REPORTER_H
 
 #include <cstdint>
 #include <string>
 #include <string_view>
 
 #include "qzlog/entry_lines.h"
-#include "tools/render/entry_error.h"
+#include "tools/logs/entry_error.h"
 #include "tools/report/finding.h"
 #include "tools/system/buffered_output.h"
 #include "tools/system/terminal.h"
@@ -24,15 +24,21 @@ struct ErrorLine {
   }
 };
 
-/// Says on stderr what is wrong with lines and files, behind the messages before it.
-class LineErrors {
+/// What is said on stderr while lines are read: how far that is, what is wrong with lines and files, and what came of
+/// them; behind the messages that go to an output before it.
+class LineReporter {
  public:
-  /// What the arguments refer to has to outlive this object.
-  LineErrors(BufferedOutput& output, ProgressLine& progress) : output_(output), progress_(progress) {}
+  /// `output` has to outlive this object.
+  explicit LineReporter(BufferedOutput& output) : output_(output) {}
 
+  /// So many lines were read.
+  void update(std::uint64_t lines) { progress_.update(lines); }
+  /// What is wrong with a line.
   void report(const ErrorLine& line, qzlog_compiler::AnyRule rule, const std::string& text);
   /// What is wrong with a file, or not as expected.
   void report(qzlog_compiler::Severity severity, const std::string& text);
+  /// A line about all that was read.
+  void summarize(const std::string& text);
 
   /// How many lines were reported.
   std::uint64_t count() const noexcept { return count_; }
@@ -41,7 +47,7 @@ class LineErrors {
   void begin();
 
   BufferedOutput& output_;
-  ProgressLine& progress_;
+  ProgressLine progress_{"lines"};
   const bool colour_ = stderr_has_colour();
   std::uint64_t count_ = 0;
 };
@@ -51,4 +57,4 @@ const qzlog_compiler::RuleInfo& reader_rule(std::string_view name);
 
 }  // namespace qzlog_tool
 
-#endif  // QZLOG_TOOLS_RENDER_LINE_ERRORS_H
+#endif  // QZLOG_TOOLS_LOGS_LINE_REPORTER_H
