@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <exception>
 #include <iostream>
+#include <memory>
 #include <new>
 
 #include "qzlog/qz_exception.h"
@@ -15,7 +16,9 @@
 #include "tools/diff/diff_command.h"
 #include "tools/explain/explain_command.h"
 #include "tools/inspect/inspect_command.h"
+#include "tools/manual/help_layout.h"
 #include "tools/render/render_command.h"
+#include "tools/report/command_message.h"
 #include "tools/report/library_text.h"
 #include "tools/stats/stats_command.h"
 #include "tools/system/command_error.h"
@@ -48,6 +51,7 @@ constexpr void (*kCommands[])(CLI::App& app, int& exit_status) = {
 
 /// A subcommand stores its exit status in `exit_status`, which has to outlive `app`.
 void add_commands(CLI::App& app, int& exit_status) {
+  app.formatter(std::make_shared<HelpLayout>());
   app.description(kProgramDescription);
   app.footer(kProgramFooter);
   app.set_version_flag("--version", std::string("qzlog ") + kVersionNumber);
@@ -55,11 +59,7 @@ void add_commands(CLI::App& app, int& exit_status) {
   for (const auto add_command : kCommands) add_command(app, exit_status);
 }
 
-void print_error(const std::string& text) {
-  std::cerr << "qzlog: ";
-  write_as_it_is(std::cerr, error_label());
-  std::cerr << ' ' << text << '\n';
-}
+void print_error(std::string_view text) { print_command_message(qzlog_compiler::Severity::kError, text); }
 
 // The parser complains about what is missing before it complains about what is unknown, which is the likelier mistake.
 std::string usage_error(const CLI::App& app, const CLI::ParseError& error) {

@@ -65,7 +65,7 @@ constexpr const char* kCatalogFooter =
 messages of a standard source and of the auxiliary sources that extend it.
 
 Examples:
-  qzlog catalog extract storage.yaml -o po/storage.pot --update po/de.po po/ja.po
+  qzlog catalog extract storage.yaml -o po/all.pot --update po/de.po po/ja.po
   qzlog catalog status storage.yaml --po po
   qzlog catalog build storage.yaml --po po -o messages
 
@@ -92,7 +92,7 @@ is gone, is removed; what the command did not make is neither removed nor replac
 
 Examples:
   qzlog catalog build storage.yaml storage_aux.yaml --po po -o messages
-  qzlog catalog build storage.yaml --po po/de.po po/pt_BR.po -o messages --genrb /opt/icu/bin/genrb
+  qzlog catalog build storage.yaml --po po/de.po -o messages --genrb icu/genrb
 )";
 
 constexpr const char* kStatusFooter =
@@ -102,7 +102,7 @@ not take, each with its reason; obsolete are those of messages that are no more.
 Examples:
   qzlog catalog status storage.yaml storage_aux.yaml --po po
   qzlog catalog status storage.yaml --po po/de.po --require-complete
-  qzlog catalog status storage.yaml --po po --json | jq '.languages[] | select(.percent < 90)'
+  qzlog catalog status storage.yaml --po po --json | jq '.languages[].percent'
 )";
 
 struct SourceText {

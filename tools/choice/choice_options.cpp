@@ -10,6 +10,7 @@
 #include "tools/compiler/text/number_text.h"
 #include "tools/compiler/text/utf8_text.h"
 #include "tools/options/option_checks.h"
+#include "tools/options/option_heading.h"
 
 namespace qzlog_tool {
 
@@ -46,6 +47,7 @@ CLI::Option* add_list(CLI::App& command, const char* name, std::vector<std::stri
 }  // namespace
 
 void add_choice_options(CLI::App& command, ChoiceOptions& options, MaskOption mask) {
+  const OptionHeading heading(command, "Choosing entries");
   command.add_option("--since", options.since, "Only entries of this time and later")
       ->type_name("TIME")
       ->check(check_moment);

@@ -46,7 +46,7 @@ constexpr const char* kAddFooter =
 
 Examples:
   qzlog count add events --key 1001
-  qzlog count add /var/lib/storage/events --date 2026-11-21 --key DISK_FULL --definitions storage.ldf
+  qzlog count add events --date 2026-11-21 --key DISK_FULL --definitions d.ldf
 )";
 
 constexpr const char* kSetFooter = R"(The file is made where there was none.

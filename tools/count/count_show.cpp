@@ -51,7 +51,7 @@ the exit status is then 1. The file is only read, never changed. '-' is standard
 
 Examples:
   qzlog count show events.cnt
-  qzlog count show events.cnt --definitions storage.ldf --from 2026-11-01 --to 2026-11-30
+  qzlog count show events.cnt --definitions d.ldf --from 2026-11-01
   qzlog count show events.cnt --chart
   qzlog count show events.cnt --json | jq .total
 )";

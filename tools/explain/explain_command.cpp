@@ -43,7 +43,7 @@ Examples:
   qzlog explain 1001 --definitions storage.ldf
   qzlog explain 0x3E9 --definitions storage.yaml --aux site.yaml
   qzlog explain DISK_FULL --definitions storage.ldf --catalog messages
-  qzlog explain DISK_FULL --definitions storage.yaml --catalog messages --locale de_DE --json
+  qzlog explain DISK_FULL --definitions d.yaml --catalog messages --locale de_DE
 )";
 
 Definitions read_for_readers(const std::string& path, const Definitions* standard) {

@@ -11,6 +11,7 @@
 
 #include "tools/compiler/text/utf8_text.h"
 #include "tools/options/option_checks.h"
+#include "tools/options/option_heading.h"
 #include "tools/options/raw_option.h"
 #include "tools/options/reader_locale.h"
 #include "tools/options/reader_zone.h"
@@ -81,6 +82,7 @@ void add_zone_options(CLI::App& command, ShownOptions& options) {
 }
 
 void add_shown_options(CLI::App& command, ShownOptions& options) {
+  const OptionHeading heading(command, "Showing entries");
   CLI::Option* const output = add_word_option(command, "--output", options.output, "text|short|long|json|table|csv",
                                               "The form in which entries are shown");
   command.add_option("--format", options.format, "A line with fields: '{time} {message}'")

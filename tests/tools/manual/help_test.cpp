@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <set>
+#include <sstream>
 #include <string>
 
 #include "tests/tools/command_fixture.h"
@@ -55,6 +56,13 @@ TEST_F(Help, TerminalAndLocale_ChangeNothing) {
          {"COLUMNS=40", "COLUMNS=300 LINES=5", "LC_ALL=de_DE.UTF-8 LANGUAGE=de", "LC_ALL=C", "TERM=xterm-256color"}) {
       EXPECT_EQ(help(command, environment), plain) << environment << ' ' << command;
     }
+  }
+}
+
+TEST_F(Help, EveryLine_FitsIn80Columns) {
+  for (const std::string& command : command_names()) {
+    std::istringstream lines(help(command));
+    for (std::string line; std::getline(lines, line);) EXPECT_LE(line.size(), 80U) << command << ": " << line;
   }
 }
 
