@@ -56,12 +56,12 @@ std::unique_ptr<icu::TimeZone> make_zone(const std::string& name) {
   });
 }
 
-std::vector<std::string> zone_names() {
-  return qzlog::with_icu_memory([] {
+std::vector<std::string> zone_names(USystemTimeZoneType type) {
+  return qzlog::with_icu_memory([type] {
     const qzlog::IcuMemory memory;
     UErrorCode status = U_ZERO_ERROR;
     const std::unique_ptr<icu::StringEnumeration> all(
-        icu::TimeZone::createTimeZoneIDEnumeration(UCAL_ZONE_TYPE_ANY, nullptr, nullptr, status));
+        icu::TimeZone::createTimeZoneIDEnumeration(type, nullptr, nullptr, status));
     memory.check(status);
     std::vector<std::string> names;
     std::int32_t length = 0;
@@ -118,7 +118,7 @@ long ReaderZone::ask(long long moment) const {
 
 std::string check_time_zone(const std::string& name) {
   if (is_in_system(name)) return "";
-  const std::vector<std::string> names = zone_names();
+  const std::vector<std::string> names = zone_names(UCAL_ZONE_TYPE_ANY);
   const std::vector<std::string_view> candidates(names.begin(), names.end());
   for (const std::string_view known : candidates) {
     if (known == name) return "";
@@ -126,6 +126,12 @@ std::string check_time_zone(const std::string& name) {
   const std::string question = qzlog_compiler::did_you_mean(name, candidates);
   return "unknown time zone " + qzlog_compiler::quoted(name) + "; " +
          (question.empty() ? "zones are called as in Europe/Berlin, or UTC" : question);
+}
+
+std::vector<std::string> offered_zones() {
+  std::vector<std::string> names = zone_names(UCAL_ZONE_TYPE_CANONICAL_LOCATION);
+  names.emplace_back("UTC");
+  return names;
 }
 
 bool use_time_zone(const std::string& name) {

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "tools/options/locale_names.h"
+#include "tools/options/reader_zone.h"
 
 namespace qzlog_tool {
 
@@ -67,6 +68,7 @@ std::vector<std::string> file_suffixes(const std::vector<std::string>& parts) {
 ValueKind value_kind(std::string_view whole_name) {
   const std::string_view name = whole_name.substr(0, whole_name.find(' '));
   if (name == "ll_CC") return {Type::kChoice, locale_names()};
+  if (name == "ZONE") return {Type::kChoice, offered_zones()};
   if (name == "EVENT") return {Type::kEvent, {}};
   if (name == "EXPRESSION" || name == "ATTRIBUTE") return {Type::kExpression, {}};
   if (name == "DIR") return {Type::kFolder, {}};

@@ -16,10 +16,9 @@ struct ValueKind {
   std::vector<std::string> items;
 };
 
-/// Reads names such as "icu|narrow|both", "{icu,narrow}", "0-9" and "ll_CC" (choices), "STD.ldf|STD.yaml", "SRC",
-/// "FILE" and "DIR/NAME" (files), "DIR" (folders), "EVENT" (events' names), "EXPRESSION" (with attributes' names) and
-/// "ATTRIBUTE".
-/// Everything else is a text of which nothing is known.
+/// Reads names such as "icu|narrow|both", "{icu,narrow}", "0-9", "ll_CC" and "ZONE" (choices), "STD.ldf|STD.yaml",
+/// "SRC", "FILE" and "DIR/NAME" (files), "DIR" (folders), "EVENT" (events' names), "EXPRESSION" (with attributes'
+/// names) and "ATTRIBUTE". Everything else is a text of which nothing is known.
 ValueKind value_kind(std::string_view name);
 
 }  // namespace qzlog_tool

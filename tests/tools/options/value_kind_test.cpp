@@ -2,7 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <string>
+#include <vector>
+
 #include "tools/options/locale_names.h"
+#include "tools/options/reader_zone.h"
 
 namespace {
 
@@ -20,6 +25,7 @@ TEST(ValueKind, NamesOfValues_TellWhatTheyAre) {
       {"{text,json}", Type::kChoice, {"text", "json"}},
       {"0-3", Type::kChoice, {"0", "1", "2", "3"}},
       {"ll_CC", Type::kChoice, qzlog_tool::locale_names()},
+      {"ZONE", Type::kChoice, qzlog_tool::offered_zones()},
       {"OUT.ldf", Type::kFile, {".ldf"}},
       {"STD.ldf|STD.yaml", Type::kFile, {".ldf", ".yaml"}},
       {"OUT.h|-", Type::kFile, {".h"}},
@@ -48,6 +54,15 @@ TEST(ValueKind, NamesOfValues_TellWhatTheyAre) {
     EXPECT_EQ(kind.type, row.type) << row.name;
     EXPECT_EQ(kind.items, row.items) << row.name;
   }
+}
+
+TEST(ValueKind, ZonesThatAreOffered_AreThoseOfPlaces) {
+  const std::vector<std::string> zones = qzlog_tool::offered_zones();
+  const auto has = [&](const char* name) { return std::find(zones.begin(), zones.end(), name) != zones.end(); };
+  EXPECT_TRUE(has("Europe/Berlin"));
+  EXPECT_TRUE(has("UTC"));
+  EXPECT_FALSE(has("US/Pacific"));
+  EXPECT_FALSE(has("EST"));
 }
 
 }  // namespace
