@@ -15,7 +15,7 @@
 #include "tools/compiler/source/aux_merge.h"
 #include "tools/definitions/definition_file.h"
 #include "tools/definitions/definitions.h"
-#include "tools/merge/line_members.h"
+#include "tools/logs/line_members.h"
 #include "tools/system/command_error.h"
 
 namespace qzlog_tool {

@@ -4,7 +4,7 @@
 
 #include "qzlog/qz_time.h"
 #include "tools/choice/raw_line.h"
-#include "tools/merge/line_members.h"
+#include "tools/logs/line_members.h"
 
 namespace qzlog_tool {
 

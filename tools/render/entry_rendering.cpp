@@ -1,9 +1,10 @@
 #include "tools/render/entry_rendering.h"
 
 #include <csignal>
+#include <optional>
 #include <utility>
 
-#include "tools/render/line_identity.h"
+#include "tools/logs/line_members.h"
 #include "tools/system/command_error.h"
 #include "tools/system/out_of_memory.h"
 
@@ -139,8 +140,8 @@ void EntryRendering::TakeLineError(const qz_LOG_LineError& error) {
   const ErrorLine line = {error.file, error.line, {error.source, error.source_length}};
   reporter_.report(line, qzlog_compiler::AnyRule(reader_rule(error.rule)), error.text);
   if (parts_.gaps == nullptr) return;
-  const std::optional<LineIdentity> identity = line_identity(line.text);
-  if (identity) check_number(identity->writer, identity->seq, line);
+  const std::optional<LineMembers> members = read_line_members(line.text);
+  if (members && !members->writer.empty() && members->seq) check_number(members->writer, *members->seq, line);
 }
 
 void EntryRendering::check_number() {

@@ -1,4 +1,4 @@
-#include "tools/merge/line_members.h"
+#include "tools/logs/line_members.h"
 
 #include <cstddef>
 #include <limits>
@@ -20,6 +20,7 @@ class MemberReader : public nlohmann::json_sax<nlohmann::json> {
   bool number_float(number_float_t /*value*/, const string_t& /*text*/) override { return true; }
   bool binary(binary_t& /*value*/) override { return true; }
   bool number_unsigned(number_unsigned_t value) override {
+    if (is_member() && key_ == "seq") members_.seq = value;
     if (is_member() && key_ == "id" && value <= std::numeric_limits<std::uint32_t>::max()) {
       members_.id = static_cast<std::uint32_t>(value);
     }
@@ -49,6 +50,7 @@ class MemberReader : public nlohmann::json_sax<nlohmann::json> {
   bool is_member() const { return depth_ == 1; }
   std::string* text_member() {
     if (key_ == "id") return &members_.symbolic_id;
+    if (key_ == "writer") return &members_.writer;
     if (key_ == "time") return &members_.time;
     if (key_ == "written") return &members_.written;
     return key_ == "definitions" ? &members_.definitions : nullptr;

@@ -1,5 +1,5 @@
-#ifndef QZLOG_TOOLS_MERGE_LINE_MEMBERS_H
-#define QZLOG_TOOLS_MERGE_LINE_MEMBERS_H
+#ifndef QZLOG_TOOLS_LOGS_LINE_MEMBERS_H
+#define QZLOG_TOOLS_LOGS_LINE_MEMBERS_H
 
 #include <cstdint>
 #include <optional>
@@ -8,10 +8,13 @@
 
 namespace qzlog_tool {
 
-/// What a line says of itself that is needed before it is read as an entry. Texts are empty where it does not say them.
+/// What a line says of itself that is needed without its entry: before one is read, or where there is none. Texts are
+/// empty where it does not say them.
 struct LineMembers {
   std::optional<std::uint32_t> id;
   std::string symbolic_id;  ///< the event's name in the place of the ID
+  std::string writer;
+  std::optional<std::uint64_t> seq;
   std::string time;
   std::string written;
   std::string definitions;
@@ -22,4 +25,4 @@ std::optional<LineMembers> read_line_members(std::string_view line);
 
 }  // namespace qzlog_tool
 
-#endif  // QZLOG_TOOLS_MERGE_LINE_MEMBERS_H
+#endif  // QZLOG_TOOLS_LOGS_LINE_MEMBERS_H
