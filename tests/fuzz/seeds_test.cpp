@@ -21,8 +21,10 @@ int fuzz_definition_file(const std::uint8_t* bytes, std::size_t size);
 int fuzz_definition_source(const std::uint8_t* bytes, std::size_t size);
 int fuzz_diff(const std::uint8_t* bytes, std::size_t size);
 int fuzz_entry_line(const std::uint8_t* bytes, std::size_t size);
+int fuzz_entry_scan(const std::uint8_t* bytes, std::size_t size);
 int fuzz_inspect(const std::uint8_t* bytes, std::size_t size);
 int fuzz_line_format(const std::uint8_t* bytes, std::size_t size);
+int fuzz_merged_logs(const std::uint8_t* bytes, std::size_t size);
 int fuzz_names_section(const std::uint8_t* bytes, std::size_t size);
 int fuzz_pattern_nesting(const std::uint8_t* bytes, std::size_t size);
 int fuzz_resource_bundle(const std::uint8_t* bytes, std::size_t size);
@@ -50,8 +52,10 @@ const Fuzzer kFuzzers[] = {
     {"definition_source", fuzz_definition_source},
     {"diff", fuzz_diff},
     {"entry_line", fuzz_entry_line},
+    {"entry_scan", fuzz_entry_scan},
     {"inspect", fuzz_inspect},
     {"line_format", fuzz_line_format},
+    {"merged_logs", fuzz_merged_logs},
     {"names_section", fuzz_names_section},
     {"pattern_nesting", fuzz_pattern_nesting},
     {"resource_bundle", fuzz_resource_bundle},

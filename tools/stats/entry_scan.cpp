@@ -4,7 +4,6 @@
 #include <chrono>
 #include <cstring>
 #include <limits>
-#include <optional>
 
 #include "entry/text_limits.h"
 #include "lines/envelope_form.h"
@@ -36,6 +35,11 @@ constexpr IntegerRange range_of() {
 constexpr IntegerRange kIntegerRanges[] = {range_of<std::uint8_t>(),  range_of<std::int8_t>(),
                                            range_of<std::uint16_t>(), range_of<std::int16_t>(),
                                            range_of<std::uint32_t>(), range_of<std::int32_t>()};
+
+/// What an entry has with its time, whether its line names it or not.
+bool comes_with_time(std::string_view name) {
+  return name == "TIMEZONE_DIFFERENCE" || name == "DAYLIGHT_SAVING_ACTIVE";
+}
 
 bool is_integer(qz_AttributeType type) { return type >= TypeUInt1 && type <= TypeSInt4; }
 bool is_text(qz_AttributeType type) { return type >= TypeChar32 && type <= TypeMBChar2K; }
@@ -118,11 +122,12 @@ class EntryScan::Cursor {
     const bool is_negative = take('-');
     const char* const begin = at_;
     integer = 0;
-    while (at_ != end_ && is_digit(*at_) && at_ - begin <= kMostDigits) integer = integer * 10 + (*at_++ - '0');
+    while (at_ != end_ && is_digit(*at_) && at_ - begin < kMostDigits) integer = integer * 10 + (*at_++ - '0');
     const std::ptrdiff_t digits = at_ - begin;
     const bool has_leading_zero = digits > 0 && *begin == '0' && (digits > 1 || is_negative);
+    const bool has_more = at_ != end_ && is_digit(*at_);
     if (is_negative) integer = -integer;
-    return digits > 0 && digits <= kMostDigits && !has_leading_zero;
+    return digits > 0 && !has_more && !has_leading_zero;
   }
 
   bool take_number(long long maximum, long long& number) {
@@ -196,12 +201,13 @@ EntryScan::Event EntryScan::make_event(const qzlog_compiler::EntryDefinition& en
            std::any_of(all.begin(), all.end(), [&](const auto* own) { return own->name == name && own->type == type; });
   };
   Event event;
-  event.may_have_time = has_one("TIMEZONE_DIFFERENCE", TypeSInt2) && has_one("DAYLIGHT_SAVING_ACTIVE", TypeBool);
+  event.may_have_time = std::none_of(wanted_.begin(), wanted_.end(), comes_with_time) &&
+                        has_one("TIMEZONE_DIFFERENCE", TypeSInt2) && has_one("DAYLIGHT_SAVING_ACTIVE", TypeBool);
   for (const AttributeDefinition* const attribute : all) {
     const std::string& name = attribute->name;
     const qz_AttributeType type = attribute->type;
     const bool is_scanned = type == TypeBool || is_integer(type) || type == TypeFloat || is_text(type);
-    if (!is_scanned || count(name) != 1 || name == "TIMEZONE_DIFFERENCE" || name == "DAYLIGHT_SAVING_ACTIVE") continue;
+    if (!is_scanned || count(name) != 1 || comes_with_time(name)) continue;
     if (name.empty() || !std::all_of(name.begin(), name.end(), is_plain)) continue;
     const auto wanted = std::find(wanted_.begin(), wanted_.end(), name);
     event.attributes.push_back(
@@ -261,17 +267,16 @@ bool EntryScan::scan_envelope(Cursor& line, ScannedEntry& entry) {
 bool EntryScan::scan_time(Cursor& line, long long& moment) {
   const char* const text = line.take_bytes(kTimeBytes);
   if (text == nullptr || text[10] != 'T' || text[13] != ':' || text[16] != ':' || text[19] != 'Z') return false;
-  if (std::memcmp(text, last_date_, sizeof last_date_) != 0) {
-    const std::optional<long long> day = day_of(text);
-    if (!day) return false;
+  if (!last_day_ || std::memcmp(text, last_date_, sizeof last_date_) != 0) {
+    last_day_ = day_of(text);
+    if (!last_day_) return false;
     std::memcpy(last_date_, text, sizeof last_date_);
-    last_day_ = *day;
   }
   const int hour = two_digits(text + 11);
   const int minute = two_digits(text + 14);
   const int second = two_digits(text + 17);
   if (hour < 0 || hour > 23 || minute < 0 || minute > 59 || second < 0 || second > 59) return false;
-  moment = last_day_ + hour * 3600 + minute * 60 + second;
+  moment = *last_day_ + hour * 3600 + minute * 60 + second;
   return line.take('"');
 }
 

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -79,8 +80,8 @@ class EntryScan {
   const Event* last_event_ = nullptr;
   std::string last_writer_;
   std::string last_definitions_;
-  char last_date_[10] = {};  // YYYY-MM-DD
-  long long last_day_ = 0;   // its first second
+  char last_date_[10] = {};            // YYYY-MM-DD
+  std::optional<long long> last_day_;  // its first second
 };
 
 }  // namespace qzlog_tool

@@ -61,6 +61,8 @@ TEST_F(EntryScanTest, WhatOnlyTheLibraryKnows_IsLeftToIt) {
                                  R"({"id":-1})",
                                  R"({"id":4})",
                                  R"({"id":4294967296})",
+                                 R"({"id":9999999999999999999})",
+                                 R"({"seq":99999999999999999999,"id":3})",
                                  R"({"id":"DISK_OK"})",
                                  R"({"id":3,"level":10})",
                                  R"({"level":1,"id":3})",
@@ -92,6 +94,20 @@ TEST_F(EntryScanTest, WhatOnlyTheLibraryKnows_IsLeftToIt) {
                                  R"({"lost":[]})",
                                  "{\"id\":1,\"attributes\":{\"Name\":\"a\tb\"}}"}) {
     EXPECT_FALSE(scans(line)) << line;
+  }
+}
+
+TEST_F(EntryScanTest, DateOfZeroBytes_IsNone) {
+  const std::string zeros(10, '\0');
+  EXPECT_FALSE(scans(R"({"id":3,"time":")" + zeros + R"(T08:15:30Z"})"));
+}
+
+TEST_F(EntryScanTest, AttributesThatComeWithTheTime_AreTheLibrarysWhereTheyAreAskedFor) {
+  for (const char* const wanted : {"TIMEZONE_DIFFERENCE", "DAYLIGHT_SAVING_ACTIVE"}) {
+    EntryScan scan({"", wanted});
+    scan.add(model());
+    EXPECT_TRUE(scan.scan(R"({"id":3})", entry_)) << wanted;
+    EXPECT_FALSE(scan.scan(R"({"id":3,"time":"2026-11-21T08:15:30Z"})", entry_)) << wanted;
   }
 }
 
