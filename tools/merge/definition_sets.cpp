@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "foundation/sha256.h"
+#include "lines/envelope_form.h"
 #include "qzlog/logcfg.h"
 #include "tools/choice/byte_search.h"
 #include "tools/choice/raw_line.h"
@@ -145,7 +146,7 @@ std::optional<std::size_t> DefinitionSets::find_set(std::string_view definitions
   const auto found = std::find(digests_.begin(), digests_.end(), definitions);
   latest_set_ =
       found != digests_.end() ? std::optional(static_cast<std::size_t>(found - digests_.begin())) : std::nullopt;
-  if (!latest_set_) complain(latest_);
+  if (!latest_set_ && qzlog::is_definitions_form(definitions)) complain(latest_);  // else the reader does
   return latest_set_;
 }
 

@@ -136,10 +136,22 @@ TEST_F(DefinitionSetsTest, DefinitionsThatAreNotGiven_AreToldOnceAndTheFirstThat
 TEST_F(DefinitionSetsTest, ComplaintsAboutDefinitions_HaveAnEnd) {
   const std::string a = folder_.write("a.yaml", source("  - {id: 1, name: A, message: a}\n"));
   DefinitionSets sets = make({{a, ""}});
-  for (int number = 0; number < 1000; ++number)
-    sets.use_for(line(std::to_string(number), R"("id":1,"level":0,"attributes":{})"));
+  for (int number = 1000; number < 2000; ++number)
+    sets.use_for(line("0123456789ab" + std::to_string(number), R"("id":1,"level":0,"attributes":{})"));
   ASSERT_EQ(warnings_.size(), 101U);
   EXPECT_EQ(warnings_.back(), "of further definitions that lines name nothing is said");
+}
+
+// The reader says of such a line what is wrong with it.
+TEST_F(DefinitionSetsTest, TextThatCannotNameDefinitions_IsNotRepeated) {
+  const std::string a = folder_.write("a.yaml", source("  - {id: 1, name: A, message: a}\n"));
+  DefinitionSets sets = make({{a, ""}});
+  for (const std::string& text : {std::string("a\\nqzlog: warning: \\u001b[31m"), std::string(100'000, 'x')}) {
+    const Texts texts = read(sets, line(text, R"("id":1,"level":0,"attributes":{})"));
+    ASSERT_EQ(texts.size(), 1U);
+    EXPECT_TRUE(texts[0].starts_with("bad-envelope 'definitions' has to be ")) << texts[0];
+  }
+  EXPECT_EQ(warnings_, Texts{});
 }
 
 TEST_F(DefinitionSetsTest, AuxiliaryFile_BelongsToItsStandardFile) {
