@@ -6,23 +6,26 @@ namespace qzlog_tool {
 
 bool SeenNumbers::add(std::string_view writer, std::uint64_t number) {
   auto found = writers_.find(writer);
-  if (found == writers_.end()) found = writers_.emplace(writer, Ranges()).first;
+  if (found == writers_.end()) {
+    found = writers_.emplace(writer, Ranges()).first;
+    bytes_ += writer_bytes(writer);
+  }
   if (!add_to(found->second, number)) return false;
-  if (range_count_ > most_ranges_) forget_some(found->second);
+  while (bytes_ > most_bytes_ && forget_some(found->second)) {
+  }
   return true;
 }
 
 bool SeenNumbers::add_to(Ranges& ranges, std::uint64_t number) {
   const auto after = ranges.upper_bound(number);
-  const bool has_before = after != ranges.begin();
-  const auto before = has_before ? std::prev(after) : ranges.end();
-  if (has_before && before->second >= number) return false;
-  const bool joins_before = has_before && before->second + 1 == number;
+  const auto before = after != ranges.begin() ? std::prev(after) : ranges.end();
+  if (before != ranges.end() && before->second >= number) return false;
+  const bool joins_before = before != ranges.end() && before->second + 1 == number;
   const bool joins_after = after != ranges.end() && after->first == number + 1;
   if (joins_before && joins_after) {
     before->second = after->second;
     ranges.erase(after);
-    --range_count_;
+    bytes_ -= kRangeBytes;
   } else if (joins_before) {
     before->second = number;
   } else if (joins_after) {
@@ -31,25 +34,25 @@ bool SeenNumbers::add_to(Ranges& ranges, std::uint64_t number) {
     ranges.emplace(number, last);
   } else {
     ranges.emplace(number, number);
-    ++range_count_;
+    bytes_ += kRangeBytes;
   }
   return true;
 }
 
-void SeenNumbers::forget_some(Ranges& kept) {
+/// False where there is nothing but the last range of `kept`.
+bool SeenNumbers::forget_some(Ranges& kept) {
   if (kept.size() > 1) {
     kept.erase(kept.begin());
-    --range_count_;
+    bytes_ -= kRangeBytes;
     ++forgotten_;
-    return;
+    return true;
   }
-  for (auto writer = writers_.begin(); writer != writers_.end(); ++writer) {
-    if (&writer->second == &kept) continue;
-    range_count_ -= writer->second.size();
-    forgotten_ += writer->second.size();
-    writers_.erase(writer);
-    return;
-  }
+  auto writer = writers_.begin();
+  if (&writer->second == &kept && ++writer == writers_.end()) return false;
+  bytes_ -= writer_bytes(writer->first) + writer->second.size() * kRangeBytes;
+  forgotten_ += writer->second.size();
+  writers_.erase(writer);
+  return true;
 }
 
 }  // namespace qzlog_tool
