@@ -2,8 +2,10 @@
 
 #include <cstdlib>
 #include <ctime>
-#include <fstream>
+#include <filesystem>
+#include <new>
 #include <string_view>
+#include <system_error>
 #include <vector>
 
 #include <unicode/strenum.h>
@@ -12,6 +14,7 @@
 #include "message/icu_memory.h"
 #include "tools/compiler/text/nearest_word.h"
 #include "tools/compiler/text/utf8_text.h"
+#include "tools/system/file_descriptor.h"
 #include "tools/system/process_start.h"
 
 namespace qzlog_tool {
@@ -21,6 +24,7 @@ namespace {
 // Zones change their offset at full quarters of an hour, but for some long ago.
 constexpr long long kBlockSeconds = 900;
 constexpr const char* kVariable = "TZ";
+
 long long floor_to(long long value, long long step) {
   const long long rest = value % step;
   return value - (rest < 0 ? rest + step : rest);
@@ -74,14 +78,22 @@ std::vector<std::string> zone_names(USystemTimeZoneType type) {
   });
 }
 
-/// Whether the system's database has the zone. A name cannot lead out of it.
+/// Whether the system's database has the zone. A name cannot lead out of it. Throws CommandError (cannot run) where the
+/// file is there, or may be, and cannot be read.
 bool is_in_system(const std::string& name) {
+  namespace fs = std::filesystem;
   constexpr std::string_view kMagic = "TZif";
-  if (name.empty() || name.front() == '/' || name.find("..") != std::string::npos) return false;
+  constexpr std::size_t kMostNameBytes = 255;
+  if (name.empty() || name.size() > kMostNameBytes) return false;
+  if (name.front() == '/' || name.find("..") != std::string::npos) return false;
   const char* const folder = std::getenv("TZDIR");
-  std::ifstream file(std::string(folder != nullptr ? folder : "/usr/share/zoneinfo") + '/' + name, std::ios::binary);
+  const std::string path = std::string(folder != nullptr ? folder : "/usr/share/zoneinfo") + '/' + name;
+  std::error_code ignored;
+  const fs::file_type type = fs::status(path, ignored).type();
+  if (type != fs::file_type::regular && type != fs::file_type::none) return false;
   char beginning[kMagic.size()] = {};
-  return file.read(beginning, sizeof beginning) && std::string_view(beginning, sizeof beginning) == kMagic;
+  const std::size_t size = read_some(open_regular_file(path).get(), beginning, sizeof beginning, path);
+  return std::string_view(beginning, size) == kMagic;
 }
 
 bool is_of_process(const std::string& name) {
@@ -136,7 +148,7 @@ std::vector<std::string> offered_zones() {
 
 bool use_time_zone(const std::string& name) {
   if (!is_in_system(name)) return false;
-  ::setenv(kVariable, name.c_str(), 1);
+  if (::setenv(kVariable, name.c_str(), 1) != 0) throw std::bad_alloc();
   read_time_zone();
   return true;
 }
