@@ -29,14 +29,12 @@ char* write_pair(char* target, unsigned below_100) {
 
 /// The calendar and the clock at so many seconds of the reader's clock.
 class ClockFields {
+  using seconds = std::chrono::seconds;
+  using days = std::chrono::days;
+
  public:
-  explicit ClockFields(long long clock_seconds) {
-    using namespace std::chrono;
-    const seconds since{clock_seconds};
-    const auto day = floor<days>(since);
-    date_ = year_month_day(sys_days(day));
-    clock_ = static_cast<unsigned>((since - day).count());
-  }
+  explicit ClockFields(long long clock_seconds)
+      : ClockFields(seconds(clock_seconds), std::chrono::floor<days>(seconds(clock_seconds))) {}
 
   /// YYYY-MM-DD. Years beyond four digits, which no line has, have their last ones.
   char* write_date(char* target) const {
@@ -57,8 +55,11 @@ class ClockFields {
   }
 
  private:
+  ClockFields(seconds since, days day)
+      : date_(std::chrono::sys_days(day)), clock_(static_cast<unsigned>((since - day).count())) {}
+
   std::chrono::year_month_day date_;
-  unsigned clock_ = 0;
+  unsigned clock_;
 };
 
 void append_both(long long clock_seconds, char between, std::string& out) {
