@@ -18,10 +18,6 @@ using qzlog_test::run_on_terminal;
 using qzlog_test::TerminalRun;
 
 // A window title, a bell, a screen that is cleared (by one character of C1), and writing that is turned round.
-constexpr std::string_view kTitle = "\033]0;owned\a";
-constexpr std::string_view kClear = "\u009B2J";
-constexpr std::string_view kTurned = "\u202Egnp.exe";
-
 constexpr std::string_view kSource = R"yaml(version: "1.0"
 globals:
   - {name: COMPUTER_NAME, type: MBChar64}

@@ -22,7 +22,7 @@ class LogReadingTest : public ::testing::Test, public qz_LOG_LineErrorHandler {
     return {.output = output_,
             .handler = *this,
             .read =
-                [this](qz_LOG_EntryReader& reader) {
+                [](qz_LOG_EntryReader& reader) {
                   qz_LOG_EntryLine line;
                   while (reader.Next(line)) ADD_FAILURE() << "an entry";
                 },

@@ -72,7 +72,7 @@ TEST(ReaderZone, Names_AreThoseOfTheDatabase) {
                                  "/usr/share/zoneinfo/Europe/Berlin", "../zoneinfo/UTC", "tzdata.zi"}) {
     EXPECT_NE(check_time_zone(name), "") << name;
   }
-  for (const std::size_t size : {255, 256, 5000}) EXPECT_NE(check_time_zone(std::string(size, 'Z')), "") << size;
+  for (const std::size_t size : {255U, 256U, 5000U}) EXPECT_NE(check_time_zone(std::string(size, 'Z')), "") << size;
 }
 
 /// Brings back what the process has.
