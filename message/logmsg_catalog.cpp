@@ -96,7 +96,8 @@ const icu::Locale& default_locale() {
   // Without memory for it ICU gives a reference to nothing, which the compiler takes to be impossible.
   const icu::Locale* volatile const locale = &icu::Locale::getDefault();
   if (locale == nullptr) throw QZX_memory_alloc();
-  return *locale;
+  // Of a name in the environment that is none ICU makes a locale whose formats crash.
+  return locale->isBogus() ? icu::Locale::getRoot() : *locale;
 }
 
 }  // namespace

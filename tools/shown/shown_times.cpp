@@ -78,7 +78,9 @@ class ShownTimes::LocaleFormat {
   explicit LocaleFormat(const std::string& locale_name) {
     qzlog::with_icu_memory([&] {
       const qzlog::IcuMemory memory;
-      const icu::Locale locale = locale_name.empty() ? icu::Locale::getDefault() : icu::Locale(locale_name.c_str());
+      icu::Locale locale = locale_name.empty() ? icu::Locale::getDefault() : icu::Locale(locale_name.c_str());
+      // Of a name in the environment that is none ICU makes a locale whose formats crash.
+      if (locale.isBogus()) locale = icu::Locale::getRoot();
       format_.reset(
           icu::DateFormat::createDateTimeInstance(icu::DateFormat::kMedium, icu::DateFormat::kMedium, locale));
       memory.check_made(format_.get());

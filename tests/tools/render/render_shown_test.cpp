@@ -55,6 +55,18 @@ TEST_F(RenderShown, TimesInMessages_FollowTheZone) {
             "2026-11-21T23:15:30Z debug\n");
 }
 
+// ICU takes a language of more than eleven letters for none at all.
+TEST_F(RenderShown, LocaleOfTheEnvironmentThatIsNone_IsThatOfNoLanguage) {
+  constexpr const char* kWhen = R"({"id":1005,"time":"2026-11-21T23:15:30Z"})";
+  for (const char* const name : {"xxxxxxxxxxxx", "\033[31m", "../../etc"}) {
+    const SetEnv locale("LC_ALL", name);
+    const CommandResult result = render(kWhen, "--utc --time-style locale --format '{time} {message}'");
+    EXPECT_EQ(result.out, "2026 M11 21 23:15:30 At 2026 M11 21 23:15:30.\n") << name;
+    EXPECT_EQ(result.err, "");
+    EXPECT_EQ(result.status, 0);
+  }
+}
+
 TEST_F(RenderShown, Terminal_HasColoursOfLevelsAndEscapes) {
   EXPECT_EQ(on_terminal("--output short --locale de_AT"),
             "\033[31m2026-11-21T14:00:30+05:45 error    DISK_FULL Disk vol1 is full: 0 of 4096 blocks free\033[0m\n"
