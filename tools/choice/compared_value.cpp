@@ -120,7 +120,9 @@ long long clamped_integer(const Literal& literal) {
 }
 
 ExpressionFault out_of_range(const Literal& literal, const ComparedThing& thing) {
-  std::string text = literal.text + " does not fit " + thing.type_text;
+  constexpr std::size_t kMostShownBytes = 60;
+  const bool is_short = literal.text.size() <= kMostShownBytes;
+  std::string text = (is_short ? literal.text : quoted(literal.text)) + " does not fit " + thing.type_text;
   if (thing.types.meets(kIntegerTypes)) {
     text += " (" + std::to_string(thing.least) + " to " + std::to_string(thing.most) + ")";
   }
@@ -158,9 +160,15 @@ void take_text(const Literal& literal, Relation relation, const ComparedThing& t
     value.text.emplace(literal.text, wildcards);
     return;
   }
-  for (std::size_t& place : wildcards)
-    place = with_stored_line_breaks(std::string_view(literal.text).substr(0, place)).size();
-  value.text.emplace(with_stored_line_breaks(literal.text), wildcards);
+  const std::string_view text = literal.text;
+  std::string stored;
+  std::size_t begin = 0;
+  for (std::size_t& place : wildcards) {
+    stored += with_stored_line_breaks(text.substr(begin, place - begin));
+    begin = std::exchange(place, stored.size());
+  }
+  stored += with_stored_line_breaks(text.substr(begin));
+  value.text.emplace(stored, wildcards);
 }
 
 bool takes(TypeSet types, Literal::Kind kind) {

@@ -291,6 +291,12 @@ TEST_F(WhereErrors, ValueOutOfRange_IsShownWithTheRange) {
   for (const Case& tested : cases) EXPECT_EQ(said_of(tested.expression), tested.said) << tested.expression;
 }
 
+TEST_F(WhereErrors, LongNumberOutOfRange_IsCut) {
+  const std::string said = said_of("Free = " + std::string(60'000, '9'));
+  EXPECT_EQ(said.substr(0, said.find('\n')), "--where:1:8: error: 'Free': '" + std::string(60, '9') +
+                                                 "...' does not fit UInt2 or UInt4 (0 to 4294967295) [value-range]");
+}
+
 TEST_F(WhereErrors, ValuesAtTheEndsOfTheirRange_AreTaken) {
   for (const char* expression :
        {"Small in (-128, 127)", "Free in (0, 4294967295)", "Reason in (-32768, 32767)",

@@ -124,6 +124,7 @@ TEST_F(WhereTest, Escapes_StandForTheirCharacters) {
   EXPECT_TRUE(holds(R"(Name = "a\n\"b\\*")", entry));
   EXPECT_TRUE(holds(R"(Name = 'a\n"b\\\*')", entry));
   EXPECT_TRUE(holds(R"(Name ~ "a\n*\*")", entry));
+  EXPECT_TRUE(holds(R"(Name ~ "?\n*b?*")", entry));
   EXPECT_FALSE(holds(R"(Name ~ "a\n\*")", entry));
   EXPECT_TRUE(holds(R"(Name ~ "*\\\*")", entry));
   // A line break is stored as two characters, as in entries that were written so.
