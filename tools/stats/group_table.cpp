@@ -9,7 +9,7 @@ namespace {
 constexpr std::size_t kNodeBytes = sizeof(Group) + 64;  // with what the table and the allocator need for it
 
 std::size_t bytes_of(long long /*key*/) { return kNodeBytes; }
-std::size_t bytes_of(const std::string& key) { return kNodeBytes + sizeof key + key.size(); }
+std::size_t bytes_of(const std::string& key) { return kNodeBytes + sizeof(std::string) + key.size(); }
 
 }  // namespace
 
