@@ -228,6 +228,15 @@ TEST_F(RenderFollowChoice, SeveralDefinitions_AreTakenForLinesOfAllFiles) {
   EXPECT_EQ(read("said"), "");
 }
 
+TEST_F(RenderFollowChoice, ReaderThatLeavesWhileNothingIsWanted_EndsIt) {
+  append("a.jsonl", lines(1, 9));
+  Following following = follow({"--where", "N = 1", "--output", "short", "a.jsonl"});
+  EXPECT_NE(following.hear(1), "");
+  following.close_output();
+  EXPECT_EQ(following.wait(), -SIGPIPE);
+  EXPECT_EQ(read("said"), "");
+}
+
 TEST_F(RenderFollowChoice, TimeOrderOfLogs_IsNotThatOfAFollowedOne) {
   Following following = follow({"--merge-by-time", "a.jsonl"});
   EXPECT_EQ(following.wait(), 2);
