@@ -8,7 +8,9 @@ A comment before a fenced block says what becomes of it:
     <!-- not run: WHY -->  the block is only read
 
 The blocks of one page share one temporary folder, in the order of the page, which is the home folder too, so that programs leave
-their settings there. Every fenced block needs such a comment.
+their settings there. Every fenced block needs such a comment. A comment of its own, without a block, is
+
+    <!-- copy: FOLDER -->  what is in this folder of ours is copied there
 
 Usage: check_docs.py PREFIX PAGE...     PREFIX is an installed qzlog. Exit status 1 if anything differs.
 """
@@ -16,11 +18,13 @@ import difflib
 import os
 import pathlib
 import re
+import shutil
 import subprocess
 import sys
 import tempfile
 
-MARK = re.compile(r"^<!-- (file|run|not run)(?:: (.+))? -->$")
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+MARK = re.compile(r"^<!-- (file|run|not run|copy)(?:: (.+))? -->$")
 LINK = re.compile(r"\]\(([^)#\s]+)(?:#[^)]*)?\)")
 
 
@@ -30,7 +34,7 @@ class Block:
 
 
 def blocks_of(text):
-    """The fenced blocks of a page, each with the mark on the nearest line above it."""
+    """The fenced blocks of a page, each with the mark on the nearest line above it, and what is copied, as blocks without lines."""
     blocks, mark, argument, open_block = [], None, None, None
     for number, line in enumerate(text.splitlines(), 1):
         if open_block and line.startswith("```"):
@@ -43,6 +47,9 @@ def blocks_of(text):
             mark = None
         elif MARK.match(line):
             mark, argument = MARK.match(line).groups()
+            if mark == "copy":
+                blocks.append(Block(number, mark, argument))
+                mark = None
         elif line:
             mark = None
     return blocks
@@ -72,6 +79,10 @@ def check_block(page, block, folder, env):
         return [f"{where}: the block has no mark (file, run, not run)"]
     if block.mark == "file":
         (pathlib.Path(folder) / block.argument).write_text("\n".join(block.lines) + "\n", encoding="utf-8")
+    elif block.mark == "copy":
+        if not (ROOT / block.argument).is_dir():
+            return [f"{where}: {block.argument} is no folder"]
+        shutil.copytree(ROOT / block.argument, folder, dirs_exist_ok=True)
     elif block.mark == "run":
         actual = run_block(block, folder, env)
         if actual != block.lines:

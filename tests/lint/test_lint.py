@@ -77,9 +77,9 @@ class FolderOrder(TreeTest):
             "tools/render/a.cpp:1: tools/render/ must not include tools/command_line.h"])
 
     def test_new_folder_of_tools_is_found(self):
-        self.write("tools/stats/a.cpp", "")
+        self.write("tools/unheard_of/a.cpp", "")
         self.assertEqual(folder_order.check_tree(self.root), [
-            "tools/stats/a.cpp:1: tools/stats/ has no place in the order; add it to the tables in folder_order.py"])
+            "tools/unheard_of/a.cpp:1: tools/unheard_of/ has no place in the order; add it to the tables in folder_order.py"])
 
     def test_new_folder_that_the_lists_do_not_name_is_found(self):
         self.write("dev", "readonly SOURCE_FOLDERS=(include)\n")
@@ -152,6 +152,16 @@ class Docs(TreeTest):
         self.assertEqual(findings[0], "page.md:4: the output differs (- page, + now)")
         self.assertIn("-one", findings)
         self.assertIn("+two", findings)
+
+    def test_folder_that_is_copied_is_there_for_the_blocks_behind_it(self):
+        self.assertEqual(self.check("<!-- copy: tests/lint -->\n\n<!-- run -->\n```sh\n$ ls test_lint.py\ntest_lint.py\n```\n"), [])
+
+    def test_folder_to_copy_that_is_not_there_is_found(self):
+        self.assertEqual(self.check("Text\n\n<!-- copy: tests/gone -->\n"), ["page.md:3: tests/gone is no folder"])
+
+    def test_comment_that_copies_marks_no_block(self):
+        self.assertEqual(self.check("<!-- copy: tests/lint -->\n```sh\n$ false\n```\n"),
+                         ["page.md:2: the block has no mark (file, run, not run)"])
 
     def test_block_without_a_mark_is_found(self):
         self.assertEqual(self.check("<!-- run -->\nText\n```\n$ false\n```\n"),
