@@ -56,41 +56,8 @@ render --no-icu
 say "The same program keeps entries while it works. Where they go says sinks.conf:"
 sed -n '/^\[log\]/,/^sync_level/p' sinks.conf
 
-# follow LOCALE: shows the errors in the log as they come, in the language of the locale, until finish_following.
-followers=() printers=()
-trap '((${#followers[@]} == 0)) || kill "${followers[@]}"' EXIT
-follow() {
-  local messages
-  : >"messages.$1"
-  exec {messages}> >(exec sed -u -e "s/^/$1  /" -e "w messages.$1")
-  printers+=($!)
-  qzlog render --definitions storage.ldf --catalog messages --locale "$1" --level-low 7 --follow logs/storage 2>/dev/null 1>&"$messages" &
-  followers+=($!)
-  exec {messages}>&-
-}
-
-# Ends the followers when each has shown so many messages. False when one has not after ten seconds.
-finish_following() {
-  local locale all=0 until=$((SECONDS + 10))
-  for locale in "${locales[@]}"; do
-    while (($(wc -l <"messages.$locale") < $1 && SECONDS < until)); do sleep 0.05; done
-    (($(wc -l <"messages.$locale") == $1)) || all=1
-  done
-  kill "${followers[@]}"
-  wait "${followers[@]}" "${printers[@]}" 2>/dev/null || true
-  followers=()
-  return $all
-}
-
-say "One process writes, others follow, each in the language of its readers:"
-locales=(en_US de_DE ja_JP)
 mkdir logs
-for locale in "${locales[@]}"; do
-  printf '$ %s &\n' "qzlog render --definitions storage.ldf --catalog messages --locale $locale --level-low 7 --follow logs/storage"
-  follow "$locale"
-done
 run "storage_events keep . sinks.conf 2>console.txt"
-finish_following "$(cat logs/storage.* | grep -c '"level":[789],')"
 
 say "An operator's terminal had the warnings and errors, but not the same one over and over:"
 run "head -4 console.txt"
@@ -100,3 +67,54 @@ say "The log is a series of files; each line tells its writer and has a number. 
 run "ls logs"
 run "head -1 logs/storage.*1"
 run "qzlog render --definitions storage.ldf --check-gaps logs/storage >all.txt"
+
+say "What is in the log, and how much of it? How much space was left?"
+run "qzlog stats --definitions storage.ldf logs/storage"
+run "qzlog stats --definitions storage.ldf --by Reason --of Free --where 'exists(Free)' logs/storage"
+
+say "Entries are chosen by their attributes, of which the definitions know the types:"
+run "qzlog render --definitions storage.ldf --output short --where 'Free < 24000 and (Reason = 20 or missing(Reason))' logs/storage"
+
+# follow LOCALE: shows the last error of the log, then the others as they come, in the language of the locale, until finish_following.
+followers=() printers=()
+trap '((${#followers[@]} == 0)) || kill "${followers[@]}"' EXIT
+follow() {
+  local messages
+  : >"messages.$1"
+  exec {messages}> >(exec sed -u -e "s/^/$1  /" -e "w messages.$1")
+  printers+=($!)
+  qzlog render --definitions storage.ldf --catalog messages --locale "$1" --level 7.. --tail 1 --follow logs/storage 1>&"$messages" &
+  followers+=($!)
+  exec {messages}>&-
+}
+
+# Waits until each follower has shown so many messages. False when one has not after ten seconds.
+await_followers() {
+  local locale all=0 until=$((SECONDS + 10))
+  for locale in "${locales[@]}"; do
+    while (($(wc -l <"messages.$locale") < $1 && SECONDS < until)); do sleep 0.05; done
+    (($(wc -l <"messages.$locale") == $1)) || all=1
+  done
+  return $all
+}
+
+# Ends the followers when each has shown so many messages.
+finish_following() {
+  local status=0
+  await_followers "$1" || status=1
+  kill "${followers[@]}"
+  wait "${followers[@]}" "${printers[@]}" 2>/dev/null || true
+  followers=()
+  return $status
+}
+
+say "The product is started once more. While it writes, two readers follow its errors, each in a language of their own:"
+locales=(en_US ja_JP)
+for locale in "${locales[@]}"; do
+  printf '$ %s &\n' "qzlog render --definitions storage.ldf --catalog messages --locale $locale --level 7.. --tail 1 --follow logs/storage"
+  follow "$locale"
+done
+await_followers 1
+errors=$(cat logs/storage.* | grep -c '"level":[789],')
+run "storage_events keep . sinks.conf 2>console.txt"
+finish_following $(($(cat logs/storage.* | grep -c '"level":[789],') - errors + 1))
