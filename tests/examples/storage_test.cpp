@@ -125,6 +125,24 @@ TEST(StorageProgram, SinksThatCannotBeOpened_SaysWhichAndWhy) {
       << output.err;
 }
 
+// Where one goes on as files grow, its reader leaves.
+TEST(StorageCommand, ExamplesOfItsHelp_Run) {
+  const Output output = run(
+      "cp -R $SOURCES/storage.yaml $BUILT/storage.ldf $BUILT/messages . && mkdir logs host1 host2 host3 counts && "
+      "cp storage.ldf old.ldf && cp storage.ldf new.ldf && cp $BUILT/storage_aux.ldf site.ldf && "
+      "head -25 $SOURCES/storage.jsonl | tee entries.jsonl logs/a.jsonl host1/a.jsonl host2/a.jsonl >host3/a.jsonl && "
+      "printf '[disk]\nLogLevelLow = 5\n\n' >log.conf && "
+      "$QZLOG render --help | sed -n 's/^  qzlog /$QZLOG /p' >examples && "
+      "while IFS= read -r example; do\n"
+      "  example=${example%% | *}\n"
+      "  case $example in *--follow*) example=\"$example | head -1\" ;; esac\n"
+      "  eval \"$example\" >shown 2>errors </dev/null || { echo \"$example\"; cat errors; }\n"
+      "done <examples\n"
+      "grep -c -e '--definitions' examples >&2");
+  EXPECT_EQ(output.out, "");
+  EXPECT_EQ(output.err, "18\n");
+}
+
 TEST(StorageDemo, BuiltTree_ShowsEveryStepWithItsTime) {
   const Output output = run("$SOURCES/demo.sh " QZLOG_BUILD_DIR);
   EXPECT_EQ(output.status, 0);

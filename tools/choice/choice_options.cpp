@@ -71,7 +71,7 @@ void add_choice_options(CLI::App& command, ChoiceOptions& options, MaskOption ma
   add_list(command, "--writer", options.writers, "Only lines of this writer (HOST/PID/START); * and ? are wildcards")
       ->type_name("WRITER")
       ->check(check_not_empty);
-  command.add_option("--where", options.where, "Only entries for which this holds, such as 'Free < 10'")
+  command.add_option("--where", options.where, "Only entries for which this holds: 'Free < 10'")
       ->type_name("EXPRESSION")
       ->check(check_not_empty);
   CLI::Option* const head = command.add_option("--head", options.head, "Only the first so many of them")

@@ -6,7 +6,7 @@ namespace qzlog_tool {
 
 inline constexpr const char* kEntriesHelp = R"(An entry is one line of JSON:
   {"id":1001,"level":3,"time":"2026-11-21T08:15:30Z",
-   "attributes":{"Name":"vol1","Free":0}}
+   "attributes":{"Volume":"mail","Free":0}}
 "id" is a number, or the entry's name where the definitions have it. The rest
 may be left out; "default":true skips the selector messages and "selector":N
 asks for the one with index N. Blank lines are skipped, and so is a byte order
@@ -62,24 +62,31 @@ With --count each message is counted on the local date of the entry's time,
 today where it has none, in a file that 'qzlog count show' reads. Counts are
 written just before the messages are: what is out is counted, even if the
 command is killed then. Two commands may count in one file at the same time.
+
+Exit status: 0 success; 1 lines were wrong, --check-gaps found something, or with
+--exit-status no entry was shown; 2 wrong usage, or a file that cannot be read or
+written.
 )";
 
 inline constexpr const char* kRenderExamples = R"(Examples:
   qzlog render --definitions storage.yaml entries.jsonl
-  qzlog render --definitions storage.ldf --output short --tail 20 /var/log/storage
-  qzlog render --definitions storage.ldf --output short --follow /var/log/storage
-  qzlog render --definitions storage.ldf --since -2h --level 5.. /var/log/storage
-  qzlog render --definitions storage.ldf --where 'Free < 10' events.jsonl
-  qzlog render --definitions storage.ldf --id 1001 --output long events.jsonl
-  qzlog render --definitions storage.ldf --format '{time} {Name}: {message}' e.jsonl
-  qzlog render --definitions storage.ldf --output csv --columns time,Name,Free e.jsonl
-  qzlog render --definitions storage.ldf --merge-by-time host1/ host2/ host3/
-  qzlog render --definitions new.ldf --definitions old.ldf --aux site.ldf e.jsonl
-  qzlog render --definitions storage.ldf --catalog messages --locale de_DE e.jsonl
-  qzlog render --definitions storage.ldf --check-gaps /var/log/storage > all.txt
-  qzlog render --definitions storage.yaml --no-icu --code-page ISO-8859-1 < e.jsonl
-  qzlog render --definitions storage.yaml --config log.conf --section disk e.jsonl
-  qzlog render --definitions storage.yaml --level-low 3 --count counts/storage e.jsonl
+  qzlog render --definitions storage.ldf --output short --tail 20 logs
+  qzlog render --definitions storage.ldf --output short --follow --tail 20 logs
+  qzlog render --definitions storage.ldf --since -2h --level 5.. logs
+  qzlog render --definitions storage.ldf --name 'DISK_*' --output long logs
+  qzlog render --definitions storage.ldf --where 'Free < 10' logs
+  qzlog render --definitions storage.ldf --writer 'host1/4711/*' logs
+  qzlog render --definitions storage.ldf --format '{time} {Volume}: {Free}' logs
+  qzlog render --definitions storage.ldf --merge-by-time host1 host2 host3
+  qzlog render --definitions new.ldf --definitions old.ldf --aux site.ldf logs
+  qzlog render --definitions storage.ldf --catalog messages --locale de_DE logs
+  qzlog render --definitions storage.ldf --level 7.. --exit-status logs
+  qzlog render --definitions storage.ldf --output json logs | jq .message
+  qzlog render --definitions storage.ldf --output csv --columns time,Free logs
+  qzlog render --definitions storage.ldf --check-gaps logs > messages.txt
+  qzlog render --definitions storage.ldf --code-page ISO-8859-1 < entries.jsonl
+  qzlog render --definitions storage.ldf --config log.conf --section disk logs
+  qzlog render --definitions storage.ldf --level-low 3 --count counts/disk logs
 )";
 
 }  // namespace qzlog_tool
