@@ -72,9 +72,9 @@ constexpr const char* kStatsExamples = R"(
 Examples:
   qzlog stats --definitions storage.ldf /var/log/storage
   qzlog stats --definitions storage.ldf --by hour --since today /var/log/storage
-  qzlog stats --definitions storage.ldf --by Name --name DISK_FULL --top 10 entries.jsonl
-  qzlog stats --definitions storage.ldf --of Free --where 'Free < 1000' entries.jsonl
-  qzlog stats --definitions storage.ldf --by level --json entries.jsonl | jq .total.count
+  qzlog stats --definitions d.ldf --by Name --name DISK_FULL --top 10 e.jsonl
+  qzlog stats --definitions d.ldf --of Free --where 'Free < 1000' e.jsonl
+  qzlog stats --definitions d.ldf --by level --json e.jsonl | jq .total.count
 )";
 
 std::string check_top(const std::string& text) {
