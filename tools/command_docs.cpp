@@ -9,6 +9,7 @@
 #include <string>
 #include <string_view>
 
+#include "qzlog/qz_exception.h"
 #include "tools/catalog/catalog_rules.h"
 #include "tools/choice/choice_rules.h"
 #include "tools/command_line.h"
@@ -103,6 +104,9 @@ int main(int argc, char** argv) {
     if (!std::cout) throw std::runtime_error("cannot write to standard output");
   } catch (const std::exception& error) {
     std::cerr << "qzlog_command_docs: " << error.what() << '\n';
+    return 2;
+  } catch (const QZX_memory_alloc&) {
+    qzlog_tool::print_out_of_memory();
     return 2;
   }
   return 0;

@@ -65,7 +65,9 @@ TEST_F(RenderDefinitions, LinesThatNameThem_AreReadAgainstThem) {
                        line(a_, 2, "") + line("", 3, "") + line("", 2, "") + line(b_, 1, R"("N":4)"));
   const CommandResult result = render("e.jsonl");
   EXPECT_EQ(result.out, "a 1\nb 2\na 3\nonly b\nonly a\nonly b\nonly a\nb 4\n");
-  EXPECT_EQ(result.err, "");
+  EXPECT_EQ(result.err,
+            "qzlog: warning: lines name no definitions, and the ID 1 has several: the first that have their IDs are "
+            "used\n");
   EXPECT_EQ(result.status, 0);
   // Sources are what is compiled of them, and the order decides only where lines name none.
   EXPECT_EQ(run("$QZLOG render --definitions b.yaml --definitions a.yaml e.jsonl").out,

@@ -42,7 +42,7 @@ class RenderEnds : public qzlog_test::CommandFixture {
           "entries:\n  - {id: 1, name: NUMBER, message: \"{N}\", attributes: [{name: N, type: UInt4}]}\n");
     write("e.yaml",
           "version: \"2.0\"\nentries:\n  - {id: 2, name: OTHER, message: other}\n"
-          "  - {id: 1, name: NUMBER, message: again}\n");
+          "  - {id: 3, name: THIRD, message: third}\n");
   }
 };
 

@@ -225,7 +225,9 @@ TEST_F(RenderFollowChoice, SeveralDefinitions_AreTakenForLinesOfAllFiles) {
   rotate("a.jsonl", of_e(4) + line(5) + of_e(10), line(19) + of_e(6) + line(13));
   EXPECT_EQ(following.hear(4), "new 4\n5\nnew 6\nother 13\n");
   EXPECT_EQ(following.end(), -SIGTERM);
-  EXPECT_EQ(read("said"), "");
+  EXPECT_EQ(read("said"),
+            "qzlog: warning: lines name no definitions, and the ID 1 has several: the first that have their IDs are "
+            "used\n");
 }
 
 TEST_F(RenderFollowChoice, ReaderThatLeavesWhileNothingIsWanted_EndsIt) {
