@@ -70,11 +70,13 @@ standard error says so.
 
 constexpr const char* kStatsExamples = R"(
 Examples:
-  qzlog stats --definitions storage.ldf /var/log/storage
-  qzlog stats --definitions storage.ldf --by hour --since today /var/log/storage
-  qzlog stats --definitions d.ldf --by Name --name DISK_FULL --top 10 e.jsonl
-  qzlog stats --definitions d.ldf --of Free --where 'Free < 1000' e.jsonl
-  qzlog stats --definitions d.ldf --by level --json e.jsonl | jq .total.count
+  qzlog stats --definitions storage.ldf logs
+  qzlog stats --definitions storage.ldf --by hour --level 7.. --since today logs
+  qzlog stats --definitions storage.ldf --by Volume --top 10 logs
+  qzlog stats --definitions storage.ldf --by Volume --of Free logs
+  qzlog stats --definitions storage.ldf --by writer --utc logs
+  qzlog stats --definitions storage.ldf --where 'Free < 1000' --csv logs
+  qzlog stats --definitions storage.ldf --by level --json logs | jq .total.count
 )";
 
 std::string check_top(const std::string& text) {
