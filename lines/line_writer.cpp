@@ -296,6 +296,11 @@ void append_entry_body(const qz_LOG_LogEntry& entry, bool use_default, unsigned 
 
 }  // namespace qzlog
 
+const char* qz_LOG_LogEntry::GetEventName() const {
+  const qzlog::KnownName* const name = qzlog::find_event_name(implementation_->require_definition());
+  return name != nullptr ? name->text() : "";
+}
+
 void qz_LOG_LogEntry::AppendJson(std::string& line, bool use_default, unsigned int selector_index) const {
   const qzlog::MessageChoice choice = {use_default, selector_index};
   qzlog::append_entry_json(qzlog::LineBeginning::kBrace, *implementation_, choice,

@@ -70,6 +70,10 @@ class QZLOG_EXPORT qz_LOG_LogEntry {
   void SetLogLevel(unsigned int log_level);
   unsigned int GetPropertyMask() const;
 
+  /// The name of the event, as the definitions have it that the entry was made with: "DISK_FULL"; "" where they have
+  /// none. Lives as long as the process. Throws QZX_logging_misc for an entry without an ID and QZX_memory_alloc.
+  const char* GetEventName() const;
+
   /// SetEntryID, SetLogLevel, then pairs of attribute name and value up to a null pointer (`nullptr`, or `(char*)0`,
   /// never a plain 0) or an empty name. The value's kind follows from the attribute's defined type: `const char*` for
   /// the text types and for times (as qz_Time::set_to_string_value reads them), an integer for every integer type and

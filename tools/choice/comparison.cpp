@@ -7,6 +7,7 @@
 #include "tools/choice/reader_moment.h"
 #include "tools/compiler/text/nearest_word.h"
 #include "tools/compiler/text/utf8_text.h"
+#include "tools/logs/event_name.h"
 
 namespace qzlog_tool {
 
@@ -202,17 +203,9 @@ bool Comparison::holds_field(const qz_LOG_EntryLine& line) const {
   return false;
 }
 
-// Several names are those of several definition files: which of them the entry was read with is not known here.
 bool Comparison::holds_name(const qz_LOG_EntryLine& line) const {
-  const bool asks_for_existence = relation_ == Relation::kExists;
-  const KnownEvent* const event = known_->find_event(line.GetEntry().GetEntryID());
-  if (event == nullptr || event->names.empty()) {
-    return line.GetName()[0] != '\0' && (asks_for_existence || compare_text(line.GetName()));
-  }
-  const auto holds_for = [this](const std::string& name) { return compare_text(name); };
-  if (asks_for_existence) return true;
-  return is_negative(relation_) ? std::all_of(event->names.begin(), event->names.end(), holds_for)
-                                : std::any_of(event->names.begin(), event->names.end(), holds_for);
+  const std::string_view name = event_name(line);
+  return !name.empty() && (relation_ == Relation::kExists || compare_text(name));
 }
 
 bool Comparison::may_be(bool wanted, const RawLine& line, const StoredTexts& texts) const {

@@ -8,6 +8,7 @@
 #include "tools/choice/reader_moment.h"
 #include "tools/compiler/text/nearest_word.h"
 #include "tools/compiler/text/utf8_text.h"
+#include "tools/logs/event_name.h"
 #include "tools/options/option_checks.h"
 #include "tools/report/finding_printer.h"
 #include "tools/system/command_error.h"
@@ -118,7 +119,7 @@ bool EntryChoice::takes_entry(const qz_LOG_EntryLine& line) {
   const qz_LOG_LogEntry& entry = line.GetEntry();
   if (!takes_id(entry.GetEntryID()) || !levels_.holds(entry.GetLogLevel())) return false;
   if (mask_ && (entry.GetPropertyMask() & *mask_) == 0) return false;
-  if (!takes_name(entry.GetEntryID(), line.GetName()) || !takes_writer(line.GetWriter())) return false;
+  if (!takes_name(line) || !takes_writer(line.GetWriter())) return false;
   const bool needs_time = since_ || until_;
   if (needs_time && line.HasTime() && !takes_moment(entry.GetTimestamp(true).unix_seconds())) return false;
   if (where_ && !where_->holds(line)) return false;
@@ -141,11 +142,10 @@ bool EntryChoice::takes_loss(const qz_LOG_EntryLine& line) const {
 }
 
 // Which of several definition files' names the entry was read with is not known here: one of them is enough.
-bool EntryChoice::takes_name(std::uint32_t id, const char* own_name) const {
+bool EntryChoice::takes_name(const qz_LOG_EntryLine& line) const {
   if (names_.empty()) return true;
-  const KnownEvent* const event = known_.find_event(id);
-  if (event != nullptr && !event->names.empty()) return any_matches(names_, event->names);
-  return own_name[0] != '\0' && any_matches(names_, std::string_view(own_name));
+  const std::string_view name = event_name(line);
+  return !name.empty() && any_matches(names_, name);
 }
 
 bool EntryChoice::takes_writer(std::string_view writer) const {

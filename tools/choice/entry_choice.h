@@ -62,7 +62,7 @@ class EntryChoice : private qz_LOG_LineChoice {
   bool takes_entry(const qz_LOG_EntryLine& line);
   bool takes_loss(const qz_LOG_EntryLine& line) const;
   bool takes_id(std::uint32_t id) const { return !ids_ || ids_->holds(id); }
-  bool takes_name(std::uint32_t id, const char* own_name) const;
+  bool takes_name(const qz_LOG_EntryLine& line) const;
   bool takes_writer(std::string_view writer) const;
   bool takes_moment(long long moment) const { return (!since_ || moment >= *since_) && (!until_ || moment <= *until_); }
   bool is_new(const qz_LOG_EntryLine& line);

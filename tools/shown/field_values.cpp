@@ -5,6 +5,7 @@
 
 #include "lines/level_name.h"
 #include "tools/compiler/text/hexadecimal.h"
+#include "tools/logs/event_name.h"
 
 namespace qzlog_tool {
 
@@ -237,14 +238,11 @@ const ShownEvent* FieldValues::event_of(const qz_LOG_EntryLine& line) {
   return event_;
 }
 
-std::string_view FieldValues::name_of(const qz_LOG_EntryLine& line) {
-  const ShownEvent* const event = event_of(line);
-  return event != nullptr && !event->name.empty() ? std::string_view(event->name) : line.GetName();
-}
+std::string_view FieldValues::name_of(const qz_LOG_EntryLine& line) { return event_name(line); }
 
 std::string_view FieldValues::summary_of(const qz_LOG_EntryLine& line) {
   const ShownEvent* const event = event_of(line);
-  return event != nullptr ? std::string_view(event->summary) : std::string_view();
+  return event != nullptr ? event->summary(line.GetEntry().GetEventName()) : std::string_view();
 }
 
 }  // namespace qzlog_tool

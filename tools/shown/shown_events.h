@@ -17,15 +17,22 @@ namespace qzlog_tool {
 
 /// What definitions say of an event beside what an entry knows itself.
 struct ShownEvent {
-  std::string name;                          ///< empty where it is not known, as below
-  std::string summary;                       ///< what it means
+  std::map<std::string, std::string, std::less<>> summaries =
+      {};                                    ///< what it means, by its name: several files may differ
   std::vector<std::string> attributes = {};  ///< its own, in the order of the definitions
+
+  /// Empty where it is not known.
+  std::string_view summary(std::string_view name) const {
+    const auto found = summaries.find(name);
+    return found != summaries.end() ? std::string_view(found->second) : std::string_view();
+  }
 };
 
 /// What is known of the events and attributes that lines may hold.
 class ShownEvents {
  public:
-  /// Adds what a file defines; what another one said before of an ID stays, but for attributes, which are added.
+  /// Adds what a file defines; what another one said before of an event of that ID and name stays, but for attributes,
+  /// which are added.
   /// Nothing of the model is referred to.
   void add(const qzlog_compiler::DefinitionModel& model);
 

@@ -1,11 +1,13 @@
 #include "tools/stats/grouping.h"
 
+#include <algorithm>
 #include <charconv>
 #include <utility>
 #include <vector>
 
 #include "tools/compiler/text/nearest_word.h"
 #include "tools/compiler/text/utf8_text.h"
+#include "tools/logs/event_name.h"
 #include "tools/shown/field_values.h"
 #include "tools/system/command_error.h"
 
@@ -78,8 +80,8 @@ CountedBy CountedBy::read(const std::string& by, const std::string& numbers_of, 
   return counted;
 }
 
-Grouping::Grouping(CountedBy counted, ReaderZone zone)
-    : counted_(std::move(counted)), zone_(zone), times_(std::move(zone), TimeStyle::kIso) {}
+Grouping::Grouping(CountedBy counted, const KnownDefinitions& known, ReaderZone zone)
+    : counted_(std::move(counted)), known_(known), zone_(zone), times_(std::move(zone), TimeStyle::kIso) {}
 
 void Grouping::count(const qz_LOG_EntryLine& line, GroupTable& table) {
   const qz_LOG_LogEntry& entry = line.GetEntry();
@@ -102,7 +104,7 @@ GroupKey Grouping::key_of(const qz_LOG_EntryLine& line) {
   const qz_LOG_LogEntry& entry = line.GetEntry();
   switch (counted_.by) {
     case GroupBy::kEvent:
-      return GroupKey::of(entry.GetEntryID());
+      return key_of_event(line);
     case GroupBy::kLevel:
       return GroupKey::of(entry.GetLogLevel());
     case GroupBy::kHour:
@@ -132,6 +134,16 @@ GroupKey Grouping::key_of(const ScannedEntry& entry) {
       break;
   }
   return key_of_value(entry.values[0]);
+}
+
+GroupKey Grouping::key_of_event(const qz_LOG_EntryLine& line) const {
+  CountedEvent counted{line.GetEntry().GetEntryID()};
+  const KnownEvent* const event = known_.find_event(counted.id);
+  if (event != nullptr && event->names.size() > 1) {
+    const auto name = std::find(event->names.begin(), event->names.end(), event_name(line));
+    if (name != event->names.end()) counted.name = static_cast<std::uint32_t>(name - event->names.begin());
+  }
+  return GroupKey::of(counted.number());
 }
 
 // Hours by their first moment: one that a clock shows twice is two. Days as numbers of days on the reader's clock.

@@ -1,6 +1,7 @@
 #ifndef QZLOG_TOOLS_STATS_GROUPING_H
 #define QZLOG_TOOLS_STATS_GROUPING_H
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -31,10 +32,24 @@ struct CountedBy {
   static CountedBy read(const std::string& by, const std::string& numbers_of, const KnownDefinitions& known);
 };
 
+/// An event as the number of its group: an ID, and which of its names (KnownEvent::names) it has, for several
+/// definitions may differ.
+struct CountedEvent {
+  std::uint32_t id = 0;
+  std::uint32_t name = 0;
+
+  static CountedEvent of(long long number) {
+    const auto bits = static_cast<std::uint64_t>(number);
+    return {static_cast<std::uint32_t>(bits), static_cast<std::uint32_t>(bits >> 32U)};
+  }
+  long long number() const { return static_cast<long long>(std::uint64_t{name} << 32U | id); }
+};
+
 /// Finds the group of a line and its number, from its entry or from its bytes, which come to the same.
 class Grouping {
  public:
-  Grouping(CountedBy counted, ReaderZone zone);
+  /// `known` has to outlive this object.
+  Grouping(CountedBy counted, const KnownDefinitions& known, ReaderZone zone);
 
   const CountedBy& counted() const { return counted_; }
   /// The attributes that a scan has to find: [0] is grouped by, [1] numbers.
@@ -46,11 +61,13 @@ class Grouping {
  private:
   GroupKey key_of(const qz_LOG_EntryLine& line);
   GroupKey key_of(const ScannedEntry& entry);
+  GroupKey key_of_event(const qz_LOG_EntryLine& line) const;
   GroupKey key_of_moment(long long moment);
   GroupKey key_of_value(const ScannedValue& value);
   GroupKey key_of_text(std::string_view text) const;
 
   CountedBy counted_;
+  const KnownDefinitions& known_;
   ReaderZone zone_;
   ShownTimes times_;
   std::string value_;

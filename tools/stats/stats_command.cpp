@@ -120,7 +120,7 @@ int run(const StatsOptions& options) {
     models.push_back(model);
   };
   load_definitions(options.definitions, qzlog_compiler::RenderingPaths::kIcu, reporter, use_model, sets);
-  Grouping grouping(CountedBy::read(options.by, options.numbers_of, known), zone_of(options.shown));
+  Grouping grouping(CountedBy::read(options.by, options.numbers_of, known), known, zone_of(options.shown));
   EntryScan scan(grouping.scanned_attributes());
   for (const qzlog_compiler::DefinitionModel& model : std::exchange(models, {})) scan.add(model);
   std::optional<EntryChoice> choice;

@@ -54,9 +54,15 @@ std::string share_digits(const Group& group, const StatsReport& report) {
   return digits(std::round(share_of(group, report) * kDigits) / kDigits);
 }
 
-std::string_view name_of(std::uint32_t id, const StatsTexts& texts) {
-  const KnownEvent* const event = texts.known.find_event(id);
-  return event != nullptr && !event->names.empty() ? std::string_view(event->names.front()) : std::string_view();
+std::string_view name_of(CountedEvent counted, const StatsTexts& texts) {
+  const KnownEvent* const event = texts.known.find_event(counted.id);
+  return event != nullptr && counted.name < event->names.size() ? std::string_view(event->names[counted.name])
+                                                                : std::string_view();
+}
+
+/// Of a group that is one, as people and programs see it.
+long long number_of(const GroupKey& key, GroupBy by) {
+  return by == GroupBy::kEvent ? CountedEvent::of(key.number).id : key.number;
 }
 
 std::string time_of(long long moment, const StatsTexts& texts) {
@@ -74,7 +80,7 @@ std::string key_text(const GroupKey& key, GroupBy by, const StatsTexts& texts) {
   if (key.kind == GroupKey::Kind::kNone) return "";
   if (by == GroupBy::kHour) return time_of(key.number, texts);
   if (by == GroupBy::kDay) return day_of(key.number);
-  return key.kind == GroupKey::Kind::kNumber ? std::to_string(key.number) : std::string(key.text);
+  return key.kind == GroupKey::Kind::kNumber ? std::to_string(number_of(key, by)) : std::string(key.text);
 }
 
 /// What a key is called in JSON and CSV.
@@ -103,7 +109,7 @@ std::string_view second_name(GroupBy by) {
 
 std::string_view second_text(const GroupKey& key, GroupBy by, const StatsTexts& texts) {
   if (by == GroupBy::kLevel) return qzlog::level_name(static_cast<unsigned>(key.number));
-  return by == GroupBy::kEvent ? name_of(static_cast<std::uint32_t>(key.number), texts) : std::string_view();
+  return by == GroupBy::kEvent ? name_of(CountedEvent::of(key.number), texts) : std::string_view();
 }
 
 /// What is told of numbers, in the order in which it is told.
@@ -292,7 +298,7 @@ void add_key(const GroupKey& key, GroupBy by, const StatsTexts& texts, JsonObjec
   if (key.kind == GroupKey::Kind::kNone) {
     json.null(name);
   } else if (key.kind == GroupKey::Kind::kNumber && by != GroupBy::kHour && by != GroupBy::kDay) {
-    json.signed_number(name, key.number);
+    json.signed_number(name, number_of(key, by));
   } else {
     json.text(name, key_text(key, by, texts));
   }

@@ -10,6 +10,7 @@
 #include "qzlog/logcfg.h"
 #include "tests/support/support.h"
 #include "tools/choice/known_definitions.h"
+#include "tools/compiler/file/ldf_writer.h"
 #include "tools/definitions/definition_file.h"
 #include "tools/definitions/definitions.h"
 #include "tools/definitions/loaded_definitions.h"
@@ -75,6 +76,16 @@ class ChoiceTest : public ::testing::Test {
     ASSERT_TRUE(definitions.ok());
     known_ = qzlog_tool::KnownDefinitions();
     known_.add(definitions.model);
+  }
+
+  /// The same definitions without the names of events.
+  void load_without_names() {
+    qzlog_compiler::DefinitionModel model =
+        qzlog_tool::read_errors_only(qzlog_tool::read_definition_file(folder_.path("events.yaml")), {}).model;
+    for (qzlog_compiler::EntryDefinition& entry : model.entries) entry.name.clear();
+    qz_LOG_LogConfig::SetDefinitionPath(folder_.write("nameless.ldf", qzlog_compiler::write_ldf(model)).c_str());
+    known_ = qzlog_tool::KnownDefinitions();
+    known_.add(model);
   }
 
   /// The entry of a line, which has to be one. Valid until the next call.

@@ -154,12 +154,7 @@ TEST_F(EntryChoiceTest, WhatTheDefinitionsDoNotKnow_IsRefusedWithASuggestion) {
 }
 
 TEST_F(EntryChoiceTest, WithoutNamesInTheDefinitions_ThoseOfLinesCount) {
-  known_ = qzlog_tool::KnownDefinitions();
-  qzlog_compiler::DefinitionModel model;
-  model.entries.resize(1);
-  model.entries[0].id = 1;
-  model.entries[0].mask = 1;
-  known_.add(model);
+  load_without_names();
   lines_ =
       "{\"id\":1,\"level\":0,\"name\":\"OWN\",\"attributes\":{}}\n{\"id\":1}\n{\"id\":1,\"level\":0,\"attributes\":{},"
       "\"name\":\"OWN2\"}\n";

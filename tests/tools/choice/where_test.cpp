@@ -156,7 +156,7 @@ TEST_F(WhereTest, TextsOfOtherCodePages_AreComparedByTheirCharacters) {
 TEST_F(WhereTest, NamesOfLines_CountWhereTheDefinitionsHaveNone) {
   const std::string entry = R"({"id":1,"name":"OWN"})";
   EXPECT_FALSE(holds("@name = \"OWN\"", entry));
-  known_ = qzlog_tool::KnownDefinitions();
+  load_without_names();
   EXPECT_TRUE(holds("@name = \"OWN\"", entry));
   EXPECT_FALSE(holds("@name != \"OWN\"", R"({"id":1})"));
 }

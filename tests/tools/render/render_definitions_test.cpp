@@ -74,6 +74,27 @@ TEST_F(RenderDefinitions, LinesThatNameThem_AreReadAgainstThem) {
             "a 1\nb 2\nb 3\nonly b\nonly a\nonly b\nonly a\nb 4\n");
 }
 
+TEST_F(RenderDefinitions, EventsOfOneId_HaveTheNamesOfTheirDefinitions) {
+  write("n.yaml", std::string(kHead) +
+                      "  - {id: 1, name: OTHER, summary: Something else., mask: 2, message: other}\n"
+                      "  - {id: 9, message: nameless, name: NINE}\n");
+  const std::string digest =
+      run("$QZLOG compile --strip n.yaml -o n.ldf && sha256sum <n.ldf | cut -c1-16 | tr -d '\\n'").out;
+  write("e.jsonl", line(a_, 1, R"("N":1)") + line(digest, 1, "") + line(digest, 9, ""));
+  const auto render_both = [this](const std::string& options) {
+    return run("$QZLOG render --definitions a.ldf --definitions n.yaml " + options + " e.jsonl").out;
+  };
+  EXPECT_EQ(render_both("--format '{name} {summary} {message}'"),
+            "DISK - a 1\nOTHER Something else. other\nNINE - nameless\n");
+  EXPECT_NE(render_both("--output json").find(R"("name":"OTHER","message":"other")"), std::string::npos);
+  EXPECT_EQ(render_both("--name 'OTH*'"), "other\n");
+  EXPECT_EQ(render_both("--where '@name != \"OTHER\"'"), "a 1\nnameless\n");
+  EXPECT_EQ(render_both("--where '@name = \"DISK\"'"), "a 1\n");
+  EXPECT_EQ(render_both("--where '@mask = 2'"), "other\n");
+  EXPECT_EQ(run("$QZLOG stats --definitions a.ldf --definitions n.yaml --csv e.jsonl | cut -d, -f1-3").out,
+            "id,name,count\n1,DISK,1\n9,NINE,1\n1,OTHER,1\n");
+}
+
 TEST_F(RenderDefinitions, LineThatTheNamedOnesDoNotHave_IsWrong) {
   write("e.jsonl", line(a_, 3, "") + line(b_, 2, "") + line(b_, 1, R"("N":256)") + line(a_, 1, R"("N":256)"));
   const CommandResult result = render("e.jsonl");
