@@ -143,6 +143,20 @@ TEST_F(RenderDefinitions, HostileDigest_IsEscapedOnATerminal) {
   EXPECT_EQ(shown.find("\033]"), std::string::npos) << shown;
 }
 
+TEST_F(RenderDefinitions, Stats_CountLinesByTheDefinitionsThatTheyName) {
+  std::string text;
+  for (const int number : {7, 9, 300}) {
+    text += line(a_, 1, R"("N":)" + std::to_string(number)) + line(b_, 1, R"("N":)" + std::to_string(number));
+  }
+  write("e.jsonl", text + line(b_, 3, "") + line(a_, 2, "") + line(a_, 3, ""));
+  const CommandResult result = run("$QZLOG stats --definitions a.ldf --definitions b.ldf --of N --json e.jsonl");
+  // One value does not fit, and one event is not there.
+  EXPECT_EQ(result.status, 1);
+  write("made.json", result.out);
+  EXPECT_EQ(run("jq -c '.wrong, (.groups[] | [.id, .name, .count, .numbers.maximum])' made.json").out,
+            "2\n[1,\"DISK\",5,300]\n[2,\"ONLY_A\",1,null]\n[3,\"ONLY_B\",1,null]\n");
+}
+
 // Which definitions a line is read against does not depend on the order, the choice or the form of what is shown.
 TEST_F(RenderDefinitions, RandomLines_AreReadAgainstThoseThatTheyName) {
   qz_test::SeededRandom random;

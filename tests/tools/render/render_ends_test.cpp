@@ -109,6 +109,7 @@ constexpr const char* kCommands[] = {
     "render --definitions d.yaml --merge-by-time",
     "render --definitions d.yaml --tail 100000",
     "stats --definitions d.yaml",
+    "stats --definitions d.yaml --definitions e.yaml --by N --of N --csv",
     "stats --definitions d.yaml --by N --of N --json",
     "stats --definitions d.yaml --by N --csv --level ..9",
 };
