@@ -81,7 +81,11 @@ CountedBy CountedBy::read(const std::string& by, const std::string& numbers_of, 
 }
 
 Grouping::Grouping(CountedBy counted, const KnownDefinitions& known, ReaderZone zone)
-    : counted_(std::move(counted)), known_(known), zone_(zone), times_(std::move(zone), TimeStyle::kIso) {}
+    : counted_(std::move(counted)),
+      known_(known),
+      zone_(zone),
+      zone_of_hours_(zone),
+      times_(std::move(zone), TimeStyle::kIso) {}
 
 void Grouping::count(const qz_LOG_EntryLine& line, GroupTable& table) {
   const qz_LOG_LogEntry& entry = line.GetEntry();
@@ -146,11 +150,28 @@ GroupKey Grouping::key_of_event(const qz_LOG_EntryLine& line) const {
   return GroupKey::of(counted.number());
 }
 
-// Hours by their first moment: one that a clock shows twice is two. Days as numbers of days on the reader's clock.
+// Hours by their first moments: one that a clock shows twice is two. Days as numbers of days on the reader's clock.
 GroupKey Grouping::key_of_moment(long long moment) {
-  const long long clock = moment + zone_.offset_at(moment);
-  if (counted_.by == GroupBy::kHour) return GroupKey::of(moment - remainder(clock, kHour));
+  const long offset = zone_.offset_at(moment);
+  const long long clock = moment + offset;
+  if (counted_.by == GroupBy::kHour) return GroupKey::of(first_of_hour(moment, offset));
   return GroupKey::of((clock - remainder(clock, kDay)) / kDay);
+}
+
+// Where clocks are changed within an hour, what is behind the change is an hour of its own.
+long long Grouping::first_of_hour(long long moment, long offset) {
+  const long long first = moment - remainder(moment + offset, kHour);
+  if (zone_of_hours_.offset_at(first) == offset) return first;
+  if (first == changed_hour_ && moment >= behind_change_) return behind_change_;
+  long long before = first;
+  long long behind = moment;
+  while (behind - before > 1) {
+    const long long middle = before + (behind - before) / 2;
+    (zone_of_hours_.offset_at(middle) == offset ? behind : before) = middle;
+  }
+  changed_hour_ = first;
+  behind_change_ = behind;
+  return behind;
 }
 
 GroupKey Grouping::key_of_value(const ScannedValue& value) {

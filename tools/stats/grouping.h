@@ -2,6 +2,7 @@
 #define QZLOG_TOOLS_STATS_GROUPING_H
 
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -63,12 +64,16 @@ class Grouping {
   GroupKey key_of(const ScannedEntry& entry);
   GroupKey key_of_event(const qz_LOG_EntryLine& line) const;
   GroupKey key_of_moment(long long moment);
+  long long first_of_hour(long long moment, long offset);
   GroupKey key_of_value(const ScannedValue& value);
   GroupKey key_of_text(std::string_view text) const;
 
   CountedBy counted_;
   const KnownDefinitions& known_;
   ReaderZone zone_;
+  ReaderZone zone_of_hours_;  // asked about their beginnings, which are not near the moments that are asked about
+  long long changed_hour_ = 0;
+  long long behind_change_ = std::numeric_limits<long long>::max();  // in that hour
   ShownTimes times_;
   std::string value_;
 };
