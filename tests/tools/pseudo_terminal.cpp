@@ -68,4 +68,16 @@ TerminalRun run_on_terminal(const std::string& folder, const std::string& shell_
   return result;
 }
 
+std::string first_unsafe_place(const std::string& text) {
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    const auto byte = static_cast<unsigned char>(text[at]);
+    const bool is_line_end = text.compare(at, 2, "\r\n") == 0;
+    const bool is_control = (byte < 0x20 && byte != '\n' && byte != '\t' && !is_line_end) || byte == 0x7F;
+    const bool is_c1 = byte == 0xC2 && at + 1 < text.size() && static_cast<unsigned char>(text[at + 1]) < 0xA0;
+    const bool turns = text.compare(at, 3, "\u202E") == 0 || text.compare(at, 3, "\u2066") == 0;
+    if (is_control || is_c1 || turns) return text.substr(at, 16);
+  }
+  return "";
+}
+
 }  // namespace qzlog_test

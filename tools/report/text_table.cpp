@@ -14,7 +14,7 @@ struct Column {
   std::size_t width = 0;
 
   void fit(const std::string& cell, std::size_t widest) {
-    const std::size_t cell_width = character_count(cell);
+    const std::size_t cell_width = column_count(cell);
     if (cell_width <= widest) width = std::max(width, cell_width);
   }
 };
@@ -24,7 +24,7 @@ std::vector<Column> take_columns(TextRow& titles) {
   for (std::string& title : titles) {
     const bool flush_right = title.starts_with('>');
     if (flush_right) title.erase(0, 1);
-    columns.push_back({flush_right, character_count(title)});
+    columns.push_back({flush_right, column_count(title)});
   }
   return columns;
 }
@@ -33,7 +33,7 @@ std::string line_of(const TextRow& row, const std::vector<Column>& columns, std:
   std::string line(indent, ' ');
   for (std::size_t i = 0; i < row.size(); ++i) {
     const std::size_t width = columns[i].width;
-    const std::string padding(width - std::min(width, character_count(row[i])), ' ');
+    const std::string padding(width - std::min(width, column_count(row[i])), ' ');
     line += columns[i].flush_right ? padding + row[i] : row[i] + padding;
     line += "  ";
   }

@@ -249,7 +249,7 @@ std::size_t bar_columns(const TableTexts& texts, std::size_t columns) {
   const auto fit = [&widths](const TextRow& row, std::size_t extra) {
     widths.resize(row.size());
     for (std::size_t cell = 0; cell < row.size(); ++cell) {
-      const std::size_t width = qzlog_compiler::character_count(row[cell]);
+      const std::size_t width = qzlog_compiler::column_count(row[cell]);
       widths[cell] = std::max(widths[cell], width - (row[cell].starts_with('>') ? extra : 0));
     }
   };

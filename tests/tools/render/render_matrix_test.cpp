@@ -176,20 +176,6 @@ std::string entries() {
   return lines;
 }
 
-/// What a terminal must not get: controls but those that move to the next line or column, bytes of C1, and characters
-/// that turn the direction of writing.
-std::string first_unsafe_place(const std::string& text) {
-  for (std::size_t at = 0; at < text.size(); ++at) {
-    const auto byte = static_cast<unsigned char>(text[at]);
-    const bool is_line_end = text.compare(at, 2, "\r\n") == 0;
-    const bool is_control = (byte < 0x20 && byte != '\n' && byte != '\t' && !is_line_end) || byte == 0x7F;
-    const bool is_c1 = byte == 0xC2 && at + 1 < text.size() && static_cast<unsigned char>(text[at + 1]) < 0xA0;
-    const bool turns = text.compare(at, 3, "\u202E") == 0 || text.compare(at, 3, "\u2066") == 0;
-    if (is_control || is_c1 || turns) return text.substr(at, 16);
-  }
-  return "";
-}
-
 class RenderMatrix : public qzlog_test::CommandFixture, public ::testing::WithParamInterface<std::size_t> {
  protected:
   RenderMatrix() {
@@ -235,7 +221,7 @@ TEST_P(RenderMatrix, EveryChoiceOnHostileValues_IsAsPythonHasItAndSafeOnATermina
     const std::size_t remark = shown.find(said);
     write("terminal." + place, shown.substr(0, remark));
     EXPECT_EQ(remark != std::string::npos, to_file.err.find(said) == 0) << choice.options;
-    EXPECT_EQ(first_unsafe_place(shown), "") << choice.options;
+    EXPECT_EQ(qzlog_test::first_unsafe_place(shown), "") << choice.options;
     if (std::string_view(kOutputs[GetParam()]).find("table") == std::string_view::npos) continue;
     std::istringstream lines(shown.substr(0, remark));
     for (std::string line; std::getline(lines, line);) EXPECT_LE(qzlog_tool::cell_columns(line), kColumns) << line;

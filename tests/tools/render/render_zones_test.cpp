@@ -138,6 +138,26 @@ TEST_P(RenderZones, TimeThatIsShown_ChoosesItsEntry) {
   EXPECT_EQ(result.err, "");
 }
 
+class RenderRelativeTimes : public qzlog_test::RenderFixture {};
+
+TEST_F(RenderRelativeTimes, SpansAndDays_AreThoseBeforeThePresent) {
+  ASSERT_EQ(run("for age in '40 years' '50 hours' '3 hours' '1 hour' '-50 hours' '-40 years'; do\n"
+                "  echo \"{\\\"id\\\":1003,\\\"time\\\":\\\"$(date -u -d \"$age ago\" +%FT%TZ)\\\","
+                "\\\"attributes\\\":{\\\"C\\\":\\\"$age\\\"}}\"\ndone >ages.jsonl")
+                .status,
+            0);
+  const auto chosen = [this](const std::string& options) {
+    return run("$QZLOG render --definitions storage.yaml --format '{C}' " + options + " ages.jsonl | paste -sd,").out;
+  };
+  EXPECT_EQ(chosen("--since -2h"), "1 hour,-50 hours,-40 years\n");
+  EXPECT_EQ(chosen("--since -4h --until now"), "3 hours,1 hour\n");
+  EXPECT_EQ(chosen("--since -3d --until -90m"), "50 hours,3 hours\n");
+  EXPECT_EQ(chosen("--since -1w --until -1d"), "50 hours\n");
+  EXPECT_EQ(chosen("--until yesterday"), "40 years,50 hours\n");
+  EXPECT_EQ(chosen("--since -7200s --until now"), "1 hour\n");
+  EXPECT_EQ(chosen("--level 0.. --where '@time > \"-2h\" and @time < \"now\"'"), "1 hour\n");
+}
+
 INSTANTIATE_TEST_SUITE_P(Zones, RenderZones, ::testing::ValuesIn(kZones), [](const auto& tested) {
   std::string name = tested.param.zone;
   for (char& character : name) {

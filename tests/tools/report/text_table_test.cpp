@@ -26,6 +26,14 @@ TEST(WriteTextTable, LinesOverTheColumns_AreCutWithAnEllipsis) {
   EXPECT_EQ(text_of({"name"}, {{"häuser"}, {"haus"}}, 0, 4), "name\nhäu…\nhaus\n");
 }
 
+TEST(WriteTextTable, WideAndCombiningCharacters_TakeTheColumnsOfATerminal) {
+  const std::vector<TextRow> rows = {{"\u4E2D\u6587", "x"}, {"e\u0301t\u00E9", "y"}, {"name", "\u4E2D\u6587"}};
+  EXPECT_EQ(text_of({"", ""}, rows), "\u4E2D\u6587  x\ne\u0301t\u00E9   y\nname  \u4E2D\u6587\n");
+  // A wide one that has only half of its room is cut too.
+  EXPECT_EQ(text_of({"", ""}, rows, 0, 8), "\u4E2D\u6587  x\ne\u0301t\u00E9   y\nname  \u2026\n");
+  EXPECT_EQ(text_of({"", ""}, rows, 0, 3), "\u4E2D\u2026\ne\u0301t\u2026\nna\u2026\n");
+}
+
 TEST(WriteTextTable, CellOverFortyCharacters_MovesItsOwnRowOnly) {
   EXPECT_EQ(text_of({"name", "type"}, {{std::string(41, 'n'), "t"}, {"short", "t"}}),
             "name   type\n" + std::string(41, 'n') + "  t\nshort  t\n");

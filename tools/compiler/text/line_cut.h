@@ -7,10 +7,13 @@
 
 namespace qzlog_compiler {
 
-/// Characters, for aligning columns; `text` is UTF-8.
+/// Characters; `text` is UTF-8.
 std::size_t character_count(std::string_view text);
 
-/// At most `columns` characters, the last of them an ellipsis where something is cut; 0 for all.
+/// The columns of a terminal that a text takes (display_width); one for each byte that is not UTF-8.
+std::size_t column_count(std::string_view text);
+
+/// What takes at most `columns` columns of a terminal, with an ellipsis at the end where something is cut; 0 for all.
 std::string cut_line(std::string text, std::size_t columns);
 
 }  // namespace qzlog_compiler
