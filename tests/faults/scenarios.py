@@ -78,6 +78,23 @@ COMMANDS = [
     command("render-series", "render --definitions storage.ldf --aux storage_aux.ldf --locale en_US log/storage",
             "storage.ldf storage_aux.ldf log"),
     command("render-errors", "render --definitions storage.ldf --locale en_US bad.jsonl", "storage.ldf bad.jsonl"),
+    command("render-chosen", "render --definitions storage.ldf --aux storage_aux.ldf --locale en_US --utc --output short --since"
+            " 2026-11-21T06:00:00Z --where not(Free>=1000) entries.jsonl",
+            "storage.ldf storage_aux.ldf entries.jsonl"),
+    command("render-table", "render --definitions storage.ldf --aux storage_aux.ldf --locale de-DE --time-zone Europe/Berlin"
+            " --time-style locale --output table entries.jsonl", "storage.ldf storage_aux.ldf entries.jsonl"),
+    command("render-csv", "render --definitions storage.ldf --locale en_US --utc --output csv --level 3..9 -",
+            "storage.ldf entries.jsonl", input="entries.jsonl"),
+    command("render-tail", "render --definitions storage.ldf --aux storage_aux.ldf --locale en_US --output json --tail 3"
+            " entries.jsonl", "storage.ldf storage_aux.ldf entries.jsonl"),
+    command("render-by-time", "render --definitions storage.ldf --aux storage_aux.ldf --locale en_US --utc --output long --unique"
+            " --merge-by-time log entries.jsonl", "storage.ldf storage_aux.ldf log entries.jsonl"),
+    command("render-definitions", "render --definitions old/storage.ldf --aux storage_aux.ldf --definitions storage.ldf"
+            " --aux storage_aux.ldf --locale en_US log entries.jsonl", "old/storage.ldf storage.ldf storage_aux.ldf log entries.jsonl"),
+    command("stats", "stats --definitions storage.ldf --by Volume --of Free --utc log entries.jsonl",
+            "storage.ldf log entries.jsonl"),
+    command("stats-json", "stats --definitions storage.ldf --aux storage_aux.ldf --by hour --level 2..9 --time-zone Europe/Berlin"
+            " --json entries.jsonl", "storage.ldf storage_aux.ldf entries.jsonl"),
     command("count-show", "count show events.cnt --definitions storage.yaml", "events.cnt storage.yaml"),
     command("count-show-json", "count show - --json", "events.cnt", input="events.cnt"),
     command("count-add", "count add events --date 2026-11-21 --key 1001", "events.cnt", writes=True, counters=("events.cnt",)),

@@ -1,6 +1,7 @@
 #include "tools/options/reader_zone.h"
 
 #include <cstdlib>
+#include <cstring>
 #include <ctime>
 #include <filesystem>
 #include <new>
@@ -14,6 +15,7 @@
 #include "message/icu_memory.h"
 #include "tools/compiler/text/nearest_word.h"
 #include "tools/compiler/text/utf8_text.h"
+#include "tools/system/command_error.h"
 #include "tools/system/file_descriptor.h"
 #include "tools/system/process_start.h"
 
@@ -78,6 +80,19 @@ std::vector<std::string> zone_names(USystemTimeZoneType type) {
   });
 }
 
+std::string read_beginning(const std::string& path, std::size_t size) {
+  const FileDescriptor file = open_regular_file(path);
+  std::string text(size, '\0');
+  std::size_t taken = 0;
+  while (taken < size) {
+    const std::size_t count = read_some(file.get(), text.data() + taken, size - taken, path);
+    if (count == 0) break;
+    taken += count;
+  }
+  text.resize(taken);
+  return text;
+}
+
 /// Whether the system's database has the zone. A name cannot lead out of it. Throws CommandError (cannot run) where the
 /// file is there, or may be, and cannot be read.
 bool is_in_system(const std::string& name) {
@@ -91,9 +106,7 @@ bool is_in_system(const std::string& name) {
   std::error_code ignored;
   const fs::file_type type = fs::status(path, ignored).type();
   if (type != fs::file_type::regular && type != fs::file_type::none) return false;
-  char beginning[kMagic.size()] = {};
-  const std::size_t size = read_some(open_regular_file(path).get(), beginning, sizeof beginning, path);
-  return std::string_view(beginning, size) == kMagic;
+  return read_beginning(path, kMagic.size()) == kMagic;
 }
 
 bool is_of_process(const std::string& name) {
@@ -149,7 +162,10 @@ std::vector<std::string> offered_zones() {
 bool use_time_zone(const std::string& name) {
   if (!is_in_system(name)) return false;
   if (::setenv(kVariable, name.c_str(), 1) != 0) throw std::bad_alloc();
-  read_time_zone();
+  if (const int error = read_time_zone(); error != 0) {
+    throw CommandError(kExitCannotRun,
+                       "cannot read the time zone " + qzlog_compiler::quoted(name) + ": " + std::strerror(error));
+  }
   return true;
 }
 

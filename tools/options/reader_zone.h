@@ -45,14 +45,15 @@ class ReaderZone {
 };
 
 /// For an option: "" for a zone that the system's database or ICU's has ("Europe/Berlin", "UTC"), else what is wrong,
-/// with a suggestion.
+/// with a suggestion. Throws CommandError (cannot run) for a zone that the system's database has and cannot be read.
 std::string check_time_zone(const std::string& name);
 
 /// The zones of places, and UTC, for completions: old names and abbreviations are left out.
 std::vector<std::string> offered_zones();
 
 /// Makes it the process's, so that messages show their times by it too, and whoever asks for the process's clock. False
-/// where the system's database does not have it: the process then keeps the zone that it had.
+/// where the system's database does not have it: the process then keeps the zone that it had. Throws CommandError
+/// (cannot run) where it has it and it cannot be read.
 bool use_time_zone(const std::string& name);
 
 }  // namespace qzlog_tool

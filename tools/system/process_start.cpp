@@ -30,13 +30,13 @@ void prepare_process() noexcept {
 
 // errno alone says that there was no memory. It also does where the heap cannot grow in its place and the C library has
 // found room elsewhere: taken and given back, that room is at hand.
-void read_time_zone() noexcept {
+int read_time_zone() noexcept {
   constexpr std::size_t kRoomBytes = std::size_t{64} << 10;
   void* volatile const room = std::malloc(kRoomBytes);
   std::free(room);
   errno = 0;
   ::tzset();
-  if (errno != ENOMEM) return;
+  if (errno != ENOMEM) return errno;
   print_out_of_memory();
   ::_exit(kExitCannotRun);
 }

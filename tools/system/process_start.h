@@ -10,8 +10,9 @@ namespace qzlog_tool {
 void prepare_process() noexcept;
 
 /// Has the C library read the time zone now. Without memory for it the C library takes another zone, without a word and
-/// for as long as the process lives; the process ends then, as where memory runs out.
-void read_time_zone() noexcept;
+/// for as long as the process lives; the process ends then, as where memory runs out. Returns 0, or the errno of what
+/// kept it from reading the zone's file, with which it is the same.
+int read_time_zone() noexcept;
 
 }  // namespace qzlog_tool
 
