@@ -40,7 +40,7 @@ class LineTail : public qz_LOG_ByteSource {
   /// Gives the lines out one after the other, each with a line feed. After that no line is added any more.
   std::size_t Read(char* buffer, std::size_t size) override;
   /// Of a line by its number among those given out, from 1.
-  const Place& place(std::uint64_t number) const { return lines_[number - 1].place; }
+  const Place& place(std::uint64_t number) const { return lines_[static_cast<std::size_t>(number - 1)].place; }
   std::size_t size() const { return lines_.size(); }
 
  private:

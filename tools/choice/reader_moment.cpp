@@ -96,7 +96,7 @@ std::optional<long long> beginning_of_day(int days_before, const ReaderClock& cl
 
 ReaderClock process_clock(long long now) {
   return {now, [](long long moment) {
-            const std::time_t seconds = moment;
+            const auto seconds = static_cast<std::time_t>(moment);
             std::tm local = {};
             localtime_r(&seconds, &local);
             return local.tm_gmtoff;
