@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "tools/compiler/text/display_width.h"
+#include "tools/compiler/text/text_scan.h"
 #include "tools/compiler/text/utf8_text.h"
 #include "tools/system/terminal_text.h"
 
@@ -10,24 +11,10 @@ namespace qzlog_tool {
 
 namespace {
 
+using qzlog_compiler::has_line_break;
+using qzlog_compiler::is_printable_ascii;
+
 constexpr std::string_view kEllipsis = "\u2026";
-
-// Looks at every character, many at a time, as most texts have nothing special.
-bool is_printable_ascii(std::string_view text) {
-  unsigned char special = 0;
-  for (const char character : text) {
-    special |= static_cast<unsigned char>(character < ' ') | static_cast<unsigned char>(character > '~');
-  }
-  return special == 0;
-}
-
-bool has_line_break(std::string_view text) {
-  unsigned char found = 0;
-  for (const char character : text) {
-    found |= static_cast<unsigned char>(character == '\n') | static_cast<unsigned char>(character == '\r');
-  }
-  return found != 0;
-}
 
 struct Step {
   std::size_t bytes = 1;
@@ -117,6 +104,18 @@ void append_cell(std::string_view value, const CellLayout& layout, std::string& 
   out.append(before, ' ').append(value);
   if (is_cut && layout.most_columns > 0) out += kEllipsis;
   out.append(blanks - before, ' ');
+}
+
+// What stands at the left and is not cut stays where it is.
+void lay_out_ascii(const CellLayout& layout, std::size_t begin, std::string& out) {
+  const std::size_t size = out.size() - begin;
+  if (layout.alignment == CellAlignment::kLeft && size <= layout.most_columns) {
+    out.append(layout.columns - std::min(layout.columns, size), ' ');
+    return;
+  }
+  const std::string value = out.substr(begin);
+  out.resize(begin);
+  append_cell(value, layout, out);
 }
 
 }  // namespace qzlog_tool

@@ -34,6 +34,9 @@ void append_safely(std::string_view value, CellSafety safety, std::string& out);
 /// Appends a value that is safe, laid out.
 void append_cell(std::string_view value, const CellLayout& layout, std::string& out);
 
+/// Lays out what stands in `out` from `begin` on, which is printable ASCII.
+void lay_out_ascii(const CellLayout& layout, std::size_t begin, std::string& out);
+
 /// The columns of a text of any bytes, which controls take none of.
 std::size_t cell_columns(std::string_view text);
 

@@ -71,12 +71,9 @@ std::optional<CellLayout> read_layout(std::string_view text) {
   return layout;
 }
 
-/// Fields of digits, letters and their like.
-bool is_safe(ShownField field) {
+/// Fields of ASCII's letters, digits and their like.
+bool is_ascii(ShownField field) {
   switch (field) {
-    case ShownField::kTime:
-    case ShownField::kLocalTime:
-    case ShownField::kWritten:
     case ShownField::kLevel:
     case ShownField::kLevelName:
     case ShownField::kId:
@@ -87,6 +84,12 @@ bool is_safe(ShownField field) {
     default:
       return false;
   }
+}
+
+/// Fields without line breaks. A locale may write times with other characters than those of ASCII.
+bool is_safe(ShownField field) {
+  return is_ascii(field) || field == ShownField::kTime || field == ShownField::kLocalTime ||
+         field == ShownField::kWritten;
 }
 
 }  // namespace
@@ -114,6 +117,8 @@ class LineFormat::Parts {
     Piece& piece = pieces_.back();
     piece.choice = std::move(*choice);
     piece.has_field = true;
+    piece.is_safe = is_safe(piece.choice.field);
+    piece.is_ascii = is_ascii(piece.choice.field);
     if (parts.layout) piece.layout = layout_of(*parts.layout, place + 2 + parts.name.size());
     pieces_.emplace_back();
   }
@@ -149,15 +154,17 @@ void LineFormat::append(const ShownLine& shown, bool for_terminal, FieldValues& 
   }
 }
 
-// Most values have no layout, and most of these no line break.
+// Most values have no layout, and most of these no line break; most of those that have one are numbers and levels.
 void LineFormat::append_value(const Piece& piece, const ShownLine& shown, bool for_terminal, FieldValues& values,
                               std::string& out) {
-  if (piece.layout.is_plain()) {
-    if (piece.choice.field == ShownField::kMessage) return append_safely(shown.message, CellSafety::kLine, out);
-    if (is_safe(piece.choice.field)) {
-      if (!values.append(piece.choice, shown, out)) out += kNoValue;
-      return;
-    }
+  if (piece.layout.is_plain() && piece.choice.field == ShownField::kMessage) {
+    return append_safely(shown.message, CellSafety::kLine, out);
+  }
+  if (piece.layout.is_plain() ? piece.is_safe : piece.is_ascii) {
+    const std::size_t begin = out.size();
+    if (!values.append(piece.choice, shown, out)) out += kNoValue;
+    if (!piece.layout.is_plain()) lay_out_ascii(piece.layout, begin, out);
+    return;
   }
   value_.clear();
   if (!values.append(piece.choice, shown, value_)) value_ = kNoValue;

@@ -39,6 +39,8 @@ class LineFormat {
     FieldChoice choice;
     CellLayout layout;
     bool has_field = false;
+    bool is_safe = false;   ///< values have no line break
+    bool is_ascii = false;  ///< and each of their bytes takes a column
   };
 
   void append_value(const Piece& piece, const ShownLine& shown, bool for_terminal, FieldValues& values,

@@ -1,6 +1,7 @@
 #include "tools/shown/shown_times.h"
 
 #include <chrono>
+#include <cstring>
 #include <utility>
 
 #include <unicode/calendar.h>
@@ -18,6 +19,7 @@ namespace qzlog_tool {
 namespace {
 
 constexpr long kSecondsPerMinute = 60;
+constexpr long long kSecondsPerDay = 86400;
 /// A Wednesday in September, which is long in most languages.
 constexpr long long kSampleMoment = 1'790'171'730;
 
@@ -27,47 +29,35 @@ char* write_pair(char* target, unsigned below_100) {
   return target;
 }
 
-/// The calendar and the clock at so many seconds of the reader's clock.
-class ClockFields {
-  using seconds = std::chrono::seconds;
-  using days = std::chrono::days;
+/// A moment of the reader's clock, in seconds since 1970-01-01 00:00:00 of it.
+struct ClockMoment {
+  explicit ClockMoment(long long clock_seconds)
+      : day((clock_seconds - (clock_seconds < 0 ? kSecondsPerDay - 1 : 0)) / kSecondsPerDay),
+        second(static_cast<unsigned>(clock_seconds - day * kSecondsPerDay)) {}
 
- public:
-  explicit ClockFields(long long clock_seconds)
-      : ClockFields(seconds(clock_seconds), std::chrono::floor<days>(seconds(clock_seconds))) {}
-
-  /// YYYY-MM-DD. Years beyond four digits, which no line has, have their last ones.
-  char* write_date(char* target) const {
-    const auto year = static_cast<unsigned>(((static_cast<int>(date_.year()) % 10000) + 10000) % 10000);
-    target = write_pair(write_pair(target, year / 100), year % 100);
-    *target++ = '-';
-    target = write_pair(target, static_cast<unsigned>(date_.month()));
-    *target++ = '-';
-    return write_pair(target, static_cast<unsigned>(date_.day()));
-  }
-  /// HH:MM:SS
-  char* write_clock(char* target) const {
-    target = write_pair(target, clock_ / 3600);
-    *target++ = ':';
-    target = write_pair(target, clock_ / 60 % 60);
-    *target++ = ':';
-    return write_pair(target, clock_ % 60);
-  }
-
- private:
-  ClockFields(seconds since, days day)
-      : date_(std::chrono::sys_days(day)), clock_(static_cast<unsigned>((since - day).count())) {}
-
-  std::chrono::year_month_day date_;
-  unsigned clock_;
+  long long day;    ///< since that one
+  unsigned second;  ///< of the day
 };
 
-void append_both(long long clock_seconds, char between, std::string& out) {
-  char text[19];
-  const ClockFields fields(clock_seconds);
-  char* const end = fields.write_date(text);
-  *end = between;
-  out.append(text, fields.write_clock(end + 1));
+/// YYYY-MM-DD. Years beyond four digits, which no line has, have their last ones.
+char* write_date(long long day, char* target) {
+  using namespace std::chrono;
+  const year_month_day date{sys_days{days{day}}};
+  const auto year = static_cast<unsigned>(((static_cast<int>(date.year()) % 10000) + 10000) % 10000);
+  target = write_pair(write_pair(target, year / 100), year % 100);
+  *target++ = '-';
+  target = write_pair(target, static_cast<unsigned>(date.month()));
+  *target++ = '-';
+  return write_pair(target, static_cast<unsigned>(date.day()));
+}
+
+/// HH:MM:SS
+char* write_clock(unsigned second, char* target) {
+  target = write_pair(target, second / 3600);
+  *target++ = ':';
+  target = write_pair(target, second / 60 % 60);
+  *target++ = ':';
+  return write_pair(target, second % 60);
 }
 
 }  // namespace
@@ -145,6 +135,19 @@ void ShownTimes::append(long long moment, std::string_view fraction, std::string
   append_zone(minutes, out);
 }
 
+// Lines near each other have the same date more often than not.
+void ShownTimes::append_both(long long clock_seconds, char between, std::string& out) {
+  const ClockMoment moment(clock_seconds);
+  if (moment.day != kept_day_) {
+    write_date(moment.day, kept_date_);
+    kept_day_ = moment.day;
+  }
+  char text[sizeof kept_date_ + 9];
+  std::memcpy(text, kept_date_, sizeof kept_date_);
+  text[sizeof kept_date_] = between;
+  out.append(text, write_clock(moment.second, text + sizeof kept_date_ + 1));
+}
+
 void ShownTimes::append_zone(long minutes, std::string& out) const {
   if (zone_.is_utc()) {
     out += 'Z';
@@ -163,12 +166,12 @@ void ShownTimes::append_local(long long moment, std::string& out) {
 
 void ShownTimes::append_date(long long moment, std::string& out) {
   char text[10];
-  out.append(text, ClockFields(moment + zone_.offset_at(moment)).write_date(text));
+  out.append(text, write_date(ClockMoment(moment + zone_.offset_at(moment)).day, text));
 }
 
 void ShownTimes::append_clock(long long moment, std::string& out) {
   char text[8];
-  out.append(text, ClockFields(moment + zone_.offset_at(moment)).write_clock(text));
+  out.append(text, write_clock(ClockMoment(moment + zone_.offset_at(moment)).second, text));
 }
 
 std::size_t ShownTimes::columns() {

@@ -39,11 +39,14 @@ class ShownTimes {
  private:
   class LocaleFormat;
 
+  void append_both(long long clock_seconds, char between, std::string& out);
   void append_zone(long offset, std::string& out) const;
 
   ReaderZone zone_;
   TimeStyle style_;
   std::unique_ptr<LocaleFormat> format_;
+  long long kept_day_ = 0;  // of which kept_date_ is the date, days since 1970-01-01
+  char kept_date_[10] = {'1', '9', '7', '0', '-', '0', '1', '-', '0', '1'};
 };
 
 /// A moment of RFC 3339, cut into seconds and what stands behind the point.

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <utility>
 
+#include "tools/compiler/text/text_scan.h"
 #include "tools/system/command_error.h"
 #include "tools/system/file_descriptor.h"
 
@@ -15,15 +16,6 @@ namespace {
 constexpr std::size_t kFlushBytes = std::size_t{64} << 10;
 constexpr std::string_view kLineBreaks = "\n\r";
 
-// Looks at every character, many at a time: most texts are short and have none.
-bool has_line_break(std::string_view text) {
-  unsigned char found = 0;
-  for (const char character : text) {
-    found |= static_cast<unsigned char>(character == '\n') | static_cast<unsigned char>(character == '\r');
-  }
-  return found != 0;
-}
-
 }  // namespace
 
 BufferedOutput::BufferedOutput(int descriptor, std::string name, TextBytes bytes)
@@ -31,8 +23,21 @@ BufferedOutput::BufferedOutput(int descriptor, std::string name, TextBytes bytes
   held_.reserve(2 * kFlushBytes);
 }
 
+// Inline, both: a call for each line shows.
+inline void BufferedOutput::append(std::string_view text) {
+  if (is_escaped_) {
+    append_terminal_text(text, held_, bytes_);
+  } else {
+    held_.append(text);
+  }
+}
+
+inline void BufferedOutput::flush_when_full() {
+  if (held_.size() >= kFlushBytes) flush();
+}
+
 void BufferedOutput::write_line(std::string_view text) {
-  if (has_line_break(text)) {
+  if (qzlog_compiler::has_line_break(text)) {
     append_without_line_breaks(text);
   } else {
     append(text);
@@ -41,7 +46,10 @@ void BufferedOutput::write_line(std::string_view text) {
   flush_when_full();
 }
 
-void BufferedOutput::write_lines(std::string_view lines) { write_lines(lines, 0, {}, {}); }
+void BufferedOutput::write_lines(std::string_view lines) {
+  append(lines);
+  flush_when_full();
+}
 
 void BufferedOutput::write_lines(std::string_view lines, std::size_t coloured_bytes, std::string_view colour,
                                  std::string_view end) {
@@ -50,18 +58,6 @@ void BufferedOutput::write_lines(std::string_view lines, std::size_t coloured_by
   held_.append(end);
   append(lines.substr(coloured_bytes));
   flush_when_full();
-}
-
-void BufferedOutput::flush_when_full() {
-  if (held_.size() >= kFlushBytes) flush();
-}
-
-void BufferedOutput::append(std::string_view text) {
-  if (is_escaped_) {
-    append_terminal_text(text, held_, bytes_);
-  } else {
-    held_.append(text);
-  }
 }
 
 void BufferedOutput::append_without_line_breaks(std::string_view text) {
