@@ -58,7 +58,8 @@ Utf8Character decode_utf8(std::string_view text, std::size_t offset) {
 
 bool is_utf8_text(std::string_view text) {
   for (std::size_t offset = 0; offset < text.size();) {
-    const std::size_t size = decode_utf8(text, offset).size;
+    const bool is_ascii = static_cast<unsigned char>(text[offset]) < 0x80;
+    const std::size_t size = is_ascii ? 1 : decode_utf8(text, offset).size;
     if (size == 0) return false;
     offset += size;
   }

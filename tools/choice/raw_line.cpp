@@ -44,7 +44,7 @@ class RawLine::Reader {
 
   void read() {
     if (!take("{") || !read_envelope() || !take("\"id\":") || !read_id()) return;
-    if (!take("\"level\":") || !read_level()) return;
+    if (take("\"level\":") && !read_level()) return;
     if (take("\"time\":\"") && !read_time()) return;
     take("\"default\":true,");
     if (take("\"selector\":") && !skip_number()) return;

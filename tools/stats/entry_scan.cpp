@@ -7,6 +7,7 @@
 
 #include "entry/text_limits.h"
 #include "lines/envelope_form.h"
+#include "tools/compiler/text/utf8_text.h"
 
 namespace qzlog_tool {
 
@@ -45,16 +46,20 @@ bool is_integer(qz_AttributeType type) { return type >= TypeUInt1 && type <= Typ
 bool is_text(qz_AttributeType type) { return type >= TypeChar32 && type <= TypeMBChar2K; }
 bool is_digit(char character) { return character >= '0' && character <= '9'; }
 
-/// A character of ASCII that stands for itself in a text.
+bool is_ascii(char character) { return static_cast<unsigned char>(character) < 0x80; }
+
+/// A byte that stands for itself in a text.
 bool is_plain(char character) {
-  return character >= ' ' && static_cast<unsigned char>(character) < 0x80 && character != '"' && character != '\\';
+  return static_cast<unsigned char>(character) >= ' ' && character != '"' && character != '\\';
 }
 
 /// Marks each byte that is not plain; bytes above such a one may be marked wrongly.
 Word marks_of(Word word) {
   const auto zeros = [](Word bytes) { return (bytes - kOnes) & ~bytes; };
-  return (zeros(word ^ ('"' * kOnes)) | zeros(word ^ ('\\' * kOnes)) | (word - ' ' * kOnes) | word) & kHighBits;
+  return (zeros(word ^ ('"' * kOnes)) | zeros(word ^ ('\\' * kOnes)) | ((word - ' ' * kOnes) & ~word)) & kHighBits;
 }
+
+bool is_plain_ascii(char character) { return is_plain(character) && is_ascii(character); }
 
 /// Two digits as a number; -1 for anything else.
 int two_digits(const char* text) {
@@ -105,16 +110,18 @@ class EntryScan::Cursor {
     return true;
   }
 
-  /// What stands before the next quote, which is taken too.
+  /// What stands before the next quote, which is taken too; UTF-8.
   bool take_text(std::string_view& text) {
     const char* const begin = at_;
+    Word all = 0;
     for (Word word = 0; left() >= sizeof word; at_ += sizeof word) {
       std::memcpy(&word, at_, sizeof word);
       if (marks_of(word) != 0) break;
+      all |= word;
     }
-    while (at_ != end_ && is_plain(*at_)) ++at_;
+    for (; at_ != end_ && is_plain(*at_); ++at_) all |= static_cast<unsigned char>(*at_);
     text = std::string_view(begin, static_cast<std::size_t>(at_ - begin));
-    return take('"');
+    return take('"') && ((all & kHighBits) == 0 || qzlog_compiler::is_utf8(text));
   }
 
   bool take_integer(long long& integer) {
@@ -208,7 +215,7 @@ EntryScan::Event EntryScan::make_event(const qzlog_compiler::EntryDefinition& en
     const qz_AttributeType type = attribute->type;
     const bool is_scanned = type == TypeBool || is_integer(type) || type == TypeFloat || is_text(type);
     if (!is_scanned || count(name) != 1 || comes_with_time(name)) continue;
-    if (name.empty() || !std::all_of(name.begin(), name.end(), is_plain)) continue;
+    if (name.empty() || !std::all_of(name.begin(), name.end(), is_plain_ascii)) continue;
     const auto wanted = std::find(wanted_.begin(), wanted_.end(), name);
     event.attributes.push_back(
         {'"' + name + "\":", type, wanted != wanted_.end() ? static_cast<int>(wanted - wanted_.begin()) : -1});

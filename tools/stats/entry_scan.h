@@ -38,8 +38,8 @@ struct ScannedEntry {
 };
 
 /// Reads lines by their bytes alone, where these leave no doubt that the library would read an entry, and which: lines
-/// as its writers write them, with attributes, types, ranges and lengths of the definitions, and texts in ASCII. Says
-/// nothing about other lines, right or wrong.
+/// as its writers write them, with attributes, types, ranges and lengths of the definitions. Says nothing about other
+/// lines, right or wrong. Texts count as the library stores them in UTF-8.
 class EntryScan {
  public:
   /// `wanted`: the attributes whose values are asked for, at most ScannedEntry::kMostValues; an empty name is none.

@@ -44,6 +44,15 @@ TEST(RawLine, EveryBeginningOfALine_SaysNoMoreThanTheWhole) {
   }
 }
 
+// It may stand elsewhere.
+TEST(RawLine, LineWithoutItsLevelInItsPlace_SaysEverythingElse) {
+  const std::string line = R"({"id":7,"time":"2026-11-21T08:15:30Z","attributes":{"A":-12},"level":5})";
+  EXPECT_FALSE(RawLine(line).has_level());
+  EXPECT_EQ(RawLine(line).id(), 7u);
+  EXPECT_EQ(RawLine(line).time(), "2026-11-21T08:15:30Z");
+  EXPECT_EQ(found(line, "A").integer, -12);
+}
+
 TEST(RawLine, WhatIsWrittenOtherwise_IsNotSaid) {
   EXPECT_FALSE(RawLine(R"({ "id":7,"level":3})").has_id());
   EXPECT_FALSE(RawLine(R"({"id":"SEVEN","level":3})").has_id());

@@ -51,6 +51,13 @@ TEST_F(EntryScanTest, ShortLines_AreScanned) {
   }
 }
 
+TEST_F(EntryScanTest, TextsInUtf8_AreScanned) {
+  for (const char* const text : {"ä", "Größenprüfung in Köln läuft", "日本語", "\U0001F600", "a\u2028b", "\x7F"}) {
+    EXPECT_TRUE(scans(R"({"id":1,"attributes":{"Name":")" + std::string(text) + R"("}})")) << text;
+    EXPECT_EQ(entry_.values[0].text, text);
+  }
+}
+
 TEST_F(EntryScanTest, WhatOnlyTheLibraryKnows_IsLeftToIt) {
   for (const char* const line : {R"()",
                                  R"({})",
@@ -81,7 +88,10 @@ TEST_F(EntryScanTest, WhatOnlyTheLibraryKnows_IsLeftToIt) {
                                  R"({"id":3,"attributes":{"Free":1}})",
                                  R"({"id":3,"attributes":{"TIMEZONE_DIFFERENCE":1}})",
                                  R"({"id":1,"attributes":{"Name":"a\u0041"}})",
-                                 R"({"id":1,"attributes":{"Name":"ä"}})",
+                                 "{\"id\":1,\"attributes\":{\"Name\":\"a\xC3\"}}",
+                                 "{\"id\":1,\"attributes\":{\"Name\":\"\xED\xA0\x80\"}}",
+                                 R"({"writer":"hööst","id":3})",
+                                 R"({"id":1,"attributes":{"Name":"äääääääääääääääää"}})",
                                  R"({"id":1,"attributes":{"Name":"0123456789012345678901234567890123"}})",
                                  R"({"id":1,"attributes":{"Flag":tru}})",
                                  R"({"id":1,"attributes":{"When":"2026-11-21T08:15:30Z"}})",
