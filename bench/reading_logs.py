@@ -25,6 +25,8 @@ SAMPLE = HERE.parent.parent / "shared/corpora/HDFS/HDFS.jsonl"
 
 # What the version before any choice or form took, in times of the loop.
 DEFAULT_TARGET = 1.02
+# By how much builds of the same code differ whose functions lie elsewhere.
+NOISE = 0.02
 
 Sample = collections.namedtuple("Sample", "source lines rare common group group_id number text")
 
@@ -142,8 +144,8 @@ def mark(met):
     return "ok" if met else "MISSED"
 
 
-def verdict(value, target, at_most):
-    return mark(round(value, 2) <= target if at_most else value >= target)
+def verdict(value, target, at_most, noise=0.0):
+    return mark(round(value - noise, 2) <= target if at_most else value >= target)
 
 
 def print_table(head, rows):
@@ -169,7 +171,9 @@ def speed_rows(bench, seconds):
     rows = [row("loop", "bare loop over the library", 1, "")]
     rows.append(row("loop, narrow", "bare loop, without ICU", 1, ""))
     for path, note in ("", ""), (", narrow", ", without ICU"):
-        rows.append(ratio_row("default" + path, "render" + note, "loop" + path, "x loop", DEFAULT_TARGET))
+        value = seconds["default" + path] / seconds["loop" + path]
+        rows.append(row("default" + path, "render" + note, value, "x loop", f"<= {DEFAULT_TARGET} (+ {NOISE})",
+                        verdict(value, DEFAULT_TARGET, True, NOISE)))
         rows.append(ratio_row("short" + path, "render --output short" + note, "default" + path, "x render", 1.5))
     for name in "rare", "common":
         title = "render --where '{} = {}'".format(*getattr(bench.sample, name))
