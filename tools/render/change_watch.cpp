@@ -1,17 +1,33 @@
 #include "tools/render/change_watch.h"
 
 #include <poll.h>
+#include <signal.h>
 #include <sys/inotify.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cstring>
 
+#include "tools/render/stop_signals.h"
+
 namespace qzlog_tool {
 
 namespace {
 
 constexpr std::uint32_t kNewNames = IN_CREATE | IN_MOVED_TO;
+
+/// poll, which a signal that asks for the end also ends where it came just before.
+int poll_until_stop(pollfd* waited, nfds_t count, std::chrono::milliseconds time) noexcept {
+  const sigset_t stop = StopSignals::all();
+  sigset_t former = {};
+  ::pthread_sigmask(SIG_BLOCK, &stop, &former);
+  if (StopSignals::requested() != 0) time = {};
+  const auto seconds = std::chrono::floor<std::chrono::seconds>(time);
+  const timespec limit = {seconds.count(), std::chrono::nanoseconds(time - seconds).count()};
+  const int ready = ::ppoll(waited, count, &limit, &former);
+  ::pthread_sigmask(SIG_SETMASK, &former, nullptr);
+  return ready;
+}
 
 }  // namespace
 
@@ -34,7 +50,7 @@ void ChangeWatch::watch_folder(const std::string& path) noexcept {
 ChangeWatch::Change ChangeWatch::wait() noexcept {
   const auto left = std::chrono::ceil<std::chrono::milliseconds>(next_look_ - Clock::now());
   pollfd waited[] = {{events_.get(), POLLIN, 0}, {output_, 0, 0}};
-  const int ready = ::poll(waited, 2, static_cast<int>(std::max<long long>(left.count(), 0)));
+  const int ready = poll_until_stop(waited, 2, std::max(left, std::chrono::milliseconds(0)));
   Change change;
   if (ready > 0) {
     change.names = (waited[0].revents & POLLIN) != 0 && has_new_names();

@@ -194,7 +194,7 @@ void add_render_command(CLI::App& app, int& exit_status) {
   CLI::App* const command =
       app.add_subcommand("render", "Turn entries (JSON Lines) into readable messages, one per line");
   const auto options = std::make_shared<RenderOptions>();
-  command->footer(std::string(kEntriesHelp) + '\n' + kChoiceFooter + '\n' + kShownFooter + '\n' + kRenderChecksHelp +
+  command->footer(std::string(kChoiceFooter) + '\n' + kShownFooter + '\n' + kEntriesHelp + '\n' + kRenderChecksHelp +
                   '\n' + kRenderExamples);
   add_definition_options(*command, options->definitions);
   command->add_option("--code-page", options->code_page, "The code page of the messages")

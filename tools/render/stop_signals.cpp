@@ -29,6 +29,13 @@ StopSignals::~StopSignals() {
   for (std::size_t at = 0; at < std::size(kSignals); ++at) ::sigaction(kSignals[at], &former_[at], nullptr);
 }
 
+sigset_t StopSignals::all() noexcept {
+  sigset_t signals = {};
+  ::sigemptyset(&signals);
+  for (const int signal : kSignals) ::sigaddset(&signals, signal);
+  return signals;
+}
+
 int StopSignals::requested() noexcept { return requested_signal; }
 
 void end_by_signal(int signal) noexcept {

@@ -14,6 +14,8 @@ class StopSignals {
   StopSignals(const StopSignals&) = delete;
   StopSignals& operator=(const StopSignals&) = delete;
 
+  /// Those that ask.
+  static sigset_t all() noexcept;
   /// The signal that came, of whichever object's time; 0 for none.
   static int requested() noexcept;
 

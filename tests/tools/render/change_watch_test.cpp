@@ -5,12 +5,14 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <string>
 
 #include "tests/support/resource_limit.h"
 #include "tests/support/temp_dir.h"
+#include "tools/render/stop_signals.h"
 
 namespace qzlog_tool {
 namespace {
@@ -83,6 +85,18 @@ TEST_F(ChangeWatchTest, WithoutADescriptor_LooksAfterAWhile) {
   watch.watch_folder(folder_.path());
   EXPECT_LT(watch.watch_file(STDIN_FILENO), 0);
   EXPECT_TRUE(watch.wait().names);
+}
+
+TEST_F(ChangeWatchTest, SignalThatCameBefore_EndsTheWait) {
+  const auto wait_after_signal = [] {
+    const StopSignals signals;
+    std::raise(SIGTERM);
+    ChangeWatch watch(-1);
+    const Clock::time_point begin = Clock::now();
+    watch.wait();
+    ::_exit(is_soon(begin) ? 0 : 1);
+  };
+  EXPECT_EXIT(wait_after_signal(), ::testing::ExitedWithCode(0), "");
 }
 
 }  // namespace
