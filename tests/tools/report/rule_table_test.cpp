@@ -8,8 +8,8 @@
 #include "tools/count/counter_reader.h"
 #include "tools/diff/diff_rules.h"
 #include "tools/inspect/inspect_rules.h"
-#include "tools/render/config_check.h"
 #include "tools/logs/entry_error.h"
+#include "tools/render/config_check.h"
 #include "tools/report/check_rules.h"
 #include "tools/report/source_rules.h"
 
