@@ -6,6 +6,7 @@
 #include "lines/level_name.h"
 #include "tools/compiler/text/hexadecimal.h"
 #include "tools/logs/event_name.h"
+#include "tools/logs/line_kind.h"
 
 namespace qzlog_tool {
 
@@ -155,7 +156,7 @@ bool FieldValues::append(const FieldChoice& choice, const ShownLine& shown, std:
     case ShownField::kWritten:
       return append_time(choice.field, line, out);
     case ShownField::kAttribute:
-      return !line.IsLoss() && append_attribute(line.GetEntry(), choice.name.c_str(), times_, out);
+      return is_entry(line) && append_attribute(line.GetEntry(), choice.name.c_str(), times_, out);
     case ShownField::kLevel:
     case ShownField::kLevelName:
     case ShownField::kId:
@@ -185,7 +186,7 @@ bool FieldValues::append_time(ShownField field, const qz_LOG_EntryLine& line, st
 }
 
 bool FieldValues::append_of_entry(ShownField field, const qz_LOG_EntryLine& line, std::string& out) {
-  if (line.IsLoss()) return false;
+  if (!is_entry(line)) return false;
   const qz_LOG_LogEntry& entry = line.GetEntry();
   switch (field) {
     case ShownField::kLevel:

@@ -6,6 +6,7 @@
 #include "lines/level_name.h"
 #include "qzlog/logentry.h"
 #include "tools/compiler/model/attribute_type.h"
+#include "tools/logs/line_kind.h"
 
 namespace qzlog_tool {
 
@@ -50,7 +51,7 @@ std::size_t FormatPresentation::append(const ShownLine& shown, std::string& out)
 std::size_t JsonPresentation::append(const ShownLine& shown, std::string& out) {
   const qz_LOG_EntryLine& line = shown.line;
   append_open_object({line.GetSource(), line.GetSourceLength()}, out);
-  if (!line.IsLoss()) {
+  if (is_entry(line)) {
     append_text_member("level_name", qzlog::level_name(line.GetEntry().GetLogLevel()), out);
     const std::string_view name = *line.GetName() == '\0' ? values_.name_of(line) : std::string_view();
     if (!name.empty()) append_text_member("name", name, out);
@@ -67,7 +68,7 @@ std::size_t LongPresentation::append(const ShownLine& shown, std::string& out) {
   out += "\n  ";
   append_safely(shown.message, CellSafety::kLine, out);
   out += '\n';
-  if (!shown.line.IsLoss()) {
+  if (is_entry(shown.line)) {
     append_summary(shown, out);
     append_attributes(shown.line.GetEntry(), out);
   }
@@ -80,8 +81,8 @@ std::size_t LongPresentation::append(const ShownLine& shown, std::string& out) {
 void LongPresentation::append_title(const ShownLine& shown, std::string& out) {
   append_value(ShownField::kTime, shown, out);
   out += ' ';
-  if (shown.line.IsLoss()) {
-    out += "lost entries";
+  if (!is_entry(shown.line)) {
+    out += shown.line.IsHeld() ? "entries held back" : "lost entries";
     return;
   }
   append_value(ShownField::kLevelName, shown, out);

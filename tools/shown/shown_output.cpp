@@ -1,6 +1,7 @@
 #include "tools/shown/shown_output.h"
 
 #include "sinks/line_colour.h"
+#include "tools/logs/line_kind.h"
 #include "tools/system/command_error.h"
 
 namespace qzlog_tool {
@@ -15,7 +16,7 @@ void ShownOutput::write_heading() {
 void ShownOutput::write(const ShownLine& shown) {
   text_.clear();
   const std::size_t coloured = presentation_.append(shown, text_);
-  const unsigned level = shown.line.IsLoss() ? 9 : shown.line.GetEntry().GetLogLevel();
+  const unsigned level = is_entry(shown.line) ? shown.line.GetEntry().GetLogLevel() : 9;
   const std::string_view text = text_;
   const std::size_t in_colour = colour_ ? coloured : 0;
   if (in_colour > 0) {

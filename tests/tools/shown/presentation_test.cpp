@@ -28,6 +28,10 @@ constexpr std::string_view kLoss =
     R"({"writer":"web1/4711/1795853730","seq":8,"written":"2026-11-21T08:15:31Z","lost":[{"id":7,"level":2,"count":3}]})"
     "\n";
 
+constexpr std::string_view kHeld =
+    R"({"writer":"web1/4711/1795853730","seq":9,"written":"2026-11-21T08:15:32Z","held":[{"id":7,"level":2,"count":5}]})"
+    "\n";
+
 class PresentationTest : public ShownFixture {
  protected:
   static ShownOptions output(const std::string& name) {
@@ -100,6 +104,24 @@ TEST_F(PresentationTest, Long_HasEverything) {
             "  lost: 3 of entry ID 7, level 2\n"
             "  writer web1/4711/1795853730, seq 8, written 2026-11-21T14:00:31+05:45, line 1\n"
             "\n");
+}
+
+TEST_F(PresentationTest, LineOfHeldEntries_IsNoEntryInAnyForm) {
+  EXPECT_EQ(show(kHeld, output("short")), "2026-11-21T14:00:32+05:45 -        - held back: 5 of entry ID 7, level 2\n");
+  EXPECT_EQ(show(kHeld, output("long")),
+            "2026-11-21T14:00:32+05:45 entries held back\n"
+            "  held back: 5 of entry ID 7, level 2\n"
+            "  writer web1/4711/1795853730, seq 9, written 2026-11-21T14:00:32+05:45, line 1\n"
+            "\n");
+  EXPECT_EQ(show(kHeld, output("json")),
+            std::string(kHeld.substr(0, kHeld.size() - 2)) + ",\"message\":\"held back: 5 of entry ID 7, level 2\"}\n");
+  EXPECT_EQ(show(kHeld, output("csv")),
+            "time,level,level_name,id,name,message\r\n"
+            "2026-11-21T14:00:32+05:45,,,,,\"held back: 5 of entry ID 7, level 2\"\r\n");
+  EXPECT_EQ(show(kHeld, output("table")),
+            "time                       level_name  name       message\n"
+            "2026-11-21T14:00:32+05:45  -           -          held back: 5 of entry ID 7, level 2\n");
+  EXPECT_EQ(formatted("{level} {level_name} {id} {name} {mask} {summary} {Name} {seq}", kHeld), "- - - - - - - 9\n");
 }
 
 TEST_F(PresentationTest, Json_IsTheLineWithMore) {

@@ -12,6 +12,7 @@
 #include "tests/support/scoped_environment.h"
 #include "tests/support/temp_dir.h"
 #include "tools/definitions/definitions.h"
+#include "tools/logs/line_kind.h"
 #include "tools/shown/presentation.h"
 #include "tools/shown/shown_events.h"
 #include "tools/shown/shown_options.h"
@@ -48,8 +49,9 @@ void for_each_line(std::string_view lines, Use&& use) {
   qz_LOG_EntryLine line;
   std::string message;
   while (reader.Next(line)) {
-    message = "lost: 3 of entry ID 7, level 2";
-    if (!line.IsLoss()) line.GetEntry().FormatMessage(message, line.GetUseDefault(), line.GetSelectorIndex());
+    message = line.IsHeld() ? "held back: 5 of entry ID 7, level 2" : "lost: 3 of entry ID 7, level 2";
+    if (qzlog_tool::is_entry(line))
+      line.GetEntry().FormatMessage(message, line.GetUseDefault(), line.GetSelectorIndex());
     use(qzlog_tool::ShownLine{line, message});
   }
 }

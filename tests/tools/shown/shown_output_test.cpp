@@ -30,10 +30,14 @@ constexpr const char* kLines =
     "{\"id\":1001,\"level\":9,\"attributes\":{\"Name\":\"\\u001b[2J\u00E4\\u009b\",\"Free\":0}}\n"
     "{\"id\":1001,\"level\":2,\"attributes\":{\"Name\":\"v\",\"Free\":0}}\n"
     "{\"id\":1001,\"level\":5,\"attributes\":{\"Name\":\"w\",\"Free\":0}}\n";
+constexpr const char* kNoEntries =
+    "{\"writer\":\"w/1/x\",\"seq\":8,\"lost\":[{\"id\":7,\"level\":2,\"count\":3}]}\n"
+    "{\"writer\":\"w/1/x\",\"seq\":9,\"held\":[{\"id\":7,\"level\":2,\"count\":5}]}\n";
 
 class ShownOutputTest : public ShownFixture {
  protected:
-  void write(const std::string& output, int descriptor, bool colour, const LineCodePage* code_page) const {
+  void write(const std::string& output, int descriptor, bool colour, const LineCodePage* code_page,
+             const char* lines = kLines) const {
     ShownOptions options;
     options.output = output;
     ShownTimes times = make_times(options);
@@ -42,11 +46,12 @@ class ShownOutputTest : public ShownFixture {
                        code_page != nullptr ? qzlog_tool::TextBytes::kOther : qzlog_tool::TextBytes::kUtf8);
     ShownOutput shown(*presentation, out, colour, code_page);
     shown.write_heading();
-    qzlog_test::for_each_line(kLines, [&](const qzlog_tool::ShownLine& line) { shown.write(line); });
+    qzlog_test::for_each_line(lines, [&](const qzlog_tool::ShownLine& line) { shown.write(line); });
     out.flush();
   }
 
-  std::string on_a_terminal(const std::string& output, bool colour, const LineCodePage* code_page = nullptr) const {
+  std::string on_a_terminal(const std::string& output, bool colour, const LineCodePage* code_page = nullptr,
+                            const char* lines = kLines) const {
     int controller = -1;
     int side = -1;
     if (::openpty(&controller, &side, nullptr, nullptr, nullptr) != 0) std::abort();
@@ -56,7 +61,7 @@ class ShownOutputTest : public ShownFixture {
     ::tcgetattr(side, &settings);
     settings.c_oflag &= ~static_cast<tcflag_t>(OPOST);
     ::tcsetattr(side, TCSANOW, &settings);
-    write(output, side, colour, code_page);
+    write(output, side, colour, code_page, lines);
     char buffer[4096];
     return {buffer, qzlog_tool::read_some(controller, buffer, sizeof buffer, "the terminal")};
   }
@@ -67,6 +72,12 @@ TEST_F(ShownOutputTest, ColourOnATerminal_IsOursAlone) {
             "\033[1;31m- alert    DISK_FULL Disk \\u001B[2J\u00E4\\u009B is full: 0 blocks free\033[0m\n"
             "- info     DISK_FULL Disk v is full: 0 blocks free\n"
             "\033[33m- warning  DISK_FULL Disk w is full: 0 blocks free\033[0m\n");
+}
+
+TEST_F(ShownOutputTest, LostAndHeldEntries_HaveTheColourOfAlerts) {
+  EXPECT_EQ(on_a_terminal("short", true, nullptr, kNoEntries),
+            "\033[1;31m- -        - lost: 3 of entry ID 7, level 2\033[0m\n"
+            "\033[1;31m- -        - held back: 5 of entry ID 7, level 2\033[0m\n");
 }
 
 TEST_F(ShownOutputTest, WithoutColour_ValuesAreEscaped) {
