@@ -75,15 +75,16 @@ bool append_float(const qz_LOG_LogEntry& entry, const char* name, std::string& o
   return true;
 }
 
+// A date and a time of day are those that messages show. A timestamp is a moment, which the reader's clock shows too.
 bool append_time(const qz_LOG_LogEntry& entry, const char* name, qz_AttributeType type, ShownTimes& times,
                  std::string& out) {
   qz_Time value;
   if (!entry.GetAttribTime(name, value)) return false;
   const long long moment = value.unix_seconds();
   if (type == TypeDate) {
-    times.append_date(moment, out);
+    ShownTimes::append_date(moment, out);
   } else if (type == TypeTime) {
-    times.append_clock(moment, out);
+    ShownTimes::append_clock(moment, out);
   } else {
     times.append(moment, out);
   }

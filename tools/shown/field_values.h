@@ -52,8 +52,8 @@ class FieldValues {
 };
 
 /// Appends the value of an attribute of an entry, as its type writes it: digits, true and false, the fewest digits that
-/// read back as the same floating point number, a text as it is stored, a date or a time on the reader's clock. False
-/// where it is not set.
+/// read back as the same floating point number, a text as it is stored, a date or a time of day in GMT, a timestamp on
+/// the reader's clock. False where it is not set.
 bool append_attribute(const qz_LOG_LogEntry& entry, const char* name, ShownTimes& times, std::string& out);
 
 void append_number(std::uint64_t number, std::string& out);

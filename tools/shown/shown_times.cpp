@@ -166,12 +166,12 @@ void ShownTimes::append_local(long long moment, std::string& out) {
 
 void ShownTimes::append_date(long long moment, std::string& out) {
   char text[10];
-  out.append(text, write_date(ClockMoment(moment + zone_.offset_at(moment)).day, text));
+  out.append(text, write_date(ClockMoment(moment).day, text));
 }
 
 void ShownTimes::append_clock(long long moment, std::string& out) {
   char text[8];
-  out.append(text, write_clock(ClockMoment(moment + zone_.offset_at(moment)).second, text));
+  out.append(text, write_clock(ClockMoment(moment).second, text));
 }
 
 std::size_t ShownTimes::columns() {

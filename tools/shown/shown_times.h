@@ -28,10 +28,11 @@ class ShownTimes {
   void append(long long moment, std::string& out) { append(moment, {}, out); }
   /// `fraction` stands behind the second, with its point (".123456789"); not in the style kLocale.
   void append(long long moment, std::string_view fraction, std::string& out);
-  /// On the reader's clock, as 2026-11-21 09:15:30, and the parts of it.
+  /// On the reader's clock, as 2026-11-21 09:15:30.
   void append_local(long long moment, std::string& out);
-  void append_date(long long moment, std::string& out);
-  void append_clock(long long moment, std::string& out);
+  /// The date and the time of day in GMT, where values of the types Date and Time have them, whoever reads them.
+  static void append_date(long long moment, std::string& out);
+  static void append_clock(long long moment, std::string& out);
 
   /// The columns that most moments take, without a fraction.
   std::size_t columns();

@@ -94,8 +94,8 @@ TEST_F(PresentationTest, Long_HasEverything) {
             "  S4: -2147483648 (SInt4)\n"
             "  F: 0.1 (Float)\n"
             "  C: \"a\\\"b\\\\n\" (Char32)\n"
-            "  D: 2026-11-22 (Date)\n"
-            "  T: 02:00:30 (Time)\n"
+            "  D: 2026-11-21 (Date)\n"
+            "  T: 20:15:30 (Time)\n"
             "  S: 2026-11-22T02:00:30+05:45 (Timestamp)\n"
             "  mask 0x00000001, line 1\n"
             "\n");
@@ -180,7 +180,7 @@ TEST_F(PresentationTest, Format_HasFieldsForEverything) {
             "A volume has no free blocks left.\n");
   EXPECT_EQ(formatted("{Name}{attribute:Free}{{{attribute:time}}}{COMPUTER_NAME}"), "vol10{-}-\n");
   EXPECT_EQ(formatted("{B} {U1} {S1} {U2} {S2} {U4} {S4} {F} {C} {D} {T} {S}", kKinds),
-            "true 255 -128 65535 -32768 4294967295 -2147483648 0.1 a\"b\\n 2026-11-22 02:00:30 "
+            "true 255 -128 65535 -32768 4294967295 -2147483648 0.1 a\"b\\n 2026-11-21 20:15:30 "
             "2026-11-22T02:00:30+05:45\n");
 }
 
