@@ -1,5 +1,6 @@
 #include "tools/shown/shown_times.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstring>
 #include <utility>
@@ -19,9 +20,11 @@ namespace qzlog_tool {
 namespace {
 
 constexpr long kSecondsPerMinute = 60;
-constexpr long long kSecondsPerDay = 86400;
-/// A Wednesday in September, which is long in most languages.
-constexpr long long kSampleMoment = 1'790'171'730;
+constexpr long kSecondsPerHour = 3600;
+constexpr long long kSecondsPerDay = 24 * kSecondsPerHour;
+/// 2026-01-01 00:15:30
+constexpr long long kSampleMoment = 1'767'226'530;
+constexpr std::size_t kFractionColumns = 10;
 
 char* write_pair(char* target, unsigned below_100) {
   *target++ = static_cast<char>('0' + below_100 / 10);
@@ -85,6 +88,19 @@ class ShownTimes::LocaleFormat {
   void append(long long clock_seconds, std::string& out) {
     if (!has_text_ || clock_seconds != second_) format(clock_seconds);
     out += text_;
+  }
+
+  /// Of the widest text in a year. A step of ten days meets two digits of a day in each month of whatever calendar, and
+  /// the hours are two digits wide with each half of the day, and noon.
+  std::size_t columns() {
+    std::size_t widest = 0;
+    for (long day = 0; day < 366; day += 10) {
+      for (const long hour : {10L, 12L, 22L}) {
+        format(kSampleMoment + day * kSecondsPerDay + hour * kSecondsPerHour);
+        widest = std::max(widest, qzlog_compiler::display_width(text_));
+      }
+    }
+    return widest;
   }
 
  private:
@@ -175,9 +191,14 @@ void ShownTimes::append_clock(long long moment, std::string& out) {
 }
 
 std::size_t ShownTimes::columns() {
+  if (style_ == TimeStyle::kLocale) return format_->columns();
   std::string sample;
   append(kSampleMoment, sample);
-  return qzlog_compiler::display_width(sample);
+  return sample.size();
+}
+
+std::size_t ShownTimes::columns_with_fraction() {
+  return columns() + (style_ == TimeStyle::kLocale ? 0 : kFractionColumns);
 }
 
 bool read_moment(const char* text, WrittenMoment& moment) {

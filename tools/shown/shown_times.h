@@ -34,8 +34,9 @@ class ShownTimes {
   static void append_date(long long moment, std::string& out);
   static void append_clock(long long moment, std::string& out);
 
-  /// The columns that most moments take, without a fraction.
+  /// The columns that the widest moments take, without a fraction and with one of nine digits.
   std::size_t columns();
+  std::size_t columns_with_fraction();
 
  private:
   class LocaleFormat;

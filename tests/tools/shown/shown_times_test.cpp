@@ -2,12 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <ctime>
 #include <string>
 
 #include "tests/support/scoped_environment.h"
 #include "tests/support/seeded_random.h"
+#include "tools/compiler/text/display_width.h"
 #include "tools/options/reader_zone.h"
 
 namespace {
@@ -57,6 +59,31 @@ TEST(ShownTimes, Parts_AreInGmt) {
   ShownTimes::append_clock(kMoment, out += ' ');
   EXPECT_EQ(out, "2026-11-21T14:13:50.125+05:45 2026-11-21 14:13:50 2026-11-21 08:28:50");
   EXPECT_EQ(times.columns(), 25u);
+}
+
+TEST(ShownTimes, Columns_AreThoseOfTheWidestMoments) {
+  for (const char* const locale : {"en_US", "de_DE", "fr_FR", "ja_JP", "zh_TW", "ko_KR", "bg_BG", "ar_EG", "my", "am",
+                                   "de_DE@calendar=hebrew", "en_US@calendar=islamic", "zh_CN@calendar=chinese"}) {
+    ShownTimes times(ReaderZone::named("Asia/Kathmandu"), TimeStyle::kLocale, locale);
+    const std::size_t columns = times.columns();
+    std::size_t widest = 0;
+    for (long long moment = kMoment; moment < kMoment + 366 * 86400; moment += 3 * 3600) {
+      std::string out;
+      times.append(moment, out);
+      widest = std::max(widest, qzlog_compiler::display_width(out));
+    }
+    EXPECT_GE(columns, widest) << locale;
+    EXPECT_LE(columns, widest + 2) << locale;
+  }
+  ShownTimes american(ReaderZone::utc(), TimeStyle::kLocale, "en_US");
+  EXPECT_EQ(american.columns(), std::string("Nov 21, 2026, 10:15:30 PM").size());
+}
+
+TEST(ShownTimes, ColumnsWithAFraction_AreThoseToo) {
+  ShownTimes iso(ReaderZone::utc(), TimeStyle::kIso);
+  EXPECT_EQ(iso.columns_with_fraction(), std::string("2026-11-21T08:28:50.123456789Z").size());
+  ShownTimes locale(ReaderZone::utc(), TimeStyle::kLocale, "de_DE");
+  EXPECT_EQ(locale.columns_with_fraction(), locale.columns());
 }
 
 /// What the C library makes of it.
