@@ -205,6 +205,17 @@ TEST_F(Stats, LinesThatAreWrong_AreToldAndNotCounted) {
   EXPECT_EQ(stats("wrong.jsonl").status, 1);
 }
 
+TEST_F(Stats, ValuesOfWideCharacters_AreAlignedAndFit) {
+  write("wide.jsonl",
+        "{\"id\":2,\"attributes\":{\"Name\":\"\u30C7\u30A3\u30B9\u30AF\"}}\n"
+        "{\"id\":2,\"attributes\":{\"Name\":\"vol1\"}}\n");
+  EXPECT_EQ(run("COLUMNS=60 $QZLOG stats --definitions d.yaml --by Name wide.jsonl").out,
+            "Name      count    share  first seen  last seen\n"
+            "vol1          1   50.0 %  -           -          ███████████\n"
+            "\u30C7\u30A3\u30B9\u30AF      1   50.0 %  -           -          ███████████\n"
+            "total         2  100.0 %  -           -\n");
+}
+
 TEST_F(Stats, NothingToCount_IsATableWithoutGroups) {
   write("empty.jsonl", "");
   const CommandResult result = stats("empty.jsonl");
