@@ -78,7 +78,7 @@ std::size_t columns_of(const FieldChoice& choice, const ShownEvents& events, Sho
     case ShownField::kSummary:
       return kWidestMessage;
     case ShownField::kAttribute:
-      return columns_of_type(events.type_of(choice.name), times);
+      return columns_of_type(events.type_of(choice.attribute), times);
     default:
       return kWidestText;
   }
@@ -93,7 +93,7 @@ bool is_flush_right(const FieldChoice& choice, const ShownEvents& events) {
     case ShownField::kLine:
       return true;
     case ShownField::kAttribute:
-      return is_number(events.type_of(choice.name));
+      return is_number(events.type_of(choice.attribute));
     default:
       return false;
   }

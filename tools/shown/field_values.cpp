@@ -157,7 +157,7 @@ bool FieldValues::append(const FieldChoice& choice, const ShownLine& shown, std:
     case ShownField::kWritten:
       return append_time(choice.field, line, out);
     case ShownField::kAttribute:
-      return is_entry(line) && append_attribute(line.GetEntry(), choice.name.c_str(), times_, out);
+      return is_entry(line) && append_attribute(line.GetEntry(), choice.attribute.c_str(), times_, out);
     case ShownField::kLevel:
     case ShownField::kLevelName:
     case ShownField::kId:

@@ -180,11 +180,9 @@ bool LineFormat::shows_message() const {
 }
 
 std::vector<std::string> LineFormat::remarks() const {
-  std::vector<std::string> remarks;
-  for (const Piece& piece : pieces_) {
-    if (piece.choice.hides_attribute) remarks.push_back(remark_of_hidden(piece.choice.name));
-  }
-  return remarks;
+  std::vector<FieldChoice> choices;
+  for (const Piece& piece : pieces_) choices.push_back(piece.choice);
+  return remarks_of_hidden(choices);
 }
 
 }  // namespace qzlog_tool

@@ -28,7 +28,7 @@ class LineFormat {
   void append(const ShownLine& shown, bool for_terminal, FieldValues& values, std::string& out);
 
   bool shows_message() const;
-  /// For each field that hides an attribute of its name, what there is to say.
+  /// What there is to say of fields that hide attributes of their names.
   std::vector<std::string> remarks() const;
 
  private:

@@ -45,13 +45,13 @@ std::optional<FieldChoice> find_field(std::string_view name, const ShownEvents& 
   if (name.starts_with(kAttributePrefix)) {
     const std::string_view attribute = name.substr(kAttributePrefix.size());
     if (!events.has_attribute(attribute)) return std::nullopt;
-    return FieldChoice{ShownField::kAttribute, std::string(attribute)};
+    return FieldChoice{ShownField::kAttribute, std::string(name), std::string(attribute)};
   }
   const auto* const found =
       std::find_if(std::begin(kFields), std::end(kFields), [&](const FieldName& each) { return each.name == name; });
-  if (found != std::end(kFields)) return FieldChoice{found->field, std::string(name), events.has_attribute(name)};
+  if (found != std::end(kFields)) return FieldChoice{found->field, std::string(name), "", events.has_attribute(name)};
   if (!events.has_attribute(name)) return std::nullopt;
-  return FieldChoice{ShownField::kAttribute, std::string(name)};
+  return FieldChoice{ShownField::kAttribute, std::string(name), std::string(name)};
 }
 
 std::vector<std::string_view> field_names() {
@@ -60,8 +60,16 @@ std::vector<std::string_view> field_names() {
   return names;
 }
 
-std::string remark_of_hidden(const std::string& name) {
-  return "'" + name + "' is the field; the attribute of that name is 'attribute:" + name + "'";
+std::vector<std::string> remarks_of_hidden(const std::vector<FieldChoice>& choices) {
+  std::vector<std::string> remarks;
+  for (const FieldChoice& choice : choices) {
+    if (!choice.hides_attribute) continue;
+    const auto is_hidden = [&](const FieldChoice& other) { return other.attribute == choice.name; };
+    if (std::any_of(choices.begin(), choices.end(), is_hidden)) continue;
+    remarks.push_back("'" + choice.name + "' is the field; the attribute of that name is 'attribute:" + choice.name +
+                      "'");
+  }
+  return remarks;
 }
 
 UnknownField describe_unknown_field(std::string_view name, const ShownEvents& events) {

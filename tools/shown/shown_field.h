@@ -34,7 +34,8 @@ enum class ShownField {
 
 struct FieldChoice {
   ShownField field = ShownField::kMessage;
-  std::string name;  ///< as it was asked for; of an attribute its own
+  std::string name;            ///< as it was asked for
+  std::string attribute = {};  ///< an attribute's own
   /// The events have an attribute of this name too, which is not meant.
   bool hides_attribute = false;
 };
@@ -46,9 +47,9 @@ std::optional<FieldChoice> find_field(std::string_view name, const ShownEvents& 
 /// The names of all fields, without attributes.
 std::vector<std::string_view> field_names();
 
-/// What to say of a field that hides an attribute: "'time' is the field; the attribute of that name is
-/// 'attribute:time'".
-std::string remark_of_hidden(const std::string& name);
+/// What to say of fields that hide attributes, unless these are among the choices too: "'time' is the field; the
+/// attribute of that name is 'attribute:time'".
+std::vector<std::string> remarks_of_hidden(const std::vector<FieldChoice>& choices);
 
 /// "unknown field 'mesage'", and "did you mean 'message'?" or what there is.
 struct UnknownField {

@@ -43,9 +43,8 @@ void tell_remark(std::string_view option, const std::string& remark) {
 std::vector<FieldChoice> columns_of(const ShownOptions& options, std::string_view usual, const ShownEvents& events) {
   std::vector<FieldChoice> columns =
       read_columns(options.columns.empty() ? usual : std::string_view(options.columns), events);
-  for (const FieldChoice& column : columns) {
-    if (column.hides_attribute && !options.columns.empty()) tell_remark("--columns", remark_of_hidden(column.name));
-  }
+  if (options.columns.empty()) return columns;
+  for (const std::string& remark : remarks_of_hidden(columns)) tell_remark("--columns", remark);
   return columns;
 }
 

@@ -144,6 +144,8 @@ TEST_F(PresentationTest, Csv_HasAHeadingAndQuotes) {
   EXPECT_EQ(show(kKinds, options), "id,C,Name,F\r\n7,\"a\"\"b\\n\",,0.1\r\n");
   options.columns = "Name";
   EXPECT_EQ(show(kKinds, options), "Name\r\n\"\"\r\n");
+  options.columns = "id,attribute:Name,Name";
+  EXPECT_EQ(show(kFull, options), "id,attribute:Name,Name\r\n1001,vol1,vol1\r\n");
 }
 
 TEST_F(PresentationTest, Table_IsAsWideAsTheDefinitionsSay) {
@@ -247,6 +249,21 @@ TEST_F(PresentationTest, FieldThatHidesAnAttribute_SaysSo) {
   formatted("{time}");
   EXPECT_EQ(testing::internal::GetCapturedStderr(),
             "qzlog: --format: 'time' is the field; the attribute of that name is 'attribute:time'\n");
+  ShownOptions options = output("csv");
+  options.columns = "time";
+  testing::internal::CaptureStderr();
+  show("", options);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "qzlog: --columns: 'time' is the field; the attribute of that name is 'attribute:time'\n");
+}
+
+TEST_F(PresentationTest, FieldAndTheAttributeThatItHides_NeedNoWord) {
+  ShownOptions options = output("csv");
+  options.columns = "time,attribute:time,time";
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(show("", options), "time,attribute:time,time\r\n");
+  formatted("{attribute:time} {time}");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
 }  // namespace
