@@ -18,12 +18,32 @@ constexpr std::string_view kGap = "  ";
 constexpr std::size_t kWidestName = 40;
 constexpr std::size_t kWidestText = 24;
 constexpr std::size_t kWidestMessage = 60;     // where something stands behind it
-constexpr std::size_t kNarrowestMessage = 16;  // before other columns are made narrower
+constexpr std::size_t kNarrowestMessage = 16;  // before other texts are made narrower
 constexpr std::size_t kNarrowestColumn = 5;
 
 bool has_message(const FieldChoice& choice) { return choice.field == ShownField::kMessage; }
 
 bool is_number(qz_AttributeType type) { return type >= TypeUInt1 && type <= TypeFloat; }
+
+/// Whether what stands in a column can be read when its end is cut off.
+bool is_text(const FieldChoice& choice, const ShownEvents& events) {
+  switch (choice.field) {
+    case ShownField::kMessage:
+    case ShownField::kSummary:
+    case ShownField::kName:
+    case ShownField::kWriter:
+    case ShownField::kHost:
+    case ShownField::kDefinitions:
+    case ShownField::kFile:
+      return true;
+    case ShownField::kAttribute: {
+      const qz_AttributeType type = events.type_of(choice.attribute);
+      return type >= TypeChar32 && type <= TypeMBChar2K;
+    }
+    default:
+      return false;
+  }
+}
 
 /// The characters of the longest value of a type, as far as there is one.
 std::size_t columns_of_type(qz_AttributeType type, ShownTimes& times) {
@@ -56,8 +76,9 @@ std::size_t columns_of_type(qz_AttributeType type, ShownTimes& times) {
 std::size_t columns_of(const FieldChoice& choice, const ShownEvents& events, ShownTimes& times) {
   switch (choice.field) {
     case ShownField::kTime:
-    case ShownField::kWritten:
       return times.columns();
+    case ShownField::kWritten:
+      return times.columns_with_fraction();
     case ShownField::kLocalTime:
       return 19;
     case ShownField::kLevel:
@@ -149,36 +170,70 @@ TablePresentation::TablePresentation(std::vector<FieldChoice> columns, const Sho
                                      const ShownEvents& events, ShownTimes& times)
     : place_(place), values_(events, times) {
   for (FieldChoice& choice : columns) {
-    CellLayout layout;
-    layout.columns = std::max(columns_of(choice, events, times), cell_columns(choice.name));
-    if (is_flush_right(choice, events)) layout.alignment = CellAlignment::kRight;
-    columns_.push_back({std::move(choice), layout});
+    Column column;
+    const std::size_t values = columns_of(choice, events, times);
+    column.is_text = is_text(choice, events);
+    column.layout.columns = std::max(values, cell_columns(choice.name));
+    column.least = column.is_text ? std::min(kNarrowestColumn, column.layout.columns) : values;
+    if (is_flush_right(choice, events)) column.layout.alignment = CellAlignment::kRight;
+    column.choice = std::move(choice);
+    columns_.push_back(std::move(column));
   }
   if (place.columns > 0) fit(place.columns);
+  for (Column& column : columns_) column.title = column.layout;
+  if (place.columns > 0) cut_texts();
   // Nothing stands behind the last column.
   Column& last = columns_.back();
-  if (last.layout.alignment == CellAlignment::kLeft) last.layout.columns = 0;
+  if (last.layout.alignment == CellAlignment::kLeft) last.layout.columns = last.title.columns = 0;
 }
 
-/// Gives the messages what is left, and takes from the widest columns where that is too little.
+/// Gives the messages what is left. Where that is too little, texts become narrower, then the titles of what is none,
+/// whose values stay whole.
 void TablePresentation::fit(std::size_t columns) {
+  leave_out(columns);
   std::size_t sum = kGap.size() * (columns_.size() - 1);
   for (Column& column : columns_) {
     if (has_message(column.choice)) column.layout.columns = kNarrowestMessage;
     sum += column.layout.columns;
   }
-  const auto by_width = [](const Column& one, const Column& other) {
-    return one.layout.columns < other.layout.columns;
-  };
-  for (; sum > columns; --sum) {
-    std::size_t& widest = std::max_element(columns_.begin(), columns_.end(), by_width)->layout.columns;
-    if (widest <= kNarrowestColumn) break;
-    --widest;
-  }
+  while (sum > columns && (narrow_widest(true) || narrow_widest(false))) --sum;
   const auto message =
       std::find_if(columns_.begin(), columns_.end(), [](const Column& column) { return has_message(column.choice); });
   if (message != columns_.end() && sum < columns) message->layout.columns += columns - sum;
-  for (Column& column : columns_) column.layout.most_columns = column.layout.columns;
+}
+
+/// Leaves out the last columns that have no room even when they are narrow; messages stay longest.
+void TablePresentation::leave_out(std::size_t columns) {
+  std::size_t sum = 0;
+  for (const Column& column : columns_) sum += column.least + kGap.size();
+  while (sum > columns + kGap.size() && columns_.size() > 1) {
+    const auto is_other = [](const Column& column) { return !has_message(column.choice); };
+    const auto other = std::find_if(columns_.rbegin(), columns_.rend(), is_other);
+    const auto out = other == columns_.rend() ? columns_.end() - 1 : other.base() - 1;
+    sum -= out->least + kGap.size();
+    left_out_.insert(0, out->choice.name + (left_out_.empty() ? "" : ", "));
+    columns_.erase(out);
+  }
+}
+
+/// Takes a column from the widest of the texts, or of the others. False where none of them can be narrower.
+bool TablePresentation::narrow_widest(bool texts) {
+  Column* widest = nullptr;
+  for (Column& column : columns_) {
+    if (column.is_text != texts || column.layout.columns <= column.least) continue;
+    if (widest == nullptr || column.layout.columns >= widest->layout.columns) widest = &column;
+  }
+  if (widest == nullptr) return false;
+  --widest->layout.columns;
+  return true;
+}
+
+/// Other values move the rest of their line, of which the end is cut off.
+void TablePresentation::cut_texts() {
+  for (Column& column : columns_) {
+    column.title.most_columns = column.title.columns;
+    if (column.is_text) column.layout.most_columns = column.layout.columns;
+  }
 }
 
 bool TablePresentation::shows_message() const {
@@ -188,7 +243,7 @@ bool TablePresentation::shows_message() const {
 void TablePresentation::append_heading(std::string& out) {
   row_.clear();
   for (std::size_t index = 0; index < columns_.size(); ++index)
-    append_row_cell(index, columns_[index].choice.name, row_);
+    append_row_cell(index, columns_[index].choice.name, columns_[index].title, row_);
   append_row(out);
 }
 
@@ -197,16 +252,17 @@ std::size_t TablePresentation::append(const ShownLine& shown, std::string& out) 
   for (std::size_t index = 0; index < columns_.size(); ++index) {
     value_.clear();
     if (!values_.append(columns_[index].choice, shown, value_)) value_ = kNoValue;
-    append_row_cell(index, value_, row_);
+    append_row_cell(index, value_, columns_[index].layout, row_);
   }
   return append_row(out);
 }
 
-void TablePresentation::append_row_cell(std::size_t column, std::string_view value, std::string& out) {
+void TablePresentation::append_row_cell(std::size_t column, std::string_view value, const CellLayout& layout,
+                                        std::string& out) {
   if (column > 0) out += kGap;
   safe_.clear();
   append_safely(value, place_.is_terminal ? CellSafety::kTerminal : CellSafety::kLine, safe_);
-  append_cell(safe_, columns_[column].layout, out);
+  append_cell(safe_, layout, out);
 }
 
 /// Without blanks at its end, and no wider than the place. Returns its bytes without the line end.

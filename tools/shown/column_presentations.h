@@ -38,7 +38,8 @@ class CsvPresentation : public Presentation {
 };
 
 /// Values under titles. How wide a column is follows from the definitions, so that a line is shown when it comes: a
-/// value that is longer moves the rest of its line, or is cut where the place has a width. Numbers stand on the right.
+/// value that is longer moves the rest of its line; texts are cut instead where the place has a width, and so are
+/// lines. Numbers stand on the right.
 class TablePresentation : public Presentation {
  public:
   TablePresentation(std::vector<FieldChoice> columns, const ShownPlace& place, const ShownEvents& events,
@@ -48,17 +49,27 @@ class TablePresentation : public Presentation {
   void append_heading(std::string& out) override;
   std::size_t append(const ShownLine& shown, std::string& out) override;
 
+  /// The names of columns that the place has no room for, with commas between; "" where it has them all.
+  const std::string& left_out() const { return left_out_; }
+
  private:
   struct Column {
     FieldChoice choice;
     CellLayout layout;
+    CellLayout title;
+    bool is_text = false;
+    std::size_t least = 0;  ///< as narrow as it can be
   };
 
   void fit(std::size_t columns);
-  void append_row_cell(std::size_t column, std::string_view value, std::string& out);
+  void leave_out(std::size_t columns);
+  bool narrow_widest(bool texts);
+  void cut_texts();
+  void append_row_cell(std::size_t column, std::string_view value, const CellLayout& layout, std::string& out);
   std::size_t append_row(std::string& out);
 
   std::vector<Column> columns_;
+  std::string left_out_;
   ShownPlace place_;
   FieldValues values_;
   std::string value_;

@@ -48,6 +48,15 @@ std::vector<FieldChoice> columns_of(const ShownOptions& options, std::string_vie
   return columns;
 }
 
+std::unique_ptr<Presentation> table_of(const ShownOptions& options, const ShownPlace& place, const ShownEvents& events,
+                                       ShownTimes& times) {
+  auto table = std::make_unique<TablePresentation>(columns_of(options, kTableColumns, events), place, events, times);
+  if (!table->left_out().empty()) {
+    tell_remark("--output table", std::to_string(place.columns) + " columns have no room for " + table->left_out());
+  }
+  return table;
+}
+
 LineFormat format_of(const ShownOptions& options, const ShownEvents& events) {
   if (options.format.empty()) return LineFormat(kShortFormat, events);
   LineFormat format(options.format, events);
@@ -137,9 +146,7 @@ std::unique_ptr<Presentation> make_presentation(const ShownOptions& options, con
   if (options.output == "csv") {
     return std::make_unique<CsvPresentation>(columns_of(options, kCsvColumns, events), events, times);
   }
-  if (options.output == "table") {
-    return std::make_unique<TablePresentation>(columns_of(options, kTableColumns, events), place, events, times);
-  }
+  if (options.output == "table") return table_of(options, place, events, times);
   return std::make_unique<FormatPresentation>(format_of(options, events), place, events, times);
 }
 

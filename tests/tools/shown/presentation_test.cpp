@@ -168,9 +168,49 @@ TEST_F(PresentationTest, TableOnATerminal_FitsIt) {
       at = end + 1;
     }
   }
-  EXPECT_EQ(show(kFull, output("table"), {true, 40}),
-            "time      level_n\u2026  name       message\n"
-            "2026-11\u2026  error     DISK_FULL  Disk vol\u2026\n");
+}
+
+TEST_F(PresentationTest, NarrowTable_TakesFromTextsFirst) {
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(show(kFull, output("table"), {true, 60}),
+            "time                       level_name  name       message\n"
+            "2026-11-21T14:00:29+05:45  error       DISK_FULL  Disk vol1\u2026\n");
+  EXPECT_EQ(show(kFull, output("table"), {true, 50}),
+            "time                       level_na\u2026  name   mess\u2026\n"
+            "2026-11-21T14:00:29+05:45  error      DISK\u2026  Disk\u2026\n");
+  ShownOptions options = output("table");
+  options.columns = "Name,U4,F,written,mask";
+  EXPECT_EQ(show(std::string(kFull) + std::string(kKinds), options, {true, 80}),
+            "Name           U4             F  written                              mask\n"
+            "vol1            -             -  2026-11-21T14:00:30.000120000+05:45  0x00000005\n"
+            "-      4294967295           0.1  -                                    0x00000001\n");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+TEST_F(PresentationTest, ColumnsThatHaveNoRoom_AreLeftOutAndTold) {
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(show(kFull, output("table"), {true, 46}),
+            "time                       level_name  message\n"
+            "2026-11-21T14:00:29+05:45  error       Disk v\u2026\n");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "qzlog: --output table: 46 columns have no room for name\n");
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(show(kFull, output("table"), {true, 38}),
+            "time                       message\n"
+            "2026-11-21T14:00:29+05:45  Disk vol1 \u2026\n");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "qzlog: --output table: 38 columns have no room for level_name, name\n");
+}
+
+// What is too wide for the place is the end of the line, and cut there.
+TEST_F(PresentationTest, NumberThatIsLongerThanItsColumn_IsWhole) {
+  ShownOptions options = output("table");
+  options.columns = "F,seq,message";
+  const std::string line =
+      R"({"writer":"w/1/x","seq":12345678901234567890,"id":7,"attributes":{"F":-1.2345678901234567e-100}})"
+      "\n";
+  EXPECT_EQ(show(line, options, {true, 60}),
+            "           F       seq  message\n"
+            "-1.2345678901234567e-100  12345678901234567890  Kinds\n");
 }
 
 TEST_F(PresentationTest, Format_HasFieldsForEverything) {
