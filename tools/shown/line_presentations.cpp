@@ -27,6 +27,22 @@ void append_open_object(std::string_view source, std::string& out) {
   std::replace(out.begin() + static_cast<std::ptrdiff_t>(begin), out.end(), '\r', ' ');
 }
 
+/// Whether a line has a member of this name. Where it stands within a text, the quotes around it are escaped.
+bool has_member(std::string_view line, std::string_view name) {
+  const std::string quoted = '"' + std::string(name) + '"';
+  for (std::size_t at = line.find(quoted); at != std::string_view::npos; at = line.find(quoted, at + 1)) {
+    const std::size_t behind = line.find_first_not_of(kJsonBlanks, at + quoted.size());
+    if (behind != std::string_view::npos && line[behind] == ':') return true;
+  }
+  return false;
+}
+
+/// Whether an attribute was set for the entry's time, by this process: it says where the reader is, not the writer.
+bool is_set_by_time(const qz_LOG_EntryLine& line, std::string_view name) {
+  if (!line.HasTime() || (name != "TIMEZONE_DIFFERENCE" && name != "DAYLIGHT_SAVING_ACTIVE")) return false;
+  return !has_member({line.GetSource(), line.GetSourceLength()}, name);
+}
+
 void append_text_member(std::string_view name, std::string_view text, std::string& out) {
   out.append(",\"").append(name).append("\":");
   qzlog::append_json_text(text, out);
@@ -70,7 +86,7 @@ std::size_t LongPresentation::append(const ShownLine& shown, std::string& out) {
   out += '\n';
   if (is_entry(shown.line)) {
     append_summary(shown, out);
-    append_attributes(shown.line.GetEntry(), out);
+    append_attributes(shown.line, out);
   }
   append_origin(shown, out);
   out += '\n';
@@ -102,16 +118,18 @@ void LongPresentation::append_summary(const ShownLine& shown, std::string& out) 
 }
 
 // In the order of the definitions; the library's own order is made anew for each entry.
-void LongPresentation::append_attributes(const qz_LOG_LogEntry& entry, std::string& out) {
-  const ShownEvent* const event = events_.find(entry.GetEntryID());
+void LongPresentation::append_attributes(const qz_LOG_EntryLine& line, std::string& out) {
+  const ShownEvent* const event = events_.find(line.GetEntry().GetEntryID());
   if (event != nullptr) {
-    for (const std::string& name : event->attributes) append_attribute_line(entry, name, out);
+    for (const std::string& name : event->attributes) append_attribute_line(line, name, out);
   }
-  for (const std::string& name : events_.globals()) append_attribute_line(entry, name, out);
+  for (const std::string& name : events_.globals()) append_attribute_line(line, name, out);
 }
 
 /// "Name: "vol1" (Char32)"; nothing for one that is not set.
-void LongPresentation::append_attribute_line(const qz_LOG_LogEntry& entry, const std::string& name, std::string& out) {
+void LongPresentation::append_attribute_line(const qz_LOG_EntryLine& line, const std::string& name, std::string& out) {
+  if (is_set_by_time(line, name)) return;
+  const qz_LOG_LogEntry& entry = line.GetEntry();
   qz_AttributeType type = TypeUnknown;
   value_.clear();
   if (entry.CheckAttribute(name.c_str(), type) != 0 || !append_attribute(entry, name.c_str(), times_, value_)) return;

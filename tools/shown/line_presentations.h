@@ -68,8 +68,8 @@ class LongPresentation : public Presentation {
  private:
   void append_title(const ShownLine& shown, std::string& out);
   void append_summary(const ShownLine& shown, std::string& out);
-  void append_attributes(const qz_LOG_LogEntry& entry, std::string& out);
-  void append_attribute_line(const qz_LOG_LogEntry& entry, const std::string& name, std::string& out);
+  void append_attributes(const qz_LOG_EntryLine& line, std::string& out);
+  void append_attribute_line(const qz_LOG_EntryLine& line, const std::string& name, std::string& out);
   void append_origin(const ShownLine& shown, std::string& out);
   void append_value(ShownField field, const ShownLine& shown, std::string& out);
 

@@ -77,8 +77,6 @@ TEST_F(PresentationTest, Long_HasEverything) {
             "  meaning: A volume has no free blocks left.\n"
             "  Name: \"vol1\" (MBChar2K)\n"
             "  Free: 0 (UInt4)\n"
-            "  TIMEZONE_DIFFERENCE: 345 (SInt2)\n"
-            "  DAYLIGHT_SAVING_ACTIVE: false (Bool)\n"
             "  mask 0x00000005, writer web1/4711/1795853730, seq 7, written 2026-11-21T14:00:30.000120000+05:45, "
             "definitions 0123456789abcdef, line 1\n"
             "\n");
@@ -104,6 +102,20 @@ TEST_F(PresentationTest, Long_HasEverything) {
             "  lost: 3 of entry ID 7, level 2\n"
             "  writer web1/4711/1795853730, seq 8, written 2026-11-21T14:00:31+05:45, line 1\n"
             "\n");
+}
+
+TEST_F(PresentationTest, Long_HasTheZoneOfTheClockWhereTheLineDoes) {
+  const auto has_zone = [&](const char* line) {
+    const std::string shown = show(line, output("long"));
+    return shown.find("  TIMEZONE_DIFFERENCE: 90 (SInt2)\n") != std::string::npos &&
+           shown.find("  DAYLIGHT_SAVING_ACTIVE: true (Bool)\n") != std::string::npos;
+  };
+  EXPECT_TRUE(has_zone("{\"id\":7,\"attributes\":{\"TIMEZONE_DIFFERENCE\":90,\"DAYLIGHT_SAVING_ACTIVE\":true}}\n"));
+  const std::string named =
+      show("{\"id\":7,\"time\":\"2026-11-21T08:15:29Z\",\"attributes\":{\"C\":\"\\\"TIMEZONE_DIFFERENCE\\\": 5\"}}\n",
+           output("long"));
+  EXPECT_EQ(named.find("  TIMEZONE_DIFFERENCE"), std::string::npos) << named;
+  EXPECT_EQ(named.find("  DAYLIGHT_SAVING_ACTIVE"), std::string::npos) << named;
 }
 
 TEST_F(PresentationTest, LineOfHeldEntries_IsNoEntryInAnyForm) {
