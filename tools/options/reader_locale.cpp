@@ -42,10 +42,21 @@ icu::Locale parse_name(const std::string& name) {
     return none;
   }
   const std::string plain = without_code_page(name);
-  if (plain.find('-') == std::string::npos) return icu::Locale::createCanonical(plain.c_str());
+  if (plain.substr(0, plain.find('@')).find('-') == std::string::npos)
+    return icu::Locale::createCanonical(plain.c_str());
   UErrorCode status = U_ZERO_ERROR;
   icu::Locale locale = icu::Locale::forLanguageTag(plain, status);
   return U_SUCCESS(status) ? icu::Locale::createCanonical(locale.getName()) : none;
+}
+
+/// Whether a name has keywords, as "de_DE@calendar=buddhist", or extensions, as "de-DE-u-ca-buddhist": the library's
+/// locales have none.
+bool has_keywords(const std::string& name) {
+  if (name.find('=') != std::string::npos) return true;
+  for (std::size_t at = name.find('-'); at != std::string::npos; at = name.find('-', at + 1)) {
+    if (at + 2 < name.size() && name[at + 2] == '-') return true;
+  }
+  return false;
 }
 
 /// What ICU has for numbers of a locale, which is as good as what it has for anything else.
@@ -83,7 +94,7 @@ std::vector<std::string> all_locales() {
   return names;
 }
 
-std::string language_of(const std::string& locale) { return locale.substr(0, locale.find('_')); }
+std::string language_of(const std::string& locale) { return locale.substr(0, locale.find_first_of("_@")); }
 
 /// The names of the bundles in a folder.
 std::vector<std::string> bundles_in(const std::string& folder) {
@@ -99,7 +110,7 @@ std::vector<std::string> bundles_in(const std::string& folder) {
 
 std::optional<ReaderLocale> find_reader_locale(const std::string& name) {
   ReaderLocale result;
-  if (qz_I18N_find_locale(name.c_str(), result.library)) {
+  if (!has_keywords(name) && qz_I18N_find_locale(name.c_str(), result.library)) {
     result.name = qz_I18N_get_locale_name(result.library);
     return result;
   }

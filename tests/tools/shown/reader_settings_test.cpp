@@ -39,6 +39,11 @@ TEST(ReaderLocale, NamesOfIcu_AreTaken) {
       {"pt", "pt", ""},
       {"de_XX", "de_XX", "de"},
       {"fr-JP", "fr_JP", "fr"},
+      {"de_DE@calendar=buddhist", "de_DE@calendar=buddhist", ""},
+      {"de_DE.UTF-8@calendar=buddhist", "de_DE@calendar=buddhist", ""},
+      {"de@calendar=buddhist", "de@calendar=buddhist", ""},
+      {"de-DE-u-ca-buddhist", "de_DE@calendar=buddhist", ""},
+      {"ja-JP-u-ca-japanese", "ja_JP@calendar=japanese", ""},
   };
   for (const auto& each : cases) {
     const auto locale = find_reader_locale(each.name);
@@ -107,6 +112,20 @@ TEST_F(ReaderSettings, LocaleThatTheLibraryLacks_IsThatOfMessagesToo) {
   EXPECT_EQ(shown_with(options), "Disk v is full: 12 blocks free\n");
 }
 
+TEST_F(ReaderSettings, Keywords_AreThoseOfTimesAndMessages) {
+  ShownOptions options;
+  options.format = "{time} {message}";
+  options.time_style = "locale";
+  options.utc = true;
+  for (const char* const name : {"de_DE@calendar=buddhist", "de-DE-u-ca-buddhist"}) {
+    options.locale = name;
+    EXPECT_NE(shown_with(options).find("21.11.2569 "), std::string::npos) << name << ": " << shown_with(options);
+    EXPECT_EQ(said_, "");
+  }
+  options.locale = "ar_EG@numbers=latn";
+  EXPECT_NE(shown_with(options).find("Disk v is full: 12 blocks free"), std::string::npos) << shown_with(options);
+}
+
 TEST_F(ReaderSettings, Fallback_IsTold) {
   ShownOptions options;
   options.locale = "ar-JP";
@@ -153,6 +172,7 @@ TEST_F(ReaderSettings, CatalogWithoutTheLanguage_IsTold) {
   };
   EXPECT_EQ(told("fr_FR"), "");
   EXPECT_EQ(told("fr-CA"), "");
+  EXPECT_EQ(told("fr@calendar=buddhist"), "");
   EXPECT_EQ(told(""), "");
   EXPECT_EQ(told("de-AT"), "qzlog: the catalog '" + catalog.path() +
                                "' has no messages for the locale 'de-AT'; what it falls back to is shown\n");
