@@ -29,10 +29,11 @@ void append_open_object(std::string_view source, std::string& out) {
 
 /// Whether a line has a member of this name. Where it stands within a text, the quotes around it are escaped.
 bool has_member(std::string_view line, std::string_view name) {
-  const std::string quoted = '"' + std::string(name) + '"';
-  for (std::size_t at = line.find(quoted); at != std::string_view::npos; at = line.find(quoted, at + 1)) {
-    const std::size_t behind = line.find_first_not_of(kJsonBlanks, at + quoted.size());
-    if (behind != std::string_view::npos && line[behind] == ':') return true;
+  for (std::size_t at = line.find(name, 1); at != std::string_view::npos; at = line.find(name, at + 1)) {
+    const std::string_view behind = line.substr(at + name.size());
+    if (line[at - 1] != '"' || !behind.starts_with('"')) continue;
+    const std::size_t next = behind.find_first_not_of(kJsonBlanks, 1);
+    if (next != std::string_view::npos && behind[next] == ':') return true;
   }
   return false;
 }

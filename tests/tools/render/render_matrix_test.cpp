@@ -224,7 +224,10 @@ TEST_P(RenderMatrix, EveryChoiceOnHostileValues_IsAsPythonHasItAndSafeOnATermina
     EXPECT_EQ(qzlog_test::first_unsafe_place(shown), "") << choice.options;
     if (std::string_view(kOutputs[GetParam()]).find("table") == std::string_view::npos) continue;
     std::istringstream lines(shown.substr(0, remark));
-    for (std::string line; std::getline(lines, line);) EXPECT_LE(qzlog_tool::cell_columns(line), kColumns) << line;
+    for (std::string line; std::getline(lines, line);) {
+      const bool is_said = line.starts_with("qzlog: --output table: ");  // which columns have no room
+      EXPECT_TRUE(is_said || qzlog_tool::cell_columns(line) <= kColumns) << line;
+    }
   }
   if (run("python3 -c 'import zoneinfo'").status != 0) GTEST_SKIP() << "no python3";
   const CommandResult checked = run("python3 script.py " + std::to_string(GetParam()));
