@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <initializer_list>
 #include <limits>
 #include <utility>
 #include <vector>
@@ -21,23 +22,46 @@ using qzlog_compiler::short_type_name;
 constexpr long long kLeastInteger = std::numeric_limits<long long>::min();
 constexpr long long kMostInteger = std::numeric_limits<long long>::max();
 
+/// Relations, a bit for each.
+class RelationSet {
+ public:
+  constexpr RelationSet(std::initializer_list<Relation> relations) {
+    for (const Relation relation : relations) bits_ |= bit(relation);
+  }
+  constexpr bool has(Relation relation) const { return (bits_ & bit(relation)) != 0; }
+
+ private:
+  static constexpr unsigned bit(Relation relation) { return 1U << static_cast<unsigned>(relation); }
+
+  unsigned bits_ = 0;
+};
+
+constexpr RelationSet kOfTruth = {Relation::kEqual, Relation::kNotEqual, Relation::kIn, Relation::kNotIn,
+                                  Relation::kExists};
+constexpr RelationSet kOfOrdered = {Relation::kEqual,       Relation::kNotEqual, Relation::kLess,
+                                    Relation::kLessOrEqual, Relation::kGreater,  Relation::kGreaterOrEqual,
+                                    Relation::kIn,          Relation::kNotIn,    Relation::kExists};
+constexpr RelationSet kOfTexts = {Relation::kEqual, Relation::kNotEqual, Relation::kMatches, Relation::kMatchesNot,
+                                  Relation::kIn,    Relation::kNotIn,    Relation::kExists};
+constexpr RelationSet kOfExistence = {Relation::kExists};
+
 /// What one kind of types can do.
 struct TypeKind {
   TypeSet types;
-  std::string_view relations;  ///< a blank before and behind each
+  RelationSet relations;
   std::string_view hint;
   std::string_view value;
 };
 
 constexpr TypeKind kKinds[] = {
-    {kBoolTypes, " = != in not_in exists ", "Bool has = != and in", "true or false"},
-    {kIntegerTypes, " = != < <= > >= in not_in exists ", "numbers have = != < <= > >= and in", "an integer"},
-    {kFloatTypes, " = != < <= > >= in not_in exists ", "numbers have = != < <= > >= and in", "a number"},
-    {kTextTypes, " = != ~ !~ in not_in exists ", "texts have = != ~ !~ and in", "a text in quotes"},
-    {kGuidTypes, " = != ~ !~ in not_in exists ", "a GUID has = != ~ !~ and in", "a text in quotes"},
-    {kTimeTypes, " = != < <= > >= in not_in exists ", "times have = != < <= > >= and in", "a time"},
+    {kBoolTypes, kOfTruth, "Bool has = != and in", "true or false"},
+    {kIntegerTypes, kOfOrdered, "numbers have = != < <= > >= and in", "an integer"},
+    {kFloatTypes, kOfOrdered, "numbers have = != < <= > >= and in", "a number"},
+    {kTextTypes, kOfTexts, "texts have = != ~ !~ and in", "a text in quotes"},
+    {kGuidTypes, kOfTexts, "a GUID has = != ~ !~ and in", "a text in quotes"},
+    {kTimeTypes, kOfOrdered, "times have = != < <= > >= and in", "a time"},
 };
-constexpr TypeKind kOtherKind = {TypeSet(), " exists ", "it can only be asked for with exists() and missing()",
+constexpr TypeKind kOtherKind = {TypeSet(), kOfExistence, "it can only be asked for with exists() and missing()",
                                  "nothing"};
 
 const TypeKind& kind_of(qz_AttributeType type) {
@@ -47,18 +71,11 @@ const TypeKind& kind_of(qz_AttributeType type) {
   return kOtherKind;
 }
 
-// In the order of Relation.
-constexpr std::string_view kRelationTexts[] = {"=", "!=", "<", "<=", ">", ">=", "~", "!~", "in", "not_in", "exists"};
-
-std::string_view relation_text(Relation relation) { return kRelationTexts[static_cast<std::size_t>(relation)]; }
-
-bool has_relation(const TypeKind& kind, Relation relation) {
-  const std::string wanted = ' ' + std::string(relation_text(relation)) + ' ';
-  return kind.relations.find(wanted) != std::string_view::npos;
-}
-
+/// In quotes, as an expression has it.
 std::string shown_relation(Relation relation) {
-  return relation == Relation::kNotIn ? "'not in'" : quoted(relation_text(relation));
+  // In the order of Relation.
+  constexpr std::string_view kTexts[] = {"=", "!=", "<", "<=", ">", ">=", "~", "!~", "in", "not in", "exists"};
+  return quoted(kTexts[static_cast<std::size_t>(relation)]);
 }
 
 struct IntegerBounds {
@@ -196,7 +213,7 @@ ComparedThing compared_attribute(const WrittenComparison& written, const KnownAt
   thing.stores_breaks = true;
   for (const auto& [type, place] : known.places) {
     const TypeKind& kind = kind_of(type);
-    if (!has_relation(kind, written.relation)) {
+    if (!kind.relations.has(written.relation)) {
       throw no_comparison(written.relation_offset,
                           thing.name + " is " + std::string(short_type_name(type)) + " in " + place +
                               ", which has no " + shown_relation(written.relation),
@@ -214,7 +231,7 @@ ComparedThing compared_field(const WrittenComparison& written, qz_AttributeType 
   thing.name = quoted("@" + written.operand.name);
   thing.types.add(type);
   thing.most = most;
-  if (!has_relation(kind, written.relation)) {
+  if (!kind.relations.has(written.relation)) {
     throw no_comparison(written.relation_offset, thing.name + " has no " + shown_relation(written.relation), kind.hint);
   }
   thing.type_text = thing.name;
