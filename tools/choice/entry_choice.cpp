@@ -4,11 +4,11 @@
 #include <limits>
 #include <utility>
 
-#include "qzlog/qz_time.h"
 #include "tools/choice/reader_moment.h"
 #include "tools/compiler/text/nearest_word.h"
 #include "tools/compiler/text/utf8_text.h"
 #include "tools/logs/event_name.h"
+#include "tools/logs/written_moment.h"
 #include "tools/options/option_checks.h"
 #include "tools/report/finding_printer.h"
 #include "tools/system/command_error.h"
@@ -132,8 +132,8 @@ bool EntryChoice::takes_entry(const qz_LOG_EntryLine& line) {
 
 bool EntryChoice::takes_loss(const qz_LOG_EntryLine& line) const {
   if (!takes_writer(line.GetWriter())) return false;
-  qz_Time written;
-  if (since_ && written.set_to_string_value(line.GetWritten()) && written.unix_seconds() < *since_) return false;
+  const std::optional<long long> written = since_ ? written_moment(line.GetWritten()) : std::nullopt;
+  if (written && *written < *since_) return false;
   for (std::size_t index = 0; index < line.GetLostCount(); ++index) {
     const qz_LOG_LostEntries lost = line.GetLost(index);
     if (takes_id(lost.id) && levels_.holds(lost.level) && !refused_events_.holds(lost.id)) return true;

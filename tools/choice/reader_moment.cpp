@@ -6,6 +6,7 @@
 #include <system_error>
 
 #include "qzlog/qz_time.h"
+#include "tools/logs/written_moment.h"
 
 namespace qzlog_tool {
 
@@ -58,10 +59,8 @@ std::optional<long long> moment_before(std::string_view text, long long now) {
 
 /// A text with its zone, or one that is read as GMT's.
 std::optional<long long> calendar_seconds(const std::string& text) {
-  qz_Time time;
-  time.set_GMT_time_mode(false);
-  if (!time.set_to_string_value(text.c_str()) || !time.is_GMT_time_mode()) return std::nullopt;
-  return in_range(time.unix_seconds());
+  const std::optional<long long> moment = written_moment(text.c_str());
+  return moment ? in_range(*moment) : std::nullopt;
 }
 
 /// The moment at which a clock shows so many seconds since it showed 1970-01-01 00:00:00. No zone changes twice in two

@@ -2,9 +2,9 @@
 
 #include <cstddef>
 
-#include "qzlog/qz_time.h"
 #include "tools/choice/raw_line.h"
 #include "tools/logs/line_members.h"
+#include "tools/logs/written_moment.h"
 
 namespace qzlog_tool {
 
@@ -14,24 +14,16 @@ constexpr std::size_t kMinuteSize = std::string_view("2026-11-21T08:15:").size()
 
 bool is_digit(char character) { return character >= '0' && character <= '9'; }
 
-/// Nothing for a text that names no moment, as one without a zone.
-std::optional<long long> parse(const std::string& text) {
-  qz_Time time;
-  time.set_GMT_time_mode(false);
-  if (!time.set_to_string_value(text.c_str()) || !time.is_GMT_time_mode()) return std::nullopt;
-  return time.unix_seconds();
-}
-
 }  // namespace
 
 // Most lines are of the minute of the line before.
 std::optional<long long> LineMoments::of_plain(std::string_view time) {
   const char tens = time[kMinuteSize];
   const char ones = time[kMinuteSize + 1];
-  if (!is_digit(tens) || !is_digit(ones)) return parse(std::string(time));
+  if (!is_digit(tens) || !is_digit(ones)) return written_moment(std::string(time).c_str());
   if (time.substr(0, kMinuteSize) != minute_) {
     minute_ = time.substr(0, kMinuteSize);
-    const std::optional<long long> begin = parse(minute_ + "00Z");
+    const std::optional<long long> begin = written_moment((minute_ + "00Z").c_str());
     if (!begin) {
       minute_.clear();
       return std::nullopt;
@@ -47,7 +39,7 @@ std::optional<long long> LineMoments::of(std::string_view line) {
   const std::optional<LineMembers> members = read_line_members(line);
   if (!members) return std::nullopt;
   const bool is_entry = members->id || !members->symbolic_id.empty();
-  return parse(is_entry ? members->time : members->written);
+  return written_moment((is_entry ? members->time : members->written).c_str());
 }
 
 }  // namespace qzlog_tool
