@@ -3,10 +3,12 @@
 #include <algorithm>
 #include <compare>
 #include <iterator>
+#include <variant>
 
 #include "tools/choice/reader_moment.h"
 #include "tools/compiler/text/nearest_word.h"
 #include "tools/compiler/text/utf8_text.h"
+#include "tools/logs/attribute_value.h"
 #include "tools/logs/event_name.h"
 
 namespace qzlog_tool {
@@ -49,36 +51,6 @@ const KnownAttribute& require_attribute(const Operand& operand, const KnownDefin
   if (find_field(operand.name) != nullptr) hint = "the line's own is '@" + operand.name + "'";
   throw ExpressionFault{ChoiceRule::kUndefinedAttribute, operand.offset,
                         "the definitions have no attribute " + quoted(operand.name), hint};
-}
-
-/// Reads an attribute that is there.
-template <class Value>
-Value read(const qz_LOG_LogEntry& entry, const char* name, bool (qz_LOG_LogEntry::*get)(const char*, Value&) const) {
-  Value value{};
-  (entry.*get)(name, value);
-  return value;
-}
-
-long long read_integer(const qz_LOG_LogEntry& entry, const char* name, qz_AttributeType type) {
-  switch (type) {
-    case TypeUInt1:
-      return read<unsigned char>(entry, name, &qz_LOG_LogEntry::GetAttrib1u);
-    case TypeSInt1:
-      return static_cast<signed char>(read<char>(entry, name, &qz_LOG_LogEntry::GetAttrib1));
-    case TypeUInt2:
-      return read<unsigned short>(entry, name, &qz_LOG_LogEntry::GetAttrib2u);
-    case TypeSInt2:
-      return read<short>(entry, name, &qz_LOG_LogEntry::GetAttrib2);
-    case TypeUInt4:
-      return read<unsigned int>(entry, name, &qz_LOG_LogEntry::GetAttrib4u);
-    default:
-      return read<int>(entry, name, &qz_LOG_LogEntry::GetAttrib4);
-  }
-}
-
-const char* read_text(const qz_LOG_LogEntry& entry, const char* name, qz_AttributeType type) {
-  if (type <= TypeChar2K) return read<const char*>(entry, name, &qz_LOG_LogEntry::GetAttribStr);
-  return read<const char*>(entry, name, &qz_LOG_LogEntry::GetAttribMBStr);
 }
 
 bool is_negative(Relation relation) {
@@ -164,21 +136,17 @@ bool Comparison::holds(const qz_LOG_EntryLine& line, StoredTexts& texts) const {
 }
 
 bool Comparison::holds_attribute(const qz_LOG_LogEntry& entry, StoredTexts& texts) const {
-  const char* const name = name_.c_str();
-  qz_AttributeType type = TypeUnknown;
-  if (entry.CheckAttribute(name, type) != 0) return false;
+  const AttributeValue own = read_attribute(entry, name_.c_str());
+  if (std::holds_alternative<std::monostate>(own)) return false;
   if (relation_ == Relation::kExists) return true;
-  if (kIntegerTypes.has(type)) return compare_integer(read_integer(entry, name, type));
-  if (kTextTypes.has(type)) {
-    const std::optional<std::string_view> text = texts.utf8(read_text(entry, name, type));
-    return text ? compare_text(*text) : is_negative(relation_);
+  if (const auto* const integer = std::get_if<long long>(&own)) return compare_integer(*integer);
+  if (const auto* const text = std::get_if<StoredText>(&own)) {
+    const std::optional<std::string_view> utf8 = texts.utf8(text->text);
+    return utf8 ? compare_text(*utf8) : is_negative(relation_);
   }
-  if (type == TypeBool) return compare(read<bool>(entry, name, &qz_LOG_LogEntry::GetAttribBool), &ComparedValue::truth);
-  if (type == TypeFloat) {
-    return compare(read<double>(entry, name, &qz_LOG_LogEntry::GetAttribFloat8), &ComparedValue::number);
-  }
-  if (!kTimeTypes.has(type)) return false;  // nothing can be put into others
-  return compare_moment(read<qz_Time>(entry, name, &qz_LOG_LogEntry::GetAttribTime).unix_seconds());
+  if (const auto* const truth = std::get_if<bool>(&own)) return compare(*truth, &ComparedValue::truth);
+  if (const auto* const number = std::get_if<double>(&own)) return compare(*number, &ComparedValue::number);
+  return compare_moment(std::get<StoredMoment>(own).seconds);
 }
 
 bool Comparison::holds_field(const qz_LOG_EntryLine& line) const {

@@ -1,12 +1,13 @@
 #include "tools/stats/grouping.h"
 
 #include <algorithm>
-#include <charconv>
 #include <utility>
+#include <variant>
 #include <vector>
 
 #include "tools/compiler/text/nearest_word.h"
 #include "tools/compiler/text/utf8_text.h"
+#include "tools/logs/attribute_value.h"
 #include "tools/logs/event_name.h"
 #include "tools/shown/field_values.h"
 #include "tools/system/command_error.h"
@@ -42,16 +43,11 @@ const KnownAttribute& require_attribute(const char* option, const std::string& n
 /// The remainder is not negative.
 long long remainder(long long number, long long divisor) { return (number % divisor + divisor) % divisor; }
 
-std::optional<double> number_of(const qz_LOG_LogEntry& entry, const char* name, ShownTimes& times, std::string& room) {
-  qz_AttributeType type = TypeUnknown;
-  if (entry.CheckAttribute(name, type) != 0) return std::nullopt;
-  double number = 0;
-  if (type == TypeFloat) return entry.GetAttribFloat8(name, number) ? std::optional(number) : std::nullopt;
-  if (!kIntegerTypes.has(type)) return std::nullopt;
-  room.clear();
-  if (!append_attribute(entry, name, times, room)) return std::nullopt;
-  std::from_chars(room.data(), room.data() + room.size(), number);
-  return number;
+std::optional<double> number_of(const qz_LOG_LogEntry& entry, const char* name) {
+  const AttributeValue value = read_attribute(entry, name);
+  if (const auto* const integer = std::get_if<long long>(&value)) return static_cast<double>(*integer);
+  if (const auto* const number = std::get_if<double>(&value)) return *number;
+  return std::nullopt;
 }
 
 }  // namespace
@@ -92,7 +88,7 @@ void Grouping::count(const qz_LOG_EntryLine& line, GroupTable& table) {
   Group& group = table.count(key_of(line));
   if (line.HasTime()) group.add_moment(entry.GetTimestamp(true).unix_seconds());
   if (counted_.numbers_of.empty()) return;
-  const std::optional<double> number = number_of(entry, counted_.numbers_of.c_str(), times_, value_);
+  const std::optional<double> number = number_of(entry, counted_.numbers_of.c_str());
   if (number) table.add_number(group, *number);
 }
 
@@ -119,8 +115,19 @@ GroupKey Grouping::key_of(const qz_LOG_EntryLine& line) {
     case GroupBy::kAttribute:
       break;
   }
+  return key_of_attribute(entry);
+}
+
+// Where an attribute has integers in some events only, groups are called by texts.
+GroupKey Grouping::key_of_attribute(const qz_LOG_LogEntry& entry) {
+  const char* const name = counted_.attribute.c_str();
+  const AttributeValue value = read_attribute(entry, name);
+  if (std::holds_alternative<std::monostate>(value)) return {};
+  if (const auto* const text = std::get_if<StoredText>(&value)) return GroupKey::of(std::string_view(text->text));
+  if (counted_.has_integers) return GroupKey::of(std::get<long long>(value));
   value_.clear();
-  return append_attribute(entry, counted_.attribute.c_str(), times_, value_) ? key_of_text(value_) : GroupKey();
+  append_attribute(entry, name, times_, value_);
+  return GroupKey::of(std::string_view(value_));
 }
 
 GroupKey Grouping::key_of(const ScannedEntry& entry) {
@@ -193,13 +200,6 @@ GroupKey Grouping::key_of_value(const ScannedValue& value) {
     append_signed_number(value.integer, value_);
   }
   return GroupKey::of(std::string_view(value_));
-}
-
-GroupKey Grouping::key_of_text(std::string_view text) const {
-  if (!counted_.has_integers) return GroupKey::of(text);
-  long long integer = 0;
-  std::from_chars(text.data(), text.data() + text.size(), integer);
-  return GroupKey::of(integer);
 }
 
 }  // namespace qzlog_tool

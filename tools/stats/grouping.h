@@ -63,10 +63,10 @@ class Grouping {
   GroupKey key_of(const qz_LOG_EntryLine& line);
   GroupKey key_of(const ScannedEntry& entry);
   GroupKey key_of_event(const qz_LOG_EntryLine& line) const;
+  GroupKey key_of_attribute(const qz_LOG_LogEntry& entry);
   GroupKey key_of_moment(long long moment);
   long long first_of_hour(long long moment, long offset);
   GroupKey key_of_value(const ScannedValue& value);
-  GroupKey key_of_text(std::string_view text) const;
 
   CountedBy counted_;
   const KnownDefinitions& known_;
