@@ -50,11 +50,12 @@ date is its beginning. They leave out entries without a time, and count them.
   Free < 10 and (Name ~ "vol*" or Reason = 10) and exists(Pool)
 Comparisons are = != < <= > >=, ~ and !~ for texts with the wildcards * and ?,
 in (1, 2), not in (1, 2), exists(Pool) and missing(Pool). Values are numbers,
-"texts", true, false, and times, in quotes or as 2026-11-21. @id, @level, @mask,
+"texts", true, false, and times, in quotes or as 2026-11-21; dates and times of
+day (08:15) in attributes are in GMT, as messages show them. @id, @level, @mask,
 @name, @seq, @time and @writer ask for the line's own. Names with other
-characters stand in backquotes. What the types of the definitions do not have is
-an error. An attribute that an entry does not have makes each comparison false,
-!= too, so that one may have to ask for
+characters stand in backquotes. What the definitions cannot make true is an
+error. An attribute that an entry does not have makes each comparison false, !=
+too, so that one may have to ask for
   missing(Pool) or Pool != "a"
 )";
 

@@ -159,14 +159,29 @@ void take_number(const Literal& literal, const ComparedThing& thing, ComparedVal
   if (!literal.negative || literal.magnitude == 0) value.natural = literal.magnitude;
 }
 
+/// Types whose values name a day.
+constexpr TypeSet kMomentTypes = [] {
+  TypeSet types(TypeDate, TypeDate);
+  types.add(TypeTimestamp);
+  return types;
+}();
+
+ExpressionFault no_time(const Literal& literal, TypeSet types) {
+  const bool has_moments = types.meets(kMomentTypes);
+  std::string hint = has_moments ? "times are " + std::string(kMomentForms) : "";
+  if (types.has(TypeTime)) hint += std::string(has_moments ? "; " : "") + "times of day are 08:15 and 08:15:30, in GMT";
+  return {ChoiceRule::kBadValue, literal.offset,
+          quoted(literal.text) + (has_moments ? " is no time" : " is no time of day"), std::move(hint)};
+}
+
 void take_moment(const Literal& literal, const ComparedThing& thing, const ReaderClock& clock, ComparedValue& value) {
+  value.time_of_day = find_time_of_day(literal.text);
+  value.day = find_day(literal.text, clock);
   value.moment = find_moment(literal.text, clock);
-  if (value.moment) {
-    value.moment_text = line_moment_text(*value.moment);
-  } else if (!thing.types.meets(kTextTypes)) {
-    throw ExpressionFault{ChoiceRule::kBadValue, literal.offset, quoted(literal.text) + " is no time",
-                          "times are " + std::string(kMomentForms)};
-  }
+  if (value.moment) value.moment_text = line_moment_text(*value.moment);
+  const bool is_taken =
+      (value.time_of_day && thing.types.has(TypeTime)) || (value.moment && thing.types.meets(kMomentTypes));
+  if (!is_taken && !thing.types.meets(kTextTypes)) throw no_time(literal, thing.types);
 }
 
 void take_text(const Literal& literal, Relation relation, const ComparedThing& thing, ComparedValue& value) {

@@ -19,9 +19,11 @@ struct ComparedValue {
   std::optional<std::uint64_t> natural;
   std::optional<double> number;
   std::optional<bool> truth;
-  std::optional<long long> moment;  ///< in seconds since 1970-01-01 00:00:00 GMT
-  std::string moment_text = {};     ///< the same as lines have it
-  std::optional<Wildcard> text;     ///< without wildcards where the relation does not know them
+  std::optional<long long> moment;       ///< in seconds since 1970-01-01 00:00:00 GMT
+  std::optional<long long> day;          ///< of a time without a time of day: days since 1970-01-01
+  std::optional<long long> time_of_day;  ///< of one without a day: seconds since midnight
+  std::string moment_text = {};          ///< the same as lines have it
+  std::optional<Wildcard> text;          ///< without wildcards where the relation does not know them
 };
 
 /// What values are compared with.

@@ -127,6 +127,16 @@ bool Comparison::compare_text(std::string_view own) const {
   return matches != is_negative(relation_);
 }
 
+// As messages show them: days and times of day in GMT.
+bool Comparison::compare_stored_moment(const StoredMoment& own) const {
+  if (own.type == TypeTime) return compare(time_of_day(own.seconds), &ComparedValue::time_of_day);
+  if (own.type != TypeDate) return compare_moment(own.seconds);
+  return compare_by([&own](const ComparedValue& value) {
+    if (value.day) return std::partial_ordering(day_of_moment(own.seconds) <=> *value.day);
+    return value.moment ? std::partial_ordering(own.seconds <=> *value.moment) : std::partial_ordering::unordered;
+  });
+}
+
 bool Comparison::compare_line_time(std::string_view own) const {
   return compare_by([own](const ComparedValue& value) { return own <=> std::string_view(value.moment_text); });
 }
@@ -146,7 +156,7 @@ bool Comparison::holds_attribute(const qz_LOG_LogEntry& entry, StoredTexts& text
   }
   if (const auto* const truth = std::get_if<bool>(&own)) return compare(*truth, &ComparedValue::truth);
   if (const auto* const number = std::get_if<double>(&own)) return compare(*number, &ComparedValue::number);
-  return compare_moment(std::get<StoredMoment>(own).seconds);
+  return compare_stored_moment(std::get<StoredMoment>(own));
 }
 
 bool Comparison::holds_field(const qz_LOG_EntryLine& line) const {

@@ -15,6 +15,7 @@
 #include "tools/choice/raw_line.h"
 #include "tools/choice/reader_moment.h"
 #include "tools/choice/stored_text.h"
+#include "tools/logs/attribute_value.h"
 
 namespace qzlog_tool {
 
@@ -53,6 +54,7 @@ class Comparison {
   bool compare(const Own& own, Member&& member) const;
   bool compare_integer(long long own) const { return compare(own, &ComparedValue::integer); }
   bool compare_moment(long long own) const { return compare(own, &ComparedValue::moment); }
+  bool compare_stored_moment(const StoredMoment& own) const;
   bool compare_text(std::string_view own) const;
   bool compare_line_time(std::string_view own) const;
 

@@ -31,10 +31,10 @@ bool is_in_word(char character) {
 
 bool is_in_number(char character) { return is_in_word(character) || character == '+' || character == ':'; }
 
-bool begins_like_a_date(std::string_view text) {
-  constexpr std::string_view kForm = "0000-00-00";
-  return text.size() >= kForm.size() && std::equal(kForm.begin(), kForm.end(), text.begin(), [](char form, char own) {
-           return form == '0' ? is_digit(own) : own == form;
+/// A zero of the form stands for any digit.
+bool begins_like(std::string_view form, std::string_view text) {
+  return text.size() >= form.size() && std::equal(form.begin(), form.end(), text.begin(), [](char wanted, char own) {
+           return wanted == '0' ? is_digit(own) : own == wanted;
          });
 }
 
@@ -175,7 +175,7 @@ ExpressionToken ExpressionLexer::read_number() {
   const std::size_t begin = at_++;
   while (at_ < text_.size() && is_in_number(text_[at_])) ++at_;
   literal.text = text_.substr(begin, at_ - begin);
-  if (begins_like_a_date(literal.text)) {
+  if (begins_like("0000-00-00", literal.text) || begins_like("00:00", literal.text)) {
     literal.kind = Literal::Kind::kTime;
     return token;
   }

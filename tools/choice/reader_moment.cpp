@@ -84,11 +84,14 @@ std::optional<long long> calendar_moment(std::string text, const ReaderClock& cl
   return shown ? in_range(moment_of(*shown, clock)) : std::nullopt;
 }
 
-/// The beginning of the present day, or of one so many before. Days of the calendar may have more or fewer hours.
+/// The present day, or one so many before.
+long long day_before(int days_before, const ReaderClock& clock) {
+  return day_of_moment(clock.now + clock.offset_at(clock.now)) - days_before;
+}
+
+/// Days of the calendar may have more or fewer hours.
 std::optional<long long> beginning_of_day(int days_before, const ReaderClock& clock) {
-  const long long shown = clock.now + clock.offset_at(clock.now);
-  const long long second_of_day = (shown % kDay + kDay) % kDay;
-  return in_range(moment_of(shown - second_of_day - days_before * kDay, clock));
+  return in_range(moment_of(day_before(days_before, clock) * kDay, clock));
 }
 
 }  // namespace
@@ -114,6 +117,32 @@ std::optional<long long> find_moment(std::string_view text, const ReaderClock& c
   if (text.find('\0') != std::string_view::npos) return std::nullopt;
   return calendar_moment(std::string(text), clock);
 }
+
+std::optional<long long> find_day(std::string_view text, const ReaderClock& clock) {
+  if (text == "today") return day_before(0, clock);
+  if (text == "yesterday") return day_before(1, clock);
+  if (text.size() != kDateSize) return std::nullopt;
+  const std::optional<long long> begin = calendar_seconds(std::string(text) + " 00:00:00 GMT");
+  return begin ? std::optional(day_of_moment(*begin)) : std::nullopt;
+}
+
+std::optional<long long> find_time_of_day(std::string_view text) {
+  constexpr std::string_view kForm = "00:00:00";
+  constexpr std::size_t kMinuteForm = std::string_view("00:00").size();
+  if (text.size() != kForm.size() && text.size() != kMinuteForm) return std::nullopt;
+  long long parts[] = {0, 0, 0};
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    const bool is_digit = text[at] >= '0' && text[at] <= '9';
+    if (is_digit != (kForm[at] == '0') || (!is_digit && text[at] != ':')) return std::nullopt;
+    if (is_digit) parts[at / 3] = parts[at / 3] * 10 + (text[at] - '0');
+  }
+  if (parts[0] > 23 || parts[1] > 59 || parts[2] > 59) return std::nullopt;
+  return parts[0] * 3600 + parts[1] * 60 + parts[2];
+}
+
+long long day_of_moment(long long moment) { return (moment - time_of_day(moment)) / kDay; }
+
+long long time_of_day(long long moment) { return (moment % kDay + kDay) % kDay; }
 
 std::string line_moment_text(long long moment) {
   char text[sizeof "2026-11-21 08:15:30 GMT"];

@@ -35,6 +35,17 @@ ReaderClock process_clock(long long now);
 /// begins with its first moment where clocks are set forward at midnight.
 std::optional<long long> find_moment(std::string_view text, const ReaderClock& clock);
 
+/// The day of a text that names no time of day (2026-11-21, today, yesterday) on the reader's calendar, as the number
+/// of days since 1970-01-01; nothing for other texts.
+std::optional<long long> find_day(std::string_view text, const ReaderClock& clock);
+
+/// "08:15" or "08:15:30" as seconds since midnight; nothing for other texts.
+std::optional<long long> find_time_of_day(std::string_view text);
+
+/// Of a moment, in GMT: the number of days since 1970-01-01, and the seconds since midnight.
+long long day_of_moment(long long moment);
+long long time_of_day(long long moment);
+
 /// A moment that find_moment gave, as writers of lines write it: "2026-11-21T08:15:30Z".
 std::string line_moment_text(long long moment);
 

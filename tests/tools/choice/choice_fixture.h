@@ -51,12 +51,16 @@ entries:
       - {name: Free, type: UInt4}
       - {name: Mixed, type: Char64}
       - {name: Reason, type: SInt2}
+      - {name: Day, type: Date}
+      - {name: Clock, type: Time}
+      - {name: Turn, type: Time}
   - id: 3
     name: LINK_DOWN
     mask: 8
     message: down
     attributes:
       - {name: Reason, type: SInt2}
+      - {name: Turn, type: Timestamp}
 )";
 
 class ChoiceTest : public ::testing::Test {

@@ -147,6 +147,26 @@ TEST_F(WhereErrors, WrongValue_IsShownWithItsPlace) {
       |        ^
   hint: times are 2026-11-21T08:15:30Z, 2026-11-21, '2026-11-21 08:15', today, yesterday, now, -2h (s m h d w), @1795248930
 )"},
+      {"Clock > \"24:00\"", R"(--where:1:9: error: '24:00' is no time of day [bad-value]
+    1 | Clock > "24:00"
+      |         ^
+  hint: times of day are 08:15 and 08:15:30, in GMT
+)"},
+      {"Clock > 2026-11-21", R"(--where:1:9: error: '2026-11-21' is no time of day [bad-value]
+    1 | Clock > 2026-11-21
+      |         ^
+  hint: times of day are 08:15 and 08:15:30, in GMT
+)"},
+      {"Turn > 08:60", R"(--where:1:8: error: '08:60' is no time [bad-value]
+    1 | Turn > 08:60
+      |        ^
+  hint: times are 2026-11-21T08:15:30Z, 2026-11-21, '2026-11-21 08:15', today, yesterday, now, -2h (s m h d w), @1795248930; times of day are 08:15 and 08:15:30, in GMT
+)"},
+      {"When > 08:15", R"(--where:1:8: error: '08:15' is no time [bad-value]
+    1 | When > 08:15
+      |        ^
+  hint: times are 2026-11-21T08:15:30Z, 2026-11-21, '2026-11-21 08:15', today, yesterday, now, -2h (s m h d w), @1795248930
+)"},
       {"@time < 2026-13-01", R"(--where:1:9: error: '2026-13-01' is no time [bad-value]
     1 | @time < 2026-13-01
       |         ^

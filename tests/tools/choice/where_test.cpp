@@ -89,6 +89,37 @@ TEST_F(WhereTest, Comparisons_HoldAsTheTypesSay) {
   }
 }
 
+// Messages show them in GMT, wherever the reader is.
+TEST_F(WhereTest, DaysAndTimesOfDay_AreComparedInGmt) {
+  const std::string entry = R"({"id":2,"attributes":{"Day":"2026-11-21T00:00:00Z","Clock":"2026-11-21T08:15:30Z",)"
+                            R"("Turn":"2026-11-21T08:15:30Z"}})";
+  const std::string late = R"({"id":2,"attributes":{"Day":"1969-12-31T23:59:59Z","Clock":"1969-12-31T23:59:59Z"}})";
+  for (const char* zone : {"Asia/Kathmandu", "America/New_York", "Pacific/Kiritimati", "Etc/GMT+12"}) {
+    const qz_test::TimeZone reader_zone(zone);
+    for (const char* expression :
+         {"Day = 2026-11-21", "Day = '2026-11-21'", "Day >= 2026-11-21", "Day < 2026-11-22", "Day > 2026-11-20",
+          "Day in (2026-11-20, 2026-11-21)", "Day not in (2026-11-20, 2026-11-22)", "Day = 2026-11-21T00:00:00Z",
+          "Day < 2026-11-21T00:00:01Z", "Clock = '08:15:30'", "Clock > '08:15'", "Clock > 08:15", "Clock < 08:16",
+          "Clock in (08:15:30)", "Clock != '08:15'", "Turn = 08:15:30", "Turn != 2026-11-21T08:15:30Z"}) {
+      EXPECT_TRUE(holds(expression, entry)) << zone << ": " << expression;
+      EXPECT_FALSE(holds("not " + std::string(expression), entry)) << zone << ": " << expression;
+    }
+    EXPECT_TRUE(holds("Day = 1969-12-31 and Clock = 23:59:59", late)) << zone;
+    EXPECT_TRUE(holds("Turn = 2026-11-21T08:15:30Z and Turn != 08:15:30",
+                      R"({"id":3,"attributes":{"Turn":"2026-11-21T08:15:30Z"}})"))
+        << zone;
+  }
+}
+
+// The present moment is the 21st in Kathmandu and the 20th twelve hours west of Greenwich.
+TEST_F(WhereTest, PresentDay_IsThatOfTheReadersCalendar) {
+  const std::string entry = R"({"id":2,"attributes":{"Day":"2026-11-21T00:00:00Z"}})";
+  EXPECT_TRUE(holds("Day = 'today'", entry));
+  EXPECT_TRUE(holds("Day > 'yesterday'", entry));
+  const qz_test::TimeZone west("Etc/GMT+12");
+  EXPECT_TRUE(holds("Day > 'today'", entry));
+}
+
 TEST_F(WhereTest, WhatIsMissing_MakesEveryComparisonFalse) {
   for (const char* expression :
        {"Pool = \"a\"", "Pool != \"a\"", "Pool ~ \"*\"", "Pool !~ \"*\"", "Pool in (\"a\")", "Pool not in (\"a\")",
