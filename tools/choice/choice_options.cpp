@@ -34,6 +34,10 @@ std::string check_level(const std::string& text) {
              : quoted(text) + " is no level from 0 to 9 and no range of levels, such as 5..9, 5.. or ..3";
 }
 
+std::string check_expression(const std::string& text) {
+  return text.empty() ? "the expression is empty; one is 'Free < 10 and exists(Pool)'" : "";
+}
+
 std::string check_line_count(const std::string& text) {
   constexpr std::int64_t kMost = 1'000'000'000;
   return qzlog_compiler::parse_number(text, 1, kMost) ? "" : quoted(text) + " is no number from 1 to 1000000000";
@@ -73,7 +77,7 @@ void add_choice_options(CLI::App& command, ChoiceOptions& options, MaskOption ma
       ->check(check_not_empty);
   command.add_option("--where", options.where, "Only entries for which this holds: 'Free < 10'")
       ->type_name("EXPRESSION")
-      ->check(check_not_empty);
+      ->check(check_expression);
   CLI::Option* const head = command.add_option("--head", options.head, "Only the first so many of them")
                                 ->type_name("N")
                                 ->check(check_line_count);

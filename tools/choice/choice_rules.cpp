@@ -16,6 +16,8 @@ constexpr RuleInfo kRules[] = {
     {ChoiceRule::kBadValue, "bad-value", "A number, a text or a time in an expression is not written as one."},
     {ChoiceRule::kUndefinedAttribute, "undefined-attribute",
      "An expression asks for an attribute that the definitions do not have."},
+    {ChoiceRule::kUndefinedEvent, "undefined-event",
+     "An expression asks for an event that the definitions do not have."},
     {ChoiceRule::kUnknownField, "unknown-field", "An expression asks for a field that lines do not have."},
     {ChoiceRule::kNoSuchComparison, "no-such-comparison",
      "An attribute's type does not have the comparison, or not with a value of this kind."},

@@ -13,6 +13,7 @@ enum class ChoiceRule {
   kLargeExpression,
   kBadValue,
   kUndefinedAttribute,
+  kUndefinedEvent,
   kUnknownField,
   kNoSuchComparison,
   kValueRange,

@@ -58,7 +58,6 @@ constexpr TypeKind kKinds[] = {
     {kIntegerTypes, kOfOrdered, "numbers have = != < <= > >= and in", "an integer"},
     {kFloatTypes, kOfOrdered, "numbers have = != < <= > >= and in", "a number"},
     {kTextTypes, kOfTexts, "texts have = != ~ !~ and in", "a text in quotes"},
-    {kGuidTypes, kOfTexts, "a GUID has = != ~ !~ and in", "a text in quotes"},
     {kTimeTypes, kOfOrdered, "times have = != < <= > >= and in", "a time"},
 };
 constexpr TypeKind kOtherKind = {TypeSet(), kOfExistence, "it can only be asked for with exists() and missing()",
@@ -139,9 +138,12 @@ long long clamped_integer(const Literal& literal) {
 ExpressionFault out_of_range(const Literal& literal, const ComparedThing& thing) {
   constexpr std::size_t kMostShownBytes = 60;
   const bool is_short = literal.text.size() <= kMostShownBytes;
-  std::string text = (is_short ? literal.text : quoted(literal.text)) + " does not fit " + thing.type_text;
-  if (thing.types.meets(kIntegerTypes)) {
-    text += " (" + std::to_string(thing.least) + " to " + std::to_string(thing.most) + ")";
+  std::string text = is_short ? literal.text : quoted(literal.text);
+  const std::string range = std::to_string(thing.least) + " to " + std::to_string(thing.most);
+  if (thing.type_text.empty()) {
+    text += " is not from " + range;
+  } else {
+    text += " does not fit " + thing.type_text + (thing.types.meets(kIntegerTypes) ? " (" + range + ")" : "");
   }
   return {ChoiceRule::kValueRange, literal.offset, thing.name + ": " + text};
 }
@@ -210,7 +212,7 @@ bool takes(TypeSet types, Literal::Kind kind) {
     case Literal::Kind::kFloat:
       return types.meets(kFloatTypes);
     case Literal::Kind::kText:
-      return types.meets(kTextTypes) || types.meets(kGuidTypes) || types.meets(kTimeTypes);
+      return types.meets(kTextTypes) || types.meets(kTimeTypes);
     case Literal::Kind::kTime:
       return types.meets(kTimeTypes);
     case Literal::Kind::kBool:
@@ -249,7 +251,6 @@ ComparedThing compared_field(const WrittenComparison& written, qz_AttributeType 
   if (!kind.relations.has(written.relation)) {
     throw no_comparison(written.relation_offset, thing.name + " has no " + shown_relation(written.relation), kind.hint);
   }
-  thing.type_text = thing.name;
   return thing;
 }
 
@@ -257,7 +258,7 @@ ComparedValue compared_value(const Literal& literal, Relation relation, const Co
                              const ReaderClock& clock) {
   if (!takes(thing.types, literal.kind)) {
     throw no_comparison(literal.offset,
-                        thing.name + (thing.type_text == thing.name ? "" : ", of type " + thing.type_text + ",") +
+                        thing.name + (thing.type_text.empty() ? "" : ", of type " + thing.type_text + ",") +
                             " is compared with " + taken_values(thing.types) + ", not with " +
                             std::string(kind_text(literal.kind)),
                         literal.kind == Literal::Kind::kTime ? "a text stands in quotes" : "");

@@ -30,7 +30,7 @@ struct ComparedValue {
 struct ComparedThing {
   std::string name;  ///< for findings: "'Free'"
   TypeSet types;
-  std::string type_text;       ///< "UInt2", "a number"
+  std::string type_text;       ///< "UInt2 or UInt4"; empty for a field
   std::uint64_t most = 0;      ///< of integers
   long long least = 0;         ///< of integers
   bool stores_breaks = false;  ///< texts hold line breaks as attributes store them

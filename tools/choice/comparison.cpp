@@ -5,6 +5,7 @@
 #include <iterator>
 #include <variant>
 
+#include "tools/choice/event_check.h"
 #include "tools/choice/reader_moment.h"
 #include "tools/compiler/text/nearest_word.h"
 #include "tools/compiler/text/utf8_text.h"
@@ -99,8 +100,21 @@ Comparison Comparison::compile(const WrittenComparison& written, const KnownDefi
   }
   for (const Literal& literal : written.values) {
     made.values_.push_back(compared_value(literal, written.relation, thing, clock));
+    made.check_event(literal);
   }
   return made;
+}
+
+// As the options for names and IDs do; that something is not an event may well be true.
+void Comparison::check_event(const Literal& literal) const {
+  if (!is_field_ || is_negative(relation_)) return;
+  const ComparedValue& value = values_.back();
+  std::optional<NoSuchEvent> fault;
+  if (field_ == LineField::kName) fault = find_fault_of_name(literal.text, *value.text, *known_);
+  if (field_ == LineField::kId && (relation_ == Relation::kEqual || relation_ == Relation::kIn)) {
+    fault = find_fault_of_id(static_cast<std::uint32_t>(*value.integer), *known_);
+  }
+  if (fault) throw ExpressionFault{ChoiceRule::kUndefinedEvent, literal.offset, fault->text, fault->hint};
 }
 
 /// `order_of`: the value's own order to one of the expression.

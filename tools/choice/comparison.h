@@ -40,6 +40,8 @@ class Comparison {
  private:
   explicit Comparison(const KnownDefinitions& known) : known_(&known) {}
 
+  /// Of the value that was read last: throws ExpressionFault where no event is the one that it asks for.
+  void check_event(const Literal& literal) const;
   bool holds_attribute(const qz_LOG_LogEntry& entry, StoredTexts& texts) const;
   bool holds_field(const qz_LOG_EntryLine& line) const;
   bool holds_name(const qz_LOG_EntryLine& line) const;

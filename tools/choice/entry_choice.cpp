@@ -4,8 +4,8 @@
 #include <limits>
 #include <utility>
 
+#include "tools/choice/event_check.h"
 #include "tools/choice/reader_moment.h"
-#include "tools/compiler/text/nearest_word.h"
 #include "tools/compiler/text/utf8_text.h"
 #include "tools/logs/event_name.h"
 #include "tools/logs/written_moment.h"
@@ -27,6 +27,12 @@ std::optional<long long> read_moment(const std::string& text, const char* option
   const std::optional<long long> moment = find_moment(text, clock);
   if (!moment) throw CommandError(kExitCannotRun, std::string(option) + ": " + quoted(text) + " is no time");
   return moment;
+}
+
+void require(const char* option, const std::optional<NoSuchEvent>& fault) {
+  if (!fault) return;
+  throw CommandError(kExitCannotRun,
+                     std::string(option) + ": " + fault->text + (fault->hint.empty() ? "" : "; " + fault->hint));
 }
 
 bool any_matches(const std::vector<Wildcard>& patterns, std::string_view text) {
@@ -66,26 +72,17 @@ void EntryChoice::read_ids(const std::vector<std::string>& ids) {
   std::vector<NumberRange> ranges;
   for (const std::string& text : ids) {
     for (const NumberRange range : parse_ranges(text, kMostId).value_or(std::vector<NumberRange>())) {
-      if (range.first == range.last && known_.find_event(range.first) == nullptr) {
-        throw CommandError(kExitCannotRun, "--id: the definitions have no entry " + std::to_string(range.first));
-      }
+      if (range.first == range.last) require("--id", find_fault_of_id(range.first, known_));
       ranges.push_back(range);
     }
   }
   if (!ids.empty()) ids_.emplace(std::move(ranges));
 }
 
-// Where some events have no name, a line may bring one.
 void EntryChoice::read_names(const std::vector<std::string>& names) {
   names_ = std::vector<Wildcard>(names.begin(), names.end());
-  if (!known_.knows_all_names()) return;
-  const std::vector<std::string_view> known = known_.event_names();
   for (std::size_t index = 0; index < names.size(); ++index) {
-    const Wildcard& pattern = names_[index];
-    if (std::any_of(known.begin(), known.end(), [&](std::string_view name) { return pattern.matches(name); })) continue;
-    const std::string hint = qzlog_compiler::did_you_mean(names[index], known);
-    throw CommandError(kExitCannotRun, "--name: the definitions have no event " + quoted(names[index]) +
-                                           (hint.empty() ? "" : "; " + hint));
+    require("--name", find_fault_of_name(names[index], names_[index], known_));
   }
 }
 

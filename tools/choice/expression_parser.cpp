@@ -1,5 +1,6 @@
 #include "tools/choice/expression_parser.h"
 
+#include <algorithm>
 #include <array>
 #include <string>
 #include <utility>
@@ -15,6 +16,13 @@ namespace {
 using qzlog_compiler::quoted;
 using Kind = ExpressionToken::Kind;
 using NodeKind = ExpressionNode::Kind;
+
+/// In nothing else than the case of letters, of which `word` has small ones.
+bool differs_in_case(std::string_view word, std::string_view written) {
+  return std::equal(word.begin(), word.end(), written.begin(), written.end(), [](char small, char own) {
+    return small == own || (own >= 'A' && own <= 'Z' && small == own - 'A' + 'a');
+  });
+}
 
 class Parser {
  public:
@@ -32,6 +40,8 @@ class Parser {
  private:
   static constexpr std::array<std::string_view, 2> kJoining = {"and", "or"};
   static constexpr std::array<std::string_view, 2> kRelationWords = {"in", "not"};
+  static constexpr std::array<std::string_view, 3> kBeginnings = {"not", "exists", "missing"};
+  static constexpr std::array<std::string_view, 2> kTruths = {"true", "false"};
 
   void advance() { token_ = lexer_.next(); }
   bool is_word(std::string_view word) const { return token_.kind == Kind::kWord && token_.text == word; }
@@ -152,15 +162,26 @@ class Parser {
     } else if (is_word("in") || is_word("not")) {
       parse_list(comparison);
     } else {
-      throw expected("a comparison (= != < <= > >= ~ !~ in) behind " + quoted(comparison.operand.name), kRelationWords);
+      throw no_comparison(comparison.operand);
     }
     return add_comparison(std::move(comparison));
+  }
+
+  // What stands before may be meant for a word of the language, or for the first half of a name.
+  ExpressionFault no_comparison(const Operand& operand) const {
+    ExpressionFault found =
+        expected("a comparison (= != < <= > >= ~ !~ in) behind " + quoted(operand.name), kRelationWords);
+    if (found.hint.empty()) found.hint = qzlog_compiler::did_you_mean(operand.name, kBeginnings);
+    if (found.hint.empty() && token_.kind == Kind::kWord) {
+      found.hint = "a name with a blank stands in backquotes: `" + operand.name + ' ' + token_.text + '`';
+    }
+    return found;
   }
 
   void parse_list(WrittenComparison& comparison) {
     comparison.relation = is_word("not") ? Relation::kNotIn : Relation::kIn;
     if (comparison.relation == Relation::kNotIn) advance();
-    if (!is_word("in")) throw expected("'in'");
+    if (!is_word("in")) throw expected("'in'", kRelationWords);
     advance();
     if (token_.kind != Kind::kOpen) throw expected("'(' and a list of values");
     const std::size_t opening = token_.offset;
@@ -179,9 +200,14 @@ class Parser {
       advance();
       return value;
     }
-    const bool is_name = token_.kind == Kind::kWord || token_.kind == Kind::kQuotedName;
-    throw fault("expected a value, not " + shown_token(),
-                is_name ? "a text stands in quotes: \"" + token_.text + "\"" : "");
+    throw fault("expected a value, not " + shown_token(), value_hint());
+  }
+
+  std::string value_hint() const {
+    if (token_.kind != Kind::kWord && token_.kind != Kind::kQuotedName) return "";
+    const std::string_view truth = qzlog_compiler::nearest_word(token_.text, kTruths);
+    if (differs_in_case(truth, token_.text)) return qzlog_compiler::did_you_mean(token_.text, kTruths);
+    return qzlog_compiler::did_you_mean(token_.text, kTruths, "a text stands in quotes: \"" + token_.text + "\"");
   }
 
   std::size_t add_comparison(WrittenComparison comparison) {

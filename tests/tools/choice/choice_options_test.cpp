@@ -67,6 +67,7 @@ TEST(ChoiceOptions, WrongValues_AreRefused) {
       {{"--head", "0"}, "--head: '0' is no number from 1 to 1000000000"},
       {{"--tail", "-1"}, "--tail: '-1' is no number from 1 to 1000000000"},
       {{"--name", ""}, "--name: the name is empty"},
+      {{"--where", ""}, "--where: the expression is empty; one is 'Free < 10 and exists(Pool)'"},
       {{"--head", "1", "--tail", "1"}, "--head excludes --tail"},
   };
   for (const Case& tested : cases) {

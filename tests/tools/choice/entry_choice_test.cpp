@@ -141,8 +141,15 @@ TEST_F(EntryChoiceTest, WhatWasHeldBack_IsTakenAsLossesAre) {
 }
 
 TEST_F(EntryChoiceTest, WhatTheDefinitionsDoNotKnow_IsRefusedWithASuggestion) {
-  EXPECT_EQ(refusal({.ids = {"1..9,4"}}), "--id: the definitions have no entry 4");
+  EXPECT_EQ(refusal({.ids = {"1..9,4"}}), "--id: the definitions have no entry 4; IDs are from 1 to 3");
   EXPECT_EQ(refusal({.ids = {"7..9"}}), "");
+  qzlog_compiler::DefinitionModel model;
+  model.entries.resize(1);
+  model.entries[0].id = 1001;
+  model.entries[0].name = "FAR";
+  known_.add(model);
+  EXPECT_EQ(refusal({.ids = {"0x3F3"}}),
+            "--id: the definitions have no entry 1011; did you mean '1001'? IDs are from 1 to 1001");
   EXPECT_EQ(refusal({.names = {"DISK_FUL"}}),
             "--name: the definitions have no event 'DISK_FUL'; did you mean 'DISK_FULL'?");
   EXPECT_EQ(refusal({.names = {"X*"}}), "--name: the definitions have no event 'X*'");

@@ -98,7 +98,7 @@ class RandomExpressions {
                                           {"level", 'i', 0, 255},
                                           {"TIMEZONE_DIFFERENCE", 'i', -32768, 32767},
                                           {"DAYLIGHT_SAVING_ACTIVE", 'b', 0, 0},
-                                          {"@id", 'i', 0, 4294967295},
+                                          {"@id", 'i', 1, 3},
                                           {"@level", 'i', 0, 9},
                                           {"@mask", 'i', 0, 4294967295},
                                           {"@seq", 'i', 0, 4294967295},
@@ -207,7 +207,7 @@ class RandomExpressions {
   MadeValue value_for(const Subject& subject, bool is_pattern) {
     switch (subject.kind) {
       case 't':
-        return text_value(subject, is_pattern);
+        return std::string(subject.name) == "@name" ? event_value(is_pattern) : text_value(subject, is_pattern);
       case 'x':
         return random_.one_in(2) ? text_value(subject, false) : integer_value(subject);
       case 'i':
@@ -242,6 +242,20 @@ class RandomExpressions {
     const std::string text =
         random_.one_in(2) ? "\"@" + std::to_string(moment) + "\"" : "'-" + std::to_string(before) + "s'";
     return {text, RandomMoment{moment}, {}};
+  }
+
+  /// Others are refused.
+  MadeValue event_value(bool is_pattern) {
+    const std::string names[] = {"DISK_FULL", "DISK_OK", "LINK_DOWN"};
+    std::string name = names[random_.below(3)];
+    MadeValue made;
+    made.value = name;
+    const bool is_cut = is_pattern && random_.one_in(2);
+    if (is_cut) name.resize(random_.below(name.size()));
+    for (const char letter : name) made.pattern.emplace_back(std::string{letter}, false);
+    if (is_cut) made.pattern.emplace_back("*", true);
+    made.text = '"' + name + (is_cut ? "*" : "") + '"';
+    return made;
   }
 
   MadeValue text_value(const Subject& subject, bool is_pattern) {
