@@ -2,14 +2,24 @@
 #define QZLOG_TOOLS_CHOICE_CHOICE_OPTIONS_H
 
 #include <cstddef>
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
+
+#include "tools/choice/number_ranges.h"
 
 namespace CLI {
 class App;
 }
 
 namespace qzlog_tool {
+
+/// What is asked of entries that were lost or held back beside the choice.
+struct LossBounds {
+  std::uint32_t mask = 0xFFFFFFFF;  ///< the event's has to share a bit
+  NumberRange levels = {0, 9};
+};
 
 /// Which entries are wanted, as the command line says. Texts were checked as far as they can be without the
 /// definitions; empty ones were not given.
@@ -25,11 +35,13 @@ struct ChoiceOptions {
   std::size_t head = 0;  ///< 0: all
   std::size_t tail = 0;  ///< 0: all
   bool unique = false;
+  /// Of a filter that is not asked about them.
+  std::optional<LossBounds> losses = {};
 
   /// One of them was given.
   bool is_given() const {
     return !since.empty() || !until.empty() || !ids.empty() || !names.empty() || !level.empty() || !mask.empty() ||
-           !writers.empty() || !where.empty() || head != 0 || tail != 0 || unique;
+           !writers.empty() || !where.empty() || head != 0 || tail != 0 || unique || losses;
   }
 };
 

@@ -8,6 +8,7 @@
 #include "tools/choice/reader_moment.h"
 #include "tools/compiler/text/utf8_text.h"
 #include "tools/logs/event_name.h"
+#include "tools/logs/line_kind.h"
 #include "tools/logs/written_moment.h"
 #include "tools/options/option_checks.h"
 #include "tools/report/finding_printer.h"
@@ -53,6 +54,7 @@ EntryChoice::EntryChoice(const ChoiceOptions& options, const KnownDefinitions& k
     : known_(known),
       since_(read_moment(options.since, "--since", clock)),
       until_(read_moment(options.until, "--until", clock)),
+      losses_(options.losses),
       writers_(options.writers.begin(), options.writers.end()),
       head_(options.head) {
   if (since_) since_text_ = line_moment_text(*since_);
@@ -97,19 +99,19 @@ void EntryChoice::read_where(const std::string& where, const ReaderClock& clock)
 
 void EntryChoice::find_refused_events() {
   std::vector<NumberRange> refused;
+  std::vector<NumberRange> refused_losses;
   for (const auto& [id, event] : known_.events()) {
+    if (losses_ && !shares_bit(event.masks, losses_->mask)) refused_losses.push_back({id, id});
     const bool has_wanted_name = names_.empty() || event.names.empty() || any_matches(names_, event.names);
     const bool has_wanted_mask = !mask_ || shares_bit(event.masks, *mask_);
     if (!has_wanted_name || !has_wanted_mask) refused.push_back({id, id});
   }
   refused_events_ = NumberSet(std::move(refused));
+  refused_losses_ = NumberSet(std::move(refused_losses));
 }
 
-bool EntryChoice::takes(const qz_LOG_EntryLine& line) {
-  if (is_complete() || !(line.IsLoss() || line.IsHeld() ? takes_loss(line) : takes_entry(line)) || !is_new(line))
-    return false;
-  ++taken_;
-  return true;
+bool EntryChoice::wants(const qz_LOG_EntryLine& line) {
+  return !is_complete() && (is_entry(line) ? takes_entry(line) : takes_loss(line)) && is_new(line);
 }
 
 bool EntryChoice::takes_entry(const qz_LOG_EntryLine& line) {
@@ -132,13 +134,18 @@ bool EntryChoice::takes_loss(const qz_LOG_EntryLine& line) const {
   const std::optional<long long> written = since_ ? written_moment(line.GetWritten()) : std::nullopt;
   if (written && *written < *since_) return false;
   for (std::size_t index = 0; index < line.GetLostCount(); ++index) {
-    const qz_LOG_LostEntries lost = line.GetLost(index);
-    if (takes_id(lost.id) && levels_.holds(lost.level) && !refused_events_.holds(lost.id)) return true;
+    if (takes_lost(line.GetLost(index))) return true;
   }
   return false;
 }
 
-// Which of several definition files' names the entry was read with is not known here: one of them is enough.
+bool EntryChoice::takes_lost(const qz_LOG_LostEntries& lost) const {
+  if (!takes_id(lost.id) || !levels_.holds(lost.level) || refused_events_.holds(lost.id)) return false;
+  if (losses_ && (!losses_->levels.holds(lost.level) || refused_losses_.holds(lost.id))) return false;
+  const std::optional<long long> first = until_ ? written_moment(lost.since) : std::nullopt;
+  return !first || *first <= *until_;
+}
+
 bool EntryChoice::takes_name(const qz_LOG_EntryLine& line) const {
   if (names_.empty()) return true;
   const std::string_view name = event_name(line);

@@ -30,8 +30,8 @@ namespace qzlog_tool {
 ///
 /// A line that tells of entries that were lost or held back has no ID, level or attributes of its own: it is wanted
 /// where an entry that it counts may have been. Of its `lost` rows one has to have a wanted ID, name, mask and level,
-/// its `writer` has to be wanted, and `written`, which says when the loss was told, must not be before --since. --until
-/// and --where are not asked.
+/// and no `since` behind --until; its `writer` has to be wanted, and `written`, which says when the loss was told, must
+/// not be before --since. --where is not asked.
 class EntryChoice : private qz_LOG_LineChoice {
  public:
   /// Throws CommandError (cannot run) for what the definitions do not know; what is wrong with --where is shown on
@@ -40,7 +40,16 @@ class EntryChoice : private qz_LOG_LineChoice {
   EntryChoice(const ChoiceOptions& options, const KnownDefinitions& known, const ReaderClock& clock);
 
   /// Whether the line is wanted. Counts: each line is asked about once.
-  bool takes(const qz_LOG_EntryLine& line);
+  bool takes(const qz_LOG_EntryLine& line) {
+    if (!wants(line)) return false;
+    count();
+    return true;
+  }
+  /// The same in two steps, for callers that may leave out a wanted line, which --head is then not to count.
+  bool wants(const qz_LOG_EntryLine& line);
+  void count() { ++taken_; }
+  /// Of entries that a line tells of as lost or held back: whether they may be wanted, whoever wrote the line.
+  bool takes_lost(const qz_LOG_LostEntries& lost) const;
   /// Decides on lines before they are read, as `takes` would; null where bytes tell nothing. Lives as long as this.
   qz_LOG_LineChoice* line_choice() { return decides_on_bytes_ ? this : nullptr; }
   /// The lines that --head asks for are there: no other will be taken.
@@ -74,6 +83,8 @@ class EntryChoice : private qz_LOG_LineChoice {
   std::string until_text_;
   std::optional<NumberSet> ids_;
   NumberSet refused_events_;  // IDs whose names or masks are not wanted, whatever the line says
+  std::optional<LossBounds> losses_;
+  NumberSet refused_losses_;  // IDs whose masks are not wanted of what was lost
   NumberRange levels_{0, 9};
   std::optional<std::uint32_t> mask_;
   std::vector<Wildcard> names_;    // empty: all

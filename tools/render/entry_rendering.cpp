@@ -4,6 +4,7 @@
 #include <optional>
 #include <utility>
 
+#include "tools/logs/line_kind.h"
 #include "tools/logs/line_members.h"
 #include "tools/system/command_error.h"
 #include "tools/system/out_of_memory.h"
@@ -73,27 +74,34 @@ inline void EntryRendering::show(std::string_view message) {
 }
 
 inline void EntryRendering::show_line() {
-  if (line_.IsLoss() || line_.IsHeld()) return show(renderer_.tell_loss(line_));
+  if (!is_entry(line_)) return show(renderer_.tell_loss(line_));
   try {
     const std::string_view message = needs_messages_ ? renderer_.render(line_) : std::string_view();
-    ++passed_;
+    has_shown_ = true;
     const bool is_counted = parts_.counting == nullptr || parts_.counting->add(line_.GetEntry(), line_.HasTime());
     show(message);
     if (!is_counted) report({EntryRule::kUncountableDate, kUncountable});
   } catch (const EntryError& error) {
+    ++failed_;
     report(error);
   }
 }
 
+// Asked behind the choice, which leaves out some lines before they are read: what is counted is then the same however
+// much bytes tell.
+inline bool EntryRendering::passes_filter() {
+  if (!is_entry(line_)) return true;
+  ++entries_;
+  if (parts_.filter == nullptr || parts_.filter->lets_through(line_.GetEntry())) return true;
+  ++refused_;
+  return false;
+}
+
 inline void EntryRendering::take_line() {
   if (parts_.gaps != nullptr) check_number();
-  const bool is_entry = !line_.IsLoss() && !line_.IsHeld();
-  if (is_entry) ++entries_;
-  if (is_entry && parts_.filter != nullptr && !parts_.filter->lets_through(line_.GetEntry())) {
-    ++refused_;
-    return;
-  }
-  if (parts_.choice != nullptr && !parts_.choice->takes(line_)) return;
+  if (parts_.choice != nullptr && !parts_.choice->wants(line_)) return;
+  if (!passes_filter()) return;
+  if (parts_.choice != nullptr) parts_.choice->count();
   if (parts_.tail != nullptr) return parts_.tail->add(line_);
   show_line();
 }
@@ -167,8 +175,9 @@ void EntryRendering::finish() {
 }
 
 std::string EntryRendering::filter_summary() const {
-  std::string text = "entries: " + std::to_string(entries_ + unread_) + " read, " + std::to_string(passed_) +
-                     " passed, " + std::to_string(refused_) + " refused";
+  std::string text = "entries: " + std::to_string(entries_ + unread_) + " read, " +
+                     std::to_string(entries_ - refused_ - failed_) + " passed, " + std::to_string(refused_) +
+                     " refused";
   const std::uint64_t wrong = reporter_.count() - numbers_;
   if (wrong != 0) text += ", " + std::to_string(wrong) + " wrong";
   return text;

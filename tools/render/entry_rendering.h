@@ -57,7 +57,7 @@ class EntryRendering : public qz_LOG_LineErrorHandler {
   BufferedOutput& output() noexcept { return output_; }
   LineReporter& reporter() noexcept { return reporter_; }
   /// Something was shown.
-  bool has_shown() const noexcept { return passed_ != 0; }
+  bool has_shown() const noexcept { return has_shown_; }
   /// As many lines as were asked for are there: no other is shown.
   bool is_complete() const { return parts_.choice != nullptr && parts_.choice->is_complete(); }
 
@@ -66,7 +66,7 @@ class EntryRendering : public qz_LOG_LineErrorHandler {
   void catch_up();
   /// Catches up, and says which lines are missing.
   void finish();
-  /// How many entries were read, passed and refused.
+  /// How many of the entries that are wanted were read, passed and refused; lines that are no entries are read too.
   std::string filter_summary() const;
 
  private:
@@ -76,6 +76,7 @@ class EntryRendering : public qz_LOG_LineErrorHandler {
   template <typename Reader>
   void take_lines(Reader& reader);
   void take_line();
+  bool passes_filter();
   void show_line();
   void show(std::string_view message);
   void check_number();
@@ -87,11 +88,12 @@ class EntryRendering : public qz_LOG_LineErrorHandler {
   RenderingParts parts_;
   const bool needs_messages_;
   qz_LOG_EntryLine line_;
+  bool has_shown_ = false;
   const LineTail::Place* place_in_log_ = nullptr;  // of a line that is read from the tail
   std::uint64_t lines_ = 0;
   std::uint64_t entries_ = 0;
-  std::uint64_t passed_ = 0;
   std::uint64_t refused_ = 0;
+  std::uint64_t failed_ = 0;   // that have no message
   std::uint64_t unread_ = 0;   // lines that the reader refused
   std::uint64_t numbers_ = 0;  // that were reported as missing or doubled
 };

@@ -219,7 +219,10 @@ void add_render_command(CLI::App& app, int& exit_status) {
   add_choice_options(*command, options->choice, MaskOption::kLeaveOut);
   add_shown_options(*command, options->shown);
   command->add_flag("--exit-status", options->exit_status, "End with status 1 where no entry was shown");
-  command->callback([options, &exit_status] { exit_status = render(*options); });
+  command->callback([options, &exit_status] {
+    options->choice.losses = loss_bounds(options->filter);
+    exit_status = render(*options);
+  });
 }
 
 }  // namespace qzlog_tool

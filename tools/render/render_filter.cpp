@@ -54,6 +54,11 @@ void add_filter_options(CLI::App& command, FilterOptions& options) {
       ->each(activate);
 }
 
+std::optional<LossBounds> loss_bounds(const FilterOptions& options) {
+  if (!options.active || !options.config.empty()) return std::nullopt;
+  return LossBounds{mask_of(options), {options.level_low, options.level_high}};
+}
+
 RenderFilter::RenderFilter(const FilterOptions& options)
     : filter_{nullptr, nullptr, mask_of(options), 0, 0, options.section.c_str(), false, false} {
   filter_.set_filter_log_level(options.level_low, options.level_high);

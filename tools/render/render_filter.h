@@ -5,6 +5,7 @@
 #include <string>
 
 #include "qzlog/entry_filt.h"
+#include "tools/choice/choice_options.h"
 #include "tools/system/memory_file.h"
 
 namespace CLI {
@@ -25,6 +26,10 @@ struct FilterOptions {
 
 /// Adds --config, --section, --mask, --level-low and --level-high; `options` has to outlive the parsing.
 void add_filter_options(CLI::App& command, FilterOptions& options);
+
+/// What the options, of which one was given, ask of entries that lines tell of as lost or held back. Nothing with a
+/// configuration file, whose values only the library's filter knows.
+std::optional<LossBounds> loss_bounds(const FilterOptions& options);
 
 /// The library's filter, set up from the options. Installs the configuration file in the library's settings.
 class RenderFilter {

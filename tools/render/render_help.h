@@ -52,9 +52,9 @@ error says in the end what was seen; the exit status is 1 for a finding.
 
 With --config, --mask, --level-low or --level-high only the entries that the
 library's filter lets through are rendered; at the end, standard error says how
-many were read, passed and refused. A section of the configuration file may set
-PropertyMask, LogLevelLow, LogLevelHigh, DebugEnabled, DebugLogLevelLow and
-DebugLogLevelHigh; it wins over the options, and the section 'global' counts
+many of those that are wanted were read, passed and refused. A section of the
+configuration file may set PropertyMask, LogLevelLow, LogLevelHigh, DebugEnabled,
+DebugLogLevelLow and DebugLogLevelHigh; it wins over the options, and the section 'global' counts
 for what it leaves out. An entry whose mask has the bit 0x4000000 is a debug
 entry. The last line of the file needs an empty line behind it to be read.
 

@@ -131,6 +131,34 @@ TEST_F(EntryChoiceTest, Losses_AreTakenWhereAnEntryThatIsWantedMayBeAmongThem) {
   EXPECT_EQ(taken({.where = "Free = 1"}), all);
 }
 
+TEST_F(EntryChoiceTest, LossesThatBeganBehindUntil_AreNotTaken) {
+  lines_ = R"({"written":"2026-11-21T09:00:00Z","lost":[{"id":1,"level":3,"count":5,"since":"2026-11-21T08:15:30Z"}]}
+{"written":"2026-11-21T09:00:00Z","lost":[{"id":1,"level":3,"count":5}]}
+)";
+  EXPECT_EQ(taken({.until = "2026-11-21T08:15:29Z"}), Numbers{2});
+  EXPECT_EQ(taken({.until = "2026-11-21T08:15:30Z"}), (Numbers{1, 2}));
+  EXPECT_EQ(taken({.since = "2026-11-21T09:00:00Z"}), (Numbers{1, 2}));
+}
+
+TEST_F(EntryChoiceTest, BoundsOfLosses_AreNotAskedOfEntries) {
+  lines_ = R"({"lost":[{"id":1,"level":3,"count":5}]}
+{"id":1,"level":3}
+)";
+  EXPECT_EQ(taken({.losses = {{.mask = 1}}}), (Numbers{1, 2}));
+  EXPECT_EQ(taken({.losses = {{.mask = 6}}}), Numbers{2});
+  EXPECT_EQ(taken({.losses = {{.levels = {4, 9}}}}), Numbers{2});
+}
+
+TEST_F(EntryChoiceTest, LostEntries_AreTakenOneByOne) {
+  const EntryChoice choice({.until = "now", .ids = {"1"}, .level = "3.."}, known_,
+                           qzlog_tool::process_clock(qz_test::kNow));
+  EXPECT_TRUE(choice.takes_lost({1, 3, 5, ""}));
+  EXPECT_FALSE(choice.takes_lost({2, 3, 5, ""}));
+  EXPECT_FALSE(choice.takes_lost({1, 2, 5, ""}));
+  EXPECT_TRUE(choice.takes_lost({1, 3, 5, "2026-11-21T08:15:30Z"}));
+  EXPECT_FALSE(choice.takes_lost({1, 3, 5, "2026-11-21T08:15:31Z"}));
+}
+
 TEST_F(EntryChoiceTest, WhatWasHeldBack_IsTakenAsLossesAre) {
   lines_ = R"({"writer":"alpha/1/x","seq":1,"held":[{"id":1,"level":3,"count":5}]})"
            "\n";

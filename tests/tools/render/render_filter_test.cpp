@@ -66,6 +66,30 @@ TEST_F(RenderFilter, OptionsAlone_SetTheBounds) {
   expect(render("--level-low 6 --level-high 5"), "", "entries: 6 read, 0 passed, 6 refused\n");
 }
 
+// Whether lines are looked at before they are read depends on --check-gaps.
+TEST_F(RenderFilter, Summary_CountsTheEntriesThatAreWanted) {
+  const std::string summary = "entries: 2 read, 1 passed, 1 refused\n";
+  expect(render("--level-low 1 --id 1"), "one\n", summary);
+  expect(render("--level-low 1 --id 1 --check-gaps"), "one\n",
+         summary + "seq: 0 lines of 0 writers, 0 missing, 0 doubled; 6 lines without writer and seq\n");
+  expect(render("--level-low 5 --head 1"), "one\n", "entries: 2 read, 1 passed, 1 refused\n");
+  expect(render("--level-low 5 --tail 1"), "two\n", "entries: 6 read, 3 passed, 3 refused\n");
+}
+
+TEST_F(RenderFilter, LostEntries_AreFilteredByTheOptions) {
+  write("e.jsonl", R"({"lost":[{"id":1,"level":3,"count":5}]}
+{"held":[{"id":2,"level":9,"count":1}]}
+)");
+  const std::string summary = "entries: 0 read, 0 passed, 0 refused\n";
+  const std::string lost = "lost: 5 of entry ID 1, level 3\n";
+  const std::string held = "held back: 1 of entry ID 2, level 9\n";
+  expect(render("--mask 1"), lost, summary);
+  expect(render("--mask 2"), held, summary);
+  expect(render("--level-low 4"), held, summary);
+  expect(render("--level-high 4"), lost, summary);
+  expect(render_with("[global]\nPropertyMask=1\n\n", ""), lost + held, summary);
+}
+
 TEST_F(RenderFilter, Section_WinsOverGlobalAndOptions) {
   const std::string config = "[app]\nLogLevelLow = 5\n[global]\nLogLevelLow = 9\nPropertyMask = 0x2\n\n";
   const std::string options = "--level-low 0 --mask 1";

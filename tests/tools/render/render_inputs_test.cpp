@@ -147,7 +147,7 @@ TEST_F(RenderInputs, HeldEntries_AreShown) {
       "a.jsonl",
       R"({"held":[{"id":1001,"level":3,"count":990,"since":"2026-11-21T08:15:30.250000000Z"},{"id":7,"level":0,"count":1}]})"
       "\n");
-  const CommandResult result = render("--level-low 9 a.jsonl");
+  const CommandResult result = render("--level-high 5 a.jsonl");
   EXPECT_EQ(result.out,
             "held back: 990 of entry ID 1001, level 3, since 2026-11-21T08:15:30.250000000Z; 1 of entry ID 7, level "
             "0\n");
