@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "tools/logs/line_kind.h"
 #include "tools/system/out_of_memory.h"
 
 namespace qzlog_tool {
@@ -35,9 +36,12 @@ void LineTally::take_line() {
 }
 
 void LineTally::count_line() {
-  if (!line_.IsLoss() && !line_.IsHeld()) return grouping_.count(line_, table_);
+  if (is_entry(line_)) return grouping_.count(line_, table_);
   std::uint64_t& count = line_.IsLoss() ? lost_ : held_;
-  for (std::size_t index = 0; index < line_.GetLostCount(); ++index) count += line_.GetLost(index).count;
+  for (std::size_t index = 0; index < line_.GetLostCount(); ++index) {
+    const qz_LOG_LostEntries lost = line_.GetLost(index);
+    if (parts_.choice == nullptr || parts_.choice->takes_lost(lost)) count += lost.count;
+  }
 }
 
 void LineTally::finish() {

@@ -65,7 +65,8 @@ Hours and days are those of --time-zone, else of the process. Inputs are read as
 by 'qzlog render': files, folders and series of files. A line that is wrong is
 reported on standard error and not counted; the exit status is then 1. Where
 there are more groups than memory is for, small ones are added to the others, and
-standard error says so.
+standard error says so. With --csv the last column says what a record is: a group
+("value"), the one without a value ("none") or the others, added up ("rest").
 )";
 
 constexpr const char* kStatsExamples = R"(
@@ -133,7 +134,9 @@ int run(const StatsOptions& options) {
   const bool all_read = read_entries(options, output, reporter, tally);
   const StatsReport report = make_stats_report(tally.table(), grouping.counted(), options.top);
   ShownTimes times(zone_of(options.shown), TimeStyle::kIso);
-  write(options, report, {tally.lost(), tally.held(), reporter.count(), tally.findings()}, {known, times});
+  write(options, report,
+        {tally.lost(), tally.held(), !options.choice.where.empty(), reporter.count(), tally.findings()},
+        {known, times});
   if (report.missed != 0) {
     reporter.summarize("more groups than memory is for; lines that a group may lack: " + std::to_string(report.missed));
   }

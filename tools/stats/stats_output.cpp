@@ -7,6 +7,7 @@
 #include <ostream>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "lines/level_name.h"
@@ -260,8 +261,9 @@ std::size_t bar_columns(const TableTexts& texts, std::size_t columns) {
   return columns >= taken + kNarrowestBar ? std::min(columns - taken, kWidestBar) : 0;
 }
 
-std::string sentence(std::uint64_t count, const char* one, const char* many) {
-  return count == 0 ? "" : std::to_string(count) + (count == 1 ? one : many) + '\n';
+std::string sentence(std::uint64_t count, const char* one, const char* many, const StatsRemarks& remarks) {
+  if (count == 0) return "";
+  return std::to_string(count) + (count == 1 ? one : many) + (remarks.has_where ? ", whatever --where asks\n" : "\n");
 }
 
 // For programs.
@@ -353,9 +355,11 @@ std::vector<std::string> csv_heading(const StatsReport& report) {
   std::vector<std::string> names = {std::string(key_name(by))};
   if (!second_name(by).empty()) names.emplace_back(second_name(by));
   for (const char* const name : {"count", "share", "first", "last"}) names.emplace_back(name);
-  if (report.counted.numbers_of.empty()) return names;
-  names.emplace_back("values");
-  names.insert(names.end(), std::begin(kNumberNames), std::end(kNumberNames));
+  if (!report.counted.numbers_of.empty()) {
+    names.emplace_back("values");
+    names.insert(names.end(), std::begin(kNumberNames), std::end(kNumberNames));
+  }
+  names.emplace_back("kind");
   return names;
 }
 
@@ -378,8 +382,8 @@ void write_stats_table(const StatsReport& report, const StatsRemarks& remarks, c
     return cells;
   };
   qzlog_compiler::write_text_table({titles, table.size(), row, qzlog_compiler::kAnyWidth}, 0, cut ? columns : 0, out);
-  out << sentence(remarks.lost, " entry was lost", " entries were lost")
-      << sentence(remarks.held, " entry was held back", " entries were held back");
+  out << sentence(remarks.lost, " entry was lost", " entries were lost", remarks)
+      << sentence(remarks.held, " entry was held back", " entries were held back", remarks);
 }
 
 void write_stats_json(const StatsReport& report, const StatsRemarks& remarks, const StatsTexts& texts,
@@ -402,12 +406,18 @@ void write_stats_json(const StatsReport& report, const StatsRemarks& remarks, co
 void write_stats_csv(const StatsReport& report, const StatsTexts& texts, std::ostream& out) {
   const GroupBy by = report.counted.by;
   add_csv_record(csv_heading(report), out);
-  for (const Row& row : report.rows) {
-    std::vector<std::string> fields = {key_text(row.key, by, texts)};
-    if (!second_name(by).empty()) fields.emplace_back(second_text(row.key, by, texts));
-    add_csv_values(*row.group, report, texts, fields);
+  const auto add = [&](std::string key, std::string_view second, const char* kind, const Group& group) {
+    std::vector<std::string> fields = {std::move(key)};
+    if (!second_name(by).empty()) fields.emplace_back(second);
+    add_csv_values(group, report, texts, fields);
+    fields.emplace_back(kind);
     add_csv_record(fields, out);
+  };
+  for (const Row& row : report.rows) {
+    const bool has_key = row.key.kind != GroupKey::Kind::kNone;
+    add(key_text(row.key, by, texts), second_text(row.key, by, texts), has_key ? "value" : "none", *row.group);
   }
+  if (report.rest.count != 0) add("", "", "rest", report.rest);
 }
 
 }  // namespace qzlog_tool

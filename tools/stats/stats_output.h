@@ -23,6 +23,7 @@ struct StatsTexts {
 struct StatsRemarks {
   std::uint64_t lost = 0;                                  ///< entries that lines tell of as lost
   std::uint64_t held = 0;                                  ///< ... as held back
+  bool has_where = false;                                  ///< --where was given, which cannot be asked of these
   std::uint64_t wrong = 0;                                 ///< lines that are no entries
   std::span<const qzlog_compiler::Finding> findings = {};  ///< about the first of these
 };
@@ -36,7 +37,8 @@ void write_stats_table(const StatsReport& report, const StatsRemarks& remarks, c
 void write_stats_json(const StatsReport& report, const StatsRemarks& remarks, const StatsTexts& texts,
                       std::ostream& out);
 
-/// The groups as CSV, with a heading.
+/// The groups as CSV, with a heading, and what is in none of them. The last column says what a record is: a group with
+/// a value ("value"), the one without ("none"), or those that are added up ("rest").
 void write_stats_csv(const StatsReport& report, const StatsTexts& texts, std::ostream& out);
 
 }  // namespace qzlog_tool

@@ -131,15 +131,15 @@ TEST_F(Stats, Events_AreATableWithBars) {
 
 TEST_F(Stats, Days_AreThoseOfTheReadersClock) {
   EXPECT_EQ(stats("--by day --csv entries.jsonl").out,
-            "day,count,share,first,last\r\n"
-            "2026-11-21,2,0.5,2026-11-21T14:00:30+05:45,2026-11-21T15:00:30+05:45\r\n"
-            "2026-11-23,1,0.25,2026-11-23T02:00:30+05:45,2026-11-23T02:00:30+05:45\r\n"
-            ",1,0.25,,\r\n");
+            "day,count,share,first,last,kind\r\n"
+            "2026-11-21,2,0.5,2026-11-21T14:00:30+05:45,2026-11-21T15:00:30+05:45,value\r\n"
+            "2026-11-23,1,0.25,2026-11-23T02:00:30+05:45,2026-11-23T02:00:30+05:45,value\r\n"
+            ",1,0.25,,,none\r\n");
   EXPECT_EQ(stats("--by day --utc --csv entries.jsonl").out,
-            "day,count,share,first,last\r\n"
-            "2026-11-21,2,0.5,2026-11-21T08:15:30Z,2026-11-21T09:15:30Z\r\n"
-            "2026-11-22,1,0.25,2026-11-22T20:15:30Z,2026-11-22T20:15:30Z\r\n"
-            ",1,0.25,,\r\n");
+            "day,count,share,first,last,kind\r\n"
+            "2026-11-21,2,0.5,2026-11-21T08:15:30Z,2026-11-21T09:15:30Z,value\r\n"
+            "2026-11-22,1,0.25,2026-11-22T20:15:30Z,2026-11-22T20:15:30Z,value\r\n"
+            ",1,0.25,,,none\r\n");
 }
 
 // Where clocks are set back, the hour that comes twice is two.
@@ -148,9 +148,9 @@ TEST_F(Stats, HourThatComesTwice_IsTwo) {
 {"id":2,"time":"2026-10-25T01:30:00Z"}
 )");
   EXPECT_EQ(stats("--by hour --time-zone Europe/Berlin --csv twice.jsonl").out,
-            "hour,count,share,first,last\r\n"
-            "2026-10-25T02:00:00+02:00,1,0.5,2026-10-25T02:30:00+02:00,2026-10-25T02:30:00+02:00\r\n"
-            "2026-10-25T02:00:00+01:00,1,0.5,2026-10-25T02:30:00+01:00,2026-10-25T02:30:00+01:00\r\n");
+            "hour,count,share,first,last,kind\r\n"
+            "2026-10-25T02:00:00+02:00,1,0.5,2026-10-25T02:30:00+02:00,2026-10-25T02:30:00+02:00,value\r\n"
+            "2026-10-25T02:00:00+01:00,1,0.5,2026-10-25T02:30:00+01:00,2026-10-25T02:30:00+01:00,value\r\n");
 }
 
 TEST_F(Stats, Numbers_AreShownForEachGroup) {
@@ -184,9 +184,39 @@ TEST_F(Stats, Top_AddsUpTheRest) {
             "}\n");
 }
 
+// An empty text, no text and what is added up have no key all three.
+TEST_F(Stats, CsvRecordsWithoutAKey_AreToldApart) {
+  write("keys.jsonl", R"({"id":2,"attributes":{"Name":""}}
+{"id":2,"attributes":{"Name":""}}
+{"id":2,"attributes":{"Name":""}}
+{"id":2}
+{"id":2}
+{"id":2,"attributes":{"Name":"a"}}
+)");
+  EXPECT_EQ(stats("--by Name --top 2 --csv keys.jsonl").out,
+            "value,count,share,first,last,kind\r\n"
+            ",3,0.5,,,value\r\n"
+            ",2,0.333333,,,none\r\n"
+            ",1,0.166667,,,rest\r\n");
+  EXPECT_EQ(stats("--by level --top 1 --of Free --csv entries.jsonl").out.substr(0, 80),
+            "level,level_name,count,share,first,last,values,minimum,median,p99,maximum,mean,k");
+}
+
+TEST_F(Stats, LostEntries_AreCountedAsFarAsTheyAreWanted) {
+  write("lost.jsonl", R"({"lost":[{"id":1,"level":3,"count":5},{"id":2,"level":9,"count":7}]})"
+                      "\n");
+  const std::string none =
+      "   id  name  count  share  first seen  last seen\ntotal            0  0.0 %  -           -\n";
+  EXPECT_EQ(stats("lost.jsonl").out, none + "12 entries were lost\n");
+  EXPECT_EQ(stats("--id 1 lost.jsonl").out, none + "5 entries were lost\n");
+  EXPECT_EQ(stats("--level 4.. lost.jsonl").out, none + "7 entries were lost\n");
+  EXPECT_EQ(stats("--tail 3 --name DISK_OK lost.jsonl").out, none + "7 entries were lost\n");
+  EXPECT_EQ(stats("--id 1 --where 'Free < 5' lost.jsonl").out, none + "5 entries were lost, whatever --where asks\n");
+}
+
 TEST_F(Stats, Choices_LeaveLinesOut) {
-  EXPECT_EQ(stats("--where 'Free < 5' --csv entries.jsonl").out.substr(0, 62),
-            "id,name,count,share,first,last\r\n1,DISK_FULL,2,1,2026-11-21T15:");
+  EXPECT_EQ(stats("--where 'Free < 5' --csv entries.jsonl").out.substr(0, 67),
+            "id,name,count,share,first,last,kind\r\n1,DISK_FULL,2,1,2026-11-21T15:");
   EXPECT_NE(stats("--tail 2 --json entries.jsonl").out.find("\"total\": {\"count\": 1,"), std::string::npos);
   EXPECT_NE(stats("--head 2 --json entries.jsonl").out.find("\"total\": {\"count\": 2,"), std::string::npos);
   const CommandResult since = stats("--since 2026-11-22 --json entries.jsonl");
@@ -222,7 +252,7 @@ TEST_F(Stats, NothingToCount_IsATableWithoutGroups) {
   EXPECT_EQ(result.status, 0);
   EXPECT_EQ(result.out, "   id  name  count  share  first seen  last seen\ntotal            0  0.0 %  -           -\n");
   EXPECT_EQ(stats("--csv --of Free empty.jsonl").out,
-            "id,name,count,share,first,last,values,minimum,median,p99,maximum,mean\r\n");
+            "id,name,count,share,first,last,values,minimum,median,p99,maximum,mean,kind\r\n");
 }
 
 TEST_F(Stats, WhatTheDefinitionsDoNotHave_IsRefusedWithASuggestion) {
@@ -255,7 +285,7 @@ TEST_F(Stats, HostileValues_StayInTheirPlaces) {
       run("$QZLOG stats --definitions d.yaml --by Name --csv hostile.jsonl | python3 -c 'import csv, io, sys\n"
           "rows = list(csv.reader(io.TextIOWrapper(sys.stdin.buffer, newline=\"\")))\n"
           "print(len(rows), {len(row) for row in rows}, sorted(len(row[0]) for row in rows))'");
-  EXPECT_EQ(read.out, "5 {5} [0, 0, 5, 14, 2000]\n") << read.err;
+  EXPECT_EQ(read.out, "5 {6} [0, 0, 5, 14, 2000]\n") << read.err;
 }
 
 TEST_F(Stats, RandomLines_AreCountedAsByAPlainScript) {
