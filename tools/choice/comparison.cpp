@@ -196,7 +196,7 @@ bool Comparison::holds_field(const qz_LOG_EntryLine& line) const {
 }
 
 bool Comparison::holds_name(const qz_LOG_EntryLine& line) const {
-  const std::string_view name = event_name(line);
+  const std::string_view name = event_name(line, known_->find_name(line.GetEntry().GetEntryID()));
   return !name.empty() && (relation_ == Relation::kExists || compare_text(name));
 }
 

@@ -148,7 +148,7 @@ bool EntryChoice::takes_lost(const qz_LOG_LostEntries& lost) const {
 
 bool EntryChoice::takes_name(const qz_LOG_EntryLine& line) const {
   if (names_.empty()) return true;
-  const std::string_view name = event_name(line);
+  const std::string_view name = event_name(line, known_.find_name(line.GetEntry().GetEntryID()));
   return !name.empty() && any_matches(names_, name);
 }
 

@@ -40,6 +40,11 @@ const KnownEvent* KnownDefinitions::find_event(std::uint32_t id) const {
   return found != events_.end() ? &found->second : nullptr;
 }
 
+std::string_view KnownDefinitions::find_name(std::uint32_t id) const {
+  const KnownEvent* const event = find_event(id);
+  return event != nullptr && !event->names.empty() ? std::string_view(event->names.front()) : std::string_view();
+}
+
 std::vector<std::string_view> KnownDefinitions::attribute_names() const {
   std::vector<std::string_view> names;
   for (const auto& [name, known] : attributes_) names.push_back(name);

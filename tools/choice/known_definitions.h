@@ -37,7 +37,6 @@ inline constexpr TypeSet kIntegerTypes(TypeUInt1, TypeSInt4);
 inline constexpr TypeSet kFloatTypes(TypeFloat, TypeFloat);
 inline constexpr TypeSet kTextTypes(TypeChar32, TypeMBChar2K);
 inline constexpr TypeSet kTimeTypes(TypeDate, TypeTimestamp);
-inline constexpr TypeSet kGuidTypes(TypeGUID, TypeGUID);
 
 /// An attribute over all entries and globals.
 struct KnownAttribute {
@@ -59,6 +58,8 @@ class KnownDefinitions {
   /// Null for one that no file defines.
   const KnownAttribute* find_attribute(std::string_view name) const;
   const KnownEvent* find_event(std::uint32_t id) const;
+  /// The first of its names; empty where none is known.
+  std::string_view find_name(std::uint32_t id) const;
 
   const std::map<std::string, KnownAttribute, std::less<>>& attributes() const { return attributes_; }
   const std::map<std::uint32_t, KnownEvent>& events() const { return events_; }

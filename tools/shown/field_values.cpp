@@ -240,11 +240,14 @@ const ShownEvent* FieldValues::event_of(const qz_LOG_EntryLine& line) {
   return event_;
 }
 
-std::string_view FieldValues::name_of(const qz_LOG_EntryLine& line) { return event_name(line); }
+std::string_view FieldValues::name_of(const qz_LOG_EntryLine& line) {
+  const ShownEvent* const event = event_of(line);
+  return event_name(line, event != nullptr ? event->name() : std::string_view());
+}
 
 std::string_view FieldValues::summary_of(const qz_LOG_EntryLine& line) {
   const ShownEvent* const event = event_of(line);
-  return event != nullptr ? event->summary(line.GetEntry().GetEventName()) : std::string_view();
+  return event != nullptr ? event->summary(event_name(line, event->name())) : std::string_view();
 }
 
 }  // namespace qzlog_tool

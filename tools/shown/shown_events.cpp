@@ -14,7 +14,7 @@ void ShownEvents::add(const DefinitionModel& model) {
   add(model.globals, globals_);
   for (const EntryDefinition& entry : model.entries) {
     ShownEvent& event = events_[entry.id];
-    if (!entry.summary.empty()) event.summaries.try_emplace(entry.name, entry.summary);
+    if (!entry.name.empty()) event.summaries.try_emplace(entry.name, entry.summary);
     widest_name_ = std::max(widest_name_, qzlog_compiler::display_width(entry.name));
     widest_id_ = std::max(widest_id_, std::to_string(entry.id).size());
     add(entry.attributes, event.attributes);

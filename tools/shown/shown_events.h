@@ -21,6 +21,8 @@ struct ShownEvent {
       {};                                    ///< what it means, by its name: several files may differ
   std::vector<std::string> attributes = {};  ///< its own, in the order of the definitions
 
+  /// Empty where it is not known; one of several.
+  std::string_view name() const { return summaries.empty() ? std::string_view() : summaries.begin()->first; }
   /// Empty where it is not known.
   std::string_view summary(std::string_view name) const {
     const auto found = summaries.find(name);

@@ -151,7 +151,8 @@ GroupKey Grouping::key_of_event(const qz_LOG_EntryLine& line) const {
   CountedEvent counted{line.GetEntry().GetEntryID()};
   const KnownEvent* const event = known_.find_event(counted.id);
   if (event != nullptr && event->names.size() > 1) {
-    const auto name = std::find(event->names.begin(), event->names.end(), event_name(line));
+    const auto name =
+        std::find(event->names.begin(), event->names.end(), event_name(line, known_.find_name(counted.id)));
     if (name != event->names.end()) counted.name = static_cast<std::uint32_t>(name - event->names.begin());
   }
   return GroupKey::of(counted.number());

@@ -24,8 +24,6 @@ struct Subject {
 constexpr Subject kSubjects[] = {
     {"Name", 't'},
     {"Pool", 't'},
-    {"Guid", 't'},
-    {"@name", 't'},
     {"@writer", 't'},
     {"Free", 'i', "-1", "4294967296"},
     {"Small", 'i', "-129", "128"},
@@ -33,7 +31,6 @@ constexpr Subject kSubjects[] = {
     {"`odd name`", 'i', "-1", "256"},
     {"level", 'i', "-1", "256"},
     {"@level", 'i', "-1", "10"},
-    {"@id", 'i', "-1", "0x100000000"},
     {"@mask", 'i', "-1", "4294967296"},
     {"@seq", 'i', "-1", "18446744073709551616"},
     {"TIMEZONE_DIFFERENCE", 'i', "-32769", "32768"},

@@ -74,7 +74,7 @@ TEST_F(RenderWhere, LargestExpressions_AreTaken) {
       EXPECT_EQ(result.err, "");
       EXPECT_EQ(result.status, 0);
       EXPECT_EQ(result.out, *command == 'r' ? "Disk vol1 is full: 9 of 4096 blocks free\n"
-                                            : "id,name,count,share,first,last\r\n1001,DISK_FULL,1,1,,\r\n");
+                                            : "id,name,count,share,first,last,kind\r\n1001,DISK_FULL,1,1,,,value\r\n");
     }
   }
 }
