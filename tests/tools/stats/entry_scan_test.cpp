@@ -53,7 +53,8 @@ TEST_F(EntryScanTest, ShortLines_AreScanned) {
 
 TEST_F(EntryScanTest, TextsInUtf8_AreScanned) {
   for (const char* const text : {"ä", "Größenprüfung in Köln läuft", "日本語", "\U0001F600", "a\u2028b", "\x7F"}) {
-    EXPECT_TRUE(scans(R"({"id":1,"attributes":{"Name":")" + std::string(text) + R"("}})")) << text;
+    const std::string line = R"({"id":1,"attributes":{"Name":")" + std::string(text) + R"("}})";
+    EXPECT_TRUE(scans(line)) << text;
     EXPECT_EQ(entry_.values[0].text, text);
   }
 }
