@@ -200,6 +200,9 @@ TEST_F(SinksThreaded, SettingsCountsAndEnd_WhileOthersWrite_CountEachEntryOnce) 
   EXPECT_GT(sink.GetCounts().failed, 0U);
 }
 
+// The address sanitizer's allocator has locks of its own, which a fork while another thread allocates leaves locked in
+// the child.
+#ifndef QZLOG_SANITIZED
 TEST_F(SinksThreaded, ForksWhileOthersWrite_LeaveTheChildrenFree) {
   const int nowhere = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
   std::vector<std::unique_ptr<qz_LOG_Sink>> sinks;
@@ -224,5 +227,6 @@ TEST_F(SinksThreaded, ForksWhileOthersWrite_LeaveTheChildrenFree) {
   ends = true;
   for (std::thread& thread : threads) thread.join();
 }
+#endif
 
 }  // namespace
