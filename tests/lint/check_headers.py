@@ -19,7 +19,7 @@ COMPILERS = ["g++", "clang++"]
 WARNINGS = ["-Wall", "-Wextra", "-Wpedantic", "-Wconversion", "-Wshadow", "-Werror"]
 PUBLIC_STANDARDS = ["c++11", "c++14", "c++17", "c++20"]
 INTERNAL_STANDARDS = ["c++20"]
-INTERNAL_FOLDERS = ["foundation", "util", "entry", "definitions", "config", "message", "counter", "lines", "sinks", "tools"]
+INTERNAL_FOLDERS = ["foundation", "util", "entry", "definitions", "config", "message", "counter", "lines", "sinks", "ship", "tools"]
 ICU_MARK = "/unicode/"
 
 

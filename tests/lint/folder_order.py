@@ -67,6 +67,7 @@ SUBCOMMANDS = {
     "catalog": [],
     "count": [],
     "render": ["count"],  # counts what it renders
+    "ship": ["render"],  # waits for logs as `render --follow` does, and gives plug-ins its messages
     "stats": ["count", "render"],  # has the bars of counts, and tells of lines that are wrong as `render` does
 }
 
@@ -74,6 +75,7 @@ SUBCOMMANDS = {
 OUTSIDE = {
     "include": ["include"],
     "examples": ["include", "examples"],
+    "ship": ["ship"],
     "tools": ["include", "tools"],
     "bench": ["include", "bench"],
 }
@@ -101,6 +103,7 @@ SHARED = {
     "message/resource_*.h": "the tools see in a catalog what the library finds there",
     "sinks/brace_format.h": "formats of lines are cut in one way",
     "sinks/line_colour.h": "levels have the same colours everywhere",
+    "ship/transport.h": "what the command and its plug-ins agree on",
     "message/whole_file.h": "the tools read the file of a bundle as the library does, which waits for no pipe",
 }
 
@@ -108,7 +111,7 @@ SHARED = {
 UNORDERED = ["tests", "fuzz"]
 
 LAYERS = [name for name, _ in CHAIN]
-OUR_FOLDERS = ["foundation", "util", "entry", "definitions", "config", "message", "counter", "lines", "sinks", "tools", "examples", "bench"]
+OUR_FOLDERS = ["foundation", "util", "entry", "definitions", "config", "message", "counter", "lines", "sinks", "ship", "tools", "examples", "bench"]
 INCLUDE = re.compile(r'^\s*#\s*include\s*[<"]([^>"]+)[>"]')
 
 

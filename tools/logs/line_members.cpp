@@ -8,6 +8,8 @@ namespace qzlog_tool {
 
 namespace {
 
+constexpr unsigned kMostLevel = 9;
+
 /// Keeps members of the outermost object.
 class MemberReader : public nlohmann::json_sax<nlohmann::json> {
  public:
@@ -21,6 +23,7 @@ class MemberReader : public nlohmann::json_sax<nlohmann::json> {
   bool binary(binary_t& /*value*/) override { return true; }
   bool number_unsigned(number_unsigned_t value) override {
     if (is_member() && key_ == "seq") members_.seq = value;
+    if (is_member() && key_ == "level" && value <= kMostLevel) members_.level = static_cast<unsigned>(value);
     if (is_member() && key_ == "id" && value <= std::numeric_limits<std::uint32_t>::max()) {
       members_.id = static_cast<std::uint32_t>(value);
     }
@@ -50,6 +53,7 @@ class MemberReader : public nlohmann::json_sax<nlohmann::json> {
   bool is_member() const { return depth_ == 1; }
   std::string* text_member() {
     if (key_ == "id") return &members_.symbolic_id;
+    if (key_ == "name") return &members_.name;
     if (key_ == "writer") return &members_.writer;
     if (key_ == "time") return &members_.time;
     if (key_ == "written") return &members_.written;

@@ -13,6 +13,8 @@ namespace qzlog_tool {
 struct LineMembers {
   std::optional<std::uint32_t> id;
   std::string symbolic_id;  ///< the event's name in the place of the ID
+  std::string name;         ///< the event's, which its writer adds
+  std::optional<unsigned> level;
   std::string writer;
   std::optional<std::uint64_t> seq;
   std::string time;

@@ -1,0 +1,59 @@
+// Records to a folder of this host, such as one that several hosts have mounted, and back: file:///FOLDER.
+#include <memory>
+
+#include "ship/file/file_reader.h"
+#include "ship/file/file_sender.h"
+#include "ship/plugin/plugin_call.h"
+#include "ship/transport.h"
+
+namespace {
+
+using qzlog_ship::guarded;
+
+qzlog_outcome open_sender(const qzlog_settings* settings, const qzlog_host* /*host*/, uint32_t /*timeout_ms*/,
+                          qzlog_sender** sender, qzlog_error* error) {
+  return guarded(error, [&] {
+    *sender = std::make_unique<qzlog_sender>(*settings, qzlog_ship::PluginOptions(*settings)).release();
+  });
+}
+
+qzlog_outcome send(qzlog_sender* sender, const qzlog_record* records, size_t count, uint32_t timeout_ms,
+                   qzlog_result* results, qzlog_error* error) {
+  return guarded(error, [&] { sender->send(records, count, timeout_ms, results); });
+}
+
+void close_sender(qzlog_sender* sender) { delete sender; }
+
+qzlog_outcome open_reader(const qzlog_settings* settings, const qzlog_host* /*host*/, const qzlog_start* start,
+                          uint32_t /*timeout_ms*/, qzlog_reader** reader, qzlog_error* error) {
+  return guarded(error, [&] { *reader = std::make_unique<qzlog_reader>(*settings, *start).release(); });
+}
+
+qzlog_outcome read(qzlog_reader* reader, qzlog_received* records, size_t most, uint32_t timeout_ms, size_t* count,
+                   int32_t* at_end, qzlog_error* error) {
+  return guarded(error, [&] { *at_end = reader->read(records, most, timeout_ms, *count) ? 0 : 1; });
+}
+
+// There are no groups that would have to know.
+qzlog_outcome settle(qzlog_reader* /*reader*/, const uint64_t* /*tokens*/, size_t /*count*/, uint32_t /*timeout_ms*/,
+                     qzlog_error* /*error*/) {
+  return QZLOG_DONE;
+}
+
+void close_reader(qzlog_reader* reader) { delete reader; }
+
+constexpr qzlog_transport kTransport = {QZLOG_TRANSPORT_VERSION,
+                                        sizeof(qzlog_transport),
+                                        "file",
+                                        "a folder of this host",
+                                        open_sender,
+                                        send,
+                                        close_sender,
+                                        open_reader,
+                                        read,
+                                        settle,
+                                        close_reader};
+
+}  // namespace
+
+const qzlog_transport* qzlog_ship_transport(void) { return &kTransport; }

@@ -1,0 +1,287 @@
+#include "tools/ship/ship_command.h"
+
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <csignal>
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "qzlog/logcfg.h"
+#include "qzlog/version.h"
+#include "tools/choice/choice_options.h"
+#include "tools/choice/entry_choice.h"
+#include "tools/choice/known_definitions.h"
+#include "tools/logs/line_reporter.h"
+#include "tools/merge/definition_options.h"
+#include "tools/merge/definition_sets.h"
+#include "tools/options/option_checks.h"
+#include "tools/options/option_heading.h"
+#include "tools/options/reader_locale.h"
+#include "tools/render/stop_signals.h"
+#include "tools/report/command_message.h"
+#include "tools/ship/dead_letters.h"
+#include "tools/ship/line_judge.h"
+#include "tools/ship/metrics_file.h"
+#include "tools/ship/record_host.h"
+#include "tools/ship/ship_help.h"
+#include "tools/ship/ship_metrics.h"
+#include "tools/ship/ship_url.h"
+#include "tools/ship/shipped_logs.h"
+#include "tools/ship/shipping.h"
+#include "tools/ship/state_file.h"
+#include "tools/ship/state_path.h"
+#include "tools/ship/transport_plugin.h"
+#include "tools/ship/transport_sender.h"
+#include "tools/shown/shown_options.h"
+#include "tools/system/buffered_output.h"
+#include "tools/system/command_error.h"
+
+namespace qzlog_tool {
+
+namespace {
+
+using qzlog_compiler::Severity;
+
+#define QZLOG_SHIP_TEXT_OF(number) #number
+#define QZLOG_SHIP_TEXT(number) QZLOG_SHIP_TEXT_OF(number)
+constexpr const char* kClient = "qzlog-ship/" QZLOG_SHIP_TEXT(QZLOG_VERSION_MAJOR) "." QZLOG_SHIP_TEXT(
+    QZLOG_VERSION_MINOR) "." QZLOG_SHIP_TEXT(QZLOG_VERSION_PATCH);
+
+struct ShipOptions {
+  std::vector<std::string> series;
+  std::string to;
+  std::string state;
+  std::string dead_letters;
+  std::string product;
+  std::string ca_file;
+  std::string credentials_file;
+  std::vector<std::string> options;
+  std::string plugins;
+  std::string metrics;
+  std::size_t batch_lines = 5000;
+  std::size_t batch_kilobytes = 2048;
+  std::size_t batch_wait = 100;
+  bool once = false;
+  std::vector<DefinitionPaths> definitions;
+  ShownOptions shown;
+  ChoiceOptions choice;
+};
+
+/// What a text KEY=VALUE is made of; nothing for another one.
+std::optional<std::pair<std::string, std::string>> parse_option(const std::string& text) {
+  const std::size_t sign = text.find('=');
+  const std::string key = text.substr(0, sign);
+  const bool is_key = !key.empty() && std::all_of(key.begin(), key.end(), [](char character) {
+    return (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z') ||
+           (character >= '0' && character <= '9') || character == '-' || character == '_' || character == '.';
+  });
+  if (sign == std::string::npos || !is_key) return std::nullopt;
+  return std::pair(key, text.substr(sign + 1));
+}
+
+std::string check_option(const std::string& text) {
+  // Not the whole text: values may be secrets.
+  return parse_option(text) ? "" : "an option of the receiver is written KEY=VALUE";
+}
+
+TransportOptions transport_options(const ShipOptions& options, const std::string& host) {
+  TransportOptions result;
+  result.ca_file = options.ca_file;
+  result.credentials_file = options.credentials_file;
+  result.client = std::string(kClient) + ' ' + host;
+  for (const std::string& text : options.options) {
+    std::pair<std::string, std::string> option = parse_option(text).value_or(std::pair<std::string, std::string>());
+    for (const auto& [key, value] : result.options) {
+      if (key == option.first) throw CommandError(kExitCannotRun, "--option " + key + " is given twice");
+    }
+    result.options.push_back(std::move(option));
+  }
+  return result;
+}
+
+/// What reads entries, as far as somebody asks.
+struct EntryParts {
+  KnownDefinitions known;
+  std::optional<DefinitionSets> sets;
+  std::optional<EntryChoice> choice;
+  std::optional<LineJudge> judge;
+  std::optional<RecordMessages> messages;
+};
+
+void prepare(const ShipOptions& options, LineReporter& reporter, EntryParts& parts) {
+  if (options.definitions.empty()) {
+    if (options.choice.is_given()) {
+      throw CommandError(kExitCannotRun, "choosing entries needs --definitions, against which they are read");
+    }
+    return;
+  }
+  qz_LOG_LogConfig::SetICUEnabled(true);
+  qz_LOG_LogConfig::SetCodePage("UTF-8");
+  use_reader_settings(options.shown);
+  load_definitions(
+      options.definitions, qzlog_compiler::RenderingPaths::kIcu, reporter,
+      [&parts](const qzlog_compiler::DefinitionModel& model) { parts.known.add(model); }, parts.sets);
+  DefinitionSets* const sets = parts.sets ? &*parts.sets : nullptr;
+  parts.messages.emplace(sets);
+  if (!options.choice.is_given()) return;
+  parts.choice.emplace(options.choice, parts.known, reader_clock(options.shown));
+  parts.judge.emplace(*parts.choice, sets);
+}
+
+Shipping::Settings settings_of(const ShipOptions& options, const ShipUrl& url) {
+  Shipping::Settings settings;
+  settings.to = url.text();
+  settings.product = options.product;
+  settings.batch.records = options.batch_lines;
+  settings.batch.bytes = options.batch_kilobytes << 10U;
+  settings.batch_wait = std::chrono::milliseconds(options.batch_wait);
+  settings.once = options.once;
+  return settings;
+}
+
+void begin_at(const StateFile& file, const ShipUrl& url, const RecordIdentity& identities, ShippedLogs& logs,
+              LineTaker& taker) {
+  const std::optional<ShipState> state = file.read();
+  if (!state) return;
+  if (state->to != url.text()) {
+    throw CommandError(kExitCannotRun, "the state '" + file.path() + "' is of another receiver, " + state->to +
+                                           ": name another state with --state, for what one has acknowledged the "
+                                           "other does not have");
+  }
+  logs.begin_at(state->series, identities, taker);
+}
+
+int end_command(const Shipping::End& end, const ShipOptions& options, const DeadLetters& dead_letters) {
+  if (!end.all_settled) {
+    print_command_message(Severity::kWarning,
+                          "lines of the batch under way are not delivered; the next start goes on with them");
+    return kExitFindings;
+  }
+  return options.once && dead_letters.count() != 0 ? kExitFindings : kExitSuccess;
+}
+
+int ship(const ShipOptions& options) {
+  std::signal(SIGPIPE, SIG_IGN);  // of a connection that breaks
+  const ShipUrl url(options.to);
+  const TransportPlugin plugin(url, options.plugins.empty() ? installed_plugins() : options.plugins);
+  const RecordIdentity identities(host_name());
+  const TransportOptions transport = transport_options(options, identities.host());
+  const TransportSettings transport_settings(url, transport);
+  BufferedOutput output(STDOUT_FILENO, "standard output");
+  LineReporter reporter(output);
+  EntryParts entries;
+  prepare(options, reporter, entries);
+
+  ShippedLogs logs(options.series);
+  StateFile state(options.state.empty() ? usual_state_path(options.series, url.text()) : options.state);
+  DeadLetters dead_letters(options.dead_letters.empty() ? state.path() + ".dead-letters.jsonl" : options.dead_letters,
+                           url.text());
+  ShipMetrics metrics;
+  metrics.to = url.text();
+  MetricsFile metrics_file(options.metrics,
+                           [&] { return metrics_text(metrics, logs.progress(), std::chrono::system_clock::now()); });
+  RecordHost host(
+      entries.known, entries.messages ? &*entries.messages : nullptr,
+      [&url](const std::string& text) { print_command_message(Severity::kWarning, url.text() + ": " + text); },
+      [] { return StopSignals::requested() != 0; });
+  TransportSender sender(plugin, transport_settings, host);
+  Shipping shipping(settings_of(options, url), {.source = logs,
+                                                .sender = sender,
+                                                .state = state,
+                                                .dead_letters = dead_letters,
+                                                .metrics = metrics,
+                                                .identities = identities,
+                                                .known = entries.known,
+                                                .judge = entries.judge ? &*entries.judge : nullptr,
+                                                .report = [&](bool is_last) { metrics_file.update(is_last); },
+                                                .stop_signal = [] { return StopSignals::requested(); }});
+  begin_at(state, url, identities, logs, shipping);
+  const StopSignals signals;
+  return end_command(shipping.run(), options, dead_letters);
+}
+
+void add_receiver_options(CLI::App& command, ShipOptions& options) {
+  const OptionHeading heading(command, "The receiver");
+  command.add_option("--to", options.to, "Where lines are delivered to")->type_name("URL")->required();
+  command.add_option("--ca", options.ca_file, "The certificates that are trusted, in place of the system's")
+      ->type_name("FILE.pem")
+      ->check(check_not_empty);
+  command.add_option("--credentials", options.credentials_file, "A file with what the receiver asks for")
+      ->type_name("FILE")
+      ->check(check_not_empty);
+  command.add_option("--option", options.options, "A setting of the receiver's plug-in")
+      ->type_name("KEY=VALUE")
+      ->allow_extra_args(false)
+      ->check(check_option);
+  command.add_option("--product", options.product, "The product's name, for subjects and the like")
+      ->type_name("NAME")
+      ->check(check_not_empty);
+  command.add_option("--plugins", options.plugins, "The folder of plug-ins, in place of the installed one")
+      ->type_name("DIR")
+      ->check(check_not_empty);
+}
+
+void add_delivery_options(CLI::App& command, ShipOptions& options) {
+  const OptionHeading heading(command, "Delivering");
+  command.add_option("--state", options.state, "What the receiver has, from one start to the next")
+      ->type_name("FILE.json")
+      ->check(check_not_empty);
+  command
+      .add_option("--dead-letters", options.dead_letters,
+                  "Where lines go that are not delivered (default: the state's name with .dead-letters.jsonl)")
+      ->type_name("FILE.jsonl")
+      ->check(check_not_empty);
+  command.add_option("--metrics", options.metrics, "Write how it goes to this file, each second")
+      ->type_name("FILE.json")
+      ->check(check_not_empty);
+  command.add_flag("--once", options.once, "End when all that is there has been delivered");
+  command.add_option("--batch", options.batch_lines, "So many lines are sent at once at most")
+      ->type_name("N")
+      ->check(CLI::Range(std::size_t{1}, std::size_t{100000}).description(""))
+      ->capture_default_str();
+  command.add_option("--batch-size", options.batch_kilobytes, "So many KiB of lines are sent at once at most")
+      ->type_name("N")
+      ->check(CLI::Range(std::size_t{1}, std::size_t{65536}).description(""))
+      ->capture_default_str();
+  command.add_option("--batch-wait", options.batch_wait, "Milliseconds that a line waits for others")
+      ->type_name("N")
+      ->check(CLI::Range(std::size_t{0}, std::size_t{60000}).description(""))
+      ->capture_default_str();
+}
+
+void add_entry_options(CLI::App& command, ShipOptions& options) {
+  add_definition_options(command, options.definitions);
+  command.get_option("--definitions")->required(false);
+  add_choice_options(command, options.choice);
+  // What comes last of a log that goes on is not known, and the first few would be others with each start.
+  command.remove_option(command.get_option("--tail"));
+  command.remove_option(command.get_option("--head"));
+  const OptionHeading heading(command, "Messages");
+  command.add_option("--locale", options.shown.locale, "The locale of messages: de_AT, zh-Hant")
+      ->type_name("ll_CC")
+      ->check(check_reader_locale);
+  add_zone_options(command, options.shown);
+}
+
+}  // namespace
+
+void add_ship_command(CLI::App& app, int& exit_status) {
+  CLI::App* const command = app.add_subcommand("ship", "Deliver series of logs to a receiver as they are written");
+  const auto options = std::make_shared<ShipOptions>();
+  command->footer(std::string(kShipFooter) + '\n' + kChoiceFooter + '\n' + kShipExamples);
+  add_receiver_options(*command, *options);
+  add_delivery_options(*command, *options);
+  command->add_option("SERIES", options->series, "Series of files, or folders with some")
+      ->type_name("DIR/PREFIX|DIR")
+      ->required();
+  add_entry_options(*command, *options);
+  command->callback([options, &exit_status] { exit_status = ship(*options); });
+}
+
+}  // namespace qzlog_tool
