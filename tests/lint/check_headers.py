@@ -19,6 +19,9 @@ COMPILERS = ["g++", "clang++"]
 WARNINGS = ["-Wall", "-Wextra", "-Wpedantic", "-Wconversion", "-Wshadow", "-Werror"]
 PUBLIC_STANDARDS = ["c++11", "c++14", "c++17", "c++20"]
 INTERNAL_STANDARDS = ["c++20"]
+# Headers that C reads too: compilers and standards.
+C_HEADERS = ["ship/transport.h"]
+C_JOBS = [("gcc", "c99"), ("clang", "c99"), ("gcc", "c17")]
 INTERNAL_FOLDERS = ["foundation", "util", "entry", "definitions", "config", "message", "counter", "lines", "sinks", "ship", "tools"]
 ICU_MARK = "/unicode/"
 
@@ -47,12 +50,16 @@ def jobs(root):
         for header in internal:
             for standard in INTERNAL_STANDARDS:
                 yield header, False, compiler, standard
+    for header in C_HEADERS:
+        for compiler, standard in C_JOBS:
+            yield header, False, compiler, standard
 
 
 def check(root, header, public, compiler, standard):
     """None, or what is wrong."""
     paths = ["-I", str(root / "include")] + ([] if public else ["-I", str(root)])
-    command = [compiler, f"-std={standard}", *WARNINGS, *paths, "-fsyntax-only", "-H", "-x", "c++", "-"]
+    language = "c++" if standard.startswith("c++") else "c"
+    command = [compiler, f"-std={standard}", *WARNINGS, *paths, "-fsyntax-only", "-H", "-x", language, "-"]
     result = subprocess.run(command, input=f'#include "{header}"\n', capture_output=True, text=True, check=False)
     if result.returncode != 0:
         words = [line for line in result.stderr.splitlines() if not line.startswith(".")]

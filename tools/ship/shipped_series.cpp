@@ -80,32 +80,30 @@ bool ShippedSeries::read_files(LineTaker& taker) {
 
 /// Goes over to the file that comes next, if there is one.
 ShippedSeries::Next ShippedSeries::open_next(LineTaker& taker) {
-  if (files_.size() >= kMostFiles && !close_first(taker)) return Next::kEnough;
   try {
-    return find_next(taker) ? Next::kOpened : Next::kNone;
+    look_for_later();
+    while (!later_.empty()) {
+      if (files_.size() >= kMostFiles && !close_first(taker)) return Next::kEnough;
+      const SeriesPlace place = later_.back();
+      OpenFile file = open(0, place);
+      later_.pop_back();
+      if (file == nullptr) continue;  // it was deleted before its turn, which the numbers tell
+      tell_missing(place, taker);
+      latest_ = place;
+      add(std::move(file));
+      return Next::kOpened;
+    }
   } catch (const UnreadableInput& failure) {
     taker.complain(failure.what());
-    return Next::kNone;
   }
+  return Next::kNone;
 }
 
-bool ShippedSeries::find_next(LineTaker& taker) {
-  if (later_.empty()) {
-    later_ = series_files(series_);
-    std::erase_if(later_, [this](SeriesPlace place) { return place <= latest_; });
-    std::reverse(later_.begin(), later_.end());
-  }
-  while (!later_.empty()) {
-    const SeriesPlace place = later_.back();
-    OpenFile file = open(0, place);
-    later_.pop_back();
-    if (file == nullptr) continue;  // it was deleted before its turn, which the numbers tell
-    tell_missing(place, taker);
-    latest_ = place;
-    add(std::move(file));
-    return true;
-  }
-  return false;
+void ShippedSeries::look_for_later() {
+  if (!later_.empty()) return;
+  later_ = series_files(series_);
+  std::erase_if(later_, [this](SeriesPlace place) { return place <= latest_; });
+  std::reverse(later_.begin(), later_.end());
 }
 
 /// Null where there is no such file.
@@ -143,8 +141,12 @@ void ShippedSeries::tell_missing(SeriesPlace found, LineTaker& taker) const {
 
 // A former file is done with when the next one has lines: those who write have gone over to it.
 bool ShippedSeries::close_quiet_files(LineTaker& taker) {
-  while (files_.size() > 1 && is_quiet(*files_[0].file) && !files_[1].file->is_empty()) {
-    if (!close_first(taker)) return false;
+  try {
+    while (files_.size() > 1 && is_quiet(*files_[0].file) && !files_[1].file->is_empty()) {
+      if (!close_first(taker)) return false;
+    }
+  } catch (const UnreadableInput& failure) {
+    taker.complain(failure.what());
   }
   return true;
 }
@@ -153,15 +155,10 @@ bool ShippedSeries::is_quiet(const ShippedFile& file) {
   return ShippedFile::Clock::now() - file.latest_growth() >= kLinger;
 }
 
-/// False when the taker has enough, or the rest of the file cannot be read now.
+/// False when the taker has enough. Throws UnreadableInput: the file then stays.
 bool ShippedSeries::close_first(LineTaker& taker) {
   ShippedFile& file = *files_.front().file;
-  try {
-    if (!file.read_rest(taker)) return false;
-  } catch (const UnreadableInput& failure) {
-    taker.complain(failure.what());
-    return false;
-  }
+  if (!file.read_rest(taker)) return false;
   file.close_at_end();
   watch_.forget_file(files_.front().watch);
   files_.pop_front();

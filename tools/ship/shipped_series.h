@@ -54,7 +54,7 @@ class ShippedSeries {
   bool read_files(LineTaker& taker);
   enum class Next { kOpened, kNone, kEnough };
   Next open_next(LineTaker& taker);
-  bool find_next(LineTaker& taker);
+  void look_for_later();
   OpenFile open(std::uint64_t settled, SeriesPlace place);
   void add(OpenFile file);
   void tell_missing(SeriesPlace found, LineTaker& taker) const;

@@ -147,10 +147,7 @@ bool Shipping::send_waiting() {
     ++parts_.metrics.batches;
     const qzlog_outcome outcome = parts_.sender.send(records_, time_for_attempt(), results_, reason);
     const bool some_settled = take_results();
-    if (outcome == QZLOG_NEVER) {
-      tell_failure(reason);
-      throw CommandError(kExitCannotRun, settings_.to + ": " + reason);
-    }
+    if (outcome == QZLOG_NEVER) throw CommandError(kExitCannotRun, settings_.to + ": " + reason);
     if (outcome == QZLOG_LATER) tell_failure(reason);
     if (outcome == QZLOG_DONE && some_settled) tell_success();
     if (some_settled) back_off_.reset();

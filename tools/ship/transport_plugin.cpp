@@ -103,7 +103,7 @@ std::string installed_plugins() {
 }
 
 TransportPlugin::TransportPlugin(const ShipUrl& url, const std::string& folder)
-    : path_((fs::absolute(folder) / ("ship-" + url.plugin() + ".so")).string()) {
+    : path_((fs::absolute(folder) / ("ship-" + url.plugin() + ".so")).lexically_normal().string()) {
   if (!is_there(path_)) refuse_missing(url.scheme(), path_);
   void* const library = ::dlopen(path_.c_str(), RTLD_NOW | RTLD_LOCAL);
   if (library == nullptr) refuse_plugin(path_, loader_error());
