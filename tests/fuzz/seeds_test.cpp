@@ -28,6 +28,7 @@ int fuzz_merged_logs(const std::uint8_t* bytes, std::size_t size);
 int fuzz_names_section(const std::uint8_t* bytes, std::size_t size);
 int fuzz_pattern_nesting(const std::uint8_t* bytes, std::size_t size);
 int fuzz_resource_bundle(const std::uint8_t* bytes, std::size_t size);
+int fuzz_ship_state(const std::uint8_t* bytes, std::size_t size);
 int fuzz_sink_file(const std::uint8_t* bytes, std::size_t size);
 int fuzz_where(const std::uint8_t* bytes, std::size_t size);
 }
@@ -59,6 +60,7 @@ const Fuzzer kFuzzers[] = {
     {"names_section", fuzz_names_section},
     {"pattern_nesting", fuzz_pattern_nesting},
     {"resource_bundle", fuzz_resource_bundle},
+    {"ship_state", fuzz_ship_state},
     {"sink_file", fuzz_sink_file},
     {"where", fuzz_where},
 };

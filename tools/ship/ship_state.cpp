@@ -84,6 +84,7 @@ SeriesPlace place_of(const std::string& series, const std::string& file) {
 
 void add_row(const Json& row, ShipState& state) {
   const std::string series = row.at("series").get<std::string>();
+  if (!row.at("offset").is_number_unsigned()) refuse_row();  // another number would be turned into one
   if (state.series.empty() || state.series.back().series != series) state.series.push_back({series, {}});
   std::vector<FilePlace>& places = state.series.back().places;
   places.push_back({place_of(series, row.at("file").get<std::string>()), row.at("offset").get<std::uint64_t>(),
@@ -96,8 +97,14 @@ void add_row(const Json& row, ShipState& state) {
 std::string state_text(const ShipState& state) {
   std::string text = "{\n  \"qzlog_ship\": " + std::to_string(kVersion) + ",\n  \"to\": " + json_text(state.to) +
                      ",\n  \"places\": [" + rows(state) + "],\n";
-  const std::string checksum = checksum_of(text);
-  return text.append(kBeforeChecksum.substr(1)).append(checksum).append(kBehindChecksum);
+  return with_checksum(text);
+}
+
+std::string with_checksum(std::string_view text) {
+  std::string whole(text);
+  if (!whole.ends_with('\n')) whole += '\n';
+  const std::string checksum = checksum_of(whole);
+  return whole.append(kBeforeChecksum.substr(1)).append(checksum).append(kBehindChecksum);
 }
 
 ShipState parse_state(std::string_view text) {

@@ -36,6 +36,9 @@ struct ShipState {
 /// JSON with a checksum of all that stands before it.
 std::string state_text(const ShipState& state);
 
+/// What stands before a checksum, with the one that it has to have.
+std::string with_checksum(std::string_view text);
+
 /// Thrown, with the reason, for what is no state or is damaged.
 struct BadState : std::runtime_error {
   using std::runtime_error::runtime_error;
