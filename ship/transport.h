@@ -3,9 +3,10 @@
 
 /* What a plug-in of `qzlog ship` is: it brings lines of logs to one kind of receiver, and reads them back from there.
  *
- * This header is plain C (C99, and C++). A plug-in is a shared object ship-NAME.so in the folder LIBDIR/qzlog; it
- * serves the URLs whose scheme is NAME, or begins with NAME and a plus sign (nats, nats+tls). It exports one function,
- * which returns the address of a constant that lives as long as the plug-in is loaded:
+ * This header is plain C (C99, and C++), and installed as <qzlog/ship/transport.h>. A plug-in is a shared object
+ * ship-NAME.so in the folder LIBDIR/qzlog; it serves the URLs whose scheme is NAME, or begins with NAME and a plus sign
+ * (nats, nats+tls). It exports one function, which returns the address of a constant that lives as long as the plug-in
+ * is loaded:
  *
  *   static const qzlog_transport transport = {
  *       QZLOG_TRANSPORT_VERSION, sizeof(qzlog_transport), "nats", "NATS JetStream, libnats 3.4",
@@ -14,18 +15,24 @@
  *
  * The rules:
  *
- * - A version number names the meaning of all that is below. A host loads plug-ins of its own version alone. Members
- * may be added at the end of structs that have a `size`: what lies behind the size of the other side is not there.
- * - No exception leaves a function, in either direction, and none ends the process. A plug-in installs no signal
- * handler and changes neither the locale nor the working folder.
- * - The functions of one sender or reader are called one at a time, and all by one thread. A plug-in may have threads
- * of its own, with all signals blocked in them; the functions of qzlog_host are for the calling thread alone, and only
- *   until the call returns.
- * - What a pointer leads to is the other side's, and valid until the call returns that it was given to, unless it says
- *   otherwise. Texts have a length and may lack a zero at their end. They are UTF-8 where that is said; a line may hold
- *   any byte but the line feed.
- * - A call may take as long as its `timeout_ms` says, and shortly longer, and no longer. It is right to return earlier.
- * - Credentials and what is read from their file go into no text that is handed to the host.
+ * Versions. A version number names the meaning of all that is below. A host loads plug-ins of its own version alone.
+ * Members may be added at the end of structs that have a `size`: what lies behind the size of the other side is not
+ * there.
+ *
+ * Exceptions and signals. No exception leaves a function, in either direction, and none ends the process. A plug-in
+ * installs no signal handler and changes neither the locale nor the working folder. SIGPIPE is ignored already.
+ *
+ * Threads. The functions of one sender or reader are called one at a time, and all by one thread. A plug-in may have
+ * threads of its own, with all signals blocked in them; the functions of qzlog_host are for the calling thread alone,
+ * and only until the call returns.
+ *
+ * Memory. What a pointer leads to is the other side's, and valid until the call returns that it was given to, unless it
+ * says otherwise. Texts have a length and may lack a zero at their end. They are UTF-8 where that is said; a line may
+ * hold any byte but the line feed.
+ *
+ * Time. A call may take as long as its `timeout_ms` says, or shortly longer. It is right to return earlier.
+ *
+ * Secrets. Credentials, and what is read from their file, go into no text that is handed to the host.
  */
 
 #include <stddef.h>

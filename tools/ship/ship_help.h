@@ -34,7 +34,7 @@ used, or a receiver that needs somebody's help, as without its stream.
 inline constexpr const char* kShipExamples = R"(Examples:
   qzlog ship /var/log/storage/storage --to nats://127.0.0.1:4222/ENTRIES
   qzlog ship /var/log/storage --to file:///mnt/collected/web1 --once
-  qzlog ship logs --to nats+tls://a:4222/ENTRIES --ca ca.pem --credentials me.txt
+  qzlog ship logs --to nats+tls://a/ENTRIES --ca ca.pem --credentials me.txt
   qzlog ship logs/shop --to file:///mnt/shop --definitions shop.ldf --level 7..
   qzlog ship logs --to nats://127.0.0.1/ENTRIES --state s.json --metrics m.json
 )";

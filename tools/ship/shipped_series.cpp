@@ -139,12 +139,15 @@ void ShippedSeries::tell_missing(SeriesPlace found, LineTaker& taker) const {
              std::to_string(count) + (count == 1 ? " file was" : " files were") + " deleted before being delivered");
 }
 
-// A former file is done with when the next one has lines: those who write have gone over to it.
+// A former file is done with when the next one has lines: those who write have gone over to it. One that was deleted
+// takes room on the disk as long as it is open.
 bool ShippedSeries::close_quiet_files(LineTaker& taker) {
   try {
     while (files_.size() > 1 && is_quiet(*files_[0].file) && !files_[1].file->is_empty()) {
       if (!close_first(taker)) return false;
     }
+    const bool is_left = files_.size() == 1 && files_[0].file->is_deleted() && is_quiet(*files_[0].file);
+    return !is_left || close_first(taker);
   } catch (const UnreadableInput& failure) {
     taker.complain(failure.what());
   }
