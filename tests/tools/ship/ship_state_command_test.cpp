@@ -85,6 +85,25 @@ TEST_F(ShipStateCommand, SecondShipper_IsRefusedWithTheFirstOnesProcess) {
   EXPECT_EQ(ship_once().status, 0);
 }
 
+// The line that nobody takes has to be somewhere before the state says that it is settled.
+TEST_F(ShipStateCommand, DeadLettersThatCannotBeWritten_EndItWithTheStateAsItWas) {
+  append("logs/s.20261121.0001", "no JSON\n");
+  const CommandResult result = ship_once("--dead-letters /dev/full");
+  EXPECT_EQ(result.status, 2);
+  EXPECT_NE(result.err.find("cannot write '/dev/full': No space left on device"), std::string::npos) << result.err;
+  EXPECT_EQ(read("state.json"), state_);
+  EXPECT_EQ(ship_once().status, 1);
+  EXPECT_EQ(received().size(), 5U);
+  EXPECT_NE(read("state.json.dead-letters.jsonl").find("no JSON"), std::string::npos);
+}
+
+TEST_F(ShipStateCommand, StateThatCannotBeWritten_EndsItBeforeAnythingIsSent) {
+  const CommandResult result = run("$QZLOG ship logs/s --once --state none/state.json --to " + url());
+  EXPECT_EQ(result.status, 2);
+  EXPECT_NE(result.err.find("cannot write 'none/state.json.lock'"), std::string::npos) << result.err;
+  EXPECT_EQ(received().size(), 3U);
+}
+
 TEST_F(ShipStateCommand, UsualPlace_IsTheServicesFolderOrTheUsers) {
   EXPECT_EQ(run("STATE_DIRECTORY=$PWD/service $QZLOG ship logs/s --once --to " + url()).status, 0);
   EXPECT_EQ(run("env -u STATE_DIRECTORY XDG_STATE_HOME=$PWD/user $QZLOG ship logs/s --once --to " + url()).status, 0);
