@@ -10,6 +10,7 @@
 #include "qzlog/file_io.h"
 #include "qzlog/file_sink.h"
 #include "qzlog/filtered_sink.h"
+#include "qzlog/journal_sink.h"
 #include "qzlog/limited_sink.h"
 #include "qzlog/log_util.h"
 #include "qzlog/logattrib.h"

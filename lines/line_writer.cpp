@@ -1,6 +1,5 @@
 #include "lines/line_writer.h"
 
-#include <cmath>
 #include <cstring>
 #include <new>
 #include <string_view>
@@ -8,15 +7,13 @@
 #include <unicode/ustring.h>
 
 #include "foundation/itoa.h"
-#include "foundation/sha256.h"
-#include "foundation/shortest_float.h"
 #include "foundation/text_buffer.h"
 #include "lines/base64_text.h"
 #include "lines/entry_access.h"
 #include "lines/json_escape.h"
 #include "lines/line_output.h"
-#include "lines/moment_text.h"
 #include "lines/stored_code_page.h"
+#include "lines/value_text.h"
 #include "message/code_page.h"
 #include "qzlog/logcfg.h"
 #include "qzlog/qz_exception.h"
@@ -25,87 +22,10 @@ namespace qzlog {
 
 namespace {
 
-struct StoredText {
-  const char* text;
-  std::size_t length;
-};
-
-/// A stored value of a text type.
-StoredText text_of(const _qz_LOG_type_base& value) {
-  if (is_unicode_string_attribute(static_cast<qz_AttributeType>(value.get_type()))) {
-    const auto& text = value_as<_qz_LOG_ustring>(value);
-    return {text.text(), text.length};
-  }
-  const auto& text = value_as<qz_String>(value);
-  return {text.c_str(), text.length()};
-}
-
-bool is_text(const _qz_LOG_type_base& value) {
-  const auto type = static_cast<qz_AttributeType>(value.get_type());
-  return is_string_attribute(type) || is_unicode_string_attribute(type);
-}
-
-// What follows writes to room that there is, and returns the end.
-
-template <std::size_t size>
-char* write_literal(char* target, const char (&literal)[size]) {
-  std::memcpy(target, literal, size - 1);
-  return target + size - 1;
-}
-
-char* write_quoted_moment(char* target, long long unix_seconds) {
-  *target = '"';
-  return write_literal(write_moment(target + 1, unix_seconds), "Z\"");
-}
-
-char* write_float(char* target, double value) {
-  if (std::isfinite(value)) [[likely]]
-    return write_shortest_float(target, value);
-  if (std::isnan(value)) return write_literal(target, "\"NaN\"");
-  return value > 0 ? write_literal(target, "\"Infinity\"") : write_literal(target, "\"-Infinity\"");
-}
-
-/// A value that is no text.
-char* write_short_value(char* target, const _qz_LOG_type_base& value) {
-  switch (value.get_type()) {
-    case TypeBool:
-      return value_as<bool>(value) ? write_literal(target, "true") : write_literal(target, "false");
-    case TypeUInt1:
-      return write_number(target, unsigned{value_as<unsigned char>(value)});
-    case TypeUInt2:
-      return write_number(target, unsigned{value_as<unsigned short>(value)});
-    case TypeUInt4:
-      return write_number(target, value_as<unsigned>(value));
-    case TypeSInt1:
-      return write_number(target, int{static_cast<signed char>(value_as<char>(value))});
-    case TypeSInt2:
-      return write_number(target, int{value_as<short>(value)});
-    case TypeSInt4:
-      return write_number(target, value_as<int>(value));
-    case TypeFloat:
-      return write_float(target, value_as<double>(value));
-    default:
-      return write_quoted_moment(target, value_as<qz_Time>(value).unix_seconds());
-  }
-}
-constexpr std::size_t kMaxShortValue = kMaxShortestFloat;
-static_assert(kMaxShortValue >= kMomentText + 3);
-
 /// The room that a line's beginning may take, up to what has no bound.
 constexpr std::size_t kMaxHead = 160;
 /// Names up to this length, as nearly all are, are copied in whole blocks.
 constexpr std::size_t kShortName = 64;
-
-/// The digits say whether texts are the same, and little else.
-char* write_hash(char* target, const StoredText& stored) {
-  Sha256 hash;
-  hash.add(stored.text, stored.length);
-  target = write_literal(target, "\"sha256:");
-  write_short_digest(hash.digest(), target);
-  target[kShortDigestDigits] = '"';
-  return target + kShortDigestDigits + 1;
-}
-constexpr std::size_t kMaxHash = kShortDigestDigits + 16;
 
 /// A text of a code page, and what encoding it again needs to know.
 struct DecodedText {

@@ -30,11 +30,11 @@ DescriptorLines::~DescriptorLines() {
 }
 
 /// Where nobody reads, each line would be waited for again: only the first is.
-bool DescriptorLines::take(std::string_view line, unsigned /*level*/) {
+std::size_t DescriptorLines::take(std::string_view line, unsigned /*level*/) {
   const long long now = SinkClock::steady_milliseconds();
   const StreamHold hold(lock_, now + longest_wait_);
-  if (!hold || is_closed_) return false;
-  return write_line(line, is_stalled_ ? now : now + longest_wait_);
+  if (!hold || is_closed_) return 0;
+  return write_line(line, is_stalled_ ? now : now + longest_wait_) ? line.size() : 0;
 }
 
 bool DescriptorLines::write_line(std::string_view line, long long deadline) {

@@ -21,7 +21,7 @@ class DescriptorLines : public LineDestination {
   /// From now on the descriptor is closed with this object.
   void own() { is_owned_ = true; }
 
-  bool take(std::string_view line, unsigned level) override;
+  std::size_t take(std::string_view line, unsigned level) override;
   bool flush(unsigned milliseconds) override;
   unsigned long long close(unsigned milliseconds) override;
 

@@ -61,20 +61,6 @@ class PipeSignalDelay : public qz_UTIL_no_inadvertant_copies {
   bool was_sent_ = false;
 };
 
-/// False with errno when there is none at the deadline. An error counts as room: writing tells of it.
-bool wait_for_room(int descriptor, long long deadline) {
-  pollfd place = {descriptor, POLLOUT, 0};
-  for (;;) {
-    const long long left = std::clamp(deadline - SinkClock::steady_milliseconds(), 0LL, 60'000LL);
-    const int found = ::poll(&place, 1, static_cast<int>(left));
-    if (found > 0) return true;
-    if (found < 0 && errno != EINTR) return false;
-    if (SinkClock::steady_milliseconds() < deadline) continue;
-    errno = EAGAIN;
-    return false;
-  }
-}
-
 ssize_t write_to_pipe(int descriptor, std::string_view bytes) {
   PipeSignalDelay delay;
   const ssize_t written = ::write(descriptor, bytes.data(), bytes.size());
@@ -126,6 +112,19 @@ StreamKind kind_of(int descriptor) noexcept {
   if (S_ISFIFO(status.st_mode)) return StreamKind::kPipe;
   const bool always_takes = major(status.st_rdev) == kMemoryDevices;
   return S_ISCHR(status.st_mode) && !always_takes ? StreamKind::kTerminal : StreamKind::kFile;
+}
+
+bool wait_for_room(int descriptor, long long deadline) noexcept {
+  pollfd place = {descriptor, POLLOUT, 0};
+  for (;;) {
+    const long long left = std::clamp(deadline - SinkClock::steady_milliseconds(), 0LL, 60'000LL);
+    const int found = ::poll(&place, 1, static_cast<int>(left));
+    if (found > 0) return true;
+    if (found < 0 && errno != EINTR) return false;
+    if (SinkClock::steady_milliseconds() < deadline) continue;
+    errno = EAGAIN;
+    return false;
+  }
 }
 
 std::size_t write_to_descriptor(int descriptor, StreamKind kind, std::string_view bytes, long long deadline) noexcept {

@@ -24,12 +24,12 @@ class FileLines : public LineDestination {
   explicit FileLines(const qz_LOG_FileSinkSettings& settings)
       : cores_(without_shared_file(settings), FileSinkCore::Lines::kPlain) {}
 
-  bool take(std::string_view line, unsigned level) override {
-    if (cores_.is_closed()) return false;
+  std::size_t take(std::string_view line, unsigned level) override {
+    if (cores_.is_closed()) return 0;
     line.remove_suffix(1);  // the file's writer ends each line
     FileSinkCore& core = cores_.get();
     return with_thread_instance<PlainLineRoom>([&](PlainLineRoom& room) {
-      return core.write(room.begin(FileSinkCore::kRoomBefore).append(line), level) != 0;
+      return core.write(room.begin(FileSinkCore::kRoomBefore).append(line), level);
     });
   }
   bool flush(unsigned milliseconds) override { return cores_.get().flush(milliseconds); }

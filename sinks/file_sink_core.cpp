@@ -9,39 +9,11 @@
 #include "sinks/pending_recovery.h"
 #include "sinks/silent_thread.h"
 #include "sinks/sink_clock.h"
+#include "sinks/writer_name.h"
 
 namespace qzlog {
 
 namespace {
-
-constinit std::atomic<unsigned long long> latest_start{0};
-
-/// Nanoseconds since 1970, later for each writer of the process.
-unsigned long long new_start() {
-  const std::timespec now = SinkClock::now();
-  unsigned long long start =
-      static_cast<unsigned long long>(now.tv_sec) * 1'000'000'000 + static_cast<unsigned long long>(now.tv_nsec);
-  unsigned long long latest = latest_start.load();
-  do {
-    if (start <= latest) start = latest + 1;
-  } while (!latest_start.compare_exchange_weak(latest, start));
-  return start;
-}
-
-std::string host_name() {
-  char name[65] = {};
-  if (gethostname(name, sizeof name - 1) != 0 || name[0] == '\0') return "localhost";
-  for (char* character = name; *character != '\0'; ++character) {
-    const bool is_plain = (*character >= 'a' && *character <= 'z') || (*character >= 'A' && *character <= 'Z') ||
-                          (*character >= '0' && *character <= '9') || std::strchr("-._", *character) != nullptr;
-    if (!is_plain) *character = '_';
-  }
-  return name;
-}
-
-std::string new_writer() { return host_name() + '/' + std::to_string(getpid()) + '/' + std::to_string(new_start()); }
-
-unsigned long long start_of(const std::string& writer) { return std::stoull(writer.substr(writer.rfind('/') + 1)); }
 
 [[noreturn]] void throw_open_failure(const std::string& path, int error) {
   if (error == ENOMEM) throw QZX_memory_alloc();
@@ -55,7 +27,7 @@ unsigned long long start_of(const std::string& writer) { return std::stoull(writ
 FileSinkCore::FileSinkCore(const qz_LOG_FileSinkSettings& settings, Lines lines)
     : settings_(settings),
       lines_(lines),
-      writer_(new_writer()),
+      writer_(new_writer_name()),
       way_(settings.way),
       envelope_(writer_),
       destination_(settings_) {}
@@ -99,7 +71,7 @@ void FileSinkCore::open_buffer(const std::shared_ptr<FileSinkCore>& self) {
 }
 
 bool FileSinkCore::open_pending_file() {
-  const std::string path = pending_path(destination_, getpid(), start_of(writer_));
+  const std::string path = pending_path(destination_, getpid(), writer_start(writer_));
   const std::size_t half_bytes = settings_.buffer_bytes / pending_format::kHalves;
   return buffer_.open_file(path, writer_, half_bytes, settings_.file_permissions);
 }

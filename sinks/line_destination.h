@@ -1,6 +1,7 @@
 #ifndef QZLOG_SINKS_LINE_DESTINATION_H
 #define QZLOG_SINKS_LINE_DESTINATION_H
 
+#include <cstddef>
 #include <string_view>
 
 #include "foundation/no_copies.h"
@@ -11,9 +12,9 @@ namespace qzlog {
 class LineDestination : public qz_UTIL_no_inadvertant_copies {
  public:
   virtual ~LineDestination() = default;
-  /// A line with its line break, and the level of its entry. False when it was not taken, or not to its end: what there
-  /// is of it is then closed by a line break before the next one. May throw.
-  virtual bool take(std::string_view line, unsigned level) = 0;
+  /// A line with its line break, and the level of its entry. Returns the bytes that were written for it: 0 when it was
+  /// not taken, or not to its end; what there is of it is then closed by a line break before the next one. May throw.
+  virtual std::size_t take(std::string_view line, unsigned level) = 0;
   /// Whether all that was taken is where it is kept, which is waited for so long.
   virtual bool flush(unsigned milliseconds) = 0;
   /// Takes nothing from now on. How many lines are left that are not kept.

@@ -4,8 +4,7 @@
 #include "foundation/thread_instance.h"
 #include "lines/entry_access.h"
 #include "lines/entry_marks.h"
-#include "lines/moment_text.h"
-#include "sinks/shown_entry.h"
+#include "sinks/shown_message.h"
 #include "sinks/sink_clock.h"
 
 namespace qzlog {
@@ -26,14 +25,6 @@ struct MessageRooms {
   std::string line;
 };
 
-std::string told_message(ToldOf kind, const LossTable::Row& row) {
-  char since[kMomentText];
-  std::string text = std::to_string(row.count) + " entries of event " + std::to_string(row.id) + ", level " +
-                     std::to_string(row.level);
-  text += kind == ToldOf::kLost ? ", were lost since " : ", were held back since ";
-  return text.append(since, write_moment(since, row.since.tv_sec)).append("Z");
-}
-
 }  // namespace
 
 void JsonForm::append_entry(const qz_LOG_LogEntry& entry, bool use_default, unsigned selector_index, std::string& out) {
@@ -50,11 +41,8 @@ void TextForm::append_entry(const qz_LOG_LogEntry& entry, bool use_default, unsi
   const EntryMarks marks = marks_of(EntryAccess::of(entry).require_definition());
   with_thread_instance<MessageRooms>([&](MessageRooms& rooms) {
     rooms.limit();
-    const bool is_rendered =
-        marks.sensitivity == nullptr
-            ? append_message_line(entry, use_default, selector_index, rooms.message, rooms.line)
-            : append_message_line(shown_copy(entry, marks), use_default, selector_index, rooms.message, rooms.line);
-    if (!is_rendered) failures_.fetch_add(1, std::memory_order_relaxed);
+    if (!append_shown_message(entry, marks, {use_default, selector_index}, rooms.message, rooms.line))
+      failures_.fetch_add(1, std::memory_order_relaxed);
     format_.append({entry.GetEntryID(), entry.GetLogLevel(), entry.GetTimestamp(true).unix_seconds(), SinkClock::now(),
                     marks.event_name != nullptr ? marks.event_name->text() : "", rooms.line},
                    out);

@@ -44,7 +44,7 @@ void LineSink::append_line(const qz_LOG_LogEntry& entry, bool use_default, unsig
 
 std::size_t LineSink::take(const std::string& line, unsigned id, unsigned level) {
   if (losses_.has_any()) tell_losses();
-  if (destination_->take(line, level)) return line.size();
+  if (const std::size_t bytes = destination_->take(line, level); bytes != 0) return bytes;
   if (!is_closed_.load(std::memory_order_relaxed)) note_loss(id, level);
   return 0;
 }
@@ -66,7 +66,7 @@ void LineSink::leave_to_parent() noexcept {
 bool LineSink::take_told(ToldOf kind, const std::vector<LossTable::Row>& rows) {
   std::string lines;
   form_->append_told(kind, rows, lines);
-  return destination_->take(lines, highest_level(rows));
+  return destination_->take(lines, highest_level(rows)) != 0;
 }
 
 /// Telling must not keep the entry from being written, and waits for no memory: the next line tells as well.

@@ -9,6 +9,7 @@
 
 #include "foundation/allocate.h"
 #include "qzlog/filtered_sink.h"
+#include "qzlog/journal_sink.h"
 #include "qzlog/qz_exception.h"
 #include "qzlog/split_sink.h"
 #include "sinks/setting_checks.h"
@@ -80,6 +81,8 @@ class SinkOpener {
         return open_filtered(plan, inner);
       case SinkKind::kLimited:
         return make<qz_LOG_LimitedSink>(std::move(inner.front()), plan.limited);
+      case SinkKind::kJournal:
+        return make<qz_LOG_JournalSink>(plan.journal);
       case SinkKind::kSplit:
         break;
     }

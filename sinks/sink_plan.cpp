@@ -12,7 +12,7 @@ namespace {
 using Way = qz_LOG_FileSinkSettings::Way;
 using Form = qz_LOG_StreamSinkSettings::Form;
 
-constexpr const char* kKindNames[] = {"file", "stream", "text", "memory", "filtered", "limited", "split"};
+constexpr const char* kKindNames[] = {"file", "stream", "text", "memory", "filtered", "limited", "split", "journal"};
 
 constexpr unsigned bit(SinkKind kind) { return 1U << static_cast<unsigned>(kind); }
 constexpr unsigned kFile = bit(SinkKind::kFile);
@@ -22,8 +22,9 @@ constexpr unsigned kMemory = bit(SinkKind::kMemory);
 constexpr unsigned kFiltered = bit(SinkKind::kFiltered);
 constexpr unsigned kLimited = bit(SinkKind::kLimited);
 constexpr unsigned kSplit = bit(SinkKind::kSplit);
+constexpr unsigned kJournal = bit(SinkKind::kJournal);
 constexpr unsigned kFiles = kFile | kText;
-constexpr unsigned kAll = (kSplit << 1) - 1;
+constexpr unsigned kAll = (kJournal << 1) - 1;
 
 /// A setting of some kinds of sinks. Whether a value is in the range of the sink's is left to the sink.
 struct Row {
@@ -51,9 +52,10 @@ constexpr Row kRows[] = {
     {kFiles, "buffer_bytes", [](SinkPlan& plan, const SinkValue& value) { plan.file.buffer_bytes = value.word(); }},
     {kFiles, "longest_delay_milliseconds",
      [](SinkPlan& plan, const SinkValue& value) { plan.file.longest_delay_milliseconds = value.word(); }},
-    {kFiles | kStream, "longest_wait_milliseconds",
+    {kFiles | kStream | kJournal, "longest_wait_milliseconds",
      [](SinkPlan& plan, const SinkValue& value) {
-       plan.file.longest_wait_milliseconds = plan.stream.longest_wait_milliseconds = value.word();
+       plan.file.longest_wait_milliseconds = plan.stream.longest_wait_milliseconds =
+           plan.journal.longest_wait_milliseconds = value.word();
      }},
     {kFiles, "sync_level",
      [](SinkPlan& plan, const SinkValue& value) { plan.file.sync_level = value.level_or_never(); }},
@@ -90,6 +92,11 @@ constexpr Row kRows[] = {
      [](SinkPlan& plan, const SinkValue& value) { plan.limited.unlimited_level = value.level_or_never(); }},
     {kLimited, "held_event_id",
      [](SinkPlan& plan, const SinkValue& value) { plan.limited.held_event_id = value.word(); }},
+
+    {kJournal, "product", [](SinkPlan& plan, const SinkValue& value) { plan.journal.product = value.text(); }},
+    {kJournal, "journal_namespace",
+     [](SinkPlan& plan, const SinkValue& value) { plan.journal.journal_namespace = value.text(); }},
+    {kJournal, "socket_path", [](SinkPlan& plan, const SinkValue& value) { plan.journal.socket_path = value.text(); }},
 };
 
 constexpr const char* kKindKey = "sink";
@@ -118,7 +125,7 @@ class Planner {
     plan.section = &section;
     plan.kind = static_cast<SinkKind>(SinkValue(file_, require(section, kKindKey))
                                           .choice({kKindNames[0], kKindNames[1], kKindNames[2], kKindNames[3],
-                                                   kKindNames[4], kKindNames[5], kKindNames[6]}));
+                                                   kKindNames[4], kKindNames[5], kKindNames[6], kKindNames[7]}));
     for (const SinkSetting& setting : section.settings) set(plan, setting);
     if (has_inner(plan.kind)) require(section, kInnerKey);
     if (plan.kind == SinkKind::kStream) require(section, "descriptor");

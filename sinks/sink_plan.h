@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "qzlog/file_sink.h"
+#include "qzlog/journal_sink.h"
 #include "qzlog/limited_sink.h"
 #include "qzlog/memory_sink.h"
 #include "qzlog/stream_sink.h"
@@ -14,7 +15,7 @@
 
 namespace qzlog {
 
-enum class SinkKind : unsigned { kFile, kStream, kText, kMemory, kFiltered, kLimited, kSplit };
+enum class SinkKind : unsigned { kFile, kStream, kText, kMemory, kFiltered, kLimited, kSplit, kJournal };
 
 /// The sink that a section describes.
 struct SinkPlan {
@@ -32,6 +33,7 @@ struct SinkPlan {
   qz_LOG_TextSinkSettings text;
   qz_LOG_MemorySinkSettings memory;
   qz_LOG_LimitedSinkSettings limited;
+  qz_LOG_JournalSinkSettings journal;
   std::string filter_section;
   unsigned lowest_level = 0;
   unsigned highest_level = 9;

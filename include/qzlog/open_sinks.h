@@ -38,6 +38,7 @@
 ///   filtered  to, section, lowest_level, highest_level, property_mask
 ///   limited   to, entries_per_second, unlimited_level, held_event_id
 ///   split     to (names of sections, separated by commas)
+///   journal   product, journal_namespace, socket_path, longest_wait_milliseconds
 ///   all       wanted_level, wanted_mask: see qz_LOG_Sink::SetWanted
 ///
 /// A section is the sink of one other at most. All sections are checked, also those that are not opened. Throws

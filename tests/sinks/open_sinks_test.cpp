@@ -13,6 +13,7 @@
 #include "qzlog/stream_sink.h"
 #include "qzlog/text_sink.h"
 #include "sinks/sink_plan.h"
+#include "tests/sinks/journal_stand_in.h"
 #include "tests/sinks/sinks_fixture.h"
 
 namespace {
@@ -89,6 +90,14 @@ TEST_F(OpenSinks, EachSection_CanBeOpenedAlone) {
   EXPECT_TRUE(write_to(*sink, kOther));
 }
 
+TEST_F(OpenSinks, Journal_GetsEntries) {
+  const JournalStandIn journal(folder_.path("socket"));
+  const std::unique_ptr<qz_LOG_Sink> sink =
+      open("[log]\nsink = journal\nproduct = storage\nsocket_path = " + journal.path() + "\n");
+  EXPECT_TRUE(write_to(*sink));
+  EXPECT_EQ(journal.receive().field("QZ_NAME"), "vol1");
+}
+
 /// The settings of a section of the file, as they are understood.
 TEST_F(OpenSinks, SettingsOfAFile_AreThoseOfTheStructure) {
   const qzlog::SinkFile file("a.conf",
@@ -121,9 +130,11 @@ TEST_F(OpenSinks, SettingsOfOthers_AreThoseOfTheStructures) {
       "[b]\nsink = memory\nmost_entries = 5\nmost_bytes = 1099511627776\n"
       "[c]\nsink = filtered\nto = b\nsection = x y\nlowest_level = 1\nhighest_level = 2\nproperty_mask = 0XfF\n"
       "[d]\nsink = limited\nto = a\nentries_per_second = 9\nunlimited_level = 8\nheld_event_id = 6\n"
-      "[e]\nsink = text\npath = /x\nway = write\nsync_level = never\n");
+      "[e]\nsink = text\npath = /x\nway = write\nsync_level = never\n"
+      "[f]\nsink = journal\nproduct = storage\njournal_namespace = a.b\nsocket_path = /y\nlongest_wait_milliseconds = "
+      "8\n");
   const std::vector<qzlog::SinkPlan> plans = qzlog::plan_sinks(file);
-  ASSERT_EQ(plans.size(), 5U);
+  ASSERT_EQ(plans.size(), 6U);
   EXPECT_EQ(plans[0].descriptor, STDOUT_FILENO);
   EXPECT_EQ(plans[0].stream.form, qz_LOG_StreamSinkSettings::kText);
   EXPECT_EQ(plans[0].stream.format, "{id}");
@@ -142,6 +153,10 @@ TEST_F(OpenSinks, SettingsOfOthers_AreThoseOfTheStructures) {
   EXPECT_EQ(plans[4].file.path, "/x");
   EXPECT_EQ(plans[4].file.way, qz_LOG_FileSinkSettings::kWrite);
   EXPECT_EQ(plans[4].file.sync_level, qz_LOG_FileSinkSettings::kNever);
+  EXPECT_EQ(plans[5].journal.product, "storage");
+  EXPECT_EQ(plans[5].journal.journal_namespace, "a.b");
+  EXPECT_EQ(plans[5].journal.socket_path, "/y");
+  EXPECT_EQ(plans[5].journal.longest_wait_milliseconds, 8U);
 }
 
 struct Refusal {
@@ -170,7 +185,7 @@ TEST_F(OpenSinks, BadFiles_AreRefusedWithLineAndSetting) {
            {memory + "most_entries = 1\n\nmost_entries = 2\n", ":5: most_entries: it is set in line 3 already"},
            {"[log]\nmost_entries = 1\n", ":1: sink: it is missing in [log]"},
            {"[log]\nsink = file system\n",
-            ":2: sink: 'file system' is none of file, stream, text, memory, filtered, limited, split"},
+            ":2: sink: 'file system' is none of file, stream, text, memory, filtered, limited, split, journal"},
            {memory + "most = 1\n", ":3: most: a memory sink has no such setting"},
            {memory + "to = a\n", ":3: to: a memory sink has no such setting"},
            {memory + "path = a\n", ":3: path: a memory sink has no such setting"},
@@ -200,6 +215,9 @@ TEST_F(OpenSinks, BadFiles_AreRefusedWithLineAndSetting) {
            {"[log]\nsink = file\npath = a\nsync_level = 10\n", ":4: sync_level: 10 is not from 0 to 9"},
            {"[log]\nsink = file\npath = a\nsync_level = always\n", ":4: sync_level: 'always' is no number"},
            {"[log]\nsink = file\npath = a\nbuffer_bytes = 1\n", ":4: buffer_bytes: 1 is not from 16384 to 268435456"},
+           {"[log]\nsink = journal\njournal_namespace = a/b\n",
+            ":3: journal_namespace: it has other characters than letters, digits and : - _ . @"},
+           {"[log]\nsink = journal\npath = a\n", ":3: path: a journal sink has no such setting"},
            {"[log]\nsink = filtered\n", ":1: to: it is missing in [log]"},
            {"[log]\nsink = filtered\nto = a\n", ":3: to: there is no section [a]"},
            {"[log]\nsink = filtered\nto = a, b\n[a]\nsink = memory\n[b]\nsink = memory\n",
