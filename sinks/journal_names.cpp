@@ -1,5 +1,6 @@
 #include "sinks/journal_names.h"
 
+#include <algorithm>
 #include <charconv>
 #include <limits>
 
@@ -11,6 +12,13 @@ namespace {
 
 constexpr std::string_view kPrefix = "QZ_";
 constexpr std::size_t kMostName = 64;
+constexpr std::size_t kLongestNamespace = 64;
+
+bool is_of_namespace(char character) {
+  const bool is_letter = (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z');
+  const bool is_digit = character >= '0' && character <= '9';
+  return is_letter || is_digit || std::string_view(":-_.@").find(character) != std::string_view::npos;
+}
 
 char field_character(char character) {
   if (character >= 'a' && character <= 'z') return static_cast<char>(character - 'a' + 'A');
@@ -19,6 +27,10 @@ char field_character(char character) {
 }
 
 }  // namespace
+
+bool is_journal_namespace(std::string_view name) {
+  return !name.empty() && name.size() <= kLongestNamespace && std::all_of(name.begin(), name.end(), is_of_namespace);
+}
 
 void write_journal_message_id(std::string_view product, unsigned id, char* target) noexcept {
   char digits[std::numeric_limits<unsigned>::digits10 + 1];

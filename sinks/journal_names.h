@@ -12,6 +12,9 @@ namespace qzlog {
 /// The field that holds an entry's line.
 inline constexpr std::string_view kJournalEntryField = "QZLOG_ENTRY";
 
+/// Whether journald can have a namespace of this name: up to 64 letters, digits and ":", "-", "_", ".", "@".
+bool is_journal_namespace(std::string_view name);
+
 /// The digits of an event's MESSAGE_ID.
 inline constexpr std::size_t kJournalMessageIdDigits = 32;
 

@@ -1,13 +1,13 @@
 #include "qzlog/journal_sink.h"
 
 #include <algorithm>
-#include <string_view>
 #include <utility>
 
 #include "foundation/allocate.h"
 #include "sinks/held_lines.h"
 #include "sinks/journal_destination.h"
 #include "sinks/journal_form.h"
+#include "sinks/journal_names.h"
 #include "sinks/journal_socket.h"
 #include "sinks/line_sink.h"
 #include "sinks/setting_checks.h"
@@ -16,20 +16,11 @@ using namespace qzlog;
 
 namespace {
 
-constexpr std::size_t kLongestNamespace = 64;
-
-bool is_of_namespace(char character) {
-  const bool is_letter = (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z');
-  const bool is_digit = character >= '0' && character <= '9';
-  return is_letter || is_digit || std::string_view(":-_.@").find(character) != std::string_view::npos;
-}
-
 bool is_control(char character) { return static_cast<unsigned char>(character) < ' ' || character == '\x7F'; }
 
 void check_namespace(const std::string& name) {
-  if (name.size() > kLongestNamespace) refuse_setting("journal_namespace", "it is longer than 64 characters");
-  if (std::all_of(name.begin(), name.end(), is_of_namespace)) return;
-  refuse_setting("journal_namespace", "it has other characters than letters, digits and : - _ . @");
+  if (name.empty() || is_journal_namespace(name)) return;
+  refuse_setting("journal_namespace", "it is not made of up to 64 letters, digits and : - _ . @");
 }
 
 void check_path(const std::string& path) {

@@ -102,6 +102,7 @@ SHARED = {
     "message/template_walk.h": "one way through a template",
     "message/resource_*.h": "the tools see in a catalog what the library finds there",
     "sinks/brace_format.h": "formats of lines are cut in one way",
+    "sinks/journal_names.h": "the tools read and explain what the journal was written",
     "sinks/line_colour.h": "levels have the same colours everywhere",
     "ship/transport.h": "what the command and its plug-ins agree on",
     "message/whole_file.h": "the tools read the file of a bundle as the library does, which waits for no pipe",

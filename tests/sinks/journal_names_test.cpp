@@ -26,6 +26,13 @@ TEST(JournalMessageId, IsTheBeginningOfTheDigestOfProductAndId) {
   EXPECT_NE(message_id("storage", 100), message_id("storage/10", 0));
 }
 
+TEST(JournalNamespace, IsWhatJournaldTakes) {
+  for (const char* const name : {"a", "storage-2.x_@:Z9"}) EXPECT_TRUE(is_journal_namespace(name)) << name;
+  for (const char* const name : {"", "a/b", "a b", "\xC3\xA4", "a\n"}) EXPECT_FALSE(is_journal_namespace(name)) << name;
+  EXPECT_TRUE(is_journal_namespace(std::string(64, 'a')));
+  EXPECT_FALSE(is_journal_namespace(std::string(65, 'a')));
+}
+
 std::string field_name(std::string_view attribute) {
   std::string name = "a";
   append_journal_field_name(attribute, name);

@@ -216,7 +216,7 @@ TEST_F(OpenSinks, BadFiles_AreRefusedWithLineAndSetting) {
            {"[log]\nsink = file\npath = a\nsync_level = always\n", ":4: sync_level: 'always' is no number"},
            {"[log]\nsink = file\npath = a\nbuffer_bytes = 1\n", ":4: buffer_bytes: 1 is not from 16384 to 268435456"},
            {"[log]\nsink = journal\njournal_namespace = a/b\n",
-            ":3: journal_namespace: it has other characters than letters, digits and : - _ . @"},
+            ":3: journal_namespace: it is not made of up to 64 letters, digits and : - _ . @"},
            {"[log]\nsink = journal\npath = a\n", ":3: path: a journal sink has no such setting"},
            {"[log]\nsink = filtered\n", ":1: to: it is missing in [log]"},
            {"[log]\nsink = filtered\nto = a\n", ":3: to: there is no section [a]"},
