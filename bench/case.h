@@ -147,6 +147,7 @@ void add_find_entry_cases(CaseList& cases);
 void add_floor_cases(CaseList& cases);
 void add_fmt_cases(CaseList& cases);
 void add_format_cases(CaseList& cases);
+void add_journal_cases(CaseList& cases);
 void add_json_cases(CaseList& cases);
 void add_memory_cases(CaseList& cases);
 void add_message_format_cases(CaseList& cases);

@@ -174,6 +174,16 @@ def sink_table(measured, verdict):
                 "that of the loop", ["", "per line", "lines per second", "longest pause"], rows)
 
 
+def journal_table(measured, verdict):
+    def counter(name):
+        return measured.counter("journal/entries", name)
+    ratio = counter("floor_ns") / counter("sink_ns")
+    rows = [["qz_LOG_JournalSink", nanoseconds(counter("sink_ns")), f"{ratio:.2f} x of 0.8 x {verdict.mark(ratio >= 0.8)}"]]
+    print_table(f"Entries of A built and sent to a journal's socket that a thread reads, entries per second in multiples of a plain sender "
+                f"of the\nsame {counter('message_bytes'):.0f} bytes ({nanoseconds(counter('floor_ns'))})",
+                ["", "per entry", "entries per second"], rows)
+
+
 def refused_table(measured, verdict):
     construct = "operation/construct"
     limit = measured.time(construct) + 0.8 * measured.time("D/disabled/spdlog")
@@ -281,6 +291,7 @@ def main():
     information_table(measured)
     refused_table(measured, verdict)
     sink_table(measured, verdict)
+    journal_table(measured, verdict)
     thread_table(measured, verdict)
     lookup_table(measured, verdict)
     growth_table(measured, verdict)

@@ -16,18 +16,6 @@ namespace {
 constexpr std::size_t kLengthBytes = 8;
 constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
 
-void append_valid_utf8(std::string_view text, std::string& out) {
-  if (is_valid_utf8(text.data(), text.size())) {
-    out += text;
-    return;
-  }
-  for (std::size_t at = 0; at < text.size();) {
-    const std::size_t size = decode_utf8(text, at).size;
-    out += size != 0 ? text.substr(at, size) : kReplacement;
-    at += std::max<std::size_t>(size, 1);
-  }
-}
-
 /// What stands between the quotes, if there are some.
 void append_unquoted(std::string_view text, std::string& out) {
   const bool is_quoted = text.front() == '"';
@@ -77,16 +65,28 @@ void JournalField::end() {
   out_.insert(value_, length, kLengthBytes);
 }
 
+void append_utf8_text(std::string_view text, std::string& out) {
+  if (is_valid_utf8(text.data(), text.size())) {
+    out += text;
+    return;
+  }
+  for (std::size_t at = 0; at < text.size();) {
+    const std::size_t size = decode_utf8(text, at).size;
+    out += size != 0 ? text.substr(at, size) : kReplacement;
+    at += std::max<std::size_t>(size, 1);
+  }
+}
+
 void append_journal_text(std::string_view text, std::string& out) {
   const StoredCodePage& code_page = StoredCodePage::current();
   if (code_page.has_plain_ascii() && is_printable_ascii(text.data(), text.size())) [[likely]] {
     out += text;
   } else if (code_page.is_utf8()) {
-    append_valid_utf8(text, out);
+    append_utf8_text(text, out);
   } else {
     std::string utf8;
     decode_text(std::string(text).c_str(), code_page.name()).toUTF8String(utf8);
-    append_valid_utf8(utf8, out);
+    append_utf8_text(utf8, out);
   }
 }
 

@@ -30,7 +30,11 @@ class JournalField : public qz_UTIL_no_inadvertant_copies {
   std::size_t value_ = 0;  // where it begins
 };
 
-/// Appends a text of the code page that entries have, as UTF-8; what stands for nothing becomes replacement characters.
+/// Appends a text of UTF-8; what is none becomes replacement characters.
+void append_utf8_text(std::string_view text, std::string& out);
+
+/// Appends a text of the code page that entries have, as UTF-8; what stands for nothing becomes what ICU puts
+/// in its place. Throws what reading texts in the code page throws.
 void append_journal_text(std::string_view text, std::string& out);
 
 /// Appends a field for each attribute that lines show. Numbers, moments and truth values are as in lines. Throws what

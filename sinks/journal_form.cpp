@@ -28,7 +28,7 @@ void append_number_field(std::string_view name, unsigned number, std::string& ou
 
 void append_text_field(std::string_view name, std::string_view text, std::string& out) {
   JournalField field(name, out);
-  append_journal_text(text, out);
+  append_utf8_text(text, out);
   field.end();
 }
 
@@ -116,8 +116,11 @@ void JournalForm::append_message(const qz_LOG_LogEntry& entry, const EntryMarks&
   rooms.limit();
   if (!append_shown_message(entry, marks, choice, rooms.rendered, rooms.message)) {
     failures_.fetch_add(1, std::memory_order_relaxed);
+    return append_text_field("MESSAGE", rooms.message, out);  // which is ours, and in no code page
   }
-  append_text_field("MESSAGE", rooms.message, out);
+  JournalField field("MESSAGE", out);
+  append_journal_text(rooms.message, out);
+  field.end();
 }
 
 void JournalForm::append_told(ToldOf kind, const std::vector<LossTable::Row>& rows, std::string& out) const {

@@ -111,6 +111,8 @@ COMMANDS = [
             writes=True, manifests=("messages/qzlog-catalog.json",)),
     command("catalog-rebuild", "catalog build storage.yaml storage_aux.yaml --po po -o old/messages", BOTH + " po old/messages",
             writes=True, manifests=("old/messages/qzlog-catalog.json",)),
+    command("catalog-journal", "catalog journal storage.yaml storage_aux.yaml --po po --product storage -o journal", BOTH + " po",
+            writes=True),
     command("catalog-status", "catalog status storage.yaml storage_aux.yaml --po po --json", BOTH + " po"),
     Scenario("manual-pages", ("docs",), program=MANUALS, executable=MANUALS, writes=True),
     command("help", "--help"),

@@ -23,6 +23,7 @@ int fuzz_diff(const std::uint8_t* bytes, std::size_t size);
 int fuzz_entry_line(const std::uint8_t* bytes, std::size_t size);
 int fuzz_entry_scan(const std::uint8_t* bytes, std::size_t size);
 int fuzz_inspect(const std::uint8_t* bytes, std::size_t size);
+int fuzz_journal_export(const std::uint8_t* bytes, std::size_t size);
 int fuzz_line_format(const std::uint8_t* bytes, std::size_t size);
 int fuzz_merged_logs(const std::uint8_t* bytes, std::size_t size);
 int fuzz_names_section(const std::uint8_t* bytes, std::size_t size);
@@ -55,6 +56,7 @@ const Fuzzer kFuzzers[] = {
     {"entry_line", fuzz_entry_line},
     {"entry_scan", fuzz_entry_scan},
     {"inspect", fuzz_inspect},
+    {"journal_export", fuzz_journal_export},
     {"line_format", fuzz_line_format},
     {"merged_logs", fuzz_merged_logs},
     {"names_section", fuzz_names_section},

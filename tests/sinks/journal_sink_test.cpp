@@ -5,6 +5,7 @@
 #include <chrono>
 #include <thread>
 
+#include "qzlog/limited_sink.h"
 #include "tests/sinks/journal_stand_in.h"
 #include "tests/sinks/sinks_fixture.h"
 #include "tests/support/child_process.h"
@@ -154,6 +155,7 @@ TEST_F(JournalSink, LineFeedInAValue_IsSentWithItsLength) {
   EXPECT_TRUE(write_to(sink, kDisk, 3, "\x81\x25\x82"));
   const JournalMessage message = journal_.receive();
   EXPECT_EQ(message.field("QZ_NAME"), "a\nb");
+  EXPECT_EQ(message.field("QZLOG_NAME"), "DISK_FULL");
   EXPECT_NE(message.bytes.find(std::string("QZ_NAME\n\x03\0\0\0\0\0\0\0a\nb\n", 20)), std::string::npos);
 }
 
@@ -201,6 +203,34 @@ TEST_F(JournalSink, MessageThatCannotBeRendered_SaysSoAndIsCounted) {
   EXPECT_TRUE(journal_.receive().field("MESSAGE").starts_with("(this message cannot be rendered: "));
   EXPECT_EQ(sink.GetRenderFailures(), 1U);
   EXPECT_EQ(counts_of(sink), "1/0/0");
+}
+
+/// What is not in the code page of entries stays as it is.
+TEST_F(JournalSink, TextsOfOurOwn_AreReadableInEveryCodePage) {
+  qz_LOG_LogConfig::SetCodePage("ibm-37");
+  qz_LOG_JournalSink sink(settings_);
+  EXPECT_TRUE(sink.Write(make_entry(), false, 99));
+  EXPECT_TRUE(journal_.receive().field("MESSAGE").starts_with("(this message cannot be rendered: "));
+  journal_.stop();
+  EXPECT_FALSE(write_to(sink));
+  journal_.start();
+  EXPECT_TRUE(sink.Flush(0));
+  EXPECT_TRUE(journal_.receive().field("MESSAGE").starts_with("1 entries of event 1001, level 3, were lost since "));
+}
+
+TEST_F(JournalSink, EntriesThatWereHeldBack_AreToldInAMessage) {
+  qz_LOG_LimitedSinkSettings limits;
+  limits.entries_per_second = 1;
+  StoppedClock clock(kMoment);
+  qz_LOG_LimitedSink sink(std::unique_ptr<qz_LOG_Sink>(new qz_LOG_JournalSink(settings_)), limits);
+  EXPECT_TRUE(write_to(sink));
+  EXPECT_FALSE(write_to(sink));
+  clock.set(kMoment + 2);
+  EXPECT_TRUE(write_to(sink));
+  EXPECT_EQ(journal_.receive().field("QZ_NAME"), "vol1");
+  const JournalMessage told = journal_.receive();
+  EXPECT_EQ(told.field("MESSAGE"), "1 entries of event 1001, level 3, were held back since 2026-11-21T08:15:30Z");
+  EXPECT_NE(told.field("QZLOG_ENTRY").find("\"held\":[{\"id\":1001,"), std::string::npos);
 }
 
 TEST_F(JournalSink, LargeEntry_GoesAsASealedFile) {

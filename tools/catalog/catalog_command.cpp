@@ -23,6 +23,7 @@
 #include "tools/catalog/catalog_status.h"
 #include "tools/catalog/folder_update.h"
 #include "tools/catalog/genrb.h"
+#include "tools/catalog/journal_catalog.h"
 #include "tools/catalog/language_catalog.h"
 #include "tools/catalog/po_language.h"
 #include "tools/definitions/definitions.h"
@@ -41,6 +42,7 @@ namespace {
 namespace fs = std::filesystem;
 
 using qzlog_catalog::CatalogMessages;
+using qzlog_catalog::JournalCatalog;
 using qzlog_catalog::LanguageCatalog;
 using qzlog_catalog::LanguageFile;
 using qzlog_catalog::NamedBundle;
@@ -55,6 +57,7 @@ struct CatalogOptions {
   std::string output;
   std::string genrb = "genrb";
   std::string source_language = "en";
+  std::string product;
   bool adopt = false;
   bool json = false;
   bool require_complete = false;
@@ -68,6 +71,7 @@ Examples:
   qzlog catalog extract storage.yaml -o po/all.pot --update po/de.po po/ja.po
   qzlog catalog status storage.yaml --po po
   qzlog catalog build storage.yaml --po po -o messages
+  qzlog catalog journal storage.yaml --po po -o journal
 
 'qzlog catalog COMMAND --help' shows more.)";
 
@@ -103,6 +107,17 @@ Examples:
   qzlog catalog status storage.yaml storage_aux.yaml --po po
   qzlog catalog status storage.yaml --po po/de.po --require-complete
   qzlog catalog status storage.yaml --po po --json | jq '.languages[].percent'
+)";
+
+constexpr const char* kJournalFooter =
+    R"(Writes files of journald's catalog, PRODUCT.catalog with the texts of the sources and PRODUCT.LANGUAGE.catalog for each PO
+file, by which 'journalctl -x' explains entries that qz_LOG_JournalSink has written. journald knows an event by its MESSAGE_ID,
+which the product's name and the event's ID give: the name has to be the one that the sink has. It stands in the standard
+source ('product: storage'), unless --product gives another. 'journalctl --update-catalog' takes the files into use.
+
+Examples:
+  qzlog catalog journal storage.yaml storage_aux.yaml --po po -o journal
+  qzlog catalog journal storage.yaml --product storage -o journal
 )";
 
 struct SourceText {
@@ -309,6 +324,40 @@ int status(const CatalogOptions& options) {
   return all_read && (complete || !options.require_complete) ? kExitSuccess : kExitFindings;
 }
 
+// --- journal ---------------------------------------------------------------------------------------------------------
+
+bool is_control(char character) { return static_cast<unsigned char>(character) < ' ' || character == '\x7F'; }
+
+/// As the sink has it.
+std::string journal_product(const CatalogOptions& options, const CatalogMessages& messages) {
+  const std::string& product = options.product.empty() ? messages.sources().front().model.product : options.product;
+  if (product.empty()) {
+    throw CommandError(kExitCannotRun, "give --product, or 'product:' in the source: events are known by it");
+  }
+  if (std::any_of(product.begin(), product.end(), is_control)) {
+    throw CommandError(kExitCannotRun, "the product's name has a control character");
+  }
+  return product;
+}
+
+int write_journal_catalogs(const CatalogOptions& options) {
+  CatalogRun run;
+  const std::optional<CatalogMessages> messages = collect_messages(options, run);
+  if (!messages) return kExitFindings;
+  const std::string product = journal_product(options, *messages);
+  read_po_files(options, run);
+  const std::vector<LanguageCatalog> languages = make_catalogs(*messages, run.files, run.findings);
+  if (!print(run)) return kExitFindings;
+  const std::vector<JournalCatalog> catalogs = journal_catalogs(product, *messages, languages);
+  const FileDescriptor folder = make_folder(options.output);
+  std::vector<OutputFile> outputs;
+  for (const JournalCatalog& catalog : catalogs) {
+    outputs.push_back({(fs::path(options.output) / catalog.name).string(), catalog.content});
+  }
+  write_files(outputs);
+  return kExitSuccess;
+}
+
 // --- the options -----------------------------------------------------------------------------------------------------
 
 std::string check_language(const std::string& language) {
@@ -327,11 +376,10 @@ CLI::App* add_command(CLI::App& catalog_command, const char* name, const char* h
   return command;
 }
 
-void add_po_option(CLI::App& command, CatalogOptions& options) {
-  command.add_option("--po", options.po, "PO files, or folders of them")
+CLI::Option* add_po_option(CLI::App& command, CatalogOptions& options) {
+  return command.add_option("--po", options.po, "PO files, or folders of them")
       ->type_name("DIR|FILE ...")
-      ->check(check_not_empty)
-      ->required();
+      ->check(check_not_empty);
 }
 
 void add_extract(CLI::App& catalog_command, int& exit_status) {
@@ -351,7 +399,7 @@ void add_build(CLI::App& catalog_command, int& exit_status) {
   const auto options = std::make_shared<CatalogOptions>();
   CLI::App* const command =
       add_command(catalog_command, "build", "Build the catalog that the library opens", kBuildFooter, *options);
-  add_po_option(*command, *options);
+  add_po_option(*command, *options)->required();
   command->add_option("-o,--output", options->output, "The folder for the resource bundles")
       ->type_name("DIR")
       ->check(check_not_empty)
@@ -372,11 +420,26 @@ void add_status(CLI::App& catalog_command, int& exit_status) {
   const auto options = std::make_shared<CatalogOptions>();
   CLI::App* const command =
       add_command(catalog_command, "status", "Show how far each language is translated", kStatusFooter, *options);
-  add_po_option(*command, *options);
+  add_po_option(*command, *options)->required();
   command->add_flag("--json", options->json, "Print JSON");
   command->add_flag("--require-complete", options->require_complete,
                     "Exit with 1 unless every message of every language is translated");
   command->callback([options, &exit_status] { exit_status = status(*options); });
+}
+
+void add_journal(CLI::App& catalog_command, int& exit_status) {
+  const auto options = std::make_shared<CatalogOptions>();
+  CLI::App* const command =
+      add_command(catalog_command, "journal", "Write catalog files of journald", kJournalFooter, *options);
+  add_po_option(*command, *options);
+  command->add_option("-o,--output", options->output, "The folder for the files")
+      ->type_name("DIR")
+      ->check(check_not_empty)
+      ->required();
+  command->add_option("--product", options->product, "The product's name, as the sink has it")
+      ->type_name("NAME")
+      ->check(check_not_empty);
+  command->callback([options, &exit_status] { exit_status = write_journal_catalogs(*options); });
 }
 
 }  // namespace
@@ -388,6 +451,7 @@ void add_catalog_command(CLI::App& app, int& exit_status) {
   add_extract(*command, exit_status);
   add_build(*command, exit_status);
   add_status(*command, exit_status);
+  add_journal(*command, exit_status);
 }
 
 }  // namespace qzlog_tool

@@ -59,6 +59,7 @@ class CatalogMessages {
 
   const std::vector<CatalogMessage>& messages() const { return messages_; }
   const CatalogMessage* find(std::string_view id) const;
+  const std::vector<qzlog_tool::Definitions>& sources() const { return sources_; }
   /// The standard source's version tag.
   const std::string& version() const { return sources_.front().model.version; }
 

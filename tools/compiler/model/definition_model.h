@@ -77,6 +77,7 @@ struct DefinitionModel {
   /// It knows the entries' names and summaries and the attributes' marks: those of a source, or of a compiled file with
   /// a names section.
   bool has_names = false;
+  std::string product = {};  ///< its name, by which other programs know events; only a source has it
 };
 
 const AttributeDefinition* find_attribute(const std::vector<AttributeDefinition>& attributes, std::string_view name);

@@ -15,7 +15,8 @@
 namespace qzlog_compiler {
 namespace {
 
-constexpr std::array<KnownKey, 4> kSourceFields = {{{"version", true}, {"globals"}, {"entries", true}, {"accept"}}};
+constexpr std::array<KnownKey, 5> kSourceFields = {
+    {{"version", true}, {"product"}, {"globals"}, {"entries", true}, {"accept"}}};
 
 class SourceLoader {
  public:
@@ -30,6 +31,9 @@ class SourceLoader {
     const MappingFields fields(root, kSourceFields, "a definition source", diagnostics_);
     if (const YamlNode* const version = fields.find("version")) {
       model_.version = read_version(*version, diagnostics_).value_or("");
+    }
+    if (const YamlNode* const product = fields.find("product")) {
+      model_.product = read_text(*product, "the product's name", diagnostics_).value_or("");
     }
     // Entries refer to global attributes, wherever the source lists them.
     if (const YamlNode* const globals = fields.find("globals")) {
