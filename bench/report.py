@@ -177,11 +177,15 @@ def sink_table(measured, verdict):
 def journal_table(measured, verdict):
     def counter(name):
         return measured.counter("journal/entries", name)
-    ratio = counter("floor_ns") / counter("sink_ns")
-    rows = [["qz_LOG_JournalSink", nanoseconds(counter("sink_ns")), f"{ratio:.2f} x of 0.8 x {verdict.mark(ratio >= 0.8)}"]]
-    print_table(f"Entries of A built and sent to a journal's socket that a thread reads, entries per second in multiples of a plain sender "
-                f"of the\nsame {counter('message_bytes'):.0f} bytes ({nanoseconds(counter('floor_ns'))})",
-                ["", "per entry", "entries per second"], rows)
+    rows = []
+    if counter("has_journald"):
+        ratio = counter("journald_floor_ns") / counter("journald_sink_ns")
+        rows.append(["journald", nanoseconds(counter("journald_sink_ns")), nanoseconds(counter("journald_floor_ns")),
+                     f"{ratio:.2f} x of 0.8 x {verdict.mark(ratio >= 0.8)}"])
+    rows.append(["a thread that only reads", nanoseconds(counter("sink_ns")), nanoseconds(counter("floor_ns")),
+                 f"{counter('floor_ns') / counter('sink_ns'):.2f} x, for information"])
+    print_table(f"Entries of A built, rendered and sent to a journal, {counter('message_bytes'):.0f} bytes each, beside a plain sender of "
+                "the same bytes", ["receiver", "per entry", "plain sender", "entries per second"], rows)
 
 
 def refused_table(measured, verdict):

@@ -113,11 +113,16 @@ const StoredCodePage& StoredCodePage::current() {
   return code_pages->find(name);
 }
 
+/// Without a way out of the loop: so many bytes are looked at at once.
 bool is_printable_ascii(const char* text, std::size_t length) {
+  constexpr auto kFirst = static_cast<unsigned char>(kFirstPrintable);
+  constexpr auto kCount = static_cast<unsigned char>(kLastPrintable - kFirstPrintable + 1);
+  unsigned char others = 0;
   for (std::size_t i = 0; i < length; ++i) {
-    if (text[i] < kFirstPrintable || text[i] > kLastPrintable) return false;
+    const auto place = static_cast<unsigned char>(static_cast<unsigned char>(text[i]) - kFirst);
+    others |= static_cast<unsigned char>(place >= kCount);
   }
-  return true;
+  return others == 0;
 }
 
 }  // namespace qzlog

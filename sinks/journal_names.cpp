@@ -49,7 +49,10 @@ void write_journal_message_id(std::string_view product, unsigned id, char* targe
 
 void append_journal_field_name(std::string_view attribute, std::string& out) {
   out += kPrefix;
-  for (const char character : attribute.substr(0, kMostName - kPrefix.size())) out += field_character(character);
+  const std::size_t begin = out.size();
+  out += attribute.substr(0, kMostName - kPrefix.size());
+  std::transform(out.begin() + static_cast<std::ptrdiff_t>(begin), out.end(),
+                 out.begin() + static_cast<std::ptrdiff_t>(begin), field_character);
 }
 
 }  // namespace qzlog

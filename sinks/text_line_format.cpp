@@ -84,6 +84,10 @@ void append_one_line(std::string_view text, bool is_utf8, std::string& out) {
     if (character == '\n' || character == '\r' || character == '\0') return true;
     return is_utf8 && character != '\t' && is_control(character);
   };
+  if (is_printable_ascii(text.data(), text.size())) [[likely]] {
+    out += text;
+    return;
+  }
   while (!text.empty()) {
     const auto* const stop = std::find_if(text.begin(), text.end(), needs_escape);
     const auto count = static_cast<std::size_t>(stop - text.begin());
