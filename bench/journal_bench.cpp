@@ -33,8 +33,8 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr unsigned kEntries = 20000;
-constexpr unsigned kRuns = 9;
+constexpr unsigned kEntries = 10000;
+constexpr unsigned kRuns = 5;
 constexpr unsigned kLevel = 3;
 constexpr unsigned kLongestWait = 60000;
 
