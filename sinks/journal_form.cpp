@@ -10,8 +10,8 @@
 #include "lines/line_writer.h"
 #include "sinks/journal_fields.h"
 #include "sinks/journal_names.h"
-#include "sinks/level_priority.h"
 #include "sinks/shown_message.h"
+#include "sinks/syslog_severity.h"
 
 namespace qzlog {
 
@@ -99,7 +99,7 @@ void JournalForm::append_entry(const qz_LOG_LogEntry& entry, bool use_default, u
   append_entry_body(entry, use_default, selector_index, out);
   with_thread_instance<Rooms>([&](Rooms& rooms) {
     append_message(entry, marks, {use_default, selector_index}, rooms, out);
-    append_number_field("PRIORITY", level_priority(level), out);
+    append_number_field("PRIORITY", syslog_severity(level), out);
     if (!product_.empty()) {
       const MessageIds::Digits& digits = rooms.ids.find(*this, id);
       out.append("\nMESSAGE_ID=").append(digits.data(), digits.size());
@@ -133,7 +133,7 @@ void JournalForm::append_told(ToldOf kind, const std::vector<LossTable::Row>& ro
     level = std::max(level, row.level);
   }
   append_text_field("MESSAGE", message, out);
-  append_number_field("PRIORITY", level_priority(level), out);
+  append_number_field("PRIORITY", syslog_severity(level), out);
   append_number_field("QZLOG_LEVEL", level, out);
   out += '\n';
 }
