@@ -20,8 +20,8 @@ StreamKind check_descriptor(int descriptor);
 /// What it leads to now, which a program may have changed since; kFile where the system does not tell.
 StreamKind kind_of(int descriptor) noexcept;
 
-/// Waits for room until SinkClock::steady_milliseconds() reaches `deadline`. False with errno when there is none then. An
-/// error counts as room: writing tells of it.
+/// Waits for room until SinkClock::steady_milliseconds() reaches `deadline`. False with errno when there is none then.
+/// An error counts as room: writing tells of it.
 bool wait_for_room(int descriptor, long long deadline) noexcept;
 
 /// Writes all bytes, at once where the system takes them at once, waiting for room until

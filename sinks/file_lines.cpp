@@ -28,9 +28,8 @@ class FileLines : public LineDestination {
     if (cores_.is_closed()) return 0;
     line.remove_suffix(1);  // the file's writer ends each line
     FileSinkCore& core = cores_.get();
-    return with_thread_instance<PlainLineRoom>([&](PlainLineRoom& room) {
-      return core.write(room.begin(FileSinkCore::kRoomBefore).append(line), level);
-    });
+    return with_thread_instance<PlainLineRoom>(
+        [&](PlainLineRoom& room) { return core.write(room.begin(FileSinkCore::kRoomBefore).append(line), level); });
   }
   bool flush(unsigned milliseconds) override { return cores_.get().flush(milliseconds); }
   unsigned long long close(unsigned milliseconds) override {

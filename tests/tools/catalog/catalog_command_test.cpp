@@ -289,7 +289,8 @@ TEST_F(CatalogCommandInNeed, FullDiskOfTheResult_LeavesTheFilesAsTheyWere) {
 }
 
 TEST_F(CatalogCommand, Help_ShowsExamples) {
-  for (const std::string command : {"catalog", "catalog extract", "catalog build", "catalog status", "catalog journal"}) {
+  for (const std::string command :
+       {"catalog", "catalog extract", "catalog build", "catalog status", "catalog journal"}) {
     const CommandResult result = run("$QZLOG " + command + " --help");
     EXPECT_EQ(result.status, 0);
     EXPECT_NE(result.out.find("Examples:\n  qzlog catalog "), std::string::npos) << result.out;
