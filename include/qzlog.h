@@ -26,6 +26,7 @@
 #include "qzlog/sink.h"
 #include "qzlog/split_sink.h"
 #include "qzlog/stream_sink.h"
+#include "qzlog/syslog_sink.h"
 #include "qzlog/text_sink.h"
 #include "qzlog/version.h"
 

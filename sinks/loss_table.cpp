@@ -10,9 +10,7 @@ namespace {
 
 bool is_same(const LossTable::Row& row, unsigned id, unsigned level) { return row.id == id && row.level == level; }
 
-void count_up(unsigned& count) {
-  if (count != std::numeric_limits<unsigned>::max()) ++count;
-}
+void count_up(unsigned& count, unsigned more) { count += std::min(more, std::numeric_limits<unsigned>::max() - count); }
 
 void append_moment(const std::timespec& moment, std::string& out) {
   std::tm fields = {};
@@ -25,14 +23,14 @@ void append_moment(const std::timespec& moment, std::string& out) {
 
 }  // namespace
 
-void LossTable::add(unsigned id, unsigned level, const std::timespec& now) noexcept {
+void LossTable::add(unsigned id, unsigned level, const std::timespec& now, unsigned count) noexcept {
   const MutexSentry hold(mutex_);
   const unsigned used = rows_used_.load(std::memory_order_relaxed);
   Row* const end = rows_ + used;
   Row* const row = std::find_if(rows_, end, [&](const Row& each) { return is_same(each, id, level); });
-  if (row != end) return count_up(row->count);
-  if (used == kRows) return count_up(rows_[kRows - 1].count);
-  *row = {id, level, 1, now};
+  if (row != end) return count_up(row->count, count);
+  if (used == kRows) return count_up(rows_[kRows - 1].count, count);
+  *row = {id, level, count, now};
   rows_used_.store(used + 1, std::memory_order_relaxed);
 }
 

@@ -20,7 +20,7 @@ class LossTable {
     std::timespec since;  // the first of them
   };
 
-  void add(unsigned id, unsigned level, const std::timespec& now) noexcept;
+  void add(unsigned id, unsigned level, const std::timespec& now, unsigned count = 1) noexcept;
   bool has_any() const noexcept { return rows_used_.load(std::memory_order_relaxed) != 0; }
   /// In the order in which they were lost first. std::bad_alloc.
   std::vector<Row> rows() const;

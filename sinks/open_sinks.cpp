@@ -77,12 +77,14 @@ class SinkOpener {
         return make<qz_LOG_TextSink>(plan.file, plan.text);
       case SinkKind::kMemory:
         return make<qz_LOG_MemorySink>(plan.memory);
+      case SinkKind::kJournal:
+        return make<qz_LOG_JournalSink>(plan.journal);
+      case SinkKind::kSyslog:
+        return make<qz_LOG_SyslogSink>(plan.syslog);
       case SinkKind::kFiltered:
         return open_filtered(plan, inner);
       case SinkKind::kLimited:
         return make<qz_LOG_LimitedSink>(std::move(inner.front()), plan.limited);
-      case SinkKind::kJournal:
-        return make<qz_LOG_JournalSink>(plan.journal);
       case SinkKind::kSplit:
         break;
     }

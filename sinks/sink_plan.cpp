@@ -11,20 +11,23 @@ namespace {
 
 using Way = qz_LOG_FileSinkSettings::Way;
 using Form = qz_LOG_StreamSinkSettings::Form;
+using Syslog = qz_LOG_SyslogSinkSettings;
 
-constexpr const char* kKindNames[] = {"file", "stream", "text", "memory", "filtered", "limited", "split", "journal"};
+constexpr std::initializer_list<std::string_view> kKindNames = {"file",   "stream",   "text",    "memory", "journal",
+                                                                "syslog", "filtered", "limited", "split"};
 
 constexpr unsigned bit(SinkKind kind) { return 1U << static_cast<unsigned>(kind); }
 constexpr unsigned kFile = bit(SinkKind::kFile);
 constexpr unsigned kStream = bit(SinkKind::kStream);
 constexpr unsigned kText = bit(SinkKind::kText);
 constexpr unsigned kMemory = bit(SinkKind::kMemory);
+constexpr unsigned kJournal = bit(SinkKind::kJournal);
+constexpr unsigned kSyslog = bit(SinkKind::kSyslog);
 constexpr unsigned kFiltered = bit(SinkKind::kFiltered);
 constexpr unsigned kLimited = bit(SinkKind::kLimited);
 constexpr unsigned kSplit = bit(SinkKind::kSplit);
-constexpr unsigned kJournal = bit(SinkKind::kJournal);
 constexpr unsigned kFiles = kFile | kText;
-constexpr unsigned kAll = (kJournal << 1) - 1;
+constexpr unsigned kAll = (kSplit << 1) - 1;
 
 /// A setting of some kinds of sinks. Whether a value is in the range of the sink's is left to the sink.
 struct Row {
@@ -52,10 +55,10 @@ constexpr Row kRows[] = {
     {kFiles, "buffer_bytes", [](SinkPlan& plan, const SinkValue& value) { plan.file.buffer_bytes = value.word(); }},
     {kFiles, "longest_delay_milliseconds",
      [](SinkPlan& plan, const SinkValue& value) { plan.file.longest_delay_milliseconds = value.word(); }},
-    {kFiles | kStream | kJournal, "longest_wait_milliseconds",
+    {kFiles | kStream | kJournal | kSyslog, "longest_wait_milliseconds",
      [](SinkPlan& plan, const SinkValue& value) {
        plan.file.longest_wait_milliseconds = plan.stream.longest_wait_milliseconds =
-           plan.journal.longest_wait_milliseconds = value.word();
+           plan.journal.longest_wait_milliseconds = plan.syslog.longest_wait_milliseconds = value.word();
      }},
     {kFiles, "sync_level",
      [](SinkPlan& plan, const SinkValue& value) { plan.file.sync_level = value.level_or_never(); }},
@@ -79,6 +82,38 @@ constexpr Row kRows[] = {
     {kMemory, "most_bytes",
      [](SinkPlan& plan, const SinkValue& value) { plan.memory.most_bytes = value.number(0, ~0ULL); }},
 
+    {kJournal, "product", [](SinkPlan& plan, const SinkValue& value) { plan.journal.product = value.text(); }},
+    {kJournal, "journal_namespace",
+     [](SinkPlan& plan, const SinkValue& value) { plan.journal.journal_namespace = value.text(); }},
+    {kJournal, "socket_path", [](SinkPlan& plan, const SinkValue& value) { plan.journal.socket_path = value.text(); }},
+
+    {kSyslog, "transport",
+     [](SinkPlan& plan, const SinkValue& value) {
+       plan.syslog.transport = static_cast<Syslog::Transport>(value.choice({"local", "udp", "tcp"}));
+     }},
+    {kSyslog, "path", [](SinkPlan& plan, const SinkValue& value) { plan.syslog.path = value.text(); }},
+    {kSyslog, "host", [](SinkPlan& plan, const SinkValue& value) { plan.syslog.host = value.text(); }},
+    {kSyslog, "port", [](SinkPlan& plan, const SinkValue& value) { plan.syslog.port = value.word(); }},
+    {kSyslog, "form",
+     [](SinkPlan& plan, const SinkValue& value) {
+       plan.syslog.form = static_cast<Syslog::Form>(value.choice({"usual", "rfc5424", "older"}));
+     }},
+    {kSyslog, "application", [](SinkPlan& plan, const SinkValue& value) { plan.syslog.application = value.text(); }},
+    {kSyslog, "facility",
+     [](SinkPlan& plan, const SinkValue& value) {
+       plan.syslog.facility = static_cast<unsigned>(
+           value.choice({"kern",   "user",   "mail",     "daemon", "auth",   "syslog", "lpr",    "news",
+                         "uucp",   "cron",   "authpriv", "ftp",    "ntp",    "audit",  "alert",  "clock",
+                         "local0", "local1", "local2",   "local3", "local4", "local5", "local6", "local7"}));
+     }},
+    {kSyslog, "enterprise_number",
+     [](SinkPlan& plan, const SinkValue& value) { plan.syslog.enterprise_number = value.word(); }},
+    {kSyslog, "entries", [](SinkPlan& plan, const SinkValue& value) { plan.syslog.entries = value.flag(); }},
+    {kSyslog, "largest_message_bytes",
+     [](SinkPlan& plan, const SinkValue& value) { plan.syslog.largest_message_bytes = value.word(); }},
+    {kSyslog, "longest_pause_milliseconds",
+     [](SinkPlan& plan, const SinkValue& value) { plan.syslog.longest_pause_milliseconds = value.word(); }},
+
     {kFiltered, "section", [](SinkPlan& plan, const SinkValue& value) { plan.filter_section = value.text(); }},
     {kFiltered, "lowest_level",
      [](SinkPlan& plan, const SinkValue& value) { plan.lowest_level = static_cast<unsigned>(value.number(0, 9)); }},
@@ -92,11 +127,6 @@ constexpr Row kRows[] = {
      [](SinkPlan& plan, const SinkValue& value) { plan.limited.unlimited_level = value.level_or_never(); }},
     {kLimited, "held_event_id",
      [](SinkPlan& plan, const SinkValue& value) { plan.limited.held_event_id = value.word(); }},
-
-    {kJournal, "product", [](SinkPlan& plan, const SinkValue& value) { plan.journal.product = value.text(); }},
-    {kJournal, "journal_namespace",
-     [](SinkPlan& plan, const SinkValue& value) { plan.journal.journal_namespace = value.text(); }},
-    {kJournal, "socket_path", [](SinkPlan& plan, const SinkValue& value) { plan.journal.socket_path = value.text(); }},
 };
 
 constexpr const char* kKindKey = "sink";
@@ -123,9 +153,7 @@ class Planner {
   SinkPlan plan_section(const SinkSection& section) const {
     SinkPlan plan;
     plan.section = &section;
-    plan.kind = static_cast<SinkKind>(SinkValue(file_, require(section, kKindKey))
-                                          .choice({kKindNames[0], kKindNames[1], kKindNames[2], kKindNames[3],
-                                                   kKindNames[4], kKindNames[5], kKindNames[6], kKindNames[7]}));
+    plan.kind = static_cast<SinkKind>(SinkValue(file_, require(section, kKindKey)).choice(kKindNames));
     for (const SinkSetting& setting : section.settings) set(plan, setting);
     if (has_inner(plan.kind)) require(section, kInnerKey);
     if (plan.kind == SinkKind::kStream) require(section, "descriptor");
@@ -142,7 +170,8 @@ class Planner {
     });
     const SinkValue value(file_, setting);
     if (row == std::end(kRows)) {
-      value.refuse(std::string("a ") + kKindNames[static_cast<unsigned>(plan.kind)] + " sink has no such setting");
+      value.refuse("a " + std::string(kKindNames.begin()[static_cast<unsigned>(plan.kind)]) +
+                   " sink has no such setting");
     }
     row->set(plan, value);
   }

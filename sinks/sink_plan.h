@@ -10,12 +10,13 @@
 #include "qzlog/limited_sink.h"
 #include "qzlog/memory_sink.h"
 #include "qzlog/stream_sink.h"
+#include "qzlog/syslog_sink.h"
 #include "qzlog/text_sink.h"
 #include "sinks/sink_file.h"
 
 namespace qzlog {
 
-enum class SinkKind : unsigned { kFile, kStream, kText, kMemory, kFiltered, kLimited, kSplit, kJournal };
+enum class SinkKind : unsigned { kFile, kStream, kText, kMemory, kJournal, kSyslog, kFiltered, kLimited, kSplit };
 
 /// The sink that a section describes.
 struct SinkPlan {
@@ -32,6 +33,7 @@ struct SinkPlan {
   qz_LOG_StreamSinkSettings stream;
   qz_LOG_TextSinkSettings text;
   qz_LOG_MemorySinkSettings memory;
+  qz_LOG_SyslogSinkSettings syslog;
   qz_LOG_LimitedSinkSettings limited;
   qz_LOG_JournalSinkSettings journal;
   std::string filter_section;

@@ -35,6 +35,9 @@
 ///   stream    descriptor (stdout, stderr or a number), form (json, text), format, colour, longest_wait_milliseconds
 ///   text      format, and descriptor or the settings of file
 ///   memory    most_entries, most_bytes
+///   syslog    transport (local, udp, tcp), path, host, port, form (usual, rfc5424, older), application, facility (by
+///             its name: user, daemon, local0 ...), enterprise_number, entries, largest_message_bytes,
+///             longest_wait_milliseconds, longest_pause_milliseconds
 ///   filtered  to, section, lowest_level, highest_level, property_mask
 ///   limited   to, entries_per_second, unlimited_level, held_event_id
 ///   split     to (names of sections, separated by commas)

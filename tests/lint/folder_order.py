@@ -56,7 +56,7 @@ ALLOWED = {
 # The command: a folder includes only what stands before it. The subcommands, which stand behind all of it, use nothing of each other
 # but what is named; the files in tools/ itself use everything.
 TOOLS = ["compiler/text", "system", "report", "options", "compiler/model", "compiler/file", "compiler/message", "compiler/source",
-         "definitions", "logs", "choice", "merge", "shown", "templates", "manual"]
+         "definitions", "logs", "syslog", "choice", "merge", "shown", "templates", "manual"]
 SUBCOMMANDS = {
     "compile": [],
     "complete": [],
@@ -105,6 +105,7 @@ SHARED = {
     "sinks/journal_names.h": "the tools read and explain what the journal was written",
     "sinks/line_colour.h": "levels have the same colours everywhere",
     "ship/transport.h": "what the command and its plug-ins agree on",
+    "sinks/syslog_name.h": "the tools know what the sink calls what it sends",
     "message/whole_file.h": "the tools read the file of a bundle as the library does, which waits for no pipe",
 }
 

@@ -185,7 +185,7 @@ TEST_F(OpenSinks, BadFiles_AreRefusedWithLineAndSetting) {
            {memory + "most_entries = 1\n\nmost_entries = 2\n", ":5: most_entries: it is set in line 3 already"},
            {"[log]\nmost_entries = 1\n", ":1: sink: it is missing in [log]"},
            {"[log]\nsink = file system\n",
-            ":2: sink: 'file system' is none of file, stream, text, memory, filtered, limited, split, journal"},
+            ":2: sink: 'file system' is none of file, stream, text, memory, journal, syslog, filtered, limited, split"},
            {memory + "most = 1\n", ":3: most: a memory sink has no such setting"},
            {memory + "to = a\n", ":3: to: a memory sink has no such setting"},
            {memory + "path = a\n", ":3: path: a memory sink has no such setting"},
