@@ -28,6 +28,7 @@ CaseList all_cases() {
   add_refused_cases(cases);
   add_sink_cases(cases);
   add_journal_cases(cases);
+  add_syslog_cases(cases);
   add_floor_cases(cases);
   add_operation_cases(cases);
   add_attribute_cases(cases);

@@ -188,6 +188,16 @@ def journal_table(measured, verdict):
                 "the same bytes", ["receiver", "per entry", "plain sender", "entries per second"], rows)
 
 
+def syslog_table(measured):
+    def counter(name):
+        return measured.counter("syslog/tcp", name)
+    rows = [[what, nanoseconds(counter(name)), f"{counter('plain_ns') / counter(name):.2f} x"]
+            for what, name in (("Write", "sink_ns"), ("built and written", "built_ns"))]
+    print_table(f"For information: entries of A as messages of syslog over TCP, {counter('bytes'):.0f} bytes each, to a server that only "
+                f"reads, in\nmultiples of a loop of send with the same bytes ({nanoseconds(counter('plain_ns'))}). Servers that take messages "
+                "apart are slower than either", ["", "per message", "messages per second"], rows)
+
+
 def refused_table(measured, verdict):
     construct = "operation/construct"
     limit = measured.time(construct) + 0.8 * measured.time("D/disabled/spdlog")
@@ -296,6 +306,7 @@ def main():
     refused_table(measured, verdict)
     sink_table(measured, verdict)
     journal_table(measured, verdict)
+    syslog_table(measured)
     thread_table(measured, verdict)
     lookup_table(measured, verdict)
     growth_table(measured, verdict)
