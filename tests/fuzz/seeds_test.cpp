@@ -31,6 +31,7 @@ int fuzz_pattern_nesting(const std::uint8_t* bytes, std::size_t size);
 int fuzz_resource_bundle(const std::uint8_t* bytes, std::size_t size);
 int fuzz_ship_state(const std::uint8_t* bytes, std::size_t size);
 int fuzz_sink_file(const std::uint8_t* bytes, std::size_t size);
+int fuzz_syslog(const std::uint8_t* bytes, std::size_t size);
 int fuzz_where(const std::uint8_t* bytes, std::size_t size);
 }
 
@@ -64,6 +65,7 @@ const Fuzzer kFuzzers[] = {
     {"resource_bundle", fuzz_resource_bundle},
     {"ship_state", fuzz_ship_state},
     {"sink_file", fuzz_sink_file},
+    {"syslog", fuzz_syslog},
     {"where", fuzz_where},
 };
 

@@ -14,6 +14,7 @@
 #include "tools/check/check_report.h"
 #include "tools/check/compiled_check.h"
 #include "tools/check/library_check.h"
+#include "tools/check/syslog_check.h"
 #include "tools/definitions/definitions.h"
 #include "tools/definitions/entry_view.h"
 #include "tools/definitions/message_path_option.h"
@@ -86,6 +87,7 @@ class Check {
     CheckReport report(standard.shown_path, result_.findings);
     const bool loaded = !standard.bytes.empty() && check_standard_with_library(standard.bytes, report);
     check_content(standard, nullptr, report);
+    check_syslog_names(standard.model, nullptr, report);
     std::optional<Definitions> auxiliary;
     if (!options_.auxiliary.empty()) auxiliary = check_auxiliary(standard, loaded);
     if (!options_.catalog.empty()) check_languages(standard, auxiliary ? &*auxiliary : nullptr);
@@ -126,6 +128,7 @@ class Check {
     if (loaded && !auxiliary.bytes.empty()) check_auxiliary_with_library(auxiliary.bytes, standard.bytes, report);
     if (standard.is_whole) {
       check_content(auxiliary, &standard, report);
+      check_syslog_names(auxiliary.model, &standard.model, report);
     } else {
       report_damage(auxiliary);
     }

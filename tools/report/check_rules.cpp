@@ -35,8 +35,10 @@ constexpr RuleInfo kRules[] = {
      "A translation asks for another format of an attribute than the source text.", false, "changed-format"},
     {CheckRule::kUnchangedText, "unchanged-text", "A translation reads as the source text does."},
     {CheckRule::kStaleCatalog, "stale-catalog", "A language was built from other texts than the definitions have."},
+    {CheckRule::kSyslogName, "syslog-name",
+     "Two attributes that an event may have are the same parameter in messages of syslog, or one has none there."},
 };
-static_assert(is_whole_table(kRules, CheckRule::kStaleCatalog));
+static_assert(is_whole_table(kRules, CheckRule::kSyslogName));
 
 constexpr std::array kSharedRules = {
     Rule::kInvalidUtf8,

@@ -27,6 +27,7 @@ enum class CheckRule {
   kReferenceFormat,
   kUnchangedText,
   kStaleCatalog,
+  kSyslogName,
 };
 
 /// All rules, in the order of `CheckRule`.
