@@ -13,8 +13,8 @@ using Way = qz_LOG_FileSinkSettings::Way;
 using Form = qz_LOG_StreamSinkSettings::Form;
 using Syslog = qz_LOG_SyslogSinkSettings;
 
-constexpr std::initializer_list<std::string_view> kKindNames = {"file",   "stream",   "text",    "memory", "journal",
-                                                                "syslog", "filtered", "limited", "split"};
+const std::initializer_list<std::string_view> kKindNames = {"file",   "stream",   "text",    "memory", "journal",
+                                                            "syslog", "filtered", "limited", "split"};
 
 constexpr unsigned bit(SinkKind kind) { return 1U << static_cast<unsigned>(kind); }
 constexpr unsigned kFile = bit(SinkKind::kFile);

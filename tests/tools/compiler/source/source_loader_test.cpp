@@ -44,10 +44,11 @@ TEST(LoadSource, EntriesWithoutReadableIdAndName_AreNotTakenForDuplicates) {
 TEST(LoadSource, EmptySource_LacksEverything) {
   ParsedSource source("");
   load(source);
-  EXPECT_EQ(source.printed_diagnostics(),
-            "f:1:1: error: expected a definition source, a mapping with the keys version, globals, entries, accept, "
-            "found no value "
-            "[wrong-type]\n");
+  EXPECT_EQ(
+      source.printed_diagnostics(),
+      "f:1:1: error: expected a definition source, a mapping with the keys version, product, globals, entries, accept, "
+      "found no value "
+      "[wrong-type]\n");
 }
 
 }  // namespace
