@@ -62,7 +62,7 @@ class JournalLogTest : public testing::Test {
 TEST_F(JournalLogTest, Lines_AreThoseThatJournalctlExports) {
   journalctl_is(R"(printf '%s\n' "$@" > ")" + folder_.path("arguments") + R"("
 printf 'QZLOG_ENTRY={"id":1}\nMESSAGE=a\n\nQZLOG_ENTRY={"id":2}\n\n')");
-  for (const std::size_t piece : {1, 5, 1000}) {
+  for (const std::size_t piece : {1U, 5U, 1000U}) {
     JournalLog log(JournalAddress{});
     EXPECT_EQ(read_all(log, piece), "{\"id\":1}\n{\"id\":2}\n");
   }

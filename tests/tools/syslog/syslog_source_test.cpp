@@ -57,8 +57,8 @@ TEST(SyslogSource, Lines_KeepTheirNumbers) {
   const std::string bytes = message("{1}") + "\nnot ours\n" + message("{2}") +
                             "\r\n\n<14>1 t h a p m [qzlog@1 omitted=\"1\"]\n" + message("{3}").substr(0, 60) + '\n' +
                             message("{4}");
-  for (const std::size_t piece : {1, 2, 7, 100000}) {
-    for (const std::size_t asked : {1, 4096}) {
+  for (const std::size_t piece : {1U, 2U, 7U, 100000U}) {
+    for (const std::size_t asked : {1U, 4096U}) {
       const Result result = read_all(bytes, piece, asked);
       EXPECT_EQ(result.lines, "{1}\n\n{2}\n\n\n\n{4}\n") << piece;
       EXPECT_EQ(result.counts, "3/1/1/2");
@@ -69,7 +69,7 @@ TEST(SyslogSource, Lines_KeepTheirNumbers) {
 TEST(SyslogSource, CountedMessages_MayHoldLineFeeds) {
   const std::string bytes =
       counted(message("{1}") + "\nmore") + counted("<14>1 t h a p m - x") + counted(message("{2}"));
-  for (const std::size_t piece : {1, 2, 7, 100000}) {
+  for (const std::size_t piece : {1U, 2U, 7U, 100000U}) {
     const Result result = read_all(bytes, piece);
     EXPECT_EQ(result.lines, "{1}\n\n{2}\n") << piece;
     EXPECT_EQ(result.counts, "2/0/0/1");
