@@ -46,9 +46,9 @@ Exit status: 0 success; 1 findings or bad input; 2 wrong usage, or a file that c
 
 /// Each adds one subcommand, which runs while the command line is parsed.
 constexpr void (*kCommands[])(CLI::App& app, int& exit_status) = {
-    add_compile_command, add_inspect_command, add_check_command, add_diff_command,    add_explain_command,
-    add_render_command,  add_stats_command,   add_count_command, add_catalog_command, add_ship_command,
-    add_complete_command,
+    add_compile_command, add_inspect_command, add_check_command,    add_diff_command,
+    add_explain_command, add_render_command,  add_stats_command,    add_count_command,
+    add_catalog_command, add_ship_command,    add_complete_command,
 };
 
 /// A subcommand stores its exit status in `exit_status`, which has to outlive `app`.

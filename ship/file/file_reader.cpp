@@ -24,7 +24,7 @@ qzlog_text text_of(std::string_view text) { return {text.data(), text.size()}; }
 
 qzlog_ship::RecordFileName file_of(const qzlog_settings& settings) {
   qzlog_ship::PluginOptions options(settings);
-  const qzlog_ship::RecordFileName file = qzlog_ship::RecordFileName::of(settings, options);
+  qzlog_ship::RecordFileName file = qzlog_ship::RecordFileName::of(settings, options);
   options.refuse_others("keep");
   return file;
 }

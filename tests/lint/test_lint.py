@@ -138,6 +138,13 @@ class Headers(TreeTest):
         self.write("entry/b.h", "inline std::string name();\n")
         self.assertEqual(len(check_headers.check_tree(self.root)[1]), 2)
 
+    def test_header_for_plugins_that_c_cannot_read_is_found(self):
+        self.write("ship/a.h", "inline bool one() { return true; }\n")
+        self.assertEqual([finding.splitlines()[0] for finding in check_headers.check_tree(self.root)[1]], [
+            "ship/a.h: does not compile on its own with gcc -std=c99",
+            "ship/a.h: does not compile on its own with clang -std=c99",
+            "ship/a.h: does not compile on its own with gcc -std=c17"])
+
 
 class Docs(TreeTest):
     def check(self, text):

@@ -351,6 +351,7 @@ int write_journal_catalogs(const CatalogOptions& options) {
   const std::vector<JournalCatalog> catalogs = journal_catalogs(product, *messages, languages);
   const FileDescriptor folder = make_folder(options.output);
   std::vector<OutputFile> outputs;
+  outputs.reserve(catalogs.size());
   for (const JournalCatalog& catalog : catalogs) {
     outputs.push_back({(fs::path(options.output) / catalog.name).string(), catalog.content});
   }
