@@ -13,6 +13,7 @@
 #include "lines/json_text.h"
 #include "tools/compiler/text/utf8_text.h"
 #include "tools/ship/moment_text.h"
+#include "tools/ship/own_file.h"
 #include "tools/system/command_error.h"
 
 namespace qzlog_tool {
@@ -76,8 +77,7 @@ void DeadLetters::add(const DeadLetter& letter) {
 // What a process that was killed left of a line is cut off: that line is delivered, or refused, again.
 void DeadLetters::open() {
   if (file_.get() >= 0) return;
-  file_ = FileDescriptor(open_path(path_, O_RDWR | O_CREAT | O_APPEND | O_CLOEXEC, 0640));
-  if (file_.get() < 0) refuse_to_write(path_, errno);
+  file_ = open_own_file(path_, O_RDWR | O_APPEND, 0640);
   if (::flock(file_.get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
     throw CommandError(kExitCannotRun,
                        "another 'qzlog ship' writes to '" + path_ + "': name another file of dead letters");

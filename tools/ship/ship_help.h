@@ -19,8 +19,8 @@ way; without a state everything that the series have is delivered.
 A receiver that is away is waited for: the log is the queue. What it refuses for
 good, and what is no entry, goes to the dead letters with the reason, and the
 rest goes on. SIGTERM, SIGINT and SIGHUP end the command when the batch under way
-is delivered, or after ten seconds. SIGUSR1 writes the metrics at once, to
-standard error without --metrics.
+is delivered, or after ten seconds; at once while the receiver is away. SIGUSR1
+writes the metrics at once, to standard error without --metrics.
 
 Choosing needs --definitions; so do messages, which some receivers get beside the
 line. Credentials do not belong into the URL but into a file.

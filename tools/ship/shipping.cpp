@@ -151,12 +151,13 @@ bool Shipping::send_waiting() {
     if (outcome == QZLOG_LATER) tell_failure(reason);
     if (outcome == QZLOG_DONE && some_settled) tell_success();
     if (some_settled) back_off_.reset();
+    const bool is_away = outcome == QZLOG_LATER && !some_settled;
     batch_.waiting(settings_.product, records_, numbers_);
     if (records_.empty()) return true;
-    if (!has_time_left()) return false;
+    if (must_give_up(is_away)) return false;
     const Milliseconds pause = back_off_.next();
     rest(end_by_ ? std::min(pause, time_for_attempt()) : pause);
-    if (!has_time_left()) return false;
+    if (must_give_up(is_away)) return false;
   }
 }
 
@@ -214,6 +215,10 @@ void Shipping::settle() {
   parts_.state.write({settings_.to, places});
   written_ = std::move(places);
 }
+
+/// Whether the rest of the batch is left to the next start: at once where the receiver is away, for it would be waited
+/// for in vain most often.
+bool Shipping::must_give_up(bool is_away) { return !has_time_left() || (is_ending() && is_away); }
 
 /// False once the command was asked to end for so long that the last batch stays undelivered.
 bool Shipping::has_time_left() {

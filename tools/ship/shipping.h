@@ -90,6 +90,7 @@ class Shipping : public LineTaker {
   void tell_failure(const std::string& reason);
   void tell_success();
   void settle();
+  bool must_give_up(bool is_away);
   bool has_time_left();
   Milliseconds time_for_attempt();
   void rest(Milliseconds time);

@@ -6,11 +6,10 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
 #include <utility>
 
-#include "tools/logs/log_inputs.h"
+#include "tools/ship/own_file.h"
 #include "tools/system/command_error.h"
 
 namespace qzlog_tool {
@@ -21,15 +20,6 @@ constexpr mode_t kPermissions = 0640;
 
 [[noreturn]] void refuse(const std::string& text) { throw CommandError(kExitCannotRun, text); }
 
-/// Some file systems have nothing to wait for, and say so.
-int sync_to_disk(int descriptor) {
-  while (::fsync(descriptor) != 0) {
-    if (errno == EINVAL || errno == ENOTSUP) return 0;
-    if (errno != EINTR) return errno;
-  }
-  return 0;
-}
-
 std::string first_line(int descriptor) {
   char text[64];
   const ssize_t count = ::pread(descriptor, text, sizeof text, 0);
@@ -39,8 +29,7 @@ std::string first_line(int descriptor) {
 
 FileDescriptor take_lock(const std::string& state) {
   const std::string path = state + ".lock";
-  FileDescriptor lock(open_path(path, O_RDWR | O_CREAT | O_CLOEXEC, kPermissions));
-  if (lock.get() < 0) refuse_to_write(path, errno);
+  FileDescriptor lock = open_own_file(path, O_RDWR, kPermissions);
   int error = 0;
   while (::flock(lock.get(), LOCK_EX | LOCK_NB) != 0) {
     error = errno;
@@ -64,21 +53,6 @@ void sign(const FileDescriptor& lock) {
   }
 }
 
-void write_new(const std::string& path, const std::string& content) {
-  FileDescriptor file(open_path(path, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, kPermissions));
-  if (file.get() < 0) refuse_to_write(path, errno);
-  int error = write_all(file.get(), content.data(), content.size());
-  if (error == 0) error = sync_to_disk(file.get());
-  const int closed = file.close();
-  if (error == 0) error = closed;
-  if (error != 0) refuse_to_write(path, error);
-}
-
-void sync_folder(const std::string& folder) {
-  const FileDescriptor opened(open_path(folder.empty() ? "." : folder, O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  if (opened.get() >= 0) sync_to_disk(opened.get());
-}
-
 }  // namespace
 
 StateFile::StateFile(std::string path) : path_(std::move(path)), lock_(take_lock(path_)) { sign(lock_); }
@@ -87,7 +61,7 @@ std::optional<ShipState> StateFile::read() const {
   struct stat status = {};
   if (::stat(path_.c_str(), &status) != 0 && errno == ENOENT) return std::nullopt;
   try {
-    return parse_state(read_file(path_));
+    return parse_state(read_to_end(open_regular_file(path_), path_));
   } catch (const BadState& fault) {
     refuse(
         "the state '" + path_ + "' cannot be used: " + fault.what() +
@@ -96,12 +70,9 @@ std::optional<ShipState> StateFile::read() const {
   }
 }
 
-// The name of the new file is always the same, so that a process that is killed leaves one behind at most.
 void StateFile::write(const ShipState& state) {
-  const std::string written = path_ + ".new";
-  write_new(written, state_text(state));
-  if (::rename(written.c_str(), path_.c_str()) != 0) refuse_to_write(path_, errno);
-  sync_folder(folder_of(path_));
+  const std::string fault = replace_own_file(path_, state_text(state), kPermissions, OnDisk::kBeforeItIsSeen);
+  if (!fault.empty()) refuse("cannot write '" + path_ + "': " + fault);
 }
 
 }  // namespace qzlog_tool

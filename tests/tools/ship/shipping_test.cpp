@@ -189,5 +189,14 @@ TEST_F(ShippingTest, Signal_LetsTheBatchBeTriedForAWhile) {
   EXPECT_EQ(receiver_.sent.find("w/4"), std::string::npos);
 }
 
+TEST_F(ShippingTest, SignalWhileTheReceiverIsAway_LeavesTheBatchAtOnce) {
+  receiver_.steps.push_back([this](std::span<qzlog_result>, std::string& reason) {
+    signal_ = 15;
+    return fail(QZLOG_LATER, reason);
+  });
+  EXPECT_FALSE(run().all_settled);
+  EXPECT_EQ(receiver_.sent, "w/1 w/2 w/3 | ");
+}
+
 }  // namespace
 }  // namespace qzlog_tool

@@ -1,0 +1,104 @@
+// What stands in place of the shipper's own files, and what is in them.
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <chrono>
+#include <filesystem>
+#include <string>
+
+#include "tests/tools/ship/ship_fixture.h"
+
+namespace qzlog_test {
+namespace {
+
+constexpr const char* kLink = "': it is a link; name the file that it leads to\n";
+
+class ShipFilesCommand : public ShipFixture {
+ protected:
+  ShipFilesCommand() {
+    write("others", "what others have");
+    append("logs/s.20261121.0001", lines(1, 3) + "no JSON\n");
+  }
+  void link(const std::string& name) const {
+    std::filesystem::create_symlink(folder_.path("others"), folder_.path(name));
+  }
+  void pipe(const std::string& name) const { EXPECT_EQ(::mkfifo(folder_.path(name).c_str(), 0600), 0); }
+  /// Ends soon, with this.
+  void expect_refusal(const std::string& said) const {
+    const CommandResult result = run("timeout 20 $QZLOG ship logs/s --once --state state.json --to " + url());
+    EXPECT_EQ(result.status, 2);
+    EXPECT_NE(result.err.find(said), std::string::npos) << result.err;
+    EXPECT_EQ(read("others"), "what others have");
+  }
+  /// The schema takes it, and nothing that lacks a member or has another one.
+  void expect_valid(const std::string& schema, const std::string& name) const {
+    const CommandResult result = run("python3 -B " QZLOG_CHECK_INSTANCE " " QZLOG_SCHEMA "/" + schema + " " + name);
+    if (result.status == 77) GTEST_SKIP() << result.err;
+    EXPECT_EQ(result.status, 0) << result.out << result.err << read(name);
+  }
+};
+
+TEST_F(ShipFilesCommand, LinksInPlaceOfWhatIsWritten_AreErrorsAndNotFollowed) {
+  link("state.json.lock");
+  expect_refusal(std::string("cannot write 'state.json.lock") + kLink);
+  std::filesystem::remove(folder_.path("state.json.lock"));
+  link("state.json.dead-letters.jsonl");
+  expect_refusal(std::string("cannot write 'state.json.dead-letters.jsonl") + kLink);
+  std::filesystem::remove(folder_.path("state.json.dead-letters.jsonl"));
+  link("state.json.new");
+  EXPECT_EQ(ship_once("--metrics m.json").status, 1);
+  EXPECT_EQ(read("others"), "what others have");
+  EXPECT_EQ(received().size(), 3U);
+}
+
+TEST_F(ShipFilesCommand, PipesInPlaceOfWhatIsWritten_AreErrorsAndNotWaitedFor) {
+  pipe("state.json");
+  expect_refusal("state.json");
+  EXPECT_TRUE(std::filesystem::is_fifo(folder_.path("state.json")));
+  std::filesystem::remove(folder_.path("state.json"));
+  pipe("state.json.dead-letters.jsonl");
+  expect_refusal("cannot write 'state.json.dead-letters.jsonl': it is no regular file");
+}
+
+TEST_F(ShipFilesCommand, MetricsThatAreNoFile_AreWarnedOfAndStay) {
+  pipe("m.pipe");
+  const CommandResult result = ship_once("--metrics m.pipe");
+  EXPECT_NE(result.err.find("warning: cannot write the metrics to 'm.pipe': it is no regular file\n"),
+            std::string::npos)
+      << result.err;
+  EXPECT_TRUE(std::filesystem::is_fifo(folder_.path("m.pipe")));
+  EXPECT_EQ(received().size(), 3U);
+}
+
+TEST_F(ShipFilesCommand, SignalWhileTheReceiverIsAway_EndsItAtOnce) {
+  write("down", "");
+  Shipper shipper(folder_.path(), arguments({"--once", "--option", "down=" + folder_.path("down")}));
+  EXPECT_TRUE(wait_until([this] { return read("said").find("it is tried again") != std::string::npos; }));
+  const auto begin = std::chrono::steady_clock::now();
+  EXPECT_EQ(shipper.end(), 1);
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(5));
+  EXPECT_NE(read("said").find("lines of the batch under way are not delivered; the next start goes on with them"),
+            std::string::npos);
+  std::filesystem::remove(folder_.path("down"));
+  EXPECT_EQ(ship_once().status, 1);  // of the dead letter
+  EXPECT_EQ(received().size(), 3U);
+}
+
+TEST_F(ShipFilesCommand, StateAndMetrics_AreAsTheirSchemasSay) {
+  EXPECT_EQ(ship_once("--metrics m.json").status, 1);
+  expect_valid("qzlog-ship-state.schema.json", "state.json");
+  expect_valid("qzlog-ship-metrics.schema.json", "m.json");
+}
+
+TEST_F(ShipFilesCommand, MetricsOfAReceiverThatIsAway_AreAsTheSchemaSays) {
+  write("down", "");
+  Shipper shipper(folder_.path(), arguments({"--metrics", "m.json", "--option", "down=" + folder_.path("down")}));
+  EXPECT_TRUE(wait_until(
+      [this] { return folder_.has("m.json") && read("m.json").find("latest_failure") != std::string::npos; }));
+  shipper.end();
+  EXPECT_NE(read("m.json").find("\"connected\":false"), std::string::npos) << read("m.json");
+  expect_valid("qzlog-ship-metrics.schema.json", "m.json");
+}
+
+}  // namespace
+}  // namespace qzlog_test
