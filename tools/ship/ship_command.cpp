@@ -1,5 +1,6 @@
 #include "tools/ship/ship_command.h"
 
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
@@ -166,7 +167,16 @@ int end_command(const Shipping::End& end, const ShipOptions& options, const Dead
   return options.once && dead_letters.count() != 0 ? kExitFindings : kExitSuccess;
 }
 
+/// Each series that is followed has a file open: as many as the system lets us.
+void take_all_descriptors() {
+  rlimit limit = {};
+  if (::getrlimit(RLIMIT_NOFILE, &limit) != 0) return;
+  limit.rlim_cur = limit.rlim_max;
+  ::setrlimit(RLIMIT_NOFILE, &limit);  // with fewer a file that cannot be opened is an error of its own
+}
+
 int ship(const ShipOptions& options) {
+  take_all_descriptors();
   std::signal(SIGPIPE, SIG_IGN);  // of a connection that breaks
   const ShipUrl url(options.to);
   const TransportPlugin plugin(url, options.plugins.empty() ? installed_plugins() : options.plugins);

@@ -17,6 +17,7 @@ class ShipFilesCommand : public ShipFixture {
  protected:
   ShipFilesCommand() {
     write("others", "what others have");
+    std::filesystem::create_directory(folder_.path("many"));
     append("logs/s.20261121.0001", lines(1, 3) + "no JSON\n");
   }
   void link(const std::string& name) const {
@@ -82,6 +83,16 @@ TEST_F(ShipFilesCommand, SignalWhileTheReceiverIsAway_EndsItAtOnce) {
   std::filesystem::remove(folder_.path("down"));
   EXPECT_EQ(ship_once().status, 1);  // of the dead letter
   EXPECT_EQ(received().size(), 3U);
+}
+
+TEST_F(ShipFilesCommand, MoreSeriesThanDescriptorsAtTheStart_AreAllDelivered) {
+  for (int number = 1; number <= 100; ++number) {
+    append("many/p" + std::to_string(number) + ".20261121.0001", line(number));
+  }
+  const CommandResult result =
+      run("ulimit -Sn 64; timeout 30 $QZLOG ship many --once --state m.json --option keep=records --to " + url());
+  EXPECT_EQ(result.status, 0) << result.err;
+  EXPECT_EQ(received().size(), 100U);
 }
 
 TEST_F(ShipFilesCommand, StateAndMetrics_AreAsTheirSchemasSay) {
