@@ -56,7 +56,7 @@ ALLOWED = {
 # The command: a folder includes only what stands before it. The subcommands, which stand behind all of it, use nothing of each other
 # but what is named; the files in tools/ itself use everything.
 TOOLS = ["compiler/text", "system", "report", "options", "compiler/model", "compiler/file", "compiler/message", "compiler/source",
-         "definitions", "logs", "syslog", "choice", "merge", "shown", "templates", "manual"]
+         "definitions", "logs", "syslog", "choice", "transport", "merge", "shown", "templates", "manual"]
 SUBCOMMANDS = {
     "compile": [],
     "complete": [],

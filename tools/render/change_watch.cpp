@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "tools/render/stop_signals.h"
+#include "tools/system/stop_signals.h"
 
 namespace qzlog_tool {
 

@@ -9,7 +9,7 @@
 #include <utility>
 
 #include "tools/logs/unreadable_input.h"
-#include "tools/render/stop_signals.h"
+#include "tools/system/stop_signals.h"
 
 namespace qzlog_tool {
 

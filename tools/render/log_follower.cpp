@@ -8,7 +8,7 @@
 #include "tools/logs/log_inputs.h"
 #include "tools/logs/unreadable_input.h"
 #include "tools/render/log_reading.h"
-#include "tools/render/stop_signals.h"
+#include "tools/system/stop_signals.h"
 
 namespace qzlog_tool {
 

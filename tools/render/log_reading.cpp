@@ -2,7 +2,6 @@
 
 #include <utility>
 
-#include "tools/logs/log_reading.h"
 #include "tools/logs/unreadable_input.h"
 #include "tools/merge/merge_inputs.h"
 #include "tools/merge/merged_logs.h"
@@ -10,16 +9,6 @@
 namespace qzlog_tool {
 
 namespace {
-
-LogReading reading_of(EntryRendering& rendering) {
-  return {
-      .output = rendering.output(),
-      .handler = rendering,
-      .read = [&rendering](qz_LOG_EntryReader& reader) { rendering.render(reader); },
-      .fail = [&rendering](
-                  const std::string& reason) { rendering.reporter().report(qzlog_compiler::Severity::kError, reason); },
-      .is_complete = [&rendering] { return rendering.is_complete(); }};
-}
 
 bool read_lines(std::vector<InputFiles> inputs, EntryRendering& rendering) {
   const LogReading reading = reading_of(rendering);
@@ -38,6 +27,16 @@ bool read_lines(std::vector<InputFiles> inputs, EntryRendering& rendering) {
 }
 
 }  // namespace
+
+LogReading reading_of(EntryRendering& rendering) {
+  return {
+      .output = rendering.output(),
+      .handler = rendering,
+      .read = [&rendering](qz_LOG_EntryReader& reader) { rendering.render(reader); },
+      .fail = [&rendering](
+                  const std::string& reason) { rendering.reporter().report(qzlog_compiler::Severity::kError, reason); },
+      .is_complete = [&rendering] { return rendering.is_complete(); }};
+}
 
 bool read_input(const std::string& path, bool may_be_gone, EntryRendering& rendering) {
   return read_log(path, may_be_gone, reading_of(rendering));

@@ -4,9 +4,13 @@
 #include <string>
 #include <vector>
 
+#include "tools/logs/log_reading.h"
 #include "tools/render/entry_rendering.h"
 
 namespace qzlog_tool {
+
+/// How logs are read to be rendered.
+LogReading reading_of(EntryRendering& rendering);
 
 /// Renders one file, or standard input ("-"), to its end. False, with the reason on stderr, when it cannot be opened or
 /// read; one that `may_be_gone` is no failure when it is.

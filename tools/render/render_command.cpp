@@ -30,15 +30,18 @@
 #include "tools/render/log_reading.h"
 #include "tools/render/render_filter.h"
 #include "tools/render/render_help.h"
-#include "tools/render/stop_signals.h"
 #include "tools/report/library_text.h"
 #include "tools/shown/shown_options.h"
 #include "tools/shown/shown_output.h"
 #include "tools/system/buffered_output.h"
 #include "tools/system/command_error.h"
 #include "tools/system/standard_input.h"
+#include "tools/system/stop_signals.h"
 #include "tools/system/terminal.h"
 #include "tools/system/terminal_text.h"
+#include "tools/transport/origin_options.h"
+#include "tools/transport/origin_reading.h"
+#include "tools/transport/received_log.h"
 
 namespace qzlog_tool {
 
@@ -58,6 +61,7 @@ struct RenderOptions {
   bool follow = false;
   bool merge_by_time = false;
   bool check_gaps = false;
+  OriginOptions origin;
 };
 
 // ICU takes a path without a slash for the name of a package of its own data.
@@ -71,7 +75,34 @@ void open_catalog(const std::string& folder) {
   }
 }
 
-LogFollower::End read_entries(const RenderOptions& options, EntryRendering& rendering) {
+/// Shown entries are done with when they are written out; what was held as the last lines is shown once there is
+/// nothing more for the moment.
+LogFollower::End read_received(const RenderOptions& options, const LogOrigin& origin, EntryRendering& rendering) {
+  ReceivedLog log(options.origin, *origin.url, reader_clock(options.shown), options.follow);
+  const LogReading reading = reading_of(rendering);
+  const ReceivedLog::End end = log.read({reading, [&](ReceivedLog::Pause pause) {
+                                           if (pause == ReceivedLog::Pause::kNothing) rendering.catch_up();
+                                           rendering.output().flush();
+                                           return true;
+                                         }});
+  return {true, end.signal, end.output_gone};
+}
+
+LogFollower::End read_entries(const RenderOptions& options, const LogOrigin& origin, EntryRendering& rendering) {
+  LogFollower::End read;
+  switch (origin.kind) {
+    case LogOrigin::Kind::kReceiver:
+      return read_received(options, origin, rendering);
+    case LogOrigin::Kind::kJournal:
+      read.all_read = read_journal(*origin.journal, options.follow, reading_of(rendering));
+      return read;
+    case LogOrigin::Kind::kSyslog:
+      read.all_read = read_syslog(options.entries, reading_of(rendering),
+                                  [&](const std::string& text) { rendering.reporter().summarize(text); });
+      return read;
+    case LogOrigin::Kind::kFiles:
+      break;
+  }
   if (options.follow) return LogFollower(rendering).follow(options.entries);
   LogFollower::End end;
   end.all_read =
@@ -132,11 +163,29 @@ void load(const RenderOptions& options, LineReporter& reporter, RenderDefinition
   load_definitions(options.definitions, path, reporter, use, definitions.sets);
 }
 
+void refuse_what_contradicts(const RenderOptions& options, const LogOrigin& origin) {
+  const bool has_tail = options.choice.tail != 0;
+  if (origin.kind != LogOrigin::Kind::kFiles && options.merge_by_time) {
+    throw CommandError(kExitCannotRun, "--merge-by-time takes files: leave out --from or --merge-by-time");
+  }
+  if (origin.kind == LogOrigin::Kind::kSyslog && options.follow) {
+    throw CommandError(kExitCannotRun, "files of syslog are read to their ends: leave out --follow");
+  }
+  if (origin.kind == LogOrigin::Kind::kJournal && options.follow && has_tail) {
+    throw CommandError(kExitCannotRun, "a journal that is followed has no last entries: leave out --tail or --follow");
+  }
+  if (!options.origin.group.empty() && has_tail) {
+    throw CommandError(kExitCannotRun,
+                       "the readers of a group do not know which entries are the last: leave out --tail or --group");
+  }
+}
+
 void refuse_what_contradicts(const RenderOptions& options, const LineCodePage& code_page) {
   check_shown_options(options.shown);
   std::vector<std::string> read_files = files_of(options.definitions);
   read_files.push_back(options.filter.config);
-  read_files.insert(read_files.end(), options.entries.begin(), options.entries.end());
+  const bool reads_entries = read_origin(options.origin, options.entries).has_files();
+  if (reads_entries) read_files.insert(read_files.end(), options.entries.begin(), options.entries.end());
   refuse_repeated_standard_input(read_files);
   if (options.follow && options.merge_by_time) {
     throw CommandError(kExitCannotRun, "--merge-by-time takes logs that have an end: leave out --follow");
@@ -149,6 +198,8 @@ void refuse_what_contradicts(const RenderOptions& options, const LineCodePage& c
 int render(const RenderOptions& options) {
   const LineCodePage code_page(options.code_page);
   refuse_what_contradicts(options, code_page);
+  const LogOrigin origin = read_origin(options.origin, options.entries);
+  refuse_what_contradicts(options, origin);
   const bool is_shown = !options.shown.shows_messages_alone();
   qz_LOG_LogConfig::SetICUEnabled(!options.no_icu);
   // What is shown beside messages is UTF-8, and converted with them.
@@ -179,7 +230,7 @@ int render(const RenderOptions& options) {
   EntryRendering rendering(output, reporter, renderer,
                            {shown ? shown->output() : nullptr, pointer_to(choice), pointer_to(tail), pointer_to(filter),
                             pointer_to(counting), pointer_to(gaps), pointer_to(definitions.sets)});
-  const LogFollower::End end = read_entries(options, rendering);
+  const LogFollower::End end = read_entries(options, origin, rendering);
   rendering.finish();
   if (filter) reporter.summarize(rendering.filter_summary());
   for (const std::string& remark : choice_remarks(pointer_to(choice), pointer_to(tail))) reporter.summarize(remark);
@@ -194,8 +245,8 @@ void add_render_command(CLI::App& app, int& exit_status) {
   CLI::App* const command =
       app.add_subcommand("render", "Turn entries (JSON Lines) into readable messages, one per line");
   const auto options = std::make_shared<RenderOptions>();
-  command->footer(std::string(kChoiceFooter) + '\n' + kShownFooter + '\n' + kEntriesHelp + '\n' + kRenderChecksHelp +
-                  '\n' + kRenderExamples);
+  command->footer(std::string(kChoiceFooter) + '\n' + kShownFooter + '\n' + kEntriesHelp + '\n' + kOriginFooter + '\n' +
+                  kRenderChecksHelp + '\n' + kRenderExamples);
   add_definition_options(*command, options->definitions);
   command->add_option("--code-page", options->code_page, "The code page of the messages")
       ->type_name("NAME")
@@ -216,6 +267,7 @@ void add_render_command(CLI::App& app, int& exit_status) {
       ->add_option("ENTRIES", options->entries,
                    "Files, folders and series of files with entries; '-' or nothing is standard input")
       ->type_name("FILE.jsonl|DIR|DIR/PREFIX");
+  add_origin_options(*command, options->origin);
   add_choice_options(*command, options->choice, MaskOption::kLeaveOut);
   add_shown_options(*command, options->shown);
   command->add_flag("--exit-status", options->exit_status, "End with status 1 where no entry was shown");

@@ -1,7 +1,5 @@
 #include "tools/ship/record_identity.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <charconv>
 
@@ -63,12 +61,6 @@ void RecordIdentity::write(std::string_view line, const LineParts& parts, const 
   append_number(place.offset, identity);
   identity += '#';
   append_digest(line, identity);
-}
-
-std::string host_name() {
-  char name[256] = {};
-  if (::gethostname(name, sizeof name - 1) != 0 || name[0] == '\0') return "localhost";
-  return name;
 }
 
 }  // namespace qzlog_tool

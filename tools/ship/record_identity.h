@@ -33,9 +33,6 @@ class RecordIdentity {
   std::string host_;
 };
 
-/// The name of this host.
-std::string host_name();
-
 }  // namespace qzlog_tool
 
 #endif  // QZLOG_TOOLS_SHIP_RECORD_IDENTITY_H

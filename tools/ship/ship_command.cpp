@@ -4,17 +4,14 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
-#include <algorithm>
 #include <csignal>
 #include <cstddef>
 #include <memory>
 #include <optional>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "qzlog/logcfg.h"
-#include "qzlog/version.h"
 #include "tools/choice/choice_options.h"
 #include "tools/choice/entry_choice.h"
 #include "tools/choice/known_definitions.h"
@@ -24,7 +21,6 @@
 #include "tools/options/option_checks.h"
 #include "tools/options/option_heading.h"
 #include "tools/options/reader_locale.h"
-#include "tools/render/stop_signals.h"
 #include "tools/report/command_message.h"
 #include "tools/ship/dead_letters.h"
 #include "tools/ship/line_judge.h"
@@ -32,16 +28,19 @@
 #include "tools/ship/record_host.h"
 #include "tools/ship/ship_help.h"
 #include "tools/ship/ship_metrics.h"
-#include "tools/ship/ship_url.h"
 #include "tools/ship/shipped_logs.h"
 #include "tools/ship/shipping.h"
 #include "tools/ship/state_file.h"
 #include "tools/ship/state_path.h"
-#include "tools/ship/transport_plugin.h"
 #include "tools/ship/transport_sender.h"
 #include "tools/shown/shown_options.h"
 #include "tools/system/buffered_output.h"
 #include "tools/system/command_error.h"
+#include "tools/system/host_name.h"
+#include "tools/system/stop_signals.h"
+#include "tools/transport/receiver_options.h"
+#include "tools/transport/transport_plugin.h"
+#include "tools/transport/transport_url.h"
 
 namespace qzlog_tool {
 
@@ -49,21 +48,13 @@ namespace {
 
 using qzlog_compiler::Severity;
 
-#define QZLOG_SHIP_TEXT_OF(number) #number
-#define QZLOG_SHIP_TEXT(number) QZLOG_SHIP_TEXT_OF(number)
-constexpr const char* kClient = "qzlog-ship/" QZLOG_SHIP_TEXT(QZLOG_VERSION_MAJOR) "." QZLOG_SHIP_TEXT(
-    QZLOG_VERSION_MINOR) "." QZLOG_SHIP_TEXT(QZLOG_VERSION_PATCH);
-
 struct ShipOptions {
   std::vector<std::string> series;
   std::string to;
   std::string state;
   std::string dead_letters;
   std::string product;
-  std::string ca_file;
-  std::string credentials_file;
-  std::vector<std::string> options;
-  std::string plugins;
+  ReceiverOptions receiver;
   std::string metrics;
   std::size_t batch_lines = 5000;
   std::size_t batch_kilobytes = 2048;
@@ -73,38 +64,6 @@ struct ShipOptions {
   ShownOptions shown;
   ChoiceOptions choice;
 };
-
-/// What a text KEY=VALUE is made of; nothing for another one.
-std::optional<std::pair<std::string, std::string>> parse_option(const std::string& text) {
-  const std::size_t sign = text.find('=');
-  const std::string key = text.substr(0, sign);
-  const bool is_key = !key.empty() && std::all_of(key.begin(), key.end(), [](char character) {
-    return (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z') ||
-           (character >= '0' && character <= '9') || character == '-' || character == '_' || character == '.';
-  });
-  if (sign == std::string::npos || !is_key) return std::nullopt;
-  return std::pair(key, text.substr(sign + 1));
-}
-
-std::string check_option(const std::string& text) {
-  // Not the whole text: values may be secrets.
-  return parse_option(text) ? "" : "an option of the receiver is written KEY=VALUE";
-}
-
-TransportOptions transport_options(const ShipOptions& options, const std::string& host) {
-  TransportOptions result;
-  result.ca_file = options.ca_file;
-  result.credentials_file = options.credentials_file;
-  result.client = std::string(kClient) + ' ' + host;
-  for (const std::string& text : options.options) {
-    std::pair<std::string, std::string> option = parse_option(text).value_or(std::pair<std::string, std::string>());
-    for (const auto& [key, value] : result.options) {
-      if (key == option.first) throw CommandError(kExitCannotRun, "--option " + key + " is given twice");
-    }
-    result.options.push_back(std::move(option));
-  }
-  return result;
-}
 
 /// What reads entries, as far as somebody asks.
 struct EntryParts {
@@ -135,7 +94,7 @@ void prepare(const ShipOptions& options, LineReporter& reporter, EntryParts& par
   parts.judge.emplace(*parts.choice, sets);
 }
 
-Shipping::Settings settings_of(const ShipOptions& options, const ShipUrl& url) {
+Shipping::Settings settings_of(const ShipOptions& options, const TransportUrl& url) {
   Shipping::Settings settings;
   settings.to = url.text();
   settings.product = options.product;
@@ -146,7 +105,7 @@ Shipping::Settings settings_of(const ShipOptions& options, const ShipUrl& url) {
   return settings;
 }
 
-void begin_at(const StateFile& file, const ShipUrl& url, const RecordIdentity& identities, ShippedLogs& logs,
+void begin_at(const StateFile& file, const TransportUrl& url, const RecordIdentity& identities, ShippedLogs& logs,
               LineTaker& taker) {
   const std::optional<ShipState> state = file.read();
   if (!state) return;
@@ -178,10 +137,10 @@ void take_all_descriptors() {
 int ship(const ShipOptions& options) {
   take_all_descriptors();
   std::signal(SIGPIPE, SIG_IGN);  // of a connection that breaks
-  const ShipUrl url(options.to);
-  const TransportPlugin plugin(url, options.plugins.empty() ? installed_plugins() : options.plugins);
+  const TransportUrl url(options.to);
+  const TransportPlugin plugin(url, options.receiver.plugin_folder());
   const RecordIdentity identities(host_name());
-  const TransportOptions transport = transport_options(options, identities.host());
+  const TransportOptions transport = transport_options(options.receiver, "qzlog-ship");
   const TransportSettings transport_settings(url, transport);
   BufferedOutput output(STDOUT_FILENO, "standard output");
   LineReporter reporter(output);
@@ -216,25 +175,13 @@ int ship(const ShipOptions& options) {
   return end_command(shipping.run(), options, dead_letters);
 }
 
-void add_receiver_options(CLI::App& command, ShipOptions& options) {
+void add_target_options(CLI::App& command, ShipOptions& options) {
   const OptionHeading heading(command, "The receiver");
   command.add_option("--to", options.to, "Where lines are delivered to")->type_name("URL")->required();
-  command.add_option("--ca", options.ca_file, "The certificates that are trusted, in place of the system's")
-      ->type_name("FILE.pem")
-      ->check(check_not_empty);
-  command.add_option("--credentials", options.credentials_file, "A file with what the receiver asks for")
-      ->type_name("FILE")
-      ->check(check_not_empty);
-  command.add_option("--option", options.options, "A setting of the receiver's plug-in")
-      ->type_name("KEY=VALUE")
-      ->allow_extra_args(false)
-      ->check(check_option);
   command.add_option("--product", options.product, "The product's name, for subjects and the like")
       ->type_name("NAME")
       ->check(check_not_empty);
-  command.add_option("--plugins", options.plugins, "The folder of plug-ins, in place of the installed one")
-      ->type_name("DIR")
-      ->check(check_not_empty);
+  add_receiver_options(command, options.receiver);
 }
 
 void add_delivery_options(CLI::App& command, ShipOptions& options) {
@@ -285,7 +232,7 @@ void add_ship_command(CLI::App& app, int& exit_status) {
   CLI::App* const command = app.add_subcommand("ship", "Deliver series of logs to a receiver as they are written");
   const auto options = std::make_shared<ShipOptions>();
   command->footer(std::string(kShipFooter) + '\n' + kChoiceFooter + '\n' + kShipExamples);
-  add_receiver_options(*command, *options);
+  add_target_options(*command, *options);
   add_delivery_options(*command, *options);
   command->add_option("SERIES", options->series, "Series of files, or folders with some")
       ->type_name("DIR/PREFIX|DIR")

@@ -12,7 +12,6 @@
 
 #include "ship/transport.h"
 #include "tools/choice/known_definitions.h"
-#include "tools/ship/back_off.h"
 #include "tools/ship/batch_sender.h"
 #include "tools/ship/dead_letters.h"
 #include "tools/ship/line_judge.h"
@@ -23,6 +22,7 @@
 #include "tools/ship/record_identity.h"
 #include "tools/ship/ship_metrics.h"
 #include "tools/ship/state_file.h"
+#include "tools/transport/back_off.h"
 
 namespace qzlog_tool {
 

@@ -5,37 +5,13 @@
 #include <memory>
 #include <span>
 #include <string>
-#include <utility>
-#include <vector>
 
 #include "tools/ship/batch_sender.h"
 #include "tools/ship/record_host.h"
-#include "tools/ship/ship_url.h"
-#include "tools/ship/transport_plugin.h"
+#include "tools/transport/transport_plugin.h"
+#include "tools/transport/transport_settings.h"
 
 namespace qzlog_tool {
-
-/// What a receiver is opened with.
-struct TransportOptions {
-  std::string ca_file;                                       ///< empty: none
-  std::string credentials_file;                              ///< empty: none
-  std::vector<std::pair<std::string, std::string>> options;  ///< each key once
-  std::string client;
-};
-
-/// The same as a plug-in takes it; what it was made from has to outlive it.
-class TransportSettings {
- public:
-  TransportSettings(const ShipUrl& url, const TransportOptions& options);
-  TransportSettings(const TransportSettings&) = delete;
-  TransportSettings& operator=(const TransportSettings&) = delete;
-
-  const qzlog_settings& get() const noexcept { return settings_; }
-
- private:
-  std::vector<qzlog_option> options_;
-  qzlog_settings settings_;
-};
 
 /// Sends by a plug-in. After a failure the connection is made anew.
 class TransportSender : public BatchSender {

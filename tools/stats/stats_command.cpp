@@ -32,7 +32,11 @@
 #include "tools/system/buffered_output.h"
 #include "tools/system/command_error.h"
 #include "tools/system/standard_input.h"
+#include "tools/system/stop_signals.h"
 #include "tools/system/terminal.h"
+#include "tools/transport/origin_options.h"
+#include "tools/transport/origin_reading.h"
+#include "tools/transport/received_log.h"
 
 namespace qzlog_tool {
 
@@ -48,6 +52,7 @@ struct StatsOptions {
   bool csv = false;
   ShownOptions shown;
   ChoiceOptions choice;
+  OriginOptions origin;
 };
 
 constexpr const char* kStatsFooter = R"(The table has a line for each group, with its share of all and a bar, then what
@@ -85,16 +90,35 @@ std::string check_top(const std::string& text) {
   return qzlog_compiler::parse_number(text, 1, kMost) ? "" : "'" + text + "' is no number from 1 to 1000000";
 }
 
-bool read_entries(const StatsOptions& options, BufferedOutput& output, LineReporter& reporter, LineTally& tally) {
-  const bool all_read = read_logs(
-      options.entries,
-      {.output = output,
-       .handler = tally,
-       .read = [&tally](qz_LOG_EntryReader& reader) { tally.read(reader); },
-       .fail = [&reporter](const std::string& reason) { reporter.report(qzlog_compiler::Severity::kError, reason); },
-       .is_complete = [&tally] { return tally.is_complete(); }});
-  tally.finish();
-  return all_read;
+/// How many entries of a group are counted at once: none of them is done with before the result is out.
+constexpr std::size_t kMostHeldRecords = 1'000'000;
+
+struct ReadEntries {
+  bool all_read = true;
+  int signal = 0;
+};
+
+ReadEntries read_entries(const StatsOptions& options, const LogOrigin& origin, const LogReading& reading,
+                         LineReporter& reporter, ReceivedLog* received) {
+  switch (origin.kind) {
+    case LogOrigin::Kind::kReceiver:
+      return {true, received->read({reading, [](ReceivedLog::Pause) { return false; }, kMostHeldRecords}).signal};
+    case LogOrigin::Kind::kJournal:
+      return {read_journal(*origin.journal, false, reading)};
+    case LogOrigin::Kind::kSyslog:
+      return {read_syslog(options.entries, reading, [&](const std::string& text) { reporter.summarize(text); })};
+    case LogOrigin::Kind::kFiles:
+      break;
+  }
+  return {read_logs(options.entries, reading)};
+}
+
+LogReading reading_of(BufferedOutput& output, LineReporter& reporter, LineTally& tally) {
+  return {.output = output,
+          .handler = tally,
+          .read = [&tally](qz_LOG_EntryReader& reader) { tally.read(reader); },
+          .fail = [&reporter](const std::string& reason) { reporter.report(qzlog_compiler::Severity::kError, reason); },
+          .is_complete = [&tally] { return tally.is_complete(); }};
 }
 
 void write(const StatsOptions& options, const StatsReport& report, const StatsRemarks& remarks,
@@ -106,7 +130,8 @@ void write(const StatsOptions& options, const StatsReport& report, const StatsRe
 
 int run(const StatsOptions& options) {
   std::vector<std::string> read_files = files_of(options.definitions);
-  read_files.insert(read_files.end(), options.entries.begin(), options.entries.end());
+  const LogOrigin origin = read_origin(options.origin, options.entries);
+  if (origin.has_files()) read_files.insert(read_files.end(), options.entries.begin(), options.entries.end());
   refuse_repeated_standard_input(read_files);
   qz_LOG_LogConfig::SetICUEnabled(true);
   qz_LOG_LogConfig::SetCodePage("UTF-8");
@@ -129,9 +154,13 @@ int run(const StatsOptions& options) {
   std::optional<LineTail> tail;
   if (options.choice.tail != 0) tail.emplace(options.choice.tail);
 
+  std::optional<ReceivedLog> received;
+  if (origin.url) received.emplace(options.origin, *origin.url, reader_clock(options.shown), false);
   LineTally tally(grouping, scan, reporter,
                   {choice ? &*choice : nullptr, tail ? &*tail : nullptr, sets ? &*sets : nullptr});
-  const bool all_read = read_entries(options, output, reporter, tally);
+  const LogReading reading = reading_of(output, reporter, tally);
+  const ReadEntries read = read_entries(options, origin, reading, reporter, received ? &*received : nullptr);
+  tally.finish();
   const StatsReport report = make_stats_report(tally.table(), grouping.counted(), options.top);
   ShownTimes times(zone_of(options.shown), TimeStyle::kIso);
   write(options, report,
@@ -143,7 +172,12 @@ int run(const StatsOptions& options) {
   for (const std::string& remark : choice_remarks(choice ? &*choice : nullptr, tail ? &*tail : nullptr)) {
     reporter.summarize(remark);
   }
-  if (!all_read) return kExitCannotRun;
+  if (received) {
+    std::cout.flush();
+    if (std::cout) received->settle();
+  }
+  if (read.signal != 0) end_by_signal(read.signal);
+  if (!read.all_read) return kExitCannotRun;
   return reporter.count() == 0 ? kExitSuccess : kExitFindings;
 }
 
@@ -152,7 +186,7 @@ int run(const StatsOptions& options) {
 void add_stats_command(CLI::App& app, int& exit_status) {
   CLI::App* const command = app.add_subcommand("stats", "Count entries by event, level, time or what they hold");
   const auto options = std::make_shared<StatsOptions>();
-  command->footer(std::string(kStatsFooter) + '\n' + kChoiceFooter + kStatsExamples);
+  command->footer(std::string(kStatsFooter) + '\n' + kOriginFooter + '\n' + kChoiceFooter + kStatsExamples);
   add_definition_options(*command, options->definitions);
   command->add_option("--by", options->by, "What to count by: event, level, hour, day, writer or an attribute")
       ->type_name("ATTRIBUTE")
@@ -170,6 +204,7 @@ void add_stats_command(CLI::App& app, int& exit_status) {
       ->add_option("ENTRIES", options->entries,
                    "Files, folders and series of files with entries; '-' or nothing is standard input")
       ->type_name("FILE.jsonl|DIR|DIR/PREFIX");
+  add_origin_options(*command, options->origin);
   add_choice_options(*command, options->choice);
   add_zone_options(*command, options->shown);
   command->callback([options, &exit_status] { exit_status = run(*options); });

@@ -12,7 +12,7 @@
 
 #include "tests/support/resource_limit.h"
 #include "tests/support/temp_dir.h"
-#include "tools/render/stop_signals.h"
+#include "tools/system/stop_signals.h"
 
 namespace qzlog_tool {
 namespace {

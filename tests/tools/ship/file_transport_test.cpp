@@ -5,9 +5,9 @@
 #include <vector>
 
 #include "tests/support/temp_dir.h"
-#include "tools/ship/ship_url.h"
-#include "tools/ship/transport_plugin.h"
 #include "tools/ship/transport_sender.h"
+#include "tools/transport/transport_plugin.h"
+#include "tools/transport/transport_url.h"
 
 namespace qzlog_tool {
 namespace {
@@ -69,7 +69,7 @@ class FileTransport : public ::testing::Test {
   }
 
   qz_test::TempDir folder_;
-  ShipUrl url_{"file://" + folder_.path()};
+  TransportUrl url_{"file://" + folder_.path()};
   TransportPlugin plugin_{url_, QZLOG_BUILT_PLUGINS};
   TransportOptions options_;
   KnownDefinitions known_;

@@ -1,5 +1,5 @@
-#ifndef QZLOG_TOOLS_SHIP_BACK_OFF_H
-#define QZLOG_TOOLS_SHIP_BACK_OFF_H
+#ifndef QZLOG_TOOLS_TRANSPORT_BACK_OFF_H
+#define QZLOG_TOOLS_TRANSPORT_BACK_OFF_H
 
 #include <algorithm>
 #include <chrono>
@@ -38,4 +38,4 @@ class BackOff {
 
 }  // namespace qzlog_tool
 
-#endif  // QZLOG_TOOLS_SHIP_BACK_OFF_H
+#endif  // QZLOG_TOOLS_TRANSPORT_BACK_OFF_H

@@ -1,4 +1,4 @@
-#include "tools/ship/ship_url.h"
+#include "tools/transport/transport_url.h"
 
 #include <algorithm>
 #include <string_view>
@@ -12,7 +12,9 @@ namespace {
 
 constexpr std::string_view kForm = "SCHEME://HOST:PORT/NAME, such as nats://127.0.0.1:4222/ENTRIES";
 
-[[noreturn]] void refuse(const std::string& text) { throw CommandError(kExitCannotRun, "--to: " + text); }
+[[noreturn]] void refuse(const char* option, const std::string& text) {
+  throw CommandError(kExitCannotRun, std::string(option) + ": " + text);
+}
 
 bool is_small_letter(char character) { return character >= 'a' && character <= 'z'; }
 
@@ -35,28 +37,28 @@ bool is_scheme(std::string_view scheme) {
 
 // Other programs see the command line, and the URL stands in what is said and stored. Whatever has an @ may be a
 // password with a slash in it.
-void refuse_secrets(const std::string& text) {
+void refuse_secrets(const char* option, const std::string& text) {
   if (text.find('@') != std::string::npos) {
-    refuse(
-        "credentials do not belong into a URL, which others can see: write them to a file and name it with "
-        "--credentials FILE (an @ that is part of a name is written %40)");
+    refuse(option,
+           "credentials do not belong into a URL, which others can see: write them to a file and name it with "
+           "--credentials FILE (an @ that is part of a name is written %40)");
   }
   if (text.find_first_of("?#") != std::string::npos) {
-    refuse("a URL here has nothing behind ? or #: settings of the receiver are given by --option KEY=VALUE");
+    refuse(option, "a URL here has nothing behind ? or #: settings of the receiver are given by --option KEY=VALUE");
   }
 }
 
 }  // namespace
 
-ShipUrl::ShipUrl(const std::string& text) {
-  refuse_secrets(text);
+TransportUrl::TransportUrl(const std::string& text, const char* option) : option_(option) {
+  refuse_secrets(option, text);
   const std::size_t colon = text.find("://");
   if (colon != std::string::npos) scheme_ = in_small_letters(text.substr(0, colon));
   const bool is_whole =
       is_scheme(scheme_) && qzlog_compiler::is_utf8(text) && std::all_of(text.begin(), text.end(), [](char character) {
         return static_cast<unsigned char>(character) > ' ' && character != '\x7F';
       });
-  if (!is_whole) refuse(qzlog_compiler::quoted(text) + " is no URL of a receiver: write " + std::string(kForm));
+  if (!is_whole) refuse(option, qzlog_compiler::quoted(text) + " is no URL of a receiver: write " + std::string(kForm));
   const std::size_t begin = colon + 3;
   const std::size_t slash = std::min(text.find('/', begin), text.size());
   authority_ = text.substr(begin, slash - begin);

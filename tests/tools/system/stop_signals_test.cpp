@@ -1,4 +1,4 @@
-#include "tools/render/stop_signals.h"
+#include "tools/system/stop_signals.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>

@@ -1,10 +1,10 @@
-#ifndef QZLOG_TOOLS_SHIP_TRANSPORT_PLUGIN_H
-#define QZLOG_TOOLS_SHIP_TRANSPORT_PLUGIN_H
+#ifndef QZLOG_TOOLS_TRANSPORT_TRANSPORT_PLUGIN_H
+#define QZLOG_TOOLS_TRANSPORT_TRANSPORT_PLUGIN_H
 
 #include <string>
 
 #include "ship/transport.h"
-#include "tools/ship/ship_url.h"
+#include "tools/transport/transport_url.h"
 
 namespace qzlog_tool {
 
@@ -19,7 +19,7 @@ class TransportPlugin {
   /// Loads ship-NAME.so from the folder. Throws CommandError (cannot run): for a scheme that nobody knows, with those
   /// that are known; for a plug-in that is not installed, with the package that has it; for one that is of another
   /// version or cannot be loaded.
-  TransportPlugin(const ShipUrl& url, const std::string& folder);
+  TransportPlugin(const TransportUrl& url, const std::string& folder);
 
   const qzlog_transport& transport() const noexcept { return *transport_; }
   /// Its receivers can be read from.
@@ -33,4 +33,4 @@ class TransportPlugin {
 
 }  // namespace qzlog_tool
 
-#endif  // QZLOG_TOOLS_SHIP_TRANSPORT_PLUGIN_H
+#endif  // QZLOG_TOOLS_TRANSPORT_TRANSPORT_PLUGIN_H

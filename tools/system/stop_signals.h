@@ -1,5 +1,5 @@
-#ifndef QZLOG_TOOLS_RENDER_STOP_SIGNALS_H
-#define QZLOG_TOOLS_RENDER_STOP_SIGNALS_H
+#ifndef QZLOG_TOOLS_SYSTEM_STOP_SIGNALS_H
+#define QZLOG_TOOLS_SYSTEM_STOP_SIGNALS_H
 
 #include <csignal>
 
@@ -30,4 +30,4 @@ void end_by_signal(int signal) noexcept;
 
 }  // namespace qzlog_tool
 
-#endif  // QZLOG_TOOLS_RENDER_STOP_SIGNALS_H
+#endif  // QZLOG_TOOLS_SYSTEM_STOP_SIGNALS_H

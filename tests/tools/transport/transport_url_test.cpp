@@ -1,4 +1,4 @@
-#include "tools/ship/ship_url.h"
+#include "tools/transport/transport_url.h"
 
 #include <gtest/gtest.h>
 
@@ -7,22 +7,22 @@
 namespace qzlog_tool {
 namespace {
 
-TEST(ShipUrl, Parts_AreAsTheyWereWritten) {
-  const ShipUrl url("NATS+tls://a:4222,[::1]:4223/ENTRIES/x%40y");
+TEST(TransportUrl, Parts_AreAsTheyWereWritten) {
+  const TransportUrl url("NATS+tls://a:4222,[::1]:4223/ENTRIES/x%40y");
   EXPECT_EQ(url.text(), "nats+tls://a:4222,[::1]:4223/ENTRIES/x%40y");
   EXPECT_EQ(url.scheme(), "nats+tls");
   EXPECT_EQ(url.plugin(), "nats");
   EXPECT_EQ(url.authority(), "a:4222,[::1]:4223");
   EXPECT_EQ(url.path(), "/ENTRIES/x%40y");
-  EXPECT_EQ(ShipUrl("file:///a").authority(), "");
-  EXPECT_EQ(ShipUrl("kafka://h").path(), "");
+  EXPECT_EQ(TransportUrl("file:///a").authority(), "");
+  EXPECT_EQ(TransportUrl("kafka://h").path(), "");
 }
 
-TEST(ShipUrl, Secrets_AreRefusedWithoutBeingShown) {
+TEST(TransportUrl, Secrets_AreRefusedWithoutBeingShown) {
   for (const char* const text : {"nats://me:secret@h/E", "nats://secret@h", "nats://me:se/cret@h", "secret@h",
                                  "http://h/?token=secret", "http://h/#secret"}) {
     try {
-      const ShipUrl url(text);
+      const TransportUrl url(text);
       ADD_FAILURE() << text;
     } catch (const CommandError& error) {
       EXPECT_EQ(error.exit_status(), kExitCannotRun);
@@ -32,10 +32,10 @@ TEST(ShipUrl, Secrets_AreRefusedWithoutBeingShown) {
   }
 }
 
-TEST(ShipUrl, WhatIsNone_IsRefused) {
+TEST(TransportUrl, WhatIsNone_IsRefused) {
   for (const char* const text :
        {"", "nats", "nats:/h", "://h", "9p://h", "../../x://h", "a.b://h", "nats://a b", "nats://a\n", "nats://\xFF"}) {
-    EXPECT_THROW(ShipUrl{text}, CommandError) << text;
+    EXPECT_THROW(TransportUrl{text}, CommandError) << text;
   }
 }
 

@@ -1,4 +1,4 @@
-#include "tools/ship/back_off.h"
+#include "tools/transport/back_off.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "tools/ship/transport_plugin.h"
+#include "tools/transport/transport_plugin.h"
 
 #include <dlfcn.h>
 #include <sys/stat.h>
@@ -44,7 +44,8 @@ bool is_there(const std::string& path) {
   return ::stat(path.c_str(), &status) == 0;
 }
 
-[[noreturn]] void refuse_scheme(const std::string& scheme, const std::string& path) {
+[[noreturn]] void refuse_scheme(const TransportUrl& url, const std::string& path) {
+  const std::string& scheme = url.scheme();
   std::vector<std::string_view> schemes;
   std::string list;
   for (const KnownScheme& known : kSchemes) {
@@ -52,16 +53,18 @@ bool is_there(const std::string& path) {
     list.append(list.empty() ? "" : ", ").append(known.scheme).append("://");
   }
   const std::string hint = qzlog_compiler::did_you_mean(scheme, schemes);
-  refuse("--to: there is no scheme '" + scheme + "'" + (hint.empty() ? "" : "; " + hint) + "; there are " + list +
-         ", and those of plug-ins of others ('" + path + "' would be one)");
+  refuse(std::string(url.option()) + ": there is no scheme '" + scheme + "'" + (hint.empty() ? "" : "; " + hint) +
+         "; there are " + list + ", and those of plug-ins of others ('" + path + "' would be one)");
 }
 
-[[noreturn]] void refuse_missing(const std::string& scheme, const std::string& path) {
+[[noreturn]] void refuse_missing(const TransportUrl& url, const std::string& path) {
+  const std::string& scheme = url.scheme();
   const auto* const found = std::find_if(std::begin(kSchemes), std::end(kSchemes),
                                          [&](const KnownScheme& known) { return known.scheme == scheme; });
-  if (found == std::end(kSchemes)) refuse_scheme(scheme, path);
-  refuse("--to: " + scheme + ":// needs a plug-in that is not installed: install the package '" +
-         std::string(found->package) + "', which has '" + path + "'");
+  if (found == std::end(kSchemes)) refuse_scheme(url, path);
+  refuse(std::string(url.option()) + ": " + scheme +
+         ":// needs a plug-in that is not installed: install the package '" + std::string(found->package) +
+         "', which has '" + path + "'");
 }
 
 [[noreturn]] void refuse_plugin(const std::string& path, const std::string& reason) {
@@ -102,9 +105,9 @@ std::string installed_plugins() {
   return QZLOG_PLUGINS;
 }
 
-TransportPlugin::TransportPlugin(const ShipUrl& url, const std::string& folder)
+TransportPlugin::TransportPlugin(const TransportUrl& url, const std::string& folder)
     : path_((fs::absolute(folder) / ("ship-" + url.plugin() + ".so")).lexically_normal().string()) {
-  if (!is_there(path_)) refuse_missing(url.scheme(), path_);
+  if (!is_there(path_)) refuse_missing(url, path_);
   void* const library = ::dlopen(path_.c_str(), RTLD_NOW | RTLD_LOCAL);
   if (library == nullptr) refuse_plugin(path_, loader_error());
   void* const symbol = ::dlsym(library, QZLOG_TRANSPORT_FUNCTION);
