@@ -29,10 +29,17 @@ qzlog_ship::RecordFileName file_of(const qzlog_settings& settings) {
   return file;
 }
 
+/// It becomes part of a file's name.
+bool is_name(std::string_view text) {
+  return !text.empty() && std::all_of(text.begin(), text.end(), [](char character) {
+    return (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z') ||
+           (character >= '0' && character <= '9') || character == '-' || character == '_';
+  });
+}
+
 }  // namespace
 
 qzlog_reader::qzlog_reader(const qzlog_settings& settings, const qzlog_start& start) : file_(file_of(settings)) {
-  if (start.group != nullptr) fail_for_good("files have no groups of readers: leave out --group");
   if (start.kind == QZLOG_FROM_TIME) fail_for_good("files do not know when a record came: begin with another one");
   open(start);
 }
@@ -52,11 +59,24 @@ void qzlog_reader::open(const qzlog_start& start) {
   if (::fstat(descriptor_, &status) != 0) fail_for_good(std::strerror(errno));
   if (start.follow == 0) end_ = static_cast<std::uint64_t>(status.st_size);
   try {
-    skip_to(start);
+    start.group != nullptr ? join(start) : skip_to(start);
   } catch (...) {
     ::close(descriptor_);
     throw;
   }
+}
+
+// Where a group begins is looked for by the first of its readers, and by nobody else while it does.
+void qzlog_reader::join(const qzlog_start& start) {
+  if (!is_name(start.group)) fail_for_good("the name of a group has letters, digits, '-' and '_'");
+  group_ = std::make_unique<qzlog_ship::GroupReader>(file_, descriptor_, start.group, end_, [this, &start] {
+    skip_to(start);
+    return qzlog_ship::GroupState{position_ - (held_.size() - given_), sequence_ + 1};
+  });
+}
+
+void qzlog_reader::settle(std::span<const std::uint64_t> tokens) {
+  if (group_ != nullptr) group_->settle(tokens);
 }
 
 void qzlog_reader::skip_to(const qzlog_start& start) {
@@ -106,6 +126,7 @@ std::size_t qzlog_reader::give_out(qzlog_received* records, std::size_t most) {
 }
 
 bool qzlog_reader::read(qzlog_received* records, std::size_t most, std::uint32_t timeout_ms, std::size_t& count) {
+  if (group_ != nullptr) return group_->read(records, most, timeout_ms, count);
   const auto until = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeout_ms);
   for (;;) {
     count = give_out(records, most);

@@ -3,12 +3,15 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
+#include <span>
 #include <string>
 
+#include "ship/file/group_reader.h"
 #include "ship/file/record_file.h"
 #include "ship/transport.h"
 
-/// Reads what senders appended to a file. The number of a record is that of its line.
+/// Reads what senders appended to a file, alone or as one of a group. The number of a record is that of its line.
 struct qzlog_reader {
  public:
   qzlog_reader(const qzlog_settings& settings, const qzlog_start& start);
@@ -19,9 +22,12 @@ struct qzlog_reader {
   /// False at the end.
   bool read(qzlog_received* records, std::size_t most, std::uint32_t timeout_ms, std::size_t& count);
 
+  void settle(std::span<const std::uint64_t> tokens);
+
  private:
   void open(const qzlog_start& start);
   void skip_to(const qzlog_start& start);
+  void join(const qzlog_start& start);
   bool read_more();
   std::size_t give_out(qzlog_received* records, std::size_t most);
 
@@ -32,6 +38,7 @@ struct qzlog_reader {
   std::uint64_t sequence_ = 0;      // of the last record that was given out
   std::string held_;
   std::size_t given_ = 0;  // of them
+  std::unique_ptr<qzlog_ship::GroupReader> group_;
 };
 
 #endif  // QZLOG_SHIP_FILE_FILE_READER_H

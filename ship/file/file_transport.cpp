@@ -34,10 +34,9 @@ qzlog_outcome read(qzlog_reader* reader, qzlog_received* records, size_t most, u
   return guarded(error, [&] { *at_end = reader->read(records, most, timeout_ms, *count) ? 0 : 1; });
 }
 
-// There are no groups that would have to know.
-qzlog_outcome settle(qzlog_reader* /*reader*/, const uint64_t* /*tokens*/, size_t /*count*/, uint32_t /*timeout_ms*/,
-                     qzlog_error* /*error*/) {
-  return QZLOG_DONE;
+qzlog_outcome settle(qzlog_reader* reader, const uint64_t* tokens, size_t count, uint32_t /*timeout_ms*/,
+                     qzlog_error* error) {
+  return guarded(error, [&] { reader->settle({tokens, count}); });
 }
 
 void close_reader(qzlog_reader* reader) { delete reader; }

@@ -92,8 +92,6 @@ TEST_F(FileTransport, Records_ComeBackFromWhereverTheyAreReadFrom) {
   EXPECT_EQ(read(start), "waits");
   start.kind = QZLOG_FROM_BEGINNING;
   EXPECT_EQ(read(start), "1:a 2:b 3:c 4:d waits");
-  start.group = "g";
-  EXPECT_EQ(read(start), "files have no groups of readers: leave out --group");
 }
 
 TEST_F(FileTransport, Doubles_AreDroppedOnRequest) {

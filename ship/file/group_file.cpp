@@ -1,0 +1,153 @@
+#include "ship/file/group_file.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+#include "ship/plugin/plugin_call.h"
+
+namespace qzlog_ship {
+
+namespace {
+
+constexpr mode_t kPermissions = 0640;
+constexpr unsigned kMostReaders = 10'000;
+constexpr std::size_t kMostBytes = std::size_t{8} << 20;
+
+[[noreturn]] void fail_on(const char* what, const std::string& path) {
+  fail_for_now(std::string("cannot ") + what + " '" + path + "': " + std::strerror(errno));
+}
+
+struct flock byte_lock(short type, unsigned byte) {
+  struct flock lock = {};
+  lock.l_type = type;
+  lock.l_whence = SEEK_SET;
+  lock.l_start = static_cast<off_t>(byte);
+  lock.l_len = 1;
+  return lock;
+}
+
+/// Of the byte 0, for changes.
+class ChangeLock {
+ public:
+  ChangeLock(int descriptor, const std::string& path) : descriptor_(descriptor) {
+    struct flock lock = byte_lock(F_WRLCK, 0);
+    while (::fcntl(descriptor_, F_OFD_SETLKW, &lock) != 0) {
+      if (errno != EINTR) fail_on("lock", path);
+    }
+  }
+  ~ChangeLock() {
+    struct flock lock = byte_lock(F_UNLCK, 0);
+    ::fcntl(descriptor_, F_OFD_SETLK, &lock);
+  }
+  ChangeLock(const ChangeLock&) = delete;
+  ChangeLock& operator=(const ChangeLock&) = delete;
+
+ private:
+  int descriptor_;
+};
+
+/// A descriptor that is closed.
+struct Opened {
+  explicit Opened(int opened) : descriptor(opened) {}
+  ~Opened() {
+    if (descriptor >= 0) ::close(descriptor);
+  }
+  Opened(const Opened&) = delete;
+  Opened& operator=(const Opened&) = delete;
+  int descriptor;
+};
+
+bool write_all(int descriptor, const std::string& text) {
+  for (std::size_t at = 0; at < text.size();) {
+    const ssize_t count = ::write(descriptor, text.data() + at, text.size() - at);
+    if (count < 0 && errno != EINTR) return false;
+    if (count > 0) at += static_cast<std::size_t>(count);
+  }
+  return ::fdatasync(descriptor) == 0 || errno == EINVAL;
+}
+
+}  // namespace
+
+GroupFile::GroupFile(const std::string& records, const std::string& group, const std::function<GroupState()>& begin)
+    : path_(records + ".group-" + group) {
+  const std::string lock = path_ + ".lock";
+  locks_ = ::open(lock.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, kPermissions);
+  if (locks_ < 0) fail_on("open", lock);
+  try {
+    become_reader(begin);
+  } catch (...) {
+    ::close(locks_);
+    throw;
+  }
+}
+
+GroupFile::~GroupFile() { ::close(locks_); }
+
+// What a former reader of the same number had is nobody's.
+void GroupFile::become_reader(const std::function<GroupState()>& begin) {
+  const ChangeLock lock(locks_, path_ + ".lock");
+  take_number();
+  std::optional<GroupState> state = read();
+  if (!state) state = begin();
+  for (GroupClaim& claim : state->claims) {
+    if (claim.reader == reader_) claim.reader = 0;
+  }
+  write(*state);
+}
+
+void GroupFile::take_number() {
+  for (unsigned number = 1; reader_ == 0; ++number) {
+    struct flock lock = byte_lock(F_WRLCK, number);
+    if (::fcntl(locks_, F_OFD_SETLK, &lock) == 0) reader_ = number;
+    if (reader_ == 0 && number == kMostReaders) fail_on("lock", path_ + ".lock");
+  }
+}
+
+bool GroupFile::is_there(unsigned reader) const {
+  if (reader == 0 || reader > kMostReaders) return false;
+  if (reader == reader_) return true;
+  struct flock lock = byte_lock(F_WRLCK, reader);
+  return ::fcntl(locks_, F_OFD_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
+}
+
+void GroupFile::change(const std::function<void(GroupState& state)>& change) {
+  const ChangeLock lock(locks_, path_ + ".lock");
+  const std::optional<GroupState> before = read();
+  if (!before) fail_for_good("what the group has read, '" + path_ + "', was removed while it was used: start again");
+  GroupState state = *before;
+  change(state);
+  if (state != *before) write(state);
+}
+
+std::optional<GroupState> GroupFile::read() const {
+  const Opened file(::open(path_.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
+  if (file.descriptor < 0) {
+    if (errno == ENOENT) return std::nullopt;
+    fail_on("read", path_);
+  }
+  std::string text(kMostBytes, '\0');
+  std::size_t size = 0;
+  while (size < text.size()) {
+    const ssize_t count = ::read(file.descriptor, text.data() + size, text.size() - size);
+    if (count < 0 && errno != EINTR) fail_on("read", path_);
+    if (count == 0) break;
+    if (count > 0) size += static_cast<std::size_t>(count);
+  }
+  const std::optional<GroupState> state = GroupState::parse(std::string_view(text).substr(0, size));
+  if (!state)
+    fail_for_good("what the group has read, '" + path_ + "', is damaged: remove it, and the group begins anew");
+  return state;
+}
+
+void GroupFile::write(const GroupState& state) const {
+  const std::string written = path_ + ".new";
+  Opened file(::open(written.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, kPermissions));
+  if (file.descriptor < 0 || !write_all(file.descriptor, state.text())) fail_on("write", written);
+  if (::rename(written.c_str(), path_.c_str()) != 0) fail_on("write", path_);
+}
+
+}  // namespace qzlog_ship
