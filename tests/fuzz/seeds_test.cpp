@@ -17,6 +17,7 @@ int fuzz_catalog(const std::uint8_t* bytes, std::size_t size);
 int fuzz_catalog_manifest(const std::uint8_t* bytes, std::size_t size);
 int fuzz_compiled_file(const std::uint8_t* bytes, std::size_t size);
 int fuzz_configuration_file(const std::uint8_t* bytes, std::size_t size);
+int fuzz_count_batch(const std::uint8_t* bytes, std::size_t size);
 int fuzz_definition_file(const std::uint8_t* bytes, std::size_t size);
 int fuzz_definition_source(const std::uint8_t* bytes, std::size_t size);
 int fuzz_diff(const std::uint8_t* bytes, std::size_t size);
@@ -51,6 +52,7 @@ const Fuzzer kFuzzers[] = {
     {"catalog_manifest", fuzz_catalog_manifest},
     {"compiled_file", fuzz_compiled_file},
     {"configuration_file", fuzz_configuration_file},
+    {"count_batch", fuzz_count_batch},
     {"definition_file", fuzz_definition_file},
     {"definition_source", fuzz_definition_source},
     {"diff", fuzz_diff},

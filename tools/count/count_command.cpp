@@ -8,9 +8,11 @@
 
 #include "tools/compiler/text/number_text.h"
 #include "tools/count/calendar_day.h"
+#include "tools/count/collect_counts.h"
 #include "tools/count/count_options.h"
 #include "tools/count/count_show.h"
 #include "tools/count/counter_file.h"
+#include "tools/count/merge_counts.h"
 #include "tools/options/option_checks.h"
 #include "tools/system/command_error.h"
 
@@ -31,7 +33,8 @@ struct ChangeOptions {
 
 constexpr const char* kCountFooter =
     R"(A counter DIR/NAME is kept in the file DIR/NAME.cnt: the number counted for each day and key. 'qzlog render --count' counts
-messages by day and entry ID.
+messages by day and entry ID. 'qzlog count collect' counts the entries of a receiver, alone or together with others, and 'qzlog
+count merge' makes a counter of what they have counted.
 
 Examples:
   qzlog count show events.cnt --chart
@@ -175,6 +178,8 @@ void add_count_command(CLI::App& app, int& exit_status) {
   add_add(*command, exit_status);
   add_set(*command, exit_status);
   add_delete(*command, exit_status);
+  add_collect_counts(*command, exit_status);
+  add_merge_counts(*command, exit_status);
 }
 
 }  // namespace qzlog_tool

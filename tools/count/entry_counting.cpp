@@ -1,23 +1,17 @@
 #include "tools/count/entry_counting.h"
 
-#include <optional>
-
 namespace qzlog_tool {
 
-namespace {
-
-std::optional<CalendarDay> day_of(const qz_LOG_LogEntry& entry) {
+std::optional<CalendarDay> entry_day(const qz_LOG_LogEntry& entry) {
   const qz_Time time = entry.GetTimestamp(false);
   return calendar_day(time.get_year(), time.get_month(), time.get_day());
 }
-
-}  // namespace
 
 EntryCounting::EntryCounting(const std::string& counter)
     : file_(parse_counter_path(counter), MissingCounter::kCreate) {}
 
 bool EntryCounting::add(const qz_LOG_LogEntry& entry, bool has_time) {
-  const std::optional<CalendarDay> day = has_time ? day_of(entry) : local_today();
+  const std::optional<CalendarDay> day = has_time ? entry_day(entry) : local_today();
   if (day) ++gathered_[{*day, counter_key(entry.GetEntryID())}];
   return day.has_value();
 }

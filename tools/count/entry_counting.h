@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -13,6 +14,9 @@ namespace qzlog_tool {
 
 /// The key under which an entry ID is counted. Keys have a sign: IDs above 2147483647 become negative.
 inline std::int32_t counter_key(std::uint32_t entry_id) { return static_cast<std::int32_t>(entry_id); }
+
+/// The local date of an entry's time; nothing where that is not in the years 1 to 9999.
+std::optional<CalendarDay> entry_day(const qz_LOG_LogEntry& entry);
 
 /// Counts entries by day and ID. Counts are gathered and go into the file together, one search for each day and ID
 /// instead of one for each entry.

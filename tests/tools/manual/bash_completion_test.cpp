@@ -33,7 +33,7 @@ TEST_F(BashCompletion, LinesOfWords_GetWhatFits) {
       {"qzlog co", "compile count"},
       {"qzlog nothing", ""},
       {"qzlog --v", "--version"},
-      {"qzlog count ''", "add delete set show"},
+      {"qzlog count ''", "add collect delete merge set show"},
       {"qzlog count s", "set show"},
       {"qzlog compile --pa", "--path"},
       {"qzlog compile --path ''", "both icu narrow"},
