@@ -103,7 +103,7 @@ int merge(const MergeOptions& options) {
   write_file(counter.file, merge.counter_bytes());
   if (options.fold) fold(batches, merge);
   if (merge.doubles() != 0) {
-    std::cerr << "lines: " << merge.size() << " counted; " << merge.doubles() << " came again and count once\n";
+    std::cerr << "lines counted: " << merge.size() << "; that came again and count once: " << merge.doubles() << '\n';
   }
   return kExitSuccess;
 }

@@ -79,6 +79,7 @@ void open_catalog(const std::string& folder) {
 /// nothing more for the moment.
 LogFollower::End read_received(const RenderOptions& options, const LogOrigin& origin, EntryRendering& rendering) {
   ReceivedLog log(options.origin, *origin.url, reader_clock(options.shown), options.follow);
+  if (options.choice.unique) log.drop_doubles();
   const LogReading reading = reading_of(rendering);
   const ReceivedLog::End end = log.read({reading, [&](ReceivedLog::Pause pause) {
                                            if (pause == ReceivedLog::Pause::kNothing) rendering.catch_up();

@@ -156,6 +156,7 @@ int run(const StatsOptions& options) {
 
   std::optional<ReceivedLog> received;
   if (origin.url) received.emplace(options.origin, *origin.url, reader_clock(options.shown), false);
+  if (received && options.choice.unique) received->drop_doubles();
   LineTally tally(grouping, scan, reporter,
                   {choice ? &*choice : nullptr, tail ? &*tail : nullptr, sets ? &*sets : nullptr});
   const LogReading reading = reading_of(output, reporter, tally);

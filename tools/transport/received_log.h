@@ -46,6 +46,8 @@ class ReceivedLog {
   ReceivedLog(const ReceivedLog&) = delete;
   ReceivedLog& operator=(const ReceivedLog&) = delete;
 
+  /// Leaves out records that came before, of those that no writer and number tells apart.
+  void drop_doubles() { source_.drop_doubles(); }
   /// To the end that the receiver has, or until a signal or what is wanted is complete. Throws CommandError.
   End read(const Reading& reading);
   /// The record of the line that is at hand.

@@ -2,11 +2,13 @@
 #define QZLOG_TOOLS_TRANSPORT_RECEIVED_SOURCE_H
 
 #include <cstddef>
+#include <optional>
 #include <span>
 #include <string>
 
 #include "qzlog/entry_lines.h"
 #include "ship/transport.h"
+#include "tools/transport/seen_identities.h"
 
 namespace qzlog_tool {
 
@@ -20,6 +22,8 @@ class ReceivedSource : public qz_LOG_ByteSource {
 
   /// The records have to stay until NoMore is thrown, or nothing more is read.
   void give(std::span<const qzlog_received> records);
+  /// From now on a record that came before is an empty line (SeenIdentities).
+  void drop_doubles() { seen_.emplace(); }
   std::size_t Read(char* buffer, std::size_t size) override;
 
   /// How many of them were given out.
@@ -28,10 +32,13 @@ class ReceivedSource : public qz_LOG_ByteSource {
   const qzlog_received& current() const { return records_[given_ - 1]; }
 
  private:
+  void make_line(const qzlog_received& record);
+
   std::span<const qzlog_received> records_;
   std::size_t given_ = 0;
   std::string line_;  // of the last one
   std::size_t taken_ = 0;
+  std::optional<SeenIdentities> seen_;
 };
 
 }  // namespace qzlog_tool

@@ -63,13 +63,13 @@ TEST_F(CollectCounts, WhatIsCollectedTwice_CountsOnce) {
   deliver(50, 120);
   EXPECT_EQ(collect().status, 0);
   EXPECT_EQ(collect("--where 'N < 10'").status, 0);
-  EXPECT_EQ(merge().err, "lines: 120 counted; 9 came again and count once\n");
+  EXPECT_EQ(merge().err, "lines counted: 120; that came again and count once: 9\n");
   EXPECT_EQ(counts(), "[120]\n");
   EXPECT_EQ(merge("--fold counts").status, 0);
   EXPECT_EQ(batch_files(), 1U);
   EXPECT_EQ(counts(), "[120]\n");
   collect();
-  EXPECT_EQ(merge().err, "lines: 120 counted; 120 came again and count once\n");
+  EXPECT_EQ(merge().err, "lines counted: 120; that came again and count once: 120\n");
   EXPECT_EQ(counts(), "[120]\n");
 }
 
@@ -79,7 +79,7 @@ TEST_F(CollectCounts, LinesWithoutNumbers_CountOnceToo) {
   deliver(plain + plain + plain);
   collect();
   collect();
-  EXPECT_EQ(merge().err, "lines: 3 counted; 3 came again and count once\n");
+  EXPECT_EQ(merge().err, "lines counted: 3; that came again and count once: 3\n");
   EXPECT_EQ(counts(), "[3]\n");
 }
 
@@ -115,10 +115,11 @@ TEST_F(CollectCounts, WrongUse_IsToldWithTheNextStep) {
   EXPECT_EQ(merge("counts ./counts").err, "qzlog: error: './counts' is given twice\n");
 }
 
-/// The number before " came again" in what a merge has said.
+/// How many lines a merge has dropped, as it says.
 int doubles_in(const std::string& said) {
-  const std::size_t end = said.find(" came again");
-  return end == std::string::npos ? 0 : std::stoi(said.substr(said.rfind(' ', end - 1) + 1));
+  const std::string before = "count once: ";
+  const std::size_t at = said.find(before);
+  return at == std::string::npos ? 0 : std::stoi(said.substr(at + before.size()));
 }
 
 /// The long form, of `./dev stress`, has 300 kills; the other one 20.

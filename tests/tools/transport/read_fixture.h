@@ -14,6 +14,7 @@ class ReadFixture : public CommandFixture {
  protected:
   ReadFixture() {
     std::filesystem::create_directory(folder_.path("got"));
+    write("got/entries.jsonl", "");
     write("d.yaml",
           "version: \"1.0\"\naccept: [{rule: negative-unsigned, reason: numbers stay small}]\n"
           "globals: [{name: TIMEZONE_DIFFERENCE, type: SInt2}, {name: DAYLIGHT_SAVING_ACTIVE, type: Bool}]\n"

@@ -114,7 +114,7 @@ TEST_F(ReadGroup, KilledReaders_LeaveTheirPartsToOthers) {
     RunningCommand other(folder_.path(), "out-other", words({"--follow"}));
     deliver(delivered + 1, delivered + kEach);
     delivered += kEach;
-    std::this_thread::sleep_for(std::chrono::milliseconds(random.below(40)));
+    std::this_thread::sleep_for(std::chrono::milliseconds(random.below(80)));
     EXPECT_EQ(killed.end(SIGKILL), -SIGKILL);
     EXPECT_EQ(other.end(SIGTERM), -SIGTERM);
   }

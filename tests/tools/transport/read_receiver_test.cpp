@@ -37,6 +37,18 @@ TEST_F(ReadReceiver, Doubles_AreLeftOutOnRequest) {
   EXPECT_EQ(render(from() + "--unique").out, "1\n2\n3\n4\n");
 }
 
+TEST_F(ReadReceiver, DoublesWithoutNumbers_AreLeftOutByTheirIdentities) {
+  const std::string plain = R"({"id":1,"attributes":{"N":1}})"
+                            "\n";
+  write("got/records.tsv", "h/f@0#0123456789abcdef\t..0\t" + plain + "h/f@9#0123456789abcdef\t..0\t" + plain +
+                               "h/f@0#0123456789abcdef\t..0\t" + plain);
+  EXPECT_EQ(render(from() + "--option keep=records").out, "1\n1\n1\n");
+  EXPECT_EQ(render(from() + "--option keep=records --unique").out, "1\n1\n");
+  EXPECT_EQ(
+      run("$QZLOG stats --definitions d.yaml --json --option keep=records --unique" + from() + "| jq .total.count").out,
+      "2\n");
+}
+
 TEST_F(ReadReceiver, WrongLines_AreToldWithTheirNumbers) {
   deliver(line(1) + "no entry\n\n" + line(4));
   const CommandResult result = render(from());
