@@ -137,7 +137,7 @@ std::optional<GroupState> GroupFile::read() const {
     if (count == 0) break;
     if (count > 0) size += static_cast<std::size_t>(count);
   }
-  const std::optional<GroupState> state = GroupState::parse(std::string_view(text).substr(0, size));
+  std::optional<GroupState> state = GroupState::parse(std::string_view(text).substr(0, size));
   if (!state)
     fail_for_good("what the group has read, '" + path_ + "', is damaged: remove it, and the group begins anew");
   return state;

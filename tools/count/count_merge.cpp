@@ -12,9 +12,8 @@ namespace {
 namespace layout = qzlog::counter_record;
 
 void put(std::uint32_t number, int offset, std::string& record) {
-  for (int byte = 0; byte < 4; ++byte) {
-    record[static_cast<std::size_t>(offset + byte)] = static_cast<char>(number >> (24 - 8 * byte) & 0xFFU);
-  }
+  auto at = static_cast<std::size_t>(offset);
+  for (int shift = 24; shift >= 0; shift -= 8) record[at++] = static_cast<char>(number >> shift & 0xFFU);
 }
 
 std::string record_of(const CounterPlace& place, std::uint32_t count) {

@@ -144,7 +144,8 @@ TEST_F(CollectCounts, KilledAtRandomMoments_EachEntryCountsOnce) {
     }
     std::this_thread::sleep_for(std::chrono::milliseconds(random.below(60)));
     EXPECT_EQ(killed.end(SIGKILL), -SIGKILL);
-    EXPECT_EQ(other.end(SIGTERM), 0);
+    const int ended = other.end(SIGTERM);
+    EXPECT_TRUE(ended == 0 || ended == -SIGTERM) << ended;  // the latter where it did not read yet
     if (!random.one_in(3)) continue;
     const CommandResult folded = merge("--fold counts");
     EXPECT_EQ(folded.status, 0) << folded.err;

@@ -1,9 +1,13 @@
 // `qzlog render` and `qzlog stats` with --from, as users run them.
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <string>
+#include <thread>
+#include <vector>
 
 #include "tests/tools/transport/read_fixture.h"
+#include "tests/tools/transport/running_command.h"
 
 namespace qzlog_test {
 namespace {
@@ -83,6 +87,9 @@ TEST_F(ReadReceiver, WhatCannotBeReadFrom_IsToldWithTheNextStep) {
   EXPECT_NE(error_of("--from fil:///x").find("--from: there is no scheme 'fil'; did you mean 'file'?"),
             std::string::npos);
   EXPECT_NE(error_of("--plugins . --from nats://h/S").find("install the package 'qzlog-ship-nats'"), std::string::npos);
+  EXPECT_EQ(error_of("--plugins " QZLOG_TEST_PLUGINS " --from deaf://h/S"),
+            "qzlog: error: --from: deaf:// can be delivered to and not read from: read from where it keeps what it "
+            "gets\n");
   EXPECT_NE(error_of("--from journald").find("is no place that entries come from: write journal"), std::string::npos);
   const std::string secret = error_of("--from nats://me:secret@h/S");
   EXPECT_NE(secret.find("--from: credentials do not belong into a URL"), std::string::npos);
@@ -97,6 +104,34 @@ TEST_F(ReadReceiver, WhatCannotBeReadFrom_IsToldWithTheNextStep) {
   EXPECT_NE(error_of(from() + "--group 'a b'").find("is no group"), std::string::npos);
   EXPECT_NE(error_of("--from syslog --follow").find("leave out --follow"), std::string::npos);
   EXPECT_NE(error_of("--from journal --follow --tail 1").find("leave out --tail"), std::string::npos);
+}
+
+TEST_F(ReadReceiver, ReceiverThatIsAway_IsWaitedForAndToldOnce) {
+  std::filesystem::remove(folder_.path("got/entries.jsonl"));
+  const std::vector<std::string> words = {"render", "--no-icu", "--definitions", "d.yaml", "--from", url(), "--follow"};
+  const std::string told = "qzlog: warning: " + url() + ": cannot read '" + folder_.path("got/entries.jsonl") +
+                           "': No such file or directory; it is tried again\n";
+  RunningCommand ended(folder_.path(), "out", words);
+  EXPECT_TRUE(wait_until([&] { return folder_.has("said") && read("said") == told; }));
+  EXPECT_EQ(ended.end(), -SIGTERM);
+  RunningCommand reader(folder_.path(), "out", words);
+  EXPECT_TRUE(wait_until([&] { return read("said") == told + told; }));
+  std::this_thread::sleep_for(std::chrono::milliseconds(500));  // some attempts more, which are not told
+  deliver(1, 2);
+  EXPECT_TRUE(wait_until([&] { return read("out") == "1\n2\n"; })) << read("said");
+  EXPECT_EQ(read("said"), told + told + "qzlog: warning: " + url() + ": entries are read again\n");
+  deliver(3, 3);
+  EXPECT_TRUE(wait_until([&] { return read("out") == "1\n2\n3\n"; }));
+  EXPECT_EQ(reader.end(SIGINT), -SIGINT);
+}
+
+TEST_F(ReadReceiver, OutputWithoutAReader_EndsTheCommand) {
+  deliver(1, 3);
+  const CommandResult result =
+      run("{ $QZLOG render --no-icu --definitions d.yaml --follow" + from() + "; echo $? > status; } | head -n 1");
+  EXPECT_EQ(result.out, "1\n");
+  EXPECT_EQ(result.err, "");
+  EXPECT_NE(read("status"), "0\n");
 }
 
 TEST_F(ReadReceiver, Syslog_MessagesGiveTheirEntries) {
