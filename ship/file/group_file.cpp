@@ -129,15 +129,15 @@ std::optional<GroupState> GroupFile::read() const {
     if (errno == ENOENT) return std::nullopt;
     fail_on("read", path_);
   }
-  std::string text(kMostBytes, '\0');
-  std::size_t size = 0;
-  while (size < text.size()) {
-    const ssize_t count = ::read(file.descriptor, text.data() + size, text.size() - size);
+  std::string text;
+  char block[4096];
+  while (text.size() <= kMostBytes) {
+    const ssize_t count = ::read(file.descriptor, block, sizeof block);
     if (count < 0 && errno != EINTR) fail_on("read", path_);
     if (count == 0) break;
-    if (count > 0) size += static_cast<std::size_t>(count);
+    if (count > 0) text.append(block, static_cast<std::size_t>(count));
   }
-  std::optional<GroupState> state = GroupState::parse(std::string_view(text).substr(0, size));
+  std::optional<GroupState> state = GroupState::parse(text);
   if (!state)
     fail_for_good("what the group has read, '" + path_ + "', is damaged: remove it, and the group begins anew");
   return state;
