@@ -1,4 +1,5 @@
 """The files that the scenarios start from, made once."""
+import hashlib
 import os
 import pathlib
 import subprocess
@@ -37,6 +38,12 @@ def counter_file():
     return records
 
 
+def counts_batch(lines):
+    """A batch as a collector writes it."""
+    text = "qzlog counts 1\n" + lines
+    return (text + f"checksum {hashlib.sha256(text.encode()).hexdigest()[:16]}\n").encode()
+
+
 def make_material(tools, examples, folder):
     """Everything that the scenarios start from, as a tree."""
     folder = pathlib.Path(folder)
@@ -61,6 +68,14 @@ def make_material(tools, examples, folder):
     tree["old/po/it.po"] = tree["po/ja.po"].replace(b"Language: ja", b"Language: it")
     tree["po/de.po"] = tree["po/de.po"].replace(b'"Volume', b'"The volume', 1)
     tree["events.cnt"] = counter_file()
+    tree["counts"] = folders.FOLDER
+    tree["counts/a.counts"] = counts_batch("lines 2026-11-21 1001 h/1/2 1-500\n")
+    tree["counts/b.counts"] = counts_batch("lines 2026-11-21 1001 h/1/2 490-510\nlines 2026-11-22 1101 h/1/3 1,3\n")
+    tree["counts/folded.counts"] = counts_batch("count 2026-11-20 1001 7\nfolded h/1/1 1-7\n")
+    tree["syslog.log"] = b"".join(
+        b'<131>1 2026-11-21T08:15:30Z h storage 1 E [qzlog@32473 entry="' +
+        line.replace(b"\\", b"\\\\").replace(b'"', b'\\"').replace(b"]", b"\\]") + b'"] text\n'
+        for line in tree["entries.jsonl"].splitlines())
     folders.write_tree(folder, tree)
     _make_results(tools, folder)
     for name, template in stack_points.templates().items():

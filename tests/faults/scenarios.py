@@ -95,6 +95,9 @@ COMMANDS = [
             "storage.ldf log entries.jsonl"),
     command("stats-json", "stats --definitions storage.ldf --aux storage_aux.ldf --by hour --level 2..9 --time-zone Europe/Berlin"
             " --json entries.jsonl", "storage.ldf storage_aux.ldf entries.jsonl"),
+    command("render-syslog", "render --definitions storage.ldf --from syslog syslog.log", "storage.ldf syslog.log"),
+    command("count-merge", "count merge counts --counter events", "events.cnt counts", writes=True),
+    command("count-fold", "count merge counts --counter new --fold", "counts", writes=True),
     command("count-show", "count show events.cnt --definitions storage.yaml", "events.cnt storage.yaml"),
     command("count-show-json", "count show - --json", "events.cnt", input="events.cnt"),
     command("count-add", "count add events --date 2026-11-21 --key 1001", "events.cnt", writes=True, counters=("events.cnt",)),

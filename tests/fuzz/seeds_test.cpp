@@ -23,6 +23,7 @@ int fuzz_definition_source(const std::uint8_t* bytes, std::size_t size);
 int fuzz_diff(const std::uint8_t* bytes, std::size_t size);
 int fuzz_entry_line(const std::uint8_t* bytes, std::size_t size);
 int fuzz_entry_scan(const std::uint8_t* bytes, std::size_t size);
+int fuzz_group_state(const std::uint8_t* bytes, std::size_t size);
 int fuzz_inspect(const std::uint8_t* bytes, std::size_t size);
 int fuzz_journal_export(const std::uint8_t* bytes, std::size_t size);
 int fuzz_line_format(const std::uint8_t* bytes, std::size_t size);
@@ -58,6 +59,7 @@ const Fuzzer kFuzzers[] = {
     {"diff", fuzz_diff},
     {"entry_line", fuzz_entry_line},
     {"entry_scan", fuzz_entry_scan},
+    {"group_state", fuzz_group_state},
     {"inspect", fuzz_inspect},
     {"journal_export", fuzz_journal_export},
     {"line_format", fuzz_line_format},

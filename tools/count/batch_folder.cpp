@@ -16,6 +16,7 @@
 #include "tools/system/command_error.h"
 #include "tools/system/file_replacement.h"
 #include "tools/system/host_name.h"
+#include "tools/system/signal_delay.h"
 
 namespace qzlog_tool {
 
@@ -53,12 +54,14 @@ BatchFolder::BatchFolder(std::string path, bool may_make)
 std::string BatchFolder::path_of(const std::string& name) const { return path_in(path_, name); }
 
 void BatchFolder::write_new(const CountBatch& batch) {
-  const std::string path = path_of(writer_ + '-' + std::to_string(++written_) + std::string(kSuffix));
-  FileReplacement(path, path, std::nullopt, batch_text(batch)).take_effect();
+  write(writer_ + '-' + std::to_string(++written_) + std::string(kSuffix), batch);
 }
 
-void BatchFolder::write_folded(const CountBatch& batch) const {
-  const std::string path = path_of(kFolded);
+void BatchFolder::write_folded(const CountBatch& batch) const { write(kFolded, batch); }
+
+void BatchFolder::write(const std::string& name, const CountBatch& batch) const {
+  const std::string path = path_of(name);
+  const SignalDelay delay;  // or the new file would be left behind
   FileReplacement(path, path, std::nullopt, batch_text(batch)).take_effect();
 }
 

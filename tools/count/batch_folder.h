@@ -35,6 +35,8 @@ class BatchFolder {
   int descriptor() const noexcept { return folder_.get(); }
 
  private:
+  void write(const std::string& name, const CountBatch& batch) const;
+
   std::string path_;
   FileDescriptor folder_;
   std::string writer_;  // the beginning of the names of batches that this object writes
