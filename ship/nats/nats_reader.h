@@ -1,0 +1,68 @@
+#ifndef QZLOG_SHIP_NATS_NATS_READER_H
+#define QZLOG_SHIP_NATS_NATS_READER_H
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "ship/nats/nats_connection.h"
+#include "ship/nats/nats_stream.h"
+#include "ship/transport.h"
+
+/// Reads a stream, alone or as one of a group, which is a durable consumer that its readers pull from. A connection
+/// that is lost is made again by the next call; who reads alone goes on behind what it had then.
+struct qzlog_reader {
+ public:
+  qzlog_reader(const qzlog_settings& settings, const qzlog_host& host, const qzlog_start& start,
+               std::uint32_t timeout_ms);
+  ~qzlog_reader();
+  qzlog_reader(const qzlog_reader&) = delete;
+  qzlog_reader& operator=(const qzlog_reader&) = delete;
+
+  /// False at the end.
+  bool read(std::span<qzlog_received> records, std::uint32_t timeout_ms, std::size_t& count);
+  void settle(std::span<const std::uint64_t> tokens, std::uint32_t timeout_ms);
+
+ private:
+  using Clock = std::chrono::steady_clock;
+  struct Link;
+  /// What a group has to be told of a record.
+  struct Unsettled {
+    std::uint64_t token;
+    std::string address;  // empty: it is settled
+  };
+
+  void check(const qzlog_start& start) const;
+  void connect(std::uint32_t timeout_ms);
+  void join_group(std::uint32_t timeout_ms);
+  void open_alone();
+  void set_start(jsConsumerConfig& config) const;
+  bool fetch(std::size_t most, std::uint32_t timeout_ms);
+  void give_out(std::span<qzlog_received> records, std::size_t& count);
+  bool take(natsMsg* message, qzlog_received& record);
+  bool is_at_end(std::uint32_t timeout_ms);
+  void drop_link();
+
+  const qzlog_settings& settings_;
+  const qzlog_host& host_;
+  qzlog_ship::NatsPlace place_;
+  qzlog_start start_;
+  std::string group_;  // "": it reads alone
+  std::int64_t wait_seconds_;
+  std::unique_ptr<Link> link_;
+  natsMsgList held_ = {};  // what was given out last
+  bool knows_end_ = false;
+  std::uint64_t end_ = 0;            // the stream's last number at opening
+  std::uint64_t next_ = 0;           // alone: behind what was given out; 0: nothing yet
+  std::uint64_t consumer_next_ = 1;  // alone: the number that the next record has for the consumer
+  bool none_left_ = false;           // alone: the last record said that no more follow
+  std::uint64_t next_token_ = 1;
+  std::deque<Unsettled> unsettled_;  // by token
+};
+
+#endif  // QZLOG_SHIP_NATS_NATS_READER_H
