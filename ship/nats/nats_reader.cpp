@@ -79,7 +79,7 @@ void qzlog_reader::connect(std::uint32_t timeout_ms) {
   if (group_.empty()) {
     open_alone();
   } else {
-    join_group(timeout_ms);
+    join_group();
   }
 }
 
@@ -104,34 +104,48 @@ void qzlog_reader::set_start(jsConsumerConfig& config) const {
 // Where a connection is lost a consumer without acknowledgements does not know what got there: there is a new one for
 // each, which begins behind what did.
 void qzlog_reader::open_alone() {
-  jsSubOptions options;
-  link_->connection.require("cannot read the stream", jsSubOptions_Init(&options));
-  options.Stream = place_.stream.c_str();
-  options.Config.AckPolicy = js_AckNone;
-  options.Config.InactiveThreshold = kInactive * kSecond;
-  options.Config.MemoryStorage = true;
-  options.Config.Replicas = 1;
-  set_start(options.Config);
+  jsConsumerConfig config;
+  link_->connection.require("cannot read the stream", jsConsumerConfig_Init(&config));
+  config.AckPolicy = js_AckNone;
+  config.InactiveThreshold = kInactive * kSecond;
+  set_start(config);
   if (next_ != 0) {
-    options.Config.DeliverPolicy = js_DeliverByStartSequence;
-    options.Config.OptStartSeq = next_;
+    config.DeliverPolicy = js_DeliverByStartSequence;
+    config.OptStartSeq = next_;
   }
   consumer_next_ = 1;
-  natsSubscription* subscription = nullptr;
+  bind(*add_consumer(config, "cannot read the stream '" + place_.stream + "'"));
+}
+
+NatsConsumerInfoPtr qzlog_reader::add_consumer(jsConsumerConfig& config, const std::string& tried) {
+  jsConsumerInfo* info = nullptr;
   jsErrCode code = jsErrCode(0);
   const natsStatus status =
-      js_PullSubscribe(&subscription, link_->stream.context(), ">", nullptr, nullptr, &options, &code);
-  link_->connection.require("cannot read the stream '" + place_.stream + "'", status, code);
+      js_AddConsumer(&info, link_->stream.context(), place_.stream.c_str(), &config, nullptr, &code);
+  link_->connection.require(tried, status, code);
+  return NatsConsumerInfoPtr(info);
+}
+
+void qzlog_reader::bind(const jsConsumerInfo& consumer) {
+  const std::string tried = "cannot read the stream '" + place_.stream + "'";
+  link_->consumer = consumer.Name;
+  jsSubOptions options;
+  link_->connection.require(tried, jsSubOptions_Init(&options));
+  options.Stream = place_.stream.c_str();
+  options.Consumer = link_->consumer.c_str();
+  options.Config.AckPolicy = consumer.Config->AckPolicy;
+  natsSubscription* subscription = nullptr;
+  jsErrCode code = jsErrCode(0);
+  const natsStatus status = js_PullSubscribe(&subscription, link_->stream.context(), nullptr,
+                                             group_.empty() ? nullptr : group_.c_str(), nullptr, &options, &code);
+  link_->connection.require(tried, status, code);
   link_->subscription.reset(subscription);
 }
 
-void qzlog_reader::join_group(std::uint32_t /*timeout_ms*/) {
-  jsCtx* const context = link_->stream.context();
+void qzlog_reader::join_group() {
   const std::string tried = "cannot join the group '" + group_ + "'";
-  jsConsumerInfo* info = nullptr;
-  jsErrCode code = jsErrCode(0);
-  natsStatus status = js_GetConsumerInfo(&info, context, place_.stream.c_str(), group_.c_str(), nullptr, &code);
-  if (code == JSConsumerNotFoundErr) {
+  NatsConsumerInfoPtr info = ask_consumer(group_, tried);
+  if (info == nullptr) {
     jsConsumerConfig config;
     link_->connection.require(tried, jsConsumerConfig_Init(&config));
     config.Durable = group_.c_str();
@@ -139,38 +153,38 @@ void qzlog_reader::join_group(std::uint32_t /*timeout_ms*/) {
     config.AckWait = wait_seconds_ * kSecond;
     config.MaxAckPending = kMostPending;
     set_start(config);
-    status = js_AddConsumer(&info, context, place_.stream.c_str(), &config, nullptr, &code);
+    info = add_consumer(config, tried);
   }
-  link_->connection.require(tried, status, code);
-  const NatsConsumerInfoPtr freed(info);
   if (info->Config->AckPolicy != js_AckExplicit || info->Config->DeliverSubject != nullptr) {
     fail_for_good(tried + ": the stream has a consumer of that name that is no group: take another name");
   }
-  jsSubOptions options;
-  link_->connection.require(tried, jsSubOptions_Init(&options));
-  options.Stream = place_.stream.c_str();
-  options.Consumer = group_.c_str();
-  natsSubscription* subscription = nullptr;
-  status = js_PullSubscribe(&subscription, context, nullptr, group_.c_str(), nullptr, &options, &code);
-  link_->connection.require(tried, status, code);
-  link_->subscription.reset(subscription);
+  bind(*info);
 }
 
-void qzlog_reader::drop_link() { link_.reset(); }
+/// Null where there is none of that name.
+NatsConsumerInfoPtr qzlog_reader::ask_consumer(const std::string& name, const std::string& tried) {
+  jsConsumerInfo* info = nullptr;
+  jsErrCode code = jsErrCode(0);
+  const natsStatus status =
+      js_GetConsumerInfo(&info, link_->stream.context(), place_.stream.c_str(), name.c_str(), nullptr, &code);
+  if (code == JSConsumerNotFoundErr) return nullptr;
+  link_->connection.require(tried, status, code);
+  return NatsConsumerInfoPtr(info);
+}
 
 bool qzlog_reader::read(std::span<qzlog_received> records, std::uint32_t timeout_ms, std::size_t& count) {
   const Clock::time_point end = Clock::now() + std::chrono::milliseconds(timeout_ms);
   natsMsgList_Destroy(&held_);
   if (link_ == nullptr) connect(timeout_ms);
   try {
-    if (start_.follow == 0 && is_at_end(timeout_ms)) return false;
+    if (start_.follow == 0 && is_at_end()) return false;
     while (count == 0 && fetch(records.size(), timeout_ms)) {
       give_out(records, count);
       if (Clock::now() >= end) break;
     }
-    return count != 0 || start_.follow != 0 || !is_at_end(timeout_ms);
+    return count != 0 || start_.follow != 0 || !is_at_end();
   } catch (...) {
-    drop_link();
+    link_.reset();
     throw;
   }
 }
@@ -201,7 +215,6 @@ bool qzlog_reader::take(natsMsg* message, qzlog_received& record) {
   if (group_.empty()) {
     if (data->Sequence.Consumer != consumer_next_) fail_for_now("records got lost on their way");
     ++consumer_next_;
-    none_left_ = data->NumPending == 0;
     next_ = data->Sequence.Stream + 1;
   }
   if (start_.follow == 0 && data->Sequence.Stream > end_) {
@@ -221,19 +234,15 @@ bool qzlog_reader::take(natsMsg* message, qzlog_received& record) {
   return true;
 }
 
-bool qzlog_reader::is_at_end(std::uint32_t /*timeout_ms*/) {
-  if (group_.empty() && next_ > end_) return true;
-  if (end_ == 0) return true;
-  jsConsumerInfo* made = nullptr;
-  jsErrCode code = jsErrCode(0);
-  const natsStatus status = natsSubscription_GetConsumerInfo(&made, link_->subscription.get(), nullptr, &code);
-  link_->connection.require("cannot ask how far the stream is read", status, code);
-  const NatsConsumerInfoPtr info(made);
-  const bool all_given = info->NumPending == 0 || info->Delivered.Stream >= end_;
-  if (group_.empty()) return all_given && (none_left_ || info->Delivered.Consumer + 1 == consumer_next_);
-  const auto own = static_cast<std::int64_t>(
-      std::count_if(unsettled_.begin(), unsettled_.end(), [](const Unsettled& each) { return !each.address.empty(); }));
-  return all_given && (info->NumAckPending <= own || info->AckFloor.Stream >= end_);
+bool qzlog_reader::is_at_end() {
+  if (end_ == 0 || (group_.empty() && next_ > end_)) return true;
+  const NatsConsumerInfoPtr info = ask_consumer(link_->consumer, "cannot ask how far the stream is read");
+  if (info == nullptr) fail_for_now("the stream's consumer is gone");
+  if (info->NumPending != 0 && info->Delivered.Stream < end_) return false;
+  if (group_.empty()) return info->Delivered.Consumer + 1 == consumer_next_;
+  const auto own =
+      std::count_if(unsettled_.begin(), unsettled_.end(), [](const Unsettled& each) { return !each.address.empty(); });
+  return info->NumAckPending <= own || info->AckFloor.Stream >= end_;
 }
 
 // The answer to the last one says that the server has had all of them: it takes them in their order.
@@ -261,6 +270,6 @@ void qzlog_reader::settle(std::span<const std::uint64_t> tokens, std::uint32_t t
   const NatsMessagePtr freed(answer);
   if (status == NATS_OK) return;
   const bool is_broken = link_->connection.is_broken();
-  if (is_broken) drop_link();
+  if (is_broken) link_.reset();
   fail_for_now(std::string("cannot settle: ") + (is_broken ? "the connection is lost" : natsStatus_GetText(status)));
 }

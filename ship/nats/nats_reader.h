@@ -39,14 +39,16 @@ struct qzlog_reader {
 
   void check(const qzlog_start& start) const;
   void connect(std::uint32_t timeout_ms);
-  void join_group(std::uint32_t timeout_ms);
   void open_alone();
+  void join_group();
+  qzlog_ship::NatsConsumerInfoPtr add_consumer(jsConsumerConfig& config, const std::string& tried);
+  qzlog_ship::NatsConsumerInfoPtr ask_consumer(const std::string& name, const std::string& tried);
+  void bind(const jsConsumerInfo& consumer);
   void set_start(jsConsumerConfig& config) const;
   bool fetch(std::size_t most, std::uint32_t timeout_ms);
   void give_out(std::span<qzlog_received> records, std::size_t& count);
   bool take(natsMsg* message, qzlog_received& record);
-  bool is_at_end(std::uint32_t timeout_ms);
-  void drop_link();
+  bool is_at_end();
 
   const qzlog_settings& settings_;
   const qzlog_host& host_;
@@ -60,7 +62,6 @@ struct qzlog_reader {
   std::uint64_t end_ = 0;            // the stream's last number at opening
   std::uint64_t next_ = 0;           // alone: behind what was given out; 0: nothing yet
   std::uint64_t consumer_next_ = 1;  // alone: the number that the next record has for the consumer
-  bool none_left_ = false;           // alone: the last record said that no more follow
   std::uint64_t next_token_ = 1;
   std::deque<Unsettled> unsettled_;  // by token
 };
