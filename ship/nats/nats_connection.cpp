@@ -1,6 +1,7 @@
 #include "ship/nats/nats_connection.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <iterator>
 #include <new>
 #include <optional>
@@ -18,7 +19,7 @@ namespace {
 constexpr int kUsualPort = 4222;
 constexpr std::int64_t kMostForOneServer = 5000;
 constexpr std::int64_t kPingInterval = 10'000;
-constexpr std::int64_t kWriteDeadline = 30'000;
+constexpr std::int64_t kMostForWriting = 10'000;  // to a server that reads nothing
 constexpr int kIoBufferBytes = 1 << 18;
 constexpr std::string_view kCredentialsMark = "-----BEGIN NATS USER JWT-----";
 
@@ -96,9 +97,15 @@ NatsOptionsPtr make_options(const qzlog_settings& settings, const NatsPlace& pla
   // Whoever uses the connection knows what is lost with it, and makes another one.
   require_option(natsOptions_SetAllowReconnect(made, false), "reconnecting");
   require_option(natsOptions_SetPingInterval(made, kPingInterval), "ping interval");
-  require_option(natsOptions_SetWriteDeadline(made, kWriteDeadline), "write deadline");
+  require_option(natsOptions_SetWriteDeadline(made, std::clamp<std::int64_t>(timeout_ms, 1, kMostForWriting)),
+                 "write deadline");
   require_option(natsOptions_SetIOBufSize(made, kIoBufferBytes), "buffer");
   return options;
+}
+
+/// The library tells of one that was looked at with its depth in the chain, whatever was wrong with it.
+bool is_about_certificate(const std::string& reason) {
+  return contains(reason, "certificate") || contains(reason, ":depth=");
 }
 
 /// Nobody gets further by waiting.
@@ -111,15 +118,15 @@ bool is_for_good(natsStatus status, const std::string& reason) {
     case NATS_ADDRESS_MISSING:
       return true;
     default:
-      return contains(reason, "certificate") || contains(reason, "Authorization") || contains(reason, "hostname");
+      return is_about_certificate(reason) || contains(reason, "Authorization");
   }
 }
 
 std::string next_step(natsStatus status, const std::string& reason) {
   if (status == NATS_SECURE_CONNECTION_WANTED) return ": it speaks without TLS: name it as nats://";
   if (status == NATS_SECURE_CONNECTION_REQUIRED) return ": it wants TLS: name it as nats+tls://";
-  if (contains(reason, "certificate") || contains(reason, "hostname")) {
-    return ": its certificate is not trusted: name those to trust with --ca";
+  if (is_about_certificate(reason)) {
+    return ": its certificate is not trusted: name those to trust with --ca, and the server as its certificate does";
   }
   if (is_for_good(status, reason)) return ": it refuses who is speaking: name a file with --credentials";
   return "";
@@ -144,7 +151,8 @@ NatsPlace::NatsPlace(const qzlog_settings& settings) : stream(percent_decoded(se
   }
 }
 
-NatsConnection::NatsConnection(const qzlog_settings& settings, const NatsPlace& place, std::uint32_t timeout_ms) {
+NatsConnection::NatsConnection(const qzlog_settings& settings, const NatsPlace& place, std::uint32_t timeout_ms)
+    : has_one_server_(place.servers.size() == 1) {
   const SignalsBlocked blocked;
   try {
     open(settings, place, timeout_ms);
@@ -180,6 +188,20 @@ bool NatsConnection::is_broken() const {
   return is_closed_;
 }
 
+bool NatsConnection::has_violation() const {
+  const std::lock_guard lock(mutex_);
+  return !violation_.empty();
+}
+
+bool NatsConnection::is_alone() const {
+  char** others = nullptr;
+  int count = 0;
+  if (natsConnection_GetDiscoveredServers(connection_, &others, &count) != NATS_OK) return false;
+  for (int index = 0; index < count; ++index) std::free(others[index]);
+  std::free(others);
+  return count == 0 && has_one_server_;
+}
+
 std::string NatsConnection::take_violation() {
   const std::lock_guard lock(mutex_);
   return std::exchange(violation_, "");
@@ -193,6 +215,7 @@ void NatsConnection::fail(const std::string& tried, natsStatus status, jsErrCode
   const std::string text = tried + ": " + reason;
   if (code == JSNotEnabledForAccountErr) fail_for_good(text + ": enable JetStream for the account");
   if (status == NATS_NO_RESPONDERS || code == JSNotEnabledErr) {
+    if (is_alone()) fail_for_good(tried + ": the server is without JetStream: start it with -js");
     fail_for_now(tried + ": no JetStream answers there; a server has it with -js, a cluster with more than half of it");
   }
   fail_for_now(text);

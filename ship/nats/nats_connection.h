@@ -34,6 +34,7 @@ class NatsConnection {
   bool is_broken() const;
   /// The account's permissions that something ran into since the last call; "" where there was none.
   std::string take_violation();
+  bool has_violation() const;
 
   /// Throws what a status and JetStream's code mean, behind what was tried: "cannot read the stream: ...".
   [[noreturn]] void fail(const std::string& tried, natsStatus status, jsErrCode code);
@@ -47,6 +48,10 @@ class NatsConnection {
   static void on_error(natsConnection* connection, natsSubscription* subscription, natsStatus status, void* closure);
   static void on_closed(natsConnection* connection, void* closure);
 
+  /// Whether the server belongs to no cluster, of which another member could have what it lacks.
+  bool is_alone() const;
+
+  bool has_one_server_;
   natsConnection* connection_ = nullptr;
   mutable std::mutex mutex_;
   std::condition_variable closed_;

@@ -113,7 +113,7 @@ void qzlog_sender::take_answers(Clock::time_point end, std::span<qzlog_result> r
     const NatsMessagePtr answer = next_answer(end);
     if (answer != nullptr) {
       take_answer(*answer, results);
-    } else if (!trouble_.empty()) {
+    } else if (!trouble_.empty() || connection_.has_violation()) {
       return;
     } else if (connection_.is_broken()) {
       trouble_ = "the connection is lost";
@@ -153,7 +153,7 @@ void qzlog_sender::take_error(unsigned code, const std::string& text, qzlog_resu
   if (code == JSStreamMessageExceedsMaximumErr)
     return refuse(result, "it is longer than the stream takes (max_msg_size)");
   trouble_ = "the stream '" + place_.stream + "' does not take it: " + text;
-  is_hopeless_ = code == JSStreamSealedErr || code == JSStreamNotMatchErr;
+  is_hopeless_ = is_hopeless_ || code == JSStreamSealedErr || code == JSStreamNotMatchErr;
 }
 
 void qzlog_sender::refuse(qzlog_result& result, const std::string& reason) {

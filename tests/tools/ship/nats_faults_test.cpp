@@ -1,0 +1,104 @@
+// `qzlog ship` to servers of NATS that fail in every way: what was written is what the stream holds, each line once.
+#include "tests/tools/ship/nats_fixture.h"
+
+namespace qzlog_test {
+namespace {
+
+const std::vector<std::string> kCreate = {"--option", "create=yes"};
+
+class NatsFaults : public NatsFixture {};
+
+TEST_F(NatsFaults, ServerKilledEachSecond_EveryLineOnce) {
+  ship_meanwhile(nats_url(), kCreate, [&] {
+    for (int round = 0; round < quick_or_long(3, 60); ++round) {
+      pass(1000);
+      server_->kill();
+      ASSERT_TRUE(server_->start());
+    }
+  });
+}
+
+TEST_F(NatsFaults, ServerAway_IsWaitedFor) {
+  ship_meanwhile(nats_url(), {"--option", "create=yes", "--option", "window=600"}, [&] {
+    pass(300);
+    server_->kill();
+    pass(quick_or_long(2000, 120000));
+    ASSERT_TRUE(server_->start());
+  });
+}
+
+TEST_F(NatsFaults, ServerStandsStill_EveryLineOnce) {
+  ship_meanwhile(nats_url(), {"--option", "create=yes", "--option", "window=600"}, [&] {
+    pass(300);
+    server_->stop();
+    pass(quick_or_long(2000, 120000));
+    server_->go_on();
+  });
+}
+
+TEST_F(NatsFaults, SlowServer_EveryLineOnce) {
+  ship_meanwhile(nats_url(), kCreate, [&] {
+    for (int round = 0; round < quick_or_long(30, 600); ++round) {
+      server_->stop();
+      pass(45);
+      server_->go_on();
+      pass(5);
+    }
+  });
+}
+
+TEST_F(NatsFaults, ShipperKilled_EveryLineOnce) {
+  const int written = write_meanwhile([&] {
+    for (int round = 0; round < quick_or_long(10, 300); ++round) {
+      Shipper shipper(folder_.path(), nats_arguments(nats_url(), kCreate));
+      pass(20 + round * 37 % 200);
+      shipper.send(SIGKILL);
+      EXPECT_EQ(shipper.wait(), -SIGKILL) << read("said");
+    }
+  });
+  EXPECT_EQ(ship_to(nats_url(), "--option create=yes").err, "");
+  expect_all(stored(server_->address()), written);
+}
+
+class NatsCluster : public NatsFixture {
+ protected:
+  void SetUp() override {
+    if (!qz_test::NatsServer::is_installed()) GTEST_SKIP() << "nats-server is not installed";
+    std::vector<int> routes;
+    for (int index = 0; index < 3; ++index) routes.push_back(qz_test::NatsServer::free_port());
+    std::string list;
+    for (const int port : routes) list += (list.empty() ? "" : ",") + route(port);
+    for (std::size_t index = 0; index < routes.size(); ++index) {
+      const std::string name = "n" + std::to_string(index);
+      const std::vector<std::string> arguments = {
+          "-js", "-n", name, "--cluster_name", "C", "--cluster", route(routes[index]), "--routes", list};
+      servers_.push_back(
+          std::make_unique<qz_test::NatsServer>(folder_.path(name), arguments, qz_test::NatsServer::free_port()));
+      ASSERT_TRUE(servers_.back()->start()) << read(name + ".log");
+    }
+  }
+  static std::string route(int port) { return "nats://127.0.0.1:" + std::to_string(port); }
+  std::string cluster_url() const {
+    return "nats://" + servers_[0]->address() + ',' + servers_[1]->address() + ',' + servers_[2]->address() + "/S";
+  }
+
+  std::vector<std::unique_ptr<qz_test::NatsServer>> servers_;
+};
+
+TEST_F(NatsCluster, OneOfThreeKilled_EveryLineOnce) {
+  const std::vector<std::string> options = {"--option", "create=yes", "--option", "replicas=3"};
+  ship_meanwhile(cluster_url(), options, [&] {
+    ASSERT_TRUE(wait_until(
+        [&] { return folder_.has("state.json") && read("state.json").find("identity") != std::string::npos; }));
+    for (int round = 0; round < quick_or_long(1, 30); ++round) {
+      qz_test::NatsServer& server = *servers_[static_cast<std::size_t>(round) % servers_.size()];
+      server.kill();
+      pass(1000);
+      ASSERT_TRUE(server.start());
+      pass(1500);  // long enough for it to catch up: two of three are needed
+    }
+  });
+}
+
+}  // namespace
+}  // namespace qzlog_test
