@@ -32,11 +32,11 @@ class Socket {
   int descriptor_;
 };
 
-sockaddr_in loopback(int port) {
+sockaddr_in address_of(const std::string& host, int port) {
   sockaddr_in address = {};
   address.sin_family = AF_INET;
   address.sin_port = htons(static_cast<std::uint16_t>(port));
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  ::inet_pton(AF_INET, host.c_str(), &address.sin_addr);
   return address;
 }
 
@@ -48,15 +48,16 @@ sockaddr_in loopback(int port) {
   const int file = ::open(log.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0600);
   ::dup2(file, STDOUT_FILENO);
   ::dup2(file, STDERR_FILENO);
-  ::execv(kProgram, pointers.data());
+  ::execvp(pointers[0], pointers.data());
   ::_exit(127);
 }
 
 }  // namespace
 
-NatsServer::NatsServer(std::string folder, std::vector<std::string> more, int port)
+NatsServer::NatsServer(std::string folder, std::vector<std::string> more, int port, std::string host)
     : folder_(std::move(folder)),
-      arguments_{"nats-server", "-a", "127.0.0.1", "-p", std::to_string(port), "-sd", folder_},
+      arguments_{kProgram, "-a", host, "-p", std::to_string(port), "-sd", folder_},
+      host_(std::move(host)),
       port_(port) {
   arguments_.insert(arguments_.end(), more.begin(), more.end());
 }
@@ -67,7 +68,7 @@ bool NatsServer::is_installed() { return ::access(kProgram, X_OK) == 0; }
 
 int NatsServer::free_port() {
   const Socket socket;
-  sockaddr_in address = loopback(0);
+  sockaddr_in address = address_of("127.0.0.1", 0);
   socklen_t size = sizeof address;
   auto* const any = reinterpret_cast<sockaddr*>(&address);
   if (::bind(socket.get(), any, size) != 0 || ::getsockname(socket.get(), any, &size) != 0) return 0;
@@ -75,8 +76,11 @@ int NatsServer::free_port() {
 }
 
 bool NatsServer::start() {
+  std::vector<std::string> words;
+  if (!namespace_.empty()) words = {"ip", "netns", "exec", namespace_};
+  words.insert(words.end(), arguments_.begin(), arguments_.end());
   process_ = ::fork();
-  if (process_ == 0) become_server(arguments_, folder_ + ".log");
+  if (process_ == 0) become_server(words, folder_ + ".log");
   const auto end = std::chrono::steady_clock::now() + kPatience;
   while (std::chrono::steady_clock::now() < end) {
     if (greets()) return true;
@@ -88,7 +92,7 @@ bool NatsServer::start() {
 // Its first word is INFO.
 bool NatsServer::greets() const {
   const Socket socket;
-  sockaddr_in address = loopback(port_);
+  sockaddr_in address = address_of(host_, port_);
   if (::connect(socket.get(), reinterpret_cast<sockaddr*>(&address), sizeof address) != 0) return false;
   pollfd wanted = {socket.get(), POLLIN, 0};
   char word[4] = {};

@@ -14,10 +14,13 @@ namespace qz_test {
 class NatsServer {
  public:
   /// Keeps what it stores in `folder`; `more` are further arguments. It runs not yet.
-  NatsServer(std::string folder, std::vector<std::string> more, int port);
+  NatsServer(std::string folder, std::vector<std::string> more, int port, std::string host = "127.0.0.1");
   ~NatsServer();
   NatsServer(const NatsServer&) = delete;
   NatsServer& operator=(const NatsServer&) = delete;
+
+  /// From the next start on in a network namespace of that name, where its host's address is.
+  void move_to(const std::string& network_namespace) { namespace_ = network_namespace; }
 
   /// Whether the program is installed: tests skip else.
   static bool is_installed();
@@ -31,13 +34,15 @@ class NatsServer {
 
   int port() const { return port_; }
   /// HOST:PORT.
-  std::string address() const { return "127.0.0.1:" + std::to_string(port_); }
+  std::string address() const { return host_ + ":" + std::to_string(port_); }
 
  private:
   bool greets() const;
 
   std::string folder_;
   std::vector<std::string> arguments_;
+  std::string host_;
+  std::string namespace_;
   int port_;
   pid_t process_ = -1;
 };

@@ -60,6 +60,53 @@ TEST_F(NatsFaults, ShipperKilled_EveryLineOnce) {
   expect_all(stored(server_->address()), written);
 }
 
+/// The server in a network namespace of its own, behind a pair of interfaces.
+class NatsNetwork : public NatsFixture {
+ protected:
+  void SetUp() override {
+    if (!qz_test::NatsServer::is_installed()) GTEST_SKIP() << "nats-server is not installed";
+    made_ = run("ip netns add " + name_).status == 0;
+    if (!made_) GTEST_SKIP() << "network namespaces need root, and iproute2";
+    const CommandResult result =
+        run("ip link add " + name_ + "a type veth peer name " + name_ + "b netns " + name_ + " && ip addr add " +
+            here_ + "/30 dev " + name_ + "a && ip link set " + name_ + "a up && ip -n " + name_ + " addr add " +
+            there_ + "/30 dev " + name_ + "b && ip -n " + name_ + " link set " + name_ + "b up");
+    ASSERT_EQ(result.status, 0) << result.err;
+    server_ =
+        std::make_unique<qz_test::NatsServer>(folder_.path("nats"), std::vector<std::string>{"-js"}, 4222, there_);
+    server_->move_to(name_);
+    ASSERT_TRUE(server_->start()) << read("nats.log");
+  }
+  ~NatsNetwork() override {
+    server_.reset();
+    if (made_) run("ip netns del " + name_);
+  }
+  void set_link(const std::string& state) const {
+    EXPECT_EQ(run("ip -n " + name_ + " link set " + name_ + "b " + state).status, 0);
+  }
+
+ private:
+  std::string name_ = "qz" + std::to_string(::getpid());
+  // Of the networks that are for tests between networks.
+  std::string network_ = "198.18." + std::to_string(::getpid() % 256) + '.';
+  std::string here_ = network_ + '1';
+  std::string there_ = network_ + '2';
+  bool made_ = false;
+};
+
+TEST_F(NatsNetwork, CutAndMended_EveryLineOnce) {
+  const std::vector<std::string> options = {"--option", "create=yes", "--option", "window=600"};
+  ship_meanwhile(nats_url(), options, [&] {
+    pass(500);
+    for (int round = 0; round < quick_or_long(1, 10); ++round) {
+      set_link("down");
+      pass(quick_or_long(2000, 15000));
+      set_link("up");
+      pass(1000);
+    }
+  });
+}
+
 class NatsCluster : public NatsFixture {
  protected:
   void SetUp() override {
