@@ -133,11 +133,14 @@ TEST_F(CollectCounts, KilledAtRandomMoments_EachEntryCountsOnce) {
   int again = 0;
   int doubles = 0;
   for (int count = 0; count < kills(); ++count) {
-    const std::vector<std::string> often = words({"--follow", "--batch", "300", "--batch-wait", "5"});
+    const std::vector<std::string> often = words({"--follow", "--batch", "300", "--batch-wait", "40"});
     RunningCommand killed(folder_.path(), "out", often);
     RunningCommand other(folder_.path(), "out", often);
-    deliver(delivered + 1, delivered + kEach);
-    delivered += kEach;
+    for (int part = 0; part < kEach; part += 50) {  // so that batches are held when the kill comes
+      deliver(delivered + 1, delivered + 50);
+      delivered += 50;
+      std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    }
     if (random.one_in(3)) {
       deliver(1, kAgain);  // as a shipper that was killed sends them
       again += kAgain;
