@@ -41,6 +41,15 @@ bool PluginOptions::take_flag(const std::string& key, bool usual) {
   return *text == "yes";
 }
 
+std::map<std::string, std::string> PluginOptions::take_all(const std::string& beginning) {
+  std::map<std::string, std::string> taken;
+  while (true) {
+    const auto found = left_.lower_bound(beginning);
+    if (found == left_.end() || !found->first.starts_with(beginning)) return taken;
+    taken.insert(left_.extract(found));
+  }
+}
+
 void PluginOptions::refuse_others(const std::string& known) const {
   if (left_.empty()) return;
   fail_for_good("there is no --option " + left_.begin()->first + " for this receiver; there are " + known);

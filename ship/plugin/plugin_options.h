@@ -25,6 +25,8 @@ class PluginOptions {
   std::optional<std::uint64_t> take_number(const std::string& key, std::uint64_t least, std::uint64_t most);
   /// "yes" or "no".
   bool take_flag(const std::string& key, bool usual);
+  /// All whose keys begin so, by their keys.
+  std::map<std::string, std::string> take_all(const std::string& beginning);
   /// Once all that there are have been taken; `known` is the list of them for people.
   void refuse_others(const std::string& known) const;
 
