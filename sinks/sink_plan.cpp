@@ -4,6 +4,7 @@
 #include <iterator>
 
 #include "sinks/sink_value.h"
+#include "sinks/syslog_facility.h"
 
 namespace qzlog {
 
@@ -101,10 +102,7 @@ constexpr Row kRows[] = {
     {kSyslog, "application", [](SinkPlan& plan, const SinkValue& value) { plan.syslog.application = value.text(); }},
     {kSyslog, "facility",
      [](SinkPlan& plan, const SinkValue& value) {
-       plan.syslog.facility = static_cast<unsigned>(
-           value.choice({"kern",   "user",   "mail",     "daemon", "auth",   "syslog", "lpr",    "news",
-                         "uucp",   "cron",   "authpriv", "ftp",    "ntp",    "audit",  "alert",  "clock",
-                         "local0", "local1", "local2",   "local3", "local4", "local5", "local6", "local7"}));
+       plan.syslog.facility = static_cast<unsigned>(value.choice(kSyslogFacilities));
      }},
     {kSyslog, "enterprise_number",
      [](SinkPlan& plan, const SinkValue& value) { plan.syslog.enterprise_number = value.word(); }},

@@ -43,8 +43,8 @@ bool SinkValue::flag() const {
   return text() == "yes";
 }
 
-std::size_t SinkValue::choice(std::initializer_list<std::string_view> words) const {
-  const auto* const found = std::find(words.begin(), words.end(), text());
+std::size_t SinkValue::choice(std::span<const std::string_view> words) const {
+  const auto found = std::find(words.begin(), words.end(), text());
   if (found != words.end()) return static_cast<std::size_t>(found - words.begin());
   std::string all;
   for (const std::string_view word : words) all.append(all.empty() ? "" : ", ").append(word);

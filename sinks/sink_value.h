@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <initializer_list>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -27,7 +28,10 @@ class SinkValue {
   unsigned level_or_never() const;
   bool flag() const;
   /// Which of the words.
-  std::size_t choice(std::initializer_list<std::string_view> words) const;
+  std::size_t choice(std::span<const std::string_view> words) const;
+  std::size_t choice(std::initializer_list<std::string_view> words) const {
+    return choice(std::span(words.begin(), words.size()));
+  }
   /// "stdout", "stderr" or a number.
   int descriptor() const;
   /// Separated by commas, none of them empty.

@@ -5,10 +5,10 @@
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
-#include <cstring>
 
 #include "foundation/itoa.h"
 #include "lines/moment_text.h"
+#include "sinks/syslog_content.h"
 #include "sinks/syslog_name.h"
 #include "sinks/syslog_severity.h"
 #include "sinks/syslog_text.h"
@@ -21,7 +21,6 @@ namespace {
 using Settings = qz_LOG_SyslogSinkSettings;
 
 constexpr std::size_t kMostKept = 1U << 20;
-constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 bool is_rfc5424(const Settings& settings) {
   if (settings.form == Settings::kUsual) return settings.transport != Settings::kLocal;
@@ -38,11 +37,6 @@ std::string application_of(const Settings& settings) {
   };
   std::replace_if(name.begin(), name.end(), is_refused, '_');
   return name.empty() ? "-" : name.substr(0, 48);
-}
-
-bool is_ascii(std::string_view text) {
-  return std::none_of(text.begin(), text.end(),
-                      [](char each) { return (static_cast<unsigned char>(each) & 0x80U) != 0; });
 }
 
 void append_number(std::size_t number, std::string& out) {
@@ -72,7 +66,7 @@ SyslogMessage::SyslogMessage(const Settings& settings)
 
 std::string_view SyslogMessage::make(const SyslogParts& parts, std::string_view line_head, const std::timespec& now) {
   if (text_.capacity() > kMostKept) std::string().swap(text_);
-  text_.resize(kRoomBefore);
+  text_.resize(kSyslogRoomBefore);
   head_.clear();
   if (has_entry_) append_syslog_line(line_head, head_);
   append_header(parts, now);
@@ -115,56 +109,21 @@ void SyslogMessage::append_moment(const std::timespec& now) {
 }
 
 void SyslogMessage::append_body(const SyslogParts& parts) {
-  constexpr std::size_t kAroundEntry = sizeof(" entry=\"\"") - 1;
-  constexpr std::size_t kBlanks = 2;
-  const bool has_mark = is_rfc5424_ && !is_ascii(parts.text);
-  const SyslogSizes sizes = {.fixed = text_.size() - kRoomBefore + (has_entry_ ? element_.size() + 1 : 1) + kBlanks +
-                                      (has_mark ? kByteOrderMark.size() : 0),
-                             .entry = has_entry_ ? kAroundEntry + head_.size() + parts.entry.size() : 0,
-                             .parameter_ends = parts.parameter_ends,
-                             .text = parts.text.size()};
-  fit_ = fit_syslog(sizes, limit_);
-  is_shortened_ = fit_.omitted != 0 || fit_.text != parts.text.size();
-  if (is_rfc5424_) append_data(parts);
-  if (fit_.text != 0) {
-    text_ += ' ';
-    if (has_mark) text_ += kByteOrderMark;
-    append_cut_text(parts.text, fit_.text, text_);
-  }
-  if (!is_rfc5424_) append_data(parts);
-}
-
-void SyslogMessage::append_data(const SyslogParts& parts) {
-  if (!has_entry_) {
-    if (is_rfc5424_) text_ += " -";
-    return;
-  }
-  text_ += ' ';
-  text_ += element_;
-  if (fit_.has_entry) {
-    text_ += " entry=\"";
-    text_ += head_;
-    text_ += parts.entry;
-    text_ += '"';
-  }
-  text_.append(parts.parameters, 0, fit_.parameters);
-  if (fit_.omitted != 0) {
-    text_ += " omitted=\"";
-    append_number(fit_.omitted, text_);
-    text_ += '"';
-  }
-  text_ += ']';
+  const SyslogContent content = {.is_rfc5424 = is_rfc5424_,
+                                 .element = has_entry_ ? std::string_view(element_) : std::string_view(),
+                                 .entry_head = head_,
+                                 .entry = parts.entry,
+                                 .parameters = parts.parameters,
+                                 .parameter_ends = parts.parameter_ends,
+                                 .text = parts.text};
+  const SyslogContentFit result = append_syslog_content(content, text_.size() - kSyslogRoomBefore, limit_, text_);
+  fit_ = result.fit;
+  is_shortened_ = result.is_shortened;
 }
 
 std::string_view SyslogMessage::framed() {
-  const std::size_t bytes = text_.size() - kRoomBefore;
-  if (!is_counted_) return std::string_view(text_).substr(kRoomBefore);
-  char count[kRoomBefore];
-  char* const end = std::to_chars(count, count + sizeof count - 1, bytes).ptr;
-  *end = ' ';
-  const auto length = static_cast<std::size_t>(end + 1 - count);
-  std::memcpy(text_.data() + kRoomBefore - length, count, length);
-  return std::string_view(text_).substr(kRoomBefore - length);
+  const std::size_t begin = is_counted_ ? number_syslog_bytes(text_, 0) : kSyslogRoomBefore;
+  return std::string_view(text_).substr(begin);
 }
 
 }  // namespace qzlog

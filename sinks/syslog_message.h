@@ -26,13 +26,9 @@ class SyslogMessage {
   bool is_shortened() const { return is_shortened_; }
 
  private:
-  /// For the number of bytes in front of a message, and a blank.
-  static constexpr std::size_t kRoomBefore = 12;
-
   void append_header(const SyslogParts& parts, const std::timespec& now);
   void append_moment(const std::timespec& now);
   void append_body(const SyslogParts& parts);
-  void append_data(const SyslogParts& parts);
   std::string_view framed();
 
   const bool is_rfc5424_;

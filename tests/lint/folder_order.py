@@ -105,7 +105,11 @@ SHARED = {
     "sinks/journal_names.h": "the tools read and explain what the journal was written",
     "sinks/line_colour.h": "levels have the same colours everywhere",
     "ship/transport.h": "what the command and its plug-ins agree on",
+    "sinks/syslog_content.h": "the plug-in for syslog writes messages as the sink does",
+    "sinks/syslog_facility.h": "facilities have the same names everywhere",
     "sinks/syslog_name.h": "the tools know what the sink calls what it sends",
+    "sinks/syslog_severity.h": "levels become the same severities everywhere",
+    "sinks/syslog_text.h": "the plug-in for syslog writes texts as the sink does",
     "message/whole_file.h": "the tools read the file of a bundle as the library does, which waits for no pipe",
 }
 

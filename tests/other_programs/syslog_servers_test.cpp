@@ -21,6 +21,7 @@
 #include <vector>
 
 #include "qzlog/entry_lines.h"
+#include "qzlog/file_sink.h"
 #include "qzlog/logcfg.h"
 #include "qzlog/syslog_sink.h"
 #include "tests/sinks/syslog_servers.h"
@@ -148,24 +149,42 @@ class SyslogServersTest : public SettingsTest {
 
   /// Sends entries, waits until the server has written them all, and looks whether each came back as it was.
   void expect_all_come_back(const Settings& settings, ServerProcess& server, const std::string& file) {
-    const unsigned count = static_cast<unsigned>(rounds(20000));
+    qz_LOG_SyslogSink sink(settings);
+    write_hostile_entries(sink);
+    EXPECT_EQ(sink.GetStatus().without_entry, 0U);
+    expect_all_in(file, server);
+  }
+
+  /// The same with entries that go to files, and from there to the server.
+  void expect_all_come_back_from_files(unsigned port, ServerProcess& server, const std::string& file) {
+    if (!fs::exists(QZLOG_SYSLOG_PLUGIN)) GTEST_SKIP() << "there is no plug-in for syslog";
+    qz_LOG_FileSinkSettings settings;
+    fs::create_directory(folder_.path("logs"));
+    settings.folder = folder_.path("logs");
+    settings.prefix = "s";
+    qz_LOG_FileSink sink(settings);
+    write_hostile_entries(sink);
+    const std::string command = std::string(QZLOG_COMMAND) + " ship '" + folder_.path("logs") + "/s' --once --state '" +
+                                folder_.path("state.json") + "' --to syslog+tcp://127.0.0.1:" + std::to_string(port);
+    ASSERT_EQ(std::system(command.c_str()), 0) << command;
+    expect_all_in(file, server);
+  }
+
+  void write_hostile_entries(qz_LOG_Sink& sink) {
     SeededRandom random;
-    std::vector<std::string> lines;
-    std::vector<std::string> messages;
-    {
-      qz_LOG_SyslogSink sink(settings);
-      for (unsigned number = 0; number < count; ++number) {
-        const qz_LOG_LogEntry entry = hostile_entry(number, random);
-        lines.push_back(entry.ToJson());
-        messages.push_back(entry.FormatMessage());
-        ASSERT_TRUE(sink.Write(entry)) << number << ' ' << sink.GetStatus().failure;
-      }
-      EXPECT_EQ(sink.GetStatus().without_entry, 0U);
-      EXPECT_EQ(sink.Close(60000), 0U);
+    for (unsigned number = 0; number < static_cast<unsigned>(rounds(20000)); ++number) {
+      const qz_LOG_LogEntry entry = hostile_entry(number, random);
+      lines_.push_back(entry.ToJson());
+      messages_.push_back(entry.FormatMessage());
+      ASSERT_TRUE(sink.Write(entry)) << number;
     }
-    EXPECT_TRUE(has_lines(file, count));
+    EXPECT_EQ(sink.Close(60000), 0U);
+  }
+
+  void expect_all_in(const std::string& file, ServerProcess& server) {
+    EXPECT_TRUE(has_lines(file, lines_.size()));
     server.stop();
-    compare(file, lines, messages);
+    compare(file, lines_, messages_);
   }
 
   /// Whether a file comes to have so many lines; what was counted is not read again.
@@ -208,6 +227,9 @@ class SyslogServersTest : public SettingsTest {
     EXPECT_EQ(reader.GetErrorCount(), 0U);
     EXPECT_EQ(source.counts().broken + source.counts().omitted, 0U);
   }
+
+  std::vector<std::string> lines_;
+  std::vector<std::string> messages_;
 
   /// A line as the entry has it: without the head, and with the character that the sink does not send as it is.
   static std::string without_head(std::string_view line) {
@@ -321,6 +343,16 @@ TEST_F(SyslogServersTest, Rsyslog_OverTcp_GivesEveryEntryBack) {
   EXPECT_NE(first.find("\"number\": \"0\""), std::string::npos) << first;
 }
 
+TEST_F(SyslogServersTest, Rsyslog_FromFiles_GivesEveryEntryBack) {
+  if (rsyslogd().empty()) GTEST_SKIP() << "rsyslogd is not there";
+  const unsigned port = free_port(SOCK_STREAM);
+  ServerProcess server(rsyslog_with("module(load=\"imtcp\")\ninput(type=\"imtcp\" address=\"127.0.0.1\" port=\"" +
+                                    std::to_string(port) + "\")"),
+                       server_log());
+  ASSERT_TRUE(is_listening(port)) << read_file(server_log());
+  expect_all_come_back_from_files(port, server, out());
+}
+
 TEST_F(SyslogServersTest, Rsyslog_OverTheLocalSocket_GivesEveryEntryBack) {
   if (rsyslogd().empty()) GTEST_SKIP() << "rsyslogd is not there";
   const std::string path = folder_.path("log");
@@ -343,6 +375,17 @@ TEST_F(SyslogServersTest, SyslogNg_OverTcp_GivesEveryEntryBack) {
       server_log());
   ASSERT_TRUE(is_listening(port)) << read_file(server_log());
   expect_all_come_back(tcp(port), server, out());
+}
+
+TEST_F(SyslogServersTest, SyslogNg_FromFiles_GivesEveryEntryBack) {
+  if (syslog_ng().empty()) GTEST_SKIP() << "syslog-ng is not there";
+  const unsigned port = free_port(SOCK_STREAM);
+  ServerProcess server(
+      syslog_ng_with("syslog(ip(\"127.0.0.1\") port(" + std::to_string(port) + ") transport(\"tcp\"));",
+                     "flags(syslog-protocol)"),
+      server_log());
+  ASSERT_TRUE(is_listening(port)) << read_file(server_log());
+  expect_all_come_back_from_files(port, server, out());
 }
 
 TEST_F(SyslogServersTest, SyslogNg_OverTheLocalSocket_GivesEveryEntryBack) {

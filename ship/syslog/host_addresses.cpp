@@ -1,0 +1,85 @@
+#include "ship/syslog/host_addresses.h"
+
+#include <netdb.h>
+#include <pthread.h>
+#include <signal.h>
+
+#include <cstring>
+#include <future>
+#include <memory>
+#include <thread>
+
+#include "ship/plugin/plugin_call.h"
+
+namespace qzlog_ship {
+
+namespace {
+
+struct Found {
+  std::vector<HostAddress> addresses;
+  int error = 0;
+};
+
+Found look_up(const std::string& host, const std::string& port, int flags) {
+  addrinfo wanted = {};
+  wanted.ai_family = AF_UNSPEC;
+  wanted.ai_socktype = SOCK_STREAM;
+  wanted.ai_flags = flags | AI_NUMERICSERV;
+  addrinfo* list = nullptr;
+  Found found;
+  found.error = ::getaddrinfo(host.c_str(), port.c_str(), &wanted, &list);
+  if (found.error != 0) return found;
+  const std::unique_ptr<addrinfo, decltype(&::freeaddrinfo)> owner(list, &::freeaddrinfo);
+  for (const addrinfo* each = list; each != nullptr; each = each->ai_next) {
+    HostAddress& address = found.addresses.emplace_back();
+    address.length = each->ai_addrlen;
+    std::memcpy(&address.storage, each->ai_addr, each->ai_addrlen);
+  }
+  return found;
+}
+
+/// A thread that starts while this lives has all signals blocked.
+class SignalsBlocked {
+ public:
+  SignalsBlocked() {
+    sigset_t all;
+    sigfillset(&all);
+    pthread_sigmask(SIG_SETMASK, &all, &before_);
+  }
+  ~SignalsBlocked() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
+  SignalsBlocked(const SignalsBlocked&) = delete;
+  SignalsBlocked& operator=(const SignalsBlocked&) = delete;
+
+ private:
+  sigset_t before_ = {};
+};
+
+Found look_up_until(const std::string& host, const std::string& port, Deadline deadline) {
+  std::promise<Found> promise;
+  std::future<Found> result = promise.get_future();
+  {
+    const SignalsBlocked blocked;
+    std::thread([host, port, promise = std::move(promise)]() mutable {
+      try {
+        promise.set_value(look_up(host, port, 0));
+      } catch (...) {
+        promise.set_exception(std::current_exception());
+      }
+    }).detach();
+  }
+  if (result.wait_until(deadline) != std::future_status::ready) {
+    fail_for_now("no name server says in time where '" + host + "' is");
+  }
+  return result.get();
+}
+
+}  // namespace
+
+std::vector<HostAddress> find_addresses(const std::string& host, const std::string& port, Deadline deadline) {
+  Found found = look_up(host, port, AI_NUMERICHOST);
+  if (found.error != 0) found = look_up_until(host, port, deadline);
+  if (found.error != 0) fail_for_now("'" + host + "' is not found: " + ::gai_strerror(found.error));
+  return std::move(found.addresses);
+}
+
+}  // namespace qzlog_ship
