@@ -1,0 +1,99 @@
+#ifndef QZLOG_TESTS_SHIP_OTLP_OTLP_FIXTURE_H
+#define QZLOG_TESTS_SHIP_OTLP_OTLP_FIXTURE_H
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tests/ship/otlp/http_receiver.h"
+#include "tests/support/temp_dir.h"
+#include "tools/ship/ship_url.h"
+#include "tools/ship/transport_plugin.h"
+#include "tools/ship/transport_sender.h"
+
+namespace qzlog_test {
+
+inline qzlog_text text_of(std::string_view text) { return {text.data(), text.size()}; }
+
+/// What becomes records: as the command makes them of lines.
+struct SentLine {
+  std::string identity;
+  std::string line;
+  int level = 3;
+  std::string event = "DISK_FULL";
+  std::uint32_t id = 1001;
+  std::string product = "storage";
+  std::string writer = "web1/7/1";
+
+  qzlog_record record() const {
+    qzlog_record made = {};
+    made.identity = text_of(identity);
+    made.line = text_of(line);
+    made.writer = text_of(writer);
+    made.product = text_of(product);
+    made.event = text_of(event);
+    made.id = id;
+    made.level = level;
+    return made;
+  }
+};
+
+/// The plug-in, loaded as the command does, and what it says.
+class OtlpFixture : public ::testing::Test {
+ protected:
+  OtlpFixture() {
+    options_.client = "qzlog-ship/1.0.0 thishost";
+    options_.options = {{"encoding", "json"}};
+  }
+
+  /// One call; what became of it is in the members. Reasons are kept as texts.
+  void send(const std::string& url, const std::vector<SentLine>& lines, int timeout_ms = 10000) {
+    const qzlog_tool::ShipUrl parsed(url);
+    const qzlog_tool::TransportPlugin plugin(parsed, QZLOG_BUILT_PLUGINS);
+    const qzlog_tool::TransportSettings settings(parsed, options_);
+    const qzlog_tool::KnownDefinitions known;
+    qzlog_tool::RecordHost host(
+        known, nullptr, [this](const std::string& text) { warnings_.push_back(text); }, [] { return false; });
+    qzlog_tool::TransportSender sender(plugin, settings, host);
+    std::vector<qzlog_record> records;
+    for (const SentLine& line : lines) records.push_back(line.record());
+    std::vector<qzlog_result> results(records.size());
+    outcome_ = sender.send(records, std::chrono::milliseconds(timeout_ms), results, reason_);
+    fates_.clear();
+    reasons_.clear();
+    for (const qzlog_result& result : results) {
+      fates_.push_back(result.fate);
+      reasons_.emplace_back(result.reason == nullptr ? "" : result.reason);
+    }
+  }
+  void send(const qz_test::HttpReceiver& receiver, const std::vector<SentLine>& lines, int timeout_ms = 10000) {
+    send(url_of(receiver), lines, timeout_ms);
+  }
+  static std::string url_of(const qz_test::HttpReceiver& receiver) {
+    return "otlp+http://127.0.0.1:" + std::to_string(receiver.port()) + "/v1/logs";
+  }
+  static std::vector<SentLine> numbered(int count) {
+    std::vector<SentLine> lines;
+    for (int number = 1; number <= count; ++number) {
+      const std::string text = std::to_string(number);
+      lines.push_back({"web1/7/1/" + text, R"({"id":1001,"level":3,"attributes":{"N":)" + text + "}}"});
+    }
+    return lines;
+  }
+
+  qz_test::TempDir folder_;
+  qzlog_tool::TransportOptions options_;
+  qzlog_outcome outcome_ = QZLOG_DONE;
+  std::string reason_;
+  std::vector<std::int32_t> fates_;
+  std::vector<std::string> reasons_;
+  std::vector<std::string> warnings_;
+};
+
+}  // namespace qzlog_test
+
+#endif  // QZLOG_TESTS_SHIP_OTLP_OTLP_FIXTURE_H
