@@ -100,6 +100,7 @@ void HttpClient::set_headers(const HttpSettings& settings) {
 HttpAnswer HttpClient::post(std::string_view body, std::chrono::milliseconds timeout) {
   answer_ = {};
   header_bytes_ = 0;
+  has_whole_head_ = false;
   reason_[0] = '\0';
   const long milliseconds = std::max(1L, static_cast<long>(timeout.count()));
   set(CURLOPT_POSTFIELDS, body.data());
@@ -110,6 +111,8 @@ HttpAnswer HttpClient::post(std::string_view body, std::chrono::milliseconds tim
   curl_easy_getinfo(easy_.get(), CURLINFO_RESPONSE_CODE, &answer_.status);
   // Where more came than is kept, the rest is not waited for.
   if (code != CURLE_OK && !answer_.is_cut) fail(code);
+  // libcurl takes the end of a connection for the end of the headers.
+  if (!has_whole_head_) fail_for_now("the connection ended within an answer");
   return std::move(answer_);
 }
 
@@ -164,6 +167,9 @@ std::size_t HttpClient::take_header(char* bytes, std::size_t size, std::size_t c
   const std::string_view line(bytes, size * count);
   self.header_bytes_ += line.size();
   if (self.header_bytes_ > kMostHeaderBytes) return 0;
+  // There are several heads where the first ones say 100, and trailers may follow the body.
+  if (line.starts_with("HTTP/")) self.has_whole_head_ = false;
+  if (line == "\r\n" || line == "\n") self.has_whole_head_ = true;
   const std::size_t colon = line.find(':');
   if (colon == std::string_view::npos) return line.size();
   const std::string name = lower(line.substr(0, colon));

@@ -66,6 +66,7 @@ class HttpClient {
   char reason_[CURL_ERROR_SIZE] = {};
   HttpAnswer answer_;
   std::size_t header_bytes_ = 0;
+  bool has_whole_head_ = false;
 };
 
 }  // namespace qzlog_ship

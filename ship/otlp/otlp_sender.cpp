@@ -108,9 +108,9 @@ void qzlog_sender::settle(Range range, Verdict verdict, qzlog_result* results, s
     for (std::size_t index = range.first; index < range.last; ++index) results[index].fate = QZLOG_ACKNOWLEDGED;
     return;
   }
-  if (range.size() == 1) {
-    reasons_.push_back(message_);
-    results[range.first] = {QZLOG_REFUSED, reasons_.back().c_str()};
+  if (verdict == Verdict::kNoneTaken || range.size() == 1) {
+    const char* const reason = reasons_.emplace_back(message_).c_str();
+    std::fill(results + range.first, results + range.last, qzlog_result{QZLOG_REFUSED, reason});
     return;
   }
   const std::size_t middle = range.first + range.size() / 2;
@@ -145,7 +145,7 @@ qzlog_sender::Verdict qzlog_sender::post(std::size_t count, Clock::time_point en
     case 400:
     case 422:
       message_ = said_by(answer);
-      return Verdict::kRefused;
+      return Verdict::kNotAll;
     case 413:
       message_ = "it is too large for the receiver: " + said_by(answer);
       return Verdict::kTooLarge;
@@ -163,7 +163,7 @@ qzlog_sender::Verdict qzlog_sender::judge_taken(const HttpAnswer& answer, std::s
   }
   message_ = message.empty() ? "the receiver does not say why" : message;
   if (options_.partial_success == qzlog_ship::PartialSuccess::kFind) {
-    return static_cast<std::uint64_t>(parsed.rejected) >= count ? Verdict::kRefused : Verdict::kPartlyTaken;
+    return static_cast<std::uint64_t>(parsed.rejected) >= count ? Verdict::kNoneTaken : Verdict::kNotAll;
   }
   warn("the receiver did not take some of the entries, which are not sent again: " + message_);
   return Verdict::kTaken;

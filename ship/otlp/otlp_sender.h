@@ -26,7 +26,12 @@ struct qzlog_sender {
  private:
   using Clock = std::chrono::steady_clock;
   /// What became of a request.
-  enum class Verdict { kTaken, kPartlyTaken, kRefused, kTooLarge };
+  enum class Verdict {
+    kTaken,
+    kNoneTaken,
+    kNotAll,   // some are not taken; nobody says which
+    kTooLarge  // all of them together
+  };
   /// Records of a batch, from the first to behind the last one.
   struct Range {
     std::size_t first;

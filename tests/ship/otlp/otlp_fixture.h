@@ -62,6 +62,7 @@ class OtlpFixture : public ::testing::Test {
     std::vector<qzlog_record> records;
     for (const SentLine& line : lines) records.push_back(line.record());
     std::vector<qzlog_result> results(records.size());
+    reason_.clear();
     outcome_ = sender.send(records, std::chrono::milliseconds(timeout_ms), results, reason_);
     fates_.clear();
     reasons_.clear();
