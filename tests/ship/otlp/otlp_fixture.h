@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -11,6 +10,7 @@
 
 #include "tests/ship/otlp/http_receiver.h"
 #include "tests/support/temp_dir.h"
+#include "tools/ship/record_host.h"
 #include "tools/ship/ship_url.h"
 #include "tools/ship/transport_plugin.h"
 #include "tools/ship/transport_sender.h"
@@ -48,6 +48,7 @@ class OtlpFixture : public ::testing::Test {
   OtlpFixture() {
     options_.client = "qzlog-ship/1.0.0 thishost";
     options_.options = {{"encoding", "json"}};
+    body().clear();
   }
 
   /// One call; what became of it is in the members. Reasons are kept as texts.
@@ -58,21 +59,39 @@ class OtlpFixture : public ::testing::Test {
     const qzlog_tool::KnownDefinitions known;
     qzlog_tool::RecordHost host(
         known, nullptr, [this](const std::string& text) { warnings_.push_back(text); }, [] { return false; });
-    qzlog_tool::TransportSender sender(plugin, settings, host);
+    qzlog_host with_body = host.host();
+    if (!body().empty()) with_body.body = give_body;
     std::vector<qzlog_record> records;
     for (const SentLine& line : lines) records.push_back(line.record());
     std::vector<qzlog_result> results(records.size());
-    reason_.clear();
-    outcome_ = sender.send(records, std::chrono::milliseconds(timeout_ms), results, reason_);
+    qzlog_error error = {};
+    const qzlog_transport& transport = plugin.transport();
+    const auto timeout = static_cast<std::uint32_t>(timeout_ms);
+    qzlog_sender* sender = nullptr;
+    outcome_ = transport.open_sender(&settings.get(), &with_body, timeout, &sender, &error);
+    if (outcome_ == QZLOG_DONE) {
+      outcome_ = transport.send(sender, records.data(), records.size(), timeout, results.data(), &error);
+    }
+    reason_ = error.text;
     fates_.clear();
     reasons_.clear();
     for (const qzlog_result& result : results) {
       fates_.push_back(result.fate);
       reasons_.emplace_back(result.reason == nullptr ? "" : result.reason);
     }
+    if (sender != nullptr) transport.close_sender(sender);
   }
   void send(const qz_test::HttpReceiver& receiver, const std::vector<SentLine>& lines, int timeout_ms = 10000) {
     send(url_of(receiver), lines, timeout_ms);
+  }
+  /// What every record has as its message; empty: none has one.
+  static std::string& body() {
+    static std::string text;
+    return text;
+  }
+  static int give_body(void* /*context*/, const qzlog_record* /*record*/, qzlog_text* text) {
+    *text = text_of(body());
+    return 1;
   }
   static std::string url_of(const qz_test::HttpReceiver& receiver) {
     return "otlp+http://127.0.0.1:" + std::to_string(receiver.port()) + "/v1/logs";
