@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -16,25 +17,31 @@ namespace {
 
 constexpr std::string_view kPropertyPrefix = "rdkafka.";
 constexpr int kClosingMilliseconds = 1000;
+constexpr int kLookMilliseconds = 1000;
 
 // Beginnings of names: what would load code, name other receivers, hold secrets, or weaken what is acknowledged.
-constexpr std::array<std::string_view, 17> kRefused = {"acks",
-                                                       "bootstrap.servers",
-                                                       "debug",
-                                                       "enable.auto",
-                                                       "enable.idempotence",
-                                                       "group.",
-                                                       "interceptors",
-                                                       "max.in.flight",
-                                                       "message.send.max",
-                                                       "metadata.broker.list",
-                                                       "opaque",
-                                                       "plugin.library",
-                                                       "request.required.acks",
-                                                       "retries",
-                                                       "sasl.",
-                                                       "security.",
-                                                       "ssl."};
+constexpr std::string_view kRefused[] = {"acks",
+                                         "bootstrap.servers",
+                                         "debug",
+                                         "enable.auto",
+                                         "enable.idempotence",
+                                         "enable.partition",
+                                         "enable.sasl",
+                                         "enable.ssl",
+                                         "group.",
+                                         "interceptors",
+                                         "max.in.flight",
+                                         "message.send.max",
+                                         "metadata.broker.list",
+                                         "opaque",
+                                         "partition.assignment",
+                                         "plugin.library",
+                                         "request.required.acks",
+                                         "retries",
+                                         "sasl.",
+                                         "security.",
+                                         "ssl.",
+                                         "transactional"};
 
 std::string text_of(rd_kafka_resp_err_t error) { return rd_kafka_err2str(error); }
 
@@ -54,10 +61,16 @@ bool set_credentials(rd_kafka_conf_t* config, const std::string& path) {
                                                        {"key", "ssl.key.location"},
                                                        {"key-password", "ssl.key.password"}};
   const std::optional<std::string> mechanism = credentials.take("mechanism");
+  bool has_password = false;
   for (const auto& [key, property] : names) {
-    if (const std::optional<std::string> value = credentials.take(key)) set(config, property, *value);
+    const std::optional<std::string> value = credentials.take(key);
+    if (!value) continue;
+    has_password = has_password || std::string_view(key) == "password";
+    set(config, property, *value);
   }
   credentials.refuse_others("username, password, mechanism, certificate, key and key-password");
+  if (user.has_value() != has_password) fail_for_good("the credentials lack one of username and password");
+  if (!user && mechanism) fail_for_good("the credentials have a mechanism and no username");
   if (!user) return false;
   set(config, "sasl.username", *user);
   set(config, "sasl.mechanism", mechanism.value_or("PLAIN"));
@@ -193,15 +206,28 @@ KafkaConfigPtr KafkaClient::make_config(const qzlog_settings& settings) {
   const bool logs_in = settings.credentials_file != nullptr && set_credentials(config.get(), settings.credentials_file);
   const bool is_secure = std::string_view(settings.scheme) == "kafka+ssl";
   set(config.get(), "security.protocol", std::string(logs_in ? "sasl_" : "") + (is_secure ? "ssl" : "plaintext"));
-  if (is_secure && settings.ca_file != nullptr) set(config.get(), "ssl.ca.location", settings.ca_file);
+  if (!is_secure && settings.ca_file != nullptr) fail_for_good("--ca is for kafka+ssl://");
+  if (settings.ca_file != nullptr) set(config.get(), "ssl.ca.location", settings.ca_file);
   return config;
 }
 
-std::vector<std::int32_t> KafkaClient::partitions(std::uint32_t timeout_ms) {
+rd_kafka_resp_err_t KafkaClient::ask(const qzlog_host& host, std::uint32_t timeout_ms,
+                                     const struct rd_kafka_metadata*& answer) {
   const KafkaTopicPtr topic(rd_kafka_topic_new(client_, topic_.c_str(), nullptr));
+  const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeout_ms);
+  rd_kafka_resp_err_t error = RD_KAFKA_RESP_ERR__TIMED_OUT;
+  do {
+    error = rd_kafka_metadata(client_, 0, topic.get(), &answer, kLookMilliseconds);
+    rd_kafka_poll(client_, 0);  // what brokers said
+    const bool may_pass = error == RD_KAFKA_RESP_ERR__TIMED_OUT || error == RD_KAFKA_RESP_ERR__TRANSPORT;
+    if (!may_pass || !trouble_.empty() || host.is_ending(host.context) != 0) return error;
+  } while (std::chrono::steady_clock::now() < end);
+  return error;
+}
+
+std::vector<std::int32_t> KafkaClient::partitions(const qzlog_host& host, std::uint32_t timeout_ms) {
   const struct rd_kafka_metadata* made = nullptr;
-  const rd_kafka_resp_err_t error =
-      rd_kafka_metadata(client_, 0, topic.get(), &made, static_cast<int>(std::min(timeout_ms, 3'600'000U)));
+  const rd_kafka_resp_err_t error = ask(host, timeout_ms, made);
   if (error != RD_KAFKA_RESP_ERR_NO_ERROR) fail("cannot ask for the topic '" + topic_ + "'", error);
   const std::unique_ptr<const struct rd_kafka_metadata, KafkaFree<rd_kafka_metadata_destroy>> data(made);
   if (data->topic_cnt != 1) fail_for_now("the broker says nothing of the topic '" + topic_ + "'");

@@ -52,8 +52,9 @@ class KafkaClient {
   rd_kafka_t* get() const { return client_; }
   const std::string& topic() const { return topic_; }
 
-  /// The numbers of the topic's partitions, asked of a broker.
-  std::vector<std::int32_t> partitions(std::uint32_t timeout_ms);
+  /// The numbers of the topic's partitions, asked of a broker; less is waited where the command is to end, or brokers
+  /// say what is wrong.
+  std::vector<std::int32_t> partitions(const qzlog_host& host, std::uint32_t timeout_ms);
   /// Throws what an error means, behind what was tried.
   [[noreturn]] void fail(const std::string& tried, rd_kafka_resp_err_t error);
   void require(const std::string& tried, rd_kafka_resp_err_t error) {
@@ -64,6 +65,7 @@ class KafkaClient {
 
  private:
   void read_url(const qzlog_settings& settings);
+  rd_kafka_resp_err_t ask(const qzlog_host& host, std::uint32_t timeout_ms, const struct rd_kafka_metadata*& answer);
   KafkaConfigPtr make_config(const qzlog_settings& settings);
   void set_callbacks(rd_kafka_conf_t* config, rd_kafka_type_t type);
   void add_trouble(rd_kafka_resp_err_t error, const char* text);

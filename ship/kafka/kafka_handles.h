@@ -20,6 +20,8 @@ using KafkaConfigPtr = std::unique_ptr<rd_kafka_conf_t, KafkaFree<rd_kafka_conf_
 using KafkaTopicPtr = std::unique_ptr<rd_kafka_topic_t, KafkaFree<rd_kafka_topic_destroy>>;
 using KafkaPartitionsPtr =
     std::unique_ptr<rd_kafka_topic_partition_list_t, KafkaFree<rd_kafka_topic_partition_list_destroy>>;
+using KafkaQueuePtr = std::unique_ptr<rd_kafka_queue_t, KafkaFree<rd_kafka_queue_destroy>>;
+using KafkaEventPtr = std::unique_ptr<rd_kafka_event_t, KafkaFree<rd_kafka_event_destroy>>;
 using KafkaMessagePtr = std::unique_ptr<rd_kafka_message_t, KafkaFree<rd_kafka_message_destroy>>;
 
 }  // namespace qzlog_ship

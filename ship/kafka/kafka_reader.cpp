@@ -10,8 +10,10 @@
 using qzlog_ship::fail_for_good;
 using qzlog_ship::fail_for_now;
 using qzlog_ship::KafkaClient;
+using qzlog_ship::KafkaEventPtr;
 using qzlog_ship::KafkaMessagePtr;
 using qzlog_ship::KafkaPartitionsPtr;
+using qzlog_ship::KafkaQueuePtr;
 using qzlog_ship::PluginOptions;
 
 namespace {
@@ -39,7 +41,8 @@ std::span<rd_kafka_topic_partition_t> all_of(rd_kafka_topic_partition_list_t& li
 
 }  // namespace
 
-qzlog_reader::qzlog_reader(const qzlog_settings& settings, const qzlog_start& start, std::uint32_t timeout_ms)
+qzlog_reader::qzlog_reader(const qzlog_settings& settings, const qzlog_host& host, const qzlog_start& start,
+                           std::uint32_t timeout_ms)
     : start_(start), group_(start.group != nullptr ? start.group : "") {
   start_.group = nullptr;
   if (start.group != nullptr && !is_group_name(group_))
@@ -55,14 +58,17 @@ qzlog_reader::qzlog_reader(const qzlog_settings& settings, const qzlog_start& st
                                        {"allow.auto.create.topics", "false"}};
   client_ = std::make_unique<KafkaClient>(settings, RD_KAFKA_CONSUMER, own, wished, *this);
   rd_kafka_poll_set_consumer(client_->get());
-  partitions_ = client_->partitions(timeout_ms);
+  partitions_ = client_->partitions(host, timeout_ms);
   learn_end(timeout_ms);
   if (group_.empty()) {
     assign_all(timeout_ms);
   } else {
-    join(timeout_ms);
+    join();
   }
 }
+
+// The last thing that the client does is to take the partitions back from what stands behind it.
+qzlog_reader::~qzlog_reader() { client_.reset(); }
 
 void qzlog_reader::learn_end(std::uint32_t timeout_ms) {
   if (start_.follow != 0) return;
@@ -83,7 +89,7 @@ void qzlog_reader::assign_all(std::uint32_t timeout_ms) {
   client_->require("cannot read the topic", rd_kafka_assign(client_->get(), list.get()));
 }
 
-void qzlog_reader::join(std::uint32_t /*timeout_ms*/) {
+void qzlog_reader::join() {
   const KafkaPartitionsPtr topics(rd_kafka_topic_partition_list_new(1));
   rd_kafka_topic_partition_list_add(topics.get(), client_->topic().c_str(), RD_KAFKA_PARTITION_UA);
   client_->require("cannot join the group '" + group_ + "'", rd_kafka_subscribe(client_->get(), topics.get()));
@@ -101,7 +107,8 @@ void qzlog_reader::share(rd_kafka_t* client, rd_kafka_resp_err_t what, rd_kafka_
   try {
     begin_where_nobody_was(partitions);
   } catch (const std::exception&) {
-    rd_kafka_assign(client, nullptr);  // another attempt follows when the group is shared again
+    must_rejoin_ = true;
+    rd_kafka_assign(client, nullptr);
     return;
   }
   rd_kafka_assign(client, &partitions);
@@ -109,7 +116,8 @@ void qzlog_reader::share(rd_kafka_t* client, rd_kafka_resp_err_t what, rd_kafka_
 
 /// Sets the start of those that the group has settled nothing of.
 void qzlog_reader::begin_where_nobody_was(rd_kafka_topic_partition_list_t& partitions) {
-  client_->require("cannot ask how far the group is", rd_kafka_committed(client_->get(), &partitions, kShareWait));
+  require_all("cannot ask how far the group is", rd_kafka_committed(client_->get(), &partitions, kShareWait),
+              partitions);
   std::vector<std::int32_t> fresh;
   for (const rd_kafka_topic_partition_t& each : all_of(partitions)) {
     if (each.offset == RD_KAFKA_OFFSET_INVALID) fresh.push_back(each.partition);
@@ -125,24 +133,46 @@ void qzlog_reader::begin_where_nobody_was(rd_kafka_topic_partition_list_t& parti
 void qzlog_reader::set_start(rd_kafka_topic_partition_list_t& partitions, std::uint32_t timeout_ms) {
   if (start_.kind == QZLOG_FROM_TIME) {
     for (rd_kafka_topic_partition_t& each : all_of(partitions)) each.offset = start_.nanoseconds / kMillisecond;
-    client_->require("cannot ask where that time begins",
-                     rd_kafka_offsets_for_times(client_->get(), &partitions, milliseconds(timeout_ms)));
+    require_all("cannot ask where that time begins",
+                rd_kafka_offsets_for_times(client_->get(), &partitions, milliseconds(timeout_ms)), partitions);
     return;
   }
   for (rd_kafka_topic_partition_t& each : all_of(partitions)) {
     each.offset = start_.kind == QZLOG_FROM_NOW        ? RD_KAFKA_OFFSET_END
-                  : start_.kind == QZLOG_FROM_SEQUENCE ? static_cast<std::int64_t>(start_.sequence)
+                  : start_.kind == QZLOG_FROM_SEQUENCE ? sequence_in(each.partition, timeout_ms)
                                                        : RD_KAFKA_OFFSET_BEGINNING;
   }
+}
+
+/// Where a number is beyond what a partition has, its nearest.
+std::int64_t qzlog_reader::sequence_in(std::int32_t partition, std::uint32_t timeout_ms) {
+  std::int64_t low = 0;
+  std::int64_t high = 0;
+  client_->require("cannot ask for the ends of the topic",
+                   rd_kafka_query_watermark_offsets(client_->get(), client_->topic().c_str(), partition, &low, &high,
+                                                    milliseconds(timeout_ms)));
+  const auto wanted = static_cast<std::int64_t>(std::min<std::uint64_t>(start_.sequence, INT64_MAX));
+  return std::clamp(wanted, low, std::max(low, high));
+}
+
+void qzlog_reader::require_all(const std::string& tried, rd_kafka_resp_err_t error,
+                               rd_kafka_topic_partition_list_t& partitions) {
+  client_->require(tried, error);
+  for (const rd_kafka_topic_partition_t& each : all_of(partitions)) client_->require(tried, each.err);
 }
 
 bool qzlog_reader::read(std::span<qzlog_received> records, std::uint32_t timeout_ms, std::size_t& count) {
   const Clock::time_point end = Clock::now() + std::chrono::milliseconds(timeout_ms);
   held_.clear();
+  if (std::exchange(must_rejoin_, false)) {
+    rd_kafka_unsubscribe(client_->get());
+    join();
+  }
   fetch(records, end, count);
   if (count != 0) return true;
   const std::string trouble = client_->take_trouble();
   if (!trouble.empty()) fail_for_now(trouble);
+  if (must_rejoin_) fail_for_now("cannot ask how far the group '" + group_ + "' is");
   return start_.follow != 0 || !is_at_end(timeout_ms);
 }
 
@@ -165,6 +195,7 @@ void qzlog_reader::fetch(std::span<qzlog_received> records, Clock::time_point en
 bool qzlog_reader::take(KafkaMessagePtr message, qzlog_received& record) {
   if (message->err == RD_KAFKA_RESP_ERR__PARTITION_EOF) {
     positions_[message->partition] = std::max(positions_[message->partition], message->offset);
+    if (!group_.empty()) settled_[message->partition].pass_to(message->offset);
     return false;
   }
   if (message->err != RD_KAFKA_RESP_ERR_NO_ERROR) client_->fail("cannot read the topic", message->err);
@@ -216,19 +247,17 @@ bool qzlog_reader::is_at_end(std::uint32_t timeout_ms) {
 
 /// Whether what was there at opening is settled, by whichever reader.
 bool qzlog_reader::group_is_at_end(std::uint32_t timeout_ms) {
+  tell_group(timeout_ms);  // where partitions end that have nothing to be settled
   const KafkaPartitionsPtr list = list_of(client_->topic(), partitions_);
-  client_->require("cannot ask how far the group is",
-                   rd_kafka_committed(client_->get(), list.get(), milliseconds(timeout_ms)));
-  for (const rd_kafka_topic_partition_t& each : all_of(*list)) {
-    const bool is_fresh = each.offset == RD_KAFKA_OFFSET_INVALID;
-    const auto position = positions_.find(each.partition);
-    const bool is_empty_to_us = is_fresh && position != positions_.end() && position->second >= ends_[each.partition];
-    if (!is_empty_to_us && std::max<std::int64_t>(each.offset, 0) < ends_[each.partition]) return false;
-  }
-  return true;
+  require_all("cannot ask how far the group is",
+              rd_kafka_committed(client_->get(), list.get(), milliseconds(timeout_ms)), *list);
+  const std::span<rd_kafka_topic_partition_t> all = all_of(*list);
+  return std::all_of(all.begin(), all.end(), [&](const rd_kafka_topic_partition_t& each) {
+    return std::max<std::int64_t>(each.offset, 0) >= ends_[each.partition];
+  });
 }
 
-void qzlog_reader::settle(std::span<const std::uint64_t> tokens, std::uint32_t /*timeout_ms*/) {
+void qzlog_reader::settle(std::span<const std::uint64_t> tokens, std::uint32_t timeout_ms) {
   if (group_.empty()) return;
   for (const std::uint64_t token : tokens) {
     const auto found = unsettled_.find(token);
@@ -236,12 +265,20 @@ void qzlog_reader::settle(std::span<const std::uint64_t> tokens, std::uint32_t /
     settled_[found->second.partition].settle(found->second.offset);
     unsettled_.erase(found);
   }
+  tell_group(timeout_ms);
+}
+
+void qzlog_reader::tell_group(std::uint32_t timeout_ms) {
   const KafkaPartitionsPtr list(rd_kafka_topic_partition_list_new(static_cast<int>(settled_.size())));
-  for (auto& [partition, offsets] : settled_) {
-    const std::optional<std::int64_t> next = offsets.take_next();
+  for (const auto& [partition, offsets] : settled_) {
+    const std::optional<std::int64_t> next = offsets.next();
     if (next) rd_kafka_topic_partition_list_add(list.get(), client_->topic().c_str(), partition)->offset = *next;
   }
   if (list->cnt == 0) return;
-  const rd_kafka_resp_err_t error = rd_kafka_commit(client_->get(), list.get(), 0);
-  if (error != RD_KAFKA_RESP_ERR_NO_ERROR) client_->fail("cannot settle", error);
+  const KafkaQueuePtr answers(rd_kafka_queue_new(client_->get()));
+  client_->require("cannot settle", rd_kafka_commit_queue(client_->get(), list.get(), answers.get(), nullptr, nullptr));
+  const KafkaEventPtr answer(rd_kafka_queue_poll(answers.get(), milliseconds(timeout_ms)));
+  if (answer == nullptr) fail_for_now("cannot settle: no broker answers in time");
+  client_->require("cannot settle", rd_kafka_event_error(answer.get()));
+  for (const rd_kafka_topic_partition_t& each : all_of(*list)) settled_[each.partition].tell(each.offset);
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <utility>
 
 #include "ship/plugin/plugin_call.h"
@@ -24,14 +25,21 @@ std::string text_of(const qzlog_value& value) {
     case QZLOG_BOOL:
     case QZLOG_INTEGER:
       return std::to_string(value.integer);
-    case QZLOG_NUMBER:
-      return std::to_string(value.number);
+    case QZLOG_NUMBER: {
+      std::array<char, 32> digits{};
+      return {digits.data(), std::to_chars(digits.data(), digits.data() + digits.size(), value.number).ptr};
+    }
     case QZLOG_TEXT:
     case QZLOG_TIME:
       return std::string(qzlog_ship::view_of(value.text));
     default:
       return "";
   }
+}
+
+/// It was taken back, because time was over.
+bool is_purged(rd_kafka_resp_err_t error) {
+  return error == RD_KAFKA_RESP_ERR__PURGE_QUEUE || error == RD_KAFKA_RESP_ERR__PURGE_INFLIGHT;
 }
 
 bool is_too_large(rd_kafka_resp_err_t error) {
@@ -47,7 +55,7 @@ qzlog_sender::qzlog_sender(const qzlog_settings& settings, const qzlog_host& hos
   wished_ = qzlog_ship::take_properties(options);
   options.refuse_others("key and rdkafka.NAME");
   client_ = open({});
-  static_cast<void>(client_->partitions(timeout_ms));  // the topic is there, and may be seen
+  static_cast<void>(client_->partitions(host_, timeout_ms));  // the topic is there, and may be seen
 }
 
 std::unique_ptr<KafkaClient> qzlog_sender::open(KafkaClient::Properties more) {
@@ -148,7 +156,7 @@ void qzlog_sender::take_report(const rd_kafka_message_t& report) {
     large_.push_back(&result);
   } else if (report.err == RD_KAFKA_RESP_ERR_INVALID_RECORD) {
     refuse(result, "the topic does not take it: INVALID_RECORD");
-  } else if (trouble_.empty() || qzlog_ship::is_for_good(report.err)) {
+  } else if (!is_purged(report.err) && (trouble_.empty() || qzlog_ship::is_for_good(report.err))) {
     is_hopeless_ = qzlog_ship::is_for_good(report.err);
     trouble_ = "the topic '" + client_->topic() + "' does not take it: " + rd_kafka_err2str(report.err) +
                kafka_advice(report.err, client_->topic());

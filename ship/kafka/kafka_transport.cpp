@@ -27,11 +27,11 @@ qzlog_outcome send(qzlog_sender* sender, const qzlog_record* records, size_t cou
 
 void close_sender(qzlog_sender* sender) { delete sender; }
 
-qzlog_outcome open_reader(const qzlog_settings* settings, const qzlog_host* /*host*/, const qzlog_start* start,
+qzlog_outcome open_reader(const qzlog_settings* settings, const qzlog_host* host, const qzlog_start* start,
                           uint32_t timeout_ms, qzlog_reader** reader, qzlog_error* error) {
   return guarded(error, [&] {
     const SignalsBlocked blocked;
-    *reader = std::make_unique<qzlog_reader>(*settings, *start, timeout_ms).release();
+    *reader = std::make_unique<qzlog_reader>(*settings, *host, *start, timeout_ms).release();
   });
 }
 

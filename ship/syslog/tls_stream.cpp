@@ -28,7 +28,7 @@ int no_password(char* /*buffer*/, int /*size*/, int /*writing*/, void* /*context
 /// Whether the server says that it takes no certificate, or not the one that we have.
 bool is_own_certificate_refused() {
   switch (ERR_GET_REASON(::ERR_peek_last_error())) {
-    case SSL_R_TLSV13_ALERT_CERTIFICATE_REQUIRED:
+    case SSL_R_SSLV3_ALERT_HANDSHAKE_FAILURE:  // so says one that gets none
     case SSL_R_SSLV3_ALERT_BAD_CERTIFICATE:
     case SSL_R_SSLV3_ALERT_UNSUPPORTED_CERTIFICATE:
     case SSL_R_SSLV3_ALERT_CERTIFICATE_REVOKED:
@@ -46,7 +46,10 @@ bool is_own_certificate_refused() {
 
 TlsContext::TlsContext(const SyslogSettings& settings) : context_(::SSL_CTX_new(::TLS_client_method())) {
   if (!context_) throw std::bad_alloc();
+  // With TLS 1.3 a client is done before the server has looked at the client's certificate: what is sent then could be
+  // confirmed by the server's system, thrown away by the server, and nobody would know.
   ::SSL_CTX_set_min_proto_version(get(), TLS1_2_VERSION);
+  ::SSL_CTX_set_max_proto_version(get(), TLS1_2_VERSION);
   ::SSL_CTX_set_verify(get(), SSL_VERIFY_PEER, nullptr);
   ::SSL_CTX_set_default_passwd_cb(get(), no_password);
   // A send that is tried again may find the bytes elsewhere.
@@ -120,6 +123,9 @@ void TlsStream::fail(int error) {
     fail_for_good("the server does not take our certificate: " + reason_of_failure() +
                   "; --credentials names a file with one and its key");
   }
+  if (error == SSL_ERROR_SSL && ERR_GET_REASON(::ERR_peek_last_error()) == SSL_R_TLSV1_ALERT_PROTOCOL_VERSION) {
+    fail_for_good("the server does not speak TLS 1.2");
+  }
   if (error == SSL_ERROR_ZERO_RETURN || (error == SSL_ERROR_SYSCALL && system_error == 0)) {
     fail_for_now("the server ended the connection");
   }
@@ -134,6 +140,10 @@ void TlsStream::send(std::string_view bytes, Deadline deadline) {
     const int result = ::SSL_write_ex(session_.get(), bytes.data(), bytes.size(), &count);
     if (result == 1) {
       bytes.remove_prefix(count);
+    } else if (::SSL_get_error(session_.get(), result) == SSL_ERROR_SYSCALL) {
+      // What the server said before it ended the connection may be there still, and says why.
+      look_for_end();
+      fail_for_now("the connection broke");
     } else {
       wait_after(result, deadline);
     }

@@ -28,7 +28,7 @@ class TlsContext {
   std::unique_ptr<SSL_CTX, Free> context_;
 };
 
-/// TLS 1.2 or later, with a server whose certificate is for the host and signed by whom we trust (RFC 5425).
+/// TLS 1.2, with a server whose certificate is for the host and signed by whom we trust (RFC 5425).
 class TlsStream final : public ServerStream {
  public:
   TlsStream(const TlsContext& context, const std::string& host, std::unique_ptr<TcpSocket> socket, Deadline deadline);

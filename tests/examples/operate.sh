@@ -59,7 +59,7 @@ check_nats() {
   server=$(needs nats-server)
   make_certificate
   cp "$sources"/nats-*.conf .
-  sed -i "s:/etc/nats:$PWD:; s:/var/lib/nats:$PWD/store:" nats-cluster.conf
+  sed -i "s:/etc/nats:$PWD:g; s:/var/lib/nats:$PWD/store:" nats-cluster.conf
   for number in 1 2 3; do NATS_SHIP_PASSWORD=one NATS_READ_PASSWORD=two "$server" -c "nats-$number.conf" -t; done
 }
 
@@ -77,7 +77,7 @@ check_syslog_ng() {
   server=$(needs_server syslog-ng-core syslog-ng)
   modules=$(dirname "$(find "${server%/sbin/syslog-ng}/lib" -name libsyslogformat.so | head -1)")
   make_certificate
-  sed "s:/etc/syslog-ng:$PWD:" "$sources/syslog-ng.conf" >syslog-ng.conf
+  sed "s:/etc/syslog-ng:$PWD:g" "$sources/syslog-ng.conf" >syslog-ng.conf
   LD_LIBRARY_PATH=${modules%/*}${LD_LIBRARY_PATH:+:$LD_LIBRARY_PATH} \
     "$server" -s -f "$PWD/syslog-ng.conf" --module-path="$modules"
 }

@@ -11,9 +11,9 @@
 #include "tests/ship/otlp/http_receiver.h"
 #include "tests/support/temp_dir.h"
 #include "tools/ship/record_host.h"
-#include "tools/ship/ship_url.h"
-#include "tools/ship/transport_plugin.h"
 #include "tools/ship/transport_sender.h"
+#include "tools/transport/transport_plugin.h"
+#include "tools/transport/transport_url.h"
 
 namespace qzlog_test {
 
@@ -53,7 +53,7 @@ class OtlpFixture : public ::testing::Test {
 
   /// One call; what became of it is in the members. Reasons are kept as texts.
   void send(const std::string& url, const std::vector<SentLine>& lines, int timeout_ms = 10000) {
-    const qzlog_tool::ShipUrl parsed(url);
+    const qzlog_tool::TransportUrl parsed(url);
     const qzlog_tool::TransportPlugin plugin(parsed, QZLOG_BUILT_PLUGINS);
     const qzlog_tool::TransportSettings settings(parsed, options_);
     const qzlog_tool::KnownDefinitions known;

@@ -4,14 +4,14 @@
 
 #include "tests/support/seeded_random.h"
 #include "tests/tools/ship/nats_fixture.h"
-#include "tools/ship/ship_url.h"
-#include "tools/ship/transport_plugin.h"
 #include "tools/ship/transport_sender.h"
+#include "tools/transport/transport_plugin.h"
+#include "tools/transport/transport_url.h"
 
 namespace qzlog_test {
 namespace {
 
-using qzlog_tool::ShipUrl;
+using qzlog_tool::TransportUrl;
 
 struct Sample {
   std::string identity;
@@ -22,7 +22,7 @@ struct Sample {
 class NatsSending : public NatsFixture {
  protected:
   std::vector<std::int32_t> send(const std::vector<Sample>& samples) {
-    const ShipUrl url(nats_url());
+    const TransportUrl url(nats_url());
     const qzlog_tool::TransportPlugin plugin(url, QZLOG_BUILT_PLUGINS);
     qzlog_tool::TransportOptions options;
     options.client = "test";
