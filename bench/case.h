@@ -157,6 +157,7 @@ void add_sink_cases(CaseList& cases);
 void add_snprintf_cases(CaseList& cases);
 void add_spdlog_cases(CaseList& cases);
 void add_syslog_cases(CaseList& cases);
+void add_otlp_cases(CaseList& cases);
 void add_thread_cases(CaseList& cases);
 void add_variant_map_cases(CaseList& cases);
 void add_whole_job_cases(CaseList& cases);

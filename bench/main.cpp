@@ -29,6 +29,9 @@ CaseList all_cases() {
   add_sink_cases(cases);
   add_journal_cases(cases);
   add_syslog_cases(cases);
+#ifdef QZLOG_BENCH_PLUGIN
+  add_otlp_cases(cases);
+#endif
   add_floor_cases(cases);
   add_operation_cases(cases);
   add_attribute_cases(cases);

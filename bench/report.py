@@ -198,6 +198,20 @@ def syslog_table(measured):
                 "apart are slower than either", ["", "per message", "messages per second"], rows)
 
 
+def otlp_table(measured, verdict):
+    if "ship/otlp" not in measured.cases:
+        return
+
+    def row(name, encoding, body):
+        speed = measured.counter("ship/otlp", name)
+        return [encoding, body, f"{speed:,.0f} of 100,000 {verdict.mark(speed >= 100000)}"]
+    rows = [row("protobuf", "protobuf", "without"), row("protobuf_body", "protobuf", "with"),
+            row("json", "json", "without"), row("json_body", "json", "with")]
+    print_table(f"Lines of A, {measured.counter('ship/otlp', 'line_bytes'):.0f} bytes each, through the plug-in for OTLP with typed "
+                "attributes, to a receiver that only\nreads, with and without the message as body", ["encoding", "body", "entries per second"],
+                rows)
+
+
 def refused_table(measured, verdict):
     construct = "operation/construct"
     limit = measured.time(construct) + 0.8 * measured.time("D/disabled/spdlog")
@@ -307,6 +321,7 @@ def main():
     sink_table(measured, verdict)
     journal_table(measured, verdict)
     syslog_table(measured)
+    otlp_table(measured, verdict)
     thread_table(measured, verdict)
     lookup_table(measured, verdict)
     growth_table(measured, verdict)

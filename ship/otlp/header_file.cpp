@@ -34,7 +34,8 @@ bool is_header(std::string_view line) {
   constexpr std::string_view kNameLetters =
       "!#$%&'*+-.^_`|~0123456789abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ";
   const std::size_t colon = line.find(':');
-  if (colon == std::string_view::npos || colon == 0 || line.find_first_not_of(" \t", colon + 1) == line.npos) {
+  if (colon == std::string_view::npos || colon == 0 ||
+      line.find_first_not_of(" \t", colon + 1) == std::string_view::npos) {
     return false;
   }
   const bool has_control = std::any_of(line.begin(), line.end(), [](char c) {
@@ -78,7 +79,7 @@ std::string without_secrets(std::string text, const std::vector<std::string>& he
     const std::size_t begin = header.find_first_not_of(" \t", header.find(':') + 1);
     const std::string_view value = std::string_view(header).substr(begin);
     take_out(text, value);
-    for (std::size_t at = value.find(' '); at != value.npos; at = value.find(' ', at + 1)) {
+    for (std::size_t at = value.find(' '); at != std::string_view::npos; at = value.find(' ', at + 1)) {
       const std::string_view word = value.substr(at + 1);
       take_out(text, word.substr(0, word.find(' ')));
     }

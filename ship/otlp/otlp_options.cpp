@@ -37,7 +37,7 @@ std::string url_of(const qzlog_settings& settings) {
   }
   const std::string_view authority = settings.authority;
   if (authority.empty()) fail_for_good("the URL names no host");
-  if (authority.find(',') != authority.npos) fail_for_good("the URL names more than one host");
+  if (authority.find(',') != std::string_view::npos) fail_for_good("the URL names more than one host");
   const std::string_view path = settings.path;
   return std::string(scheme.substr(5)) + "://" + std::string(authority) +
          std::string(path.empty() || path == "/" ? kUsualPath : path);

@@ -163,7 +163,12 @@ qzlog_sender::Verdict qzlog_sender::judge_taken(const HttpAnswer& answer, std::s
   }
   message_ = message.empty() ? "the receiver does not say why" : message;
   if (options_.partial_success == qzlog_ship::PartialSuccess::kFind) {
-    return static_cast<std::uint64_t>(parsed.rejected) >= count ? Verdict::kNoneTaken : Verdict::kNotAll;
+    if (static_cast<std::uint64_t>(parsed.rejected) >= count) return Verdict::kNoneTaken;
+    warn(
+        "the receiver refuses entries without saying which: they are looked for by sending halves again, so that "
+        "others "
+        "arrive twice");
+    return Verdict::kNotAll;
   }
   warn("the receiver did not take some of the entries, which are not sent again: " + message_);
   return Verdict::kTaken;

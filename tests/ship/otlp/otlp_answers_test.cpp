@@ -79,6 +79,10 @@ TEST_F(OtlpAnswers, PartialSuccess_FindsWhatWasNotTaken) {
   send(receiver, with_bad_ones(64, bad));
   EXPECT_EQ(outcome_, QZLOG_DONE) << reason_;
   expect_refused(bad, "no BAD");
+  EXPECT_EQ(warnings_.at(0),
+            "the receiver refuses entries without saying which: they are looked for by sending halves again, so that "
+            "others arrive twice");
+  EXPECT_EQ(warnings_.size(), 1U);
 }
 
 TEST_F(OtlpAnswers, PartialSuccessOfNothing_RefusesAllWithoutSendingAgain) {
