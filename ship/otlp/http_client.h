@@ -10,16 +10,9 @@
 #include <string_view>
 #include <vector>
 
-namespace qzlog_ship {
+#include "ship/otlp/http_answer.h"
 
-/// What a receiver answered; what it may send is bounded.
-struct HttpAnswer {
-  long status = 0;
-  std::string content_type;  // in small letters, without parameters
-  std::string retry_after;
-  std::string body;
-  bool is_cut = false;  // there was more of it than is kept
-};
+namespace qzlog_ship {
 
 struct HttpSettings {
   std::string url;

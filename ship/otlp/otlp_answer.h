@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string>
 
-#include "ship/otlp/http_client.h"
+#include "ship/otlp/http_answer.h"
 
 namespace qzlog_ship {
 

@@ -29,6 +29,7 @@ int fuzz_journal_export(const std::uint8_t* bytes, std::size_t size);
 int fuzz_line_format(const std::uint8_t* bytes, std::size_t size);
 int fuzz_merged_logs(const std::uint8_t* bytes, std::size_t size);
 int fuzz_names_section(const std::uint8_t* bytes, std::size_t size);
+int fuzz_otlp_answer(const std::uint8_t* bytes, std::size_t size);
 int fuzz_pattern_nesting(const std::uint8_t* bytes, std::size_t size);
 int fuzz_resource_bundle(const std::uint8_t* bytes, std::size_t size);
 int fuzz_ship_state(const std::uint8_t* bytes, std::size_t size);
@@ -65,6 +66,7 @@ const Fuzzer kFuzzers[] = {
     {"line_format", fuzz_line_format},
     {"merged_logs", fuzz_merged_logs},
     {"names_section", fuzz_names_section},
+    {"otlp_answer", fuzz_otlp_answer},
     {"pattern_nesting", fuzz_pattern_nesting},
     {"resource_bundle", fuzz_resource_bundle},
     {"ship_state", fuzz_ship_state},

@@ -24,7 +24,7 @@ using qz_test::HttpReply;
 using qz_test::HttpRequest;
 
 /// The long form has 300 kills; the other one 15.
-int kills() { return std::getenv("QZLOG_STRESS") != nullptr || std::getenv("QZLOG_LONG") != nullptr ? 300 : 15; }
+int kills() { return std::getenv("QZLOG_STRESS") != nullptr ? 300 : 15; }
 
 /// Keeps what it takes, and fails in one of so many requests: before it takes it, or behind.
 class FailingCollector {
