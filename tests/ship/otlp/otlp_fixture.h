@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "tests/ship/otlp/http_receiver.h"
+#include "tests/support/scoped_environment.h"
 #include "tests/support/temp_dir.h"
 #include "tools/ship/record_host.h"
 #include "tools/ship/transport_sender.h"
@@ -105,6 +106,7 @@ class OtlpFixture : public ::testing::Test {
     return lines;
   }
 
+  qz_test::SetEnv no_proxy_{"no_proxy", "127.0.0.1"};
   qz_test::TempDir folder_;
   qzlog_tool::TransportOptions options_;
   qzlog_outcome outcome_ = QZLOG_DONE;

@@ -13,6 +13,7 @@
 
 #include "tests/ship/otlp/http_receiver.h"
 #include "tests/ship/otlp/received_lines.h"
+#include "tests/support/scoped_environment.h"
 #include "tests/support/seeded_random.h"
 #include "tests/tools/ship/ship_fixture.h"
 
@@ -106,6 +107,7 @@ class OtlpShipping : public ShipFixture {
     std::printf("%s: %zu lines, %zu doubles, %d kills\n", what, received.size(), all - received.size(), kills());
   }
 
+  qz_test::SetEnv no_proxy_{"no_proxy", "127.0.0.1"};
   qz_test::SeededRandom random_;
   int last_seq_ = 0;
 };
