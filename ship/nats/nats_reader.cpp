@@ -22,6 +22,8 @@ constexpr std::int64_t kUsualWait = 30;       // seconds
 constexpr std::int64_t kInactive = 60;        // seconds that the consumer of one who reads alone stays without him
 constexpr std::int64_t kMostPending = 65536;  // records of a group that are given out and not settled
 constexpr std::size_t kMostAtOnce = 1000;
+constexpr std::chrono::seconds kLongestSilence{5};
+constexpr std::int64_t kLaterMilliseconds = 500;  // until records behind the end come to another reader
 
 bool is_group_name(const std::string& name) {
   return !name.empty() && name.size() <= 64 && std::all_of(name.begin(), name.end(), [](char character) {
@@ -43,7 +45,6 @@ struct qzlog_reader::Link {
 
   NatsConnection connection;
   NatsStream stream;
-  std::string consumer;
   NatsSubscriptionPtr subscription;
 };
 
@@ -74,13 +75,28 @@ void qzlog_reader::check(const qzlog_start& start) const {
 void qzlog_reader::connect(std::uint32_t timeout_ms) {
   link_ = std::make_unique<Link>(settings_, place_, timeout_ms);
   const jsStreamState& state = link_->stream.info().State;
-  if (!knows_end_) end_ = state.LastSeq;
-  knows_end_ = true;
+  if (!was_open_) begin(state);
   if (group_.empty()) {
+    if (next_ > state.LastSeq + 1) fail_for_good(made_anew());
     open_alone();
   } else {
     join_group();
   }
+  was_open_ = true;
+  known_ = group_.empty() ? 0 : highest_;
+  seen_ = Clock::now();
+}
+
+/// Once for a reader: later connections go on with what the first one found.
+void qzlog_reader::begin(const jsStreamState& state) {
+  end_ = state.LastSeq;
+  if (start_.kind != QZLOG_FROM_NOW) return;
+  start_.kind = QZLOG_FROM_SEQUENCE;
+  start_.sequence = state.LastSeq + 1;
+}
+
+std::string qzlog_reader::made_anew() const {
+  return "the stream '" + place_.stream + "' ends before what was read of it: it was made anew; start again to read it";
 }
 
 void qzlog_reader::set_start(jsConsumerConfig& config) const {
@@ -93,9 +109,6 @@ void qzlog_reader::set_start(jsConsumerConfig& config) const {
       config.DeliverPolicy = js_DeliverByStartTime;
       config.OptStartTime = start_.nanoseconds;
       return;
-    case QZLOG_FROM_NOW:
-      config.DeliverPolicy = js_DeliverNew;
-      return;
     default:
       config.DeliverPolicy = js_DeliverAll;
   }
@@ -104,84 +117,75 @@ void qzlog_reader::set_start(jsConsumerConfig& config) const {
 // Where a connection is lost a consumer without acknowledgements does not know what got there: there is a new one for
 // each, which begins behind what did.
 void qzlog_reader::open_alone() {
-  jsConsumerConfig config;
-  link_->connection.require("cannot read the stream", jsConsumerConfig_Init(&config));
-  config.AckPolicy = js_AckNone;
-  config.InactiveThreshold = kInactive * kSecond;
-  set_start(config);
+  jsSubOptions options;
+  link_->connection.require("cannot read the stream", jsSubOptions_Init(&options));
+  options.Stream = place_.stream.c_str();
+  options.Config.AckPolicy = js_AckNone;
+  options.Config.InactiveThreshold = kInactive * kSecond;
+  options.Config.MemoryStorage = true;
+  options.Config.Replicas = 1;
+  set_start(options.Config);
   if (next_ != 0) {
-    config.DeliverPolicy = js_DeliverByStartSequence;
-    config.OptStartSeq = next_;
+    options.Config.DeliverPolicy = js_DeliverByStartSequence;
+    options.Config.OptStartSeq = next_;
   }
   consumer_next_ = 1;
-  bind(*add_consumer(config, "cannot read the stream '" + place_.stream + "'"));
-}
-
-NatsConsumerInfoPtr qzlog_reader::add_consumer(jsConsumerConfig& config, const std::string& tried) {
-  jsConsumerInfo* info = nullptr;
-  jsErrCode code = jsErrCode(0);
-  const natsStatus status =
-      js_AddConsumer(&info, link_->stream.context(), place_.stream.c_str(), &config, nullptr, &code);
-  link_->connection.require(tried, status, code);
-  return NatsConsumerInfoPtr(info);
-}
-
-void qzlog_reader::bind(const jsConsumerInfo& consumer) {
-  const std::string tried = "cannot read the stream '" + place_.stream + "'";
-  link_->consumer = consumer.Name;
-  jsSubOptions options;
-  link_->connection.require(tried, jsSubOptions_Init(&options));
-  options.Stream = place_.stream.c_str();
-  options.Consumer = link_->consumer.c_str();
-  options.Config.AckPolicy = consumer.Config->AckPolicy;
   natsSubscription* subscription = nullptr;
   jsErrCode code = jsErrCode(0);
-  const natsStatus status = js_PullSubscribe(&subscription, link_->stream.context(), nullptr,
-                                             group_.empty() ? nullptr : group_.c_str(), nullptr, &options, &code);
-  link_->connection.require(tried, status, code);
+  const natsStatus status =
+      js_PullSubscribe(&subscription, link_->stream.context(), ">", nullptr, nullptr, &options, &code);
+  link_->connection.require("cannot read the stream '" + place_.stream + "'", status, code);
   link_->subscription.reset(subscription);
 }
 
 void qzlog_reader::join_group() {
+  jsCtx* const context = link_->stream.context();
   const std::string tried = "cannot join the group '" + group_ + "'";
-  NatsConsumerInfoPtr info = ask_consumer(group_, tried);
-  if (info == nullptr) {
-    jsConsumerConfig config;
-    link_->connection.require(tried, jsConsumerConfig_Init(&config));
-    config.Durable = group_.c_str();
-    config.AckPolicy = js_AckExplicit;
-    config.AckWait = wait_seconds_ * kSecond;
-    config.MaxAckPending = kMostPending;
-    set_start(config);
-    info = add_consumer(config, tried);
+  jsConsumerInfo* info = nullptr;
+  jsErrCode code = jsErrCode(0);
+  natsStatus status = js_GetConsumerInfo(&info, context, place_.stream.c_str(), group_.c_str(), nullptr, &code);
+  if (code == JSConsumerNotFoundErr) {
+    // Made anew it would begin at its start: what was settled would be read again as if it were not.
+    if (was_open_) fail_for_good("the group '" + group_ + "' was deleted");
+    status = make_group(&info, code);
   }
+  link_->connection.require(tried, status, code);
+  const NatsConsumerInfoPtr freed(info);
   if (info->Config->AckPolicy != js_AckExplicit || info->Config->DeliverSubject != nullptr) {
     fail_for_good(tried + ": the stream has a consumer of that name that is no group: take another name");
   }
-  bind(*info);
+  jsSubOptions options;
+  link_->connection.require(tried, jsSubOptions_Init(&options));
+  options.Stream = place_.stream.c_str();
+  options.Consumer = group_.c_str();
+  natsSubscription* subscription = nullptr;
+  status = js_PullSubscribe(&subscription, context, nullptr, group_.c_str(), nullptr, &options, &code);
+  link_->connection.require(tried, status, code);
+  link_->subscription.reset(subscription);
 }
 
-/// Null where there is none of that name.
-NatsConsumerInfoPtr qzlog_reader::ask_consumer(const std::string& name, const std::string& tried) {
-  jsConsumerInfo* info = nullptr;
-  jsErrCode code = jsErrCode(0);
-  const natsStatus status =
-      js_GetConsumerInfo(&info, link_->stream.context(), place_.stream.c_str(), name.c_str(), nullptr, &code);
-  if (code == JSConsumerNotFoundErr) return nullptr;
-  link_->connection.require(tried, status, code);
-  return NatsConsumerInfoPtr(info);
+natsStatus qzlog_reader::make_group(jsConsumerInfo** info, jsErrCode& code) {
+  jsConsumerConfig config;
+  link_->connection.require("cannot make the group '" + group_ + "'", jsConsumerConfig_Init(&config));
+  config.Durable = group_.c_str();
+  config.AckPolicy = js_AckExplicit;
+  config.AckWait = wait_seconds_ * kSecond;
+  config.MaxAckPending = kMostPending;
+  set_start(config);
+  return js_AddConsumer(info, link_->stream.context(), place_.stream.c_str(), &config, nullptr, &code);
 }
 
 bool qzlog_reader::read(std::span<qzlog_received> records, std::uint32_t timeout_ms, std::size_t& count) {
   const Clock::time_point end = Clock::now() + std::chrono::milliseconds(timeout_ms);
   natsMsgList_Destroy(&held_);
-  if (link_ == nullptr) connect(timeout_ms);
   try {
+    if (link_ == nullptr) connect(timeout_ms);
     if (start_.follow == 0 && is_at_end()) return false;
-    while (count == 0 && fetch(records.size(), timeout_ms)) {
+    while (count == 0 && fetch(std::min<std::uint64_t>(records.size(), wanted_), timeout_ms)) {
       give_out(records, count);
-      if (Clock::now() >= end) break;
+      if (Clock::now() >= end || link_ == nullptr) break;
     }
+    if (count == 0 && start_.follow != 0) see_consumer();
     return count != 0 || start_.follow != 0 || !is_at_end();
   } catch (...) {
     link_.reset();
@@ -203,22 +207,33 @@ bool qzlog_reader::fetch(std::size_t most, std::uint32_t timeout_ms) {
 
 void qzlog_reader::give_out(std::span<qzlog_received> records, std::size_t& count) {
   for (int index = 0; index < held_.Count; ++index) {
-    if (take(held_.Msgs[index], records[count])) ++count;
+    const NatsMetaDataPtr data = describe(held_.Msgs[index]);
+    if (group_.empty() && data->Sequence.Consumer != consumer_next_) return go_on_behind(count);
+    if (take(held_.Msgs[index], *data, records[count])) ++count;
   }
 }
 
+NatsMetaDataPtr qzlog_reader::describe(natsMsg* message) {
+  jsMsgMetaData* data = nullptr;
+  link_->connection.require("cannot read the stream '" + place_.stream + "'", natsMsg_GetMetaData(&data, message));
+  return NatsMetaDataPtr(data);
+}
+
+/// Something got lost on its way: what came before it is given out, and another consumer begins behind that.
+void qzlog_reader::go_on_behind(std::size_t count) {
+  link_.reset();
+  if (count == 0) fail_for_now("records got lost on their way");
+}
+
 /// False for what came behind the end, or is not as a stream gives it.
-bool qzlog_reader::take(natsMsg* message, qzlog_received& record) {
-  jsMsgMetaData* made = nullptr;
-  link_->connection.require("cannot read the stream '" + place_.stream + "'", natsMsg_GetMetaData(&made, message));
-  const NatsMetaDataPtr data(made);
+bool qzlog_reader::take(natsMsg* message, const jsMsgMetaData& data, qzlog_received& record) {
   if (group_.empty()) {
-    if (data->Sequence.Consumer != consumer_next_) fail_for_now("records got lost on their way");
     ++consumer_next_;
-    next_ = data->Sequence.Stream + 1;
+    none_left_ = data.NumPending == 0;
+    next_ = data.Sequence.Stream + 1;
   }
-  if (start_.follow == 0 && data->Sequence.Stream > end_) {
-    if (!group_.empty()) natsMsg_Nak(message, nullptr);
+  if (start_.follow == 0 && data.Sequence.Stream > end_) {
+    if (!group_.empty()) natsMsg_NakWithDelay(message, kLaterMilliseconds, nullptr);
     return false;
   }
   const char* identity = nullptr;
@@ -226,23 +241,55 @@ bool qzlog_reader::take(natsMsg* message, qzlog_received& record) {
   record = {};
   record.line = text_of(natsMsg_GetData(message), natsMsg_GetDataLength(message));
   if (has_identity) record.identity = {identity, std::char_traits<char>::length(identity)};
-  record.sequence = data->Sequence.Stream;
-  record.nanoseconds = data->Timestamp;
-  record.again = data->NumDelivered > 1 ? 1 : 0;
+  record.sequence = data.Sequence.Stream;
+  record.nanoseconds = data.Timestamp;
+  // A server that is killed may forget what it gave out: with a connection made anew nobody knows it for sure.
+  record.again = data.NumDelivered > 1 || data.Sequence.Stream <= known_ ? 1 : 0;
+  highest_ = std::max(highest_, data.Sequence.Stream);
   record.token = next_token_++;
-  if (!group_.empty()) unsettled_.push_back({record.token, natsMsg_GetReply(message)});
+  if (!group_.empty()) keep_for_settling(record, natsMsg_GetReply(message));
   return true;
 }
 
+// What comes again takes the place of what it was before, which the server does not wait for any more.
+void qzlog_reader::keep_for_settling(const qzlog_received& record, const char* address) {
+  if (record.again != 0) {
+    for (Unsettled& each : unsettled_) {
+      if (each.sequence == record.sequence) each.address.clear();
+    }
+  }
+  unsettled_.push_back({record.token, record.sequence, address});
+}
+
+NatsConsumerInfoPtr qzlog_reader::ask_consumer() {
+  jsConsumerInfo* info = nullptr;
+  jsErrCode code = jsErrCode(0);
+  const natsStatus status =
+      group_.empty()
+          ? natsSubscription_GetConsumerInfo(&info, link_->subscription.get(), nullptr, &code)
+          : js_GetConsumerInfo(&info, link_->stream.context(), place_.stream.c_str(), group_.c_str(), nullptr, &code);
+  link_->connection.require("cannot ask how far the stream is read", status, code);
+  return NatsConsumerInfoPtr(info);
+}
+
+/// From time to time, where nothing comes: a consumer may be lost with the server that had it, and nobody says so.
+void qzlog_reader::see_consumer() {
+  if (Clock::now() < seen_ + kLongestSilence) return;
+  seen_ = Clock::now();
+  ask_consumer();
+}
+
 bool qzlog_reader::is_at_end() {
-  if (end_ == 0 || (group_.empty() && next_ > end_)) return true;
-  const NatsConsumerInfoPtr info = ask_consumer(link_->consumer, "cannot ask how far the stream is read");
-  if (info == nullptr) fail_for_now("the stream's consumer is gone");
-  if (info->NumPending != 0 && info->Delivered.Stream < end_) return false;
-  if (group_.empty()) return info->Delivered.Consumer + 1 == consumer_next_;
-  const auto own =
-      std::count_if(unsettled_.begin(), unsettled_.end(), [](const Unsettled& each) { return !each.address.empty(); });
-  return info->NumAckPending <= own || info->AckFloor.Stream >= end_;
+  if (group_.empty() && next_ > end_) return true;
+  if (end_ == 0) return true;
+  const NatsConsumerInfoPtr info = ask_consumer();
+  const bool all_given = info->NumPending == 0 || info->Delivered.Stream >= end_;
+  // A group's later records are for its other readers: of those no more than may be is taken from them.
+  if (!group_.empty()) wanted_ = info->Delivered.Stream < end_ ? end_ - info->Delivered.Stream : 1;
+  if (group_.empty()) return all_given && (none_left_ || info->Delivered.Consumer + 1 == consumer_next_);
+  const auto own = static_cast<std::int64_t>(
+      std::count_if(unsettled_.begin(), unsettled_.end(), [](const Unsettled& each) { return !each.address.empty(); }));
+  return all_given && (info->NumAckPending <= own || info->AckFloor.Stream >= end_);
 }
 
 // The answer to the last one says that the server has had all of them: it takes them in their order.

@@ -34,20 +34,26 @@ struct qzlog_reader {
   /// What a group has to be told of a record.
   struct Unsettled {
     std::uint64_t token;
+    std::uint64_t sequence;
     std::string address;  // empty: it is settled
   };
 
   void check(const qzlog_start& start) const;
   void connect(std::uint32_t timeout_ms);
-  void open_alone();
+  void begin(const jsStreamState& state);
+  std::string made_anew() const;
   void join_group();
-  qzlog_ship::NatsConsumerInfoPtr add_consumer(jsConsumerConfig& config, const std::string& tried);
-  qzlog_ship::NatsConsumerInfoPtr ask_consumer(const std::string& name, const std::string& tried);
-  void bind(const jsConsumerInfo& consumer);
+  natsStatus make_group(jsConsumerInfo** info, jsErrCode& code);
+  void open_alone();
   void set_start(jsConsumerConfig& config) const;
   bool fetch(std::size_t most, std::uint32_t timeout_ms);
   void give_out(std::span<qzlog_received> records, std::size_t& count);
-  bool take(natsMsg* message, qzlog_received& record);
+  qzlog_ship::NatsMetaDataPtr describe(natsMsg* message);
+  void go_on_behind(std::size_t count);
+  bool take(natsMsg* message, const jsMsgMetaData& data, qzlog_received& record);
+  qzlog_ship::NatsConsumerInfoPtr ask_consumer();
+  void see_consumer();
+  void keep_for_settling(const qzlog_received& record, const char* address);
   bool is_at_end();
 
   const qzlog_settings& settings_;
@@ -58,10 +64,15 @@ struct qzlog_reader {
   std::int64_t wait_seconds_;
   std::unique_ptr<Link> link_;
   natsMsgList held_ = {};  // what was given out last
-  bool knows_end_ = false;
-  std::uint64_t end_ = 0;            // the stream's last number at opening
-  std::uint64_t next_ = 0;           // alone: behind what was given out; 0: nothing yet
-  std::uint64_t consumer_next_ = 1;  // alone: the number that the next record has for the consumer
+  bool was_open_ = false;
+  std::uint64_t end_ = 0;              // the stream's last number at opening
+  std::uint64_t next_ = 0;             // alone: behind what was given out; 0: nothing yet
+  std::uint64_t consumer_next_ = 1;    // alone: the number that the next record has for the consumer
+  bool none_left_ = false;             // alone: the last record said that no more follow
+  std::uint64_t wanted_ = UINT64_MAX;  // in a group: how many more up to the end, at most
+  std::uint64_t highest_ = 0;          // the last number that was given out
+  std::uint64_t known_ = 0;            // and the one when the connection was made
+  Clock::time_point seen_;             // when the consumer was heard of
   std::uint64_t next_token_ = 1;
   std::deque<Unsettled> unsettled_;  // by token
 };
