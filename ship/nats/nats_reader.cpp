@@ -23,6 +23,8 @@ constexpr std::int64_t kInactive = 60;        // seconds that the consumer of on
 constexpr std::int64_t kMostPending = 65536;  // records of a group that are given out and not settled
 constexpr std::size_t kMostAtOnce = 1000;
 constexpr std::chrono::seconds kLongestSilence{5};
+constexpr std::uint64_t kReaders = 4;  // of a group, as far as near its end they are to leave each other what there is
+constexpr std::uint64_t kAny = UINT64_MAX;
 constexpr std::int64_t kLaterMilliseconds = 500;  // until records behind the end come to another reader
 
 bool is_group_name(const std::string& name) {
@@ -180,7 +182,7 @@ bool qzlog_reader::read(std::span<qzlog_received> records, std::uint32_t timeout
   natsMsgList_Destroy(&held_);
   try {
     if (link_ == nullptr) connect(timeout_ms);
-    if (start_.follow == 0 && is_at_end()) return false;
+    if (start_.follow == 0 && may_end_ && is_at_end()) return false;
     while (count == 0 && fetch(std::min<std::uint64_t>(records.size(), wanted_), timeout_ms)) {
       give_out(records, count);
       if (Clock::now() >= end || link_ == nullptr) break;
@@ -200,9 +202,18 @@ bool qzlog_reader::fetch(std::size_t most, std::uint32_t timeout_ms) {
   const auto batch = static_cast<int>(std::min(most, kMostAtOnce));
   const natsStatus status = natsSubscription_Fetch(&held_, link_->subscription.get(), batch, timeout_ms, &code);
   if (link_->connection.is_broken()) fail_for_now("the connection is lost");
+  const auto came = static_cast<std::size_t>(status == NATS_OK ? std::max(held_.Count, 0) : 0);
+  see_whether_end_is_near(came, static_cast<std::size_t>(batch));
   if (status == NATS_TIMEOUT) return false;
   link_->connection.require("cannot read the stream '" + place_.stream + "'", status, code);
   return held_.Count > 0;
+}
+
+/// While all comes that is asked for, and there is much more, nobody has to be asked how much there is.
+void qzlog_reader::see_whether_end_is_near(std::size_t came, std::size_t asked_for) {
+  if (!group_.empty() && wanted_ != kAny) wanted_ -= std::min<std::uint64_t>(came, wanted_ - 1);
+  const bool has_little = group_.empty() ? next_ + asked_for > end_ : wanted_ / kReaders <= asked_for;
+  may_end_ = came < asked_for || has_little;
 }
 
 void qzlog_reader::give_out(std::span<qzlog_received> records, std::size_t& count) {

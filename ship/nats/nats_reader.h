@@ -52,6 +52,7 @@ struct qzlog_reader {
   void go_on_behind(std::size_t count);
   bool take(natsMsg* message, const jsMsgMetaData& data, qzlog_received& record);
   qzlog_ship::NatsConsumerInfoPtr ask_consumer();
+  void see_whether_end_is_near(std::size_t came, std::size_t asked_for);
   void see_consumer();
   void keep_for_settling(const qzlog_received& record, const char* address);
   bool is_at_end();
@@ -65,6 +66,7 @@ struct qzlog_reader {
   std::unique_ptr<Link> link_;
   natsMsgList held_ = {};  // what was given out last
   bool was_open_ = false;
+  bool may_end_ = true;                // and has to be asked for before more is fetched
   std::uint64_t end_ = 0;              // the stream's last number at opening
   std::uint64_t next_ = 0;             // alone: behind what was given out; 0: nothing yet
   std::uint64_t consumer_next_ = 1;    // alone: the number that the next record has for the consumer

@@ -77,7 +77,7 @@ OUTSIDE = {
     "examples": ["include", "examples"],
     "ship": ["ship"],
     "tools": ["include", "tools"],
-    "bench": ["include", "bench"],
+    "bench": ["include", "ship", "bench"],
 }
 
 # Files of the library that are compiled into the tools as well, each with its reason.
