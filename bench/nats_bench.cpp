@@ -28,8 +28,8 @@ using Clock = std::chrono::steady_clock;
 
 constexpr std::size_t kRecords = 20000;
 constexpr std::size_t kBatch = 1000;
-constexpr std::size_t kRead = 8000;
-constexpr std::size_t kReadAtOnce = 100;
+constexpr std::size_t kRead = 20000;
+constexpr std::size_t kReadAtOnce = 400;
 constexpr std::chrono::microseconds kWork{50};
 constexpr std::uint32_t kWait = 30000;  // milliseconds
 constexpr unsigned kRuns = 5;

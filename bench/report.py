@@ -212,6 +212,27 @@ def otlp_table(measured, verdict):
                 rows)
 
 
+def nats_table(measured, verdict):
+    """Measured by a program of its own, which is built where libnats is, and runs where nats-server is."""
+    if "nats/group" not in measured.cases:
+        return
+    rows = []
+    for replicas, where in (("1", "one server"), ("3", "three replicas")):
+        def counter(name, case=f"nats/send/{replicas}"):
+            return measured.counter(case, name)
+        ratio = counter("per_second") / counter("plain_per_second")
+        rows.append([where, f"{counter('per_second'):,.0f}/s", f"{counter('plain_per_second'):,.0f}/s",
+                     f"{ratio:.2f} x of 0.65 x {verdict.mark(ratio >= 0.65)}"])
+    print_table(f"Records of {measured.counter('nats/send/1', 'bytes'):.0f} bytes sent to NATS and acknowledged, beside the plain C client "
+                "with the same bytes", ["", "plug-in", "plain client", ""], rows)
+    faster = measured.counter("nats/group", "faster")
+    share = measured.counter("nats/group", "larger_share")
+    print_table("Two readers of a group with 50 us of work for each record, beside one",
+                ["one reader", "two readers", "the larger part"],
+                [[f"{measured.counter('nats/group', 'alone_per_second'):,.0f}/s", f"{faster:.2f} x of 1.7 x {verdict.mark(faster >= 1.7)}",
+                  f"{share:.0%} of 60% {verdict.mark(share <= 0.6)}"]])
+
+
 def refused_table(measured, verdict):
     construct = "operation/construct"
     limit = measured.time(construct) + 0.8 * measured.time("D/disabled/spdlog")
@@ -322,6 +343,7 @@ def main():
     journal_table(measured, verdict)
     syslog_table(measured)
     otlp_table(measured, verdict)
+    nats_table(measured, verdict)
     thread_table(measured, verdict)
     lookup_table(measured, verdict)
     growth_table(measured, verdict)
