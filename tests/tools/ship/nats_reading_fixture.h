@@ -34,9 +34,16 @@ inline const qzlog_transport& nats_transport() {
 /// What a sender or a reader of stream S is opened with; keeps the warnings.
 class NatsPeer {
  public:
+  /// Credentials are a pair of options with the key "credentials".
   NatsPeer(std::string authority, std::vector<std::pair<std::string, std::string>> options)
       : authority_(std::move(authority)), url_("nats://" + authority_ + "/S"), kept_(std::move(options)) {
-    for (const auto& [key, value] : kept_) options_.push_back({key.c_str(), value.c_str()});
+    for (const auto& [key, value] : kept_) {
+      if (key == "credentials") {
+        settings_.credentials_file = value.c_str();
+      } else {
+        options_.push_back({key.c_str(), value.c_str()});
+      }
+    }
     settings_.size = sizeof settings_;
     settings_.url = url_.c_str();
     settings_.scheme = "nats";
