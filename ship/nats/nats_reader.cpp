@@ -236,9 +236,24 @@ void qzlog_reader::go_on_behind(std::size_t count) {
   if (count == 0) fail_for_now("records got lost on their way");
 }
 
+/// Once: single records that were deleted are nothing to tell of, what the stream had no more room for is.
+void qzlog_reader::tell_of_dropped(std::uint64_t expected) {
+  if (has_told_) return;
+  jsStreamInfo* made = nullptr;
+  jsErrCode code = jsErrCode(0);
+  const natsStatus status = js_GetStreamInfo(&made, link_->stream.context(), place_.stream.c_str(), nullptr, &code);
+  if (status != NATS_OK) return;  // what is given out now is not to be lost with it
+  const qzlog_ship::NatsStreamInfoPtr info(made);
+  if (info->State.FirstSeq <= expected) return;
+  has_told_ = true;
+  const std::string text = "the stream '" + place_.stream + "' dropped records before they were read";
+  host_.warn(host_.context, text.c_str());
+}
+
 /// False for what came behind the end, or is not as a stream gives it.
 bool qzlog_reader::take(natsMsg* message, const jsMsgMetaData& data, qzlog_received& record) {
   if (group_.empty()) {
+    if (next_ != 0 && data.Sequence.Stream > next_) tell_of_dropped(next_);
     ++consumer_next_;
     none_left_ = data.NumPending == 0;
     next_ = data.Sequence.Stream + 1;

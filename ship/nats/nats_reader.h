@@ -50,6 +50,7 @@ struct qzlog_reader {
   void give_out(std::span<qzlog_received> records, std::size_t& count);
   qzlog_ship::NatsMetaDataPtr describe(natsMsg* message);
   void go_on_behind(std::size_t count);
+  void tell_of_dropped(std::uint64_t expected);
   bool take(natsMsg* message, const jsMsgMetaData& data, qzlog_received& record);
   qzlog_ship::NatsConsumerInfoPtr ask_consumer();
   void see_whether_end_is_near(std::size_t came, std::size_t asked_for);
@@ -66,6 +67,7 @@ struct qzlog_reader {
   std::unique_ptr<Link> link_;
   natsMsgList held_ = {};  // what was given out last
   bool was_open_ = false;
+  bool has_told_ = false;
   bool may_end_ = true;                // and has to be asked for before more is fetched
   std::uint64_t end_ = 0;              // the stream's last number at opening
   std::uint64_t next_ = 0;             // alone: behind what was given out; 0: nothing yet

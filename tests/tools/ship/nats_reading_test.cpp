@@ -1,5 +1,6 @@
 // Reading streams of NATS alone, through the functions of the plug-in, from servers that this starts.
 #include <gtest/gtest.h>
+#include <nats/nats.h>
 
 #include <string>
 #include <thread>
@@ -116,6 +117,24 @@ TEST_F(NatsReading, AStreamMadeAnew_IsNotGoneOnWith) {
   reader.read_all(false, Milliseconds(5000));
   EXPECT_EQ(reader.outcome, QZLOG_NEVER);
   EXPECT_EQ(reader.error(), "the stream 'S' ends before what was read of it: it was made anew; start again to read it");
+}
+
+TEST_F(NatsReading, WhatWasDroppedBeforeItWasRead_IsToldOf) {
+  writer_->send(1, 50);
+  NatsReaderPeer reader(server_->address(), {});
+  EXPECT_EQ(reader.read(10).size(), 10U);
+  natsConnection* connection = nullptr;
+  jsCtx* context = nullptr;
+  ASSERT_EQ(natsConnection_ConnectTo(&connection, ("nats://" + server_->address()).c_str()), NATS_OK);
+  ASSERT_EQ(natsConnection_JetStream(&context, connection, nullptr), NATS_OK);
+  jsOptions options;
+  jsOptions_Init(&options);
+  options.Stream.Purge.Sequence = 41;
+  ASSERT_EQ(js_PurgeStream(context, "S", &options, nullptr), NATS_OK);
+  jsCtx_Destroy(context);
+  natsConnection_Destroy(connection);
+  EXPECT_EQ(identities_of(reader.read_all()), numbers(41, 50));
+  EXPECT_EQ(reader.warnings(), "the stream 'S' dropped records before they were read");
 }
 
 TEST_F(NatsReading, WhatCannotBeOpened_IsToldWithTheNextStep) {
