@@ -99,7 +99,7 @@ void DeadLetters::sync() {
     if (errno == EINVAL || errno == ENOTSUP) break;
     if (errno != EINTR) refuse_to_write(path_, errno);
   }
-  text_ = std::string();
+  std::string().swap(text_);
 }
 
 }  // namespace qzlog_tool

@@ -95,7 +95,7 @@ bool ShippedFile::read_block() {
 
 void ShippedFile::drop_block() {
   block_begin_ += std::min(given_, file_bytes_);
-  block_ = std::string();
+  std::string().swap(block_);  // an assignment would keep the room
   file_bytes_ = 0;
   given_ = 0;
   line_ = 0;
