@@ -26,6 +26,7 @@ constexpr std::chrono::seconds kLongestSilence{5};
 constexpr std::uint64_t kReaders = 4;  // of a group, as far as near its end they are to leave each other what there is
 constexpr std::uint64_t kAny = UINT64_MAX;
 constexpr std::int64_t kLaterMilliseconds = 500;  // until records behind the end come to another reader
+constexpr std::int64_t kGiveBackMilliseconds = 1000;
 
 bool is_group_name(const std::string& name) {
   return !name.empty() && name.size() <= 64 && std::all_of(name.begin(), name.end(), [](char character) {
@@ -66,7 +67,21 @@ qzlog_reader::qzlog_reader(const qzlog_settings& settings, const qzlog_host& hos
   connect(timeout_ms);
 }
 
-qzlog_reader::~qzlog_reader() { natsMsgList_Destroy(&held_); }
+qzlog_reader::~qzlog_reader() {
+  natsMsgList_Destroy(&held_);
+  give_back();
+}
+
+// Other readers of the group have at once then what nobody waits for: else after the wait for acknowledgements.
+void qzlog_reader::give_back() noexcept {
+  if (link_ == nullptr || link_->connection.is_broken()) return;
+  bool gave_some = false;
+  for (const Unsettled& each : unsettled_) {
+    if (each.address.empty()) continue;
+    gave_some = natsConnection_PublishString(link_->connection.get(), each.address.c_str(), "-NAK") == NATS_OK;
+  }
+  if (gave_some) natsConnection_FlushTimeout(link_->connection.get(), kGiveBackMilliseconds);
+}
 
 void qzlog_reader::check(const qzlog_start& start) const {
   if (start.group != nullptr && !is_group_name(group_)) {
@@ -310,12 +325,14 @@ bool qzlog_reader::is_at_end() {
   if (end_ == 0) return true;
   const NatsConsumerInfoPtr info = ask_consumer();
   const bool all_given = info->NumPending == 0 || info->Delivered.Stream >= end_;
-  // A group's later records are for its other readers: of those no more than may be is taken from them.
-  if (!group_.empty()) wanted_ = info->Delivered.Stream < end_ ? end_ - info->Delivered.Stream : 1;
   if (group_.empty()) return all_given && (none_left_ || info->Delivered.Consumer + 1 == consumer_next_);
   const auto own = static_cast<std::int64_t>(
       std::count_if(unsettled_.begin(), unsettled_.end(), [](const Unsettled& each) { return !each.address.empty(); }));
-  return all_given && (info->NumAckPending <= own || info->AckFloor.Stream >= end_);
+  const std::int64_t others = std::max<std::int64_t>(info->NumAckPending - own, 0);
+  // A group's later records are for its other readers: of those no more than may be is taken from them.
+  const std::uint64_t not_given = info->Delivered.Stream < end_ ? end_ - info->Delivered.Stream : 0;
+  wanted_ = std::max<std::uint64_t>(not_given + static_cast<std::uint64_t>(others), 1);
+  return all_given && (others == 0 || info->AckFloor.Stream >= end_);
 }
 
 // The answer to the last one says that the server has had all of them: it takes them in their order.

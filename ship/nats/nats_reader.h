@@ -38,6 +38,7 @@ struct qzlog_reader {
     std::string address;  // empty: it is settled
   };
 
+  void give_back() noexcept;
   void check(const qzlog_start& start) const;
   void connect(std::uint32_t timeout_ms);
   void begin(const jsStreamState& state);
