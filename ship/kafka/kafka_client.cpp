@@ -233,6 +233,7 @@ std::vector<std::int32_t> KafkaClient::partitions(const qzlog_host& host, std::u
   if (data->topic_cnt != 1) fail_for_now("the broker says nothing of the topic '" + topic_ + "'");
   if (data->topics[0].err != RD_KAFKA_RESP_ERR_NO_ERROR) fail("cannot use the topic", data->topics[0].err);
   std::vector<std::int32_t> numbers;
+  numbers.reserve(static_cast<std::size_t>(std::max(data->topics[0].partition_cnt, 0)));
   for (int index = 0; index < data->topics[0].partition_cnt; ++index) {
     numbers.push_back(data->topics[0].partitions[index].id);
   }

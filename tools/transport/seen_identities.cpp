@@ -32,7 +32,8 @@ bool SeenIdentities::add(std::string_view identity) {
   if (!is_new) return false;
   order_.push_back(at);
   if (order_.size() > most_) {
-    seen_.erase(order_.front());
+    // cppcheck-suppress mismatchingContainerIterator
+    seen_.erase(order_.front());  // which is an iterator into it
     order_.pop_front();
     ++forgotten_;
   }
