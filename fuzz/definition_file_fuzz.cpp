@@ -75,5 +75,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
   allowed_to_throw([&] { qz_LOG_LogConfig::SetDefinitionPath(first.path()); });
   allowed_to_throw([&] { qz_LOG_LogConfig::SetAuxDefinitionPath(second.path()); });
   use_entries();
+  qz_LOG_LogConfig::ClearDefinitions();  // whoever else runs in the process finds nothing of these
   return 0;
 }
