@@ -15,7 +15,7 @@ namespace qzlog_test {
 /// The command and a cluster of three brokers.
 class KafkaFixture : public ShipFixture {
  protected:
-  static constexpr int kPartitions = 4;
+  static constexpr int kPartitions = 16;  // each keeps 5 MB, and forgets what came before
 
   /// The long form, of `./dev cluster-test`, has more rounds and waits longer.
   static int quick_or_long(int quick, int longer) { return std::getenv("QZLOG_STRESS") != nullptr ? longer : quick; }
