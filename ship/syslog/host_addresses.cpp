@@ -1,8 +1,6 @@
 #include "ship/syslog/host_addresses.h"
 
 #include <netdb.h>
-#include <pthread.h>
-#include <signal.h>
 
 #include <cstring>
 #include <future>
@@ -10,6 +8,7 @@
 #include <thread>
 
 #include "ship/plugin/plugin_call.h"
+#include "ship/plugin/signals_blocked.h"
 
 namespace qzlog_ship {
 
@@ -37,22 +36,6 @@ Found look_up(const std::string& host, const std::string& port, int flags) {
   }
   return found;
 }
-
-/// A thread that starts while this lives has all signals blocked.
-class SignalsBlocked {
- public:
-  SignalsBlocked() {
-    sigset_t all;
-    sigfillset(&all);
-    pthread_sigmask(SIG_SETMASK, &all, &before_);
-  }
-  ~SignalsBlocked() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
-  SignalsBlocked(const SignalsBlocked&) = delete;
-  SignalsBlocked& operator=(const SignalsBlocked&) = delete;
-
- private:
-  sigset_t before_ = {};
-};
 
 Found look_up_until(const std::string& host, const std::string& port, Deadline deadline) {
   std::promise<Found> promise;
