@@ -233,6 +233,20 @@ def nats_table(measured, verdict):
                   f"{share:.0%} of 60% {verdict.mark(share <= 0.6)}"]])
 
 
+def kafka_table(measured, verdict):
+    """Measured by a program of its own, which is built where librdkafka is."""
+    if "kafka/send" not in measured.cases:
+        return
+
+    def counter(name):
+        return measured.counter("kafka/send", name)
+    ratio = counter("per_second") / counter("plain_per_second")
+    print_table(f"Records of {counter('bytes'):.0f} bytes sent to Kafka and acknowledged, beside librdkafka alone with the same bytes",
+                ["plug-in", "librdkafka", ""],
+                [[f"{counter('per_second'):,.0f}/s", f"{counter('plain_per_second'):,.0f}/s",
+                  f"{ratio:.2f} x of 0.6 x {verdict.mark(ratio >= 0.6)}"]])
+
+
 def refused_table(measured, verdict):
     construct = "operation/construct"
     limit = measured.time(construct) + 0.8 * measured.time("D/disabled/spdlog")
@@ -344,6 +358,7 @@ def main():
     syslog_table(measured)
     otlp_table(measured, verdict)
     nats_table(measured, verdict)
+    kafka_table(measured, verdict)
     thread_table(measured, verdict)
     lookup_table(measured, verdict)
     growth_table(measured, verdict)
