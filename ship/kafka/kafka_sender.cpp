@@ -53,6 +53,7 @@ qzlog_sender::qzlog_sender(const qzlog_settings& settings, const qzlog_host& hos
   PluginOptions options(settings);
   key_ = options.take("key").value_or("host");
   wished_ = qzlog_ship::take_properties(options);
+  wished_.try_emplace("socket.nagle.disable", "true");  // the end of a batch waits for no acknowledgement of TCP's
   options.refuse_others("key and rdkafka.NAME");
   client_ = open({});
   static_cast<void>(client_->partitions(host_, timeout_ms));  // the topic is there, and may be seen

@@ -40,7 +40,7 @@ KafkaRecord record_of(const rd_kafka_message_t& message) {
 }  // namespace
 
 KafkaCluster::KafkaCluster(int partitions)
-    : host_(make_client(RD_KAFKA_PRODUCER, {})),
+    : host_(make_client(RD_KAFKA_PRODUCER, {{"socket.nagle.disable", "true"}})),  // as real brokers answer: at once
       cluster_(rd_kafka_mock_cluster_new(host_, kBrokers)),
       partitions_(partitions) {
   EXPECT_EQ(rd_kafka_mock_topic_create(cluster_, "T", partitions, kBrokers), RD_KAFKA_RESP_ERR_NO_ERROR);
