@@ -168,6 +168,7 @@ void qzlog_reader::join_group() {
   }
   link_->connection.require(tried, status, code);
   const NatsConsumerInfoPtr freed(info);
+  if (info->Config == nullptr) fail_for_now(tried + ": the server does not say how it is set up");
   if (info->Config->AckPolicy != js_AckExplicit || info->Config->DeliverSubject != nullptr) {
     fail_for_good(tried + ": the stream has a consumer of that name that is no group: take another name");
   }

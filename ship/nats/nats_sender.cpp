@@ -48,8 +48,11 @@ void qzlog_sender::open_inbox() {
   connection_.require("cannot wait for acknowledgements",
                       natsConnection_SubscribeSync(&answers, connection_.get(), (inbox_ + '*').c_str()));
   answers_.reset(answers);
-  constexpr int kAny = -1;
-  connection_.require("cannot wait for acknowledgements", natsSubscription_SetPendingLimits(answers, kAny, kAny));
+  // Many times what a batch's acknowledgements are; what is beyond is dropped, and its records are sent again.
+  constexpr int kMostWaiting = 1 << 20;
+  constexpr int kMostWaitingBytes = 256 << 20;
+  connection_.require("cannot wait for acknowledgements",
+                      natsSubscription_SetPendingLimits(answers, kMostWaiting, kMostWaitingBytes));
 }
 
 void qzlog_sender::send(std::span<const qzlog_record> records, std::uint32_t timeout_ms,
@@ -111,14 +114,15 @@ NatsMessagePtr qzlog_sender::make_message(const qzlog_record& record) {
 void qzlog_sender::take_answers(Clock::time_point end, std::span<qzlog_result> results) {
   while (waiting_ > 0) {
     const NatsMessagePtr answer = next_answer(end);
-    if (answer != nullptr) {
-      take_answer(*answer, results);
-    } else if (!trouble_.empty() || connection_.has_violation()) {
-      return;
-    } else if (connection_.is_broken()) {
+    if (answer != nullptr) take_answer(*answer, results);
+    // What else comes to the inbox, without end, does not put the end off.
+    if (answer != nullptr && Clock::now() < end) continue;
+    if (!trouble_.empty() || connection_.has_violation()) return;
+    if (waiting_ > 0 && connection_.is_broken()) {
       trouble_ = "the connection is lost";
       return;
-    } else if (Clock::now() >= end) {
+    }
+    if (waiting_ > 0 && Clock::now() >= end) {
       trouble_ = "not all is acknowledged in time";
       return;
     }

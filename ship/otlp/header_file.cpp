@@ -1,34 +1,17 @@
 #include "ship/otlp/header_file.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cstddef>
-#include <cstring>
-#include <fstream>
 #include <string_view>
 
+#include "ship/plugin/credentials_file.h"
 #include "ship/plugin/plugin_call.h"
 
 namespace qzlog_ship {
 
 namespace {
 
-constexpr std::size_t kMostFileBytes = 64 * 1024;
 constexpr std::size_t kLeastSecretBytes = 4;
-
-std::string whole_file(const std::string& path) {
-  errno = 0;
-  std::ifstream file(path, std::ios::binary);
-  std::string text(kMostFileBytes + 1, '\0');
-  file.read(text.data(), static_cast<std::streamsize>(text.size()));
-  const int error = errno;
-  if (!file.eof() && file.gcount() == 0) {
-    fail_for_good("cannot read the file of credentials '" + path + "': " + std::strerror(error));
-  }
-  text.resize(static_cast<std::size_t>(file.gcount()));
-  if (text.size() > kMostFileBytes) fail_for_good("the file of credentials '" + path + "' has more than 64 KiB");
-  return text;
-}
 
 bool is_header(std::string_view line) {
   constexpr std::string_view kNameLetters =
@@ -54,7 +37,7 @@ void take_out(std::string& text, std::string_view secret) {
 }  // namespace
 
 std::vector<std::string> read_header_file(const std::string& path) {
-  const std::string text = whole_file(path);
+  const std::string text = read_credentials(path);
   std::vector<std::string> headers;
   std::size_t number = 0;
   for (std::size_t begin = 0; begin < text.size();) {
