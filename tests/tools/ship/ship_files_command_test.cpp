@@ -111,5 +111,16 @@ TEST_F(ShipFilesCommand, MetricsOfAReceiverThatIsAway_AreAsTheSchemaSays) {
   expect_valid("qzlog-ship-metrics.schema.json", "m.json");
 }
 
+TEST_F(ShipFilesCommand, MemoryOfManySeries_IsGivenBack) {
+#ifdef QZLOG_SANITIZED
+  GTEST_SKIP() << "the sanitizers' own memory counts";
+#endif
+  const std::string log = lines(1, 4000);  // more than a block of 256 KiB
+  for (int series = 0; series < 300; ++series) append("many/s" + std::to_string(series) + ".20261121.0001", log);
+  const CommandResult result = run("ulimit -d 49152; $QZLOG ship many --once --option keep=records --to " + url());
+  EXPECT_EQ(result.status, 0) << result.err;
+  EXPECT_EQ(run("wc -l < got/records.tsv").out, "1200000\n");
+}
+
 }  // namespace
 }  // namespace qzlog_test
