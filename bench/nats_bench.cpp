@@ -33,7 +33,7 @@ constexpr std::size_t kReadAtOnce = 400;
 constexpr std::chrono::microseconds kWork{50};
 constexpr std::uint32_t kWait = 30000;  // milliseconds
 constexpr unsigned kRuns = 5;
-constexpr unsigned kRunsOfReaders = 3;
+constexpr unsigned kRunsOfReaders = 5;
 
 void require(bool condition, const std::string& what) {
   if (condition) return;

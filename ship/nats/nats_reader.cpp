@@ -26,6 +26,8 @@ constexpr std::chrono::seconds kLongestSilence{5};
 constexpr std::uint64_t kReaders = 4;  // of a group, as far as near its end they are to leave each other what there is
 constexpr std::uint64_t kAny = UINT64_MAX;
 constexpr std::int64_t kLaterMilliseconds = 500;  // until records behind the end come to another reader
+constexpr std::int64_t kShortestEndLook = 10;     // milliseconds until it is asked whether others have settled the rest
+constexpr std::int64_t kLongestEndLook = 500;
 constexpr std::int64_t kGiveBackMilliseconds = 1000;
 
 bool is_group_name(const std::string& name) {
@@ -116,6 +118,12 @@ std::string qzlog_reader::made_anew() const {
   return "the stream '" + place_.stream + "' ends before what was read of it: it was made anew; start again to read it";
 }
 
+// libnats writes a fraction of a second without its leading zeros: .05 would become .5. The whole second is before it.
+std::int64_t qzlog_reader::start_that_can_be_said() const {
+  const std::int64_t fraction = start_.nanoseconds % kSecond;
+  return fraction < kSecond / 10 ? start_.nanoseconds - fraction : start_.nanoseconds;
+}
+
 void qzlog_reader::set_start(jsConsumerConfig& config) const {
   switch (start_.kind) {
     case QZLOG_FROM_SEQUENCE:
@@ -123,12 +131,14 @@ void qzlog_reader::set_start(jsConsumerConfig& config) const {
       config.OptStartSeq = std::max<std::uint64_t>(start_.sequence, 1);
       return;
     case QZLOG_FROM_TIME:
+      if (start_.nanoseconds < kSecond) break;
       config.DeliverPolicy = js_DeliverByStartTime;
-      config.OptStartTime = start_.nanoseconds;
+      config.OptStartTime = start_that_can_be_said();
       return;
     default:
-      config.DeliverPolicy = js_DeliverAll;
+      break;
   }
+  config.DeliverPolicy = js_DeliverAll;
 }
 
 // Where a connection is lost a consumer without acknowledgements does not know what got there: there is a new one for
@@ -198,11 +208,10 @@ bool qzlog_reader::read(std::span<qzlog_received> records, std::uint32_t timeout
   natsMsgList_Destroy(&held_);
   try {
     if (link_ == nullptr) connect(timeout_ms);
-    if (start_.follow == 0 && may_end_ && is_at_end()) return false;
-    while (count == 0 && fetch(std::min<std::uint64_t>(records.size(), wanted_), timeout_ms)) {
-      give_out(records, count);
-      if (Clock::now() >= end || link_ == nullptr) break;
-    }
+    do {
+      if (start_.follow == 0 && may_end_ && is_at_end()) return false;
+      if (fetch(std::min<std::uint64_t>(records.size(), wanted_), time_for_fetching(end))) give_out(records, count);
+    } while (count == 0 && Clock::now() < end && link_ != nullptr);
     if (count == 0 && start_.follow != 0) see_consumer();
     return count != 0 || start_.follow != 0 || !is_at_end();
   } catch (...) {
@@ -211,8 +220,18 @@ bool qzlog_reader::read(std::span<qzlog_received> records, std::uint32_t timeout
   }
 }
 
+/// In milliseconds. Where nothing may come but what others of the group leave, nobody says that they have settled the
+/// last of it: it is asked again soon, and less and less often.
+std::int64_t qzlog_reader::time_for_fetching(Clock::time_point end) {
+  const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()).count();
+  const bool waits_for_others = start_.follow == 0 && may_end_ && !group_.empty();
+  const std::int64_t time = waits_for_others ? std::min<std::int64_t>(left, end_look_) : left;
+  end_look_ = waits_for_others ? std::min(2 * end_look_, kLongestEndLook) : kShortestEndLook;
+  return std::max<std::int64_t>(time, 1);
+}
+
 /// Whether something came.
-bool qzlog_reader::fetch(std::size_t most, std::uint32_t timeout_ms) {
+bool qzlog_reader::fetch(std::size_t most, std::int64_t timeout_ms) {
   natsMsgList_Destroy(&held_);
   jsErrCode code = jsErrCode(0);
   const auto batch = static_cast<int>(std::min(most, kMostAtOnce));
@@ -274,6 +293,8 @@ bool qzlog_reader::take(natsMsg* message, const jsMsgMetaData& data, qzlog_recei
     none_left_ = data.NumPending == 0;
     next_ = data.Sequence.Stream + 1;
   }
+  // A group begins where its first reader said: how exactly, its others do not know.
+  if (group_.empty() && start_.kind == QZLOG_FROM_TIME && data.Timestamp < start_.nanoseconds) return false;
   if (start_.follow == 0 && data.Sequence.Stream > end_) {
     if (!group_.empty()) natsMsg_NakWithDelay(message, kLaterMilliseconds, nullptr);
     return false;

@@ -46,8 +46,10 @@ struct qzlog_reader {
   void join_group();
   natsStatus make_group(jsConsumerInfo** info, jsErrCode& code);
   void open_alone();
+  std::int64_t start_that_can_be_said() const;
   void set_start(jsConsumerConfig& config) const;
-  bool fetch(std::size_t most, std::uint32_t timeout_ms);
+  std::int64_t time_for_fetching(Clock::time_point end);
+  bool fetch(std::size_t most, std::int64_t timeout_ms);
   void give_out(std::span<qzlog_received> records, std::size_t& count);
   qzlog_ship::NatsMetaDataPtr describe(natsMsg* message);
   void go_on_behind(std::size_t count);
@@ -69,6 +71,7 @@ struct qzlog_reader {
   natsMsgList held_ = {};  // what was given out last
   bool was_open_ = false;
   bool has_told_ = false;
+  std::int64_t end_look_ = 10;         // milliseconds
   bool may_end_ = true;                // and has to be asked for before more is fetched
   std::uint64_t end_ = 0;              // the stream's last number at opening
   std::uint64_t next_ = 0;             // alone: behind what was given out; 0: nothing yet

@@ -18,6 +18,26 @@ std::string numbers(int first, int last) {
   return text;
 }
 
+// Also in the first tenth of a second, and before all of them.
+TEST_F(NatsReading, TimesOfEachTenthOfASecond_AreWhereReadingBegins) {
+  for (int number = 1; number <= 60; ++number) {
+    writer_->send(number, number);
+    std::this_thread::sleep_for(Milliseconds(20));
+  }
+  const std::vector<ReadRecord> all = NatsReaderPeer(server_->address(), {}).read_all();
+  ASSERT_EQ(all.size(), 60U);
+  From from;
+  from.kind = QZLOG_FROM_TIME;
+  for (std::size_t index = 0; index < all.size(); ++index) {
+    from.nanoseconds = all[index].nanoseconds;
+    EXPECT_EQ(NatsReaderPeer(server_->address(), from).read_all().size(), all.size() - index) << from.nanoseconds;
+  }
+  for (const std::int64_t early : {INT64_MIN, std::int64_t{-1}, std::int64_t{0}, std::int64_t{1}}) {
+    from.nanoseconds = early;
+    EXPECT_EQ(NatsReaderPeer(server_->address(), from).read_all().size(), all.size()) << early;
+  }
+}
+
 TEST_F(NatsReading, Records_ComeBackFromWhereverTheyAreReadFrom) {
   writer_->send(1, 4);
   const std::vector<ReadRecord> all = NatsReaderPeer(server_->address(), {}).read_all();
