@@ -1,4 +1,6 @@
 // `qzlog ship` to servers of NATS that fail in every way: what was written is what the stream holds, each line once.
+#include <sys/mount.h>
+
 #include "tests/tools/ship/nats_fixture.h"
 
 namespace qzlog_test {
@@ -47,6 +49,52 @@ TEST_F(NatsFaults, SlowServer_EveryLineOnce) {
       pass(5);
     }
   });
+}
+
+/// The server keeps what it stores on a disk of its own, on which there is little room.
+class NatsFullDisk : public NatsFixture {
+ protected:
+  void SetUp() override {
+    if (!qz_test::NatsServer::is_installed()) GTEST_SKIP() << "nats-server is not installed";
+    const std::string disk = folder_.path("disk");
+    std::filesystem::create_directory(disk);
+    has_disk_ = ::mount("tmpfs", disk.c_str(), "tmpfs", 0, "size=16m") == 0;
+    if (!has_disk_) GTEST_SKIP() << "mounting a disk needs root";
+    write("nats.conf", "jetstream { max_file_store: 1GB }\n");  // more than there is: it does not look by itself then
+    server_ = std::make_unique<qz_test::NatsServer>(
+        disk + "/nats", std::vector<std::string>{"-c", folder_.path("nats.conf")}, qz_test::NatsServer::free_port());
+    ASSERT_TRUE(server_->start()) << read("disk/nats.log");
+  }
+  ~NatsFullDisk() override {
+    server_.reset();
+    if (has_disk_) ::umount2(folder_.path("disk").c_str(), MNT_DETACH);
+  }
+  /// What else is there leaves so much room.
+  void leave_room(std::uintmax_t bytes) const {
+    const std::uintmax_t there = std::filesystem::space(folder_.path("disk")).available;
+    ASSERT_GT(there, bytes);
+    write("disk/others", std::string(there - bytes, '\0'));
+  }
+  bool is_full() const { return std::filesystem::space(folder_.path("disk")).available < 16 * 1024; }
+
+ private:
+  bool has_disk_ = false;
+};
+
+TEST_F(NatsFullDisk, ShippersWaitForRoom_EveryLineOnce) {
+  ship_meanwhile(nats_url(), {"--option", "create=yes", "--option", "window=600"}, [&] {
+    ASSERT_TRUE(wait_until([&] { return folder_.has("state.json"); }));
+    for (int round = 0; round < quick_or_long(1, 10); ++round) {
+      leave_room(256 * 1024);
+      EXPECT_TRUE(wait_until([&] { return is_full(); }));
+      pass(500);
+      std::filesystem::remove(folder_.path("disk/others"));
+      server_->kill();  // it stores nothing any more until it is started anew
+      ASSERT_TRUE(server_->start());
+      pass(500);
+    }
+  });
+  EXPECT_NE(read("said"), "") << "that the stream takes nothing is told";
 }
 
 TEST_F(NatsFaults, ShipperKilled_EveryLineOnce) {
