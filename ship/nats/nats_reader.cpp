@@ -23,6 +23,7 @@ constexpr std::int64_t kInactive = 60;        // seconds that the consumer of on
 constexpr std::int64_t kMostPending = 65536;  // records of a group that are given out and not settled
 constexpr std::size_t kMostAtOnce = 1000;
 constexpr std::chrono::seconds kLongestSilence{5};
+constexpr std::chrono::seconds kGroupMissing{10};
 constexpr std::uint64_t kReaders = 4;  // of a group, as far as near its end they are to leave each other what there is
 constexpr std::uint64_t kAny = UINT64_MAX;
 constexpr std::int64_t kLaterMilliseconds = 500;  // until records behind the end come to another reader
@@ -171,9 +172,11 @@ void qzlog_reader::join_group() {
   jsConsumerInfo* info = nullptr;
   jsErrCode code = jsErrCode(0);
   natsStatus status = js_GetConsumerInfo(&info, context, place_.stream.c_str(), group_.c_str(), nullptr, &code);
-  if (code == JSConsumerNotFoundErr) {
+  if (code != JSConsumerNotFoundErr) {
+    missed_since_.reset();
+  } else {
     // Made anew it would begin at its start: what was settled would be read again as if it were not.
-    if (was_open_) fail_for_good("the group '" + group_ + "' was deleted");
+    if (was_open_) wait_for_group();
     status = make_group(&info, code);
   }
   link_->connection.require(tried, status, code);
@@ -190,6 +193,13 @@ void qzlog_reader::join_group() {
   status = js_PullSubscribe(&subscription, context, nullptr, group_.c_str(), nullptr, &options, &code);
   link_->connection.require(tried, status, code);
   link_->subscription.reset(subscription);
+}
+
+/// Servers that start do not know their groups at once: only one that stays away was deleted.
+void qzlog_reader::wait_for_group() {
+  if (!missed_since_) missed_since_ = Clock::now();
+  if (Clock::now() > *missed_since_ + kGroupMissing) fail_for_good("the group '" + group_ + "' was deleted");
+  fail_for_now("the stream does not know the group '" + group_ + "'");
 }
 
 natsStatus qzlog_reader::make_group(jsConsumerInfo** info, jsErrCode& code) {

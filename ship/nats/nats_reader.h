@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <deque>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -44,6 +45,7 @@ struct qzlog_reader {
   void begin(const jsStreamState& state);
   std::string made_anew() const;
   void join_group();
+  [[noreturn]] void wait_for_group();
   natsStatus make_group(jsConsumerInfo** info, jsErrCode& code);
   void open_alone();
   std::int64_t start_that_can_be_said() const;
@@ -70,6 +72,7 @@ struct qzlog_reader {
   std::unique_ptr<Link> link_;
   natsMsgList held_ = {};  // what was given out last
   bool was_open_ = false;
+  std::optional<Clock::time_point> missed_since_;  // the group
   bool has_told_ = false;
   std::int64_t end_look_ = 10;         // milliseconds
   bool may_end_ = true;                // and has to be asked for before more is fetched

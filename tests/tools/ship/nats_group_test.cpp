@@ -159,7 +159,7 @@ TEST_F(NatsGroup, AGroupThatIsDeleted_IsNotBegunAgain) {
   ASSERT_EQ(js_DeleteConsumer(context, "S", "g", nullptr, nullptr), NATS_OK);
   jsCtx_Destroy(context);
   natsConnection_Destroy(connection);
-  EXPECT_TRUE(reader.read_all(true, Milliseconds(10000)).empty());
+  EXPECT_TRUE(reader.read_all(true, Milliseconds(60000)).empty());
   EXPECT_EQ(reader.outcome, QZLOG_NEVER);
   EXPECT_EQ(reader.error(), "the group 'g' was deleted");
 }
