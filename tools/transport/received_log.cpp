@@ -3,10 +3,13 @@
 #include <poll.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <csignal>
+#include <iterator>
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 
 #include "tools/report/command_message.h"
 #include "tools/system/command_error.h"
@@ -27,6 +30,13 @@ qzlog_start start_of(const OriginOptions& options, const std::string& group, con
   start->group = group.empty() ? nullptr : group.c_str();
   start->follow = follow ? 1 : 0;
   return *start;
+}
+
+/// What other definitions may be right for.
+bool is_of_definitions(const char* rule) {
+  constexpr std::string_view kRules[] = {"unknown-id", "unknown-name", "unknown-attribute", "bad-definition-file",
+                                         "out-of-memory"};
+  return std::find(std::begin(kRules), std::end(kRules), rule) != std::end(kRules);
 }
 
 bool is_output_gone() {
@@ -58,10 +68,19 @@ ReceivedLog::ReceivedLog(const OriginOptions& options, const TransportUrl& url, 
              .warn = [](const std::string& text) { print_command_message(Severity::kWarning, text); },
              .is_ending = [] { return StopSignals::requested() != 0; }}) {}
 
+void ReceivedLog::UnknownEntries::TakeLineError(const qz_LOG_LineError& error) {
+  if (log_.start_.group != nullptr && is_of_definitions(error.rule)) {
+    log_.unknown_.push_back(log_.source_.current().token);
+    ++log_.unknown_count_;
+  }
+  reader_.TakeLineError(error);
+}
+
 ReceivedLog::End ReceivedLog::read(const Reading& reading) {
   std::signal(SIGPIPE, SIG_IGN);  // of a connection that breaks
   const StopSignals signals;
-  qz_LOG_EntryReader reader = qz_LOG_EntryReader::FromSource(source_, url_.text().c_str(), &reading.logs.handler);
+  UnknownEntries handler(reading.logs.handler, *this);
+  qz_LOG_EntryReader reader = qz_LOG_EntryReader::FromSource(source_, url_.text().c_str(), &handler);
   latest_ = Clock::now();
   while (!reading.logs.is_complete() && read_next(reader, reading)) {
     end_.signal = StopSignals::requested();
@@ -70,6 +89,7 @@ ReceivedLog::End ReceivedLog::read(const Reading& reading) {
   }
   end_.signal = StopSignals::requested();
   if (!end_.output_gone) let_out(reading, Pause::kEnd);
+  tell_of_unknown();
   return end_;
 }
 
@@ -93,17 +113,36 @@ bool ReceivedLog::read_records(qz_LOG_EntryReader& reader, const Reading& readin
     reading.logs.read(reader);
   } catch (const ReceivedSource::NoMore&) {
   }
-  if (start_.group != nullptr) {
-    for (const qzlog_received& record : records.first(source_.given())) held_.push_back(record.token);
-  }
+  if (start_.group != nullptr) hold_read();
   let_out(reading, Pause::kMore);
   latest_ = Clock::now();
   return held_.size() < reading.most_held;
 }
 
+void ReceivedLog::hold_read() {
+  auto unknown = unknown_.begin();
+  for (const qzlog_received& record : feed_.records().first(source_.given())) {
+    if (unknown != unknown_.end() && *unknown == record.token) {
+      ++unknown;
+    } else {
+      held_.push_back(record.token);
+    }
+  }
+  unknown_.clear();
+}
+
+void ReceivedLog::tell_of_unknown() const {
+  if (unknown_count_ == 0) return;
+  print_command_message(Severity::kWarning, url_.text() +
+                                                ": entries that the definitions here do not know stay for "
+                                                "others of the group '" +
+                                                group_ + "': " + std::to_string(unknown_count_));
+}
+
 bool ReceivedLog::wait_on(const Reading& reading) {
   let_out(reading, Pause::kNothing);
-  if (held_.empty() || start_.follow != 0 || Clock::now() - latest_ < kStall) return true;
+  const bool may_wait_for_itself = !held_.empty() || unknown_count_ != 0;
+  if (!may_wait_for_itself || start_.follow != 0 || Clock::now() - latest_ < kStall) return true;
   print_command_message(Severity::kWarning,
                         url_.text() + ": gives no more entries to the group for now: start again for others");
   return false;

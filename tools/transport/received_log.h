@@ -19,7 +19,8 @@
 namespace qzlog_tool {
 
 /// The entries that a receiver has, read as those of a file. With a group, records are settled once what was made of
-/// them is out: a reader that is killed before leaves them to others.
+/// them is out: a reader that is killed before leaves them to others. So does one whose definitions do not have what an
+/// entry names: those stay for readers that have the right ones, as is told at the end.
 class ReceivedLog {
  public:
   /// When it is asked whether all is out.
@@ -58,10 +59,23 @@ class ReceivedLog {
  private:
   using Clock = std::chrono::steady_clock;
 
+  /// Notes which records the definitions do not know, on the way to who reads.
+  class UnknownEntries : public qz_LOG_LineErrorHandler {
+   public:
+    UnknownEntries(qz_LOG_LineErrorHandler& reader, ReceivedLog& log) : reader_(reader), log_(log) {}
+    void TakeLineError(const qz_LOG_LineError& error) override;
+
+   private:
+    qz_LOG_LineErrorHandler& reader_;
+    ReceivedLog& log_;
+  };
+
   bool read_next(qz_LOG_EntryReader& reader, const Reading& reading);
   bool read_records(qz_LOG_EntryReader& reader, const Reading& reading);
   bool wait_on(const Reading& reading);
+  void hold_read();
   void let_out(const Reading& reading, Pause pause);
+  void tell_of_unknown() const;
 
   const TransportUrl& url_;
   TransportPlugin plugin_;
@@ -73,7 +87,9 @@ class ReceivedLog {
   TransportReader reader_;
   ReceivedFeed feed_;
   ReceivedSource source_;
-  std::vector<std::uint64_t> held_;  // tokens of what was read and is not settled
+  std::vector<std::uint64_t> held_;     // tokens of what was read and is not settled
+  std::vector<std::uint64_t> unknown_;  // of the records at hand, in their order: tokens of what stays for others
+  std::uint64_t unknown_count_ = 0;
   Clock::time_point latest_ = Clock::now();
   End end_;
 };

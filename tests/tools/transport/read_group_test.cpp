@@ -61,6 +61,28 @@ TEST_F(ReadGroup, OutputThatFails_LeavesTheEntriesToOthers) {
   EXPECT_EQ(render_group().out, numbers(1, 10));
 }
 
+TEST_F(ReadGroup, EntriesThatTheDefinitionsDoNotKnow_StayForOthers) {
+  deliver(1, 2500);
+  write("others.yaml", "version: \"1.0\"\nentries:\n  - {id: 99, name: X, message: \"x\"}\n");
+  const CommandResult wrong = run("timeout 60 $QZLOG render --definitions others.yaml" + from() + "--group g");
+  EXPECT_EQ(wrong.status, 1);
+  EXPECT_EQ(wrong.out, "");
+  EXPECT_NE(wrong.err.find("entries that the definitions here do not know stay for others of the group 'g': 2500\n"),
+            std::string::npos)
+      << wrong.err.substr(0, 2000);
+  EXPECT_EQ(render_group().out, numbers(1, 2500));
+}
+
+// Nobody could show them.
+TEST_F(ReadGroup, LinesThatAreNoEntries_AreDoneWith) {
+  deliver(1, 3);
+  deliver("{\"id\":1\n");
+  deliver(4, 5);
+  EXPECT_EQ(render_group().out, numbers(1, 5));
+  const CommandResult rest = render_group();
+  EXPECT_EQ(rest.out + rest.err, "");
+}
+
 TEST_F(ReadGroup, Sigterm_SettlesWhatIsShown) {
   deliver(1, 50);
   RunningCommand reader(folder_.path(), "out", words({"--follow"}));
