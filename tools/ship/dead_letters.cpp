@@ -90,8 +90,8 @@ void DeadLetters::open() {
   }
 }
 
-void DeadLetters::sync() {
-  if (text_.empty()) return;
+bool DeadLetters::sync() {
+  if (text_.empty()) return false;
   open();
   const int error = write_all(file_.get(), text_.data(), text_.size());
   if (error != 0) refuse_to_write(path_, error);
@@ -100,6 +100,7 @@ void DeadLetters::sync() {
     if (errno != EINTR) refuse_to_write(path_, errno);
   }
   std::string().swap(text_);
+  return true;
 }
 
 }  // namespace qzlog_tool

@@ -26,8 +26,8 @@ class DeadLetters {
   DeadLetters(std::string path, std::string to);
 
   void add(const DeadLetter& letter);
-  /// Brings those that were added to the disk.
-  void sync();
+  /// Brings those that were added to the disk; false where there were none.
+  bool sync();
 
   /// Since the start of the process.
   std::uint64_t count() const noexcept { return count_; }

@@ -1,6 +1,7 @@
 #ifndef QZLOG_TOOLS_SHIP_LINE_SOURCE_H
 #define QZLOG_TOOLS_SHIP_LINE_SOURCE_H
 
+#include <string>
 #include <vector>
 
 #include "tools/ship/line_taker.h"
@@ -16,6 +17,8 @@ class LineSource {
 
   /// Gives out the lines that are there until the taker has enough: false then.
   virtual bool read(LineTaker& taker) = 0;
+  /// What is named and was not there when it was read: a text for each.
+  virtual std::vector<std::string> missing() = 0;
   /// Waits until there may be more, or a signal comes; not for long.
   virtual void wait() = 0;
   /// The next read looks for new files too, whether somebody told of them or not.

@@ -1,10 +1,17 @@
 #include "tools/ship/metrics_file.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <iostream>
+#include <string_view>
 #include <utility>
 
 #include "tools/report/command_message.h"
 #include "tools/ship/own_file.h"
+#include "tools/system/command_error.h"
+#include "tools/system/file_descriptor.h"
 
 namespace qzlog_tool {
 
@@ -16,10 +23,25 @@ volatile std::sig_atomic_t is_requested = 0;
 
 void request(int /*signal*/) { is_requested = 1; }
 
+/// A log that was named by mistake would be gone.
+void refuse_other_content(const std::string& path) {
+  constexpr std::string_view kBegin = R"({"qzlog_ship_metrics":)";
+  const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW));
+  struct stat status = {};
+  if (file.get() < 0 || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode) || status.st_size == 0) return;
+  char begin[kBegin.size()];
+  const ssize_t count = ::pread(file.get(), begin, sizeof begin, 0);
+  if (count == static_cast<ssize_t>(kBegin.size()) && std::string_view(begin, sizeof begin) == kBegin) return;
+  throw CommandError(kExitCannotRun, "'" + path +
+                                         "' has no metrics in it: name a file with --metrics that may be "
+                                         "replaced");
+}
+
 }  // namespace
 
 MetricsFile::MetricsFile(std::string path, std::function<std::string()> text)
     : path_(std::move(path)), text_(std::move(text)) {
+  refuse_other_content(path_);
   struct sigaction action = {};
   action.sa_handler = request;
   ::sigaction(SIGUSR1, &action, &former_);

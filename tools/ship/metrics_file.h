@@ -12,7 +12,8 @@ namespace qzlog_tool {
 /// when SIGUSR1 comes, which does nothing else while this object lives. One at a time.
 class MetricsFile {
  public:
-  /// `path` is empty for none; `text` makes the metrics.
+  /// `path` is empty for none; `text` makes the metrics. Throws CommandError (cannot run) for a file that has anything
+  /// but metrics in it.
   MetricsFile(std::string path, std::function<std::string()> text);
   ~MetricsFile();
   MetricsFile(const MetricsFile&) = delete;

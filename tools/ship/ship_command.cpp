@@ -6,9 +6,12 @@
 #include <CLI/CLI.hpp>
 #include <csignal>
 #include <cstddef>
+#include <filesystem>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "qzlog/logcfg.h"
@@ -60,6 +63,7 @@ struct ShipOptions {
   std::size_t batch_kilobytes = 2048;
   std::size_t batch_wait = 100;
   bool once = false;
+  bool moved = false;
   std::vector<DefinitionPaths> definitions;
   ShownOptions shown;
   ChoiceOptions choice;
@@ -105,16 +109,33 @@ Shipping::Settings settings_of(const ShipOptions& options, const TransportUrl& u
   return settings;
 }
 
-void begin_at(const StateFile& file, const TransportUrl& url, const RecordIdentity& identities, ShippedLogs& logs,
-              LineTaker& taker) {
-  const std::optional<ShipState> state = file.read();
+/// What has moved is the same still, under another name.
+void begin_at(const StateFile& file, const TransportUrl& url, bool has_moved, const RecordIdentity& identities,
+              ShippedLogs& logs, LineTaker& taker) {
+  std::optional<ShipState> state = file.read();
   if (!state) return;
-  if (state->to != url.text()) {
+  if (state->to != url.text() && !has_moved) {
     throw CommandError(kExitCannotRun, "the state '" + file.path() + "' is of another receiver, " + state->to +
                                            ": name another state with --state, for what one has acknowledged the "
-                                           "other does not have");
+                                           "other does not have; or say --moved, if it is the same one under "
+                                           "another URL");
   }
+  if (has_moved) logs.take_over(state->series);
   logs.begin_at(state->series, identities, taker);
+}
+
+void refuse_one_file_for_two(const std::vector<std::string>& paths) {
+  std::set<std::string> seen;
+  for (const std::string& path : paths) {
+    if (path.empty()) continue;
+    std::error_code error;
+    const std::filesystem::path whole = std::filesystem::weakly_canonical(std::filesystem::absolute(path), error);
+    if (!seen.insert(error ? path : whole.string()).second) {
+      throw CommandError(kExitCannotRun, "'" + path +
+                                             "' is named twice: the state, its lock, the dead letters and the "
+                                             "metrics are files of their own");
+    }
+  }
 }
 
 int end_command(const Shipping::End& end, const ShipOptions& options, const DeadLetters& dead_letters) {
@@ -123,7 +144,8 @@ int end_command(const Shipping::End& end, const ShipOptions& options, const Dead
                           "lines of the batch under way are not delivered; the next start goes on with them");
     return kExitFindings;
   }
-  return options.once && dead_letters.count() != 0 ? kExitFindings : kExitSuccess;
+  const bool is_all = end.all_read && dead_letters.count() == 0;
+  return options.once && !is_all ? kExitFindings : kExitSuccess;
 }
 
 /// Each series that is followed has a file open: as many as the system lets us.
@@ -148,9 +170,12 @@ int ship(const ShipOptions& options) {
   prepare(options, reporter, entries);
 
   ShippedLogs logs(options.series);
-  StateFile state(options.state.empty() ? usual_state_path(options.series, url.text()) : options.state);
-  DeadLetters dead_letters(options.dead_letters.empty() ? state.path() + ".dead-letters.jsonl" : options.dead_letters,
-                           url.text());
+  const std::string state_path = options.state.empty() ? usual_state_path(options.series, url.text()) : options.state;
+  const std::string letters_path =
+      options.dead_letters.empty() ? state_path + ".dead-letters.jsonl" : options.dead_letters;
+  refuse_one_file_for_two({state_path, state_path + ".lock", letters_path, options.metrics});
+  StateFile state(state_path);
+  DeadLetters dead_letters(letters_path, url.text());
   ShipMetrics metrics;
   metrics.to = url.text();
   MetricsFile metrics_file(options.metrics,
@@ -170,7 +195,7 @@ int ship(const ShipOptions& options) {
                                                 .judge = entries.judge ? &*entries.judge : nullptr,
                                                 .report = [&](bool is_last) { metrics_file.update(is_last); },
                                                 .stop_signal = [] { return StopSignals::requested(); }});
-  begin_at(state, url, identities, logs, shipping);
+  begin_at(state, url, options.moved, identities, logs, shipping);
   const StopSignals signals;
   return end_command(shipping.run(), options, dead_letters);
 }
@@ -197,6 +222,8 @@ void add_delivery_options(CLI::App& command, ShipOptions& options) {
   command.add_option("--metrics", options.metrics, "Write how it goes to this file, each second")
       ->type_name("FILE.json")
       ->check(check_not_empty);
+  command.add_flag("--moved", options.moved,
+                   "Go on with the state though the logs' folder or the receiver's URL is another one by now");
   command.add_flag("--once", options.once, "End when all that is there has been delivered");
   command.add_option("--batch", options.batch_lines, "So many lines are sent at once at most")
       ->type_name("N")

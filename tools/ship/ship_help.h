@@ -27,8 +27,9 @@ line. Credentials do not belong into the URL but into a file.
 
 Exit status: 0 everything was delivered, or a signal ended the command and the
 batch under way was delivered; 1 lines were left to the next start, or, with
---once, lines went to the dead letters; 2 wrong usage, a state that cannot be
-used, or a receiver that needs somebody's help, as without its stream.
+--once, lines went to the dead letters, or logs are not there or cannot be read;
+2 wrong usage, a state that cannot be used, or a receiver that needs somebody's
+help, as without its stream.
 )";
 
 inline constexpr const char* kShipExamples = R"(Examples:

@@ -33,6 +33,7 @@ void write_counts(const ShipMetrics& metrics, JsonObjectStream& object) {
   object.number("acknowledged_bytes", metrics.acknowledged_bytes);
   object.number("doubles", metrics.doubles);
   object.number("dead_letters", metrics.dead_letters);
+  object.number("unreadable", metrics.unreadable);
   object.number("missed", metrics.missed);
   object.number("batches", metrics.batches);
   object.number("sent_again", metrics.sent_again);

@@ -30,6 +30,7 @@ struct ShipMetrics {
   std::uint64_t acknowledged_bytes = 0;
   std::uint64_t doubles = 0;  ///< that the receiver says it had already
   std::uint64_t dead_letters = 0;
+  std::uint64_t unreadable = 0;  ///< things that could not be read: logs, folders
   std::uint64_t missed = 0;      ///< times that files were gone before they were delivered
   std::uint64_t batches = 0;     ///< that were sent, each time
   std::uint64_t sent_again = 0;  ///< lines of them that had been sent before

@@ -41,6 +41,17 @@ LogSeries series_from(const std::string& operand) {
   return {from_root(series->folder), series->prefix};
 }
 
+/// The identities of lines that name no writer have their files' paths.
+void move_to(const std::string& name, const LogSeries& former, SeriesState& state) {
+  const std::optional<LogSeries> now = series_of(name);
+  for (FilePlace& place : state.places) {
+    const std::string path = former.path_of(place.place) + '@';
+    const std::size_t at = place.identity.find(path);
+    if (now && at != std::string::npos) place.identity.replace(at, path.size(), now->path_of(place.place) + '@');
+  }
+  state.series = name;
+}
+
 }  // namespace
 
 ShippedLogs::ShippedLogs(const std::vector<std::string>& operands) {
@@ -74,14 +85,34 @@ bool ShippedLogs::is_named(const std::string& name) const {
   return std::find(folders_.begin(), folders_.end(), folder_of(name)) != folders_.end();
 }
 
+void ShippedLogs::take_over(std::vector<SeriesState>& states) {
+  for (SeriesState& state : states) {
+    const std::optional<LogSeries> former = series_of(state.series);
+    if (!former || find(state.series) != nullptr || is_named(state.series)) continue;
+    const std::vector<std::string> names = names_with(former->prefix);
+    if (names.size() == 1) move_to(names.front(), *former, state);
+  }
+}
+
+std::vector<std::string> ShippedLogs::names_with(const std::string& prefix) const {
+  std::vector<std::string> names;
+  for (const ShippedSeries& own : series_) {
+    if (own.series().prefix == prefix) names.push_back(name_of(own.series()));
+  }
+  for (const std::string& folder : folders_) names.push_back(path_in(folder, prefix));
+  return names;
+}
+
 void ShippedLogs::begin_at(const std::vector<SeriesState>& states, const RecordIdentity& identities, LineTaker& taker) {
   for (const SeriesState& state : states) {
     const std::optional<LogSeries> series = series_of(state.series);
     if (series && is_named(state.series)) add(*series);
     ShippedSeries* const own = find(state.series);
     if (own == nullptr) {
-      refuse("the state is of the series '" + state.series +
-             "', which is not named here: name it too, or name another state with --state");
+      refuse(
+          "the state is of the series '" + state.series +
+          "', which is not named here: name it too; say --moved, if its folder is another one by now; or name another "
+          "state with --state");
     }
     try {
       own->begin_at(state.places, identities, taker);
@@ -92,6 +123,7 @@ void ShippedLogs::begin_at(const std::vector<SeriesState>& states, const RecordI
 }
 
 void ShippedLogs::look_into_folders(LineTaker& taker) {
+  could_look_ = true;
   for (const std::string& folder : folders_) {
     watch_.watch_folder(folder);
     try {
@@ -99,6 +131,7 @@ void ShippedLogs::look_into_folders(LineTaker& taker) {
         if (qzlog_compiler::is_utf8(series.prefix)) add(series);
       }
     } catch (const UnreadableInput& failure) {
+      could_look_ = false;
       taker.complain(failure.what());
     }
   }
@@ -117,6 +150,24 @@ bool ShippedLogs::read(LineTaker& taker) {
   if (names_changed_) next_look_ = Clock::now() + kLongestUnlooked;
   names_changed_ = false;
   return true;
+}
+
+std::vector<std::string> ShippedLogs::missing() {
+  std::vector<std::string> texts;
+  for (ShippedSeries& series : series_) {
+    if (series.is_missing()) {
+      texts.push_back("there is no file '" + name_of(series.series()) + ".YYYYMMDD.NNNN': nothing of it is delivered");
+    }
+  }
+  for (const std::string& folder : folders_) {
+    const bool has_series =
+        std::any_of(series_.begin(), series_.end(), [&](ShippedSeries& own) { return own.series().folder == folder; });
+    if (!has_series && could_look_) {
+      texts.push_back("there is no series in the folder '" + folder +
+                      "' (files PREFIX.YYYYMMDD.NNNN): nothing of it is delivered");
+    }
+  }
+  return texts;
 }
 
 void ShippedLogs::wait() {

@@ -26,7 +26,7 @@ std::uint64_t size_of(const std::string& path) {
                      "'" + path + "' is not the file that the state is of: it has no line " + place.identity +
                          " that ends at byte " + std::to_string(place.offset) +
                          ". If the log was replaced, remove the state, or name another one with --state: everything "
-                         "that is there is then delivered, and receivers drop what they have");
+                         "that is there is then delivered, what the receiver has already a second time");
 }
 
 }  // namespace
@@ -102,6 +102,7 @@ ShippedSeries::Next ShippedSeries::open_next(LineTaker& taker) {
 void ShippedSeries::look_for_later() {
   if (!later_.empty()) return;
   later_ = series_files(series_);
+  has_looked_ = true;
   std::erase_if(later_, [this](SeriesPlace place) { return place <= latest_; });
   std::reverse(later_.begin(), later_.end());
 }
@@ -115,7 +116,8 @@ ShippedSeries::OpenFile ShippedSeries::open(std::uint64_t settled, SeriesPlace p
   if (descriptor.get() < 0) {
     const int error = errno;
     if (error == ENOENT || error == ENOTDIR) return nullptr;
-    throw UnreadableInput("cannot open '" + path + "': " + std::strerror(error));
+    throw UnreadableInput("cannot open '" + path + "': " + std::strerror(error) +
+                          (error == EACCES ? ": let the user who ships read it, by a group for example" : ""));
   }
   auto progress = std::make_shared<FileProgress>();
   progress->series = &series_;

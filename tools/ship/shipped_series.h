@@ -45,6 +45,8 @@ class ShippedSeries {
   const LogSeries& series() const noexcept { return series_; }
   /// Where it is settled, file by file: of those that are open, and of those that have lines on their way.
   std::vector<FilePlace> places();
+  /// It was looked for files, and there was none.
+  bool is_missing() const { return has_looked_ && latest_.day == 0 && later_.empty(); }
   /// What is there and not settled.
   std::uint64_t waiting_bytes() const;
 
@@ -71,8 +73,9 @@ class ShippedSeries {
   ChangeWatch& watch_;
   std::deque<Watched> files_;                             // the last one is the current one
   std::deque<std::shared_ptr<FileProgress>> progresses_;  // in order
-  SeriesPlace latest_;                                    // the current file, or the one before
-  std::vector<SeriesPlace> later_;                        // found behind it, the next one at the end
+  bool has_looked_ = false;
+  SeriesPlace latest_;              // the current file, or the one before
+  std::vector<SeriesPlace> later_;  // found behind it, the next one at the end
   bool names_changed_ = true;
 };
 

@@ -31,6 +31,7 @@ Shipping::End Shipping::run() {
   while (all_settled && !is_ending()) {
     if (settings_.once) parts_.source.look_for_files();
     const bool all_read = parts_.source.read(*this);
+    if (all_read) tell_missing();
     if (all_read) gather();
     const bool was_empty = batch_.is_empty();
     all_settled = deliver();
@@ -39,7 +40,16 @@ Shipping::End Shipping::run() {
     if (all_read && was_empty && !settings_.once) parts_.source.wait();
   }
   parts_.report(true);
-  return {all_settled, parts_.stop_signal()};
+  return {all_settled, all_read_, parts_.stop_signal()};
+}
+
+/// Once: what does not come up later was misspelt perhaps.
+void Shipping::tell_missing() {
+  if (std::exchange(has_looked_, true)) return;
+  for (const std::string& text : parts_.source.missing()) {
+    all_read_ = false;
+    print_command_message(Severity::kWarning, text + (settings_.once ? "" : "; it is waited for"));
+  }
 }
 
 // What comes in the meantime goes with it: a batch for each line would cost both sides more.
@@ -105,16 +115,21 @@ bool Shipping::take_long_line(const ReadLine& at) {
 void Shipping::add_dead_letter(std::string_view reason, std::string_view line, const ReadLine& at) {
   parts_.dead_letters.add({reason, identity_, at.file->path, at.begin, line});
   parts_.metrics.dead_letters = parts_.dead_letters.count();
-  complain("lines are not delivered, and stand with their reasons in '" + parts_.dead_letters.path() + "'");
 }
 
 void Shipping::warn(const std::string& text) { print_command_message(Severity::kWarning, text); }
 
 void Shipping::complain(const std::string& text) {
+  all_read_ = false;
+  if (tell_error(text)) ++parts_.metrics.unreadable;
+}
+
+/// False where it was told before, or too much was.
+bool Shipping::tell_error(const std::string& text) {
   constexpr std::size_t kMostTexts = 1000;
-  if (complaints_.size() < kMostTexts && complaints_.insert(text).second) {
-    print_command_message(Severity::kError, text);
-  }
+  if (complaints_.size() >= kMostTexts || !complaints_.insert(text).second) return false;
+  print_command_message(Severity::kError, text);
+  return true;
 }
 
 void Shipping::miss(const std::string& text) {
@@ -202,12 +217,14 @@ void Shipping::tell_success() {
   parts_.metrics.is_connected = true;
   if (told_failure_.empty()) return;
   told_failure_.clear();
-  print_command_message(Severity::kWarning, settings_.to + ": lines are delivered again");
+  print_command_message(Severity::kWarning, settings_.to + ": it takes lines again; delivery goes on");
 }
 
 // Dead letters are on the disk before the state says that nobody needs the lines.
 void Shipping::settle() {
-  parts_.dead_letters.sync();
+  if (parts_.dead_letters.sync()) {
+    tell_error("lines are not delivered, and stand with their reasons in '" + parts_.dead_letters.path() + "'");
+  }
   batch_.finish();
   begun_.reset();
   std::vector<SeriesState> places = parts_.source.places();

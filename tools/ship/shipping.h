@@ -62,6 +62,7 @@ class Shipping : public LineTaker {
   /// Why it ended.
   struct End {
     bool all_settled = true;  ///< of what was read
+    bool all_read = true;     ///< of what is named: it is there, and can be read
     int signal = 0;           ///< that asked for the end
   };
   /// Until a signal comes, or everything was delivered once. Throws CommandError (cannot run) where the receiver will
@@ -81,6 +82,8 @@ class Shipping : public LineTaker {
   bool is_ending() const { return parts_.stop_signal() != 0; }
   bool must_pause();
   void name_event();
+  void tell_missing();
+  bool tell_error(const std::string& text);
   void add_dead_letter(std::string_view reason, std::string_view line, const ReadLine& at);
   void gather();
   bool deliver();
@@ -109,6 +112,8 @@ class Shipping : public LineTaker {
   std::optional<Clock::time_point> begun_;   // when the batch got its first record
   std::optional<Clock::time_point> end_by_;  // when the command has to end
   std::uint64_t passed_bytes_ = 0;           // since anything else was done than reading
+  bool has_looked_ = false;                  // for what is named
+  bool all_read_ = true;
   std::string told_failure_;
   std::set<std::string> complaints_;
 };

@@ -63,10 +63,9 @@ std::optional<ShipState> StateFile::read() const {
   try {
     return parse_state(read_to_end(open_regular_file(path_), path_));
   } catch (const BadState& fault) {
-    refuse(
-        "the state '" + path_ + "' cannot be used: " + fault.what() +
-        ". Put a copy of it back; or remove it: everything that the logs have is then delivered again, and receivers "
-        "drop what they have");
+    refuse("the state '" + path_ + "' cannot be used: " + fault.what() +
+           ". Put a copy of it back; or remove it: everything that the logs have is then delivered again, what the "
+           "receiver has already a second time");
   }
 }
 

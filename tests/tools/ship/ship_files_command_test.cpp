@@ -1,6 +1,7 @@
 // What stands in place of the shipper's own files, and what is in them.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <filesystem>
@@ -120,6 +121,76 @@ TEST_F(ShipFilesCommand, MemoryOfManySeries_IsGivenBack) {
   const CommandResult result = run("ulimit -d 49152; $QZLOG ship many --once --option keep=records --to " + url());
   EXPECT_EQ(result.status, 0) << result.err;
   EXPECT_EQ(run("wc -l < got/records.tsv").out, "1200000\n");
+}
+
+TEST_F(ShipFilesCommand, OneFileForTwo_IsAnErrorBeforeAnythingIsWritten) {
+  const std::string once = "$QZLOG ship logs/s --once --to " + url();
+  for (const char* const same : {" --state x --metrics x", " --state x --dead-letters ./x",
+                                 " --state x --metrics x.lock", " --state y --metrics x --dead-letters x"}) {
+    const CommandResult result = run(once + same);
+    EXPECT_EQ(result.status, 2) << same;
+    EXPECT_NE(result.err.find("is named twice"), std::string::npos) << result.err;
+    EXPECT_FALSE(folder_.has("x"));
+  }
+  EXPECT_EQ(received().size(), 0U);
+}
+
+TEST_F(ShipFilesCommand, FileThatHasNoMetrics_IsNotReplacedByThem) {
+  const std::string log = read("logs/s.20261121.0001");
+  const CommandResult result = ship_once("--metrics logs/s.20261121.0001");
+  EXPECT_EQ(result.status, 2);
+  EXPECT_NE(result.err.find("'logs/s.20261121.0001' has no metrics in it"), std::string::npos) << result.err;
+  EXPECT_EQ(read("logs/s.20261121.0001"), log);
+  EXPECT_EQ(ship_once("--metrics m.json").status, 1) << "of a dead letter";
+  EXPECT_EQ(ship_once("--metrics m.json").status, 0) << "metrics are replaced";
+}
+
+TEST_F(ShipFilesCommand, NothingThere_IsTold) {
+  const auto expect_told = [this](const std::string& operand, const std::string& said) {
+    const CommandResult result = run("$QZLOG ship " + operand + " --once --state none.json --to " + url());
+    EXPECT_EQ(result.status, 1) << operand;
+    EXPECT_NE(result.err.find(said), std::string::npos) << result.err;
+    std::filesystem::remove(folder_.path("none.json"));
+  };
+  expect_told("logs/shp", "logs/shp.YYYYMMDD.NNNN': nothing of it is delivered\n");
+  expect_told("nowhere/shop", "nowhere/shop.YYYYMMDD.NNNN': nothing of it is delivered\n");
+  expect_told("many", "there is no series in the folder '");
+  append("logs/t.20261121.0001", "");
+  EXPECT_EQ(run("$QZLOG ship logs/t --once --state none.json --to " + url()).status, 0) << "an empty one is there";
+}
+
+TEST_F(ShipFilesCommand, LogThatCannotBeRead_IsAnErrorAndCounted) {
+  if (::getuid() == 0 && run("setpriv --reuid=65534 --clear-groups true").status != 0) GTEST_SKIP() << "no other user";
+  std::filesystem::permissions(folder_.path("logs/s.20261121.0001"), std::filesystem::perms::none);
+  for (const char* const name : {"", "got", "many"}) {
+    std::filesystem::permissions(folder_.path(name), std::filesystem::perms::all);
+  }
+  const std::string as_other = ::getuid() == 0 ? "setpriv --reuid=65534 --clear-groups " : "";
+  const CommandResult result =
+      run(as_other + "$QZLOG ship logs/s --once --state many/s.json --metrics many/m.json --to " + url());
+  EXPECT_EQ(result.status, 1) << result.err;
+  EXPECT_NE(result.err.find("Permission denied: let the user who ships read it"), std::string::npos) << result.err;
+  EXPECT_NE(read("many/m.json").find("\"unreadable\":1,"), std::string::npos) << read("many/m.json");
+}
+
+TEST_F(ShipFilesCommand, FolderOrReceiverThatMoved_GoesOnWithTheState) {
+  EXPECT_EQ(ship_once().status, 1) << "of a dead letter";
+  std::filesystem::rename(folder_.path("logs"), folder_.path("elsewhere"));
+  append("elsewhere/s.20261121.0001", lines(4, 5));
+  const std::string moved = "$QZLOG ship elsewhere/s --once --state state.json --option keep=records --to ";
+  const CommandResult refused = run(moved + url());
+  EXPECT_EQ(refused.status, 2);
+  EXPECT_NE(refused.err.find("say --moved, if its folder is another one by now"), std::string::npos) << refused.err;
+  EXPECT_EQ(run(moved + url() + " --moved").err, "");
+  EXPECT_EQ(received().size(), 5U);
+  std::filesystem::rename(folder_.path("got"), folder_.path("gotten"));
+  append("elsewhere/s.20261121.0001", lines(6, 6));
+  const std::string other = "file://" + folder_.path("gotten");
+  const CommandResult of_another = run(moved + other);
+  EXPECT_EQ(of_another.status, 2);
+  EXPECT_NE(of_another.err.find("or say --moved, if it is the same one"), std::string::npos) << of_another.err;
+  EXPECT_EQ(run(moved + other + " --moved").err, "");
+  EXPECT_EQ(run("wc -l < gotten/records.tsv").out, "6\n");
 }
 
 }  // namespace
