@@ -41,6 +41,13 @@ TEST_F(KafkaReading, Alone_FromTheBeginningToTheEnd) {
   EXPECT_TRUE(numbers(result.out) == range(1, 3000)) << numbers(result.out).size();
 }
 
+TEST_F(KafkaReading, Head_EndsWithRecordsThatNobodyWants) {
+  deliver(1, 3000);
+  const CommandResult result = run(command("--head 3"));
+  EXPECT_EQ(result.status, 0) << result.err;
+  EXPECT_EQ(numbers(result.out).size(), 3U);
+}
+
 TEST_F(KafkaReading, EmptyTopic_EndsAtOnce) {
   EXPECT_EQ(run(command()).out, "");
   EXPECT_EQ(run(command("--start now")).status, 0);
