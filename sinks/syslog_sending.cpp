@@ -22,6 +22,9 @@ constexpr bool is_about_message(int error) { return error == EMSGSIZE || error =
 /// A connection that lived so long was a good one: another one is made at once.
 constexpr long long kLongEnough = 1000;
 
+/// Of what a server says, at one look: one that never stops is not to keep the application.
+constexpr int kMostReads = 64;
+
 }  // namespace
 
 /// A connection that turns out to be broken is made again, once: the server may have been started again.
@@ -100,13 +103,14 @@ bool SyslogConnection::is_ended_by_peer() {
   if (now == looked_at_) return false;
   looked_at_ = now;
   char said[512];
-  for (;;) {
+  for (int reads = 0; reads < kMostReads; ++reads) {
     const ssize_t count = ::recv(socket_.get(), said, sizeof said, MSG_DONTWAIT);
     if (count > 0 || (count < 0 && errno == EINTR)) continue;
     if (count < 0 && is_for_lack_of_room(errno)) return false;
     failure_ = "the server has ended the connection";
     return true;
   }
+  return false;  // it says more than anybody reads: what goes to it may yet be taken
 }
 
 /// Bytes of the stream that the other side's system has not confirmed.

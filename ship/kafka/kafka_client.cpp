@@ -2,12 +2,12 @@
 
 #include <algorithm>
 #include <array>
-#include <chrono>
 #include <optional>
 #include <string_view>
 #include <utility>
 
 #include "ship/plugin/credentials_file.h"
+#include "ship/plugin/patience.h"
 #include "ship/plugin/plugin_call.h"
 #include "ship/plugin/signals_blocked.h"
 
@@ -19,10 +19,12 @@ constexpr std::string_view kPropertyPrefix = "rdkafka.";
 constexpr int kClosingMilliseconds = 1000;
 constexpr int kLookMilliseconds = 1000;
 
-// Beginnings of names: what would load code, name other receivers, hold secrets, or weaken what is acknowledged.
+// Beginnings of names: what would load code, name other receivers (or brokers within the process, which are for tests),
+// hold secrets, or weaken or keep back what is acknowledged.
 constexpr std::string_view kRefused[] = {"acks",
                                          "bootstrap.servers",
                                          "debug",
+                                         "delivery.report",
                                          "enable.auto",
                                          "enable.idempotence",
                                          "enable.partition",
@@ -41,6 +43,7 @@ constexpr std::string_view kRefused[] = {"acks",
                                          "sasl.",
                                          "security.",
                                          "ssl.",
+                                         "test.",
                                          "transactional"};
 
 std::string text_of(rd_kafka_resp_err_t error) { return rd_kafka_err2str(error); }
@@ -214,14 +217,14 @@ KafkaConfigPtr KafkaClient::make_config(const qzlog_settings& settings) {
 rd_kafka_resp_err_t KafkaClient::ask(const qzlog_host& host, std::uint32_t timeout_ms,
                                      const struct rd_kafka_metadata*& answer) {
   const KafkaTopicPtr topic(rd_kafka_topic_new(client_, topic_.c_str(), nullptr));
-  const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeout_ms);
+  Patience patience(host, timeout_ms, Patience::kToOpen);
   rd_kafka_resp_err_t error = RD_KAFKA_RESP_ERR__TIMED_OUT;
   do {
     error = rd_kafka_metadata(client_, 0, topic.get(), &answer, kLookMilliseconds);
     rd_kafka_poll(client_, 0);  // what brokers said
     const bool may_pass = error == RD_KAFKA_RESP_ERR__TIMED_OUT || error == RD_KAFKA_RESP_ERR__TRANSPORT;
-    if (!may_pass || !trouble_.empty() || host.is_ending(host.context) != 0) return error;
-  } while (std::chrono::steady_clock::now() < end);
+    if (!may_pass || !trouble_.empty()) return error;
+  } while (!patience.is_over());
   return error;
 }
 

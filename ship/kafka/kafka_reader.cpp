@@ -67,8 +67,12 @@ qzlog_reader::qzlog_reader(const qzlog_settings& settings, const qzlog_host& hos
   }
 }
 
-// The last thing that the client does is to take the partitions back from what stands behind it.
-qzlog_reader::~qzlog_reader() { client_.reset(); }
+// The client waits for its messages to be given back; the last thing that it does is to take the partitions back from
+// what stands behind it.
+qzlog_reader::~qzlog_reader() {
+  held_.clear();
+  client_.reset();
+}
 
 void qzlog_reader::learn_end(std::uint32_t timeout_ms) {
   if (start_.follow != 0) return;
@@ -215,7 +219,8 @@ bool qzlog_reader::take(KafkaMessagePtr message, qzlog_received& record) {
   }
   record.sequence = static_cast<std::uint64_t>(message->offset);
   rd_kafka_timestamp_type_t type = RD_KAFKA_TIMESTAMP_NOT_AVAILABLE;
-  record.nanoseconds = std::max<std::int64_t>(rd_kafka_message_timestamp(message.get(), &type), 0) * kMillisecond;
+  const std::int64_t milliseconds_since_1970 = rd_kafka_message_timestamp(message.get(), &type);
+  record.nanoseconds = std::clamp<std::int64_t>(milliseconds_since_1970, 0, INT64_MAX / kMillisecond) * kMillisecond;
   record.token = next_token_++;
   record.again = group_.empty() ? 0 : 1;  // what another member did not settle cannot be told from what is new
   if (!group_.empty()) {

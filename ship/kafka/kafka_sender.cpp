@@ -11,6 +11,7 @@ using qzlog_ship::fail_for_good;
 using qzlog_ship::fail_for_now;
 using qzlog_ship::kafka_advice;
 using qzlog_ship::KafkaClient;
+using qzlog_ship::Patience;
 using qzlog_ship::PluginOptions;
 
 namespace {
@@ -66,7 +67,7 @@ std::unique_ptr<KafkaClient> qzlog_sender::open(KafkaClient::Properties more) {
 
 void qzlog_sender::send(std::span<const qzlog_record> records, std::uint32_t timeout_ms,
                         std::span<qzlog_result> results) {
-  const Clock::time_point end = Clock::now() + std::chrono::milliseconds(timeout_ms);
+  Patience patience(host_, timeout_ms, Patience::kToSend);
   is_hopeless_ = is_full_ = false;
   trouble_.clear();
   large_.clear();
@@ -74,8 +75,8 @@ void qzlog_sender::send(std::span<const qzlog_record> records, std::uint32_t tim
   for (std::size_t index = 0; index < records.size() && !is_full_; ++index) {
     produce(*client_, records[index], results[index]);
   }
-  wait(*client_, end);
-  if (!large_.empty() && trouble_.empty()) send_large(records, results, end);
+  wait(*client_, patience);
+  if (!large_.empty() && trouble_.empty()) send_large(records, results, patience);
   if (is_hopeless_) fail_for_good(trouble_);
   if (!trouble_.empty()) fail_for_now(trouble_);
 }
@@ -118,8 +119,8 @@ std::string qzlog_sender::key_of(const qzlog_record& record) {
 }
 
 // What is not acknowledged in time is taken back: nothing is under way when it returns, and every report has come.
-void qzlog_sender::wait(KafkaClient& client, Clock::time_point end) {
-  while (waiting_ > 0 && Clock::now() < end && !is_hopeless_) rd_kafka_flush(client.get(), kLook);
+void qzlog_sender::wait(KafkaClient& client, Patience& patience) {
+  while (waiting_ > 0 && !patience.is_over() && !is_hopeless_) rd_kafka_flush(client.get(), kLook);
   if (waiting_ > 0) {
     rd_kafka_purge(client.get(), RD_KAFKA_PURGE_F_QUEUE | RD_KAFKA_PURGE_F_INFLIGHT);
     while (waiting_ > 0) rd_kafka_poll(client.get(), kLook);
@@ -131,14 +132,14 @@ void qzlog_sender::wait(KafkaClient& client, Clock::time_point end) {
 
 // A topic's limit is for what goes there at once.
 void qzlog_sender::send_large(std::span<const qzlog_record> records, std::span<qzlog_result> results,
-                              Clock::time_point end) {
+                              Patience& patience) {
   if (one_by_one_ == nullptr) one_by_one_ = open({{"batch.num.messages", "1"}});
   const std::vector<qzlog_result*> large = std::exchange(large_, {});
   for (qzlog_result* const result : large) {
     if (is_full_) break;
     produce(*one_by_one_, records[static_cast<std::size_t>(result - results.data())], *result);
   }
-  wait(*one_by_one_, end);
+  wait(*one_by_one_, patience);
   for (qzlog_result* const result : large_) refuse(*result, "it is longer than the topic takes (max.message.bytes)");
 }
 

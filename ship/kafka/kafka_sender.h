@@ -1,7 +1,6 @@
 #ifndef QZLOG_SHIP_KAFKA_KAFKA_SENDER_H
 #define QZLOG_SHIP_KAFKA_KAFKA_SENDER_H
 
-#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <deque>
@@ -11,6 +10,7 @@
 #include <vector>
 
 #include "ship/kafka/kafka_client.h"
+#include "ship/plugin/patience.h"
 #include "ship/transport.h"
 
 /// Writes records to a topic, as an idempotent producer that waits for all replicas in sync.
@@ -21,13 +21,12 @@ struct qzlog_sender final : public qzlog_ship::KafkaEvents {
   void send(std::span<const qzlog_record> records, std::uint32_t timeout_ms, std::span<qzlog_result> results);
 
  private:
-  using Clock = std::chrono::steady_clock;
-
   std::unique_ptr<qzlog_ship::KafkaClient> open(qzlog_ship::KafkaClient::Properties more);
   void produce(qzlog_ship::KafkaClient& client, const qzlog_record& record, qzlog_result& result);
   std::string key_of(const qzlog_record& record);
-  void wait(qzlog_ship::KafkaClient& client, Clock::time_point end);
-  void send_large(std::span<const qzlog_record> records, std::span<qzlog_result> results, Clock::time_point end);
+  void wait(qzlog_ship::KafkaClient& client, qzlog_ship::Patience& patience);
+  void send_large(std::span<const qzlog_record> records, std::span<qzlog_result> results,
+                  qzlog_ship::Patience& patience);
   void refuse(qzlog_result& result, const std::string& reason);
   void take_report(const rd_kafka_message_t& report) override;
 

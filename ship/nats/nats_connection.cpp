@@ -91,7 +91,8 @@ NatsOptionsPtr make_options(const qzlog_settings& settings, const NatsPlace& pla
   set_servers(made, place);
   set_security(made, settings);
   set_credentials(made, settings);
-  const std::int64_t timeout = std::clamp<std::int64_t>(timeout_ms, 1, kMostForOneServer);
+  const auto servers = static_cast<std::int64_t>(place.servers.size());
+  const std::int64_t timeout = std::clamp<std::int64_t>(timeout_ms / servers, 1, kMostForOneServer);
   require_option(natsOptions_SetTimeout(made, timeout), "timeout");
   require_option(natsOptions_SetName(made, settings.client), "name");
   // Whoever uses the connection knows what is lost with it, and makes another one.

@@ -14,10 +14,7 @@ using qzlog_ship::SignalsBlocked;
 
 qzlog_outcome open_sender(const qzlog_settings* settings, const qzlog_host* host, uint32_t timeout_ms,
                           qzlog_sender** sender, qzlog_error* error) {
-  return guarded(error, [&] {
-    const SignalsBlocked blocked;
-    *sender = std::make_unique<qzlog_sender>(*settings, *host, timeout_ms).release();
-  });
+  return guarded(error, [&] { *sender = std::make_unique<qzlog_sender>(*settings, *host, timeout_ms).release(); });
 }
 
 qzlog_outcome send(qzlog_sender* sender, const qzlog_record* records, size_t count, uint32_t timeout_ms,

@@ -1,12 +1,10 @@
 #include "ship/otlp/http_client.h"
 
-#include <pthread.h>
-#include <signal.h>
-
 #include <algorithm>
 #include <cctype>
 
 #include "ship/plugin/plugin_call.h"
+#include "ship/plugin/signals_blocked.h"
 
 namespace qzlog_ship {
 
@@ -14,22 +12,6 @@ namespace {
 
 constexpr std::size_t kMostBodyBytes = 64 * 1024;
 constexpr std::size_t kMostHeaderBytes = 64 * 1024;
-
-/// libcurl asks for names in threads of its own, which inherit what is blocked: signals are for the host's threads.
-class BlockedSignals {
- public:
-  BlockedSignals() {
-    sigset_t all;
-    sigfillset(&all);
-    ::pthread_sigmask(SIG_SETMASK, &all, &before_);
-  }
-  ~BlockedSignals() { ::pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
-  BlockedSignals(const BlockedSignals&) = delete;
-  BlockedSignals& operator=(const BlockedSignals&) = delete;
-
- private:
-  sigset_t before_;
-};
 
 std::string lower(std::string_view text) {
   std::string out(text);
@@ -97,17 +79,17 @@ void HttpClient::set_headers(const HttpSettings& settings) {
   set(CURLOPT_HTTPHEADER, headers_.get());
 }
 
-HttpAnswer HttpClient::post(std::string_view body, std::chrono::milliseconds timeout) {
+HttpAnswer HttpClient::post(std::string_view body, Patience& patience) {
   answer_ = {};
   header_bytes_ = 0;
   has_whole_head_ = false;
   reason_[0] = '\0';
-  const long milliseconds = std::max(1L, static_cast<long>(timeout.count()));
+  const long milliseconds = std::max(1L, static_cast<long>(patience.left().count()));
   set(CURLOPT_POSTFIELDS, body.data());
   set(CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(body.size()));
   set(CURLOPT_TIMEOUT_MS, milliseconds);
   set(CURLOPT_CONNECTTIMEOUT_MS, milliseconds);
-  const CURLcode code = perform();
+  const CURLcode code = perform(patience);
   curl_easy_getinfo(easy_.get(), CURLINFO_RESPONSE_CODE, &answer_.status);
   // Where more came than is kept, the rest is not waited for.
   if (code != CURLE_OK && !answer_.is_cut) fail(code);
@@ -116,18 +98,19 @@ HttpAnswer HttpClient::post(std::string_view body, std::chrono::milliseconds tim
   return std::move(answer_);
 }
 
-CURLcode HttpClient::perform() {
+CURLcode HttpClient::perform(Patience& patience) {
   if (curl_multi_add_handle(multi_.get(), easy_.get()) != CURLM_OK) fail_for_now("libcurl takes no request");
   CURLcode result = CURLE_OK;
   for (int running = 1; running != 0;) {
     CURLMcode code = CURLM_OK;
     {
-      const BlockedSignals blocked;
+      const SignalsBlocked blocked;  // libcurl asks for names in threads of its own
       code = curl_multi_perform(multi_.get(), &running);
     }
-    if (code == CURLM_OK && running != 0) code = curl_multi_poll(multi_.get(), nullptr, 0, 1000, nullptr);
-    if (code == CURLM_OK) continue;
-    result = CURLE_FAILED_INIT;
+    const int slice = static_cast<int>(patience.slice().count());
+    if (code == CURLM_OK && running != 0) code = curl_multi_poll(multi_.get(), nullptr, 0, slice, nullptr);
+    if (code == CURLM_OK && !(running != 0 && patience.is_over())) continue;
+    result = code == CURLM_OK ? CURLE_OPERATION_TIMEDOUT : CURLE_FAILED_INIT;
     break;
   }
   for (int left = 0; const CURLMsg* const message = curl_multi_info_read(multi_.get(), &left);) {

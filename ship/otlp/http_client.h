@@ -3,7 +3,6 @@
 
 #include <curl/curl.h>
 
-#include <chrono>
 #include <cstddef>
 #include <memory>
 #include <string>
@@ -11,6 +10,7 @@
 #include <vector>
 
 #include "ship/otlp/http_answer.h"
+#include "ship/plugin/patience.h"
 
 namespace qzlog_ship {
 
@@ -31,7 +31,7 @@ class HttpClient {
   HttpClient& operator=(const HttpClient&) = delete;
 
   /// Throws a failure where there is no whole answer, which says what to do about it.
-  HttpAnswer post(std::string_view body, std::chrono::milliseconds timeout);
+  HttpAnswer post(std::string_view body, Patience& patience);
 
  private:
   struct EasyCleanup {
@@ -47,7 +47,7 @@ class HttpClient {
   template <class Value>
   void set(CURLoption option, Value value);
   void set_headers(const HttpSettings& settings);
-  CURLcode perform();
+  CURLcode perform(Patience& patience);
   [[noreturn]] void fail(CURLcode code) const;
   static std::size_t take_body(char* bytes, std::size_t size, std::size_t count, void* client);
   static std::size_t take_header(char* bytes, std::size_t size, std::size_t count, void* client);

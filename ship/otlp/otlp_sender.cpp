@@ -57,26 +57,26 @@ qzlog_sender::qzlog_sender(const qzlog_settings& settings, const qzlog_host& hos
   if (options_.credential_count != 0 && options_.http.url.starts_with("http://")) {
     warn("credentials go over the network as they are: otlp+https:// would hide them");
   }
-  const Clock::time_point end = Clock::now() + milliseconds(timeout_ms);
+  qzlog_ship::Patience patience(host, timeout_ms, qzlog_ship::Patience::kToOpen);
   qzlog_ship::wait_until_welcome(options_.http.url, host, milliseconds(timeout_ms));
   write_request({0, 0});
-  post(0, end);
+  post(0, patience);
 }
 
 void qzlog_sender::send(const qzlog_record* records, std::size_t count, std::uint32_t timeout_ms,
                         qzlog_result* results) {
-  const Clock::time_point end = Clock::now() + milliseconds(timeout_ms);
+  qzlog_ship::Patience patience(host_, timeout_ms, qzlog_ship::Patience::kToSend);
   reasons_.clear();
   write_records(records, count);
   // The one to be sent next stands last.
   std::vector<Range> left = requests_of(count);
   std::reverse(left.begin(), left.end());
   while (!left.empty()) {
-    if (Clock::now() >= end) fail_for_now("the receiver took too long for what it was sent");
+    if (patience.is_over()) fail_for_now("the receiver took too long for what it was sent");
     const Range range = left.back();
     left.pop_back();
     write_request(range);
-    settle(range, post(range.size(), end), results, left);
+    settle(range, post(range.size(), patience), results, left);
   }
 }
 
@@ -136,10 +136,9 @@ void qzlog_sender::write_request(Range range) {
   options_.form->end(request_);
 }
 
-qzlog_sender::Verdict qzlog_sender::post(std::size_t count, Clock::time_point end) {
+qzlog_sender::Verdict qzlog_sender::post(std::size_t count, qzlog_ship::Patience& patience) {
   if (options_.compressed) qzlog_ship::compress(request_, compressed_);
-  const auto time = std::chrono::duration_cast<milliseconds>(end - Clock::now());
-  const HttpAnswer answer = client_.post(options_.compressed ? compressed_ : request_, time);
+  const HttpAnswer answer = client_.post(options_.compressed ? compressed_ : request_, patience);
   if (answer.status >= 200 && answer.status < 300) return judge_taken(answer, count);
   switch (answer.status) {
     case 400:

@@ -1,7 +1,6 @@
 #ifndef QZLOG_SHIP_OTLP_OTLP_SENDER_H
 #define QZLOG_SHIP_OTLP_OTLP_SENDER_H
 
-#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <deque>
@@ -24,7 +23,6 @@ struct qzlog_sender {
   void send(const qzlog_record* records, std::size_t count, std::uint32_t timeout_ms, qzlog_result* results);
 
  private:
-  using Clock = std::chrono::steady_clock;
   /// What became of a request.
   enum class Verdict {
     kTaken,
@@ -49,7 +47,7 @@ struct qzlog_sender {
   std::vector<Range> requests_of(std::size_t count) const;
   void settle(Range range, Verdict verdict, qzlog_result* results, std::vector<Range>& left);
   void write_request(Range range);
-  Verdict post(std::size_t count, Clock::time_point end);
+  Verdict post(std::size_t count, qzlog_ship::Patience& patience);
   Verdict judge_taken(const qzlog_ship::HttpAnswer& answer, std::size_t count);
   [[noreturn]] void fail_for_status(const qzlog_ship::HttpAnswer& answer) const;
   std::string said_by(const qzlog_ship::HttpAnswer& answer) const;

@@ -18,13 +18,13 @@ class PlainStream final : public ServerStream {
  public:
   explicit PlainStream(std::unique_ptr<TcpSocket> socket) : ServerStream(std::move(socket)) {}
 
-  void send(std::string_view bytes, Deadline deadline) override {
+  void send(std::string_view bytes, Patience& patience) override {
     while (!bytes.empty()) {
       const ssize_t count = ::send(socket().get(), bytes.data(), bytes.size(), MSG_NOSIGNAL);
       if (count >= 0) {
         bytes.remove_prefix(static_cast<std::size_t>(count));
       } else if (errno == EAGAIN) {
-        socket().wait(POLLOUT, deadline);
+        socket().wait(POLLOUT, patience);
       } else if (errno != EINTR) {
         fail_for_now(std::string("the connection broke: ") + std::strerror(errno));
       }
@@ -32,35 +32,39 @@ class PlainStream final : public ServerStream {
   }
 
   void look_for_end() override {
-    char answer[256];
-    for (;;) {
+    char answer[4096];
+    for (int reads = 0; reads < kMostReads; ++reads) {
       const ssize_t count = ::recv(socket().get(), answer, sizeof answer, 0);
       if (count == 0) fail_for_now("the server ended the connection");
       if (count > 0) continue;
       if (errno == EAGAIN) return;
       if (errno != EINTR) fail_for_now(std::string("the connection broke: ") + std::strerror(errno));
     }
+    fail_for_talking();
   }
 };
 
 }  // namespace
 
-std::unique_ptr<ServerStream> ServerStream::open(const SyslogSettings& settings, Deadline deadline) {
+std::unique_ptr<ServerStream> ServerStream::open(const SyslogSettings& settings, Patience& patience) {
   // A certificate that cannot be read is told before somebody looks for the server.
   std::unique_ptr<TlsContext> context;
   if (settings.is_encrypted) context = std::make_unique<TlsContext>(settings);
-  auto socket = std::make_unique<TcpSocket>(settings.host, settings.port, deadline);
-  if (context) return std::make_unique<TlsStream>(*context, settings.host, std::move(socket), deadline);
+  auto socket = std::make_unique<TcpSocket>(settings.host, settings.port, patience);
+  if (context) return std::make_unique<TlsStream>(*context, settings.host, std::move(socket), patience);
   return std::make_unique<PlainStream>(std::move(socket));
 }
 
+void ServerStream::fail_for_talking() {
+  fail_for_now("the server says more than one of syslog does, and whether it ends the connection cannot be seen");
+}
+
 // Nothing tells when the last byte is confirmed, so it is asked for, at growing distances.
-void ServerStream::wait_until_confirmed(Deadline deadline) {
-  using std::chrono::steady_clock;
+void ServerStream::wait_until_confirmed(Patience& patience) {
   auto pause = std::chrono::microseconds(50);
   while (socket_->unconfirmed() != 0) {
     look_for_end();
-    if (steady_clock::now() >= deadline) fail_for_now("the server does not read in time");
+    if (patience.is_over()) fail_for_now("the server does not read in time");
     const timespec time = {0, std::chrono::nanoseconds(pause).count()};
     ::ppoll(nullptr, 0, &time, nullptr);
     pause = std::min(2 * pause, std::chrono::microseconds(5000));

@@ -13,17 +13,21 @@ namespace qzlog_ship {
 class ServerStream {
  public:
   /// Connects; with TLS, sees that the server is the one that it should be.
-  static std::unique_ptr<ServerStream> open(const SyslogSettings& settings, Deadline deadline);
+  static std::unique_ptr<ServerStream> open(const SyslogSettings& settings, Patience& patience);
   virtual ~ServerStream() = default;
 
   /// Returns when all of it is on its way.
-  virtual void send(std::string_view bytes, Deadline deadline) = 0;
+  virtual void send(std::string_view bytes, Patience& patience) = 0;
   /// Throws when the server has ended the connection. Syslog says nothing back; what comes is thrown away.
   virtual void look_for_end() = 0;
   /// Returns when the server's system has confirmed all that was sent, and the connection still stands.
-  void wait_until_confirmed(Deadline deadline);
+  void wait_until_confirmed(Patience& patience);
 
  protected:
+  /// Reads of what the server says at one look: one that never stops is not listened to for ever.
+  static constexpr int kMostReads = 64;
+  [[noreturn]] static void fail_for_talking();
+
   explicit ServerStream(std::unique_ptr<TcpSocket> socket) : socket_(std::move(socket)) {}
   TcpSocket& socket() { return *socket_; }
 

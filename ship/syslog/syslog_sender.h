@@ -22,6 +22,7 @@ struct qzlog_sender {
  private:
   qzlog_ship::SyslogSettings settings_;
   qzlog_ship::RecordMessage message_;
+  const qzlog_host& host_;
   std::unique_ptr<qzlog_ship::ServerStream> stream_;
   std::string bytes_;
 };

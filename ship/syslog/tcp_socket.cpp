@@ -17,32 +17,28 @@ namespace qzlog_ship {
 
 namespace {
 
-/// Not 0 while there is time left.
-int milliseconds_until(Deadline deadline) {
-  const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now()).count();
-  return static_cast<int>(std::clamp<long long>(left, 0, 3'600'000));
-}
-
-/// False at the deadline.
-bool poll_until(int descriptor, short events, Deadline deadline) {
+/// False at the deadline, or at the end of the patience.
+bool poll_until(int descriptor, short events, Deadline deadline, Patience& patience) {
   for (;;) {
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+    const auto slice = std::clamp(left, std::chrono::milliseconds(0), patience.slice());
     pollfd place = {descriptor, events, 0};
-    const int count = ::poll(&place, 1, milliseconds_until(deadline));
+    const int count = ::poll(&place, 1, static_cast<int>(slice.count()));
     if (count > 0) return true;
-    if (count == 0) return false;
-    if (errno != EINTR) fail_for_now(std::strerror(errno));
+    if (count == 0 && slice == std::chrono::milliseconds(0)) return false;
+    if (count < 0 && errno != EINTR) fail_for_now(std::strerror(errno));
   }
 }
 
 }  // namespace
 
-TcpSocket::TcpSocket(const std::string& host, const std::string& port, Deadline deadline) {
+TcpSocket::TcpSocket(const std::string& host, const std::string& port, Patience& patience) {
   std::string failure;
-  const std::vector<HostAddress> addresses = find_addresses(host, port, deadline);
+  const std::vector<HostAddress> addresses = find_addresses(host, port, patience.end());
   for (std::size_t index = 0; index < addresses.size(); ++index) {
     // An address that does not answer leaves time for the others.
-    const auto left = (deadline - std::chrono::steady_clock::now()) / static_cast<long>(addresses.size() - index);
-    if (connect(addresses[index], std::chrono::steady_clock::now() + left, failure)) return;
+    const auto left = (patience.end() - std::chrono::steady_clock::now()) / static_cast<long>(addresses.size() - index);
+    if (connect(addresses[index], std::chrono::steady_clock::now() + left, patience, failure)) return;
     reset();
   }
   fail_for_now("no connection: " + failure);
@@ -55,7 +51,7 @@ void TcpSocket::reset() noexcept {
   descriptor_ = -1;
 }
 
-bool TcpSocket::connect(const HostAddress& address, Deadline deadline, std::string& failure) {
+bool TcpSocket::connect(const HostAddress& address, Deadline deadline, Patience& patience, std::string& failure) {
   descriptor_ = ::socket(address.storage.ss_family, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
   int error = descriptor_ < 0 ? errno : 0;
   const auto* const place = reinterpret_cast<const sockaddr*>(&address.storage);
@@ -63,7 +59,8 @@ bool TcpSocket::connect(const HostAddress& address, Deadline deadline, std::stri
   if (error == EINPROGRESS) {
     error = ETIMEDOUT;
     socklen_t size = sizeof error;
-    if (poll_until(descriptor_, POLLOUT, deadline)) ::getsockopt(descriptor_, SOL_SOCKET, SO_ERROR, &error, &size);
+    if (poll_until(descriptor_, POLLOUT, deadline, patience))
+      ::getsockopt(descriptor_, SOL_SOCKET, SO_ERROR, &error, &size);
   }
   if (error != 0) {
     failure = std::strerror(error);
@@ -76,8 +73,9 @@ bool TcpSocket::connect(const HostAddress& address, Deadline deadline, std::stri
   return true;
 }
 
-void TcpSocket::wait(short events, Deadline deadline) const {
-  if (!poll_until(descriptor_, events, deadline)) fail_for_now("the server does not read, or does not answer, in time");
+void TcpSocket::wait(short events, Patience& patience) const {
+  if (!poll_until(descriptor_, events, patience.end(), patience))
+    fail_for_now("the server does not read, or does not answer, in time");
 }
 
 std::size_t TcpSocket::unconfirmed() const {

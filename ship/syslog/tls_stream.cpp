@@ -77,7 +77,7 @@ void TlsContext::take_own(const std::string& file) {
 }
 
 TlsStream::TlsStream(const TlsContext& context, const std::string& host, std::unique_ptr<TcpSocket> socket,
-                     Deadline deadline)
+                     Patience& patience)
     : ServerStream(std::move(socket)), session_(::SSL_new(context.get())) {
   if (!session_) throw std::bad_alloc();
   expect_host(host);
@@ -86,7 +86,7 @@ TlsStream::TlsStream(const TlsContext& context, const std::string& host, std::un
     ::ERR_clear_error();
     const int result = ::SSL_connect(session_.get());
     if (result == 1) return;
-    wait_after(result, deadline);
+    wait_after(result, patience);
   }
 }
 
@@ -101,12 +101,12 @@ void TlsStream::expect_host(const std::string& host) {
   }
 }
 
-void TlsStream::wait_after(int result, Deadline deadline) {
+void TlsStream::wait_after(int result, Patience& patience) {
   const int error = ::SSL_get_error(session_.get(), result);
   if (error == SSL_ERROR_WANT_READ) {
-    socket().wait(POLLIN, deadline);
+    socket().wait(POLLIN, patience);
   } else if (error == SSL_ERROR_WANT_WRITE) {
-    socket().wait(POLLOUT, deadline);
+    socket().wait(POLLOUT, patience);
   } else {
     fail(error);
   }
@@ -133,7 +133,7 @@ void TlsStream::fail(int error) {
   fail_for_now("the connection broke: " + reason_of_failure());
 }
 
-void TlsStream::send(std::string_view bytes, Deadline deadline) {
+void TlsStream::send(std::string_view bytes, Patience& patience) {
   while (!bytes.empty()) {
     ::ERR_clear_error();
     std::size_t count = 0;
@@ -145,20 +145,21 @@ void TlsStream::send(std::string_view bytes, Deadline deadline) {
       look_for_end();
       fail_for_now("the connection broke");
     } else {
-      wait_after(result, deadline);
+      wait_after(result, patience);
     }
   }
 }
 
 void TlsStream::look_for_end() {
-  char answer[256];
+  char answer[4096];
   std::size_t count = 0;
-  int result = 0;
-  do {
+  int result = 1;
+  for (int reads = 0; result == 1; ++reads) {
+    if (reads == kMostReads) fail_for_talking();
     ::ERR_clear_error();
     errno = 0;
     result = ::SSL_read_ex(session_.get(), answer, sizeof answer, &count);
-  } while (result == 1);
+  }
   const int error = ::SSL_get_error(session_.get(), result);
   if (error != SSL_ERROR_WANT_READ && error != SSL_ERROR_WANT_WRITE) fail(error);
 }

@@ -31,15 +31,15 @@ class TlsContext {
 /// TLS 1.2, with a server whose certificate is for the host and signed by whom we trust (RFC 5425).
 class TlsStream final : public ServerStream {
  public:
-  TlsStream(const TlsContext& context, const std::string& host, std::unique_ptr<TcpSocket> socket, Deadline deadline);
+  TlsStream(const TlsContext& context, const std::string& host, std::unique_ptr<TcpSocket> socket, Patience& patience);
 
-  void send(std::string_view bytes, Deadline deadline) override;
+  void send(std::string_view bytes, Patience& patience) override;
   void look_for_end() override;
 
  private:
   void expect_host(const std::string& host);
   /// Waits for what a call that returned `result` needs; throws where it failed.
-  void wait_after(int result, Deadline deadline);
+  void wait_after(int result, Patience& patience);
   [[noreturn]] void fail(int error);
 
   struct Free {

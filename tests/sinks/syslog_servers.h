@@ -9,11 +9,15 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <atomic>
+#include <cerrno>
+#include <chrono>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <stdexcept>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -180,6 +184,34 @@ class StreamServer {
   ServerSocket listener_;
   ServerSocket connection_;
   std::string bytes_;
+};
+
+/// Sends and sends to a client, for five seconds at most, as fast as it can.
+class TalkingServer {
+ public:
+  explicit TalkingServer(int connection) : thread_([this, connection] { talk(connection); }) {}
+  ~TalkingServer() {
+    is_enough_ = true;
+    thread_.join();
+  }
+  TalkingServer(const TalkingServer&) = delete;
+  TalkingServer& operator=(const TalkingServer&) = delete;
+
+ private:
+  void talk(int connection) const {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(5);
+    const std::string words(1U << 18, 'x');
+    std::string heard(1U << 16, ' ');
+    while (!is_enough_ && std::chrono::steady_clock::now() < end) {
+      pollfd place = {connection, POLLOUT | POLLIN, 0};
+      if (poll(&place, 1, 100) <= 0) continue;
+      if (send(connection, words.data(), words.size(), MSG_DONTWAIT | MSG_NOSIGNAL) < 0 && errno != EAGAIN) return;
+      if (recv(connection, heard.data(), heard.size(), MSG_DONTWAIT) == 0) return;
+    }
+  }
+
+  std::atomic<bool> is_enough_{false};
+  std::thread thread_;
 };
 
 }  // namespace qz_test

@@ -539,6 +539,21 @@ TEST_F(SyslogSink, TcpServerThatDoesNotRead_IsWaitedForOnce_AndNothingIsTornOrDo
   EXPECT_EQ(server.rest(), "");
 }
 
+TEST_F(SyslogSink, TcpServerThatNeverStopsTalking_IsNotListenedToForEver) {
+  StreamServer server;
+  qz_LOG_SyslogSink sink(tcp(server.port()));
+  EXPECT_TRUE(sink.Write(disk()));
+  ASSERT_TRUE(server.accept());
+  const TalkingServer talking(server.connection().get());
+  EXPECT_LT(milliseconds_of([&] {
+              for (int count = 0; count < 50; ++count) {
+                std::this_thread::sleep_for(std::chrono::milliseconds(2));
+                EXPECT_TRUE(sink.Write(disk()));
+              }
+            }),
+            3000);
+}
+
 TEST_F(SyslogSink, TcpServerThatEndsAndStartsAgain_IsFound) {
   StreamServer server;
   qz_LOG_SyslogSink sink(tcp(server.port()));

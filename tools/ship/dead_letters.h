@@ -28,6 +28,8 @@ class DeadLetters {
   void add(const DeadLetter& letter);
   /// Brings those that were added to the disk; false where there were none.
   bool sync();
+  /// Of letters that were not brought there yet.
+  std::size_t held_bytes() const { return text_.size(); }
 
   /// Since the start of the process.
   std::uint64_t count() const noexcept { return count_; }

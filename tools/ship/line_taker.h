@@ -26,6 +26,8 @@ class LineTaker {
   virtual bool take(std::string_view line, const LineVerdict& verdict, const ReadLine& at) = 0;
   /// Told of what is no line: it is longer than may be.
   virtual bool take_long_line(const ReadLine& at) = 0;
+  /// Asked within a line that is read for long: true where the command is to end.
+  virtual bool must_end() { return false; }
   /// Told that something is not as expected.
   virtual void warn(const std::string& text) = 0;
   /// Told that something cannot be read now; once for each text.

@@ -112,6 +112,7 @@ ShippedFile::Step ShippedFile::skip_long_line(LineTaker& taker) {
     if (count == 0) return Step::kNothingMore;  // it has no end yet
     const std::size_t line_feed = std::string_view(piece).substr(0, count).find('\n');
     if (line_feed == std::string_view::npos) {
+      if (taker.must_end()) return Step::kEnough;
       end += count;
       continue;
     }

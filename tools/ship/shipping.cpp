@@ -17,6 +17,8 @@ using qzlog_compiler::Severity;
 
 /// So much is read at most of lines that nobody wants before anything else is done.
 constexpr std::uint64_t kMostPassedBytes = std::uint64_t{16} << 20;
+/// A letter has much more than a short line.
+constexpr std::size_t kMostLetterBytes = std::size_t{16} << 20;
 
 std::string_view view_of(const qzlog_text& text) { return {text.bytes, text.size}; }
 
@@ -69,7 +71,9 @@ std::vector<LineVerdict> Shipping::judge(std::string_view block) {
 }
 
 /// However much is there that nobody wants, signals are heard and the state moves.
-bool Shipping::must_pause() { return passed_bytes_ > kMostPassedBytes || is_ending(); }
+bool Shipping::must_pause() {
+  return passed_bytes_ > kMostPassedBytes || parts_.dead_letters.held_bytes() > kMostLetterBytes || is_ending();
+}
 
 bool Shipping::take(std::string_view line, const LineVerdict& verdict, const ReadLine& at) {
   if (must_pause() || !batch_.has_room_for(line.size())) return false;

@@ -72,6 +72,7 @@ class Shipping : public LineTaker {
   std::vector<LineVerdict> judge(std::string_view block) override;
   bool take(std::string_view line, const LineVerdict& verdict, const ReadLine& at) override;
   bool take_long_line(const ReadLine& at) override;
+  bool must_end() override { return is_ending(); }
   void warn(const std::string& text) override;
   void complain(const std::string& text) override;
   void miss(const std::string& text) override;

@@ -1,8 +1,12 @@
 #include "tools/transport/transport_settings.h"
 
+#include <sys/stat.h>
+
 #include <iterator>
+#include <string>
 
 #include "tools/compiler/text/utf8_text.h"
+#include "tools/system/command_error.h"
 
 namespace qzlog_tool {
 
@@ -10,9 +14,18 @@ namespace {
 
 const char* text_or_null(const std::string& text) { return text.empty() ? nullptr : text.c_str(); }
 
+// One that nobody writes to, such as a pipe, would be waited for without end by the libraries of plug-ins.
+void refuse_odd_file(const char* option, const std::string& path) {
+  struct stat status = {};
+  if (path.empty() || ::stat(path.c_str(), &status) != 0 || S_ISREG(status.st_mode)) return;
+  throw CommandError(kExitCannotRun, std::string(option) + ": '" + path + "' is no regular file");
+}
+
 }  // namespace
 
 TransportSettings::TransportSettings(const TransportUrl& url, const TransportOptions& options) : settings_() {
+  refuse_odd_file("--ca", options.ca_file);
+  refuse_odd_file("--credentials", options.credentials_file);
   for (const auto& [key, value] : options.options) options_.push_back({key.c_str(), value.c_str()});
   settings_.size = sizeof settings_;
   settings_.url = url.text().c_str();

@@ -54,7 +54,7 @@ TEST_F(KafkaFaults, ShipperKilled_EveryLineArrives) {
       EXPECT_EQ(shipper.wait(), -SIGKILL) << read("said");
     }
   });
-  EXPECT_EQ(ship_to(cluster_.url()).err, "");
+  EXPECT_EQ(ship_to(cluster_.url(), "--option key=none").err, "");
   expect_all(written);
 }
 

@@ -81,6 +81,10 @@ TEST_F(KafkaSending, WhatCannotBe_IsOneErrorAndLosesNothing) {
       {"kafka:///T", "the URL names no broker: kafka://HOST:PORT/TOPIC"},
       {cluster_.url("a%20b"), "the URL names no topic"},
       {cluster_.url() + " --option rdkafka.acks=1", "--option rdkafka.acks is not the operator's to set"},
+      {cluster_.url() + " --option rdkafka.test.mock.num.brokers=3",
+       "--option rdkafka.test.mock.num.brokers is not the operator's to set"},
+      {cluster_.url() + " --option rdkafka.delivery.report.only.error=true",
+       "--option rdkafka.delivery.report.only.error is not the operator's to set"},
       {cluster_.url() + " --option rdkafka.linger.ms=never", "cannot set linger.ms"},
       {cluster_.url() + " --option keys=host", "there is no --option keys for this receiver"}};
   for (const auto& [url, reason] : cases) {

@@ -193,5 +193,26 @@ TEST_F(ShipFilesCommand, FolderOrReceiverThatMoved_GoesOnWithTheState) {
   EXPECT_EQ(run("wc -l < gotten/records.tsv").out, "6\n");
 }
 
+TEST_F(ShipFilesCommand, PipesForCertificatesAndCredentials_AreRefused) {
+  append("logs/s.20261121.0001", lines(1, 3));
+  run("mkfifo pipe");
+  for (const std::string option : {"--ca", "--credentials"}) {
+    const CommandResult result =
+        run("timeout 10 $QZLOG ship logs/s --state state.json --to " + url() + " " + option + " pipe");
+    EXPECT_EQ(result.status, 2);
+    EXPECT_NE(result.err.find(option + ": 'pipe' is no regular file"), std::string::npos) << result.err;
+  }
+}
+
+TEST_F(ShipFilesCommand, LineWithoutEnd_DoesNotKeepTheCommandFromEnding) {
+  append("logs/s.20261121.0001", lines(1, 3));
+  std::filesystem::resize_file(folder_.path("logs/s.20261121.0001"), std::uintmax_t{1} << 38U);
+  Shipper shipper(folder_.path(), arguments());
+  std::this_thread::sleep_for(std::chrono::milliseconds(700));  // within the line by then
+  const auto begun = std::chrono::steady_clock::now();
+  shipper.end();
+  EXPECT_LT(std::chrono::steady_clock::now() - begun, std::chrono::seconds(5));
+}
+
 }  // namespace
 }  // namespace qzlog_test
