@@ -11,6 +11,7 @@
 #include <fstream>
 #include <vector>
 
+#include "ship/file/lock_wait.h"
 #include "ship/plugin/plugin_call.h"
 
 namespace {
@@ -41,9 +42,8 @@ off_t end_of_lines(int descriptor, off_t size) {
 /// While it lives no other sender writes to the file.
 class qzlog_sender::Lock {
  public:
-  explicit Lock(int descriptor) : descriptor_(descriptor) {
-    while (::flock(descriptor_, LOCK_EX) != 0 && errno == EINTR) {
-    }
+  Lock(int descriptor, const std::string& path) : descriptor_(descriptor) {
+    qzlog_ship::wait_for_lock(path, [descriptor] { return ::flock(descriptor, LOCK_EX | LOCK_NB); });
   }
   ~Lock() { ::flock(descriptor_, LOCK_UN); }
   Lock(const Lock&) = delete;
@@ -67,19 +67,21 @@ qzlog_sender::qzlog_sender(const qzlog_settings& settings, qzlog_ship::PluginOpt
   open();
 }
 
-qzlog_sender::~qzlog_sender() {
-  if (descriptor_ >= 0) ::close(descriptor_);
-}
-
+// A pipe would take lines that nobody keeps.
 void qzlog_sender::open() {
-  descriptor_ = ::open(file_.path.c_str(), O_RDWR | O_CREAT | O_APPEND | O_CLOEXEC, 0644);
-  if (descriptor_ < 0) {
+  descriptor_ =
+      qzlog_ship::Descriptor(::open(file_.path.c_str(), O_RDWR | O_CREAT | O_APPEND | O_CLOEXEC | O_NONBLOCK, 0644));
+  if (descriptor_.get() < 0) {
     const int error = errno;
     const std::string text = "cannot write to '" + file_.path + "': " + reason_of(error);
     if (error == EACCES || error == EROFS || error == EISDIR || error == EPERM) fail_for_good(text);
     fail_for_now(text);
   }
-  const Lock lock(descriptor_);
+  struct stat status = {};
+  if (::fstat(descriptor_.get(), &status) == 0 && !S_ISREG(status.st_mode)) {
+    fail_for_good("'" + file_.path + "' is no regular file: move it away");
+  }
+  const Lock lock(descriptor_.get(), file_.path);
   cut_off_torn_line();
   if (drops_doubles_) learn_identities();
 }
@@ -87,9 +89,9 @@ void qzlog_sender::open() {
 // Of a sender that was ended while it wrote.
 void qzlog_sender::cut_off_torn_line() {
   struct stat status = {};
-  if (::fstat(descriptor_, &status) != 0 || !S_ISREG(status.st_mode)) return;
-  const off_t end = end_of_lines(descriptor_, status.st_size);
-  if (end != status.st_size && ::ftruncate(descriptor_, end) != 0) {
+  if (::fstat(descriptor_.get(), &status) != 0) fail_for_now(reason_of(errno));
+  const off_t end = end_of_lines(descriptor_.get(), status.st_size);
+  if (end != status.st_size && ::ftruncate(descriptor_.get(), end) != 0) {
     fail_for_now("cannot cut off a torn line of '" + file_.path + "': " + reason_of(errno));
   }
 }
@@ -145,20 +147,20 @@ void qzlog_sender::send(const qzlog_record* records, std::size_t count, std::uin
 // All of it or nothing.
 void qzlog_sender::write(const std::string& text) {
   if (text.empty()) return;
-  const Lock lock(descriptor_);
+  const Lock lock(descriptor_.get(), file_.path);
   struct stat status = {};
-  if (::fstat(descriptor_, &status) != 0) fail_for_now(reason_of(errno));
+  if (::fstat(descriptor_.get(), &status) != 0) fail_for_now(reason_of(errno));
   for (std::size_t at = 0; at < text.size();) {
-    const ssize_t count = ::write(descriptor_, text.data() + at, text.size() - at);
+    const ssize_t count = ::write(descriptor_.get(), text.data() + at, text.size() - at);
     if (count >= 0) {
       at += static_cast<std::size_t>(count);
     } else if (errno != EINTR) {
       const int error = errno;
-      [[maybe_unused]] const int cut = ::ftruncate(descriptor_, status.st_size);
+      [[maybe_unused]] const int cut = ::ftruncate(descriptor_.get(), status.st_size);
       fail_for_now("cannot write to '" + file_.path + "': " + reason_of(error));
     }
   }
-  while (syncs_ && ::fdatasync(descriptor_) != 0 && errno != EINVAL) {
+  while (syncs_ && ::fdatasync(descriptor_.get()) != 0 && errno != EINVAL) {
     if (errno != EINTR) fail_for_now("cannot bring '" + file_.path + "' to the disk: " + reason_of(errno));
   }
 }

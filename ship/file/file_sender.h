@@ -9,15 +9,13 @@
 
 #include "ship/file/fault_plan.h"
 #include "ship/file/record_file.h"
+#include "ship/plugin/descriptor.h"
 #include "ship/transport.h"
 
 /// Appends records to a file, which other senders may do too. A record is acknowledged when it is on the disk.
 struct qzlog_sender {
  public:
   qzlog_sender(const qzlog_settings& settings, qzlog_ship::PluginOptions options);
-  ~qzlog_sender();
-  qzlog_sender(const qzlog_sender&) = delete;
-  qzlog_sender& operator=(const qzlog_sender&) = delete;
 
   void send(const qzlog_record* records, std::size_t count, std::uint32_t timeout_ms, qzlog_result* results);
 
@@ -34,7 +32,7 @@ struct qzlog_sender {
   qzlog_ship::RecordFileName file_;
   bool drops_doubles_;
   bool syncs_;
-  int descriptor_ = -1;
+  qzlog_ship::Descriptor descriptor_;
   std::unordered_set<std::string> known_;  // identities that are there, where doubles are dropped
   std::string text_;
 };

@@ -7,6 +7,8 @@
 #include <cstdio>
 #include <cstring>
 
+#include "ship/file/lock_wait.h"
+#include "ship/plugin/descriptor.h"
 #include "ship/plugin/plugin_call.h"
 
 namespace qzlog_ship {
@@ -35,9 +37,7 @@ class ChangeLock {
  public:
   ChangeLock(int descriptor, const std::string& path) : descriptor_(descriptor) {
     struct flock lock = byte_lock(F_WRLCK, 0);
-    while (::fcntl(descriptor_, F_OFD_SETLKW, &lock) != 0) {
-      if (errno != EINTR) fail_on("lock", path);
-    }
+    wait_for_lock(path, [descriptor, &lock] { return ::fcntl(descriptor, F_OFD_SETLK, &lock); });
   }
   ~ChangeLock() {
     struct flock lock = byte_lock(F_UNLCK, 0);
@@ -48,17 +48,6 @@ class ChangeLock {
 
  private:
   int descriptor_;
-};
-
-/// A descriptor that is closed.
-struct Opened {
-  explicit Opened(int opened) : descriptor(opened) {}
-  ~Opened() {
-    if (descriptor >= 0) ::close(descriptor);
-  }
-  Opened(const Opened&) = delete;
-  Opened& operator=(const Opened&) = delete;
-  int descriptor;
 };
 
 bool write_all(int descriptor, const std::string& text) {
@@ -124,15 +113,15 @@ void GroupFile::change(const std::function<void(GroupState& state)>& change) {
 }
 
 std::optional<GroupState> GroupFile::read() const {
-  const Opened file(::open(path_.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
-  if (file.descriptor < 0) {
+  const Descriptor file(::open(path_.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
+  if (file.get() < 0) {
     if (errno == ENOENT) return std::nullopt;
     fail_on("read", path_);
   }
   std::string text;
   char block[4096];
   while (text.size() <= kMostBytes) {
-    const ssize_t count = ::read(file.descriptor, block, sizeof block);
+    const ssize_t count = ::read(file.get(), block, sizeof block);
     if (count < 0 && errno != EINTR) fail_on("read", path_);
     if (count == 0) break;
     if (count > 0) text.append(block, static_cast<std::size_t>(count));
@@ -145,8 +134,8 @@ std::optional<GroupState> GroupFile::read() const {
 
 void GroupFile::write(const GroupState& state) const {
   const std::string written = path_ + ".new";
-  Opened file(::open(written.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, kPermissions));
-  if (file.descriptor < 0 || !write_all(file.descriptor, state.text())) fail_on("write", written);
+  Descriptor file(::open(written.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, kPermissions));
+  if (file.get() < 0 || !write_all(file.get(), state.text())) fail_on("write", written);
   if (::rename(written.c_str(), path_.c_str()) != 0) fail_on("write", path_);
 }
 

@@ -10,6 +10,7 @@
 #include <cstring>
 #include <utility>
 
+#include "ship/plugin/descriptor.h"
 #include "ship/plugin/plugin_call.h"
 
 namespace qzlog_ship {
@@ -17,20 +18,6 @@ namespace qzlog_ship {
 namespace {
 
 constexpr std::size_t kMostBytes = std::size_t{64} << 10;
-
-class OpenFile {
- public:
-  explicit OpenFile(const std::string& path) : descriptor_(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)) {}
-  ~OpenFile() {
-    if (descriptor_ >= 0) ::close(descriptor_);
-  }
-  OpenFile(const OpenFile&) = delete;
-  OpenFile& operator=(const OpenFile&) = delete;
-  int get() const { return descriptor_; }
-
- private:
-  int descriptor_;
-};
 
 [[noreturn]] void refuse_file(const std::string& path, const std::string& reason) {
   fail_for_good("cannot read the credentials in '" + path + "': " + reason);
@@ -55,7 +42,7 @@ std::string trimmed(const std::string& text) {
 }  // namespace
 
 std::string read_credentials(const std::string& path) {
-  const OpenFile file(path);
+  const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
   if (file.get() < 0) refuse_file(path, std::strerror(errno));
   struct stat status = {};
   if (::fstat(file.get(), &status) == 0 && S_ISDIR(status.st_mode)) refuse_file(path, std::strerror(EISDIR));

@@ -17,6 +17,7 @@ namespace qzlog_tool {
 namespace {
 
 constexpr std::size_t kBlock = std::size_t{256} << 10;
+constexpr std::uint64_t kMostSeenAtOnce = std::uint64_t{64} << 20;  // of a line that is too long
 
 [[noreturn]] void refuse(const std::string& path, int error) {
   throw UnreadableInput("cannot read '" + path + "': " + std::strerror(error));
@@ -72,6 +73,7 @@ ShippedFile::Step ShippedFile::read_some(LineTaker& taker) {
 void ShippedFile::begin_again(LineTaker& taker) {
   taker.warn("'" + progress_->path + "' became shorter: it is delivered from its beginning");
   block_begin_ = 0;
+  long_line_seen_ = 0;
 }
 
 /// Reads whole lines. False where not even one ends: the block then holds as much of it as there is, or more than a
@@ -104,21 +106,23 @@ void ShippedFile::drop_block() {
 
 /// The block holds the beginning of a line that has too much.
 ShippedFile::Step ShippedFile::skip_long_line(LineTaker& taker) {
-  std::uint64_t end = block_begin_ + block_.size();
+  std::uint64_t end = std::max(block_begin_ + block_.size(), long_line_seen_);
+  const std::uint64_t enough = end + kMostSeenAtOnce;
   drop_block();
   std::string piece(kBlock, ' ');
-  for (;;) {
+  for (;; long_line_seen_ = end) {
     const std::size_t count = read_at(end, piece.data(), piece.size());
     if (count == 0) return Step::kNothingMore;  // it has no end yet
     const std::size_t line_feed = std::string_view(piece).substr(0, count).find('\n');
     if (line_feed == std::string_view::npos) {
-      if (taker.must_end()) return Step::kEnough;
+      if (taker.must_end() || end > enough) return Step::kEnough;  // others wait
       end += count;
       continue;
     }
     const ReadLine at = {progress_.get(), block_begin_, end + line_feed + 1};
     if (!taker.take_long_line(at)) return Step::kEnough;
     block_begin_ = at.end;
+    long_line_seen_ = 0;
     return Step::kGoOn;
   }
 }

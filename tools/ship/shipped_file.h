@@ -66,6 +66,7 @@ class ShippedFile {
   std::string block_;                  // lines with their ends
   std::size_t file_bytes_ = 0;         // of the block: one less where the file lacks the last line feed
   std::uint64_t block_begin_;          // where it stands in the file
+  std::uint64_t long_line_seen_ = 0;   // up to where a line that is too long has no end
   std::size_t given_ = 0;              // of it
   std::vector<LineVerdict> verdicts_;  // on its lines; empty: all are wanted
   std::size_t line_ = 0;               // the number of the next one in the block

@@ -1,7 +1,6 @@
 // What the transport to OTLP makes of answers: nothing that a receiver did not take is lost, and nothing that it does
 // take is refused.
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 #include <algorithm>
 #include <chrono>
@@ -263,14 +262,6 @@ TEST_F(OtlpAnswers, CredentialsThatAreNoHeaders_AreAnErrorWithoutThem) {
   EXPECT_EQ(outcome_, QZLOG_NEVER);
   EXPECT_EQ(reason_, "line 2 of the file of credentials '" + options_.credentials_file +
                          "' is no header: lines are as in 'Authorization: Bearer TOKEN'");
-}
-
-TEST_F(OtlpAnswers, CredentialsInAPipeThatNobodyWrites_AreNotWaitedFor) {
-  options_.credentials_file = folder_.path("credentials");
-  ASSERT_EQ(::mkfifo(options_.credentials_file.c_str(), 0600), 0);
-  send("otlp+http://127.0.0.1:1/v1/logs", numbered(1));
-  EXPECT_EQ(outcome_, QZLOG_NEVER);
-  EXPECT_EQ(reason_, "the file of credentials '" + options_.credentials_file + "' has no header");
 }
 
 TEST_F(OtlpAnswers, NobodyThere_IsWaitedFor) {

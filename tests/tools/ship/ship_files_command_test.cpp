@@ -1,5 +1,7 @@
 // What stands in place of the shipper's own files, and what is in them.
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -8,6 +10,7 @@
 #include <string>
 
 #include "tests/tools/ship/ship_fixture.h"
+#include "tools/system/file_descriptor.h"
 
 namespace qzlog_test {
 namespace {
@@ -27,7 +30,8 @@ class ShipFilesCommand : public ShipFixture {
   void pipe(const std::string& name) const { EXPECT_EQ(::mkfifo(folder_.path(name).c_str(), 0600), 0); }
   /// Ends soon, with this.
   void expect_refusal(const std::string& said) const {
-    const CommandResult result = run("timeout 20 $QZLOG ship logs/s --once --state state.json --to " + url());
+    const CommandResult result =
+        run("timeout 20 $QZLOG ship logs/s --once --option keep=records --state state.json --to " + url());
     EXPECT_EQ(result.status, 2);
     EXPECT_NE(result.err.find(said), std::string::npos) << result.err;
     EXPECT_EQ(read("others"), "what others have");
@@ -212,6 +216,30 @@ TEST_F(ShipFilesCommand, LineWithoutEnd_DoesNotKeepTheCommandFromEnding) {
   const auto begun = std::chrono::steady_clock::now();
   shipper.end();
   EXPECT_LT(std::chrono::steady_clock::now() - begun, std::chrono::seconds(5));
+}
+
+TEST_F(ShipFilesCommand, LinesBeforeOneWithoutEnd_DoNotWaitForIt) {
+  append("logs/s.20261121.0001", lines(4, 6));
+  std::filesystem::resize_file(folder_.path("logs/s.20261121.0001"), std::uintmax_t{1} << 38U);
+  Shipper shipper(folder_.path(), arguments());
+  EXPECT_TRUE(wait_until([this] { return received().size() == 6; }));
+  shipper.end();
+}
+
+TEST_F(ShipFilesCommand, PipeInPlaceOfTheReceiversFile_TakesNothing) {
+  pipe("got/records.tsv");
+  expect_refusal("records.tsv' is no regular file: move it away");
+}
+
+TEST_F(ShipFilesCommand, ReceiversFileThatOthersHaveLocked_IsWaitedForAndToldOf) {
+  append("got/records.tsv", "");
+  const qzlog_tool::FileDescriptor other(::open(folder_.path("got/records.tsv").c_str(), O_RDONLY));
+  ASSERT_EQ(::flock(other.get(), LOCK_EX), 0);
+  Shipper shipper(folder_.path(), arguments());
+  EXPECT_TRUE(wait_until([this] { return read("said").find("somebody else has locked '") != std::string::npos; }));
+  ::flock(other.get(), LOCK_UN);
+  EXPECT_TRUE(wait_until([this] { return received().size() == 3; }));
+  shipper.end();
 }
 
 }  // namespace
