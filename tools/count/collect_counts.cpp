@@ -51,6 +51,14 @@ both have counted, 'qzlog count merge' counts once. Days are those of the proces
 the day when the receiver took it. A signal (SIGINT, SIGTERM, SIGHUP) ends it when the batch at hand is written.
 )";
 
+constexpr const char* kCollectOriginFooter =
+    R"(--from is the URL of a receiver that has what 'qzlog ship' has delivered
+(nats://HOST:PORT/STREAM, kafka://HOST:PORT/TOPIC, file:///FOLDER); --start says
+where to begin: beginning (the default), now, sequence=N or a TIME. All
+collectors with the same --group share the entries. A receiver that is away is
+waited for.
+)";
+
 constexpr const char* kCollectExamples = R"(
 Examples:
   qzlog count collect --definitions shop.ldf --batches counts \
@@ -177,11 +185,11 @@ void add_batch_options(CLI::App& command, CollectOptions& options) {
 void add_collect_counts(CLI::App& count_command, int& exit_status) {
   const auto options = std::make_shared<CollectOptions>();
   CLI::App* const command = count_command.add_subcommand("collect", "Count the entries of a receiver in batches");
-  command->footer(std::string(kCollectFooter) + '\n' + kOriginFooter + '\n' + kChoiceFooter + kCollectExamples);
+  command->footer(std::string(kCollectFooter) + '\n' + kCollectOriginFooter + '\n' + kChoiceFooter + kCollectExamples);
   add_definition_options(*command, options->definitions);
   add_batch_options(*command, *options);
   add_origin_options(*command, options->origin);
-  command->get_option("--from")->required();
+  command->get_option("--from")->required()->description("Read what this receiver has")->type_name("URL");
   add_choice_options(*command, options->choice);
   // A batch is no list of entries with a beginning and an end; and lines are counted once anyway.
   for (const char* const name : {"--tail", "--head", "--unique"}) command->remove_option(command->get_option(name));

@@ -13,6 +13,7 @@
 #include "tools/count/count_merge.h"
 #include "tools/count/counter_file.h"
 #include "tools/options/option_checks.h"
+#include "tools/report/command_message.h"
 #include "tools/system/command_error.h"
 #include "tools/system/output_file.h"
 
@@ -44,6 +45,18 @@ struct FolderBatches {
   BatchFolder& folder;
   std::vector<std::string> names;
 };
+
+/// Where a folder was named by mistake, a counter without its counts would take the place of one that has them.
+bool tell_empty_folders(const MergeOptions& options, const std::vector<FolderBatches>& batches) {
+  bool has_any = false;
+  for (std::size_t index = 0; index < batches.size(); ++index) {
+    has_any = has_any || !batches[index].names.empty();
+    if (!batches[index].names.empty()) continue;
+    print_command_message(qzlog_compiler::Severity::kWarning,
+                          "there are no batches of 'qzlog count collect' in '" + options.folders[index] + "'");
+  }
+  return has_any;
+}
 
 bool is_folded(const std::string& name) { return name == BatchFolder::kFolded; }
 
@@ -97,6 +110,9 @@ int merge(const MergeOptions& options) {
   for (const std::string& path : options.folders) locks.emplace_back(folders.emplace_back(path, false).descriptor());
   std::vector<FolderBatches> batches;
   for (BatchFolder& folder : folders) batches.push_back({folder, folder.names()});
+  if (!tell_empty_folders(options, batches)) {
+    throw CommandError(kExitCannotRun, "there is nothing to merge: '" + counter.file + "' is not written");
+  }
   CountMerge merge;
   add_folded(batches, merge);
   add_others(batches, merge);

@@ -115,6 +115,21 @@ TEST_F(CollectCounts, WrongUse_IsToldWithTheNextStep) {
   EXPECT_EQ(merge("counts ./counts").err, "qzlog: error: './counts' is given twice\n");
 }
 
+TEST_F(CollectCounts, FolderWithoutBatches_ReplacesNoCounter) {
+  deliver(1, 100);
+  EXPECT_EQ(collect().status, 0);
+  EXPECT_EQ(merge().status, 0);
+  EXPECT_EQ(counts(), "[100]\n");
+  std::filesystem::create_directory(folder_.path("empty"));
+  const CommandResult result = merge("empty");
+  EXPECT_EQ(result.status, 2);
+  EXPECT_NE(result.err.find("there are no batches of 'qzlog count collect' in 'empty'\n"), std::string::npos);
+  EXPECT_NE(result.err.find("there is nothing to merge: "), std::string::npos) << result.err;
+  EXPECT_EQ(counts(), "[100]\n");
+  EXPECT_EQ(merge("counts empty").status, 0);
+  EXPECT_EQ(counts(), "[100]\n");
+}
+
 /// How many lines a merge has dropped, as it says.
 int doubles_in(const std::string& said) {
   const std::string before = "count once: ";
