@@ -25,6 +25,10 @@ void append_name(std::string_view name, std::string& text) {
 }  // namespace
 
 RecordFileName RecordFileName::of(const qzlog_settings& settings, PluginOptions& options) {
+  require_scheme(settings, "file", "");
+  if (settings.ca_file != nullptr || settings.credentials_file != nullptr) {
+    fail_for_good("--ca and --credentials are not for folders");
+  }
   const std::string host = settings.authority;
   if (!host.empty() && host != "localhost") {
     fail_for_good("a folder of another host cannot be written to: write file:///FOLDER, with three slashes");

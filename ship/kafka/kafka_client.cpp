@@ -189,6 +189,7 @@ KafkaClient::~KafkaClient() {
 }
 
 void KafkaClient::read_url(const qzlog_settings& settings) {
+  require_scheme(settings, "kafka", "kafka+ssl");
   brokers_ = settings.authority;
   topic_ = percent_decoded(settings.path);
   if (!topic_.empty()) topic_.erase(0, 1);

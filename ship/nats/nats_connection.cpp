@@ -1,6 +1,7 @@
 #include "ship/nats/nats_connection.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstdlib>
 #include <iterator>
 #include <new>
@@ -28,12 +29,30 @@ bool has_port(const std::string& server) {
   return colon != std::string::npos && server.find(']', colon) == std::string::npos;
 }
 
+void require_port(const std::string& server) {
+  const std::string digits = server.substr(server.rfind(':') + 1);
+  unsigned port = 0;
+  const auto [stopped, error] = std::from_chars(digits.data(), digits.data() + digits.size(), port);
+  if (error == std::errc() && stopped == digits.data() + digits.size() && port >= 1 && port <= 65535) return;
+  fail_for_good("the URL has no port in '" + server + "': write HOST:PORT, with a number from 1 to 65535");
+}
+
 bool is_secure(const qzlog_settings& settings) { return std::string_view(settings.scheme) == "nats+tls"; }
+
+/// "(conn.c:2088): No server ..." says where in libnats it stands.
+std::string without_source_lines(std::string text) {
+  while (text.starts_with('(')) {
+    const std::size_t end = text.find("): ");
+    if (end == std::string::npos || text.find(".c:") > end) break;
+    text.erase(0, end + 3);
+  }
+  return text;
+}
 
 std::string last_error(natsStatus status) {
   natsStatus told = NATS_OK;
   const char* const text = nats_GetLastError(&told);
-  if (told == status && text != nullptr && *text != '\0') return text;
+  if (told == status && text != nullptr && *text != '\0') return without_source_lines(text);
   return natsStatus_GetText(status);
 }
 
@@ -77,6 +96,7 @@ void set_servers(natsOptions* options, const NatsPlace& place) {
 }
 
 void set_security(natsOptions* options, const qzlog_settings& settings) {
+  if (!is_secure(settings) && settings.ca_file != nullptr) fail_for_good("--ca is for nats+tls://");
   if (!is_secure(settings)) return;
   require_option(natsOptions_SetSecure(options, true), "cannot use TLS");
   if (settings.ca_file == nullptr) return;
@@ -123,19 +143,22 @@ bool is_for_good(natsStatus status, const std::string& reason) {
   }
 }
 
-std::string next_step(natsStatus status, const std::string& reason) {
+std::string next_step(natsStatus status, const std::string& reason, const qzlog_settings& settings) {
+  if (status == NATS_NO_SERVER) return ": is it started, and are host and port right?";
   if (status == NATS_SECURE_CONNECTION_WANTED) return ": it speaks without TLS: name it as nats://";
   if (status == NATS_SECURE_CONNECTION_REQUIRED) return ": it wants TLS: name it as nats+tls://";
   if (is_about_certificate(reason)) {
     return ": its certificate is not trusted: name those to trust with --ca, and the server as its certificate does";
   }
-  if (is_for_good(status, reason)) return ": it refuses who is speaking: name a file with --credentials";
-  return "";
+  if (!is_for_good(status, reason)) return "";
+  if (settings.credentials_file == nullptr) return ": it refuses who is speaking: name a file with --credentials";
+  return ": it refuses who is speaking: look at what stands in '" + std::string(settings.credentials_file) + "'";
 }
 
 }  // namespace
 
 NatsPlace::NatsPlace(const qzlog_settings& settings) : stream(percent_decoded(settings.path)) {
+  require_scheme(settings, "nats", "nats+tls");
   if (!stream.empty()) stream.erase(0, 1);
   const std::string authority = settings.authority;
   for (std::size_t begin = 0; begin <= authority.size();) {
@@ -144,11 +167,13 @@ NatsPlace::NatsPlace(const qzlog_settings& settings) : stream(percent_decoded(se
     if (server.empty())
       fail_for_good("the URL names no server: " + std::string(settings.scheme) + "://HOST:PORT/STREAM");
     if (!has_port(server)) server += ':' + std::to_string(kUsualPort);
+    require_port(server);
     servers.push_back((is_secure(settings) ? "tls://" : "nats://") + server);
     begin = end + 1;
   }
-  if (stream.empty() || stream.find_first_of(" \t\r\n.*>/\\") != std::string::npos) {
-    fail_for_good("the URL names no stream: " + std::string(settings.scheme) + "://HOST:PORT/STREAM");
+  if (stream.empty()) fail_for_good("the URL names no stream: " + std::string(settings.scheme) + "://HOST:PORT/STREAM");
+  if (stream.find_first_of(" \t\r\n.*>/\\") != std::string::npos) {
+    fail_for_good("the URL names the stream '" + stream + "': a stream's name has no blanks and none of . * > / \\");
   }
 }
 
@@ -180,7 +205,7 @@ void NatsConnection::open(const qzlog_settings& settings, const NatsPlace& place
   const natsStatus status = natsConnection_Connect(&connection_, options.get());
   if (status == NATS_OK) return;
   const std::string reason = last_error(status);
-  const std::string text = "cannot connect (" + reason + ')' + next_step(status, reason);
+  const std::string text = "cannot connect (" + reason + ')' + next_step(status, reason, settings);
   throw Failure(is_for_good(status, reason) ? QZLOG_NEVER : QZLOG_LATER, text);
 }
 

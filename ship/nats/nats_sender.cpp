@@ -14,6 +14,7 @@ using qzlog_ship::fail_for_good;
 using qzlog_ship::fail_for_now;
 using qzlog_ship::NatsMessagePtr;
 using qzlog_ship::NatsStreamWish;
+using qzlog_ship::Patience;
 using qzlog_ship::PluginOptions;
 using qzlog_ship::PublishAnswer;
 
@@ -24,16 +25,22 @@ constexpr std::int64_t kLook = 200;  // milliseconds between two looks at the co
 }  // namespace
 
 qzlog_sender::qzlog_sender(const qzlog_settings& settings, const qzlog_host& host, std::uint32_t timeout_ms)
-    : qzlog_sender(settings, host, PluginOptions(settings), timeout_ms) {}
+    : qzlog_sender(settings, host, Wishes(settings), timeout_ms) {}
 
-qzlog_sender::qzlog_sender(const qzlog_settings& settings, const qzlog_host& host, PluginOptions options,
+qzlog_sender::Wishes::Wishes(const qzlog_settings& settings) {
+  PluginOptions options(settings);
+  stream = NatsStreamWish::of(options);
+  prefix = options.take("prefix");
+  options.refuse_others(std::string("prefix, ") + NatsStreamWish::kKnown);
+}
+
+qzlog_sender::qzlog_sender(const qzlog_settings& settings, const qzlog_host& host, const Wishes& wishes,
                            std::uint32_t timeout_ms)
     : host_(host),
       place_(settings),
       connection_(settings, place_, timeout_ms),
-      stream_(connection_, place_.stream, NatsStreamWish::of(options), timeout_ms),
-      prefix_(stream_.prefix(options.take("prefix"))) {
-  options.refuse_others(std::string("prefix, ") + NatsStreamWish::kKnown);
+      stream_(connection_, place_.stream, wishes.stream, timeout_ms),
+      prefix_(stream_.prefix(wishes.prefix)) {
   const std::string warning = stream_.warning();
   if (!warning.empty()) host_.warn(host_.context, warning.c_str());
   open_inbox();
@@ -57,13 +64,13 @@ void qzlog_sender::open_inbox() {
 
 void qzlog_sender::send(std::span<const qzlog_record> records, std::uint32_t timeout_ms,
                         std::span<qzlog_result> results) {
-  const Clock::time_point end = Clock::now() + std::chrono::milliseconds(timeout_ms);
+  Patience patience(host_, timeout_ms, Patience::kToSend);
   reasons_.clear();
   trouble_.clear();
   is_hopeless_ = false;
   waiting_ = 0;
   publish_all(records, results);
-  take_answers(end, results);
+  take_answers(patience, results);
   const std::string violation = connection_.take_violation();
   if (!violation.empty()) fail_for_good("the account lacks a right: " + violation);
   if (is_hopeless_) fail_for_good(trouble_);
@@ -111,29 +118,28 @@ NatsMessagePtr qzlog_sender::make_message(const qzlog_record& record) {
   return message;
 }
 
-void qzlog_sender::take_answers(Clock::time_point end, std::span<qzlog_result> results) {
+void qzlog_sender::take_answers(Patience& patience, std::span<qzlog_result> results) {
   while (waiting_ > 0) {
-    const NatsMessagePtr answer = next_answer(end);
+    const NatsMessagePtr answer = next_answer(patience);
     if (answer != nullptr) take_answer(*answer, results);
     // What else comes to the inbox, without end, does not put the end off.
-    if (answer != nullptr && Clock::now() < end) continue;
+    if (answer != nullptr && !patience.is_over()) continue;
     if (!trouble_.empty() || connection_.has_violation()) return;
     if (waiting_ > 0 && connection_.is_broken()) {
       trouble_ = "the connection is lost";
       return;
     }
-    if (waiting_ > 0 && Clock::now() >= end) {
+    if (waiting_ > 0 && patience.is_over()) {
       trouble_ = "not all is acknowledged in time";
       return;
     }
   }
 }
 
-NatsMessagePtr qzlog_sender::next_answer(Clock::time_point end) {
-  const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()).count();
+NatsMessagePtr qzlog_sender::next_answer(Patience& patience) {
   natsMsg* message = nullptr;
   const natsStatus status =
-      natsSubscription_NextMsg(&message, answers_.get(), std::clamp<std::int64_t>(left, 1, kLook));
+      natsSubscription_NextMsg(&message, answers_.get(), std::clamp<std::int64_t>(patience.left().count(), 1, kLook));
   if (status == NATS_NO_MEMORY) throw std::bad_alloc();
   return NatsMessagePtr(message);
 }
@@ -173,5 +179,5 @@ std::size_t qzlog_sender::index_of(const char* subject) const {
   std::uint64_t number = 0;
   const auto [stopped, error] = std::from_chars(text.data(), text.data() + text.size(), number);
   if (error != std::errc() || stopped != text.data() + text.size() || number < first_number_) return SIZE_MAX;
-  return number - first_number_;
+  return static_cast<std::size_t>(std::min<std::uint64_t>(number - first_number_, SIZE_MAX));
 }

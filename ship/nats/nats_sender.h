@@ -5,11 +5,13 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <optional>
 #include <span>
 #include <string>
 
 #include "ship/nats/nats_connection.h"
 #include "ship/nats/nats_stream.h"
+#include "ship/plugin/patience.h"
 #include "ship/transport.h"
 
 /// Publishes records to a stream, all of a batch before the first acknowledgement is waited for. Each has an address of
@@ -21,16 +23,21 @@ struct qzlog_sender {
   void send(std::span<const qzlog_record> records, std::uint32_t timeout_ms, std::span<qzlog_result> results);
 
  private:
-  using Clock = std::chrono::steady_clock;
+  /// What is wished, before anything is opened: a slip is to be known at once.
+  struct Wishes {
+    explicit Wishes(const qzlog_settings& settings);
 
-  qzlog_sender(const qzlog_settings& settings, const qzlog_host& host, qzlog_ship::PluginOptions options,
-               std::uint32_t timeout_ms);
+    qzlog_ship::NatsStreamWish stream;
+    std::optional<std::string> prefix;
+  };
+
+  qzlog_sender(const qzlog_settings& settings, const qzlog_host& host, const Wishes& wishes, std::uint32_t timeout_ms);
   void open_inbox();
   void publish_all(std::span<const qzlog_record> records, std::span<qzlog_result> results);
   bool publish(const qzlog_record& record, qzlog_result& result);
   qzlog_ship::NatsMessagePtr make_message(const qzlog_record& record);
-  void take_answers(Clock::time_point end, std::span<qzlog_result> results);
-  qzlog_ship::NatsMessagePtr next_answer(Clock::time_point end);
+  void take_answers(qzlog_ship::Patience& patience, std::span<qzlog_result> results);
+  qzlog_ship::NatsMessagePtr next_answer(qzlog_ship::Patience& patience);
   void take_answer(natsMsg& message, std::span<qzlog_result> results);
   void take_error(unsigned code, const std::string& text, qzlog_result& result);
   void refuse(qzlog_result& result, const std::string& reason);

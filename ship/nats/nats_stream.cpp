@@ -24,12 +24,23 @@ NatsContextPtr make_context(NatsConnection& connection, std::uint32_t timeout_ms
   return NatsContextPtr(context);
 }
 
+/// They are for a stream that is made, and would change nothing.
+void refuse_without_stream(PluginOptions& options) {
+  for (const char* const key : {"replicas", "window", "max-bytes", "max-age"}) {
+    if (options.take(key)) {
+      fail_for_good(std::string("--option ") + key + " is for a stream that is made: say --option create=yes too");
+    }
+  }
+}
+
 }  // namespace
 
 NatsStreamWish NatsStreamWish::of(PluginOptions& options) {
   constexpr std::uint64_t kAny = INT64_MAX / kSecond;
   NatsStreamWish wish;
+  wish.may_create = true;
   wish.create = options.take_flag("create", false);
+  if (!wish.create) refuse_without_stream(options);
   if (const auto number = options.take_number("replicas", 1, 5)) wish.replicas = static_cast<std::int64_t>(*number);
   if (const auto number = options.take_number("window", 1, kAny))
     wish.window_seconds = static_cast<std::int64_t>(*number);
@@ -44,6 +55,10 @@ NatsStream::NatsStream(NatsConnection& connection, const std::string& name, cons
                        std::uint32_t timeout_ms)
     : name_(name), context_(make_context(connection, timeout_ms)) {
   if (ask(connection)) return;
+  if (!wish.may_create) {
+    fail_for_good("there is no stream '" + name_ +
+                  "': look at the name in the URL; who ships makes it, with --option create=yes");
+  }
   if (!wish.create) {
     fail_for_good("there is no stream '" + name_ + "': make one that takes subjects such as '" + name_ +
                   ".>', or say --option create=yes");
@@ -58,6 +73,7 @@ bool NatsStream::ask(NatsConnection& connection) {
   if (code == JSStreamNotFoundErr) return false;
   connection.require("cannot ask for the stream '" + name_ + "'", status, code);
   info_.reset(info);
+  if (info_ == nullptr || info_->Config == nullptr) fail_for_now("the server does not say what the stream is like");
   return true;
 }
 
@@ -81,8 +97,12 @@ void NatsStream::create(NatsConnection& connection, const NatsStreamWish& wish) 
   jsErrCode code = jsErrCode(0);
   const natsStatus status = js_AddStream(&info, context_.get(), &config, nullptr, &code);
   if (code == JSStreamNameExistErr && ask(connection)) return;  // somebody else was faster
+  if (code == JSStreamReplicasNotSupportedErr) {
+    fail_for_good("cannot make the stream '" + name_ + "': replicas need a cluster of servers");
+  }
   connection.require("cannot make the stream '" + name_ + "'", status, code);
   info_.reset(info);
+  if (info_ == nullptr || info_->Config == nullptr) fail_for_now("the server does not say what the stream is like");
 }
 
 bool NatsStream::takes(const std::string& subject) const {

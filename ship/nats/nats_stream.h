@@ -13,6 +13,7 @@ namespace qzlog_ship {
 /// How a stream is made where there is none, by `--option create=yes` and others.
 struct NatsStreamWish {
   bool create = false;
+  bool may_create = false;  ///< whether that can be wished: readers cannot
   std::int64_t replicas = 1;
   std::int64_t window_seconds = 120;  ///< for doubles
   std::int64_t most_bytes = -1;       ///< -1: any

@@ -50,6 +50,17 @@ qzlog_outcome guarded(qzlog_error* error, Function&& function) noexcept {
   }
 }
 
+/// A plug-in is asked for everything that begins with its name and '+': what it does not know might have meant to be
+/// encrypted.
+inline void require_scheme(const qzlog_settings& settings, std::string_view plain, std::string_view encrypted) {
+  const std::string_view scheme = settings.scheme;
+  if (scheme == plain || (scheme == encrypted && !encrypted.empty())) return;
+  std::string known(plain);
+  known += "://";
+  if (!encrypted.empty()) known.append(" or ").append(encrypted).append("://");
+  fail_for_good("there is no scheme '" + std::string(scheme) + "': write " + known);
+}
+
 inline std::string_view view_of(const qzlog_text& text) noexcept { return {text.bytes, text.size}; }
 
 }  // namespace qzlog_ship

@@ -63,6 +63,32 @@ check_nats() {
   for number in 1 2 3; do NATS_SHIP_PASSWORD=one NATS_READ_PASSWORD=two "$server" -c "nats-$number.conf" -t; done
 }
 
+# What the file grants is enough to ship and to read, and a reader can take nothing away.
+check_nats_rights() {
+  local server port url pid
+  server=$(needs nats-server)
+  port=$((20000 + $$ % 20000))
+  { echo "listen: \"127.0.0.1:$port\"" && sed -n '/^authorization/,$p' "$sources/nats-cluster.conf"; } >rights.conf
+  NATS_SHIP_PASSWORD=one NATS_READ_PASSWORD=two "$server" -c rights.conf -js -sd "$PWD/store" 2>server.log &
+  pid=$!
+  # shellcheck disable=SC2064  # this one
+  trap "kill $pid" EXIT
+  for ((attempt = 0; attempt < 100; ++attempt)); do grep -q 'Server is ready' server.log && break || sleep 0.1; done
+  printf 'user = ship\npassword = one\n' >ship.txt
+  printf 'user = read\npassword = two\n' >read.txt
+  mkdir logs
+  echo '{"writer":"h/1/2","seq":1,"id":1,"attributes":{}}' >logs/s.20261121.0001
+  printf 'version: "1.0"\nentries:\n  - {id: 1, name: N, message: "shown"}\n' >d.yaml
+  url=nats://127.0.0.1:$port/ENTRIES
+  "$qzlog" ship logs --to "$url" --credentials ship.txt --state state.json --option create=yes --once 2>said.txt
+  [[ $("$qzlog" render --definitions d.yaml --from "$url" --credentials read.txt) == shown ]]
+  [[ $("$qzlog" render --definitions d.yaml --from "$url" --credentials read.txt --group g) == shown ]]
+  exec 3<>"/dev/tcp/127.0.0.1/$port"
+  printf 'CONNECT {"user":"read","pass":"two","verbose":false}\r\nPUB $JS.API.STREAM.PURGE.ENTRIES 0\r\n\r\nPUB $JS.API.STREAM.DELETE.ENTRIES 0\r\n\r\nPING\r\n' >&3
+  timeout 10 sed '/PONG/q' <&3 >answers.txt
+  [[ $(grep -c 'Permissions Violation' answers.txt) == 2 ]]
+}
+
 check_rsyslog() {
   local server modules
   server=$(needs_server rsyslog rsyslogd)

@@ -165,7 +165,7 @@ TEST_F(NatsReading, WhatCannotBeOpened_IsToldWithTheNextStep) {
     return std::to_string(reader.outcome) + ' ' + reader.error();
   };
   EXPECT_EQ(told({}),
-            "2 there is no stream 'S': make one that takes subjects such as 'S.>', or say --option create=yes");
+            "2 there is no stream 'S': look at the name in the URL; who ships makes it, with --option create=yes");
   writer_->send(1, 1);
   From from;
   from.group = "a b";

@@ -114,6 +114,26 @@ TEST_F(NatsSending, Subject_IsMadeOfProductEventAndLevel) {
   EXPECT_EQ(records[0].line + '\n', line(1, 7));
 }
 
+TEST_F(NatsSending, WrongUrlsAndOptions_AreErrorsBeforeAnythingIsSent) {
+  append("logs/s.20261121.0001", line(1));
+  write("user", "user = u\npassword = hidden\n");
+  const auto expect_said = [this](const std::string& url, const std::string& more, const std::string& said) {
+    const CommandResult result = run("timeout 20 $QZLOG ship logs/s --once --state x.json --to " + url + ' ' + more);
+    EXPECT_EQ(result.status, 2) << url << more;
+    EXPECT_NE(result.err.find(said), std::string::npos) << result.err;
+  };
+  expect_said(nats_url("nats+ssl"), "--credentials user", "no scheme 'nats+ssl': write nats:// or nats+tls://");
+  expect_said(nats_url(), "--ca user", "--ca is for nats+tls://");
+  // Nobody listens at port 1: it is known without asking.
+  expect_said("nats://127.0.0.1:1/S", "--option creat=yes", "creat");
+  expect_said("nats://127.0.0.1:1/S", "--option create=true", "create");
+  expect_said("nats://127.0.0.1:1/S", "--option replicas=2", "--option replicas is for a stream that is made");
+  expect_said("nats://127.0.0.1:70000/S", "", "no port in '127.0.0.1:70000'");
+  expect_said("nats://127.0.0.1:42x2/S", "", "no port in '127.0.0.1:42x2'");
+  expect_said("nats://127.0.0.1:1/a.b", "", "the stream 'a.b': a stream's name has no blanks");
+  expect_said(nats_url(), "--option create=yes --option replicas=3", "replicas need a cluster of servers");
+}
+
 TEST_F(NatsSending, StreamThatIsMissing_IsNamedWithTheNextStep) {
   append("logs/s.20261121.0001", line(1));
   const CommandResult result = ship_to(nats_url());
@@ -168,7 +188,7 @@ TEST_F(NatsRights, WrongPassword_EndsTheCommandWithoutNamingIt) {
   write("user", "user = u\npassword = hidden\n");
   const CommandResult result = ship_to(nats_url(), "--credentials user");
   EXPECT_EQ(result.status, 2);
-  EXPECT_NE(result.err.find("--credentials"), std::string::npos) << result.err;
+  EXPECT_NE(result.err.find("look at what stands in 'user'"), std::string::npos) << result.err;
   EXPECT_EQ(result.err.find("hidden"), std::string::npos) << result.err;
 }
 
