@@ -32,8 +32,11 @@ import work
 SOURCE = pathlib.Path(__file__).resolve().parent.parent.parent
 NOTHING_TO_TRY = 77
 
+# An entry that there is no memory for is told and settled as one that cannot be read, so that a group does not get it again.
+COMMANDS_WITHOUT_MEMORY = [scenario for scenario in scenarios.COMMANDS if not scenario.hands_over]
+
 SUBSETS = {
-    "memory": (memory_points, scenarios.COMMANDS + scenarios.CHILDREN[:1] + scenarios.PROGRAMS),
+    "memory": (memory_points, COMMANDS_WITHOUT_MEMORY + scenarios.CHILDREN[:1] + scenarios.PROGRAMS),
     "calls": (call_points, scenarios.COMMANDS + scenarios.CHILDREN + scenarios.PROGRAMS),
     "processes": (process_points, process_points.SCENARIOS),
     "descriptors": (descriptor_points, scenarios.COMMANDS),

@@ -117,13 +117,13 @@ void begin_at(const StateFile& file, const TransportUrl& url, const RecordIdenti
   logs.begin_at(state->series, identities, taker);
 }
 
-int end_command(const Shipping::End& end, const ShipOptions& options, const DeadLetters& dead_letters) {
+int end_command(const Shipping::End& end, const ShipOptions& options) {
   if (!end.all_settled) {
     print_command_message(Severity::kWarning,
                           "lines of the batch under way are not delivered; the next start goes on with them");
     return kExitFindings;
   }
-  return options.once && dead_letters.count() != 0 ? kExitFindings : kExitSuccess;
+  return options.once && end.has_complained ? kExitFindings : kExitSuccess;
 }
 
 /// Each series that is followed has a file open: as many as the system lets us.
@@ -172,7 +172,7 @@ int ship(const ShipOptions& options) {
                                                 .stop_signal = [] { return StopSignals::requested(); }});
   begin_at(state, url, identities, logs, shipping);
   const StopSignals signals;
-  return end_command(shipping.run(), options, dead_letters);
+  return end_command(shipping.run(), options);
 }
 
 void add_target_options(CLI::App& command, ShipOptions& options) {

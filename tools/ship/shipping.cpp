@@ -39,7 +39,7 @@ Shipping::End Shipping::run() {
     if (all_read && was_empty && !settings_.once) parts_.source.wait();
   }
   parts_.report(true);
-  return {all_settled, parts_.stop_signal()};
+  return {all_settled, parts_.stop_signal(), !complaints_.empty()};
 }
 
 // What comes in the meantime goes with it: a batch for each line would cost both sides more.

@@ -61,8 +61,9 @@ class Shipping : public LineTaker {
 
   /// Why it ended.
   struct End {
-    bool all_settled = true;  ///< of what was read
-    int signal = 0;           ///< that asked for the end
+    bool all_settled = true;      ///< of what was read
+    int signal = 0;               ///< that asked for the end
+    bool has_complained = false;  ///< of lines, or of files that could not be read
   };
   /// Until a signal comes, or everything was delivered once. Throws CommandError (cannot run) where the receiver will
   /// not take anything, or what is ours cannot be written; the state has what was settled before.
