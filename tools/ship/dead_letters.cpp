@@ -50,8 +50,8 @@ off_t end_of_lines(int descriptor, off_t size) {
     const off_t begin = std::max<off_t>(0, end - static_cast<off_t>(sizeof block));
     const ssize_t count = ::pread(descriptor, block, static_cast<std::size_t>(end - begin), begin);
     if (count < 0 && errno == EINTR) continue;
-    if (count == 0) errno = EIO;
-    if (count <= 0) return -1;
+    if (count >= 0 && count < end - begin) errno = EIO;  // a part does not tell where the last line begins
+    if (count < end - begin) return -1;
     const std::size_t line_feed = std::string_view(block, static_cast<std::size_t>(count)).rfind('\n');
     if (line_feed != std::string_view::npos) return begin + static_cast<off_t>(line_feed) + 1;
     end = begin;
