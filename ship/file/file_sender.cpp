@@ -23,13 +23,15 @@ using qzlog_ship::view_of;
 
 std::string reason_of(int error) { return std::strerror(error); }
 
-/// Behind the last line feed.
+/// Behind the last line feed; -1, with errno, when it cannot be read: the next line would else go on a torn one.
 off_t end_of_lines(int descriptor, off_t size) {
   std::vector<char> block(65536);
   for (off_t end = size; end > 0;) {
     const off_t begin = std::max<off_t>(0, end - static_cast<off_t>(block.size()));
     const ssize_t count = ::pread(descriptor, block.data(), static_cast<std::size_t>(end - begin), begin);
-    if (count <= 0) return size;
+    if (count < 0 && errno == EINTR) continue;
+    if (count >= 0 && count < end - begin) errno = EIO;  // a part does not tell where the last line begins
+    if (count < end - begin) return -1;
     const auto at = std::string_view(block.data(), static_cast<std::size_t>(count)).rfind('\n');
     if (at != std::string_view::npos) return begin + static_cast<off_t>(at) + 1;
     end = begin;
@@ -89,9 +91,10 @@ void qzlog_sender::open() {
 // Of a sender that was ended while it wrote.
 void qzlog_sender::cut_off_torn_line() {
   struct stat status = {};
-  if (::fstat(descriptor_.get(), &status) != 0) fail_for_now(reason_of(errno));
+  if (::fstat(descriptor_.get(), &status) != 0)
+    fail_for_now("cannot look at '" + file_.path + "': " + reason_of(errno));
   const off_t end = end_of_lines(descriptor_.get(), status.st_size);
-  if (end != status.st_size && ::ftruncate(descriptor_.get(), end) != 0) {
+  if (end < 0 || (end != status.st_size && ::ftruncate(descriptor_.get(), end) != 0)) {
     fail_for_now("cannot cut off a torn line of '" + file_.path + "': " + reason_of(errno));
   }
 }

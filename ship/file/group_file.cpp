@@ -100,7 +100,8 @@ bool GroupFile::is_there(unsigned reader) const {
   if (reader == 0 || reader > kMostReaders) return false;
   if (reader == reader_) return true;
   struct flock lock = byte_lock(F_WRLCK, reader);
-  return ::fcntl(locks_, F_OFD_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
+  if (::fcntl(locks_, F_OFD_GETLK, &lock) != 0) fail_on("lock", path_ + ".lock");  // it may well be there
+  return lock.l_type != F_UNLCK;
 }
 
 void GroupFile::change(const std::function<void(GroupState& state)>& change) {
@@ -134,9 +135,15 @@ std::optional<GroupState> GroupFile::read() const {
 
 void GroupFile::write(const GroupState& state) const {
   const std::string written = path_ + ".new";
+  const std::string text = state.text();  // without memory for it no file is begun
   Descriptor file(::open(written.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, kPermissions));
-  if (file.get() < 0 || !write_all(file.get(), state.text())) fail_on("write", written);
-  if (::rename(written.c_str(), path_.c_str()) != 0) fail_on("write", path_);
+  if (file.get() >= 0 && write_all(file.get(), text) && ::rename(written.c_str(), path_.c_str()) == 0) {
+    return;
+  }
+  const int error = errno;
+  ::unlink(written.c_str());
+  errno = error;
+  fail_on("write", path_);
 }
 
 }  // namespace qzlog_ship

@@ -63,7 +63,8 @@ def plan(worker, scenario):
 
 
 def works(scenario, sequence, short, at):
-    points = [(nth, error) for nth, call in enumerate(sequence, 1) for error in ERRORS[call.split(" ")[0]] if at in (0, nth)]
+    points = [(nth, error) for nth, call in enumerate(sequence, 1) for error in ERRORS[call.split(" ")[0]]
+              if at in (0, nth) and not (scenario.waits and error.endswith("+"))]
     if short and not at:
         points = [points[index - 1] for index in memory_points.sample(len(points), SHORT_POINTS)] if points else []
     by_call = {}

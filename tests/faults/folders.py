@@ -1,6 +1,8 @@
 """The folder that a run works in: what it holds, and how it becomes again what it was."""
+import json
 import os
 import pathlib
+import re
 import shutil
 
 FOLDER = object()  # what a folder is in a tree
@@ -25,6 +27,38 @@ def _read_into(tree, folder, prefix):
             else:
                 with open(entry.path, "rb") as file:
                     tree[name] = file.read()
+
+
+def steady(tree):
+    """Without what is another one in each run, or may be missing: who has a lock, when something was, and lines that were sent
+    again because nobody knew that they were there."""
+    batches = {content for name, content in tree.items() if _is_batch(name)}
+    tree = {name: content for name, content in tree.items() if not _is_batch(name)}
+    tree.update({"batches/all.counts": b"".join(sorted(batches))} if batches else {})
+    return {name: _steady_lines(name, content) if name in ("dead.jsonl", "got/entries.jsonl", "new/entries.jsonl") else content
+            for name, content in tree.items() if not (name.endswith(".lock") or (name == "metrics.json" and _is_json(content)))}
+
+
+def _is_batch(name):
+    """What is named for the process that made it; the same counts in another one count once."""
+    return name.startswith("batches/") and name.endswith(".counts")
+
+
+def _steady_lines(name, content):
+    """Each once, and twice what was there more often than sending again explains."""
+    counts = {}
+    if name == "dead.jsonl":
+        content = re.sub(rb'"time":"[^"]*","identity"', b'"identity"', content)
+    for line in content.splitlines(keepends=True):
+        counts[line] = counts.get(line, 0) + 1
+    return b"".join(line * (2 if count > 2 else 1) for line, count in counts.items())
+
+
+def _is_json(content):
+    try:
+        return isinstance(json.loads(content), dict)
+    except ValueError:
+        return False
 
 
 def write_tree(root, wanted, found=None):

@@ -148,7 +148,7 @@ def _status(run, good, errors_are_lost):
         if errors_are_lost and run.number in STATUS_OF_ERRORS:
             return Verdict(ERROR)
         if run.number == 0 or not said - set(good.err.splitlines()):
-            return Verdict(WRONG, f"status {run.number} with {_difference(run, good)}; standard error: {last_line(run.err)!r}")
+            return Verdict(WRONG, f"status {run.number} with {difference(run, good, True)}; standard error: {last_line(run.err)!r}")
     if run.number not in STATUS_OF_ERRORS:
         return Verdict(WRONG, f"status {run.number}: {last_line(run.err)}")
     if not errors_are_lost and not said - set(good.err.splitlines()):
@@ -156,8 +156,8 @@ def _status(run, good, errors_are_lost):
     return Verdict(ERROR, last_line(run.err))
 
 
-def _difference(run, good):
-    if run.out != good.out:
+def difference(run, good, with_output=False):
+    if with_output and run.out != good.out:
         return "another output"
     if run.tree != good.tree:
         return "other files: " + ", ".join(sorted(

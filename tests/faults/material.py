@@ -1,5 +1,6 @@
 """The files that the scenarios start from, made once."""
 import hashlib
+import json
 import os
 import pathlib
 import subprocess
@@ -7,7 +8,7 @@ import subprocess
 import folders
 import process_points
 import stack_points
-from scenarios import BOTH, RECORD
+from scenarios import BOTH, HERE, RECORD
 
 CONFIGURATION = """[global]
 LogLevelLow = 1
@@ -25,6 +26,7 @@ entries:
 """
 
 COUNT_DAYS = 40
+PLACE = "@folder@"  # of the run
 # What stands where a template is put that no compiler would take.
 FILLER = "~"
 
@@ -44,6 +46,22 @@ def counts_batch(lines):
     return (text + f"checksum {hashlib.sha256(text.encode()).hexdigest()[:16]}\n").encode()
 
 
+def shipped_state(offset, seq):
+    """What a shipper has left that got so far in the first file of the log, in a folder that is not known yet."""
+    return ('{\n  "qzlog_ship": 1,\n  "to": "%sgot",\n  "places": [\n    {"series": "%s/log/storage", '
+            '"file": "storage.20261121.0001", "offset": %d, "identity": "host/1/1/%d"}\n  ],\n'
+            % (HERE, PLACE, offset, seq)).encode()
+
+
+def placed(tree, folder):
+    """The tree for a run in a folder, which the state of a shipper tells."""
+    if "ship.json" not in tree:
+        return tree
+    state = tree["ship.json"].replace(PLACE.encode(), os.path.realpath(folder).encode())
+    checksum = hashlib.sha256(state).hexdigest()[:16]
+    return {**tree, "ship.json": state + b'  "checksum": "%s"\n}\n' % checksum.encode()}
+
+
 def make_material(tools, examples, folder):
     """Everything that the scenarios start from, as a tree."""
     folder = pathlib.Path(folder)
@@ -57,6 +75,11 @@ def make_material(tools, examples, folder):
              for seq, line in enumerate(tree["entries.jsonl"].splitlines(), 1) if seq != 2]
     tree["log"] = folders.FOLDER
     tree["log/storage.20261121.0001"], tree["log/storage.20261121.0002"] = b"".join(lines[:2]), b"".join(lines[2:])
+    # One with a line that nobody takes; and receivers, of which one has the first lines of the other log.
+    tree["odd"] = tree["new"] = tree["got"] = tree["batches"] = folders.FOLDER
+    tree["odd/storage.20261121.0001"] = b"".join(lines) + b"no entry\n"
+    tree["got/entries.jsonl"] = b"".join(lines[:2])
+    tree["ship.json"] = shipped_state(len(b"".join(lines[:2])), json.loads(lines[1])["seq"])
     tree["old.yaml"] = tree["storage.yaml"].replace(b"projects", b"things").replace(b" is ", b" has become ")
     tree["many.yaml"] = process_points.definition_source().encode()
     tree["broken.yaml"], tree["log.conf"] = BROKEN.encode(), CONFIGURATION.encode()

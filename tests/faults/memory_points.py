@@ -33,7 +33,7 @@ def plan(worker, scenario):
 
 
 def works(scenario, allocations, short, at):
-    for what in (ONCE, FROM_THEN_ON):
+    for what in (ONCE,) if scenario.waits else (ONCE, FROM_THEN_ON):
         points = (at,) if at else tuple(sample(allocations, SHORT_POINTS if short else allocations))
         yield from (Work(scenario, what, chunk) for chunk in chunks(points, 500))
 

@@ -70,7 +70,7 @@ class Place:
 
     def result(self, **fields):
         self.tree = folders.read_tree(self.run)
-        return judge.Run(out=self.out.read_bytes(), err=self.err.read_bytes(), tree=self.tree, **fields)
+        return judge.Run(out=self.out.read_bytes(), err=self.err.read_bytes(), tree=folders.steady(self.tree), **fields)
 
 
 class ForkServer:

@@ -23,6 +23,10 @@ class Scenario:
     told: str = ""             # what its output tells of a failure, as a regular expression
     counters: tuple = ()       # counter files, which may hold some of the counts
     manifests: tuple = ()      # lists of catalogs, which may tell what is not finished
+    lines: tuple = ()          # files to which lines are delivered, which may hold some of them
+    states: tuple = ()         # what tells how far lines are delivered or read
+    hands_over: bool = False   # the next run goes on where it ended: what it printed is not printed again
+    waits: bool = False        # for a receiver that is away, for ever: nothing fails for good in it
 
     def command(self, tools):
         return [str(tools.program(self.executable) if self.executable else tools.qzlog), *self.arguments]
@@ -42,7 +46,31 @@ def command(name, line, files="", **more):
     return Scenario(name, tuple(line.split()), tuple(files.split()), **more)
 
 
+HERE = "file:///proc/self/cwd/"  # each run has a folder of its own; states name the receiver
 BOTH = "storage.yaml storage_aux.yaml"
+
+def shipping(name, options, files):
+    folder = "got" if "ship.json" in files else "new"
+    return command(name, f"ship {options} --to {HERE}{folder} --state ship.json --once", files,
+                   lines=(f"{folder}/entries.jsonl", "dead.jsonl"), states=("ship.json",), waits=True)
+
+
+def reading(name, line, files):
+    """Of a receiver, with all to oneself and as one of a group."""
+    group = "got/entries.jsonl.group-readers"
+    return [command(name, line, files), command(f"{name}-group", f"{line} --group readers", files, states=(group,), hands_over=True)]
+
+
+RECEIVERS = [
+    shipping("ship", "log/storage", "log new"),
+    shipping("ship-on", "log/storage", "log got ship.json"),
+    shipping("ship-refused", "odd/storage --option refuse=3 --dead-letters dead.jsonl --metrics metrics.json", "odd new"),
+    shipping("ship-chosen", "odd/storage --definitions storage.yaml --where Free>=1000 --dead-letters dead.jsonl",
+             "odd new storage.yaml"),
+    *reading("render-receiver", f"render --definitions storage.ldf --locale en_US --from {HERE}got", "storage.ldf got/entries.jsonl"),
+    command("count-collect", f"count collect --definitions storage.ldf --from {HERE}got --group readers --batches batches",
+            "storage.ldf got/entries.jsonl batches", states=("got/entries.jsonl.group-readers",)),
+]
 
 COMMANDS = [
     command("compile", "compile storage.yaml -o old/storage.ldf", "storage.yaml old/storage.ldf", writes=True),
@@ -117,6 +145,7 @@ COMMANDS = [
     command("catalog-journal", "catalog journal storage.yaml storage_aux.yaml --po po --product storage -o journal", BOTH + " po",
             writes=True),
     command("catalog-status", "catalog status storage.yaml storage_aux.yaml --po po --json", BOTH + " po"),
+    *RECEIVERS,
     Scenario("manual-pages", ("docs",), program=MANUALS, executable=MANUALS, writes=True),
     command("help", "--help"),
     command("usage", "compile --no-such-option"),
@@ -155,7 +184,19 @@ RECORD = struct.Struct(">8i")
 
 def in_between(scenario):
     """The files that may hold some of a scenario's changes, and what then says whether they do."""
-    return {**{name: is_partly_counted for name in scenario.counters}, **{name: is_unfinished for name in scenario.manifests}}
+    return {**{name: is_partly_counted for name in scenario.counters}, **{name: is_unfinished for name in scenario.manifests},
+            **{name: is_partly_delivered for name in scenario.lines}, **{name: is_state for name in scenario.states}}
+
+
+def is_partly_delivered(before, after, now):
+    """Lines that were there, and whole ones of those that come."""
+    old, new, found = ((content or b"").splitlines(keepends=True) for content in (before, after, now))
+    return found[:len(old)] == old and set(found) <= set(new)
+
+
+def is_state(_before, _after, now):
+    """One that the next run goes on from, which is then tried."""
+    return bool(now)
 
 
 def is_unfinished(before, after, now):

@@ -14,6 +14,7 @@ import folders
 import icu_excuses
 import judge
 import memory_points
+import next_run
 import process_points
 import runners
 import scenarios
@@ -228,6 +229,40 @@ class Counters(unittest.TestCase):
     def test_lost_torn_and_doubled_counts_are_not(self):
         for now in (b"", self.file(d1=4), self.file(d1=1)[:20], self.file(d1=1) * 2, self.file(d1=1, d3=1)):
             self.assertFalse(scenarios.is_partly_counted(self.file(d1=1), self.file(d1=3), now))
+
+
+class Receivers(unittest.TestCase):
+    LINES = scenarios.command("x", "x", lines=("new/entries.jsonl",), states=("state",))
+    READS = scenarios.command("x", "x", states=("state",), hands_over=True)
+
+    def test_whole_lines_of_those_that_come_are_in_order(self):
+        for now, expected in ((b"a\n", True), (b"a\nc\n", True), (b"a\nb\nb\n", True), (b"", False), (b"b\na\n", False),
+                              (b"a\nb", False), (b"a\nx\n", False)):
+            self.assertEqual(scenarios.is_partly_delivered(b"a\n", b"a\nb\nc\n", now), expected, now)
+
+    def finished(self, scenario, failed, then, good):
+        return next_run.judge_finished(scenario, judge.Verdict(judge.ERROR), failed, good, {}, lambda _: then).outcome
+
+    def test_what_is_not_there_after_the_next_run_is_lost(self):
+        good, lost = (judge.Run(tree={"new/entries.jsonl": lines, "state": b"2"}) for lines in (b"a\nb\n", b"b\n"))
+        failed = judge.Run(number=1, tree={"state": b"1"})
+        self.assertEqual(self.finished(self.LINES, failed, good, good), judge.ERROR)
+        self.assertEqual(self.finished(self.LINES, failed, lost, good), judge.WRONG)
+        self.assertEqual(self.finished(self.LINES, failed, judge.Run(number=2, tree=good.tree), good), judge.WRONG)
+
+    def test_what_a_group_settled_without_printing_is_lost(self):
+        good = judge.Run(out=b"a\nb\n", tree={"state": b"2"})
+        rest = judge.Run(out=b"b\n", tree=good.tree)
+        self.assertEqual(self.finished(self.READS, judge.Run(number=1, out=b"a\n"), rest, good), judge.ERROR)
+        self.assertEqual(self.finished(self.READS, judge.Run(number=1), rest, good), judge.WRONG)
+
+    def test_lines_that_were_sent_again_are_steady_but_no_more(self):
+        def kept(content):
+            return folders.steady({"new/entries.jsonl": content, "ship.json.lock": b"7"})
+        self.assertEqual(kept(b"a\na\nb\n"), kept(b"a\nb\n"))
+        self.assertNotEqual(kept(b"a\na\na\nb\n"), kept(b"a\nb\n"))
+        self.assertEqual(folders.steady({"metrics.json": b"{\"a\": 1}"}), {})
+        self.assertEqual(folders.steady({"metrics.json": b"{"}), {"metrics.json": b"{"})
 
 
 class KilledCommands(unittest.TestCase):

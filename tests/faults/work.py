@@ -4,20 +4,21 @@ import multiprocessing
 import os
 import signal
 
+import material
 import runners
 
 
 class Worker:
     """What one process works with."""
 
-    def __init__(self, tools, material, folder):
-        self.material = material
+    def __init__(self, tools, tree, folder):
+        self.material = tree
         self.place = runners.Place(tools, os.path.join(folder, f"worker-{os.getpid()}"))
         self.trees = {}
 
     def tree(self, scenario):
         if scenario not in self.trees:
-            self.trees[scenario] = scenario.tree(self.material)
+            self.trees[scenario] = material.placed(scenario.tree(self.material), self.place.run)
         return self.trees[scenario]
 
 

@@ -83,6 +83,7 @@ inline void EntryRendering::show_line() {
     if (!is_counted) report({EntryRule::kUncountableDate, kUncountable});
   } catch (const EntryError& error) {
     ++failed_;
+    if (on_no_memory_ && error.rule == entry_rule(qzlog::LineRule::kOutOfMemory)) on_no_memory_();
     report(error);
   }
 }

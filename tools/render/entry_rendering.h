@@ -2,8 +2,10 @@
 #define QZLOG_TOOLS_RENDER_ENTRY_RENDERING_H
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "qzlog/entry_lines.h"
 #include "tools/choice/entry_choice.h"
@@ -56,6 +58,8 @@ class EntryRendering : public qz_LOG_LineErrorHandler {
 
   BufferedOutput& output() noexcept { return output_; }
   LineReporter& reporter() noexcept { return reporter_; }
+  /// Called for an entry that could not be shown for want of memory, while its line is at hand.
+  void on_no_memory(std::function<void()> call) { on_no_memory_ = std::move(call); }
   /// Something was shown.
   bool has_shown() const noexcept { return has_shown_; }
   /// As many lines as were asked for are there: no other is shown.
@@ -88,6 +92,7 @@ class EntryRendering : public qz_LOG_LineErrorHandler {
   RenderingParts parts_;
   const bool needs_messages_;
   qz_LOG_EntryLine line_;
+  std::function<void()> on_no_memory_;
   bool has_shown_ = false;
   const LineTail::Place* place_in_log_ = nullptr;  // of a line that is read from the tail
   std::uint64_t lines_ = 0;

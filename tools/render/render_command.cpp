@@ -80,12 +80,14 @@ void open_catalog(const std::string& folder) {
 LogFollower::End read_received(const RenderOptions& options, const LogOrigin& origin, EntryRendering& rendering) {
   ReceivedLog log(options.origin, *origin.url, reader_clock(options.shown), options.follow);
   if (options.choice.unique) log.drop_doubles();
+  rendering.on_no_memory([&log] { log.leave_current(); });
   const LogReading reading = reading_of(rendering);
   const ReceivedLog::End end = log.read({reading, [&](ReceivedLog::Pause pause) {
                                            if (pause == ReceivedLog::Pause::kNothing) rendering.catch_up();
                                            rendering.output().flush();
                                            return true;
                                          }});
+  rendering.on_no_memory(nullptr);
   return {true, end.signal, end.output_gone};
 }
 

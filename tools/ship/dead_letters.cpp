@@ -43,13 +43,15 @@ std::string base64(std::string_view bytes) {
   return text;
 }
 
-/// Behind the last line feed.
+/// Behind the last line feed; -1, with errno, when it cannot be read: the next line would else go on a torn one.
 off_t end_of_lines(int descriptor, off_t size) {
   char block[kBlock];
   for (off_t end = size; end > 0;) {
     const off_t begin = std::max<off_t>(0, end - static_cast<off_t>(sizeof block));
     const ssize_t count = ::pread(descriptor, block, static_cast<std::size_t>(end - begin), begin);
-    if (count <= 0) return size;
+    if (count < 0 && errno == EINTR) continue;
+    if (count >= 0 && count < end - begin) errno = EIO;  // a part does not tell where the last line begins
+    if (count < end - begin) return -1;
     const std::size_t line_feed = std::string_view(block, static_cast<std::size_t>(count)).rfind('\n');
     if (line_feed != std::string_view::npos) return begin + static_cast<off_t>(line_feed) + 1;
     end = begin;
@@ -84,10 +86,9 @@ void DeadLetters::open() {
   }
   struct stat status = {};
   if (::fstat(file_.get(), &status) != 0) refuse_to_write(path_, errno);
+  if (!S_ISREG(status.st_mode)) return;
   const off_t end = end_of_lines(file_.get(), status.st_size);
-  if (S_ISREG(status.st_mode) && end != status.st_size && ::ftruncate(file_.get(), end) != 0) {
-    refuse_to_write(path_, errno);
-  }
+  if (end < 0 || (end != status.st_size && ::ftruncate(file_.get(), end) != 0)) refuse_to_write(path_, errno);
 }
 
 bool DeadLetters::sync() {

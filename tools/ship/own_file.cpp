@@ -51,6 +51,12 @@ int write_new(const std::string& path, std::string_view content, mode_t mode, On
   return error != 0 ? error : closed;
 }
 
+/// Nobody else would remove it: the next one may have another name.
+std::string give_up(const std::string& written, int error) {
+  ::unlink(written.c_str());
+  return std::strerror(error);
+}
+
 }  // namespace
 
 FileDescriptor open_own_file(const std::string& path, int flags, mode_t mode) {
@@ -73,8 +79,8 @@ std::string replace_own_file(const std::string& path, std::string_view content, 
   if (const char* const fault = fault_of(path)) return fault;
   const std::string written = path + ".new";
   const int error = write_new(written, content, mode, on_disk);
-  if (error != 0) return std::strerror(error);
-  if (::rename(written.c_str(), path.c_str()) != 0) return std::strerror(errno);
+  if (error != 0) return give_up(written, error);
+  if (::rename(written.c_str(), path.c_str()) != 0) return give_up(written, errno);
   if (on_disk == OnDisk::kBeforeItIsSeen) sync_folder(folder_of(path));
   return "";
 }

@@ -83,7 +83,13 @@ bool ShippedFile::read_block() {
   for (std::size_t room = kBlock;; room *= 4) {
     const std::size_t held = block_.size();
     block_.resize(std::min(room, kLongestLine + kBlock));
-    const std::size_t count = read_at(block_begin_ + held, block_.data() + held, block_.size() - held);
+    std::size_t count = 0;
+    try {
+      count = read_at(block_begin_ + held, block_.data() + held, block_.size() - held);
+    } catch (...) {
+      drop_block();  // nothing of it was read: it would be given out as lines
+      throw;
+    }
     const bool is_all = count < block_.size() - held;
     block_.resize(held + count);
     const std::size_t end = block_.rfind('\n');

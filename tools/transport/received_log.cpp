@@ -69,10 +69,7 @@ ReceivedLog::ReceivedLog(const OriginOptions& options, const TransportUrl& url, 
              .is_ending = [] { return StopSignals::requested() != 0; }}) {}
 
 void ReceivedLog::UnknownEntries::TakeLineError(const qz_LOG_LineError& error) {
-  if (log_.start_.group != nullptr && is_of_definitions(error.rule)) {
-    log_.unknown_.push_back(log_.source_.current().token);
-    ++log_.unknown_count_;
-  }
+  if (is_of_definitions(error.rule)) log_.leave_current();
   reader_.TakeLineError(error);
 }
 
@@ -119,6 +116,12 @@ bool ReceivedLog::read_records(qz_LOG_EntryReader& reader, const Reading& readin
   return held_.size() < reading.most_held;
 }
 
+void ReceivedLog::leave_current() {
+  if (start_.group == nullptr) return;
+  unknown_.push_back(source_.current().token);
+  ++unknown_count_;
+}
+
 void ReceivedLog::hold_read() {
   auto unknown = unknown_.begin();
   for (const qzlog_received& record : feed_.records().first(source_.given())) {
@@ -133,10 +136,11 @@ void ReceivedLog::hold_read() {
 
 void ReceivedLog::tell_of_unknown() const {
   if (unknown_count_ == 0) return;
-  print_command_message(Severity::kWarning, url_.text() +
-                                                ": entries that the definitions here do not know stay for "
-                                                "others of the group '" +
-                                                group_ + "': " + std::to_string(unknown_count_));
+  print_command_message(Severity::kWarning,
+                        url_.text() +
+                            ": entries that the definitions here do not know, or for which there was no "
+                            "memory, stay for others of the group '" +
+                            group_ + "': " + std::to_string(unknown_count_));
 }
 
 bool ReceivedLog::wait_on(const Reading& reading) {

@@ -53,6 +53,8 @@ class ReceivedLog {
   End read(const Reading& reading);
   /// The record of the line that is at hand.
   const qzlog_received& current() const { return source_.current(); }
+  /// Leaves that record to others of the group: nothing could be made of it here.
+  void leave_current();
   /// Settles what was read and is not settled; for what is out when reading has ended.
   void settle();
 

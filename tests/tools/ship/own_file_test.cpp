@@ -2,8 +2,12 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
 #include <string>
 
@@ -35,6 +39,36 @@ class OwnFile : public ::testing::Test {
 
   qz_test::TempDir folder_;
 };
+
+/// Files may not grow beyond so many bytes while it lives.
+class SizeLimit {
+ public:
+  explicit SizeLimit(rlim_t bytes) : handler_(::signal(SIGXFSZ, SIG_IGN)) {
+    ::getrlimit(RLIMIT_FSIZE, &before_);
+    const rlimit limit = {bytes, before_.rlim_max};
+    ::setrlimit(RLIMIT_FSIZE, &limit);
+  }
+  ~SizeLimit() {
+    ::setrlimit(RLIMIT_FSIZE, &before_);
+    ::signal(SIGXFSZ, handler_);
+  }
+  SizeLimit(const SizeLimit&) = delete;
+  SizeLimit& operator=(const SizeLimit&) = delete;
+
+ private:
+  void (*handler_)(int);
+  rlimit before_ = {};
+};
+
+TEST_F(OwnFile, NotWritten_StaysAsItWasAndLeavesNothing) {
+  write("state", "before");
+  {
+    const SizeLimit limit(3);
+    EXPECT_EQ(replace_own_file(path("state"), "afterwards", 0640, OnDisk::kBeforeItIsSeen), std::strerror(EFBIG));
+  }
+  EXPECT_EQ(read("state"), "before");
+  EXPECT_FALSE(std::filesystem::exists(path("state.new")));
+}
 
 TEST_F(OwnFile, Replaced_HasTheContentAndThePermissionsAndLeavesNothing) {
   for (const OnDisk on_disk : {OnDisk::kBeforeItIsSeen, OnDisk::kWhenever}) {

@@ -96,6 +96,16 @@ TEST_F(ShipCommand, RefusedLines_GoToTheDeadLettersWithTheirReasonAndTheRestGoes
   EXPECT_EQ(received().size() + count, 201U);
 }
 
+TEST_F(ShipCommand, FileThatCannotBeOpened_EndsAnOnceWithAnErrorAndTheRestGoesOn) {
+  append("logs/other.20261121.0001", line(1));
+  const std::string hidden = folder_.path("logs/s.20261121.0001");
+  std::filesystem::create_symlink(hidden, hidden);  // leads nowhere, for ever
+  const CommandResult result = run("$QZLOG ship logs --once --state state.json --option keep=records --to " + url());
+  EXPECT_EQ(result.status, 1);
+  EXPECT_NE(result.err.find("cannot open '"), std::string::npos) << result.err;
+  EXPECT_EQ(received().size(), 1U);
+}
+
 TEST_F(ShipCommand, Choice_DeliversWhatIsWantedAndKeepsWhatNobodyCanChoose) {
   write("d.yaml",
         "version: \"1.0\"\naccept: [{rule: negative-unsigned, reason: numbers stay small}]\n"
