@@ -262,7 +262,10 @@ std::string KafkaClient::take_trouble() {
 void KafkaClient::add_trouble(rd_kafka_resp_err_t error, const char* text) {
   if (is_hopeless_ || (error == RD_KAFKA_RESP_ERR__ALL_BROKERS_DOWN && !trouble_.empty())) return;
   is_hopeless_ = is_for_good(error);
-  trouble_ = text + (is_hopeless_ ? kafka_advice(error, topic_) : "");
+  const bool speaks_plain = std::string_view(text).find("wrong version number") != std::string_view::npos;
+  const std::string advice =
+      speaks_plain ? ": it speaks without TLS: name it as kafka://" : kafka_advice(error, topic_);
+  trouble_ = text + (is_hopeless_ ? advice : "");
 }
 
 }  // namespace qzlog_ship

@@ -122,6 +122,9 @@ CURLcode HttpClient::perform(Patience& patience) {
 
 void HttpClient::fail(CURLcode code) const {
   const std::string text = reason_[0] != '\0' ? reason_ : curl_easy_strerror(code);
+  if (text.find("wrong version number") != std::string::npos) {
+    fail_for_good(text + ": it speaks without TLS: name it as otlp+http://");
+  }
   switch (code) {
     case CURLE_PEER_FAILED_VERIFICATION:
       fail_for_good("the receiver's certificate is not trusted: " + text + ": see --ca");
@@ -130,6 +133,8 @@ void HttpClient::fail(CURLcode code) const {
     case CURLE_URL_MALFORMAT:
     case CURLE_UNSUPPORTED_PROTOCOL:
       fail_for_good(text);
+    case CURLE_WEIRD_SERVER_REPLY:
+      fail_for_good(text + ": it is no receiver of OTLP over HTTP: is the port right?");
     case CURLE_OPERATION_TIMEDOUT:
       fail_for_now("no whole answer in time: " + text);
     default:

@@ -60,7 +60,7 @@ qzlog_sender::qzlog_sender(const qzlog_settings& settings, const qzlog_host& hos
   qzlog_ship::Patience patience(host, timeout_ms, qzlog_ship::Patience::kToOpen);
   qzlog_ship::wait_until_welcome(options_.http.url, host, milliseconds(timeout_ms));
   write_request({0, 0});
-  post(0, patience);
+  was_welcome_ = post(0, patience) == Verdict::kTaken;
 }
 
 void qzlog_sender::send(const qzlog_record* records, std::size_t count, std::uint32_t timeout_ms,
@@ -78,6 +78,19 @@ void qzlog_sender::send(const qzlog_record* records, std::size_t count, std::uin
     write_request(range);
     settle(range, post(range.size(), patience), results, left);
   }
+  refuse_receiver_that_refuses_all(std::span(results, count));
+}
+
+/// One that takes no empty request may be a receiver of another kind; one that takes none of the first entries either
+/// is: they are not dead.
+void qzlog_sender::refuse_receiver_that_refuses_all(std::span<qzlog_result> results) {
+  if (was_welcome_) return;
+  was_welcome_ = std::any_of(results.begin(), results.end(),
+                             [](const qzlog_result& each) { return each.fate == QZLOG_ACKNOWLEDGED; });
+  if (was_welcome_ || results.empty()) return;
+  std::fill(results.begin(), results.end(), qzlog_result{});
+  fail_for_good("it takes nothing, not even an empty request: " + message_ +
+                ": is it a receiver of OTLP, at this path?");
 }
 
 void qzlog_sender::write_records(const qzlog_record* records, std::size_t count) {
@@ -173,7 +186,7 @@ qzlog_sender::Verdict qzlog_sender::judge_taken(const HttpAnswer& answer, std::s
   return Verdict::kTaken;
 }
 
-// What helps nobody to wait for ends the command; what the specification says to try again, and what servers answer
+// What helps nobody to wait for ends the command; what OTLP says to try again, and what servers answer
 // that are not well, is waited for.
 void qzlog_sender::fail_for_status(const HttpAnswer& answer) const {
   const std::string text = said_by(answer);

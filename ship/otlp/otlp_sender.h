@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -45,6 +46,7 @@ struct qzlog_sender {
 
   void write_records(const qzlog_record* records, std::size_t count);
   std::vector<Range> requests_of(std::size_t count) const;
+  void refuse_receiver_that_refuses_all(std::span<qzlog_result> results);
   void settle(Range range, Verdict verdict, qzlog_result* results, std::vector<Range>& left);
   void write_request(Range range);
   Verdict post(std::size_t count, qzlog_ship::Patience& patience);
@@ -64,6 +66,7 @@ struct qzlog_sender {
   std::vector<Written> written_;
   std::string request_;
   std::string compressed_;
+  bool was_welcome_ = false;         // it took what it was sent
   std::string message_;              // of the latest answer
   std::deque<std::string> reasons_;  // of what was refused in the latest call
 };

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <utility>
 
 #include "ship/plugin/plugin_call.h"
 #include "ship/syslog/tls_stream.h"
@@ -33,14 +34,13 @@ class PlainStream final : public ServerStream {
 
   void look_for_end() override {
     char answer[4096];
-    for (int reads = 0; reads < kMostReads; ++reads) {
+    for (;;) {
       const ssize_t count = ::recv(socket().get(), answer, sizeof answer, 0);
       if (count == 0) fail_for_now("the server ended the connection");
-      if (count > 0) continue;
+      if (count > 0) fail_for_talking();
       if (errno == EAGAIN) return;
       if (errno != EINTR) fail_for_now(std::string("the connection broke: ") + std::strerror(errno));
     }
-    fail_for_talking();
   }
 };
 
@@ -56,7 +56,7 @@ std::unique_ptr<ServerStream> ServerStream::open(const SyslogSettings& settings,
 }
 
 void ServerStream::fail_for_talking() {
-  fail_for_now("the server says more than one of syslog does, and whether it ends the connection cannot be seen");
+  fail_for_good("the server answers, which none of syslog does: is the port right?");
 }
 
 // Nothing tells when the last byte is confirmed, so it is asked for, at growing distances.
@@ -69,7 +69,16 @@ void ServerStream::wait_until_confirmed(Patience& patience) {
     ::ppoll(nullptr, 0, &time, nullptr);
     pause = std::min(2 * pause, std::chrono::microseconds(5000));
   }
+  wait_for_answer();
   look_for_end();
+}
+
+/// Once: a server of something else confirms what it gets, and then says that it does not understand.
+void ServerStream::wait_for_answer() {
+  constexpr int kMilliseconds = 100;
+  if (std::exchange(has_waited_for_answer_, true)) return;
+  pollfd answer = {socket_->get(), POLLIN, 0};
+  ::poll(&answer, 1, kMilliseconds);
 }
 
 }  // namespace qzlog_ship

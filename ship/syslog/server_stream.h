@@ -18,21 +18,22 @@ class ServerStream {
 
   /// Returns when all of it is on its way.
   virtual void send(std::string_view bytes, Patience& patience) = 0;
-  /// Throws when the server has ended the connection. Syslog says nothing back; what comes is thrown away.
+  /// Throws when the server has ended the connection, and when it says anything: servers of syslog do not.
   virtual void look_for_end() = 0;
   /// Returns when the server's system has confirmed all that was sent, and the connection still stands.
   void wait_until_confirmed(Patience& patience);
 
  protected:
-  /// Reads of what the server says at one look: one that never stops is not listened to for ever.
-  static constexpr int kMostReads = 64;
   [[noreturn]] static void fail_for_talking();
 
   explicit ServerStream(std::unique_ptr<TcpSocket> socket) : socket_(std::move(socket)) {}
   TcpSocket& socket() { return *socket_; }
 
  private:
+  void wait_for_answer();
+
   std::unique_ptr<TcpSocket> socket_;
+  bool has_waited_for_answer_ = false;
 };
 
 }  // namespace qzlog_ship

@@ -126,6 +126,9 @@ void TlsStream::fail(int error) {
   if (error == SSL_ERROR_SSL && ERR_GET_REASON(::ERR_peek_last_error()) == SSL_R_TLSV1_ALERT_PROTOCOL_VERSION) {
     fail_for_good("the server does not speak TLS 1.2");
   }
+  if (error == SSL_ERROR_SSL && ERR_GET_REASON(::ERR_peek_last_error()) == SSL_R_WRONG_VERSION_NUMBER) {
+    fail_for_good("the server speaks without TLS: name it as syslog+tcp://");
+  }
   if (error == SSL_ERROR_ZERO_RETURN || (error == SSL_ERROR_SYSCALL && system_error == 0)) {
     fail_for_now("the server ended the connection");
   }
@@ -153,13 +156,10 @@ void TlsStream::send(std::string_view bytes, Patience& patience) {
 void TlsStream::look_for_end() {
   char answer[4096];
   std::size_t count = 0;
-  int result = 1;
-  for (int reads = 0; result == 1; ++reads) {
-    if (reads == kMostReads) fail_for_talking();
-    ::ERR_clear_error();
-    errno = 0;
-    result = ::SSL_read_ex(session_.get(), answer, sizeof answer, &count);
-  }
+  ::ERR_clear_error();
+  errno = 0;
+  const int result = ::SSL_read_ex(session_.get(), answer, sizeof answer, &count);
+  if (result == 1) fail_for_talking();
   const int error = ::SSL_get_error(session_.get(), result);
   if (error != SSL_ERROR_WANT_READ && error != SSL_ERROR_WANT_WRITE) fail(error);
 }

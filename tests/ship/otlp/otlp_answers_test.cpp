@@ -66,6 +66,24 @@ TEST_F(OtlpAnswers, BadRequest_RefusesThoseRecordsAloneThatItIsAbout) {
   EXPECT_LT(receiver.requests().size(), 60U);
 }
 
+TEST_F(OtlpAnswers, ReceiverThatRefusesTheEmptyRequestAndAllElse_IsTheWrongOne) {
+  const HttpReceiver receiver([](const HttpRequest&) { return reply_of(400, R"({"message":"what is this"})"); });
+  send(receiver, numbered(20));
+  EXPECT_EQ(outcome_, QZLOG_NEVER);
+  EXPECT_EQ(reason_,
+            "it takes nothing, not even an empty request: the receiver answers 400: what is this: is it a receiver of "
+            "OTLP, at this path?");
+  EXPECT_EQ(std::count(fates_.begin(), fates_.end(), QZLOG_AGAIN), 20) << "none is taken for dead";
+}
+
+TEST_F(OtlpAnswers, ReceiverThatRefusesTheEmptyRequestAlone_IsSentTo) {
+  const HttpReceiver receiver([](const HttpRequest& request) {
+    return count_of(request.body, "eventName") == 0 ? reply_of(400, R"({"message":"empty"})") : HttpReply();
+  });
+  send(receiver, numbered(20));
+  EXPECT_EQ(outcome_, QZLOG_DONE) << reason_;
+}
+
 HttpReply partly(const HttpRequest& request) {
   const std::size_t bad = count_of(request.body, R"("eventName":"BAD")");
   if (bad == 0) return {};

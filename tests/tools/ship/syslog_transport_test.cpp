@@ -245,6 +245,26 @@ TEST_F(SyslogTransport, ServerThatDoesNotRead_HasNothingAcknowledged) {
   }
 }
 
+// Of HTTP for example, which answers what it does not understand.
+TEST_F(SyslogTransport, ServerThatAnswers_IsNoServerOfSyslog) {
+  append("logs/s.20261121.0001", lines(1, 3));
+  StreamServer server;
+  std::thread answers([&server] {
+    server.next(5000);
+    const std::string answer = "HTTP/1.1 400 Bad Request\r\n\r\n";
+    EXPECT_EQ(::send(server.connection().get(), answer.data(), answer.size(), MSG_NOSIGNAL),
+              static_cast<ssize_t>(answer.size()));
+  });
+  const CommandResult result = ship_to(url_of(server.port()));
+  answers.join();
+  EXPECT_EQ(result.status, 2);
+  EXPECT_NE(result.err.find("the server answers, which none of syslog does: is the port right?"), std::string::npos)
+      << result.err;
+  Collector right;
+  EXPECT_EQ(run("$QZLOG ship logs/s --state state.json --once --moved --to " + url_of(right.port())).err, "");
+  EXPECT_EQ(right.stop().size(), 3U) << "nothing was taken for delivered";
+}
+
 TEST_F(SyslogTransport, ShippersThatAreKilled_LoseNothing) {
   append("logs/s.20261121.0001", lines(1, 20'000));
   Collector collector;
