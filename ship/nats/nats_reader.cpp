@@ -248,6 +248,7 @@ bool qzlog_reader::fetch(std::size_t most, std::int64_t timeout_ms) {
   const natsStatus status = natsSubscription_Fetch(&held_, link_->subscription.get(), batch, timeout_ms, &code);
   if (link_->connection.is_broken()) fail_for_now("the connection is lost");
   const auto came = static_cast<std::size_t>(status == NATS_OK ? std::max(held_.Count, 0) : 0);
+  if (came != 0) not_given_ = describe(held_.Msgs[held_.Count - 1])->NumPending;
   see_whether_end_is_near(came, static_cast<std::size_t>(batch));
   if (status == NATS_TIMEOUT) return false;
   link_->connection.require("cannot read the stream '" + place_.stream + "'", status, code);
@@ -257,7 +258,8 @@ bool qzlog_reader::fetch(std::size_t most, std::int64_t timeout_ms) {
 /// While all comes that is asked for, and there is much more, nobody has to be asked how much there is.
 void qzlog_reader::see_whether_end_is_near(std::size_t came, std::size_t asked_for) {
   if (!group_.empty() && wanted_ != kAny) wanted_ -= std::min<std::uint64_t>(came, wanted_ - 1);
-  const bool has_little = group_.empty() ? next_ + asked_for > end_ : wanted_ / kReaders <= asked_for;
+  const bool has_little =
+      group_.empty() ? next_ + asked_for > end_ : std::min(wanted_, not_given_) / kReaders <= asked_for;
   may_end_ = came < asked_for || has_little;
 }
 

@@ -74,16 +74,17 @@ struct qzlog_reader {
   bool was_open_ = false;
   std::optional<Clock::time_point> missed_since_;  // the group
   bool has_told_ = false;
-  std::int64_t end_look_ = 10;         // milliseconds
-  bool may_end_ = true;                // and has to be asked for before more is fetched
-  std::uint64_t end_ = 0;              // the stream's last number at opening
-  std::uint64_t next_ = 0;             // alone: behind what was given out; 0: nothing yet
-  std::uint64_t consumer_next_ = 1;    // alone: the number that the next record has for the consumer
-  bool none_left_ = false;             // alone: the last record said that no more follow
-  std::uint64_t wanted_ = UINT64_MAX;  // in a group: how many more up to the end, at most
-  std::uint64_t highest_ = 0;          // the last number that was given out
-  std::uint64_t known_ = 0;            // and the one when the connection was made
-  Clock::time_point seen_;             // when the consumer was heard of
+  std::int64_t end_look_ = 10;            // milliseconds
+  bool may_end_ = true;                   // and has to be asked for before more is fetched
+  std::uint64_t end_ = 0;                 // the stream's last number at opening
+  std::uint64_t next_ = 0;                // alone: behind what was given out; 0: nothing yet
+  std::uint64_t consumer_next_ = 1;       // alone: the number that the next record has for the consumer
+  bool none_left_ = false;                // alone: the last record said that no more follow
+  std::uint64_t wanted_ = UINT64_MAX;     // in a group: how many more up to the end, at most
+  std::uint64_t not_given_ = UINT64_MAX;  // when the last record was given, to whomever
+  std::uint64_t highest_ = 0;             // the last number that was given out
+  std::uint64_t known_ = 0;               // and the one when the connection was made
+  Clock::time_point seen_;                // when the consumer was heard of
   std::uint64_t next_token_ = 1;
   std::deque<Unsettled> unsettled_;  // by token
 };
