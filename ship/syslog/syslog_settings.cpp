@@ -45,7 +45,7 @@ void take_scheme(const qzlog_settings& settings, SyslogSettings& result) {
   }
   result.is_encrypted = scheme == "syslog+tls";
   const std::string_view path = settings.path;
-  if (!path.empty() && path != "/") fail_for_good("nothing stands behind the port");
+  if (!path.empty() && path != "/") fail_for_good("nothing may stand behind the port");
   result.ca_file = text_or_empty(settings.ca_file);
   result.credentials_file = text_or_empty(settings.credentials_file);
   if (!result.is_encrypted && !(result.ca_file.empty() && result.credentials_file.empty())) {

@@ -319,7 +319,7 @@ TEST_F(SyslogTransport, UrlAndOptionsThatAreWrong_AreErrorsThatSaySo) {
     const char* error;
   } kCases[] = {
       {"syslog://a:1", "", "syslog is reached as syslog+tcp://HOST:PORT or, encrypted, as syslog+tls://HOST:PORT"},
-      {"syslog+tcp://a:1/x", "", "nothing stands behind the port"},
+      {"syslog+tcp://a:1/x", "", "nothing may stand behind the port"},
       {"syslog+tcp://a:1", "--ca x", "certificates are for syslog+tls://; syslog+tcp:// has none"},
       {"syslog+tcp://a:1", "--option facility=loud", "--option facility takes the name of one"},
       {"syslog+tcp://a:1", "--option 'application=a b'", "--option application takes 1 to 48 characters of ASCII"},
