@@ -139,7 +139,11 @@ std::map<std::string, std::string> take_properties(PluginOptions& options) {
   for (auto& [key, value] : options.take_all(std::string(kPropertyPrefix))) {
     const std::string name = key.substr(kPropertyPrefix.size());
     for (const std::string_view refused : kRefused) {
-      if (name.starts_with(refused)) fail_for_good("--option " + key + " is not the operator's to set");
+      if (name.starts_with(refused)) {
+        fail_for_good("--option " + key +
+                      " is not the operator's to set: such may weaken what is acknowledged, lead elsewhere, hold "
+                      "secrets or load code");
+      }
     }
     properties.emplace(name, value);
   }

@@ -66,6 +66,9 @@ OtlpOptions::OtlpOptions(const qzlog_settings& settings) {
   options.refuse_others(kKnownOptions);
   http.client = settings.client;
   if (settings.ca_file != nullptr) http.ca_file = settings.ca_file;
+  if (!http.ca_file.empty() && std::string_view(settings.scheme) == "otlp+http") {
+    fail_for_good("--ca is for otlp+https://; otlp+http:// is not encrypted");
+  }
   if (settings.credentials_file != nullptr) http.headers = read_header_file(settings.credentials_file);
   credential_count = http.headers.size();
   http.headers.push_back(std::string("Content-Type: ") + form->content_type());

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <csignal>
 #include <cstddef>
 #include <filesystem>
@@ -109,11 +110,19 @@ Shipping::Settings settings_of(const ShipOptions& options, const TransportUrl& u
   return settings;
 }
 
+/// A slip in the URL that was told at once should bind nobody.
+bool has_nothing(const ShipState& state) {
+  return std::all_of(state.series.begin(), state.series.end(), [](const SeriesState& series) {
+    return std::all_of(series.places.begin(), series.places.end(),
+                       [](const FilePlace& place) { return place.offset == 0; });
+  });
+}
+
 /// What has moved is the same still, under another name.
 void begin_at(const StateFile& file, const TransportUrl& url, bool has_moved, const RecordIdentity& identities,
               ShippedLogs& logs, LineTaker& taker) {
   std::optional<ShipState> state = file.read();
-  if (!state) return;
+  if (!state || has_nothing(*state)) return;
   if (state->to != url.text() && !has_moved) {
     throw CommandError(kExitCannotRun, "the state '" + file.path() + "' is of another receiver, " + state->to +
                                            ": name another state with --state, for what one has acknowledged the "

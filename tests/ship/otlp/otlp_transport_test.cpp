@@ -190,6 +190,11 @@ TEST_F(OtlpTransport, OptionsAndUrlsThatAreNone_AreErrors) {
     EXPECT_EQ(reason_, text);
   }
   options_.options.clear();
+  options_.ca_file = "any.pem";
+  send("otlp+http://127.0.0.1:1", numbered(1));
+  EXPECT_EQ(outcome_, QZLOG_NEVER);
+  EXPECT_EQ(reason_, "--ca is for otlp+https://; otlp+http:// is not encrypted");
+  options_.ca_file.clear();
   const std::pair<const char*, const char*> urls[] = {
       {"otlp://h:1/v1/logs", "OTLP goes over HTTP: the URL begins with otlp+http:// or otlp+https://"},
       {"otlp+http://a:1,b:2", "the URL names more than one host"}};
