@@ -73,7 +73,7 @@ check_nats_rights() {
   pid=$!
   # shellcheck disable=SC2064  # this one
   trap "kill $pid" EXIT
-  for ((attempt = 0; attempt < 100; ++attempt)); do grep -q 'Server is ready' server.log && break || sleep 0.1; done
+  timeout 20 sh -c "until grep -q 'Server is ready' server.log; do sleep 0.1; done"
   printf 'user = ship\npassword = one\n' >ship.txt
   printf 'user = read\npassword = two\n' >read.txt
   mkdir logs
@@ -84,6 +84,7 @@ check_nats_rights() {
   [[ $("$qzlog" render --definitions d.yaml --from "$url" --credentials read.txt) == shown ]]
   [[ $("$qzlog" render --definitions d.yaml --from "$url" --credentials read.txt --group g) == shown ]]
   exec 3<>"/dev/tcp/127.0.0.1/$port"
+  # shellcheck disable=SC2016  # subjects
   printf 'CONNECT {"user":"read","pass":"two","verbose":false}\r\nPUB $JS.API.STREAM.PURGE.ENTRIES 0\r\n\r\nPUB $JS.API.STREAM.DELETE.ENTRIES 0\r\n\r\nPING\r\n' >&3
   timeout 10 sed '/PONG/q' <&3 >answers.txt
   [[ $(grep -c 'Permissions Violation' answers.txt) == 2 ]]
