@@ -569,6 +569,22 @@ TEST_F(SyslogSink, TcpServerThatEndsAndStartsAgain_IsFound) {
   EXPECT_EQ(sink.GetStatus().connections, 2U);
 }
 
+/// What messages tell as lost, in all: a connection that breaks when losses are told adds those behind the message.
+unsigned long long lost_in(StreamServer& server, const std::string& also_expected, unsigned long long all) {
+  static const std::regex kTold("([0-9]+) entries of event 2001, level 3, were lost");
+  unsigned long long lost = 0;
+  bool is_there = false;
+  std::smatch found;
+  while (!is_there || lost < all) {
+    const std::string message = server.next();
+    if (message.empty()) break;
+    if (std::regex_search(message, found, kTold)) lost += std::stoull(found[1].str());
+    is_there = is_there || message.find(also_expected) != std::string::npos;
+  }
+  EXPECT_TRUE(is_there) << also_expected;
+  return lost;
+}
+
 TEST_F(SyslogSink, TcpConnectionThatBreaks_CountsAndTellsWhatWasNotConfirmed) {
   StreamServer server;
   server.shrink_window();
@@ -588,11 +604,8 @@ TEST_F(SyslogSink, TcpConnectionThatBreaks_CountsAndTellsWhatWasNotConfirmed) {
   EXPECT_EQ(after.failed - before.failed >= sink.GetStatus().refused, true);
   EXPECT_EQ(sink.GetStatus().refused, before.written - (after.written - 1));
   ASSERT_TRUE(server.accept());
-  std::smatch found;
-  const std::string told = server.next();
-  ASSERT_TRUE(std::regex_search(told, found, std::regex("([0-9]+) entries of event 2001, level 3, were lost")));
-  EXPECT_EQ(found[1].str(), std::to_string(after.failed));
-  EXPECT_NE(server.next().find("Disk new"), std::string::npos);
+  static_cast<void>(sink.Flush(kPatienceMilliseconds));
+  EXPECT_EQ(lost_in(server, "Disk new", after.failed), after.failed);
 }
 
 /// A server that begins and ends all the time, with and without courtesy.

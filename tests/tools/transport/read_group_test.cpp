@@ -113,11 +113,15 @@ TEST_F(ReadGroup, Tail_IsRefused) {
 TEST_F(ReadGroup, TwoReaders_ShareTheEntries) {
   RunningCommand one(folder_.path(), "out1", words({"--follow"}));
   RunningCommand two(folder_.path(), "out2", words({"--follow"}));
-  for (int batch = 0; batch < 40; ++batch) {
-    deliver(batch * 50 + 1, batch * 50 + 50);
+  // At least 40; more where one of them starts late.
+  int batches = 0;
+  const auto both_have_some = [this] { return !read("out1").empty() && !read("out2").empty(); };
+  while (batches < 40 || (batches < 4000 && !both_have_some())) {
+    deliver(batches * 50 + 1, batches * 50 + 50);
+    ++batches;
     std::this_thread::sleep_for(std::chrono::milliseconds(5));
   }
-  ASSERT_TRUE(wait_for_shown(2000)) << read("said");
+  ASSERT_TRUE(wait_for_shown(static_cast<std::size_t>(batches) * 50)) << read("said");
   one.end();
   two.end();
   for (const auto& [number, count] : shown()) EXPECT_EQ(count, 1) << number;
