@@ -8,7 +8,9 @@
 
 #include "config/configuration_source.h"
 #include "config/logconf.h"
+#include "definitions/definition_memory.h"
 #include "definitions/ldf_load.h"
+#include "definitions/prepared_texts.h"
 #include "foundation/allocate.h"
 #include "foundation/atomic_word.h"
 #include "foundation/never_destroyed.h"
@@ -129,6 +131,14 @@ void qz_LOG_LogConfig::SetAuxDefinitionPath(const char* path) {
 }
 
 const char* qz_LOG_LogConfig::GetAuxDefinitionPath() { return text_or_empty(*aux_definition_path); }
+
+void qz_LOG_LogConfig::SetDefinitionMemory(std::size_t bytes) {
+  DefinitionMemory::set_limit(bytes);
+  definition_table->fit_memory();
+  PreparedTexts::fit_memory();
+}
+
+std::size_t qz_LOG_LogConfig::GetDefinitionMemory() { return DefinitionMemory::limit(); }
 
 void qz_LOG_LogConfig::SetMessageCatalogPath(const char* path) {
   if (!IsICUEnabled()) return;

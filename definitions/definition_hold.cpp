@@ -1,14 +1,8 @@
 #include "definitions/definition_hold.h"
 
 #include "foundation/allocate.h"
-#include "qzlog/definition_cache.h"
 
 namespace qzlog {
-
-namespace {
-// What a table caches, and so the most that one table can answer with.
-constexpr unsigned kMostKept = qz_DefinitionCacheSize;
-}  // namespace
 
 ThreadHolds::~ThreadHolds() {
   for (unsigned i = 0; i < kCells; ++i) {
@@ -17,39 +11,47 @@ ThreadHolds::~ThreadHolds() {
 }
 
 DefinitionHoldRef ThreadHolds::keep(unsigned int entry_id, DefinitionRef definition) {
-  unsigned place = cell_of(entry_id);
+  const unsigned place = cell_of(entry_id);
   DefinitionHold* const former = cells_[place].hold;
-  if (former != nullptr && &former->definition() == definition.get()) return DefinitionHoldRef::share(former);
-
-  std::unique_ptr<DefinitionHold> fresh(new_object<DefinitionHold>(this, std::move(definition)));
   if (former != nullptr) {
-    former->give_up();
-  } else {
-    if (count_ == kMostHolds) {
-      make_room();
-      place = cell_of(entry_id);
-    }
-    ++count_;
+    if (&former->definition() != definition.get()) cells_[place].hold = make_hold(former, std::move(definition));
+    return DefinitionHoldRef::share(cells_[place].hold);
   }
-  cells_[place] = {entry_id, fresh.release()};
-  return DefinitionHoldRef::share(cells_[place].hold);
+  unsigned int& id_place = ids_[count_ < kMostHolds ? count_ : oldest_];
+  if (count_ < kMostHolds) {
+    cells_[place] = {entry_id, make_hold(nullptr, std::move(definition))};
+    ++count_;
+  } else {
+    const unsigned replaced = cell_of(id_place);
+    DefinitionHold* const hold = make_hold(cells_[replaced].hold, std::move(definition));
+    free_cell(replaced);
+    cells_[cell_of(entry_id)] = {entry_id, hold};
+    oldest_ = (oldest_ + 1) % kMostHolds;
+  }
+  id_place = entry_id;
+  return DefinitionHoldRef::share(find(entry_id));
 }
 
-/// Gives up the holds on definitions that are not cached any more, and if that leaves too many, from several tables,
-/// others as well.
-void ThreadHolds::make_room() {
-  const std::unique_ptr<Cell[]> former = std::exchange(cells_, std::make_unique<Cell[]>(kCells));
-  count_ = 0;
-  for (unsigned i = 0; i < kCells; ++i) {
-    DefinitionHold* const hold = former[i].hold;
-    if (hold == nullptr) continue;
-    if (count_ == kMostKept || hold->definition().is_cached_in(nullptr)) {
-      hold->give_up();
-    } else {
-      cells_[cell_of(former[i].entry_id)] = former[i];
-      ++count_;
-    }
+/// A hold in the place of a former one, which is used again when no entry uses it, else given up. Null for no former.
+DefinitionHold* ThreadHolds::make_hold(DefinitionHold* former, DefinitionRef definition) {
+  if (former != nullptr && former->is_unused()) {
+    former->renew(std::move(definition));
+    return former;
   }
+  auto* const fresh = new_object<DefinitionHold>(this, std::move(definition));
+  if (former != nullptr) former->give_up();
+  return fresh;
+}
+
+/// Moves up what would not be found behind a free cell.
+void ThreadHolds::free_cell(unsigned cell) {
+  for (unsigned later = (cell + 1) % kCells; cells_[later].hold != nullptr; later = (later + 1) % kCells) {
+    const unsigned distance = (later - first_cell_of(cells_[later].entry_id)) % kCells;
+    if (distance < (later - cell) % kCells) continue;
+    cells_[cell] = cells_[later];
+    cell = later;
+  }
+  cells_[cell] = {};
 }
 
 }  // namespace qzlog

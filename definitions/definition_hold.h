@@ -11,6 +11,7 @@
 #include "foundation/counted_ref.h"
 #include "foundation/no_copies.h"
 #include "foundation/thread_instance.h"
+#include "qzlog/definition_cache.h"
 
 namespace qzlog {
 
@@ -38,6 +39,14 @@ class alignas(kCacheLine) DefinitionHold : public qz_UTIL_no_inadvertant_copies 
       subtract_from_balance();
     }
   }
+  /// By the owner: whether no entry has a reference. None gets one then but by the owner.
+  bool is_unused() const { return owner_count_ + balance_.load(std::memory_order_acquire) == 0; }
+  /// By the owner, of an unused hold: makes it one on another definition.
+  void renew(DefinitionRef definition) {
+    definition_ = std::move(definition);
+    owner_count_ = 0;
+    balance_.store(0, std::memory_order_relaxed);
+  }
   /// By the owner, which does not use the hold afterwards.
   void give_up() {
     owner_.store(nullptr, std::memory_order_relaxed);
@@ -61,11 +70,11 @@ class alignas(kCacheLine) DefinitionHold : public qz_UTIL_no_inadvertant_copies 
 
 using DefinitionHoldRef = CountedRef<DefinitionHold>;
 
-/// The holds of one thread by entry ID. Those on definitions that no table caches any more are given up when room is
-/// needed or the thread ends: until then a thread may keep up to kMostHolds definitions alive that nothing else uses.
+/// The holds of one thread by entry ID, replaced first in first out as the definitions of a table's cache are. Until
+/// then a thread keeps definitions alive that nothing else uses.
 class ThreadHolds : public qz_UTIL_no_inadvertant_copies {
  public:
-  static constexpr unsigned kMostHolds = 192;
+  static constexpr unsigned kMostHolds = qz_DefinitionCacheSize;
 
   ThreadHolds() : cells_(std::make_unique<Cell[]>(kCells)) {}
   ~ThreadHolds();
@@ -89,17 +98,21 @@ class ThreadHolds : public qz_UTIL_no_inadvertant_copies {
   static constexpr unsigned kCells = 1U << kCellBits;
   static_assert(kMostHolds * 2 < kCells);
 
+  // Multiplied, so that IDs in a row do not fill a run of cells.
+  static unsigned first_cell_of(unsigned int entry_id) { return entry_id * 0x9E3779B1U >> (32 - kCellBits); }
   /// The cell of an ID, else the free one where it belongs.
   unsigned cell_of(unsigned int entry_id) const {
-    // Multiplied, so that IDs in a row do not fill a run of cells.
-    unsigned cell = entry_id * 0x9E3779B1U >> (32 - kCellBits);
+    unsigned cell = first_cell_of(entry_id);
     while (cells_[cell].hold != nullptr && cells_[cell].entry_id != entry_id) cell = (cell + 1) % kCells;
     return cell;
   }
-  void make_room();
+  DefinitionHold* make_hold(DefinitionHold* former, DefinitionRef definition);
+  void free_cell(unsigned cell);
 
   std::unique_ptr<Cell[]> cells_;
+  unsigned int ids_[kMostHolds] = {};  // in the order in which they came
   unsigned count_ = 0;
+  unsigned oldest_ = 0;
 };
 
 inline bool DefinitionHold::is_owned_by_this_thread() const {

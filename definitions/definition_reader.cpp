@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "definitions/record_reader.h"
 #include "foundation/unshared_file.h"
-#include "qzlog/file_io.h"
 #include "qzlog/qz_exception.h"
 #include "util/debug_record.h"
 
@@ -33,11 +33,11 @@ struct EntryInfo {
   }
 };
 
-EntryInfo read_entry_info(std::FILE* file, unsigned int entry_id) {
+EntryInfo read_info(RecordBytes& bytes, unsigned int entry_id) {
   EntryInfo info;
-  require(_qz_LOG_read_entry_info(file, info.entry_id, info.entry_word, info.property_mask, info.default_msg_id,
-                                  info.default_msg_text, info.selector_attribute_name));
-  require(qz_be_read_int4(file, &info.attribute_count));
+  require(read_entry_info(bytes, info.entry_id, info.entry_word, info.property_mask, info.default_msg_id,
+                          info.default_msg_text, info.selector_attribute_name));
+  require(read_word(bytes, info.attribute_count));
   if (info.entry_id != entry_id) {
     throw QZX_logging_invalid_definition("<QZX_logging_invalid_definition> The definition file is corrupted.", 0);
   }
@@ -52,12 +52,12 @@ void check_selector_attribute(const EntryInfo& info, const _qz_LOG_log_definitio
   }
 }
 
-void read_attributes(const DefinitionStream& stream, const EntryInfo& info, _qz_LOG_log_definition& def) {
+void read_attributes(RecordBytes& bytes, const EntryInfo& info, _qz_LOG_log_definition& def) {
   qz_String name;
   qz_String redirection_name;
   qz_AttributeType type = TypeUnknown;
   for (unsigned i = 0; i < info.attribute_count; ++i) {
-    require(_qz_LOG_read_attribute(stream.get(), name, type, redirection_name));
+    require(read_attribute(bytes, name, type, redirection_name));
     const bool is_selector = info.is_selector(name);
     // Only the selector attribute may be repeated; it then replaces the one that the definition has.
     if (!is_selector && def.find_own_attribute(AttributeName(name.c_str())) != nullptr) {
@@ -79,16 +79,16 @@ bool conflicts_with_selector(const _qz_LOG_log_definition& def, unsigned count, 
   return false;
 }
 
-void read_selector_messages(std::FILE* file, bool is_aux, _qz_LOG_log_definition& def) {
+void read_selector_messages(RecordBytes& bytes, bool is_aux, _qz_LOG_log_definition& def) {
   unsigned count = 0;
-  require(qz_be_read_int4(file, &count));
+  require(read_word(bytes, count));
   const unsigned former_count = def.get_selector_msg_count();
   qz_String message_id;
   qz_String message_text;
   for (unsigned i = 0; i < count; ++i) {
     unsigned index = 0;
     unsigned value = 0;
-    require(_qz_LOG_read_selector_msg(file, index, value, message_id, message_text));
+    require(read_selector_msg(bytes, index, value, message_id, message_text));
     if (is_aux && conflicts_with_selector(def, former_count, index, value)) {
       throw QZX_logging_invalid_definition(
           "<QZX_logging_invalid_definition> selector message index in AUX definition file conflict with STD definition",
@@ -139,12 +139,11 @@ void read_global_attributes(const DefinitionStream& stream, const _qz_LOG_ldf_he
 
 void read_definition(const DefinitionStream& stream, unsigned offset, unsigned entry_id, bool is_aux,
                      _qz_LOG_log_definition& def) {
-  std::FILE* const file = stream.get();
-  seek_in_definition_file(file, offset);
-  const EntryInfo info = read_entry_info(file, entry_id);
+  BlockBytes bytes(stream.blocks(), offset);
+  const EntryInfo info = read_info(bytes, entry_id);
   if (is_aux) check_selector_attribute(info, def);
-  read_attributes(stream, info, def);
-  read_selector_messages(file, is_aux, def);
+  read_attributes(bytes, info, def);
+  read_selector_messages(bytes, is_aux, def);
   def.set_record_numbers(info.entry_id, info.entry_word, info.property_mask);
   if (!is_aux || (!info.default_msg_id.empty() && !info.default_msg_text.empty())) {
     def.set_default_msg_id(info.default_msg_id.c_str());

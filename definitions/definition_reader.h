@@ -4,7 +4,7 @@
 #include <cstdio>
 
 #include "definitions/def_read.h"
-#include "definitions/file_names.h"
+#include "definitions/definition_stream.h"
 #include "definitions/ldf_def.h"
 
 namespace qzlog {

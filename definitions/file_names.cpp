@@ -1,10 +1,7 @@
 #include "definitions/file_names.h"
 
 #include <sys/stat.h>
-#include <sys/types.h>
-#include <unistd.h>
 
-#include <cerrno>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -13,23 +10,11 @@
 
 #include "definitions/names_trailer.h"
 #include "foundation/allocate.h"
+#include "foundation/position_reads.h"
 
 namespace qzlog {
 
 namespace {
-
-/// False when the file ends before, or cannot be read.
-bool read_at(int descriptor, std::uint64_t offset, char* target, std::size_t size) {
-  while (size != 0) {
-    const ssize_t count = pread(descriptor, target, size, static_cast<off_t>(offset));
-    if (count < 0 && errno == EINTR) continue;
-    if (count <= 0) return false;
-    offset += static_cast<std::uint64_t>(count);
-    target += count;
-    size -= static_cast<std::size_t>(count);
-  }
-  return true;
-}
 
 /// Null for a section of another version or with other bytes than were written.
 std::unique_ptr<const EventNames> parse_section(std::unique_ptr<char[]> bytes, const NamesTrailer& trailer) {

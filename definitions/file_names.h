@@ -2,14 +2,10 @@
 #define QZLOG_DEFINITIONS_FILE_NAMES_H
 
 #include <atomic>
-#include <cstdio>
 #include <memory>
-#include <utility>
 
 #include "definitions/event_names.h"
-#include "foundation/allocate.h"
 #include "foundation/counted_ref.h"
-#include "foundation/file_handle.h"
 #include "foundation/locks.h"
 #include "foundation/no_copies.h"
 
@@ -55,33 +51,6 @@ class FileNames : public qz_UTIL_no_inadvertant_copies {
 };
 
 using FileNamesRef = CountedRef<FileNames>;
-
-/// The stream of a definition file and the names that stand in the file, or none of both.
-class DefinitionStream {
- public:
-  DefinitionStream() = default;
-  DefinitionStream(FileHandle file, int descriptor)
-      : file_(std::move(file)), names_(new_object<FileNames>(descriptor)) {}
-  DefinitionStream(DefinitionStream&&) noexcept = default;
-  DefinitionStream& operator=(DefinitionStream&& other) noexcept {
-    std::swap(file_, other.file_);
-    std::swap(names_, other.names_);
-    return *this;
-  }
-  ~DefinitionStream() { reset(); }
-
-  std::FILE* get() const { return file_.get(); }
-  FileNames* names() const { return names_.get(); }
-  void reset() noexcept {
-    if (names_) names_->close();
-    names_ = {};
-    file_.reset();
-  }
-
- private:
-  FileHandle file_;
-  FileNamesRef names_;
-};
 
 }  // namespace qzlog
 

@@ -90,6 +90,8 @@ void reindex(_qz_LOG_attribute_entry* const* list, unsigned char count, HashInde
   index.reindex(count, [list](unsigned position) { return list[position]->get_name_hash(); });
 }
 
+std::size_t text_bytes(const char* text) { return text != nullptr ? block_bytes(std::strlen(text) + 1) : 0; }
+
 const char* text_or_empty(const char* text) { return text == nullptr ? "" : text; }
 
 FileNamesRef share_or_none(FileNames* names) { return names != nullptr ? FileNamesRef::share(names) : FileNamesRef(); }
@@ -149,22 +151,36 @@ void _qz_LOG_attribute_entry::set_name(const char* name) {
 
 void _qz_LOG_attribute_entry::set_redirection_name(const char* redirection_name) {
   redirection_name_ = duplicate_text(redirection_name);
+  any_redirected_.store(true, std::memory_order_relaxed);
+}
+
+std::size_t _qz_LOG_attribute_entry::memory_bytes() const {
+  return block_bytes(sizeof *this) + text_bytes(redirection_name_.get());
 }
 
 _qz_LOG_selector_message::_qz_LOG_selector_message(unsigned int index, unsigned int value, const char* message_id,
                                                    const char* message_text)
     : index_(index), value_(value), message_id_(duplicate_text(message_id)), message_text_(message_text) {}
 
+std::size_t _qz_LOG_selector_message::memory_bytes() const {
+  return block_bytes(sizeof *this) + text_bytes(message_id_.get()) + text_bytes(message_text_.get());
+}
+
 _qz_LOG_log_definition::~_qz_LOG_log_definition() { clear_attr_info(); }
 
 void _qz_LOG_log_definition::set_default_msg_id(const char* message_id) {
+  note_change();
   default_msg_id_ = duplicate_text(message_id);
 }
 
-void _qz_LOG_log_definition::set_default_msg_text(const char* message_text) { default_msg_text_.set(message_text); }
+void _qz_LOG_log_definition::set_default_msg_text(const char* message_text) {
+  note_change();
+  default_msg_text_.set(message_text);
+}
 
 void _qz_LOG_log_definition::add_attr_info(const char* name, unsigned char type, bool is_selector,
                                            const char* redirection_name) {
+  note_change();
   _qz_LOG_attribute_entry* const former = find_own_attribute(AttributeName(name));
   // Held to the end: the caller's name may be the former entry's own.
   const auto replaced = take_own_attribute(former);
@@ -184,6 +200,7 @@ void _qz_LOG_log_definition::add_attr_info(const char* name, unsigned char type,
 /// Null when it is not an own attribute.
 std::unique_ptr<_qz_LOG_attribute_entry> _qz_LOG_log_definition::take_own_attribute(
     const _qz_LOG_attribute_entry* entry) {
+  note_change();
   auto taken = take_from_list(attributes_, attribute_count_, entry);
   if (taken == nullptr) return taken;
   if (taken.get() == selector_attribute_) selector_attribute_ = nullptr;
@@ -193,12 +210,14 @@ std::unique_ptr<_qz_LOG_attribute_entry> _qz_LOG_log_definition::take_own_attrib
 
 void _qz_LOG_log_definition::add_selector_message(unsigned int index, unsigned int value, const char* message_id,
                                                   const char* message_text) {
+  note_change();
   append_to_list(selector_messages_, selector_message_count_,
                  std::unique_ptr<_qz_LOG_selector_message>(
                      new_object<_qz_LOG_selector_message>(index, value, message_id, message_text)));
 }
 
 void _qz_LOG_log_definition::set_selector_attribute(const char* name) {
+  note_change();
   for (unsigned i = 0; i < attribute_count_; ++i) {
     if (QZ_strcmp(text_or_empty(attributes_[i]->get_name()), name) != 0) continue;
     selector_attribute_ = attributes_[i];
@@ -257,9 +276,25 @@ void _qz_LOG_log_definition::set_version_tag(const char (&tag)[16]) {
 }
 
 void _qz_LOG_log_definition::clear_attr_info() {
+  note_change();
   destroy_list(attributes_, attribute_count_);
   attribute_index_.clear();
   destroy_list(selector_messages_, selector_message_count_);
+}
+
+void _qz_LOG_log_definition::mark_as_read() {
+  read_bytes_ = block_bytes(sizeof *this) + block_bytes(attribute_count_ * sizeof *attributes_) +
+                block_bytes(selector_message_count_ * sizeof *selector_messages_) + attribute_index_.memory_bytes() +
+                text_bytes(default_msg_id_.get()) + text_bytes(default_msg_text_.get());
+  for (unsigned i = 0; i < attribute_count_; ++i) read_bytes_ += attributes_[i]->memory_bytes();
+  for (unsigned i = 0; i < selector_message_count_; ++i) read_bytes_ += selector_messages_[i]->memory_bytes();
+  is_as_read_.store(true, std::memory_order_relaxed);
+}
+
+std::size_t _qz_LOG_log_definition::memory_bytes() const {
+  std::size_t bytes = read_bytes_ + default_msg_text_.prepared_bytes();
+  for (unsigned i = 0; i < selector_message_count_; ++i) bytes += selector_messages_[i]->get_message().prepared_bytes();
+  return bytes;
 }
 
 void _qz_LOG_log_definition::add_global_attr_info(const char* name, unsigned char type, FileNames* names) {

@@ -2,6 +2,7 @@
 #define QZLOG_DEFINITIONS_LDF_DEF_H
 
 #include <atomic>
+#include <cstddef>
 
 #include "definitions/attribute_name.h"
 #include "definitions/file_names.h"
@@ -35,9 +36,13 @@ class _qz_LOG_attribute_entry : public qz_UTIL_no_inadvertant_copies {
   }
   /// Whether any attribute was ever renamed: lists that hold it then know it under its former name.
   static bool any_renamed() { return any_renamed_.load(std::memory_order_relaxed); }
+  /// Whether any attribute is not what it was made as.
+  static bool any_changed() { return any_renamed() || any_redirected_.load(std::memory_order_relaxed); }
+  std::size_t memory_bytes() const;
 
  private:
   static inline std::atomic<bool> any_renamed_{false};
+  static inline std::atomic<bool> any_redirected_{false};
 
   const qzlog::KnownName* name_;
   qzlog::OwnedText redirection_name_;
@@ -55,6 +60,7 @@ class _qz_LOG_selector_message : public qz_UTIL_no_inadvertant_copies {
   const char* get_message_id() const { return message_id_.get(); }
   const char* get_message_text() const { return message_text_.get(); }
   const qzlog::DefinitionMessage& get_message() const { return message_text_; }
+  std::size_t memory_bytes() const;
 
  private:
   unsigned int index_;
@@ -75,6 +81,10 @@ struct VersionNumbers {
 }  // namespace qzlog
 
 class _qz_LOG_log_definition_tbl;
+
+namespace qzlog {
+class CachedDefinitions;
+}
 
 /// The definition of one entry ID, and the global attributes of all of them.
 ///
@@ -104,6 +114,7 @@ class _qz_LOG_log_definition : public qz_UTIL_no_inadvertant_copies {
 
   /// The numbers of a record. A property mask that is not 0 stays: an auxiliary record does not change it.
   void set_record_numbers(unsigned int entry_id, unsigned int entry_word, unsigned int property_mask) {
+    note_change();
     entry_id_ = entry_id;
     entry_word_ = entry_word;
     if (property_mask_ == 0) property_mask_ = property_mask;
@@ -182,13 +193,25 @@ class _qz_LOG_log_definition : public qz_UTIL_no_inadvertant_copies {
     return caching_table_.load(std::memory_order_acquire) == table;
   }
 
+  /// Whether it is what reading its record again would give: nothing was changed since mark_as_read().
+  bool is_as_read() const {
+    return is_as_read_.load(std::memory_order_relaxed) && !_qz_LOG_attribute_entry::any_changed();
+  }
+  /// For who knows that a record gives something else now.
+  void note_change() { is_as_read_.store(false, std::memory_order_relaxed); }
+  /// What it takes of the process's memory, with what was prepared from its texts.
+  std::size_t memory_bytes() const;
+
   void add_reference() { references_.fetch_add(1, std::memory_order_relaxed); }
   /// Gives up a reference; the last one destroys the definition.
   void release();
 
  private:
   friend class _qz_LOG_log_definition_tbl;
+  friend class qzlog::CachedDefinitions;
 
+  /// Its record was read wholly; from here on memory_bytes() looks at the prepared texts alone.
+  void mark_as_read();
   void set_version_tag(const char (&tag)[16]);
   /// The files that may know its name, either of which may be null.
   void set_file_names(qzlog::FileNames* standard, qzlog::FileNames* auxiliary);
@@ -204,6 +227,9 @@ class _qz_LOG_log_definition : public qz_UTIL_no_inadvertant_copies {
     return known != GlobalMarks::kUnknown ? known : read_global_marks();
   }
   static GlobalMarks read_global_marks();
+  /// What CachedDefinitions counts it as while it keeps it.
+  std::size_t kept_bytes() const { return kept_bytes_; }
+  void set_kept_bytes(std::size_t bytes) { kept_bytes_ = bytes; }
   void set_caching_table(const _qz_LOG_log_definition_tbl* table) {
     caching_table_.store(table, std::memory_order_release);
   }
@@ -233,6 +259,9 @@ class _qz_LOG_log_definition : public qz_UTIL_no_inadvertant_copies {
   mutable std::atomic<bool> may_have_marks_{false};
   qzlog::FileNamesRef standard_names_;
   qzlog::FileNamesRef auxiliary_names_;
+  std::size_t read_bytes_ = 0;  // what it took when it was read
+  std::size_t kept_bytes_ = 0;
+  std::atomic<bool> is_as_read_{false};
   std::atomic<unsigned> references_{1};
   // Whether any global attribute is marked. Forgotten where they are changed.
   static inline std::atomic<GlobalMarks> global_marks_{GlobalMarks::kUnknown};

@@ -8,6 +8,7 @@
 
 #include "definitions/def_read.h"
 #include "definitions/definition_format.h"
+#include "definitions/definition_memory.h"
 #include "definitions/definition_reader.h"
 #include "foundation/allocate.h"
 
@@ -26,6 +27,16 @@ unsigned pairs_between(unsigned map_offset, std::FILE* file) {
   const long long pairs = (QZ_ftell(file) - map_offset) / kMapPairSize;
   return static_cast<unsigned>(std::clamp(pairs, 0LL, static_cast<long long>(UINT_MAX)));
 }
+
+/// While an auxiliary file is loaded the records of IDs change: what was read before and is read meanwhile is not kept.
+class DistrustedRecords : public qz_UTIL_no_inadvertant_copies {
+ public:
+  explicit DistrustedRecords(CachedDefinitions& definitions) : definitions_(definitions) { definitions_.distrust(); }
+  ~DistrustedRecords() { definitions_.distrust(); }
+
+ private:
+  CachedDefinitions& definitions_;
+};
 
 }  // namespace
 
@@ -90,12 +101,9 @@ bool _qz_LOG_log_definition_tbl::has_event_names() const {
 void _qz_LOG_log_definition_tbl::clear() {
   digest_.forget();
   // Before the files are closed, which look after the names for whoever still needs them.
-  for (unsigned i = 0; i < n_entry_definitions_cached; ++i) drop_from_cache(cache_[i]);
+  definitions_.clear();
   std_file_.reset();
   aux_file_.reset();
-  std::fill(std::begin(cache_), std::end(cache_), nullptr);
-  next_evict_ = 0;
-  n_entry_definitions_cached = 0;
   index_.clear();
   std_loaded_ = false;
   QZ_DEBUG_RECORD(3, kSource, "%s:%d _qz_LOG_log_definition_tbl::clear() \n");
@@ -136,6 +144,7 @@ DefinitionStream _qz_LOG_log_definition_tbl::_set_definition_file_path(const cha
     load_entry_map(file.get(), header, false);
     return file;
   }
+  const DistrustedRecords distrusted(definitions_);
   aux_file_ = std::move(file);
   load_entry_map(aux_file_.get(), header, true);
   return {};
@@ -173,28 +182,64 @@ bool _qz_LOG_log_definition_tbl::may_be_known(unsigned int entry_id, bool is_aux
 }
 
 DefinitionRef _qz_LOG_log_definition_tbl::_find_entry_non_const(unsigned int entry_id) {
+  if (!debug_log_wants(kTraceLevel)) {
+    // One lock in place of two for IDs that are seldom cached.
+    const WriterAttempt writer(lock_);
+    if (writer) return find_locked(entry_id);
+  }
   {
     const qz_LOG_CReaderSentry reader(lock_);
     QZ_DEBUG_RECORD(3, kSource,
                     "%s:%d _qz_LOG_log_definition_tbl::_find_entry_non_const n_entry_definitions_cached:%d\n",
-                    n_entry_definitions_cached);
-    if (_qz_LOG_log_definition* const cached = find_cached(entry_id)) return DefinitionRef::share(cached);
+                    definitions_.count());
+    if (_qz_LOG_log_definition* const cached = definitions_.find(entry_id)) return DefinitionRef::share(cached);
   }
   const qz_LOG_CWriterSentry writer(lock_);
-  // Another thread may have read it since.
-  if (_qz_LOG_log_definition* const cached = find_cached(entry_id)) return DefinitionRef::share(cached);
+  return find_locked(entry_id);
+}
 
-  DefinitionRef fresh;
-  if (find_record(entry_id) != nullptr) fresh = DefinitionRef(new_object<_qz_LOG_log_definition>());
-  if (!fresh || !_retrieve_entry_definition(entry_id, *fresh.get(), nullptr)) {
+/// With the lock, whose other holders may have read it since.
+DefinitionRef _qz_LOG_log_definition_tbl::find_locked(unsigned int entry_id) {
+  if (_qz_LOG_log_definition* const cached = definitions_.find(entry_id)) return DefinitionRef::share(cached);
+  notice_changed_files();
+  DefinitionRef found;
+  if (_qz_LOG_log_definition* const kept = definitions_.find_kept(entry_id)) {
+    QZ_DEBUG_RECORD(3, kSource, "%s:%d _qz_LOG_log_definition_tbl::_retrieve_entry_definition return true\n");
+    definitions_.revive(kept);
+    found = DefinitionRef::share(kept);
+  } else {
+    found = read_afresh(entry_id);
+  }
+  if (!found) {
     QZ_DEBUG_RECORD(3, kSource, "%s:%d _qz_LOG_log_definition_tbl::_find_entry_non_const return 0 %d\n",
-                    n_entry_definitions_cached);
+                    definitions_.count());
     return {};
   }
-  store_in_cache(fresh.get());
   QZ_DEBUG_RECORD(3, kSource, "%s:%d _qz_LOG_log_definition_tbl::_find_entry_non_const return p_entry_definition %d\n",
-                  n_entry_definitions_cached);
+                  definitions_.count());
+  return found;
+}
+
+/// Reads the record of an ID and caches what it says; null when there is none.
+DefinitionRef _qz_LOG_log_definition_tbl::read_afresh(unsigned int entry_id) {
+  if (find_record(entry_id) == nullptr) return {};
+  DefinitionRef fresh(new_object<_qz_LOG_log_definition>());
+  if (!_retrieve_entry_definition(entry_id, *fresh.get(), nullptr)) return {};
+  fresh->mark_as_read();
+  definitions_.add(fresh.get());
   return fresh;
+}
+
+/// What was overwritten is read again, as far as it is not cached.
+void _qz_LOG_log_definition_tbl::notice_changed_files() {
+  const bool std_changed = std_file_.notice_change();
+  const bool aux_changed = aux_file_.notice_change();
+  if (std_changed || aux_changed) definitions_.distrust();
+}
+
+void _qz_LOG_log_definition_tbl::fit_memory() {
+  const qz_LOG_CWriterSentry writer(lock_);
+  definitions_.fit_memory();
 }
 
 const _qz_LOG_log_definition_file_info_holder* _qz_LOG_log_definition_tbl::find_record(unsigned int entry_id) const {
@@ -216,37 +261,11 @@ bool _qz_LOG_log_definition_tbl::_retrieve_entry_definition(unsigned int entry_i
     QZ_DEBUG_RECORD(3, kSource, "%s:%d _qz_LOG_log_definition_tbl::_retrieve_entry_definition return false pfile=0\n");
     return false;
   }
+  // Records are read once while what they say can be kept, and then seldom stand side by side.
+  file.blocks().set_room(definitions_.has_dropped() ? DefinitionMemory::for_file() : 0);
   read_definition(file, indexed->offset, entry_id, is_aux, def);
   def.set_version_tag(is_aux ? aux_tag_ : std_tag_);
   def.set_file_names(std_file_.names(), aux_file_.names());
   QZ_DEBUG_RECORD(3, kSource, "%s:%d _qz_LOG_log_definition_tbl::_retrieve_entry_definition return true\n");
   return true;
-}
-
-_qz_LOG_log_definition* _qz_LOG_log_definition_tbl::find_cached(unsigned int entry_id) const {
-  const unsigned* const end = cached_ids_ + n_entry_definitions_cached;
-  const unsigned* const found = std::find(cached_ids_, end, entry_id);
-  return found != end ? cache_[found - cached_ids_] : nullptr;
-}
-
-/// Takes a reference of its own.
-void _qz_LOG_log_definition_tbl::store_in_cache(_qz_LOG_log_definition* definition) {
-  unsigned place = n_entry_definitions_cached;
-  if (place < kCacheSize) {
-    ++n_entry_definitions_cached;
-  } else {
-    place = next_evict_;
-    next_evict_ = (next_evict_ + 1) % kCacheSize;
-    drop_from_cache(cache_[place]);
-  }
-  definition->add_reference();
-  definition->set_caching_table(this);
-  cache_[place] = definition;
-  cached_ids_[place] = definition->get_entry_id();
-}
-
-/// Holds of other threads on it end with their next lookup.
-void _qz_LOG_log_definition_tbl::drop_from_cache(_qz_LOG_log_definition* definition) {
-  definition->set_caching_table(nullptr);
-  definition->release();
 }

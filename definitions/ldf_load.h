@@ -4,26 +4,27 @@
 #include <cstdio>
 #include <string_view>
 
+#include "definitions/cached_definitions.h"
 #include "definitions/definition_hold.h"
+#include "definitions/definition_stream.h"
 #include "definitions/definitions_digest.h"
 #include "definitions/entry_index.h"
-#include "definitions/file_names.h"
 #include "definitions/ldf_def.h"
 #include "foundation/locks.h"
 #include "foundation/thread_instance.h"
-#include "qzlog/definition_cache.h"
 #include "util/debug_record.h"
 
 struct _qz_LOG_ldf_header_struct;
 
 /// The process's one store of definitions: an index from entry ID to file and offset, and a ring of the last 128
-/// definitions read, replaced first-in first-out.
+/// definitions read, replaced first-in first-out. A replaced one is kept while there is memory for it (see
+/// qz_LOG_LogConfig::SetDefinitionMemory), so that it need not be read again as long as its file does not change.
 ///
 /// Failures throw QZX_logging_invalid_definition, or QZX_memory_alloc. Lookups may run in many threads at once; loading
 /// and clear() are serialised by the process-wide lock of their callers and must not run while other threads look up.
 class _qz_LOG_log_definition_tbl : public qz_UTIL_no_inadvertant_copies {
  public:
-  static constexpr unsigned kCacheSize = qz_DefinitionCacheSize;
+  static constexpr unsigned kCacheSize = qzlog::CachedDefinitions::kCacheSize;
   /// The debug level of the records about lookups.
   static constexpr unsigned kTraceLevel = 3;
 
@@ -71,6 +72,9 @@ class _qz_LOG_log_definition_tbl : public qz_UTIL_no_inadvertant_copies {
   /// Whether a file has names at all.
   bool has_event_names() const;
 
+  /// Keeps no more than is allowed now.
+  void fit_memory();
+
   /// Forgets both files, every definition and the index, but not the global attributes.
   void clear();
 
@@ -92,19 +96,15 @@ class _qz_LOG_log_definition_tbl : public qz_UTIL_no_inadvertant_copies {
   void load_entry_map(std::FILE* file, const _qz_LOG_ldf_header_struct& header, bool is_aux);
   bool index_entry(unsigned int entry_id, unsigned int offset, std::FILE* file, bool is_aux);
   bool may_be_known(unsigned int entry_id, bool is_aux) const;
-  _qz_LOG_log_definition* find_cached(unsigned int entry_id) const;
-  void store_in_cache(_qz_LOG_log_definition* definition);
+  qzlog::DefinitionRef find_locked(unsigned int entry_id);
+  qzlog::DefinitionRef read_afresh(unsigned int entry_id);
+  void notice_changed_files();
   qzlog::DefinitionHoldRef hold_afresh(unsigned int entry_id) const;
   const char* make_digest() const;
-  static void drop_from_cache(_qz_LOG_log_definition* definition);
 
   bool std_loaded_ = false;
   qzlog::EntryIndex index_;
-  // The IDs of the cached definitions aside, so that a search reads few cache lines.
-  unsigned cached_ids_[kCacheSize] = {};
-  _qz_LOG_log_definition* cache_[kCacheSize] = {};
-  unsigned next_evict_ = 0;
-  unsigned n_entry_definitions_cached = 0;
+  qzlog::CachedDefinitions definitions_{this};
   qzlog::DefinitionStream std_file_;
   qzlog::DefinitionStream aux_file_;
   mutable qz_LOG_CRWLock lock_;

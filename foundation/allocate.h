@@ -26,6 +26,12 @@ T* new_array(std::size_t count) {
   return elements;
 }
 
+/// About what a block of so many bytes takes of the heap: they are rounded up, and have a head. 0 for none.
+constexpr std::size_t block_bytes(std::size_t size) noexcept {
+  constexpr std::size_t kUnit = 2 * sizeof(void*);
+  return size == 0 ? 0 : (size + sizeof(void*) + kUnit - 1) / kUnit * kUnit;
+}
+
 }  // namespace qzlog
 
 #endif  // QZLOG_FOUNDATION_ALLOCATE_H

@@ -27,6 +27,8 @@ class CountedRef {
   }
 
   T* get() const { return object_; }
+  /// The reference is the caller's now.
+  T* take() { return std::exchange(object_, nullptr); }
   T* operator->() const { return object_; }
   explicit operator bool() const { return object_ != nullptr; }
 

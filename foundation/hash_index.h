@@ -1,6 +1,7 @@
 #ifndef QZLOG_FOUNDATION_HASH_INDEX_H
 #define QZLOG_FOUNDATION_HASH_INDEX_H
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 
@@ -17,6 +18,7 @@ class HashIndex {
   static constexpr unsigned kNone = ~0U;
 
   bool empty() const { return capacity_ == 0; }
+  std::size_t memory_bytes() const { return capacity_ * sizeof(std::uint32_t); }
   void clear() {
     cells_.reset();
     capacity_ = 0;

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <memory>
 
+#include "foundation/allocate.h"
 #include "foundation/text_buffer.h"
 #include "message/code_page.h"
 #include "message/icu_memory.h"
@@ -51,6 +52,14 @@ IcuTemplate::IcuTemplate(std::unique_ptr<const _qz_LOG_msg_token_list> tokens, c
   is_within_limits_ = argument_count() <= kMostTemplateArguments && parse_pattern(pattern_, parsed, status);
   can_be_assembled_ = is_within_limits_ && U_SUCCESS(status) && split_pattern(parsed);
   memory.check(status);
+  set_memory_bytes(measure());
+}
+
+std::size_t IcuTemplate::measure() const {
+  return block_bytes(sizeof *this) + pieces_.memory_bytes() +
+         block_bytes(static_cast<std::size_t>(pattern_.getCapacity()) * sizeof(char16_t)) +
+         block_bytes(kinds_.capacity() * sizeof kinds_[0]) + block_bytes(parts_.capacity() * sizeof(Part)) +
+         block_bytes(literals_.capacity());
 }
 
 void IcuTemplate::build_pattern(const _qz_LOG_msg_token_list& tokens) {

@@ -54,6 +54,7 @@ class IcuTemplate : public PreparedMessage {
 
  private:
   IcuTemplate(std::unique_ptr<const _qz_LOG_msg_token_list> tokens, const _qz_LOG_log_definition& definition);
+  std::size_t measure() const;
   void build_pattern(const _qz_LOG_msg_token_list& tokens);
   void append_argument(MessageFormatKind kind);
   bool split_pattern(const icu::MessagePattern& parsed);

@@ -1,11 +1,10 @@
 #ifndef QZLOG_MESSAGE_LOGMSG_H
 #define QZLOG_MESSAGE_LOGMSG_H
 
-#include <memory>
-
 #include <unicode/locid.h>
 #include <unicode/unistr.h>
 
+#include "definitions/prepared_message.h"
 #include "qzlog/qz_string.h"
 
 class _qz_LOG_log_definition;
@@ -13,9 +12,7 @@ class _qz_LOG_log_entry_imp;
 class _qz_LOG_msg_token_list;
 
 namespace qzlog {
-class DefinitionMessage;
 class IcuMessage;
-class PreparedMessage;
 class TextBuffer;
 }  // namespace qzlog
 
@@ -81,8 +78,8 @@ class _qz_LOG_log_message {
   static icu::UnicodeString _get_string(const char* message_id);
 
   /// What `prepare` made of the catalog's template for a message ID; made once while the catalog stays open.
-  using PrepareMessage = std::unique_ptr<const qzlog::PreparedMessage> (*)(const icu::UnicodeString& text,
-                                                                           const _qz_LOG_log_definition& definition);
+  using PrepareMessage = qzlog::PreparedMessageRef (*)(const icu::UnicodeString& text,
+                                                       const _qz_LOG_log_definition& definition);
   static const qzlog::PreparedMessage& prepare_catalog_message(const char* message_id,
                                                                const _qz_LOG_log_definition& definition,
                                                                PrepareMessage prepare);

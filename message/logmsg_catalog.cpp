@@ -35,9 +35,9 @@ class CatalogTemplates {
     return found != templates_.end() ? found->second.get() : nullptr;
   }
   /// Returns the one that is kept: another thread's, if that was faster.
-  const PreparedMessage& keep(std::string_view message_id, std::unique_ptr<const PreparedMessage> fresh) {
+  const PreparedMessage& keep(std::string_view message_id, PreparedMessageRef fresh) {
     const qz_LOG_CWriterSentry writer(lock_);
-    return *templates_.emplace(message_id, std::move(fresh)).first->second;
+    return *templates_.emplace(message_id, std::move(fresh)).first->second.get();
   }
   void clear() {
     const qz_LOG_CWriterSentry writer(lock_);
@@ -46,7 +46,7 @@ class CatalogTemplates {
 
  private:
   mutable qz_LOG_CRWLock lock_{nullptr};
-  std::map<std::string, std::unique_ptr<const PreparedMessage>, std::less<>> templates_;
+  std::map<std::string, PreparedMessageRef, std::less<>> templates_;
 };
 
 // Guarded by the process-wide lock of the settings.

@@ -12,6 +12,7 @@
 #include "message/icu_message.h"
 #include "message/icu_template.h"
 #include "message/logmsg.h"
+#include "message/shared_template.h"
 #include "qzlog/logcfg.h"
 
 using namespace qzlog;
@@ -93,9 +94,16 @@ void render(const IcuTemplate& message_template, const _qz_LOG_log_entry_imp& en
   });
 }
 
-std::unique_ptr<const PreparedMessage> make_template(const icu::UnicodeString& text,
-                                                     const _qz_LOG_log_definition& definition) {
+std::unique_ptr<const IcuTemplate> make_template(const icu::UnicodeString& text,
+                                                 const _qz_LOG_log_definition& definition) {
   return std::make_unique<IcuTemplate>(text, definition);
+}
+
+PreparedMessageRef share_decoded(const icu::UnicodeString& text, const _qz_LOG_log_definition& definition) {
+  const std::string_view content(reinterpret_cast<const char*>(text.getBuffer()),
+                                 static_cast<std::size_t>(text.length()) * sizeof(char16_t));
+  return share_template<IcuTemplate>(MessagePath::kIcu, content, definition,
+                                     [&] { return make_template(text, definition); });
 }
 
 /// The template is decoded with ICU's default converter, which is taken to be the same as long as the text lives.
@@ -103,8 +111,8 @@ const PreparedMessage& prepare(const DefinitionMessage& text, const _qz_LOG_log_
   const PreparedMessage* const prepared = text.find_prepared(MessagePath::kIcu);
   if (prepared != nullptr) return *prepared;
   const char* const bytes = text.get();
-  return text.keep_prepared(
-      MessagePath::kIcu, make_template(bytes != nullptr ? decode_text(bytes, "") : icu::UnicodeString(), definition));
+  const icu::UnicodeString decoded = bytes != nullptr ? decode_text(bytes, "") : icu::UnicodeString();
+  return text.keep_prepared(MessagePath::kIcu, share_decoded(decoded, definition));
 }
 
 }  // namespace
@@ -117,7 +125,7 @@ void _qz_LOG_log_message::format_message(const _qz_LOG_log_entry_imp& entry, con
     // Each choice refuses an entry without a definition.
     if (is_catalog_open()) {
       const char* const id = choose_message_id(entry, definition, use_default, selector_index);
-      prepared = &prepare_catalog_message(id, *definition, make_template);
+      prepared = &prepare_catalog_message(id, *definition, share_decoded);
     } else {
       const DefinitionMessage& text = choose_message_text(entry, definition, use_default, selector_index);
       prepared = &prepare(text, *definition);

@@ -8,6 +8,7 @@
 #include "foundation/text_buffer.h"
 #include "message/logmsg.h"
 #include "message/logmsg_render.h"
+#include "message/shared_template.h"
 #include "message/template_pieces.h"
 
 using namespace qzlog;
@@ -144,7 +145,9 @@ class NarrowMessage {
 class NarrowTemplate : public PreparedMessage {
  public:
   NarrowTemplate(const _qz_LOG_msg_token_list& tokens, const _qz_LOG_log_definition& definition)
-      : pieces_(tokens, TemplatePieces::Texts::kNarrow, definition) {}
+      : pieces_(tokens, TemplatePieces::Texts::kNarrow, definition) {
+    set_memory_bytes(block_bytes(sizeof *this) + pieces_.memory_bytes());
+  }
   const TemplatePieces& pieces() const { return pieces_; }
 
  private:
@@ -160,12 +163,19 @@ const DefinitionMessage& choose_text(const _qz_LOG_log_entry_imp& entry, const _
                          : _qz_LOG_log_message::choose_message_text(entry, definition, use_default, selector_index);
 }
 
+std::unique_ptr<const NarrowTemplate> make_template(const char* text, const _qz_LOG_log_definition& definition) {
+  _qz_LOG_msg_token_list tokens;
+  _qz_LOG_log_message::_tokenize_qzString(qz_String(text), tokens);
+  return std::make_unique<NarrowTemplate>(tokens, definition);
+}
+
 const NarrowTemplate& prepare(const DefinitionMessage& text, const _qz_LOG_log_definition& definition) try {
   const PreparedMessage* prepared = text.find_prepared(MessagePath::kNarrow);
   if (prepared == nullptr) {
-    _qz_LOG_msg_token_list tokens;
-    _qz_LOG_log_message::_tokenize_qzString(qz_String(text.get()), tokens);
-    prepared = &text.keep_prepared(MessagePath::kNarrow, std::make_unique<NarrowTemplate>(tokens, definition));
+    const std::string_view content = text.get() != nullptr ? text.get() : "";
+    prepared = &text.keep_prepared(
+        MessagePath::kNarrow, share_template<NarrowTemplate>(MessagePath::kNarrow, content, definition,
+                                                             [&] { return make_template(text.get(), definition); }));
   }
   return static_cast<const NarrowTemplate&>(*prepared);
 } catch (const std::bad_alloc&) {

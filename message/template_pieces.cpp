@@ -1,6 +1,9 @@
 #include "message/template_pieces.h"
 
+#include <algorithm>
+
 #include "entry/logattrib.h"
+#include "foundation/allocate.h"
 #include "foundation/qz_libc.h"
 #include "foundation/text_buffer.h"
 #include "qzlog/qz_exception.h"
@@ -19,6 +22,11 @@ namespace {
 
 const qz_String& text_of(const _qz_LOG_msg_token& token) {
   return static_cast<const _qz_LOG_qzString_token&>(token).get_text();
+}
+
+/// No position is 255, which stands for none.
+unsigned char own_position_of(const char* name, const _qz_LOG_log_definition& definition) {
+  return static_cast<unsigned char>(definition.find_own_position(AttributeName(name)));
 }
 
 struct Sizes {
@@ -84,6 +92,18 @@ TemplatePieces::TemplatePieces(const _qz_LOG_msg_token_list& tokens, Texts texts
   }
 }
 
+bool TemplatePieces::fits(const _qz_LOG_log_definition& definition) const {
+  return std::all_of(pieces_.begin(), pieces_.end(), [&](const TemplatePiece& piece) {
+    return piece.step != TemplatePiece::Step::kReference || piece.standard_type != TypeUnknown ||
+           piece.own_position == own_position_of(piece.name->text(), definition);
+  });
+}
+
+std::size_t TemplatePieces::memory_bytes() const {
+  const std::size_t of_texts = texts_ != nullptr ? block_bytes(text_bytes_ + TextCursor::kPadding) : 0;
+  return block_bytes(pieces_.capacity() * sizeof(TemplatePiece)) + of_texts;
+}
+
 /// Up to a zero byte, so the zero bytes that stand for an escape show nothing.
 void TemplatePieces::add_text(const qz_String& text) {
   char* const stored = texts_.get() + text_bytes_;
@@ -96,11 +116,10 @@ void TemplatePieces::add_text(const qz_String& text) {
 void TemplatePieces::add_reference(MessageFormatKind kind, const char* name, const _qz_LOG_log_definition& definition) {
   qz_AttributeType standard_type = TypeUnknown;
   is_default_info_fields(name, standard_type);
-  const unsigned position = definition.find_own_position(AttributeName(name));
   TemplatePiece piece{TemplatePiece::Step::kReference,
                       kind,
                       static_cast<unsigned char>(standard_type),
-                      static_cast<unsigned char>(position),
+                      own_position_of(name, definition),
                       reference_count_++,
                       {nullptr}};
   piece.name = KnownName::of(name);

@@ -68,6 +68,10 @@ class TemplatePieces {
 
   std::vector<TemplatePiece>::const_iterator begin() const { return pieces_.begin(); }
   std::vector<TemplatePiece>::const_iterator end() const { return pieces_.end(); }
+  /// Whether the pieces look for attributes where this definition has them.
+  bool fits(const _qz_LOG_log_definition& definition) const;
+  /// What they take of the heap.
+  std::size_t memory_bytes() const;
 
  private:
   void add_text(const qz_String& text);

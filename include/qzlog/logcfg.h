@@ -2,6 +2,7 @@
 #define QZLOG_LOGCFG_H
 
 #include <atomic>
+#include <cstddef>
 
 #include "qzlog/export.h"
 #include "qzlog/qz_locale.h"
@@ -90,6 +91,16 @@ class QZLOG_EXPORT qz_LOG_LogConfig {
   /// `qzlog check` warn of it; `qzlog compile --merge` makes one file of both, which has no limit.
   static void SetAuxDefinitionPath(const char* path);
   static const char* GetAuxDefinitionPath();
+
+  /// How many bytes of memory the process may keep of definitions beyond the qz_DefinitionCacheSize cached ones, so
+  /// that they need not be read and prepared for rendering again: of those that were replaced, of blocks of the
+  /// definition files, and of what was prepared from message texts. 32 MiB unless it is set, which is enough for about
+  /// 15,000 events; 0 keeps nothing. What is kept beyond a new limit is dropped at once. It changes no result: a
+  /// definition is read again when its file was written to, which is noticed within a few milliseconds. Any thread.
+  ///
+  ///     qz_LOG_LogConfig::SetDefinitionMemory(std::size_t{256} << 20);  // a product with 100,000 events
+  static void SetDefinitionMemory(std::size_t bytes);
+  static std::size_t GetDefinitionMemory();
 
   /// Opens a message catalog, an ICU resource bundle with the table "STRING_TABLE", for the current locale; null closes
   /// it. While ICU is switched off this does nothing. Throws QZX_logging_missing_resource; the catalog then counts as

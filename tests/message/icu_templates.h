@@ -41,8 +41,8 @@ class IcuTemplates : public testing::Test {
   /// The template stays with the definition until the next one is set.
   void set_template(const icu::UnicodeString& text) {
     definition_.set_default_msg_text("replaced by the one below");
-    definition_.get_default_message().keep_prepared(qzlog::MessagePath::kIcu,
-                                                    std::make_unique<qzlog::IcuTemplate>(text, definition_));
+    definition_.get_default_message().keep_prepared(
+        qzlog::MessagePath::kIcu, qzlog::PreparedMessageRef(new qzlog::IcuTemplate(text, definition_)));
     template_ = text;
   }
   icu::UnicodeString message() const { return _qz_LOG_log_message::get_message(entry_, &definition_, false, 0); }

@@ -5,6 +5,7 @@
 
 #include "qzlog/logcfg.h"
 #include "tests/message/icu_templates.h"
+#include "tests/support/definition_memory_limit.h"
 
 using namespace qzlog;
 
@@ -233,6 +234,8 @@ TEST_F(KeptTemplates, SelectorMessages_EachItsOwnTemplate) {
 }
 
 TEST_F(KeptTemplates, FirstRenderingWithoutMemory_MemoryAllocAndTheNextOneRight) {
+  // What one text was prepared as is not there for the next time.
+  const DefinitionMemoryLimit nothing(0);
   for (const char* const text : {"%d%TypeSInt4% %s%TypeMBChar64% and more text than fits%_%TIMESTAMP%",
                                  "%C%TypeSInt4% it''s%_%TIMESTAMP%", "{0,plural,other{#}} %d%TypeSInt4%"}) {
     const std::string wanted = to_utf8(oracle_message(text, entry_, icu::Locale("en_US")));
