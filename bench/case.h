@@ -153,6 +153,7 @@ void add_memory_cases(CaseList& cases);
 void add_message_format_cases(CaseList& cases);
 void add_operation_cases(CaseList& cases);
 void add_refused_cases(CaseList& cases);
+void add_rotation_cases(CaseList& cases);
 void add_sink_cases(CaseList& cases);
 void add_snprintf_cases(CaseList& cases);
 void add_spdlog_cases(CaseList& cases);

@@ -121,6 +121,11 @@ std::string text_like_a(unsigned entry_id) {
          ", volume volume-0042: 123456 blocks, change -77, load 0.875000, label Größenprüfung in Köln läuft bis Mai";
 }
 
+std::string icu_text_like_a(unsigned entry_id) {
+  return "Event " + std::to_string(entry_id) +
+         ", volume volume-0042: 123456 blocks, change -77, load 0.875, label Größenprüfung in Köln läuft bis Mai";
+}
+
 std::string definitions_with_attributes(unsigned count) {
   return made_once("attributes-" + std::to_string(count) + ".ldf",
                    [=] { return make_definitions_with_attributes(count); });

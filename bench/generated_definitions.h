@@ -22,6 +22,7 @@ std::string definitions_with_ids(unsigned count);
 std::string definitions_like_a(unsigned count);
 /// The message of one of them with the values of workload A.
 std::string text_like_a(unsigned entry_id);
+std::string icu_text_like_a(unsigned entry_id);
 
 /// One entry, with so many attributes of the type UInt4, all in all.
 std::string definitions_with_attributes(unsigned count);

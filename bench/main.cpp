@@ -41,6 +41,7 @@ CaseList all_cases() {
   add_counter_cases(cases);
   add_thread_cases(cases);
   add_find_entry_cases(cases);
+  add_rotation_cases(cases);
   add_memory_cases(cases);
   return cases;
 }

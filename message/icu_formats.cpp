@@ -28,19 +28,18 @@ void end_process_on_failure(UErrorCode status) {
 
 }  // namespace
 
-KeptFormat::KeptFormat(const IcuTemplate& message_template, const char* locale_name) : locale_name_(locale_name) {
-  if (!message_template.is_within_limits()) throw_pattern_failure();
+KeptFormat::KeptFormat(const icu::UnicodeString& pattern, bool shows_time, const char* locale_name)
+    : locale_name_(locale_name) {
   const IcuMemory memory;
   UErrorCode status = U_ZERO_ERROR;
-  if (message_template.shows_time()) {
+  if (shows_time) {
     zone_.reset(icu::TimeZone::createDefault());
     memory.check_made(zone_.get());
   }
-  format_ = std::make_unique<icu::MessageFormat>(message_template.pattern(), _qz_LOG_log_message::get_locale(), status);
+  format_ = std::make_unique<icu::MessageFormat>(pattern, _qz_LOG_log_message::get_locale(), status);
   memory.check_made(format_.get());
   memory.check(status);
   if (U_FAILURE(status)) throw_pattern_failure();
-  if (!message_template.can_be_assembled()) return;
   int count = 0;
   const icu::Format** const formatters = format_->getFormats(count);
   memory.check_made(formatters);
@@ -98,24 +97,60 @@ bool KeptFormat::append(unsigned index, const IcuArgument& value, TextBuffer& te
   return true;
 }
 
+const IntegerStyle& LocaleFormats::integer_style() {
+  if (!integer_style_) integer_style_.emplace(_qz_LOG_log_message::get_locale());
+  return *integer_style_;
+}
+
+bool LocaleFormats::append(MessageFormatKind kind, const IcuArgument& value, TextBuffer& text) {
+  const bool is_number = value.type == IcuArgument::Type::kFloat || value.type == IcuArgument::Type::kInteger;
+  if (!is_number) return format_of(kind).append(0, value, text);
+  const NumberStyle& style = number_style(kind);
+  if (!style.is_usable()) return format_of(kind).append(0, value, text);
+  style.append(text, value.type == IcuArgument::Type::kFloat ? value.number : value.integer);
+  return true;
+}
+
+std::unique_ptr<KeptFormat> LocaleFormats::make_format(MessageFormatKind kind) const {
+  const icu::UnicodeString style(argument_style(kind), -1, US_INV);
+  return std::make_unique<KeptFormat>(icu::UnicodeString(u"{0") + style + u'}', shows_time(kind), name_.c_str());
+}
+
+KeptFormat& LocaleFormats::format_of(MessageFormatKind kind) {
+  std::unique_ptr<KeptFormat>& kept = formats_[static_cast<unsigned>(kind)];
+  if (kept == nullptr || !kept->is_current(name_.c_str())) kept = make_format(kind);
+  return *kept;
+}
+
+/// Learnt from a format of its own, which want of memory may leave damaged.
+const NumberStyle& LocaleFormats::number_style(MessageFormatKind kind) {
+  std::optional<NumberStyle>& style = number_styles_[static_cast<unsigned>(kind)];
+  if (!style) style.emplace(make_format(kind)->formatter(0));
+  return *style;
+}
+
 IcuFormats::~IcuFormats() {
   const ForkDelay fork_delay;
   formats_.clear();
+  locales_.clear();
 }
 
-const IntegerStyle& IcuFormats::integer_style() {
+LocaleFormats& IcuFormats::of_locale() {
   const char* const locale_name = _qz_LOG_log_message::get_locale_name();
-  if (last_style_ != nullptr && last_locale_name_ == locale_name) return *last_style_;
-  last_style_ = nullptr;
-  last_locale_name_ = locale_name;
-  last_style_ =
-      &styles_.get(last_locale_name_, [] { return std::make_unique<IntegerStyle>(_qz_LOG_log_message::get_locale()); });
-  return *last_style_;
+  if (last_locale_ == nullptr || last_locale_->name() != locale_name) {
+    last_locale_ = nullptr;
+    const std::string name = locale_name;
+    last_locale_ = &locales_.get(name, [&] { return std::make_unique<LocaleFormats>(name); });
+  }
+  return *last_locale_;
 }
 
 KeptFormat& IcuFormats::format_of(const IcuTemplate& message_template) {
+  if (!message_template.is_within_limits()) throw_pattern_failure();
   const char* const locale_name = _qz_LOG_log_message::get_locale_name();
-  const auto make = [&] { return std::make_unique<KeptFormat>(message_template, locale_name); };
+  const auto make = [&] {
+    return std::make_unique<KeptFormat>(message_template.pattern(), message_template.shows_time(), locale_name);
+  };
   return formats_.get(
       message_template.serial(), [locale_name](const KeptFormat& kept) { return kept.is_current(locale_name); }, make);
 }

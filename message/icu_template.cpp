@@ -16,11 +16,6 @@ namespace qzlog {
 
 namespace {
 
-constexpr UChar kIntegerType[] = u"number";
-constexpr UChar kIntegerStyle[] = u"##########";
-
-bool shows_time(MessageFormatKind kind) { return kind == MessageFormatKind::kDate || kind == MessageFormatKind::kTime; }
-
 std::uint64_t next_serial() {
   static std::atomic<std::uint64_t> last{0};
   return last.fetch_add(1, std::memory_order_relaxed) + 1;
@@ -108,8 +103,8 @@ bool IcuTemplate::append_literal(int begin, int end) {
   if (begin == end) return true;
   TextBuffer bytes;
   if (!append_utf8(pattern_.tempSubStringBetween(begin, end), bytes)) return false;
-  parts_.push_back(
-      {Part::Kind::kLiteral, 0, 0, static_cast<unsigned>(literals_.size()), static_cast<unsigned>(bytes.size())});
+  parts_.push_back({Part::Kind::kLiteral, MessageFormatKind::kUnknown, 0, 0, static_cast<unsigned>(literals_.size()),
+                    static_cast<unsigned>(bytes.size())});
   literals_.append(bytes.data(), bytes.size());
   return true;
 }
@@ -122,17 +117,17 @@ bool IcuTemplate::append_argument_part(const icu::MessagePattern& parsed, int st
   if (number >= argument_count()) return false;
   const MessageFormatKind kind = kinds_[number];
   if (type == UMSGPAT_ARG_TYPE_NONE) {
-    parts_.push_back({Part::Kind::kText, number, 0, 0, 0});
+    parts_.push_back({Part::Kind::kText, kind, number, 0, 0, 0});
     return kind == MessageFormatKind::kText;
   }
   if (type != UMSGPAT_ARG_TYPE_SIMPLE) return false;
-  const bool is_plain_integer = kind == MessageFormatKind::kInteger &&
-                                parsed.partSubstringMatches(parsed.getPart(start + 2), kIntegerType) &&
-                                parsed.getPart(start + 3).getType() == UMSGPAT_PART_TYPE_ARG_STYLE &&
-                                parsed.partSubstringMatches(parsed.getPart(start + 3), kIntegerStyle);
-  parts_.push_back({is_plain_integer ? Part::Kind::kInteger : Part::Kind::kFormatted, number, format_index, 0, 0});
-  has_integer_parts_ = has_integer_parts_ || is_plain_integer;
-  has_formatted_parts_ = has_formatted_parts_ || !is_plain_integer;
+  const int limit = parsed.getPart(parsed.getLimitPartIndex(start)).getIndex();
+  const bool has_own_style =
+      pattern_.tempSubStringBetween(name.getLimit(), limit) != icu::UnicodeString(argument_style(kind), -1, US_INV);
+  Part::Kind part = kind == MessageFormatKind::kInteger ? Part::Kind::kInteger : Part::Kind::kStyled;
+  if (has_own_style) part = Part::Kind::kFormatted;
+  parts_.push_back({part, kind, number, format_index, 0, 0});
+  (has_own_style ? has_formatted_parts_ : has_locale_parts_) = true;
   return true;
 }
 

@@ -14,19 +14,26 @@
 
 namespace qzlog {
 
+/// Whether a format shows the date or the time, which depend on the time zone.
+constexpr bool shows_time(MessageFormatKind kind) {
+  return kind == MessageFormatKind::kDate || kind == MessageFormatKind::kTime;
+}
+
 /// A template of the ICU path made ready to render: the references to read, the ICU pattern that follows, and, where
 /// the pattern is plain enough, the parts that a message is assembled from without MessageFormat. Never changes; any
 /// thread.
 class IcuTemplate : public PreparedMessage {
  public:
-  /// A part of a message: literal text, an argument's text, an argument as an integer (IntegerStyle), or an argument
-  /// that an ICU formatter of the pattern's writes.
+  /// A part of a message: literal text, an argument's text, an argument as an integer (IntegerStyle), an argument in
+  /// the style that its format stands for, or one in a style of the text's own, which the whole pattern's formatter
+  /// writes.
   struct Part {
-    enum class Kind : unsigned char { kLiteral, kText, kInteger, kFormatted };
+    enum class Kind : unsigned char { kLiteral, kText, kInteger, kStyled, kFormatted };
     Kind kind;
-    unsigned argument;      // its number
-    unsigned format_index;  // kFormatted: which of the pattern's top-level arguments it is
-    unsigned begin;         // kLiteral: in literals()
+    MessageFormatKind format;  // of an argument
+    unsigned argument;         // its number
+    unsigned format_index;     // kFormatted: which of the pattern's top-level arguments it is
+    unsigned begin;            // kLiteral: in literals()
     unsigned length;
   };
 
@@ -47,8 +54,9 @@ class IcuTemplate : public PreparedMessage {
   /// Empty and false when MessageFormat has to render the whole pattern.
   bool can_be_assembled() const { return can_be_assembled_; }
   const std::vector<Part>& parts() const { return parts_; }
+  /// Of kFormatted; of kInteger and kStyled.
   bool has_formatted_parts() const { return has_formatted_parts_; }
-  bool has_integer_parts() const { return has_integer_parts_; }
+  bool has_locale_parts() const { return has_locale_parts_; }
   /// UTF-8.
   const std::string& literals() const { return literals_; }
 
@@ -70,7 +78,7 @@ class IcuTemplate : public PreparedMessage {
   bool is_within_limits_ = false;
   bool can_be_assembled_ = false;
   bool has_formatted_parts_ = false;
-  bool has_integer_parts_ = false;
+  bool has_locale_parts_ = false;
   std::vector<Part> parts_;
   std::string literals_;
 };

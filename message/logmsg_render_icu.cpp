@@ -25,7 +25,7 @@ class MessageAssembly {
   MessageAssembly(const IcuTemplate& message_template, const IcuArguments& arguments, IcuFormats& formats)
       : template_(message_template),
         arguments_(arguments),
-        style_(message_template.has_integer_parts() ? &formats.integer_style() : nullptr),
+        locale_(message_template.has_locale_parts() ? &formats.of_locale() : nullptr),
         kept_(message_template.has_formatted_parts() ? &formats.format_of(message_template) : nullptr) {}
 
   /// False when MessageFormat has to write the message after all; the text is then of no use.
@@ -46,8 +46,10 @@ class MessageAssembly {
         return append_text(arguments_[part.argument], message);
       case IcuTemplate::Part::Kind::kInteger:
         return append_integer(arguments_[part.argument].integer, message);
+      case IcuTemplate::Part::Kind::kStyled:
+        return locale_->append(part.format, arguments_[part.argument], message);
       case IcuTemplate::Part::Kind::kFormatted:
-        return kept_ != nullptr && kept_->append(part.format_index, arguments_[part.argument], message);
+        return kept_->append(part.format_index, arguments_[part.argument], message);
     }
     return false;
   }
@@ -62,14 +64,15 @@ class MessageAssembly {
   }
 
   bool append_integer(int value, TextBuffer& message) const {
-    if (style_ == nullptr || !style_->is_usable()) return false;
-    style_->append(message, value);
+    const IntegerStyle& style = locale_->integer_style();
+    if (!style.is_usable()) return false;
+    style.append(message, value);
     return true;
   }
 
   const IcuTemplate& template_;
   const IcuArguments& arguments_;
-  const IntegerStyle* style_;
+  LocaleFormats* locale_;
   KeptFormat* kept_;
 };
 

@@ -19,13 +19,17 @@ TEST_F(IcuTemplates, PlainPatterns_AssembledFromTheirParts) {
   const struct {
     const char16_t* text;
     bool assembled;
-    bool integers;
+    bool of_locale;
     bool formatted;
   } cases[] = {{u"", true, false, false},
                {u"text", true, false, false},
                {u"%s%TypeChar32%", true, false, false},
                {u"a %d%TypeUInt4% b %s%TypeChar32% c", true, true, false},
-               {u"%C%TypeUInt4% %D%TypeDate%", true, false, true},
+               {u"%C%TypeUInt4% %D%TypeDate%", true, true, false},
+               {u"{0,number} %f%TypeFloat%", true, true, false},
+               {u"{0,number,#} %f%TypeFloat%", true, true, true},
+               {u"{0,date,full} %D%TypeDate%", true, true, true},
+               {u"{1,number} %d%TypeUInt4% %s%TypeChar32%", true, true, true},
                {u"it''s {0} %s%TypeChar32%", true, false, false},
                {u"{0} %d%TypeUInt4%", false, true, false},
                {u"{1} %s%TypeChar32%", false, false, false},
@@ -36,7 +40,7 @@ TEST_F(IcuTemplates, PlainPatterns_AssembledFromTheirParts) {
     const IcuTemplate made(c.text, definition_);
     EXPECT_EQ(made.can_be_assembled(), c.assembled) << escaped(c.text);
     if (!c.assembled) continue;
-    EXPECT_EQ(made.has_integer_parts(), c.integers) << escaped(c.text);
+    EXPECT_EQ(made.has_locale_parts(), c.of_locale) << escaped(c.text);
     EXPECT_EQ(made.has_formatted_parts(), c.formatted) << escaped(c.text);
   }
 }
