@@ -57,6 +57,8 @@ class EntryChoice : private qz_LOG_LineChoice {
 
   /// Entries that were left out for having no time, and would have been taken with one.
   std::uint64_t without_time() const { return without_time_; }
+  /// Adds what another one, of the same options, counted of other lines.
+  void add_count(const EntryChoice& other) { without_time_ += other.without_time_; }
   /// Ranges of numbers that --unique had to forget.
   std::uint64_t forgotten() const { return seen_ ? seen_->forgotten() : 0; }
 

@@ -10,6 +10,8 @@ namespace qzlog_tool {
 using qzlog_compiler::Finding;
 using qzlog_compiler::Severity;
 
+LineReporter::~LineReporter() = default;
+
 // Where both go to one place, the error comes after the messages before it.
 void LineReporter::begin() {
   output_.flush();

@@ -30,11 +30,14 @@ class LineReporter {
  public:
   /// `output` has to outlive this object.
   explicit LineReporter(BufferedOutput& output) : output_(output) {}
+  LineReporter(const LineReporter&) = delete;
+  LineReporter& operator=(const LineReporter&) = delete;
+  virtual ~LineReporter();
 
   /// So many lines were read.
   void update(std::uint64_t lines) { progress_.update(lines); }
   /// What is wrong with a line.
-  void report(const ErrorLine& line, qzlog_compiler::AnyRule rule, const std::string& text);
+  virtual void report(const ErrorLine& line, qzlog_compiler::AnyRule rule, const std::string& text);
   /// What is wrong with a file, or not as expected.
   void report(qzlog_compiler::Severity severity, const std::string& text);
   /// A line about all that was read.

@@ -1,6 +1,8 @@
 #ifndef QZLOG_TOOLS_LOGS_LOG_INPUT_H
 #define QZLOG_TOOLS_LOGS_LOG_INPUT_H
 
+#include <poll.h>
+
 #include <string>
 #include <utility>
 
@@ -21,6 +23,12 @@ class LogInput : public qz_LOG_ByteSource {
 
   /// "<stdin>" for standard input.
   const std::string& shown_path() const noexcept { return shown_path_; }
+
+  /// Reading would wait.
+  bool would_wait() const noexcept {
+    pollfd input = {file_.get(), POLLIN, 0};
+    return ::poll(&input, 1, 0) == 0;
+  }
 
   std::size_t Read(char* buffer, std::size_t size) override {
     output_.flush();

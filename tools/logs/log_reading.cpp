@@ -46,6 +46,10 @@ bool read_log(const std::string& path, bool may_be_gone, const LogReading& readi
   try {
     const std::unique_ptr<LogInput> input = open_log(path, may_be_gone, reading.output);
     if (input == nullptr) return true;
+    if (reading.read_bytes) {
+      reading.read_bytes(*input);
+      return true;
+    }
     qz_LOG_EntryReader reader = qz_LOG_EntryReader::FromSource(*input, input->shown_path().c_str(), &reading.handler);
     reading.read(reader);
   } catch (const UnreadableInput& failure) {

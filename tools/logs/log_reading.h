@@ -22,6 +22,8 @@ struct LogReading {
   std::function<void(const std::string& reason)> fail;
   /// Nothing more is wanted: other files are not opened.
   std::function<bool()> is_complete = [] { return false; };
+  /// Takes a file's bytes where it is set, instead of `read`. What reading throws has to go on.
+  std::function<void(LogInput& input)> read_bytes = nullptr;
 };
 
 /// Opens a file, or standard input ("-"). Null where it is gone and `may_be_gone`. Throws UnreadableInput.

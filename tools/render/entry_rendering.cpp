@@ -1,20 +1,15 @@
 #include "tools/render/entry_rendering.h"
 
-#include <csignal>
 #include <optional>
 #include <utility>
 
 #include "tools/logs/line_kind.h"
 #include "tools/logs/line_members.h"
-#include "tools/system/command_error.h"
 #include "tools/system/out_of_memory.h"
 
 namespace qzlog_tool {
 
 namespace {
-
-/// Of the process: where a signal finds it.
-EntryRendering* current = nullptr;
 
 constexpr const char* kUncountable =
     "the message is not counted: the local date of 'time' is outside the years 1 to 9999";
@@ -38,27 +33,16 @@ EntryRendering::EntryRendering(BufferedOutput& output, LineReporter& reporter, L
       needs_messages_(parts.shown == nullptr || parts.shown->shows_message()) {
   // A message that is out is counted, whenever the command is killed.
   if (parts_.counting != nullptr) output_.before_flush([this] { parts_.counting->flush(); });
-  if (parts_.shown != nullptr) parts_.shown->write_heading();
-  current = this;
-  std::signal(SIGABRT, report_abort);
 }
 
-EntryRendering::~EntryRendering() {
-  std::signal(SIGABRT, SIG_DFL);
-  current = nullptr;
-}
-
-// The library ends the process where ICU takes a pattern and then cannot apply it. It does so from within a call of
-// this thread, so what is rendered can still be written, and the line be named.
-void EntryRendering::report_abort(int /*signal*/) {
-  std::signal(SIGABRT, SIG_DFL);
-  current->report({EntryRule::kBrokenPattern,
-                   "ICU takes the message's pattern but cannot apply it; nothing behind this line is rendered"});
-  ::_exit(kExitFindings);
+void EntryRendering::report_abort() {
+  report({EntryRule::kBrokenPattern,
+          "ICU takes the message's pattern but cannot apply it; nothing behind this line is rendered"});
 }
 
 ErrorLine EntryRendering::place() const {
   ErrorLine line = ErrorLine::of(line_);
+  line.number += lines_before_;
   if (place_in_log_ != nullptr) {
     line.file = *place_in_log_->file;
     line.number = place_in_log_->line;
@@ -69,20 +53,23 @@ ErrorLine EntryRendering::place() const {
 // Inline: a call for each line shows.
 inline void EntryRendering::show(std::string_view message) {
   if (parts_.shown == nullptr) return output_.write_line(message);
-  if (place_in_log_ == nullptr) return parts_.shown->write({line_, message});
-  parts_.shown->write({line_, message, place_in_log_->file->c_str(), place_in_log_->line});
+  if (place_in_log_ != nullptr) {
+    return parts_.shown->write({line_, message, place_in_log_->file->c_str(), place_in_log_->line});
+  }
+  if (lines_before_ == 0) return parts_.shown->write({line_, message});
+  parts_.shown->write({line_, message, line_.GetFile(), line_.GetLine() + lines_before_});
 }
 
 inline void EntryRendering::show_line() {
   if (!is_entry(line_)) return show(renderer_.tell_loss(line_));
   try {
     const std::string_view message = needs_messages_ ? renderer_.render(line_) : std::string_view();
-    has_shown_ = true;
+    counts_.has_shown = true;
     const bool is_counted = parts_.counting == nullptr || parts_.counting->add(line_.GetEntry(), line_.HasTime());
     show(message);
     if (!is_counted) report({EntryRule::kUncountableDate, kUncountable});
   } catch (const EntryError& error) {
-    ++failed_;
+    ++counts_.failed;
     if (on_no_memory_ && error.rule == entry_rule(qzlog::LineRule::kOutOfMemory)) on_no_memory_();
     report(error);
   }
@@ -92,9 +79,9 @@ inline void EntryRendering::show_line() {
 // much bytes tell.
 inline bool EntryRendering::passes_filter() {
   if (!is_entry(line_)) return true;
-  ++entries_;
+  ++counts_.entries;
   if (parts_.filter == nullptr || parts_.filter->lets_through(line_.GetEntry())) return true;
-  ++refused_;
+  ++counts_.refused;
   return false;
 }
 
@@ -129,6 +116,21 @@ void EntryRendering::take_lines(Reader& reader) {
   }
 }
 
+void EntryRendering::render_part(qz_LOG_EntryReader& reader, std::uint64_t lines_before) {
+  const MemoryErrors errors_of_lines;
+  lines_before_ = lines_before;
+  reader.SetLineChoice(line_choice());
+  while (reader.Next(line_)) take_line();
+}
+
+void EntryRendering::add(const RenderedCounts& counts) {
+  counts_.entries += counts.entries;
+  counts_.refused += counts.refused;
+  counts_.failed += counts.failed;
+  counts_.unread += counts.unread;
+  counts_.has_shown = counts_.has_shown || counts.has_shown;
+}
+
 void EntryRendering::catch_up() {
   if (parts_.tail != nullptr) {
     LineTail& tail = *std::exchange(parts_.tail, nullptr);
@@ -145,8 +147,8 @@ void EntryRendering::catch_up() {
 }
 
 void EntryRendering::TakeLineError(const qz_LOG_LineError& error) {
-  ++unread_;
-  const ErrorLine line = {error.file, error.line, {error.source, error.source_length}};
+  ++counts_.unread;
+  const ErrorLine line = {error.file, error.line + lines_before_, {error.source, error.source_length}};
   reporter_.report(line, qzlog_compiler::AnyRule(reader_rule(error.rule)), error.text);
   if (parts_.gaps == nullptr) return;
   const std::optional<LineMembers> members = read_line_members(line.text);
@@ -176,9 +178,9 @@ void EntryRendering::finish() {
 }
 
 std::string EntryRendering::filter_summary() const {
-  std::string text = "entries: " + std::to_string(entries_ + unread_) + " read, " +
-                     std::to_string(entries_ - refused_ - failed_) + " passed, " + std::to_string(refused_) +
-                     " refused";
+  std::string text = "entries: " + std::to_string(counts_.entries + counts_.unread) + " read, " +
+                     std::to_string(counts_.entries - counts_.refused - counts_.failed) + " passed, " +
+                     std::to_string(counts_.refused) + " refused";
   const std::uint64_t wrong = reporter_.count() - numbers_;
   if (wrong != 0) text += ", " + std::to_string(wrong) + " wrong";
   return text;

@@ -33,12 +33,20 @@ struct RenderingParts {
   DefinitionSets* sets = nullptr;  ///< where there are several definitions
 };
 
-/// Renders lines of entries to an output, from whichever files they come. One object at a time.
+/// What became of lines.
+struct RenderedCounts {
+  std::uint64_t entries = 0;
+  std::uint64_t refused = 0;
+  std::uint64_t failed = 0;  ///< that have no message
+  std::uint64_t unread = 0;  ///< lines that the reader refused
+  bool has_shown = false;
+};
+
+/// Renders lines of entries to an output, from whichever files they come. One thread uses it.
 class EntryRendering : public qz_LOG_LineErrorHandler {
  public:
   /// What the arguments refer to has to outlive this object.
   EntryRendering(BufferedOutput& output, LineReporter& reporter, LineRenderer& renderer, const RenderingParts& parts);
-  ~EntryRendering() override;
   EntryRendering(const EntryRendering&) = delete;
   EntryRendering& operator=(const EntryRendering&) = delete;
 
@@ -47,6 +55,9 @@ class EntryRendering : public qz_LOG_LineErrorHandler {
   void render(qz_LOG_EntryReader& reader);
   /// The same for logs that are read with line_choice() and use_definitions.
   void render(MergedLogs& logs);
+  /// The same for a part of a log, read with a reader of its own: `lines_before` is what its numbers lack. Of what is
+  /// asked for beside a presentation, the choice and the filter are allowed.
+  void render_part(qz_LOG_EntryReader& reader, std::uint64_t lines_before);
   void TakeLineError(const qz_LOG_LineError& error) override;
 
   /// Decides on lines by their bytes; may be null.
@@ -61,20 +72,24 @@ class EntryRendering : public qz_LOG_LineErrorHandler {
   /// Called for an entry that could not be shown for want of memory, while its line is at hand.
   void on_no_memory(std::function<void()> call) { on_no_memory_ = std::move(call); }
   /// Something was shown.
-  bool has_shown() const noexcept { return has_shown_; }
+  bool has_shown() const noexcept { return counts_.has_shown; }
+  const RenderedCounts& counts() const noexcept { return counts_; }
+  /// Adds what others, of other lines, have counted.
+  void add(const RenderedCounts& counts);
   /// As many lines as were asked for are there: no other is shown.
   bool is_complete() const { return parts_.choice != nullptr && parts_.choice->is_complete(); }
 
   /// Before more lines are waited for: shows what was held as the last lines, from now on each at once, and writes out
   /// what is held.
   void catch_up();
+  /// The library ends the process where ICU takes a pattern and then cannot apply it: reports the line at hand.
+  void report_abort();
   /// Catches up, and says which lines are missing.
   void finish();
   /// How many of the entries that are wanted were read, passed and refused; lines that are no entries are read too.
   std::string filter_summary() const;
 
  private:
-  static void report_abort(int signal);
   void report(const EntryError& error) { reporter_.report(place(), error.rule, error.text); }
   ErrorLine place() const;
   template <typename Reader>
@@ -93,13 +108,10 @@ class EntryRendering : public qz_LOG_LineErrorHandler {
   const bool needs_messages_;
   qz_LOG_EntryLine line_;
   std::function<void()> on_no_memory_;
-  bool has_shown_ = false;
   const LineTail::Place* place_in_log_ = nullptr;  // of a line that is read from the tail
   std::uint64_t lines_ = 0;
-  std::uint64_t entries_ = 0;
-  std::uint64_t refused_ = 0;
-  std::uint64_t failed_ = 0;   // that have no message
-  std::uint64_t unread_ = 0;   // lines that the reader refused
+  std::uint64_t lines_before_ = 0;  // the part of a log that is read
+  RenderedCounts counts_;
   std::uint64_t numbers_ = 0;  // that were reported as missing or doubled
 };
 

@@ -3,11 +3,13 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <csignal>
 #include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "qzlog/logcfg.h"
@@ -18,11 +20,14 @@
 #include "tools/choice/line_tail.h"
 #include "tools/count/entry_counting.h"
 #include "tools/logs/line_reporter.h"
+#include "tools/logs/log_reading.h"
 #include "tools/merge/definition_options.h"
 #include "tools/merge/definition_sets.h"
 #include "tools/options/line_code_page.h"
 #include "tools/options/option_checks.h"
 #include "tools/options/reader_locale.h"
+#include "tools/render/abort_action.h"
+#include "tools/render/block_rendering.h"
 #include "tools/render/entry_rendering.h"
 #include "tools/render/gap_check.h"
 #include "tools/render/line_renderer.h"
@@ -30,6 +35,7 @@
 #include "tools/render/log_reading.h"
 #include "tools/render/render_filter.h"
 #include "tools/render/render_help.h"
+#include "tools/render/rendering_jobs.h"
 #include "tools/report/library_text.h"
 #include "tools/shown/shown_options.h"
 #include "tools/shown/shown_output.h"
@@ -47,6 +53,8 @@ namespace qzlog_tool {
 
 namespace {
 
+constexpr unsigned kMostJobs = 256;
+
 struct RenderOptions {
   std::vector<DefinitionPaths> definitions;
   std::string catalog;
@@ -61,6 +69,7 @@ struct RenderOptions {
   bool follow = false;
   bool merge_by_time = false;
   bool check_gaps = false;
+  std::size_t jobs = 1;
   OriginOptions origin;
 };
 
@@ -91,6 +100,43 @@ LogFollower::End read_received(const RenderOptions& options, const LogOrigin& or
   return {true, end.signal, end.output_gone};
 }
 
+/// Whether what becomes of a line is the same whatever becomes of others, and lines are at hand without being waited
+/// for in some order of their own.
+bool may_share_lines(const RenderOptions& options, const LogOrigin& origin, const LineCodePage& code_page) {
+  const ChoiceOptions& choice = options.choice;
+  const bool is_read_through = origin.kind == LogOrigin::Kind::kFiles && !options.follow && !options.merge_by_time;
+  const bool looks_at_others = options.check_gaps || choice.unique || choice.head != 0 || choice.tail != 0;
+  return is_read_through && !looks_at_others && options.counter.empty() && options.definitions.size() == 1 &&
+         code_page.is_utf8();
+}
+
+std::size_t number_of_jobs(const RenderOptions& options) {
+  return options.jobs != 0 ? options.jobs : std::clamp(std::thread::hardware_concurrency(), 1U, kMostJobs);
+}
+
+/// Reads files with several threads; what they count is added to what one thread counts with. Nothing where no thread
+/// can be had.
+std::optional<LogFollower::End> read_with_jobs(const RenderOptions& options, const BlockOptions& shared,
+                                               EntryRendering& rendering, EntryChoice* choice) {
+  RenderingJobs jobs(number_of_jobs(options), shared, rendering.output(), rendering.reporter());
+  if (!jobs.is_running()) return std::nullopt;
+  LogReading reading = reading_of(rendering);
+  reading.read_bytes = [&jobs](LogInput& input) { jobs.read(input); };
+  reading.fail = [&jobs, fail = reading.fail](const std::string& reason) {
+    jobs.finish();
+    fail(reason);
+  };
+  LogFollower::End end;
+  end.all_read = read_logs(options.entries, reading);
+  jobs.finish();
+  jobs.for_each_rendering([&](const BlockRendering& part) {
+    rendering.add(part.counts());
+    if (choice != nullptr) choice->add_count(*part.choice());
+  });
+  rendering.finish();
+  return end;
+}
+
 LogFollower::End read_entries(const RenderOptions& options, const LogOrigin& origin, EntryRendering& rendering) {
   LogFollower::End read;
   switch (origin.kind) {
@@ -110,6 +156,18 @@ LogFollower::End read_entries(const RenderOptions& options, const LogOrigin& ori
   LogFollower::End end;
   end.all_read =
       options.merge_by_time ? read_merged(options.entries, rendering) : read_inputs(options.entries, rendering);
+  return end;
+}
+
+/// With the calling thread alone.
+LogFollower::End read_alone(const RenderOptions& options, const LogOrigin& origin, EntryRendering& rendering) {
+  const AbortAction when_aborted([&rendering] {
+    std::signal(SIGABRT, SIG_DFL);
+    rendering.report_abort();
+    ::_exit(kExitFindings);
+  });
+  LogFollower::End end = read_entries(options, origin, rendering);
+  rendering.finish();
   return end;
 }
 
@@ -217,10 +275,12 @@ int render(const RenderOptions& options) {
 
   std::optional<ShownEntries> shown;
   if (is_shown) shown.emplace(options.shown, definitions.events, output, code_page.is_utf8() ? nullptr : &code_page);
+  const ReaderClock clock = reader_clock(options.shown);
   std::optional<EntryChoice> choice;
-  if (options.choice.is_given()) choice.emplace(options.choice, definitions.known, reader_clock(options.shown));
+  if (options.choice.is_given()) choice.emplace(options.choice, definitions.known, clock);
   std::optional<LineTail> tail;
   if (options.choice.tail != 0) tail.emplace(options.choice.tail);
+  const RenderConfig config(options.filter);
   std::optional<RenderFilter> filter;
   if (options.filter.active) filter.emplace(options.filter);
   std::optional<EntryCounting> counting;
@@ -233,13 +293,19 @@ int render(const RenderOptions& options) {
   EntryRendering rendering(output, reporter, renderer,
                            {shown ? shown->output() : nullptr, pointer_to(choice), pointer_to(tail), pointer_to(filter),
                             pointer_to(counting), pointer_to(gaps), pointer_to(definitions.sets)});
-  const LogFollower::End end = read_entries(options, origin, rendering);
-  rendering.finish();
+  if (shown) shown->output()->write_heading();
+  std::optional<LogFollower::End> end;
+  if (number_of_jobs(options) > 1 && may_share_lines(options, origin, code_page)) {
+    const BlockOptions shared = {options.shown, definitions.events, options.choice, definitions.known,
+                                 clock,         options.filter};
+    end = read_with_jobs(options, shared, rendering, pointer_to(choice));
+  }
+  if (!end) end = read_alone(options, origin, rendering);
   if (filter) reporter.summarize(rendering.filter_summary());
   for (const std::string& remark : choice_remarks(pointer_to(choice), pointer_to(tail))) reporter.summarize(remark);
   if (gaps) reporter.summarize(gaps->summary());
   if (counting) counting->close();
-  return end_command(end, reporter.count() == 0 && (!options.exit_status || rendering.has_shown()));
+  return end_command(*end, reporter.count() == 0 && (!options.exit_status || rendering.has_shown()));
 }
 
 }  // namespace
@@ -265,6 +331,10 @@ void add_render_command(CLI::App& app, int& exit_status) {
       ->check(check_not_empty);
   command->add_flag("-f,--follow", options->follow, "Go on as the files grow, until a signal comes");
   command->add_flag("--merge-by-time", options->merge_by_time, "Read several logs as one, in the order of times");
+  command->add_option("-j,--jobs", options->jobs, "Render with so many threads; 0: as many as processors")
+      ->type_name("N")
+      ->check(CLI::Range(0U, kMostJobs).description(""))
+      ->capture_default_str();
   command->add_flag("--check-gaps", options->check_gaps, "Report lines that are missing or doubled");
   command
       ->add_option("ENTRIES", options->entries,

@@ -62,11 +62,12 @@ std::optional<LossBounds> loss_bounds(const FilterOptions& options) {
 RenderFilter::RenderFilter(const FilterOptions& options)
     : filter_{nullptr, nullptr, mask_of(options), 0, 0, options.section.c_str(), false, false} {
   filter_.set_filter_log_level(options.level_low, options.level_high);
-  if (!options.config.empty()) install_config(options.config);
 }
 
 // The library reads the file when the first entry is checked; what came through a pipe would be gone by then.
-void RenderFilter::install_config(const std::string& path) {
+RenderConfig::RenderConfig(const FilterOptions& options) {
+  if (options.config.empty()) return;
+  const std::string& path = options.config;
   const std::string shown_path = display_name(path);
   const std::string content = read_file(path);
   std::vector<Finding> findings = check_config(shown_path, content);

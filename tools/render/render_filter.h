@@ -31,19 +31,26 @@ void add_filter_options(CLI::App& command, FilterOptions& options);
 /// configuration file, whose values only the library's filter knows.
 std::optional<LossBounds> loss_bounds(const FilterOptions& options);
 
-/// The library's filter, set up from the options. Installs the configuration file in the library's settings.
+/// The library's filter, set up from the options. One thread uses it.
 class RenderFilter {
  public:
-  /// Says on stderr which lines of the configuration file the library does not read. Throws CommandError (cannot run)
-  /// for a file that cannot be read. `options` has to outlive this object.
+  /// `options` has to outlive this object, and a RenderConfig of the same options to live as long as it is asked.
   explicit RenderFilter(const FilterOptions& options);
 
   bool lets_through(const qz_LOG_LogEntry& entry) const { return filter_.check_entry(entry); }
 
  private:
-  void install_config(const std::string& path);
-
   _qz_LOG_entry_filter filter_;
+};
+
+/// The configuration file of the options, if they name one, in the library's settings.
+class RenderConfig {
+ public:
+  /// Says on stderr which lines of the file the library does not read. Throws CommandError (cannot run) for a file that
+  /// cannot be read.
+  explicit RenderConfig(const FilterOptions& options);
+
+ private:
   std::optional<MemoryFile> copy_;  // of a configuration that came through a pipe
 };
 

@@ -40,26 +40,29 @@ void tell_remark(std::string_view option, const std::string& remark) {
   std::cerr << "qzlog: " << option << ": " << remark << '\n';
 }
 
-std::vector<FieldChoice> columns_of(const ShownOptions& options, std::string_view usual, const ShownEvents& events) {
+std::vector<FieldChoice> columns_of(const ShownOptions& options, std::string_view usual, const ShownEvents& events,
+                                    ShownRemarks remarks) {
   std::vector<FieldChoice> columns =
       read_columns(options.columns.empty() ? usual : std::string_view(options.columns), events);
-  if (options.columns.empty()) return columns;
+  if (options.columns.empty() || remarks == ShownRemarks::kLeaveOut) return columns;
   for (const std::string& remark : remarks_of_hidden(columns)) tell_remark("--columns", remark);
   return columns;
 }
 
 std::unique_ptr<Presentation> table_of(const ShownOptions& options, const ShownPlace& place, const ShownEvents& events,
-                                       ShownTimes& times) {
-  auto table = std::make_unique<TablePresentation>(columns_of(options, kTableColumns, events), place, events, times);
-  if (!table->left_out().empty()) {
+                                       ShownTimes& times, ShownRemarks remarks) {
+  auto table =
+      std::make_unique<TablePresentation>(columns_of(options, kTableColumns, events, remarks), place, events, times);
+  if (remarks == ShownRemarks::kSay && !table->left_out().empty()) {
     tell_remark("--output table", std::to_string(place.columns) + " columns have no room for " + table->left_out());
   }
   return table;
 }
 
-LineFormat format_of(const ShownOptions& options, const ShownEvents& events) {
+LineFormat format_of(const ShownOptions& options, const ShownEvents& events, ShownRemarks remarks) {
   if (options.format.empty()) return LineFormat(kShortFormat, events);
   LineFormat format(options.format, events);
+  if (remarks == ShownRemarks::kLeaveOut) return format;
   for (const std::string& remark : format.remarks()) tell_remark("--format", remark);
   return format;
 }
@@ -139,15 +142,15 @@ ShownTimes make_times(const ShownOptions& options) {
 }
 
 std::unique_ptr<Presentation> make_presentation(const ShownOptions& options, const ShownPlace& place,
-                                                const ShownEvents& events, ShownTimes& times) {
+                                                const ShownEvents& events, ShownTimes& times, ShownRemarks remarks) {
   if (options.shows_messages_alone()) return std::make_unique<MessagePresentation>();
   if (options.output == "long") return std::make_unique<LongPresentation>(events, times);
   if (options.output == "json") return std::make_unique<JsonPresentation>(events, times);
   if (options.output == "csv") {
-    return std::make_unique<CsvPresentation>(columns_of(options, kCsvColumns, events), events, times);
+    return std::make_unique<CsvPresentation>(columns_of(options, kCsvColumns, events, remarks), events, times);
   }
-  if (options.output == "table") return table_of(options, place, events, times);
-  return std::make_unique<FormatPresentation>(format_of(options, events), place, events, times);
+  if (options.output == "table") return table_of(options, place, events, times, remarks);
+  return std::make_unique<FormatPresentation>(format_of(options, events, remarks), place, events, times);
 }
 
 ShownPlace place_of_standard_output() {

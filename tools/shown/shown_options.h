@@ -71,10 +71,14 @@ ShownTimes make_times(const ShownOptions& options);
 /// The same clock for those who read times, at the present moment.
 ReaderClock reader_clock(const ShownOptions& options);
 
+/// Whether what may surprise readers of a presentation is said.
+enum class ShownRemarks { kSay, kLeaveOut };
+
 /// Says on standard error which fields hide attributes. Throws CommandError (cannot run) for names that nothing has.
 /// `events` and `times` have to outlive the result.
 std::unique_ptr<Presentation> make_presentation(const ShownOptions& options, const ShownPlace& place,
-                                                const ShownEvents& events, ShownTimes& times);
+                                                const ShownEvents& events, ShownTimes& times,
+                                                ShownRemarks remarks = ShownRemarks::kSay);
 
 /// Standard output: its width counts where it is a terminal.
 ShownPlace place_of_standard_output();

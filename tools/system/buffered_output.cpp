@@ -19,9 +19,16 @@ constexpr std::string_view kLineBreaks = "\n\r";
 }  // namespace
 
 BufferedOutput::BufferedOutput(int descriptor, std::string name, TextBytes bytes)
-    : descriptor_(descriptor), name_(std::move(name)), bytes_(bytes), is_escaped_(is_escaped(descriptor)) {
+    : descriptor_(descriptor),
+      name_(std::move(name)),
+      bytes_(bytes),
+      is_escaped_(is_escaped(descriptor)),
+      flush_bytes_(kFlushBytes) {
   held_.reserve(2 * kFlushBytes);
 }
+
+BufferedOutput::BufferedOutput(TextBytes bytes, bool is_escaped)
+    : descriptor_(-1), bytes_(bytes), is_escaped_(is_escaped), flush_bytes_(std::string().max_size()) {}
 
 // Inline, both: a call for each line shows.
 inline void BufferedOutput::append(std::string_view text) {
@@ -33,7 +40,7 @@ inline void BufferedOutput::append(std::string_view text) {
 }
 
 inline void BufferedOutput::flush_when_full() {
-  if (held_.size() >= kFlushBytes) flush();
+  if (held_.size() >= flush_bytes_) flush();
 }
 
 void BufferedOutput::write_line(std::string_view text) {
@@ -58,6 +65,16 @@ void BufferedOutput::write_lines(std::string_view lines, std::size_t coloured_by
   held_.append(end);
   append(lines.substr(coloured_bytes));
   flush_when_full();
+}
+
+void BufferedOutput::write_laid_out(std::string_view lines) {
+  held_.append(lines);
+  flush_when_full();
+}
+
+void BufferedOutput::take(std::string& lines) {
+  lines.clear();
+  held_.swap(lines);
 }
 
 void BufferedOutput::append_without_line_breaks(std::string_view text) {

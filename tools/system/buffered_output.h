@@ -18,6 +18,8 @@ class BufferedOutput {
   /// `name` is for error texts ("standard output"), `bytes` what the texts consist of. The descriptor stays the
   /// caller's.
   BufferedOutput(int descriptor, std::string name, TextBytes bytes = TextBytes::kUtf8);
+  /// Keeps everything in memory, laid out as it would be there, until `take`. Not to be flushed.
+  BufferedOutput(TextBytes bytes, bool is_escaped);
   BufferedOutput(const BufferedOutput&) = delete;
   BufferedOutput& operator=(const BufferedOutput&) = delete;
 
@@ -32,6 +34,12 @@ class BufferedOutput {
   /// The same in a colour: `colour` and `end` are the sequences around the first `coloured_bytes` bytes, nothing for
   /// lines without.
   void write_lines(std::string_view lines, std::size_t coloured_bytes, std::string_view colour, std::string_view end);
+  /// Adds lines that another object laid out for the same place.
+  void write_laid_out(std::string_view lines);
+  /// How many bytes are held.
+  std::size_t held_bytes() const noexcept { return held_.size(); }
+  /// Exchanges what is held for an empty text, whose memory serves what comes next.
+  void take(std::string& lines);
   /// Throws CommandError: cannot run, with the reason; or reader gone, without a text, on a pipe that nobody reads.
   void flush();
 
@@ -44,6 +52,7 @@ class BufferedOutput {
   std::string name_;
   TextBytes bytes_;
   bool is_escaped_;
+  std::size_t flush_bytes_;
   std::string held_;
   std::function<void()> before_flush_ = [] {};
 };

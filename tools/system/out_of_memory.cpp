@@ -12,8 +12,7 @@
 namespace qzlog_tool {
 namespace {
 
-/// Of the process, which has one thread.
-int handled = 0;
+thread_local int handled = 0;
 
 // Also called for allocations that return null in the end: they do not let the exception out.
 void memory_ran_out() {

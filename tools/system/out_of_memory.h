@@ -12,7 +12,7 @@ void end_where_memory_runs_out() noexcept;
 /// Says on stderr, without taking memory, that there is none.
 void print_out_of_memory() noexcept;
 
-/// Lives where std::bad_alloc is part of the work: it is an error of the item at hand, or of the whole.
+/// Lives where std::bad_alloc is part of this thread's work: it is an error of the item at hand, or of the whole.
 class MemoryErrors {
  public:
   MemoryErrors() noexcept;
