@@ -67,9 +67,14 @@ void BufferedOutput::write_lines(std::string_view lines, std::size_t coloured_by
   flush_when_full();
 }
 
+// What is much is not copied.
 void BufferedOutput::write_laid_out(std::string_view lines) {
-  held_.append(lines);
-  flush_when_full();
+  if (lines.size() < flush_bytes_) {
+    held_.append(lines);
+    return flush_when_full();
+  }
+  flush();
+  write(lines);
 }
 
 void BufferedOutput::take(std::string& lines) {
@@ -88,10 +93,16 @@ void BufferedOutput::append_without_line_breaks(std::string_view text) {
 
 void BufferedOutput::flush() {
   before_flush_();
-  const int failure = write_all(descriptor_, held_.data(), held_.size());
+  write(held_);
+  held_.clear();
+}
+
+void BufferedOutput::write(std::string_view lines) {
+  const int failure = write_all(descriptor_, lines.data(), lines.size());
+  if (failure == 0) return;
   held_.clear();
   if (failure == EPIPE) throw CommandError(kExitReaderGone, "");
-  if (failure != 0) throw CommandError(kExitCannotRun, "cannot write to " + name_ + ": " + std::strerror(failure));
+  throw CommandError(kExitCannotRun, "cannot write to " + name_ + ": " + std::strerror(failure));
 }
 
 }  // namespace qzlog_tool

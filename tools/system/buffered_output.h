@@ -47,6 +47,7 @@ class BufferedOutput {
   void append(std::string_view text);
   void append_without_line_breaks(std::string_view text);
   void flush_when_full();
+  void write(std::string_view lines);
 
   int descriptor_;
   std::string name_;
