@@ -4,7 +4,8 @@
 Usage: reading_logs.py QZLOG MESSAGE_LOOP      the command, and the bare loop over the library
 
 The lines are a sample of real logs where that is at hand, else generated ones of bench/events.yaml. Everything runs on one
-processor, in turn; the median of the runs counts, in processor time.
+processor, in turn; the median of the runs counts, in processor time. Two jobs have two processors, and the time that
+passes counts.
 """
 import collections
 import os
@@ -13,6 +14,7 @@ import statistics
 import subprocess
 import sys
 import tempfile
+import time
 
 LINES = 1_000_000
 ROUNDS = 7
@@ -25,6 +27,8 @@ SAMPLE = HERE.parent.parent / "shared/corpora/HDFS/HDFS.jsonl"
 
 # What the version before any choice or form took, in times of the loop.
 DEFAULT_TARGET = 1.02
+# How many times as fast two jobs are as one, on two processors.
+JOBS_TARGET = 1.85
 # By how much builds of the same code differ whose functions lie elsewhere.
 NOISE = 0.02
 
@@ -119,6 +123,21 @@ class Bench:
         return {name: statistics.median(values) for name, values in seconds.items()}
 
 
+    def jobs_rows(self, processors):
+        """Two jobs against one, in seconds that pass."""
+        rows = []
+        for title, option in ("render", ["--locale", "en_US"]), ("render, without ICU", ["--no-icu"]):
+            seconds = collections.defaultdict(list)
+            for turn in range(ROUNDS):
+                for jobs in (1, 2) if turn % 2 == 0 else (2, 1):
+                    command = [*self.render(*option), "--jobs", str(jobs), str(self.entries)]
+                    seconds[jobs].append(passed_seconds(command, processors))
+            one, two = (statistics.median(seconds[jobs]) for jobs in (1, 2))
+            rows.append([f"{title}: two jobs against one", f"{LINES / two / 1e6:.2f} M", f"{one / two:.2f} x one job",
+                         f">= {JOBS_TARGET}", verdict(one / two, JOBS_TARGET, False)])
+        return rows
+
+
 def write_lines(path, sample, count):
     text = "".join(line + "\n" for line in sample)
     with open(path, "w", encoding="utf-8") as file:
@@ -138,6 +157,13 @@ def processor_seconds(command):
     if status != 0:
         sys.exit(f"failed: {' '.join(command)}")
     return usage.ru_utime + usage.ru_stime
+
+
+def passed_seconds(command, processors):
+    begin = time.monotonic()
+    subprocess.run(command, check=True, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
+                   preexec_fn=lambda: os.sched_setaffinity(0, processors))
+    return time.monotonic() - begin
 
 
 def mark(met):
@@ -227,6 +253,7 @@ class Memory:
         bench, sample = self.bench, self.bench.sample
         columns = f"time,id,{sample.group},{sample.number},message"
         rows = [self.row("render", bench.render("--locale", "en_US"))]
+        rows.append(self.row("render --jobs 2", bench.render("--locale", "en_US", "--jobs", "2")))
         rows.append(self.row("render, without ICU", bench.render("--no-icu")))
         for form in "short", "long", "json":
             rows.append(self.row(f"render --output {form}", bench.render("--output", form)))
@@ -250,13 +277,18 @@ class Memory:
 def main():
     if len(sys.argv) != 3:
         sys.exit(__doc__)
-    os.sched_setaffinity(0, {max(os.sched_getaffinity(0))})
+    processors = os.sched_getaffinity(0)
+    os.sched_setaffinity(0, {max(processors)})
     with tempfile.TemporaryDirectory(prefix="qzlog-reading.") as folder:
         bench = Bench(sys.argv[1], sys.argv[2], pathlib.Path(folder))
         bench.prepare()
         bench.check_choices()
         print(f"Reading logs: {LINES:,} lines ({bench.sample.text}), one core; medians of {ROUNDS} runs in turn\n")
         print_table(["", "lines/s", "", "target", ""], speed_rows(bench, bench.measure()))
+        if len(processors) > 1:
+            print_table(["", "lines/s", "", "target", ""], bench.jobs_rows(processors))
+        else:
+            print("Several jobs are not measured: there is one processor\n")
         print_table(["peak memory", "1 M lines", "10 M lines", "target", ""], Memory(bench).rows())
 
 

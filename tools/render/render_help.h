@@ -24,6 +24,11 @@ then its files *.jsonl. DIR/PREFIX stands for one series. What cannot be read
 is reported, the other inputs are rendered all the same, and the exit status
 is 2.
 
+With --jobs files are read by one thread and rendered by N others; what comes out
+is the same. One thread does everything with --follow, --merge-by-time, --from,
+--count, --check-gaps, --head, --tail, --unique, several --definitions, another
+code page than UTF-8, and where the system allows no other.
+
 With --merge-by-time the lines of up to 500 logs, a series counted as one, come
 in the order of their times; those of one second in the order in which the logs
 were given. A line without a time, or with an earlier one than a line before it

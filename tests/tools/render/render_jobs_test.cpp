@@ -1,0 +1,228 @@
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "tests/support/seeded_random.h"
+#include "tests/tools/command_fixture.h"
+
+namespace {
+
+using qzlog_test::CommandResult;
+
+// The bytes that a block of lines has, as a rule.
+constexpr std::size_t kBlockBytes = std::size_t{256} << 10;
+constexpr std::size_t kLongestLine = std::size_t{16} << 20;
+const std::string kByteOrderMark = "\xEF\xBB\xBF";
+
+/// What several threads make of logs, against what one makes of them.
+class RenderJobs : public qzlog_test::CommandFixture {
+ protected:
+  RenderJobs() {
+    write("d.yaml",
+          "version: \"1.0\"\n"
+          "globals:\n  - {name: TIMEZONE_DIFFERENCE, type: SInt2}\n  - {name: DAYLIGHT_SAVING_ACTIVE, type: Bool}\n"
+          "entries:\n"
+          "  - {id: 1, name: NUMBER, mask: 1, message: \"{N}\", attributes: [{name: N, type: UInt4}]}\n"
+          "  - {id: 2, name: TEXT, message: \"[{T}]\", attributes: [{name: T, type: MBChar2K}]}\n");
+  }
+
+  static std::string entry(std::uint64_t number) {
+    return R"({"id":1,"time":"2026-11-21T08:15:30Z","attributes":{"N":)" + std::to_string(number) + "}}";
+  }
+  static std::string entries(std::uint64_t first, std::uint64_t last) {
+    std::string lines;
+    for (std::uint64_t number = first; number <= last; ++number) lines += entry(number) + '\n';
+    return lines;
+  }
+  /// Lines that take so many bytes, of which the last is longer than the others.
+  static std::string lines_of(std::size_t bytes) {
+    std::string lines;
+    while (lines.size() + 200 < bytes) lines += entry(lines.size()) + '\n';
+    return lines + std::string(bytes - lines.size() - 1, ' ') + '\n';
+  }
+
+  CommandResult render(int jobs, const std::string& arguments) const {
+    return run("$QZLOG render --definitions d.yaml --jobs " + std::to_string(jobs) + ' ' + arguments);
+  }
+  /// Returns what they all made of it.
+  CommandResult expect_same(const std::string& arguments, const std::vector<int>& jobs = {2, 3, 8}) const {
+    const CommandResult one = render(1, arguments);
+    for (const int count : jobs) {
+      const CommandResult several = render(count, arguments);
+      EXPECT_TRUE(several.out == one.out) << arguments << ", " << count << " jobs: " << several.out.size() << " bytes, "
+                                          << one.out.size() << " from one";
+      EXPECT_EQ(several.err, one.err) << arguments << ", " << count << " jobs";
+      EXPECT_EQ(several.status, one.status) << arguments << ", " << count << " jobs";
+    }
+    return one;
+  }
+};
+
+std::string random_line(qz_test::SeededRandom& random, std::uint64_t number) {
+  const std::string right = R"({"id":1,"attributes":{"N":)" + std::to_string(number) + "}}";
+  switch (random.below(40)) {
+    case 0:
+      return "";
+    case 1:
+      return " \t\r";
+    case 2:
+      return "x";
+    case 3:
+      return right.substr(0, right.size() / 2);
+    case 4:
+      return R"({"id":99})";
+    case 5:
+      return right + '\r';
+    case 6:
+      return kByteOrderMark + right;
+    case 7:
+      return R"({"id":1,"attributes":{"N":-1}})";
+    case 8:
+      return R"({"id":2,"attributes":{"T":")" + std::string(random.below(2000), 'a') + R"("}})";
+    case 9:
+      return R"({"seq":3,"writer":"web1/4711/1795248900","lost":[{"id":1,"level":3,"count":2}]})";
+    default:
+      return right;
+  }
+}
+
+TEST_F(RenderJobs, LinesOfAllKinds_AreShownAndReportedAsByOne) {
+  qz_test::SeededRandom random;
+  std::string first = kByteOrderMark;
+  std::string second;
+  for (std::uint64_t number = 0; number < 7000; ++number) {
+    first += random_line(random, number) + '\n';
+    second += random_line(random, number) + "\r\n";
+  }
+  write("first", first + R"({"id":1,"attr)");
+  write("second", second + entry(1));
+  write("empty", "");
+  write("mark", kByteOrderMark);
+  const std::string files = " first nowhere second empty mark first - second <second";
+  const CommandResult result = expect_same("--no-icu" + files);
+  EXPECT_EQ(result.status, 2);
+  EXPECT_NE(result.err.find("first:7001: error: the last line breaks off"), std::string::npos);
+  for (const char* const options :
+       {"--locale de", "--output short --time-zone Europe/Berlin", "--output long", "--output json", "--output csv",
+        "--output table", "--format '{file}:{line} {message}'", "--where 'N > 4000' --format '{line}'", "--id 2",
+        "--since 2026-11-21", "--mask 1 --level-low 2", "--level 0..2 --exit-status"}) {
+    expect_same(options + files);
+  }
+}
+
+TEST_F(RenderJobs, WrongLinesAtTheEdgesOfBlocks_HaveTheirNumbers) {
+  for (const std::size_t bytes : {kBlockBytes - 2, kBlockBytes - 1, kBlockBytes, kBlockBytes + 1}) {
+    for (const std::string& line : {std::string("x"), std::string(), kByteOrderMark + entry(1), entry(7)}) {
+      write("entries", lines_of(bytes) + line + '\n' + lines_of(bytes) + line);
+      expect_same("entries", {2});
+      expect_same("--format '{line} {message}' entries", {2});
+    }
+  }
+}
+
+TEST_F(RenderJobs, LongLines_AreJudgedAsByOne) {
+  for (const std::size_t excess : {std::size_t{0}, std::size_t{1}, std::size_t{4}, kBlockBytes + 1}) {
+    for (const std::string& beginning : {std::string(), kByteOrderMark, entry(1) + '\n'}) {
+      const std::string line(kLongestLine + excess, 'a');
+      write("entries", beginning + line + '\n' + entries(1, 9) + "x\n" + line);
+      const CommandResult result = expect_same("entries 2>&1 | cut -c1-99", {2});
+      EXPECT_NE(result.out.find(":" + std::string(beginning.size() > 3 ? "12" : "11") + ": error: "),
+                std::string::npos);
+    }
+  }
+}
+
+TEST_F(RenderJobs, MessagesBeforeWrongLines_ComeBeforeTheirErrors) {
+  write("entries", entries(1, 5000) + "x\n" + entries(5001, 20000) + "x\n" + entries(20001, 20001));
+  const CommandResult result = expect_same("entries 2>&1");
+  EXPECT_NE(result.out.find("\n5000\nentries:5001: error: "), std::string::npos);
+}
+
+TEST_F(RenderJobs, OptionsThatLookAtOtherLines_AreDoneByOne) {
+  write("entries", entries(1, 9000));
+  for (const char* const options : {"--head 3", "--tail 3", "--unique", "--check-gaps", "--merge-by-time",
+                                    "--code-page ISO-8859-1", "--definitions d.yaml"}) {
+    expect_same(std::string(options) + " entries", {4});
+  }
+  EXPECT_EQ(render(4, "--count counts entries").status, 0);
+  EXPECT_EQ(run("$QZLOG count show counts.cnt | grep -q 9000").status, 0);
+}
+
+TEST_F(RenderJobs, AllProcessors_AreAskedForByZero) {
+  write("entries", entries(1, 20000));
+  expect_same("entries", {0});
+  EXPECT_EQ(run("$QZLOG render --definitions d.yaml -j 257 entries").status, 2);
+}
+
+TEST_F(RenderJobs, ReaderThatLeaves_EndsIt) {
+  write("entries", entries(1, 200000));
+  const std::string command =
+      "{ timeout 60 $QZLOG render --no-icu --definitions d.yaml entries -j %; echo \"status $?\" >&2; } | head -2";
+  const auto with_jobs = [&](const char* jobs) { return std::string(command).replace(command.find('%'), 1, jobs); };
+  const CommandResult result = run(with_jobs("3"));
+  EXPECT_EQ(result.out, "1\n2\n");
+  EXPECT_EQ(result.err, run(with_jobs("1")).err);
+}
+
+// The rest of each line is only written when the message of the one before has come.
+TEST_F(RenderJobs, Messages_AreWrittenBeforeMoreInputIsWaitedFor) {
+  const CommandResult result =
+      run("mkfifo in out; timeout 60 $QZLOG render --no-icu --definitions d.yaml -j 2 - <in >out & "
+          "exec 3>in 4<out; printf '{\"id\"' >&3; for i in 1 2 3; do "
+          "printf ':1,\"attributes\":{\"N\":7}}\\n{\"id\"' >&3; timeout 30 head -1 <&4; done; exec 3>&-; wait");
+  EXPECT_EQ(result.out, "7\n7\n7\n");
+}
+
+TEST_F(RenderJobs, PatternThatIcuCannotApply_IsReportedBehindTheMessagesBeforeIt) {
+  write("broken.yaml", R"(version: "1.0"
+entries:
+  - {id: 1, name: GOOD, message: "good"}
+  - {id: 2, name: BROKEN, raw: "%s%N% {0,date} %_%TIMESTAMP%", attributes: [{name: N, type: Char32}]}
+)");
+  const std::string broken = "{\"id\":2,\"attributes\":{\"N\":\"x\"}}\n";
+  std::string lines;
+  for (int i = 0; i < 60000; ++i) lines += "{\"id\":1}\n";
+  write("entries", lines + broken + broken + lines + broken);
+  const std::string command = "$QZLOG render --definitions broken.yaml entries -j ";
+  const CommandResult one = run(command + '1');
+  EXPECT_EQ(one.status, 1);
+  for (const char* const jobs : {"2", "3", "8"}) {
+    const CommandResult several = run("timeout 60 " + command + jobs);
+    EXPECT_EQ(several.out.size(), one.out.size());
+    EXPECT_EQ(several.err, one.err);
+    EXPECT_EQ(several.status, 1);
+  }
+}
+
+TEST_F(RenderJobs, FileThatCannotBeRead_IsReportedBehindWhatWasRead) {
+  write("entries", entries(1, 30000));
+  std::filesystem::create_directory(folder_.path("folder.jsonl"));
+  expect_same("entries folder.jsonl/ nowhere entries");
+}
+
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+// No stack of four gigabytes fits in three.
+TEST_F(RenderJobs, NoThreads_IsNoFailure) {
+  write("entries", entries(1, 20000) + "x\n");
+  const CommandResult one = render(1, "entries");
+  const CommandResult several =
+      run("ulimit -s 4194304 && ulimit -v 3145728 && $QZLOG render --definitions d.yaml --jobs 4 entries");
+  EXPECT_TRUE(several.out == one.out);
+  EXPECT_EQ(several.err, one.err);
+  EXPECT_EQ(several.status, 1);
+}
+
+TEST_F(RenderJobs, Memory_DoesNotGrowWithTheLog) {
+  write("entries", entries(1, 50000) + std::string(kLongestLine - 1, ' ') + '\n');
+  const CommandResult result =
+      run("files=; for i in 1 2 3 4 5 6 7 8; do files=\"$files entries\"; done; "
+          "/usr/bin/time -f %M $QZLOG render --no-icu --definitions d.yaml -j 2 $files 2>&1 >/dev/null");
+  EXPECT_LT(std::stoul(result.out), 256U << 10) << "KiB";
+}
+#endif
+
+}  // namespace
