@@ -7,7 +7,7 @@
 #include <cstring>
 #include <ctime>
 
-#include "foundation/fork_gate.h"
+#include "foundation/local_zone.h"
 
 using namespace qzlog;
 
@@ -50,21 +50,11 @@ bool clock_seconds_of(const Calendar& calendar, long long& clock_seconds) {
   return true;
 }
 
-/// What the local zone says about a moment. GMT when the system cannot tell. The C library locks its zone meanwhile:
-/// for callers that delay forks.
-std::tm local_time_at(long long unix_seconds) {
-  std::tm local = {};
-  const auto moment = static_cast<std::time_t>(unix_seconds);
-  if (localtime_r(&moment, &local) == nullptr) return {};
-  return local;
-}
-
-int local_offset_at(long long unix_seconds) { return static_cast<int>(local_time_at(unix_seconds).tm_gmtoff); }
+int local_offset_at(long long unix_seconds) { return local_zone_at(unix_seconds).offset_seconds; }
 
 /// The moment at which the local clock shows `clock_seconds`. Of a time shown twice it is the first, and one that is
 /// skipped counts on with the offset before the gap: unlike mktime's, the answer depends on nothing but the zone.
 long long moment_of_local_clock(long long clock_seconds) {
-  const ForkDelay fork_delay;
   const long long by_offset_before = clock_seconds - local_offset_at(clock_seconds - kSecondsPerDay);
   const long long by_offset_after = clock_seconds - local_offset_at(clock_seconds + kSecondsPerDay);
   for (const long long moment : {by_offset_before, by_offset_after}) {
@@ -162,7 +152,6 @@ void qz_Time::set_GMT_time_mode(bool gmt) noexcept {
 
 void qz_Time::GMT_to_local() noexcept {
   if (!gmt_mode_) return;
-  const ForkDelay fork_delay;
   local_offset_ = local_offset_at(clock_seconds_);
   clock_seconds_ += local_offset_;
   gmt_mode_ = false;
@@ -190,10 +179,9 @@ int qz_Time::compare_time(const qz_Time& other) const noexcept {
 // Taken from the moment's own offset rather than from a process-wide constant, so that zones that changed their
 // standard time, or shift by other than an hour in summer, give the true difference.
 void qz_Time::get_zone(int& timezone_offset, bool& daylight_saving) const noexcept {
-  const ForkDelay fork_delay;
-  const std::tm local = local_time_at(unix_seconds());
-  daylight_saving = local.tm_isdst > 0;
-  timezone_offset = (daylight_saving ? 60 : 0) - static_cast<int>(local.tm_gmtoff / 60);
+  const LocalZone zone = local_zone_at(unix_seconds());
+  daylight_saving = zone.is_daylight_saving;
+  timezone_offset = (daylight_saving ? 60 : 0) - zone.offset_seconds / 60;
 }
 
 int qz_Time::get_timezone_offset() const noexcept {
@@ -203,10 +191,7 @@ int qz_Time::get_timezone_offset() const noexcept {
   return offset;
 }
 
-bool qz_Time::is_daylight_saving() const noexcept {
-  const ForkDelay fork_delay;
-  return local_time_at(unix_seconds()).tm_isdst > 0;
-}
+bool qz_Time::is_daylight_saving() const noexcept { return local_zone_at(unix_seconds()).is_daylight_saving; }
 
 void qz_Time::print_out(char* buffer, unsigned size) const noexcept {
   const Calendar at = calendar_of(clock_seconds_);

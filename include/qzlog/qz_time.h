@@ -4,8 +4,9 @@
 #include "qzlog/export.h"
 
 /// A calendar time in whole seconds, together with a mode that says on which clock it is read: GMT or the process's
-/// local time zone. A value type; const members may be called from any thread (the time zone is read through
-/// localtime_r).
+/// local time zone. A value type; const members may be called from any thread. The time zone is what localtime_r
+/// says; another one that a tzset() brings is noticed at once, or, where names, offset and rule are the same, within
+/// milliseconds.
 class QZLOG_EXPORT qz_Time {
  public:
   /// The zero time: 1970-01-01 00:00:00 in GMT mode.
