@@ -97,10 +97,8 @@ bool KeptFormat::append(unsigned index, const IcuArgument& value, TextBuffer& te
   return true;
 }
 
-const IntegerStyle& LocaleFormats::integer_style() {
-  if (!integer_style_) integer_style_.emplace(_qz_LOG_log_message::get_locale());
-  return *integer_style_;
-}
+LocaleFormats::LocaleFormats(std::string name)
+    : name_(std::move(name)), integer_style_(_qz_LOG_log_message::get_locale()) {}
 
 bool LocaleFormats::append(MessageFormatKind kind, const IcuArgument& value, TextBuffer& text) {
   const bool is_number = value.type == IcuArgument::Type::kFloat || value.type == IcuArgument::Type::kInteger;
@@ -135,14 +133,10 @@ IcuFormats::~IcuFormats() {
   locales_.clear();
 }
 
-LocaleFormats& IcuFormats::of_locale() {
-  const char* const locale_name = _qz_LOG_log_message::get_locale_name();
-  if (last_locale_ == nullptr || last_locale_->name() != locale_name) {
-    last_locale_ = nullptr;
-    const std::string name = locale_name;
-    last_locale_ = &locales_.get(name, [&] { return std::make_unique<LocaleFormats>(name); });
-  }
-  return *last_locale_;
+LocaleFormats& IcuFormats::of_another_locale(const char* name) {
+  last_locale_ = nullptr;
+  const std::string key = name;
+  return *(last_locale_ = &locales_.get(key, [&] { return std::make_unique<LocaleFormats>(key); }));
 }
 
 KeptFormat& IcuFormats::format_of(const IcuTemplate& message_template) {

@@ -18,6 +18,7 @@
 #include "message/icu_arguments.h"
 #include "message/icu_template.h"
 #include "message/integer_style.h"
+#include "message/logmsg.h"
 #include "message/number_style.h"
 #include "message/recent_cache.h"
 
@@ -66,10 +67,10 @@ class KeptFormat : public qz_UTIL_no_inadvertant_copies {
 class LocaleFormats : public qz_UTIL_no_inadvertant_copies {
  public:
   /// Of the locale that is set, whose name this is.
-  explicit LocaleFormats(std::string name) : name_(std::move(name)) {}
+  explicit LocaleFormats(std::string name);
 
   const std::string& name() const { return name_; }
-  const IntegerStyle& integer_style();
+  const IntegerStyle& integer_style() const { return integer_style_; }
   /// Appends what an argument in the style of a format shows for a value. False when it is none that UTF-8 can say.
   bool append(MessageFormatKind kind, const IcuArgument& value, TextBuffer& text);
 
@@ -82,7 +83,7 @@ class LocaleFormats : public qz_UTIL_no_inadvertant_copies {
   const NumberStyle& number_style(MessageFormatKind kind);
 
   std::string name_;
-  std::optional<IntegerStyle> integer_style_;
+  IntegerStyle integer_style_;
   std::unique_ptr<KeptFormat> formats_[kKinds];
   std::optional<NumberStyle> number_styles_[kKinds];
 };
@@ -94,11 +95,16 @@ class IcuFormats : public qz_UTIL_no_inadvertant_copies {
   ~IcuFormats();
 
   /// Valid until the next call.
-  LocaleFormats& of_locale();
+  LocaleFormats& of_locale() {
+    const char* const name = _qz_LOG_log_message::get_locale_name();
+    return last_locale_ != nullptr && last_locale_->name() == name ? *last_locale_ : of_another_locale(name);
+  }
   /// The format of a whole template, for those that cannot be assembled of parts.
   KeptFormat& format_of(const IcuTemplate& message_template);
 
  private:
+  LocaleFormats& of_another_locale(const char* name);
+
   RecentCache<std::uint64_t, KeptFormat> formats_;
   RecentCache<std::string, LocaleFormats> locales_;
   LocaleFormats* last_locale_ = nullptr;  // nearly always the next message's too
