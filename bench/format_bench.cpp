@@ -26,6 +26,8 @@ void add_format_cases(CaseList& cases) {
   for (const Language& language : kLanguages) {
     // In English it is the case "A/icu_plain".
     if (&language != &english) add_group<WorkloadAPlain>(cases, "plain", language);
+    // In English it is the case "A/icu_float".
+    if (&language != &english) add_group<WorkloadA>(cases, "float", language);
     add_group<WorkloadFormats>(cases, "formats", language);
   }
   add_group<WorkloadNumber>(cases, "number", english);

@@ -58,7 +58,8 @@ def shipping(name, options, files):
 def reading(name, line, files):
     """Of a receiver, with all to oneself and as one of a group."""
     group = "got/entries.jsonl.group-readers"
-    return [command(name, line, files), command(f"{name}-group", f"{line} --group readers", files, states=(group,), hands_over=True)]
+    return [command(name, line, files),
+            command(f"{name}-group", f"{line} --group readers", files, states=(group,), hands_over=True, waits=True)]
 
 
 RECEIVERS = [
@@ -69,7 +70,7 @@ RECEIVERS = [
              "odd new storage.yaml"),
     *reading("render-receiver", f"render --definitions storage.ldf --locale en_US --from {HERE}got", "storage.ldf got/entries.jsonl"),
     command("count-collect", f"count collect --definitions storage.ldf --from {HERE}got --group readers --batches batches",
-            "storage.ldf got/entries.jsonl batches", states=("got/entries.jsonl.group-readers",)),
+            "storage.ldf got/entries.jsonl batches", states=("got/entries.jsonl.group-readers",), waits=True),
 ]
 
 COMMANDS = [
