@@ -27,7 +27,8 @@ void CachedDefinitions::add(_qz_LOG_log_definition* definition) {
   const unsigned former = cell_of(definition->get_entry_id());
   if (cells_[former].definition != nullptr) drop_kept(former);
   if (2 * (used_cells_ + 1) > cell_count_) grow();
-  while (2 * (used_cells_ + 1) > cell_count_) drop_until_within(kept_bytes_ / 2);
+  // A search ends at a free cell, and there are more cells than are cached.
+  while (used_cells_ + 1 >= cell_count_) drop_until_within(kept_bytes_ / 2);
   cells_[cell_of(definition->get_entry_id())] = {definition->get_entry_id(), definition};
   ++used_cells_;
   definition->add_reference();
@@ -54,9 +55,8 @@ void CachedDefinitions::take_place(_qz_LOG_log_definition* definition) {
 /// Holds of other threads on it end with their next lookup.
 void CachedDefinitions::evict(_qz_LOG_log_definition* definition) {
   definition->set_caching_table(nullptr);
-  const std::size_t bytes = definition->memory_bytes() + 2 * sizeof(Cell);
-  definition->set_kept_bytes(bytes);
-  kept_bytes_ += bytes;
+  definition->set_kept_bytes(definition->memory_bytes() + 2 * sizeof(Cell));
+  kept_bytes_ += definition->kept_bytes();
   if (!definition->is_as_read()) return drop_kept(cell_of(definition->get_entry_id()));
   fit_memory();
 }

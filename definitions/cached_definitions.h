@@ -58,7 +58,7 @@ class CachedDefinitions : public qz_UTIL_no_inadvertant_copies {
     unsigned int entry_id = 0;
     _qz_LOG_log_definition* definition = nullptr;  // null in a free cell
   };
-  static constexpr unsigned kFewestCells = 4 * kCacheSize;
+  static constexpr unsigned kFewestCells = 2 * kCacheSize;
 
   _qz_LOG_log_definition* find_any(unsigned int entry_id) const {
     return cells_ != nullptr ? cells_[cell_of(entry_id)].definition : nullptr;
@@ -82,7 +82,7 @@ class CachedDefinitions : public qz_UTIL_no_inadvertant_copies {
 
   const _qz_LOG_log_definition_tbl* table_;
   std::unique_ptr<Cell[]> cells_;  // of what is cached and what is kept; null before the first one
-  unsigned cell_count_ = 0;        // a power of two, half of them free at least
+  unsigned cell_count_ = 0;        // a power of two; half of them are free while there is memory for that
   unsigned shift_ = 0;
   unsigned used_cells_ = 0;
   unsigned hand_ = 0;  // the cell that is looked at next when something has to go

@@ -94,9 +94,9 @@ class ThreadHolds : public qz_UTIL_no_inadvertant_copies {
     DefinitionHold* hold = nullptr;  // null in a free cell
   };
   // Few enough are in use that a search ends after a step or two.
-  static constexpr unsigned kCellBits = 9;
+  static constexpr unsigned kCellBits = 8;
   static constexpr unsigned kCells = 1U << kCellBits;
-  static_assert(kMostHolds * 2 < kCells);
+  static_assert(kMostHolds * 2 <= kCells);
 
   // Multiplied, so that IDs in a row do not fill a run of cells.
   static unsigned first_cell_of(unsigned int entry_id) { return entry_id * 0x9E3779B1U >> (32 - kCellBits); }

@@ -15,7 +15,7 @@ namespace qzlog {
 /// For one thread at a time.
 class FileBlocks : public qz_UTIL_no_inadvertant_copies {
  public:
-  static constexpr std::size_t kBlockSize = 4096;
+  static constexpr std::size_t kBlockSize = 2048;
 
   /// The descriptor stays the caller's, open as long as this is used. There is room for one block.
   explicit FileBlocks(int descriptor) noexcept : descriptor_(descriptor) {}

@@ -92,6 +92,11 @@ void reindex(_qz_LOG_attribute_entry* const* list, unsigned char count, HashInde
 
 std::size_t text_bytes(const char* text) { return text != nullptr ? block_bytes(std::strlen(text) + 1) : 0; }
 
+/// The most that can be said stands for more.
+std::uint32_t in_32_bits(std::size_t bytes) {
+  return static_cast<std::uint32_t>(std::min<std::size_t>(bytes, std::numeric_limits<std::uint32_t>::max()));
+}
+
 const char* text_or_empty(const char* text) { return text == nullptr ? "" : text; }
 
 FileNamesRef share_or_none(FileNames* names) { return names != nullptr ? FileNamesRef::share(names) : FileNamesRef(); }
@@ -282,12 +287,15 @@ void _qz_LOG_log_definition::clear_attr_info() {
   destroy_list(selector_messages_, selector_message_count_);
 }
 
+void _qz_LOG_log_definition::set_kept_bytes(std::size_t bytes) { kept_bytes_ = in_32_bits(bytes); }
+
 void _qz_LOG_log_definition::mark_as_read() {
-  read_bytes_ = block_bytes(sizeof *this) + block_bytes(attribute_count_ * sizeof *attributes_) +
-                block_bytes(selector_message_count_ * sizeof *selector_messages_) + attribute_index_.memory_bytes() +
-                text_bytes(default_msg_id_.get()) + text_bytes(default_msg_text_.get());
-  for (unsigned i = 0; i < attribute_count_; ++i) read_bytes_ += attributes_[i]->memory_bytes();
-  for (unsigned i = 0; i < selector_message_count_; ++i) read_bytes_ += selector_messages_[i]->memory_bytes();
+  std::size_t bytes = block_bytes(sizeof *this) + block_bytes(attribute_count_ * sizeof(void*)) +
+                      block_bytes(selector_message_count_ * sizeof(void*)) + attribute_index_.memory_bytes() +
+                      text_bytes(default_msg_id_.get()) + text_bytes(default_msg_text_.get());
+  for (unsigned i = 0; i < attribute_count_; ++i) bytes += attributes_[i]->memory_bytes();
+  for (unsigned i = 0; i < selector_message_count_; ++i) bytes += selector_messages_[i]->memory_bytes();
+  read_bytes_ = in_32_bits(bytes);
   is_as_read_.store(true, std::memory_order_relaxed);
 }
 

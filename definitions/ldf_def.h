@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <cstddef>
+#include <cstdint>
 
 #include "definitions/attribute_name.h"
 #include "definitions/file_names.h"
@@ -229,7 +230,7 @@ class _qz_LOG_log_definition : public qz_UTIL_no_inadvertant_copies {
   static GlobalMarks read_global_marks();
   /// What CachedDefinitions counts it as while it keeps it.
   std::size_t kept_bytes() const { return kept_bytes_; }
-  void set_kept_bytes(std::size_t bytes) { kept_bytes_ = bytes; }
+  void set_kept_bytes(std::size_t bytes);
   void set_caching_table(const _qz_LOG_log_definition_tbl* table) {
     caching_table_.store(table, std::memory_order_release);
   }
@@ -259,10 +260,10 @@ class _qz_LOG_log_definition : public qz_UTIL_no_inadvertant_copies {
   mutable std::atomic<bool> may_have_marks_{false};
   qzlog::FileNamesRef standard_names_;
   qzlog::FileNamesRef auxiliary_names_;
-  std::size_t read_bytes_ = 0;  // what it took when it was read
-  std::size_t kept_bytes_ = 0;
-  std::atomic<bool> is_as_read_{false};
+  std::uint32_t read_bytes_ = 0;  // what it took when it was read
+  std::uint32_t kept_bytes_ = 0;
   std::atomic<unsigned> references_{1};
+  std::atomic<bool> is_as_read_{false};
   // Whether any global attribute is marked. Forgotten where they are changed.
   static inline std::atomic<GlobalMarks> global_marks_{GlobalMarks::kUnknown};
 

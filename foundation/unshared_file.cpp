@@ -18,7 +18,7 @@ namespace {
 /// A descriptor with a position of its own, and the buffer of the stream that reads from it.
 class UnsharedFile : public qz_UTIL_no_inadvertant_copies {
  public:
-  static constexpr std::size_t kBufferSize = 4096;
+  static constexpr std::size_t kBufferSize = 2048;
 
   explicit UnsharedFile(FileHandle file)
       : file_(std::move(file)), is_seekable_(lseek(descriptor(), 0, SEEK_CUR) >= 0) {}

@@ -433,8 +433,8 @@ TEST(ThreadHolds, AnotherDefinitionOfTheId_ReplacesWhoseHoldersKeepTheirs) {
   EXPECT_EQ(text_of(holds.find(7)), "latter");
 }
 
-/// Where the search for an ID begins, of 512 cells.
-unsigned first_cell(unsigned id) { return id * 0x9E3779B1U >> 23; }
+/// Where the search for an ID begins, of 256 cells.
+unsigned first_cell(unsigned id) { return id * 0x9E3779B1U >> 24; }
 
 std::vector<unsigned> ids_of_cell(unsigned cell, std::size_t count) {
   std::vector<unsigned> ids;
@@ -445,7 +445,7 @@ std::vector<unsigned> ids_of_cell(unsigned cell, std::size_t count) {
 }
 
 TEST(ThreadHolds, IdsThatCollide_EachItsOwn) {
-  for (const unsigned cell : {0U, 300U, 511U}) {
+  for (const unsigned cell : {0U, 150U, 255U}) {
     ThreadHolds holds;
     const std::vector<unsigned> ids = ids_of_cell(cell, ThreadHolds::kMostHolds);
     for (const unsigned id : ids) holds.keep(id, new_definition(std::to_string(id)));
