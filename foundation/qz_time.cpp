@@ -4,8 +4,8 @@
 #include <chrono>
 #include <climits>
 #include <cstdio>
-#include <cstring>
 #include <ctime>
+#include <string_view>
 
 #include "foundation/local_zone.h"
 
@@ -69,16 +69,18 @@ class TimeTextReader {
  public:
   explicit TimeTextReader(const char* text) : position_(text) {}
 
-  bool number(int digits, int& value) {
+  template <int kDigits>
+  bool number(int& value) {
     value = 0;
-    for (int i = 0; i < digits; ++i, ++position_) {
+    for (int i = 0; i < kDigits; ++i, ++position_) {
       if (!is_digit(*position_)) return false;
       value = value * 10 + (*position_ - '0');
     }
     return true;
   }
-  bool one_of(const char* characters, char& found) {
-    if (*position_ == '\0' || std::strchr(characters, *position_) == nullptr) return false;
+  template <class... Characters>
+  bool one_of(char& found, Characters... characters) {
+    if (((*position_ != characters) && ...)) return false;
     found = *position_++;
     return true;
   }
@@ -94,7 +96,13 @@ class TimeTextReader {
     while (is_digit(*position_)) ++position_;
     return true;
   }
-  bool rest_is(const char* text) const { return std::strcmp(position_, text) == 0; }
+  bool rest_is(std::string_view text) const {
+    const char* at = position_;
+    for (const char character : text) {
+      if (*at++ != character) return false;
+    }
+    return *at == '\0';
+  }
 
  private:
   static bool is_digit(char character) { return character >= '0' && character <= '9'; }
@@ -102,21 +110,21 @@ class TimeTextReader {
 };
 
 bool read_calendar(TimeTextReader& reader, Calendar& calendar, char& separator) {
-  return reader.number(4, calendar.year) && reader.literal('-') && reader.number(2, calendar.month) &&
-         reader.literal('-') && reader.number(2, calendar.day) && reader.one_of(" Tt", separator) &&
-         reader.number(2, calendar.hour) && reader.literal(':') && reader.number(2, calendar.minute) &&
-         reader.literal(':') && reader.number(2, calendar.second);
+  return reader.number<4>(calendar.year) && reader.literal('-') && reader.number<2>(calendar.month) &&
+         reader.literal('-') && reader.number<2>(calendar.day) && reader.one_of(separator, ' ', 'T', 't') &&
+         reader.number<2>(calendar.hour) && reader.literal(':') && reader.number<2>(calendar.minute) &&
+         reader.literal(':') && reader.number<2>(calendar.second);
 }
 
 /// The zone part of RFC 3339: "Z" or hours and minutes east of GMT.
 bool read_zone(TimeTextReader& reader, int& seconds_east) {
   char sign = '\0';
-  if (!reader.fraction() || !reader.one_of("Zz+-", sign)) return false;
+  if (!reader.fraction() || !reader.one_of(sign, 'Z', 'z', '+', '-')) return false;
   seconds_east = 0;
   if (sign == '+' || sign == '-') {
     int hours = 0;
     int minutes = 0;
-    if (!reader.number(2, hours) || !reader.literal(':') || !reader.number(2, minutes)) return false;
+    if (!reader.number<2>(hours) || !reader.literal(':') || !reader.number<2>(minutes)) return false;
     if (hours > 23 || minutes > 59) return false;
     seconds_east = (hours * 60 + minutes) * (sign == '-' ? -60 : 60);
   }

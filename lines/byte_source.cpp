@@ -49,10 +49,4 @@ void DescriptorSource::fail(const char* what, int error) const {
   throw QZX_logging_file_operation_failed(text.c_str());
 }
 
-std::size_t MemorySource::Read(char* buffer, std::size_t size) {
-  const std::size_t count = bytes_.copy(buffer, size);
-  bytes_.remove_prefix(count);
-  return count;
-}
-
 }  // namespace qzlog

@@ -3,7 +3,6 @@
 
 #include <cstddef>
 #include <string>
-#include <string_view>
 
 #include "foundation/no_copies.h"
 #include "qzlog/entry_lines.h"
@@ -27,16 +26,6 @@ class DescriptorSource : public qz_LOG_ByteSource, public qz_UTIL_no_inadvertant
   std::string name_;
   int descriptor_;
   bool is_own_ = false;
-};
-
-class MemorySource : public qz_LOG_ByteSource {
- public:
-  explicit MemorySource(std::string_view bytes) : bytes_(bytes) {}
-
-  std::size_t Read(char* buffer, std::size_t size) override;
-
- private:
-  std::string_view bytes_;  // still to be read
 };
 
 }  // namespace qzlog

@@ -31,18 +31,12 @@ qz_LOG_ByteSource::~qz_LOG_ByteSource() = default;
 
 class QZLOG_NO_EXPORT qz_LOG_EntryReader::Implementation {
  public:
-  Implementation(std::unique_ptr<qz_LOG_ByteSource> own_source, qz_LOG_ByteSource& source, const char* file,
-                 qz_LOG_LineErrorHandler* handler)
-      : own_source_(std::move(own_source)),
-        cutter_(source),
-        file_(std::make_shared<const std::string>(file != nullptr ? file : "")),
-        handler_(handler) {}
-
-  static Implementation* make(std::unique_ptr<qz_LOG_ByteSource> source, const char* file,
-                              qz_LOG_LineErrorHandler* handler) {
-    qz_LOG_ByteSource& used = *source;
-    return new Implementation(std::move(source), used, file, handler);
-  }
+  Implementation(qz_LOG_ByteSource& source, const char* file, qz_LOG_LineErrorHandler* handler)
+      : cutter_(source), file_(shared_name(file)), handler_(handler) {}
+  Implementation(std::unique_ptr<qz_LOG_ByteSource> source, const char* file, qz_LOG_LineErrorHandler* handler)
+      : own_source_(std::move(source)), cutter_(*own_source_), file_(shared_name(file)), handler_(handler) {}
+  Implementation(std::string_view bytes, qz_LOG_LineErrorHandler* handler)
+      : cutter_(bytes), file_(shared_name("")), handler_(handler) {}
 
   bool next(qz_LOG_EntryLine::Implementation& line) {
     LineCutter::Line raw;
@@ -61,6 +55,10 @@ class QZLOG_NO_EXPORT qz_LOG_EntryReader::Implementation {
   unsigned long long error_count() const { return error_count_; }
 
  private:
+  static qz_LOG_EntryLine::Implementation::FileName shared_name(const char* file) {
+    return std::make_shared<const std::string>(file != nullptr ? file : "");
+  }
+
   bool is_refused(const LineCutter::Line& raw) {
     if (choice_ == nullptr || raw.too_long || is_taken(raw)) return false;
     ++refused_count_;
@@ -119,7 +117,7 @@ qz_LOG_EntryReader::qz_LOG_EntryReader(Implementation* implementation) : impleme
 
 qz_LOG_EntryReader qz_LOG_EntryReader::FromPath(const char* path, qz_LOG_LineErrorHandler* handler) try {
   if (path == nullptr) throw QZX_logging_illegal_argument("invalid argument", 0);
-  return qz_LOG_EntryReader(Implementation::make(std::make_unique<DescriptorSource>(path), path, handler));
+  return qz_LOG_EntryReader(new Implementation(std::make_unique<DescriptorSource>(path), path, handler));
 } catch (const std::bad_alloc&) {
   throw QZX_memory_alloc();
 }
@@ -127,7 +125,7 @@ qz_LOG_EntryReader qz_LOG_EntryReader::FromPath(const char* path, qz_LOG_LineErr
 qz_LOG_EntryReader qz_LOG_EntryReader::FromDescriptor(int descriptor, const char* file_name,
                                                       qz_LOG_LineErrorHandler* handler) try {
   const char* const name = file_name != nullptr ? file_name : "";
-  return qz_LOG_EntryReader(Implementation::make(std::make_unique<DescriptorSource>(descriptor, name), name, handler));
+  return qz_LOG_EntryReader(new Implementation(std::make_unique<DescriptorSource>(descriptor, name), name, handler));
 } catch (const std::bad_alloc&) {
   throw QZX_memory_alloc();
 }
@@ -135,14 +133,14 @@ qz_LOG_EntryReader qz_LOG_EntryReader::FromDescriptor(int descriptor, const char
 qz_LOG_EntryReader qz_LOG_EntryReader::FromMemory(const void* bytes, unsigned long size,
                                                   qz_LOG_LineErrorHandler* handler) try {
   const std::string_view text(size != 0 ? static_cast<const char*>(bytes) : "", size);
-  return qz_LOG_EntryReader(Implementation::make(std::make_unique<MemorySource>(text), "", handler));
+  return qz_LOG_EntryReader(new Implementation(text, handler));
 } catch (const std::bad_alloc&) {
   throw QZX_memory_alloc();
 }
 
 qz_LOG_EntryReader qz_LOG_EntryReader::FromSource(qz_LOG_ByteSource& source, const char* file_name,
                                                   qz_LOG_LineErrorHandler* handler) try {
-  return qz_LOG_EntryReader(new Implementation(nullptr, source, file_name, handler));
+  return qz_LOG_EntryReader(new Implementation(source, file_name, handler));
 } catch (const std::bad_alloc&) {
   throw QZX_memory_alloc();
 }

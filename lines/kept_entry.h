@@ -44,7 +44,17 @@ class EntryShape {
   bool has_attributes(std::span<const LineAttribute> attributes) const {
     if (attributes.size() != count_) return false;
     for (std::size_t index = 0; index < count_; ++index) {
-      if (attributes[index].name != names_[index]) return false;
+      if (!are_equal(attributes[index].name, names_[index])) return false;
+    }
+    return true;
+  }
+  /// Most names are so short that a call takes longer.
+  static bool are_equal(std::string_view name, std::string_view other) {
+    constexpr std::size_t kShort = 8;
+    if (name.size() > kShort) return name == other;
+    if (name.size() != other.size()) return false;
+    for (std::size_t place = 0; place < name.size(); ++place) {
+      if (name[place] != other[place]) return false;
     }
     return true;
   }

@@ -10,7 +10,7 @@
 
 namespace qzlog {
 
-/// Cuts a stream of bytes into lines, in memory that does not grow with their number.
+/// Cuts bytes into lines: a stream, in memory that does not grow with their number, or what is in memory anyway.
 class LineCutter {
  public:
   struct Line {
@@ -27,6 +27,8 @@ class LineCutter {
   /// `source` has to outlive this object. Takes no memory.
   explicit LineCutter(qz_LOG_ByteSource& source, std::size_t maximum_line_bytes = kMaximumLineBytes) noexcept
       : source_(&source), maximum_line_bytes_(maximum_line_bytes) {}
+  /// `bytes` have to stay where they are; all input is taken in.
+  explicit LineCutter(std::string_view bytes, std::size_t maximum_line_bytes = kMaximumLineBytes) noexcept;
 
   /// The next line that is already in memory. False when none is: call `fill`, unless `at_end`.
   bool next(Line& line);
@@ -43,15 +45,16 @@ class LineCutter {
   void skip_byte_order_mark();
   void make_room();
 
-  qz_LOG_ByteSource* source_;
+  qz_LOG_ByteSource* source_ = nullptr;  // null for bytes in memory
   std::size_t maximum_line_bytes_;
   std::size_t capacity_ = 0;
   std::unique_ptr<char[]> buffer_;
-  std::size_t begin_ = 0;    // the first byte not given out yet
-  std::size_t scanned_ = 0;  // no line feed stands between begin_ and here
+  const char* text_ = nullptr;  // the buffer, or the bytes in memory
+  std::size_t begin_ = 0;       // the first byte not given out yet
+  std::size_t scanned_ = 0;     // no line feed stands between begin_ and here
   std::size_t end_ = 0;
   std::uint64_t line_number_ = 0;
-  std::uint64_t offset_ = 0;       // of the buffer's first byte
+  std::uint64_t offset_ = 0;       // of the text's first byte
   std::uint64_t line_offset_ = 0;  // of the line that is too long
   bool at_start_ = true;           // a byte order mark may follow
   bool at_end_ = false;

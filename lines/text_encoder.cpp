@@ -1,5 +1,7 @@
 #include "lines/text_encoder.h"
 
+#include <cstring>
+
 #include "lines/stored_code_page.h"
 #include "message/code_page.h"
 
@@ -7,7 +9,7 @@ namespace qzlog {
 
 void TextEncoder::update() {
   const char* const name = stored_code_page_name();
-  if (name_ == name) return;
+  if (std::strcmp(name_.c_str(), name) == 0) return;
   name_ = name;
   is_utf8_ = qzlog::is_utf8(name);
 }

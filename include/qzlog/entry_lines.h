@@ -158,7 +158,7 @@ class QZLOG_EXPORT qz_LOG_EntryReader {
   /// for. `file_name` (null: "") is what errors call it.
   static qz_LOG_EntryReader FromDescriptor(int descriptor, const char* file_name,
                                            qz_LOG_LineErrorHandler* handler = nullptr);
-  /// From `size` bytes at `bytes`, which have to stay. Null is allowed with a size of 0.
+  /// From `size` bytes at `bytes`, which are read where they are and have to stay. Null is allowed with a size of 0.
   static qz_LOG_EntryReader FromMemory(const void* bytes, unsigned long size,
                                        qz_LOG_LineErrorHandler* handler = nullptr);
   /// From a source of the caller's, which has to outlive the reader.

@@ -4,18 +4,30 @@
 #include <string>
 #include <vector>
 
-#include "lines/byte_source.h"
 #include "tests/support/seeded_random.h"
 
 namespace {
 
 using qzlog::LineCutter;
-using qzlog::MemorySource;
+
+using Lines = std::vector<std::string>;
+
+class TextSource : public qz_LOG_ByteSource {
+ public:
+  explicit TextSource(std::string_view bytes) : bytes_(bytes) {}
+  std::size_t Read(char* buffer, std::size_t size) override {
+    const std::size_t count = bytes_.copy(buffer, size);
+    bytes_.remove_prefix(count);
+    return count;
+  }
+
+ private:
+  std::string_view bytes_;  // still to be read
+};
 
 // One text per line: its number, a colon and the line, or "too long".
-std::vector<std::string> read_all(qz_LOG_ByteSource& source, std::size_t maximum_line_bytes) {
-  LineCutter reader(source, maximum_line_bytes);
-  std::vector<std::string> lines;
+Lines read_all(LineCutter reader) {
+  Lines lines;
   LineCutter::Line line;
   for (;;) {
     while (reader.next(line)) {
@@ -26,10 +38,13 @@ std::vector<std::string> read_all(qz_LOG_ByteSource& source, std::size_t maximum
   }
 }
 
-std::vector<std::string> lines_of(std::string_view content,
-                                  std::size_t maximum_line_bytes = LineCutter::kMaximumLineBytes) {
-  MemorySource source(content);
-  return read_all(source, maximum_line_bytes);
+/// Of a stream, and of the same bytes in a block of their own.
+Lines lines_of(std::string_view content, std::size_t maximum_line_bytes = LineCutter::kMaximumLineBytes) {
+  TextSource source(content);
+  Lines lines = read_all(LineCutter(source, maximum_line_bytes));
+  const std::vector<char> block(content.begin(), content.end());
+  EXPECT_EQ(read_all(LineCutter(std::string_view(block.data(), block.size()), maximum_line_bytes)), lines);
+  return lines;
 }
 
 /// Gives out one byte at a time.
@@ -39,10 +54,8 @@ class SlowSource : public qz_LOG_ByteSource {
   std::size_t Read(char* buffer, std::size_t) override { return bytes_.Read(buffer, 1); }
 
  private:
-  MemorySource bytes_;
+  TextSource bytes_;
 };
-
-using Lines = std::vector<std::string>;
 
 TEST(LineCutter, EmptyInput_HasNoLine) { EXPECT_EQ(lines_of(""), Lines{}); }
 
@@ -89,7 +102,7 @@ TEST(LineCutter, ByteOrderMarkInPieces_IsSkipped) {
   SlowSource source(
       "\xEF\xBB\xBF"
       "a\nb");
-  EXPECT_EQ(read_all(source, LineCutter::kMaximumLineBytes), (Lines{"1:a", "2:b"}));
+  EXPECT_EQ(read_all(LineCutter(source)), (Lines{"1:a", "2:b"}));
 }
 
 TEST(LineCutter, Offsets_AreThoseOfTheFile) {
@@ -163,7 +176,7 @@ TEST(LineCutter, RandomContent_EqualsThePlainAlgorithm) {
     const std::size_t maximum = 1 + random.below(40);
     ASSERT_EQ(lines_of(content, maximum), simple_lines(content, maximum)) << content << " maximum " << maximum;
     SlowSource slow(content);
-    ASSERT_EQ(read_all(slow, maximum), simple_lines(content, maximum)) << content << " maximum " << maximum;
+    ASSERT_EQ(read_all(LineCutter(slow, maximum)), simple_lines(content, maximum)) << content << " maximum " << maximum;
   }
 }
 

@@ -2,33 +2,11 @@
 
 #include <unistd.h>
 
-#include <algorithm>
-#include <cstring>
-
 #include "qzlog/entry_lines.h"
 #include "tools/system/terminal.h"
 #include "tools/system/terminal_text.h"
 
 namespace qzlog_tool {
-
-namespace {
-
-class BlockSource : public qz_LOG_ByteSource {
- public:
-  explicit BlockSource(std::string_view bytes) : bytes_(bytes) {}
-
-  std::size_t Read(char* buffer, std::size_t size) override {
-    const std::size_t count = std::min(size, bytes_.size());
-    std::memcpy(buffer, bytes_.data(), count);
-    bytes_.remove_prefix(count);
-    return count;
-  }
-
- private:
-  std::string_view bytes_;  // still to be read
-};
-
-}  // namespace
 
 BlockRendering::BlockRendering(const BlockOptions& options)
     : output_(TextBytes::kUtf8, is_escaped(STDOUT_FILENO)), times_(make_times(options.shown)) {
@@ -48,9 +26,8 @@ BlockRendering::BlockRendering(const BlockOptions& options)
 void BlockRendering::render(const LineBlock& block, RenderedBlock& result) {
   result.failure = nullptr;
   try {
-    BlockSource source(block.bytes());
-    qz_LOG_EntryReader reader = qz_LOG_EntryReader::FromSource(source, block.file->c_str(), &*rendering_);
-    rendering_->render_part(reader, block.lines_before);
+    qz_LOG_EntryReader reader = qz_LOG_EntryReader::FromMemory(block.room.data(), block.size, &*rendering_);
+    rendering_->render_part(reader, block.file->c_str(), block.lines_before);
   } catch (...) {
     result.failure = std::current_exception();
   }

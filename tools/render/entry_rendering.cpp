@@ -42,7 +42,10 @@ void EntryRendering::report_abort() {
 
 ErrorLine EntryRendering::place() const {
   ErrorLine line = ErrorLine::of(line_);
-  line.number += lines_before_;
+  if (part_file_ != nullptr) {
+    line.file = part_file_;
+    line.number += lines_before_;
+  }
   if (place_in_log_ != nullptr) {
     line.file = *place_in_log_->file;
     line.number = place_in_log_->line;
@@ -56,12 +59,12 @@ inline void EntryRendering::show(std::string_view message) {
   if (place_in_log_ != nullptr) {
     return parts_.shown->write({line_, message, place_in_log_->file->c_str(), place_in_log_->line});
   }
-  if (lines_before_ == 0) return parts_.shown->write({line_, message});
-  parts_.shown->write({line_, message, line_.GetFile(), line_.GetLine() + lines_before_});
+  if (part_file_ == nullptr) return parts_.shown->write({line_, message});
+  parts_.shown->write({line_, message, part_file_, line_.GetLine() + lines_before_});
 }
 
-inline void EntryRendering::show_line() {
-  if (!is_entry(line_)) return show(renderer_.tell_loss(line_));
+inline void EntryRendering::show_line(bool has_entry) {
+  if (!has_entry) return show(renderer_.tell_loss(line_));
   try {
     const std::string_view message = needs_messages_ ? renderer_.render(line_) : std::string_view();
     counts_.has_shown = true;
@@ -77,8 +80,8 @@ inline void EntryRendering::show_line() {
 
 // Asked behind the choice, which leaves out some lines before they are read: what is counted is then the same however
 // much bytes tell.
-inline bool EntryRendering::passes_filter() {
-  if (!is_entry(line_)) return true;
+inline bool EntryRendering::passes_filter(bool has_entry) {
+  if (!has_entry) return true;
   ++counts_.entries;
   if (parts_.filter == nullptr || parts_.filter->lets_through(line_.GetEntry())) return true;
   ++counts_.refused;
@@ -88,10 +91,11 @@ inline bool EntryRendering::passes_filter() {
 inline void EntryRendering::take_line() {
   if (parts_.gaps != nullptr) check_number();
   if (parts_.choice != nullptr && !parts_.choice->wants(line_)) return;
-  if (!passes_filter()) return;
+  const bool has_entry = is_entry(line_);
+  if (!passes_filter(has_entry)) return;
   if (parts_.choice != nullptr) parts_.choice->count();
   if (parts_.tail != nullptr) return parts_.tail->add(line_);
-  show_line();
+  show_line(has_entry);
 }
 
 // Numbers are those of all lines.
@@ -116,8 +120,9 @@ void EntryRendering::take_lines(Reader& reader) {
   }
 }
 
-void EntryRendering::render_part(qz_LOG_EntryReader& reader, std::uint64_t lines_before) {
+void EntryRendering::render_part(qz_LOG_EntryReader& reader, const char* file, std::uint64_t lines_before) {
   const MemoryErrors errors_of_lines;
+  part_file_ = file;
   lines_before_ = lines_before;
   reader.SetLineChoice(line_choice());
   while (reader.Next(line_)) take_line();
@@ -139,7 +144,7 @@ void EntryRendering::catch_up() {
     reader.SetLineChoice(definitions.line_choice());
     while (reader.Next(line_)) {
       place_in_log_ = &tail.place(line_.GetLine());
-      show_line();
+      show_line(is_entry(line_));
     }
     place_in_log_ = nullptr;
   }
@@ -148,7 +153,8 @@ void EntryRendering::catch_up() {
 
 void EntryRendering::TakeLineError(const qz_LOG_LineError& error) {
   ++counts_.unread;
-  const ErrorLine line = {error.file, error.line + lines_before_, {error.source, error.source_length}};
+  const char* const file = part_file_ != nullptr ? part_file_ : error.file;
+  const ErrorLine line = {file, error.line + lines_before_, {error.source, error.source_length}};
   reporter_.report(line, qzlog_compiler::AnyRule(reader_rule(error.rule)), error.text);
   if (parts_.gaps == nullptr) return;
   const std::optional<LineMembers> members = read_line_members(line.text);

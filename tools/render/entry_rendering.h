@@ -55,9 +55,9 @@ class EntryRendering : public qz_LOG_LineErrorHandler {
   void render(qz_LOG_EntryReader& reader);
   /// The same for logs that are read with line_choice() and use_definitions.
   void render(MergedLogs& logs);
-  /// The same for a part of a log, read with a reader of its own: `lines_before` is what its numbers lack. Of what is
-  /// asked for beside a presentation, the choice and the filter are allowed.
-  void render_part(qz_LOG_EntryReader& reader, std::uint64_t lines_before);
+  /// The same for a part of the log `file`, read with a reader of its own from memory: `lines_before` is what its
+  /// numbers lack. Of what is asked for beside a presentation, the choice and the filter are allowed.
+  void render_part(qz_LOG_EntryReader& reader, const char* file, std::uint64_t lines_before);
   void TakeLineError(const qz_LOG_LineError& error) override;
 
   /// Decides on lines by their bytes; may be null.
@@ -95,8 +95,8 @@ class EntryRendering : public qz_LOG_LineErrorHandler {
   template <typename Reader>
   void take_lines(Reader& reader);
   void take_line();
-  bool passes_filter();
-  void show_line();
+  bool passes_filter(bool has_entry);
+  void show_line(bool has_entry);
   void show(std::string_view message);
   void check_number();
   void check_number(std::string_view writer, std::uint64_t seq, const ErrorLine& line);
@@ -110,7 +110,8 @@ class EntryRendering : public qz_LOG_LineErrorHandler {
   std::function<void()> on_no_memory_;
   const LineTail::Place* place_in_log_ = nullptr;  // of a line that is read from the tail
   std::uint64_t lines_ = 0;
-  std::uint64_t lines_before_ = 0;  // the part of a log that is read
+  const char* part_file_ = nullptr;  // of a part of a log that is read
+  std::uint64_t lines_before_ = 0;   // that part
   RenderedCounts counts_;
   std::uint64_t numbers_ = 0;  // that were reported as missing or doubled
 };

@@ -88,9 +88,13 @@ void RenderingJobs::abort_item(Worker& worker, Item& item) {
 }
 
 void RenderingJobs::mark_done(Item& item) {
-  const std::lock_guard<std::mutex> lock(mutex_);
-  item.is_done = true;
-  item_is_done_.notify_one();
+  bool is_awaited = false;
+  {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    item.is_done = true;
+    is_awaited = awaited_ == &item;
+  }
+  if (is_awaited) item_is_done_.notify_one();
 }
 
 void RenderingJobs::read(LogInput& input) {
@@ -113,9 +117,13 @@ void RenderingJobs::finish() {
   while (!items_.empty()) put_out_first();
 }
 
-std::unique_ptr<RenderingJobs::Item> RenderingJobs::empty_item() {
+bool RenderingJobs::is_full() const {
   const std::size_t most = kBlocksOfThread * workers_.size();
-  while (items_.size() >= most || bytes_ > most * LineBlock::kUsualBytes) put_out_first();
+  return items_.size() >= most || bytes_ > most * LineBlock::kUsualBytes;
+}
+
+std::unique_ptr<RenderingJobs::Item> RenderingJobs::empty_item() {
+  while (is_full()) put_out_done();
   if (empty_items_.empty()) return std::make_unique<Item>();
   std::unique_ptr<Item> item = std::move(empty_items_.back());
   empty_items_.pop_back();
@@ -132,13 +140,25 @@ void RenderingJobs::submit(std::unique_ptr<Item> item) {
   item_is_there_.notify_one();
 }
 
+void RenderingJobs::wait_for(const Item& item) {
+  std::unique_lock<std::mutex> lock(mutex_);
+  awaited_ = &item;
+  item_is_done_.wait(lock, [&item] { return item.is_done; });
+  awaited_ = nullptr;
+}
+
+/// Several at once: a thread that renders makes way each time that this one goes on. As many are left as keep the
+/// others busy meanwhile.
+void RenderingJobs::put_out_done() {
+  const std::size_t count = (items_.size() + 1) / 2;
+  wait_for(*items_[count - 1]);
+  for (std::size_t i = 0; i < count; ++i) put_out_first();
+}
+
 void RenderingJobs::put_out_first() {
   Item& item = *items_.front();
-  {
-    std::unique_lock<std::mutex> lock(mutex_);
-    item_is_done_.wait(lock, [&item] { return item.is_done; });
-    item.is_done = false;
-  }
+  wait_for(item);
+  item.is_done = false;
   put_out(item);
   bytes_ -= item.block.room.size();
   if (item.block.room.size() + item.result.output.capacity() > kMostKeptBytes) item = Item();

@@ -66,8 +66,11 @@ class RenderingJobs {
   void abort_item(Worker& worker, Item& item);
   void mark_done(Item& item);
 
+  bool is_full() const;
   std::unique_ptr<Item> empty_item();
   void submit(std::unique_ptr<Item> item);
+  void wait_for(const Item& item);
+  void put_out_done();
   void put_out_first();
   void put_out(Item& item);
 
@@ -82,7 +85,8 @@ class RenderingJobs {
   std::condition_variable item_is_there_;
   std::condition_variable item_is_done_;
   std::condition_variable worker_has_ended_;
-  std::deque<Item*> waiting_;  // for a thread
+  std::deque<Item*> waiting_;      // for a thread
+  const Item* awaited_ = nullptr;  // by the calling thread
   bool is_ending_ = false;
 };
 
