@@ -23,7 +23,10 @@ unsigned bits_of(unsigned power_of_two) {
 }  // namespace
 
 void CachedDefinitions::add(_qz_LOG_log_definition* definition) {
-  if (cells_ == nullptr) make_cells();
+  if (cells_ == nullptr) {
+    cells_.reset(new_array<Cell>(kFewestCells));
+    set_cell_count(kFewestCells);
+  }
   const unsigned former = cell_of(definition->get_entry_id());
   if (cells_[former].definition != nullptr) drop_kept(former);
   if (2 * (used_cells_ + 1) > cell_count_) grow();
@@ -36,6 +39,7 @@ void CachedDefinitions::add(_qz_LOG_log_definition* definition) {
 }
 
 void CachedDefinitions::revive(_qz_LOG_log_definition* kept) {
+  kept->prefetch_lists();
   kept_bytes_ -= kept->kept_bytes();
   take_place(kept);
 }
@@ -100,10 +104,9 @@ void CachedDefinitions::free_cell(unsigned cell) {
   --used_cells_;
 }
 
-void CachedDefinitions::make_cells() {
-  cells_.reset(new_array<Cell>(kFewestCells));
-  cell_count_ = kFewestCells;
-  shift_ = kHashBits - bits_of(cell_count_);
+void CachedDefinitions::set_cell_count(unsigned count) {
+  cell_count_ = count;
+  shift_ = kHashBits - bits_of(count / kCellsOfGroup);
 }
 
 /// Without memory the cells stay as they are.
@@ -113,8 +116,7 @@ void CachedDefinitions::grow() noexcept {
   std::unique_ptr<Cell[]> former(new (std::nothrow) Cell[2 * former_count]);
   if (former == nullptr) return;
   std::swap(cells_, former);
-  cell_count_ = 2 * former_count;
-  shift_ = kHashBits - bits_of(cell_count_);
+  set_cell_count(2 * former_count);
   hand_ = 0;
   for (unsigned i = 0; i < former_count; ++i) {
     if (former[i].definition != nullptr) cells_[cell_of(former[i].entry_id)] = former[i];

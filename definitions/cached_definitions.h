@@ -6,6 +6,7 @@
 
 #include "definitions/ldf_def.h"
 #include "foundation/no_copies.h"
+#include "foundation/prefetch.h"
 #include "qzlog/definition_cache.h"
 
 namespace qzlog {
@@ -59,12 +60,20 @@ class CachedDefinitions : public qz_UTIL_no_inadvertant_copies {
     _qz_LOG_log_definition* definition = nullptr;  // null in a free cell
   };
   static constexpr unsigned kFewestCells = 2 * kCacheSize;
+  static constexpr unsigned kCellsOfGroup = kCacheLine / sizeof(Cell);
 
   _qz_LOG_log_definition* find_any(unsigned int entry_id) const {
-    return cells_ != nullptr ? cells_[cell_of(entry_id)].definition : nullptr;
+    if (cells_ == nullptr) return nullptr;
+    _qz_LOG_log_definition* const found = cells_[cell_of(entry_id)].definition;
+    prefetch(found, sizeof *found);
+    return found;
   }
-  /// Where an ID belongs at first. Multiplied, so that IDs in a row do not fill a run of cells.
-  unsigned first_cell_of(unsigned int entry_id) const { return (entry_id * 0x9E3779B1U) >> shift_; }
+  /// Where an ID belongs at first. A few in a row share a line of memory, which is read once when they come in turn;
+  /// multiplied, so that many in a row do not fill a run of cells.
+  unsigned first_cell_of(unsigned int entry_id) const {
+    const unsigned group = (entry_id / kCellsOfGroup * 0x9E3779B1U) >> shift_;
+    return group * kCellsOfGroup + entry_id % kCellsOfGroup;
+  }
   /// The cell of an ID, else the free one where it belongs.
   unsigned cell_of(unsigned int entry_id) const {
     unsigned cell = first_cell_of(entry_id);
@@ -72,7 +81,7 @@ class CachedDefinitions : public qz_UTIL_no_inadvertant_copies {
     return cell;
   }
   unsigned next(unsigned cell) const { return (cell + 1) & (cell_count_ - 1); }
-  void make_cells();
+  void set_cell_count(unsigned count);
   void grow() noexcept;
   void take_place(_qz_LOG_log_definition* definition);
   void evict(_qz_LOG_log_definition* definition);
@@ -83,7 +92,7 @@ class CachedDefinitions : public qz_UTIL_no_inadvertant_copies {
   const _qz_LOG_log_definition_tbl* table_;
   std::unique_ptr<Cell[]> cells_;  // of what is cached and what is kept; null before the first one
   unsigned cell_count_ = 0;        // a power of two; half of them are free while there is memory for that
-  unsigned shift_ = 0;
+  unsigned shift_ = 0;             // leaves the number of a group of a product
   unsigned used_cells_ = 0;
   unsigned hand_ = 0;  // the cell that is looked at next when something has to go
   std::size_t kept_bytes_ = 0;

@@ -11,6 +11,7 @@
 #include "foundation/allocate.h"
 #include "foundation/hashing.h"
 #include "foundation/never_destroyed.h"
+#include "foundation/prefetch.h"
 
 using namespace qzlog;
 
@@ -96,6 +97,9 @@ std::size_t text_bytes(const char* text) { return text != nullptr ? block_bytes(
 std::uint32_t in_32_bits(std::size_t bytes) {
   return static_cast<std::uint32_t>(std::min<std::size_t>(bytes, std::numeric_limits<std::uint32_t>::max()));
 }
+
+// They lie side by side mostly.
+constexpr unsigned char kPrefetchedAttributes = 10;
 
 const char* text_or_empty(const char* text) { return text == nullptr ? "" : text; }
 
@@ -285,6 +289,18 @@ void _qz_LOG_log_definition::clear_attr_info() {
   destroy_list(attributes_, attribute_count_);
   attribute_index_.clear();
   destroy_list(selector_messages_, selector_message_count_);
+}
+
+void _qz_LOG_log_definition::prefetch_lists() const {
+  prefetch(attributes_, attribute_count_ * sizeof(void*));
+  default_msg_text_.prefetch_prepared();
+}
+
+void _qz_LOG_log_definition::prefetch_items() const {
+  for (unsigned i = 0; i < std::min(attribute_count_, kPrefetchedAttributes); ++i) {
+    prefetch(attributes_[i], sizeof(_qz_LOG_attribute_entry));
+  }
+  default_msg_text_.prefetch_prepared_parts();
 }
 
 void _qz_LOG_log_definition::set_kept_bytes(std::size_t bytes) { kept_bytes_ = in_32_bits(bytes); }

@@ -203,6 +203,11 @@ class _qz_LOG_log_definition : public qz_UTIL_no_inadvertant_copies {
   /// What it takes of the process's memory, with what was prepared from its texts.
   std::size_t memory_bytes() const;
 
+  /// Of a definition that was not used for long, asks for what an entry reads beside it; then, when that is there, for
+  /// what it refers to.
+  void prefetch_lists() const;
+  void prefetch_items() const;
+
   void add_reference() { references_.fetch_add(1, std::memory_order_relaxed); }
   /// Gives up a reference; the last one destroys the definition.
   void release();

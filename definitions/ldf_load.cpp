@@ -66,6 +66,7 @@ DefinitionRef _qz_LOG_log_definition_tbl::acquire_entry(unsigned int entry_id) c
 DefinitionHoldRef _qz_LOG_log_definition_tbl::hold_afresh(unsigned int entry_id) const {
   DefinitionRef definition = acquire_entry(entry_id);
   if (!definition) return {};
+  definition->prefetch_items();
   return with_thread_instance<ThreadHolds>(
       [&](ThreadHolds& holds) { return holds.keep(entry_id, std::move(definition)); });
 }

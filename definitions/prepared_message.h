@@ -8,6 +8,7 @@
 #include "foundation/counted_ref.h"
 #include "foundation/no_copies.h"
 #include "foundation/owned_text.h"
+#include "foundation/prefetch.h"
 
 namespace qzlog {
 
@@ -17,6 +18,8 @@ class PreparedMessage : public qz_UTIL_no_inadvertant_copies {
  public:
   /// What it takes of the process's memory.
   std::size_t memory_bytes() const { return memory_bytes_; }
+  /// Asks for what rendering reads beside the object itself.
+  virtual void prefetch_parts() const = 0;
 
   void add_reference() const { references_.fetch_add(1, std::memory_order_relaxed); }
   /// Gives up a reference; the last one destroys the object.
@@ -62,6 +65,18 @@ class DefinitionMessage : public qz_UTIL_no_inadvertant_copies {
     const PreparedMessage* kept = nullptr;
     if (!slot(path).compare_exchange_strong(kept, prepared.get(), std::memory_order_acq_rel)) return *kept;
     return *prepared.take();
+  }
+  /// Asks for the prepared forms, for who is to render soon; then, when these are there, for what they refer to.
+  void prefetch_prepared() const {
+    constexpr std::size_t kObjectBytes = 4 * kCacheLine;
+    for (const MessagePath path : {MessagePath::kNarrow, MessagePath::kIcu}) {
+      if (const PreparedMessage* const prepared = find_prepared(path)) prefetch(prepared, kObjectBytes);
+    }
+  }
+  void prefetch_prepared_parts() const {
+    for (const MessagePath path : {MessagePath::kNarrow, MessagePath::kIcu}) {
+      if (const PreparedMessage* const prepared = find_prepared(path)) prepared->prefetch_parts();
+    }
   }
   /// What the prepared forms take of the process's memory.
   std::size_t prepared_bytes() const {

@@ -39,6 +39,11 @@ class IcuTemplate : public PreparedMessage {
 
   IcuTemplate(const icu::UnicodeString& text, const _qz_LOG_log_definition& definition);
 
+  void prefetch_parts() const override {
+    pieces_.prefetch_parts();
+    prefetch(parts_.data(), parts_.size() * sizeof(Part));
+    prefetch(literals_.data(), literals_.size());
+  }
   /// Never the same for two templates of a process.
   std::uint64_t serial() const { return serial_; }
   const TemplatePieces& pieces() const { return pieces_; }

@@ -148,6 +148,7 @@ class NarrowTemplate : public PreparedMessage {
       : pieces_(tokens, TemplatePieces::Texts::kNarrow, definition) {
     set_memory_bytes(block_bytes(sizeof *this) + pieces_.memory_bytes());
   }
+  void prefetch_parts() const override { pieces_.prefetch_parts(); }
   const TemplatePieces& pieces() const { return pieces_; }
 
  private:

@@ -6,6 +6,7 @@
 
 #include "definitions/attribute_name.h"
 #include "definitions/ldf_def.h"
+#include "foundation/prefetch.h"
 #include "message/format_types.h"
 #include "message/logmsg_tokens.h"
 
@@ -70,6 +71,11 @@ class TemplatePieces {
   std::vector<TemplatePiece>::const_iterator end() const { return pieces_.end(); }
   /// Whether the pieces look for attributes where this definition has them.
   bool fits(const _qz_LOG_log_definition& definition) const;
+  /// Asks for what rendering reads, see PreparedMessage.
+  void prefetch_parts() const {
+    prefetch(pieces_.data(), pieces_.size() * sizeof(TemplatePiece));
+    prefetch(texts_.get(), text_bytes_);
+  }
   /// What they take of the heap.
   std::size_t memory_bytes() const;
 
