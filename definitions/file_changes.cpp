@@ -7,8 +7,9 @@ namespace qzlog {
 namespace {
 
 constexpr std::int64_t kNanoseconds = 1'000'000'000;
-// Longer than a file system takes the same time for two writes.
+// Longer than a file system takes the same time for two writes: where it tells full seconds alone, up to two of them.
 constexpr std::int64_t kYoung = 50'000'000;
+constexpr std::int64_t kYoungInSeconds = 3 * kNanoseconds;
 
 std::int64_t in_nanoseconds(const std::timespec& time) {
   return std::int64_t{time.tv_sec} * kNanoseconds + time.tv_nsec;
@@ -22,7 +23,8 @@ std::int64_t coarse_time(clockid_t clock) {
 
 bool is_young(const struct stat& status) {
   const std::int64_t age = coarse_time(CLOCK_REALTIME_COARSE) - in_nanoseconds(status.st_ctim);
-  return age < kYoung && age > -kYoung;
+  const std::int64_t young = status.st_ctim.tv_nsec == 0 ? kYoungInSeconds : kYoung;
+  return age < young && age > -young;
 }
 
 bool are_alike(const struct stat& one, const struct stat& other) {
