@@ -28,16 +28,6 @@ unsigned pairs_between(unsigned map_offset, std::FILE* file) {
   return static_cast<unsigned>(std::clamp(pairs, 0LL, static_cast<long long>(UINT_MAX)));
 }
 
-/// While an auxiliary file is loaded the records of IDs change: what was read before and is read meanwhile is not kept.
-class DistrustedRecords : public qz_UTIL_no_inadvertant_copies {
- public:
-  explicit DistrustedRecords(CachedDefinitions& definitions) : definitions_(definitions) { definitions_.distrust(); }
-  ~DistrustedRecords() { definitions_.distrust(); }
-
- private:
-  CachedDefinitions& definitions_;
-};
-
 }  // namespace
 
 _qz_LOG_log_definition_tbl::_qz_LOG_log_definition_tbl() : index_(kIndexSize), lock_(nullptr) {}
@@ -145,7 +135,8 @@ DefinitionStream _qz_LOG_log_definition_tbl::_set_definition_file_path(const cha
     load_entry_map(file.get(), header, false);
     return file;
   }
-  const DistrustedRecords distrusted(definitions_);
+  // Records of IDs that a former one had are sought in this one.
+  definitions_.distrust();
   aux_file_ = std::move(file);
   load_entry_map(aux_file_.get(), header, true);
   return {};
@@ -173,7 +164,10 @@ bool _qz_LOG_log_definition_tbl::index_entry(unsigned int entry_id, unsigned int
   const bool looked_up = may_be_known(entry_id, is_aux);
   const DefinitionRef known = looked_up ? _find_entry_non_const(entry_id) : DefinitionRef();
   index_.put(entry_id, {is_aux, offset});
-  if (is_aux && known) _retrieve_entry_definition(entry_id, *known.get(), file);
+  if (is_aux && known) {
+    known->note_change();  // even when the record cannot be merged
+    _retrieve_entry_definition(entry_id, *known.get(), file);
+  }
   return looked_up;
 }
 

@@ -221,9 +221,9 @@ class LdfKept : public TableTest {
     for (unsigned id = first; id <= last; ++id) at(id);
   }
   /// Waits until the file is old enough to be trusted.
-  void let_file_age() const {
+  void let_file_age(const char* name = "std.ldf") const {
     struct stat status {};
-    ASSERT_EQ(stat(folder_.path("std.ldf").c_str(), &status), 0);
+    ASSERT_EQ(stat(folder_.path(name).c_str(), &status), 0);
     std::timespec now = {};
     do {
       clock_gettime(CLOCK_REALTIME, &now);
@@ -292,6 +292,19 @@ TEST_F(LdfKept, FileOverwritten_NewBytesFromTheNextTickOn) {
   EXPECT_EQ(default_message(at(300)), "MSG_300|entry 300 of %s%user%");
 }
 
+TEST_F(LdfKept, FileOverwrittenWhileDefinitionsAreCached_ReadAgainWhenTheyWereReplaced) {
+  let_file_age();
+  look_up(1, 100);
+  overwrite("entry 1 of ", "ENTRY 1 OF ");
+  wait_for_the_next_tick();
+  EXPECT_EQ(default_message(at(1)), "MSG_1|entry 1 of %s%user%");
+  at(101);  // notices it
+  let_file_age();
+  wait_for_the_next_tick();
+  look_up(102, 300);
+  EXPECT_EQ(default_message(at(1)), "MSG_1|ENTRY 1 OF %s%user%");
+}
+
 TEST_F(LdfKept, FileOverwrittenWhileItIsYoung_NewBytesAtOnce) {
   look_up(1, 200);
   overwrite("entry 1 of ", "ENTRY 1 OF ");
@@ -325,6 +338,58 @@ TEST_F(LdfKept, SecondAuxFile_RecordsOfTheFirstNotKept) {
   look_up(1, 300);
   EXPECT_EQ(at(1000).get_entry_word(), 3U);
   EXPECT_STREQ(at(1001).get_version_tag(), "two");
+}
+
+TEST_F(LdfKept, AuxFileThatCannotBeMerged_ItsRecordAloneOnceTheOtherWasReplaced) {
+  LdfFile standard = {.tag = "std", .entries = numbered_entries(1, 400)};
+  standard.entries[0].attributes = {{"kind", TypeUInt4}};
+  standard.entries[0].selector = "kind";
+  const LdfEntry other = {.id = 1, .selector = "other", .attributes = {{"other", TypeUInt4}}};
+  for (const std::size_t memory : {std::size_t{0}, std::size_t{1} << 20}) {
+    const DefinitionMemoryLimit limit(memory);
+    set_std(standard);
+    const std::string aux = folder_.write("old.ldf", LdfFile{.tag = "aux", .entries = {other}}.bytes());
+    let_file_age("old.ldf");
+    EXPECT_NE(thrown_by([&] { table_.set_precompiled_aux_definition_file_path(aux.c_str()); }), "nothing");
+    EXPECT_STREQ(at(1).get_version_tag(), "std");
+    look_up(2, 300);
+    EXPECT_STREQ(at(1).get_version_tag(), "aux");
+  }
+}
+
+TEST_F(LdfKept, SecondAuxFileThatBreaksOff_IdsOfTheFirstAreUnknown) {
+  for (const std::size_t memory : {std::size_t{0}, std::size_t{1} << 20}) {
+    const DefinitionMemoryLimit limit(memory);
+    set_std({.tag = "std", .entries = numbered_entries(1, 400)});
+    set_aux({.tag = "one", .entries = {{.id = 1000}}});
+    let_file_age("aux.ldf");
+    at(1000);
+    const std::string second = LdfFile{.tag = "two", .entries = {{.id = 2000}}, .region_order = "grm"}.bytes();
+    EXPECT_NE(thrown_by([&] { set_aux_bytes(second.substr(0, second.size() - 2)); }), "nothing");
+    at(1000);
+    look_up(1, 300);
+    EXPECT_EQ(table_.find_entry(1000), nullptr);
+  }
+}
+
+TEST_F(LdfKept, IdOfTheFirstAuxFileAlone_SoughtAtItsPlaceInTheSecond) {
+  Texts thrown;
+  for (const std::size_t memory : {std::size_t{0}, std::size_t{1} << 20}) {
+    const DefinitionMemoryLimit limit(memory);
+    set_std({.tag = "std", .entries = numbered_entries(1, 400)});
+    set_aux({.tag = "one", .entries = {{.id = 1000, .word = 1}}});
+    EXPECT_EQ(at(1000).get_entry_word(), 1U);
+    let_file_age("aux.ldf");
+    set_aux({.tag = "two", .entries = {{.id = 2000, .word = 3}}});
+    at(2000);
+    let_file_age("aux.ldf");
+    wait_for_the_next_tick();
+    EXPECT_EQ(at(1000).get_entry_word(), 1U);
+    look_up(1, 300);
+    thrown.push_back(thrown_by([&] { at(1000); }));
+  }
+  EXPECT_NE(thrown[0].find("QZX_logging_invalid_definition"), std::string::npos) << thrown[0];
+  EXPECT_EQ(thrown[1], thrown[0]);
 }
 
 }  // namespace
