@@ -133,6 +133,7 @@ void qz_LOG_LogConfig::SetAuxDefinitionPath(const char* path) {
 const char* qz_LOG_LogConfig::GetAuxDefinitionPath() { return text_or_empty(*aux_definition_path); }
 
 void qz_LOG_LogConfig::SetDefinitionMemory(std::size_t bytes) {
+  const qz_THREAD_global_lock lock;
   DefinitionMemory::set_limit(bytes);
   definition_table->fit_memory();
   PreparedTexts::fit_memory();

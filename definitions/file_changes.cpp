@@ -39,9 +39,9 @@ bool FileChanges::may_have_changed() noexcept {
   if (tick == tick_) return is_doubtful_;
   tick_ = tick;
   struct stat now {};
-  const bool is_same = fstat(descriptor_, &now) == 0 && are_alike(now, seen_);
+  is_doubtful_ = fstat(descriptor_, &now) != 0 || is_young(now);
+  const bool is_same = are_alike(now, seen_);
   seen_ = now;
-  is_doubtful_ = is_young(now);
   return !is_same || is_doubtful_;
 }
 

@@ -10,7 +10,7 @@
 namespace qzlog {
 
 /// Whether an open file still is what was read of it. The file is looked at once in a tick of the system's clock, of a
-/// few milliseconds; within the tick the answer stays. For one thread at a time.
+/// few milliseconds. For one thread at a time.
 class FileChanges : public qz_UTIL_no_inadvertant_copies {
  public:
   /// The descriptor stays the caller's, open as long as this is used.
@@ -23,7 +23,7 @@ class FileChanges : public qz_UTIL_no_inadvertant_copies {
  private:
   int descriptor_;
   std::int64_t tick_ = -1;
-  bool is_doubtful_ = true;  // in this tick
+  bool is_doubtful_ = true;  // for the rest of this tick
   struct stat seen_ {};
 };
 

@@ -156,11 +156,12 @@ _qz_LOG_attribute_entry::_qz_LOG_attribute_entry(const char* name, const char* r
 void _qz_LOG_attribute_entry::set_name(const char* name) {
   name_ = KnownName::of(name);
   any_renamed_.store(true, std::memory_order_relaxed);
+  changes_.fetch_add(1, std::memory_order_relaxed);
 }
 
 void _qz_LOG_attribute_entry::set_redirection_name(const char* redirection_name) {
   redirection_name_ = duplicate_text(redirection_name);
-  any_redirected_.store(true, std::memory_order_relaxed);
+  changes_.fetch_add(1, std::memory_order_relaxed);
 }
 
 std::size_t _qz_LOG_attribute_entry::memory_bytes() const {
@@ -312,6 +313,7 @@ void _qz_LOG_log_definition::mark_as_read() {
   for (unsigned i = 0; i < attribute_count_; ++i) bytes += attributes_[i]->memory_bytes();
   for (unsigned i = 0; i < selector_message_count_; ++i) bytes += selector_messages_[i]->memory_bytes();
   read_bytes_ = in_32_bits(bytes);
+  attribute_changes_ = _qz_LOG_attribute_entry::changes();
   is_as_read_.store(true, std::memory_order_relaxed);
 }
 

@@ -37,13 +37,13 @@ class _qz_LOG_attribute_entry : public qz_UTIL_no_inadvertant_copies {
   }
   /// Whether any attribute was ever renamed: lists that hold it then know it under its former name.
   static bool any_renamed() { return any_renamed_.load(std::memory_order_relaxed); }
-  /// Whether any attribute is not what it was made as.
-  static bool any_changed() { return any_renamed() || any_redirected_.load(std::memory_order_relaxed); }
+  /// How often attributes were changed, modulo 2^32: none is another than it was while this stays.
+  static std::uint32_t changes() { return changes_.load(std::memory_order_relaxed); }
   std::size_t memory_bytes() const;
 
  private:
   static inline std::atomic<bool> any_renamed_{false};
-  static inline std::atomic<bool> any_redirected_{false};
+  static inline std::atomic<std::uint32_t> changes_{0};
 
   const qzlog::KnownName* name_;
   qzlog::OwnedText redirection_name_;
@@ -196,7 +196,7 @@ class _qz_LOG_log_definition : public qz_UTIL_no_inadvertant_copies {
 
   /// Whether it is what reading its record again would give: nothing was changed since mark_as_read().
   bool is_as_read() const {
-    return is_as_read_.load(std::memory_order_relaxed) && !_qz_LOG_attribute_entry::any_changed();
+    return is_as_read_.load(std::memory_order_relaxed) && attribute_changes_ == _qz_LOG_attribute_entry::changes();
   }
   /// For who knows that a record gives something else now.
   void note_change() { is_as_read_.store(false, std::memory_order_relaxed); }
@@ -267,6 +267,7 @@ class _qz_LOG_log_definition : public qz_UTIL_no_inadvertant_copies {
   qzlog::FileNamesRef auxiliary_names_;
   std::uint32_t read_bytes_ = 0;  // what it took when it was read
   std::uint32_t kept_bytes_ = 0;
+  std::uint32_t attribute_changes_ = 0;  // when it was read
   std::atomic<unsigned> references_{1};
   std::atomic<bool> is_as_read_{false};
   // Whether any global attribute is marked. Forgotten where they are changed.

@@ -232,9 +232,17 @@ void _qz_LOG_log_definition_tbl::notice_changed_files() {
   if (std_changed || aux_changed) definitions_.distrust();
 }
 
+/// Records are read once while what they say can be kept, and then seldom stand side by side.
+std::size_t _qz_LOG_log_definition_tbl::room_for_blocks() const {
+  return definitions_.has_dropped() ? DefinitionMemory::for_file() : 0;
+}
+
 void _qz_LOG_log_definition_tbl::fit_memory() {
   const qz_LOG_CWriterSentry writer(lock_);
   definitions_.fit_memory();
+  for (const DefinitionStream* const file : {&std_file_, &aux_file_}) {
+    if (file->get() != nullptr) file->blocks().set_room(room_for_blocks());
+  }
 }
 
 const _qz_LOG_log_definition_file_info_holder* _qz_LOG_log_definition_tbl::find_record(unsigned int entry_id) const {
@@ -256,8 +264,7 @@ bool _qz_LOG_log_definition_tbl::_retrieve_entry_definition(unsigned int entry_i
     QZ_DEBUG_RECORD(3, kSource, "%s:%d _qz_LOG_log_definition_tbl::_retrieve_entry_definition return false pfile=0\n");
     return false;
   }
-  // Records are read once while what they say can be kept, and then seldom stand side by side.
-  file.blocks().set_room(definitions_.has_dropped() ? DefinitionMemory::for_file() : 0);
+  file.blocks().set_room(room_for_blocks());
   read_definition(file, indexed->offset, entry_id, is_aux, def);
   def.set_version_tag(is_aux ? aux_tag_ : std_tag_);
   def.set_file_names(std_file_.names(), aux_file_.names());

@@ -72,7 +72,7 @@ class _qz_LOG_log_definition_tbl : public qz_UTIL_no_inadvertant_copies {
   /// Whether a file has names at all.
   bool has_event_names() const;
 
-  /// Keeps no more than is allowed now.
+  /// Keeps no more than is allowed now. Not while files are loaded or cleared.
   void fit_memory();
 
   /// Forgets both files, every definition and the index, but not the global attributes.

@@ -39,9 +39,9 @@ extern QZLOG_EXPORT int action_on_exceed QZLOG_SYMBOL(action_on_exceed);
 /// The process-wide settings, set once at start-up. There is nothing to initialise and nothing to shut down.
 ///
 /// Threads: the setters of paths, code page and locale and ClearDefinitions() exclude each other, but must not run
-/// while other threads use entries. The configuration source may be set and removed at any time, while others look up
-/// and filter. The flags (ICU, action, synchronization, count) may be read and written from any thread. A text returned
-/// by a getter lives until the setting is set again.
+/// while other threads use entries. SetDefinitionMemory may. The configuration source may be set and removed at any
+/// time, while others look up and filter. The flags (ICU, action, synchronization, count) may be read and written from
+/// any thread. A text returned by a getter lives until the setting is set again.
 ///
 /// Null where a text is wanted throws QZX_logging_illegal_argument "invalid argument" unless stated otherwise; running
 /// out of memory throws QZX_memory_alloc, and the setting concerned is then unset (a catalog counts as open, and
@@ -71,7 +71,7 @@ class QZLOG_EXPORT qz_LOG_LogConfig {
   static _qz_LOG_log_definition_tbl* GetDefinitionTable();
 
   /// Forgets both definition files, every definition and all global attributes. Entries keep the definitions they use,
-  /// and a thread keeps the memory of up to 192 that it used last until it uses others or ends. The names of attributes
+  /// and a thread keeps the memory of up to 128 that it used last until it uses others or ends. The names of attributes
   /// stay known to the process, each once.
   static void ClearDefinitions();
 
