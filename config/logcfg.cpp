@@ -34,6 +34,7 @@ constexpr unsigned kActions = 2;
 
 qz_SynchronizationLevelType synchronization_level = QZ_SYNCHRONIZATION_FLUSH;
 bool count_config_enabled = false;
+std::atomic<int> action_out_of_range{QZ_OUT_OF_RANGE_CUT};
 
 // Guarded by qz_THREAD_global_lock, like the definition table and the catalog while they are loaded.
 NeverDestroyed<OwnedText> definition_path;
@@ -96,6 +97,15 @@ void qz_LOG_LogConfig::SetActionAttrLenExceed(int action) {
 }
 
 int qz_LOG_LogConfig::GetActionAttrLenExceed() { return load_word(action_on_exceed); }
+
+void qz_LOG_LogConfig::SetActionOutOfRange(int action) {
+  if (action != QZ_OUT_OF_RANGE_CUT && action != QZ_OUT_OF_RANGE_REFUSE) {
+    throw QZX_logging_illegal_argument("The action when a value is out of range is invalid!\n", 0);
+  }
+  action_out_of_range.store(action, std::memory_order_relaxed);
+}
+
+int qz_LOG_LogConfig::GetActionOutOfRange() { return action_out_of_range.load(std::memory_order_relaxed); }
 
 _qz_LOG_log_definition_tbl* qz_LOG_LogConfig::GetDefinitionTable() { return definition_table.get(); }
 
@@ -180,6 +190,7 @@ void qz_LOG_LogConfig::SetConfigurationSource(const char* path, qz_Configuration
   }
   if (type != QZ_CONFIGURATION_FILE_MAY_BE_MISSING && !file_exists(path)) {
     QZ_DEBUG_RECORD(1, kSource, "%s:%d qz_LOG_LogConfig::SetConfigurationSource, invalid argument!\n");
+    QZ_DEBUG_RECORD(1, kSource, "%s:%d qz_LOG_LogConfig::SetConfigurationSource, there is no file %s!\n", path);
     throw_invalid_argument();
   }
   const qz_THREAD_global_lock lock;

@@ -21,13 +21,6 @@ int open_file(const char* path, int flags) {
   return static_cast<int>(uninterrupted([&] { return ssize_t{::open(path, flags | O_CLOEXEC, kAnyUser)}; }));
 }
 
-/// A missing file is made without a look whether it still is: another process may have made it, and counted, meanwhile.
-/// A file that is there is opened without leave to make it, which some systems refuse in folders that all users share.
-int open_for_update(const char* path) {
-  const int descriptor = open_file(path, O_RDWR);
-  return descriptor < 0 && errno == ENOENT ? open_file(path, O_RDWR | O_CREAT) : descriptor;
-}
-
 /// A pipe would wait for a writer. Of all others only a leased file heeds the flag: its lease has to be waited for.
 int open_for_reading(const char* path) {
   const int descriptor = open_file(path, O_RDONLY | O_NONBLOCK);
@@ -56,8 +49,15 @@ bool file_exists(const char* path) {
 
 }  // namespace
 
+/// A missing file is made without a look whether it still is: another process may have made it, and counted, meanwhile.
+/// A file that is there is opened without leave to make it, which some systems refuse in folders that all users share.
+int open_counter_for_update(const char* path) {
+  const int descriptor = open_file(path, O_RDWR);
+  return descriptor < 0 && errno == ENOENT ? open_file(path, O_RDWR | O_CREAT) : descriptor;
+}
+
 CounterStream open_counter_stream(const char* path) {
-  if (FileHandle file = stream_of(open_for_update(path), "rb+")) return {std::move(file), true, true};
+  if (FileHandle file = stream_of(open_counter_for_update(path), "rb+")) return {std::move(file), true, true};
   if (FileHandle file = stream_of(open_for_reading(path), "rb")) return {std::move(file), false, true};
   return {nullptr, false, file_exists(path)};
 }

@@ -18,6 +18,9 @@ using CounterStream = _qz_LOG_EntryCounterStream;
 /// file holds is ever dropped. The rights that count are those of the effective user. Does not wait for a pipe's
 /// writer. QZX_memory_alloc without memory for the stream.
 CounterStream open_counter_stream(const char* path);
+/// The same without a stream, for update alone: -1, with errno, where that may not be. Closed in programs that are
+/// started.
+int open_counter_for_update(const char* path);
 
 }  // namespace qzlog
 

@@ -1,7 +1,5 @@
 #include "qzlog/logentrycounter.h"
 
-#include <unistd.h>
-
 #include <climits>
 #include <new>
 #include <utility>
@@ -10,6 +8,7 @@
 #include "counter/logentrycounter_index.h"
 #include "counter/record_format.h"
 #include "counter/record_scanner.h"
+#include "counter/record_store.h"
 #include "foundation/qz_libc.h"
 #include "qzlog/qz_exception.h"
 #include "util/debug_record.h"
@@ -19,7 +18,6 @@ using namespace qzlog;
 namespace {
 
 using Element = _qz_LOG_EntryCounterElement;
-using IndexPointer = std::unique_ptr<_qz_LOG_EntryCounterIndex>;
 using Holds = RecordPlace::Holds;
 
 constexpr const char* kSource = "logentrycounter";
@@ -27,62 +25,6 @@ constexpr const char* kSource = "logentrycounter";
 /// The free form of a record: only what is reserved stays; the size is written as it should be.
 Element freed(const Element& record) {
   return {counter_record::kSize, 0, 0, 0, 0, 0, {record.reserved[0], record.reserved[1]}};
-}
-
-int incremented(int count) { return static_cast<int>(static_cast<unsigned>(count) + 1U); }
-
-/// Lets the index know of a scan. There is none before a scan that was long enough.
-void note_scan(int descriptor, IndexPointer& index, const RecordScanner& scanner) {
-  if (index == nullptr && _qz_LOG_EntryCounterIndex::is_worthwhile(scanner.end()))
-    index.reset(new (std::nothrow) _qz_LOG_EntryCounterIndex);
-  if (index != nullptr) index->scanned(descriptor, scanner);
-}
-
-RecordPlace find_record(std::FILE* file, IndexPointer& index, const Element& wanted) {
-  const int descriptor = fileno(file);
-  if (index != nullptr) {
-    if (const auto place = index->find_record(descriptor, wanted)) return *place;
-  }
-  RecordScanner scanner(descriptor, 0);
-  const RecordPlace place = scan_for_record(scanner, wanted);
-  note_scan(descriptor, index, scanner);
-  return place;
-}
-
-RecordPlace find_free(std::FILE* file, IndexPointer& index) {
-  const int descriptor = fileno(file);
-  if (index != nullptr) {
-    if (const auto place = index->find_free(descriptor)) return *place;
-  }
-  RecordScanner scanner(descriptor, 0);
-  const RecordPlace place = scan_for_free(scanner);
-  note_scan(descriptor, index, scanner);
-  return place;
-}
-
-ssize_t write_bytes(int descriptor, long long position, const RecordBytes& bytes) {
-  return uninterrupted([&] { return pwrite(descriptor, bytes.data(), bytes.size(), static_cast<off_t>(position)); });
-}
-
-/// Writes what a record was, a part at a time where the system takes no more.
-void write_back(int descriptor, const RecordPlace& place) {
-  const RecordBytes bytes = encode_record(place.record);
-  std::size_t done = 0;
-  ssize_t moved = 1;
-  while (moved > 0 && done < bytes.size()) {
-    const auto position = static_cast<off_t>(place.position + static_cast<long long>(done));
-    moved = uninterrupted([&] { return pwrite(descriptor, bytes.data() + done, bytes.size() - done, position); });
-    if (moved > 0) done += static_cast<std::size_t>(moved);
-  }
-}
-
-/// Undoes a record that was written in part, on a full disk.
-void take_back(int descriptor, const RecordPlace& place) {
-  if (place.holds != Holds::kEnd) {
-    write_back(descriptor, place);
-  } else {
-    uninterrupted([&] { return ssize_t{ftruncate(descriptor, static_cast<off_t>(place.position))}; });
-  }
 }
 
 /// A file that is there and cannot even be read is an error. That one cannot be made is not: the counter then counts
@@ -175,7 +117,7 @@ int _qz_LOG_EntryCounter::IncreaseCount(int year, int month, int day, int entry_
   if (increase_last_record(entry_key, result)) return result;
 
   const Element record = {counter_record::kSize, year, month, day, entry_key, 1, {0, 0}};
-  const RecordPlace place = find_record(file_, index_, record);
+  const RecordPlace place = find_record(fileno(file_), index_, record);
   if (place.holds == Holds::kUnreadable) return report_seek_error();
   if (place.holds == Holds::kRecord) return increase_record(place);
   if (add_record(place, record) != 0) return -1;
@@ -194,7 +136,7 @@ bool _qz_LOG_EntryCounter::increase_last_record(int entry_key, int& result) {
   const RecordPlace place = {Holds::kRecord, last_pos_, decode_record(bytes.data())};
   if (!is_same_combination(place.record, last_record_)) return false;
   Element record = place.record;
-  record.count = incremented(record.count);
+  record.count = count_more(record.count, 1);
   result = rewrite_record(place, record) ? 0 : report_seek_error();
   return true;
 }
@@ -202,7 +144,7 @@ bool _qz_LOG_EntryCounter::increase_last_record(int entry_key, int& result) {
 int _qz_LOG_EntryCounter::increase_record(const RecordPlace& place) {
   if (place.position > INT_MAX) return -1;
   Element record = place.record;
-  record.count = incremented(record.count);
+  record.count = count_more(record.count, 1);
   if (!write_record(place, record)) return report_seek_error();
   last_pos_ = static_cast<int>(place.position);
   last_key_ = record.entry_key;
@@ -215,7 +157,7 @@ int _qz_LOG_EntryCounter::UpdateEntryCount(int year, int month, int day, int ent
   if (!is_writable()) return 0;
   if (file_ == nullptr) return -1;
   Element record = {counter_record::kSize, year, month, day, entry_key, count, {0, 0}};
-  const RecordPlace place = find_record(file_, index_, record);
+  const RecordPlace place = find_record(fileno(file_), index_, record);
   if (place.holds == Holds::kUnreadable) return report_seek_error();
   if (place.holds != Holds::kRecord) return add_record(place, record);
   record = place.record;
@@ -227,7 +169,7 @@ int _qz_LOG_EntryCounter::DeleteEntryElement(int year, int month, int day, int e
   if (!is_writable()) return 0;
   if (file_ == nullptr) return -1;
   const Element wanted = {counter_record::kSize, year, month, day, entry_key, 0, {0, 0}};
-  const RecordPlace place = find_record(file_, index_, wanted);
+  const RecordPlace place = find_record(fileno(file_), index_, wanted);
   if (place.holds == Holds::kUnreadable) return report_seek_error();
   if (place.holds != Holds::kRecord) {
     QZ_fseek(file_, 0, SEEK_END);
@@ -257,7 +199,7 @@ int _qz_LOG_EntryCounter::DeleteEntryElement(const qz_Time& from, const qz_Time&
 int _qz_LOG_EntryCounter::addElement(Element* element) {
   if (!is_writable()) return 0;
   if (file_ == nullptr || element == nullptr) return -1;
-  const RecordPlace place = find_free(file_, index_);
+  const RecordPlace place = find_free(fileno(file_), index_);
   return place.holds == Holds::kUnreadable ? report_seek_error() : add_record(place, *element);
 }
 
@@ -282,21 +224,11 @@ bool _qz_LOG_EntryCounter::rewrite_record(const RecordPlace& place, const Elemen
   return write_record(place, record);
 }
 
-/// Writes a record with one write and leaves the stream behind it, or at it when that failed. A stream that cannot be
-/// positioned is an error while nothing is written yet.
+/// Leaves the stream behind the record, or at it when it cannot be written. A stream that cannot be positioned is an
+/// error while nothing is written yet.
 bool _qz_LOG_EntryCounter::write_record(const RecordPlace& place, const Element& record) {
-  const int descriptor = fileno(file_);
-  const RecordBytes bytes = encode_record(record);
   if (QZ_fseek(file_, place.position + counter_record::kSize, SEEK_SET) != 0) return false;
-  const ssize_t written = write_bytes(descriptor, place.position, bytes);
-  if (written == counter_record::kSize) {
-    if (index_ != nullptr) index_->written(descriptor, place.position, bytes);
-    return true;
-  }
-  if (written > 0) {
-    if (index_ != nullptr) index_->drop();
-    take_back(descriptor, place);
-  }
+  if (qzlog::write_record(fileno(file_), index_, place, record)) return true;
   QZ_fseek(file_, place.position, SEEK_SET);
   return false;
 }

@@ -238,11 +238,11 @@ void _qz_LOG_log_entry_imp::set_computer_info(const char* computer_info) {
 }
 
 void _qz_LOG_log_entry_imp::set_product_code(unsigned int code) {
-  add_attrib_2u("PRODUCT_CODE", static_cast<unsigned short>(code));
+  add_attrib_2u("PRODUCT_CODE", narrowed<unsigned short>("PRODUCT_CODE", code));
 }
 
 void _qz_LOG_log_entry_imp::set_product_platform_code(unsigned int code) {
-  add_attrib_2u("PRODUCT_PLATFORM_CODE", static_cast<unsigned short>(code));
+  add_attrib_2u("PRODUCT_PLATFORM_CODE", narrowed<unsigned short>("PRODUCT_PLATFORM_CODE", code));
 }
 
 void _qz_LOG_log_entry_imp::set_product_language_code(unsigned int code) {
@@ -261,7 +261,7 @@ void _qz_LOG_log_entry_imp::set_product_version(const char* version) {
 void _qz_LOG_log_entry_imp::set_component_code(unsigned int code) { add_attrib_4u("COMPONENT_CODE", code); }
 
 void _qz_LOG_log_entry_imp::set_severity_code(unsigned int code) {
-  add_attrib_1u("SEVERITY_CODE", static_cast<unsigned char>(code));
+  add_attrib_1u("SEVERITY_CODE", narrowed<unsigned char>("SEVERITY_CODE", code));
 }
 
 void _qz_LOG_log_entry_imp::set_reason_code(int code) { add_attrib_4("REASON_CODE", code); }
@@ -320,6 +320,13 @@ bool _qz_LOG_log_entry_imp::add_product_specific_attribute_definition(unsigned i
 
 void _qz_LOG_log_entry_imp::throw_not_initialized() {
   throw QZX_logging_misc("_qz_LOG_log_entry_imp::_get_attribute_internal(): entry not initialized", 0);
+}
+
+void _qz_LOG_log_entry_imp::notice_out_of_range(const char* name) const {
+  if (qz_LOG_LogConfig::GetActionOutOfRange() == QZ_OUT_OF_RANGE_CUT) return;
+  qz_String text(name);
+  text += " Attribute value is out of range under Entry ID ";
+  throw_with_id<QZX_logging_invalid_attribute_value>(text.c_str());
 }
 
 void _qz_LOG_log_entry_imp::throw_invalid_name(const char* name) const {

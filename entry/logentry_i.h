@@ -4,6 +4,8 @@
 #include <cstdarg>
 #include <memory>
 #include <string>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
 #include "definitions/ldf_def.h"
@@ -236,6 +238,15 @@ class _qz_LOG_log_entry_imp : public qz_UTIL_no_inadvertant_copies {
   const _qz_LOG_attribute_entry* proceed_anywhere(const char* name);
   [[noreturn]] void refuse_attribute(const char* name, const _qz_LOG_attribute_entry* attribute) const;
   [[noreturn]] void throw_invalid_name(const char* name) const;
+  /// A value as an attribute holds it. See qz_LOG_LogConfig::SetActionOutOfRange for one that does not fit.
+  template <typename Value, typename Given>
+  Value narrowed(const char* name, Given given) const {
+    // `char` is 8 bits with a sign to the library, on every host.
+    using Limits = std::conditional_t<std::is_same_v<Value, char>, signed char, Value>;
+    if (!std::in_range<Limits>(given)) notice_out_of_range(name);
+    return static_cast<Value>(given);
+  }
+  void notice_out_of_range(const char* name) const;
   template <typename Exception>
   [[noreturn]] void throw_with_id(const char* text_before_id) const;
   bool wants_truncation(const char* name, const char* value, const char* buffer) const;

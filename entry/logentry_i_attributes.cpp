@@ -108,17 +108,17 @@ void _qz_LOG_log_entry_imp::add_argument(const char* name, qz_AttributeType type
   }
   switch (type) {
     case TypeUInt1:
-      return add_attrib_1u(name, static_cast<unsigned char>(va_arg(arguments, unsigned int)));
+      return add_attrib_1u(name, narrowed<unsigned char>(name, va_arg(arguments, unsigned int)));
     case TypeUInt2:
-      return add_attrib_2u(name, static_cast<unsigned short>(va_arg(arguments, unsigned int)));
+      return add_attrib_2u(name, narrowed<unsigned short>(name, va_arg(arguments, unsigned int)));
     case TypeUInt4:
       return add_attrib_4u(name, va_arg(arguments, unsigned int));
     case TypeBool:
       return add_attrib_bool(name, va_arg(arguments, int) != 0);
     case TypeSInt1:
-      return add_attrib_1(name, static_cast<char>(va_arg(arguments, int)));
+      return add_attrib_1(name, narrowed<char>(name, va_arg(arguments, int)));
     case TypeSInt2:
-      return add_attrib_2(name, static_cast<short>(va_arg(arguments, int)));
+      return add_attrib_2(name, narrowed<short>(name, va_arg(arguments, int)));
     case TypeSInt4:
       return add_attrib_4(name, va_arg(arguments, int));
     case TypeFloat:

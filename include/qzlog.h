@@ -23,6 +23,7 @@
 #include "qzlog/qz_locale.h"
 #include "qzlog/qz_string.h"
 #include "qzlog/qz_time.h"
+#include "qzlog/shared_counter.h"
 #include "qzlog/sink.h"
 #include "qzlog/split_sink.h"
 #include "qzlog/stream_sink.h"

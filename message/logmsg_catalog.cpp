@@ -75,12 +75,21 @@ void record_failure(MessageBundle::State state) {
   }
 }
 
+/// To ICU a name without a folder is one of its own data. Who gives one means a folder, and where ICU has nothing of
+/// that name it is taken for one.
+MessageBundle::State open_where_it_is(const std::string& path, const char* locale) {
+  const MessageBundle::State state = catalog->bundle->open(path, locale);
+  const bool may_be_folder = !path.empty() && path.front() != '/' && !path.starts_with("./");
+  if (state != MessageBundle::State::kMissing || !may_be_folder) return state;
+  return catalog->bundle->open("./" + path, locale);
+}
+
 /// Opens the path's bundle for the locale, in the place of what is open. Whatever happens, the catalog counts as open.
 MessageBundle::State open_bundle() {
   catalog->templates.clear();
   *catalog->bundle = MessageBundle();
   const icu::Locale locale = _qz_LOG_log_message::get_locale();
-  const MessageBundle::State state = catalog->bundle->open(catalog->path.c_str(), locale.getName());
+  const MessageBundle::State state = open_where_it_is(catalog->path.c_str(), locale.getName());
   if (state != MessageBundle::State::kOpened) record_failure(state);
   return state;
 }

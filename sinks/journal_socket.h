@@ -9,7 +9,7 @@
 #include <utility>
 
 #include "foundation/no_copies.h"
-#include "sinks/descriptor.h"
+#include "foundation/descriptor.h"
 
 namespace qzlog {
 

@@ -11,7 +11,7 @@
 #include <string_view>
 #include <utility>
 
-#include "sinks/descriptor.h"
+#include "foundation/descriptor.h"
 
 namespace qzlog {
 

@@ -12,7 +12,7 @@
 
 #include "foundation/fork_gate.h"
 #include "qzlog/log_util.h"
-#include "sinks/descriptor.h"
+#include "foundation/descriptor.h"
 
 namespace qzlog {
 

@@ -11,7 +11,7 @@
 
 #include "foundation/no_copies.h"
 #include "qzlog/sink.h"
-#include "sinks/descriptor.h"
+#include "foundation/descriptor.h"
 #include "sinks/log_file.h"
 #include "sinks/pending_format.h"
 

@@ -6,7 +6,7 @@
 #include <new>
 #include <utility>
 
-#include "sinks/descriptor.h"
+#include "foundation/descriptor.h"
 #include "sinks/silent_thread.h"
 #include "sinks/sink_clock.h"
 

@@ -8,7 +8,7 @@
 #include <string>
 
 #include "foundation/no_copies.h"
-#include "sinks/descriptor.h"
+#include "foundation/descriptor.h"
 
 namespace qzlog {
 

@@ -7,7 +7,7 @@
 
 #include "foundation/no_copies.h"
 #include "qzlog/syslog_sink.h"
-#include "sinks/descriptor.h"
+#include "foundation/descriptor.h"
 #include "sinks/host_lookup.h"
 #include "sinks/sent_messages.h"
 

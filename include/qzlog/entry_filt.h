@@ -9,9 +9,9 @@
 typedef bool (*qz_LOG_EntryFilterCallback)(unsigned entry_id, unsigned property_mask, unsigned log_level,
                                            const qz_LOG_LogEntry& entry, void* user_data);
 
-/// Tells which entries are wanted, by a callback, an inclusive range of levels and a property mask. The range and the
-/// mask can be overridden by the configuration source (qz_LOG_LogConfig::SetConfigurationSource) in the filter's
-/// section or in the section "global".
+/// Tells which entries are wanted, by a callback, an inclusive range of levels (0 to 9, which is the most important:
+/// see qz_LOG_LogEntry) and a property mask. The range and the mask can be overridden by the configuration source
+/// (qz_LOG_LogConfig::SetConfigurationSource) in the filter's section or in the section "global".
 ///
 /// Plain data that the caller fills, in the order of the fields:
 ///   _qz_LOG_entry_filter filter = {nullptr, nullptr, 0xFFFFFFFFU, 0, 9, "app", false, false};

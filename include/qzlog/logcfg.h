@@ -31,6 +31,12 @@ enum qz_ActionAttrLenExceed : int {
   QZ_ACTION_TRUNCATE = 1  ///< the text is cut to the limit
 };
 
+/// What happens to an integer that is given as a wider type than its attribute has, and does not fit it.
+enum qz_ActionOutOfRange : int {
+  QZ_OUT_OF_RANGE_CUT = 0,    ///< its last bits are stored: 70000 as 4464 (the initial action)
+  QZ_OUT_OF_RANGE_REFUSE = 1  ///< the add throws
+};
+
 /// The words below are read and written atomically by the library; callers use qz_LOG_LogConfig. A program that
 /// declares them without this header reaches them too, unless it has variables of these names.
 extern QZLOG_EXPORT bool b_is_icu_enabled QZLOG_SYMBOL(b_is_icu_enabled);
@@ -66,6 +72,17 @@ class QZLOG_EXPORT qz_LOG_LogConfig {
   /// "The action when attribute exceeds limitation is invalid!\n".
   static void SetActionAttrLenExceed(int action);
   static int GetActionAttrLenExceed();
+
+  /// See qz_ActionOutOfRange. It holds where the value's own type is seen: in qz_LOG_LogEntry::SetEntry for attributes
+  /// of one and two bytes, and in SetProductCode, SetProductPlatformCode and SetSeverityCode; these then throw
+  /// QZX_logging_invalid_attribute_value NAME + " Attribute value is out of range under Entry ID " + ID + " !" and
+  /// leave the attribute as it was. What AddAttrib1u and its like are given, the compiler has cut before: its warning
+  /// -Wconversion tells of it. Any other action throws QZX_logging_illegal_argument
+  /// "The action when a value is out of range is invalid!\n". Any thread.
+  ///
+  ///     qz_LOG_LogConfig::SetActionOutOfRange(QZ_OUT_OF_RANGE_REFUSE);
+  static void SetActionOutOfRange(int action);
+  static int GetActionOutOfRange();
 
   /// The process's one table of definitions. Never null, lives as long as the library.
   static _qz_LOG_log_definition_tbl* GetDefinitionTable();
@@ -111,8 +128,9 @@ class QZLOG_EXPORT qz_LOG_LogConfig {
   /// catalog is read into memory here: files that are changed, cut or removed later count from the next
   /// SetMessageCatalogPath or SetLocale on; only the bundles that aliases name are read when they are needed.
   ///
-  /// The path of a folder has a slash that is not its last character ("./messages", "/usr/share/messages"): a name
-  /// alone is looked for in ICU's data directory only.
+  /// The path is that of a folder ("./messages", "/usr/share/messages"). ICU looks for a relative one with less than
+  /// two slashes in its data directory; where there is no bundle, a folder of the working directory is meant:
+  /// "messages" is then "./messages". The path that GetMessageCatalogPath and errors give is as it was given.
   static void SetMessageCatalogPath(const char* path);
   /// "" when unset or while ICU is switched off.
   static const char* GetMessageCatalogPath();

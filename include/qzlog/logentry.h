@@ -1,11 +1,19 @@
 #ifndef QZLOG_LOGENTRY_H
 #define QZLOG_LOGENTRY_H
 
+#include <iosfwd>
 #include <string>
 
 #include "qzlog/export.h"
 #include "qzlog/logattrib.h"
 #include "qzlog/qz_time.h"
+
+/// Warns of argument lists without their null pointer, for who asks for it: see qz_LOG_LogEntry::SetEntry.
+#ifdef QZLOG_WARN_SENTINEL
+#define QZLOG_SENTINEL __attribute__((sentinel))
+#else
+#define QZLOG_SENTINEL
+#endif
 
 class _qz_LOG_log_entry_imp;
 
@@ -38,6 +46,10 @@ class QZLOG_EXPORT qz_LOG_AttributeVisitor {
 
 /// One log entry: an ID, a level from 0 to 9, a property mask, a time and typed attributes, each checked against the
 /// definition of the entry ID when it is added.
+///
+/// Levels: 9 is the most important. 0 and 1 are debug, 2 and 3 info, 4 notice, 5 and 6 warning, 7 error, 8 critical, 9
+/// alert: so everything names and maps them that shows, filters or ships entries. The library itself only compares
+/// them.
 ///
 /// An entry keeps the definition it uses alive, so loading other definition files or clearing them never leaves it
 /// dangling. One thread uses one entry at a time; different threads may use different entries at once.
@@ -77,8 +89,14 @@ class QZLOG_EXPORT qz_LOG_LogEntry {
   /// SetEntryID, SetLogLevel, then pairs of attribute name and value up to a null pointer (`nullptr`, or `(char*)0`,
   /// never a plain 0) or an empty name. The value's kind follows from the attribute's defined type: `const char*` for
   /// the text types and for times (as qz_Time::set_to_string_value reads them), an integer for every integer type and
-  /// TypeBool, a double for TypeFloat. Attributes already present stay; pairs before one that throws are added.
-  void SetEntry(unsigned int entry_id, unsigned int log_level, ...);
+  /// TypeBool, a double for TypeFloat. Attributes already present stay; pairs before one that throws are added. An
+  /// integer that its attribute of one or two bytes cannot hold is cut to its last bits or refused, see
+  /// qz_LOG_LogConfig::SetActionOutOfRange.
+  ///
+  /// A list without its end reads what is not there. Where QZLOG_WARN_SENTINEL is defined before the first header of
+  /// the library, GCC (-Wformat, which is in -Wall) and Clang warn of a list that no null pointer ends, also of one
+  /// that an empty name ends.
+  void SetEntry(unsigned int entry_id, unsigned int log_level, ...) QZLOG_SENTINEL;
 
   /// Add an attribute or replace its value. Text longer than its type allows throws QZX_logging_invalid_attribute_value
   /// or is cut, see qz_LOG_LogConfig::SetActionAttrLenExceed; line feeds and carriage returns are stored as "\n" and
@@ -188,7 +206,7 @@ class QZLOG_EXPORT qz_LOG_LogEntry {
   /// Renders, with every failure of rendering, and returns the empty text, which is cached until the entry changes or
   /// other arguments are given: callers rely on it. For the text use FormatMessage or the form above.
   const char* GetReadableMessage(bool use_default, unsigned int selector_index) const;
-  /// GetReadableMessage(false, 0).
+  /// GetReadableMessage(false, 0): the empty text, once the message could be rendered.
   operator const char*() const;  // NOLINT(google-explicit-constructor): callers pass entries as texts
 
   /// The entry as a JSON object on one line, without a line end, as `qzlog render` and readers of entries take it: the
@@ -242,5 +260,16 @@ class QZLOG_EXPORT qz_LOG_LogEntry {
   _qz_LOG_log_entry_imp* implementation_;
   const _qz_LOG_entry_head* head_;  // of the implementation
 };
+
+/// Writes the entry's FormatMessage(), and throws what that throws. Without it an entry written to a stream would be
+/// the empty text that it becomes as a `const char*`. Any operator of the program's own that takes entries, or values
+/// of all types, is preferred. For who writes entries with it, <ostream> is to be included.
+///
+///     std::cout << entry << '\n';
+template <class Traits>
+std::basic_ostream<char, Traits>& operator<<(std::basic_ostream<char, Traits>& stream,
+                                             const volatile qz_LOG_LogEntry& entry) {
+  return stream << const_cast<const qz_LOG_LogEntry&>(entry).FormatMessage();
+}
 
 #endif  // QZLOG_LOGENTRY_H

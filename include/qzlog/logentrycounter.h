@@ -25,6 +25,8 @@ struct _qz_LOG_EntryCounterElement {
   int reserved[2];
 };
 
+/// For one thread of one process: several have qz_LOG_SharedCounter.
+///
 /// Counts per day and key in the file "DIRECTORY/NAME.cnt", a sequence of records that are rewritten in place and
 /// reused when they are free.
 ///
@@ -42,7 +44,7 @@ struct _qz_LOG_EntryCounterElement {
 /// before. Such a change is taken notice of with the next one, at the latest after as many searches for another key
 /// than the one before as the file has records.
 ///
-/// Not locked: one thread uses one counter, and one counter one file, at a time.
+/// Not locked: one thread uses one counter, and one counter one file, at a time. Threads that share one lose counts.
 class QZLOG_EXPORT _qz_LOG_EntryCounter {
  public:
   _qz_LOG_EntryCounter();

@@ -143,4 +143,17 @@ class QZLOG_EXPORT QZX_logging_file_operation_failed : public QZX_logging_all {
       : QZX_logging_all(message, code) {}
 };
 
+/// From now on an exception of the library that nobody catches is told on standard error before the process ends:
+///
+///     qzlog: nobody caught QZX_logging_entry_type_not_found: entry ID 7 ...
+///
+/// The C++ runtime alone tells the class: these are no std::exception, whose text it would show. Then what was to be
+/// called before is called (std::set_terminate), which ends the process as without it. Call it at the beginning of
+/// main; a second call changes nothing. Any thread.
+///
+///     int main() {
+///       qz_LOG_install_terminate_text();
+///       ...
+QZLOG_EXPORT void qz_LOG_install_terminate_text() noexcept;
+
 #endif  // QZLOG_QZ_EXCEPTION_H

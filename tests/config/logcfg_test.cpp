@@ -130,6 +130,22 @@ TEST_F(LogCfg, SetActionAttrLenExceedOutOfRange_ThrowsAndActionStays) {
   EXPECT_FALSE(log.exists());
 }
 
+TEST_F(LogCfg, ActionOutOfRange_CutsAtFirstAndTakesItsTwoValues) {
+  const DebugLogFile log(9);
+  EXPECT_EQ(Config::GetActionOutOfRange(), QZ_OUT_OF_RANGE_CUT);
+  for (const int action : {QZ_OUT_OF_RANGE_REFUSE, QZ_OUT_OF_RANGE_CUT, QZ_OUT_OF_RANGE_REFUSE}) {
+    Config::SetActionOutOfRange(action);
+    EXPECT_EQ(Config::GetActionOutOfRange(), action);
+  }
+  for (const int action : {2, -1, INT_MAX, INT_MIN}) {
+    EXPECT_EQ(thrown_by([&] { Config::SetActionOutOfRange(action); }),
+              thrown<QZX_logging_illegal_argument>("The action when a value is out of range is invalid!\n"))
+        << action;
+    EXPECT_EQ(Config::GetActionOutOfRange(), QZ_OUT_OF_RANGE_REFUSE);
+  }
+  EXPECT_FALSE(log.exists());
+}
+
 TEST_F(LogCfg, Getters_ReadTheExportedWords) {
   action_on_exceed = 1;
   b_is_icu_enabled = false;
@@ -469,6 +485,7 @@ TEST_F(LogCfg, ConfigurationFileMissing_RecordedAndThrowsUnlessType1) {
   for (const unsigned type : {0U, 2U, 3U, 0xFFFFFFFFU}) {
     EXPECT_EQ(thrown_by([&] { set_source(folder_.path("missing"), type); }), invalid_argument()) << type;
     expected.push_back(record("SetConfigurationSource, invalid argument!"));
+    expected.push_back(record("SetConfigurationSource, there is no file " + folder_.path("missing") + "!"));
   }
   EXPECT_EQ(log.unnumbered_records(), expected);
   EXPECT_EQ(Config::_get_configuration_ptr(), former);

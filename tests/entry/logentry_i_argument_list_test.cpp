@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <climits>
 #include <cstdarg>
 #include <string>
 
@@ -97,6 +98,42 @@ TEST_F(ArgumentList, IntegersTooWide_AreNarrowed) {
   EXPECT_EQ(entry.get_attrib_2u("TypeUInt2"), 1);
   EXPECT_EQ(entry.get_attrib_2("TypeSInt2"), 4464);
   EXPECT_TRUE(entry.get_attrib_bool("TypeBool"));
+}
+
+TEST_F(ArgumentList, IntegersOutOfRange_AreRefusedWhereThatIsAskedFor) {
+  qz_LOG_LogConfig::SetActionOutOfRange(QZ_OUT_OF_RANGE_REFUSE);
+  struct {
+    const char* name;
+    int lowest;
+    int highest;
+  } const types[] = {
+      {"TypeUInt1", 0, 255}, {"TypeSInt1", -128, 127}, {"TypeUInt2", 0, 65535}, {"TypeSInt2", -32768, 32767}};
+  for (const auto& type : types) {
+    for (const IdCase& id : kIds) {
+      Entry entry(id.id, 0);
+      for (const int value : {type.lowest, type.highest}) {
+        add(&entry, type.name, value, kEnd);
+        EXPECT_EQ(entry.get_attrib_as_4(type.name), value);
+      }
+      for (const int value : {type.lowest - 1, type.highest + 1, INT_MIN, INT_MAX}) {
+        EXPECT_EQ(thrown_by([&] { add(&entry, "TypeUInt4", 7, type.name, value, "TypeSInt4", 8, kEnd); }),
+                  "QZX_logging_invalid_attribute_value \"" + std::string(type.name) +
+                      " Attribute value is out of range under Entry ID " + id.text + " !\"")
+            << value;
+        EXPECT_EQ(entry.get_attrib_as_4(type.name), type.highest);
+        EXPECT_EQ(entry.get_attrib_4u("TypeUInt4"), 7U);
+        EXPECT_FALSE(entry.has_value("TypeSInt4"));
+      }
+    }
+  }
+}
+
+TEST_F(ArgumentList, ValuesOfWiderTypes_AreTakenWhereOutOfRangeIsRefused) {
+  qz_LOG_LogConfig::SetActionOutOfRange(QZ_OUT_OF_RANGE_REFUSE);
+  Entry entry(kId, 0);
+  add(&entry, "TypeBool", 256, "TypeUInt4", 4000000000U, "TypeSInt4", INT_MIN, "TypeFloat", 1e300, kEnd);
+  EXPECT_TRUE(entry.get_attrib_bool("TypeBool"));
+  EXPECT_EQ(entry.get_attrib_4u("TypeUInt4"), 4000000000U);
 }
 
 TEST_F(ArgumentList, Booleans_AreTrueUnlessZero) {

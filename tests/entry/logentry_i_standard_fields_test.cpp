@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <climits>
 #include <string>
 
 #include "entry/logentry_i.h"
@@ -65,6 +66,27 @@ TEST_F(StandardFields, ProductAndPlatformCode_AreNarrowedTo16Bits) {
   entry.set_product_platform_code(4294967295U);
   EXPECT_EQ(entry.get_product_code(), 5);
   EXPECT_EQ(entry.get_product_platform_code(), 65535);
+}
+
+TEST_F(StandardFields, CodesOutOfRange_AreRefusedWhereThatIsAskedFor) {
+  qz_LOG_LogConfig::SetActionOutOfRange(QZ_OUT_OF_RANGE_REFUSE);
+  struct {
+    const char* name;
+    void (Entry::*set)(unsigned code);
+    unsigned highest;
+  } const fields[] = {{"PRODUCT_CODE", &Entry::set_product_code, 65535},
+                      {"PRODUCT_PLATFORM_CODE", &Entry::set_product_platform_code, 65535},
+                      {"SEVERITY_CODE", &Entry::set_severity_code, 255}};
+  for (const auto& field : fields) {
+    Entry entry(kPlainId, 0);
+    (entry.*field.set)(field.highest);
+    for (const unsigned code : {field.highest + 1, UINT_MAX}) {
+      EXPECT_EQ(thrown_by([&] { (entry.*field.set)(code); }),
+                "QZX_logging_invalid_attribute_value \"" + std::string(field.name) +
+                    " Attribute value is out of range under Entry ID " + std::to_string(kPlainId) + " !\"");
+      EXPECT_EQ(static_cast<unsigned>(entry.get_attrib_as_4(field.name)), field.highest);
+    }
+  }
 }
 
 TEST_F(StandardFields, SeverityCode_IsNarrowedTo8Bits) {

@@ -39,7 +39,7 @@ CHAIN = [
     ("entry filter", ["config/entry_filt.*", "include/qzlog/entry_filt.h"]),
     ("lines", ["lines/*", "include/qzlog/entry_lines.h"]),
     ("log file names", ["util/log_util.*", "include/qzlog/log_util.h"]),
-    ("entry counter", ["counter/*", "include/qzlog/logentrycounter.h"]),
+    ("entry counter", ["counter/*", "include/qzlog/logentrycounter.h", "include/qzlog/shared_counter.h"]),
     ("sinks", ["sinks/*", "include/qzlog/sink.h", "include/qzlog/*_sink.h", "include/qzlog/open_sinks.h"]),
 ]
 

@@ -8,6 +8,7 @@
 #include "tests/message/fresh_process.h"
 #include "tests/message/message_fixture.h"
 #include "tests/support/support.h"
+#include "tests/support/working_folder.h"
 
 namespace qz_test {
 namespace {
@@ -91,6 +92,28 @@ TEST_F(MessageCatalog, PathWithoutBundle_LocateTextAndRecord) {
                                     "bundle " +
                                     path + "!\n"}));
   }
+}
+
+TEST_F(MessageCatalog, FolderOfTheWorkingDirectory_OpensWithAndWithoutItsDot) {
+  const WorkingFolder folder(kCatalogs);
+  const Texts paths = {"whole", "whole/", "./whole", "../" + kCatalogs.substr(kCatalogs.rfind('/') + 1) + "/whole"};
+  for (const std::string& path : paths) {
+    open(path);
+    EXPECT_EQ(string_of("greeting"), "Hello %s%Name%") << path;
+    EXPECT_EQ(_qz_LOG_log_message::get_resource_path(), path);
+  }
+  const WorkingFolder above(kCatalogs + "/..");
+  const std::string path = kCatalogs.substr(kCatalogs.rfind('/') + 1) + "/whole";
+  open(path);
+  EXPECT_EQ(string_of("greeting"), "Hello %s%Name%") << path;
+  EXPECT_EQ(thrown_by_open("nowhere"), missing_resource(locate_text("nowhere")));
+}
+
+TEST_F(MessageCatalog, FolderOfTheWorkingDirectory_OpensAgainForAnotherLocale) {
+  const WorkingFolder folder(kCatalogs);
+  open("whole");
+  qz_LOG_LogConfig::SetLocale(QZ_LOCALE_DE_DE);
+  EXPECT_EQ(string_of("greeting"), "Grüß Gott %s%Name%");
 }
 
 TEST_F(MessageCatalog, PathWithoutBundle_CountsAsOpenAndLookupsFail) {

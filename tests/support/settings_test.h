@@ -20,6 +20,7 @@ inline void reset_settings() {
   qz_LOG_LogConfig::SetCodePage("");
   qz_LOG_LogConfig::SetLocale(QZ_LOCALE_PROCESS);
   qz_LOG_LogConfig::SetActionAttrLenExceed(QZ_ACTION_REFUSE);
+  qz_LOG_LogConfig::SetActionOutOfRange(QZ_OUT_OF_RANGE_CUT);
   qz_LOG_LogConfig::SetSynchronizationLevel(QZ_SYNCHRONIZATION_FLUSH);
   qz_LOG_LogConfig::EnableCountConfig(false);
 }

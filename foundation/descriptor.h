@@ -1,5 +1,5 @@
-#ifndef QZLOG_SINKS_DESCRIPTOR_H
-#define QZLOG_SINKS_DESCRIPTOR_H
+#ifndef QZLOG_FOUNDATION_DESCRIPTOR_H
+#define QZLOG_FOUNDATION_DESCRIPTOR_H
 
 #include <unistd.h>
 
@@ -32,4 +32,4 @@ class Descriptor : public qz_UTIL_no_inadvertant_copies {
 
 }  // namespace qzlog
 
-#endif  // QZLOG_SINKS_DESCRIPTOR_H
+#endif  // QZLOG_FOUNDATION_DESCRIPTOR_H
