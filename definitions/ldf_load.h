@@ -94,6 +94,7 @@ class _qz_LOG_log_definition_tbl : public qz_UTIL_no_inadvertant_copies {
   /// Where an ID's record is; null when no file has it, which is traced.
   const _qz_LOG_log_definition_file_info_holder* find_record(unsigned int entry_id) const;
   void load_entry_map(std::FILE* file, const _qz_LOG_ldf_header_struct& header, bool is_aux);
+  std::size_t room_for_blocks() const;
   bool index_entry(unsigned int entry_id, unsigned int offset, std::FILE* file, bool is_aux);
   bool may_be_known(unsigned int entry_id, bool is_aux) const;
   qzlog::DefinitionRef find_locked(unsigned int entry_id);

@@ -113,7 +113,8 @@ class QZLOG_EXPORT qz_LOG_LogConfig {
   /// that they need not be read and prepared for rendering again: of those that were replaced, of blocks of the
   /// definition files, and of what was prepared from message texts. 32 MiB unless it is set, which is enough for about
   /// 15,000 events; 0 keeps nothing. What is kept beyond a new limit is dropped at once. It changes no result: a
-  /// definition is read again when its file was written to, which is noticed within a few milliseconds. Any thread.
+  /// definition is read again when its file was written to, which is noticed within a few milliseconds; writes through
+  /// a shared mapping, and by other hosts, when the file system tells of them. Any thread.
   ///
   ///     qz_LOG_LogConfig::SetDefinitionMemory(std::size_t{256} << 20);  // a product with 100,000 events
   static void SetDefinitionMemory(std::size_t bytes);

@@ -25,6 +25,7 @@ void AbortAction::take_signal(int /*signal*/) {
   current = nullptr;
   if (action != nullptr) action->action_();
   std::signal(SIGABRT, SIG_DFL);
+  std::raise(SIGABRT);
 }
 
 }  // namespace qzlog_tool

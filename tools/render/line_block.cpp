@@ -1,8 +1,6 @@
 #include "tools/render/line_block.h"
 
 #include <algorithm>
-#include <iterator>
-#include <numeric>
 #include <string_view>
 #include <utility>
 
@@ -17,27 +15,19 @@ constexpr std::size_t kByteOrderMark = 3;
 constexpr std::size_t kMostOfLine = kByteOrderMark + kLongestLine + 1;
 constexpr std::size_t kMostRoom = kMostOfLine + LineBlock::kUsualBytes;
 
-/// So many bytes at once, each counted in a byte of its own: what compilers make one instruction of.
-constexpr std::size_t kCountedAtOnce = 64;
-
-std::uint64_t count_line_feeds_of_steps(const char* text, std::size_t steps) {
-  unsigned char counts[kCountedAtOnce] = {};
-  for (; steps > 0; --steps, text += kCountedAtOnce) {
-    for (std::size_t i = 0; i < kCountedAtOnce; ++i)
-      counts[i] = static_cast<unsigned char>(counts[i] + (text[i] == '\n'));
-  }
-  return std::accumulate(std::begin(counts), std::end(counts), std::uint64_t{0});
-}
-
-std::uint64_t count_line_feeds(std::string_view text) {
-  constexpr std::size_t kMostSteps = 255;  // that a byte can count
+/// The end of the first lines of a text, as many as a block has, and their number.
+struct CountedLines {
+  std::size_t end = 0;
   std::uint64_t count = 0;
-  while (text.size() >= kCountedAtOnce) {
-    const std::size_t steps = std::min(text.size() / kCountedAtOnce, kMostSteps);
-    count += count_line_feeds_of_steps(text.data(), steps);
-    text.remove_prefix(steps * kCountedAtOnce);
+};
+
+CountedLines count_lines(std::string_view text) {
+  CountedLines lines;
+  while (lines.end < text.size() && lines.count < LineBlock::kMostLines) {
+    lines.end = std::min(text.find('\n', lines.end), text.size() - 1) + 1;
+    ++lines.count;
   }
-  return count + static_cast<std::uint64_t>(std::count(text.begin(), text.end(), '\n'));
+  return lines;
 }
 
 }  // namespace
@@ -48,7 +38,6 @@ LineBlockCutter::LineBlockCutter(LogInput& input, std::function<void()> before_w
       file_(std::make_shared<const std::string>(input.shown_path())) {}
 
 bool LineBlockCutter::fill(LineBlock& block) {
-  if (failure_) std::rethrow_exception(failure_);
   begin(block);
   while (!is_done(block)) {
     if (block.size >= lines_begin_ + kMostOfLine && lines_end_ == lines_begin_) {
@@ -113,10 +102,11 @@ void LineBlockCutter::find_line_end(const LineBlock& block, std::size_t from) {
 }
 
 void LineBlockCutter::finish(LineBlock& block, std::size_t end) {
-  if (rest_.empty()) rest_ = block.bytes().substr(end);
-  block.size = end;
-  const std::string_view lines = block.bytes().substr(lines_begin_);
-  block.lines = count_line_feeds(lines) + (lines.empty() || lines.back() == '\n' ? 0 : 1);
+  const CountedLines lines = count_lines(block.bytes().substr(lines_begin_, end - lines_begin_));
+  const std::size_t cut = lines_begin_ + lines.end;
+  if (rest_.empty()) rest_ = block.bytes().substr(cut);
+  block.size = cut;
+  block.lines = lines.count;
   lines_ += block.lines;
 }
 

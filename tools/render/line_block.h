@@ -18,6 +18,8 @@ namespace qzlog_tool {
 struct LineBlock {
   /// How many bytes are usual. A block ends with a line, and may so be longer.
   static constexpr std::size_t kUsualBytes = std::size_t{256} << 10;
+  /// What comes of a line may take much more than the line: a long message, or an error.
+  static constexpr std::uint64_t kMostLines = 2048;
 
   std::shared_ptr<const std::string> file = nullptr;
   std::vector<char> room = {};

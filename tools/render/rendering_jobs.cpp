@@ -55,10 +55,14 @@ void RenderingJobs::start(Worker& worker) {
 
 void RenderingJobs::work(Worker& worker) {
   Item* item = nullptr;
-  const AbortAction when_aborted([&] { abort_item(worker, *item); });
-  while ((item = next_item()) != nullptr) {
-    worker.rendering.render(item->block, item->result);
-    mark_done(*item);
+  const AbortAction when_aborted([&] {
+    if (item != nullptr) abort_item(worker, *item);
+  });
+  while (Item* const next = next_item()) {
+    item = next;
+    worker.rendering.render(next->block, next->result);
+    item = nullptr;
+    mark_done(*next);
   }
   const std::lock_guard<std::mutex> lock(mutex_);
   worker.has_ended = true;
@@ -78,10 +82,12 @@ RenderingJobs::Item* RenderingJobs::next_item() {
 // What was read before it is put out first; the thread that does so then ends the process.
 void RenderingJobs::abort_item(Worker& worker, Item& item) {
   worker.rendering.abort(item.result);
-  mark_done(item);
   {
     const std::lock_guard<std::mutex> lock(mutex_);
+    item.is_done = true;
+    has_aborted_ = true;
     worker.is_aborted = true;
+    item_is_done_.notify_one();
     worker_has_ended_.notify_one();
   }
   for (;;) ::pause();
@@ -143,7 +149,8 @@ void RenderingJobs::submit(std::unique_ptr<Item> item) {
 void RenderingJobs::wait_for(const Item& item) {
   std::unique_lock<std::mutex> lock(mutex_);
   awaited_ = &item;
-  item_is_done_.wait(lock, [&item] { return item.is_done; });
+  // After an abort only the first item is sure to be done some time: they are taken in their order.
+  item_is_done_.wait(lock, [&] { return item.is_done || (has_aborted_ && &item != items_.front().get()); });
   awaited_ = nullptr;
 }
 
@@ -161,7 +168,7 @@ void RenderingJobs::put_out_first() {
   item.is_done = false;
   put_out(item);
   bytes_ -= item.block.room.size();
-  if (item.block.room.size() + item.result.output.capacity() > kMostKeptBytes) item = Item();
+  if (item.memory_bytes() > kMostKeptBytes) item = Item();
   empty_items_.push_back(std::move(items_.front()));
   items_.pop_front();
 }

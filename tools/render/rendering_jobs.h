@@ -50,6 +50,10 @@ class RenderingJobs {
     LineBlock block = {};
     RenderedBlock result = {};
     bool is_done = false;
+
+    std::size_t memory_bytes() const {
+      return block.room.size() + result.output.capacity() + result.errors.capacity() * sizeof(HeldError);
+    }
   };
 
   struct Worker {
@@ -88,6 +92,7 @@ class RenderingJobs {
   std::condition_variable worker_has_ended_;
   std::deque<Item*> waiting_;      // for a thread
   const Item* awaited_ = nullptr;  // by the calling thread
+  bool has_aborted_ = false;       // a thread, and what is behind its item may not be done any more
   bool is_ending_ = false;
 };
 

@@ -223,10 +223,37 @@ entries:
   }
 }
 
+TEST_F(RenderJobs, PatternInEveryBlockThatIcuCannotApply_EndsBehindTheFirst) {
+  write("broken.yaml", R"(version: "1.0"
+entries:
+  - {id: 1, name: GOOD, message: "good"}
+  - {id: 2, name: BROKEN, raw: "%s%N% {0,date} %_%TIMESTAMP%", attributes: [{name: N, type: Char32}]}
+)");
+  std::string lines;
+  for (int i = 0; i < 100'000; ++i)
+    lines += i % 1000 == 999 ? "{\"id\":2,\"attributes\":{\"N\":\"x\"}}\n" : "{\"id\":1}\n";
+  write("entries", lines);
+  const std::string command = "timeout 60 $QZLOG render --definitions broken.yaml entries -j ";
+  const CommandResult one = run(command + '1');
+  for (const char* const jobs : {"2", "3", "8"}) {
+    const CommandResult several = run(command + jobs);
+    EXPECT_EQ(several.out, one.out);
+    EXPECT_EQ(several.err, one.err);
+    EXPECT_EQ(several.status, one.status);
+  }
+}
+
 TEST_F(RenderJobs, FileThatCannotBeRead_IsReportedBehindWhatWasRead) {
   write("entries", entries(1, 30000));
   std::filesystem::create_directory(folder_.path("folder.jsonl"));
   expect_same("entries folder.jsonl/ nowhere entries");
+}
+
+TEST_F(RenderJobs, ShortLines_AreShownAndReportedAsByOne) {
+  std::string lines;
+  for (int i = 0; i < 30'000; ++i) lines += i % 3 == 0 ? "\n" : i % 3 == 1 ? "{\"id\":2}\n" : "x\n";
+  write("entries", lines + "y");
+  expect_same("--format '{line}' entries entries");
 }
 
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
@@ -246,11 +273,16 @@ TEST_F(RenderJobs, Memory_DoesNotGrowWithTheLog) {
   const auto peak_with = [this](int files) {
     std::string names;
     for (int i = 0; i < files; ++i) names += " entries";
-    return std::stoul(
-        run("/usr/bin/time -f %M $QZLOG render --no-icu --definitions d.yaml -j 2" + names + " 2>&1 >/dev/null").out);
+    return std::stoul(run("/usr/bin/time -o peak -f %M $QZLOG render --no-icu --definitions d.yaml -j 2" + names +
+                          " >/dev/null 2>&1; tail -1 peak")
+                          .out);
   };
   // In KiB; 36 files more have 700 MiB.
   EXPECT_LT(peak_with(40), peak_with(4) + (100U << 10));
+  std::string wrong;
+  for (int i = 0; i < 500'000; ++i) wrong += "x\n";
+  write("entries", wrong);
+  EXPECT_LT(peak_with(1), 100U << 10);
 }
 #endif
 
