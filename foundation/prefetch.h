@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cstdint>
 
 #include "foundation/cache_line.h"
 
@@ -15,11 +14,9 @@ constexpr std::size_t kMostPrefetched = 10 * kCacheLine;
 /// Asks the processor for the beginning of what stands there, which is to be read soon: reads of several places then do
 /// not wait one for the other. Any address will do.
 inline void prefetch(const void* address, std::size_t bytes) {
-  // As numbers: what an address is counted up from may be nothing, or end before.
-  const auto begin = reinterpret_cast<std::uintptr_t>(address);
-  for (std::size_t at = 0; at < std::min(bytes, kMostPrefetched); at += kCacheLine) {
-    __builtin_prefetch(reinterpret_cast<const void*>(begin + at));
-  }
+  if (address == nullptr) return;
+  const char* const begin = static_cast<const char*>(address);
+  for (std::size_t at = 0; at < std::min(bytes, kMostPrefetched); at += kCacheLine) __builtin_prefetch(begin + at);
 }
 
 }  // namespace qzlog

@@ -8,8 +8,8 @@
 #include <string>
 #include <utility>
 
-#include "foundation/no_copies.h"
 #include "foundation/descriptor.h"
+#include "foundation/no_copies.h"
 
 namespace qzlog {
 

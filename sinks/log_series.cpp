@@ -10,9 +10,9 @@
 #include <memory>
 #include <utility>
 
+#include "foundation/descriptor.h"
 #include "foundation/fork_gate.h"
 #include "qzlog/log_util.h"
-#include "foundation/descriptor.h"
 
 namespace qzlog {
 

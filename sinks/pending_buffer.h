@@ -9,9 +9,9 @@
 #include <string>
 #include <string_view>
 
+#include "foundation/descriptor.h"
 #include "foundation/no_copies.h"
 #include "qzlog/sink.h"
-#include "foundation/descriptor.h"
 #include "sinks/log_file.h"
 #include "sinks/pending_format.h"
 

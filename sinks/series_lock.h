@@ -7,8 +7,8 @@
 #include <cstdint>
 #include <string>
 
-#include "foundation/no_copies.h"
 #include "foundation/descriptor.h"
+#include "foundation/no_copies.h"
 
 namespace qzlog {
 

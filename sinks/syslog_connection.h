@@ -5,9 +5,9 @@
 #include <string_view>
 #include <vector>
 
+#include "foundation/descriptor.h"
 #include "foundation/no_copies.h"
 #include "qzlog/syslog_sink.h"
-#include "foundation/descriptor.h"
 #include "sinks/host_lookup.h"
 #include "sinks/sent_messages.h"
 
