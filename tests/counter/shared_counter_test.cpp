@@ -241,7 +241,9 @@ TEST_F(SharedCounter, KilledProcess_LeavesWholeRecordsAndNoLock) {
   for (int round = 0; round < rounds(24); ++round) {
     const pid_t child = fork();
     ASSERT_GE(child, 0);
-    for (int i = 0; child == 0; ++i) counter->Increase(2026, 11, 23, i % 300);
+    if (child == 0) {
+      for (int i = 0;; ++i) counter->Increase(2026, 11, 23, i % 300);
+    }
     std::this_thread::sleep_for(std::chrono::milliseconds(3));
     kill(child, SIGKILL);
     ASSERT_EQ(waitpid(child, nullptr, 0), child);
