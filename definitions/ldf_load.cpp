@@ -28,6 +28,11 @@ unsigned pairs_between(unsigned map_offset, std::FILE* file) {
   return static_cast<unsigned>(std::clamp(pairs, 0LL, static_cast<long long>(UINT_MAX)));
 }
 
+/// From one line, whether the definition was read or kept.
+void record_retrieved() {
+  QZ_DEBUG_RECORD(3, kSource, "%s:%d _qz_LOG_log_definition_tbl::_retrieve_entry_definition return true\n");
+}
+
 }  // namespace
 
 _qz_LOG_log_definition_tbl::_qz_LOG_log_definition_tbl() : index_(kIndexSize), lock_(nullptr) {}
@@ -199,7 +204,7 @@ DefinitionRef _qz_LOG_log_definition_tbl::find_locked(unsigned int entry_id) {
   notice_changed_files();
   DefinitionRef found;
   if (_qz_LOG_log_definition* const kept = definitions_.find_kept(entry_id)) {
-    QZ_DEBUG_RECORD(3, kSource, "%s:%d _qz_LOG_log_definition_tbl::_retrieve_entry_definition return true\n");
+    record_retrieved();
     definitions_.revive(kept);
     found = DefinitionRef::share(kept);
   } else {
@@ -268,6 +273,6 @@ bool _qz_LOG_log_definition_tbl::_retrieve_entry_definition(unsigned int entry_i
   read_definition(file, indexed->offset, entry_id, is_aux, def);
   def.set_version_tag(is_aux ? aux_tag_ : std_tag_);
   def.set_file_names(std_file_.names(), aux_file_.names());
-  QZ_DEBUG_RECORD(3, kSource, "%s:%d _qz_LOG_log_definition_tbl::_retrieve_entry_definition return true\n");
+  record_retrieved();
   return true;
 }
