@@ -68,6 +68,12 @@ class qz_LOG_SharedCounter::Implementation : public qz_UTIL_no_inadvertant_copie
  public:
   Implementation(const char* directory, const char* name) : path_(counter_path(directory, name)) { open(); }
 
+  static Implementation* make(const char* directory, const char* name) try {
+    return new Implementation(directory, name);
+  } catch (const std::bad_alloc&) {
+    throw QZX_memory_alloc();
+  }
+
   void increase(const CounterRecord& counted) {
     const MutexSentry lock(mutex_);
     // A lock belongs to the open file, which a process has in common with those that it forks.
@@ -140,11 +146,8 @@ class qz_LOG_SharedCounter::Implementation : public qz_UTIL_no_inadvertant_copie
   pid_t opener_ = 0;
 };
 
-qz_LOG_SharedCounter::qz_LOG_SharedCounter(const char* directory, const char* name) try
-    : implementation_(new Implementation(directory, name)) {
-} catch (const std::bad_alloc&) {
-  throw QZX_memory_alloc();
-}
+qz_LOG_SharedCounter::qz_LOG_SharedCounter(const char* directory, const char* name)
+    : implementation_(Implementation::make(directory, name)) {}
 
 qz_LOG_SharedCounter::~qz_LOG_SharedCounter() { delete implementation_; }
 

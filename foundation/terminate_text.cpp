@@ -38,9 +38,9 @@ void tell(const qz_EXCEPTION_base& exception) {
 }
 
 [[noreturn]] void tell_and_terminate() {
-  if (std::current_exception() != nullptr) {
+  if (const std::exception_ptr thrown = std::current_exception(); thrown != nullptr) {
     try {
-      throw;
+      std::rethrow_exception(thrown);
     } catch (const qz_EXCEPTION_base& exception) {
       tell(exception);
     } catch (...) {  // the former handler tells of others
