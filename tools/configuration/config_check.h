@@ -1,7 +1,6 @@
-#ifndef QZLOG_TOOLS_RENDER_CONFIG_CHECK_H
-#define QZLOG_TOOLS_RENDER_CONFIG_CHECK_H
+#ifndef QZLOG_TOOLS_CONFIGURATION_CONFIG_CHECK_H
+#define QZLOG_TOOLS_CONFIGURATION_CONFIG_CHECK_H
 
-#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -10,21 +9,12 @@
 
 namespace qzlog_tool {
 
-/// What in a configuration file the library passes over without a word.
-enum class ConfigRule {
-  kLastLine,
-  kLongLine,
-  kNeverRead,
-};
-
-/// All rules, in the order of `ConfigRule`.
-std::span<const qzlog_compiler::RuleInfo> all_config_rules();
-
-const qzlog_compiler::RuleInfo& rule_info(ConfigRule rule);
-
-/// Finds the lines that are not read. Nothing when all are. `file`: as it is shown.
-std::vector<qzlog_compiler::Finding> check_config(const std::string& file, std::string_view content);
+/// Finds what the library passes over in a configuration file, or takes for something else than was meant, as far as
+/// filters of entries ask for it: other keys, and sections, are the products' own. Errors are lines that are lost and
+/// values that are none. `file`: as it is shown. `section`: the one that is to be there; empty: any.
+std::vector<qzlog_compiler::Finding> check_config(const std::string& file, std::string_view content,
+                                                  std::string_view section = "");
 
 }  // namespace qzlog_tool
 
-#endif  // QZLOG_TOOLS_RENDER_CONFIG_CHECK_H
+#endif  // QZLOG_TOOLS_CONFIGURATION_CONFIG_CHECK_H
