@@ -203,7 +203,7 @@ int check(const CheckOptions& options) {
 
 void add_check_command(CLI::App& app, int& exit_status) {
   CLI::App* const command =
-      app.add_subcommand("check", "Report what is refused or surprising in definitions, or in a configuration file");
+      app.add_subcommand("check", "Report what is refused or surprising in definitions or settings");
   const auto options = std::make_shared<CheckOptions>();
   command->footer(kCheckFooter);
   CLI::Option* const standard =
