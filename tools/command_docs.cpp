@@ -4,26 +4,18 @@
 #include <filesystem>
 #include <iostream>
 #include <nlohmann/json.hpp>
-#include <span>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 
 #include "qzlog/qz_exception.h"
-#include "tools/catalog/catalog_rules.h"
-#include "tools/choice/choice_rules.h"
-#include "tools/configuration/config_rules.h"
 #include "tools/command_line.h"
-#include "tools/count/counter_reader.h"
 #include "tools/diff/diff_rules.h"
-#include "tools/inspect/inspect_rules.h"
-#include "tools/logs/entry_error.h"
+#include "tools/known_rules.h"
 #include "tools/manual/bash_completion.h"
 #include "tools/manual/fish_completion.h"
 #include "tools/manual/manual_page.h"
 #include "tools/manual/zsh_completion.h"
-#include "tools/report/check_rules.h"
-#include "tools/report/source_rules.h"
 #include "tools/system/out_of_memory.h"
 #include "tools/system/output_file.h"
 #include "tools/system/process_start.h"
@@ -34,6 +26,7 @@ namespace fs = std::filesystem;
 
 using nlohmann::ordered_json;
 using qzlog_compiler::DiffRuleInfo;
+using qzlog_compiler::KnownRule;
 using qzlog_compiler::RuleInfo;
 
 void write(const fs::path& path, const std::string& content) {
@@ -68,25 +61,14 @@ ordered_json rule_json(const DiffRuleInfo& rule) {
   return json;
 }
 
-template <class Info>
-ordered_json table_json(std::span<const Info> table) {
-  ordered_json json = ordered_json::array();
-  for (const Info& rule : table) json.push_back(rule_json(rule));
-  return json;
-}
-
 /// Every table, under the name of what has it.
 void print_rules() {
   ordered_json tables;
-  tables["compile"] = table_json(qzlog_compiler::all_rules());
-  tables["catalog"] = table_json(qzlog_catalog::all_catalog_rules());
-  tables["check"] = table_json(qzlog_tool::all_check_rules());
-  tables["entries"] = table_json(qzlog_tool::all_entry_rules());
-  tables["choice"] = table_json(qzlog_tool::all_choice_rules());
-  tables["configuration"] = table_json(qzlog_tool::all_config_rules());
-  tables["count"] = table_json(qzlog_tool::all_counter_rules());
-  tables["inspect"] = table_json(qzlog_tool::all_inspect_rules());
-  tables["diff"] = table_json(qzlog_compiler::all_diff_rules());
+  for (const KnownRule& rule : qzlog_tool::all_known_rules()) {
+    const bool of_changes = rule.table == "diff";
+    tables[std::string(rule.table)].push_back(of_changes ? rule_json(static_cast<const DiffRuleInfo&>(*rule.info))
+                                                         : rule_json(*rule.info));
+  }
   std::cout << tables.dump(2) << std::endl;
 }
 

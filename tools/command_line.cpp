@@ -16,6 +16,7 @@
 #include "tools/diff/diff_command.h"
 #include "tools/explain/explain_command.h"
 #include "tools/inspect/inspect_command.h"
+#include "tools/known_rules.h"
 #include "tools/manual/help_layout.h"
 #include "tools/options/quiet_option.h"
 #include "tools/render/render_command.h"
@@ -46,11 +47,13 @@ git:HEAD:storage.yaml. What begins as a compiled file, or is named *.ldf, is com
 Exit status: 0 success; 1 findings or bad input; 2 wrong usage, or a file that cannot be read or written.
 'qzlog COMMAND --help' shows a command's options and examples.)";
 
+void add_explain(CLI::App& app, int& exit_status) { add_explain_command(app, exit_status, all_known_rules); }
+void add_complete(CLI::App& app, int& exit_status) { add_complete_command(app, exit_status, all_known_rules); }
+
 /// Each adds one subcommand, which runs while the command line is parsed.
 constexpr void (*kCommands[])(CLI::App& app, int& exit_status) = {
-    add_compile_command, add_inspect_command, add_check_command,    add_diff_command,
-    add_explain_command, add_render_command,  add_stats_command,    add_count_command,
-    add_catalog_command, add_ship_command,    add_complete_command,
+    add_compile_command, add_inspect_command, add_check_command,   add_diff_command, add_explain,  add_render_command,
+    add_stats_command,   add_count_command,   add_catalog_command, add_ship_command, add_complete,
 };
 
 /// To each that runs, but for what completions ask.

@@ -17,7 +17,7 @@ import jsonschema
 import check_docs
 
 # The commands that give a result as JSON. What the others write is lines of JSON, or a value of its own.
-COMMANDS = ["check", "inspect", "diff", "explain", "catalog status", "count show", "stats"]
+COMMANDS = ["check", "inspect", "diff", "explain", "explain rule", "catalog status", "count show", "stats"]
 SHARED = "qzlog-findings.schema.json"
 CASES = "tests/tools/golden/*/*.case"
 OUTPUTS = {"count show": "tests/tools/golden/count/*.json"}  # what tests keep without a case around it
@@ -42,6 +42,8 @@ def command_of(line):
     """The command of a command line that gives a result as JSON, or None."""
     if "--json" not in line.split() or re.search(r"[|>;]", line):
         return None
+    if line.startswith("explain ") and "--definitions" not in line.split():
+        return "explain rule"
     return next((command for command in COMMANDS if f"{line} ".startswith(f"{command} ")), None)
 
 

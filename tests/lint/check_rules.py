@@ -1,12 +1,14 @@
 #!/usr/bin/env python3
 """Checks that docs/diagnostics.md lists every rule that a finding can name, with its meaning and an example, and that
-docs/compatibility.md lists every kind of change that `qzlog diff` knows.
+docs/compatibility.md lists every kind of change that `qzlog diff` knows. `qzlog explain RULE` shows examples, too: of those it has a
+table, tools/explain/rule_examples.cpp, which this program writes.
 
 The rules come from the command's own tables, which `qzlog_command_docs --rules` prints; the examples come from the golden cases
 of the tests, those of entries are run by check_docs.py, those of changes stand in their table.
 
-Usage: check_rules.py [--update] [PROGRAM [ROOT]]     --update rewrites the pages' tables; PROGRAM is qzlog_command_docs.
+Usage: check_rules.py [--update] [PROGRAM [ROOT]]     --update rewrites the tables; PROGRAM is qzlog_command_docs.
 """
+import itertools
 import json
 import pathlib
 import re
@@ -23,6 +25,14 @@ TABLES = {
 }
 OTHER_TABLES = ["entries", "choice", "configuration", "count", "inspect"]
 PAGE = "docs/diagnostics.md"
+
+# What `qzlog explain` shows: the golden cases of those tables, and what the documentation shows of the others, by where it is found.
+SHOWN_CASES = "tests/tools/golden/{}/*.case"
+SHOWN_ELSEWHERE = {"entries": r"\S+\.jsonl:\d", "choice": r"--where:\d", "configuration": r"\S+\.conf:\d", "count": r"\S+\.cnt:",
+                   "inspect": r"\S+\.ldf:"}
+SHOWN = "tools/explain/rule_examples.cpp"
+FINDING = re.compile(r"^(?P<place>\S+?): (?:.*?: )??(?P<severity>error|warning): .*\[(?P<rule>[a-z0-9-]+)\]$")
+BELOW_A_FINDING = re.compile(r"^( +\d* \| |  hint: |\S+: note: )")
 
 DIFF_PAGE = "docs/compatibility.md"
 DIFF_TABLE = re.compile(r"(?<=<!-- changes -->\n)(.*?)(?=<!-- end -->)", re.DOTALL)
@@ -43,6 +53,57 @@ def examples(root, golden_cases):
             if match:
                 found.setdefault(match.group(1), []).append(line)
     return {name: min(lines, key=len) for name, lines in found.items()}
+
+
+def shown_findings(text):
+    """Each finding in a text, as a match of FINDING, with the lines below that belong to it."""
+    lines = text.splitlines()
+    for number, line in enumerate(lines, 1):
+        match = FINDING.match(line)
+        if not match:
+            continue
+        below = itertools.takewhile(BELOW_A_FINDING.match, lines[number:])
+        yield match, "\n".join([line, *below])
+
+
+def collect_findings(paths, where=""):
+    """By rule and severity the finding with the shortest first line, as (line, text)."""
+    best = {}
+    for path in paths:
+        for match, text in shown_findings(path.read_text(encoding="utf-8", errors="replace")):
+            key = match["rule"], match["severity"]
+            if re.match(where, match[0]) and (key not in best or len(match[0]) < len(best[key][0])):
+                best[key] = match[0], text
+    return best
+
+
+def examples_to_show(root, rules):
+    """(table, rule, severity, text) of every example, in the order of the tables."""
+    for table, known in rules.items():
+        if table in TABLES:
+            found = {}
+            for name in sorted(TABLES, key=lambda other: other == table):  # the table's own cases replace those of others
+                found.update(collect_findings(sorted(root.glob(SHOWN_CASES.format(name)))))
+        elif table in SHOWN_ELSEWHERE:
+            paths = [*sorted(root.glob("docs/*.md")), *sorted(root.glob(SHOWN_CASES.format(table)))]
+            found = collect_findings(paths, SHOWN_ELSEWHERE[table])
+        else:
+            continue
+        for rule in known:
+            for severity in ("error", "warning"):
+                if (rule["name"], severity) in found:
+                    yield table, rule["name"], severity, found[rule["name"], severity][1]
+
+
+def shown_source(root, rules):
+    """The content of SHOWN."""
+    rows = [f'    {{"{table}", "{rule}", Severity::k{severity.capitalize()},\n     R"~({text})~"}},'
+            for table, rule, severity, text in examples_to_show(root, rules)]
+    return "\n".join(["// Written by tests/lint/check_rules.py --update, from the golden cases of the tests and from the documentation.",
+                      "", '#include "tools/explain/rule_examples.h"', "", "namespace qzlog_tool {", "", "namespace {", "",
+                      "using qzlog_compiler::Severity;", "", "// clang-format off",
+                      "constexpr RuleExample kExamples[] = {", *rows, "};", "// clang-format on", "", "}  // namespace", "",
+                      "std::span<const RuleExample> all_rule_examples() { return kExamples; }", "", "}  // namespace qzlog_tool", ""])
 
 
 def place(name):
@@ -103,6 +164,9 @@ def check(root, rules):
     findings += check_former_names(rules, page)
     findings += [f"{PAGE}: nothing is known of the {name} rules" for name in rules
                  if name not in [*TABLES, *OTHER_TABLES, "diff"]]
+    shown = root / SHOWN
+    if not shown.is_file() or shown.read_text(encoding="utf-8") != shown_source(root, rules):
+        findings.append(f"{SHOWN}: the examples are out of date; run tests/lint/check_rules.py --update")
     found = DIFF_TABLE.search((root / DIFF_PAGE).read_text(encoding="utf-8"))
     if not found or found.group(1) != diff_table(rules):
         findings.append(f"{DIFF_PAGE}: the table of changes is out of date; run tests/lint/check_rules.py --update")
@@ -115,6 +179,7 @@ def update(root, rules):
     for name in TABLES:
         text = place(name).sub(lambda _, name=name: table(root, name, rules), text)
     page.write_text(text, encoding="utf-8")
+    (root / SHOWN).write_text(shown_source(root, rules), encoding="utf-8")
     page = root / DIFF_PAGE
     page.write_text(DIFF_TABLE.sub(lambda _: diff_table(rules), page.read_text(encoding="utf-8")), encoding="utf-8")
 

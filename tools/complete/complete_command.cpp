@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <iostream>
 #include <memory>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -32,6 +33,16 @@ bool is_one_word(std::string_view name) {
   });
 }
 
+// What `qzlog explain` takes: with definitions an event, without any a rule.
+constexpr const char* kExplained = "explained";
+
+int complete_rules(const std::vector<qzlog_compiler::KnownRule>& rules) {
+  std::set<std::string_view> names;
+  for (const qzlog_compiler::KnownRule& rule : rules) names.insert(rule.info->name);
+  for (const std::string_view name : names) std::cout << name << '\n';
+  return kExitSuccess;
+}
+
 // An auxiliary file is read for itself: what is wrong between two is no matter here, nor is what is wrong within one.
 int complete(const CompleteOptions& options) {
   KnownDefinitions known;
@@ -39,7 +50,7 @@ int complete(const CompleteOptions& options) {
     known.add(read_errors_only(read_definition_file(path), {}).model);
   }
   passed_over().clear();  // a shell shows what is said here between the words of a command line
-  for (const std::string_view name : options.kind == "events" ? known.event_names() : known.attribute_names()) {
+  for (const std::string_view name : options.kind == "attributes" ? known.attribute_names() : known.event_names()) {
     if (is_one_word(name) && qzlog_compiler::is_utf8(name)) std::cout << name << '\n';
   }
   return kExitSuccess;
@@ -47,13 +58,16 @@ int complete(const CompleteOptions& options) {
 
 }  // namespace
 
-void add_complete_command(CLI::App& app, int& exit_status) {
+void add_complete_command(CLI::App& app, int& exit_status, qzlog_compiler::RuleList rules) {
   CLI::App* const command = app.add_subcommand("complete", "The names that definitions have, for completions");
   command->group("");
   const auto options = std::make_shared<CompleteOptions>();
-  command->add_option("KIND", options->kind)->required()->check(CLI::IsMember({"events", "attributes"}));
-  command->add_option("DEFINITIONS", options->definitions)->required();
-  command->callback([options, &exit_status] { exit_status = complete(*options); });
+  command->add_option("KIND", options->kind)->required()->check(CLI::IsMember({"events", "attributes", kExplained}));
+  command->add_option("DEFINITIONS", options->definitions);
+  command->callback([options, rules, &exit_status] {
+    const bool of_rules = options->kind == kExplained && options->definitions.empty();
+    exit_status = of_rules ? complete_rules(rules()) : complete(*options);
+  });
 }
 
 }  // namespace qzlog_tool

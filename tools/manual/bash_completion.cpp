@@ -37,14 +37,14 @@ _qzlog_files() { # CURRENT SUFFIX...: folders, and files with one of the suffixe
 }
 
 # Of the definitions that the line names before the cursor; a standard stream is left to the command.
-_qzlog_names() { # events|attributes
+_qzlog_names() { # events|attributes|explained (events, or rules where the line names no definitions)
   local files=() i
   for ((i = 1; i < COMP_CWORD - 1; ++i)); do
     [[ ${COMP_WORDS[i]} == --definitions || ${COMP_WORDS[i]} == --aux ]] || continue
     if [[ ${COMP_WORDS[i + 1]} == '=' ]]; then ((++i)); fi
     if [[ ${COMP_WORDS[i + 1]} != - ]]; then files+=("${COMP_WORDS[i + 1]/#\~/$HOME}"); fi
   done
-  if ((${#files[@]})); then qzlog complete "$1" "${files[@]}" 2>/dev/null; fi
+  if ((${#files[@]})) || [[ $1 == explained ]]; then qzlog complete "$1" "${files[@]}" 2>/dev/null; fi
 }
 
 _qzlog_expression() { # CURRENT: the attribute at its end
@@ -113,6 +113,8 @@ std::string action(const ValueKind& value) {
       return "_qzlog_files \"$2\"" + (value.items.empty() ? "" : " " + joined(value.items, " "));
     case ValueKind::Type::kEvent:
       return "_qzlog_words \"$(_qzlog_names events)\" \"$2\"";
+    case ValueKind::Type::kExplained:
+      return "_qzlog_words \"$(_qzlog_names explained)\" \"$2\"";
     case ValueKind::Type::kExpression:
       return "_qzlog_expression \"$2\"";
     default:

@@ -37,7 +37,7 @@ function __qzlog_files --description 'Folders, and files with one of the suffixe
     __fish_complete_path $current | string match --regex -- ".*(?:/|$suffixes)(?:\t.*)?\$"
 end
 
-function __qzlog_names --description 'Names in the definitions that the line gives before the cursor'
+function __qzlog_names --description 'Names in the definitions that the line gives before the cursor; without any those of rules, to be explained'
     set -l words (commandline -opc)
     set -l files
     for i in (seq 2 (count $words))
@@ -49,7 +49,7 @@ function __qzlog_names --description 'Names in the definitions that the line giv
         end
     end
     set files (string match --invert -- - $files)
-    test -n "$files"; and qzlog complete $argv $files 2>/dev/null
+    test -n "$files"; or test "$argv" = explained; and qzlog complete $argv $files 2>/dev/null
 end
 
 function __qzlog_expression --description 'An expression with the attribute at its end'
@@ -75,6 +75,8 @@ std::string value_arguments(const ValueKind& value) {
       return value.items.empty() ? " -F" : " -a '(__qzlog_files " + joined(value.items, " ") + ")'";
     case ValueKind::Type::kEvent:
       return " -a '(__qzlog_names events)'";
+    case ValueKind::Type::kExplained:
+      return " -a '(__qzlog_names explained)'";
     case ValueKind::Type::kExpression:
       return " -a '(__qzlog_expression)'";
     default:

@@ -32,7 +32,7 @@ _qzlog_one_value() { # OPTION...
 }
 
 # Of the definitions that the line names before the cursor; a standard stream is left to the command.
-_qzlog_names() { # events|attributes
+_qzlog_names() { # events|attributes|explained (events, or rules where the line names no definitions)
   local -a files names
   local -i i
   for ((i = 1; i < CURRENT; ++i)); do
@@ -42,12 +42,14 @@ _qzlog_names() { # events|attributes
     esac
   done
   files=(${files:#-})
-  ((${#files})) || return 1
+  ((${#files})) || [[ $1 == explained ]] || return 1
   names=(${(f)"$(qzlog complete $1 ${files/#\~/$HOME} 2>/dev/null)"})
   compadd -a names
 }
 
 _qzlog_events() { _qzlog_names events }
+
+_qzlog_explained() { _qzlog_names explained }
 
 _qzlog_expression() { # the attribute at its end
   compset -P '*[ (]'
@@ -83,6 +85,8 @@ std::string action(const ValueKind& value) {
       return value.items.empty() ? "_files" : "_files -g \"" + suffix_pattern(value.items) + "\"";
     case ValueKind::Type::kEvent:
       return "_qzlog_events";
+    case ValueKind::Type::kExplained:
+      return "_qzlog_explained";
     case ValueKind::Type::kExpression:
       return "_qzlog_expression";
     default:

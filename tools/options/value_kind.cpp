@@ -70,6 +70,7 @@ ValueKind value_kind(std::string_view whole_name) {
   if (name == "ll_CC") return {Type::kChoice, locale_names()};
   if (name == "ZONE") return {Type::kChoice, offered_zones()};
   if (name == "EVENT") return {Type::kEvent, {}};
+  if (name == "ID|NAME|RULE") return {Type::kExplained, {}};
   if (name == "EXPRESSION" || name == "ATTRIBUTE") return {Type::kExpression, {}};
   if (name == "DIR") return {Type::kFolder, {}};
   if (name.size() == 3 && is_digit(name[0]) && name[1] == '-' && is_digit(name[2])) {

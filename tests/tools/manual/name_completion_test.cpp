@@ -25,6 +25,8 @@ class NameCompletion : public qzlog_test::CompletionFixture {
     command->add_option("--definitions", definitions, "Definitions")->type_name("STD.ldf|STD.yaml");
     command->add_option("--aux", auxiliary, "More")->type_name("AUX.ldf|AUX.yaml");
     add_choice_options(*command, options);
+    std::string explained;
+    command->add_option("ENTRY", explained, "What is explained")->type_name("ID|NAME|RULE");
     const qzlog_tool::CommandNode root = qzlog_tool::read_command_tree(app);
     for (const char* const folder : {"bin", "zsh"}) std::filesystem::create_directory(folder_.path(folder));
     std::filesystem::create_symlink(QZLOG_COMMAND, folder_.path("bin") + "/qzlog");
@@ -86,10 +88,24 @@ TEST_F(NameCompletion, Zsh_OffersEventsAndAttributes) {
   EXPECT_EQ(in_zsh("qzlog choose --name "), "[qzlog choose --name ]\n");
 }
 
+/// `qzlog explain` takes an event of definitions that the line names, else a rule.
+TEST_F(NameCompletion, Explained_IsAnEventOfDefinitionsOrARule) {
+  EXPECT_EQ(in_bash("qzlog choose unused-a"), "unused-accept|unused-attribute\n");
+  EXPECT_EQ(in_bash("qzlog choose --definitions disk.yaml DISK_F"), "DISK_FULL\n");
+  EXPECT_EQ(in_fish("qzlog choose unused-a"), "unused-accept|unused-attribute\n");
+  EXPECT_EQ(in_fish("qzlog choose --definitions disk.yaml DISK_F"), "DISK_FULL\n");
+  EXPECT_EQ(in_zsh("qzlog choose unused-at"), "unused-attribute|[qzlog choose unused-attribute ]\n");
+  EXPECT_EQ(in_zsh("qzlog choose --definitions disk.yaml DISK_F"),
+            "DISK_FULL|[qzlog choose --definitions disk.yaml DISK_FULL ]\n");
+}
+
 TEST_F(NameCompletion, CommandItself_PrintsNamesAndIsShownNowhere) {
   const auto names = run("'" QZLOG_COMMAND "' complete attributes disk.yaml site.yaml");
   EXPECT_EQ(names.out, "Name\nNature\nNumber\n");
   EXPECT_EQ(names.status, 0);
+  EXPECT_EQ(run("'" QZLOG_COMMAND "' complete explained disk.yaml").out, "DISK_FULL\nDISK_OK\n");
+  EXPECT_NE(run("'" QZLOG_COMMAND "' complete explained").out.find("\nunknown-key\nunknown-message\n"),
+            std::string::npos);
   EXPECT_EQ(run("'" QZLOG_COMMAND "' complete events missing.yaml").status, 2);
   EXPECT_EQ(run("'" QZLOG_COMMAND "' complete others disk.yaml").status, 2);
   EXPECT_EQ(run("'" QZLOG_COMMAND "' --help").out.find("complete"), std::string::npos);

@@ -40,6 +40,7 @@ TEST(ValueKind, NamesOfValues_TellWhatTheyAre) {
       {"DIR/NAME", Type::kFile, {}},
       {"DIR", Type::kFolder, {}},
       {"EVENT", Type::kEvent, {}},
+      {"ID|NAME|RULE", Type::kExplained, {}},
       {"EXPRESSION", Type::kExpression, {}},
       {"N", Type::kText, {}},
       {"N|NAME", Type::kText, {}},
