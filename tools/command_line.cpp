@@ -5,12 +5,16 @@
 #include <iostream>
 #include <memory>
 #include <new>
+#include <string>
+#include <string_view>
+#include <vector>
 
 #include "qzlog/qz_exception.h"
 #include "qzlog/version.h"
 #include "tools/catalog/catalog_command.h"
 #include "tools/check/check_command.h"
 #include "tools/compile/compile_command.h"
+#include "tools/compiler/text/nearest_word.h"
 #include "tools/complete/complete_command.h"
 #include "tools/count/count_command.h"
 #include "tools/diff/diff_command.h"
@@ -76,16 +80,50 @@ void add_commands(CLI::App& app, int& exit_status) {
 
 void print_error(std::string_view text) { print_command_message(qzlog_compiler::Severity::kError, text); }
 
+/// The command that the command line has got to.
+const CLI::App& latest_command(const CLI::App& app) {
+  const CLI::App* latest = &app;
+  while (!latest->get_subcommands().empty()) latest = latest->get_subcommands().back();
+  return *latest;
+}
+
+std::vector<std::string> visible_commands(const CLI::App& command) {
+  std::vector<std::string> names;
+  for (const CLI::App* const subcommand : command.get_subcommands({})) {
+    if (!subcommand->get_group().empty()) names.push_back(subcommand->get_name());
+  }
+  return names;
+}
+
+std::vector<std::string> long_options(const CLI::App& command) {
+  std::vector<std::string> names;
+  for (const CLI::Option* const option : command.get_options()) {
+    for (const std::string& name : option->get_lnames()) names.push_back("--" + name);
+  }
+  return names;
+}
+
+/// "; did you mean '--output'?", or nothing.
+std::string suggestion(const CLI::App& app, const std::vector<std::string>& unknown) {
+  const CLI::App& command = latest_command(app);
+  for (const std::string& word : unknown) {
+    const std::vector<std::string> names = word.starts_with("-") ? long_options(command) : visible_commands(command);
+    const std::vector<std::string_view> candidates(names.begin(), names.end());
+    const std::string question = qzlog_compiler::did_you_mean(word.substr(0, word.find('=')), candidates);
+    if (!question.empty()) return "; " + question;
+  }
+  return "";
+}
+
 // The parser complains about what is missing before it complains about what is unknown, which is the likelier mistake.
 std::string usage_error(const CLI::App& app, const CLI::ParseError& error) {
   const std::vector<std::string> unknown = app.remaining(true);
-  if (error.get_name() != "RequiredError" || unknown.empty()) return error.what();
-  std::string text = "'" + unknown.front() + "' was not expected";
+  const std::string question = suggestion(app, unknown);
+  if (error.get_name() != "RequiredError" || unknown.empty()) return error.what() + question;
+  std::string text = "'" + unknown.front() + "' was not expected" + question;
   if (!app.get_subcommands().empty()) return text;
-  text += "; the commands are";
-  for (const CLI::App* const command : app.get_subcommands({})) {
-    if (!command->get_group().empty()) text += ' ' + command->get_name();
-  }
+  text += question.empty() ? "; the commands are" : " The commands are";
+  for (const std::string& name : visible_commands(app)) text += ' ' + name;
   return text;
 }
 

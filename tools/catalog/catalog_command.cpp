@@ -35,6 +35,7 @@
 #include "tools/system/command_error.h"
 #include "tools/system/file_descriptor.h"
 #include "tools/system/file_lock.h"
+#include "tools/system/long_job.h"
 #include "tools/system/output_file.h"
 #include "tools/system/standard_input.h"
 #include "tools/system/terminal.h"
@@ -158,7 +159,10 @@ std::vector<Definitions> read_sources(const std::vector<std::string>& paths) {
   ReadingOptions options{.path = qzlog_compiler::RenderingPaths::kIcu};
   bool ok = true;
   for (const std::string& path : paths) {
-    sources.push_back(read_errors_only(read_definition_source(path), options));
+    {
+      const LongJob job("reading " + display_name(path));
+      sources.push_back(read_errors_only(read_definition_source(path), options));
+    }
     print_findings(sources.back(), options.standard);
     ok = ok && sources.back().ok();
     if (options.standard == nullptr && !ok) break;  // the others would only repeat it
@@ -204,6 +208,11 @@ void read_po_files(const CatalogOptions& options, CatalogRun& run) {
   for (const std::string& path : po_paths(options.po)) run.files.push_back({display_name(path), read_file(path)});
 }
 
+std::vector<LanguageCatalog> compare_translations(const CatalogMessages& messages, CatalogRun& run) {
+  const LongJob job("comparing translations");
+  return make_catalogs(messages, run.files, run.findings);
+}
+
 // --- extract ---------------------------------------------------------------------------------------------------------
 
 /// "storage 2.5"
@@ -228,6 +237,7 @@ PoFile begin_file(const std::string& path, const PoFile& po_template) {
 /// The files that would change, with what they would hold. What cannot be updated is in the findings.
 std::vector<Update> plan_updates(const CatalogOptions& options, const PoFile& po_template, CatalogRun& run) {
   std::vector<Update> updates;
+  const LongJob job("comparing translations");
   for (const std::string& path : options.po) {
     if (!fs::exists(path)) {
       updates.push_back({path, begin_file(path, po_template)});
@@ -302,11 +312,14 @@ int build(const CatalogOptions& options) {
   const std::optional<CatalogMessages> messages = collect_messages(options, run);
   if (!messages) return kExitFindings;
   read_po_files(options, run);
-  const std::vector<LanguageCatalog> catalogs = make_catalogs(*messages, run.files, run.findings);
+  const std::vector<LanguageCatalog> catalogs = compare_translations(*messages, run);
   if (!print(run)) return kExitFindings;
   const std::string source_language = qzlog_catalog::bundle_name(options.source_language).value();
-  const std::vector<NamedBundle> bundles =
-      run_genrb(options.genrb, bundle_sources(*messages, catalogs, source_language));
+  std::vector<NamedBundle> bundles;
+  {
+    const LongJob job("building the catalog");
+    bundles = run_genrb(options.genrb, bundle_sources(*messages, catalogs, source_language));
+  }
   return update_folder(options, bundles);
 }
 
@@ -333,7 +346,7 @@ int status(const CatalogOptions& options) {
   const std::optional<CatalogMessages> messages = collect_messages(options, run);
   if (!messages) return kExitFindings;
   read_po_files(options, run);
-  const std::vector<LanguageCatalog> catalogs = make_catalogs(*messages, run.files, run.findings);
+  const std::vector<LanguageCatalog> catalogs = compare_translations(*messages, run);
   const std::vector<Finding> findings = run.findings.take_sorted();
   print(findings, run);
   options.json ? print_status_json(std::cout, catalogs, findings) : print_status_table(std::cout, catalogs);
@@ -366,7 +379,7 @@ int write_journal_catalogs(const CatalogOptions& options) {
   if (!messages) return kExitFindings;
   const std::string product = journal_product(options, *messages);
   read_po_files(options, run);
-  const std::vector<LanguageCatalog> languages = make_catalogs(*messages, run.files, run.findings);
+  const std::vector<LanguageCatalog> languages = compare_translations(*messages, run);
   if (!print(run)) return kExitFindings;
   const std::vector<JournalCatalog> catalogs = journal_catalogs(product, *messages, languages);
   const FileDescriptor folder = make_folder(options.output);

@@ -23,6 +23,8 @@
 #include "tools/report/finding_json.h"
 #include "tools/report/finding_printer.h"
 #include "tools/system/command_error.h"
+#include "tools/system/file_descriptor.h"
+#include "tools/system/long_job.h"
 #include "tools/system/standard_input.h"
 #include "tools/system/terminal.h"
 #include "tools/templates/message_catalog.h"
@@ -188,7 +190,11 @@ class Check {
 
 int check(const CheckOptions& options) {
   refuse_repeated_standard_input({options.standard, options.auxiliary, options.config});
-  CheckResult result = Check(options).run();
+  CheckResult result;
+  {
+    const LongJob job("checking " + display_name(options.standard.empty() ? options.config : options.standard));
+    result = Check(options).run();
+  }
   if (options.errors_only) std::erase_if(result.findings, std::not_fn(qzlog_compiler::is_error));
   if (options.json) {
     std::cout << json_result_text(json_result(result.findings));

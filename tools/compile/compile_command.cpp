@@ -20,6 +20,8 @@
 #include "tools/options/option_checks.h"
 #include "tools/report/finding_printer.h"
 #include "tools/system/command_error.h"
+#include "tools/system/file_descriptor.h"
+#include "tools/system/long_job.h"
 #include "tools/system/output_file.h"
 #include "tools/system/standard_input.h"
 
@@ -108,14 +110,22 @@ std::optional<Definitions> compile_source(const CompileCommandOptions& options) 
     standard = read_without_errors(read_definition_file(options.standard), {}, kExitFindings);
     reading.standard = &standard;
   }
-  Definitions definitions = read_definitions(read_definition_source(options.source), reading);
+  Definitions definitions;
+  {
+    const LongJob job("compiling " + display_name(options.source));
+    definitions = read_definitions(read_definition_source(options.source), reading);
+  }
   print_findings(definitions, reading.standard);
   return definitions.ok() ? std::optional(std::move(definitions)) : std::nullopt;
 }
 
 std::optional<Definitions> merge_source(const Definitions& standard, const CompileCommandOptions& options) {
-  Definitions merged = merge_definitions(standard, read_definition_source(options.auxiliary),
-                                         message_path_of(options.path), !options.strip);
+  Definitions merged;
+  {
+    const LongJob job("compiling " + display_name(options.auxiliary));
+    merged = merge_definitions(standard, read_definition_source(options.auxiliary), message_path_of(options.path),
+                               !options.strip);
+  }
   print_findings(merged, &standard);
   return merged.ok() ? std::optional(std::move(merged)) : std::nullopt;
 }

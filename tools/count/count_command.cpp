@@ -14,6 +14,7 @@
 #include "tools/count/counter_file.h"
 #include "tools/count/merge_counts.h"
 #include "tools/options/option_checks.h"
+#include "tools/report/command_message.h"
 #include "tools/system/command_error.h"
 
 namespace qzlog_tool {
@@ -29,6 +30,7 @@ struct ChangeOptions {
   std::string count;
   std::string from;
   std::string to;
+  bool interval = false;
 };
 
 constexpr const char* kCountFooter =
@@ -63,13 +65,14 @@ constexpr const char* kDeleteFooter =
 
 With --from and --to the counts of all keys are deleted whose year, month and day each lie between those of the two dates.
 That is a box and no interval: 2026-01-10 to 2026-03-20 means the 10th to the 20th of January, February and March, and
-2025-12-25 to 2026-01-05 means nothing at all, as no month is both 12 or more and 1 or less. For a span across months, delete
-each month's part on its own.
+2025-12-25 to 2026-01-05 means nothing at all, as no month is both 12 or more and 1 or less. A box without a day is a warning. With
+--interval all days from the one date to the other are meant, both included.
 
 Examples:
   qzlog count delete events --date 2026-11-21 --key 1001
   qzlog count delete events --from 2025-01-01 --to 2025-12-31
   qzlog count delete events --from 2026-11-15 --to 2026-11-30
+  qzlog count delete events --from 2025-12-25 --to 2026-01-05 --interval
 )";
 
 std::string check_count(const std::string& text) {
@@ -105,6 +108,15 @@ int remove_one(const ChangeOptions& options, const CounterPath& path) {
   return kExitSuccess;
 }
 
+void warn_of_empty_box(const ChangeOptions& options) {
+  print_command_message(qzlog_compiler::Severity::kWarning, "nothing is deleted in '" +
+                                                                parse_counter_path(options.counter).file +
+                                                                "': no day has its year, "
+                                                                "month and day each between those of --from " +
+                                                                options.from + " and --to " + options.to +
+                                                                "; --interval deletes the days from one to the other");
+}
+
 int remove(const ChangeOptions& options) {
   const CounterPath path = parse_counter_path(options.counter);
   if (!options.day.empty()) return remove_one(options, path);
@@ -112,8 +124,14 @@ int remove(const ChangeOptions& options) {
     throw CommandError(kExitCannotRun, "give --date and --key, or --from and --to, to say what is deleted");
   }
   refuse_reversed_days(options.from, options.to);
+  const DayBox days = {parse_day(options.from).value(), parse_day(options.to).value()};
   CounterFile file(path, MissingCounter::kRefuse);
-  file.remove_box(parse_day(options.from).value(), parse_day(options.to).value());
+  if (options.interval) {
+    file.remove_interval(days.from, days.to);
+  } else {
+    if (days.is_empty()) warn_of_empty_box(options);
+    file.remove_box(days);
+  }
   file.close();
   return kExitSuccess;
 }
@@ -165,6 +183,7 @@ void add_delete(CLI::App& count_command, int& exit_status) {
   CLI::Option* const from =
       add_day_option(*command, "--from", options->from, "The lower corner of the box")->excludes(day);
   from->needs(add_day_option(*command, "--to", options->to, "The upper corner of the box")->needs(from));
+  command->add_flag("--interval", options->interval, "Delete all days from --from to --to, and not a box")->needs(from);
   command->callback([options, &exit_status] { exit_status = remove(*options); });
 }
 

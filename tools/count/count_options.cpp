@@ -3,7 +3,10 @@
 #include <CLI/CLI.hpp>
 #include <limits>
 #include <optional>
+#include <string_view>
+#include <vector>
 
+#include "tools/compiler/text/nearest_word.h"
 #include "tools/compiler/text/number_text.h"
 #include "tools/count/calendar_day.h"
 #include "tools/count/entry_counting.h"
@@ -21,6 +24,14 @@ std::string check_day(const std::string& text) {
 
 bool begins_like_number(const std::string& text) {
   return !text.empty() && (text[0] == '-' || (text[0] >= '0' && text[0] <= '9'));
+}
+
+/// "; did you mean 'DISK_FULL'?", or nothing.
+std::string nearest_entry(const Definitions& definitions, const std::string& name) {
+  std::vector<std::string_view> names;
+  for (const auto& entry : definitions.model.entries) names.emplace_back(entry.name);
+  const std::string question = qzlog_compiler::did_you_mean(name, names);
+  return question.empty() ? "" : "; " + question;
 }
 
 }  // namespace
@@ -56,7 +67,10 @@ std::int32_t read_key(const std::string& text, const std::string& definitions) {
   }
   const Definitions read = read_named_entries(definitions);
   const auto* const entry = DefinitionPair(read.model, nullptr).find_by_name(text);
-  if (entry == nullptr) throw CommandError(kExitCannotRun, "the definitions have no entry '" + text + "'");
+  if (entry == nullptr) {
+    throw CommandError(kExitCannotRun,
+                       "'" + read.shown_path + "' has no entry '" + text + "'" + nearest_entry(read, text));
+  }
   return counter_key(entry->id);
 }
 

@@ -138,11 +138,20 @@ void CounterFile::remove(CalendarDay day, std::int32_t key) {
 }
 
 // A range is deleted from the counter's current position on, which is the file's beginning after opening it.
-void CounterFile::remove_box(CalendarDay from, CalendarDay to) {
-  const FileLock lock(lock_file_.get());
+void CounterFile::free_box(const DayBox& box) {
   open_counter();
   errno = 0;
-  check(counter_->DeleteEntryElement(midnight(from), midnight(to)));
+  check(counter_->DeleteEntryElement(midnight(box.from), midnight(box.to)));
+}
+
+void CounterFile::remove_box(const DayBox& box) {
+  const FileLock lock(lock_file_.get());
+  free_box(box);
+}
+
+void CounterFile::remove_interval(CalendarDay from, CalendarDay to) {
+  const FileLock lock(lock_file_.get());
+  for (const DayBox& box : boxes_of_interval(from, to)) free_box(box);
 }
 
 }  // namespace qzlog_tool

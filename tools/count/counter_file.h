@@ -8,6 +8,7 @@
 
 #include "qzlog/logentrycounter.h"
 #include "tools/count/calendar_day.h"
+#include "tools/count/day_boxes.h"
 #include "tools/system/file_descriptor.h"
 
 namespace qzlog_tool {
@@ -36,14 +37,17 @@ class CounterFile {
   void set(CalendarDay day, std::int32_t key, std::uint32_t count);
   /// Frees the record of the day and key, if there is one.
   void remove(CalendarDay day, std::int32_t key);
-  /// Frees every record whose year, month and day each lie between those of the two days. `from` is not the later one.
-  void remove_box(CalendarDay from, CalendarDay to);
+  /// Frees every record whose year, month and day each lie between those of the box's.
+  void remove_box(const DayBox& box);
+  /// Frees every record of the days from `from` to `to`.
+  void remove_interval(CalendarDay from, CalendarDay to);
   /// Closes the file, for what was changed: a file system may say only now that it could not keep it. Nothing is
   /// changed afterwards.
   void close();
 
  private:
   void note_damage() const;
+  void free_box(const DayBox& box);
   void open_counter();
   void close_counter();
   void check(int result) const;

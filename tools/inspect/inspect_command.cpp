@@ -44,10 +44,9 @@ constexpr const char* kInspectFooter =
     "a\n"
     "terminal, lines are cut to its width. A damaged file is shown as far as it can be read; each damage is reported "
     "on\n"
-    "standard error with its offset, as FILE: offset N: error: REASON [rule-name]. Damaged names are a warning: "
-    "nothing "
-    "else\n"
-    "depends on them.\n"
+    "standard error with its offset, as FILE: offset N: error: REASON [rule-name]. Damaged names are a warning, for "
+    "nothing\n"
+    "else depends on them; the exit status is 1 all the same.\n"
     "\n"
     "Exit status: 0 success, 1 the file is damaged or has no source, 2 wrong usage or a file that cannot be read.\n"
     "\n"
@@ -90,7 +89,8 @@ std::vector<Finding> warnings_of(const LdfSurvey& survey, const std::string& fil
 void print(std::span<const Finding> findings, std::size_t count, const std::string& file, AnyRule rule) {
   FindingPrinter(stderr_has_colour()).print(findings, std::cerr);
   if (count == findings.size()) return;
-  std::cerr << display_name(file) << ": " << count - findings.size() << " further errors [" << rule.name() << "]\n";
+  std::cerr << display_name(file) << ": error: " << count - findings.size() << " further errors [" << rule.name()
+            << "]\n";
 }
 
 /// False when there is no source, and the reasons are told.

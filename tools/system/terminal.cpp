@@ -8,6 +8,7 @@
 
 #include "tools/compiler/text/number_text.h"
 #include "tools/system/file_descriptor.h"
+#include "tools/system/quiet.h"
 
 namespace qzlog_tool {
 
@@ -53,6 +54,8 @@ std::string_view escape_sequence(TextStyle style) {
 
 bool stderr_has_colour() { return colour_is_wanted() && terminal_can(STDERR_FILENO); }
 
+bool stderr_is_terminal() { return terminal_can(STDERR_FILENO); }
+
 bool stdout_has_colour() { return colour_is_wanted() && terminal_can(STDOUT_FILENO); }
 
 std::string coloured(std::string_view word, TextStyle style) {
@@ -76,7 +79,7 @@ std::size_t output_columns() {
 
 ProgressLine::ProgressLine(std::string_view unit)
     : unit_(unit),
-      enabled_(terminal_can(STDERR_FILENO) && ::isatty(STDOUT_FILENO) == 0),
+      enabled_(!is_quiet() && terminal_can(STDERR_FILENO) && ::isatty(STDOUT_FILENO) == 0),
       next_show_(std::chrono::steady_clock::now() + kFirstShow) {}
 
 void ProgressLine::look(std::uint64_t count) {

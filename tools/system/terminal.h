@@ -12,6 +12,9 @@ namespace qzlog_tool {
 /// Whether stderr shows colour: it is a terminal that can, and NO_COLOR is unset or empty.
 bool stderr_has_colour();
 
+/// Whether stderr is a terminal on which a line can be taken away again.
+bool stderr_is_terminal();
+
 /// What is set off from the text around it.
 enum class TextStyle { kError, kWarning, kNote, kMark };
 

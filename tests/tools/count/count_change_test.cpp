@@ -74,9 +74,6 @@ TEST_F(CountChange, DeleteFromTo_IsABoxOverYearMonthAndDay) {
   EXPECT_EQ(
       events(),
       counter_bytes({{2026, 1, 9, 7, 1}, {0, 0, 0, 0, 0}, {0, 0, 0, 0, 0}, {2026, 2, 25, 7, 4}, {0, 0, 0, 0, 0}}));
-  write("events.cnt", all);
-  expect_done("delete events --from 2025-12-25 --to 2026-01-05");
-  EXPECT_EQ(events(), all);
 }
 
 TEST_F(CountChange, WrongUse_IsExplainedWithStatus2AndChangesNothing) {
@@ -96,7 +93,9 @@ TEST_F(CountChange, WrongUse_IsExplainedWithStatus2AndChangesNothing) {
       {"add events --key -2147483649", "'-2147483649' is no key from -2147483648 to 4294967295\n"},
       {"add events --key 7a", "'7a' is no key from -2147483648 to 4294967295\n"},
       {"add events --key ONE", "the name 'ONE' needs --definitions\n"},
-      {"add events --key TWO --definitions d.yaml", "the definitions have no entry 'TWO'\n"},
+      {"add events --key TWO --definitions d.yaml", "'d.yaml' has no entry 'TWO'\n"},
+      {"add events --key OEN --definitions d.yaml", "'d.yaml' has no entry 'OEN'; did you mean 'ONE'?\n"},
+      {"delete events --interval", "--interval requires --from" + usage},
       {"add events --key ONE --definitions none.yaml", "cannot open 'none.yaml': No such file or directory\n"},
       {"add none/events --key 1", "cannot open 'none/events.cnt' for writing: No such file or directory\n"},
       {"set events --key 7 --count 5", "--date is required" + usage},
@@ -119,6 +118,41 @@ TEST_F(CountChange, WrongUse_IsExplainedWithStatus2AndChangesNothing) {
     EXPECT_EQ(result.status, 2) << row.arguments;
   }
   EXPECT_EQ(events(), content);
+}
+
+TEST_F(CountChange, BoxWithoutADay_IsAWarningAndTheIntervalIsDeleted) {
+  const std::string content =
+      counter_bytes({{2025, 12, 24, 7, 1}, {2025, 12, 25, 7, 2}, {2026, 1, 5, 8, 3}, {2026, 1, 6, 7, 4}});
+  write("events.cnt", content);
+  const std::string days = "delete events --from 2025-12-25 --to 2026-01-05";
+  const CommandResult box = count(days);
+  EXPECT_EQ(box.err,
+            "qzlog: warning: nothing is deleted in 'events.cnt': no day has its year, month and day each between those "
+            "of --from 2025-12-25 and --to 2026-01-05; --interval deletes the days from one to the other\n");
+  EXPECT_EQ(box.status, 0);
+  EXPECT_EQ(events(), content);
+  const CommandResult interval = count(days + " --interval");
+  EXPECT_EQ(interval.err, "");
+  EXPECT_EQ(interval.status, 0);
+  EXPECT_EQ(count("show events --json | grep '\"day\".*key'").out,
+            "    {\"day\": \"2025-12-24\", \"key\": 7, \"count\": 1},\n"
+            "    {\"day\": \"2026-01-06\", \"key\": 7, \"count\": 4}\n");
+}
+
+TEST_F(CountChange, DamagedRecords_AreToldByWhatChangesOthers) {
+  write("events.cnt", counter_bytes({{2026, 11, 21, 7, 1}, {2026, 2, 30, 7, 3}}));
+  const std::string told =
+      "qzlog: error: 1 record passed over (1 impossible-date); the first at events.cnt, offset 32\n";
+  for (const char* const change :
+       {"add events --date 2026-11-21 --key 7", "set events --date 2026-11-21 --key 7 --count 2",
+        "delete events --date 2026-11-20 --key 7"}) {
+    const CommandResult result = count(change);
+    EXPECT_EQ(result.err, told) << change;
+    EXPECT_EQ(result.status, 1) << change;
+  }
+  const CommandResult quiet = count("add events --date 2026-11-21 --key 7 --quiet");
+  EXPECT_EQ(quiet.err, "");
+  EXPECT_EQ(quiet.status, 1);
 }
 
 TEST_F(CountChange, BoxAndSingleDayTogether_AreRefused) {

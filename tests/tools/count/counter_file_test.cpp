@@ -133,7 +133,7 @@ TEST_F(CounterFileTest, RemoveBox_LooksAtEveryRecordAlsoAfterAnotherOperation) {
   folder_.write("events.cnt", counter_bytes({{2026, 11, 21, 7, 5}, {2026, 12, 1, 7, 6}, {2026, 11, 30, 8, 7}}));
   CounterFile file(path(), MissingCounter::kRefuse);
   file.increase(day("2026-11-30"), 8, 1);
-  file.remove_box(day("2026-11-21"), day("2026-11-30"));
+  file.remove_box({day("2026-11-21"), day("2026-11-30")});
   EXPECT_EQ(bytes(), counter_bytes({{0, 0, 0, 0, 0}, {2026, 12, 1, 7, 6}, {0, 0, 0, 0, 0}}));
 }
 

@@ -76,7 +76,7 @@ TEST_F(BashCompletion, LinesOfWords_GetWhatFits) {
 }
 
 TEST_F(BashCompletion, EveryOptionOfEveryCommand_IsOffered) {
-  EXPECT_EQ(complete("qzlog count delete -"), "--date --definitions --from --help --key --quiet --to -h\n");
+  EXPECT_EQ(complete("qzlog count delete -"), "--date --definitions --from --help --interval --key --quiet --to -h\n");
 }
 
 TEST_F(BashCompletion, FileNamesWithBlanks_AreOneOffer) {

@@ -144,6 +144,12 @@ TEST_F(ReadReceiver, Syslog_MessagesGiveTheirEntries) {
   EXPECT_EQ(result.status, 0);
   EXPECT_EQ(run("$QZLOG render --no-icu --definitions d.yaml --from syslog < messages").out, "5\n");
   EXPECT_EQ(run("$QZLOG stats --definitions d.yaml --csv --from syslog messages").status, 0);
+  write("cut", "Nov 21 08:15:29 host other[1]: hello\nNov 21 08:15:30 host shop[7]: [qzlog@1 entry=\"{\\\"id\n");
+  const CommandResult cut = render("--from syslog cut");
+  EXPECT_EQ(cut.err,
+            "cut: messages of syslog: 0 with entries, 1 that are not whole, 1 of others\n"
+            "qzlog: error: 1 message passed over (1 not-whole); the first at cut:2\n");
+  EXPECT_EQ(cut.status, 1);
   EXPECT_EQ(render("--from syslog nowhere").status, 2);
 }
 
