@@ -18,9 +18,11 @@
 #include "tools/inspect/inspect_command.h"
 #include "tools/known_rules.h"
 #include "tools/manual/help_layout.h"
+#include "tools/options/quiet_option.h"
 #include "tools/render/render_command.h"
 #include "tools/report/command_message.h"
 #include "tools/report/library_text.h"
+#include "tools/report/passed_over.h"
 #include "tools/ship/ship_command.h"
 #include "tools/stats/stats_command.h"
 #include "tools/system/command_error.h"
@@ -54,6 +56,13 @@ constexpr void (*kCommands[])(CLI::App& app, int& exit_status) = {
     add_stats_command,   add_count_command,   add_catalog_command, add_ship_command, add_complete,
 };
 
+/// To each that runs, but for what completions ask.
+void add_quiet_options(CLI::App& command) {
+  const std::vector<CLI::App*> own = command.get_subcommands({});
+  if (own.empty() && !command.get_group().empty()) add_quiet_option(command);
+  for (CLI::App* const subcommand : own) add_quiet_options(*subcommand);
+}
+
 /// A subcommand stores its exit status in `exit_status`, which has to outlive `app`.
 void add_commands(CLI::App& app, int& exit_status) {
   app.formatter(std::make_shared<HelpLayout>());
@@ -62,6 +71,7 @@ void add_commands(CLI::App& app, int& exit_status) {
   app.set_version_flag("--version", std::string("qzlog ") + kVersionNumber);
   app.require_subcommand(1);
   for (const auto add_command : kCommands) add_command(app, exit_status);
+  for (CLI::App* const command : app.get_subcommands({})) add_quiet_options(*command);
 }
 
 void print_error(std::string_view text) { print_command_message(qzlog_compiler::Severity::kError, text); }
@@ -99,12 +109,7 @@ int finish_output(int exit_status) {
   return exit_status;
 }
 
-}  // namespace
-
-const char* const kVersionNumber =
-    QZLOG_TEXT(QZLOG_VERSION_MAJOR) "." QZLOG_TEXT(QZLOG_VERSION_MINOR) "." QZLOG_TEXT(QZLOG_VERSION_PATCH);
-
-int run_command_line(const std::vector<std::string>& arguments) {
+int run_reporting_errors(const std::vector<std::string>& arguments) {
   try {
     return finish_output(parse_and_run(arguments));
   } catch (const CommandError& error) {
@@ -118,6 +123,18 @@ int run_command_line(const std::vector<std::string>& arguments) {
     print_error(error.what());
   }
   return kExitCannotRun;
+}
+
+}  // namespace
+
+const char* const kVersionNumber =
+    QZLOG_TEXT(QZLOG_VERSION_MAJOR) "." QZLOG_TEXT(QZLOG_VERSION_MINOR) "." QZLOG_TEXT(QZLOG_VERSION_PATCH);
+
+int run_command_line(const std::vector<std::string>& arguments) {
+  passed_over().clear();
+  const int exit_status = run_reporting_errors(arguments);
+  tell_passed_over();
+  return exit_status == kExitSuccess && !passed_over().is_empty() ? kExitFindings : exit_status;
 }
 
 CommandNode command_line_tree() {

@@ -26,10 +26,13 @@ enum qz_AttributeType : int {
   TypeMBChar256 = 18,
   TypeMBChar1K = 19,
   TypeMBChar2K = 20,
+  /// The three time types hold the same, a qz_Time with date and time of day. They differ in what qzlog compile shows
+  /// for {NAME}: the date, the time of day, or both. A message shows the time on the clock that the value was added
+  /// with: GMT, unless the caller called GMT_to_local() before. The entry's own TIMESTAMP is shown in local time.
   TypeDate = 21,
-  TypeTime = 22,
-  TypeTimestamp = 23,
-  TypeGUID = 24  ///< can be defined, but no add method accepts it
+  TypeTime = 22,       ///< as TypeDate
+  TypeTimestamp = 23,  ///< as TypeDate
+  TypeGUID = 24        ///< can be defined, but no add method accepts it
 };
 
 struct qz_AttributeTypeName {

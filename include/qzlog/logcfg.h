@@ -60,6 +60,9 @@ class QZLOG_EXPORT qz_LOG_LogConfig {
   static void SetSynchronizationLevel(qz_SynchronizationLevelType level);
   static qz_SynchronizationLevelType GetSynchronizationLevel();
 
+  /// A mark that the parts of a product agree on: whether they count the entries that they log (initially false). The
+  /// library stores it and does nothing by it: it counts with qz_LOG_SharedCounter or _qz_LOG_EntryCounter, whatever is
+  /// set here.
   static void EnableCountConfig(bool enable);
   static bool IsEnableCountConfig();
 

@@ -101,6 +101,13 @@ class QZLOG_EXPORT qz_LOG_LogEntry {
   /// Add an attribute or replace its value. Text longer than its type allows throws QZX_logging_invalid_attribute_value
   /// or is cut, see qz_LOG_LogConfig::SetActionAttrLenExceed; line feeds and carriage returns are stored as "\n" and
   /// "\r" (two characters each). AddAttribTime serves all three time types.
+  ///
+  /// AddAttribStr serves the Char types: bytes that are stored unchecked, whose limit is a number of bytes. ICU takes
+  /// them to be in the configured code page (qz_LOG_LogConfig::SetCodePage) when the message is shown, as it takes
+  /// those of AddAttribMBStr; a text that is cut may then end within a character. AddAttribMBStr serves the MBChar
+  /// types: text in the configured code page at the time of the call, whose limit is a number of UTF-16 code units
+  /// where ICU is enabled, and of bytes where it is not; with ICU it is cut between those. Without ICU both are shown
+  /// byte by byte.
   void AddAttribBool(const char* name, bool value);
   void AddAttrib1u(const char* name, unsigned char value);
   void AddAttrib1(const char* name, char value);

@@ -58,7 +58,7 @@ ALLOWED = {
 # The command: a folder includes only what stands before it. The subcommands, which stand behind all of it, use nothing of each other
 # but what is named; the files in tools/ itself use everything.
 TOOLS = ["compiler/text", "system", "report", "options", "compiler/model", "compiler/file", "compiler/message", "compiler/source",
-         "definitions", "logs", "syslog", "choice", "transport", "merge", "shown", "templates", "manual"]
+         "configuration", "definitions", "logs", "syslog", "choice", "transport", "merge", "shown", "templates", "manual"]
 SUBCOMMANDS = {
     "compile": [],
     "complete": [],
@@ -85,6 +85,7 @@ OUTSIDE = {
 # Files of the library that are compiled into the tools as well, each with its reason.
 SHARED = {
     "config/configuration_format.h": "the tools tell of the lines that the library does not read",
+    "config/filter_values.h": "the tools check the values of keys that filters ask for",
     "counter/record_layout.h": "the tools read the file that the library counts in",
     "definitions/definition_format.h": "the tools write and show the file that the library reads",
     "definitions/names_*.h": "the tools write, show and check the names that the library reads",

@@ -1,6 +1,7 @@
 #include "tests/support/child_process.h"
 
 #include <signal.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -41,7 +42,9 @@ bool ends_in_time(pid_t id, int& status) {
 
 ChildProcess::ChildProcess(const std::function<int()>& body) : id_(fork()) {
   if (id_ < 0) throw std::runtime_error("no process");
-  if (id_ == 0) std::quick_exit(status_of(body));
+  if (id_ > 0) return;
+  prctl(PR_SET_PDEATHSIG, SIGKILL);
+  std::quick_exit(status_of(body));
 }
 
 ChildProcess::~ChildProcess() {

@@ -9,7 +9,8 @@
 
 namespace qz_test {
 
-/// A fork of the test. One that does not end in time is killed, so that a deadlock fails a test and does not stop it.
+/// A fork of the test. One that does not end in time is killed, with the children that it waits for, so that a deadlock
+/// fails a test and does not stop it. It ends with the thread that made it, too.
 class ChildProcess {
  public:
   /// The child ends with what `body` returns, without destructors of static objects, or with kThrew.

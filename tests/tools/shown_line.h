@@ -13,6 +13,11 @@ inline std::string shown_line(std::uint64_t number, const std::string& line) {
   return std::string(5 - digits.size(), ' ') + digits + " | " + line + "\n      | " + caret + '\n';
 }
 
+/// How the command says at its end that it passed over a line, for the reason `rule`.
+inline std::string one_line_passed_over(const std::string& rule, const std::string& place) {
+  return "qzlog: error: 1 line passed over (1 " + rule + "); the first at " + place + '\n';
+}
+
 }  // namespace qzlog_test
 
 #endif  // QZLOG_TESTS_TOOLS_SHOWN_LINE_H

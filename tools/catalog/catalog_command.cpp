@@ -11,6 +11,7 @@
 #include <list>
 #include <memory>
 #include <optional>
+#include <set>
 #include <span>
 #include <string>
 #include <system_error>
@@ -20,6 +21,7 @@
 #include "tools/catalog/catalog_build.h"
 #include "tools/catalog/catalog_extract.h"
 #include "tools/catalog/catalog_messages.h"
+#include "tools/catalog/catalog_rules.h"
 #include "tools/catalog/catalog_status.h"
 #include "tools/catalog/folder_update.h"
 #include "tools/catalog/genrb.h"
@@ -29,6 +31,7 @@
 #include "tools/definitions/definitions.h"
 #include "tools/options/option_checks.h"
 #include "tools/report/finding_printer.h"
+#include "tools/report/passed_over.h"
 #include "tools/system/command_error.h"
 #include "tools/system/file_descriptor.h"
 #include "tools/system/file_lock.h"
@@ -309,6 +312,22 @@ int build(const CatalogOptions& options) {
 
 // --- status ----------------------------------------------------------------------------------------------------------
 
+/// Files that no language was counted for.
+void note_unread_files(std::span<const PoText> files) {
+  std::set<std::string> languages;
+  for (const PoText& text : files) {
+    Findings findings;
+    const std::optional<LanguageFile> file = qzlog_catalog::read_language(text, findings);
+    if (file && languages.insert(file->language).second) continue;
+    if (file) {
+      passed_over().add("PO file", qzlog_compiler::rule_name(qzlog_catalog::CatalogRule::kDuplicateLanguage),
+                        text.name);
+    } else {
+      passed_over().add("PO file", findings.all().front().rule.name(), text.name, findings.all().front().place);
+    }
+  }
+}
+
 int status(const CatalogOptions& options) {
   CatalogRun run;
   const std::optional<CatalogMessages> messages = collect_messages(options, run);
@@ -320,6 +339,7 @@ int status(const CatalogOptions& options) {
   options.json ? print_status_json(std::cout, catalogs, findings) : print_status_table(std::cout, catalogs);
   const bool complete = std::all_of(catalogs.begin(), catalogs.end(),
                                     [](const LanguageCatalog& catalog) { return catalog.counts.complete(); });
+  note_unread_files(run.files);
   const bool all_read = catalogs.size() == run.files.size();
   return all_read && (complete || !options.require_complete) ? kExitSuccess : kExitFindings;
 }

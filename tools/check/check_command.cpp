@@ -15,6 +15,7 @@
 #include "tools/check/compiled_check.h"
 #include "tools/check/library_check.h"
 #include "tools/check/syslog_check.h"
+#include "tools/configuration/config_file.h"
 #include "tools/definitions/definitions.h"
 #include "tools/definitions/entry_view.h"
 #include "tools/definitions/message_path_option.h"
@@ -31,12 +32,15 @@ namespace qzlog_tool {
 namespace {
 
 using qzlog_compiler::Finding;
+using qzlog_compiler::LineBreaks;
 using qzlog_compiler::RenderingPaths;
 
 struct CheckOptions {
   std::string standard;
   std::string auxiliary;
   std::string catalog;
+  std::string config;
+  std::string section;
   std::string path = "both";
   std::string source_language = "en";
   bool json = false;
@@ -54,7 +58,11 @@ or has too many, references that it loses, adds or shows in another format, patt
 that nobody translated, messages that were built from another text than the definitions have now. Give the auxiliary
 file too where the catalog has its messages.
 
-Findings go to standard output, with the line of a source that they are about, or as JSON with --json.
+With --config a configuration file is checked, with definitions or alone: values that are no number and lines that are lost
+are errors, keys that are nearly one that filters ask for, and settings that let no entry pass, are warnings. Other keys
+and sections are the product's own. With --section the section has to be there.
+
+Findings go to standard output, with the line of a text that they are about, or as JSON with --json.
 
 Exit status: 0 no errors, 1 errors (with --strict warnings too), 2 wrong usage or a file that cannot be read.
 
@@ -63,17 +71,24 @@ Examples:
   qzlog check storage.ldf site.ldf --catalog messages
   qzlog check storage.ldf --path icu --errors-only
   qzlog check storage.yaml --strict --json
+  qzlog check --config qzlog.conf --section storaged
 )";
 
-/// What a check found, and the texts of the sources that it is about.
+/// A text that findings are about.
+struct CheckedText {
+  std::string file;
+  std::string text;
+  LineBreaks breaks;
+};
+
 struct CheckResult {
   std::vector<Finding> findings;
-  std::vector<std::pair<std::string, std::string>> sources;
+  std::vector<CheckedText> texts;
 
   bool has_errors() const { return qzlog_compiler::has_errors(findings); }
   void print(std::ostream& out) const {
     FindingPrinter printer(stdout_has_colour());
-    for (const auto& [file, text] : sources) printer.add_source(file, text);
+    for (const CheckedText& checked : texts) printer.add_source(checked.file, checked.text, checked.breaks);
     printer.print(findings, out);
   }
 };
@@ -83,6 +98,13 @@ class Check {
   explicit Check(const CheckOptions& options) : options_(options), path_(message_path_of(options.path)) {}
 
   CheckResult run() {
+    if (!options_.standard.empty()) check_definitions();
+    if (!options_.config.empty()) check_configuration();
+    return std::move(result_);
+  }
+
+ private:
+  void check_definitions() {
     const Definitions standard = read(options_.standard, nullptr);
     CheckReport report(standard.shown_path, result_.findings);
     const bool loaded = !standard.bytes.empty() && check_standard_with_library(standard.bytes, report);
@@ -92,16 +114,23 @@ class Check {
     if (!options_.auxiliary.empty()) auxiliary = check_auxiliary(standard, loaded);
     if (!options_.catalog.empty()) check_languages(standard, auxiliary ? &*auxiliary : nullptr);
     name_entries({standard.model, auxiliary ? &auxiliary->model : nullptr});
-    return std::move(result_);
   }
 
- private:
+  void check_configuration() {
+    ConfigFile file = read_config_file(options_.config, options_.section);
+    add(file.findings);
+    result_.texts.push_back({std::move(file.shown_path), std::move(file.content), LineBreaks::kLineFeed});
+  }
+
+  void add(const std::vector<Finding>& findings) {
+    result_.findings.insert(result_.findings.end(), findings.begin(), findings.end());
+  }
+
   Definitions read(const std::string& path, const Definitions* standard) {
     Definitions definitions = read_definitions(read_definition_file(path), {.standard = standard, .path = path_});
     if (!definitions.is_source) return definitions;
-    const std::vector<Finding>& found = definitions.diagnostics;
-    result_.findings.insert(result_.findings.end(), found.begin(), found.end());
-    result_.sources.emplace_back(definitions.shown_path, definitions.source);
+    add(definitions.diagnostics);
+    result_.texts.push_back({definitions.shown_path, definitions.source, LineBreaks::kYaml});
     return definitions;
   }
 
@@ -158,7 +187,7 @@ class Check {
 };
 
 int check(const CheckOptions& options) {
-  refuse_repeated_standard_input({options.standard, options.auxiliary});
+  refuse_repeated_standard_input({options.standard, options.auxiliary, options.config});
   CheckResult result = Check(options).run();
   if (options.errors_only) std::erase_if(result.findings, std::not_fn(qzlog_compiler::is_error));
   if (options.json) {
@@ -173,16 +202,20 @@ int check(const CheckOptions& options) {
 }  // namespace
 
 void add_check_command(CLI::App& app, int& exit_status) {
-  CLI::App* const command = app.add_subcommand("check", "Report what is refused or surprising in definitions");
+  CLI::App* const command =
+      app.add_subcommand("check", "Report what is refused or surprising in definitions or settings");
   const auto options = std::make_shared<CheckOptions>();
   command->footer(kCheckFooter);
-  command->add_option("STD", options->standard, "The log definition file, compiled or a source; - is standard input")
-      ->type_name("STD.ldf|STD.yaml")
-      ->required();
+  CLI::Option* const standard =
+      command
+          ->add_option("STD", options->standard, "The log definition file, compiled or a source; - is standard input")
+          ->type_name("STD.ldf|STD.yaml")
+          ->check(check_not_empty);
   command->add_option("AUX", options->auxiliary, "An auxiliary definition file over it, compiled or a source")
       ->type_name("AUX.ldf|AUX.yaml");
   command->add_option("--catalog", options->catalog, "A folder of ICU resource bundles to compare with the definitions")
       ->type_name("DIR")
+      ->needs(standard)
       ->check(CLI::Validator(CLI::ExistingDirectory).description(""));
   command
       ->add_option("--source-language", options->source_language,
@@ -190,11 +223,21 @@ void add_check_command(CLI::App& app, int& exit_status) {
       ->type_name("LANGUAGE")
       ->capture_default_str()
       ->check(check_not_empty);
+  CLI::Option* const config = command->add_option("--config", options->config, "A configuration file to check")
+                                  ->type_name("FILE")
+                                  ->check(check_not_empty);
+  command->add_option("--section", options->section, "The section that the configuration file has to have")
+      ->type_name("NAME")
+      ->needs(config)
+      ->check(check_not_empty);
   add_message_path_option(*command, options->path, "Rendering path that the texts have to come out right on");
   command->add_flag("--json", options->json, "Print the findings as JSON");
   const auto strict = command->add_flag("--strict", options->strict, "Warnings make the exit status 1 too");
   command->add_flag("--errors-only", options->errors_only, "Leave the warnings out")->excludes(strict);
-  command->callback([options, &exit_status] { exit_status = check(*options); });
+  command->callback([options, &exit_status] {
+    if (options->standard.empty() && options->config.empty()) throw CLI::RequiredError("STD or --config FILE");
+    exit_status = check(*options);
+  });
 }
 
 }  // namespace qzlog_tool

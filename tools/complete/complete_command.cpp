@@ -13,6 +13,7 @@
 #include "tools/compiler/text/utf8_text.h"
 #include "tools/definitions/definition_file.h"
 #include "tools/definitions/definitions.h"
+#include "tools/report/passed_over.h"
 #include "tools/system/command_error.h"
 
 namespace qzlog_tool {
@@ -48,6 +49,7 @@ int complete(const CompleteOptions& options) {
   for (const std::string& path : options.definitions) {
     known.add(read_errors_only(read_definition_file(path), {}).model);
   }
+  passed_over().clear();  // a shell shows what is said here between the words of a command line
   for (const std::string_view name : options.kind == "attributes" ? known.attribute_names() : known.event_names()) {
     if (is_one_word(name) && qzlog_compiler::is_utf8(name)) std::cout << name << '\n';
   }

@@ -20,6 +20,7 @@
 #include "tools/count/entry_counting.h"
 #include "tools/options/option_checks.h"
 #include "tools/report/finding_printer.h"
+#include "tools/report/passed_over.h"
 #include "tools/system/command_error.h"
 #include "tools/system/file_descriptor.h"
 #include "tools/system/output_file.h"
@@ -72,6 +73,7 @@ class DamageReport {
   void add(Finding damage) {
     ++count_;
     damage.file = file_name_;
+    passed_over().add_at("record", damage.rule.name(), file_name_, damage.offset.value_or(0));
     printer_.print({&damage, 1}, std::cerr);
     if (kept_.size() < kKeptFindings) kept_.push_back(std::move(damage));
   }

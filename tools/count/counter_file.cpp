@@ -10,6 +10,8 @@
 #include "counter/record_layout.h"
 #include "qzlog/qz_exception.h"
 #include "qzlog/qz_time.h"
+#include "tools/count/counter_reader.h"
+#include "tools/report/passed_over.h"
 #include "tools/system/command_error.h"
 #include "tools/system/file_lock.h"
 
@@ -70,7 +72,17 @@ CounterPath parse_counter_path(const std::string& argument) {
 
 CounterFile::CounterFile(CounterPath path, MissingCounter missing)
     : path_(std::move(path)), lock_file_(open_for_writing(path_.file, missing)) {
+  note_damage();
   open_counter();
+}
+
+// A counter passes over damaged records without a word, and writes over the part of one at the end.
+void CounterFile::note_damage() const {
+  const FileLock lock(lock_file_.get());
+  const auto note = [this](const qzlog_compiler::Finding& damage) {
+    passed_over().add_at("record", damage.rule.name(), path_.file, damage.offset.value_or(0));
+  };
+  read_counts(lock_file_.get(), path_.file, note, [](std::uint64_t) {});
 }
 
 void CounterFile::open_counter() {

@@ -43,6 +43,7 @@ class CounterFile {
   void close();
 
  private:
+  void note_damage() const;
   void open_counter();
   void close_counter();
   void check(int result) const;

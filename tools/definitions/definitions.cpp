@@ -7,6 +7,7 @@
 #include "tools/compiler/file/ldf_reader.h"
 #include "tools/compiler/source/compiler.h"
 #include "tools/report/finding_printer.h"
+#include "tools/report/passed_over.h"
 #include "tools/report/source_rules.h"
 #include "tools/system/command_error.h"
 #include "tools/system/terminal.h"
@@ -28,6 +29,7 @@ Definitions read_compiled(DefinitionFile file) {
   definitions.is_whole = !read.damage;
   definitions.diagnostics = qzlog_compiler::errors_of(read, definitions.shown_path);
   for (Finding& warning : qzlog_compiler::warnings_of(read, definitions.shown_path)) {
+    passed_over().add_at("names section", warning.rule.name(), warning.file, warning.offset.value_or(0));
     definitions.diagnostics.push_back(std::move(warning));
   }
   definitions.model = std::move(read.model);

@@ -13,6 +13,7 @@
 #include "tools/definitions/definitions.h"
 #include "tools/report/finding_printer.h"
 #include "tools/report/library_text.h"
+#include "tools/report/passed_over.h"
 #include "tools/report/source_rules.h"
 #include "tools/system/command_error.h"
 #include "tools/system/memory_file.h"
@@ -63,6 +64,9 @@ void warn_of_damaged_names(const DefinitionFile& file) {
   const auto names = qzlog_compiler::read_ldf_names(file.content, file.content.size());
   if (names && !names->damage) return;
   const auto warnings = qzlog_compiler::warnings_of(qzlog_compiler::read_ldf(file.content), file.shown_path);
+  for (const Finding& warning : warnings) {
+    passed_over().add_at("names section", warning.rule.name(), warning.file, warning.offset.value_or(0));
+  }
   FindingPrinter(stderr_has_colour()).print(warnings, std::cerr);
 }
 

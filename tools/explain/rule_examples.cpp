@@ -347,6 +347,11 @@ std.yaml:6:11: note: the standard one is here
     5 |     message: "{B} {U1} {S1} {U2} {S2} {U4} {S4} {F} {C} {M}"
       |               ^
   hint: give it the type UInt1 to show 1 or 0, or let a UInt1 select the message)~"},
+    {"compile", "currency-of-reader", Severity::kWarning,
+     R"~(in.yaml:4:32: warning: 'N' shows as an amount of dollars, without its sign, on the narrow path [currency-of-reader]
+    4 |   - {id: 2, name: B, message: "{N:C}, {N:P}", attributes: [{name: N, type: UInt4}]}
+      |                                ^
+  hint: name the currency in the text, or accept this where all readers have the same one)~"},
     {"compile", "unused-attribute", Severity::kWarning,
      R"~(in.yaml:31:16: warning: the attribute 'G' is in no message of its entry and selects none [unused-attribute]
    31 |       - {name: G, type: GUID}
@@ -612,10 +617,26 @@ in.yaml:3:12: note: the global attribute is here
      R"~(--where:1:8: error: 'Free': -1 does not fit UInt4 (0 to 4294967295) [value-range]
     1 | Free = -1
       |        ^)~"},
+    {"configuration", "config-last-line", Severity::kError,
+     R"~(short.conf:4: error: the last line has no empty line behind it and is not read [config-last-line]
+    4 | PropertyMask = 0x2
+      | ^
+  hint: end the file with an empty line)~"},
     {"configuration", "config-last-line", Severity::kWarning,
      R"~(short.conf:3: warning: the last line has no empty line behind it and is not read [config-last-line]
     3 | PropertyMask = 0x2
-      | ^)~"},
+      | ^
+  hint: end the file with an empty line)~"},
+    {"configuration", "config-near-key", Severity::kWarning,
+     R"~(qzlog.conf:3:1: warning: no filter asks for 'LogLevelHgh' [config-near-key]
+    3 | LogLevelHgh = 3
+      | ^
+  hint: did you mean 'LogLevelHigh'?)~"},
+    {"configuration", "config-bad-value", Severity::kError,
+     R"~(qzlog.conf:2:15: error: 'banana' is no number of 32 bits: it is read as 0 [config-bad-value]
+    2 | LogLevelLow = banana
+      |               ^
+  hint: write digits, or 0x and hexadecimal digits)~"},
     {"count", "partial-record", Severity::kError,
      R"~(cut.cnt: offset 32: error: the file ends after 18 of the 32 bytes [partial-record])~"},
     {"inspect", "no-yaml-form", Severity::kError,

@@ -21,6 +21,7 @@
 #include "tools/inspect/ldf_yaml.h"
 #include "tools/options/raw_option.h"
 #include "tools/report/finding_printer.h"
+#include "tools/report/passed_over.h"
 #include "tools/report/source_rules.h"
 #include "tools/system/command_error.h"
 #include "tools/system/file_descriptor.h"
@@ -133,6 +134,12 @@ int inspect(const InspectOptions& options) {
   findings.insert(findings.end(), warnings.begin(), warnings.end());
   const bool printed = print_form(survey, findings, options);
   flush_standard_output();
+  for (const Finding& found : findings) {
+    passed_over().add_at(is_error(found) ? "place" : "names section", found.rule.name(), found.file,
+                         found.offset.value_or(0));
+  }
+  passed_over().add_several("place", qzlog_compiler::AnyRule(Rule::kBadDefinitionFile).name(),
+                            display_name(options.file), survey.damage_count() - damages.size());
   print(damages, survey.damage_count(), options.file, Rule::kBadDefinitionFile);
   FindingPrinter(stderr_has_colour()).print(warnings, std::cerr);
   return printed && survey.damage_count() == 0 ? kExitSuccess : kExitFindings;

@@ -4,11 +4,21 @@
 
 #include "tools/report/command_message.h"
 #include "tools/report/finding_printer.h"
+#include "tools/report/passed_over.h"
 
 namespace qzlog_tool {
 
 using qzlog_compiler::Finding;
 using qzlog_compiler::Severity;
+
+namespace {
+
+/// What looking for gaps finds is said of lines that are used all the same.
+bool leaves_out_line(qzlog_compiler::AnyRule rule) {
+  return rule != EntryRule::kMissingLines && rule != EntryRule::kDoubledLine;
+}
+
+}  // namespace
 
 LineReporter::~LineReporter() = default;
 
@@ -22,6 +32,7 @@ void LineReporter::report(const ErrorLine& line, qzlog_compiler::AnyRule rule, c
   ++count_;
   begin();
   const std::string file(line.file);
+  if (leaves_out_line(rule)) passed_over().add("line", rule.name(), file, line.number);
   FindingPrinter printer(colour_);
   // A line that is too long is not read, and one that something is missing before was read long ago.
   if (!line.text.empty()) {

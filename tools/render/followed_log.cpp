@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "tools/logs/unreadable_input.h"
+#include "tools/report/passed_over.h"
 #include "tools/system/stop_signals.h"
 
 namespace qzlog_tool {
@@ -174,6 +175,7 @@ FollowedLog::OpenFile FollowedLog::open(const std::string& path, SeriesPlace pla
 void FollowedLog::tell_deleted(SeriesPlace found) const {
   if (found.day != latest_.day || found.number <= latest_.number + 1) return;
   const unsigned count = found.number - latest_.number - 1;
+  passed_over().add_several("file", "deleted", name_.series->path_of(latest_), count);
   rendering_.reporter().report(Severity::kWarning,
                                (count == 1 ? "a file" : std::to_string(count) + " files") + " between '" +
                                    name_.series->path_of(latest_) + "' and '" + name_.series->path_of(found) +

@@ -37,6 +37,7 @@
 #include "tools/render/render_help.h"
 #include "tools/render/rendering_jobs.h"
 #include "tools/report/library_text.h"
+#include "tools/report/passed_over.h"
 #include "tools/shown/shown_options.h"
 #include "tools/shown/shown_output.h"
 #include "tools/system/buffered_output.h"
@@ -164,6 +165,7 @@ LogFollower::End read_alone(const RenderOptions& options, const LogOrigin& origi
   const AbortAction when_aborted([&rendering] {
     std::signal(SIGABRT, SIG_DFL);
     rendering.report_abort();
+    tell_passed_over();
     ::_exit(kExitFindings);
   });
   LogFollower::End end = read_entries(options, origin, rendering);
@@ -174,7 +176,10 @@ LogFollower::End read_alone(const RenderOptions& options, const LogOrigin& origi
 /// The status of the command, unless it is ended as whoever follows a file is: by the signal that asked for the end, or
 /// by the one of a pipe without a reader.
 int end_command(const LogFollower::End& end, bool is_right) {
-  if (end.signal != 0) end_by_signal(end.signal);
+  if (end.signal != 0) {
+    tell_passed_over();
+    end_by_signal(end.signal);
+  }
   if (end.output_gone) {
     end_by_signal(SIGPIPE);
     return kExitReaderGone;

@@ -1,17 +1,13 @@
 #include "tools/render/render_filter.h"
 
-#include <sys/stat.h>
-
 #include <CLI/CLI.hpp>
 #include <cstdint>
 #include <iostream>
-#include <vector>
 
 #include "qzlog/logcfg.h"
+#include "tools/configuration/config_file.h"
 #include "tools/options/option_checks.h"
-#include "tools/render/config_check.h"
 #include "tools/report/finding_printer.h"
-#include "tools/system/file_descriptor.h"
 #include "tools/system/terminal.h"
 
 namespace qzlog_tool {
@@ -38,7 +34,8 @@ void add_filter_options(CLI::App& command, FilterOptions& options) {
           ->each(activate);
   command.add_option("--section", options.section, "The section of the configuration file that counts before 'global'")
       ->type_name("NAME")
-      ->needs(config);
+      ->needs(config)
+      ->each([&options](const std::string&) { options.section_given = true; });
   command
       .add_option("--mask", options.mask, "Render only entries whose property mask shares a bit (default: all bits)")
       ->type_name("MASK")
@@ -67,24 +64,15 @@ RenderFilter::RenderFilter(const FilterOptions& options)
 // The library reads the file when the first entry is checked; what came through a pipe would be gone by then.
 RenderConfig::RenderConfig(const FilterOptions& options) {
   if (options.config.empty()) return;
-  const std::string& path = options.config;
-  const std::string shown_path = display_name(path);
-  const std::string content = read_file(path);
-  std::vector<Finding> findings = check_config(shown_path, content);
-  struct stat status = {};
-  const bool is_file = path != "-" && ::stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
-  if (is_file && status.st_mtime == 0) {
-    findings.push_back({shown_path,
-                        {},
-                        qzlog_compiler::Severity::kWarning,
-                        ConfigRule::kNeverRead,
-                        "its modification time is 0 (1970-01-01): nothing of it is read"});
-  }
+  ConfigFile file = read_config_file(options.config, options.section_given ? options.section : "");
+  // Entries are rendered all the same.
+  for (Finding& found : file.findings) found.severity = qzlog_compiler::Severity::kWarning;
   FindingPrinter printer(stderr_has_colour());
-  printer.add_source(shown_path, content, qzlog_compiler::LineBreaks::kLineFeed);
-  printer.print(findings, std::cerr);
-  if (!is_file) copy_.emplace(content);
-  qz_LOG_LogConfig::SetConfigurationSource(is_file ? path.c_str() : copy_->path().c_str(), QZ_CONFIGURATION_FILE);
+  printer.add_source(file.shown_path, file.content, qzlog_compiler::LineBreaks::kLineFeed);
+  printer.print(file.findings, std::cerr);
+  if (!file.is_regular) copy_.emplace(file.content);
+  qz_LOG_LogConfig::SetConfigurationSource(file.is_regular ? options.config.c_str() : copy_->path().c_str(),
+                                           QZ_CONFIGURATION_FILE);
 }
 
 }  // namespace qzlog_tool

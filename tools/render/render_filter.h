@@ -18,6 +18,7 @@ namespace qzlog_tool {
 struct FilterOptions {
   std::string config;  ///< empty: no configuration file
   std::string section = "global";
+  bool section_given = false;
   std::string mask;
   unsigned level_low = 0;
   unsigned level_high = 9;
@@ -46,8 +47,8 @@ class RenderFilter {
 /// The configuration file of the options, if they name one, in the library's settings.
 class RenderConfig {
  public:
-  /// Says on stderr which lines of the file the library does not read. Throws CommandError (cannot run) for a file that
-  /// cannot be read.
+  /// Warns on stderr of what the library passes over in the file, or takes for something else. Throws CommandError
+  /// (cannot run) for a file that cannot be read.
   explicit RenderConfig(const FilterOptions& options);
 
  private:

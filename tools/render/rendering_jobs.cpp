@@ -9,6 +9,7 @@
 
 #include "tools/logs/unreadable_input.h"
 #include "tools/render/abort_action.h"
+#include "tools/report/passed_over.h"
 #include "tools/system/command_error.h"
 
 namespace qzlog_tool {
@@ -181,7 +182,10 @@ void RenderingJobs::put_out(Item& item) {
     written = error.output_bytes;
     reporter_.report({*item.block.file, error.number, error.line}, error.rule, error.text);
   }
-  if (item.result.is_aborted) ::_exit(kExitFindings);
+  if (item.result.is_aborted) {
+    tell_passed_over();
+    ::_exit(kExitFindings);
+  }
   output_.write_laid_out(output.substr(written));
   if (item.result.failure) std::rethrow_exception(item.result.failure);
   reporter_.update(lines_ += item.block.lines);

@@ -66,6 +66,8 @@ constexpr RuleInfo kRules[] = {
     {Rule::kAuxNameMismatch, "aux-name-mismatch", "Name and ID do not go together in the two sources.", true},
     {Rule::kNegativeUnsigned, "negative-unsigned", "UInt4 values above 2147483647 show as other numbers.", true},
     {Rule::kBooleanAsZero, "boolean-as-zero", "A Bool in a message, where its value is never shown.", true},
+    {Rule::kCurrencyOfReader, "currency-of-reader",
+     "An amount shows in the currency of the reader's locale, whatever it was paid in.", true},
     {Rule::kUnusedAttribute, "unused-attribute", "An attribute in no message of its entry, and no selector.", true},
     {Rule::kLongMessage, "long-message", "A message of more than 65,535 bytes.", true},
     {Rule::kHiddenGlobal, "hidden-global", "An entry's attribute has the name of a global attribute.", true},

@@ -66,6 +66,7 @@ enum class Rule {
   kAuxNameMismatch,
   kNegativeUnsigned,
   kBooleanAsZero,
+  kCurrencyOfReader,
   kUnusedAttribute,
   kLongMessage,
   kHiddenGlobal,

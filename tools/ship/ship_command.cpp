@@ -26,6 +26,7 @@
 #include "tools/options/option_heading.h"
 #include "tools/options/reader_locale.h"
 #include "tools/report/command_message.h"
+#include "tools/report/passed_over.h"
 #include "tools/ship/dead_letters.h"
 #include "tools/ship/line_judge.h"
 #include "tools/ship/metrics_file.h"
@@ -153,8 +154,12 @@ int end_command(const Shipping::End& end, const ShipOptions& options, const Dead
                           "lines of the batch under way are not delivered; the next start goes on with them");
     return kExitFindings;
   }
-  const bool is_all = end.all_read && dead_letters.count() == 0;
-  return options.once && !is_all ? kExitFindings : kExitSuccess;
+  if (!options.once) {  // whoever stops a service is told, and need not do anything about it
+    tell_passed_over();
+    passed_over().clear();
+    return kExitSuccess;
+  }
+  return end.all_read && dead_letters.count() == 0 ? kExitSuccess : kExitFindings;
 }
 
 /// Each series that is followed has a file open: as many as the system lets us.

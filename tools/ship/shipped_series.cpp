@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "tools/logs/unreadable_input.h"
+#include "tools/report/passed_over.h"
 #include "tools/ship/file_check.h"
 #include "tools/system/command_error.h"
 
@@ -137,6 +138,7 @@ void ShippedSeries::add(OpenFile file) {
 void ShippedSeries::tell_missing(SeriesPlace found, LineTaker& taker) const {
   if (latest_.day == 0 || found.day != latest_.day || found.number <= latest_.number + 1) return;
   const unsigned count = found.number - latest_.number - 1;
+  passed_over().add_several("file", "deleted", series_.path_of(latest_), count);
   taker.miss("'" + series_.path_of(found) + "' is the next file after '" + series_.path_of(latest_) + "': " +
              std::to_string(count) + (count == 1 ? " file was" : " files were") + " deleted before being delivered");
 }

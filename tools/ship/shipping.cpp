@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "tools/report/command_message.h"
+#include "tools/report/passed_over.h"
 #include "tools/system/command_error.h"
 
 namespace qzlog_tool {
@@ -118,6 +119,7 @@ bool Shipping::take_long_line(const ReadLine& at) {
 
 void Shipping::add_dead_letter(std::string_view reason, std::string_view line, const ReadLine& at) {
   parts_.dead_letters.add({reason, identity_, at.file->path, at.begin, line});
+  passed_over().add_at("line", "in the dead letters", at.file->path, at.begin);
   parts_.metrics.dead_letters = parts_.dead_letters.count();
 }
 

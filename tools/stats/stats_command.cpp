@@ -23,6 +23,7 @@
 #include "tools/merge/definition_options.h"
 #include "tools/merge/definition_sets.h"
 #include "tools/options/option_checks.h"
+#include "tools/report/passed_over.h"
 #include "tools/shown/shown_options.h"
 #include "tools/stats/entry_scan.h"
 #include "tools/stats/grouping.h"
@@ -177,7 +178,10 @@ int run(const StatsOptions& options) {
     std::cout.flush();
     if (std::cout) received->settle();
   }
-  if (read.signal != 0) end_by_signal(read.signal);
+  if (read.signal != 0) {
+    tell_passed_over();
+    end_by_signal(read.signal);
+  }
   if (!read.all_read) return kExitCannotRun;
   return reporter.count() == 0 ? kExitSuccess : kExitFindings;
 }

@@ -99,7 +99,7 @@ bool SyslogSource::take_line(std::string_view text) {
   searched_ = text.size();
   if (!is_whole && !is_too_long && !is_at_end_) return false;
   if (is_too_long) {
-    ++counts_.broken;
+    lose(counts_.broken);
     out_ += '\n';
   } else {
     take_whole(text.substr(0, end));
@@ -110,6 +110,12 @@ bool SyslogSource::take_line(std::string_view text) {
   return true;
 }
 
+void SyslogSource::lose(std::uint64_t& count) {
+  ++count;
+  const std::uint64_t number = counts_.entries + counts_.omitted + counts_.broken + counts_.others;
+  if (counts_.first_lost == 0) counts_.first_lost = number;
+}
+
 void SyslogSource::take_whole(std::string_view message) {
   switch (find_syslog_entry(message, line_)) {
     case SyslogFound::kLine:
@@ -117,10 +123,10 @@ void SyslogSource::take_whole(std::string_view message) {
       out_ += line_;
       break;
     case SyslogFound::kOmitted:
-      ++counts_.omitted;
+      lose(counts_.omitted);
       break;
     case SyslogFound::kBroken:
-      ++counts_.broken;
+      lose(counts_.broken);
       break;
     case SyslogFound::kNothing:
       ++counts_.others;

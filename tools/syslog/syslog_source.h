@@ -12,10 +12,11 @@ namespace qzlog_tool {
 
 /// What came of messages of syslog.
 struct SyslogCounts {
-  std::uint64_t entries = 0;  ///< messages that gave a line
-  std::uint64_t omitted = 0;  ///< the entry was too long for the message
-  std::uint64_t broken = 0;   ///< what there is of the entry is not whole
-  std::uint64_t others = 0;   ///< messages of others
+  std::uint64_t entries = 0;     ///< messages that gave a line
+  std::uint64_t omitted = 0;     ///< the entry was too long for the message
+  std::uint64_t broken = 0;      ///< what there is of the entry is not whole
+  std::uint64_t others = 0;      ///< messages of others
+  std::uint64_t first_lost = 0;  ///< the number of the first that was omitted or broken; 0 where none was
 };
 
 /// The lines of the entries in messages of syslog, as a file has them, one on a line, or a stream of messages behind
@@ -43,6 +44,7 @@ class SyslogSource : public qz_LOG_ByteSource {
   bool take_counted(std::string_view text, std::size_t begin, std::size_t bytes);
   bool take_line(std::string_view text);
   void take_whole(std::string_view message);
+  void lose(std::uint64_t& count);
   bool skip_rest_of_line();
   std::string_view unread() const { return std::string_view(bytes_).substr(begin_); }
 

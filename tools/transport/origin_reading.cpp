@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "tools/report/passed_over.h"
 #include "tools/syslog/syslog_source.h"
 
 namespace qzlog_tool {
@@ -34,6 +35,12 @@ std::string summary_of(const SyslogCounts& counts, const std::string& file) {
   return text;
 }
 
+void note_lost(const SyslogCounts& counts, const std::string& file) {
+  const qzlog_compiler::TextPlace first(counts.first_lost);
+  passed_over().add_several("message", "too-long", file, counts.omitted, first);
+  passed_over().add_several("message", "not-whole", file, counts.broken, first);
+}
+
 bool read_syslog_file(const std::string& path, const LogReading& reading,
                       const std::function<void(const std::string&)>& tell) {
   try {
@@ -42,6 +49,7 @@ bool read_syslog_file(const std::string& path, const LogReading& reading,
     qz_LOG_EntryReader reader = qz_LOG_EntryReader::FromSource(source, input->shown_path().c_str(), &reading.handler);
     reading.read(reader);
     const SyslogCounts& counts = source.counts();
+    note_lost(counts, input->shown_path());
     if (counts.omitted + counts.broken + counts.others != 0) tell(summary_of(counts, input->shown_path()));
   } catch (const UnreadableInput& failure) {
     reading.fail(failure.what());

@@ -159,13 +159,16 @@ TEST_F(CountShow, Damage_IsReportedRecordByRecordAndTheFileStaysAsItIs) {
             "2026-11-21  total      1\n"
             "total           7      1\n"
             "total                  1\n");
-  EXPECT_EQ(result.err,
-            "bad.cnt: offset 64: error: there is no such date (2026-2-30, key 7, count 3) [impossible-date]\n"
-            "bad.cnt: offset 96: error: the size field is 16 instead of 32 (2026-11-22, key 7, count 4) "
-            "[record-size]\n"
-            "bad.cnt: offset 32: error: the record at offset 0 has the same day and key (2026-11-21, key 7, count 2) "
-            "[duplicate-record]\n"
-            "bad.cnt: offset 128: error: the file ends after 31 of the 32 bytes [partial-record]\n");
+  EXPECT_EQ(
+      result.err,
+      "bad.cnt: offset 64: error: there is no such date (2026-2-30, key 7, count 3) [impossible-date]\n"
+      "bad.cnt: offset 96: error: the size field is 16 instead of 32 (2026-11-22, key 7, count 4) "
+      "[record-size]\n"
+      "bad.cnt: offset 32: error: the record at offset 0 has the same day and key (2026-11-21, key 7, count 2) "
+      "[duplicate-record]\n"
+      "bad.cnt: offset 128: error: the file ends after 31 of the 32 bytes [partial-record]\n"
+      "qzlog: error: 4 records passed over (1 impossible-date, 1 record-size, 1 duplicate-record, 1 partial-record); "
+      "the first at bad.cnt, offset 64\n");
   EXPECT_EQ(result.status, 1);
   EXPECT_EQ(read("bad.cnt"), damaged);
   EXPECT_EQ(run("find bad.cnt -newermt 2026-01-02").out, "");

@@ -15,7 +15,10 @@ namespace {
 
 LdfYaml yaml_of(const std::string& bytes) { return write_yaml(LdfSurvey(bytes), nullptr); }
 
-std::string compiled(const std::string& source) { return compile_source(source, "", {.names = false}).bytes; }
+// Templates made up at random may end in a percent sign, which the compiler takes for ICU alone.
+std::string compiled(const std::string& source, bool names = false) {
+  return compile_source(source, "", {.path = RenderingPaths::kIcu, .names = names}).bytes;
+}
 
 TEST(WriteYamlOfAFile, RandomFiles_CompileBackToTheSameBytes) {
   qz_test::SeededRandom random;
@@ -38,7 +41,7 @@ TEST(WriteYamlOfAFile, RandomFilesWithNames_CompileBackToTheSameBytes) {
     append_names(model, bytes);
     const LdfYaml yaml = yaml_of(bytes);
     ASSERT_TRUE(yaml.obstacles.empty()) << yaml.obstacles[0].text;
-    ASSERT_EQ(compile_source(yaml.source, "", {}).bytes, bytes) << yaml.source;
+    ASSERT_EQ(compiled(yaml.source, true), bytes) << yaml.source;
   }
 }
 

@@ -66,7 +66,7 @@ TEST_F(BashCompletion, LinesOfWords_GetWhatFits) {
       {"qzlog catalog build --po d", "de.po disks.cnt"},
       {"qzlog catalog build --po de.po d", "de.po disks.cnt"},
       {"qzlog diff --aux events.yaml g", ""},
-      {"qzlog catalog extract --update de.po -", "--help --output --update -h -o"},
+      {"qzlog catalog extract --update de.po -", "--help --output --quiet --update -h -o"},
       {"qzlog catalog extract --update de.po -o out.pot ''", "events.yaml more"},
       {"qzlog catalog extract one.yaml two.yaml ''", "events.yaml more"},
       // The value of an option is no command, and what follows a command's argument neither.
@@ -76,7 +76,7 @@ TEST_F(BashCompletion, LinesOfWords_GetWhatFits) {
 }
 
 TEST_F(BashCompletion, EveryOptionOfEveryCommand_IsOffered) {
-  EXPECT_EQ(complete("qzlog count delete -"), "--date --definitions --from --help --key --to -h\n");
+  EXPECT_EQ(complete("qzlog count delete -"), "--date --definitions --from --help --key --quiet --to -h\n");
 }
 
 TEST_F(BashCompletion, FileNamesWithBlanks_AreOneOffer) {

@@ -149,7 +149,8 @@ TEST_F(RenderCount, DateOutsideTheYears_IsRenderedButNotCounted) {
   EXPECT_EQ(result.err,
             "e.jsonl:1: error: the message is not counted: the local date of 'time' is outside the years 1 to 9999 "
             "[uncountable-date]\n" +
-                shown_line(1, R"({"id":1,"time":"9999-12-31T23:00:00Z"})"));
+                shown_line(1, R"({"id":1,"time":"9999-12-31T23:00:00Z"})") +
+                qzlog_test::one_line_passed_over("uncountable-date", "e.jsonl:1"));
   EXPECT_EQ(result.status, 1);
   EXPECT_EQ(read("events.cnt"), counter_bytes({9999, 12, 31, 2, 1}));
 }
@@ -168,7 +169,10 @@ TEST_F(RenderCount, KillAfterAMessage_LosesNoCount) {
 TEST_F(RenderCount, PieceOfARecordAtTheEnd_IsOverwritten) {
   const std::string whole = counter_bytes({2026, 11, 20, 1, 7});
   write("events.cnt", whole + whole.substr(0, 13));
-  expect_success(render(entry("2", "2026-11-21T00:00:00Z"), "events"), "two\n");
+  const CommandResult result = render(entry("2", "2026-11-21T00:00:00Z"), "events");
+  EXPECT_EQ(result.out, "two\n");
+  EXPECT_EQ(result.err, "qzlog: error: 1 record passed over (1 partial-record); the first at events.cnt, offset 32\n");
+  EXPECT_EQ(result.status, 1);
   EXPECT_EQ(read("events.cnt"), whole + counter_bytes({2026, 11, 21, 2, 1}));
 }
 
@@ -199,7 +203,9 @@ TEST_F(RenderCount, FileSizeLimit_IsAnErrorAndLeavesWholeRecords) {
   write("e.jsonl", entry("2", "2026-11-21T00:00:00Z"));
   const CommandResult result =
       run("(trap '' XFSZ; ulimit -f 2; $QZLOG render --definitions d.yaml --count events e.jsonl) 2>&1 | cat");
-  EXPECT_EQ(result.out, "qzlog: error: cannot write to 'events.cnt': File too large\n");
+  EXPECT_EQ(result.out,
+            "qzlog: error: cannot write to 'events.cnt': File too large\n"
+            "qzlog: error: 31 records passed over (31 duplicate-record); the first at events.cnt, offset 32\n");
   EXPECT_EQ(read("events.cnt"), file);
 }
 

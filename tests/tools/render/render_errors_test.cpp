@@ -9,6 +9,7 @@
 namespace {
 
 using qzlog_test::CommandResult;
+using qzlog_test::one_line_passed_over;
 using qzlog_test::RenderFixture;
 using qzlog_test::shown_line;
 
@@ -69,9 +70,11 @@ TEST_P(RenderBadEntry, BetweenGoodOnes_IsReportedAndTheOthersAreRendered) {
     const std::string line = shown_line(2, GetParam().line);
     if (error.ends_with(": ")) {
       EXPECT_EQ(result.err.substr(0, error.size()), error);
-      EXPECT_TRUE(result.err.ends_with(" [bad-json]\n" + line)) << result.err;
+      const std::string end = one_line_passed_over("bad-json", "entries.jsonl:2");
+      EXPECT_TRUE(result.err.ends_with(" [bad-json]\n" + line + end)) << result.err;
     } else {
-      EXPECT_EQ(result.err, error + "\n" + line);
+      const std::string rule = error.substr(error.rfind('[') + 1, error.size() - error.rfind('[') - 2);
+      EXPECT_EQ(result.err, error + "\n" + line + one_line_passed_over(rule, "entries.jsonl:2"));
     }
     EXPECT_EQ(result.status, 1);
   }
@@ -85,33 +88,48 @@ using RenderErrors = RenderFixture;
 TEST_F(RenderErrors, EveryLineBad_EveryLineIsReported) {
   const CommandResult result = render("1\n\n2\n3");
   EXPECT_EQ(result.out, "");
-  EXPECT_EQ(result.err,
-            "entries.jsonl:1: error: an entry is an object in braces, not an integer [not-an-object]\n" +
-                shown_line(1, "1") +
-                "entries.jsonl:3: error: an entry is an object in braces, not an integer [not-an-object]\n" +
-                shown_line(3, "2") +
-                "entries.jsonl:4: error: an entry is an object in braces, not an integer [not-an-object]\n" +
-                shown_line(4, "3"));
+  EXPECT_EQ(
+      result.err,
+      "entries.jsonl:1: error: an entry is an object in braces, not an integer [not-an-object]\n" + shown_line(1, "1") +
+          "entries.jsonl:3: error: an entry is an object in braces, not an integer [not-an-object]\n" +
+          shown_line(3, "2") +
+          "entries.jsonl:4: error: an entry is an object in braces, not an integer [not-an-object]\n" +
+          shown_line(4, "3") + "qzlog: error: 3 lines passed over (3 not-an-object); the first at entries.jsonl:1\n");
   EXPECT_EQ(result.status, 1);
+}
+
+TEST_F(RenderErrors, LinesPassedOver_AreCountedByTheirReasons) {
+  const std::string entries = "1\n{\"id\":1006}\n[]\n{}\n";
+  const std::string last =
+      "qzlog: error: 3 lines passed over (2 not-an-object, 1 missing-id); the first at entries.jsonl:1\n";
+  const CommandResult told = render(entries);
+  EXPECT_TRUE(told.err.ends_with(last)) << told.err;
+  EXPECT_EQ(told.status, 1);
+  const CommandResult quiet = render(entries, "--quiet");
+  EXPECT_EQ(quiet.out, told.out);
+  EXPECT_EQ(quiet.err + last, told.err);
+  EXPECT_EQ(quiet.status, 1);
 }
 
 TEST_F(RenderErrors, TornLastLine_IsToldApart) {
   const CommandResult result = render("{\"id\":1006}\n{\"id\":10");
   EXPECT_EQ(result.out, "first\\nsecond\\rthird\n");
   EXPECT_EQ(result.err, "entries.jsonl:2: error: the last line breaks off: it is not written whole [torn-line]\n" +
-                            shown_line(2, "{\"id\":10"));
+                            shown_line(2, "{\"id\":10") + one_line_passed_over("torn-line", "entries.jsonl:2"));
   EXPECT_EQ(result.status, 1);
 }
 
 TEST_F(RenderErrors, StandardInput_HasAName) {
   const CommandResult result = run("echo 1 | $QZLOG render --definitions storage.yaml");
-  EXPECT_EQ(result.err,
-            "<stdin>:1: error: an entry is an object in braces, not an integer [not-an-object]\n" + shown_line(1, "1"));
+  EXPECT_EQ(result.err, "<stdin>:1: error: an entry is an object in braces, not an integer [not-an-object]\n" +
+                            shown_line(1, "1") + one_line_passed_over("not-an-object", "<stdin>:1"));
 }
 
 TEST_F(RenderErrors, LineWithControlCharacters_IsShownWithEscapes) {
   const CommandResult result = render("{\"id\":\x1b\u202E}\r\n");
-  EXPECT_TRUE(result.err.ends_with(" [bad-json]\n" + shown_line(1, R"({"id":\u001B\u202E})"))) << result.err;
+  EXPECT_TRUE(result.err.ends_with(" [bad-json]\n" + shown_line(1, R"({"id":\u001B\u202E})") +
+                                   one_line_passed_over("bad-json", "entries.jsonl:1")))
+      << result.err;
 }
 
 TEST_F(RenderErrors, MessagesAndErrorsInOnePlace_StandInTheOrderOfTheLines) {
@@ -121,7 +139,8 @@ TEST_F(RenderErrors, MessagesAndErrorsInOnePlace_StandInTheOrderOfTheLines) {
   EXPECT_EQ(run("$QZLOG render --definitions storage.yaml entries.jsonl 2>&1").out,
             "first\\nsecond\\rthird\n"
             "entries.jsonl:2: error: an entry is an object in braces, not an integer [not-an-object]\n" +
-                shown_line(2, "1") + "first\\nsecond\\rthird\n");
+                shown_line(2, "1") + "first\\nsecond\\rthird\n" +
+                one_line_passed_over("not-an-object", "entries.jsonl:2"));
 }
 
 TEST_F(RenderErrors, HugeLine_IsReportedAndTheOthersAreRendered) {
@@ -129,7 +148,8 @@ TEST_F(RenderErrors, HugeLine_IsReportedAndTheOthersAreRendered) {
                            "\n";
   const CommandResult result = render(good + std::string((std::size_t{16} << 20) + 1, ' ') + "\n" + good);
   EXPECT_EQ(result.out, "first\\nsecond\\rthird\nfirst\\nsecond\\rthird\n");
-  EXPECT_EQ(result.err, "entries.jsonl:2: error: the line is longer than 16 MiB [long-line]\n");
+  EXPECT_EQ(result.err, "entries.jsonl:2: error: the line is longer than 16 MiB [long-line]\n" +
+                            one_line_passed_over("long-line", "entries.jsonl:2"));
   EXPECT_EQ(result.status, 1);
 }
 
@@ -147,7 +167,7 @@ TEST_F(RenderErrors, SymbolicNameWithACompiledFileWithoutNames_IsExplained) {
   EXPECT_EQ(result.err,
             "entries.jsonl:1: error: the name 'DISK_FULL' needs definitions with names: these hold only IDs "
             "[unknown-name]\n" +
-                shown_line(1, R"({"id":"DISK_FULL"})"));
+                shown_line(1, R"({"id":"DISK_FULL"})") + one_line_passed_over("unknown-name", "entries.jsonl:1"));
   EXPECT_EQ(result.status, 1);
 }
 
@@ -171,8 +191,12 @@ TEST_F(RenderErrors, CompiledFileWithDamagedNames_IsWarnedOf) {
                             "[bad-names-section]\n"),
             std::string::npos)
       << result.err;
+  EXPECT_NE(result.err.find(
+                "\nqzlog: error: 1 names section passed over (1 bad-names-section); the first at storage.ldf, offset "),
+            std::string::npos)
+      << result.err;
   EXPECT_NE(result.out, "");
-  EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(result.status, 1);
 }
 
 constexpr const char* kBrokenSource = R"(version: "1.0"
@@ -193,7 +217,8 @@ TEST_F(RenderErrors, PatternThatIcuCannotApply_IsReportedBehindTheMessagesBefore
   EXPECT_EQ(result.err,
             "entries.jsonl:2: error: ICU takes the message's pattern but cannot apply it; nothing behind this line is "
             "rendered [broken-pattern]\n" +
-                shown_line(2, R"({"id":2,"attributes":{"N":"x"}})"));
+                shown_line(2, R"({"id":2,"attributes":{"N":"x"}})") +
+                one_line_passed_over("broken-pattern", "entries.jsonl:2"));
   EXPECT_EQ(result.status, 1);
   EXPECT_EQ(read("counts.cnt").size(), 32U);
 }
@@ -205,7 +230,7 @@ TEST_F(RenderErrors, NameWithControlCharacters_IsShownWithEscapes) {
   EXPECT_EQ(result.err,
             "entries.jsonl:1: error: <QZX_logging_invalid_message_string> _qz_LOG_log_message::get_message:  unable to "
             "find attribute value for \"x\\u001B[31m\\u009B\"! [no-message]\n" +
-                shown_line(1, R"({"id":1})"));
+                shown_line(1, R"({"id":1})") + one_line_passed_over("no-message", "entries.jsonl:1"));
 }
 
 TEST_F(RenderErrors, RecordCutOff_IsReportedAndTheOthersAreRendered) {
@@ -217,7 +242,7 @@ TEST_F(RenderErrors, RecordCutOff_IsReportedAndTheOthersAreRendered) {
   EXPECT_EQ(result.err,
             "entries.jsonl:2: error: entry ID 1007: <QZX_logging_invalid_definition> Unable to access definition file "
             "successfully. [bad-definition-file]\n" +
-                shown_line(2, R"({"id":1007})"));
+                shown_line(2, R"({"id":1007})") + one_line_passed_over("bad-definition-file", "entries.jsonl:2"));
   EXPECT_EQ(result.status, 1);
 }
 

@@ -94,7 +94,9 @@ TEST_F(RenderFilter, Section_WinsOverGlobalAndOptions) {
   const std::string config = "[app]\nLogLevelLow = 5\n[global]\nLogLevelLow = 9\nPropertyMask = 0x2\n\n";
   const std::string options = "--level-low 0 --mask 1";
   expect(render_with(config, options + " --section app"), "two\ntwo\n", "entries: 6 read, 2 passed, 4 refused\n");
-  expect(render_with(config, options + " --section other"), "two\n", "entries: 6 read, 1 passed, 5 refused\n");
+  expect(render_with(config, options + " --section other"), "two\n",
+         "log.conf: warning: there is no section 'other': what 'global' says counts [config-missing-section]\n"
+         "entries: 6 read, 1 passed, 5 refused\n");
   expect(render_with(config, options), "two\n", "entries: 6 read, 1 passed, 5 refused\n");
 }
 
@@ -122,14 +124,16 @@ TEST_F(RenderFilter, ConfigurationThroughAPipe_IsRead) {
 TEST_F(RenderFilter, LastLineWithoutAnEmptyOne_IsWarnedAbout) {
   expect(render_with("[global]\nLogLevelLow=5\nLogLevelHigh=5\n", ""), "one\ntwo\ntwo\n",
          "log.conf:3: warning: the last line has no empty line behind it and is not read [config-last-line]\n" +
-             shown_line(3, "LogLevelHigh=5") + "entries: 6 read, 3 passed, 3 refused\n");
+             shown_line(3, "LogLevelHigh=5") + "  hint: end the file with an empty line\n" +
+             "entries: 6 read, 3 passed, 3 refused\n");
 }
 
 TEST_F(RenderFilter, LongLine_IsWarnedAbout) {
   expect(render_with("[global]\nLogLevelLow=9\n" + std::string(129, '#') + "\nPropertyMask=1\n\n", ""), "two\n",
          "log.conf:3: warning: the line has more than 128 bytes: neither it nor what follows is read "
          "[config-long-line]\n" +
-             shown_line(3, std::string(100, '#') + "...") + "entries: 6 read, 1 passed, 5 refused\n");
+             shown_line(3, std::string(100, '#') + "...") + "  hint: keep lines within 128 bytes\n" +
+             "entries: 6 read, 1 passed, 5 refused\n");
 }
 
 TEST_F(RenderFilter, ModificationTimeZero_IsWarnedAbout) {
@@ -147,7 +151,9 @@ TEST_F(RenderFilter, WrongLines_AreInTheSummary) {
   EXPECT_EQ(result.out, "one\n");
   EXPECT_EQ(result.err, "e.jsonl:3: error: entry ID 99: Entry id argument is invalid [unknown-id]\n" +
                             shown_line(3, "{\"id\":99}") + "e.jsonl:5: error: the entry has no 'id' [missing-id]\n" +
-                            shown_line(5, "{}") + "entries: 4 read, 1 passed, 1 refused, 2 wrong\n");
+                            shown_line(5, "{}") +
+                            "entries: 4 read, 1 passed, 1 refused, 2 wrong\nqzlog: error: 2 lines passed over (1 "
+                            "unknown-id, 1 missing-id); the first at e.jsonl:3\n");
   EXPECT_EQ(result.status, 1);
 }
 

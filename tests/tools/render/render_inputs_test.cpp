@@ -49,7 +49,7 @@ TEST_F(RenderInputs, LastLineWithoutItsEnd_EndsWithItsFile) {
       "b.jsonl:1: error: the last line breaks off: it is not written whole [torn-line]\n"
       "    1 | {\"id\":1,\"attr\n"
       "      | ^\n";
-  EXPECT_EQ(result.err, torn + torn);
+  EXPECT_EQ(result.err, torn + torn + "qzlog: error: 2 lines passed over (2 torn-line); the first at b.jsonl:1\n");
   EXPECT_EQ(result.status, 1);
 }
 
@@ -61,7 +61,8 @@ TEST_F(RenderInputs, TornLineOfAnOlderFile_IsToldApartFromADamagedOne) {
   const CommandResult result = render("logs/s 2>&1 | grep error");
   EXPECT_EQ(result.out,
             "logs/s.20261121.0001:2: error: the last line breaks off: it is not written whole [torn-line]\n"
-            "logs/s.20261121.0002:1: error: not valid JSON: a text has no end [bad-json]\n");
+            "logs/s.20261121.0002:1: error: not valid JSON: a text has no end [bad-json]\n"
+            "qzlog: error: 2 lines passed over (1 torn-line, 1 bad-json); the first at logs/s.20261121.0001:2\n");
 }
 
 TEST_F(RenderInputs, FolderAndSeries_AreRenderedInTheirOrder) {
@@ -87,7 +88,8 @@ TEST_F(RenderInputs, ErrorsNameTheirFiles) {
             "      | ^\n"
             "a.jsonl:2: error: the entry has no 'id' [missing-id]\n"
             "    2 | {}\n"
-            "      | ^\n");
+            "      | ^\n"
+            "qzlog: error: 2 lines passed over (1 bad-json, 1 missing-id); the first at logs/s.20261121.0001:2\n");
   EXPECT_EQ(result.status, 1);
 }
 
@@ -104,7 +106,8 @@ TEST_F(RenderInputs, WhatCannotBeRead_IsReportedAndTheOthersAreRendered) {
             "      | ^\n"
             "qzlog: error: cannot open 'logs/s': No such file or directory\n"
             "qzlog: error: the folder 'empty' has no log: neither files PREFIX.YYYYMMDD.NNNN nor *.jsonl\n"
-            "entries: 3 read, 2 passed, 0 refused, 1 wrong\n");
+            "entries: 3 read, 2 passed, 0 refused, 1 wrong\n"
+            "qzlog: error: 1 line passed over (1 missing-id); the first at a.jsonl:2\n");
   EXPECT_EQ(result.status, 2);
 }
 

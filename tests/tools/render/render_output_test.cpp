@@ -211,7 +211,9 @@ TEST_F(RenderOutput, ErrorOnATerminal_IsColoured) {
             entries +
                 ":1: \033[1;31merror:\033[0m the entry has no 'id' [missing-id]\r\n"
                 "    1 | {}\r\n"
-                "      | \033[1;32m^\033[0m\r\n");
+                "      | \033[1;32m^\033[0m\r\n"
+                "qzlog: \033[1;31merror:\033[0m 1 line passed over (1 missing-id); the first at " +
+                entries + ":1\r\n");
 }
 
 TEST_F(RenderOutput, ErrorOnATerminalWithNoColor_IsPlain) {
@@ -221,7 +223,9 @@ TEST_F(RenderOutput, ErrorOnATerminalWithNoColor_IsPlain) {
   EXPECT_EQ(on_a_terminal(definitions, entries), entries +
                                                      ":1: error: the entry has no 'id' [missing-id]\r\n"
                                                      "    1 | {}\r\n"
-                                                     "      | ^\r\n");
+                                                     "      | ^\r\n"
+                                                     "qzlog: error: 1 line passed over (1 missing-id); the first at " +
+                                                     entries + ":1\r\n");
 }
 
 }  // namespace

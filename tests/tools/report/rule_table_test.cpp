@@ -5,11 +5,11 @@
 #include <set>
 
 #include "tools/catalog/catalog_rules.h"
+#include "tools/configuration/config_rules.h"
 #include "tools/count/counter_reader.h"
 #include "tools/diff/diff_rules.h"
 #include "tools/inspect/inspect_rules.h"
 #include "tools/logs/entry_error.h"
-#include "tools/render/config_check.h"
 #include "tools/report/check_rules.h"
 #include "tools/report/source_rules.h"
 

@@ -67,7 +67,9 @@ TEST_F(ShipStateCommand, DeletedFile_IsToldAndTheNextOneIsDelivered) {
   std::filesystem::remove(folder_.path("logs/s.20261121.0001"));
   append("logs/s.20261121.0004", lines(6, 8));
   const CommandResult result = ship_once();
-  EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(result.status, 1);
+  EXPECT_NE(result.err.find("qzlog: error: 2 files passed over (2 deleted); the first at "), std::string::npos)
+      << result.err;
   EXPECT_NE(result.err.find("s.20261121.0001' is gone; it was delivered up to byte "), std::string::npos) << result.err;
   EXPECT_NE(result.err.find("2 files were deleted before being delivered"), std::string::npos) << result.err;
   EXPECT_EQ(received().size(), 6U);

@@ -111,6 +111,10 @@ StoredTemplate cut_template(std::string_view stored, RenderingPath form) {
   return result;
 }
 
+bool ends_in_open_percent(std::string_view stored) {
+  return !Tokenizer(stored, RenderingPath::kNarrow).run().failure.empty();
+}
+
 std::vector<TemplatePart> find_references(std::string_view stored, RenderingPath form) {
   std::vector<TemplatePart> parts = cut_template(stored, form).parts;
   std::erase_if(parts, [](const TemplatePart& part) { return !part.is_reference(); });

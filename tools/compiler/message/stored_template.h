@@ -32,6 +32,10 @@ struct StoredTemplate {
 /// Cuts a stored template as the library does on that path, oddities included. `stored` is UTF-8 for the ICU form.
 StoredTemplate cut_template(std::string_view stored, RenderingPath form);
 
+/// Whether the narrow path fails at a percent sign that ends the template, with an exception that is not one of logging
+/// (`QZX_index_out_of_bounds`).
+bool ends_in_open_percent(std::string_view stored);
+
 /// Only the references, those with an unknown format, which the library leaves out of the message, included.
 std::vector<TemplatePart> find_references(std::string_view stored, RenderingPath form);
 

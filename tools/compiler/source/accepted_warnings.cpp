@@ -21,7 +21,7 @@ constexpr std::array<KnownKey, 2> kAcceptFields = {{{"rule", true}, {"reason", t
 constexpr std::array kPathRules = {Rule::kLiteralPercent,    Rule::kTooManyReferences, Rule::kLongReferenceName,
                                    Rule::kPathConflict,      Rule::kNegativeUnsigned,  Rule::kBooleanAsZero,
                                    Rule::kQuotedPlaceholder, Rule::kBrokenTemplate,    Rule::kPatternArgument,
-                                   Rule::kUnusedAttribute};
+                                   Rule::kUnusedAttribute,   Rule::kCurrencyOfReader};
 
 bool depends_on_path(AnyRule rule) { return std::find(kPathRules.begin(), kPathRules.end(), rule) != kPathRules.end(); }
 

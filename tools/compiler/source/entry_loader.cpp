@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "tools/compiler/message/message_references.h"
+#include "tools/compiler/message/stored_template.h"
 #include "tools/compiler/model/attribute_type.h"
 #include "tools/compiler/source/scalar_position.h"
 #include "tools/compiler/source/scalar_values.h"
@@ -155,6 +156,7 @@ std::optional<MessageText> EntryLoader::load_message(const MappingFields& fields
                       node.position()};
   if (message.raw) {
     message.stored = message.written;
+    check_raw(message, node);
   } else {
     message.stored = lower(message, node);
   }
@@ -163,6 +165,16 @@ std::optional<MessageText> EntryLoader::load_message(const MappingFields& fields
     message.references.push_back(positions.find(reference.offset));
   }
   return message;
+}
+
+// What else is wrong with a raw template is a warning. This throws what callers who catch the exceptions of logging let
+// go.
+void EntryLoader::check_raw(const MessageText& message, const YamlNode& node) {
+  if (context_.path == RenderingPaths::kIcu || !ends_in_open_percent(message.stored)) return;
+  diagnostics()
+      .error(ScalarPositions(context_.source, node).find(message.stored.size() - 1), Rule::kLiteralPercent,
+             "a percent sign ends the template, which the narrow path fails at")
+      .with_hint("say it in words; the format P shows a number with a percent sign");
 }
 
 std::string EntryLoader::lower(const MessageText& message, const YamlNode& node) {

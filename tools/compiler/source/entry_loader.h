@@ -50,6 +50,7 @@ class EntryLoader {
   void load_accept(const MappingFields& fields, AcceptScope scope, const YamlNode& node);
   std::optional<MessageText> load_message(const MappingFields& fields, std::string_view key);
   SelectorMessage load_selector_message(const YamlNode& node, std::optional<std::uint32_t> value_limit);
+  void check_raw(const MessageText& message, const YamlNode& node);
   std::string lower(const MessageText& message, const YamlNode& node);
   std::vector<std::string_view> known_names() const;
   std::string load_message_id(const YamlNode& node);

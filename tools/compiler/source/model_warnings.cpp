@@ -114,8 +114,10 @@ class EntryWarnings {
           "keep messages within 65,535 bytes; long texts belong into attributes or documents");
     }
     std::unordered_set<std::string_view> told;
+    std::unordered_set<std::string_view> amounts;
     message.for_each_reference([&](const TemplatePart& reference, RenderingPath form) {
       if (is_known_format(reference.format)) check_reference(message, reference, form, told);
+      if (reference.format == 'C' && amounts.insert(reference.text).second) check_amount(message, reference, form);
     });
     check_rendering(message);
   }
@@ -181,6 +183,16 @@ class EntryWarnings {
               std::string(path_name(form)) + ", whatever its value",
           "give it the type UInt1 to show 1 or 0, or let a UInt1 select the message");
     }
+  }
+
+  void check_amount(const EffectiveMessage& message, const TemplatePart& reference, RenderingPath form) {
+    const qz_AttributeType type = find_type(reference.text);
+    if (type == TypeBool || accepted_formats(type).find(reference.format) == std::string_view::npos) return;
+    const std::string amount = form == RenderingPath::kIcu ? "in the currency of each reader's locale, unconverted,"
+                                                           : "of dollars, without its sign,";
+    add(Rule::kCurrencyOfReader, message.find_reference(reference.text),
+        quoted(reference.text) + " shows as an amount " + amount + " on " + std::string(path_name(form)),
+        "name the currency in the text, or accept this where all readers have the same one");
   }
 
   static bool is_plain_number(char format) { return format == 'd' || format == 'u'; }

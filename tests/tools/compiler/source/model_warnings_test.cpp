@@ -63,11 +63,9 @@ TEST(FindModelWarnings, LargeUnsignedNumbers_AreWrongAsThePathShowsThem) {
   const FormatCase cases[] = {
       {"%d%N%", RenderingPaths::kIcu, kNegative},
       {"%u%N%", RenderingPaths::kIcu, kNegative},
-      {"%C%N%", RenderingPaths::kIcu, kNegative},
       {"%P%N%", RenderingPaths::kBoth, kNegative},
       {"%d%N%", RenderingPaths::kNarrow, ""},
       {"%u%N%", RenderingPaths::kNarrow, ""},
-      {"%C%N%", RenderingPaths::kNarrow, kOther},
       {"%P%N%", RenderingPaths::kNarrow, kOther},
       {"%d%N% %d%N%", RenderingPaths::kBoth, kNegative},
   };
@@ -75,6 +73,28 @@ TEST(FindModelWarnings, LargeUnsignedNumbers_AreWrongAsThePathShowsThem) {
     EXPECT_EQ(found(model_of({entry(1, item.stored, {attribute("N", TypeUInt4)})}), item.path), item.text)
         << item.stored;
   }
+}
+
+TEST(FindModelWarnings, Amounts_ShowInTheCurrencyOfTheReader) {
+  constexpr const char* kIcu =
+      "1 currency-of-reader: 'N' shows as an amount in the currency of each reader's locale, unconverted, on the ICU "
+      "path\n";
+  constexpr const char* kNarrow =
+      "1 currency-of-reader: 'N' shows as an amount of dollars, without its sign, on the narrow path\n";
+  const FormatCase cases[] = {
+      {"%C%N%", RenderingPaths::kIcu, kIcu},       {"%C%N%", RenderingPaths::kBoth, kIcu},
+      {"%C%N%", RenderingPaths::kNarrow, kNarrow}, {"%C%N% %C%N%", RenderingPaths::kIcu, kIcu},
+      {"%P%N% %d%N%", RenderingPaths::kBoth, ""},  {"%c%N% %d%N%", RenderingPaths::kBoth, ""},
+  };
+  for (const FormatCase& item : cases) {
+    EXPECT_EQ(found(model_of({entry(1, item.stored, {attribute("N", TypeSInt4)})}), item.path), item.text)
+        << item.stored;
+  }
+  EXPECT_EQ(found(model_of({entry(1, "%C%N%", {attribute("N", TypeFloat)})}), RenderingPaths::kNarrow), kNarrow);
+  // The number as well as the currency is another one.
+  EXPECT_EQ(found(model_of({entry(1, "%C%N%", {attribute("N", TypeUInt4)})}), RenderingPaths::kNarrow),
+            "1 negative-unsigned: values of 'N' above 2147483647 show as other numbers on the narrow path\n" +
+                std::string(kNarrow));
 }
 
 TEST(FindModelWarnings, Booleans_AreNeverShown) {
