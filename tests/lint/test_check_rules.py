@@ -30,6 +30,8 @@ class Check(unittest.TestCase):
         self.case = self.root / check_rules.TABLES["compile"] / "a.case"
         self.case.parent.mkdir(parents=True)
         self.case.write_text("a.yaml:1:2: error: 'x' is no number [bad-number]\n", encoding="utf-8")
+        self.shown = self.root / check_rules.SHOWN
+        self.shown.parent.mkdir(parents=True)
         check_rules.update(self.root, RULES)
 
     def findings(self, rules=RULES):
@@ -39,6 +41,12 @@ class Check(unittest.TestCase):
         self.assertEqual(self.findings(), [])
         self.assertIn(UPDATED_ROW, self.page.read_text(encoding="utf-8"))
         self.assertIn(DIFF_ROW, self.diff_page.read_text(encoding="utf-8"))
+
+    def test_example_that_the_command_lacks_is_found(self):
+        self.assertIn("a.yaml:1:2: error: 'x' is no number [bad-number]", self.shown.read_text(encoding="utf-8"))
+        self.shown.write_text("", encoding="utf-8")
+        self.assertEqual(self.findings(), ["tools/explain/rule_examples.cpp: the examples are out of date; "
+                                           "run tests/lint/check_rules.py --update"])
 
     def test_rule_that_a_table_lacks_is_found(self):
         self.page.write_text(self.page.read_text(encoding="utf-8").replace(UPDATED_ROW, ""), encoding="utf-8")

@@ -57,6 +57,7 @@ std::vector<RuleExample> examples_of(const KnownRule& rule) {
 std::vector<Severity> severities_of(const KnownRule& rule, const std::vector<RuleExample>& examples) {
   if (!rule.details.empty()) return {};
   std::vector<Severity> severities;
+  severities.reserve(examples.size() + 1);
   for (const RuleExample& example : examples) severities.push_back(example.severity);
   if (severities.empty()) severities.push_back(rule.usual_severity);
   return severities;

@@ -1,6 +1,7 @@
 #include "tools/report/passed_over.h"
 
 #include <algorithm>
+#include <cstddef>
 
 #include "tools/compiler/text/utf8_text.h"
 #include "tools/report/command_message.h"
@@ -9,6 +10,8 @@
 namespace qzlog_tool {
 
 namespace {
+
+constexpr std::size_t kMostReasons = 5;
 
 std::string with_number(std::uint64_t count, std::string_view one) {
   std::string text = std::to_string(count) + ' ';
@@ -60,11 +63,25 @@ std::string PassedOver::text() const {
   }
   if (text.empty()) return text;
   text += " passed over (";
-  for (const auto& [why, count] : reasons_) {
-    if (&why != &reasons_.front().first) text += ", ";
-    text.append(std::to_string(count)).append(" ").append(why);
-  }
+  append_reasons(text);
   return text.append("); the first at ").append(first_);
+}
+
+// Input with something wrong of every kind would fill the screen.
+void PassedOver::append_reasons(std::string& text) const {
+  Counts reasons = reasons_;
+  std::stable_sort(reasons.begin(), reasons.end(), [](const auto& a, const auto& b) { return a.second > b.second; });
+  const std::size_t shown = reasons.size() <= kMostReasons ? reasons.size() : kMostReasons - 1;
+  std::uint64_t others = 0;
+  for (std::size_t i = 0; i < reasons.size(); ++i) {
+    if (i >= shown) {
+      others += reasons[i].second;
+      continue;
+    }
+    if (i != 0) text += ", ";
+    text.append(std::to_string(reasons[i].second)).append(" ").append(reasons[i].first);
+  }
+  if (others != 0) text.append(" and ").append(with_number(others, "other"));
 }
 
 void PassedOver::clear() { *this = PassedOver(); }

@@ -11,7 +11,8 @@
 
 namespace qzlog_tool {
 
-/// Counts what a command left out of what it read, because it is damaged, wrong or gone, and says so in one line:
+/// Counts what a command left out of what it read, because it is damaged, wrong or gone, and says so in one line, with
+/// the commonest reasons:
 ///
 ///     3 lines passed over (2 out-of-range, 1 torn-line); the first at entries.jsonl:2
 class PassedOver {
@@ -33,6 +34,7 @@ class PassedOver {
  private:
   using Counts = std::vector<std::pair<std::string, std::uint64_t>>;  // in the order in which they came first
 
+  void append_reasons(std::string& text) const;
   void count(std::string_view unit, std::string_view why, std::string_view first, std::uint64_t count);
 
   Counts units_;

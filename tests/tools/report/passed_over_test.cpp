@@ -29,8 +29,17 @@ TEST(PassedOver, Several_AreCountedByUnitAndReasonAndThePlaceIsThatOfTheFirst) {
   over.add_several("file", "deleted", "logs/s.20261121.0001", 2);
   EXPECT_EQ(
       over.text(),
-      "1 names section, 5 lines and 2 files passed over (1 bad-names-section, 4 long-line, 1 bad-json, 2 deleted);"
+      "1 names section, 5 lines and 2 files passed over (4 long-line, 2 deleted, 1 bad-names-section, 1 bad-json);"
       " the first at s.ldf, offset 90");
+}
+
+TEST(PassedOver, ManyReasons_TheCommonestAreNamed) {
+  PassedOver over;
+  for (const char* const why : {"a", "b", "c", "d", "e"}) over.add("line", why, "a.jsonl", 1);
+  EXPECT_EQ(over.text(), "5 lines passed over (1 a, 1 b, 1 c, 1 d, 1 e); the first at a.jsonl:1");
+  over.add_several("line", "f", "a.jsonl", 2);
+  over.add("line", "g", "a.jsonl", 1);
+  EXPECT_EQ(over.text(), "8 lines passed over (2 f, 1 a, 1 b, 1 c and 3 others); the first at a.jsonl:1");
 }
 
 TEST(PassedOver, OnePlaceTwice_IsCountedOnce) {

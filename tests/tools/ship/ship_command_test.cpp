@@ -30,8 +30,8 @@ TEST_F(ShipCommand, PlainLines_AreALogOfTheirOwn) {
 }
 
 TEST_F(ShipCommand, Follows_NewFilesAndNewSeriesUntilASignalComes) {
-  Shipper shipper(folder_.path(), {"logs", "--to", url(), "--option", "keep=records", "--state", "state.json"});
   append("logs/s.20261121.0001", lines(1, 2));
+  Shipper shipper(folder_.path(), {"logs", "--to", url(), "--option", "keep=records", "--state", "state.json"});
   EXPECT_TRUE(wait_for_received(2));
   append("logs/s.20261121.0002", line(3));
   append("logs/other.20261121.0001", line(4));
