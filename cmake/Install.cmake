@@ -29,6 +29,10 @@ install(FILES ${PROJECT_BINARY_DIR}/qzlog-config.cmake ${PROJECT_BINARY_DIR}/qzl
 # The schema of definition sources, for editors, and those of what the command writes as JSON.
 install(DIRECTORY schema/ DESTINATION ${CMAKE_INSTALL_DATADIR}/qzlog FILES_MATCHING PATTERN "*.schema.json")
 
+# The documentation, in the folders that its links name.
+install(FILES README.md SECURITY.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} FILES_MATCHING PATTERN "*.md")
+
 # How lnav shows lines of entries: `lnav -i` takes it into use.
 install(FILES ${CMAKE_CURRENT_LIST_DIR}/qzlog-lnav.json DESTINATION ${CMAKE_INSTALL_DATADIR}/qzlog/lnav RENAME qzlog_entries.json)
 

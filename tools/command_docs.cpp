@@ -1,5 +1,5 @@
-/// Writes what the documentation takes from the qzlog command's own tables: the manual pages and the completions into a
-/// folder, the rules as JSON to standard output.
+/// Writes what the documentation takes from the qzlog command's own tables: the manual pages (some of them made of the
+/// documentation's own pages) and the completions into a folder, the rules as JSON to standard output.
 #include <exception>
 #include <filesystem>
 #include <iostream>
@@ -13,9 +13,13 @@
 #include "tools/diff/diff_rules.h"
 #include "tools/known_rules.h"
 #include "tools/manual/bash_completion.h"
+#include "tools/manual/document_page.h"
+#include "tools/manual/environment_rows.h"
 #include "tools/manual/fish_completion.h"
 #include "tools/manual/manual_page.h"
+#include "tools/manual/markdown.h"
 #include "tools/manual/zsh_completion.h"
+#include "tools/system/file_descriptor.h"
 #include "tools/system/out_of_memory.h"
 #include "tools/system/output_file.h"
 #include "tools/system/process_start.h"
@@ -34,12 +38,27 @@ void write(const fs::path& path, const std::string& content) {
   qzlog_tool::write_file(path.string(), content);
 }
 
-void write_all(const fs::path& folder) {
-  const qzlog_tool::CommandNode root = qzlog_tool::command_line_tree();
+std::string read_document(const fs::path& docs, std::string_view name) {
+  return qzlog_tool::read_file((docs / name).string());
+}
+
+void write_manual_pages(const fs::path& folder, const fs::path& docs, const qzlog_tool::CommandNode& root) {
+  const auto environment =
+      qzlog_tool::read_environment(qzlog_tool::parse_markdown(read_document(docs, "environment.md")));
   for (const qzlog_tool::CommandNode* const command : qzlog_tool::all_commands(root)) {
     write(folder / "man1" / qzlog_tool::manual_page_file_name(*command),
-          qzlog_tool::manual_page(root, *command, qzlog_tool::kVersionNumber));
+          qzlog_tool::manual_page(root, *command, environment, qzlog_tool::kVersionNumber));
   }
+  for (const qzlog_tool::DocumentPage& page : qzlog_tool::all_document_pages()) {
+    write(folder / ("man" + std::to_string(page.section)) / page.file_name(),
+          qzlog_tool::document_page(page, read_document(docs, page.document), environment, root,
+                                    qzlog_tool::kVersionNumber));
+  }
+}
+
+void write_all(const fs::path& folder, const fs::path& docs) {
+  const qzlog_tool::CommandNode root = qzlog_tool::command_line_tree();
+  write_manual_pages(folder, docs, root);
   write(folder / "bash" / "qzlog", qzlog_tool::bash_completion(root));
   write(folder / "zsh" / "_qzlog", qzlog_tool::zsh_completion(root));
   write(folder / "fish" / "qzlog.fish", qzlog_tool::fish_completion(root));
@@ -77,12 +96,13 @@ void print_rules() {
 int main(int argc, char** argv) {
   qzlog_tool::prepare_process();
   qzlog_tool::end_where_memory_runs_out();
-  if (argc != 2) {
-    std::cerr << "Usage: qzlog_command_docs FOLDER | --rules\n";
+  const bool of_rules = argc == 2 && std::string_view(argv[1]) == "--rules";
+  if (!of_rules && argc != 3) {
+    std::cerr << "Usage: qzlog_command_docs FOLDER DOCS | --rules\n";
     return 2;
   }
   try {
-    std::string_view(argv[1]) == "--rules" ? print_rules() : write_all(argv[1]);
+    of_rules ? print_rules() : write_all(argv[1], argv[2]);
     if (!std::cout) throw std::runtime_error("cannot write to standard output");
   } catch (const std::exception& error) {
     std::cerr << "qzlog_command_docs: " << error.what() << '\n';

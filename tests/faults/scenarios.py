@@ -1,12 +1,14 @@
 """What is run while something fails: the commands, and the programs of the folder scenarios/ that use the library."""
 import dataclasses
 import json
+import pathlib
 import struct
 
 import folders
 
 PROGRAM = "fault_scenarios"
 MANUALS = "qzlog_command_docs"
+DOCS = pathlib.Path(__file__).resolve().parents[2] / "docs"
 COLD, WARM = "/cold", "/warm"
 
 
@@ -147,7 +149,7 @@ COMMANDS = [
             writes=True),
     command("catalog-status", "catalog status storage.yaml storage_aux.yaml --po po --json", BOTH + " po"),
     *RECEIVERS,
-    Scenario("manual-pages", ("docs",), program=MANUALS, executable=MANUALS, writes=True),
+    Scenario("manual-pages", ("docs", str(DOCS)), program=MANUALS, executable=MANUALS, writes=True),
     command("help", "--help"),
     command("usage", "compile --no-such-option"),
 ]

@@ -5,6 +5,7 @@ A comment before a fenced block says what becomes of it:
 
     <!-- file: NAME -->    the block is written to the file NAME
     <!-- run -->           lines that begin with "$ " are run by bash, the other lines are what they print
+    <!-- run: private -->  the same where nothing tells of the installed qzlog but PREFIX, the folder that it is in
     <!-- not run: WHY -->  the block is only read
 
 The blocks of one page share one temporary folder, in the order of the page, which is the home folder too, so that programs leave
@@ -58,8 +59,15 @@ def blocks_of(text):
 def environment(prefix):
     """What somebody has who installed qzlog into `prefix`."""
     library = next(pathlib.Path(prefix).rglob("libqzlog.so")).parent
-    return dict(os.environ, PATH=f"{prefix}/bin:{os.environ['PATH']}", LD_LIBRARY_PATH=str(library),
+    return dict(os.environ, PREFIX=str(prefix), PATH=f"{prefix}/bin:{os.environ['PATH']}", LD_LIBRARY_PATH=str(library),
                 PKG_CONFIG_PATH=str(library / "pkgconfig"), CMAKE_PREFIX_PATH=str(prefix), TZ="UTC")
+
+
+def private(env):
+    """The same without what leads to the installed qzlog by itself."""
+    kept = {name: value for name, value in env.items()
+            if name not in ("LD_LIBRARY_PATH", "PKG_CONFIG_PATH", "CMAKE_PREFIX_PATH")}
+    return dict(kept, PATH=env["PATH"].removeprefix(f"{env['PREFIX']}/bin:"))
 
 
 def run_block(block, folder, env):
@@ -77,6 +85,8 @@ def check_block(page, block, folder, env):
     where = f"{page}:{block.line}"
     if block.mark is None:
         return [f"{where}: the block has no mark (file, run, not run)"]
+    if block.mark == "run" and block.argument not in (None, "private"):
+        return [f"{where}: nothing is run so: {block.argument}"]
     if block.mark == "file":
         (pathlib.Path(folder) / block.argument).write_text("\n".join(block.lines) + "\n", encoding="utf-8")
     elif block.mark == "copy":
@@ -84,7 +94,7 @@ def check_block(page, block, folder, env):
             return [f"{where}: {block.argument} is no folder"]
         shutil.copytree(ROOT / block.argument, folder, dirs_exist_ok=True)
     elif block.mark == "run":
-        actual = run_block(block, folder, env)
+        actual = run_block(block, folder, private(env) if block.argument == "private" else env)
         if actual != block.lines:
             return [f"{where}: the output differs (- page, + now)",
                     *difflib.unified_diff(block.lines, actual, lineterm="", n=1)]

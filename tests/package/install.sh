@@ -10,8 +10,12 @@ rm -rf "$3"
 for name in qzlog qzlog-compile qzlog-render qzlog-count-show; do
   [[ -s $3/share/man/man1/$name.1 ]] || missing+=("$name.1")
 done
+for name in qzlog.7 qzlog-{config,counter,definitions,entries,ldf}.5; do
+  [[ -s $3/share/man/man${name##*.}/$name ]] || missing+=("$name")
+done
 for file in bash-completion/completions/qzlog zsh/site-functions/_qzlog fish/vendor_completions.d/qzlog.fish \
-  qzlog/lnav/qzlog_entries.json; do
+  qzlog/lnav/qzlog_entries.json doc/qzlog/{README,SECURITY,CHANGELOG}.md \
+  doc/qzlog/docs/{README,user-guide,command,environment,definition-source}.md; do
   [[ -s $3/share/$file ]] || missing+=("$file")
 done
 if ((${#missing[@]})); then

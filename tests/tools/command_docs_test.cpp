@@ -7,9 +7,11 @@
 #include <set>
 #include <sstream>
 #include <string>
+#include <vector>
 
 #include "tests/tools/command_fixture.h"
 #include "tests/tools/command_table.h"
+#include "tools/manual/document_page.h"
 #include "tools/manual/manual_page.h"
 #include "tools/report/source_rules.h"
 
@@ -31,6 +33,14 @@ class CommandDocs : public qzlog_test::CommandFixture {
     return result.out;
   }
 
+  static std::vector<fs::path> manual_pages() {
+    std::vector<fs::path> pages;
+    for (const char* const section : {"man1", "man5", "man7"}) {
+      for (const auto& file : fs::directory_iterator(kMade / section)) pages.push_back(file.path());
+    }
+    return pages;
+  }
+
   const qzlog_tool::CommandNode root_ = qzlog_tool::command_line_tree();
 };
 
@@ -50,6 +60,23 @@ TEST_F(CommandDocs, ManualPages_AreThoseOfTheCommands) {
   std::set<std::string> actual;
   for (const auto& file : fs::directory_iterator(kMade / "man1")) actual.insert(file.path().filename());
   EXPECT_EQ(actual, expected);
+}
+
+TEST_F(CommandDocs, ManualPagesOfFormatsAndOfTheLibrary_AreThere) {
+  for (const auto& page : qzlog_tool::all_document_pages()) {
+    const fs::path path = kMade / ("man" + std::to_string(page.section)) / page.file_name();
+    EXPECT_GT(read_file(path).size(), 2000U) << path;
+  }
+}
+
+TEST_F(CommandDocs, EveryManualPage_TellsEnvironmentAndExitStatus) {
+  for (const fs::path& page : manual_pages()) {
+    const std::string text = read_file(page);
+    EXPECT_NE(text.find("\n.SH ENVIRONMENT\n"), std::string::npos) << page;
+    EXPECT_NE(text.find("\n.SH EXIT STATUS\n"), std::string::npos) << page;
+  }
+  EXPECT_NE(shown_page("qzlog-ship.1").find("\n       STATE_DIRECTORY\n"), std::string::npos);
+  EXPECT_EQ(shown_page("qzlog-compile.1").find("STATE_DIRECTORY"), std::string::npos);
 }
 
 TEST_F(CommandDocs, ManualPages_TellEveryOptionAndSubcommand) {
@@ -75,8 +102,8 @@ TEST_F(CommandDocs, ManualPages_ShowTheExamplesAsTheyAreTyped) {
 
 /// A date is left out on purpose: pages that are made twice are the same.
 TEST_F(CommandDocs, ManualPages_HaveNoFindings) {
-  for (const auto& file : fs::directory_iterator(kMade / "man1")) {
-    const auto lint = run("mandoc -T lint '" + file.path().string() + "' | grep -v 'WARNING: missing date'");
+  for (const fs::path& page : manual_pages()) {
+    const auto lint = run("mandoc -T lint '" + page.string() + "' | grep -v 'WARNING: missing date'");
     EXPECT_EQ(lint.out + lint.err, "");
   }
 }
@@ -117,13 +144,21 @@ TEST_F(CommandDocs, OverviewOfTheDocumentation_ListsTheSameCommands) {
 }
 
 TEST_F(CommandDocs, BeyondTheLimitForFiles_AnErrorAndNoTemporaryFileStays) {
-  const auto made = run("(ulimit -f 1; '" QZLOG_COMMAND_DOCS_PROGRAM "' limited 2>&1; echo \"status $?\") | cat");
+  const auto made =
+      run("(ulimit -f 1; '" QZLOG_COMMAND_DOCS_PROGRAM "' limited '" QZLOG_DOCS "' 2>&1; echo \"status $?\") | cat");
   EXPECT_NE(made.out.find("File too large\nstatus 2\n"), std::string::npos) << made.out;
   EXPECT_EQ(run("find limited -name '.qzlog-*'").out, "");
 }
 
+TEST_F(CommandDocs, WithoutTheDocumentation_AreNotMade) {
+  const auto made = run("'" QZLOG_COMMAND_DOCS_PROGRAM "' none .");
+  EXPECT_EQ(made.err, "qzlog_command_docs: cannot open './environment.md': No such file or directory\n");
+  EXPECT_EQ(made.status, 2);
+}
+
 TEST_F(CommandDocs, MadeTwice_AreTheSame) {
-  const auto made = run("'" QZLOG_COMMAND_DOCS_PROGRAM "' again && diff -r again '" + kMade.string() + "'");
+  const auto made =
+      run("'" QZLOG_COMMAND_DOCS_PROGRAM "' again '" QZLOG_DOCS "' && diff -r again '" + kMade.string() + "'");
   EXPECT_EQ(made.out + made.err, "");
   EXPECT_EQ(made.status, 0);
 }

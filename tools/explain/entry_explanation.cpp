@@ -24,6 +24,8 @@ using qzlog_compiler::TemplateFinding;
 using qzlog_compiler::TemplateJudgement;
 using qzlog_compiler::TemplatePart;
 
+constexpr std::string_view kOwnTime = "TIMESTAMP";
+
 class Explainer {
  public:
   Explainer(EntryDefinition entry, const DefinitionPair& definitions, const std::vector<CatalogBundle>& bundles)
@@ -71,16 +73,18 @@ class Explainer {
 
   ExplainedText text_of(std::string language, const std::string& stored, RenderingPath form,
                         const AttributeLookup& lookup, const std::string& locale = "root") {
-    note_globals(stored, form);
+    note_references(stored, form);
     const TemplateJudgement judged = qzlog_compiler::judge_template(stored, form, lookup, locale);
     const TemplateFinding* const failure = judged.failure();
     if (failure != nullptr) return {std::move(language), std::nullopt, failure->text};
     return {std::move(language), readable_template(judged, lookup), ""};
   }
 
-  void note_globals(const std::string& stored, RenderingPath form) {
+  /// The name stands for the entry's own time whatever defines it, too.
+  void note_references(const std::string& stored, RenderingPath form) {
     for (const TemplatePart& part : qzlog_compiler::find_references(stored, form)) {
       if (!qzlog_compiler::is_known_format(part.format)) continue;
+      explanation_.shows_own_time = explanation_.shows_own_time || part.text == kOwnTime;
       if (qzlog_compiler::find_attribute(explanation_.entry.attributes, part.text) != nullptr) continue;
       const auto* const global = definitions_.find_global(part.text);
       if (global != nullptr && known_globals_.insert(part.text).second) explanation_.globals.push_back(*global);
@@ -120,6 +124,10 @@ std::string value_range(qz_AttributeType type) {
       return "-2147483648 to 2147483647";
     case TypeGUID:
       return "can be neither set nor shown";
+    case TypeDate:
+    case TypeTime:
+    case TypeTimestamp:
+      return "shown in GMT";
     default:
       break;
   }

@@ -34,6 +34,7 @@ struct EntryExplanation {
   bool in_auxiliary = false;
   std::string version;
   std::vector<qzlog_compiler::AttributeDefinition> globals;  ///< those that the messages show
+  bool shows_own_time = false;                               ///< whether one of them shows TIMESTAMP
   std::vector<ExplainedMessage> messages;                    ///< the default message first
 };
 
@@ -41,7 +42,8 @@ struct EntryExplanation {
 std::optional<EntryExplanation> explain_entry(std::uint32_t id, const DefinitionPair& definitions,
                                               const std::vector<CatalogBundle>& bundles);
 
-/// The range of an attribute's values, in words; empty where there is nothing to say.
+/// The range of an attribute's values, in words, or the clock that they are shown on; empty where there is nothing to
+/// say.
 std::string value_range(qz_AttributeType type);
 
 void print_explanation(std::ostream& out, const EntryExplanation& explanation);

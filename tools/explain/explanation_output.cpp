@@ -124,6 +124,10 @@ void print_explanation(std::ostream& out, const EntryExplanation& explanation) {
                    {"word", bits_text(entry.word)}});
   print_attributes(out, "Attributes", entry.attributes, entry.selector.attribute);
   print_attributes(out, "Global attributes in its messages", explanation.globals, "");
+  if (explanation.shows_own_time) {
+    out << "\nTime in its messages\n";
+    print_rows(out, {{"TIMESTAMP", "the entry's own", "shown in the local time of whoever renders it"}});
+  }
   for (const ExplainedMessage& message : explanation.messages) print_message(out, message, entry);
 }
 
@@ -142,6 +146,7 @@ void print_explanation_json(std::ostream& out, const EntryExplanation& explanati
   item["word"] = entry.word;
   item["attributes"] = attributes_json(entry.attributes);
   item["globals"] = attributes_json(explanation.globals);
+  if (explanation.shows_own_time) item["timestamp"] = "shown in local time";
   if (qzlog_compiler::selector_attribute(entry) != nullptr) item["selector"] = entry.selector.attribute;
   item["messages"] = ordered_json::array();
   for (const ExplainedMessage& message : explanation.messages) item["messages"].push_back(message_json(message));

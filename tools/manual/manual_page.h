@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "tools/manual/command_tree.h"
+#include "tools/manual/environment_rows.h"
 
 namespace qzlog_tool {
 
@@ -13,11 +14,9 @@ namespace qzlog_tool {
 std::string manual_page_file_name(const CommandNode& command);
 
 /// The manual page of one of the commands below `root` (or of `root`) in man(7) macros, made from its help page. There
-/// is no date in it.
-std::string manual_page(const CommandNode& root, const CommandNode& command, std::string_view version);
-
-/// A text that roff shows as it stands, in a paragraph: minus signs, quotes and backslashes included.
-std::string roff_text(std::string_view text);
+/// is no date in it. `environment` are the variables of all commands.
+std::string manual_page(const CommandNode& root, const CommandNode& command,
+                        const std::vector<EnvironmentRow>& environment, std::string_view version);
 
 }  // namespace qzlog_tool
 

@@ -9,16 +9,14 @@ namespace {
 using qzlog_tool::CommandNode;
 using qzlog_tool::CommandOption;
 using qzlog_tool::manual_page;
-using qzlog_tool::roff_text;
 
-TEST(RoffText, CharactersWithAMeaning_AreEscaped) {
-  EXPECT_EQ(roff_text("plain text."), "plain text.");
-  EXPECT_EQ(roff_text("--no-icu"), "\\-\\-no\\-icu");
-  EXPECT_EQ(roff_text("a\\n"), "a\\(rsn");
-  EXPECT_EQ(roff_text("'it' \"is\" `a` ^~"), "\\(aqit\\(aq \\(dqis\\(dq \\(gaa\\(ga \\(ha\\(ti");
-  EXPECT_EQ(roff_text(".cnt\n.\n'"), "\\&.cnt\n\\&.\n\\(aq");
-  EXPECT_EQ(roff_text("Größe 😀"), "Gr\\[u00F6]\\[u00DF]e \\[u1F600]");
-}
+/// As docs/environment.md has them.
+const std::vector<qzlog_tool::EnvironmentRow> kEnvironment = {
+    {"`A`, `B`", "the library; `tool`", "at the start", "Says **how**."},
+    {"`C`", "`tool show`", "once", "Says what."},
+    {"`D`", "`tool hide`, `tools`", "never", "Nothing."},
+    {"`E`", "the library", "always", "All."},
+};
 
 CommandNode example() {
   CommandNode root{"tool", "Does things", "Exit status: 0 success; 2 trouble.", {}, {}, {}};
@@ -45,7 +43,8 @@ CommandNode example() {
 TEST(ManualPage, OfASubcommand_HasEverySection) {
   const CommandNode root = example();
   EXPECT_EQ(manual_page_file_name(root.subcommands[0]), "tool-show.1");
-  EXPECT_EQ(manual_page(root, root.subcommands[0], "1.2"), R"(.TH TOOL\-SHOW 1 "" "qzlog 1.2" "User Commands"
+  EXPECT_EQ(manual_page(root, root.subcommands[0], kEnvironment, "1.2"),
+            R"(.TH TOOL\-SHOW 1 "" "qzlog 1.2" "User Commands"
 .SH NAME
 tool\-show \- Show a file
 .SH SYNOPSIS
@@ -68,6 +67,15 @@ The file.
 \fB\-o\fR, \fB\-\-output\fR \fIOUT\fR
 Where to (default: x\-y).
 Excludes \fB\-\-json\fR.
+.SH ENVIRONMENT
+.TP
+\fBA\fR, \fBB\fR
+Says \fBhow\fR.
+Read at the start.
+.TP
+\fBC\fR
+Says what.
+Read once.
 .SH EXIT STATUS
 .TP
 \fB0\fR
@@ -89,21 +97,25 @@ tool show f.x
 
 TEST(ManualPage, OfACommandWithSubcommands_ListsThem) {
   const CommandNode root = example();
-  const std::string page = manual_page(root, root, "1.2");
+  const std::string page = manual_page(root, root, kEnvironment, "1.2");
   EXPECT_NE(page.find(".SH SYNOPSIS\n\\fBtool\\fR [\\fIOPTIONS\\fR] \\fICOMMAND\\fR ...\n"), std::string::npos) << page;
   EXPECT_NE(page.find(".SH COMMANDS\n.TP\n\\fBtool\\-show\\fR(1)\nShow a file.\n"), std::string::npos) << page;
-  EXPECT_NE(page.find(".SH SEE ALSO\n\\fBtool\\-show\\fR(1),\n\\fBtool\\-hide\\fR(1)\n"), std::string::npos) << page;
+  EXPECT_NE(page.find(".SH SEE ALSO\n\\fBtool\\-show\\fR(1),\n\\fBtool\\-hide\\fR(1),\n\\fBqzlog\\fR(7),\n"),
+            std::string::npos)
+      << page;
+  EXPECT_NE(page.find(".SH ENVIRONMENT\n.TP\n\\fBA\\fR, \\fBB\\fR\n"), std::string::npos) << page;
+  EXPECT_EQ(page.find("\\fBC\\fR"), std::string::npos) << page;
 }
 
 TEST(ManualPage, ExitStatusInOtherWords_IsAParagraph) {
   const CommandNode root = example();
-  EXPECT_NE(manual_page(root, root.subcommands[1], "1").find(".SH EXIT STATUS\nalways 0.\n"), std::string::npos);
+  EXPECT_NE(manual_page(root, root.subcommands[1], {}, "1").find(".SH EXIT STATUS\nalways 0.\n"), std::string::npos);
 }
 
 TEST(ManualPage, LongParagraphs_AreFilled) {
   CommandNode root{"tool", "Does things", "", {}, {}, {}};
   for (int i = 0; i < 100; ++i) root.footer += "--option .x ";
-  const std::string page = manual_page(root, root, "1");
+  const std::string page = manual_page(root, root, {}, "1");
   std::size_t begin = 0;
   for (std::size_t end = page.find('\n'); end != std::string::npos; end = page.find('\n', begin)) {
     EXPECT_LT(end - begin, 80U) << page.substr(begin, end - begin);
