@@ -26,9 +26,9 @@ TABLES = {
 OTHER_TABLES = ["entries", "choice", "configuration", "count", "inspect"]
 PAGE = "docs/diagnostics.md"
 
-# What `qzlog explain` shows: the golden cases of those tables, and what the documentation shows of the others, by where it is found.
+# What `qzlog explain` shows: the golden cases of those tables, and what the page shows of the others, by where it is found.
 SHOWN_CASES = "tests/tools/golden/{}/*.case"
-SHOWN_ELSEWHERE = {"entries": r"\S+\.jsonl:\d", "choice": r"--where:\d", "configuration": r"\S+\.conf:\d", "count": r"\S+\.cnt:",
+SHOWN_ELSEWHERE = {"entries": r"\S+\.jsonl:\d", "choice": r"--where:\d", "configuration": r"\S+\.conf:", "count": r"\S+\.cnt:",
                    "inspect": r"\S+\.ldf:"}
 SHOWN = "tools/explain/rule_examples.cpp"
 FINDING = re.compile(r"^(?P<place>\S+?): (?:.*?: )??(?P<severity>error|warning): .*\[(?P<rule>[a-z0-9-]+)\]$")
@@ -85,7 +85,7 @@ def examples_to_show(root, rules):
             for name in sorted(TABLES, key=lambda other: other == table):  # the table's own cases replace those of others
                 found.update(collect_findings(sorted(root.glob(SHOWN_CASES.format(name)))))
         elif table in SHOWN_ELSEWHERE:
-            paths = [*sorted(root.glob("docs/*.md")), *sorted(root.glob(SHOWN_CASES.format(table)))]
+            paths = [root / PAGE, *sorted(root.glob(SHOWN_CASES.format("*")))]
             found = collect_findings(paths, SHOWN_ELSEWHERE[table])
         else:
             continue
@@ -99,7 +99,7 @@ def shown_source(root, rules):
     """The content of SHOWN."""
     rows = [f'    {{"{table}", "{rule}", Severity::k{severity.capitalize()},\n     R"~({text})~"}},'
             for table, rule, severity, text in examples_to_show(root, rules)]
-    return "\n".join(["// Written by tests/lint/check_rules.py --update, from the golden cases of the tests and from the documentation.",
+    return "\n".join(["// Written by tests/lint/check_rules.py --update, from the golden cases of the tests and from docs/diagnostics.md.",
                       "", '#include "tools/explain/rule_examples.h"', "", "namespace qzlog_tool {", "", "namespace {", "",
                       "using qzlog_compiler::Severity;", "", "// clang-format off",
                       "constexpr RuleExample kExamples[] = {", *rows, "};", "// clang-format on", "", "}  // namespace", "",

@@ -124,10 +124,6 @@ std::string value_range(qz_AttributeType type) {
       return "-2147483648 to 2147483647";
     case TypeGUID:
       return "can be neither set nor shown";
-    case TypeDate:
-    case TypeTime:
-    case TypeTimestamp:
-      return "shown in GMT";
     default:
       break;
   }
@@ -135,5 +131,7 @@ std::string value_range(qz_AttributeType type) {
   const std::string limit = std::to_string(qzlog::text_limit(static_cast<unsigned char>(type)));
   return "at most " + limit + (type <= TypeChar2K ? " bytes" : " characters");
 }
+
+bool is_shown_in_gmt(qz_AttributeType type) { return type == TypeDate || type == TypeTime || type == TypeTimestamp; }
 
 }  // namespace qzlog_tool

@@ -42,9 +42,11 @@ struct EntryExplanation {
 std::optional<EntryExplanation> explain_entry(std::uint32_t id, const DefinitionPair& definitions,
                                               const std::vector<CatalogBundle>& bundles);
 
-/// The range of an attribute's values, in words, or the clock that they are shown on; empty where there is nothing to
-/// say.
+/// The range of an attribute's values, in words; empty where there is nothing to say.
 std::string value_range(qz_AttributeType type);
+
+/// Whether messages show the attribute's values in GMT, unlike the entry's own time.
+bool is_shown_in_gmt(qz_AttributeType type);
 
 void print_explanation(std::ostream& out, const EntryExplanation& explanation);
 void print_explanation_json(std::ostream& out, const EntryExplanation& explanation);

@@ -47,7 +47,8 @@ void print_attributes(std::ostream& out, const char* title, const std::vector<At
       remark +=
           (remark.empty() ? "sensitive: " : ", sensitive: ") + std::string(sensitivity_name(attribute.sensitivity));
     }
-    rows.push_back({attribute.name, std::string(short_type_name(attribute.type)), value_range(attribute.type), remark});
+    const std::string range = is_shown_in_gmt(attribute.type) ? "shown in GMT" : value_range(attribute.type);
+    rows.push_back({attribute.name, std::string(short_type_name(attribute.type)), range, remark});
   }
   print_rows(out, rows);
 }
@@ -80,6 +81,7 @@ ordered_json attribute_json(const AttributeDefinition& attribute) {
   item["name"] = attribute.name;
   item["type"] = short_type_name(attribute.type);
   if (const std::string range = value_range(attribute.type); !range.empty()) item["range"] = range;
+  if (is_shown_in_gmt(attribute.type)) item["clock"] = "GMT";
   if (!attribute.redirect.empty()) item["redirect"] = attribute.redirect;
   if (attribute.sensitivity != qzlog::Sensitivity::kKeep) item["sensitive"] = sensitivity_name(attribute.sensitivity);
   return item;
@@ -146,7 +148,7 @@ void print_explanation_json(std::ostream& out, const EntryExplanation& explanati
   item["word"] = entry.word;
   item["attributes"] = attributes_json(entry.attributes);
   item["globals"] = attributes_json(explanation.globals);
-  if (explanation.shows_own_time) item["timestamp"] = "shown in local time";
+  if (explanation.shows_own_time) item["timestamp_clock"] = "local";
   if (qzlog_compiler::selector_attribute(entry) != nullptr) item["selector"] = entry.selector.attribute;
   item["messages"] = ordered_json::array();
   for (const ExplainedMessage& message : explanation.messages) item["messages"].push_back(message_json(message));

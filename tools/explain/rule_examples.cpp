@@ -1,4 +1,4 @@
-// Written by tests/lint/check_rules.py --update, from the golden cases of the tests and from the documentation.
+// Written by tests/lint/check_rules.py --update, from the golden cases of the tests and from docs/diagnostics.md.
 
 #include "tools/explain/rule_examples.h"
 
@@ -603,42 +603,49 @@ in.yaml:3:12: note: the global attribute is here
      R"~(wrong.jsonl:21: error: <QZX_logging_invalid_message_string> Invalid selector message index specified. [no-message]
    21 | {"id":7,"selector":1}
       | ^)~"},
-    {"choice", "undefined-attribute", Severity::kError,
-     R"~(--where:1:1: error: the definitions have no attribute 'Fre' [undefined-attribute]
-    1 | Fre < 10 or Name > "vol1"
-      | ^
-  hint: did you mean 'Free'?)~"},
-    {"choice", "no-such-comparison", Severity::kError,
-     R"~(--where:1:18: error: 'Name' is Char32 in entry 1001, which has no '>' [no-such-comparison]
-    1 | Fre < 10 or Name > "vol1"
-      |                  ^
-  hint: texts have = != ~ !~ and in)~"},
-    {"choice", "value-range", Severity::kError,
-     R"~(--where:1:8: error: 'Free': -1 does not fit UInt4 (0 to 4294967295) [value-range]
-    1 | Free = -1
-      |        ^)~"},
     {"configuration", "config-last-line", Severity::kError,
-     R"~(short.conf:4: error: the last line has no empty line behind it and is not read [config-last-line]
-    4 | PropertyMask = 0x2
-      | ^
-  hint: end the file with an empty line)~"},
-    {"configuration", "config-last-line", Severity::kWarning,
-     R"~(short.conf:3: warning: the last line has no empty line behind it and is not read [config-last-line]
-    3 | PropertyMask = 0x2
+     R"~(log.conf:2: error: the last line has no empty line behind it and is not read [config-last-line]
+    2 | LogLevelLow = 2
       | ^
   hint: end the file with an empty line)~"},
     {"configuration", "config-near-key", Severity::kWarning,
-     R"~(qzlog.conf:3:1: warning: no filter asks for 'LogLevelHgh' [config-near-key]
+     R"~(log.conf:3:1: warning: no filter asks for 'LogLevelHgh' [config-near-key]
     3 | LogLevelHgh = 3
       | ^
   hint: did you mean 'LogLevelHigh'?)~"},
     {"configuration", "config-bad-value", Severity::kError,
-     R"~(qzlog.conf:2:15: error: 'banana' is no number of 32 bits: it is read as 0 [config-bad-value]
+     R"~(log.conf:2:15: error: 'banana' is no number of 32 bits: it is read as 0 [config-bad-value]
     2 | LogLevelLow = banana
       |               ^
   hint: write digits, or 0x and hexadecimal digits)~"},
-    {"count", "partial-record", Severity::kError,
-     R"~(cut.cnt: offset 32: error: the file ends after 18 of the 32 bytes [partial-record])~"},
+    {"configuration", "config-bad-value", Severity::kWarning,
+     R"~(log.conf:5:18: warning: what stands behind the value is not read [config-bad-value]
+    5 | DebugEnabled = 1 now
+      |                  ^)~"},
+    {"configuration", "config-repeated-key", Severity::kWarning,
+     R"~(log.conf:6:1: warning: 'DebugEnabled' stands here again: this value counts [config-repeated-key]
+    6 | DebugEnabled = 0
+      | ^
+log.conf:5:16: note: the value before
+    5 | DebugEnabled = 1 now
+      |                ^)~"},
+    {"configuration", "config-bad-section", Severity::kError,
+     R"~(log.conf:9:1: error: the section is read as 'tw' [config-bad-section]
+    9 | [two words]
+      | ^
+  hint: a name has no blanks and no equals signs, and ']' directly behind it)~"},
+    {"configuration", "config-no-section", Severity::kWarning,
+     R"~(log.conf:1:1: warning: 'PropertyMask' stands in no section and is not read [config-no-section]
+    1 | PropertyMask = 0x1
+      | ^
+  hint: put '[global]' in front of it)~"},
+    {"configuration", "config-missing-section", Severity::kError,
+     R"~(log.conf: error: there is no section 'stored': nothing counts [config-missing-section]
+  hint: did you mean 'storaged'?)~"},
+    {"configuration", "config-nothing-passes", Severity::kWarning,
+     R"~(log.conf:7:20: warning: no debug entry passes with a low level above 9 [config-nothing-passes]
+    7 | DebugLogLevelLow = 10
+      |                    ^)~"},
     {"inspect", "no-yaml-form", Severity::kError,
      R"~(a.ldf: offset 0: error: bad version 'two' [no-yaml-form])~"},
 };
