@@ -4,11 +4,9 @@ namespace qzlog_tool {
 
 namespace {
 
-using std::chrono::day;
 using std::chrono::December;
 using std::chrono::January;
 using std::chrono::last;
-using std::chrono::month;
 using std::chrono::months;
 using std::chrono::year;
 using std::chrono::year_month;
