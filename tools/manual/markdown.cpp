@@ -80,7 +80,8 @@ class PageReader {
       continues_ = false;
       for (std::string_view end = line; end.find("-->") == std::string_view::npos && !rest_.empty();) end = next_line();
     } else if (const int level = heading_level(line)) {
-      add({.kind = Block::Kind::kHeading, .text = std::string(trimmed(line.substr(level))), .level = level}, false);
+      add({.kind = Block::Kind::kHeading, .text = std::string(trimmed(line.substr(line.find(' ')))), .level = level},
+          false);
     } else if (line.front() == '|') {
       take_row(line);
     } else {
@@ -188,7 +189,8 @@ class SpanReader {
   }
 
   bool take_escape() {
-    if (rest_.size() < 2 || rest_.front() != '\\' || std::string_view("\\|*_`[]<").find(rest_[1]) == rest_.npos)
+    if (rest_.size() < 2 || rest_.front() != '\\' ||
+        std::string_view("\\|*_`[]<").find(rest_[1]) == std::string_view::npos)
       return false;
     add(Span::Style::kPlain, rest_.substr(1, 1));
     rest_.remove_prefix(2);
