@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <set>
 #include <string_view>
 #include <utility>
 
@@ -39,18 +40,40 @@ struct SourceMessage {
 
 using SourceMessages = std::map<std::string, std::vector<SourceMessage>>;
 
+using MessageKeys = std::set<std::string>;
+
 std::string about_message(const std::string& key) { return "message " + quoted(key); }
+
+/// Calls `add` with the key and the stored text of each message of the entry that has a key.
+template <typename Add>
+void each_message(const EntryDefinition& entry, Add add) {
+  if (!entry.message_id.empty()) add(entry.message_id, entry.message.stored);
+  for (const SelectorMessage& message : entry.selector.messages) {
+    if (!message.id.empty()) add(message.id, message.message.stored);
+  }
+}
 
 SourceMessages messages_of(const std::map<std::uint32_t, EntryDefinition>& entries) {
   SourceMessages messages;
-  const auto add = [&](const EntryDefinition& entry, const std::string& key, const std::string& stored) {
-    if (!key.empty()) messages[key].push_back({entry.id, stored});
-  };
-  for (const auto& [id, entry] : entries) {
-    add(entry, entry.message_id, entry.message.stored);
-    for (const SelectorMessage& message : entry.selector.messages) add(entry, message.id, message.message.stored);
+  for (const auto& item : entries) {
+    const EntryDefinition& entry = item.second;
+    each_message(entry, [&](const std::string& key, const std::string& stored) {
+      messages[key].push_back({entry.id, stored});
+    });
   }
   return messages;
+}
+
+/// The keys of the standard definitions, those of messages that an auxiliary file replaces among them: a catalog has
+/// these too, for programs that do not load that file.
+MessageKeys standard_keys_of(const DefinitionPair& definitions) {
+  MessageKeys keys;
+  for (const std::uint32_t id : definitions.entry_ids()) {
+    const EntryDefinition* const entry = definitions.find_standard(id);
+    if (entry == nullptr) continue;
+    each_message(*entry, [&](const std::string& key, const std::string&) { keys.insert(key); });
+  }
+  return keys;
 }
 
 /// Whether there is anything to translate outside the placeholders.
@@ -83,11 +106,12 @@ std::string first_of(const std::vector<std::string>& items) {
 /// One language against the definitions.
 class BundleCheck {
  public:
-  BundleCheck(const CatalogBundle& bundle, const SourceMessages& messages,
+  BundleCheck(const CatalogBundle& bundle, const SourceMessages& messages, const MessageKeys& standard_keys,
               const std::map<std::uint32_t, EntryDefinition>& entries, const DefinitionPair& definitions,
               bool may_be_unchanged, std::vector<Finding>& findings)
       : bundle_(bundle),
         messages_(messages),
+        standard_keys_(standard_keys),
         entries_(entries),
         definitions_(definitions),
         may_be_unchanged_(may_be_unchanged),
@@ -163,7 +187,7 @@ class BundleCheck {
   }
 
   void check_key(const std::string& key) {
-    if (messages_.contains(key)) return;
+    if (messages_.contains(key) || standard_keys_.contains(key)) return;
     report_.about(about_message(key));
     report_.warning(CheckRule::kUnusedMessage, "no definition has this key");
   }
@@ -197,6 +221,7 @@ class BundleCheck {
 
   const CatalogBundle& bundle_;
   const SourceMessages& messages_;
+  const MessageKeys& standard_keys_;
   const std::map<std::uint32_t, EntryDefinition>& entries_;
   const DefinitionPair& definitions_;
   bool may_be_unchanged_;
@@ -213,6 +238,7 @@ void check_catalog(const std::vector<CatalogBundle>& bundles, const std::string&
   std::map<std::uint32_t, EntryDefinition> entries;
   for (const std::uint32_t id : definitions.entry_ids()) entries.emplace(id, *definitions.find_entry(id));
   const SourceMessages messages = messages_of(entries);
+  const MessageKeys standard_keys = standard_keys_of(definitions);
   if (bundles.front().locale != "root") {
     CheckReport(folder, findings)
         .warning(CheckRule::kNoRootBundle,
@@ -220,7 +246,7 @@ void check_catalog(const std::vector<CatalogBundle>& bundles, const std::string&
   }
   for (const CatalogBundle& bundle : bundles) {
     const bool may_be_unchanged = bundle.locale == "root" || language_of(bundle.locale) == source_language;
-    BundleCheck(bundle, messages, entries, definitions, may_be_unchanged, findings).check();
+    BundleCheck(bundle, messages, standard_keys, entries, definitions, may_be_unchanged, findings).check();
   }
 }
 
