@@ -29,6 +29,7 @@ using qzlog_compiler::TextPlace;
 
 constexpr const char* kFallbackSection = "global";
 constexpr unsigned kHighestLevel = 9;
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 constexpr std::array<std::string_view, qzlog::kFilterKeyCount> filter_keys() {
   std::array<std::string_view, qzlog::kFilterKeyCount> keys;
@@ -116,6 +117,14 @@ class ConfigCheck {
   }
 
   void tell_no_section(std::span<const ConfigWord> words) {
+    const std::string_view first = words[0].text;
+    if (first.starts_with(kByteOrderMark) && first.substr(kByteOrderMark.size()).starts_with('[')) {
+      findings_
+          .error(words[0].place, ConfigRule::kBadSection,
+                 "the section is not begun: a byte order mark stands in front of it")
+          .with_hint("save the file without one, or begin it with an empty line");
+      return;
+    }
     if (words.size() < 2 || looks_like_comment(words[0].text)) return;
     findings_
         .warning(words[0].place, ConfigRule::kNoSection,

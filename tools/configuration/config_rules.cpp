@@ -22,7 +22,7 @@ constexpr RuleInfo kRules[] = {
     {ConfigRule::kRepeatedKey, "config-repeated-key",
      "A key that filters ask for stands in a section again: the last value counts."},
     {ConfigRule::kBadSection, "config-bad-section",
-     "The library reads another name out of the header of a section than the one that it shows."},
+     "The library reads another name out of the header of a section than the one that it shows, or none."},
     {ConfigRule::kNoSection, "config-no-section", "A setting stands in no section and is not read."},
     {ConfigRule::kMissingSection, "config-missing-section",
      "A configuration file has no section of the wanted name: only what the section 'global' says counts."},

@@ -137,6 +137,15 @@ TEST(CheckConfig, Mistakes_AreTold) {
   }
 }
 
+TEST(CheckConfig, ByteOrderMark_HidesTheFirstSection) {
+  EXPECT_EQ(shown(check_config("c.conf", "\xEF\xBB\xBF[s]\nLogLevelLow = 3\n[t]\nLogLevelLow = 4\n\n")),
+            "1:1 error config-bad-section: the section is not begun: a byte order mark stands in front of it / "
+            "save the file without one, or begin it with an empty line\n"
+            "2:1 warning config-no-section: 'LogLevelLow' stands in no section and is not read / put '[global]' in "
+            "front of it\n");
+  EXPECT_EQ(shown(check_config("c.conf", "\xEF\xBB\xBF\n[s]\nLogLevelLow = 3\n\n")), "");
+}
+
 TEST(CheckConfig, WantedSection_IsLookedFor) {
   EXPECT_EQ(shown(check_config("c.conf", "[shop]\nLogLevelLow = 2\n\n", "shop")), "");
   EXPECT_EQ(shown(check_config("c.conf", "[shop]\nLogLevelLow = 2\n\n", "shp")),
