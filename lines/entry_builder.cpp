@@ -193,14 +193,18 @@ int check_defined(const LineAttribute& attribute, const qz_LOG_LogEntry& entry, 
   if (attribute.may_hold_nul) c_text(attribute.name, attribute.place);
   const int state = entry.CheckAttribute(attribute.name.data(), type);
   if (state >= 0) return state;
-  throw LineFault{
-      LineRule::kUnknownAttribute,
-      "attribute " + quoted(attribute.name) + " is not defined for entry ID " + std::to_string(entry.GetEntryID()),
-      attribute.place};
+  throw LineFault{.rule = LineRule::kUnknownAttribute,
+                  .text = "attribute " + quoted(attribute.name) + " is not defined for entry ID " +
+                          std::to_string(entry.GetEntryID()),
+                  .place = attribute.place,
+                  .is_of_key = true};
 }
 
 LineFault given_twice(const LineAttribute& attribute) {
-  return {LineRule::kDuplicateAttribute, "attribute " + quoted(attribute.name) + " is given twice", attribute.place};
+  return {.rule = LineRule::kDuplicateAttribute,
+          .text = "attribute " + quoted(attribute.name) + " is given twice",
+          .place = attribute.place,
+          .is_of_key = true};
 }
 
 // Which of the fields that came with the time may still be given once by name.

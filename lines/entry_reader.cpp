@@ -5,6 +5,7 @@
 
 #include "lines/byte_source.h"
 #include "lines/entry_line.h"
+#include "lines/json_walk.h"
 #include "lines/library_text.h"
 #include "lines/line_cutter.h"
 #include "lines/line_fault.h"
@@ -92,7 +93,8 @@ class QZLOG_NO_EXPORT qz_LOG_EntryReader::Implementation {
     if (fault.ends_early && !raw.has_end) {
       return report(raw, line, LineRule::kTornLine, "the last line breaks off: it is not written whole", fault.place);
     }
-    report(raw, line, fault.rule, fault.text.c_str(), fault.place);
+    const std::size_t place = fault.is_of_key ? place_of_key(raw.text, fault.place) : fault.place;
+    report(raw, line, fault.rule, fault.text.c_str(), place);
   }
 
   void report(const LineCutter::Line& raw, qz_LOG_EntryLine::Implementation& line, LineRule rule, const char* text,

@@ -25,7 +25,21 @@ bool holds_special(const char* at) {
   return (halves[0] | halves[1]) != 0;
 }
 
+bool is_escaped(std::string_view text, std::size_t place) {
+  const std::size_t before = text.substr(0, place).find_last_not_of('\\');
+  const std::size_t backslashes = place - (before == std::string_view::npos ? 0 : before + 1);
+  return backslashes % 2 != 0;
+}
+
 }  // namespace
+
+// Within a key each quote is escaped.
+std::size_t place_of_key(std::string_view text, std::size_t place) {
+  const std::size_t end = text.substr(0, place).rfind('"');
+  std::size_t begin = text.substr(0, end).rfind('"');
+  while (is_escaped(text, begin)) begin = text.substr(0, begin).rfind('"');
+  return begin;
+}
 
 const char* find_json_special(const char* at, const char* end) {
   while (static_cast<std::size_t>(end - at) >= sizeof(Block) && !holds_special(at)) at += sizeof(Block);

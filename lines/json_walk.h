@@ -1,6 +1,7 @@
 #ifndef QZLOG_LINES_JSON_WALK_H
 #define QZLOG_LINES_JSON_WALK_H
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -14,6 +15,9 @@ constexpr bool is_json_blank(char character) {
 
 /// The first quote, backslash or control character, or `end`.
 const char* find_json_special(const char* at, const char* end);
+
+/// Where the key of the value at `place` begins, with its quote. Of JSON that check_json found right.
+std::size_t place_of_key(std::string_view text, std::size_t place);
 
 /// A way through JSON that check_json found right, of which nothing is copied: a value is the place where it begins.
 class JsonPlace {

@@ -16,6 +16,7 @@ struct LineFault {
   std::string text;
   std::size_t place = kWholeLine;  ///< of the byte, counted from 0
   bool ends_early = false;         ///< the line may be the beginning of an entry
+  bool is_of_key = false;          ///< the key of the value at `place` is meant
 };
 
 }  // namespace qzlog

@@ -169,10 +169,11 @@ std::size_t find_key(std::string_view name, std::size_t place) {
   for (std::size_t index = 0; index < kKeyCount; ++index) {
     if (kKeys[index].name == name) return index;
   }
-  throw LineFault{
-      LineRule::kUnknownKey,
-      "unknown key " + quoted(name) + "; an entry has 'id', 'level', 'time', 'attributes', 'default' and 'selector'",
-      place};
+  throw LineFault{.rule = LineRule::kUnknownKey,
+                  .text = "unknown key " + quoted(name) +
+                          "; an entry has 'id', 'level', 'time', 'attributes', 'default' and 'selector'",
+                  .place = place,
+                  .is_of_key = true};
 }
 
 /// Which keys a line has.
@@ -180,7 +181,10 @@ class SeenKeys {
  public:
   void add(std::size_t key, std::size_t place) {
     if (seen_[key]) {
-      throw LineFault{LineRule::kDuplicateKey, "the key '" + std::string(kKeys[key].name) + "' is given twice", place};
+      throw LineFault{.rule = LineRule::kDuplicateKey,
+                      .text = "the key '" + std::string(kKeys[key].name) + "' is given twice",
+                      .place = place,
+                      .is_of_key = true};
     }
     seen_[key] = true;
   }

@@ -30,6 +30,12 @@ class RowReader {
     return {LineRule::kBadLost, std::move(text), static_cast<std::size_t>(at.address() - line_)};
   }
 
+  LineFault key_fault(JsonPlace value, std::string text) const {
+    LineFault of_key = fault(value, std::move(text));
+    of_key.is_of_key = true;
+    return of_key;
+  }
+
   LineFault wrong_row(JsonPlace at) const {
     return fault(at, std::string("an element of '") + member_ +
                          "' has to be an object with 'id', 'level' and 'count', which are integers, and maybe "
@@ -46,13 +52,13 @@ class RowReader {
     } else if (name == "since") {
       read_since(value);
     } else {
-      throw fault(value, "unknown key " + quoted(name) + " in '" + member_ +
-                             "'; an element has 'id', 'level', 'count' and 'since'");
+      throw key_fault(value, "unknown key " + quoted(name) + " in '" + member_ +
+                                 "'; an element has 'id', 'level', 'count' and 'since'");
     }
   }
 
   void see(Field field, JsonPlace value) {
-    if (seen_[field]) throw fault(value, std::string("a key of an element of '") + member_ + "' is given twice");
+    if (seen_[field]) throw key_fault(value, std::string("a key of an element of '") + member_ + "' is given twice");
     seen_[field] = true;
   }
 

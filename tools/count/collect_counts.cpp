@@ -98,8 +98,7 @@ class Collector : public qz_LOG_LineErrorHandler {
     return true;
   }
   void TakeLineError(const qz_LOG_LineError& error) override {
-    parts_.reporter.report({error.file, error.line, {error.source, error.source_length}},
-                           qzlog_compiler::AnyRule(reader_rule(error.rule)), error.text);
+    parts_.reporter.report(ErrorLine::of(error), qzlog_compiler::AnyRule(reader_rule(error.rule)), error.text);
   }
 
  private:

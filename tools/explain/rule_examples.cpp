@@ -520,85 +520,85 @@ in.yaml:3:12: note: the global attribute is here
     {"check", "syslog-name", Severity::kWarning,
      R"~(std.ldf: warning: 'Entry' has no parameter in messages of syslog, where the sink itself gives one of that name [syslog-name])~"},
     {"entries", "bad-json", Severity::kError,
-     R"~(wrong.jsonl:1: error: not valid JSON: a comma or '}' has to stand here [bad-json]
+     R"~(wrong.jsonl:1:8: error: not valid JSON: a comma or '}' has to stand here [bad-json]
     1 | {"id":7
-      | ^)~"},
+      |        ^)~"},
     {"entries", "not-an-object", Severity::kError,
-     R"~(wrong.jsonl:2: error: an entry is an object in braces, not an array [not-an-object]
+     R"~(wrong.jsonl:2:1: error: an entry is an object in braces, not an array [not-an-object]
     2 | [7]
       | ^)~"},
     {"entries", "unknown-key", Severity::kError,
-     R"~(wrong.jsonl:3: error: unknown key 'colour'; an entry has 'id', 'level', 'time', 'attributes', 'default' and 'selector' [unknown-key]
+     R"~(wrong.jsonl:3:9: error: unknown key 'colour'; an entry has 'id', 'level', 'time', 'attributes', 'default' and 'selector' [unknown-key]
     3 | {"id":7,"colour":"red"}
-      | ^)~"},
+      |         ^)~"},
     {"entries", "duplicate-key", Severity::kError,
-     R"~(wrong.jsonl:4: error: the key 'id' is given twice [duplicate-key]
+     R"~(wrong.jsonl:4:9: error: the key 'id' is given twice [duplicate-key]
     4 | {"id":7,"id":7}
-      | ^)~"},
+      |         ^)~"},
     {"entries", "missing-id", Severity::kError,
      R"~(wrong.jsonl:5: error: the entry has no 'id' [missing-id]
     5 | {"level":3}
       | ^)~"},
     {"entries", "bad-id", Severity::kError,
-     R"~(wrong.jsonl:6: error: 'id' has to be an integer from 0 to 4294967295 or an entry's name [bad-id]
+     R"~(wrong.jsonl:6:7: error: 'id' has to be an integer from 0 to 4294967295 or an entry's name [bad-id]
     6 | {"id":-7}
-      | ^)~"},
+      |       ^)~"},
     {"entries", "unknown-id", Severity::kError,
-     R"~(wrong.jsonl:7: error: entry ID 8: Entry id argument is invalid [unknown-id]
+     R"~(wrong.jsonl:7:7: error: entry ID 8: Entry id argument is invalid [unknown-id]
     7 | {"id":8}
-      | ^)~"},
+      |       ^)~"},
     {"entries", "unknown-name", Severity::kError,
-     R"~(wrong.jsonl:8: error: the definitions have no entry 'STACK' [unknown-name]
+     R"~(wrong.jsonl:8:7: error: the definitions have no entry 'STACK' [unknown-name]
     8 | {"id":"STACK"}
-      | ^)~"},
+      |       ^)~"},
     {"entries", "bad-level", Severity::kError,
-     R"~(wrong.jsonl:9: error: 'level' has to be an integer from 0 to 9 [bad-level]
+     R"~(wrong.jsonl:9:17: error: 'level' has to be an integer from 0 to 9 [bad-level]
     9 | {"id":7,"level":10}
-      | ^)~"},
+      |                 ^)~"},
     {"entries", "bad-time", Severity::kError,
-     R"~(wrong.jsonl:10: error: attribute 'Since': 'yesterday' is not a date and time with its zone, such as 2026-11-21T08:15:30Z or 2026-11-21T09:15:30.5+01:00 [bad-time]
+     R"~(wrong.jsonl:10:31: error: attribute 'Since': 'yesterday' is not a date and time with its zone, such as 2026-11-21T08:15:30Z or 2026-11-21T09:15:30.5+01:00 [bad-time]
    10 | {"id":7,"attributes":{"Since":"yesterday"}}
-      | ^)~"},
+      |                               ^)~"},
     {"entries", "time-globals", Severity::kError,
-     R"~(wrong.jsonl:11: error: TIMEZONE_DIFFERENCEis an invalid attibute under Entry ID 7 !; a 'time' needs the definitions TIMEZONE_DIFFERENCE (SInt2) and DAYLIGHT_SAVING_ACTIVE (Bool), best as globals [time-globals]
+     R"~(wrong.jsonl:11:16: error: TIMEZONE_DIFFERENCEis an invalid attibute under Entry ID 7 !; a 'time' needs the definitions TIMEZONE_DIFFERENCE (SInt2) and DAYLIGHT_SAVING_ACTIVE (Bool), best as globals [time-globals]
    11 | {"id":7,"time":"2026-11-21T08:15:30Z"}
-      | ^)~"},
+      |                ^)~"},
     {"entries", "bad-choice", Severity::kError,
-     R"~(wrong.jsonl:12: error: 'selector' has to be an integer from 0 to 4294967295 [bad-choice]
+     R"~(wrong.jsonl:12:20: error: 'selector' has to be an integer from 0 to 4294967295 [bad-choice]
    12 | {"id":7,"selector":"one"}
-      | ^)~"},
+      |                    ^)~"},
     {"entries", "bad-attributes", Severity::kError,
-     R"~(wrong.jsonl:13: error: 'attributes' has to be an object, not an array [bad-attributes]
+     R"~(wrong.jsonl:13:22: error: 'attributes' has to be an object, not an array [bad-attributes]
    13 | {"id":7,"attributes":[]}
-      | ^)~"},
+      |                      ^)~"},
     {"entries", "unknown-attribute", Severity::kError,
-     R"~(wrong.jsonl:14: error: attribute 'Colour' is not defined for entry ID 7 [unknown-attribute]
+     R"~(wrong.jsonl:14:23: error: attribute 'Colour' is not defined for entry ID 7 [unknown-attribute]
    14 | {"id":7,"attributes":{"Colour":"red"}}
-      | ^)~"},
+      |                       ^)~"},
     {"entries", "duplicate-attribute", Severity::kError,
-     R"~(wrong.jsonl:15: error: attribute 'Name' is given twice [duplicate-attribute]
+     R"~(wrong.jsonl:15:34: error: attribute 'Name' is given twice [duplicate-attribute]
    15 | {"id":7,"attributes":{"Name":"a","Name":"b"}}
-      | ^)~"},
+      |                                  ^)~"},
     {"entries", "unsupported-type", Severity::kError,
-     R"~(wrong.jsonl:16: error: attribute 'TICKET': nothing can be put into an attribute of type GUID [unsupported-type]
+     R"~(wrong.jsonl:16:32: error: attribute 'TICKET': nothing can be put into an attribute of type GUID [unsupported-type]
    16 | {"id":7,"attributes":{"TICKET":"0"}}
-      | ^)~"},
+      |                                ^)~"},
     {"entries", "wrong-kind", Severity::kError,
-     R"~(wrong.jsonl:17: error: attribute 'Name': Char32 takes a text, not an integer [wrong-kind]
+     R"~(wrong.jsonl:17:30: error: attribute 'Name': Char32 takes a text, not an integer [wrong-kind]
    17 | {"id":7,"attributes":{"Name":12}}
-      | ^)~"},
+      |                              ^)~"},
     {"entries", "out-of-range", Severity::kError,
-     R"~(wrong.jsonl:18: error: attribute 'Count': 70000 does not fit UInt2 (0 to 65535) [out-of-range]
+     R"~(wrong.jsonl:18:31: error: attribute 'Count': 70000 does not fit UInt2 (0 to 65535) [out-of-range]
    18 | {"id":7,"attributes":{"Count":70000}}
-      | ^)~"},
+      |                               ^)~"},
     {"entries", "nul-character", Severity::kError,
-     R"~(wrong.jsonl:19: error: the text 'a\u0000b' holds U+0000, which no text can [nul-character]
+     R"~(wrong.jsonl:19:30: error: the text 'a\u0000b' holds U+0000, which no text can [nul-character]
    19 | {"id":7,"attributes":{"Name":"a\u0000b"}}
-      | ^)~"},
+      |                              ^)~"},
     {"entries", "refused-value", Severity::kError,
-     R"~(wrong.jsonl:20: error: Name Attribute value is overflow under Entry ID 7 ! [refused-value]
+     R"~(wrong.jsonl:20:30: error: Name Attribute value is overflow under Entry ID 7 ! [refused-value]
    20 | {"id":7,"attributes":{"Name":"a name that is longer than the 32 bytes of its type"}}
-      | ^)~"},
+      |                              ^)~"},
     {"entries", "no-message", Severity::kError,
      R"~(wrong.jsonl:21: error: <QZX_logging_invalid_message_string> Invalid selector message index specified. [no-message]
    21 | {"id":7,"selector":1}

@@ -2,6 +2,7 @@
 
 #include <iostream>
 
+#include "tools/compiler/text/line_cut.h"
 #include "tools/report/command_message.h"
 #include "tools/report/finding_printer.h"
 #include "tools/report/passed_over.h"
@@ -19,6 +20,11 @@ bool leaves_out_line(qzlog_compiler::AnyRule rule) {
 }
 
 }  // namespace
+
+qzlog_compiler::TextPlace ErrorLine::place() const {
+  if (byte == 0) return number;
+  return {number, static_cast<std::uint32_t>(qzlog_compiler::character_count(text.substr(0, byte - 1))) + 1};
+}
 
 LineReporter::~LineReporter() = default;
 
@@ -38,7 +44,7 @@ void LineReporter::report(const ErrorLine& line, qzlog_compiler::AnyRule rule, c
   if (!line.text.empty()) {
     printer.add_source(file, line.text, qzlog_compiler::LineBreaks::kLineFeed, line.number);
   }
-  const Finding finding = {file, line.number, Severity::kError, rule, text};
+  const Finding finding = {file, line.place(), Severity::kError, rule, text};
   printer.print({&finding, 1}, std::cerr);
 }
 

@@ -13,15 +13,21 @@
 
 namespace qzlog_tool {
 
-/// A line of entries as errors show it.
+/// A line of entries as errors show it, and the place in it that they are about.
 struct ErrorLine {
   std::string_view file;
   std::uint64_t number;
   std::string_view text;
+  std::uint64_t byte = 0;  ///< from 1; 0 where the line as a whole is meant
 
   static ErrorLine of(const qz_LOG_EntryLine& line) {
     return {line.GetFile(), line.GetLine(), {line.GetSource(), line.GetSourceLength()}};
   }
+  static ErrorLine of(const qz_LOG_LineError& error) {
+    return {error.file, error.line, {error.source, error.source_length}, error.column};
+  }
+
+  qzlog_compiler::TextPlace place() const;
 };
 
 /// What is said on stderr while lines are read: how far that is, what is wrong with lines and files, and what came of

@@ -153,8 +153,9 @@ void EntryRendering::catch_up() {
 
 void EntryRendering::TakeLineError(const qz_LOG_LineError& error) {
   ++counts_.unread;
-  const char* const file = part_file_ != nullptr ? part_file_ : error.file;
-  const ErrorLine line = {file, error.line + lines_before_, {error.source, error.source_length}};
+  ErrorLine line = ErrorLine::of(error);
+  if (part_file_ != nullptr) line.file = part_file_;
+  line.number += lines_before_;
   reporter_.report(line, qzlog_compiler::AnyRule(reader_rule(error.rule)), error.text);
   if (parts_.gaps == nullptr) return;
   const std::optional<LineMembers> members = read_line_members(line.text);

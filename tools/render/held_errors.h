@@ -16,6 +16,7 @@ namespace qzlog_tool {
 struct HeldError {
   std::uint64_t number;
   std::string line;
+  std::uint64_t byte;  ///< of the line, as in ErrorLine
   qzlog_compiler::AnyRule rule;
   std::string text;
   std::size_t output_bytes;  ///< of the messages that go before it
@@ -28,7 +29,7 @@ class HeldErrors : public LineReporter {
   explicit HeldErrors(BufferedOutput& output) : LineReporter(output), output_(output) {}
 
   void report(const ErrorLine& line, qzlog_compiler::AnyRule rule, const std::string& text) override {
-    errors_.push_back({line.number, std::string(line.text), rule, text, output_.held_bytes()});
+    errors_.push_back({line.number, std::string(line.text), line.byte, rule, text, output_.held_bytes()});
   }
   /// Exchanges what is kept for nothing.
   void take(std::vector<HeldError>& errors) {

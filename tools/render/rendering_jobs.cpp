@@ -180,7 +180,7 @@ void RenderingJobs::put_out(Item& item) {
   for (const HeldError& error : item.result.errors) {
     output_.write_laid_out(output.substr(written, error.output_bytes - written));
     written = error.output_bytes;
-    reporter_.report({*item.block.file, error.number, error.line}, error.rule, error.text);
+    reporter_.report({*item.block.file, error.number, error.line, error.byte}, error.rule, error.text);
   }
   if (item.result.is_aborted) {
     tell_passed_over();

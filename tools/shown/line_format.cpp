@@ -180,6 +180,9 @@ bool LineFormat::shows_message() const {
 }
 
 std::vector<std::string> LineFormat::remarks() const {
+  if (std::none_of(pieces_.begin(), pieces_.end(), [](const Piece& piece) { return piece.has_field; })) {
+    return {"no field stands in it in braces: all lines are the same; forms such as json are asked for by --output"};
+  }
   std::vector<FieldChoice> choices;
   for (const Piece& piece : pieces_) choices.push_back(piece.choice);
   return remarks_of_hidden(choices);

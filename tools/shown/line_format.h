@@ -28,7 +28,7 @@ class LineFormat {
   void append(const ShownLine& shown, bool for_terminal, FieldValues& values, std::string& out);
 
   bool shows_message() const;
-  /// What there is to say of fields that hide attributes of their names.
+  /// What there is to say of fields that hide attributes of their names, and of a format without a field.
   std::vector<std::string> remarks() const;
 
  private:

@@ -54,9 +54,10 @@ void LineTally::finish() {
 
 void LineTally::TakeLineError(const qz_LOG_LineError& error) {
   const qzlog_compiler::AnyRule rule(reader_rule(error.rule));
-  reporter_.report({error.file, error.line, {error.source, error.source_length}}, rule, error.text);
+  const ErrorLine line = ErrorLine::of(error);
+  reporter_.report(line, rule, error.text);
   if (findings_.size() == kKeptFindings) return;
-  findings_.push_back({error.file, error.line, qzlog_compiler::Severity::kError, rule, error.text});
+  findings_.push_back({error.file, line.place(), qzlog_compiler::Severity::kError, rule, error.text});
 }
 
 }  // namespace qzlog_tool

@@ -99,9 +99,9 @@ TEST_F(RenderDefinitions, LineThatTheNamedOnesDoNotHave_IsWrong) {
   write("e.jsonl", line(a_, 3, "") + line(b_, 2, "") + line(b_, 1, R"("N":256)") + line(a_, 1, R"("N":256)"));
   const CommandResult result = render("e.jsonl");
   EXPECT_EQ(result.out, "a 256\n");
-  EXPECT_NE(result.err.find("e.jsonl:1: error: entry ID 3: "), std::string::npos) << result.err;
-  EXPECT_NE(result.err.find("e.jsonl:2: error: entry ID 2: "), std::string::npos) << result.err;
-  EXPECT_NE(result.err.find("e.jsonl:3: error: attribute 'N': 256 does not fit UInt1 (0 to 255) [out-of-range]"),
+  EXPECT_NE(result.err.find("e.jsonl:1:40: error: entry ID 3: "), std::string::npos) << result.err;
+  EXPECT_NE(result.err.find("e.jsonl:2:40: error: entry ID 2: "), std::string::npos) << result.err;
+  EXPECT_NE(result.err.find("e.jsonl:3:100: error: attribute 'N': 256 does not fit UInt1 (0 to 255) [out-of-range]"),
             std::string::npos)
       << result.err;
   EXPECT_EQ(result.status, 1);

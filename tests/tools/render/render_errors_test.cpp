@@ -16,45 +16,47 @@ using qzlog_test::shown_line;
 struct BadEntry {
   const char* name;
   const char* line;
+  std::size_t column;  // 0: the line as a whole
   const char* error;
 };
 
 void PrintTo(const BadEntry& entry, std::ostream* out) { *out << entry.name; }
 
 const BadEntry kBadEntries[] = {
-    {"Truncated", "{", "not valid JSON: "},
-    {"Text", "hello", "not valid JSON: "},
-    {"Array", "[]", "an entry is an object in braces, not an array [not-an-object]"},
-    {"NoId", "{}", "the entry has no 'id' [missing-id]"},
-    {"BadId", R"({"id":-5})", "'id' has to be an integer from 0 to 4294967295 or an entry's name [bad-id]"},
-    {"UnknownId", R"({"id":99})", "entry ID 99: Entry id argument is invalid [unknown-id]"},
-    {"UnknownName", R"({"id":"NO_SUCH"})", "the definitions have no entry 'NO_SUCH' [unknown-name]"},
-    {"UnknownKey", R"({"id":1001,"msg":1})",
+    {"Truncated", "{", 2, "not valid JSON: "},
+    {"Text", "hello", 1, "not valid JSON: "},
+    {"Array", "[]", 1, "an entry is an object in braces, not an array [not-an-object]"},
+    {"NoId", "{}", 0, "the entry has no 'id' [missing-id]"},
+    {"BadId", R"({"id":-5})", 7, "'id' has to be an integer from 0 to 4294967295 or an entry's name [bad-id]"},
+    {"UnknownId", R"({"id":99})", 7, "entry ID 99: Entry id argument is invalid [unknown-id]"},
+    {"UnknownName", R"({"id":"NO_SUCH"})", 7, "the definitions have no entry 'NO_SUCH' [unknown-name]"},
+    {"UnknownKey", R"({"id":1001,"msg":1})", 12,
      "unknown key 'msg'; an entry has 'id', 'level', 'time', 'attributes', 'default' and 'selector' [unknown-key]"},
-    {"DuplicateKey", R"({"id":1001,"id":1001})", "the key 'id' is given twice [duplicate-key]"},
-    {"Level", R"({"id":1001,"level":10})", "'level' has to be an integer from 0 to 9 [bad-level]"},
-    {"Time", R"({"id":1001,"time":"now"})",
+    {"DuplicateKey", R"({"id":1001,"id":1001})", 12, "the key 'id' is given twice [duplicate-key]"},
+    {"Level", R"({"id":1001,"level":10})", 20, "'level' has to be an integer from 0 to 9 [bad-level]"},
+    {"Time", R"({"id":1001,"time":"now"})", 19,
      "'time': 'now' is not a date and time with its zone, such as 2026-11-21T08:15:30Z or 2026-11-21T09:15:30.5+01:00 "
      "[bad-time]"},
-    {"Choice", R"({"id":1001,"default":0})", "'default' has to be true or false, not an integer [bad-choice]"},
-    {"Attributes", R"({"id":1001,"attributes":null})", "'attributes' has to be an object, not null [bad-attributes]"},
-    {"UnknownAttribute", R"({"id":1001,"attributes":{"Nom":"x"}})",
+    {"Choice", R"({"id":1001,"default":0})", 22, "'default' has to be true or false, not an integer [bad-choice]"},
+    {"Attributes", R"({"id":1001,"attributes":null})", 25,
+     "'attributes' has to be an object, not null [bad-attributes]"},
+    {"UnknownAttribute", R"({"id":1001,"attributes":{"Nom":"x"}})", 26,
      "attribute 'Nom' is not defined for entry ID 1001 [unknown-attribute]"},
-    {"DuplicateAttribute", R"({"id":1001,"attributes":{"Name":"x","Name":"y"}})",
+    {"DuplicateAttribute", R"({"id":1001,"attributes":{"Name":"x","Name":"y"}})", 37,
      "attribute 'Name' is given twice [duplicate-attribute]"},
-    {"Guid", R"({"id":1007,"attributes":{"Key":"x"}})",
+    {"Guid", R"({"id":1007,"attributes":{"Key":"x"}})", 32,
      "attribute 'Key': nothing can be put into an attribute of type GUID [unsupported-type]"},
-    {"Kind", R"({"id":1001,"attributes":{"Free":"5"}})",
+    {"Kind", R"({"id":1001,"attributes":{"Free":"5"}})", 33,
      "attribute 'Free': UInt4 takes an integer, not a text [wrong-kind]"},
-    {"Range", R"({"id":1001,"attributes":{"Free":-5}})",
+    {"Range", R"({"id":1001,"attributes":{"Free":-5}})", 33,
      "attribute 'Free': -5 does not fit UInt4 (0 to 4294967295) [out-of-range]"},
-    {"Nul", R"({"id":1001,"attributes":{"Name":"a\u0000"}})",
+    {"Nul", R"({"id":1001,"attributes":{"Name":"a\u0000"}})", 33,
      "the text 'a\\u0000' holds U+0000, which no text can [nul-character]"},
-    {"TooLong", R"({"id":1001,"attributes":{"Name":"123456789012345678901234567890123"}})",
+    {"TooLong", R"({"id":1001,"attributes":{"Name":"123456789012345678901234567890123"}})", 33,
      "Name Attribute value is overflow under Entry ID 1001 ! [refused-value]"},
-    {"NoSelector", R"({"id":1001,"selector":9})",
+    {"NoSelector", R"({"id":1001,"selector":9})", 0,
      "<QZX_logging_invalid_message_string> Invalid selector message index specified. [no-message]"},
-    {"ControlCharacter", R"({"id":"A\u001b[31m"})", "the definitions have no entry 'A\\u001B[31m' [unknown-name]"},
+    {"ControlCharacter", R"({"id":"A\u001b[31m"})", 7, "the definitions have no entry 'A\\u001B[31m' [unknown-name]"},
 };
 
 class RenderBadEntry : public RenderFixture, public ::testing::WithParamInterface<BadEntry> {};
@@ -66,8 +68,10 @@ TEST_P(RenderBadEntry, BetweenGoodOnes_IsReportedAndTheOthersAreRendered) {
   for (const char* const options : {"", "--no-icu"}) {
     const CommandResult result = render(good + GetParam().line + "\n" + good, options);
     EXPECT_EQ(result.out, message + message);
-    const std::string error = std::string("entries.jsonl:2: error: ") + GetParam().error;
-    const std::string line = shown_line(2, GetParam().line);
+    const std::size_t column = GetParam().column;
+    const std::string place = "entries.jsonl:2" + (column != 0 ? ":" + std::to_string(column) : "");
+    const std::string error = place + ": error: " + GetParam().error;
+    const std::string line = shown_line(2, GetParam().line, column);
     if (error.ends_with(": ")) {
       EXPECT_EQ(result.err.substr(0, error.size()), error);
       const std::string end = one_line_passed_over("bad-json", "entries.jsonl:2");
@@ -88,13 +92,14 @@ using RenderErrors = RenderFixture;
 TEST_F(RenderErrors, EveryLineBad_EveryLineIsReported) {
   const CommandResult result = render("1\n\n2\n3");
   EXPECT_EQ(result.out, "");
-  EXPECT_EQ(
-      result.err,
-      "entries.jsonl:1: error: an entry is an object in braces, not an integer [not-an-object]\n" + shown_line(1, "1") +
-          "entries.jsonl:3: error: an entry is an object in braces, not an integer [not-an-object]\n" +
-          shown_line(3, "2") +
-          "entries.jsonl:4: error: an entry is an object in braces, not an integer [not-an-object]\n" +
-          shown_line(4, "3") + "qzlog: error: 3 lines passed over (3 not-an-object); the first at entries.jsonl:1\n");
+  EXPECT_EQ(result.err,
+            "entries.jsonl:1:1: error: an entry is an object in braces, not an integer [not-an-object]\n" +
+                shown_line(1, "1") +
+                "entries.jsonl:3:1: error: an entry is an object in braces, not an integer [not-an-object]\n" +
+                shown_line(3, "2") +
+                "entries.jsonl:4:1: error: an entry is an object in braces, not an integer [not-an-object]\n" +
+                shown_line(4, "3") +
+                "qzlog: error: 3 lines passed over (3 not-an-object); the first at entries.jsonl:1\n");
   EXPECT_EQ(result.status, 1);
 }
 
@@ -114,20 +119,20 @@ TEST_F(RenderErrors, LinesPassedOver_AreCountedByTheirReasons) {
 TEST_F(RenderErrors, TornLastLine_IsToldApart) {
   const CommandResult result = render("{\"id\":1006}\n{\"id\":10");
   EXPECT_EQ(result.out, "first\\nsecond\\rthird\n");
-  EXPECT_EQ(result.err, "entries.jsonl:2: error: the last line breaks off: it is not written whole [torn-line]\n" +
-                            shown_line(2, "{\"id\":10") + one_line_passed_over("torn-line", "entries.jsonl:2"));
+  EXPECT_EQ(result.err, "entries.jsonl:2:9: error: the last line breaks off: it is not written whole [torn-line]\n" +
+                            shown_line(2, "{\"id\":10", 9) + one_line_passed_over("torn-line", "entries.jsonl:2"));
   EXPECT_EQ(result.status, 1);
 }
 
 TEST_F(RenderErrors, StandardInput_HasAName) {
   const CommandResult result = run("echo 1 | $QZLOG render --definitions storage.yaml");
-  EXPECT_EQ(result.err, "<stdin>:1: error: an entry is an object in braces, not an integer [not-an-object]\n" +
+  EXPECT_EQ(result.err, "<stdin>:1:1: error: an entry is an object in braces, not an integer [not-an-object]\n" +
                             shown_line(1, "1") + one_line_passed_over("not-an-object", "<stdin>:1"));
 }
 
 TEST_F(RenderErrors, LineWithControlCharacters_IsShownWithEscapes) {
   const CommandResult result = render("{\"id\":\x1b\u202E}\r\n");
-  EXPECT_TRUE(result.err.ends_with(" [bad-json]\n" + shown_line(1, R"({"id":\u001B\u202E})") +
+  EXPECT_TRUE(result.err.ends_with(" [bad-json]\n" + shown_line(1, R"({"id":\u001B\u202E})", 7) +
                                    one_line_passed_over("bad-json", "entries.jsonl:1")))
       << result.err;
 }
@@ -138,7 +143,7 @@ TEST_F(RenderErrors, MessagesAndErrorsInOnePlace_StandInTheOrderOfTheLines) {
   write("entries.jsonl", good + "1\n" + good);
   EXPECT_EQ(run("$QZLOG render --definitions storage.yaml entries.jsonl 2>&1").out,
             "first\\nsecond\\rthird\n"
-            "entries.jsonl:2: error: an entry is an object in braces, not an integer [not-an-object]\n" +
+            "entries.jsonl:2:1: error: an entry is an object in braces, not an integer [not-an-object]\n" +
                 shown_line(2, "1") + "first\\nsecond\\rthird\n" +
                 one_line_passed_over("not-an-object", "entries.jsonl:2"));
 }
@@ -165,9 +170,9 @@ TEST_F(RenderErrors, SymbolicNameWithACompiledFileWithoutNames_IsExplained) {
   const CommandResult result =
       run("$QZLOG compile storage.yaml --strip -o storage.ldf; $QZLOG render --definitions storage.ldf entries.jsonl");
   EXPECT_EQ(result.err,
-            "entries.jsonl:1: error: the name 'DISK_FULL' needs definitions with names: these hold only IDs "
+            "entries.jsonl:1:7: error: the name 'DISK_FULL' needs definitions with names: these hold only IDs "
             "[unknown-name]\n" +
-                shown_line(1, R"({"id":"DISK_FULL"})") + one_line_passed_over("unknown-name", "entries.jsonl:1"));
+                shown_line(1, R"({"id":"DISK_FULL"})", 7) + one_line_passed_over("unknown-name", "entries.jsonl:1"));
   EXPECT_EQ(result.status, 1);
 }
 
@@ -239,10 +244,11 @@ TEST_F(RenderErrors, RecordCutOff_IsReportedAndTheOthersAreRendered) {
       run("$QZLOG compile storage.yaml --strip -o - | head -c -4 >storage.ldf; "
           "$QZLOG render --definitions storage.ldf entries.jsonl");
   EXPECT_EQ(result.out, "first\\nsecond\\rthird\nfirst\\nsecond\\rthird\n");
-  EXPECT_EQ(result.err,
-            "entries.jsonl:2: error: entry ID 1007: <QZX_logging_invalid_definition> Unable to access definition file "
-            "successfully. [bad-definition-file]\n" +
-                shown_line(2, R"({"id":1007})") + one_line_passed_over("bad-definition-file", "entries.jsonl:2"));
+  EXPECT_EQ(
+      result.err,
+      "entries.jsonl:2:7: error: entry ID 1007: <QZX_logging_invalid_definition> Unable to access definition file "
+      "successfully. [bad-definition-file]\n" +
+          shown_line(2, R"({"id":1007})", 7) + one_line_passed_over("bad-definition-file", "entries.jsonl:2"));
   EXPECT_EQ(result.status, 1);
 }
 
@@ -298,6 +304,16 @@ TEST_P(RenderRefusal, Start_IsRefusedWithStatusAndReason) {
 
 INSTANTIATE_TEST_SUITE_P(Table, RenderRefusal, ::testing::ValuesIn(kRefusals),
                          [](const auto& parameter) { return parameter.param.name; });
+
+TEST_F(RenderErrors, FormatWithoutAField_IsRemarkedOn) {
+  const CommandResult result = render("{\"id\":1006}\n", "--format json");
+  EXPECT_EQ(result.out, "json\n");
+  EXPECT_EQ(result.err,
+            "qzlog: --format: no field stands in it in braces: all lines are the same; forms such as json are asked "
+            "for by --output\n");
+  EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(render("{\"id\":1006}\n", "--format 'json {id}'").err, "");
+}
 
 TEST_F(RenderErrors, UnknownLocale_IsRefusedWithASuggestion) {
   constexpr const char* kUsage = "Run 'qzlog --help' or 'qzlog COMMAND --help' for the usage.\n";

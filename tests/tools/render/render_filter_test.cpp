@@ -149,8 +149,8 @@ TEST_F(RenderFilter, WrongLines_AreInTheSummary) {
   write("e.jsonl", "{\"id\":1}\n\n{\"id\":99}\n{\"id\":3}\n{}\n");
   const CommandResult result = render("--level-low 0");
   EXPECT_EQ(result.out, "one\n");
-  EXPECT_EQ(result.err, "e.jsonl:3: error: entry ID 99: Entry id argument is invalid [unknown-id]\n" +
-                            shown_line(3, "{\"id\":99}") + "e.jsonl:5: error: the entry has no 'id' [missing-id]\n" +
+  EXPECT_EQ(result.err, "e.jsonl:3:7: error: entry ID 99: Entry id argument is invalid [unknown-id]\n" +
+                            shown_line(3, "{\"id\":99}", 7) + "e.jsonl:5: error: the entry has no 'id' [missing-id]\n" +
                             shown_line(5, "{}") +
                             "entries: 4 read, 1 passed, 1 refused, 2 wrong\nqzlog: error: 2 lines passed over (1 "
                             "unknown-id, 1 missing-id); the first at e.jsonl:3\n");

@@ -208,7 +208,7 @@ TEST_F(RenderFollowChoice, WrongLinesAmongUnwantedOnes_AreToldWithTheirPlaces) {
   EXPECT_NE(following.wait_for_word("missing-id").find("a.jsonl:3: error: "), std::string::npos);
   rotate("a.jsonl", "", lines(10, 12) + "{\"id\":\n");
   EXPECT_EQ(following.hear(1), "a.jsonl:3 12\n");
-  EXPECT_NE(following.wait_for_word("bad-json").find("a.jsonl:4: error: "), std::string::npos);
+  EXPECT_NE(following.wait_for_word("bad-json").find("a.jsonl:4:7: error: "), std::string::npos);
 }
 
 TEST_F(RenderFollowChoice, SeveralDefinitions_AreTakenForLinesOfAllFiles) {

@@ -150,9 +150,9 @@ TEST_F(RenderFollow, TornLineOfAFormerFile_IsToldAsTorn) {
   append("a.jsonl", entry(2));
   EXPECT_EQ(following.hear(1), "2\n");
   EXPECT_EQ(following.wait_for_word("torn-line"),
-            "a.jsonl:2: error: the last line breaks off: it is not written whole [torn-line]\n"
+            "a.jsonl:2:14: error: the last line breaks off: it is not written whole [torn-line]\n"
             "    2 | {\"id\":1,\"attr\n"
-            "      | ^\n");
+            "      |              ^\n");
 }
 
 TEST_F(RenderFollow, FileThatIsCutByCopytruncate_IsReadFromItsBeginning) {

@@ -46,9 +46,9 @@ TEST_F(RenderInputs, LastLineWithoutItsEnd_EndsWithItsFile) {
   const CommandResult result = render("a.jsonl b.jsonl c.jsonl b.jsonl");
   EXPECT_EQ(result.out, "1\n3\n");
   const std::string torn =
-      "b.jsonl:1: error: the last line breaks off: it is not written whole [torn-line]\n"
+      "b.jsonl:1:14: error: the last line breaks off: it is not written whole [torn-line]\n"
       "    1 | {\"id\":1,\"attr\n"
-      "      | ^\n";
+      "      |              ^\n";
   EXPECT_EQ(result.err, torn + torn + "qzlog: error: 2 lines passed over (2 torn-line); the first at b.jsonl:1\n");
   EXPECT_EQ(result.status, 1);
 }
@@ -60,8 +60,8 @@ TEST_F(RenderInputs, TornLineOfAnOlderFile_IsToldApartFromADamagedOne) {
                                     entry(2));
   const CommandResult result = render("logs/s 2>&1 | grep error");
   EXPECT_EQ(result.out,
-            "logs/s.20261121.0001:2: error: the last line breaks off: it is not written whole [torn-line]\n"
-            "logs/s.20261121.0002:1: error: not valid JSON: a text has no end [bad-json]\n"
+            "logs/s.20261121.0001:2:14: error: the last line breaks off: it is not written whole [torn-line]\n"
+            "logs/s.20261121.0002:1:14: error: not valid JSON: a text has no end [bad-json]\n"
             "qzlog: error: 2 lines passed over (1 torn-line, 1 bad-json); the first at logs/s.20261121.0001:2\n");
 }
 
@@ -82,7 +82,7 @@ TEST_F(RenderInputs, ErrorsNameTheirFiles) {
   write("a.jsonl", "\n{}\n");
   const CommandResult result = render("logs a.jsonl");
   EXPECT_EQ(result.err,
-            "logs/s.20261121.0001:2: error: not valid JSON: a value has to be a text, a number, an array, an object, "
+            "logs/s.20261121.0001:2:1: error: not valid JSON: a value has to be a text, a number, an array, an object, "
             "true, false or null [bad-json]\n"
             "    2 | x\n"
             "      | ^\n"

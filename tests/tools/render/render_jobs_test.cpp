@@ -105,7 +105,7 @@ TEST_F(RenderJobs, LinesOfAllKinds_AreShownAndReportedAsByOne) {
   const std::string files = " first nowhere second empty mark first - second <second";
   const CommandResult result = expect_same("--no-icu" + files);
   EXPECT_EQ(result.status, 2);
-  EXPECT_NE(result.err.find("first:7001: error: the last line breaks off"), std::string::npos);
+  EXPECT_NE(result.err.find("first:7001:14: error: the last line breaks off"), std::string::npos);
   for (const char* const options :
        {"--locale de", "--output short --time-zone Europe/Berlin", "--output long", "--output json", "--output csv",
         "--output table", "--format '{file}:{line} {message}'", "--where 'N > 4000' --format '{line}'", "--id 2",
@@ -130,7 +130,7 @@ TEST_F(RenderJobs, LongLines_AreJudgedAsByOne) {
       const std::string line(kLongestLine + excess, 'a');
       write("entries", beginning + line + '\n' + entries(1, 9) + "x\n" + line);
       const CommandResult result = expect_same("entries 2>&1 | cut -c1-99", {2});
-      EXPECT_NE(result.out.find(":" + std::string(beginning.size() > 3 ? "12" : "11") + ": error: "),
+      EXPECT_NE(result.out.find(":" + std::string(beginning.size() > 3 ? "12" : "11") + ":1: error: "),
                 std::string::npos);
     }
   }
@@ -139,7 +139,7 @@ TEST_F(RenderJobs, LongLines_AreJudgedAsByOne) {
 TEST_F(RenderJobs, MessagesBeforeWrongLines_ComeBeforeTheirErrors) {
   write("entries", entries(1, 5000) + "x\n" + entries(5001, 20000) + "x\n" + entries(20001, 20001));
   const CommandResult result = expect_same("entries 2>&1");
-  EXPECT_NE(result.out.find("\n5000\nentries:5001: error: "), std::string::npos);
+  EXPECT_NE(result.out.find("\n5000\nentries:5001:1: error: "), std::string::npos);
 }
 
 /// Lines with what such options look at: numbers of a writer, of which every 1000th is missing and every 1500th comes

@@ -156,7 +156,7 @@ TEST_F(RenderMergeRandom, WrongLines_AreToldWhereTheyStand) {
   const std::string wanted = run("LC_ALL=C sort -s -n -k1,1 decorated.txt | cut -f2").out;
   const CommandResult merged =
       run("$QZLOG render --no-icu --definitions d.yaml --merge-by-time a.jsonl b.jsonl c.jsonl 2>&1 | "
-          "sed -nE 's/^(.*:[0-9]+:) error: .*/\\1/p; /^[0-9]+$/p'");
+          "sed -nE 's/^(.*jsonl:[0-9]+:)([0-9]+:)? error: .*/\\1/p; /^[0-9]+$/p'");
   EXPECT_EQ(merged.out, wanted);
 }
 

@@ -228,9 +228,11 @@ TEST_F(Stats, LinesThatAreWrong_AreToldAndNotCounted) {
   write("wrong.jsonl", "{\"id\":2}\n{\"id\":9}\n");
   const CommandResult result = stats("--json wrong.jsonl missing.jsonl");
   EXPECT_EQ(result.status, 2);
-  EXPECT_NE(result.err.find("wrong.jsonl:2: error: entry ID 9: "), std::string::npos) << result.err;
+  EXPECT_NE(result.err.find("wrong.jsonl:2:7: error: entry ID 9: "), std::string::npos) << result.err;
   EXPECT_NE(result.err.find("cannot open 'missing.jsonl': No such file or directory\n"), std::string::npos);
-  EXPECT_NE(result.out.find("\"rule\":\"unknown-id\""), std::string::npos) << result.out;
+  EXPECT_NE(result.out.find("\"line\":2,\"column\":7,\"severity\":\"error\",\"rule\":\"unknown-id\""),
+            std::string::npos)
+      << result.out;
   EXPECT_NE(result.out.find("\"wrong\": 1\n"), std::string::npos) << result.out;
   EXPECT_EQ(stats("wrong.jsonl").status, 1);
 }

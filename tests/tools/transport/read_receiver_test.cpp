@@ -57,7 +57,7 @@ TEST_F(ReadReceiver, WrongLines_AreToldWithTheirNumbers) {
   deliver(line(1) + "no entry\n\n" + line(4));
   const CommandResult result = render(from());
   EXPECT_EQ(result.out, "1\n4\n");
-  EXPECT_NE(result.err.find(url() + ":2: error: "), std::string::npos) << result.err;
+  EXPECT_NE(result.err.find(url() + ":2:2: error: "), std::string::npos) << result.err;
   EXPECT_EQ(result.status, 1);
 }
 
