@@ -6,7 +6,6 @@
 #include <atomic>
 #include <chrono>
 #include <functional>
-#include <map>
 #include <regex>
 #include <set>
 #include <thread>
